@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ZuApi/Exception.h"
+
+#include <utility>
+
+namespace Zu
+{
+
+/// Runs one step whose exceptions must not go on: a step of a destructor, the body of a thread, a callback. What it throws
+/// is logged as `text`, log entry, back trace. True when it threw nothing.
+template <typename Step>
+bool GuardStep(int line, char const* file, char const* label, char const* text, Step&& step) noexcept
+{
+    try
+    {
+        std::forward<Step>(step)();
+        return true;
+    }
+    catch (...)
+    {
+        LogCaught(line, file, label, "%s", text);
+        return false;
+    }
+}
+
+} // namespace Zu
+
+/// One guarded step of a destructor; the argument is a callable.
+#define ZU_GUARD_DESTRUCTOR(...)                                                                                       \
+    ::Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "Exception thrown in destructor", __VA_ARGS__)
+
+/// The outermost frame of a thread, a task or a callback; the argument is a callable.
+#define ZU_GUARD_BOUNDARY(...)                                                                                         \
+    ::Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "EXCEPTION THROWN: ", __VA_ARGS__)

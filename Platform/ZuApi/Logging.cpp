@@ -1,0 +1,113 @@
+#include "ZuApi/Logging.h"
+
+#include "ZuApi/FormatText.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdarg>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace Zu::Logging
+{
+
+namespace
+{
+
+using Sinks = std::vector<std::shared_ptr<ISink>>;
+
+/// The sinks of the process: an immutable list that is replaced whole, so that a line in progress keeps the one it began with.
+struct Registry
+{
+    std::mutex lock; // held for a copy or a swap of the pointer, never while a sink runs
+    std::shared_ptr<Sinks const> sinks = std::make_shared<Sinks>();
+    std::atomic<uint32> wanted{0}; // a bit for each of the six kinds of line
+};
+
+Registry& TheRegistry()
+{
+    static auto* const registry = new Registry; // never destroyed: lines are written until the last static is gone
+    return *registry;
+}
+
+constexpr uint64 ALL_KINDS[] = {FLAGS_INFO,      FLAGS_WARNING,      FLAGS_ERROR,
+                                FLAGS_USER_INFO, FLAGS_USER_WARNING, FLAGS_USER_ERROR};
+
+uint32 KindBit(uint64 flags)
+{
+    uint64 const level = std::min<uint64>(flags & LEVEL_MASK, 2);
+    return uint32{1} << (level + ((flags & FLAG_USER) != 0 ? 3 : 0));
+}
+
+void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks)
+{
+    uint32 wanted = 0;
+    for (auto const& sink : *sinks)
+    {
+        for (uint64 const kind : ALL_KINDS)
+        {
+            wanted |= sink->Wants(kind) ? KindBit(kind) : 0;
+        }
+    }
+    registry.sinks = std::move(sinks);
+    registry.wanted.store(wanted, std::memory_order_relaxed); // a filter only: it publishes nothing
+}
+
+std::shared_ptr<Sinks const> CurrentSinks()
+{
+    Registry& registry = TheRegistry();
+    std::scoped_lock const guard(registry.lock);
+    return registry.sinks;
+}
+
+} // namespace
+
+ISink::~ISink() = default;
+
+void AddSink(std::shared_ptr<ISink> sink)
+{
+    Registry& registry = TheRegistry();
+    std::scoped_lock const guard(registry.lock);
+    auto sinks = std::make_shared<Sinks>(*registry.sinks);
+    sinks->push_back(std::move(sink));
+    Replace(registry, std::move(sinks));
+}
+
+void RemoveSink(std::shared_ptr<ISink> const& sink)
+{
+    Registry& registry = TheRegistry();
+    std::scoped_lock const guard(registry.lock);
+    auto sinks = std::make_shared<Sinks>(*registry.sinks);
+    std::erase(*sinks, sink);
+    Replace(registry, std::move(sinks));
+}
+
+bool IsWanted(uint64 flags) noexcept
+{
+    return (TheRegistry().wanted.load(std::memory_order_relaxed) & KindBit(flags)) != 0;
+}
+
+void Zu_Debug_Log(int line, char const* file, uint64 flags, char const* label, char const* format, ...)
+{
+    if (!IsWanted(flags))
+    {
+        return;
+    }
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string const text = FormatText(format, arguments);
+    va_end(arguments);
+
+    Entry const entry{line, file, flags, label, text.c_str()};
+    auto const sinks = CurrentSinks();
+    for (auto const& sink : *sinks)
+    {
+        if (sink->Wants(flags))
+        {
+            sink->Write(entry);
+        }
+    }
+}
+
+} // namespace Zu::Logging

@@ -1,0 +1,8 @@
+#include "ZuCommon/IMetricsKeeper.h"
+
+namespace ZuCommon
+{
+
+IMetricsKeeper::~IMetricsKeeper() = default;
+
+} // namespace ZuCommon

@@ -1,0 +1,149 @@
+#include "ZuApi/Event.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Zu
+{
+
+class EventTest : public testing::Test
+{
+protected:
+    std::function<void(int)> Noting(std::string name)
+    {
+        return [this, name](int number) { calls.push_back(name + std::to_string(number)); };
+    }
+
+    using Calls = std::vector<std::string>;
+
+    Event<int> event;
+    Calls calls;
+};
+
+TEST_F(EventTest, CallsHandlersInOrderOfAddition)
+{
+    event.Add(Noting("a"));
+    event.Add(Noting("b"));
+
+    event.Fire(7);
+
+    EXPECT_EQ(calls, (Calls{"a7", "b7"}));
+}
+
+TEST_F(EventTest, DoesNotStoreAnEmptyFunction)
+{
+    auto const id = event.Add({});
+
+    EXPECT_FALSE(id.second);
+    EXPECT_TRUE(event.Empty());
+    event.Remove(id);
+    event.Fire(1);
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(EventTest, RemovesTheNamedHandlerOnly)
+{
+    auto const a = event.Add(Noting("a"));
+    event.Add(Noting("b"));
+
+    event.Remove(a);
+    event.Fire(1);
+
+    EXPECT_EQ(calls, (Calls{"b1"}));
+    EXPECT_EQ(event.Count(), 1u);
+}
+
+TEST_F(EventTest, TakesAStaleIdAsNothing)
+{
+    auto const a = event.Add(Noting("a"));
+    auto const copy = a;
+    event.Remove(a);
+    event.Add(Noting("b"));
+
+    event.Remove(copy);
+    event.Fire(1);
+
+    EXPECT_EQ(calls, (Calls{"b1"}));
+}
+
+TEST_F(EventTest, TakesAnIdOfAnotherEventAsNothing)
+{
+    Event<int> other;
+    auto const id = other.Add(Noting("other"));
+    event.Add(Noting("a"));
+
+    event.Remove(id);
+
+    EXPECT_EQ(event.Count(), 1u);
+    EXPECT_EQ(other.Count(), 1u);
+}
+
+TEST_F(EventTest, LetsAHandlerRemoveItselfAndAnother)
+{
+    Event<int>::CallbackId self;
+    Event<int>::CallbackId next;
+    self = event.Add([&](int) {
+        calls.push_back("self");
+        event.Remove(self);
+        event.Remove(next);
+    });
+    next = event.Add(Noting("next"));
+    event.Add(Noting("last"));
+
+    event.Fire(1);
+    event.Fire(2);
+
+    EXPECT_EQ(calls, (Calls{"self", "last1", "last2"}));
+}
+
+TEST_F(EventTest, CallsAHandlerThatIsAddedWhileFiringFromTheNextTimeOn)
+{
+    event.Add([this](int number) {
+        if (number == 1)
+        {
+            event.Add(Noting("late"));
+        }
+    });
+
+    event.Fire(1);
+    EXPECT_TRUE(calls.empty());
+    event.Fire(2);
+    EXPECT_EQ(calls, (Calls{"late2"}));
+}
+
+TEST_F(EventTest, SurvivesNestedFiring)
+{
+    Event<int>::CallbackId id;
+    id = event.Add([&](int number) {
+        calls.push_back("outer" + std::to_string(number));
+        if (number == 1)
+        {
+            event.Fire(2);
+            event.Remove(id);
+        }
+    });
+    event.Add(Noting("b"));
+
+    event.Fire(1);
+
+    EXPECT_EQ(calls, (Calls{"outer1", "outer2", "b2", "b1"}));
+    EXPECT_EQ(event.Count(), 1u);
+}
+
+TEST_F(EventTest, LetsAnExceptionLeaveAndStaysUsable)
+{
+    auto const id = event.Add([](int) { throw std::runtime_error("handler"); });
+    event.Add(Noting("b"));
+
+    EXPECT_THROW(event.Fire(1), std::runtime_error);
+    EXPECT_TRUE(calls.empty());
+
+    event.Remove(id);
+    event.Fire(2);
+    EXPECT_EQ(calls, (Calls{"b2"}));
+}
+
+} // namespace Zu

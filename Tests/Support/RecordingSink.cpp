@@ -1,0 +1,117 @@
+#include "Support/RecordingSink.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace ZuTest
+{
+
+using namespace Zu::Logging;
+
+std::ostream& operator<<(std::ostream& stream, LogLine const& line)
+{
+    return stream << std::hex << line.flags << std::dec << " [" << line.label << "] " << line.text;
+}
+
+LogLine Info(std::string label, std::string text)
+{
+    return {FLAGS_INFO, std::move(label), std::move(text)};
+}
+
+LogLine Warning(std::string label, std::string text)
+{
+    return {FLAGS_WARNING, std::move(label), std::move(text)};
+}
+
+LogLine Error(std::string label, std::string text)
+{
+    return {FLAGS_ERROR, std::move(label), std::move(text)};
+}
+
+LogLine UserInfo(std::string text)
+{
+    return {FLAGS_USER_INFO, "ZuControl", std::move(text)};
+}
+
+LogLine UserWarning(std::string text)
+{
+    return {FLAGS_USER_WARNING, "ZuControl", std::move(text)};
+}
+
+LogLine UserError(std::string text)
+{
+    return {FLAGS_USER_ERROR, "ZuControl", std::move(text)};
+}
+
+class LogRecorder::Sink : public ISink
+{
+public:
+    bool Wants(uint64 /*flags*/) const override
+    {
+        return true;
+    }
+
+    void Write(Entry const& entry) override
+    {
+        std::scoped_lock const guard(lock);
+        lines.push_back({entry.flags, entry.label, entry.text});
+    }
+
+    std::vector<LogLine> Lines() const
+    {
+        std::scoped_lock const guard(lock);
+        return lines;
+    }
+
+    void Clear()
+    {
+        std::scoped_lock const guard(lock);
+        lines.clear();
+    }
+
+private:
+    mutable std::mutex lock;
+    std::vector<LogLine> lines;
+};
+
+LogRecorder::LogRecorder() : sink(std::make_shared<Sink>())
+{
+    AddSink(sink);
+}
+
+LogRecorder::~LogRecorder()
+{
+    RemoveSink(sink);
+}
+
+std::vector<LogLine> LogRecorder::Lines() const
+{
+    return sink->Lines();
+}
+
+std::vector<LogLine> LogRecorder::LinesWithoutTraces() const
+{
+    std::vector<LogLine> lines = Lines();
+    std::erase_if(lines, IsTrace);
+    return lines;
+}
+
+std::size_t LogRecorder::CountOfText(std::string const& text) const
+{
+    auto const lines = Lines();
+    return static_cast<std::size_t>(
+        std::count_if(lines.begin(), lines.end(), [&text](LogLine const& line) { return line.text == text; }));
+}
+
+void LogRecorder::Clear()
+{
+    sink->Clear();
+}
+
+bool IsTrace(LogLine const& line)
+{
+    return line.text.starts_with("exception with status ") || line.text.starts_with("exception: ") ||
+           line.text.starts_with("back trace ");
+}
+
+} // namespace ZuTest

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ZuApi/Logging.h"
+
+#include <iosfwd>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZuTest
+{
+
+/// One line of the log as a test compares it.
+struct LogLine
+{
+    uint64 flags;
+    std::string label;
+    std::string text;
+
+    bool operator==(LogLine const&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, LogLine const& line);
+
+/// A developer line of the named level and function.
+LogLine Info(std::string label, std::string text);
+LogLine Warning(std::string label, std::string text);
+LogLine Error(std::string label, std::string text);
+
+/// A line for the person at the screen.
+LogLine UserInfo(std::string text);
+LogLine UserWarning(std::string text);
+LogLine UserError(std::string text);
+
+/// Keeps every line that is written while it lives, in order, from all threads.
+class LogRecorder
+{
+public:
+    LogRecorder();
+    ~LogRecorder();
+
+    LogRecorder(LogRecorder const&) = delete;
+    LogRecorder& operator=(LogRecorder const&) = delete;
+
+    std::vector<LogLine> Lines() const;
+
+    /// The lines but for those that an exception writes of itself: its log entry and its back trace.
+    std::vector<LogLine> LinesWithoutTraces() const;
+
+    /// How many lines have exactly this text.
+    std::size_t CountOfText(std::string const& text) const;
+
+    void Clear();
+
+private:
+    class Sink;
+    std::shared_ptr<Sink> sink;
+};
+
+/// True for the log entry of an exception and for a line of its back trace.
+bool IsTrace(LogLine const& line);
+
+} // namespace ZuTest
