@@ -25,8 +25,7 @@ void LogOrigin(std::exception const& exception, unsigned depth)
                               ours->Line(), ours->Status(), ours->what());
         return;
     }
-    Logging::Zu_Debug_Log(0, "", Logging::FLAGS_ERROR, "std::exception", "back trace %u: %s", depth,
-                          TextOf(exception));
+    Logging::Zu_Debug_Log(0, "", Logging::FLAGS_ERROR, "std::exception", "back trace %u: %s", depth, TextOf(exception));
 }
 
 } // namespace
@@ -107,8 +106,8 @@ void Exception::LogBackTrace(std::exception const& exception)
         }
         catch (...)
         {
-            Logging::Zu_Debug_Log(0, "", Logging::FLAGS_ERROR, "std::exception",
-                                  "back trace %u: not a std::exception", depth + 1);
+            Logging::Zu_Debug_Log(0, "", Logging::FLAGS_ERROR, "std::exception", "back trace %u: not a std::exception",
+                                  depth + 1);
         }
     }
 }

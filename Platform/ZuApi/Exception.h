@@ -76,8 +76,7 @@ ZUAPI_API int32 CaughtStatus() noexcept;
 
 /// In a catch block: the caught exception goes on nested in a new one with this text, which keeps its status.
 #define ZU_THROW_NESTED(...)                                                                                           \
-    ::std::throw_with_nested(                                                                                          \
-        ::Zu::Exception(__LINE__, __FILE__, ::Zu::CaughtStatus(), ZU_FUNCTION_LABEL, __VA_ARGS__))
+    ::std::throw_with_nested(::Zu::Exception(__LINE__, __FILE__, ::Zu::CaughtStatus(), ZU_FUNCTION_LABEL, __VA_ARGS__))
 
 /// In a catch block: logs the caught exception behind this text. See Zu::LogCaught.
 #define ZU_LOG_CAUGHT(...) ::Zu::LogCaught(__LINE__, __FILE__, ZU_FUNCTION_LABEL, __VA_ARGS__)

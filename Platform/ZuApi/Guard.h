@@ -31,5 +31,4 @@ bool GuardStep(int line, char const* file, char const* label, char const* text, 
     ::Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "Exception thrown in destructor", __VA_ARGS__)
 
 /// The outermost frame of a thread, a task or a callback; the argument is a callable.
-#define ZU_GUARD_BOUNDARY(...)                                                                                         \
-    ::Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "EXCEPTION THROWN: ", __VA_ARGS__)
+#define ZU_GUARD_BOUNDARY(...) ::Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "EXCEPTION THROWN: ", __VA_ARGS__)

@@ -83,6 +83,5 @@ ZUAPI_API void Zu_Debug_Log(int line, char const* file, uint64 flags, char const
 
 // For the person at the screen: positional placeholders. The user line comes first, the developer line right behind it.
 #define ZU_LOG_USER_INFO(...) ZU_LOG_LINE(::Zu::Logging::FLAGS_USER_INFO, ::Zu::Logging::USER_LABEL, __VA_ARGS__)
-#define ZU_LOG_USER_WARNING(...)                                                                                       \
-    ZU_LOG_LINE(::Zu::Logging::FLAGS_USER_WARNING, ::Zu::Logging::USER_LABEL, __VA_ARGS__)
+#define ZU_LOG_USER_WARNING(...) ZU_LOG_LINE(::Zu::Logging::FLAGS_USER_WARNING, ::Zu::Logging::USER_LABEL, __VA_ARGS__)
 #define ZU_LOG_USER_ERROR(...) ZU_LOG_LINE(::Zu::Logging::FLAGS_USER_ERROR, ::Zu::Logging::USER_LABEL, __VA_ARGS__)
