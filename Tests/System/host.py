@@ -1,0 +1,110 @@
+"""Starts the real host program and stops it again."""
+
+import os
+import pathlib
+import queue
+import signal
+import subprocess
+import threading
+import time
+
+BIN = pathlib.Path(os.environ["ZU_BIN"])
+PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer build needs more
+
+
+class Host:
+    """`with Host("--start") as host:` runs zucontrol-host with Modbus TCP on a free port until it is ready."""
+
+    def __init__(self, *arguments, modbus=True, wait=True):
+        self.arguments = [str(BIN / "zucontrol-host")]
+        if modbus:
+            self.arguments += ["--enable", "ModbusTcp", "--param", "ModbusTcp.port=0"]
+        self.arguments += [str(argument) for argument in arguments]
+        self.wait = wait
+        self.ports = {}
+        self.lines = queue.Queue()
+        self.errors = []
+
+    def __enter__(self):
+        self.process = subprocess.Popen(
+            self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, bufsize=1)
+        self.readers = [
+            threading.Thread(target=self._read, args=(self.process.stdout, self.lines.put)),
+            threading.Thread(target=self._read, args=(self.process.stderr, self.errors.append))]
+        for reader in self.readers:
+            reader.start()
+        try:
+            if self.wait:
+                self.wait_until_ready()
+        except BaseException:
+            self.stop()
+            raise
+        return self
+
+    def __exit__(self, kind, *_):
+        status = self.stop()
+        if kind is None and status != 0:
+            raise AssertionError(f"the host ended with status {status}:\n" + self.log())
+
+    @staticmethod
+    def _read(stream, keep):
+        for line in stream:
+            keep(line.rstrip("\n"))
+        keep(None)
+
+    def wait_until_ready(self):
+        """Reads `listening KIND ADDRESS:PORT` lines until `ready`."""
+        deadline = time.monotonic() + PATIENCE
+        while True:
+            line = self.lines.get(timeout=max(0.0, deadline - time.monotonic()))
+            if line is None:
+                raise AssertionError("the host ended before it was ready:\n" + self.log())
+            if line == "ready":
+                return
+            words = line.split()
+            if len(words) == 3 and words[0] == "listening":
+                self.ports[words[1]] = int(words[2].rsplit(":", 1)[1])
+
+    @property
+    def modbus_port(self):
+        return self.ports["ModbusTcp"]
+
+    def log(self):
+        return "\n".join(line for line in self.errors if line is not None)
+
+    def wait_for_log(self, text):
+        """Waits until a line of the log holds `text`, and gives that line."""
+        def find():
+            return next((line for line in list(self.errors) if line is not None and text in line), None)
+        return wait_until(find, f"'{text}' in the log:\n" + self.log())
+
+    def stop(self, sent=signal.SIGTERM):
+        if self.process.poll() is None:
+            self.process.send_signal(sent)
+        try:
+            status = self.process.wait(timeout=PATIENCE)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            status = self.process.wait()
+        for reader in self.readers:
+            reader.join()
+        self.process.stdout.close()
+        self.process.stderr.close()
+        return status
+
+
+def run_host(*arguments):
+    """Runs the host to its end and gives (status, standard output, standard error)."""
+    done = subprocess.run([str(BIN / "zucontrol-host"), *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE)
+    return done.returncode, done.stdout, done.stderr
+
+
+def wait_until(condition, what="the condition"):
+    """Polls until `condition()` gives something true, within a bound, and gives that."""
+    deadline = time.monotonic() + PATIENCE
+    while time.monotonic() < deadline:
+        result = condition()
+        if result:
+            return result
+        time.sleep(0.005)
+    raise AssertionError(f"waited in vain for {what}")

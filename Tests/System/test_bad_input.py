@@ -1,0 +1,122 @@
+"""What bad input gets: a clear answer for the one who sent it, and nothing for anybody else."""
+
+import pathlib
+import socket
+import struct
+import tempfile
+import unittest
+
+from host import BIN, Host, run_host, wait_until
+from modbus import ModbusClient, ModbusException
+from range_image import write_pcd
+
+
+class Network(unittest.TestCase):
+    def test_a_malformed_frame_closes_that_connection_only(self):
+        with Host() as host, ModbusClient(host.modbus_port) as other:
+            for frame in (struct.pack(">HHHB", 1, 7, 6, 1) + b"\x03\x00\x00\x00\x01",  # another protocol
+                          struct.pack(">HHHB", 1, 0, 1, 1),  # no function
+                          struct.pack(">HHHB", 1, 0, 300, 1) + b"\x03"):  # longer than a frame may be
+                with socket.create_connection(("127.0.0.1", host.modbus_port), timeout=10) as bad:
+                    bad.sendall(frame)
+                    self.assertEqual(bad.recv(1), b"")
+                self.assertEqual(other.read(9000, 2), [0, 0])
+
+    def test_exception_codes(self):
+        with Host() as host, ModbusClient(host.modbus_port) as client:
+            for pdu, code in ((b"\x01\x00\x00\x00\x01", 1),  # coils
+                              (struct.pack(">BHH", 3, 9999, 2), 2),
+                              (struct.pack(">BHH", 3, 10000, 1), 2),
+                              (struct.pack(">BHH", 3, 0, 126), 3),
+                              (struct.pack(">BHH", 3, 0, 0), 3)):
+                with self.assertRaises(ModbusException) as refused:
+                    client.request(pdu)
+                self.assertEqual(refused.exception.code, code, pdu)
+
+    def test_half_a_frame_and_silence_costs_that_client_its_connection(self):
+        with Host("--param", "ModbusTcp.idleTimeout=1") as host:
+            with socket.create_connection(("127.0.0.1", host.modbus_port), timeout=30) as silent:
+                silent.sendall(b"\x00\x01\x00\x00\x00")
+                self.assertEqual(silent.recv(1), b"")
+            with ModbusClient(host.modbus_port) as client:
+                self.assertEqual(client.read(9000, 1), [0])
+
+    def test_more_clients_than_allowed_are_turned_away(self):
+        with Host("--param", "ModbusTcp.maxClients=2") as host:
+            with ModbusClient(host.modbus_port) as first, ModbusClient(host.modbus_port) as second:
+                first.read(0, 1)
+                second.read(0, 1)
+                with socket.create_connection(("127.0.0.1", host.modbus_port), timeout=10) as third:
+                    self.assertEqual(third.recv(1), b"")
+                first.read(0, 1)
+
+    def test_a_busy_port_is_one_clear_line_and_the_host_goes_on(self):
+        with socket.create_server(("127.0.0.1", 0)) as taken:
+            port = taken.getsockname()[1]
+            with Host("--enable", "ModbusTcp", "--param", f"ModbusTcp.port={port}", modbus=False) as host:
+                host.wait_for_log(str(port))
+                self.assertNotIn("ModbusTcp", host.ports)
+
+
+class Files(unittest.TestCase):
+    def refused(self, *arguments):
+        status, output, error = run_host(*arguments)
+        self.assertEqual((status, output), (2, ""))
+        self.assertEqual(len(error.strip().splitlines()), 1, error)
+        return error
+
+    def test_a_range_image_that_is_cut_short_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "cut.pcd"
+            write_pcd(path, [[(0.0, 0.0, 0.0)] * 8] * 8)
+            path.write_bytes(path.read_bytes()[:-1])
+            self.assertIn(str(path), self.refused("--replay", path))
+
+    def test_a_range_image_that_lies_about_its_size_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "lies.pcd"
+            write_pcd(path, [[(0.0, 0.0, 0.0)] * 8] * 8)
+            path.write_bytes(path.read_bytes().replace(b"HEIGHT 8", b"HEIGHT 4000000000"))
+            self.assertIn(str(path), self.refused("--replay", path))
+
+    def test_a_range_image_that_does_not_exist_is_refused(self):
+        self.assertIn("nowhere.pcd", self.refused("--replay", "nowhere.pcd"))
+
+    def test_a_plug_in_that_is_none_is_reported_and_skipped(self):
+        with tempfile.TemporaryDirectory() as folder:
+            broken = pathlib.Path(folder) / "broken.so"
+            broken.write_bytes(b"\x7fELF but no more")
+            with Host("--plugins", BIN / "plugins", "--plugins", folder) as host, ModbusClient(host.modbus_port) as client:
+                host.wait_for_log("broken.so")
+                client.read(0, 1)
+
+
+class CommandLine(unittest.TestCase):
+    def test_help_and_version(self):
+        status, output, error = run_host("--help")
+        self.assertEqual((status, error), (0, ""))
+        for option in ("--job", "--plugins", "--deployment", "--replay", "--rate", "--start", "--enable", "--param", "--log"):
+            self.assertIn(option, output)
+        status, output, error = run_host("--version")
+        self.assertEqual((status, error), (0, ""))
+        self.assertRegex(output, r"\d+\.\d+")
+
+    def test_bad_options_are_one_clear_line(self):
+        for arguments, part in ((["--nonsense"], "nonsense"), (["--rate", "fast"], "fast"), (["--deployment", "moon"], "moon"),
+                                (["--log", "loud"], "loud"), (["--param", "x"], "x"), (["extra"], "extra"),
+                                (["--param", "ModbusTcp.port=70000"], "port"), (["--param", "ModbusTcp.colour=1"], "colour"),
+                                (["--enable", "Nobody"], "Nobody"), (["--job", "../up"], "../up"), (["--plugins", "nowhere"], "nowhere")):
+            with self.subTest(arguments):
+                status, output, error = run_host(*arguments)
+                self.assertEqual((status, output), (2, ""))
+                self.assertIn(part, error.strip().splitlines()[-1])
+
+    def test_both_signals_stop_in_order(self):
+        import signal
+        for sent in (signal.SIGTERM, signal.SIGINT):
+            with Host("--start", "--rate", 1000) as host:
+                self.assertEqual(host.stop(sent), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
