@@ -1,6 +1,6 @@
 #include "wApi/wLock.h"
 
-#include "ZuApi/Status.h"
+#include "wApi/wStatus.h"
 
 #include <cerrno>
 #include <ctime>

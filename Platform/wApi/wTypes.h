@@ -13,7 +13,7 @@ using uint16 = std::uint16_t;
 using uint32 = std::uint32_t;
 using uint64 = std::uint64_t;
 
-/// Result of a platform call: 1 is success, any other number tells what went wrong (see ZuApi/Status.h).
+/// Result of a platform call: 1 is success, any other number tells what went wrong (see wApi/wStatus.h).
 using wStatus = int32;
 
 /// A time-out that never runs out. All time-outs are microseconds.

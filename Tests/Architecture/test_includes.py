@@ -1,0 +1,102 @@
+"""The floors of the house: what a folder may include. Reads the #include lines and compares them with the table below."""
+
+import pathlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+# From the ground up. A folder includes what stands on its own floor or below, and nothing goes round in a circle.
+FLOORS = [
+    ["Platform/wApi", "Platform/wBeacon", "Platform/ZuApi"],
+    ["ZuApi/Params", "ZuApi/Threads"],
+    ["Platform/ZuCommon", "Platform/ZuPlugin", "Platform/ZuRest", "Platform/ZuVision", "Platform/ZuPipe", "Platform/ZuCore",
+     "Platform/ZuScan"],
+    ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
+    ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence"],
+    ["Plugins/ModbusTcp", "Host", "Host/Pcd", "Host/Sensor"],
+]
+FLOOR_OF = {folder: number for number, floor in enumerate(FLOORS, 1) for folder in floor}
+OPEN_TO_ALL = {"ZuControl/Export.h"}
+
+# What a protocol sees of the module: interfaces and plain records, which include nothing of the module's own classes.
+SEEN_BY_PROTOCOLS = re.compile(
+    r"ZuControl/Control/(I[A-Z]\w+|ControlActionInfo|ControlInfo|ControlProtocolEnviron|ProtocolStatus|ZuEthernetProtocol|"
+    r"ControlProtocolOperations)\.h")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
+
+
+def sources():
+    for folder in FLOOR_OF:
+        for path in sorted((ROOT / folder).glob("*")):
+            if path.suffix in (".h", ".cpp"):
+                yield folder, path
+
+
+def resolve(name):
+    """The path of an included file from the root, or None when it is none of ours."""
+    for base in ("", "Platform/"):
+        if (ROOT / base / name).is_file():
+            return base + name
+    return None
+
+
+def includes():
+    """(folder, file, folder of the included file, included file) for each #include line of ours."""
+    for folder, path in sources():
+        for name in INCLUDE.findall(path.read_text(encoding="utf-8")):
+            yield folder, path.relative_to(ROOT).as_posix(), name, resolve(name)
+
+
+class Includes(unittest.TestCase):
+    def test_every_source_folder_stands_in_the_table(self):
+        found = {path.parent.relative_to(ROOT).as_posix() for top in ("Platform", "ZuApi", "ZuControl", "Plugins", "Host")
+                 for path in (ROOT / top).rglob("*.cpp")}
+        self.assertEqual(found - set(FLOOR_OF), set())
+
+    def test_every_include_is_written_from_the_root_and_found(self):
+        self.assertEqual([(file, name) for _, file, name, target in includes() if target is None], [])
+
+    def test_nothing_includes_upward(self):
+        wrong = []
+        for folder, file, _, target in includes():
+            if target is None or target in OPEN_TO_ALL:
+                continue
+            to = pathlib.PurePosixPath(target).parent.as_posix()
+            if FLOOR_OF[to] > FLOOR_OF[folder] and not SEEN_BY_PROTOCOLS.fullmatch(target):
+                wrong.append(f"{file} includes {target}")
+        self.assertEqual(wrong, [])
+
+    def test_plug_ins_include_nothing_of_the_host(self):
+        self.assertEqual([file for folder, file, _, target in includes()
+                          if folder.startswith("Plugins/") and (target or "").startswith("Host/")], [])
+
+    def test_what_protocols_see_includes_nothing_else_of_the_module(self):
+        wrong = []
+        for folder, file, _, target in includes():
+            if SEEN_BY_PROTOCOLS.fullmatch(file) and (target or "").startswith("ZuControl/Control/"):
+                if not SEEN_BY_PROTOCOLS.fullmatch(target):
+                    wrong.append(f"{file} includes {target}")
+        self.assertEqual(wrong, [])
+
+    def test_folders_do_not_go_round_in_a_circle(self):
+        reach = {folder: set() for folder in FLOOR_OF}
+        for folder, _, _, target in includes():
+            if target is None or target in OPEN_TO_ALL or SEEN_BY_PROTOCOLS.fullmatch(target):
+                continue
+            to = pathlib.PurePosixPath(target).parent.as_posix()
+            if to != folder:
+                reach[folder].add(to)
+        changed = True
+        while changed:
+            changed = False
+            for folder, below in reach.items():
+                wider = below.union(*(reach[other] for other in below)) if below else below
+                if wider != below:
+                    reach[folder], changed = wider, True
+        self.assertEqual([folder for folder, below in reach.items() if folder in below], [])
+
+
+if __name__ == "__main__":
+    unittest.main()
