@@ -1,0 +1,124 @@
+#pragma once
+
+#include "ZuApi/Event.h"
+#include "ZuCommon/ProblemsTracker.h"
+#include "ZuControl/Control/ControlInstanceMetrics.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Export.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace ZuCommon
+{
+class ProblemsManager;
+}
+
+namespace ZuControl
+{
+
+class IControlScanResults;
+class IUpdateGate;
+struct ControlInstanceParams;
+
+namespace ControlProtocol
+{
+class IProtocol;
+}
+
+/// Stands between one protocol and the rest of the system.
+///
+/// It begins disabled. It does not stop its protocol when it goes: that is the affair of the protocol's own destructor. No
+/// result reaches the protocol any more by then.
+class ZUCONTROL_API ControlInstance final : public IControlInstance
+{
+public:
+    explicit ControlInstance(ControlInstanceParams& params);
+    ~ControlInstance() override;
+
+    ControlInstance(ControlInstance const&) = delete;
+    ControlInstance& operator=(ControlInstance const&) = delete;
+
+    ControlInfo const& Info() const override;
+    char const* TypeName() const override;
+    ZuEthernetProtocol EthernetProtocolId() const override;
+    void Enable(bool value) override;
+    bool IsEnabled() const override;
+    Zu::Event<std::string, bool>::CallbackId
+    AddParamsUpdatedEventHandler(std::function<void(std::string, bool)> handler) override;
+    void RemoveParamsUpdatedEventHandler(Zu::Event<std::string, bool>::CallbackId id) override;
+    Zu::Event<std::string, bool>::CallbackId
+    AddOutputsUpdatedEventHandler(std::function<void(std::string, bool)> handler) override;
+    void RemoveOutputsUpdatedEventHandler(Zu::Event<std::string, bool>::CallbackId id) override;
+    Zu::Event<std::string, std::string>::CallbackId
+    AddRegisterAssemblyUpdatedEventHandler(std::function<void(std::string, std::string)> handler) override;
+    void RemoveRegisterAssemblyUpdatedEventHandler(Zu::Event<std::string, std::string>::CallbackId id) override;
+    Zu::Params::Group& BeginUpdateParameters() override;
+    void EndUpdateParameters() override;
+    void BeginUpdateOutputsMap() override;
+    void EndUpdateOutputsMap() override;
+    void BeginUpdateRegisterAssembly() override;
+    void EndUpdateRegisterAssembly(std::string const& id) override;
+    ZuCommon::IMetricsKeeper& MetricsKeeper() override;
+    ZuCommon::IMetricsSource& MetricsSource() override;
+    Zu::Params::Group const& Params() const override;
+    char const* ParamsVersion() const override;
+    void ParamsUpdate() override;
+    bool HasProtocolOutput() const override;
+    void OutputsMapBeginLock() override;
+    void OutputsMapEndLock() override;
+    Zu::Params::Group const& OutputsMap() const override;
+    bool HasOutputsActionTarget() const override;
+    IControlActionTarget& OutputsActionTarget() const override;
+    void OutputsUpdate() override;
+    bool HasRegisterAssemblyActionTarget() const override;
+    IControlActionTarget& RegisterAssemblyActionTarget(char const* id) const override;
+    bool HasRegisterAssemblyGroup() const override;
+    bool HasRegisterAssembly(char const* id) const override;
+    ControlProtocol::IProtocolRegisterAssembly& RegisterAssembly(char const* id) const override;
+    std::vector<std::string> RegisterAssemblyList() const override;
+    void RegisterAssemblyBeginLock(char const* id) override;
+    void RegisterAssemblyEndLock(char const* id) override;
+    void RegisterAssemblyUpdate(char const* id) override;
+    void ResetInstance(bool keepEnabled, DataToReset data) override;
+    IControlActionTarget* ActionTarget() override;
+    void OnStartScan() override;
+    void OnStopScan() override;
+    void OnFactoryRestore() override;
+    ProtocolStatus GetProtocolStatus() override;
+    void InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
+    void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
+    void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
+
+private:
+    void StartProtocol();
+    void StopProtocol();
+    void UpdateScanResult();
+    void TellWantedDataSources();
+    void ReportProblem(char const* format, char const* text);
+    ControlProtocol::IProtocol* GetProtocol() const;
+
+    void ProtocolParamsInternalUpdateHandler(bool notify);
+    void ProtocolStatusUpdateHandler(ProtocolStatus newStatus);
+    void ProtocolOutputsInternalUpdateHandler(bool notify);
+
+    ControlInfo const* const info;
+    bool const defaultEnabled = false;
+    std::atomic<bool> enabled{false};
+    std::atomic<ProtocolStatus> status{ProtocolStatus::Stopped}; // the protocol reports on threads of its own
+    std::shared_ptr<ControlProtocol::IProtocol> protocol;
+    IUpdateGate* const updateGate;
+    IControlScanResults* const scanResults;
+    Zu::Event<std::string, bool> paramsUpdatedEvent;
+    Zu::Event<std::string, bool> outputsUpdatedEvent;
+    Zu::Event<std::string, std::string> registerAssemblyUpdatedEvent;
+    ControlInstanceMetrics metrics;
+    ZuCommon::ProblemsManager* const problems;
+    ZuCommon::ProblemsTracker problemsTracker;
+    Zu::Event<bool>::CallbackId paramsHandlerId;
+    Zu::Event<ProtocolStatus>::CallbackId statusHandlerId;
+    Zu::Event<bool>::CallbackId outputsHandlerId;
+};
+
+} // namespace ZuControl

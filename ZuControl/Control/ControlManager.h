@@ -1,0 +1,98 @@
+#pragma once
+
+#include "ZuApi/CallbackGate.h"
+#include "ZuApi/Event.h"
+#include "ZuControl/Control/ControlDataCache.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
+#include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
+#include "ZuControl/Control/ControlScanEngineInterface.h"
+#include "ZuControl/Control/ControlSystemInterface.h"
+#include "ZuControl/Control/IControlManager.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZuControl
+{
+
+class ControlInfo;
+class ControlRegistry;
+class IControlScanResults;
+
+/// Owns every protocol instance and what the protocols share.
+///
+/// It builds one instance for each type of the catalogue that this system supports, hands every protocol the same environ,
+/// keeps the protocols' settings for the host, and turns the host's events into calls on each instance, in byte-wise order
+/// of the type names. It takes no lock: the set of instances is fixed when the constructor ends.
+class ZUCONTROL_API ControlManager final : public IControlManager
+{
+public:
+    /// All arguments outlive the manager, and so does what `newEnviron` points to. A type whose protocol cannot be made is
+    /// logged, and the exception goes on.
+    ControlManager(ControlRegistry& usedRegistry, IControlScanResults& usedScanResults,
+                   ControlModuleEnviron const& newEnviron);
+    ~ControlManager() override;
+
+    ControlManager(ControlManager const&) = delete;
+    ControlManager& operator=(ControlManager const&) = delete;
+
+    std::string Component() override;
+    void InitPersistDomain(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store) override;
+    void LoadPersistDomain(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store) override;
+    void SavePersistDomain(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store) override;
+    std::vector<std::string> List() const override;
+    IControlInstance& GetInstance(std::string const& typeName) override;
+    CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
+    void RemovePersistenceLoadEventHandler(CallbackId id) override;
+
+private:
+    void CreateAll();
+    void Create(ControlInfo const& info);
+    void CreateSupported(ControlInfo const& info);
+    bool IsSupported(ControlInfo const& info) const;
+    void HookUp();
+    void Unhook(char const* label) noexcept;
+    void WatchInstances();
+
+    bool ForEachInstance(std::function<void(IControlInstance&)> const& step);
+    void OnPersistenceLoad(PersistenceLoadOpState state);
+    void SetJobFileModified();
+    void LiveStartStopScanEventHandler(bool started);
+    void FactoryRestoreEventHandler();
+
+    ControlRegistry& registry;
+    ControlModuleEnviron const environ;
+    IControlScanResults& scanResults;
+
+    ControlSystemInterface systemInterface;
+    ControlScanEngineInterface scanEngineInterface;
+    ControlProtocolOperations operations;
+    ControlDataCache dataCache;
+    ControlProtocol::ControlProtocolEnviron protocolEnviron;
+    std::map<std::string, std::unique_ptr<IControlInstance>> instances;
+
+    // While the job is loaded no change counts as a change of it. Read on the thread of the load, and on any other thread
+    // whose protocol reports a change meanwhile.
+    std::atomic<bool> loadInProgress{false};
+
+    bool registered = false;
+    uint64 persistHandlerId = 0;
+    Zu::Event<PersistenceLoadOpState> persistenceLoadEvent;
+    Zu::Event<bool>* scanStartStopEvent = nullptr;
+    Zu::Event<>* factoryRestoreEvent = nullptr;
+    Zu::Event<bool>::CallbackId scanStartStopHandlerId;
+    Zu::Event<>::CallbackId factoryRestoreHandlerId;
+
+    // The host may fire on another thread while the manager goes.
+    Zu::CallbackGate scanStartStopGate;
+    Zu::CallbackGate factoryRestoreGate;
+};
+
+} // namespace ZuControl

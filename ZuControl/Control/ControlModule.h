@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ZuControl/Control/ControlManager.h"
+#include "ZuControl/Control/ControlRegistry.h"
+#include "ZuControl/Control/ControlScanResults.h"
+#include "ZuControl/Export.h"
+
+namespace ZuPlugin
+{
+class PluginManager;
+}
+
+namespace ZuRest
+{
+class ResourceRouter;
+}
+
+namespace ZuControl
+{
+
+struct ControlModuleEnviron;
+
+/// The whole module: the one object that a host constructs.
+///
+/// It reads the catalogue of the plug-ins that are loaded, attaches to the result hub and builds an instance of every type
+/// that this system supports. One type that cannot be built ends the construction. Build and destroy it on one thread, and
+/// destroy it before anything that `environ` points to.
+class ZUCONTROL_API ControlModule final
+{
+public:
+    ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& router,
+                  ControlModuleEnviron const& environ);
+    ~ControlModule();
+
+    ControlModule(ControlModule const&) = delete;
+    ControlModule& operator=(ControlModule const&) = delete;
+
+private:
+    // The order is that of their life: each relies on those above it.
+    ControlRegistry registry;
+    ControlScanResults scanResults;
+    ControlManager manager;
+};
+
+} // namespace ZuControl

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Export.h"
+#include "ZuPlugin/IPlugin.h"
+#include "wApi/wTypes.h"
+
+#include <memory>
+#include <vector>
+
+namespace ZuControl
+{
+
+class IControlFactory;
+
+/// What a plug-in publishes: the protocol types that it offers.
+///
+/// A plug-in derives from it and fills both lists in its constructor; they are only read afterwards. `GetObject` is not to be
+/// overridden: the catalogue takes what it gives for the ControlPlugin itself.
+class ZUCONTROL_API ControlPlugin : public ZuPlugin::IPlugin
+{
+public:
+    static constexpr char const* TYPE = "ZuControl.ControlPlugin";
+
+    /// One that offers nothing.
+    static std::shared_ptr<ControlPlugin> Create();
+
+    // First of the slots that others call through: never move one.
+    ~ControlPlugin() override;
+    char const* Type() const override;
+    void const* GetObject() const override;
+
+    ControlPlugin(ControlPlugin const&) = delete;
+    ControlPlugin& operator=(ControlPlugin const&) = delete;
+
+    uint64 ControlInfoCount() const;
+
+    /// Throws std::out_of_range for a bad index.
+    ControlInfo const& ControlInfoAt(uint64 index) const;
+
+protected:
+    ControlPlugin();
+
+    std::vector<ControlInfo> infos;
+    std::vector<std::shared_ptr<IControlFactory>> factories; // kept alive for the records, which only point to them
+};
+
+} // namespace ZuControl

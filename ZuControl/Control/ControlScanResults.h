@@ -1,0 +1,71 @@
+#pragma once
+
+#include "ZuApi/CallbackGate.h"
+#include "ZuApi/Event.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Export.h"
+#include "wApi/wLock.h"
+#include "wApi/wThreadSafety.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace ZuCore
+{
+class ResultHub;
+}
+
+namespace ZuControl
+{
+
+class IControlScanResultsDispatcher;
+class ScanOutputMap;
+
+/// Gives each protocol its own reduced copy of every result set: the items whose data source it wants, while it has a client.
+///
+/// No result data is copied and no handler is waited for: a dispatcher for each protocol hands the sets over on a thread of
+/// its own. `ProcessResultSet` runs on the hub's publishing thread, or on the hub's own.
+class ZUCONTROL_API ControlScanResults final : public IControlScanResults
+{
+public:
+    /// A null hub is allowed: sets then come by direct calls only. The hub outlives the object.
+    ControlScanResults(ZuCore::ResultHub* usedResultHub, void* usedAllocator);
+    ~ControlScanResults();
+
+    ControlScanResults(ControlScanResults const&) = delete;
+    ControlScanResults& operator=(ControlScanResults const&) = delete;
+
+    std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId> AddResultHandler(std::function<void(void*)> handler,
+                                                                                 ZuEthernetProtocol protocol) override;
+    void RemoveResultHandler(std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId> id) override;
+    void ProcessResultSet(void* resultSet) override;
+    void UpdateOutputMap(ZuEthernetProtocol protocol, std::vector<std::string> dataSourceIds) override;
+    void UpdateClientCount(ZuEthernetProtocol protocol, uint64 count) override;
+
+private:
+    using Dispatchers = std::map<ZuEthernetProtocol, std::shared_ptr<IControlScanResultsDispatcher>>;
+
+    std::shared_ptr<ScanOutputMap const> FindMap(ZuEthernetProtocol protocol);
+    IControlScanResultsDispatcher& FindDispatcher(ZuEthernetProtocol protocol) ZU_REQUIRES(lock);
+    void ProcessForProtocol(IControlScanResultsDispatcher& dispatcher, ScanOutputMap const& wanted, void* resultSet);
+    void Dispatch(IControlScanResultsDispatcher& dispatcher, void* resultSet);
+
+    void* const allocator;
+    ZuCore::ResultHub* const resultHub;
+    Zu::Event<void*>::CallbackId hubCallbackId;
+    Zu::CallbackGate hubGate; // the hub may have been asked for the other kind of handler when this one is removed
+
+    // Leaf lock, held for the copy or the change of a pointer and nothing else: whoever changes a map waits for no delivery.
+    // The maps themselves never change; a new one takes the place of the old one.
+    std::mutex outputMapsLock;
+    std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps;
+
+    // Order: lock, then a dispatcher's own locks or outputMapsLock. A dispatcher that goes is joined under it, so that no
+    // result handler may call what takes it.
+    wLock lock;
+    Dispatchers dispatchers ZU_GUARDED_BY(lock);
+};
+
+} // namespace ZuControl

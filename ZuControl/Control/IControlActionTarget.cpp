@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlActionTarget.h"
+
+namespace ZuControl
+{
+
+IControlActionTarget::~IControlActionTarget() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlDataCache.h"
+
+namespace ZuControl
+{
+
+IControlDataCache::~IControlDataCache() = default;
+
+} // namespace ZuControl

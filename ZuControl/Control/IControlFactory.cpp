@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlFactory.h"
+
+namespace ZuControl
+{
+
+IControlFactory::~IControlFactory() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlInstance.h"
+
+namespace ZuControl
+{
+
+IControlInstance::~IControlInstance() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlManager.h"
+
+namespace ZuControl
+{
+
+IControlManager::~IControlManager() = default;
+
+} // namespace ZuControl

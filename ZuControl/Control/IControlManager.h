@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ZuApi/Event.h"
+#include "ZuCommon/IPersistHandler.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ZuControl
+{
+
+class IControlInstance;
+
+/// The instances of all protocol types that this system supports. The set of instances never changes.
+class ZUCONTROL_API IControlManager : public ZuCommon::IPersistHandler
+{
+public:
+    enum class PersistenceLoadOpState : uint8
+    {
+        Begin = 0, ///< the job is about to be loaded or set to its defaults
+        End = 1    ///< it has been
+    };
+
+    using CallbackId = Zu::Event<PersistenceLoadOpState>::CallbackId;
+
+    // Behind the slots of ZuCommon::IPersistHandler; plug-ins and the host call through them: never move one.
+    ~IControlManager() override;
+
+    /// The type names of all instances, in byte-wise order.
+    virtual std::vector<std::string> List() const = 0;
+
+    /// The instance of a type, which lives as long as the manager. -999 for an unknown or unsupported type.
+    virtual IControlInstance& GetInstance(std::string const& typeName) = 0;
+
+    /// Adds a handler that runs on the thread of the load, before and after it. One that throws ends the load there and
+    /// then: no change counts as a change of the job any more until a later load has run to its end.
+    virtual CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) = 0;
+    virtual void RemovePersistenceLoadEventHandler(CallbackId id) = 0;
+};
+
+} // namespace ZuControl

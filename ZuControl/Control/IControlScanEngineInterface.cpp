@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlScanEngineInterface.h"
+
+namespace ZuControl
+{
+
+IControlScanEngineInterface::~IControlScanEngineInterface() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "ZuApi/Event.h"
+#include "ZuControl/Export.h"
+#include "ZuScan/AlignCompletionStatus.h"
+#include "wApi/wTypes.h"
+
+#include <string>
+
+namespace ZuScan
+{
+class ISensor;
+}
+
+namespace ZuControl
+{
+
+/// All that a protocol may do to, or learn about, a scanner. A scanner is named by its id; the empty id means the first
+/// scanner of the first engine that has any. Several threads may be inside at once.
+class ZUCONTROL_API IControlScanEngineInterface
+{
+public:
+    /// The scanner's own three values, taken over one for one.
+    enum ControlAlignmentState : uint8
+    {
+        ALIGNMENT_STATE_0 = 0,
+        ALIGNMENT_STATE_1 = 1,
+        ALIGNMENT_STATE_2 = 2
+    };
+
+    /// The state of one scanner.
+    struct ScannerStateInfo
+    {
+        std::string id;                ///< of the scanner that answered
+        int64 currentEncoderValue = 0; ///< the lowest number: no reading
+        uint64 currentSyncTime = 0;    ///< times 1000, divided by 1024; all ones: no reading
+        ControlAlignmentState alignmentState = ALIGNMENT_STATE_0;
+        bool laserEnabled = true;
+    };
+
+    virtual ~IControlScanEngineInterface(); // first of the slots that others call through: never move one
+
+    virtual void SoftwareTrigger(std::string const& scannerId) = 0;
+
+    /// Begins an alignment; its end comes through `AlignmentCompletedEvent`.
+    virtual void Alignment(std::string const& scannerId) = 0;
+    virtual void ClearAlignment(std::string const& scannerId) = 0;
+
+    /// The event is the scanner's, which fires it on a thread of its own.
+    virtual Zu::Event<ZuScan::AlignCompletionStatus>& AlignmentCompletedEvent(std::string const& scannerId) = 0;
+
+    /// Fills `info`; a scanner that tells nothing of itself leaves it as it is.
+    virtual void ScannerInfo(std::string const& scannerId, ScannerStateInfo& info) = 0;
+
+    /// The first sensor that can serve, or null. It stays the engine's.
+    virtual ZuScan::ISensor* FindSupportedSensor() = 0;
+};
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlScanResults.h"
+
+namespace ZuControl
+{
+
+IControlScanResults::~IControlScanResults() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlScanResultsDispatcher.h"
+
+namespace ZuControl
+{
+
+IControlScanResultsDispatcher::~IControlScanResultsDispatcher() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlSystemInterface.h"
+
+namespace ZuControl
+{
+
+IControlSystemInterface::~IControlSystemInterface() = default;
+
+} // namespace ZuControl

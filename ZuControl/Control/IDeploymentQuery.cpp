@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IDeploymentQuery.h"
+
+namespace ZuControl
+{
+
+IDeploymentQuery::~IDeploymentQuery() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ZuControl/Export.h"
+
+namespace ZuControl
+{
+
+/// Tells on which kind of system the module runs. The host implements it; the answers do not change while the module lives.
+class ZUCONTROL_API IDeploymentQuery
+{
+public:
+    virtual ~IDeploymentQuery();
+
+    virtual bool IsPhysicalSensor() = 0;
+    virtual bool IsPhysicalBrackle() = 0;
+    virtual bool IsVirtualSensor() = 0;
+    virtual bool IsVirtualBrackle() = 0;
+    virtual bool IsTavrinServiceApp() = 0;
+};
+
+} // namespace ZuControl

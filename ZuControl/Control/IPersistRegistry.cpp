@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IPersistRegistry.h"
+
+namespace ZuControl
+{
+
+IPersistRegistry::~IPersistRegistry() = default;
+
+} // namespace ZuControl

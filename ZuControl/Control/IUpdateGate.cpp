@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IUpdateGate.h"
+
+namespace ZuControl
+{
+
+IUpdateGate::~IUpdateGate() = default;
+
+} // namespace ZuControl
