@@ -1,0 +1,8 @@
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+IProtocolRegisterAssembly::~IProtocolRegisterAssembly() = default;
+
+} // namespace ZuControl::ControlProtocol

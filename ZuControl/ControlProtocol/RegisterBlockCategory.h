@@ -1,0 +1,20 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+/// What a register block carries.
+enum RegisterBlockCategory : uint8
+{
+    BlockCategoryUnknown = 0,
+    BlockCategoryControlInput = 1,
+    BlockCategoryControlOutput = 2,
+    BlockCategorySystem = 3,
+    BlockCategoryScanner = 4,
+    BlockCategoryStamp = 5,
+    BlockCategoryMeasurement = 6
+};
+
+} // namespace ZuControl::ControlProtocol
