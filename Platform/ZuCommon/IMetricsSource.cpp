@@ -1,0 +1,8 @@
+#include "ZuCommon/IMetricsSource.h"
+
+namespace ZuCommon
+{
+
+IMetricsSource::~IMetricsSource() = default;
+
+} // namespace ZuCommon

@@ -1,0 +1,8 @@
+#include "ZuCommon/IPersistHandler.h"
+
+namespace ZuCommon
+{
+
+IPersistHandler::~IPersistHandler() = default;
+
+} // namespace ZuCommon

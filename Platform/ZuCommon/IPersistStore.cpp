@@ -1,0 +1,8 @@
+#include "ZuCommon/IPersistStore.h"
+
+namespace ZuCommon
+{
+
+IPersistStore::~IPersistStore() = default;
+
+} // namespace ZuCommon

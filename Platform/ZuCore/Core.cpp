@@ -1,0 +1,8 @@
+#include "ZuCore/Core.h"
+
+namespace ZuCore
+{
+
+Core::~Core() = default;
+
+} // namespace ZuCore

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "ZuApi/Event.h"
+#include "ZuCore/ResultSet.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace ZuCore
+{
+
+/// Where the scan pipeline publishes its result sets and others listen.
+///
+/// Synchronous handlers run on the publishing thread, asynchronous ones on "ResultHub", a thread of the hub that starts with
+/// the first of them; a handler gets the `ResultSet` as a `void*`, borrowed for the call. What a handler throws is logged and
+/// keeps nothing from the others.
+/// Any thread may publish, add and remove. A removal waits for a call that runs on another thread, so it must not be made
+/// under a lock that the handler takes; from within a handler it does not wait. The owner ends publishing before the hub goes.
+class ZUPLATFORM_API ResultHub
+{
+public:
+    using Handler = std::function<void(void*)>;
+    using CallbackId = Zu::Event<void*>::CallbackId;
+
+    /// How many sets may wait for the asynchronous handlers; beyond it the oldest are dropped.
+    static constexpr uint64 MAX_PENDING_SETS = 1024;
+
+    /// `syncHandlersWanted`: which of the two registrations this hub wants its listeners to use.
+    explicit ResultHub(bool syncHandlersWanted);
+    ~ResultHub(); ///< ends the thread; sets that still wait are dropped
+
+    ResultHub(ResultHub const&) = delete;
+    ResultHub& operator=(ResultHub const&) = delete;
+
+    bool ShouldUseSyncHandler() const;
+
+    /// An empty function is not stored and gives an id that is not valid.
+    CallbackId AddResultHandler(Handler handler);
+    void RemoveResultHandler(CallbackId const& id);
+
+    /// As above, on the hub's thread.
+    CallbackId AddAsyncResultHandler(Handler handler);
+    void RemoveAsyncResultHandler(CallbackId const& id);
+
+    /// Hands `set` to every handler. The hub takes references of its own where it needs them. Null is ignored.
+    void Publish(ResultSet set);
+
+    /// Sets that the asynchronous handlers never saw because too many waited.
+    uint64 DroppedCount() const;
+
+private:
+    void Enqueue(ResultSet set);
+    void RunThread();
+    ResultSet WaitForSet();
+    void DropPending();
+
+    bool const syncWanted;
+
+    // Held while handlers run, one for each kind, so that removal can wait; recursive for handlers that add and remove.
+    std::recursive_mutex syncLock;
+    Zu::Event<void*> syncEvent; // guarded by syncLock
+    std::recursive_mutex asyncLock;
+    Zu::Event<void*> asyncEvent; // guarded by asyncLock
+
+    mutable std::mutex queueLock; // a leaf: guards all below but the thread
+    std::condition_variable queueChanged;
+    std::deque<ResultSet> pending; // one reference each
+    uint64 dropped = 0;
+    bool wanted = false; // an asynchronous handler is there
+    bool stopping = false;
+
+    std::thread thread; // started and joined under asyncLock or in the destructor
+};
+
+} // namespace ZuCore

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "wApi/wExport.h"
+#include "wApi/wTypes.h"
+
+#include <string>
+
+namespace ZuCore
+{
+
+struct ResultInfoObject;
+
+/// Says what a result is: its data source and its type. A counted object (see wApi/wObject.h) that never changes; a
+/// publisher makes one for each data source and shares it among all results.
+using ResultInfo = ResultInfoObject*;
+
+inline constexpr uint16 RESULT_TYPE_STAMP = 11;
+inline constexpr uint16 RESULT_TYPE_MEASUREMENT = 19;
+
+/// Makes a new one with one reference. The allocator is passed through; null is the default one. 1 on success.
+ZUPLATFORM_API wStatus ResultInfo_Construct(ResultInfo* info, std::string const& dataSourceId, uint16 type,
+                                            void* allocator);
+
+/// The 64-bit FNV-1a hash of the data source's id; 0 for null.
+ZUPLATFORM_API uint64 ResultInfo_NumericId(ResultInfoObject const* info) noexcept;
+
+/// Number of the result's type; 0 for null.
+ZUPLATFORM_API uint16 ResultInfo_Type(ResultInfoObject const* info) noexcept;
+
+/// Lives as long as the info; empty for null.
+ZUPLATFORM_API std::string const& ResultInfo_DataSourceId(ResultInfoObject const* info) noexcept;
+
+} // namespace ZuCore

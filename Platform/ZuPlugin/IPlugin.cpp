@@ -1,0 +1,8 @@
+#include "ZuPlugin/IPlugin.h"
+
+namespace ZuPlugin
+{
+
+IPlugin::~IPlugin() = default;
+
+} // namespace ZuPlugin

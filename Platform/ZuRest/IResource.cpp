@@ -1,0 +1,8 @@
+#include "ZuRest/IResource.h"
+
+namespace ZuRest
+{
+
+IResource::~IResource() = default;
+
+} // namespace ZuRest

@@ -1,0 +1,10 @@
+#include "ZuRest/RequestProcessor.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuRest
+{
+
+RequestProcessor::~RequestProcessor() = default;
+
+} // namespace ZuRest

@@ -1,0 +1,8 @@
+#include "ZuScan/IActionTarget.h"
+
+namespace ZuScan
+{
+
+IActionTarget::~IActionTarget() = default;
+
+} // namespace ZuScan

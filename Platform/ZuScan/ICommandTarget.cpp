@@ -1,0 +1,8 @@
+#include "ZuScan/ICommandTarget.h"
+
+namespace ZuScan
+{
+
+ICommandTarget::~ICommandTarget() = default;
+
+} // namespace ZuScan

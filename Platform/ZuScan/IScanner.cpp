@@ -1,0 +1,8 @@
+#include "ZuScan/IScanner.h"
+
+namespace ZuScan
+{
+
+IScanner::~IScanner() = default;
+
+} // namespace ZuScan

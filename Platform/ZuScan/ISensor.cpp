@@ -1,0 +1,8 @@
+#include "ZuScan/ISensor.h"
+
+namespace ZuScan
+{
+
+ISensor::~ISensor() = default;
+
+} // namespace ZuScan
