@@ -1,0 +1,8 @@
+#include "Plugins/ModbusTcp/IRegisterModel.h"
+
+namespace ModbusTcp
+{
+
+IRegisterModel::~IRegisterModel() = default;
+
+} // namespace ModbusTcp

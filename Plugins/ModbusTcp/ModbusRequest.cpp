@@ -1,0 +1,191 @@
+#include "Plugins/ModbusTcp/ModbusRequest.h"
+
+#include "Plugins/ModbusTcp/DeviceIdentification.h"
+#include "Plugins/ModbusTcp/ModbusFrame.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ModbusTcp
+{
+
+namespace
+{
+
+constexpr uint8 READ_HOLDING_REGISTERS = 3;
+constexpr uint8 READ_INPUT_REGISTERS = 4;
+constexpr uint8 WRITE_SINGLE_REGISTER = 6;
+constexpr uint8 WRITE_MULTIPLE_REGISTERS = 16;
+constexpr uint8 READ_WRITE_MULTIPLE_REGISTERS = 23;
+constexpr uint8 ENCAPSULATED_INTERFACE = 43;
+constexpr uint8 EXCEPTION_BIT = 0x80;
+
+/// Registers [first, first + count) as a request names them.
+struct Range
+{
+    uint16 first;
+    uint16 count;
+
+    bool LiesWithin(uint32 registerCount) const
+    {
+        return uint32{first} + count <= registerCount;
+    }
+};
+
+Range ReadRange(uint8 const* bytes)
+{
+    return {ReadBigEndian16(bytes), ReadBigEndian16(bytes + 2)};
+}
+
+using Values = std::array<uint16, ModbusRequest::MAX_READ>;
+
+std::span<uint16 const> ReadValues(Values& values, uint8 const* bytes, uint16 count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        values[i] = ReadBigEndian16(bytes + 2 * i);
+    }
+    return std::span(values).first(count);
+}
+
+/// The byte count and the registers of a read, behind the function code.
+std::size_t WriteRegisters(IRegisterModel& model, Range range, std::span<uint8> answer)
+{
+    Values values;
+    std::span<uint16> const registers = std::span(values).first(range.count);
+    model.Read(range.first, registers);
+    answer[0] = static_cast<uint8>(2 * range.count); // at most 250
+    for (std::size_t i = 0; i < registers.size(); ++i)
+    {
+        WriteBigEndian16(&answer[1 + 2 * i], registers[i]);
+    }
+    return 1 + 2 * registers.size();
+}
+
+// Each of these gets what stands behind the function code and answers from there.
+
+ModbusException Read(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer, std::size_t& bytes)
+{
+    if (request.size() != 4)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    Range const range = ReadRange(request.data());
+    if (range.count < 1 || range.count > ModbusRequest::MAX_READ)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    if (!range.LiesWithin(model.RegisterCount()))
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    bytes = WriteRegisters(model, range, answer);
+    return ModbusException::NONE;
+}
+
+ModbusException WriteSingle(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                            std::size_t& bytes)
+{
+    if (request.size() != 4)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    uint16 const value = ReadBigEndian16(&request[2]);
+    ModbusException const refusal = model.Write(ReadBigEndian16(request.data()), {&value, 1});
+    std::ranges::copy(request, answer.begin()); // the answer repeats the request
+    bytes = request.size();
+    return refusal;
+}
+
+ModbusException WriteMultiple(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                              std::size_t& bytes)
+{
+    constexpr std::size_t HEAD_BYTES = 5; // range and byte count
+    if (request.size() < HEAD_BYTES)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    Range const range = ReadRange(request.data());
+    if (range.count < 1 || range.count > ModbusRequest::MAX_WRITE || request[4] != 2 * range.count ||
+        request.size() != HEAD_BYTES + request[4])
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    Values values;
+    ModbusException const refusal =
+        model.Write(range.first, ReadValues(values, request.data() + HEAD_BYTES, range.count));
+    std::ranges::copy(request.first(4), answer.begin());
+    bytes = 4;
+    return refusal;
+}
+
+ModbusException ReadWriteMultiple(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                                  std::size_t& bytes)
+{
+    constexpr std::size_t HEAD_BYTES = 9; // two ranges and a byte count
+    if (request.size() < HEAD_BYTES)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    Range const read = ReadRange(request.data());
+    Range const write = ReadRange(request.data() + 4);
+    if (read.count < 1 || read.count > ModbusRequest::MAX_READ || write.count < 1 ||
+        write.count > ModbusRequest::MAX_READ_WRITE_IN || request[8] != 2 * write.count ||
+        request.size() != HEAD_BYTES + request[8])
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    if (!read.LiesWithin(model.RegisterCount())) // before the write: a refused request changes nothing
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    Values values;
+    ModbusException const refusal =
+        model.Write(write.first, ReadValues(values, request.data() + HEAD_BYTES, write.count));
+    if (refusal == ModbusException::NONE)
+    {
+        bytes = WriteRegisters(model, read, answer);
+    }
+    return refusal;
+}
+
+ModbusException Dispatch(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                         std::size_t& bytes)
+{
+    std::span<uint8 const> const arguments = request.subspan(1);
+    switch (request[0])
+    {
+    case READ_HOLDING_REGISTERS:
+    case READ_INPUT_REGISTERS:
+        return Read(model, arguments, answer, bytes);
+    case WRITE_SINGLE_REGISTER:
+        return WriteSingle(model, arguments, answer, bytes);
+    case WRITE_MULTIPLE_REGISTERS:
+        return WriteMultiple(model, arguments, answer, bytes);
+    case READ_WRITE_MULTIPLE_REGISTERS:
+        return ReadWriteMultiple(model, arguments, answer, bytes);
+    case ENCAPSULATED_INTERFACE:
+        return DeviceIdentification::Read(arguments, answer, bytes);
+    default:
+        return ModbusException::ILLEGAL_FUNCTION;
+    }
+}
+
+} // namespace
+
+std::size_t ModbusRequest::Answer(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                                  ModbusException& refusal)
+{
+    std::size_t bytes = 0;
+    refusal = Dispatch(model, request, answer.subspan(1), bytes);
+    if (refusal == ModbusException::NONE)
+    {
+        answer[0] = request[0];
+        return 1 + bytes;
+    }
+    answer[0] = request[0] | EXCEPTION_BIT;
+    answer[1] = static_cast<uint8>(refusal);
+    return 2;
+}
+
+} // namespace ModbusTcp

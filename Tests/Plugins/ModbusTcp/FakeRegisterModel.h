@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Plugins/ModbusTcp/IRegisterModel.h"
+
+#include <string>
+#include <vector>
+
+namespace ModbusTcp
+{
+
+/// Registers that hold their own address; the first ones can be written and keep nothing. Writes down its calls.
+class FakeRegisterModel final : public IRegisterModel
+{
+public:
+    uint32 RegisterCount() const override
+    {
+        return 10000;
+    }
+
+    void Read(uint16 first, std::span<uint16> registers) override
+    {
+        calls.push_back("read " + std::to_string(first) + " " + std::to_string(registers.size()));
+        for (std::size_t i = 0; i < registers.size(); ++i)
+        {
+            registers[i] = static_cast<uint16>(first + i);
+        }
+    }
+
+    ModbusException Write(uint16 first, std::span<uint16 const> values) override
+    {
+        std::string call = "write " + std::to_string(first) + ":";
+        for (uint16 const value : values)
+        {
+            call += " " + std::to_string(value);
+        }
+        calls.push_back(call);
+        if (refusal != ModbusException::NONE)
+        {
+            return refusal;
+        }
+        return first + values.size() <= writable ? ModbusException::NONE : ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+
+    std::vector<std::string> calls;
+    ModbusException refusal = ModbusException::NONE;
+    std::size_t writable = 66;
+};
+
+} // namespace ModbusTcp
