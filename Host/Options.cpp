@@ -1,0 +1,240 @@
+#include "Host/Options.h"
+
+#include "ZuApi/Exception.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <getopt.h>
+#include <string_view>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+enum OptionCode : int
+{
+    JOB = 256, // above every character: there are no short options
+    PLUGINS,
+    DEPLOYMENT,
+    REPLAY,
+    RATE,
+    START,
+    ENABLE,
+    PARAM,
+    LOG,
+    HELP,
+    VERSION
+};
+
+constexpr std::array OPTION_TABLE{
+    option{"job", required_argument, nullptr, JOB},
+    option{"plugins", required_argument, nullptr, PLUGINS},
+    option{"deployment", required_argument, nullptr, DEPLOYMENT},
+    option{"replay", required_argument, nullptr, REPLAY},
+    option{"rate", required_argument, nullptr, RATE},
+    option{"start", no_argument, nullptr, START},
+    option{"enable", required_argument, nullptr, ENABLE},
+    option{"param", required_argument, nullptr, PARAM},
+    option{"log", required_argument, nullptr, LOG},
+    option{"help", no_argument, nullptr, HELP},
+    option{"version", no_argument, nullptr, VERSION},
+    option{nullptr, 0, nullptr, 0},
+};
+
+constexpr std::array DEPLOYMENT_NAMES{
+    std::pair<std::string_view, Deployment>{"physical-sensor", Deployment::PHYSICAL_SENSOR},
+    std::pair<std::string_view, Deployment>{"virtual-sensor", Deployment::VIRTUAL_SENSOR},
+    std::pair<std::string_view, Deployment>{"physical-brackle", Deployment::PHYSICAL_BRACKLE},
+    std::pair<std::string_view, Deployment>{"virtual-brackle", Deployment::VIRTUAL_BRACKLE},
+    std::pair<std::string_view, Deployment>{"tavrin-service-app", Deployment::TAVRIN_SERVICE_APP},
+};
+
+constexpr std::array LOG_LEVEL_NAMES{
+    std::pair<std::string_view, LogLevel>{"error", LogLevel::ERROR},
+    std::pair<std::string_view, LogLevel>{"warning", LogLevel::WARNING},
+    std::pair<std::string_view, LogLevel>{"info", LogLevel::INFO},
+};
+
+template <typename Value, std::size_t Count>
+Value ParseName(char const* optionName, std::string const& text,
+                std::array<std::pair<std::string_view, Value>, Count> const& names)
+{
+    auto const found =
+        std::find_if(names.begin(), names.end(), [&text](auto const& name) { return name.first == text; });
+    if (found != names.end())
+    {
+        return found->second;
+    }
+    std::string known;
+    for (auto const& name : names)
+    {
+        known.append(known.empty() ? "" : ", ").append(name.first);
+    }
+    ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--%s': '%s' is none of %s", optionName, text.c_str(), known.c_str());
+}
+
+double ParseRate(std::string const& text)
+{
+    double rateHz = 0;
+    char const* const end = text.data() + text.size();
+    auto const result = std::from_chars(text.data(), end, rateHz);
+    if (result.ec != std::errc{} || result.ptr != end || !std::isfinite(rateHz) || std::signbit(rateHz) ||
+        rateHz > Options::MAX_RATE_HZ)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--rate': '%s' is no number of profiles per second from 0 to %.0f",
+                 text.c_str(), Options::MAX_RATE_HZ);
+    }
+    return rateHz;
+}
+
+/// The name becomes the name of a file.
+std::string ParseJobName(std::string const& text)
+{
+    auto const isRefused = [](char character) {
+        auto const code = static_cast<unsigned char>(character);
+        return code < 0x20 || code == 0x7F || character == '/' || character == '\\';
+    };
+    if (text.empty() || text.size() > Options::MAX_JOB_NAME_BYTES || text.find("..") != std::string::npos ||
+        std::any_of(text.begin(), text.end(), isRefused))
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "option '--job': '%s' is no job name (1 to %zu bytes, no separators, no '..', no control characters)",
+                 text.c_str(), Options::MAX_JOB_NAME_BYTES);
+    }
+    return text;
+}
+
+ParameterSetting ParseSetting(std::string const& text)
+{
+    std::size_t const equals = text.find('=');
+    std::size_t const point = text.substr(0, equals).find('.');
+    if (equals == std::string::npos || point == std::string::npos || point == 0 || point + 1 == equals)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--param': '%s' is not of the form TYPE.KEY=VALUE", text.c_str());
+    }
+    return {text.substr(0, point), text.substr(point + 1, equals - point - 1), text.substr(equals + 1)};
+}
+
+std::string ParseNotEmpty(char const* optionName, std::string const& text)
+{
+    if (text.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--%s' needs a value that is not empty", optionName);
+    }
+    return text;
+}
+
+void Apply(int code, std::string const& text, Options& options)
+{
+    switch (code)
+    {
+    case JOB:
+        options.jobName = ParseJobName(text);
+        break;
+    case PLUGINS:
+        options.pluginFolders.emplace_back(ParseNotEmpty("plugins", text));
+        break;
+    case DEPLOYMENT:
+        options.deployment = ParseName("deployment", text, DEPLOYMENT_NAMES);
+        break;
+    case REPLAY:
+        options.replayFile = ParseNotEmpty("replay", text);
+        break;
+    case RATE:
+        options.rateHz = ParseRate(text);
+        break;
+    case START:
+        options.start = true;
+        break;
+    case ENABLE:
+        options.enabledTypes.push_back(ParseNotEmpty("enable", text));
+        break;
+    case PARAM:
+        options.settings.push_back(ParseSetting(text));
+        break;
+    case LOG:
+        options.logLevel = ParseName("log", text, LOG_LEVEL_NAMES);
+        break;
+    case HELP:
+        options.request = Options::Request::SHOW_HELP;
+        break;
+    default:
+        options.request = Options::Request::SHOW_VERSION;
+        break;
+    }
+}
+
+} // namespace
+
+Options ParseOptions(std::vector<std::string> const& words)
+{
+    std::vector<std::string> copies = words; // getopt wants words that it may write to
+    std::vector<char*> arguments;
+    for (std::string& copy : copies)
+    {
+        arguments.push_back(copy.data());
+    }
+    arguments.push_back(nullptr);
+    int const count = static_cast<int>(copies.size());
+
+    Options options;
+    optind = 0; // 0 and not 1: forget a command line read before
+    while (options.request == Options::Request::RUN)
+    {
+        int const current = std::max(optind, 1);
+        // "+": nothing is moved about, so that `current` names the word at fault. ":": the texts are ours.
+        int const code = getopt_long(count, arguments.data(), "+:", OPTION_TABLE.data(), nullptr);
+        if (code == -1)
+        {
+            break;
+        }
+        if (code == ':')
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '%s' needs a value",
+                     words[static_cast<std::size_t>(current)].c_str());
+        }
+        if (code == '?')
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '%s' is not known or takes no value",
+                     words[static_cast<std::size_t>(current)].c_str());
+        }
+        Apply(code, optarg == nullptr ? "" : optarg, options);
+    }
+    if (options.request == Options::Request::RUN && optind < count)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no option", words[static_cast<std::size_t>(optind)].c_str());
+    }
+    return options;
+}
+
+std::string HelpText()
+{
+    return "usage: zucontrol-host [OPTION]...\n"
+           "A scanning sensor on the desk, joined to factory automation.\n"
+           "\n"
+           "  --job NAME           the job to begin with (default)\n"
+           "  --plugins DIR        folder of protocol plug-ins; may be repeated (the folder of the program)\n"
+           "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
+           "                       tavrin-service-app (physical-sensor)\n"
+           "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"
+           "  --rate HZ            profiles per second; 0: as fast as the consumers take them (50)\n"
+           "  --start              start scanning at once\n"
+           "  --enable TYPE        enable a protocol; may be repeated\n"
+           "  --param TYPE.KEY=VALUE\n"
+           "                       set one parameter of a protocol before it runs; may be repeated\n"
+           "  --log LEVEL          error, warning or info (info)\n"
+           "  --help               show this text\n"
+           "  --version            show the version\n";
+}
+
+std::string VersionText()
+{
+    return "zucontrol-host " ZU_VERSION "\n";
+}
+
+} // namespace ZuHost

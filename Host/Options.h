@@ -1,0 +1,75 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace ZuHost
+{
+
+/// The kind of system that the host tells the module it runs on.
+enum class Deployment
+{
+    PHYSICAL_SENSOR,
+    VIRTUAL_SENSOR,
+    PHYSICAL_BRACKLE,
+    VIRTUAL_BRACKLE,
+    TAVRIN_SERVICE_APP
+};
+
+/// From this level up, lines go to the log.
+enum class LogLevel
+{
+    INFO,
+    WARNING,
+    ERROR
+};
+
+/// One `--param TYPE.KEY=VALUE`.
+struct ParameterSetting
+{
+    std::string typeName;
+    std::string key;
+    std::string value;
+
+    bool operator==(ParameterSetting const&) const = default;
+};
+
+/// What the command line asks for.
+struct Options
+{
+    enum class Request
+    {
+        RUN,
+        SHOW_HELP,
+        SHOW_VERSION
+    };
+
+    static constexpr double MAX_RATE_HZ = 100'000;
+    static constexpr std::size_t MAX_JOB_NAME_BYTES = 63;
+
+    Request request = Request::RUN;
+    std::string jobName = "default";
+    std::vector<std::filesystem::path> pluginFolders; ///< empty: the folder of the program
+    Deployment deployment = Deployment::PHYSICAL_SENSOR;
+    std::filesystem::path replayFile;       ///< empty: the simulated part
+    double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles
+    bool start = false;                     ///< scan at once
+    std::vector<std::string> enabledTypes;  ///< protocols to enable, in this order
+    std::vector<ParameterSetting> settings; ///< in the order given
+    LogLevel logLevel = LogLevel::INFO;
+};
+
+/// Reads a command line whose first word is the program. Throws -997 with one clear line that names the option and what is
+/// wrong with it. Not to be called on two threads at once.
+Options ParseOptions(std::vector<std::string> const& words);
+
+/// What `--help` shows, ending in a line break.
+std::string HelpText();
+
+/// What `--version` shows, ending in a line break.
+std::string VersionText();
+
+} // namespace ZuHost

@@ -1,0 +1,8 @@
+#include "Host/Sensor/IProfileSource.h"
+
+namespace ZuHost
+{
+
+IProfileSource::~IProfileSource() = default;
+
+} // namespace ZuHost

@@ -1,0 +1,77 @@
+#include "Host/Sensor/SimulatedPart.h"
+
+#include "ZuApi/Exception.h"
+
+#include <cmath>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+/// Points at every spacing from -halfWidth to halfWidth, both included; the height is a function of the distance from
+/// the middle and negative where nothing is seen.
+template <typename HeightAt>
+Profile Section(double halfWidth, HeightAt heightAt)
+{
+    Profile profile;
+    int const steps = static_cast<int>(halfWidth / SimulatedPart::POINT_SPACING);
+    for (int step = -steps; step <= steps; ++step)
+    {
+        double const x = step * SimulatedPart::POINT_SPACING;
+        if (double const z = heightAt(std::abs(x)); z >= 0)
+        {
+            profile.push_back({x, z});
+        }
+    }
+    return profile;
+}
+
+double CheckedDeviation(double deviation)
+{
+    if (!std::isfinite(deviation) || deviation < 0)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "A noise of %g mm is not possible", deviation);
+    }
+    return deviation;
+}
+
+double BothStepsAt(double distance)
+{
+    if (distance > SimulatedPart::UPPER_HALF_WIDTH)
+    {
+        return SimulatedPart::LOWER_HEIGHT;
+    }
+    return distance < SimulatedPart::SLOT_HALF_WIDTH ? -1 : SimulatedPart::UPPER_HEIGHT;
+}
+
+} // namespace
+
+SimulatedPart::SimulatedPart(double newNoiseDeviation, uint64 noiseSeed)
+    : noiseDeviation(CheckedDeviation(newNoiseDeviation)),
+      lower(Section(LOWER_HALF_WIDTH, [](double) { return LOWER_HEIGHT; })),
+      both(Section(LOWER_HALF_WIDTH, BothStepsAt)),
+      gap(Section(BELT_HALF_WIDTH, [](double) { return 0.0; })),
+      random(noiseSeed)
+{
+}
+
+ProfileView SimulatedPart::ProfileAt(uint64 frame)
+{
+    uint64 const phase = frame % FRAMES_PER_BLOCK;
+    Profile const& exact = phase < LOWER_FRAMES ? lower : phase < LOWER_FRAMES + BOTH_FRAMES ? both : gap;
+    if (noiseDeviation == 0)
+    {
+        return exact;
+    }
+    std::normal_distribution<double> noise(0, noiseDeviation);
+    noisy.clear();
+    for (ProfilePoint const& point : exact)
+    {
+        noisy.push_back({point.x, point.z + noise(random)});
+    }
+    return noisy;
+}
+
+} // namespace ZuHost

@@ -1,0 +1,170 @@
+#include "Host/Options.h"
+
+#include "ZuApi/Exception.h"
+
+#include <gtest/gtest.h>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+Options Parse(std::vector<std::string> words)
+{
+    words.insert(words.begin(), "zucontrol-host");
+    return ParseOptions(words);
+}
+
+} // namespace
+
+TEST(Options, HasItsDefaultsWithoutAnyWord)
+{
+    Options const options = Parse({});
+
+    EXPECT_EQ(options.request, Options::Request::RUN);
+    EXPECT_EQ(options.jobName, "default");
+    EXPECT_TRUE(options.pluginFolders.empty());
+    EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
+    EXPECT_TRUE(options.replayFile.empty());
+    EXPECT_EQ(options.rateHz, 50);
+    EXPECT_FALSE(options.start);
+    EXPECT_TRUE(options.enabledTypes.empty());
+    EXPECT_TRUE(options.settings.empty());
+    EXPECT_EQ(options.logLevel, LogLevel::INFO);
+}
+
+TEST(Options, ReadsEveryOption)
+{
+    Options const options =
+        Parse({"--job", "line 3", "--plugins", "a", "--plugins=b", "--deployment", "virtual-brackle", "--replay",
+               "x.pcd", "--rate", "0.5", "--start", "--enable", "ModbusTcp", "--enable", "AsciiTcp", "--log=error"});
+
+    EXPECT_EQ(options.jobName, "line 3");
+    EXPECT_EQ(options.pluginFolders, (std::vector<std::filesystem::path>{"a", "b"}));
+    EXPECT_EQ(options.deployment, Deployment::VIRTUAL_BRACKLE);
+    EXPECT_EQ(options.replayFile, "x.pcd");
+    EXPECT_EQ(options.rateHz, 0.5);
+    EXPECT_TRUE(options.start);
+    EXPECT_EQ(options.enabledTypes, (std::vector<std::string>{"ModbusTcp", "AsciiTcp"}));
+    EXPECT_EQ(options.logLevel, LogLevel::ERROR);
+}
+
+TEST(Options, SplitsASettingAtTheFirstPointAndTheFirstEqualsSign)
+{
+    Options const options =
+        Parse({"--param", "ModbusTcp.port=1503", "--param", "A.group.key=x=1.5", "--param=A.empty="});
+
+    EXPECT_EQ(options.settings, (std::vector<ParameterSetting>{
+                                    {"ModbusTcp", "port", "1503"}, {"A", "group.key", "x=1.5"}, {"A", "empty", ""}}));
+}
+
+TEST(Options, KnowsEveryDeploymentAndLevel)
+{
+    EXPECT_EQ(Parse({"--deployment", "physical-sensor"}).deployment, Deployment::PHYSICAL_SENSOR);
+    EXPECT_EQ(Parse({"--deployment", "virtual-sensor"}).deployment, Deployment::VIRTUAL_SENSOR);
+    EXPECT_EQ(Parse({"--deployment", "physical-brackle"}).deployment, Deployment::PHYSICAL_BRACKLE);
+    EXPECT_EQ(Parse({"--deployment", "tavrin-service-app"}).deployment, Deployment::TAVRIN_SERVICE_APP);
+    EXPECT_EQ(Parse({"--log", "warning"}).logLevel, LogLevel::WARNING);
+    EXPECT_EQ(Parse({"--log", "info"}).logLevel, LogLevel::INFO);
+}
+
+TEST(Options, StopsReadingAtARequestForHelpOrVersion)
+{
+    EXPECT_EQ(Parse({"--help", "--rate", "never"}).request, Options::Request::SHOW_HELP);
+    EXPECT_EQ(Parse({"--start", "--version", "--nonsense"}).request, Options::Request::SHOW_VERSION);
+}
+
+TEST(Options, NamesEveryOptionInItsHelp)
+{
+    std::string const help = HelpText();
+
+    for (char const* name : {"--job", "--plugins", "--deployment", "--replay", "--rate", "--start", "--enable",
+                             "--param", "--log", "--help", "--version"})
+    {
+        EXPECT_NE(help.find(name), std::string::npos) << name;
+    }
+    EXPECT_EQ(VersionText().find("zucontrol-host 1."), 0u);
+}
+
+struct RefusalCase
+{
+    char const* name;
+    std::vector<std::string> words;
+    char const* text;
+};
+
+class OptionsRefusal : public testing::TestWithParam<RefusalCase>
+{
+};
+
+TEST_P(OptionsRefusal, NamesTheOptionAndWhatIsWrong)
+{
+    try
+    {
+        Parse(GetParam().words);
+        FAIL() << "not refused";
+    }
+    catch (Zu::Exception const& exception)
+    {
+        EXPECT_EQ(exception.Status(), Zu::Status::BAD_ARGUMENT);
+        EXPECT_STREQ(exception.what(), GetParam().text);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, OptionsRefusal,
+    testing::Values(
+        RefusalCase{"Unknown", {"--start", "--nonsense"}, "option '--nonsense' is not known or takes no value"},
+        RefusalCase{"UnknownShort", {"-x"}, "option '-x' is not known or takes no value"},
+        RefusalCase{"NoValueTaken", {"--start=yes"}, "option '--start=yes' is not known or takes no value"},
+        RefusalCase{"ValueMissing", {"--start", "--job"}, "option '--job' needs a value"},
+        RefusalCase{"NoOption", {"--start", "extra"}, "'extra' is no option"},
+        RefusalCase{"RateText",
+                    {"--rate", "fast"},
+                    "option '--rate': 'fast' is no number of profiles per second from 0 to 100000"},
+        RefusalCase{"RateTail",
+                    {"--rate", "50Hz"},
+                    "option '--rate': '50Hz' is no number of profiles per second from 0 to 100000"},
+        RefusalCase{"RateNegative",
+                    {"--rate", "-1"},
+                    "option '--rate': '-1' is no number of profiles per second from 0 to 100000"},
+        RefusalCase{"RateNoNumber",
+                    {"--rate", "nan"},
+                    "option '--rate': 'nan' is no number of profiles per second from 0 to 100000"},
+        RefusalCase{"RateTooHigh",
+                    {"--rate", "100001"},
+                    "option '--rate': '100001' is no number of profiles per second from 0 to 100000"},
+        RefusalCase{"Deployment",
+                    {"--deployment", "boat"},
+                    "option '--deployment': 'boat' is none of physical-sensor, virtual-sensor, physical-brackle, "
+                    "virtual-brackle, tavrin-service-app"},
+        RefusalCase{"Level", {"--log", "INFO"}, "option '--log': 'INFO' is none of error, warning, info"},
+        RefusalCase{"JobEmpty",
+                    {"--job", ""},
+                    "option '--job': '' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
+        RefusalCase{
+            "JobSeparator",
+            {"--job", "a/b"},
+            "option '--job': 'a/b' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
+        RefusalCase{
+            "JobParent",
+            {"--job", ".."},
+            "option '--job': '..' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
+        RefusalCase{"PluginsEmpty", {"--plugins", ""}, "option '--plugins' needs a value that is not empty"},
+        RefusalCase{"ReplayEmpty", {"--replay="}, "option '--replay' needs a value that is not empty"},
+        RefusalCase{"EnableEmpty", {"--enable", ""}, "option '--enable' needs a value that is not empty"},
+        RefusalCase{"ParamNoEquals", {"--param", "A.b"}, "option '--param': 'A.b' is not of the form TYPE.KEY=VALUE"},
+        RefusalCase{
+            "ParamNoPoint", {"--param", "A=1.5"}, "option '--param': 'A=1.5' is not of the form TYPE.KEY=VALUE"},
+        RefusalCase{"ParamNoType", {"--param", ".b=1"}, "option '--param': '.b=1' is not of the form TYPE.KEY=VALUE"},
+        RefusalCase{"ParamNoKey", {"--param", "A.=1"}, "option '--param': 'A.=1' is not of the form TYPE.KEY=VALUE"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(Options, TakesAJobNameOfSixtyThreeBytesAndNoLongerOne)
+{
+    EXPECT_EQ(Parse({"--job", std::string(63, 'j')}).jobName.size(), 63u);
+    EXPECT_THROW(Parse({"--job", std::string(64, 'j')}), Zu::Exception);
+}
+
+} // namespace ZuHost
