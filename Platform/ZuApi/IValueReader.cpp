@@ -1,0 +1,8 @@
+#include "ZuApi/IValueReader.h"
+
+namespace Zu::Properties
+{
+
+IValueReader::~IValueReader() = default;
+
+} // namespace Zu::Properties

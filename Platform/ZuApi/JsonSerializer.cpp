@@ -1,0 +1,444 @@
+#include "ZuApi/JsonSerializer.h"
+
+#include "ZuApi/ArrayBase.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/INodeVisitor.h"
+#include "ZuApi/INodeVisitorConst.h"
+#include "ZuApi/IValueReader.h"
+#include "ZuApi/IValueWriter.h"
+#include "ZuApi/ReferenceArray.h"
+#include "ZuApi/Structure.h"
+#include "ZuApi/ValueBase.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Zu::Properties
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+
+/// Raises the JSON library's own type error for what is no object, respectively no array.
+void RequireObject(Json const& document)
+{
+    if (!document.is_object())
+    {
+        static_cast<void>(document.get<std::map<std::string, Json>>());
+    }
+}
+
+void RequireArray(Json const& document)
+{
+    if (!document.is_array())
+    {
+        static_cast<void>(document.get<std::vector<Json>>());
+    }
+}
+
+[[noreturn]] void RefuseNumber(Json const& document, char const* name)
+{
+    ZU_THROW(Status::BAD_ARGUMENT, "%s is not a whole number in the range of %s.", document.dump().c_str(), name);
+}
+
+template <typename Integer>
+Integer IntegerOfFraction(Json const& document, char const* name)
+{
+    auto const number = document.get<double>();
+    double const lowest = static_cast<double>(std::numeric_limits<Integer>::min());
+    double const beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits); // one more than the largest, exact
+    if (!(number >= lowest && number < beyond) || number != std::trunc(number))
+    {
+        RefuseNumber(document, name);
+    }
+    return static_cast<Integer>(number); // tested just above
+}
+
+/// The library's conversion would cut a number to fit, and drop its fraction; here both are refused.
+template <typename Integer>
+Integer ToInteger(Json const& document, char const* name)
+{
+    bool fits = true;
+    if (document.is_number_unsigned())
+    {
+        fits = std::in_range<Integer>(document.get<uint64>());
+    }
+    else if (document.is_number_integer())
+    {
+        fits = std::in_range<Integer>(document.get<int64>());
+    }
+    else if (document.is_number_float())
+    {
+        return IntegerOfFraction<Integer>(document, name);
+    }
+    if (!fits)
+    {
+        RefuseNumber(document, name);
+    }
+    return document.get<Integer>();
+}
+
+class JsonReader final : public IValueReader
+{
+public:
+    explicit JsonReader(Json const& document) : present(&document)
+    {
+    }
+
+    int32 ReadInt32() override
+    {
+        return ToInteger<int32>(*present, "int32");
+    }
+
+    uint32 ReadUint32() override
+    {
+        return ToInteger<uint32>(*present, "uint32");
+    }
+
+    uint64 ReadUint64() override
+    {
+        return ToInteger<uint64>(*present, "uint64");
+    }
+
+    uint16 ReadUint16() override
+    {
+        return ToInteger<uint16>(*present, "uint16");
+    }
+
+    bool ReadBool() override
+    {
+        return present->get<bool>();
+    }
+
+    double ReadDouble() override
+    {
+        return present->get<double>();
+    }
+
+    std::string ReadString() override
+    {
+        return present->get<std::string>();
+    }
+
+    void BeginArray() override
+    {
+        RequireArray(*present);
+        levels.push_back({present, 0});
+    }
+
+    bool NextElement() override
+    {
+        Level& level = levels.back();
+        if (level.next >= level.array->size())
+        {
+            return false;
+        }
+        present = &(*level.array)[level.next++];
+        return true;
+    }
+
+    void EndArray() override
+    {
+        present = levels.back().array;
+        levels.pop_back();
+    }
+
+private:
+    struct Level
+    {
+        Json const* array;
+        std::size_t next;
+    };
+
+    Json const* present;
+    std::vector<Level> levels;
+};
+
+class JsonWriter final : public IValueWriter
+{
+public:
+    explicit JsonWriter(Json& document) : present(&document)
+    {
+    }
+
+    void WriteInt32(int32 value) override
+    {
+        *present = value;
+    }
+
+    void WriteUint32(uint32 value) override
+    {
+        *present = value;
+    }
+
+    void WriteUint64(uint64 value) override
+    {
+        *present = value;
+    }
+
+    void WriteUint16(uint16 value) override
+    {
+        *present = value;
+    }
+
+    void WriteBool(bool value) override
+    {
+        *present = value;
+    }
+
+    void WriteDouble(double value) override
+    {
+        *present = value;
+    }
+
+    void WriteString(std::string const& value) override
+    {
+        *present = value;
+    }
+
+    void BeginArray() override
+    {
+        *present = Json::array();
+        arrays.push_back(present);
+    }
+
+    void NextElement() override
+    {
+        arrays.back()->push_back(nullptr);
+        present = &arrays.back()->back();
+    }
+
+    void EndArray() override
+    {
+        present = arrays.back();
+        arrays.pop_back();
+    }
+
+private:
+    Json* present;
+    std::vector<Json*> arrays; // an array does not grow while one of its elements is open
+};
+
+class ValueSerializer final : public INodeVisitorConst
+{
+public:
+    static Json Run(Node const& node)
+    {
+        ValueSerializer serializer;
+        if (!node.IsWriteOnly())
+        {
+            node.Accept(serializer);
+        }
+        return std::move(serializer.result);
+    }
+
+    void VisitValue(Internal::ValueBase const& value) override
+    {
+        JsonWriter writer(result);
+        value.WriteValue(writer);
+    }
+
+    void VisitStructure(Structure const& structure) override
+    {
+        result = Json::object();
+        for (uint64 i = 0; i < structure.Count(); ++i)
+        {
+            if (!structure.At(i).IsWriteOnly())
+            {
+                result[structure.KeyAt(i)] = Run(structure.At(i));
+            }
+        }
+    }
+
+    void VisitArray(Internal::ArrayBase const& array) override
+    {
+        result = Json::array();
+        for (uint64 i = 0; i < array.Count(); ++i)
+        {
+            result.push_back(Run(array.ElementAt(i)));
+        }
+    }
+
+    void VisitReferenceArray(Internal::ReferenceArray const& array) override
+    {
+        result = Json::array();
+        for (uint64 i = 0; i < array.Count(); ++i)
+        {
+            result.push_back(Run(array.At(i)));
+        }
+    }
+
+private:
+    Json result;
+};
+
+class SchemaSerializer final : public INodeVisitorConst
+{
+public:
+    static Json Run(Node const& node)
+    {
+        SchemaSerializer serializer;
+        node.Accept(serializer);
+        return std::move(serializer.result);
+    }
+
+    void VisitValue(Internal::ValueBase const& value) override
+    {
+        result = ValueSerializer::Run(*value.Schema());
+    }
+
+    void VisitStructure(Structure const& structure) override
+    {
+        result = ValueSerializer::Run(*structure.Schema());
+        Json& properties = result["properties"] = Json::object();
+        for (uint64 i = 0; i < structure.Count(); ++i)
+        {
+            properties[structure.KeyAt(i)] = Run(structure.At(i));
+        }
+    }
+
+    void VisitArray(Internal::ArrayBase const& array) override
+    {
+        result = ValueSerializer::Run(*array.Schema());
+        Json& items = result["items"] = Json::array(); // with what is beneath the elements, too
+        for (uint64 i = 0; i < array.Count(); ++i)
+        {
+            items.push_back(Run(array.ElementAt(i)));
+        }
+    }
+
+    void VisitReferenceArray(Internal::ReferenceArray const& array) override
+    {
+        result = ValueSerializer::Run(*array.Schema());
+    }
+
+private:
+    Json result;
+};
+
+/// Walks down a node and a document side by side; what happens to a value is told by the derived class.
+class DocumentWalker : public INodeVisitor
+{
+public:
+    explicit DocumentWalker(Json const& walkedDocument) : document(&walkedDocument)
+    {
+    }
+
+    void VisitStructure(Structure& structure) override
+    {
+        Json const& object = *document;
+        RequireObject(object);
+        for (uint64 i = 0; i < structure.Count(); ++i)
+        {
+            if (auto const found = object.find(structure.KeyAt(i)); found != object.end())
+            {
+                Descend(structure.At(i), *found);
+            }
+        }
+    }
+
+    void VisitReferenceArray(Internal::ReferenceArray& /*array*/) override
+    {
+        ZU_THROW(Status::NOT_SUPPORTED); // a schema is not read in
+    }
+
+protected:
+    Json const& Document() const
+    {
+        return *document;
+    }
+
+    void Descend(Node& node, Json const& inner)
+    {
+        Json const* const outer = std::exchange(document, &inner);
+        node.Accept(*this);
+        document = outer;
+    }
+
+private:
+    Json const* document;
+};
+
+class Deserializer final : public DocumentWalker
+{
+public:
+    using DocumentWalker::DocumentWalker;
+
+    void VisitValue(Internal::ValueBase& value) override
+    {
+        JsonReader reader(Document());
+        value.ReadValue(reader);
+    }
+
+    void VisitArray(Internal::ArrayBase& array) override
+    {
+        Json const& list = Document();
+        RequireArray(list);
+        array.Resize(list.size());
+        for (std::size_t i = 0; i < list.size(); ++i)
+        {
+            Descend(array.ElementAt(i), list[i]);
+        }
+    }
+};
+
+class Validator final : public DocumentWalker
+{
+public:
+    using DocumentWalker::DocumentWalker;
+
+    void VisitValue(Internal::ValueBase& value) override
+    {
+        JsonReader reader(Document());
+        value.ValidateValue(reader);
+    }
+
+    void VisitArray(Internal::ArrayBase& array) override
+    {
+        Json const& list = Document();
+        RequireArray(list);
+        std::unique_ptr<Structure> added; // stands for each element that the array has not got yet
+        for (std::size_t i = 0; i < list.size(); ++i)
+        {
+            if (i >= array.Count() && added == nullptr)
+            {
+                added = array.MakeElement();
+            }
+            Descend(i < array.Count() ? array.ElementAt(i) : *added, list[i]);
+        }
+    }
+};
+
+} // namespace
+
+Json JsonSerializer::Serialize(Node const& node)
+{
+    return ValueSerializer::Run(node);
+}
+
+Json JsonSerializer::SerializeSchema(Node const& node)
+{
+    return SchemaSerializer::Run(node);
+}
+
+void JsonSerializer::Deserialize(Node& node, Json const& document)
+{
+    Deserializer deserializer(document);
+    node.Accept(deserializer);
+}
+
+void JsonSerializer::Validate(Node& node, Json const& document)
+{
+    Validator validator(document);
+    node.Accept(validator);
+}
+
+} // namespace Zu::Properties

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "ZuApi/Params/Value.h"
+
+#include <string>
+#include <vector>
+
+namespace Zu::Params
+{
+
+/// A parameter that takes one of a list of values, each with a text for display. Without any it refuses every change.
+template <typename T>
+class ZUAPI_API Enum : public Value<T>
+{
+public:
+    Enum() : Enum(T{})
+    {
+    }
+
+    explicit Enum(T initial) : Value<T>(&Enum::BuildSchema, initial)
+    {
+    }
+
+    ~Enum() override = default;
+
+    Enum(Enum const&) = delete;
+    Enum& operator=(Enum const&) = delete;
+
+    /// As for a value, then the lists.
+    void CopyValues(Properties::Node const& other) override
+    {
+        auto const& source = dynamic_cast<Enum const&>(other);
+        Value<T>::CopyValues(other);
+        enumValues.Set(source.enumValues.Get());
+        enumTexts.Set(source.enumTexts.Get());
+    }
+
+    /// As for a value; then -997 for what is not in the list of values.
+    void CheckValidation(T const& candidate) override
+    {
+        Value<T>::CheckValidation(candidate);
+        for (T const& option : enumValues.Get())
+        {
+            if (option == candidate)
+            {
+                return;
+            }
+        }
+        this->Refuse(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "%1$s was set to a value outside of the enum.",
+                     "%s was set to a value outside of the enum.");
+    }
+
+    Enum& operator=(T const& newValue) override
+    {
+        this->Store(newValue);
+        return *this;
+    }
+
+    Enum& Set(T const& newValue) override
+    {
+        this->Store(newValue);
+        return *this;
+    }
+
+    /// Adds a value behind the others. The lists run in parallel.
+    Enum& AddOption(T value, std::string text)
+    {
+        std::vector<T> values = enumValues.Get();
+        values.push_back(value);
+        enumValues.Set(values);
+        std::vector<std::string> texts = enumTexts.Get();
+        texts.push_back(std::move(text));
+        enumTexts.Set(texts);
+        return *this;
+    }
+
+    Properties::Value<std::vector<T>> enumValues;
+    Properties::Value<std::vector<std::string>> enumTexts;
+
+protected:
+    static void BuildSchema(Properties::Node& node, Properties::Structure& schema)
+    {
+        auto& value = static_cast<Enum&>(node);
+        Value<T>::BuildSchema(node, schema);
+        schema.Register("enum", value.enumValues);
+        schema.Register("enumText", value.enumTexts);
+    }
+};
+
+} // namespace Zu::Params
+
+/// In the header of an enumeration: its parameters are compiled once, in the library that has the second line in a source.
+/// Both stand outside of any namespace.
+#define ZU_DECLARE_ENUM_VALUE(Enumeration)                                                                             \
+    extern template class Zu::Properties::Value<Enumeration>;                                                          \
+    extern template class Zu::Properties::Value<std::vector<Enumeration>>;                                             \
+    extern template class Zu::Params::Value<Enumeration>;                                                              \
+    extern template class Zu::Params::Enum<Enumeration>
+
+#define ZU_INSTANTIATE_ENUM_VALUE(Enumeration)                                                                         \
+    template class Zu::Properties::Value<Enumeration>;                                                                 \
+    template class Zu::Properties::Value<std::vector<Enumeration>>;                                                    \
+    template class Zu::Params::Value<Enumeration>;                                                                     \
+    template class Zu::Params::Enum<Enumeration>

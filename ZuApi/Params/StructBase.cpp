@@ -1,0 +1,70 @@
+#include "ZuApi/Params/StructBase.h"
+
+namespace Zu::Params
+{
+
+namespace
+{
+
+constexpr uint32 SORT_ORDER_STEP = 100;
+
+} // namespace
+
+StructBase::StructBase(std::string const& newExtendedType)
+    : Structure(&StructBase::BuildSchema), showsExtendedType(!newExtendedType.empty())
+{
+    extendedType.Set(newExtendedType);
+}
+
+StructBase::~StructBase() = default;
+
+void StructBase::CopyValues(Properties::Node const& other)
+{
+    auto const& source = dynamic_cast<StructBase const&>(other);
+    Structure::CopyValues(other);
+    CopyParams(MadeSchema(), source);
+    EnableVisibility(
+        IsVisibilityEnabled()); // returns at once: the key is entered by the constructor of the record alone
+    extendedType.CopyFrom(source.extendedType);
+    nextSortOrder = source.nextSortOrder;
+}
+
+StructBase& StructBase::EnableUsed(bool enable)
+{
+    MarkUsed(MadeSchema(), enable);
+    return *this;
+}
+
+StructBase& StructBase::EnableVisibility(bool enable)
+{
+    MarkVisible(MadeSchema(), enable);
+    return *this;
+}
+
+StructBase& StructBase::EnableReadOnly()
+{
+    MarkReadOnly(MadeSchema());
+    return *this;
+}
+
+void StructBase::BuildSchema(Properties::Node& node, Properties::Structure& schema)
+{
+    auto& record = static_cast<StructBase&>(node);
+    Structure::BuildSchema(node, schema);
+    if (record.showsExtendedType)
+    {
+        schema.Register("extendedType", record.extendedType.Node());
+    }
+    record.EnterParams(schema);
+}
+
+void StructBase::RegisterMember(std::string const& key, std::string const& memberTitle, Properties::Node& node,
+                                ParamsBase& params)
+{
+    Structure::Register(key, node);
+    params.title.Set(memberTitle.empty() ? key : memberTitle);
+    params.sortOrder.Set(nextSortOrder);
+    nextSortOrder += SORT_ORDER_STEP;
+}
+
+} // namespace Zu::Params
