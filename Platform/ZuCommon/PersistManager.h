@@ -31,7 +31,7 @@ public:
     /// Name of the loaded job, without the suffix; empty before the first.
     virtual std::string LoadedJob();
 
-    /// Makes a name loadable. Nothing happens when it is already.
+    /// Makes a name loadable. Nothing happens when it is already. Throws -997 for an empty one.
     void AddJob(std::string const& name);
 
     /// The loadable names without the suffix, sorted.

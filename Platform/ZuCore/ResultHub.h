@@ -1,12 +1,13 @@
 #pragma once
 
-#include "ZuApi/Event.h"
+#include "ZuCore/ResultHandlers.h"
 #include "ZuCore/ResultSet.h"
+#include "wApi/wExport.h"
+#include "wApi/wThread.h"
 
+#include <array>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
-#include <thread>
 
 namespace ZuCore
 {
@@ -21,8 +22,8 @@ namespace ZuCore
 class ZUPLATFORM_API ResultHub
 {
 public:
-    using Handler = std::function<void(void*)>;
-    using CallbackId = Zu::Event<void*>::CallbackId;
+    using Handler = ResultHandlers::Handler;
+    using CallbackId = ResultHandlers::CallbackId;
 
     /// How many sets may wait for the asynchronous handlers; beyond it the oldest are dropped.
     static constexpr uint64 MAX_PENDING_SETS = 1024;
@@ -51,27 +52,27 @@ public:
     uint64 DroppedCount() const;
 
 private:
+    void StartThread();
     void Enqueue(ResultSet set);
     void RunThread();
     ResultSet WaitForSet();
-    void DropPending();
+    ResultSet TakeOldest();
 
     bool const syncWanted;
+    ResultHandlers syncHandlers;
+    ResultHandlers asyncHandlers;
 
-    // Held while handlers run, one for each kind, so that removal can wait; recursive for handlers that add and remove.
-    std::recursive_mutex syncLock;
-    Zu::Event<void*> syncEvent; // guarded by syncLock
-    std::recursive_mutex asyncLock;
-    Zu::Event<void*> asyncEvent; // guarded by asyncLock
-
-    mutable std::mutex queueLock; // a leaf: guards all below but the thread
+    mutable std::mutex queueLock; // a leaf: guards the members up to the thread
     std::condition_variable queueChanged;
-    std::deque<ResultSet> pending; // one reference each
+    std::array<ResultSet, MAX_PENDING_SETS> pending{}; // a ring; one reference each
+    uint64 firstPending = 0;
+    uint64 pendingCount = 0;
     uint64 dropped = 0;
-    bool wanted = false; // an asynchronous handler is there
     bool stopping = false;
 
-    std::thread thread; // started and joined under asyncLock or in the destructor
+    std::mutex threadLock; // guards the start of the thread
+    bool started = false;
+    wThread thread;
 };
 
 } // namespace ZuCore

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 
 #include <string>
@@ -13,6 +14,8 @@ struct ResultInfoObject;
 /// Says what a result is: its data source and its type. A counted object (see wApi/wObject.h) that never changes; a
 /// publisher makes one for each data source and shares it among all results.
 using ResultInfo = ResultInfoObject*;
+
+extern ZUPLATFORM_API wClass const ResultInfo_Class;
 
 inline constexpr uint16 RESULT_TYPE_STAMP = 11;
 inline constexpr uint16 RESULT_TYPE_MEASUREMENT = 19;

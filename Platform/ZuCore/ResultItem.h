@@ -14,6 +14,8 @@ struct ResultItemObject;
 /// An item of a set lies inside the set: a reference to the item is one to the set.
 using ResultItem = ResultItemObject*;
 
+extern ZUPLATFORM_API wClass const ResultItem_Class;
+
 /// Makes an item of its own with one reference; it takes one more reference to each of its two parts. 1 on success.
 ZUPLATFORM_API wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo resultInfo,
                                             void* allocator);

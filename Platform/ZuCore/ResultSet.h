@@ -14,6 +14,8 @@ struct ResultSetObject;
 /// nor an item costs an allocation.
 using ResultSet = ResultSetObject*;
 
+extern ZUPLATFORM_API wClass const ResultSet_Class;
+
 /// A new empty set with one reference. The allocator is passed through; null is the default one. 1 on success.
 ZUPLATFORM_API wStatus ResultSet_Construct(ResultSet* set, void* allocator);
 

@@ -8,7 +8,7 @@ namespace ZuVision
 /// Several messages in one, in order.
 struct ZvArrayMsg;
 
-ZUPLATFORM_API extern wClass const ZvArrayMsg_Class;
+extern ZUPLATFORM_API wClass const ZvArrayMsg_Class;
 
 /// A new message with one reference; it takes one more reference to each of the `count` elements, which may be null. 1 on
 /// success; the allocator is passed through, null is the default one.

@@ -8,7 +8,7 @@ namespace ZuVision
 /// A message with a time and an encoder of its own beside those of its stamp, and finer than these.
 struct ZvDataMsg;
 
-ZUPLATFORM_API extern wClass const ZvDataMsg_Class;
+extern ZUPLATFORM_API wClass const ZvDataMsg_Class;
 
 /// A new message with one reference; it copies the stamp, null for none. 1 on success; the allocator is passed through, null
 /// is the default one.

@@ -8,7 +8,7 @@ namespace ZuVision
 /// The value of a measurement and what was decided about it.
 struct ZvMeasurementMsg;
 
-ZUPLATFORM_API extern wClass const ZvMeasurementMsg_Class;
+extern ZUPLATFORM_API wClass const ZvMeasurementMsg_Class;
 
 /// Stands for a value that could not be measured.
 inline constexpr double MISSING_MEASUREMENT = -1.7976931348623157e308;

@@ -8,7 +8,7 @@ namespace ZuVision
 /// Stands where a result should be and is not.
 struct ZvNullMsg;
 
-ZUPLATFORM_API extern wClass const ZvNullMsg_Class;
+extern ZUPLATFORM_API wClass const ZvNullMsg_Class;
 
 /// A new message with one reference. 1 on success; the allocator is passed through, null is the default one.
 ZUPLATFORM_API wStatus ZvNullMsg_Construct(ZvNullMsg** msg, void* allocator);

@@ -8,7 +8,7 @@ namespace ZuVision
 /// The stamp of a frame, and nothing else: time and encoder are those of the stamp.
 struct ZvStampMsg;
 
-ZUPLATFORM_API extern wClass const ZvStampMsg_Class;
+extern ZUPLATFORM_API wClass const ZvStampMsg_Class;
 
 /// A new message with one reference and a copy of the stamp. 1 on success; the allocator is passed through, null is the
 /// default one.

@@ -1,0 +1,67 @@
+#include "ZuCommon/PersistManager.h"
+
+#include "ZuApi/Exception.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace ZuCommon
+{
+
+PersistManager::PersistManager() = default;
+
+PersistManager::PersistManager(std::vector<std::string> jobNames)
+{
+    for (std::string const& name : jobNames)
+    {
+        AddJob(name);
+    }
+}
+
+PersistManager::~PersistManager() = default;
+
+void PersistManager::LoadJob(std::string const& name)
+{
+    std::string job = NameWithoutSuffix(name);
+    std::scoped_lock const guard(lock);
+    if (!std::ranges::binary_search(jobs, job))
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
+    }
+    loadedJob = std::move(job);
+}
+
+std::string PersistManager::LoadedJob()
+{
+    std::scoped_lock const guard(lock);
+    return loadedJob;
+}
+
+void PersistManager::AddJob(std::string const& name)
+{
+    std::string job = NameWithoutSuffix(name);
+    if (job.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "A job must have a name");
+    }
+    std::scoped_lock const guard(lock);
+    auto const position = std::ranges::lower_bound(jobs, job);
+    if (position == jobs.end() || *position != job)
+    {
+        jobs.insert(position, std::move(job));
+    }
+}
+
+std::vector<std::string> PersistManager::Jobs() const
+{
+    std::scoped_lock const guard(lock);
+    return jobs;
+}
+
+std::string PersistManager::NameWithoutSuffix(std::string const& name)
+{
+    return name.ends_with(JOB_SUFFIX) ? name.substr(0, name.size() - std::strlen(JOB_SUFFIX)) : name;
+}
+
+} // namespace ZuCommon

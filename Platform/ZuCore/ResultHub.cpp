@@ -1,0 +1,141 @@
+#include "ZuCore/ResultHub.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "wApi/wHandle.h"
+
+namespace ZuCore
+{
+
+ResultHub::ResultHub(bool syncHandlersWanted) : syncWanted(syncHandlersWanted)
+{
+}
+
+ResultHub::~ResultHub()
+{
+    {
+        std::scoped_lock const guard(queueLock);
+        stopping = true;
+    }
+    queueChanged.notify_all();
+    ZU_GUARD_DESTRUCTOR([this] {
+        if (started)
+        {
+            ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
+        }
+    });
+    while (pendingCount > 0)
+    {
+        wObject_Release(TakeOldest());
+    }
+}
+
+bool ResultHub::ShouldUseSyncHandler() const
+{
+    return syncWanted;
+}
+
+ResultHub::CallbackId ResultHub::AddResultHandler(Handler handler)
+{
+    return syncHandlers.Add(std::move(handler));
+}
+
+void ResultHub::RemoveResultHandler(CallbackId const& id)
+{
+    syncHandlers.Remove(id);
+}
+
+ResultHub::CallbackId ResultHub::AddAsyncResultHandler(Handler handler)
+{
+    StartThread();
+    return asyncHandlers.Add(std::move(handler));
+}
+
+void ResultHub::RemoveAsyncResultHandler(CallbackId const& id)
+{
+    asyncHandlers.Remove(id);
+}
+
+void ResultHub::Publish(ResultSet set)
+{
+    if (set == nullptr)
+    {
+        return;
+    }
+    syncHandlers.Fire(set);
+    if (!asyncHandlers.Empty())
+    {
+        Enqueue(set);
+    }
+}
+
+uint64 ResultHub::DroppedCount() const
+{
+    std::scoped_lock const guard(queueLock);
+    return dropped;
+}
+
+void ResultHub::StartThread()
+{
+    std::scoped_lock const guard(threadLock);
+    if (started)
+    {
+        return;
+    }
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "ResultHub"));
+    ZU_CHECK(wThread_Start(
+        thread,
+        [](void* hub) {
+        static_cast<ResultHub*>(hub)->RunThread();
+        return 1;
+        },
+        this));
+    started = true;
+}
+
+void ResultHub::Enqueue(ResultSet set)
+{
+    wHandle<ResultSetObject> oldest;
+    bool isFirstDrop = false;
+    {
+        std::scoped_lock const guard(queueLock);
+        if (pendingCount == MAX_PENDING_SETS)
+        {
+            oldest.reset(TakeOldest());
+            isFirstDrop = dropped++ == 0;
+        }
+        pending[(firstPending + pendingCount++) % MAX_PENDING_SETS] = set;
+        wObject_Share(set);
+    }
+    queueChanged.notify_one();
+    if (isFirstDrop) // once: a line for each would cost more than what is dropped
+    {
+        ZU_LOG_WARNING("Result handlers are too slow, result sets are dropped");
+    }
+}
+
+void ResultHub::RunThread()
+{
+    while (wHandle<ResultSetObject> const set{WaitForSet()})
+    {
+        asyncHandlers.Fire(set.get());
+    }
+}
+
+ResultSet ResultHub::WaitForSet()
+{
+    std::unique_lock guard(queueLock);
+    queueChanged.wait(guard, [this] { return stopping || pendingCount > 0; });
+    return stopping ? nullptr : TakeOldest();
+}
+
+ResultSet ResultHub::TakeOldest()
+{
+    ResultSet const set = pending[firstPending];
+    firstPending = (firstPending + 1) % MAX_PENDING_SETS;
+    --pendingCount;
+    return set;
+}
+
+} // namespace ZuCore

@@ -1,0 +1,59 @@
+#include "ZuCore/ResultInfo.h"
+
+#include "ZuApi/Status.h"
+#include "ZuCore/DataSourceHash.h"
+
+#include <new>
+
+namespace ZuCore
+{
+
+struct ResultInfoObject final : wObject
+{
+    ResultInfoObject(std::string const& sourceId, uint16 resultType)
+        : wObject(ResultInfo_Class), numericId(DataSourceHash(sourceId)), type(resultType), dataSourceId(sourceId)
+    {
+    }
+
+    uint64 const numericId;
+    uint16 const type;
+    std::string const dataSourceId;
+};
+
+wClass const ResultInfo_Class{"ResultInfo", nullptr,
+                              [](wObject* object) { delete static_cast<ResultInfoObject*>(object); }};
+
+wStatus ResultInfo_Construct(ResultInfo* info, std::string const& dataSourceId, uint16 type, void* /*allocator*/)
+{
+    if (info == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    try
+    {
+        *info = new ResultInfoObject(dataSourceId, type);
+        return Zu::Status::SUCCESS;
+    }
+    catch (std::bad_alloc const&)
+    {
+        return Zu::Status::FAILURE;
+    }
+}
+
+uint64 ResultInfo_NumericId(ResultInfoObject const* info) noexcept
+{
+    return info != nullptr ? info->numericId : 0;
+}
+
+uint16 ResultInfo_Type(ResultInfoObject const* info) noexcept
+{
+    return info != nullptr ? info->type : uint16{0};
+}
+
+std::string const& ResultInfo_DataSourceId(ResultInfoObject const* info) noexcept
+{
+    static std::string const none;
+    return info != nullptr ? info->dataSourceId : none;
+}
+
+} // namespace ZuCore
