@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuApi/Params/Enum.h"
 #include "wApi/wTypes.h"
 
 namespace ZuControl::ControlProtocol
@@ -18,3 +19,5 @@ enum RegisterBlockCategory : uint8
 };
 
 } // namespace ZuControl::ControlProtocol
+
+ZU_DECLARE_ENUM_VALUE(ZuControl::ControlProtocol::RegisterBlockCategory);

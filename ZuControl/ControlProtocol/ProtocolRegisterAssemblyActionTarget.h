@@ -1,0 +1,48 @@
+#pragma once
+
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Export.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZuControl::ControlProtocol
+{
+
+class IProtocolRegisterAssembly;
+
+/// The actions by which clients change a register assembly.
+///
+/// Threads: any; the assembly has a lock of its own.
+class ZUCONTROL_API ProtocolRegisterAssemblyActionTarget : public IControlActionTarget
+{
+public:
+    static constexpr char const* REGISTER_ASSEMBLY_ACTION_ID_ADD = "add";
+    static constexpr char const* REGISTER_ASSEMBLY_ACTION_ID_REMOVE = "remove";
+    static constexpr char const* REGISTER_ASSEMBLY_ACTION_ID_COMPACT = "compact";
+    static constexpr char const* REGISTER_ASSEMBLY_ACTION_ID_UPDATE = "update";
+
+    /// `changedAssembly` outlives the target.
+    explicit ProtocolRegisterAssemblyActionTarget(IProtocolRegisterAssembly& changedAssembly);
+    ~ProtocolRegisterAssemblyActionTarget() override;
+
+    ProtocolRegisterAssemblyActionTarget(ProtocolRegisterAssemblyActionTarget const&) = delete;
+    ProtocolRegisterAssemblyActionTarget& operator=(ProtocolRegisterAssemblyActionTarget const&) = delete;
+
+    std::vector<ControlActionInfo> ListActions() const override;
+
+    /// Throws -999, no text, behind a log line for an action that does not exist.
+    std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& actionId) const override;
+
+    /// The result is empty: an action ends well or throws. "add" fills display names and output ids into `params`, which
+    /// must not be a constant object. Throws -999, no text, for an action that does not exist, std::bad_cast for a record
+    /// of another class, and what the assembly throws.
+    std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
+                                                    Zu::Params::Group const& params) override;
+
+private:
+    IProtocolRegisterAssembly& assembly;
+};
+
+} // namespace ZuControl::ControlProtocol

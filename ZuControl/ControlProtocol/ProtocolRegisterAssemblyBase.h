@@ -1,0 +1,128 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/RegisterAssemblyAttributes.h"
+#include "ZuControl/ControlProtocol/RegisterAssemblyProperties.h"
+#include "ZuControl/ControlProtocol/RegisterPlacement.h"
+#include "ZuControl/Export.h"
+#include "wApi/wLock.h"
+#include "wApi/wTypes.h"
+
+#include <atomic>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZuControl::ControlProtocol
+{
+
+struct RegisterBlockParams;
+struct UpdateBlockParams;
+
+/// The blocks of a register space, sorted by output id and never overlapping; blocks in the way can be made to move on.
+///
+/// There are two address models. With the global address space an output id is a register address: a block takes as many
+/// ids as it has registers, all of them within the assembly's range. Without it an output id is a plain number: a block takes one
+/// and the range is not looked at.
+/// Ownership: of the types and, shared, of the blocks; neither outlives the assembly.
+/// Threads: any. `Add` and `Remove` take the lock for each element and not for the call, so that others may see a list that
+/// is half done. What a call has changed before it fails stays changed.
+class ZUCONTROL_API ProtocolRegisterAssemblyBase : public IProtocolRegisterAssembly
+{
+public:
+    static constexpr uint16 LAST_VALID_OUTPUT_ID = 65534;
+    /// For names that plug-ins give to the instances of one block type.
+    static constexpr char const* REGISTER_BLOCK_INSTANCE_FORMATID_DELIMITER = "-";
+
+    /// Throws -997 for a range that is none or reaches beyond the last valid id, and for an identifier that is null or
+    /// empty, in this order.
+    explicit ProtocolRegisterAssemblyBase(bool isGlobalAddressSpaceUsed = false, uint16 outputIdMin = 0,
+                                          uint16 outputIdMax = LAST_VALID_OUTPUT_ID,
+                                          char const* id = DEFAULT_REGISTER_ASSEMBLY_ID,
+                                          std::string displayName = DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
+    ~ProtocolRegisterAssemblyBase() override;
+
+    ProtocolRegisterAssemblyBase(ProtocolRegisterAssemblyBase const&) = delete;
+    ProtocolRegisterAssemblyBase& operator=(ProtocolRegisterAssemblyBase const&) = delete;
+
+    void BeginLock() override ZU_NO_THREAD_SAFETY_ANALYSIS; // held until EndLock, by design
+    void EndLock() override ZU_NO_THREAD_SAFETY_ANALYSIS;
+
+    void AddSupportedBlockType(std::unique_ptr<ProtocolRegisterBlockInfo> info) override;
+    void Add(Zu::Params::Group& params) override;
+    void Remove(Zu::Params::Group const& params) override;
+    void Compact(Zu::Params::Group const& params) override;
+    void Update(Zu::Params::Group const& params) override;
+    void ResetRegisterAssembly() override;
+
+    /// Gives the blocks of a new configuration. `Add` is called with the lock held.
+    void InitDefaultRegisterBlocksForRegisterAssembly() override;
+
+    std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> const&
+    SupportedRegisterBlockTypes() override ZU_NO_THREAD_SAFETY_ANALYSIS; // the caller holds the lock through BeginLock
+    std::list<std::shared_ptr<ProtocolRegisterBlock>> const&
+    AddedRegisterBlocks() override ZU_NO_THREAD_SAFETY_ANALYSIS;
+
+    std::list<std::shared_ptr<ProtocolRegisterBlock>> const
+    FindAddedBlocksOfTypes(std::list<std::string> types) override;
+    std::map<std::string, std::shared_ptr<ProtocolRegisterBlock>> const
+    FindAddedScanOutputBlocksSortedByDataSource() override;
+
+    Zu::Params::Group const& Attributes() override;
+    Zu::Params::Group const& Properties() override;
+    std::vector<std::string> DataSourceList() const override;
+    char const* Id() const override;
+
+    /// Sets the byte order of all types; blocks that are placed follow at once.
+    void ChangeBigEndianSupportedBlocks(bool isProtocolBigEndian);
+
+    /// Grows with every change of the list, of an id, of a name, of a data source or of the byte order. A protocol that
+    /// keeps a view of its own reads it before it takes the view and rebuilds the view when the number is another.
+    uint64 ChangeCount() const;
+
+private:
+    using BlockList = RegisterPlacement::BlockList;
+    using Position = RegisterPlacement::Position;
+
+    void AddBlock(RegisterBlockParams& params, bool autoShift);
+    void RemoveBlock(uint16 outputId);
+    ProtocolRegisterBlockInfo* FindSupportedType(std::string const& type) ZU_REQUIRES(lock);
+
+    void FormatBlockParams(ProtocolRegisterBlockInfo* info, RegisterBlockParams& params, uint16& endAddress)
+        ZU_REQUIRES(lock);
+    Position GetInsertPosition(uint16 startId, uint16 endId, bool autoShift, uint16 excludedOutputId) ZU_REQUIRES(lock);
+    void ShiftRegisterAddresses(Position position, uint16 startId, uint16 endId, uint16 excludedOutputId)
+        ZU_REQUIRES(lock);
+    bool IsBlockOverlapping(uint16 startId, uint16 endId, std::shared_ptr<ProtocolRegisterBlock> block) const;
+    bool IsValidOutputId(uint16 id, uint16 registerCount) const;
+    uint16 GetNextRegisterBlockOutputId() ZU_REQUIRES(lock);
+    uint16 UsedRegistersCount(Position position) ZU_REQUIRES(lock);
+    /// Whether a range fits ahead of the blocks from `position` on.
+    bool hasGap(Position position, uint16 startId, uint16 endId) ZU_REQUIRES(lock);
+    void UpdateBlockProperties(Position position, UpdateBlockParams const& params) ZU_REQUIRES(lock);
+    void MoveBlock(Position position, uint16 newId, bool autoShift) ZU_REQUIRES(lock);
+    void CheckCompaction(uint16 startingOutputId) const;
+    void NoteChange();
+
+    bool IsGlobal() const;
+    uint16 OutputIdMin() const;
+    uint16 OutputIdMax() const;
+
+    // Set by the constructor and never changed: read without the lock.
+    RegisterAssemblyAttributes attributes;
+    RegisterAssemblyProperties properties;
+
+    // A guard against a forgotten BeginLock, no proof of ownership: one flag for all threads.
+    std::atomic<bool> lockHeld{false};
+    // Taken behind the lock of the group; no other lock is taken under it. Recursive: the defaults are added under it.
+    mutable wLock lock;
+    std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes ZU_GUARDED_BY(lock);
+    RegisterPlacement placement ZU_GUARDED_BY(lock); // the blocks, which go before their types
+    // Registers of all blocks, in 16 bits: Compact weighs them before it takes the lock.
+    std::atomic<uint16> usedRegisterCount{0};
+    std::atomic<uint64> changeCount{0};
+};
+
+} // namespace ZuControl::ControlProtocol

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
+#include "ZuControl/ControlProtocol/RegisterAssemblyInstance.h"
+#include "ZuControl/Export.h"
+#include "wApi/wLock.h"
+#include "wApi/wTypes.h"
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ZuControl::ControlProtocol
+{
+
+/// The register assemblies of a protocol by identifier. See the interface for ownership and refusals.
+class ZUCONTROL_API ProtocolRegisterAssemblyGroup : public IProtocolRegisterAssemblyGroup
+{
+public:
+    ProtocolRegisterAssemblyGroup();
+    ~ProtocolRegisterAssemblyGroup() override;
+
+    ProtocolRegisterAssemblyGroup(ProtocolRegisterAssemblyGroup const&) = delete;
+    ProtocolRegisterAssemblyGroup& operator=(ProtocolRegisterAssemblyGroup const&) = delete;
+
+    void Add(IProtocolRegisterAssembly& assembly, IControlActionTarget& actionTarget) override;
+
+    /// Takes no lock.
+    bool Empty() const override;
+    std::vector<std::string> List() const override;
+    bool HasRegisterAssembly(char const* id) const override;
+    IProtocolRegisterAssembly& RegisterAssembly(char const* id) const override;
+    IControlActionTarget& ActionTarget(char const* id) const override;
+    std::vector<std::string> DataSourceList() const override;
+
+private:
+    RegisterAssemblyInstance const& FindRegisterAssemblyInstance(char const* id) const;
+    void RemoveDuplicates(std::vector<std::string>& texts) const;
+
+    // Order: this lock, then the assemblies' locks. Guards the map alone; nothing is ever taken out of it.
+    mutable wLock lock;
+    std::map<std::string, RegisterAssemblyInstance> assemblies ZU_GUARDED_BY(lock);
+    std::atomic<uint64> count{0}; // of the map; read where no lock is taken
+};
+
+} // namespace ZuControl::ControlProtocol

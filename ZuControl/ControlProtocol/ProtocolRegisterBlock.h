@@ -1,0 +1,135 @@
+#pragma once
+
+#include "ZuApi/FunctionLabel.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+#include "ZuControl/ControlProtocol/RegisterEncoder.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <cstddef>
+#include <string>
+#include <type_traits>
+
+namespace ZuControl::ControlProtocol
+{
+
+struct ProtocolRegisterBlockInfo;
+struct RegisterBlockParams;
+
+/// One placed block of a register assembly, and what all kinds of blocks share: the encoding of values into registers.
+///
+/// A block does no I/O: the protocol hands it a buffer that stands for its registers. All offsets are bytes from the start
+/// of the buffer and do not scale with the register size.
+/// Ownership: the assembly shares it; neither it nor its type outlives the assembly.
+/// Threads: no lock; a protocol encodes on its own thread, ids and names change under the assembly's lock.
+struct ZUCONTROL_API ProtocolRegisterBlock : public Zu::Params::Group
+{
+public:
+    /// `usedInfo` outlives the block. Throws -997 when output ids are register addresses and none is given.
+    ProtocolRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
+    ~ProtocolRegisterBlock() override;
+
+    // In each of the two, the first pair is what is written and the second what is read. A kind of block overrides what it
+    // does; the others refuse with -996.
+
+    /// Writes registers from a record. A refusal for a size comes before the first byte.
+    virtual void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize);
+    /// Writes a record from registers.
+    virtual void Deserialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize);
+    virtual void SetDataSource(std::string const& newDataSource);
+    virtual std::string const& DataSource() const;
+
+    std::string const& Type() const;
+    std::string const& DisplayName() const;
+    void SetDisplayName(std::string const& newDisplayName);
+    std::string const& ScannerId() const;
+    void SetScannerId(std::string const& newScannerId);
+    uint16 OutputId() const;
+    /// Without validation; where the block belongs in the list is the assembly's affair.
+    void SetOutputId(uint16 newOutputId);
+
+    uint16 RegisterCount() const;
+    uint8 BytesPerRegister() const;
+    /// The last output id that the block takes, in 16 bits: its own where output ids are plain numbers.
+    uint16 EndAddress() const;
+
+    bool HasDataSource() const;
+    bool AtMaxInstance() const;
+    bool AtMinInstance() const;
+    void IncrementInstanceCount();
+    void DecrementInstanceCount();
+
+protected:
+    /// Writes `value` as a whole number of registers in the protocol's byte order. `isSigned` names the kind of the value
+    /// and changes no byte: widening goes by the type. Throws -997 for a register size other than 1 and 2.
+    template <typename T>
+    void SerializeValue(uint8* buffer, size_t offset, T value, [[maybe_unused]] bool isSigned)
+    {
+        static_assert(std::is_integral_v<T> && sizeof(T) <= 8);
+        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+        WriteWidened(buffer + offset, Widened(value), WidthOf(sizeof(T)), ZU_FUNCTION_LABEL);
+    }
+
+    /// Writes the whole registers of `value`, the most significant first, the low byte first within each of two.
+    template <typename T>
+    void Serialize_BE(uint8* buffer, size_t offset, T value)
+    {
+        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+        RegisterEncoder(BytesPerRegister(), true)
+            .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
+    }
+
+    /// Writes the bytes of `value`, the low one first, whatever the register size.
+    template <typename T>
+    void Serialize_LE(uint8* buffer, size_t offset, T value)
+    {
+        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+        RegisterEncoder(BytesPerRegister(), false)
+            .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
+    }
+
+    /// Writes the mark of a missing value: the smallest number when signed, all ones when not.
+    void SerializeInvalidValue(uint8* buffer, size_t offset, size_t numOfBytes, bool isSigned);
+
+    // Reading is not the mirror image of writing: with two bytes a register on a big-endian protocol the low byte is
+    // written first and the high byte is read first. Clients rely on both.
+    void Deserialize16(uint16& value, uint8 const* buffer, size_t offset);
+    void Deserialize16_BE(uint16& value, uint8 const* buffer, size_t offset);
+    void Deserialize16_LE(uint16& value, uint8 const* buffer, size_t offset);
+
+    /// `value` times `scale`, rounded half away from zero. A value that is missing, is no number or does not fit gives the
+    /// smallest 32-bit integer and `isInvalid` 1; all but the missing one `isOutOfRange` 1 as well.
+    static void Convert64fTo32s(double value, double scale, int32& result, int32& isOutOfRange, int32& isInvalid);
+
+    /// Appends the ending of job files when it is missing. Throws -997, no text, for an empty name, and the status of the
+    /// platform when `capacity` does not hold the result.
+    static void FormatFullJobFileName(char* fileName, size_t capacity);
+
+    /// The encoder for all values of one record. Throws -997 as `SerializeValue` does.
+    RegisterEncoder ValueEncoder() const;
+
+    /// The least size of a buffer with a value of `valueSize` bytes at `offset`; all ones when there is none.
+    size_t EndOfValue(size_t offset, size_t valueSize) const;
+
+    ProtocolRegisterBlockInfo& info;
+    Zu::Params::Value<std::string> type;
+    Zu::Params::Value<std::string> displayName;
+    Zu::Params::Value<std::string> scannerId;
+    Zu::Params::Value<uint16> outputId;
+
+private:
+    template <typename T>
+    static uint64 Widened(T value)
+    {
+        return static_cast<uint64>(static_cast<std::conditional_t<std::is_signed_v<T>, int64, uint64>>(value));
+    }
+
+    void CheckBytesPerRegister(char const* label) const;
+    size_t WidthOf(size_t valueSize) const;
+    void WriteWidened(uint8* where, uint64 value, size_t numOfBytes, char const* label) const;
+    static bool CanConvert64fTo64s(double value);
+    bool IsProtocolBigEndian() const;
+};
+
+} // namespace ZuControl::ControlProtocol

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "ZuApi/Params/Enum.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCategory.h"
+#include "ZuControl/ControlProtocol/RegisterBlockInfoParams.h"
+#include "ZuControl/Export.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace ZuControl::ControlProtocol
+{
+
+class IProtocolRegisterBlockFactory;
+struct ProtocolRegisterBlock;
+struct RegisterBlockParams;
+
+/// One block type of an assembly: what it is called, how many registers it takes and how they are laid out, how many blocks
+/// of it may exist and do exist, and how one is made. A record, so that clients can read it; all that it shows is read-only.
+///
+/// Ownership: the assembly owns its types; a block refers to its type, which outlives it.
+/// Threads: no lock; the assembly's lock covers the count of instances.
+struct ZUCONTROL_API ProtocolRegisterBlockInfo : public Zu::Params::Group
+{
+public:
+    /// Throws -997, no text, when the least number of instances is above the greatest.
+    explicit ProtocolRegisterBlockInfo(RegisterBlockInfoParams params);
+    ~ProtocolRegisterBlockInfo() override;
+
+    std::string const& Type() const;
+    std::string const& DisplayName() const;
+    uint16 RegisterCount() const;
+    uint16 MinInstanceCount() const;
+    uint16 MaxInstanceCount() const;
+    bool HasDataSource() const;
+    uint8 BytesPerRegister() const;
+
+    /// Least bytes of a source for `Deserialize`.
+    uint16 DeserializedInputSize() const;
+    /// Bytes of all registers of a block, in 16 bits.
+    uint16 SerializedOutputSize() const;
+
+    /// Whether an output id is a register address; the assembly says so when it is given the type.
+    bool IsGlobalAddressSpaceUsed() const;
+    void SetIsGlobalAddressSpaceUsed(bool newIsGlobalAddressSpaceUsed);
+
+    /// Blocks ask their type, so a change of the byte order reaches those already placed.
+    bool IsProtocolBigEndian() const;
+    void SetIsProtocolBigEndian(bool newIsProtocolBigEndian);
+
+    bool AtMaxInstance() const;
+    bool AtMinInstance() const;
+
+    /// 16-bit arithmetic without validation: one below 0 is 65535.
+    void IncrementInstanceCount();
+    void DecrementInstanceCount();
+    void ResetInstanceCount();
+
+    /// A new block of this type, not yet placed and not counted. Throws what the block's constructor throws.
+    std::shared_ptr<ProtocolRegisterBlock> ConstructBlock(RegisterBlockParams const& params);
+
+    /// Grows whenever a block of this type is given another output id, or the type another address model. By it the
+    /// assembly learns of changes that went past it.
+    uint64 PlacementChangeCount() const;
+    void NotePlacementChange();
+
+protected:
+    RegisterBlockCategory const Category() const;
+
+    Zu::Params::Value<std::string> type;
+    Zu::Params::Value<std::string> displayName;
+    Zu::Params::Enum<RegisterBlockCategory> category;
+    Zu::Params::Value<uint16> registerCount;
+    Zu::Params::Value<uint16> instanceCount;
+    Zu::Params::Value<uint16> minInstanceCount;
+    Zu::Params::Value<uint16> maxInstanceCount;
+    Zu::Params::Value<bool> hasDataSource;
+    uint16 deserializedInputSize;
+    uint8 bytesPerRegister;
+    // Flipped under the assembly's lock while a protocol's thread encodes without it.
+    std::atomic<bool> isProtocolBigEndian;
+    std::shared_ptr<IProtocolRegisterBlockFactory> factory;
+    bool isGlobalAddressSpaceUsed = false;
+
+private:
+    void RegisterMembers();
+
+    std::atomic<uint64> placementChangeCount{0};
+};
+
+} // namespace ZuControl::ControlProtocol

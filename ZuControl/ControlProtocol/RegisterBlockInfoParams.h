@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/RegisterBlockCategory.h"
+#include "wApi/wTypes.h"
+
+#include <memory>
+#include <string>
+
+namespace ZuControl::ControlProtocol
+{
+
+class IProtocolRegisterBlockFactory;
+
+/// What a block type is made from.
+struct RegisterBlockInfoParams
+{
+    std::string type;        ///< the key by which blocks of the type are named
+    std::string displayName; ///< for a person; also the name of a new block that is given none
+    RegisterBlockCategory category = BlockCategoryUnknown;
+    uint16 deserializedInputSize = 0; ///< least bytes of a source for `Deserialize`; 0 for types that only send
+    uint16 registerCount = 0;         ///< registers of one block
+    uint8 bytesPerRegister = 1;       ///< 1 or 2; others are found at the first value that a block writes
+    uint16 minInstanceCount = 0;      ///< fewest blocks that must stay in the assembly
+    uint16 maxInstanceCount = 0;      ///< most blocks that may be added
+    bool hasDataSource = false;       ///< blocks carry scan output and need a data source
+    bool isProtocolBigEndian = true;
+    std::shared_ptr<IProtocolRegisterBlockFactory> factory;
+};
+
+} // namespace ZuControl::ControlProtocol

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <list>
+#include <memory>
+#include <vector>
+
+namespace ZuControl::ControlProtocol
+{
+
+/// The blocks of an assembly in their list, and beside it a flat index by output id, so that a large assembly is searched
+/// by bisection and not walked.
+///
+/// What it answers is always what a walk along the list answers. Ids that are plain numbers may wrap and leave the list
+/// unsorted: as long as that lasts it is walked.
+/// Threads: none of its own; the assembly's lock guards it.
+class ZUCONTROL_INTERNAL_API RegisterPlacement final
+{
+public:
+    using BlockList = std::list<std::shared_ptr<ProtocolRegisterBlock>>;
+    using Position = BlockList::iterator;
+
+    /// In the place of an output id: no block is passed over.
+    static constexpr uint16 NOTHING_EXCLUDED = 65535;
+
+    RegisterPlacement();
+    ~RegisterPlacement();
+
+    RegisterPlacement(RegisterPlacement const&) = delete;
+    RegisterPlacement& operator=(RegisterPlacement const&) = delete;
+
+    BlockList const& Blocks() const;
+    Position Begin();
+    Position End();
+
+    /// To be called before anything is looked for: `placementChangeCount` is that of all block types together, which
+    /// tells of ids that were set past this object.
+    void Refresh(uint64 placementChangeCount);
+
+    /// The first block with this output id, else the end.
+    Position Find(uint16 outputId);
+
+    /// The first block that overlaps the range or lies behind it, else the end. Blocks with the excluded id are passed over.
+    Position FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId);
+
+    static bool IsOverlapping(uint16 startId, uint16 endId, ProtocolRegisterBlock const& block);
+
+    /// Registers of all blocks from `position` on, in 16 bits; gaps do not count.
+    uint16 UsedRegisters(Position position);
+
+    /// Moves the blocks from `position` on to behind `endId`, until a gap takes them up.
+    void Shift(Position position, uint16 endId, uint16 excludedOutputId);
+
+    void Insert(Position position, std::shared_ptr<ProtocolRegisterBlock> block);
+    void Erase(Position position);
+
+    /// Gives the block a new id and moves it to before `target`.
+    void Move(Position position, Position target, uint16 newOutputId);
+
+    /// Gives all blocks ids from `firstId` on, without gaps, in 16 bits; the order stays.
+    void Compact(uint16 firstId);
+
+    void Clear();
+
+private:
+    struct Entry
+    {
+        uint16 start;
+        uint16 end;
+        uint16 registerCount;
+        Position position;
+    };
+
+    using Slot = std::vector<Entry>::iterator;
+
+    static Entry EntryOf(Position position);
+    void SetOutputId(ProtocolRegisterBlock& block, uint16 newOutputId);
+    Position WalkToInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId);
+    Slot SlotOf(Position position);
+    bool IsInOrder(Slot first, Slot last) const;
+    void CheckOrder(Slot first, Slot last);
+
+    BlockList blocks;
+    std::vector<Entry> index; // of the blocks in list order
+    // Every block ends where it begins or behind, and ahead of the next one: only then the index is searched.
+    bool isOrdered = true;
+    bool isStale = false; // the index has to be made anew before it is used again
+    uint64 knownChangeCount = 0;
+};
+
+} // namespace ZuControl::ControlProtocol
