@@ -1,0 +1,85 @@
+#include "Plugins/ModbusTcp/ModbusConversation.h"
+
+#include "Plugins/ModbusTcp/ModbusFrame.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
+
+#include <cstring>
+
+namespace ModbusTcp
+{
+
+ModbusConversation::ModbusConversation(IRegisterModel& registerModel, ServerCounters& serverCounters)
+    : model(registerModel), counters(serverCounters)
+{
+}
+
+ModbusConversation::~ModbusConversation() = default;
+
+std::span<uint8> ModbusConversation::Room()
+{
+    if (inputFirst > 0)
+    {
+        std::memmove(input.data(), input.data() + inputFirst, inputEnd - inputFirst);
+        inputEnd -= inputFirst;
+        inputFirst = 0;
+    }
+    return std::span(input).subspan(inputEnd);
+}
+
+void ModbusConversation::Received(std::size_t bytes)
+{
+    inputEnd += bytes;
+    Count(counters.bytesIn, bytes);
+    AnswerAll();
+}
+
+std::span<uint8 const> ModbusConversation::Pending() const
+{
+    return std::span(output).subspan(outputFirst, outputEnd - outputFirst);
+}
+
+void ModbusConversation::Sent(std::size_t bytes)
+{
+    outputFirst += bytes;
+    Count(counters.bytesOut, bytes);
+    if (outputFirst == outputEnd)
+    {
+        outputFirst = 0;
+        outputEnd = 0;
+        AnswerAll();
+    }
+}
+
+void ModbusConversation::AnswerAll()
+{
+    while (!malformed && outputEnd + ModbusFrame::MAX_BYTES <= output.size())
+    {
+        ModbusFrame frame;
+        auto const parsed = ModbusFrame::Parse(std::span(input).subspan(inputFirst, inputEnd - inputFirst), frame);
+        if (parsed == ModbusFrame::Parsed::INCOMPLETE)
+        {
+            return;
+        }
+        if (parsed == ModbusFrame::Parsed::MALFORMED)
+        {
+            malformed = true;
+            return;
+        }
+        Answer(frame);
+        inputFirst += frame.Bytes();
+    }
+}
+
+void ModbusConversation::Answer(ModbusFrame const& frame)
+{
+    std::span<uint8, ModbusFrame::MAX_BYTES> const place(output.data() + outputEnd, ModbusFrame::MAX_BYTES);
+    ModbusException refusal = ModbusException::NONE;
+    std::size_t const pduBytes =
+        ModbusRequest::Answer(model, frame.pdu, place.subspan<ModbusFrame::HEADER_BYTES>(), refusal);
+    outputEnd += frame.WriteAnswerHeader(place.first<ModbusFrame::HEADER_BYTES>(), pduBytes);
+    ++answered;
+    Count(counters.requests);
+    Count(counters.exceptions, refusal == ModbusException::NONE ? 0 : 1);
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace ModbusTcp
+{
+
+class IRegisterModel;
+struct ServerCounters;
+
+/// The Modbus TCP server: one I/O thread that serves every client, none of which can hold up another.
+///
+/// Ownership: model, counters and callback outlive the server. Threads: the operations belong to one thread at a time; the
+/// model and the callback are called on the I/O thread "ModbusTcp.Io".
+class ModbusServer final
+{
+public:
+    struct Settings
+    {
+        std::string address;        ///< of this machine, as a number: IPv4 or IPv6
+        uint16 port = 0;            ///< 0 takes a free one
+        uint64 maxClients = 0;      ///< one more is accepted and closed at once
+        uint64 idleTimeoutUsec = 0; ///< without a whole request for so long a client is dropped
+    };
+
+    /// `whenClientsChanged` hears of every client that comes or goes, with the number that is connected from then on.
+    ModbusServer(IRegisterModel& registerModel, ServerCounters& serverCounters,
+                 std::function<void(uint64)> whenClientsChanged);
+    ~ModbusServer(); ///< stops
+    ModbusServer(ModbusServer const&) = delete;
+    ModbusServer& operator=(ModbusServer const&) = delete;
+
+    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's,
+    /// -976 for a port that is taken, 0 for another failure, each with address and port in the text. -1000 while it runs.
+    void Start(Settings const& settings);
+
+    /// Closes every connection and ends the I/O thread. Nothing happens when it does not run. Not to be called on the I/O
+    /// thread.
+    void Stop() noexcept;
+
+    bool IsRunning() const
+    {
+        return core != nullptr;
+    }
+
+    /// Applies to clients that come from now on, and to the silence of all.
+    void SetLimits(uint64 maxClients, uint64 idleTimeoutUsec);
+
+    /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
+    std::string Endpoint() const;
+
+    uint16 Port() const; ///< the true one; 0 while it does not run
+
+private:
+    class Core;
+
+    IRegisterModel& model;
+    ServerCounters& counters;
+    std::function<void(uint64)> clientsChanged;
+    std::unique_ptr<Core> core; // while it runs
+};
+
+} // namespace ModbusTcp

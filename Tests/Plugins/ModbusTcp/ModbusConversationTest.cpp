@@ -1,0 +1,136 @@
+#include "Plugins/ModbusTcp/ModbusConversation.h"
+#include "Tests/Plugins/ModbusTcp/FakeRegisterModel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace ModbusTcp
+{
+
+class ModbusConversationTest : public testing::Test
+{
+protected:
+    using Bytes = std::vector<uint8>;
+
+    /// Hands in as much as there is room for; gives how much that was.
+    std::size_t Hear(Bytes const& bytes)
+    {
+        std::span<uint8> const room = conversation.Room();
+        std::size_t const count = std::min(room.size(), bytes.size());
+        std::copy_n(bytes.begin(), count, room.begin());
+        conversation.Received(count);
+        return count;
+    }
+
+    Bytes Pending()
+    {
+        return Bytes(conversation.Pending().begin(), conversation.Pending().end());
+    }
+
+    static Bytes Repeated(Bytes const& bytes, std::size_t times)
+    {
+        Bytes all;
+        for (std::size_t i = 0; i < times; ++i)
+        {
+            all.insert(all.end(), bytes.begin(), bytes.end());
+        }
+        return all;
+    }
+
+    static inline Bytes const READ_ONE = {0, 1, 0, 0, 0, 6, 1, 3, 0, 5, 0, 1};
+    static inline Bytes const READ_ONE_ANSWER = {0, 1, 0, 0, 0, 5, 1, 3, 2, 0, 5};
+    static inline Bytes const READ_MOST = {0, 2, 0, 0, 0, 6, 1, 3, 0, 0, 0, 125};
+    static constexpr std::size_t READ_MOST_ANSWER_BYTES = 259;
+
+    FakeRegisterModel model;
+    ServerCounters counters;
+    ModbusConversation conversation{model, counters};
+};
+
+TEST_F(ModbusConversationTest, AnswersARequestThatComesByteByByte)
+{
+    for (std::size_t i = 0; i + 1 < READ_ONE.size(); ++i)
+    {
+        Hear({READ_ONE[i]});
+        EXPECT_TRUE(Pending().empty());
+    }
+
+    Hear({READ_ONE.back()});
+
+    EXPECT_EQ(Pending(), READ_ONE_ANSWER);
+    EXPECT_EQ(conversation.AnsweredCount(), 1u);
+}
+
+TEST_F(ModbusConversationTest, AnswersAllThatCameTogetherAndKeepsTheHalfOne)
+{
+    Bytes bytes = Repeated(READ_ONE, 3);
+    bytes.insert(bytes.end(), READ_ONE.begin(), READ_ONE.begin() + 4);
+
+    Hear(bytes);
+    EXPECT_EQ(Pending(), Repeated(READ_ONE_ANSWER, 3));
+    conversation.Sent(Pending().size());
+
+    Hear(Bytes(READ_ONE.begin() + 4, READ_ONE.end()));
+    EXPECT_EQ(Pending(), READ_ONE_ANSWER);
+}
+
+TEST_F(ModbusConversationTest, AnswersNothingBehindWhatIsNoFrame)
+{
+    Bytes bytes = READ_ONE;
+    bytes.insert(bytes.end(), {0, 1, 0, 7, 0, 6});
+    bytes.insert(bytes.end(), READ_ONE.begin(), READ_ONE.end());
+
+    Hear(bytes);
+
+    EXPECT_TRUE(conversation.IsMalformed());
+    EXPECT_EQ(Pending(), READ_ONE_ANSWER);
+    conversation.Sent(Pending().size());
+    EXPECT_TRUE(Pending().empty());
+}
+
+TEST_F(ModbusConversationTest, KeepsRequestsWaitingUntilTheirAnswersHaveRoom)
+{
+    std::size_t const asked = ModbusConversation::INPUT_BYTES / READ_MOST.size();
+    Hear(Repeated(READ_MOST, asked));
+    EXPECT_LE(Pending().size(), ModbusConversation::OUTPUT_BYTES);
+    EXPECT_LT(conversation.AnsweredCount(), asked);
+
+    std::size_t sent = 0;
+    while (!Pending().empty())
+    {
+        std::size_t const step = std::min<std::size_t>(Pending().size(), 1000); // a client that takes little at a time
+        conversation.Sent(step);
+        sent += step;
+    }
+
+    EXPECT_EQ(sent, asked * READ_MOST_ANSWER_BYTES);
+    EXPECT_EQ(conversation.AnsweredCount(), asked);
+}
+
+TEST_F(ModbusConversationTest, HasNoRoomForMoreThanItsBuffersWhileNobodyTakesTheAnswers)
+{
+    std::size_t heard = 0;
+    for (std::size_t taken = 1; taken > 0; heard += taken)
+    {
+        taken = Hear(Repeated(READ_MOST, 50));
+    }
+
+    EXPECT_LE(heard, ModbusConversation::INPUT_BYTES + READ_MOST.size() * ModbusConversation::OUTPUT_BYTES / 259);
+    EXPECT_TRUE(conversation.Room().empty());
+}
+
+TEST_F(ModbusConversationTest, CountsRequestsExceptionsAndBytes)
+{
+    Hear(READ_ONE);
+    Hear({0, 2, 0, 0, 0, 2, 1, 99});
+    conversation.Sent(Pending().size());
+
+    EXPECT_EQ(counters.requests, 2u);
+    EXPECT_EQ(counters.exceptions, 1u);
+    EXPECT_EQ(counters.bytesIn, 20u);
+    EXPECT_EQ(counters.bytesOut, 20u);
+}
+
+} // namespace ModbusTcp
