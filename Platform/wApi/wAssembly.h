@@ -38,6 +38,10 @@ ZUAPI_API wStatus xwAssembly_VRelease(wAssembly* assembly);
 
 ZUAPI_API char const* xwAssembly_Name(wAssembly const* assembly);
 ZUAPI_API wVersion const& xwAssembly_Version(wAssembly const* assembly);
+
+/// The version of the platform that the library was built against.
+ZUAPI_API wVersion const& xwAssembly_PlatformVersion(wAssembly const* assembly);
+
 ZUAPI_API uint64 xwAssembly_DependencyCount(wAssembly const* assembly);
 
 /// Held while a library is brought up, so that two first calls of its constructor function make one assembly. All libraries

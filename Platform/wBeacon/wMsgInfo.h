@@ -13,6 +13,8 @@ extern ZUAPI_API wClass const wMsgInfo_Class;
 /// through. -997 when `info` is null.
 ZUAPI_API wStatus wMsgInfo_Construct(wMsgInfo** info, uint64 first, uint64 second, void* msg, void* allocator);
 
+// Of a null info the message is null and the numbers are 0.
+
 /// The message, borrowed; null when there is none.
 ZUAPI_API void* wMsgInfo_Msg(wMsgInfo const* info);
 

@@ -1,0 +1,167 @@
+#include "ZuApi/AsyncTimer.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "wApi/wCondition.h"
+#include "wApi/wTime.h"
+
+#include <utility>
+
+namespace Zu
+{
+
+namespace
+{
+
+/// The state of the timer whose thread this is.
+thread_local void const* thisTimer = nullptr;
+
+} // namespace
+
+struct AsyncTimer::State
+{
+    void Start(uint64 newIntervalUsec, bool atOnce);
+    void Stop();
+    void End();
+    void Work();
+    void Tick(std::unique_lock<std::mutex>& guard);
+    void PlanNext();
+
+    std::function<void(AsyncTimer&)> callback; // never changes
+    AsyncTimer* timer = nullptr;               // handed to the callback, not touched otherwise
+
+    std::mutex lock; // guards what follows; the callback does not run under it
+    wCondition changed;
+    bool running = false;
+    bool ending = false;
+    uint64 intervalUsec = 0;
+    uint64 nextUsec = 0; // moment of the next tick
+    uint64 revision = 0; // counts starts and stops: a plan that an older one made is void
+    uint64 callsBegun = 0;
+    uint64 callsEnded = 0;
+};
+
+void AsyncTimer::State::Start(uint64 newIntervalUsec, bool atOnce)
+{
+    std::scoped_lock const guard(lock);
+    running = !ending;
+    intervalUsec = newIntervalUsec;
+    nextUsec = wTime_AfterUsec(atOnce ? 0 : intervalUsec);
+    ++revision;
+    changed.NotifyAll();
+}
+
+void AsyncTimer::State::Stop()
+{
+    std::unique_lock guard(lock);
+    running = false;
+    ++revision;
+    changed.NotifyAll();
+    if (thisTimer != this)
+    {
+        changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this, awaited = callsBegun] { return callsEnded >= awaited; });
+    }
+}
+
+void AsyncTimer::State::End()
+{
+    std::scoped_lock const guard(lock);
+    running = false;
+    ending = true;
+    ++revision;
+    changed.NotifyAll();
+}
+
+void AsyncTimer::State::Work()
+{
+    thisTimer = this;
+    std::unique_lock guard(lock);
+    while (!ending)
+    {
+        uint64 const seen = revision;
+        uint64 const deadline = running ? nextUsec : wTIMEOUT_INFINITE;
+        if (!changed.WaitUntil(guard, deadline, [this, seen] { return revision != seen; }))
+        {
+            Tick(guard);
+        }
+    }
+}
+
+void AsyncTimer::State::Tick(std::unique_lock<std::mutex>& guard)
+{
+    uint64 const seen = revision;
+    ++callsBegun;
+    guard.unlock();
+    ZU_GUARD_BOUNDARY([this] { callback(*timer); });
+    guard.lock();
+    ++callsEnded;
+    changed.NotifyAll();
+    if (revision == seen)
+    {
+        PlanNext();
+    }
+}
+
+void AsyncTimer::State::PlanNext()
+{
+    // In step with the first tick, so that nothing adds up; ticks that have gone by meanwhile are left out.
+    uint64 const now = wTime_NowUsec();
+    uint64 const passed = now > nextUsec ? (now - nextUsec) / intervalUsec : 0;
+    uint64 const last = nextUsec + passed * intervalUsec;
+    nextUsec = intervalUsec < wTIMEOUT_INFINITE - last ? last + intervalUsec : wTIMEOUT_INFINITE;
+}
+
+AsyncTimer::AsyncTimer(std::function<void(AsyncTimer&)> callback) : state(std::make_shared<State>())
+{
+    if (!callback)
+    {
+        ZU_THROW(Status::BAD_ARGUMENT);
+    }
+    state->callback = std::move(callback);
+    state->timer = this;
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "AsyncTimer"));
+}
+
+AsyncTimer::~AsyncTimer()
+{
+    state
+        ->End(); // the thread is the first member to go: it joins, or goes its own way when the callback is calling here
+}
+
+void AsyncTimer::Start(uint64 intervalUsec, bool atOnce)
+{
+    if (intervalUsec == 0)
+    {
+        ZU_THROW(Status::BAD_ARGUMENT);
+    }
+    StartThread();
+    state->Start(intervalUsec, atOnce);
+}
+
+void AsyncTimer::Stop()
+{
+    state->Stop();
+}
+
+int AsyncTimer::ThreadFunction(void* argument)
+{
+    std::unique_ptr<std::shared_ptr<State>> const shared(static_cast<std::shared_ptr<State>*>(argument));
+    (*shared)->Work();
+    return 1;
+}
+
+void AsyncTimer::StartThread()
+{
+    std::scoped_lock const guard(threadLock);
+    if (threadStarted)
+    {
+        return;
+    }
+    auto shared = std::make_unique<std::shared_ptr<State>>(state);
+    ZU_CHECK(wThread_Start(thread, &ThreadFunction, shared.get()));
+    static_cast<void>(shared.release()); // the thread's by now
+    threadStarted = true;
+}
+
+} // namespace Zu

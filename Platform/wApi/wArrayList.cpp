@@ -1,0 +1,106 @@
+#include "wApi/wArrayList.h"
+
+#include "wApi/wObject.h"
+#include "wApi/wStatus.h"
+
+#include <exception>
+#include <utility>
+
+wArrayList::~wArrayList()
+{
+    ReleaseAll();
+}
+
+wArrayList::wArrayList(wArrayList&& other) noexcept
+    : itemClass(std::exchange(other.itemClass, nullptr)),
+      constructed(std::exchange(other.constructed, false)),
+      items(std::exchange(other.items, {}))
+{
+}
+
+wArrayList& wArrayList::operator=(wArrayList&& other) noexcept
+{
+    wArrayList moved(std::move(other)); // by now the other is empty, also when it is this one
+    std::swap(itemClass, moved.itemClass);
+    std::swap(constructed, moved.constructed);
+    items.swap(moved.items);
+    return *this;
+}
+
+void wArrayList::ReleaseAll() noexcept
+{
+    for (void* const item : items)
+    {
+        wObject_Release(item);
+    }
+    items.clear();
+}
+
+wStatus wArrayList_Construct(wArrayList* list, wClass const* itemClass, uint64 capacity, void* /*allocator*/)
+{
+    if (list == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (list->constructed)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    try
+    {
+        list->items.reserve(capacity);
+    }
+    catch (std::exception const&) // longer than any list can be, or than memory is left
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    list->itemClass = itemClass;
+    list->constructed = true;
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wArrayList_Add(wArrayList& list, void* item)
+{
+    if (!list.constructed)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    if (item == nullptr || (list.itemClass != nullptr && !wObject_Is(item, *list.itemClass)))
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    try
+    {
+        list.items.push_back(item);
+    }
+    catch (std::exception const&)
+    {
+        return Zu::Status::FAILURE;
+    }
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wArrayList_Purge(wArrayList& list)
+{
+    if (!list.constructed)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    list.ReleaseAll();
+    return Zu::Status::SUCCESS;
+}
+
+uint64 wArrayList_Count(wArrayList const& list)
+{
+    return list.items.size();
+}
+
+void* wArrayList_At(wArrayList const& list, uint64 index)
+{
+    return index < list.items.size() ? list.items[index] : nullptr;
+}
+
+uint64 wArrayList_Capacity(wArrayList const& list)
+{
+    return list.items.capacity();
+}

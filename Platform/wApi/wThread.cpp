@@ -1,0 +1,195 @@
+#include "wApi/wThread.h"
+
+#include "wApi/wCondition.h"
+#include "wApi/wStatus.h"
+#include "wApi/wTime.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <new>
+#include <pthread.h>
+
+struct wThread::Run
+{
+    static void*
+    Entry(void* argument) noexcept; // noexcept: what a function lets out ends the process here, not further up
+    static bool IsThisThread(wThread const& thread) noexcept;
+
+    std::string name;
+    wThread const* owner = nullptr; // an address to compare, no more
+    Function function = nullptr;
+    void* argument = nullptr;
+    pthread_t handle{};
+
+    std::mutex lock; // guards what follows
+    wCondition ended;
+    bool hasEnded = false;
+    int exitCode = 0;
+};
+
+namespace
+{
+
+/// The object whose thread this is. The handle would not do: the thread runs before its owner has stored it.
+thread_local wThread const* thisThread = nullptr;
+
+} // namespace
+
+void* wThread::Run::Entry(void* argument) noexcept
+{
+    std::unique_ptr<std::shared_ptr<Run>> const held(static_cast<std::shared_ptr<Run>*>(argument));
+    Run& run = **held;
+    thisThread = run.owner;
+    if (!run.name.empty())
+    {
+        pthread_setname_np(pthread_self(), run.name.c_str());
+    }
+    int const exitCode = run.function(run.argument);
+    std::scoped_lock const guard(run.lock);
+    run.exitCode = exitCode;
+    run.hasEnded = true;
+    run.ended.NotifyAll();
+    return nullptr;
+}
+
+bool wThread::Run::IsThisThread(wThread const& thread) noexcept
+{
+    return thisThread == &thread;
+}
+
+wThread::wThread() noexcept = default;
+
+wThread::~wThread()
+{
+    if (run != nullptr && Run::IsThisThread(*this))
+    {
+        thisThread = nullptr; // the address may soon be another's
+        pthread_detach(run->handle);
+        return;
+    }
+    wThread_Destroy(this);
+}
+
+wStatus wThread_Construct(wThread* thread)
+{
+    if (thread == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (thread->constructed)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    thread->constructed = true;
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wThread_SetName(wThread& thread, char const* name)
+{
+    if (name == nullptr || std::strlen(name) > wThread::LONGEST_NAME)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (!thread.constructed)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    thread.name = name;
+    if (thread.run != nullptr)
+    {
+        pthread_setname_np(thread.run->handle, name); // a thread that has just ended has no name any more
+    }
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wThread_Start(wThread& thread, int (*function)(void*), void* argument)
+{
+    if (function == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (wThread::Run::IsThisThread(thread) || !thread.constructed || thread.run != nullptr)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    try
+    {
+        auto run = std::make_shared<wThread::Run>();
+        run->name = thread.name;
+        run->owner = &thread;
+        run->function = function;
+        run->argument = argument;
+        auto handedOver = std::make_unique<std::shared_ptr<wThread::Run>>(run);
+        if (pthread_create(&run->handle, nullptr, &wThread::Run::Entry, handedOver.get()) != 0)
+        {
+            return Zu::Status::FAILURE;
+        }
+        static_cast<void>(handedOver.release()); // the thread's by now
+        thread.run = std::move(run);
+        return Zu::Status::SUCCESS;
+    }
+    catch (std::bad_alloc const&)
+    {
+        return Zu::Status::FAILURE;
+    }
+}
+
+wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode)
+{
+    if (wThread::Run::IsThisThread(thread) || thread.run == nullptr)
+    {
+        return Zu::Status::WRONG_STATE;
+    }
+    wThread::Run& run = *thread.run;
+    {
+        std::unique_lock guard(run.lock);
+        if (!run.ended.WaitUntil(guard, wTime_AfterUsec(timeoutUsec), [&run] { return run.hasEnded; }))
+        {
+            return Zu::Status::TIME_OUT;
+        }
+    }
+    if (pthread_join(run.handle, nullptr) != 0) // it has nothing left to do but to end
+    {
+        return Zu::Status::FAILURE;
+    }
+    if (exitCode != nullptr)
+    {
+        *exitCode = run.exitCode;
+    }
+    thread.run = nullptr;
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wThread_Destroy(wThread* thread)
+{
+    if (thread == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (thread->run != nullptr)
+    {
+        if (wStatus const status = wThread_Join(*thread, wTIMEOUT_INFINITE, nullptr); status != Zu::Status::SUCCESS)
+        {
+            return status;
+        }
+    }
+    thread->name.clear();
+    thread->constructed = false;
+    return Zu::Status::SUCCESS;
+}
+
+wStatus wThread_Sleep(uint64 usec)
+{
+    uint64 const end = wTime_AfterUsec(usec);
+    timespec moment{};
+    moment.tv_sec = static_cast<time_t>(end / 1'000'000);
+    moment.tv_nsec = static_cast<long>(end % 1'000'000) * 1000;
+    int result = EINTR;
+    while (result == EINTR)
+    {
+        result = clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &moment, nullptr);
+    }
+    return result == 0 ? Zu::Status::SUCCESS : Zu::Status::FAILURE;
+}

@@ -1,0 +1,16 @@
+#include "wBeacon/wBcLib.h"
+
+#include "wApi/wApiLib.h"
+
+namespace
+{
+
+wAssembly* theAssembly = nullptr; // under the lock of all assemblies
+
+} // namespace
+
+wStatus wBcLib_Construct(wAssembly** assembly)
+{
+    constexpr wAssemblyConstructor DEPENDENCIES[] = {&wApiLib_Construct};
+    return xwAssembly_BringUp(assembly, &theAssembly, "wBcLib", DEPENDENCIES);
+}

@@ -1,0 +1,50 @@
+#include "wBeacon/wMsgInfo.h"
+
+#include "wApi/wHandle.h"
+#include "wApi/wStatus.h"
+
+#include <new>
+
+struct wMsgInfo : wObject
+{
+    wMsgInfo(uint64 firstNumber, uint64 secondNumber, void* carried) noexcept
+        : wObject(wMsgInfo_Class), first(firstNumber), second(secondNumber), msg(wHandle_Share(carried))
+    {
+    }
+
+    uint64 const first;
+    uint64 const second;
+    wHandle<void> const msg;
+};
+
+wClass const wMsgInfo_Class{"wMsgInfo", nullptr, [](wObject* object) { delete static_cast<wMsgInfo*>(object); }};
+
+wStatus wMsgInfo_Construct(wMsgInfo** info, uint64 first, uint64 second, void* msg, void* /*allocator*/)
+{
+    if (info == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    auto* const made = new (std::nothrow) wMsgInfo(first, second, msg);
+    if (made == nullptr)
+    {
+        return Zu::Status::FAILURE;
+    }
+    *info = made;
+    return Zu::Status::SUCCESS;
+}
+
+void* wMsgInfo_Msg(wMsgInfo const* info)
+{
+    return info != nullptr ? info->msg.get() : nullptr;
+}
+
+uint64 wMsgInfo_First(wMsgInfo const* info)
+{
+    return info != nullptr ? info->first : 0;
+}
+
+uint64 wMsgInfo_Second(wMsgInfo const* info)
+{
+    return info != nullptr ? info->second : 0;
+}

@@ -1,0 +1,23 @@
+#include "ZuApi/Threads/Locker.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+
+namespace Zu
+{
+
+// The analysis does not see that a status other than 1 means an untaken lock; this guard is what makes it so for others.
+Locker::Locker(wLock& heldLock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS : lock(heldLock)
+{
+    ZU_CHECK(timeoutUsec == wTIMEOUT_INFINITE ? wLock_Enter(lock) : wLock_EnterEx(lock, timeoutUsec));
+}
+
+Locker::~Locker() ZU_NO_THREAD_SAFETY_ANALYSIS
+{
+    if (wStatus const status = wLock_Exit(lock); status != Status::SUCCESS)
+    {
+        ZU_GUARD_DESTRUCTOR([status] { ZU_THROW(status); });
+    }
+}
+
+} // namespace Zu
