@@ -9,7 +9,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # From the ground up. A folder includes what stands on its own floor or below, and nothing goes round in a circle.
 FLOORS = [
     ["Platform/wApi", "Platform/wBeacon", "Platform/ZuApi"],
-    ["ZuApi/Params", "ZuApi/Threads"],
+    ["ZuApi/Properties", "ZuApi/Params", "ZuApi/Threads"],
     ["Platform/ZuCommon", "Platform/ZuPlugin", "Platform/ZuRest", "Platform/ZuVision", "Platform/ZuPipe", "Platform/ZuCore",
      "Platform/ZuScan"],
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
