@@ -37,6 +37,7 @@ public:
 private:
     bool OperationBegin();
     int OperationFinish();
+    void FinishFetch();
     void GetLatestSystemStats();
     void GetLatestScannerInfo(std::string const& scannerId);
     void FetchSystemStats();

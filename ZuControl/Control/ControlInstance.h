@@ -95,9 +95,10 @@ private:
     void StartProtocol();
     void StopProtocol();
     void UpdateScanResult();
-    void TellWantedDataSources();
-    void ReportProblem(char const* format, char const* text);
     ControlProtocol::IProtocol* GetProtocol() const;
+    void RegisterProblem(char const* format, char const* text);
+    void RemoveProtocolHandlers();
+    void EndResultDelivery();
 
     void ProtocolParamsInternalUpdateHandler(bool notify);
     void ProtocolStatusUpdateHandler(ProtocolStatus newStatus);

@@ -55,13 +55,12 @@ public:
 private:
     void CreateAll();
     void Create(ControlInfo const& info);
-    void CreateSupported(ControlInfo const& info);
     bool IsSupported(ControlInfo const& info) const;
     void HookUp();
     void Unhook(char const* label) noexcept;
     void WatchInstances();
 
-    bool ForEachInstance(std::function<void(IControlInstance&)> const& step);
+    bool ForEachInstance(char const* label, std::function<void(IControlInstance&)> const& step);
     void OnPersistenceLoad(PersistenceLoadOpState state);
     void SetJobFileModified();
     void LiveStartStopScanEventHandler(bool started);

@@ -6,6 +6,7 @@
 #include "wApi/wTypes.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace ZuControl
@@ -27,7 +28,7 @@ public:
 
     // First of the slots that others call through: never move one.
     ~ControlPlugin() override;
-    char const* Type() const override;
+    std::string Type() const override;
     void const* GetObject() const override;
 
     ControlPlugin(ControlPlugin const&) = delete;

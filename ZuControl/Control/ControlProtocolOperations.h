@@ -105,9 +105,8 @@ private:
     };
 
     void RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams params);
-    void RunTask(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams const& params);
-    int32 RunAction(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams const& params,
-                    bool& asynchronous);
+    bool RunAction(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams const& params);
+    static bool IsAsynchronous(ActionId action);
     void BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId);
 
     bool OperationBegin();
@@ -122,7 +121,6 @@ private:
                                     ZuScan::AlignCompletionStatus status);
     void CleanUpAlignmentCompletedEvent(std::string const& scannerId);
     static int DispatcherThreadFx(void* object);
-    void DispatchOne();
 
     IControlSystemInterface& systemInterface;
     IControlScanEngineInterface& scanEngineInterface;
@@ -141,7 +139,9 @@ private:
     Zu::MsgQueue<EndOfOpResult> queue;
     wThread thread;
 
-    // The handler of the alignment in flight; written by the worker and by the dispatcher, never at once.
+    // The handler of the alignment in flight, of the worker and of the dispatcher in turn. The lock is a leaf: it matters
+    // only when a scanner reports one alignment twice.
+    std::mutex alignmentLock;
     std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> alignCallbackId;
     Zu::CallbackGate alignmentGate; // handlers stay on a scanner's event for longer than this object lives
 };

@@ -4,6 +4,7 @@
 #include "ZuApi/Event.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Export.h"
+#include "ZuCore/ResultSet.h"
 #include "wApi/wLock.h"
 #include "wApi/wThreadSafety.h"
 
@@ -47,10 +48,10 @@ public:
 private:
     using Dispatchers = std::map<ZuEthernetProtocol, std::shared_ptr<IControlScanResultsDispatcher>>;
 
-    std::shared_ptr<ScanOutputMap const> FindMap(ZuEthernetProtocol protocol);
-    IControlScanResultsDispatcher& FindDispatcher(ZuEthernetProtocol protocol) ZU_REQUIRES(lock);
-    void ProcessForProtocol(IControlScanResultsDispatcher& dispatcher, ScanOutputMap const& wanted, void* resultSet);
-    void Dispatch(IControlScanResultsDispatcher& dispatcher, void* resultSet);
+    std::shared_ptr<ScanOutputMap const>& FindMap(ZuEthernetProtocol protocol);
+    std::shared_ptr<ScanOutputMap const> CurrentMap(ZuEthernetProtocol protocol);
+    static void CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into);
+    static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet);
 
     void* const allocator;
     ZuCore::ResultHub* const resultHub;

@@ -65,7 +65,6 @@ private:
     }
 
     void AddToMap(std::string const& dataSourceId);
-    void RemoveFromMap(std::string const& dataSourceId);
     void BuildTable();
 
     std::map<uint64, std::string> texts;

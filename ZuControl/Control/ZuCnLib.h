@@ -10,9 +10,9 @@ extern "C"
     ZUCONTROL_API char const* wPlugin_AssemblyVersion();
 
     /// The loader's way to the assembly: ZuCnLib_Construct under the name that it looks for.
-    ZUCONTROL_API wStatus wPlugin_ConstructAssembly(wAssembly* assembly);
+    ZUCONTROL_API wStatus wPlugin_ConstructAssembly(wAssembly** assembly);
 
     /// Builds the library's assembly with everything that it depends on, and on a later call gives the same one with one more
     /// reference. A failing step releases what was built and its status is given.
-    ZUCONTROL_API wStatus ZuCnLib_Construct(wAssembly* assembly);
+    ZUCONTROL_API wStatus ZuCnLib_Construct(wAssembly** assembly);
 }

@@ -1,0 +1,474 @@
+#include "ZuControl/Control/ControlInstance.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Control/ControlInstanceParams.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Control/IUpdateGate.h"
+#include "ZuControl/ControlProtocol/IProtocol.h"
+#include "ZuControl/ControlProtocol/IProtocolOutput.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolBase.h"
+
+#include <utility>
+
+namespace ZuControl
+{
+
+namespace
+{
+
+constexpr int32 START_STOP_SEVERITY = 1;
+constexpr char const* PROBLEM_SOURCE = "Protocol";
+
+} // namespace
+
+ControlInstance::ControlInstance(ControlInstanceParams& params)
+    : info(params.info),
+      protocol(params.protocol),
+      updateGate(params.updateGate),
+      scanResults(params.scanResults),
+      problems(params.problems),
+      problemsTracker(params.problems)
+{
+    metrics.BindProtocol(protocol.get());
+    try
+    {
+        paramsHandlerId = protocol->AddParamsInternalUpdateEventHandler(
+            [this](bool notify) { ProtocolParamsInternalUpdateHandler(notify); });
+        statusHandlerId = protocol->AddProtocolStatusUpdateEventHandler(
+            [this](ProtocolStatus newStatus) { ProtocolStatusUpdateHandler(newStatus); });
+        outputsHandlerId = protocol->AddOutputsInternalUpdateEventHandler(
+            [this](bool notify) { ProtocolOutputsInternalUpdateHandler(notify); });
+    }
+    catch (...)
+    {
+        RemoveProtocolHandlers(); // the protocol may live on: whoever made it can hold it too
+        throw;
+    }
+}
+
+ControlInstance::~ControlInstance()
+{
+    if (ZU_GUARD_DESTRUCTOR([this] { RemoveProtocolHandlers(); }))
+    {
+        metrics.ClearProtocol();
+    }
+    ZU_GUARD_DESTRUCTOR([this] { EndResultDelivery(); });
+}
+
+ControlInfo const& ControlInstance::Info() const
+{
+    return *info;
+}
+
+char const* ControlInstance::TypeName() const
+{
+    return info->TypeName();
+}
+
+ZuEthernetProtocol ControlInstance::EthernetProtocolId() const
+{
+    return protocol->EthernetProtocolId();
+}
+
+void ControlInstance::Enable(bool value)
+{
+    if (value == enabled.load(std::memory_order_relaxed))
+    {
+        return;
+    }
+    if (value)
+    {
+        StartProtocol();
+        protocol->RegisterControlScanResultsHandler(*scanResults);
+    }
+    else
+    {
+        if (problemsTracker.Count() == 0) // with a problem on record the handler stays registered
+        {
+            protocol->DeregisterControlScanResultsHandler(*scanResults);
+        }
+        StopProtocol();
+    }
+    enabled.store(value, std::memory_order_relaxed);
+}
+
+bool ControlInstance::IsEnabled() const
+{
+    return enabled.load(std::memory_order_relaxed);
+}
+
+Zu::Event<std::string, bool>::CallbackId
+ControlInstance::AddParamsUpdatedEventHandler(std::function<void(std::string, bool)> handler)
+{
+    return paramsUpdatedEvent.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveParamsUpdatedEventHandler(Zu::Event<std::string, bool>::CallbackId id)
+{
+    paramsUpdatedEvent.Remove(id);
+}
+
+Zu::Event<std::string, bool>::CallbackId
+ControlInstance::AddOutputsUpdatedEventHandler(std::function<void(std::string, bool)> handler)
+{
+    return outputsUpdatedEvent.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveOutputsUpdatedEventHandler(Zu::Event<std::string, bool>::CallbackId id)
+{
+    outputsUpdatedEvent.Remove(id);
+}
+
+Zu::Event<std::string, std::string>::CallbackId
+ControlInstance::AddRegisterAssemblyUpdatedEventHandler(std::function<void(std::string, std::string)> handler)
+{
+    return registerAssemblyUpdatedEvent.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveRegisterAssemblyUpdatedEventHandler(Zu::Event<std::string, std::string>::CallbackId id)
+{
+    registerAssemblyUpdatedEvent.Remove(id);
+}
+
+Zu::Params::Group& ControlInstance::BeginUpdateParameters()
+{
+    updateGate->BeginUpdate(true);
+    return protocol->Params();
+}
+
+void ControlInstance::EndUpdateParameters()
+{
+    paramsUpdatedEvent.Fire(TypeName(), true);
+    updateGate->EndUpdate(); // a handler that throws leaves the gate open, here and below: the host closes it
+}
+
+void ControlInstance::BeginUpdateOutputsMap()
+{
+    updateGate->BeginUpdate(true);
+}
+
+void ControlInstance::EndUpdateOutputsMap()
+{
+    outputsUpdatedEvent.Fire(TypeName(), true);
+    updateGate->EndUpdate();
+}
+
+void ControlInstance::BeginUpdateRegisterAssembly()
+{
+    updateGate->BeginUpdate(true);
+}
+
+void ControlInstance::EndUpdateRegisterAssembly(std::string const& id)
+{
+    registerAssemblyUpdatedEvent.Fire(TypeName(), id);
+    updateGate->EndUpdate();
+}
+
+ZuCommon::IMetricsKeeper& ControlInstance::MetricsKeeper()
+{
+    return metrics;
+}
+
+ZuCommon::IMetricsSource& ControlInstance::MetricsSource()
+{
+    return metrics;
+}
+
+Zu::Params::Group const& ControlInstance::Params() const
+{
+    return protocol->Params();
+}
+
+char const* ControlInstance::ParamsVersion() const
+{
+    return protocol->ParamsVersion();
+}
+
+void ControlInstance::ParamsUpdate()
+{
+    protocol->ParamsUpdate();
+}
+
+bool ControlInstance::HasProtocolOutput() const
+{
+    return protocol->HasProtocolOutput();
+}
+
+void ControlInstance::OutputsMapBeginLock()
+{
+    if (HasProtocolOutput())
+    {
+        protocol->Outputs().BeginLock();
+    }
+}
+
+void ControlInstance::OutputsMapEndLock()
+{
+    if (HasProtocolOutput())
+    {
+        protocol->Outputs().EndLock();
+    }
+}
+
+Zu::Params::Group const& ControlInstance::OutputsMap() const
+{
+    if (!HasProtocolOutput())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    return protocol->Outputs().OutputMap();
+}
+
+bool ControlInstance::HasOutputsActionTarget() const
+{
+    return protocol->HasOutputsActionTarget();
+}
+
+IControlActionTarget& ControlInstance::OutputsActionTarget() const
+{
+    return protocol->OutputsActionTarget();
+}
+
+void ControlInstance::OutputsUpdate()
+{
+    protocol->OutputsUpdate();
+    UpdateScanResult();
+}
+
+bool ControlInstance::HasRegisterAssemblyActionTarget() const
+{
+    return protocol->HasRegisterAssemblyActionTarget();
+}
+
+IControlActionTarget& ControlInstance::RegisterAssemblyActionTarget(char const* id) const
+{
+    if (!HasRegisterAssemblyActionTarget())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    return protocol->RegisterAssemblyActionTarget(id);
+}
+
+bool ControlInstance::HasRegisterAssemblyGroup() const
+{
+    return protocol->HasRegisterAssemblyGroup();
+}
+
+bool ControlInstance::HasRegisterAssembly(char const* id) const
+{
+    return protocol->HasRegisterAssembly(id);
+}
+
+ControlProtocol::IProtocolRegisterAssembly& ControlInstance::RegisterAssembly(char const* id) const
+{
+    if (!HasRegisterAssemblyGroup())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    return protocol->RegisterAssembly(id);
+}
+
+std::vector<std::string> ControlInstance::RegisterAssemblyList() const
+{
+    if (!HasRegisterAssemblyGroup())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    return protocol->RegisterAssemblyList();
+}
+
+void ControlInstance::RegisterAssemblyBeginLock(char const* id)
+{
+    if (HasRegisterAssemblyGroup())
+    {
+        protocol->RegisterAssembly(id).BeginLock();
+    }
+}
+
+void ControlInstance::RegisterAssemblyEndLock(char const* id)
+{
+    if (HasRegisterAssemblyGroup())
+    {
+        protocol->RegisterAssembly(id).EndLock();
+    }
+}
+
+void ControlInstance::RegisterAssemblyUpdate(char const* id)
+{
+    if (HasRegisterAssemblyGroup())
+    {
+        protocol->RegisterAssemblyUpdate(id);
+        scanResults->UpdateOutputMap(protocol->EthernetProtocolId(), protocol->DataSourceList());
+    }
+}
+
+void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data)
+{
+    bool const all = data == DataToResetAll;
+    if (!keepEnabled)
+    {
+        Enable(defaultEnabled);
+    }
+    if (all || data == DataToResetParams)
+    {
+        protocol->ResetParams();
+    }
+    if ((all || data == DataToResetOutputs) && HasProtocolOutput())
+    {
+        protocol->Outputs().Clear();
+        OutputsUpdate();
+    }
+    if ((all || data == DataToResetRegisterAssemblies) && HasRegisterAssemblyGroup())
+    {
+        protocol->ConfigureDefaultRegisterAssembly(); // the fan-out keeps the sources that it had
+    }
+}
+
+IControlActionTarget* ControlInstance::ActionTarget()
+{
+    return protocol->ActionTarget();
+}
+
+void ControlInstance::OnStartScan()
+{
+    protocol->OnStartScan();
+}
+
+void ControlInstance::OnStopScan()
+{
+    protocol->OnStopScan();
+}
+
+void ControlInstance::OnFactoryRestore()
+{
+    protocol->OnFactoryRestore();
+}
+
+ProtocolStatus ControlInstance::GetProtocolStatus()
+{
+    return status.load(std::memory_order_relaxed);
+}
+
+void ControlInstance::InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
+{
+    protocol->InitPersistDomain(domain, document);
+}
+
+void ControlInstance::LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document)
+{
+    protocol->LoadPersistDomain(domain, document);
+}
+
+void ControlInstance::SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
+{
+    protocol->SavePersistDomain(domain, document);
+}
+
+void ControlInstance::StartProtocol()
+{
+    status.store(ProtocolStatus::Starting, std::memory_order_relaxed);
+    try
+    {
+        problemsTracker.Begin();
+        protocol->Start();
+        problemsTracker.End();
+    }
+    catch (Zu::Exception const& exception)
+    {
+        status.store(ProtocolStatus::FailedToStart, std::memory_order_relaxed);
+        RegisterProblem("%1$s", exception.what());
+        problemsTracker.End();
+        ZU_THROW_NESTED("%s", exception.what());
+    }
+}
+
+void ControlInstance::StopProtocol()
+{
+    status.store(ProtocolStatus::Stopping, std::memory_order_relaxed);
+    try
+    {
+        problemsTracker.Begin();
+        protocol->Stop();
+        problemsTracker.End();
+    }
+    catch (Zu::Exception const& exception)
+    {
+        status.store(ProtocolStatus::FailedToStop, std::memory_order_relaxed);
+        RegisterProblem("%1$s", exception.what());
+        problemsTracker.End();
+        ZU_THROW_NESTED("%s", exception.what());
+    }
+}
+
+void ControlInstance::UpdateScanResult()
+{
+    if (!HasProtocolOutput())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    scanResults->UpdateOutputMap(protocol->EthernetProtocolId(), protocol->DataSourceList());
+}
+
+ControlProtocol::IProtocol* ControlInstance::GetProtocol() const
+{
+    return protocol.get();
+}
+
+void ControlInstance::RegisterProblem(char const* format, char const* text)
+{
+    problemsTracker.Register(problems->Add(START_STOP_SEVERITY, PROBLEM_SOURCE, format, text));
+}
+
+void ControlInstance::RemoveProtocolHandlers()
+{
+    protocol->RemoveProtocolStatusUpdateEventHandler(statusHandlerId);
+    protocol->RemoveParamsInternalUpdateEventHandler(paramsHandlerId);
+    protocol->RemoveOutputsInternalUpdateEventHandler(outputsHandlerId);
+}
+
+void ControlInstance::EndResultDelivery()
+{
+    // The fan-out outlives the protocol and may still hold its handler: with a problem on record it was left there, and
+    // not every protocol stops before it goes. The protocol's own destructor would be too late for a derived class.
+    if (auto* const base = dynamic_cast<ControlProtocol::ProtocolBase*>(GetProtocol()))
+    {
+        base->CloseResultHandlerGate();
+    }
+}
+
+void ControlInstance::ProtocolParamsInternalUpdateHandler(bool notify)
+{
+    paramsUpdatedEvent.Fire(TypeName(), notify);
+}
+
+void ControlInstance::ProtocolStatusUpdateHandler(ProtocolStatus newStatus)
+{
+    status.store(newStatus, std::memory_order_relaxed);
+    if (newStatus != ProtocolStatus::FailedToStart && newStatus != ProtocolStatus::FailedToStop)
+    {
+        return;
+    }
+    bool const toStart = newStatus == ProtocolStatus::FailedToStart;
+    if (!toStart && protocol->EthernetProtocolId() == UNSTOPPABLE_PROTOCOL)
+    {
+        ZU_LOG_USER_WARNING("%1$s protocol cannot be stopped once started. It will continue to run until the device is "
+                            "restarted",
+                            protocol->DisplayName());
+        return; // not a problem: this protocol is made so
+    }
+    problemsTracker.Begin();
+    RegisterProblem(toStart ? "%1$s service failed to start." : "%1$s service failed to stop.",
+                    protocol->DisplayName());
+    problemsTracker.End();
+}
+
+void ControlInstance::ProtocolOutputsInternalUpdateHandler(bool notify)
+{
+    outputsUpdatedEvent.Fire(TypeName(), notify);
+}
+
+} // namespace ZuControl

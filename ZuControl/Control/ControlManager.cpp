@@ -1,0 +1,364 @@
+#include "ZuControl/Control/ControlManager.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuCommon/IPersistStore.h"
+#include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Control/ControlInstance.h"
+#include "ZuControl/Control/ControlInstanceParams.h"
+#include "ZuControl/Control/ControlRegistry.h"
+#include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Control/IDeploymentQuery.h"
+#include "ZuControl/Control/IPersistRegistry.h"
+#include "ZuControl/ControlProtocol/IProtocol.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace ZuControl
+{
+
+namespace
+{
+
+using ZuCommon::PersistDomain;
+
+std::string ConfigurationPath(IControlInstance const& instance)
+{
+    return std::string("/controls/") + instance.TypeName() + "/config.json";
+}
+
+bool HasContent(nlohmann::json const& document)
+{
+    return !document.is_null() && !(document.is_structured() && document.empty());
+}
+
+[[noreturn]] void RefuseStorage()
+{
+    ZU_THROW(Zu::Status::NOT_SUPPORTED, "settings are not stored by this build");
+}
+
+void InitInstance(IControlInstance& instance, PersistDomain domain)
+{
+    if (domain == PersistDomain::JOB)
+    {
+        instance.ResetInstance(false, IControlInstance::DataToResetAll);
+    }
+    else if (domain == PersistDomain::PROTOCOL)
+    {
+        nlohmann::json document;
+        instance.InitPersistDomain(domain, document);
+        if (HasContent(document))
+        {
+            RefuseStorage();
+        }
+    }
+}
+
+void LoadInstance(IControlInstance& instance, PersistDomain domain, ZuCommon::IPersistStore const& store)
+{
+    bool const known = domain == PersistDomain::JOB || domain == PersistDomain::PROTOCOL;
+    if (known && store.Exists(ConfigurationPath(instance)))
+    {
+        RefuseStorage();
+    }
+}
+
+void SaveInstance(IControlInstance& instance, PersistDomain domain)
+{
+    nlohmann::json document;
+    if (domain == PersistDomain::PROTOCOL)
+    {
+        instance.SavePersistDomain(domain, document);
+    }
+    if (domain == PersistDomain::JOB || HasContent(document))
+    {
+        RefuseStorage();
+    }
+}
+
+} // namespace
+
+ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResults& usedScanResults,
+                               ControlModuleEnviron const& newEnviron)
+    : registry(usedRegistry),
+      environ(newEnviron),
+      scanResults(usedScanResults),
+      systemInterface(environ.core, environ.persistManager),
+      scanEngineInterface(environ.scanEngines),
+      operations(systemInterface, scanEngineInterface),
+      dataCache(systemInterface, scanEngineInterface)
+{
+    protocolEnviron.operations = &operations;
+    protocolEnviron.dataCache = &dataCache;
+    protocolEnviron.deployment = environ.deployment;
+    protocolEnviron.problems = environ.problems;
+    protocolEnviron.protocolOption = environ.protocolOption;
+    protocolEnviron.allocator = environ.allocator;
+    CreateAll();
+    try
+    {
+        HookUp();
+    }
+    catch (...)
+    {
+        Unhook(ZU_FUNCTION_LABEL); // the host must not be left with handlers of what is no more
+        throw;
+    }
+}
+
+ControlManager::~ControlManager()
+{
+    Unhook(ZU_FUNCTION_LABEL);
+}
+
+std::string ControlManager::Component()
+{
+    return "ControlManager";
+}
+
+void ControlManager::InitPersistDomain(PersistDomain domain, ZuCommon::IPersistStore& /*store*/)
+{
+    bool const isJob = domain == PersistDomain::JOB;
+    if (isJob)
+    {
+        OnPersistenceLoad(PersistenceLoadOpState::Begin);
+    }
+    ForEachInstance(ZU_FUNCTION_LABEL, [domain](IControlInstance& instance) { InitInstance(instance, domain); });
+    if (isJob)
+    {
+        OnPersistenceLoad(PersistenceLoadOpState::End);
+    }
+}
+
+void ControlManager::LoadPersistDomain(PersistDomain domain, ZuCommon::IPersistStore const& store)
+{
+    auto const load = [domain, &store](IControlInstance& instance) { LoadInstance(instance, domain, store); };
+    if (domain != PersistDomain::JOB)
+    {
+        ForEachInstance(ZU_FUNCTION_LABEL, load);
+        return;
+    }
+    // Not undone when a handler throws: until a later load has run to its end, the job's state is not known to be whole.
+    loadInProgress.store(true, std::memory_order_relaxed);
+    OnPersistenceLoad(PersistenceLoadOpState::Begin);
+    bool const succeeded = ForEachInstance(ZU_FUNCTION_LABEL, load);
+    OnPersistenceLoad(PersistenceLoadOpState::End);
+    loadInProgress.store(false, std::memory_order_relaxed);
+    if (!succeeded)
+    {
+        SetJobFileModified(); // the job no longer is what its file says
+    }
+}
+
+void ControlManager::SavePersistDomain(PersistDomain domain, ZuCommon::IPersistStore& /*store*/)
+{
+    ForEachInstance(ZU_FUNCTION_LABEL, [domain](IControlInstance& instance) { SaveInstance(instance, domain); });
+}
+
+std::vector<std::string> ControlManager::List() const
+{
+    std::vector<std::string> names;
+    names.reserve(instances.size());
+    for (auto const& entry : instances)
+    {
+        names.push_back(entry.first);
+    }
+    return names;
+}
+
+IControlInstance& ControlManager::GetInstance(std::string const& typeName)
+{
+    auto const position = instances.find(typeName);
+    if (position == instances.end())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "Control protocol type not recognized: '%s'.", typeName.c_str());
+    }
+    return *position->second;
+}
+
+IControlManager::CallbackId
+ControlManager::AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler)
+{
+    return persistenceLoadEvent.Add(std::move(handler));
+}
+
+void ControlManager::RemovePersistenceLoadEventHandler(CallbackId id)
+{
+    persistenceLoadEvent.Remove(id);
+}
+
+void ControlManager::CreateAll()
+{
+    ZU_LOG_INFO("Creating all control protocol instances.");
+    for (ControlInfo const* const info : registry.List())
+    {
+        Create(*info);
+    }
+}
+
+void ControlManager::Create(ControlInfo const& info)
+{
+    ZU_LOG_INFO("Creating control protocol instance: \"%s\".", info.TypeName());
+    try
+    {
+        if (!IsSupported(info))
+        {
+            ZU_LOG_INFO("%s: control protocol \"%s\" is not supported in this environment", ZU_FUNCTION_LABEL,
+                        info.TypeName());
+            return;
+        }
+        ControlInstanceParams params;
+        params.info = &info;
+        params.updateGate = environ.updateGate;
+        params.scanResults = &scanResults;
+        params.problems = environ.problems;
+        if (info.factory != nullptr) // a type without a factory fails like one whose factory makes nothing
+        {
+            params.protocol = info.Factory().Create(protocolEnviron);
+        }
+        if (params.protocol == nullptr)
+        {
+            ZU_THROW(Zu::Status::NOT_FOUND, "Failed to create protocol %s", info.TypeName());
+        }
+        instances.emplace(info.TypeName(), std::make_unique<ControlInstance>(params));
+    }
+    catch (std::exception const& exception)
+    {
+        ZU_LOG_CAUGHT("Failed to create control protocol: \"%s\" (%s)", info.TypeName(), exception.what());
+        throw;
+    }
+}
+
+bool ControlManager::IsSupported(ControlInfo const& info) const
+{
+    IDeploymentQuery& deployment = *environ.deployment;
+    if (deployment.IsPhysicalSensor())
+    {
+        return info.SupportedOnPhysicalSensor();
+    }
+    if (deployment.IsVirtualSensor())
+    {
+        return info.SupportedOnVirtualSensor();
+    }
+    if (deployment.IsTavrinServiceApp())
+    {
+        return info.SupportedOnTavrinServiceApp();
+    }
+    if (deployment.IsPhysicalBrackle())
+    {
+        return info.SupportedOnPhysicalBrackle();
+    }
+    return !deployment.IsVirtualBrackle() || info.SupportedOnVirtualBrackle();
+}
+
+void ControlManager::HookUp()
+{
+    if (environ.persistRegistry != nullptr)
+    {
+        persistHandlerId = environ.persistRegistry->Register(*this, "");
+        registered = true;
+    }
+    WatchInstances();
+    scanStartStopEvent = environ.scanStartStopEvent;
+    if (scanStartStopEvent != nullptr)
+    {
+        scanStartStopHandlerId = scanStartStopEvent->Add(scanStartStopGate.Bind(
+            std::function<void(bool)>([this](bool started) { LiveStartStopScanEventHandler(started); })));
+    }
+    factoryRestoreEvent = environ.factoryRestoreEvent;
+    if (factoryRestoreEvent != nullptr)
+    {
+        factoryRestoreHandlerId = factoryRestoreEvent->Add(
+            factoryRestoreGate.Bind(std::function<void()>([this] { FactoryRestoreEventHandler(); })));
+    }
+}
+
+void ControlManager::Unhook(char const* label) noexcept
+{
+    constexpr char const* TEXT = "Exception thrown in destructor";
+    if (registered)
+    {
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
+                      [this] { environ.persistRegistry->Deregister(persistHandlerId); });
+    }
+    if (scanStartStopEvent != nullptr && scanStartStopHandlerId.second)
+    {
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT, [this] { scanStartStopEvent->Remove(scanStartStopHandlerId); });
+    }
+    if (factoryRestoreEvent != nullptr && factoryRestoreHandlerId.second)
+    {
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
+                      [this] { factoryRestoreEvent->Remove(factoryRestoreHandlerId); });
+    }
+    scanStartStopGate.Close();
+    factoryRestoreGate.Close();
+}
+
+void ControlManager::WatchInstances()
+{
+    // Never removed: the instances go first.
+    for (auto const& entry : instances)
+    {
+        auto const onUpdate = [this](std::string const& /*typeName*/, bool notify) {
+            if (notify)
+            {
+                SetJobFileModified();
+            }
+        };
+        entry.second->AddParamsUpdatedEventHandler(onUpdate);
+        entry.second->AddOutputsUpdatedEventHandler(onUpdate);
+        entry.second->AddRegisterAssemblyUpdatedEventHandler(
+            [this](std::string const& /*typeName*/, std::string const& /*id*/) { SetJobFileModified(); });
+    }
+}
+
+bool ControlManager::ForEachInstance(char const* label, std::function<void(IControlInstance&)> const& step)
+{
+    bool succeeded = true;
+    for (auto const& entry : instances)
+    {
+        succeeded &= Zu::GuardStep(__LINE__, __FILE__, label, "EXCEPTION THROWN: ", [&] { step(*entry.second); });
+    }
+    return succeeded;
+}
+
+void ControlManager::OnPersistenceLoad(PersistenceLoadOpState state)
+{
+    persistenceLoadEvent.Fire(state);
+}
+
+void ControlManager::SetJobFileModified()
+{
+    if (!loadInProgress.load(std::memory_order_relaxed) && environ.persistRegistry != nullptr)
+    {
+        environ.persistRegistry->MarkModified(*this, PersistDomain::JOB, 0);
+    }
+}
+
+void ControlManager::LiveStartStopScanEventHandler(bool started)
+{
+    for (auto const& entry : instances)
+    {
+        if (started)
+        {
+            entry.second->OnStartScan();
+        }
+        else
+        {
+            entry.second->OnStopScan();
+        }
+    }
+}
+
+void ControlManager::FactoryRestoreEventHandler()
+{
+    for (auto const& entry : instances)
+    {
+        entry.second->OnFactoryRestore();
+    }
+}
+
+} // namespace ZuControl

@@ -1,0 +1,345 @@
+#include "ZuControl/Control/ControlProtocolOperations.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/IControlScanEngineInterface.h"
+#include "ZuControl/Control/IControlSystemInterface.h"
+
+#include <utility>
+
+namespace ZuControl
+{
+
+namespace
+{
+
+constexpr uint64 TEST_SLEEP_USEC = 10000;
+constexpr uint64 PAUSE_AFTER_FAILED_WAIT_USEC = 10000; // one that fails at once must not flood the log
+
+} // namespace
+
+ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& usedSystemInterface,
+                                                     IControlScanEngineInterface& usedScanEngineInterface)
+    : systemInterface(usedSystemInterface),
+      scanEngineInterface(usedScanEngineInterface),
+      runner(std::make_unique<Zu::AsyncRunner>())
+{
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "CtlProtoOp.Disp"));
+    ZU_CHECK(wThread_Start(thread, DispatcherThreadFx, this));
+}
+
+ControlProtocolOperations::~ControlProtocolOperations()
+{
+    runner.reset(); // first: a task that runs may still tell its end
+    runningFlag.store(false, std::memory_order_relaxed);
+    ZU_GUARD_DESTRUCTOR([this] { ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); });
+    alignmentGate.Close();
+    ZU_GUARD_DESTRUCTOR([this] { queue.Clear(); });
+}
+
+void ControlProtocolOperations::StartScan(ZuEthernetProtocol protocol)
+{
+    RunSynchronousOp(protocol, ActionStartScan, {});
+}
+
+void ControlProtocolOperations::StopScan(ZuEthernetProtocol protocol)
+{
+    RunSynchronousOp(protocol, ActionStopScan, {});
+}
+
+void ControlProtocolOperations::Alignment(ZuEthernetProtocol protocol, char const* scannerId)
+{
+    ValidateScannerId(scannerId, ActionAlignment);
+    RunSynchronousOp(protocol, ActionAlignment, {scannerId, {}});
+}
+
+void ControlProtocolOperations::ClearAlignment(ZuEthernetProtocol protocol, char const* scannerId)
+{
+    ValidateScannerId(scannerId, ActionClearAlignment);
+    RunSynchronousOp(protocol, ActionClearAlignment, {scannerId, {}});
+}
+
+void ControlProtocolOperations::LoadJob(ZuEthernetProtocol protocol, char const* jobName)
+{
+    ValidateStringArg(jobName, "job name", ActionLoadJob);
+    RunSynchronousOp(protocol, ActionLoadJob, {jobName, {}});
+}
+
+void ControlProtocolOperations::SoftwareTrigger(ZuEthernetProtocol protocol, char const* scannerId)
+{
+    ValidateScannerId(scannerId, ActionSoftwareTrigger);
+    RunSynchronousOp(protocol, ActionSoftwareTrigger, {scannerId, {}});
+}
+
+void ControlProtocolOperations::SetNextIpConfig(ZuEthernetProtocol protocol, wIpConfig const& config)
+{
+    RunSynchronousOp(protocol, ActionSetNextIpConfig, {{}, config});
+}
+
+void ControlProtocolOperations::FactoryRestore(ZuEthernetProtocol protocol)
+{
+    RunSynchronousOp(protocol, ActionFactoryRestore, {});
+}
+
+void ControlProtocolOperations::Restart(ZuEthernetProtocol protocol)
+{
+    RunSynchronousOp(protocol, ActionRestart, {});
+}
+
+Zu::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(ZuEthernetProtocol protocol,
+                                                                           std::function<void(int)> handler)
+{
+    std::scoped_lock const guard(handlersLock);
+    Zu::Event<int>& event = OperationEndEvent(protocol);
+    if (!handler)
+    {
+        return event.Add({});
+    }
+    auto const shared = std::make_shared<OpEndHandler>(std::move(handler));
+    return event.Add([this, shared](int) { collected->push_back(shared); });
+}
+
+void ControlProtocolOperations::RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id)
+{
+    std::scoped_lock const guard(handlersLock);
+    if (id.second)
+    {
+        OperationEndEvent(protocol).Remove(id);
+    }
+}
+
+void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action,
+                                                 ControlOperationsParams params)
+{
+    if (!OperationBegin())
+    {
+        ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
+                 static_cast<int32>(protocol), unsigned{action});
+    }
+    try
+    {
+        runner->Run([this, protocol, action, params = std::move(params)] {
+            int32 status = Zu::Status::SUCCESS;
+            try
+            {
+                if (!RunAction(protocol, action, params))
+                {
+                    ZU_LOG_ERROR("Unexpected action id %u", unsigned{action});
+                    status = Zu::Status::BAD_ARGUMENT;
+                }
+            }
+            catch (...)
+            {
+                ZU_LOG_CAUGHT("Exception processing action id %u", unsigned{action});
+                status = Zu::Status::FAILURE; // its own status is not told
+            }
+            if (IsAsynchronous(action))
+            {
+                if (status == Zu::Status::SUCCESS)
+                {
+                    return; // the end comes from the scanner's event
+                }
+                // Guarded: whatever fails here, the end must be told, or every later operation would be refused.
+                ZU_GUARD_BOUNDARY([&] { CleanUpAlignmentCompletedEvent(params.stringArg); });
+            }
+            NotifyOperationEnd(protocol, status, "");
+        });
+    }
+    catch (...)
+    {
+        OperationFinish(); // nothing runs that would tell an end
+        throw;
+    }
+}
+
+bool ControlProtocolOperations::RunAction(ZuEthernetProtocol protocol, ActionId action,
+                                          ControlOperationsParams const& params)
+{
+    switch (action)
+    {
+    case ActionStartScan:
+        systemInterface.Start();
+        return true;
+    case ActionStopScan:
+        systemInterface.Stop();
+        return true;
+    case ActionAlignment:
+        BeginAlignment(protocol, params.stringArg);
+        return true;
+    case ActionClearAlignment:
+        scanEngineInterface.ClearAlignment(params.stringArg);
+        return true;
+    case ActionLoadJob:
+        systemInterface.LoadJob(params.stringArg);
+        return true;
+    case ActionSoftwareTrigger:
+        scanEngineInterface.SoftwareTrigger(params.stringArg);
+        return true;
+    case ActionSetNextIpConfig:
+        systemInterface.SetNextIpConfig(params.ipConfig);
+        return true;
+    case ActionFactoryRestore:
+        systemInterface.FactoryRestore();
+        return true;
+    case ActionRestart:
+        systemInterface.Restart();
+        return true;
+    case ActionTestNoOp:
+    case ActionTestAsync:
+        return true;
+    case ActionTestSleep:
+        wThread_Sleep(TEST_SLEEP_USEC);
+        return true;
+    case ActionTestThrow:
+        ZU_THROW(action, "Testing action id %u", unsigned{action});
+    case ActionTestAsyncThrow:
+        ZU_THROW(action, "Async test action id %u", unsigned{action});
+    }
+    return false;
+}
+
+bool ControlProtocolOperations::IsAsynchronous(ActionId action)
+{
+    return action == ActionAlignment || action == ActionTestAsync || action == ActionTestAsyncThrow;
+}
+
+void ControlProtocolOperations::BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId)
+{
+    auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
+    std::function<void(ZuScan::AlignCompletionStatus)> const callback =
+        [this, protocol, scannerId](ZuScan::AlignCompletionStatus status) {
+        AlignmentCompletedCallback(protocol, scannerId, status);
+    };
+    auto const id = event.Add(alignmentGate.Bind(callback));
+    {
+        std::scoped_lock const guard(alignmentLock);
+        alignCallbackId = id;
+    }
+    scanEngineInterface.Alignment(scannerId);
+}
+
+bool ControlProtocolOperations::OperationBegin()
+{
+    int32 idle = 0;
+    return operationFlag.compare_exchange_strong(idle, 1);
+}
+
+int ControlProtocolOperations::OperationFinish()
+{
+    return operationFlag.exchange(0);
+}
+
+void ControlProtocolOperations::ValidateStringArg(char const* value, char const* label, ActionId action)
+{
+    if (value == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "No %s for action %u", label, unsigned{action});
+    }
+    if (*value == '\0')
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Empty %s for action %u", label, unsigned{action});
+    }
+}
+
+void ControlProtocolOperations::ValidateScannerId(char const* scannerId, ActionId action)
+{
+    if (scannerId == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Missing scanner id parameter for action %u", unsigned{action});
+    }
+}
+
+void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId)
+{
+    auto record = std::make_unique<EndOfOpResult>();
+    record->protocol = protocol;
+    record->status = status;
+    record->scannerId = scannerId;
+    queue.Add(std::move(record));
+}
+
+void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int status)
+{
+    std::vector<std::weak_ptr<OpEndHandler>> due;
+    {
+        std::scoped_lock const guard(handlersLock);
+        if (auto const position = opEndEvents.find(protocol); position != opEndEvents.end())
+        {
+            collected = &due;
+            position->second.Fire(status);
+        }
+    }
+    for (auto const& weak : due)
+    {
+        if (auto const handler = weak.lock()) // removed meanwhile: not called any more
+        {
+            (*handler)(status);
+        }
+    }
+}
+
+Zu::Event<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
+{
+    return opEndEvents[protocol];
+}
+
+void ControlProtocolOperations::AlignmentCompletedCallback(ZuEthernetProtocol protocol, std::string const& scannerId,
+                                                           ZuScan::AlignCompletionStatus status)
+{
+    // Only queues: the handler must not be removed from inside its own event.
+    bool const succeeded = static_cast<int64>(status) == 0;
+    NotifyOperationEnd(protocol, succeeded ? Zu::Status::SUCCESS : Zu::Status::FAILURE, scannerId.c_str());
+}
+
+void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(std::string const& scannerId)
+{
+    std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> id;
+    {
+        std::scoped_lock const guard(alignmentLock);
+        id = alignCallbackId;
+    }
+    if (scannerId.empty() || !id.has_value())
+    {
+        return;
+    }
+    auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
+    if (id->second)
+    {
+        event.Remove(*id);
+    }
+    std::scoped_lock const guard(alignmentLock);
+    alignCallbackId.reset();
+}
+
+int ControlProtocolOperations::DispatcherThreadFx(void* object)
+{
+    auto& self = *static_cast<ControlProtocolOperations*>(object);
+    while (self.runningFlag.load(std::memory_order_relaxed))
+    {
+        ZU_GUARD_BOUNDARY([&self] {
+            std::unique_ptr<EndOfOpResult> record;
+            wStatus const waited = self.queue.Remove(record, OPERATION_TIMEOUT_USEC);
+            if (waited == Zu::Status::TIME_OUT)
+            {
+                return;
+            }
+            if (waited != Zu::Status::SUCCESS)
+            {
+                ZU_LOG_ERROR("Dispatcher queue wait failed with error %d", waited);
+                wThread_Sleep(PAUSE_AFTER_FAILED_WAIT_USEC);
+                return;
+            }
+            self.CleanUpAlignmentCompletedEvent(record->scannerId);
+            int const previous = self.OperationFinish(); // before the handlers: they may start the next operation
+            self.OnOperationEnd(record->protocol, record->status);
+            if (previous != 1)
+            {
+                ZU_THROW(Zu::Status::WRONG_STATE); // an end that nobody waited for
+            }
+        });
+    }
+    return 1;
+}
+
+} // namespace ZuControl

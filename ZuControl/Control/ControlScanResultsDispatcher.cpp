@@ -1,0 +1,152 @@
+#include "ZuControl/Control/ControlScanResultsDispatcher.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+#include "ZuApi/Threads/Locker.h"
+#include "wApi/wObject.h"
+
+#include <utility>
+
+namespace ZuControl
+{
+
+ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* usedAllocator) : allocator(usedAllocator)
+{
+    ZU_CHECK(wLock_Construct(&handlerLock, nullptr));
+    ZU_CHECK(wLock_Construct(&listLock, nullptr));
+    {
+        Zu::Locker const guard(listLock);
+        ZU_CHECK(wArrayList_Construct(&writeList, nullptr, initialCapacity, allocator));
+    }
+    ZU_CHECK(wArrayList_Construct(&readList, nullptr, initialCapacity, allocator));
+    Start();
+}
+
+ControlScanResultsDispatcher::~ControlScanResultsDispatcher()
+{
+    try
+    {
+        Stop();
+    }
+    catch (std::exception const& exception)
+    {
+        Zu::Exception::LogException(exception, 0);
+    }
+    wThread_Destroy(&thread); // a thread that could not be joined there must not outlive the lists
+}
+
+Zu::Event<void*>::CallbackId ControlScanResultsDispatcher::AddResultHandler(std::function<void(void*)> handler)
+{
+    Zu::Locker const guard(handlerLock);
+    return resultEvent.Add(std::move(handler));
+}
+
+void ControlScanResultsDispatcher::RemoveResultHandler(Zu::Event<void*>::CallbackId id)
+{
+    Zu::Locker const guard(handlerLock);
+    resultEvent.Remove(id);
+}
+
+void ControlScanResultsDispatcher::AddResult(void* resultSet)
+{
+    Zu::Locker const guard(listLock);
+    ZU_CHECK(wArrayList_Add(writeList, resultSet));
+    wObject_Share(resultSet); // the list's reference
+}
+
+uint64 ControlScanResultsDispatcher::ResultHandlerCount()
+{
+    Zu::Locker const guard(handlerLock);
+    return resultEvent.Count();
+}
+
+void ControlScanResultsDispatcher::Start()
+{
+    if (running.load(std::memory_order_relaxed))
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    running.store(true, std::memory_order_relaxed);
+    try
+    {
+        ZU_CHECK(wThread_Construct(&thread));
+        ZU_CHECK(wThread_SetName(thread, "CtrlScnRstDisp"));
+        ZU_CHECK(wThread_Start(thread, RunThread, this));
+    }
+    catch (...)
+    {
+        running.store(false, std::memory_order_relaxed); // there is nothing that a stop could join
+        throw;
+    }
+}
+
+void ControlScanResultsDispatcher::Stop()
+{
+    if (!running.load(std::memory_order_relaxed))
+    {
+        return;
+    }
+    running.store(false, std::memory_order_relaxed);
+    int exitCode = 0;
+    ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, &exitCode));
+    if (exitCode != Zu::Status::SUCCESS)
+    {
+        ZU_LOG_INFO("ControlScanResultsDispatcher thread stopped with error:%d", exitCode);
+    }
+    ZU_CHECK(wThread_Destroy(&thread));
+    {
+        Zu::Locker const guard(listLock);
+        ZU_CHECK(wArrayList_Purge(writeList)); // what was not delivered is dropped
+    }
+    ZU_CHECK(wArrayList_Purge(readList));
+}
+
+void ControlScanResultsDispatcher::SetClientCount(uint64 count)
+{
+    clientCount.store(count, std::memory_order_relaxed);
+}
+
+uint64 ControlScanResultsDispatcher::GetClientCount()
+{
+    return clientCount.load(std::memory_order_relaxed);
+}
+
+int ControlScanResultsDispatcher::RunThread(void* object)
+{
+    try
+    {
+        static_cast<ControlScanResultsDispatcher*>(object)->ProcessingLoop();
+        return Zu::Status::SUCCESS;
+    }
+    catch (...)
+    {
+        int const status = Zu::CaughtStatus();
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        return status;
+    }
+}
+
+void ControlScanResultsDispatcher::ProcessingLoop()
+{
+    while (running.load(std::memory_order_relaxed))
+    {
+        Dispatch();
+        wThread_Sleep(sleepTimeUsec);
+    }
+}
+
+void ControlScanResultsDispatcher::Dispatch()
+{
+    if (wArrayList_Count(readList) > 0)
+    {
+        {
+            Zu::Locker const guard(handlerLock);
+            resultEvent.Fire(&readList);
+        }
+        ZU_CHECK(wArrayList_Purge(readList));
+    }
+    Zu::Locker const guard(listLock);
+    std::swap(readList, writeList);
+}
+
+} // namespace ZuControl
