@@ -1,0 +1,235 @@
+#include "Host/Sensor/Sensor.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "wApi/wTime.h"
+#include "wBeacon/wStamp.h"
+
+#include <cmath>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr double USEC_PER_SECOND = 1e6;
+constexpr uint64 ROOM_POLL_USEC = 200; // what a consumer lets go of tells nobody
+
+double CheckedRate(double rateHz)
+{
+    if (!Sensor::IsRate(rateHz))
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The sensor cannot take %g profiles per second", rateHz);
+    }
+    return rateHz;
+}
+
+} // namespace
+
+bool Sensor::IsRate(double rateHz)
+{
+    return rateHz == 0 || (rateHz >= MIN_RATE_HZ && rateHz <= MAX_RATE_HZ);
+}
+
+Sensor::Sensor(ZuCore::ResultHub& hub, std::unique_ptr<IProfileSource> profileSource, double newRateHz,
+               ProfileTool const& newTool)
+    : rateHz(CheckedRate(newRateHz)), tool(newTool), source(std::move(profileSource)), publisher(hub)
+{
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "Sensor"));
+}
+
+Sensor::~Sensor()
+{
+    ZU_GUARD_DESTRUCTOR([this] { Stop(); });
+}
+
+void Sensor::Start()
+{
+    std::scoped_lock const control(controlLock);
+    if (isThreadThere && !HasFailed())
+    {
+        return;
+    }
+    JoinThread();
+    publishedCount.store(0, std::memory_order_relaxed);
+    missedCount.store(0, std::memory_order_relaxed);
+    encoder.store(0, std::memory_order_relaxed);
+    {
+        std::scoped_lock const guard(stateLock);
+        isScanning = true;
+        hasFailed = false;
+        pendingTriggers = 0;
+    }
+    if (wStatus const status = wThread_Start(thread, &Sensor::RunThread, this); status != Zu::Status::SUCCESS)
+    {
+        std::scoped_lock const guard(stateLock);
+        isScanning = false;
+        ZU_THROW(status);
+    }
+    isThreadThere = true;
+}
+
+void Sensor::Stop()
+{
+    if (scanThread.load(std::memory_order_relaxed) == std::this_thread::get_id())
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE, "The sensor cannot be stopped by who handles its results");
+    }
+    std::scoped_lock const control(controlLock);
+    {
+        std::scoped_lock const guard(stateLock);
+        isScanning = false;
+        hasFailed = false;
+    }
+    stateChanged.NotifyAll();
+    JoinThread();
+}
+
+void Sensor::Trigger()
+{
+    {
+        std::scoped_lock const guard(stateLock);
+        if (!isScanning || hasFailed)
+        {
+            ZU_THROW(Zu::Status::WRONG_STATE, "The sensor takes a trigger only while it scans");
+        }
+        if (pendingTriggers >= MAX_PENDING_TRIGGERS)
+        {
+            ZU_THROW(Zu::Status::FULL, "The sensor has too many triggers to serve");
+        }
+        ++pendingTriggers;
+    }
+    stateChanged.NotifyAll();
+}
+
+bool Sensor::IsScanning() const
+{
+    std::scoped_lock const guard(stateLock);
+    return isScanning;
+}
+
+bool Sensor::HasFailed() const
+{
+    std::scoped_lock const guard(stateLock);
+    return hasFailed;
+}
+
+int64 Sensor::EncoderValue() const
+{
+    return encoder.load(std::memory_order_relaxed);
+}
+
+uint64 Sensor::PublishedCount() const
+{
+    return publishedCount.load(std::memory_order_relaxed);
+}
+
+uint64 Sensor::MissedCount() const
+{
+    return missedCount.load(std::memory_order_relaxed);
+}
+
+int Sensor::RunThread(void* sensor)
+{
+    auto& self = *static_cast<Sensor*>(sensor);
+    self.scanThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    if (!ZU_GUARD_BOUNDARY([&self] { self.Scan(); }))
+    {
+        std::scoped_lock const guard(self.stateLock);
+        self.hasFailed = self.isScanning; // a stop that came meanwhile leaves nothing to tell
+    }
+    self.scanThread.store({}, std::memory_order_relaxed);
+    return Zu::Status::SUCCESS;
+}
+
+void Sensor::Scan()
+{
+    startUsec = wTime_NowUsec();
+    nextDue = 0;
+    nextFrame = 0;
+    while (rateHz == 0 ? WaitForRoom() : WaitUntilDue())
+    {
+        PublishFrame();
+    }
+}
+
+bool Sensor::WaitForRoom()
+{
+    while (!publisher.HasRoom(MAX_SETS_ALIVE))
+    {
+        std::unique_lock guard(stateLock);
+        if (stateChanged.WaitUntil(guard, wTime_AfterUsec(ROOM_POLL_USEC), [this] { return !isScanning; }))
+        {
+            return false;
+        }
+    }
+    std::scoped_lock const guard(stateLock);
+    pendingTriggers = 0; // the frame that comes now serves them
+    return isScanning;
+}
+
+bool Sensor::WaitUntilDue()
+{
+    uint64 const deadlineUsec = DeadlineUsec();
+    {
+        std::unique_lock guard(stateLock);
+        stateChanged.WaitUntil(guard, deadlineUsec, [this] { return !isScanning || pendingTriggers > 0; });
+        if (!isScanning)
+        {
+            return false;
+        }
+        if (pendingTriggers > 0)
+        {
+            --pendingTriggers; // an extra frame: the next one stays due when it was
+            return true;
+        }
+    }
+    LeaveOutMissedFrames(wTime_NowUsec() - deadlineUsec);
+    ++nextDue;
+    return true;
+}
+
+void Sensor::LeaveOutMissedFrames(uint64 lagUsec)
+{
+    if (lagUsec <= MAX_LAG_USEC)
+    {
+        return;
+    }
+    auto const missed = static_cast<uint64>(static_cast<double>(lagUsec) * rateHz / USEC_PER_SECOND);
+    nextDue += missed;
+    nextFrame += missed;
+    missedCount.fetch_add(missed, std::memory_order_relaxed);
+}
+
+void Sensor::PublishFrame()
+{
+    uint64 const frame = nextFrame++;
+    int64 const ticks = static_cast<int64>(frame) * ENCODER_TICKS_PER_FRAME;
+    wStamp stamp;
+    stamp.stampCounter = frame;
+    stamp.stampTime = wTime_NowUsec();
+    stamp.stampEncoder = ticks;
+    stamp.stampValue = static_cast<int64>(frame);
+    publisher.Publish(stamp, tool.Measure(source->ProfileAt(frame)), rateHz == 0);
+    encoder.store(ticks, std::memory_order_relaxed);
+    publishedCount.fetch_add(1, std::memory_order_relaxed);
+}
+
+uint64 Sensor::DeadlineUsec() const
+{
+    // From the scan start and not from the frame before, so that no error adds up.
+    return startUsec + static_cast<uint64>(static_cast<double>(nextDue) * USEC_PER_SECOND / rateHz);
+}
+
+void Sensor::JoinThread()
+{
+    if (isThreadThere)
+    {
+        ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
+        isThreadThere = false;
+    }
+}
+
+} // namespace ZuHost

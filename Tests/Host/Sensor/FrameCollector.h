@@ -1,0 +1,62 @@
+#pragma once
+
+#include "ZuCore/ResultHub.h"
+#include "wApi/wHandle.h"
+#include "wBeacon/wStamp.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZuTest
+{
+
+/// Listens to a hub, keeps what it sees and, on demand, the sets themselves.
+class FrameCollector
+{
+public:
+    struct Result
+    {
+        std::string dataSource;
+        uint16 type;
+        double value;   ///< 0 for a stamp
+        uint8 decision; ///< likewise
+
+        bool operator==(Result const&) const = default;
+    };
+
+    struct Frame
+    {
+        wStamp stamp;
+        std::vector<Result> results; ///< the stamp's entry included
+    };
+
+    explicit FrameCollector(ZuCore::ResultHub& resultHub);
+    ~FrameCollector();
+
+    FrameCollector(FrameCollector const&) = delete;
+    FrameCollector& operator=(FrameCollector const&) = delete;
+
+    /// The first `count` frames or more; fewer when ten seconds pass without them.
+    std::vector<Frame> WaitForFrames(std::size_t count);
+
+    std::size_t Count() const;
+
+    /// From now on a reference to each set is kept, or none, and those that are kept are let go.
+    void Keep(bool keepsSets);
+
+private:
+    void OnSet(ZuCore::ResultSet set);
+
+    ZuCore::ResultHub& hub;
+    ZuCore::ResultHub::CallbackId id;
+
+    mutable std::mutex lock; // guards the members below
+    std::condition_variable changed;
+    std::vector<Frame> frames;
+    bool keeps = false;
+    std::vector<wHandle<ZuCore::ResultSetObject>> kept;
+};
+
+} // namespace ZuTest
