@@ -50,7 +50,7 @@ private:
     struct Node;
     struct State;
 
-    std::unique_ptr<State> state;
+    std::shared_ptr<State> const state; // shared with leases
 };
 
 } // namespace ZuRest

@@ -1,0 +1,235 @@
+#include "ZuRest/ResourceRouter.h"
+
+#include "ZuApi/Exception.h"
+#include "wApi/wTypes.h"
+
+#include <algorithm>
+#include <charconv>
+#include <condition_variable>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+namespace ZuRest
+{
+
+namespace
+{
+
+/// The segments of a path that begins with a slash; nothing for one that does not or has an empty segment.
+std::optional<std::vector<std::string_view>> SegmentsOf(std::string_view path)
+{
+    std::vector<std::string_view> segments;
+    if (!path.starts_with('/'))
+    {
+        return std::nullopt;
+    }
+    while (!path.empty())
+    {
+        path.remove_prefix(1);
+        std::string_view const segment = path.substr(0, path.find('/'));
+        if (segment.empty())
+        {
+            return std::nullopt;
+        }
+        segments.push_back(segment);
+        path.remove_prefix(segment.size());
+    }
+    return segments;
+}
+
+bool IsKey(std::string_view segment)
+{
+    return segment.starts_with(':');
+}
+
+/// The segment with its percent escapes resolved; what is no escape stays as it is.
+std::string Decoded(std::string_view segment)
+{
+    std::string text;
+    text.reserve(segment.size());
+    for (std::size_t i = 0; i < segment.size(); ++i)
+    {
+        unsigned char byte = 0;
+        char const* const digits = segment.data() + i + 1;
+        bool const isEscape = segment[i] == '%' && segment.size() - i > 2 &&
+                              std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+        text.push_back(isEscape ? static_cast<char>(byte) : segment[i]);
+        i += isEscape ? 2 : 0;
+    }
+    return text;
+}
+
+} // namespace
+
+/// A route that is registered. Matches share it; the router waits until none does.
+struct ResourceRouter::Entry
+{
+    IResource& resource;
+    std::vector<std::string> keyNames; // without the colon
+    uint64 matches = 0;                // guarded by State::lock
+};
+
+/// A place in the tree of segments.
+struct ResourceRouter::Node
+{
+    using Values = std::vector<std::string>;
+
+    /// The entry for the rest of a path, with the values of the keys on the way. A literal is tried before a key.
+    std::shared_ptr<Entry> Find(std::vector<std::string> const& segments, std::size_t position, Values& values) const
+    {
+        if (position == segments.size())
+        {
+            return entry == nullptr && key != nullptr ? key->entry : entry;
+        }
+        if (auto const literal = literals.find(segments[position]); literal != literals.end())
+        {
+            if (auto found = literal->second->Find(segments, position + 1, values))
+            {
+                return found;
+            }
+        }
+        if (key == nullptr)
+        {
+            return nullptr;
+        }
+        values.push_back(segments[position]);
+        auto found = key->Find(segments, position + 1, values);
+        if (found == nullptr)
+        {
+            values.pop_back();
+        }
+        return found;
+    }
+
+    /// Takes the entry of this node, or those of the whole tree from here on, out of it.
+    void TakeEntries(bool subtree, std::vector<std::shared_ptr<Entry>>& taken)
+    {
+        if (entry != nullptr)
+        {
+            taken.push_back(std::exchange(entry, nullptr));
+        }
+        if (!subtree)
+        {
+            return;
+        }
+        for (auto const& [segment, child] : literals)
+        {
+            child->TakeEntries(true, taken);
+        }
+        if (key != nullptr)
+        {
+            key->TakeEntries(true, taken);
+        }
+        literals.clear();
+        key.reset();
+    }
+
+    std::shared_ptr<Entry> entry; // null where no route ends
+    std::map<std::string, std::unique_ptr<Node>, std::less<>> literals;
+    std::unique_ptr<Node> key;
+};
+
+struct ResourceRouter::State
+{
+    std::mutex lock; // a leaf: guards the tree and the counts of matches
+    std::condition_variable matchEnded;
+    Node root;
+};
+
+ResourceRouter::ResourceRouter() : state(std::make_shared<State>())
+{
+}
+
+ResourceRouter::~ResourceRouter() = default;
+
+void ResourceRouter::Register(std::string const& route, IResource& resource)
+{
+    auto const segments = SegmentsOf(route);
+    if (!segments.has_value())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no route", route.c_str());
+    }
+    auto entry = std::make_shared<Entry>(Entry{resource, {}});
+    std::scoped_lock const guard(state->lock);
+    Node* node = &state->root;
+    for (std::string_view const segment : *segments)
+    {
+        if (IsKey(segment))
+        {
+            entry->keyNames.emplace_back(segment.substr(1));
+        }
+        std::unique_ptr<Node>& child = IsKey(segment) ? node->key : node->literals[std::string(segment)];
+        if (child == nullptr)
+        {
+            child = std::make_unique<Node>();
+        }
+        node = child.get();
+    }
+    if (node->entry != nullptr)
+    {
+        ZU_THROW(Zu::Status::ALREADY_EXISTS, "The route '%s' is there already", route.c_str());
+    }
+    node->entry = std::move(entry);
+}
+
+void ResourceRouter::Deregister(std::string const& route, bool subtree)
+{
+    auto const segments = SegmentsOf(route);
+    std::unique_lock guard(state->lock);
+    Node* node = segments.has_value() ? &state->root : nullptr;
+    for (std::size_t i = 0; node != nullptr && i < segments->size(); ++i)
+    {
+        std::string_view const segment = (*segments)[i];
+        auto const literal = node->literals.find(segment);
+        Node* const named = literal != node->literals.end() ? literal->second.get() : nullptr;
+        node = IsKey(segment) ? node->key.get() : named;
+    }
+    if (node == nullptr)
+    {
+        return;
+    }
+    std::vector<std::shared_ptr<Entry>> taken;
+    node->TakeEntries(subtree, taken);
+    for (auto const& entry : taken)
+    {
+        state->matchEnded.wait(guard, [&entry] { return entry->matches == 0; });
+    }
+}
+
+std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& path) const
+{
+    auto const segments = SegmentsOf(path);
+    if (!segments.has_value())
+    {
+        return std::nullopt;
+    }
+    std::vector<std::string> decoded(segments->size());
+    std::ranges::transform(*segments, decoded.begin(), Decoded);
+
+    Node::Values values;
+    std::unique_lock guard(state->lock);
+    std::shared_ptr<Entry> const entry = state->root.Find(decoded, 0, values);
+    if (entry == nullptr)
+    {
+        return std::nullopt;
+    }
+    ++entry->matches;
+    guard.unlock();
+
+    Match match{&entry->resource, {}, nullptr};
+    match.lease = std::shared_ptr<void>(entry.get(), [entry, shared = state](void*) {
+        {
+            std::scoped_lock const ending(shared->lock);
+            --entry->matches;
+        }
+        shared->matchEnded.notify_all();
+    });
+    for (std::size_t i = 0; i < values.size(); ++i)
+    {
+        match.keys.emplace(entry->keyNames[i], std::move(values[i]));
+    }
+    return match;
+}
+
+} // namespace ZuRest
