@@ -1,0 +1,33 @@
+#pragma once
+
+#include "wApi/wCondition.h"
+
+#include <mutex>
+
+namespace ZuTest
+{
+
+/// Where threads of a test meet: counts what has happened, and waits for it with a bound.
+class SignalCounter
+{
+public:
+    SignalCounter();
+    ~SignalCounter();
+
+    SignalCounter(SignalCounter const&) = delete;
+    SignalCounter& operator=(SignalCounter const&) = delete;
+
+    void Signal();
+
+    /// Waits until it was signalled `times` times in all; false when that has not come within half a minute.
+    [[nodiscard]] bool Wait(uint64 times = 1);
+
+    uint64 Count() const;
+
+private:
+    mutable std::mutex lock; // guards what follows
+    wCondition changed;
+    uint64 count = 0;
+};
+
+} // namespace ZuTest
