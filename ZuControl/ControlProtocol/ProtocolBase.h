@@ -126,8 +126,9 @@ protected:
 
 private:
     void OpEndEventHandler(int status);
+    void EndCommand(ControlRegisterCommandStatus status);
     uint64 ControlDrops() const;
-    bool AskScannerOptional(IDeploymentQuery& deployment) const;
+    static bool AskScannerOptional(IDeploymentQuery& deployment);
 
     ZuEthernetProtocol const protocolId;
     Zu::Params::Group* params = nullptr;

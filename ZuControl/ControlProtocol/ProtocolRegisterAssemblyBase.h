@@ -104,6 +104,8 @@ private:
     void UpdateBlockProperties(Position position, UpdateBlockParams const& params) ZU_REQUIRES(lock);
     void MoveBlock(Position position, uint16 newId, bool autoShift) ZU_REQUIRES(lock);
     void CheckCompaction(uint16 startingOutputId) const;
+    void RefreshPlacement() ZU_REQUIRES(lock);
+    void AddToUsedRegisters(int32 registers) ZU_REQUIRES(lock);
     void NoteChange();
 
     bool IsGlobal() const;

@@ -109,8 +109,12 @@ protected:
     /// The encoder for all values of one record. Throws -997 as `SerializeValue` does.
     RegisterEncoder ValueEncoder() const;
 
-    /// The least size of a buffer with a value of `valueSize` bytes at `offset`; all ones when there is none.
+    /// Where a value of `valueSize` bytes at `offset` ends; all ones when no buffer holds it.
     size_t EndOfValue(size_t offset, size_t valueSize) const;
+
+    /// Whether fields that end there lie within the block's registers. True for a register size that no value can be
+    /// written with: the refusal is then the encoder's.
+    bool FieldsFit(size_t endOfFields) const;
 
     ProtocolRegisterBlockInfo& info;
     Zu::Params::Value<std::string> type;

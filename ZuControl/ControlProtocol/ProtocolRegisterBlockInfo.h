@@ -68,7 +68,7 @@ public:
     void NotePlacementChange();
 
 protected:
-    RegisterBlockCategory const Category() const;
+    RegisterBlockCategory Category() const;
 
     Zu::Params::Value<std::string> type;
     Zu::Params::Value<std::string> displayName;

@@ -47,8 +47,7 @@ protected:
     /// The message of an item, borrowed; null when there is none.
     static void* MessageOf(ZuCore::ResultItem item);
 
-    /// Refuses with -992 when a field ends behind the block's registers. For a register size that no value can be
-    /// written with it leaves the refusal to the encoder.
+    /// Refuses with -992 what does not fit; see `FieldsFit`.
     void CheckFit(size_t endOfFields) const;
 
     Zu::Params::Value<std::string> dataSource;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuControl/Export.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+/// A block with the decision of a measurement as the message has it, whatever its value; 2 where there is no message.
+///
+/// The base is virtual: a block with value and decision shares it. Down from ProtocolRegisterBlock goes dynamic_cast alone.
+struct ZUCONTROL_API DefaultMeasurementDecisionRegisterBlock : public virtual ProtocolScanOutputRegisterBlock
+{
+public:
+    DefaultMeasurementDecisionRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
+    ~DefaultMeasurementDecisionRegisterBlock() override;
+
+    void SerializeMeasurementMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override;
+    void SerializeNullMsg(uint8* buffer, size_t offset) override;
+
+    /// `decision`, with the bit for an invalid one when it is not valid. For plug-ins.
+    uint8 GetDecision(uint8 decision, bool isValid);
+    /// `resultItem` is a ZuCore::ResultItem. Throws -996, no text, when its message is no measurement.
+    uint8 GetDecisionByte(void*& resultItem);
+    void SerializeInvalidMeasurementDecision(uint8* buffer, size_t offset);
+
+    size_t decisionOffset = 0; ///< bytes from the block's start
+    uint8 invalidDecisionBit = 1;
+
+private:
+    void SerializeDecision(uint8* buffer, size_t offset, uint8 decision);
+};
+
+} // namespace ZuControl::ControlProtocol

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
+#include "ZuControl/Export.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+/// A block with value and decision of a measurement. Unlike in the block with the decision alone, no decision outlasts an
+/// invalid value.
+struct ZUCONTROL_API DefaultMeasurementValueAndDecisionRegisterBlock : public DefaultMeasurementValueRegisterBlock,
+                                                                       public DefaultMeasurementDecisionRegisterBlock
+{
+public:
+    DefaultMeasurementValueAndDecisionRegisterBlock(RegisterBlockParams const& params,
+                                                    ProtocolRegisterBlockInfo& usedInfo);
+    ~DefaultMeasurementValueAndDecisionRegisterBlock() override;
+
+    void SerializeMeasurementMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override;
+    void SerializeNullMsg(uint8* buffer, size_t offset) override;
+
+private:
+    void SerializeInvalidMeasurement(uint8* buffer, size_t offset);
+    void CheckBothFit() const;
+};
+
+} // namespace ZuControl::ControlProtocol

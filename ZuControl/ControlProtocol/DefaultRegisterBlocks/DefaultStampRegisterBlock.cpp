@@ -1,0 +1,93 @@
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuVision/ZvDataMsg.h"
+#include "wBeacon/wStamp.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace ZuControl::ControlProtocol
+{
+
+namespace
+{
+
+constexpr size_t ZEROS_BEHIND_INPUTS = 3;
+
+/// Where the status of a stamp tells of the first input; the second input's bits lie beside them.
+constexpr uint16 STATUS_OF_FIRST_INPUT = 0x11;
+
+} // namespace
+
+DefaultStampRegisterBlock::DefaultStampRegisterBlock(RegisterBlockParams const& params,
+                                                     ProtocolRegisterBlockInfo& usedInfo)
+    : ProtocolScanOutputRegisterBlock(params, usedInfo)
+{
+    scannerId.EnableUsed(true);
+    scannerId.used.Set(false);
+}
+
+DefaultStampRegisterBlock::~DefaultStampRegisterBlock() = default;
+
+void DefaultStampRegisterBlock::SerializeStampMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data)
+{
+    uint64 time = std::numeric_limits<uint64>::max();
+    int64 encoderValue = std::numeric_limits<int64>::min();
+    void* const msg = MessageOf(data->resultItem);
+    wStamp const* const stamp = ZuVision::ZvMsg_StampAt(msg, 0);
+    if (stamp == nullptr)
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED);
+    }
+    ExtendedStamp(msg, &time, &encoderValue);
+
+    RegisterEncoder const encoder = ValueEncoder();
+    uint8* const block = buffer + offset;
+    if (data->serializeMode == SERIALIZE_COUNTER_ONLY)
+    {
+        CheckFit(EndOfValue(counterOffset, 8));
+        encoder.Write(block + counterOffset, stamp->stampCounter);
+        return;
+    }
+    CheckFit(EndOfFields());
+    encoder.Write(block + digitalInputsOffset, DigitalInputStateFromStamp(stamp));
+    encoder.Write(block + valueOffset, stamp->stampValue);
+    encoder.Write(block + encoderOffset, encoderValue);
+    encoder.Write(block + timeOffset, time);
+    encoder.Write(block + counterOffset, stamp->stampCounter);
+    for (size_t i = 1; i <= ZEROS_BEHIND_INPUTS; ++i)
+    {
+        encoder.Write(block + digitalInputsOffset + i, uint8{0});
+    }
+}
+
+uint8 DefaultStampRegisterBlock::DigitalInputStateFromStamp(wStamp const* stamp)
+{
+    bool const isFirstSet = (stamp->stampStatus & (STATUS_OF_FIRST_INPUT << InputIndexDigital1)) != 0;
+    bool const isSecondSet = (stamp->stampStatus & (STATUS_OF_FIRST_INPUT << InputIndexDigital2)) != 0;
+    return static_cast<uint8>((isFirstSet ? OutputBitMaskDigital1 : 0) | (isSecondSet ? OutputBitMaskDigital2 : 0));
+}
+
+void DefaultStampRegisterBlock::ExtendedStamp(void* msg, uint64* time, int64* encoder)
+{
+    if (wObject_Is(msg, ZuVision::ZvDataMsg_Class))
+    {
+        *time = ZuVision::ZvDataMsg_Time(msg);
+        *encoder = ZuVision::ZvDataMsg_Encoder(msg);
+        return;
+    }
+    if (wStamp const* const stamp = ZuVision::ZvMsg_StampAt(msg, 0); stamp != nullptr)
+    {
+        *time = stamp->stampTime;
+        *encoder = stamp->stampEncoder;
+    }
+}
+
+size_t DefaultStampRegisterBlock::EndOfFields() const
+{
+    return std::max({EndOfValue(digitalInputsOffset + ZEROS_BEHIND_INPUTS, 1), EndOfValue(valueOffset, 8),
+                     EndOfValue(encoderOffset, 8), EndOfValue(timeOffset, 8), EndOfValue(counterOffset, 8)});
+}
+
+} // namespace ZuControl::ControlProtocol

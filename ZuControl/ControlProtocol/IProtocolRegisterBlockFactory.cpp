@@ -1,0 +1,8 @@
+#include "ZuControl/ControlProtocol/IProtocolRegisterBlockFactory.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+IProtocolRegisterBlockFactory::~IProtocolRegisterBlockFactory() = default;
+
+} // namespace ZuControl::ControlProtocol

@@ -1,0 +1,576 @@
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+#include "ZuApi/Threads/Locker.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+
+#include <iterator>
+#include <unordered_set>
+#include <utility>
+
+namespace ZuControl::ControlProtocol
+{
+
+namespace
+{
+
+/// The last id of a block in full arithmetic; below the first of a type without registers only.
+uint32 LastIdOf(uint16 firstId, uint16 registerCount)
+{
+    return uint32{firstId} - 1 + registerCount;
+}
+
+} // namespace
+
+ProtocolRegisterAssemblyBase::ProtocolRegisterAssemblyBase(bool isGlobalAddressSpaceUsed, uint16 outputIdMin,
+                                                           uint16 outputIdMax, char const* id, std::string displayName)
+{
+    if (outputIdMin > outputIdMax || outputIdMax > LAST_VALID_OUTPUT_ID)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "Minimum output id value %1$u and/or maximum output id value %2$u are invalid.", unsigned{outputIdMin},
+                 unsigned{outputIdMax});
+    }
+    if (id == nullptr || *id == '\0')
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Invalid value for register assembly identifier.");
+    }
+    ZU_CHECK(wLock_Construct(&lock, nullptr));
+    attributes.isGlobalAddressSpaceUsed.Set(isGlobalAddressSpaceUsed);
+    attributes.outputIdMin.Set(outputIdMin);
+    attributes.outputIdMax.Set(outputIdMax);
+    properties.displayName.Set(displayName);
+    properties.id.Set(id);
+}
+
+ProtocolRegisterAssemblyBase::~ProtocolRegisterAssemblyBase() = default;
+
+void ProtocolRegisterAssemblyBase::BeginLock()
+{
+    ZU_CHECK(wLock_Enter(lock));
+    lockHeld.store(true, std::memory_order_relaxed);
+}
+
+void ProtocolRegisterAssemblyBase::EndLock()
+{
+    lockHeld.store(false, std::memory_order_relaxed); // first: the next holder must not find its own flag cleared
+    ZU_CHECK(wLock_Exit(lock));
+}
+
+void ProtocolRegisterAssemblyBase::AddSupportedBlockType(std::unique_ptr<ProtocolRegisterBlockInfo> info)
+{
+    if (info == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT);
+    }
+    Zu::Locker const guard(lock);
+    if (FindSupportedType(info->Type()) != nullptr)
+    {
+        ZU_THROW(Zu::Status::ALREADY_EXISTS, "This register block type is already supported.");
+    }
+    info->SetIsGlobalAddressSpaceUsed(IsGlobal());
+    supportedTypes.push_back(std::move(info));
+}
+
+void ProtocolRegisterAssemblyBase::Add(Zu::Params::Group& params)
+{
+    auto& addParams = dynamic_cast<AddBlockParams&>(params);
+    uint64 const count = addParams.blocks.Count();
+    uint16 added = 0;
+    for (uint64 i = 0; i < count; ++i)
+    {
+        try
+        {
+            AddBlock(addParams.blocks.At(i), addParams.autoShift.Get());
+            ++added;
+        }
+        catch (Zu::Exception const& exception)
+        {
+            ZU_LOG_USER_WARNING("%1$s", exception.what());
+        }
+    }
+    if (count > 0 && added == 0)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "No register blocks were added.");
+    }
+}
+
+void ProtocolRegisterAssemblyBase::Remove(Zu::Params::Group const& params)
+{
+    auto const& removeParams = dynamic_cast<RemoveBlockParams const&>(params);
+    uint64 const count = removeParams.outputIdList.Count();
+    uint16 removed = 0;
+    for (uint64 i = 0; i < count; ++i)
+    {
+        try
+        {
+            RemoveBlock(removeParams.outputIdList.At(i).outputId.Get());
+            ++removed;
+        }
+        catch (Zu::Exception const& exception)
+        {
+            ZU_LOG_USER_WARNING("%1$s", exception.what());
+        }
+    }
+    if (count > 0 && removed == 0)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "No register blocks were removed.");
+    }
+}
+
+void ProtocolRegisterAssemblyBase::Compact(Zu::Params::Group const& params)
+{
+    uint16 const startingOutputId = dynamic_cast<CompactBlocksParams const&>(params).startingOutputId.Get();
+    bool const isStartGiven = startingOutputId <= LAST_VALID_OUTPUT_ID;
+    if (isStartGiven && IsGlobal())
+    {
+        CheckCompaction(startingOutputId);
+    }
+    uint16 const defaultStart = IsGlobal() ? OutputIdMin() : uint16{0};
+
+    Zu::Locker const guard(lock);
+    placement.Compact(isStartGiven ? startingOutputId : defaultStart);
+    NoteChange();
+}
+
+void ProtocolRegisterAssemblyBase::Update(Zu::Params::Group const& params)
+{
+    auto const& updateParams = dynamic_cast<UpdateBlockParams const&>(params);
+    uint16 const outputId = updateParams.outputId.Get();
+    if (outputId > LAST_VALID_OUTPUT_ID)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Register output id must be specified in order to update a register block.");
+    }
+    {
+        Zu::Locker const guard(lock);
+        RefreshPlacement();
+        Position const position = placement.Find(outputId);
+        if (position != placement.End())
+        {
+            UpdateBlockProperties(position, updateParams);
+            return;
+        }
+    }
+    ZU_THROW(Zu::Status::NOT_FOUND, "There are no register blocks with output id %1$u.", unsigned{outputId});
+}
+
+void ProtocolRegisterAssemblyBase::ResetRegisterAssembly()
+{
+    Zu::Locker const guard(lock);
+    placement.Clear();
+    for (auto const& type : supportedTypes)
+    {
+        type->ResetInstanceCount();
+    }
+    usedRegisterCount.store(0, std::memory_order_relaxed);
+    NoteChange();
+}
+
+void ProtocolRegisterAssemblyBase::InitDefaultRegisterBlocksForRegisterAssembly()
+{
+    AddBlockParams params;
+    ResetRegisterAssembly();
+
+    Zu::Locker const guard(lock);
+    for (auto const& type : supportedTypes)
+    {
+        if (type->MinInstanceCount() != 0)
+        {
+            params.blocks.Add().type.Set(type->Type()); // one, also where the least number is more than one
+        }
+    }
+    if (params.blocks.Count() > 0)
+    {
+        Add(params);
+    }
+}
+
+std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> const&
+ProtocolRegisterAssemblyBase::SupportedRegisterBlockTypes()
+{
+    if (!lockHeld.load(std::memory_order_relaxed))
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    return supportedTypes;
+}
+
+std::list<std::shared_ptr<ProtocolRegisterBlock>> const& ProtocolRegisterAssemblyBase::AddedRegisterBlocks()
+{
+    if (!lockHeld.load(std::memory_order_relaxed))
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    return placement.Blocks();
+}
+
+std::list<std::shared_ptr<ProtocolRegisterBlock>> const
+ProtocolRegisterAssemblyBase::FindAddedBlocksOfTypes(std::list<std::string> types)
+{
+    std::unordered_set<std::string> const wanted(types.begin(), types.end());
+    BlockList found;
+    Zu::Locker const guard(lock);
+    for (auto const& block : placement.Blocks())
+    {
+        if (wanted.contains(block->Type()))
+        {
+            found.push_back(block);
+        }
+    }
+    return found;
+}
+
+std::map<std::string, std::shared_ptr<ProtocolRegisterBlock>> const
+ProtocolRegisterAssemblyBase::FindAddedScanOutputBlocksSortedByDataSource()
+{
+    std::map<std::string, std::shared_ptr<ProtocolRegisterBlock>> found;
+    Zu::Locker const guard(lock);
+    for (auto const& block : placement.Blocks())
+    {
+        if (block->HasDataSource())
+        {
+            found.try_emplace(block->DataSource(), block); // of two blocks the first in the list stays
+        }
+    }
+    return found;
+}
+
+Zu::Params::Group const& ProtocolRegisterAssemblyBase::Attributes()
+{
+    return attributes;
+}
+
+Zu::Params::Group const& ProtocolRegisterAssemblyBase::Properties()
+{
+    return properties;
+}
+
+std::vector<std::string> ProtocolRegisterAssemblyBase::DataSourceList() const
+{
+    std::vector<std::string> sources;
+    Zu::Locker const guard(lock);
+    for (auto const& block : placement.Blocks())
+    {
+        if (block->HasDataSource())
+        {
+            sources.push_back(block->DataSource());
+        }
+    }
+    return sources;
+}
+
+char const* ProtocolRegisterAssemblyBase::Id() const
+{
+    return properties.id.Get().c_str();
+}
+
+void ProtocolRegisterAssemblyBase::ChangeBigEndianSupportedBlocks(bool isProtocolBigEndian)
+{
+    Zu::Locker const guard(lock);
+    for (auto const& type : supportedTypes)
+    {
+        type->SetIsProtocolBigEndian(isProtocolBigEndian);
+    }
+    NoteChange();
+}
+
+uint64 ProtocolRegisterAssemblyBase::ChangeCount() const
+{
+    return changeCount.load(std::memory_order_acquire);
+}
+
+void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool autoShift)
+{
+    if (params.type.Get().empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "Cannot add block. Register block type must be specified in order to add a register block.");
+    }
+    Zu::Locker const guard(lock);
+    ProtocolRegisterBlockInfo* const info = FindSupportedType(params.type.Get());
+    if (info == nullptr)
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND,
+                 "Cannot add block. The type or size of the %1$s block is incompatible with this protocol.",
+                 params.type.Get().c_str());
+    }
+    if (info->AtMaxInstance())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "Cannot add block. The maximum number of blocks of block type %1$s have already been added.",
+                 info->Type().c_str());
+    }
+    RefreshPlacement();
+    uint16 endAddress = 0;
+    FormatBlockParams(info, params, endAddress);
+    Position const position =
+        GetInsertPosition(params.outputId.Get(), endAddress, autoShift, RegisterPlacement::NOTHING_EXCLUDED);
+    std::shared_ptr<ProtocolRegisterBlock> const block = info->ConstructBlock(params);
+    placement.Insert(position, block);
+    info->IncrementInstanceCount();
+    AddToUsedRegisters(block->RegisterCount());
+    NoteChange();
+}
+
+void ProtocolRegisterAssemblyBase::RemoveBlock(uint16 outputId)
+{
+    if (outputId > LAST_VALID_OUTPUT_ID)
+    {
+        ZU_THROW(
+            Zu::Status::BAD_ARGUMENT,
+            "Cannot remove block. Register block output id must be specified in order to remove a register block.");
+    }
+    {
+        Zu::Locker const guard(lock);
+        RefreshPlacement();
+        Position const position = placement.Find(outputId);
+        if (position != placement.End())
+        {
+            std::shared_ptr<ProtocolRegisterBlock> const block = *position;
+            if (block->AtMinInstance())
+            {
+                ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                         "Cannot remove block with output id %1$u. The minimum number of instances of this block type "
+                         "exist in the register assembly.",
+                         unsigned{outputId});
+            }
+            placement.Erase(position);
+            block->DecrementInstanceCount();
+            AddToUsedRegisters(-block->RegisterCount());
+            NoteChange();
+            return;
+        }
+    }
+    ZU_THROW(Zu::Status::NOT_FOUND, "Cannot remove block. There are no register blocks with output id %1$u.",
+             unsigned{outputId});
+}
+
+ProtocolRegisterBlockInfo* ProtocolRegisterAssemblyBase::FindSupportedType(std::string const& type)
+{
+    for (auto const& supported : supportedTypes)
+    {
+        if (supported->Type() == type)
+        {
+            return supported.get();
+        }
+    }
+    return nullptr;
+}
+
+void ProtocolRegisterAssemblyBase::FormatBlockParams(ProtocolRegisterBlockInfo* info, RegisterBlockParams& params,
+                                                     uint16& endAddress)
+{
+    if (info->HasDataSource() && params.dataSource.Get().empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Cannot add block. A data source is required for block type %1$s.",
+                 info->Type().c_str());
+    }
+    if (params.displayName.Get().empty())
+    {
+        params.displayName.Set(info->DisplayName());
+    }
+    if (params.outputId.Get() > LAST_VALID_OUTPUT_ID)
+    {
+        params.outputId.Set(GetNextRegisterBlockOutputId());
+    }
+    uint16 const id = params.outputId.Get();
+    if (!IsGlobal())
+    {
+        endAddress = id;
+        return;
+    }
+    uint16 const registerCount = info->RegisterCount();
+    if (!IsValidOutputId(id, registerCount))
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "Cannot add block %1$s because the block output id range [%2$u, %3$u] lies outside the valid output "
+                 "id range [%4$u, %5$u].",
+                 info->Type().c_str(), unsigned{id}, LastIdOf(id, registerCount), unsigned{OutputIdMin()},
+                 unsigned{OutputIdMax()});
+    }
+    endAddress = static_cast<uint16>(LastIdOf(id, registerCount));
+}
+
+ProtocolRegisterAssemblyBase::Position
+ProtocolRegisterAssemblyBase::GetInsertPosition(uint16 startId, uint16 endId, bool autoShift, uint16 excludedOutputId)
+{
+    Position const position = placement.FindInsertPosition(startId, endId, excludedOutputId);
+    if (position == placement.End() || !IsBlockOverlapping(startId, endId, *position))
+    {
+        return position;
+    }
+    ProtocolRegisterBlock const& block = **position;
+    if (autoShift)
+    {
+        ShiftRegisterAddresses(position, startId, endId, excludedOutputId);
+        return position;
+    }
+    if (startId == endId)
+    {
+        ZU_THROW(Zu::Status::ID_CONFLICT,
+                 "The block output id %1$u conflicts with the output id %2$u of an existing block: %3$s.",
+                 unsigned{startId}, unsigned{block.OutputId()}, block.DisplayName().c_str());
+    }
+    ZU_THROW(Zu::Status::ID_CONFLICT,
+             "The block output id range [%1$u - %2$u] overlaps with the output id range [%3$u - %4$u] of an existing "
+             "block: %5$s.",
+             unsigned{startId}, unsigned{endId}, unsigned{block.OutputId()}, unsigned{block.EndAddress()},
+             block.DisplayName().c_str());
+}
+
+void ProtocolRegisterAssemblyBase::ShiftRegisterAddresses(Position position, uint16 startId, uint16 endId,
+                                                          uint16 excludedOutputId)
+{
+    if (IsGlobal())
+    {
+        // All registers of the tail are counted, also those of the excluded block and where gaps would take the shift up.
+        uint32 const needed = uint32{UsedRegistersCount(position)} + static_cast<uint16>(endId - startId + 1);
+        if (needed > static_cast<uint16>(OutputIdMax() - startId + 1))
+        {
+            ZU_THROW(Zu::Status::FULL);
+        }
+    }
+    placement.Shift(position, endId, excludedOutputId);
+    NoteChange();
+}
+
+bool ProtocolRegisterAssemblyBase::IsBlockOverlapping(uint16 startId, uint16 endId,
+                                                      std::shared_ptr<ProtocolRegisterBlock> block) const
+{
+    return RegisterPlacement::IsOverlapping(startId, endId, *block);
+}
+
+bool ProtocolRegisterAssemblyBase::IsValidOutputId(uint16 id, uint16 registerCount) const
+{
+    return id <= OutputIdMax() && int32{id} + registerCount - 1 <= OutputIdMax() && id >= OutputIdMin();
+}
+
+uint16 ProtocolRegisterAssemblyBase::GetNextRegisterBlockOutputId()
+{
+    if (!placement.Blocks().empty())
+    {
+        return static_cast<uint16>(placement.Blocks().back()->EndAddress() + 1);
+    }
+    return IsGlobal() ? OutputIdMin() : uint16{0};
+}
+
+uint16 ProtocolRegisterAssemblyBase::UsedRegistersCount(Position position)
+{
+    return placement.UsedRegisters(position);
+}
+
+bool ProtocolRegisterAssemblyBase::hasGap(Position position, uint16 startId, uint16 endId)
+{
+    return uint32{UsedRegistersCount(position)} + static_cast<uint16>(endId - startId + 1) <=
+           static_cast<uint16>(OutputIdMax() - startId + 1);
+}
+
+void ProtocolRegisterAssemblyBase::UpdateBlockProperties(Position position, UpdateBlockParams const& params)
+{
+    std::shared_ptr<ProtocolRegisterBlock> const block = *position;
+    UpdateBlockNewParams const& newParams = params.newParams;
+    if (newParams.outputId.Get() < RegisterBlockParams::NO_OUTPUT_ID)
+    {
+        MoveBlock(position, newParams.outputId.Get(), params.autoShift.Get());
+    }
+    // An empty text leaves what is there: an update can empty no field.
+    if (!newParams.scannerId.Get().empty())
+    {
+        block->SetScannerId(newParams.scannerId.Get());
+    }
+    if (!newParams.displayName.Get().empty())
+    {
+        block->SetDisplayName(newParams.displayName.Get());
+    }
+    NoteChange();
+    if (block->HasDataSource() && !newParams.dataSource.Get().empty())
+    {
+        block->SetDataSource(newParams.dataSource.Get());
+        NoteChange();
+    }
+}
+
+void ProtocolRegisterAssemblyBase::MoveBlock(Position position, uint16 newId, bool autoShift)
+{
+    ProtocolRegisterBlock const& block = **position;
+    uint16 newEnd = newId;
+    if (IsGlobal())
+    {
+        if (!IsValidOutputId(newId, block.RegisterCount()))
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                     "Cannot update block %1$s because the block output id range [%2$u, %3$u] lies outside the valid "
+                     "output id range [%4$u, %5$u].",
+                     block.Type().c_str(), unsigned{newId}, LastIdOf(newId, block.RegisterCount()),
+                     unsigned{OutputIdMin()}, unsigned{OutputIdMax()});
+        }
+        newEnd = static_cast<uint16>(LastIdOf(newId, block.RegisterCount()));
+    }
+    // Excluded, so that the block never conflicts with its old place.
+    Position const target = GetInsertPosition(newId, newEnd, autoShift, block.OutputId());
+    placement.Move(position, target, newId);
+}
+
+void ProtocolRegisterAssemblyBase::CheckCompaction(uint16 startingOutputId) const
+{
+    if (OutputIdMax() < startingOutputId || OutputIdMin() > startingOutputId)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "Cannot compact blocks. The requested output id %1$u cannot lie outside the valid output id range "
+                 "[%2$u, %3$u].",
+                 unsigned{startingOutputId}, unsigned{OutputIdMin()}, unsigned{OutputIdMax()});
+    }
+    uint16 const used = usedRegisterCount.load(std::memory_order_relaxed);
+    if (int32{OutputIdMax()} - startingOutputId + 1 < int32{used})
+    {
+        ZU_THROW(
+            Zu::Status::FULL,
+            "Cannot compact blocks. The requested output id range [%1$u, %2$u] cannot lie outside the valid output "
+            "id range [%3$u, %4$u].",
+            unsigned{startingOutputId}, LastIdOf(startingOutputId, used), unsigned{OutputIdMin()},
+            unsigned{OutputIdMax()});
+    }
+}
+
+void ProtocolRegisterAssemblyBase::RefreshPlacement()
+{
+    uint64 changes = 0;
+    for (auto const& type : supportedTypes)
+    {
+        changes += type->PlacementChangeCount();
+    }
+    placement.Refresh(changes);
+}
+
+void ProtocolRegisterAssemblyBase::AddToUsedRegisters(int32 registers)
+{
+    uint16 const used = usedRegisterCount.load(std::memory_order_relaxed); // written under the lock alone
+    usedRegisterCount.store(static_cast<uint16>(used + registers), std::memory_order_relaxed);
+}
+
+void ProtocolRegisterAssemblyBase::NoteChange()
+{
+    changeCount.fetch_add(1, std::memory_order_release);
+}
+
+bool ProtocolRegisterAssemblyBase::IsGlobal() const
+{
+    return attributes.isGlobalAddressSpaceUsed.Get();
+}
+
+uint16 ProtocolRegisterAssemblyBase::OutputIdMin() const
+{
+    return attributes.outputIdMin.Get();
+}
+
+uint16 ProtocolRegisterAssemblyBase::OutputIdMax() const
+{
+    return attributes.outputIdMax.Get();
+}
+
+} // namespace ZuControl::ControlProtocol

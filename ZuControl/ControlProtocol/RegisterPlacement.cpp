@@ -1,0 +1,265 @@
+#include "ZuControl/ControlProtocol/RegisterPlacement.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZuControl::ControlProtocol
+{
+
+RegisterPlacement::RegisterPlacement() = default;
+RegisterPlacement::~RegisterPlacement() = default;
+
+RegisterPlacement::BlockList const& RegisterPlacement::Blocks() const
+{
+    return blocks;
+}
+
+RegisterPlacement::Position RegisterPlacement::Begin()
+{
+    return blocks.begin();
+}
+
+RegisterPlacement::Position RegisterPlacement::End()
+{
+    return blocks.end();
+}
+
+void RegisterPlacement::Refresh(uint64 placementChangeCount)
+{
+    if (!isStale && placementChangeCount == knownChangeCount)
+    {
+        return;
+    }
+    index.clear();
+    for (Position position = blocks.begin(); position != blocks.end(); ++position)
+    {
+        index.push_back(EntryOf(position));
+    }
+    isOrdered = IsInOrder(index.begin(), index.end());
+    isStale = false;
+    knownChangeCount = placementChangeCount;
+}
+
+RegisterPlacement::Position RegisterPlacement::Find(uint16 outputId)
+{
+    if (!isOrdered || isStale)
+    {
+        return std::ranges::find_if(blocks, [outputId](auto const& block) { return block->OutputId() == outputId; });
+    }
+    Slot const slot = std::ranges::lower_bound(index, outputId, {}, &Entry::start);
+    return slot != index.end() && slot->start == outputId ? slot->position : blocks.end();
+}
+
+RegisterPlacement::Position RegisterPlacement::FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId)
+{
+    if (!isOrdered || isStale || endId < startId)
+    {
+        return WalkToInsertPosition(startId, endId, excludedOutputId);
+    }
+    // All blocks that end ahead of the range are passed by; the next one overlaps it or lies behind it.
+    Slot slot = std::ranges::lower_bound(index, startId, {}, &Entry::end);
+    if (slot != index.end() && excludedOutputId != NOTHING_EXCLUDED && slot->start == excludedOutputId)
+    {
+        ++slot;
+    }
+    return slot != index.end() ? slot->position : blocks.end();
+}
+
+bool RegisterPlacement::IsOverlapping(uint16 startId, uint16 endId, ProtocolRegisterBlock const& block)
+{
+    uint16 const blockStart = block.OutputId();
+    uint16 const blockEnd = block.EndAddress();
+    return (startId >= blockStart && startId <= blockEnd) || (endId >= blockStart && endId <= blockEnd) ||
+           (startId <= blockStart && endId >= blockEnd);
+}
+
+uint16 RegisterPlacement::UsedRegisters(Position position)
+{
+    uint32 used = 0;
+    if (!isOrdered || isStale)
+    {
+        for (; position != blocks.end(); ++position)
+        {
+            used += (*position)->RegisterCount();
+        }
+        return static_cast<uint16>(used); // 16 bits, as the ids are
+    }
+    for (Slot slot = SlotOf(position); slot != index.end(); ++slot)
+    {
+        used += slot->registerCount;
+    }
+    return static_cast<uint16>(used);
+}
+
+void RegisterPlacement::Shift(Position position, uint16 endId, uint16 excludedOutputId)
+{
+    bool const isIndexKept = isOrdered && !isStale && excludedOutputId == NOTHING_EXCLUDED;
+    Slot const firstSlot = isIndexKept ? SlotOf(position) : index.end();
+    Slot slot = firstSlot;
+    uint16 lastEnd = endId;
+    for (; position != blocks.end(); ++position)
+    {
+        ProtocolRegisterBlock& block = **position;
+        uint16 const id = block.OutputId();
+        if (excludedOutputId != NOTHING_EXCLUDED && id == excludedOutputId)
+        {
+            continue;
+        }
+        if (lastEnd < id)
+        {
+            break;
+        }
+        SetOutputId(block, static_cast<uint16>(lastEnd + 1));
+        lastEnd = block.EndAddress();
+        if (isIndexKept)
+        {
+            *slot = EntryOf(position);
+            ++slot;
+        }
+    }
+    if (isIndexKept)
+    {
+        CheckOrder(firstSlot, slot);
+    }
+    else
+    {
+        isStale = true;
+    }
+}
+
+void RegisterPlacement::Insert(Position position, std::shared_ptr<ProtocolRegisterBlock> block)
+{
+    bool const isIndexKept = isOrdered && !isStale;
+    Slot const slot = isIndexKept ? SlotOf(position) : index.end();
+    auto const offset = slot - index.begin();
+    if (index.size() == index.capacity()) // what can fail comes first: list and index stay in step
+    {
+        index.reserve(std::max<std::size_t>(8, 2 * index.size()));
+    }
+    Position const placed = blocks.insert(position, std::move(block));
+    if (!isIndexKept)
+    {
+        isStale = true;
+        return;
+    }
+    index.insert(index.begin() + offset, EntryOf(placed));
+    CheckOrder(index.begin() + offset, index.begin() + offset + 1);
+}
+
+void RegisterPlacement::Erase(Position position)
+{
+    if (isOrdered && !isStale)
+    {
+        index.erase(SlotOf(position)); // what stays in order without it was in order with it
+    }
+    else
+    {
+        isStale = true;
+    }
+    blocks.erase(position);
+}
+
+void RegisterPlacement::Move(Position position, Position target, uint16 newOutputId)
+{
+    bool const isIndexKept = isOrdered && !isStale;
+    auto const from = isIndexKept ? SlotOf(position) - index.begin() : 0;
+    auto to = isIndexKept ? SlotOf(target) - index.begin() : 0;
+    SetOutputId(**position, newOutputId);
+    if (target != position && target != std::next(position))
+    {
+        blocks.splice(target, blocks, position);
+    }
+    if (!isIndexKept)
+    {
+        isStale = true;
+        return;
+    }
+    to = to > from ? to - 1 : to; // where the entry lies when it has left its old place
+    if (from < to)
+    {
+        std::rotate(index.begin() + from, index.begin() + from + 1, index.begin() + to + 1);
+    }
+    else
+    {
+        std::rotate(index.begin() + to, index.begin() + from, index.begin() + from + 1);
+    }
+    index[static_cast<std::size_t>(to)] = EntryOf(position);
+    CheckOrder(index.begin() + to, index.begin() + to + 1);
+}
+
+void RegisterPlacement::Compact(uint16 firstId)
+{
+    uint16 next = firstId;
+    for (auto const& block : blocks)
+    {
+        SetOutputId(*block, next);
+        next = static_cast<uint16>(block->EndAddress() + 1);
+    }
+    isStale = true;
+}
+
+void RegisterPlacement::Clear()
+{
+    blocks.clear();
+    index.clear();
+    isOrdered = true;
+    isStale = false;
+}
+
+RegisterPlacement::Entry RegisterPlacement::EntryOf(Position position)
+{
+    ProtocolRegisterBlock const& block = **position;
+    return {block.OutputId(), block.EndAddress(), block.RegisterCount(), position};
+}
+
+void RegisterPlacement::SetOutputId(ProtocolRegisterBlock& block, uint16 newOutputId)
+{
+    block.SetOutputId(newOutputId);
+    ++knownChangeCount; // the block's type counts it as well
+}
+
+RegisterPlacement::Position RegisterPlacement::WalkToInsertPosition(uint16 startId, uint16 endId,
+                                                                    uint16 excludedOutputId)
+{
+    for (Position position = blocks.begin(); position != blocks.end(); ++position)
+    {
+        ProtocolRegisterBlock const& block = **position;
+        if (excludedOutputId != NOTHING_EXCLUDED && block.OutputId() == excludedOutputId)
+        {
+            continue;
+        }
+        if (IsOverlapping(startId, endId, block) || endId < block.OutputId())
+        {
+            return position;
+        }
+    }
+    return blocks.end();
+}
+
+RegisterPlacement::Slot RegisterPlacement::SlotOf(Position position)
+{
+    if (position == blocks.end())
+    {
+        return index.end();
+    }
+    return std::ranges::lower_bound(index, (*position)->OutputId(), {}, &Entry::start);
+}
+
+bool RegisterPlacement::IsInOrder(Slot first, Slot last) const
+{
+    for (Slot slot = first; slot != last; ++slot)
+    {
+        if (slot->end < slot->start || (slot != index.begin() && std::prev(slot)->end >= slot->start))
+        {
+            return false;
+        }
+    }
+    return last == index.end() || last == index.begin() || std::prev(last)->end < last->start;
+}
+
+void RegisterPlacement::CheckOrder(Slot first, Slot last)
+{
+    isOrdered = IsInOrder(first, last);
+}
+
+} // namespace ZuControl::ControlProtocol
