@@ -1,0 +1,83 @@
+#include "Plugins/ModbusTcp/CommandChannel.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+
+#include <algorithm>
+
+namespace ModbusTcp
+{
+
+CommandChannel::CommandChannel(ICommandRunner& commandRunner) : runner(commandRunner)
+{
+}
+
+CommandChannel::~CommandChannel() = default;
+
+ModbusException CommandChannel::Write(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
+                                      std::size_t offset, std::span<uint16 const> values)
+{
+    if (offset + values.size() > registers.size())
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    if (runner.IsRunning())
+    {
+        return ModbusException::SERVER_DEVICE_BUSY;
+    }
+    std::ranges::copy(values, registers.begin() + static_cast<std::ptrdiff_t>(offset));
+    Command command{};
+    bool const isDecoded = Decode(block, isBigEndian, command);
+    if (command.requestId != last.requestId || !runner.IsSame(command, last))
+    {
+        Take(command, isDecoded);
+    }
+    return ModbusException::NONE;
+}
+
+CommandChannel::Result CommandChannel::LastResult()
+{
+    return {last.requestId, runner.LastStatus()};
+}
+
+bool CommandChannel::Decode(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
+                            Command& command) const
+{
+    std::array<uint8, 2 * REGISTER_COUNT> bytes;
+    for (std::size_t i = 0; i < registers.size(); ++i)
+    {
+        bytes[2 * i] = static_cast<uint8>(isBigEndian ? registers[i] >> 8 : registers[i] & 0xFF);
+        bytes[2 * i + 1] = static_cast<uint8>(isBigEndian ? registers[i] & 0xFF : registers[i] >> 8);
+    }
+    try
+    {
+        block.Deserialize(&command, sizeof command, bytes.data(), bytes.size());
+        return true;
+    }
+    catch (Zu::Exception const&)
+    {
+        return false; // a job without a name: request and command are decoded all the same, so it can be answered
+    }
+}
+
+void CommandChannel::Take(Command const& command, bool isDecoded)
+{
+    last = command;
+    ++takenCount;
+    if (!isDecoded)
+    {
+        runner.Fail();
+        return;
+    }
+    try
+    {
+        runner.Run(command);
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_CAUGHT("Command %u of request %u was refused", unsigned{command.commandId}, unsigned{command.requestId});
+        runner.Fail();
+    }
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,8 @@
+#include "Plugins/ModbusTcp/ICommandRunner.h"
+
+namespace ModbusTcp
+{
+
+ICommandRunner::~ICommandRunner() = default;
+
+} // namespace ModbusTcp

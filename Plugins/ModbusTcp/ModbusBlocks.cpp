@@ -1,0 +1,113 @@
+#include "Plugins/ModbusTcp/ModbusBlocks.h"
+
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+
+#include <memory>
+
+namespace ModbusTcp
+{
+
+using namespace ZuControl::ControlProtocol;
+
+namespace
+{
+
+constexpr uint8 BYTES_PER_REGISTER = 2;
+constexpr uint16 ANY_NUMBER = 65534;
+
+struct BlockType
+{
+    char const* type;
+    char const* displayName;
+    RegisterBlockCategory category;
+    uint16 registerCount;
+    uint16 deserializedInputSize; // bytes
+    uint16 minInstanceCount;
+    uint16 maxInstanceCount;
+    bool hasDataSource;
+};
+
+// The Scanner block must stay as the other state blocks must: a master finds all four where it expects them.
+constexpr BlockType CONTROL_INPUT{TYPE_CONTROL_INPUT, "Control Input", BlockCategoryControlInput, 66, 132, 1, 1, false};
+constexpr BlockType CONTROL_OUTPUT{
+    TYPE_CONTROL_OUTPUT, "Control Output", BlockCategoryControlOutput, 2, 0, 1, 1, false};
+constexpr BlockType SYSTEM{TYPE_SYSTEM, "System State", BlockCategorySystem, 72, 0, 1, 1, false};
+constexpr BlockType SCANNER{TYPE_SCANNER, "Sensor Group State", BlockCategoryScanner, 10, 0, 1, 1, false};
+constexpr BlockType STAMP{TYPE_STAMP, "Stamp", BlockCategoryStamp, 20, 0, 0, ANY_NUMBER, true};
+constexpr BlockType MEASUREMENT_VALUE{
+    TYPE_MEASUREMENT_VALUE, "Measurement", BlockCategoryMeasurement, 2, 0, 0, ANY_NUMBER, true};
+constexpr BlockType DECISION{TYPE_DECISION, "Decision", BlockCategoryMeasurement, 1, 0, 0, ANY_NUMBER, true};
+constexpr BlockType MEASUREMENT{
+    TYPE_MEASUREMENT, "Measurement and Decision", BlockCategoryMeasurement, 3, 0, 0, ANY_NUMBER, true};
+
+template <typename Block>
+void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
+{
+    RegisterBlockInfoParams params;
+    params.type = blockType.type;
+    params.displayName = blockType.displayName;
+    params.category = blockType.category;
+    params.deserializedInputSize = blockType.deserializedInputSize;
+    params.registerCount = blockType.registerCount;
+    params.bytesPerRegister = BYTES_PER_REGISTER;
+    params.minInstanceCount = blockType.minInstanceCount;
+    params.maxInstanceCount = blockType.maxInstanceCount;
+    params.hasDataSource = blockType.hasDataSource;
+    params.factory = std::make_shared<ProtocolRegisterBlockFactory<Block>>();
+    assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
+}
+
+} // namespace
+
+ModbusControlInputBlock::ModbusControlInputBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+    : DefaultControlInputRegisterBlock(params, usedInfo)
+{
+    textOffset = 4; // behind the register of the command id, not inside it
+}
+
+ModbusControlInputBlock::~ModbusControlInputBlock() = default;
+
+ModbusSystemBlock::ModbusSystemBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+    : DefaultSystemStateRegisterBlock(params, usedInfo)
+{
+    stateByte0 = 8;
+    value64 = 0;
+    jobFileNameLength = 10;
+    jobFileName = 12;
+    stateByte2 = 140;
+    stateByte3 = 142;
+}
+
+ModbusSystemBlock::~ModbusSystemBlock() = default;
+
+ModbusScannerBlock::ModbusScannerBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+    : DefaultScannerStateRegisterBlock(params, usedInfo)
+{
+    scannerByte0 = 16;
+    encoderValue = 0;
+    syncTime = 8;
+    scannerByte1 = 18;
+}
+
+ModbusScannerBlock::~ModbusScannerBlock() = default;
+
+void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
+{
+    AddType<ModbusControlInputBlock>(assembly, CONTROL_INPUT);
+    AddType<DefaultControlOutputRegisterBlock>(assembly, CONTROL_OUTPUT);
+    AddType<ModbusSystemBlock>(assembly, SYSTEM);
+    AddType<ModbusScannerBlock>(assembly, SCANNER);
+    AddType<DefaultStampRegisterBlock>(assembly, STAMP);
+    AddType<DefaultMeasurementValueRegisterBlock>(assembly, MEASUREMENT_VALUE);
+    AddType<DefaultMeasurementDecisionRegisterBlock>(assembly, DECISION);
+    AddType<DefaultMeasurementValueAndDecisionRegisterBlock>(assembly, MEASUREMENT);
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
+#include "wApi/wTypes.h"
+
+namespace ZuControl::ControlProtocol
+{
+class IProtocolRegisterAssembly;
+}
+
+/// The block types of this service: those that every protocol has, laid out in registers of 16 bits so that no field shares
+/// a register with another.
+namespace ModbusTcp
+{
+
+inline constexpr uint16 LAST_REGISTER = 9999;
+
+// Names of the types, the same as elsewhere.
+inline constexpr char const* TYPE_CONTROL_INPUT = "ControlInput";
+inline constexpr char const* TYPE_CONTROL_OUTPUT = "ControlOutput";
+inline constexpr char const* TYPE_SYSTEM = "System";
+inline constexpr char const* TYPE_SCANNER = "Scanner";
+inline constexpr char const* TYPE_STAMP = "Stamp";
+inline constexpr char const* TYPE_MEASUREMENT_VALUE = "MeasurementValue";
+inline constexpr char const* TYPE_DECISION = "Decision";
+inline constexpr char const* TYPE_MEASUREMENT = "Measurement";
+
+/// 0 request id, 1 command id, 2 to 65 text, one character a register.
+struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock
+{
+    ModbusControlInputBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
+                            ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
+    ~ModbusControlInputBlock() override;
+};
+
+/// 0 to 3 value, 4 first state, 5 length of the job name, 6 to 69 job name, 70 and 71 the other states.
+struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock
+{
+    ModbusSystemBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
+                      ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
+    ~ModbusSystemBlock() override;
+};
+
+/// 0 to 3 encoder, 4 to 7 time, 8 and 9 the two states.
+struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock
+{
+    ModbusScannerBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
+                       ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
+    ~ModbusScannerBlock() override;
+};
+
+/// Gives an assembly all block types of this service.
+void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
+
+} // namespace ModbusTcp

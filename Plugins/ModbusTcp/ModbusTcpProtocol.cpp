@@ -1,0 +1,326 @@
+#include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
+
+#include "Plugins/ModbusTcp/DefaultJob.h"
+#include "Plugins/ModbusTcp/ModbusBlocks.h"
+#include "ZuApi/Exception.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "wApi/wArrayList.h"
+
+#include <algorithm>
+
+namespace ModbusTcp
+{
+
+using namespace ZuControl::ControlProtocol;
+using ZuControl::ProtocolStatus;
+
+namespace
+{
+
+constexpr uint64 USEC_PER_SECOND = 1'000'000;
+
+template <typename Service>
+Service& Required(Service* service, char const* name)
+{
+    if (service == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Modbus TCP cannot do without the %s", name);
+    }
+    return *service;
+}
+
+} // namespace
+
+ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
+    : ProtocolBase(PROTOCOL_ID, DISPLAY_NAME, environ),
+      assembly(true, 0, LAST_REGISTER),
+      assemblyActionTarget(assembly),
+      encoder(image),
+      fetcher(Required(environ.dataCache, "data cache"), Required(environ.problems, "problems manager")),
+      map(image, fetcher, *this),
+      server(map, counters, [this](uint64 count) { OnClientsChanged(count); })
+{
+    AddModbusBlockTypes(assembly);
+    assemblyGroup.Add(assembly, assemblyActionTarget);
+    ProtocolInitParams initParams;
+    initParams.params = &params;
+    initParams.metricsData = &metrics;
+    initParams.registerAssemblyGroup = &assemblyGroup;
+    Init(initParams);
+    ConfigureDefaultJob(assembly);
+    TakeLayout();
+}
+
+ModbusTcpProtocol::~ModbusTcpProtocol()
+{
+    CloseResultHandlerGate(); // the base would do it when the members are gone
+    server.Stop();
+    fetcher.Stop();
+}
+
+Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
+{
+    auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
+    std::scoped_lock const guard(metricsLock);
+    metrics.clients.Set(load(counters.clients));
+    metrics.acceptedClients.Set(load(counters.acceptedClients));
+    metrics.rejectedClients.Set(load(counters.rejectedClients));
+    metrics.droppedClients.Set(load(counters.droppedClients));
+    metrics.requests.Set(load(counters.requests));
+    metrics.exceptions.Set(load(counters.exceptions));
+    metrics.bytesIn.Set(load(counters.bytesIn));
+    metrics.bytesOut.Set(load(counters.bytesOut));
+    metrics.resultSets.Set(encoder.ResultSetCount());
+    metrics.commands.Set(map.CommandCount());
+    metrics.controlDrops.Set(encoder.DropCount());
+    {
+        std::scoped_lock const listeningGuard(listeningLock);
+        metrics.listening.Set(listening);
+    }
+    CheckControlDrops();
+    return metrics;
+}
+
+void ModbusTcpProtocol::ResetMetrics()
+{
+    counters.Reset();
+    encoder.ResetCounts();
+    map.ResetCommandCount();
+}
+
+void ModbusTcpProtocol::ParamsUpdate()
+{
+    std::unique_lock guard(lifecycleLock);
+    bool const wasRunning = server.IsRunning();
+    try
+    {
+        ApplyParams();
+    }
+    catch (std::exception const&)
+    {
+        bool const isLost = wasRunning && !server.IsRunning();
+        guard.unlock(); // a handler may ask this service for anything
+        if (isLost)
+        {
+            NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+        }
+        throw;
+    }
+}
+
+void ModbusTcpProtocol::ResetParams()
+{
+    params.SetDefaults();
+    ParamsUpdate();
+}
+
+void ModbusTcpProtocol::Start()
+{
+    {
+        std::scoped_lock const guard(lifecycleLock);
+        if (server.IsRunning())
+        {
+            return;
+        }
+        ApplyRegisterOrder();
+        fetcher.Start();
+        try
+        {
+            ListenOn(WantedSettings());
+        }
+        catch (...)
+        {
+            fetcher.Stop();
+            throw;
+        }
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
+}
+
+void ModbusTcpProtocol::Stop()
+{
+    {
+        std::scoped_lock const guard(lifecycleLock);
+        server.Stop();
+        fetcher.Stop();
+        NoteListening();
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
+}
+
+void ModbusTcpProtocol::ProcessResultSets(void* resultSets)
+{
+    if (assembly.ChangeCount() != layoutChangeCount.load(std::memory_order_relaxed))
+    {
+        TakeLayout(); // a change that failed half way tells nobody
+    }
+    encoder.Process(*static_cast<wArrayList const*>(resultSets));
+}
+
+void ModbusTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    ProtocolBase::RegisterControlScanResultsHandler(results);
+    results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
+    {
+        std::scoped_lock const guard(fanOutLock);
+        fanOut = &results;
+    }
+    TellClientCount();
+}
+
+void ModbusTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    {
+        std::scoped_lock const guard(fanOutLock);
+        fanOut = nullptr; // not under the call below, which waits for a batch in progress
+    }
+    ProtocolBase::DeregisterControlScanResultsHandler(results);
+}
+
+void ModbusTcpProtocol::RegisterAssemblyUpdate(char const*)
+{
+    TakeLayout();
+}
+
+void ModbusTcpProtocol::ConfigureDefaultRegisterAssembly()
+{
+    ConfigureDefaultJob(assembly);
+    TakeLayout();
+    std::scoped_lock const guard(fanOutLock);
+    if (fanOut != nullptr)
+    {
+        fanOut->UpdateOutputMap(EthernetProtocolId(), DataSourceList());
+    }
+}
+
+bool ModbusTcpProtocol::IsRunning() const
+{
+    return OperationInProgress();
+}
+
+bool ModbusTcpProtocol::IsSame(Command const& first, Command const& second)
+{
+    return IsDuplicateCommand(first, second);
+}
+
+void ModbusTcpProtocol::Run(Command const& command)
+{
+    ProcessReceivedCommonCommands(command);
+}
+
+void ModbusTcpProtocol::Fail()
+{
+    OperationCompleted(Zu::Status::FAILURE);
+}
+
+ICommandRunner::Status ModbusTcpProtocol::LastStatus()
+{
+    return GetCommandStatus();
+}
+
+ModbusServer::Settings ModbusTcpProtocol::WantedSettings() const
+{
+    // Settings come from files too, unvalidated.
+    return {params.address.Get(), params.port.Get(), std::min(params.maxClients.Get(), ModbusParams::MOST_CLIENTS),
+            USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, ModbusParams::LONGEST_IDLE_TIMEOUT)};
+}
+
+void ModbusTcpProtocol::ApplyParams()
+{
+    ApplyRegisterOrder();
+    if (!server.IsRunning())
+    {
+        return;
+    }
+    ModbusServer::Settings const wanted = WantedSettings();
+    if (wanted.port != applied.port || wanted.address != applied.address)
+    {
+        BindAnew(wanted);
+        return;
+    }
+    server.SetLimits(wanted.maxClients, wanted.idleTimeoutUsec);
+    applied = wanted;
+}
+
+void ModbusTcpProtocol::BindAnew(ModbusServer::Settings const& wanted)
+{
+    server.Stop(); // first: the new address may cover the old one on the same port
+    try
+    {
+        ListenOn(wanted);
+    }
+    catch (std::exception const&)
+    {
+        std::exception_ptr const reason = std::current_exception();
+        try
+        {
+            ListenOn(applied);
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_CAUGHT("Modbus TCP cannot go back to where it listened before");
+            fetcher.Stop(); // as after a start that failed
+        }
+        std::rethrow_exception(reason);
+    }
+}
+
+void ModbusTcpProtocol::ListenOn(ModbusServer::Settings const& settings)
+{
+    try
+    {
+        server.Start(settings);
+        applied = settings;
+    }
+    catch (...)
+    {
+        NoteListening();
+        throw;
+    }
+    NoteListening();
+}
+
+void ModbusTcpProtocol::ApplyRegisterOrder()
+{
+    bool const isWantedBigEndian = params.registerOrder.Get() != RegisterOrderLittleEndian;
+    if (isWantedBigEndian == isBigEndian)
+    {
+        return;
+    }
+    encoder.Pause(); // no read shall see results in two orders
+    map.ChangeOrder(isWantedBigEndian,
+                    [this, isWantedBigEndian] { assembly.ChangeBigEndianSupportedBlocks(isWantedBigEndian); });
+    encoder.Resume();
+    isBigEndian = isWantedBigEndian;
+}
+
+void ModbusTcpProtocol::TakeLayout()
+{
+    auto const layout = RegisterLayout::Take(assembly);
+    encoder.Install(layout);
+    map.Install(layout);
+    layoutChangeCount.store(layout->changeCount, std::memory_order_relaxed);
+}
+
+void ModbusTcpProtocol::OnClientsChanged(uint64 count)
+{
+    fetcher.SetHasClients(count > 0);
+    TellClientCount();
+}
+
+void ModbusTcpProtocol::TellClientCount()
+{
+    std::scoped_lock const guard(fanOutLock);
+    if (fanOut != nullptr)
+    {
+        UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));
+    }
+}
+
+void ModbusTcpProtocol::NoteListening()
+{
+    std::scoped_lock const guard(listeningLock);
+    listening = server.Endpoint();
+}
+
+} // namespace ModbusTcp

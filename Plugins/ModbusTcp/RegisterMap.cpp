@@ -1,0 +1,159 @@
+#include "Plugins/ModbusTcp/RegisterMap.h"
+
+#include "Plugins/ModbusTcp/RegisterImage.h"
+#include "Plugins/ModbusTcp/StateFetcher.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ModbusTcp
+{
+
+namespace
+{
+
+/// The part of a read that falls on one block.
+class Overlap final
+{
+public:
+    Overlap(RegisterLayout::Place const& overlappedPlace, uint16 first, std::span<uint16> readRegisters)
+        : place(overlappedPlace),
+          registers(readRegisters),
+          firstRead(first),
+          begin(std::max<uint32>(first, place.first)),
+          end(std::min<uint32>(static_cast<uint32>(first + readRegisters.size()), place.first + uint32{place.count}))
+    {
+    }
+
+    bool Exists() const
+    {
+        return place.Exists() && begin < end;
+    }
+
+    /// `source(i)` gives register i of the block.
+    template <typename Source>
+    void Fill(Source const& source) const
+    {
+        for (uint32 i = begin; i < end; ++i)
+        {
+            registers[i - firstRead] = source(i - place.first);
+        }
+    }
+
+    /// Has the block encode `record`.
+    template <typename Record>
+    void Encode(Record const& record) const
+    {
+        std::array<uint8, MOST_BYTES> bytes{}; // what the block leaves alone reads 0
+        std::size_t const size = 2 * std::size_t{place.count};
+        if (size > bytes.size())
+        {
+            return;
+        }
+        place.block->Serialize(bytes.data(), size, &record, sizeof record);
+        Fill([&bytes](uint32 i) { return static_cast<uint16>(bytes[2 * i] | bytes[2 * i + 1] << 8); });
+    }
+
+private:
+    static constexpr std::size_t MOST_BYTES = 144; // of the system block
+
+    RegisterLayout::Place const& place;
+    std::span<uint16> registers;
+    uint32 firstRead;
+    uint32 begin;
+    uint32 end;
+};
+
+} // namespace
+
+RegisterMap::RegisterMap(RegisterImage& usedImage, StateFetcher& usedFetcher, ICommandRunner& runner)
+    : image(usedImage), fetcher(usedFetcher), channel(runner), layout(std::make_shared<RegisterLayout const>())
+{
+}
+
+RegisterMap::~RegisterMap() = default;
+
+uint32 RegisterMap::RegisterCount() const
+{
+    return RegisterImage::REGISTER_COUNT;
+}
+
+void RegisterMap::Read(uint16 first, std::span<uint16> registers)
+{
+    image.Read(first, registers);
+    auto const present = Layout();
+    if (Overlap const input(present->controlInput, first, registers); input.Exists())
+    {
+        std::scoped_lock const guard(writeLock);
+        input.Fill([this](uint32 i) { return channel.Written()[i]; });
+    }
+    if (Overlap const output(present->controlOutput, first, registers); output.Exists())
+    {
+        std::scoped_lock const guard(writeLock);
+        output.Encode(channel.LastResult());
+    }
+    Overlap const system(present->system, first, registers);
+    Overlap const scanner(present->scanner, first, registers);
+    if (system.Exists() || scanner.Exists())
+    {
+        StateFetcher::State const state = fetcher.Latest(present->scannerId);
+        if (system.Exists())
+        {
+            system.Encode(state.system);
+        }
+        if (scanner.Exists())
+        {
+            scanner.Encode(state.scanner);
+        }
+    }
+}
+
+ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
+{
+    auto const present = Layout();
+    RegisterLayout::Place const& input = present->controlInput;
+    if (!input.Exists() || first < input.first || first + values.size() > std::size_t{input.first} + input.count)
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    std::scoped_lock const guard(writeLock);
+    uint64 const takenBefore = channel.TakenCount();
+    auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
+    commandCount.fetch_add(channel.TakenCount() - takenBefore, std::memory_order_relaxed);
+    return result;
+}
+
+void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)
+{
+    std::scoped_lock const guard(layoutLock);
+    if (newLayout->changeCount >= layout->changeCount)
+    {
+        layout.swap(newLayout);
+    }
+}
+
+void RegisterMap::ChangeOrder(bool newIsBigEndian, std::function<void()> const& change)
+{
+    std::scoped_lock const guard(writeLock);
+    change();
+    isBigEndian = newIsBigEndian;
+}
+
+uint64 RegisterMap::CommandCount() const
+{
+    return commandCount.load(std::memory_order_relaxed);
+}
+
+void RegisterMap::ResetCommandCount()
+{
+    commandCount.store(0, std::memory_order_relaxed);
+}
+
+std::shared_ptr<RegisterLayout const> RegisterMap::Layout()
+{
+    std::scoped_lock const guard(layoutLock);
+    return layout;
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Plugins/ModbusTcp/CommandChannel.h"
+#include "Plugins/ModbusTcp/IRegisterModel.h"
+#include "Plugins/ModbusTcp/RegisterLayout.h"
+#include "wApi/wTypes.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace ModbusTcp
+{
+
+class RegisterImage;
+class StateFetcher;
+
+/// The registers as a client sees them: the published results, and over them the command registers as they were written,
+/// the answer to the last command and the state of system and scanner, encoded when a read covers them.
+///
+/// Threads: reads and writes belong to one thread at a time, the I/O thread; the rest to any.
+class RegisterMap final : public IRegisterModel
+{
+public:
+    RegisterMap(RegisterImage& usedImage, StateFetcher& usedFetcher, ICommandRunner& runner);
+    ~RegisterMap() override;
+    RegisterMap(RegisterMap const&) = delete;
+    RegisterMap& operator=(RegisterMap const&) = delete;
+
+    uint32 RegisterCount() const override;
+    void Read(uint16 first, std::span<uint16> registers) override;
+    ModbusException Write(uint16 first, std::span<uint16 const> values) override;
+
+    /// From now on the blocks lie where `layout` says; an older one than the present is passed over.
+    void Install(std::shared_ptr<RegisterLayout const> newLayout);
+
+    /// Runs `change`, which is to give the blocks this byte order, while no write is being judged.
+    void ChangeOrder(bool newIsBigEndian, std::function<void()> const& change);
+
+    uint64 CommandCount() const;
+    void ResetCommandCount();
+
+private:
+    std::shared_ptr<RegisterLayout const> Layout();
+
+    RegisterImage& image;
+    StateFetcher& fetcher;
+
+    // Taken for each write, and by a change of the byte order; guards the channel and the order. Operations are begun
+    // under it, and the assembly's lock may be taken under it.
+    std::mutex writeLock;
+    CommandChannel channel;
+    bool isBigEndian = true;
+
+    std::mutex layoutLock; // a leaf, held for the copy of the pointer, which it guards
+    std::shared_ptr<RegisterLayout const> layout;
+
+    std::atomic<uint64> commandCount{0};
+};
+
+} // namespace ModbusTcp

@@ -1,0 +1,158 @@
+#include "Plugins/ModbusTcp/ResultEncoder.h"
+
+#include "Plugins/ModbusTcp/RegisterImage.h"
+#include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuCore/ResultInfo.h"
+#include "ZuCore/ResultItem.h"
+#include "ZuCore/ResultSet.h"
+#include "wApi/wArrayList.h"
+
+#include <algorithm>
+
+namespace ModbusTcp
+{
+
+using ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
+
+namespace
+{
+
+std::span<uint8> BytesOf(RegisterLayout::Place const& place, std::span<uint8> image)
+{
+    return image.subspan(2 * std::size_t{place.first}, 2 * std::size_t{place.count});
+}
+
+} // namespace
+
+ResultEncoder::ResultEncoder(RegisterImage& usedImage)
+    : image(usedImage), layout(std::make_shared<RegisterLayout const>())
+{
+}
+
+ResultEncoder::~ResultEncoder() = default;
+
+void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
+{
+    std::scoped_lock const guard(lock);
+    if (newLayout->changeCount < layout->changeCount)
+    {
+        return; // two threads took a view each, and this one came late
+    }
+    Carry(*layout, *newLayout);
+    layout.swap(newLayout);
+    faulty.clear();
+    image.SetUsedSpan(layout->resultsFirst, layout->resultsEnd);
+    image.Publish();
+}
+
+void ResultEncoder::Pause()
+{
+    std::scoped_lock const guard(lock);
+    isPaused = true;
+    std::ranges::fill(image.Edit(), uint8{0});
+    image.Publish();
+}
+
+void ResultEncoder::Resume()
+{
+    std::scoped_lock const guard(lock);
+    isPaused = false;
+}
+
+void ResultEncoder::Process(wArrayList const& resultSets)
+{
+    std::scoped_lock const guard(lock);
+    if (isPaused)
+    {
+        return;
+    }
+    uint64 const count = wArrayList_Count(resultSets);
+    uint64 drops = 0;
+    for (uint64 i = 0; i < count; ++i)
+    {
+        drops += EncodeSet(static_cast<ZuCore::ResultSetObject const*>(wArrayList_At(resultSets, i))) ? 0 : 1;
+    }
+    image.Publish();
+    resultSetCount.fetch_add(count, std::memory_order_relaxed);
+    dropCount.fetch_add(drops, std::memory_order_relaxed);
+}
+
+uint64 ResultEncoder::ResultSetCount() const
+{
+    return resultSetCount.load(std::memory_order_relaxed);
+}
+
+uint64 ResultEncoder::DropCount() const
+{
+    return dropCount.load(std::memory_order_relaxed);
+}
+
+void ResultEncoder::ResetCounts()
+{
+    resultSetCount.store(0, std::memory_order_relaxed);
+    dropCount.store(0, std::memory_order_relaxed);
+}
+
+void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
+{
+    std::span<uint8> const bytes = image.Edit();
+    std::vector<uint8> const old(bytes.begin(), bytes.end());
+    std::ranges::fill(bytes, uint8{0}); // what no block lies on any more
+    for (ResultPlace const& place : to.Results())
+    {
+        for (ResultPlace const& before : from.Find(place.dataSource))
+        {
+            if (before.block == place.block)
+            {
+                auto const source = old.begin() + 2 * before.first;
+                std::copy_n(source, 2 * place.count, BytesOf(place, bytes).begin());
+            }
+        }
+    }
+}
+
+bool ResultEncoder::EncodeSet(ZuCore::ResultSetObject const* resultSet)
+{
+    bool isWhole = true;
+    uint64 const count = ZuCore::ResultSet_Count(resultSet);
+    for (uint64 i = 0; i < count; ++i)
+    {
+        ZuCore::ResultItem const item = ZuCore::ResultSet_At(resultSet, i);
+        uint64 const dataSource = ZuCore::ResultInfo_NumericId(ZuCore::ResultItem_ResultInfo(item));
+        for (ResultPlace const& place : layout->Find(dataSource))
+        {
+            isWhole = EncodeItem(place, item) && isWhole;
+        }
+    }
+    return isWhole;
+}
+
+bool ResultEncoder::EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item)
+{
+    std::span<uint8> const bytes = BytesOf(place, image.Edit());
+    ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData const data{item, 0};
+    try
+    {
+        place.block->Serialize(bytes.data(), bytes.size(), &data, sizeof data);
+        return true;
+    }
+    catch (std::exception const&) // one that leaves ends the delivery of results for good
+    {
+        std::ranges::fill(bytes, uint8{0});
+        NoteFault(place);
+        return false;
+    }
+}
+
+void ResultEncoder::NoteFault(ResultPlace const& place)
+{
+    if (std::ranges::find(faulty, place.block.get()) == faulty.end())
+    {
+        faulty.push_back(place.block.get());
+        ZU_LOG_CAUGHT("The block at register %u cannot take the results of its data source",
+                      static_cast<unsigned>(place.first));
+    }
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,189 @@
+#include "Plugins/ModbusTcp/StateFetcher.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/IControlDataCache.h"
+#include "wApi/wTime.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ModbusTcp
+{
+
+namespace
+{
+
+constexpr uint64 FETCH_TIMEOUT_USEC = 20'000; // of each of the two fetches
+
+template <typename Number>
+uint8 CutTo255(Number value)
+{
+    return static_cast<uint8>(std::min<uint64>(value, 255));
+}
+
+} // namespace
+
+StateFetcher::StateFetcher(ZuControl::IControlDataCache& usedDataCache, ZuCommon::ProblemsManager& usedProblems)
+    : dataCache(usedDataCache), problems(usedProblems)
+{
+}
+
+StateFetcher::~StateFetcher()
+{
+    Stop();
+}
+
+void StateFetcher::Start()
+{
+    if (isStarted)
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    {
+        std::scoped_lock const guard(lock);
+        isStopping = false;
+        isResting = true;
+    }
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "ModbusTcp.State"));
+    ZU_CHECK(wThread_Start(thread, &StateFetcher::Run, this));
+    isStarted = true;
+}
+
+void StateFetcher::Stop() noexcept
+{
+    if (!isStarted)
+    {
+        return;
+    }
+    ZU_GUARD_BOUNDARY([this] {
+        {
+            std::scoped_lock const guard(lock);
+            isStopping = true;
+        }
+        changed.NotifyAll();
+        ZU_CHECK(wThread_Destroy(&thread));
+    });
+    isStarted = false;
+}
+
+void StateFetcher::SetHasClients(bool newHasClients)
+{
+    {
+        std::scoped_lock const guard(lock);
+        lastQuestionUsec = newHasClients && !hasClients ? wTime_NowUsec() : lastQuestionUsec; // it will ask soon
+        hasClients = newHasClients;
+    }
+    changed.NotifyAll();
+}
+
+StateFetcher::State StateFetcher::Latest(std::string const& wantedScannerId)
+{
+    std::unique_lock guard(lock);
+    scannerId = wantedScannerId;
+    lastQuestionUsec = wTime_NowUsec();
+    if (isResting && hasClients && !isStopping)
+    {
+        changed.NotifyAll();
+        changed.WaitUntil(guard, wTime_AfterUsec(FIRST_WAIT_USEC), [this] {
+            return !isResting || isStopping; // once for each rest, however long the sources take
+        });
+    }
+    return state;
+}
+
+int StateFetcher::Run(void* argument)
+{
+    auto& fetcher = *static_cast<StateFetcher*>(argument);
+    ZU_GUARD_BOUNDARY([&fetcher] { fetcher.FetchWhileWanted(); });
+    return 1;
+}
+
+void StateFetcher::FetchWhileWanted()
+{
+    std::unique_lock guard(lock);
+    while (!isStopping)
+    {
+        if (!IsWanted())
+        {
+            isResting = true;
+            changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this] { return isStopping || IsWanted(); });
+            continue;
+        }
+        std::string const wantedScanner = scannerId;
+        guard.unlock();
+        Fetch(wantedScanner);
+        guard.lock();
+        isResting = false;
+        changed.NotifyAll();
+        changed.WaitUntil(guard, wTime_AfterUsec(PERIOD_USEC), [this] { return isStopping; });
+    }
+}
+
+void StateFetcher::Fetch(std::string const& fetchedScannerId)
+{
+    FetchSystem();
+    FetchScanner(fetchedScannerId);
+}
+
+void StateFetcher::FetchSystem()
+{
+    try
+    {
+        auto const stats = dataCache.SystemStats(FETCH_TIMEOUT_USEC);
+        SystemState fetched{};
+        fetched.value64 = stats.upTime;
+        fetched.stateByte0 = static_cast<uint8>(stats.runState);
+        fetched.stateByte2 = stats.linkStatus.empty() ? uint8{0} : CutTo255(stats.linkStatus.front());
+        fetched.stateByte3 = CutTo255(problems.Count());
+        std::size_t const length = std::min(stats.loadedJob.size(), sizeof fetched.jobFileName);
+        std::memcpy(fetched.jobFileName, stats.loadedJob.data(), length);
+        fetched.jobFileNameLength = static_cast<uint8>(length); // at most 64
+        isSystemFailing = false;
+        std::scoped_lock const guard(lock);
+        state.system = fetched;
+    }
+    catch (std::exception const&)
+    {
+        NoteFailure(isSystemFailing, "system");
+    }
+}
+
+void StateFetcher::FetchScanner(std::string const& fetchedScannerId)
+{
+    try
+    {
+        auto const info = dataCache.ScannerInfo(fetchedScannerId, FETCH_TIMEOUT_USEC);
+        ScannerState fetched{};
+        fetched.scannerByte0 = static_cast<uint8>(info.alignmentState);
+        fetched.scannerByte1 = info.laserEnabled ? uint8{1} : uint8{0};
+        fetched.encoderValue = info.currentEncoderValue;
+        fetched.syncTime = info.currentSyncTime;
+        isScannerFailing = false;
+        std::scoped_lock const guard(lock);
+        state.scanner = fetched;
+    }
+    catch (std::exception const&)
+    {
+        NoteFailure(isScannerFailing, "scanner");
+    }
+}
+
+bool StateFetcher::IsWanted() const
+{
+    return hasClients && wTime_NowUsec() - lastQuestionUsec < REST_AFTER_USEC;
+}
+
+void StateFetcher::NoteFailure(bool& isFailing, char const* what)
+{
+    if (Zu::CaughtStatus() == Zu::Status::BUSY || isFailing)
+    {
+        return; // another protocol fetches at this moment, or it has been told
+    }
+    isFailing = true;
+    ZU_LOG_CAUGHT("Unable to fetch the state of the %s", what);
+}
+
+} // namespace ModbusTcp
