@@ -1,0 +1,101 @@
+#include "Host/Sensor/Aligner.h"
+
+#include "ZuApi/Guard.h"
+#include "wApi/wTime.h"
+
+namespace ZuHost
+{
+
+using ZuScan::AlignCompletionStatus;
+using ZuScan::AlignState;
+
+Aligner::Aligner(uint64 newDurationUsec) : durationUsec(newDurationUsec)
+{
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "Aligner"));
+    ZU_CHECK(wThread_Start(thread, &Aligner::RunThread, this));
+}
+
+Aligner::~Aligner()
+{
+    {
+        std::scoped_lock const guard(lock);
+        isClosing = true;
+    }
+    changed.NotifyAll();
+    ZU_GUARD_DESTRUCTOR([this] { ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); });
+}
+
+void Aligner::Begin()
+{
+    {
+        std::scoped_lock const guard(lock);
+        if (state == AlignState::ALIGNING)
+        {
+            ZU_THROW(Zu::Status::BUSY, "The scanner is being aligned already");
+        }
+        state = AlignState::ALIGNING;
+        doneAtUsec = wTime_AfterUsec(durationUsec);
+    }
+    changed.NotifyAll();
+}
+
+void Aligner::Clear()
+{
+    {
+        std::scoped_lock const guard(lock);
+        cancelled += state == AlignState::ALIGNING ? 1 : 0;
+        state = AlignState::NOT_ALIGNED;
+        doneAtUsec = wTIMEOUT_INFINITE;
+    }
+    changed.NotifyAll();
+}
+
+AlignState Aligner::State() const
+{
+    std::scoped_lock const guard(lock);
+    return state;
+}
+
+Zu::Event<AlignCompletionStatus>& Aligner::CompletedEvent()
+{
+    return completedEvent;
+}
+
+int Aligner::RunThread(void* aligner)
+{
+    static_cast<Aligner*>(aligner)->Run();
+    return Zu::Status::SUCCESS;
+}
+
+void Aligner::Run()
+{
+    std::unique_lock guard(lock);
+    while (!isClosing)
+    {
+        // The deadline is a new one with each alignment: whatever changes it ends the wait.
+        uint64 const deadlineUsec = doneAtUsec;
+        changed.WaitUntil(guard, deadlineUsec,
+                          [this, deadlineUsec] { return isClosing || cancelled > 0 || doneAtUsec != deadlineUsec; });
+        bool const isDone = state == AlignState::ALIGNING && wTime_NowUsec() >= doneAtUsec;
+        if (isClosing || (cancelled == 0 && !isDone))
+        {
+            continue;
+        }
+        auto const status = cancelled > 0 ? AlignCompletionStatus::CANCELLED : AlignCompletionStatus::SUCCESS;
+        if (cancelled > 0)
+        {
+            --cancelled;
+        }
+        else
+        {
+            state = AlignState::ALIGNED;
+            doneAtUsec = wTIMEOUT_INFINITE;
+        }
+        guard.unlock(); // handlers may ask for the state, or begin the next alignment
+        ZU_GUARD_BOUNDARY([this, status] { completedEvent.Fire(status); });
+        guard.lock();
+    }
+}
+
+} // namespace ZuHost

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Host/Sensor/DeskMetrics.h"
+#include "ZuApi/AsyncTimer.h"
+#include "ZuCommon/IMetricsReporter.h"
+
+#include <mutex>
+
+namespace ZuHost
+{
+
+/// Reports the metrics of the sensor on the desk, each second from the first handler on.
+///
+/// Any thread may add and remove handlers. A removal waits for a report that runs on another thread, so it must not be made
+/// under a lock that the handler takes.
+class DeskMetricsReporter final : public ZuCommon::IMetricsReporter<>
+{
+public:
+    static constexpr uint64 DEFAULT_PERIOD_USEC = 1'000'000;
+
+    explicit DeskMetricsReporter(uint64 newPeriodUsec = DEFAULT_PERIOD_USEC);
+    ~DeskMetricsReporter() override;
+
+    DeskMetricsReporter(DeskMetricsReporter const&) = delete;
+    DeskMetricsReporter& operator=(DeskMetricsReporter const&) = delete;
+
+    /// The record is always up to date.
+    ZuCommon::IMetricsSource const& LastReport() override;
+    CallbackId AddReportHandler(ReportHandler handler) override;
+    void RemoveReportHandler(CallbackId id) override;
+
+    DeskMetrics& Metrics();
+
+private:
+    void Report();
+
+    uint64 const periodUsec;
+    DeskMetrics metrics;
+
+    std::recursive_mutex lock;                           // held while handlers run
+    Zu::Event<ZuCommon::IMetricsSource const&> reported; // guarded by lock
+    Zu::AsyncTimer timer;                                // last: its callback uses all the others
+};
+
+} // namespace ZuHost

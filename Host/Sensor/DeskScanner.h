@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Host/Sensor/ActionTable.h"
+#include "Host/Sensor/Aligner.h"
+#include "ZuScan/IScanner.h"
+#include "ZuScan/ISensor.h"
+
+namespace ZuScan::Internal
+{
+class ScanEngineManager;
+}
+
+namespace ZuHost
+{
+
+class Sensor;
+
+/// The one scanner of the sensor on the desk. Actions: "trigger" takes one extra frame while it scans, "scannerInfo" tells of
+/// laser, encoder and time. Commands: "align" begins an alignment, "clearAlign" takes the alignment back. Any thread may call.
+class DeskScanner final : public ZuScan::IScanner
+{
+public:
+    static constexpr char const* ENGINE_ID = "engine-0";
+    static constexpr char const* SCANNER_ID = "scanner-0";
+    static constexpr char const* SENSOR_ID = "sensor-0";
+
+    /// The sensor outlives the scanner.
+    explicit DeskScanner(Sensor& scanningSensor, uint64 alignmentUsec = Aligner::DEFAULT_DURATION_USEC);
+    ~DeskScanner() override;
+
+    DeskScanner(DeskScanner const&) = delete;
+    DeskScanner& operator=(DeskScanner const&) = delete;
+
+    ZuScan::IActionTarget* ActionTarget() override;
+    Zu::Event<ZuScan::AlignCompletionStatus>& AlignmentCompletedEvent() override;
+    ZuScan::AlignState GetAlignState() override;
+
+    /// Enters an engine with this scanner and its sensor, which outlive the manager.
+    void AddTo(ZuScan::Internal::ScanEngineManager& manager);
+
+    /// Back to a scanner that was never aligned.
+    void RestoreFactoryState();
+
+private:
+    /// The camera under the laser; it takes no commands.
+    class Camera final : public ZuScan::ISensor
+    {
+    public:
+        ~Camera() override;
+        ZuScan::ICommandTarget* CommandTarget() override;
+    };
+
+    using Result = std::shared_ptr<Zu::Params::Group>; // null where an action has none
+
+    Result Trigger();
+    Result Info() const;
+    Result Align();
+    Result ClearAlign();
+
+    Sensor& sensor;
+    Aligner aligner;
+    ActionTable actions;
+    ActionTable commands;
+    Camera camera;
+};
+
+} // namespace ZuHost
