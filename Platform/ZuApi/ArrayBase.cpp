@@ -113,7 +113,12 @@ Structure const& ArrayBase::ElementAt(uint64 index) const
 
 std::unique_ptr<Structure> ArrayBase::MakeElement() const
 {
-    return factory();
+    std::unique_ptr<Structure> element = factory ? factory() : nullptr;
+    if (element == nullptr)
+    {
+        ZU_THROW(Status::BAD_ARGUMENT, "The factory of an array makes no elements.");
+    }
+    return element;
 }
 
 void ArrayBase::BuildSchema(Node& node, Structure& schema)
@@ -147,13 +152,12 @@ void ArrayBase::Grow(uint64 count)
     RunObservers();
     while (elements.size() < count)
     {
-        std::unique_ptr<Structure> element = factory();
-        elements.reserve(elements.size() + 1 > elements.capacity() ? elements.size() * 2 + 1 : elements.capacity());
+        std::unique_ptr<Structure> element = MakeElement();
+        Structure* const added = elements.emplace_back(std::move(element)).get();
         if (items != nullptr)
         {
-            items->Add(element->Schema());
+            items->Add(added->Schema());
         }
-        elements.push_back(std::move(element));
         RunObservers();
     }
 }

@@ -43,21 +43,21 @@ public:
     /// Shows in the schema whether the array is in use, which `used` tells; -997 for true when visibility is enabled.
     Array& EnableUsed(bool enable)
     {
-        MarkUsed(this->MadeSchema(), enable);
+        ParamsBase::EnableUsed(this->MadeSchema(), enable);
         return *this;
     }
 
     /// Makes the mask, 0 at first, and shows it; -997 for true when used is enabled.
     Array& EnableVisibility(bool enable)
     {
-        MarkVisible(this->MadeSchema(), enable);
+        ParamsBase::EnableVisibility(this->MadeSchema(), enable);
         return *this;
     }
 
     /// Shows `readOnly` in the schema.
     Array& EnableReadOnly()
     {
-        MarkReadOnly(this->MadeSchema());
+        ParamsBase::EnableReadOnly(this->MadeSchema());
         return *this;
     }
 

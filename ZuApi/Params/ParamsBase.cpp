@@ -91,7 +91,7 @@ void ParamsBase::EnterParams(Properties::Structure& schema)
     }
 }
 
-void ParamsBase::MarkReadOnly(Properties::Structure* schema)
+void ParamsBase::EnableReadOnly(Properties::Structure* schema)
 {
     if (schema != nullptr)
     {
@@ -101,7 +101,7 @@ void ParamsBase::MarkReadOnly(Properties::Structure* schema)
     readOnlyEnabled = true;
 }
 
-void ParamsBase::MarkUsed(Properties::Structure* schema, bool enable)
+void ParamsBase::EnableUsed(Properties::Structure* schema, bool enable)
 {
     if (enable)
     {
@@ -123,7 +123,7 @@ void ParamsBase::MarkUsed(Properties::Structure* schema, bool enable)
     usedEnabled = enable;
 }
 
-void ParamsBase::MarkVisible(Properties::Structure* schema, bool enable)
+void ParamsBase::EnableVisibility(Properties::Structure* schema, bool enable)
 {
     if (enable == visibilityEnabled)
     {
@@ -171,11 +171,11 @@ void ParamsBase::CopyParams(Properties::Structure* schema, ParamsBase const& oth
     usedEnabled = other.usedEnabled;
     if (readOnlyEnabled)
     {
-        MarkReadOnly(schema);
+        EnableReadOnly(schema);
     }
     if (usedEnabled)
     {
-        MarkUsed(schema, true);
+        EnableUsed(schema, true);
     }
 }
 

@@ -73,13 +73,13 @@ protected:
     /// Enters "title" and "sortOrder", and the marks that are to show.
     void EnterParams(Properties::Structure& schema);
 
-    void MarkReadOnly(Properties::Structure* schema);
+    void EnableReadOnly(Properties::Structure* schema);
 
     /// -997 for true when visibility is enabled.
-    void MarkUsed(Properties::Structure* schema, bool enable);
+    void EnableUsed(Properties::Structure* schema, bool enable);
 
     /// -997 for true when used is enabled; nothing when it is so already.
-    void MarkVisible(Properties::Structure* schema, bool enable);
+    void EnableVisibility(Properties::Structure* schema, bool enable);
 
     /// Copies attributes and marks, and enters "readOnly" and "used" when they are enabled now: -997 when visibility is
     /// enabled beside used. "visibility" is not entered: that is left to the constructor of the class. A mark that the

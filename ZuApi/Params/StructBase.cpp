@@ -31,19 +31,19 @@ void StructBase::CopyValues(Properties::Node const& other)
 
 StructBase& StructBase::EnableUsed(bool enable)
 {
-    MarkUsed(MadeSchema(), enable);
+    ParamsBase::EnableUsed(MadeSchema(), enable);
     return *this;
 }
 
 StructBase& StructBase::EnableVisibility(bool enable)
 {
-    MarkVisible(MadeSchema(), enable);
+    ParamsBase::EnableVisibility(MadeSchema(), enable);
     return *this;
 }
 
 StructBase& StructBase::EnableReadOnly()
 {
-    MarkReadOnly(MadeSchema());
+    ParamsBase::EnableReadOnly(MadeSchema());
     return *this;
 }
 

@@ -100,18 +100,19 @@ private:
 
     Attributes* Made() const;
     Attributes& Make() const;
+    static void SetToBirth(Attributes& attributes);
     bool IsMinimumEnabled() const;
 
     template <typename Attribute>
     Value& Enable(std::unique_ptr<Attribute> Attributes::*member, char const* key, bool enable);
 
     template <typename Attribute>
-    Attribute& Require(std::unique_ptr<Attribute> Attributes::*member, char const* message) const;
+    Attribute& Require(std::unique_ptr<Attribute> Attributes::*member, char const* message, char const* label) const;
 
     template <typename Attribute>
     void CopyAttribute(std::unique_ptr<Attribute> Attributes::*member, Attributes const& source);
 
-    void CheckBounds(Attributes const& bounds, T const& candidate);
+    void CheckBounds(Attributes const& bounds, T const& candidate, char const* label) const;
     void CopyAttributes(Value const& source);
 
     // Made when one is first needed, by readers too; this publishes the whole of it. While there is none the attributes

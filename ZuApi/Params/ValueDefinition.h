@@ -53,7 +53,7 @@ void Value<T>::CheckValidation(T const& candidate)
     }
     if (Attributes const* const bounds = Made()) // the minimum at birth refuses nothing that the type can hold
     {
-        CheckBounds(*bounds, candidate);
+        CheckBounds(*bounds, candidate, ZU_FUNCTION_LABEL);
     }
 }
 
@@ -81,8 +81,9 @@ Value<T>& Value<T>::Set(T const& newValue)
 template <typename T>
 void Value<T>::ReadValue(Properties::IValueReader& reader)
 {
+    bool const isRejected = TakeReadOnlyRejected();
     T const incoming = Properties::Internal::ValueTransfer<T>::Read(reader);
-    if (TakeReadOnlyRejected() && incoming == Make().rejectedValue)
+    if (isRejected && incoming == Make().rejectedValue)
     {
         return;
     }
@@ -150,19 +151,19 @@ Value<T>& Value<T>::EnableFormat(bool enable)
 template <typename T>
 Properties::Value<std::string>& Value<T>::GetUnits() const
 {
-    return Require(&Attributes::units, "Must enable 'units' before using it.");
+    return Require(&Attributes::units, "Must enable 'units' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<std::string>& Value<T>::GetDescription() const
 {
-    return Require(&Attributes::description, "Must enable 'description' before using it.");
+    return Require(&Attributes::description, "Must enable 'description' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<T>& Value<T>::GetActual() const
 {
-    return Require(&Attributes::actual, "Must enable 'actual' before using it.");
+    return Require(&Attributes::actual, "Must enable 'actual' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
@@ -172,37 +173,37 @@ Properties::Value<T>& Value<T>::GetMinimum() const
     {
         Make(); // the minimum at birth becomes a node at the first touch
     }
-    return Require(&Attributes::minimum, "Must enable 'minimum' before using it.");
+    return Require(&Attributes::minimum, "Must enable 'minimum' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<T>& Value<T>::GetMaximum() const
 {
-    return Require(&Attributes::maximum, "Must enable 'maximum' before using it.");
+    return Require(&Attributes::maximum, "Must enable 'maximum' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<T>& Value<T>::GetExclusiveMinimum() const
 {
-    return Require(&Attributes::exclusiveMinimum, "Must enable 'exclusiveMinimum' before using it.");
+    return Require(&Attributes::exclusiveMinimum, "Must enable 'exclusiveMinimum' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<T>& Value<T>::GetExclusiveMaximum() const
 {
-    return Require(&Attributes::exclusiveMaximum, "Must enable 'exclusiveMaximum' before using it.");
+    return Require(&Attributes::exclusiveMaximum, "Must enable 'exclusiveMaximum' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<ScaleOption>& Value<T>::GetScale() const
 {
-    return Require(&Attributes::scale, "Must enable 'scale' before using it.");
+    return Require(&Attributes::scale, "Must enable 'scale' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
 Properties::Value<std::string>& Value<T>::GetFormat() const
 {
-    return Require(&Attributes::format, "Must enable 'format' before using it.");
+    return Require(&Attributes::format, "Must enable 'format' before using it.", ZU_FUNCTION_LABEL);
 }
 
 template <typename T>
@@ -241,21 +242,21 @@ std::string const& Value<T>::ExtendedType() const
 template <typename T>
 Value<T>& Value<T>::EnableUsed(bool enable)
 {
-    MarkUsed(this->MadeSchema(), enable);
+    ParamsBase::EnableUsed(this->MadeSchema(), enable);
     return *this;
 }
 
 template <typename T>
 Value<T>& Value<T>::EnableVisibility(bool enable)
 {
-    MarkVisible(this->MadeSchema(), enable);
+    ParamsBase::EnableVisibility(this->MadeSchema(), enable);
     return *this;
 }
 
 template <typename T>
 Value<T>& Value<T>::EnableReadOnly()
 {
-    MarkReadOnly(this->MadeSchema());
+    ParamsBase::EnableReadOnly(this->MadeSchema());
     return *this;
 }
 
@@ -305,13 +306,19 @@ typename Value<T>::Attributes& Value<T>::Make() const
     if (Made() == nullptr)
     {
         auto made = std::make_unique<Attributes>();
-        if constexpr (HAS_MINIMUM_AT_BIRTH)
-        {
-            made->minimum = std::make_unique<Properties::Value<T>>();
-        }
+        SetToBirth(*made);
         attributes.store(made.release(), std::memory_order_release);
     }
     return *Made();
+}
+
+template <typename T>
+void Value<T>::SetToBirth(Attributes& attributes)
+{
+    if constexpr (HAS_MINIMUM_AT_BIRTH)
+    {
+        attributes.minimum = std::make_unique<Properties::Value<T>>();
+    }
 }
 
 template <typename T>
@@ -353,12 +360,13 @@ Value<T>& Value<T>::Enable(std::unique_ptr<Attribute> Attributes::*member, char 
 
 template <typename T>
 template <typename Attribute>
-Attribute& Value<T>::Require(std::unique_ptr<Attribute> Attributes::*member, char const* message) const
+Attribute& Value<T>::Require(std::unique_ptr<Attribute> Attributes::*member, char const* message,
+                             char const* label) const
 {
     Attributes const* const made = Made();
     if (made == nullptr || made->*member == nullptr)
     {
-        ZU_THROW(Status::BAD_ARGUMENT, "%s", message);
+        throw Exception(__LINE__, __FILE__, Status::BAD_ARGUMENT, label, "%s", message);
     }
     return *(made->*member);
 }
@@ -374,28 +382,26 @@ void Value<T>::CopyAttribute(std::unique_ptr<Attribute> Attributes::*member, Att
 }
 
 template <typename T>
-void Value<T>::CheckBounds(Attributes const& bounds, T const& candidate)
+void Value<T>::CheckBounds(Attributes const& bounds, T const& candidate, char const* label) const
 {
     if (bounds.minimum != nullptr && candidate < bounds.minimum->Get())
     {
-        this->Refuse(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "%1$s was set to be less than its minimum.",
+        this->Refuse(__LINE__, __FILE__, label, "%1$s was set to be less than its minimum.",
                      "%s was set to be less than its minimum.");
     }
     if (bounds.maximum != nullptr && candidate > bounds.maximum->Get())
     {
-        this->Refuse(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "%1$s was set to be greater than its maximum.",
+        this->Refuse(__LINE__, __FILE__, label, "%1$s was set to be greater than its maximum.",
                      "%s was set to be greater than its maximum.");
     }
     if (bounds.exclusiveMinimum != nullptr && candidate <= bounds.exclusiveMinimum->Get())
     {
-        this->Refuse(__LINE__, __FILE__, ZU_FUNCTION_LABEL,
-                     "%1$s was set to be less than or equal to its exclusive minimum.",
+        this->Refuse(__LINE__, __FILE__, label, "%1$s was set to be less than or equal to its exclusive minimum.",
                      "%s was set to be less than or equal to its exclusive minimum.");
     }
     if (bounds.exclusiveMaximum != nullptr && candidate >= bounds.exclusiveMaximum->Get())
     {
-        this->Refuse(__LINE__, __FILE__, ZU_FUNCTION_LABEL,
-                     "%1$s was set to be greater than or equal to its exclusive maximum.",
+        this->Refuse(__LINE__, __FILE__, label, "%1$s was set to be greater than or equal to its exclusive maximum.",
                      "%s was set to be greater than or equal to its exclusive maximum.");
     }
 }
@@ -407,7 +413,9 @@ void Value<T>::CopyAttributes(Value const& source)
     {
         return; // both are as they were born
     }
-    Attributes const& from = source.Make();
+    Attributes atBirth;
+    SetToBirth(atBirth);
+    Attributes const& from = source.Made() != nullptr ? *source.Made() : atBirth;
     EnableUnits(from.units != nullptr);
     EnableDescription(from.description != nullptr);
     EnableActual(from.actual != nullptr);

@@ -147,6 +147,8 @@ struct ValueTransfer<T>
 template <typename Element>
 struct ValueTransfer<std::vector<Element>>
 {
+    static_assert(std::is_same_v<Element, std::string> || std::is_enum_v<Element>, "see SharedItems");
+
     static constexpr NodeType::Kind KIND = NodeType::Kind::ARRAY;
     static constexpr NodeType::Kind ITEM_KIND = ValueTransfer<Element>::KIND;
 

@@ -1,0 +1,75 @@
+#include "ZuApi/InternedText.h"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <thread>
+#include <vector>
+
+namespace Zu::Properties::Internal
+{
+
+TEST(InternedText, KeepsEqualTextsOnce)
+{
+    std::size_t const before = InternedText::PoolSize();
+
+    InternedText const one("a text of which there is no other");
+    InternedText const two(std::string("a text of which there is no other"));
+
+    EXPECT_TRUE(one == two);
+    EXPECT_EQ(&one.Get(), &two.Get());
+    EXPECT_EQ(InternedText::PoolSize(), before + 1);
+}
+
+TEST(InternedText, FreesATextWithItsLastUser)
+{
+    std::size_t const before = InternedText::PoolSize();
+    {
+        InternedText one("a text that goes again");
+        InternedText two = one;
+        one = InternedText();
+        EXPECT_EQ(two.Get(), "a text that goes again");
+        EXPECT_EQ(InternedText::PoolSize(), before + 1);
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before);
+}
+
+TEST(InternedText, IsEmptyWithoutAnEntry)
+{
+    std::size_t const before = InternedText::PoolSize();
+
+    InternedText const empty("");
+
+    EXPECT_TRUE(empty == InternedText());
+    EXPECT_EQ(empty.Get(), "");
+    EXPECT_EQ(InternedText::PoolSize(), before);
+}
+
+TEST(InternedText, IsMadeAndFreedOnManyThreadsAtOnce)
+{
+    constexpr int THREADS = 4;
+    std::size_t const before = InternedText::PoolSize();
+    std::latch begin(THREADS);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+    {
+        threads.emplace_back([&begin] {
+            begin.arrive_and_wait();
+            for (int round = 0; round < 2000; ++round)
+            {
+                InternedText const text(round % 2 == 0 ? "even" : "odd");
+                InternedText const copy = text;
+                ASSERT_EQ(copy.Get(), round % 2 == 0 ? "even" : "odd");
+            }
+        });
+    }
+    for (auto& thread : threads)
+    {
+        thread.join();
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before);
+}
+
+} // namespace Zu::Properties::Internal

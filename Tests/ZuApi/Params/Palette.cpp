@@ -1,0 +1,3 @@
+#include "ZuApi/Params/Palette.h"
+
+ZU_INSTANTIATE_ENUM_VALUE(ZuTest::Colour);
