@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp> // the whole header: older ones keep their version number there
 
 // What host and plug-ins must agree on, since objects of the standard and of the JSON library cross between them: fields
-// "name value", separated by "; ". The compiler is not among them. Raise the number when a class that plug-ins see changes.
+// "name value", separated by ", ". The compiler is not among them. Raise the number when a class that plug-ins see changes.
 
 #define ZU_PLUGIN_ABI_QUOTE_(text) #text
 #define ZU_PLUGIN_ABI_QUOTE(text) ZU_PLUGIN_ABI_QUOTE_(text)
@@ -26,5 +26,5 @@
 
 /// The ABI text of whatever is being compiled.
 #define ZU_PLUGIN_ABI_TEXT                                                                                             \
-    "ZuPlugin ABI " ZU_PLUGIN_ABI_NUMBER "; standard library " ZU_PLUGIN_ABI_LIBRARY                                   \
-    "; JSON library " ZU_PLUGIN_ABI_JSON
+    "ZuPlugin ABI " ZU_PLUGIN_ABI_NUMBER ", standard library " ZU_PLUGIN_ABI_LIBRARY                                   \
+    ", JSON library " ZU_PLUGIN_ABI_JSON

@@ -26,7 +26,7 @@ std::vector<std::string_view> FieldsOf(std::string_view text)
     std::vector<std::string_view> fields;
     for (std::size_t start = 0; start <= text.size();)
     {
-        std::size_t const end = std::min(text.find("; ", start), text.size());
+        std::size_t const end = std::min(text.find(", ", start), text.size());
         fields.push_back(text.substr(start, end - start));
         start = end + 2;
     }

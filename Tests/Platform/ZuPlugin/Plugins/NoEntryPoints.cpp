@@ -1,0 +1,6 @@
+// A library that is no plug-in.
+
+extern "C" __attribute__((visibility("default"))) int NotAPlugin()
+{
+    return 1;
+}

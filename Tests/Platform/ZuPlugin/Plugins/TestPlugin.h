@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ZuPlugin/IPlugin.h"
+
+#include <memory>
+#include <string>
+
+/// What the plug-ins of the tests offer: an object that is a text.
+class TestPlugin final : public ZuPlugin::IPlugin
+{
+public:
+    TestPlugin(std::string pluginType, std::string offeredText)
+        : type(std::move(pluginType)), text(std::move(offeredText))
+    {
+    }
+
+    std::string Type() const override
+    {
+        return type;
+    }
+
+    void const* GetObject() const override
+    {
+        return &text;
+    }
+
+private:
+    std::string const type;
+    std::string const text;
+};
