@@ -63,7 +63,7 @@ wThread::wThread() noexcept = default;
 
 wThread::~wThread()
 {
-    if (run != nullptr && Run::IsThisThread(*this))
+    if (Run::IsThisThread(*this) && run != nullptr)
     {
         thisThread = nullptr; // the address may soon be another's
         pthread_detach(run->handle);
@@ -167,6 +167,10 @@ wStatus wThread_Destroy(wThread* thread)
     if (thread == nullptr)
     {
         return Zu::Status::BAD_ARGUMENT;
+    }
+    if (wThread::Run::IsThisThread(*thread)) // before anything is read that the owner may just be writing
+    {
+        return Zu::Status::WRONG_STATE;
     }
     if (thread->run != nullptr)
     {
