@@ -132,6 +132,15 @@ TEST(ParamsValue, NamesTheFunctionThatRefuses)
     {
         EXPECT_STREQ(exception.Function(), "Zu::Params::Value::GetUnits");
     }
+    try
+    {
+        Value<double>().EnableMinimum(true).CheckValidation(-1.0);
+        FAIL() << "nothing was thrown";
+    }
+    catch (Exception const& exception)
+    {
+        EXPECT_STREQ(exception.Function(), "Zu::Params::Value::CheckValidation");
+    }
 }
 
 TEST(ParamsValue, ShowsEnabledAttributesInItsSchema)
