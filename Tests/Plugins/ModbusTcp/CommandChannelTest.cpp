@@ -1,0 +1,181 @@
+#include "Plugins/ModbusTcp/CommandChannel.h"
+#include "Tests/Plugins/ModbusTcp/BlockFixture.h"
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace ModbusTcp
+{
+
+using namespace ZuControl::ControlProtocol;
+
+/// Notes the commands; refuses and stays busy on demand.
+class FakeCommandRunner final : public ICommandRunner
+{
+public:
+    bool IsRunning() const override
+    {
+        return isRunning;
+    }
+
+    bool IsSame(Command const& first, Command const& second) override
+    {
+        return first.commandId == second.commandId && std::strcmp(first.text, second.text) == 0;
+    }
+
+    void Run(Command const& command) override
+    {
+        commands.push_back(std::to_string(command.requestId) + ":" + std::to_string(command.commandId) + ":" +
+                           command.text);
+        if (refuses)
+        {
+            throw std::runtime_error("refused");
+        }
+        status = CommandStatusDone;
+    }
+
+    void Fail() override
+    {
+        status = CommandStatusFailed;
+    }
+
+    Status LastStatus() override
+    {
+        return status;
+    }
+
+    std::vector<std::string> commands;
+    Status status = CommandStatusNone;
+    bool isRunning = false;
+    bool refuses = false;
+};
+
+class CommandChannelTest : public BlockFixture
+{
+protected:
+    using Values = std::vector<uint16>;
+    using Commands = std::vector<std::string>;
+
+    ModbusException Write(std::size_t offset, Values const& values, bool isBigEndian = true)
+    {
+        return channel.Write(*block, isBigEndian, offset, values);
+    }
+
+    void ExpectResult(uint16 requestId, ControlRegisterCommandStatus status)
+    {
+        EXPECT_EQ(channel.LastResult().requestId, requestId);
+        EXPECT_EQ(channel.LastResult().status, status);
+    }
+
+    std::shared_ptr<Block> block = Place("ControlInput", 0);
+    FakeCommandRunner runner;
+    CommandChannel channel{runner};
+};
+
+TEST_F(CommandChannelTest, HasNoResultBeforeTheFirstCommand)
+{
+    ExpectResult(0, CommandStatusNone);
+}
+
+TEST_F(CommandChannelTest, TakesACommandWithANewRequestId)
+{
+    EXPECT_EQ(Write(0, {7, 1}), ModbusException::NONE);
+
+    EXPECT_EQ(runner.commands, (Commands{"7:1:"}));
+    ExpectResult(7, CommandStatusDone);
+    EXPECT_EQ(channel.TakenCount(), 1u);
+}
+
+TEST_F(CommandChannelTest, TakesTheSameCommandAgainOnlyUnderAnotherRequestId)
+{
+    Write(0, {7, 1});
+    Write(0, {7, 1});
+    EXPECT_EQ(runner.commands, (Commands{"7:1:"}));
+
+    Write(0, {8, 1});
+
+    EXPECT_EQ(runner.commands, (Commands{"7:1:", "8:1:"}));
+    ExpectResult(8, CommandStatusDone);
+}
+
+TEST_F(CommandChannelTest, TakesAnotherCommandUnderTheSameRequestId)
+{
+    Write(0, {7, 1});
+    Write(1, {2});
+
+    EXPECT_EQ(runner.commands, (Commands{"7:1:", "7:2:"}));
+}
+
+TEST_F(CommandChannelTest, TakesAJobWhoseNameCameBefore)
+{
+    Write(2, {'j', 'o', 'b', 0});
+    EXPECT_TRUE(runner.commands.empty());
+
+    Write(0, {9, 5});
+
+    EXPECT_EQ(runner.commands, (Commands{"9:5:job"}));
+}
+
+TEST_F(CommandChannelTest, JudgesAWriteWithAllItsRegistersIn)
+{
+    Write(0, {9, 5, 'a', 'b', 0});
+
+    EXPECT_EQ(runner.commands, (Commands{"9:5:ab"}));
+}
+
+TEST_F(CommandChannelTest, UnderstandsBothByteOrders)
+{
+    assembly.ChangeBigEndianSupportedBlocks(false);
+
+    Write(0, {0x0102, 5, 'a', 'b', 0}, false);
+
+    EXPECT_EQ(runner.commands, (Commands{"258:5:ab"}));
+    EXPECT_EQ(channel.Written()[0], 0x0102);
+}
+
+TEST_F(CommandChannelTest, FailsAJobWithoutAName)
+{
+    EXPECT_EQ(Write(0, {9, 5}), ModbusException::NONE);
+
+    EXPECT_TRUE(runner.commands.empty());
+    ExpectResult(9, CommandStatusFailed);
+}
+
+TEST_F(CommandChannelTest, FailsWhatIsRefused)
+{
+    runner.refuses = true;
+
+    EXPECT_EQ(Write(0, {11, 3}), ModbusException::NONE);
+
+    ExpectResult(11, CommandStatusFailed);
+    EXPECT_EQ(runner.commands, (Commands{"11:3:"}));
+}
+
+TEST_F(CommandChannelTest, TakesAndWritesNothingWhileAnOperationRuns)
+{
+    Write(0, {7, 3});
+    runner.isRunning = true;
+    runner.status = CommandStatusInProgress;
+
+    EXPECT_EQ(Write(0, {8, 2}), ModbusException::SERVER_DEVICE_BUSY);
+
+    EXPECT_EQ(channel.Written()[0], 7);
+    EXPECT_EQ(channel.Written()[1], 3);
+    ExpectResult(7, CommandStatusInProgress);
+    runner.isRunning = false;
+    EXPECT_EQ(Write(0, {8, 2}), ModbusException::NONE);
+    EXPECT_EQ(runner.commands, (Commands{"7:3:", "8:2:"}));
+}
+
+TEST_F(CommandChannelTest, WritesNothingThatDoesNotFitWhole)
+{
+    EXPECT_EQ(Write(65, {1, 2}), ModbusException::ILLEGAL_DATA_ADDRESS);
+    EXPECT_EQ(channel.Written()[65], 0);
+
+    EXPECT_EQ(Write(65, {1}), ModbusException::NONE);
+    EXPECT_EQ(channel.Written()[65], 1);
+}
+
+} // namespace ModbusTcp

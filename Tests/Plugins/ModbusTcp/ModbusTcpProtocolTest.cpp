@@ -1,0 +1,488 @@
+#include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
+#include "Plugins/ModbusTcp/ModbusTcpPlugin.h"
+#include "Support/CallLog.h"
+#include "Support/FakeScanEngineInterface.h"
+#include "Support/FakeSystemInterface.h"
+#include "Support/Latch.h"
+#include "Tests/Plugins/ModbusTcp/FakeDataCache.h"
+#include "Tests/Plugins/ModbusTcp/TestClient.h"
+#include "Tests/Plugins/ModbusTcp/TestFrames.h"
+#include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
+#include "ZuControl/Control/ControlScanResults.h"
+#include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/Control/IDeploymentQuery.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ModbusTcp
+{
+
+using Registers = TestClient::Registers;
+using ZuControl::ProtocolStatus;
+
+class FakeDeployment final : public ZuControl::IDeploymentQuery
+{
+public:
+    bool IsPhysicalSensor() override
+    {
+        return true;
+    }
+
+    bool IsPhysicalBrackle() override
+    {
+        return false;
+    }
+
+    bool IsVirtualSensor() override
+    {
+        return false;
+    }
+
+    bool IsVirtualBrackle() override
+    {
+        return false;
+    }
+
+    bool IsTavrinServiceApp() override
+    {
+        return false;
+    }
+};
+
+/// The service with the module's own operations and fan-out around it, over fakes of system, scanner and cache.
+class ModbusTcpProtocolTest : public testing::Test
+{
+protected:
+    ModbusTcpProtocolTest()
+    {
+        environ.operations = &operations;
+        environ.dataCache = &dataCache;
+        environ.deployment = &deployment;
+        environ.problems = &problems;
+        protocol = std::make_unique<ModbusTcpProtocol>(environ);
+        protocol->AddProtocolStatusUpdateEventHandler([this](ProtocolStatus status) { statuses.push_back(status); });
+        Params().port.Set(0);
+    }
+
+    ModbusParams& Params()
+    {
+        return dynamic_cast<ModbusParams&>(protocol->Params());
+    }
+
+    std::string Listening()
+    {
+        return dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics()).listening.Get();
+    }
+
+    uint16 Port()
+    {
+        std::string const where = Listening();
+        return static_cast<uint16>(std::stoi(where.substr(where.rfind(':') + 1)));
+    }
+
+    uint16 Start()
+    {
+        protocol->Start();
+        protocol->RegisterControlScanResultsHandler(scanResults);
+        return Port();
+    }
+
+    static TestFrame Frame(uint64 counter)
+    {
+        double const value = static_cast<double>(counter);
+        TestFrame frame;
+        frame.Stamp("profile/stamp", {0, counter, 0, 0, 0});
+        for (char const* source : {"profile/zMax", "profile/zMin", "profile/width", "profile/meanZ", "profile/points"})
+        {
+            frame.Measurement(source, value / 1000, 1);
+        }
+        return frame;
+    }
+
+    /// Publishes frame after frame until `isThere` says so, with a bound.
+    template <typename Predicate>
+    bool PublishUntil(Predicate isThere)
+    {
+        for (uint64 counter = 1; std::chrono::steady_clock::now() < latest; ++counter)
+        {
+            scanResults.ProcessResultSet(Frame(counter).Set());
+            if (isThere())
+            {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool StatusBecomes(TestClient& client, Registers const& expected)
+    {
+        while (std::chrono::steady_clock::now() < latest)
+        {
+            if (client.Read(66, 2) == expected)
+            {
+                return true;
+            }
+        }
+        ADD_FAILURE() << "request " << client.Read(66, 1)[0] << " has status " << client.Read(67, 1)[0];
+        return false;
+    }
+
+    std::chrono::steady_clock::time_point const latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    ZuTest::CallLog calls;
+    ZuTest::FakeSystemInterface systemInterface{calls};
+    ZuTest::FakeScanEngineInterface scanEngineInterface{calls};
+    FakeDataCache dataCache;
+    FakeDeployment deployment;
+    ZuCommon::ProblemsManager problems;
+    ZuControl::ControlScanResults scanResults{nullptr, nullptr};
+    ZuControl::ControlProtocolOperations operations{systemInterface, scanEngineInterface};
+    ZuControl::ControlProtocol::ControlProtocolEnviron environ;
+    std::vector<ProtocolStatus> statuses;
+    std::unique_ptr<ModbusTcpProtocol> protocol;
+};
+
+TEST_F(ModbusTcpProtocolTest, BeginsWithTheBlocksOfANewJob)
+{
+    auto& assembly = protocol->RegisterAssembly("registerAssembly-0");
+    std::vector<std::string> placed;
+    assembly.BeginLock();
+    for (auto const& block : assembly.AddedRegisterBlocks())
+    {
+        placed.push_back(std::to_string(block->OutputId()) + " " + block->Type() + " " +
+                         (block->HasDataSource() ? block->DataSource() : ""));
+    }
+    assembly.EndLock();
+
+    EXPECT_EQ(placed, (std::vector<std::string>{"0 ControlInput ", "66 ControlOutput ", "68 System ", "140 Scanner ",
+                                                "150 Stamp profile/stamp", "170 Measurement profile/zMax",
+                                                "173 Measurement profile/zMin", "176 Measurement profile/width",
+                                                "179 Measurement profile/meanZ", "182 Measurement profile/points"}));
+    EXPECT_EQ(protocol->RegisterAssemblyList(), (std::vector<std::string>{"registerAssembly-0"}));
+    EXPECT_EQ(protocol->EthernetProtocolId(), ZuControl::ZuEthernetProtocol{1});
+    EXPECT_STREQ(protocol->DisplayName(), "Modbus TCP");
+}
+
+TEST_F(ModbusTcpProtocolTest, TellsThatItRunsAndStops)
+{
+    Start();
+    EXPECT_NE(Listening(), "");
+
+    protocol->Stop();
+
+    EXPECT_EQ(statuses, (std::vector<ProtocolStatus>{ProtocolStatus::Running, ProtocolStatus::Stopped}));
+    EXPECT_EQ(Listening(), "");
+}
+
+TEST_F(ModbusTcpProtocolTest, ShowsResultsOfOneFrameInOneRead)
+{
+    TestClient client(Start());
+    client.Read(0, 1); // it is counted by now
+
+    ASSERT_TRUE(PublishUntil([&] { return client.Read(165, 1)[0] > 100; }));
+
+    for (int i = 0; i < 50; ++i)
+    {
+        scanResults.ProcessResultSet(Frame(static_cast<uint64>(1000 + i)).Set());
+        Registers const seen = client.Read(150, 35);
+        for (std::size_t block = 20; block < 35; block += 3)
+        {
+            EXPECT_EQ(seen[block + 1], seen[15]) << "of another frame than the stamp";
+            EXPECT_EQ(seen[block + 2], 1);
+        }
+    }
+}
+
+TEST_F(ModbusTcpProtocolTest, ReadsGapsAsZeroUpToTheLastRegister)
+{
+    TestClient client(Start());
+
+    EXPECT_EQ(client.Read(185, 100), Registers(100, 0));
+    EXPECT_EQ(client.Read(9999, 1), Registers{0});
+    EXPECT_EQ(client.Ask({4, 0x27, 0x10, 0, 1}), (TestClient::Bytes{0x84, 2}));
+}
+
+TEST_F(ModbusTcpProtocolTest, CarriesOutACommandAndAnswersUnderItsRequestId)
+{
+    TestClient client(Start());
+    EXPECT_EQ(client.Read(66, 2), (Registers{0, 0}));
+
+    EXPECT_EQ(client.Write(0, {41, 1}), 0);
+
+    EXPECT_TRUE(StatusBecomes(client, {41, 2}));
+    EXPECT_EQ(calls.Count("Start"), 1u);
+    EXPECT_EQ(client.Read(0, 2), (Registers{41, 1})); // what was written reads back
+}
+
+TEST_F(ModbusTcpProtocolTest, IsBusyWhileItsOperationRuns)
+{
+    ZuTest::Latch mayEnd;
+    systemInterface.on["Start"] = [&mayEnd] { mayEnd.Wait(); };
+    TestClient client(Start());
+    client.Write(0, {1, 1});
+
+    EXPECT_EQ(client.Read(66, 2), (Registers{1, 1}));
+    EXPECT_EQ(client.Write(0, {2, 2}), 6);
+    EXPECT_EQ(client.Read(0, 2), (Registers{1, 1}));
+    mayEnd.Open();
+
+    EXPECT_TRUE(StatusBecomes(client, {1, 2}));
+    EXPECT_EQ(client.Write(0, {2, 2}), 0);
+    EXPECT_TRUE(StatusBecomes(client, {2, 2}));
+    EXPECT_EQ(calls.Count("Stop"), 1u);
+}
+
+TEST_F(ModbusTcpProtocolTest, FailsACommandWhileAnotherProtocolsOperationRuns)
+{
+    ZuTest::Latch mayEnd;
+    systemInterface.on["Stop"] = [&mayEnd] { mayEnd.Wait(); };
+    TestClient client(Start());
+    operations.StopScan(ZuControl::ZuEthernetProtocol{100});
+
+    EXPECT_EQ(client.Write(0, {5, 1}), 0);
+
+    EXPECT_EQ(client.Read(66, 2), (Registers{5, 3}));
+    mayEnd.Open();
+    EXPECT_EQ(calls.Count("Start"), 0u);
+}
+
+TEST_F(ModbusTcpProtocolTest, FailsWhatTheSystemRefusesAndWhatHasNoName)
+{
+    systemInterface.on["LoadJob(gone)"] = [] { ZU_THROW(-999, "no such job"); };
+    TestClient client(Start());
+
+    client.Write(0, {1, 5, 'g', 'o', 'n', 'e', 0});
+    EXPECT_TRUE(StatusBecomes(client, {1, 3}));
+    client.Write(0, {2, 5, 0});
+    EXPECT_TRUE(StatusBecomes(client, {2, 3}));
+    client.Write(0, {3, 99});
+    EXPECT_TRUE(StatusBecomes(client, {3, 3}));
+    client.Write(0, {4, 0});
+    EXPECT_TRUE(StatusBecomes(client, {4, 2})); // no command is always done
+
+    EXPECT_EQ(calls.Count("LoadJob(gone)"), 1u);
+}
+
+TEST_F(ModbusTcpProtocolTest, RefusesWritesOutsideTheCommandBlock)
+{
+    TestClient client(Start());
+
+    EXPECT_EQ(client.Write(66, {1}), 2);
+    EXPECT_EQ(client.Write(65, {1, 1}), 2);
+    EXPECT_EQ(client.Write(9999, {1, 1}), 2);
+    EXPECT_EQ(client.Read(65, 1), Registers{0});
+}
+
+TEST_F(ModbusTcpProtocolTest, CanBeStoppedAndStartedByTheJobThatItsClientLoads)
+{
+    ZuTest::Latch restarted;
+    systemInterface.on["LoadJob(next)"] = [this, &restarted] {
+        protocol->DeregisterControlScanResultsHandler(scanResults);
+        protocol->Stop();
+        protocol->ConfigureDefaultRegisterAssembly();
+        protocol->Start();
+        protocol->RegisterControlScanResultsHandler(scanResults);
+        restarted.Open();
+    };
+    TestClient client(Start());
+    client.Send({0, 1, 0, 0, 0, 21, 1, 16, 0, 0, 0, 7, 14, 0, 10, 0, 5, 0, 'n', 0, 'e', 0, 'x', 0, 't', 0, 0});
+
+    ASSERT_TRUE(calls.WaitFor("LoadJob(next)"));
+    ASSERT_TRUE(restarted.Wait());
+    TestClient again(Port());
+    EXPECT_TRUE(StatusBecomes(again, {10, 2})); // the answer outlives the restart
+}
+
+TEST_F(ModbusTcpProtocolTest, ShowsTheStateOfAnIdleSystem)
+{
+    ZuControl::IControlDataCache::DataCacheSystemStats stats;
+    stats.upTime = 0x0001000200030004;
+    stats.runState = ZuCore::RunState{1};
+    stats.loadedJob = "job";
+    stats.linkStatus = {1};
+    ZuControl::IControlDataCache::DataCacheScannerInfo info;
+    info.currentEncoderValue = -1;
+    info.currentSyncTime = 5;
+    dataCache.Set(stats, info);
+    problems.Add(0, "Test", "one");
+    TestClient client(Start());
+
+    Registers system;
+    do
+    {
+        system = client.Read(68, 72);
+    } while (system[0] == 0 && std::chrono::steady_clock::now() < latest);
+
+    EXPECT_EQ(Registers(system.begin(), system.begin() + 10), (Registers{1, 2, 3, 4, 1, 3, 'j', 'o', 'b', 0}));
+    EXPECT_EQ(Registers(system.begin() + 70, system.end()), (Registers{1, 1}));
+    ASSERT_TRUE(dataCache.calls.WaitFor("ScannerInfo()", 2));
+    EXPECT_EQ(client.Read(140, 10), (Registers{0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0, 0, 0, 5, 0, 1}));
+}
+
+TEST_F(ModbusTcpProtocolTest, ChangesTheRegisterOrderInPlace)
+{
+    TestClient client(Start());
+    client.Read(0, 1);
+    ASSERT_TRUE(PublishUntil([&] { return client.Read(165, 1)[0] > 0; }));
+
+    Params().registerOrder.Set(RegisterOrderLittleEndian);
+    protocol->ParamsUpdate();
+
+    ASSERT_TRUE(PublishUntil([&] { return client.Read(162, 1)[0] > 0; }));
+    EXPECT_EQ(client.Read(165, 1), Registers{0});
+    client.Write(0, {0x0102, 1});
+    EXPECT_TRUE(StatusBecomes(client, {0x0102, 2})); // single registers are the same in both orders
+}
+
+TEST_F(ModbusTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenItCannot)
+{
+    uint16 const first = Start();
+    uint16 free = 0;
+    {
+        OccupiedPort const taken;
+        free = taken.Number();
+        Params().port.Set(free);
+        EXPECT_THROW(protocol->ParamsUpdate(), Zu::Exception);
+        TestClient client(Port());
+        EXPECT_EQ(client.Read(150, 1), Registers{0});
+    }
+    EXPECT_NE(first, 0);
+
+    protocol->ParamsUpdate();
+
+    EXPECT_EQ(Listening(), "127.0.0.1:" + std::to_string(free));
+    TestClient client(free);
+    EXPECT_EQ(client.Read(150, 1), Registers{0});
+}
+
+TEST_F(ModbusTcpProtocolTest, NamesTheBusyPortWhenItCannotStart)
+{
+    OccupiedPort const taken;
+    Params().port.Set(taken.Number());
+
+    try
+    {
+        protocol->Start();
+        FAIL() << "the port was free";
+    }
+    catch (Zu::Exception const& exception)
+    {
+        EXPECT_EQ(std::string(exception.what()), "Modbus TCP cannot listen on 127.0.0.1:" +
+                                                     std::to_string(taken.Number()) + ": Address already in use");
+    }
+
+    EXPECT_TRUE(statuses.empty()); // its instance tells that the start failed
+    Params().port.Set(0);
+    Start();
+    EXPECT_EQ(statuses, std::vector<ProtocolStatus>{ProtocolStatus::Running});
+}
+
+TEST_F(ModbusTcpProtocolTest, PutsBackTheDefaults)
+{
+    Params().maxClients.Set(3);
+    Params().address.Set("0.0.0.0");
+    Params().registerOrder.Set(RegisterOrderLittleEndian);
+
+    protocol->ResetParams();
+
+    EXPECT_EQ(Params().port.Get(), 1502);
+    EXPECT_EQ(Params().address.Get(), "127.0.0.1");
+    EXPECT_EQ(Params().maxClients.Get(), 16u);
+    EXPECT_EQ(Params().registerOrder.Get(), RegisterOrderBigEndian);
+    EXPECT_EQ(Params().idleTimeout.Get(), 60u);
+}
+
+TEST_F(ModbusTcpProtocolTest, ShowsABlockWhereItHasBeenMoved)
+{
+    TestClient client(Start());
+    client.Read(0, 1);
+    ASSERT_TRUE(PublishUntil([&] { return client.Read(171, 1)[0] > 0; }));
+    ZuControl::ControlProtocol::UpdateBlockParams move;
+    move.outputId.Set(170);
+    move.newParams.outputId.Set(600);
+
+    protocol->RegisterAssembly("registerAssembly-0").Update(move);
+    protocol->RegisterAssemblyUpdate("registerAssembly-0");
+
+    EXPECT_EQ(client.Read(170, 3), (Registers{0, 0, 0}));
+    EXPECT_GT(client.Read(601, 1)[0], 0);
+}
+
+TEST_F(ModbusTcpProtocolTest, CountsWhatItDoes)
+{
+    {
+        TestClient client(Start());
+        client.Read(0, 1);
+        client.Write(0, {1, 0});
+        client.Write(66, {1});
+    }
+
+    auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
+
+    EXPECT_EQ(metrics.requests.Get(), 3u);
+    EXPECT_EQ(metrics.exceptions.Get(), 1u);
+    EXPECT_EQ(metrics.commands.Get(), 1u);
+    EXPECT_EQ(metrics.acceptedClients.Get(), 1u);
+    EXPECT_EQ(metrics.controlDrops.Get(), 0u);
+    protocol->ResetMetrics();
+    protocol->UpdateMetrics();
+    EXPECT_EQ(metrics.requests.Get(), 0u);
+    EXPECT_EQ(problems.Count(), 0u);
+}
+
+TEST_F(ModbusTcpProtocolTest, NeedsADataCacheAndAProblemsManager)
+{
+    environ.dataCache = nullptr;
+
+    try
+    {
+        ModbusTcpProtocol const lacking(environ);
+        FAIL() << "it was built";
+    }
+    catch (Zu::Exception const& exception)
+    {
+        EXPECT_EQ(exception.Status(), -997);
+        EXPECT_STREQ(exception.what(), "Modbus TCP cannot do without the data cache");
+    }
+}
+
+TEST_F(ModbusTcpProtocolTest, GoesWhileResultsComeAndClientsRead)
+{
+    TestClient client(Start());
+    std::thread publisher([this] {
+        for (uint64 counter = 0; counter < 2000; ++counter)
+        {
+            scanResults.ProcessResultSet(Frame(counter).Set());
+        }
+    });
+    client.Read(150, 35);
+
+    protocol.reset(); // the fan-out still knows its handler
+
+    publisher.join();
+    EXPECT_TRUE(client.IsClosedByServer());
+}
+
+TEST_F(ModbusTcpProtocolTest, IsMadeByThePlugin)
+{
+    auto const plugin = ModbusTcpPlugin::Make();
+
+    ASSERT_EQ(plugin->ControlInfoCount(), 1u);
+    ZuControl::ControlInfo const& info = plugin->ControlInfoAt(0);
+    EXPECT_STREQ(info.TypeName(), "ModbusTcp");
+    EXPECT_STREQ(info.DisplayName(), "Modbus TCP");
+    EXPECT_EQ(plugin->Type(), "ZuControl.ControlPlugin");
+    EXPECT_STREQ(info.Factory().Create(environ)->DisplayName(), "Modbus TCP");
+}
+
+} // namespace ModbusTcp

@@ -1,0 +1,217 @@
+#include "Plugins/ModbusTcp/ResultEncoder.h"
+#include "Plugins/ModbusTcp/RegisterImage.h"
+#include "Support/RecordingSink.h"
+#include "Tests/Plugins/ModbusTcp/BlockFixture.h"
+#include "Tests/Plugins/ModbusTcp/TestFrames.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace ModbusTcp
+{
+
+class ResultEncoderTest : public BlockFixture
+{
+protected:
+    using Registers = std::vector<uint16>;
+
+    void Install()
+    {
+        encoder.Install(RegisterLayout::Take(assembly));
+    }
+
+    void Process(TestFrame const& frame)
+    {
+        TestBatch batch;
+        batch.Add(frame);
+        encoder.Process(batch.List());
+    }
+
+    Registers Read(uint16 first, std::size_t count)
+    {
+        Registers registers(count, 0xAAAA);
+        image->Read(first, registers);
+        return registers;
+    }
+
+    void Move(uint16 from, uint16 to, std::string const& dataSource = {})
+    {
+        ZuControl::ControlProtocol::UpdateBlockParams params;
+        params.outputId.Set(from);
+        params.newParams.outputId.Set(to);
+        params.newParams.dataSource.Set(dataSource);
+        assembly.Update(params);
+    }
+
+    std::unique_ptr<RegisterImage> image = std::make_unique<RegisterImage>();
+    ResultEncoder encoder{*image};
+};
+
+TEST_F(ResultEncoderTest, PutsEachResultWhereItsBlockLies)
+{
+    Place("Measurement", 170, "a");
+    Place("Decision", 180, "b");
+    Install();
+
+    Process(TestFrame().Measurement("b", 1, 0).Measurement("a", 0.002, 1).Measurement("c", 5));
+
+    EXPECT_EQ(Read(169, 5), (Registers{0, 0, 2, 1, 0}));
+    EXPECT_EQ(Read(180, 1), (Registers{0}));
+    EXPECT_EQ(encoder.ResultSetCount(), 1u);
+}
+
+TEST_F(ResultEncoderTest, ServesSeveralBlocksOfOneSource)
+{
+    Place("MeasurementValue", 10, "a");
+    Place("Decision", 20, "a");
+    Place("MeasurementValue", 30, "a");
+    Install();
+
+    Process(TestFrame().Measurement("a", 0.003, 1));
+
+    EXPECT_EQ(Read(10, 2), (Registers{0, 3}));
+    EXPECT_EQ(Read(20, 1), (Registers{1}));
+    EXPECT_EQ(Read(30, 2), (Registers{0, 3}));
+}
+
+TEST_F(ResultEncoderTest, KeepsWhatASetDoesNotHave)
+{
+    Place("MeasurementValue", 10, "a");
+    Place("MeasurementValue", 12, "b");
+    Install();
+
+    Process(TestFrame().Measurement("a", 0.001).Measurement("b", 0.002));
+    Process(TestFrame().Measurement("b", 0.003));
+
+    EXPECT_EQ(Read(10, 4), (Registers{0, 1, 0, 3}));
+}
+
+TEST_F(ResultEncoderTest, ShowsTheLastSetOfABatch)
+{
+    Place("MeasurementValue", 10, "a");
+    Install();
+    TestBatch batch;
+    for (int i = 1; i <= 5; ++i)
+    {
+        batch.Add(TestFrame().Measurement("a", i / 1000.0));
+    }
+
+    encoder.Process(batch.List());
+
+    EXPECT_EQ(Read(10, 2), (Registers{0, 5}));
+    EXPECT_EQ(encoder.ResultSetCount(), 5u);
+}
+
+TEST_F(ResultEncoderTest, CarriesTheValueOfABlockThatMovesAndClearsWhereItWas)
+{
+    Place("MeasurementValue", 10, "a");
+    Place("MeasurementValue", 12, "b");
+    Install();
+    Process(TestFrame().Measurement("a", 0.001).Measurement("b", 0.002));
+
+    Move(10, 500);
+    Install();
+
+    EXPECT_EQ(Read(10, 4), (Registers{0, 0, 0, 2}));
+    EXPECT_EQ(Read(500, 2), (Registers{0, 1}));
+    Process(TestFrame().Measurement("a", 0.007));
+    EXPECT_EQ(Read(10, 4), (Registers{0, 0, 0, 2}));
+    EXPECT_EQ(Read(500, 2), (Registers{0, 7}));
+}
+
+TEST_F(ResultEncoderTest, ForgetsTheValueOfABlockThatFollowsAnotherSource)
+{
+    Place("MeasurementValue", 10, "a");
+    Install();
+    Process(TestFrame().Measurement("a", 0.001));
+
+    Move(10, 10, "b");
+    Install();
+
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
+}
+
+TEST_F(ResultEncoderTest, PassesOverALayoutThatCameLate)
+{
+    Place("MeasurementValue", 10, "a");
+    auto const older = RegisterLayout::Take(assembly);
+    Move(10, 20);
+    Install();
+
+    encoder.Install(older);
+
+    Process(TestFrame().Measurement("a", 0.001));
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
+    EXPECT_EQ(Read(20, 2), (Registers{0, 1}));
+}
+
+TEST_F(ResultEncoderTest, ClearsABlockThatCannotTakeItsResultAndTellsItOnce)
+{
+    Place("Stamp", 100, "a");
+    Place("MeasurementValue", 10, "b");
+    Install();
+    ZuTest::LogRecorder log;
+
+    for (int i = 0; i < 3; ++i)
+    {
+        Process(TestFrame().Measurement("a", 1).Measurement("b", 0.002));
+    }
+
+    EXPECT_EQ(Read(100, 20), Registers(20, 0));
+    EXPECT_EQ(Read(10, 2), (Registers{0, 2}));
+    EXPECT_EQ(encoder.DropCount(), 3u);
+    EXPECT_EQ(log.CountOfText("The block at register 100 cannot take the results of its data source"), 1u);
+}
+
+TEST_F(ResultEncoderTest, ShowsNothingFromAPauseUntilResultsComeAgain)
+{
+    Place("MeasurementValue", 10, "a");
+    Install();
+    Process(TestFrame().Measurement("a", 0.001));
+
+    encoder.Pause();
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
+    Process(TestFrame().Measurement("a", 0.002));
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
+    encoder.Resume();
+
+    Process(TestFrame().Measurement("a", 0.003));
+    EXPECT_EQ(Read(10, 2), (Registers{0, 3}));
+}
+
+TEST_F(ResultEncoderTest, MixesNoTwoSetsWhileAnotherThreadReads)
+{
+    constexpr uint16 BLOCKS = 30;
+    for (uint16 i = 0; i < BLOCKS; ++i)
+    {
+        Place("MeasurementValue", static_cast<uint16>(100 + 4 * i), "m");
+    }
+    Install();
+    std::atomic<bool> done{false};
+    std::thread results([&] {
+        for (int i = 1; i <= 3000; ++i)
+        {
+            Process(TestFrame().Measurement("m", i));
+        }
+        done = true;
+    });
+
+    uint64 torn = 0;
+    while (!done)
+    {
+        Registers const seen = Read(100, 4 * BLOCKS);
+        for (std::size_t i = 4; i < seen.size(); i += 4)
+        {
+            torn += seen[i] == seen[0] && seen[i + 1] == seen[1] ? 0 : 1;
+        }
+    }
+    results.join();
+
+    EXPECT_EQ(torn, 0u);
+    EXPECT_EQ(Read(100, 2), (Registers{3000000 >> 16, 3000000 & 0xFFFF}));
+}
+
+} // namespace ModbusTcp
