@@ -8,10 +8,15 @@ namespace
 
 thread_local uint64 allocations = 0;
 
-void* CountedAllocate(std::size_t size)
+void* CountedAllocateOrNull(std::size_t size) noexcept
 {
     ++allocations;
-    if (void* const memory = std::malloc(size > 0 ? size : 1))
+    return std::malloc(size > 0 ? size : 1);
+}
+
+void* CountedAllocate(std::size_t size)
+{
+    if (void* const memory = CountedAllocateOrNull(size))
     {
         return memory;
     }
@@ -28,6 +33,16 @@ void* operator new(std::size_t size)
 void* operator new[](std::size_t size)
 {
     return CountedAllocate(size);
+}
+
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept
+{
+    return CountedAllocateOrNull(size);
+}
+
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept
+{
+    return CountedAllocateOrNull(size);
 }
 
 void operator delete(void* memory) noexcept
