@@ -218,7 +218,7 @@ std::string HelpText()
            "A scanning sensor on the desk, joined to factory automation.\n"
            "\n"
            "  --job NAME           the job to begin with (default)\n"
-           "  --plugins DIR        folder of protocol plug-ins; may be repeated (the folder of the program)\n"
+           "  --plugins DIR        folder of protocol plug-ins; may be repeated (plugins, beside the program)\n"
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
            "                       tavrin-service-app (physical-sensor)\n"
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"

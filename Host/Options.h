@@ -52,7 +52,7 @@ struct Options
 
     Request request = Request::RUN;
     std::string jobName = "default";
-    std::vector<std::filesystem::path> pluginFolders; ///< empty: the folder of the program
+    std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
     Deployment deployment = Deployment::PHYSICAL_SENSOR;
     std::filesystem::path replayFile;       ///< empty: the simulated part
     double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles

@@ -1,0 +1,160 @@
+#include "Host/Application.h"
+
+#include "Host/Module/ListenerAddress.h"
+#include "Host/Module/ParameterSetter.h"
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Control/IControlManager.h"
+
+#include <algorithm>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+
+/// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program.
+std::filesystem::path DefaultPluginFolder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "plugins";
+}
+
+} // namespace
+
+Application::Application(Options const& newOptions, std::unique_ptr<IProfileSource> source)
+    : options(newOptions),
+      deployment(options.deployment),
+      persistManager({options.jobName}),
+      resultHub(RESULTS_ON_THE_SENSORS_THREAD),
+      sensor(resultHub, std::move(source), options.rateHz),
+      scanner(sensor),
+      core(sensor, options.start)
+{
+    scanner.AddTo(scanEngines);
+    core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
+    persistManager.LoadJob(options.jobName);
+    LoadPlugins();
+    BuildModule();
+    MakeNewJob();
+}
+
+Application::~Application()
+{
+    // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
+    ZU_GUARD_DESTRUCTOR([this] { core.Close(); });
+}
+
+void Application::Configure()
+{
+    for (std::string const& typeName : options.enabledTypes)
+    {
+        FindInstance(typeName);
+    }
+    for (ParameterSetting const& setting : options.settings)
+    {
+        UpdateGate::Request const request(updateGate);
+        SetParameter(FindInstance(setting.typeName), setting);
+    }
+}
+
+std::vector<Application::Listener> Application::Start()
+{
+    for (std::string const& typeName : options.enabledTypes)
+    {
+        Enable(typeName);
+    }
+    if (options.start)
+    {
+        core.Start(false);
+    }
+    std::vector<Listener> listeners;
+    for (std::string const& typeName : Controls().List())
+    {
+        ZuControl::IControlInstance& instance = Controls().GetInstance(typeName);
+        if (std::string address = instance.IsEnabled() ? WaitForListenerAddress(instance) : ""; !address.empty())
+        {
+            listeners.push_back({typeName, std::move(address)});
+        }
+    }
+    return listeners;
+}
+
+ZuControl::IControlManager& Application::Controls() const
+{
+    return persistRegistry.Controls();
+}
+
+void Application::LoadPlugins()
+{
+    std::vector<std::filesystem::path> folders = options.pluginFolders;
+    if (folders.empty() && std::filesystem::is_directory(DefaultPluginFolder()))
+    {
+        folders.push_back(DefaultPluginFolder());
+    }
+    for (std::filesystem::path const& folder : folders)
+    {
+        pluginManager.LoadFolder(folder.string());
+    }
+}
+
+void Application::BuildModule()
+{
+    ZuControl::ControlModuleEnviron environ;
+    environ.deployment = &deployment;
+    environ.persistRegistry = &persistRegistry;
+    environ.problems = &problems;
+    environ.resultHub = &resultHub;
+    environ.updateGate = &updateGate;
+    environ.scanEngines = &scanEngines;
+    environ.scanStartStopEvent = &core.ScanStartStopEvent();
+    environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
+    environ.persistManager = &persistManager;
+    environ.core = &core;
+    module.emplace(pluginManager, router, environ);
+}
+
+void Application::MakeNewJob()
+{
+    UpdateGate::Request const request(updateGate);
+    for (std::string const& typeName : Controls().List())
+    {
+        Controls().GetInstance(typeName).ResetInstance(true, ZuControl::IControlInstance::DataToResetAll);
+    }
+}
+
+void Application::Enable(std::string const& typeName)
+{
+    try
+    {
+        FindInstance(typeName).Enable(true);
+    }
+    catch (std::exception const& exception)
+    {
+        // One line: the problem stands in the list of problems too, and where it came from is no news to the user.
+        ZU_LOG_USER_ERROR("Service %1$s cannot be started: %2$s", typeName.c_str(), exception.what());
+    }
+}
+
+ZuControl::IControlInstance& Application::FindInstance(std::string const& typeName) const
+{
+    ZuControl::IControlManager& controls = Controls();
+    std::vector<std::string> const known = controls.List();
+    if (std::find(known.begin(), known.end(), typeName) != known.end())
+    {
+        return controls.GetInstance(typeName);
+    }
+    std::string list;
+    for (std::string const& name : known)
+    {
+        list.append(list.empty() ? "" : ", ").append(name);
+    }
+    ZU_THROW(Zu::Status::BAD_ARGUMENT, "there is no protocol '%s' (%s)", typeName.c_str(),
+             list.empty() ? "no plug-in offers one" : list.c_str());
+}
+
+} // namespace ZuHost

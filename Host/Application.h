@@ -1,0 +1,84 @@
+#pragma once
+
+#include "Host/Module/DeploymentQuery.h"
+#include "Host/Module/PersistRegistry.h"
+#include "Host/Module/UpdateGate.h"
+#include "Host/Options.h"
+#include "Host/Sensor/DeskCore.h"
+#include "Host/Sensor/DeskScanner.h"
+#include "Host/Sensor/Sensor.h"
+#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/ControlModule.h"
+#include "ZuCore/ResultHub.h"
+#include "ZuPlugin/PluginManager.h"
+#include "ZuRest/ResourceRouter.h"
+#include "ZuScan/ScanEngineManager.h"
+
+#include <optional>
+
+namespace ZuControl
+{
+class IControlInstance;
+class IControlManager;
+} // namespace ZuControl
+
+namespace ZuHost
+{
+
+/// The sensor on the desk with the module in it. One thread builds, configures, starts and destroys it.
+class Application final
+{
+public:
+    /// A protocol and where it listens, "127.0.0.1:1502".
+    struct Listener
+    {
+        std::string typeName;
+        std::string address;
+
+        bool operator==(Listener const&) const = default;
+    };
+
+    /// Loads the plug-ins and builds the module, with a new job. Throws what a protocol throws that cannot be built.
+    Application(Options const& newOptions, std::unique_ptr<IProfileSource> source);
+    ~Application(); ///< stops scanning first, then ends the protocols
+
+    Application(Application const&) = delete;
+    Application& operator=(Application const&) = delete;
+
+    /// Sets what `--param` asks for. Throws -997 with one clear line for a protocol, a parameter or a value that is none,
+    /// also for a protocol of `--enable`.
+    void Configure();
+
+    /// Enables what is to be enabled, scans when asked to, and tells who listens where. A protocol that cannot be started is
+    /// a line in the log, and the others go on.
+    std::vector<Listener> Start();
+
+    ZuControl::IControlManager& Controls() const;
+
+private:
+    void LoadPlugins();
+    void BuildModule();
+    void MakeNewJob();
+    void Enable(std::string const& typeName);
+    ZuControl::IControlInstance& FindInstance(std::string const& typeName) const;
+
+    Options const options;
+
+    // The order is that of their life: what the module is given outlives it.
+    ZuCommon::ProblemsManager problems;
+    DeploymentQuery deployment;
+    PersistRegistry persistRegistry;
+    UpdateGate updateGate;
+    ZuCommon::PersistManager persistManager;
+    ZuCore::ResultHub resultHub;
+    Sensor sensor;
+    DeskScanner scanner;
+    ZuScan::Internal::ScanEngineManager scanEngines;
+    DeskCore core;
+    ZuPlugin::PluginManager pluginManager;
+    ZuRest::ResourceRouter router;
+    std::optional<ZuControl::ControlModule> module;
+};
+
+} // namespace ZuHost

@@ -1,0 +1,96 @@
+#include "Host/HostProgram.h"
+
+#include "Host/Application.h"
+#include "Host/Pcd/PcdReader.h"
+#include "Host/Sensor/Replay.h"
+#include "Host/Sensor/SimulatedPart.h"
+#include "Host/StandardErrorSink.h"
+#include "ZuApi/Exception.h"
+
+#include <ostream>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr int EXIT_FINE = 0;
+constexpr int EXIT_BROKEN = 1;
+constexpr int EXIT_BAD_INPUT = 2;
+
+void CheckPluginFolders(Options const& options)
+{
+    for (std::filesystem::path const& folder : options.pluginFolders)
+    {
+        std::error_code error;
+        if (!std::filesystem::is_directory(folder, error))
+        {
+            ZU_THROW(Zu::Status::NOT_FOUND, "option '--plugins': there is no folder '%s'", folder.c_str());
+        }
+    }
+}
+
+std::unique_ptr<IProfileSource> MakeSource(Options const& options)
+{
+    if (options.replayFile.empty())
+    {
+        return std::make_unique<SimulatedPart>();
+    }
+    return std::make_unique<Replay>(ReadPcd(options.replayFile));
+}
+
+std::string TextOf(std::exception const& exception)
+{
+    std::string const text = exception.what();
+    return text.empty() ? "failed with status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
+}
+
+/// `failureStatus` is always that of what is being done: the caller gives it when something throws.
+void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
+               int& failureStatus)
+{
+    CheckPluginFolders(options);
+    std::unique_ptr<IProfileSource> source = MakeSource(options);
+
+    LogScope const log(options.logLevel);
+    failureStatus = EXIT_BROKEN;
+    Application application(options, std::move(source));
+    failureStatus = EXIT_BAD_INPUT;
+    application.Configure();
+    failureStatus = EXIT_BROKEN;
+    for (Application::Listener const& listener : application.Start())
+    {
+        output << "listening " << listener.typeName << ' ' << listener.address << '\n';
+    }
+    output << "ready" << std::endl;
+    waitForStop();
+}
+
+} // namespace
+
+int RunHost(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors,
+            std::function<void()> const& waitForStop)
+{
+    int failureStatus = EXIT_BAD_INPUT;
+    try
+    {
+        Options const options = ParseOptions(words);
+        if (options.request == Options::Request::RUN)
+        {
+            RunSensor(options, output, waitForStop, failureStatus);
+        }
+        else
+        {
+            output << (options.request == Options::Request::SHOW_HELP ? HelpText() : VersionText());
+        }
+        return EXIT_FINE;
+    }
+    catch (std::exception const& exception)
+    {
+        errors << "zucontrol-host: " << TextOf(exception) << std::endl;
+        return failureStatus;
+    }
+}
+
+} // namespace ZuHost

@@ -1,0 +1,71 @@
+#include "Host/Module/UpdateGate.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+#include "wApi/wTime.h"
+
+namespace ZuHost
+{
+
+UpdateGate::Request::Request(UpdateGate& usedGate) : gate(usedGate)
+{
+}
+
+UpdateGate::Request::~Request()
+{
+    gate.CloseOfThisThread();
+}
+
+UpdateGate::UpdateGate(uint64 newPatienceUsec) : patienceUsec(newPatienceUsec)
+{
+}
+
+UpdateGate::~UpdateGate() = default;
+
+void UpdateGate::BeginUpdate(bool /*exclusive*/)
+{
+    std::unique_lock guard(lock);
+    auto const isFree = [this] { return depth == 0 || owner == std::this_thread::get_id(); };
+    if (!closed.WaitUntil(guard, wTime_AfterUsec(patienceUsec), isFree))
+    {
+        ZU_THROW(Zu::Status::BUSY, "Another change of the configuration does not come to an end");
+    }
+    owner = std::this_thread::get_id();
+    ++depth;
+}
+
+void UpdateGate::EndUpdate()
+{
+    {
+        std::scoped_lock const guard(lock);
+        if (depth == 0 || owner != std::this_thread::get_id() || --depth > 0)
+        {
+            return;
+        }
+        owner = {};
+    }
+    closed.NotifyAll();
+}
+
+bool UpdateGate::IsOpen() const
+{
+    std::scoped_lock const guard(lock);
+    return depth > 0;
+}
+
+void UpdateGate::CloseOfThisThread()
+{
+    {
+        std::scoped_lock const guard(lock);
+        if (depth == 0 || owner != std::this_thread::get_id())
+        {
+            return;
+        }
+        depth = 0;
+        owner = {};
+    }
+    closed.NotifyAll();
+    ZU_LOG_WARNING("A change of the configuration was left half way: its bracket is closed");
+}
+
+} // namespace ZuHost
