@@ -41,7 +41,7 @@ public:
     /// log and in `Refusals`.
     bool LoadFile(std::string const& path);
 
-    /// Loads every "*.so" of a folder in the order of their names and gives how many were taken in. A folder that cannot
+    /// Loads every "*.so" of a folder in the order of their names and gives how many are loaded now. A folder that cannot
     /// be read is refused as a file is.
     uint64 LoadFolder(std::string const& path);
 
