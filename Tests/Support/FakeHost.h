@@ -1,0 +1,117 @@
+#pragma once
+
+#include "Support/CallLog.h"
+#include "ZuApi/Exception.h"
+#include "ZuCommon/IPersistHandler.h"
+#include "ZuCommon/IPersistStore.h"
+#include "ZuControl/Control/IDeploymentQuery.h"
+#include "ZuControl/Control/IPersistRegistry.h"
+
+#include <string>
+
+namespace ZuTest
+{
+
+/// Answers and notes what it is asked.
+class FakeDeployment final : public ZuControl::IDeploymentQuery
+{
+public:
+    bool IsPhysicalSensor() override
+    {
+        return Asked("physical sensor", physicalSensor);
+    }
+
+    bool IsPhysicalBrackle() override
+    {
+        return Asked("physical brackle", physicalBrackle);
+    }
+
+    bool IsVirtualSensor() override
+    {
+        return Asked("virtual sensor", virtualSensor);
+    }
+
+    bool IsVirtualBrackle() override
+    {
+        return Asked("virtual brackle", virtualBrackle);
+    }
+
+    bool IsTavrinServiceApp() override
+    {
+        return Asked("service app", tavrinServiceApp);
+    }
+
+    CallLog asked;
+    bool physicalSensor = false;
+    bool physicalBrackle = false;
+    bool virtualSensor = false;
+    bool virtualBrackle = false;
+    bool tavrinServiceApp = false;
+
+private:
+    bool Asked(char const* question, bool answer)
+    {
+        asked.Add(question);
+        return answer;
+    }
+};
+
+/// Notes registrations and marks.
+class FakePersistRegistry final : public ZuControl::IPersistRegistry
+{
+public:
+    explicit FakePersistRegistry(CallLog& sharedCalls) : calls(sharedCalls)
+    {
+    }
+
+    uint64 Register(ZuCommon::IPersistHandler& handler, std::string const& name) override
+    {
+        calls.Add("Register(" + handler.Component() + ",'" + name + "')");
+        return 17;
+    }
+
+    void Deregister(uint64 id) override
+    {
+        calls.Add("Deregister(" + std::to_string(id) + ")");
+        if (failing)
+        {
+            ZU_THROW(Zu::Status::NOT_FOUND, "not registered");
+        }
+    }
+
+    void MarkModified(ZuCommon::IPersistHandler& /*handler*/, ZuCommon::PersistDomain domain,
+                      uint64 /*reserved*/) override
+    {
+        calls.Add("MarkModified(" + std::to_string(static_cast<int32>(domain)) + ")");
+    }
+
+    bool failing = false;
+
+private:
+    CallLog& calls;
+};
+
+/// Has the files that a test names, and takes none.
+class FakePersistStore final : public ZuCommon::IPersistStore
+{
+public:
+    std::string Read(std::string const& /*path*/) const override
+    {
+        return "{}";
+    }
+
+    void Write(std::string const& path, void const* /*data*/, std::size_t /*size*/) override
+    {
+        written.push_back(path);
+    }
+
+    bool Exists(std::string const& path) const override
+    {
+        return std::find(files.begin(), files.end(), path) != files.end();
+    }
+
+    std::vector<std::string> files;
+    std::vector<std::string> written;
+};
+
+} // namespace ZuTest

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Support/CallLog.h"
+#include "ZuApi/Exception.h"
+#include "ZuControl/Control/IControlScanEngineInterface.h"
+
+#include <functional>
+#include <map>
+#include <mutex>
+
+namespace ZuTest
+{
+
+/// One scanner, whatever id it is asked by. Notes its calls; a call "X" then runs `on["X"]` when it is set, which a test does
+/// before a thread can call.
+class FakeScanEngineInterface final : public ZuControl::IControlScanEngineInterface
+{
+public:
+    explicit FakeScanEngineInterface(CallLog& sharedCalls) : calls(sharedCalls)
+    {
+    }
+
+    void SoftwareTrigger(std::string const& scannerId) override
+    {
+        Note("SoftwareTrigger(" + scannerId + ")");
+    }
+
+    void Alignment(std::string const& scannerId) override
+    {
+        Note("Alignment(" + scannerId + ")");
+    }
+
+    void ClearAlignment(std::string const& scannerId) override
+    {
+        Note("ClearAlignment(" + scannerId + ")");
+    }
+
+    Zu::Event<ZuScan::AlignCompletionStatus>& AlignmentCompletedEvent(std::string const& scannerId) override
+    {
+        Note("AlignmentCompletedEvent(" + scannerId + ")");
+        return event;
+    }
+
+    void ScannerInfo(std::string const& scannerId, ScannerStateInfo& filled) override
+    {
+        Note("ScannerInfo(" + scannerId + ")");
+        std::scoped_lock const guard(lock);
+        filled = info;
+    }
+
+    ZuScan::ISensor* FindSupportedSensor() override
+    {
+        return nullptr;
+    }
+
+    void SetInfo(ScannerStateInfo newInfo)
+    {
+        std::scoped_lock const guard(lock);
+        info = std::move(newInfo);
+    }
+
+    std::map<std::string, std::function<void()>> on;
+    Zu::Event<ZuScan::AlignCompletionStatus> event;
+
+private:
+    void Note(std::string const& call)
+    {
+        calls.Add(call);
+        if (auto const position = on.find(call); position != on.end())
+        {
+            position->second();
+        }
+    }
+
+    CallLog& calls;
+    std::mutex lock; // guards what a fetch reads on another thread
+    ScannerStateInfo info;
+};
+
+} // namespace ZuTest

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Support/CallLog.h"
+#include "ZuControl/Control/IControlSystemInterface.h"
+
+#include <functional>
+#include <map>
+#include <mutex>
+
+namespace ZuTest
+{
+
+/// Notes its calls; a call "X" then runs `on["X"]` when it is set. Set those before a thread can call.
+class FakeSystemInterface final : public ZuControl::IControlSystemInterface
+{
+public:
+    explicit FakeSystemInterface(CallLog& sharedCalls) : calls(sharedCalls)
+    {
+    }
+
+    void Start() override
+    {
+        Note("Start");
+    }
+
+    void Stop() override
+    {
+        Note("Stop");
+    }
+
+    void FactoryRestore() override
+    {
+        Note("FactoryRestore");
+    }
+
+    void Restart() override
+    {
+        Note("Restart");
+    }
+
+    void LoadJob(std::string const& name) override
+    {
+        Note("LoadJob(" + name + ")");
+    }
+
+    void Stats(SystemStats& filled) override
+    {
+        Note("Stats");
+        std::scoped_lock const guard(lock);
+        filled = stats;
+    }
+
+    void SetNextIpConfig(wIpConfig const& config) override
+    {
+        Note("SetNextIpConfig(" + std::to_string(config.address[3]) + ")");
+    }
+
+    void SetStats(SystemStats newStats)
+    {
+        std::scoped_lock const guard(lock);
+        stats = std::move(newStats);
+    }
+
+    std::map<std::string, std::function<void()>> on;
+
+private:
+    void Note(std::string const& call)
+    {
+        calls.Add(call);
+        if (auto const position = on.find(call); position != on.end())
+        {
+            position->second();
+        }
+    }
+
+    CallLog& calls;
+    std::mutex lock; // guards what a fetch reads on another thread
+    SystemStats stats;
+};
+
+} // namespace ZuTest

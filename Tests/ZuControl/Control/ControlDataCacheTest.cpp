@@ -1,0 +1,237 @@
+#include "ZuControl/Control/ControlDataCache.h"
+
+#include "Support/ExpectException.h"
+#include "Support/FakeScanEngineInterface.h"
+#include "Support/FakeSystemInterface.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+namespace ZuControl
+{
+
+class ControlDataCacheTest : public testing::Test
+{
+protected:
+    static constexpr uint64 LONG = 30000000;
+    static constexpr char const* SYSTEM_BUSY =
+        "System data cache fetch operation failed. Another operation is already in progress.";
+
+    ControlDataCacheTest()
+    {
+        IControlSystemInterface::SystemStats stats;
+        stats.upTime = 1;
+        stats.appUpTime = 2;
+        stats.loadedJob = "job";
+        stats.runState = ZuCore::RunState::RUNNING;
+        stats.linkStatus = {1};
+        stats.linkCapacity = {1000};
+        systemInterface.SetStats(stats);
+        scanEngines.SetInfo({"A", 5, 6, IControlScanEngineInterface::ALIGNMENT_STATE_2, false});
+    }
+
+    /// Reads until no fetch runs any more that would have it refused.
+    template <typename Read>
+    auto WhenIdle(Read const& read)
+    {
+        auto const bound = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
+        for (;;)
+        {
+            try
+            {
+                return read();
+            }
+            catch (Zu::Exception const& exception)
+            {
+                if (exception.Status() != Zu::Status::BUSY || std::chrono::steady_clock::now() > bound)
+                {
+                    throw;
+                }
+                std::this_thread::yield();
+            }
+        }
+    }
+
+    ZuTest::CallLog calls;
+    ZuTest::LogRecorder log;
+    ZuTest::FakeSystemInterface systemInterface{calls};
+    ZuTest::FakeScanEngineInterface scanEngines{calls};
+    ZuTest::Latch release;
+    ControlDataCache cache{systemInterface, scanEngines};
+};
+
+TEST_F(ControlDataCacheTest, GivesWhatThisVeryReadFetched)
+{
+    auto const stats = cache.SystemStats(LONG);
+    EXPECT_EQ(stats.upTime, 1u);
+    EXPECT_EQ(stats.appUpTime, 2u);
+    EXPECT_EQ(stats.loadedJob, "job");
+    EXPECT_EQ(stats.runState, ZuCore::RunState::RUNNING);
+    EXPECT_EQ(stats.linkStatus, (std::vector<uint32>{1}));
+    EXPECT_EQ(stats.linkCapacity, (std::vector<uint64>{1000}));
+
+    auto const info = cache.ScannerInfo("A", LONG);
+    EXPECT_EQ(info.currentEncoderValue, 5);
+    EXPECT_EQ(info.currentSyncTime, 6u);
+    EXPECT_EQ(info.alignmentState, IControlScanEngineInterface::ALIGNMENT_STATE_2);
+    EXPECT_FALSE(info.laserEnabled);
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlDataCacheTest, GivesZerosUntilSomethingWasFetched)
+{
+    systemInterface.on["Stats"] = [this] { release.Wait(); };
+
+    auto const stats = cache.SystemStats(0);
+
+    EXPECT_EQ(stats.upTime, 0u);
+    EXPECT_EQ(stats.loadedJob, "");
+    EXPECT_TRUE(stats.linkStatus.empty());
+    release.Open();
+}
+
+TEST_F(ControlDataCacheTest, GivesALaserThatIsOnUntilSomethingWasFetched)
+{
+    scanEngines.on["ScannerInfo()"] = [this] { release.Wait(); };
+
+    auto const info = cache.ScannerInfo("", 0);
+
+    EXPECT_EQ(info.currentEncoderValue, 0);
+    EXPECT_EQ(info.currentSyncTime, 0u);
+    EXPECT_TRUE(info.laserEnabled);
+    release.Open();
+}
+
+TEST_F(ControlDataCacheTest, RefusesEitherKindWhileAFetchRuns)
+{
+    systemInterface.on["Stats"] = [this] { release.Wait(); };
+    cache.SystemStats(0);
+
+    ZuTest::ExpectException(-976, SYSTEM_BUSY, [this] { cache.SystemStats(0); });
+    ZuTest::ExpectException(-976,
+                            "Scanner data cache fetch operation for scanner \"A\" failed. Another operation is already "
+                            "in progress.",
+                            [this] { cache.ScannerInfo("A", 0); });
+    release.Open();
+}
+
+TEST_F(ControlDataCacheTest, TakesALateRecordInTheNextReadAndFetchesAnew)
+{
+    std::atomic<int> fetches{0};
+    ZuTest::Latch second;
+    systemInterface.on["Stats"] = [&] {
+        if (++fetches == 1)
+        {
+            release.Wait();
+        }
+        else
+        {
+            second.Wait();
+        }
+    };
+    EXPECT_EQ(cache.SystemStats(0).upTime, 0u);
+    release.Open();
+
+    // The flag is free a moment before the record is there: the record is seen in this read or in a later one.
+    auto stats = WhenIdle([this] { return cache.SystemStats(1000000); });
+
+    EXPECT_EQ(stats.upTime, 1u);
+    ASSERT_TRUE(calls.WaitFor("Stats", 2));
+    second.Open();
+}
+
+TEST_F(ControlDataCacheTest, NeverTakesOneScannerForAnother)
+{
+    cache.ScannerInfo("A", LONG);
+    scanEngines.on["ScannerInfo(B)"] = [this] { release.Wait(); };
+
+    ZuTest::ExpectException(-999, "No data found for scanner B",
+                            [this] { WhenIdle([this] { return cache.ScannerInfo("B", 0); }); });
+    release.Open();
+
+    EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("", 0); }).currentEncoderValue, 5);
+}
+
+TEST_F(ControlDataCacheTest, GivesZerosOfAScannerThatTellsNothingOnlyToWhoNamesNone)
+{
+    scanEngines.SetInfo({});
+
+    ZuTest::ExpectException(-999, "No data found for scanner s", [this] { cache.ScannerInfo("s", LONG); });
+    auto const info = WhenIdle([this] { return cache.ScannerInfo("", LONG); });
+
+    EXPECT_EQ(info.currentEncoderValue, 0);
+    EXPECT_TRUE(info.laserEnabled);
+}
+
+TEST_F(ControlDataCacheTest, LogsAFailedFetchOfTheSystemAndGivesTheOldValues)
+{
+    cache.SystemStats(LONG);
+    systemInterface.on["Stats"] = [] { throw std::runtime_error("no core"); };
+
+    EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(1000); }).upTime, 1u);
+    systemInterface.on.clear();
+    WhenIdle([this] { return cache.ScannerInfo("", LONG); }); // on the same worker: the failed fetch has ended
+
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error("ZuControl::ControlDataCache::GetLatestSystemStats",
+                                                                   "Exception getting system stats")}));
+    EXPECT_EQ(log.CountOfText("exception: no core"), 1u);
+}
+
+TEST_F(ControlDataCacheTest, SaysNothingOfAFailedFetchOfAScanner)
+{
+    scanEngines.on["ScannerInfo(A)"] = [] { ZU_THROW(-5, "no scanner"); };
+
+    ZuTest::ExpectException(-999, "No data found for scanner A", [this] { cache.ScannerInfo("A", 1000); });
+    WhenIdle([this] { return cache.SystemStats(LONG); });
+
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlDataCacheTest, WaitsAtItsEndForAFetchThatRuns)
+{
+    auto other = std::make_unique<ControlDataCache>(systemInterface, scanEngines);
+    systemInterface.on["Stats"] = [this] {
+        release.Wait();
+        calls.Add("fetched");
+    };
+    other->SystemStats(0);
+    ASSERT_TRUE(calls.WaitFor("Stats"));
+    std::thread releasing([this] { release.Open(); });
+
+    other.reset();
+    releasing.join();
+
+    EXPECT_EQ(calls.Count("fetched"), 1u);
+}
+
+TEST_F(ControlDataCacheTest, TakesReadsFromManyThreads)
+{
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 4; ++i)
+    {
+        readers.emplace_back([this, i] {
+            for (int k = 0; k < 100; ++k)
+            {
+                if (i % 2 == 0)
+                {
+                    EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(LONG); }).upTime, 1u);
+                }
+                else
+                {
+                    EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("A", LONG); }).currentSyncTime, 6u);
+                }
+            }
+        });
+    }
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
+}
+
+} // namespace ZuControl

@@ -1,0 +1,476 @@
+#include "ZuControl/Control/ControlProtocolOperations.h"
+
+#include "Support/ExpectException.h"
+#include "Support/FakeScanEngineInterface.h"
+#include "Support/FakeSystemInterface.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace ZuControl
+{
+
+using Calls = ZuTest::CallLog::Calls;
+
+constexpr ZuEthernetProtocol PROTOCOL_7{7};
+constexpr ZuEthernetProtocol PROTOCOL_8{8};
+
+class ControlProtocolOperationsTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        operations = std::make_unique<ControlProtocolOperations>(systemInterface, scanEngines);
+        ListenTo(PROTOCOL_7);
+    }
+
+    /// Notes an end as "7 ended 1".
+    Zu::Event<int>::CallbackId ListenTo(ZuEthernetProtocol protocol)
+    {
+        std::string const number = std::to_string(static_cast<int32>(protocol));
+        return operations->AddOpEndEventHandler(
+            protocol, [this, number](int status) { calls.Add(number + " ended " + std::to_string(status)); });
+    }
+
+    void RunTestAction(int action)
+    {
+        operations->RunSynchronousOp(PROTOCOL_7, static_cast<ControlProtocolOperations::ActionId>(action), {});
+    }
+
+    void QueueEnd(ZuEthernetProtocol protocol, int status)
+    {
+        operations->NotifyOperationEnd(protocol, status, "");
+    }
+
+    void FreeTheFlag()
+    {
+        operations->OperationFinish();
+    }
+
+    bool IsInFlight() const
+    {
+        return operations->operationFlag.load() == 1;
+    }
+
+    /// Everything that was queued before has been delivered when this returns.
+    void WaitForTheRoadToBeEmpty()
+    {
+        Zu::Event<int>::CallbackId const id = ListenTo(ZuEthernetProtocol{999});
+        QueueEnd(ZuEthernetProtocol{999}, ++marker);
+        ASSERT_TRUE(calls.WaitFor("999 ended " + std::to_string(marker)));
+        operations->RemoveOpEndEventHandler(ZuEthernetProtocol{999}, id);
+    }
+
+    void CompleteAlignment(ZuScan::AlignCompletionStatus status = ZuScan::AlignCompletionStatus::SUCCESS)
+    {
+        scanEngines.event.Fire(status);
+    }
+
+    static constexpr char const* TASK = "ZuControl::ControlProtocolOperations::RunSynchronousOp";
+    static constexpr char const* DISPATCHER = "ZuControl::ControlProtocolOperations::DispatcherThreadFx";
+
+    ZuTest::CallLog calls;
+    ZuTest::FakeSystemInterface systemInterface{calls};
+    ZuTest::FakeScanEngineInterface scanEngines{calls};
+    std::unique_ptr<ControlProtocolOperations> operations;
+
+private:
+    int marker = 0;
+};
+
+struct SimpleOperation
+{
+    char const* name;
+    std::function<void(ControlProtocolOperations&)> begin;
+    char const* call;
+};
+
+class ControlProtocolOperationsSimple : public ControlProtocolOperationsTest,
+                                        public testing::WithParamInterface<SimpleOperation>
+{
+};
+
+TEST_P(ControlProtocolOperationsSimple, RunsOnTheWorkerAndTellsItsEnd)
+{
+    GetParam().begin(*operations);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_EQ(calls.All(), (Calls{GetParam().call, "7 ended 1"}));
+    EXPECT_FALSE(IsInFlight());
+}
+
+TEST_P(ControlProtocolOperationsSimple, EndsWithStatusZeroWhateverItThrows)
+{
+    ZuTest::LogRecorder const log;
+    auto const fail = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "no"); };
+    systemInterface.on[GetParam().call] = fail;
+    scanEngines.on[GetParam().call] = fail;
+
+    GetParam().begin(*operations);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 0"));
+    auto const lines = log.Lines();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_TRUE(lines[0].text.starts_with("Exception processing action id ")) << lines[0];
+    EXPECT_EQ(lines[0].label, TASK);
+    EXPECT_TRUE(ZuTest::IsTrace(lines[1]));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, ControlProtocolOperationsSimple,
+    testing::Values(
+        SimpleOperation{"StartScan", [](auto& o) { o.StartScan(PROTOCOL_7); }, "Start"},
+        SimpleOperation{"StopScan", [](auto& o) { o.StopScan(PROTOCOL_7); }, "Stop"},
+        SimpleOperation{"ClearAlignment", [](auto& o) { o.ClearAlignment(PROTOCOL_7, "s"); }, "ClearAlignment(s)"},
+        SimpleOperation{"LoadJob", [](auto& o) { o.LoadJob(PROTOCOL_7, "job"); }, "LoadJob(job)"},
+        SimpleOperation{"SoftwareTrigger", [](auto& o) { o.SoftwareTrigger(PROTOCOL_7, ""); }, "SoftwareTrigger()"},
+        SimpleOperation{"SetNextIpConfig",
+                        [](auto& o) {
+    wIpConfig config;
+    config.address = {192, 168, 1, 10};
+    o.SetNextIpConfig(PROTOCOL_7, config);
+                        },
+                        "SetNextIpConfig(10)"},
+        SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore"},
+        SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAlone)
+{
+    ZuTest::Latch release;
+    ListenTo(PROTOCOL_8);
+    systemInterface.on["Stop"] = [&] { release.Wait(); };
+    operations->StopScan(PROTOCOL_7);
+
+    ZuTest::ExpectException(-976, "Protocol 8 operation 0 rejected because another operation is in progress",
+                            [this] { operations->StartScan(PROTOCOL_8); });
+    release.Open();
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    WaitForTheRoadToBeEmpty();
+    EXPECT_EQ(calls.Count("8 ended 1") + calls.Count("8 ended 0"), 0u);
+    EXPECT_EQ(calls.Count("Start"), 0u);
+}
+
+TEST_F(ControlProtocolOperationsTest, LetsOneOfTwoWinThatBeginAtOnce)
+{
+    ZuTest::Latch release;
+    ListenTo(PROTOCOL_8);
+    systemInterface.on["Start"] = [&] { release.Wait(); };
+    std::atomic<int> refused{0};
+    auto const begin = [&](ZuEthernetProtocol protocol) {
+        try
+        {
+            operations->StartScan(protocol);
+        }
+        catch (Zu::Exception const& exception)
+        {
+            EXPECT_EQ(exception.Status(), -976);
+            ++refused;
+        }
+    };
+
+    std::thread other([&] { begin(PROTOCOL_8); });
+    begin(PROTOCOL_7);
+    other.join();
+    release.Open();
+    WaitForTheRoadToBeEmpty();
+
+    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(calls.Count("Start"), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, LooksAtArgumentsBeforeItLooksForAnotherOperation)
+{
+    ZuTest::Latch release;
+    systemInterface.on["Start"] = [&] { release.Wait(); };
+    operations->StartScan(PROTOCOL_7);
+
+    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 2",
+                            [this] { operations->Alignment(PROTOCOL_7, nullptr); });
+    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 3",
+                            [this] { operations->ClearAlignment(PROTOCOL_7, nullptr); });
+    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 5",
+                            [this] { operations->SoftwareTrigger(PROTOCOL_7, nullptr); });
+    ZuTest::ExpectException(-997, "No job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, nullptr); });
+    ZuTest::ExpectException(-997, "Empty job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, ""); });
+    release.Open();
+}
+
+TEST_F(ControlProtocolOperationsTest, EndsAnUnknownActionAsABadArgument)
+{
+    ZuTest::LogRecorder const log;
+
+    RunTestAction(55);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended -997"));
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Error(TASK, "Unexpected action id 55")}));
+}
+
+TEST_F(ControlProtocolOperationsTest, EndsTheTestActionsAsTheyAreMadeTo)
+{
+    ZuTest::LogRecorder const log;
+
+    RunTestAction(200);
+    ASSERT_TRUE(calls.WaitFor("7 ended 1", 1));
+    RunTestAction(201);
+    ASSERT_TRUE(calls.WaitFor("7 ended 1", 2));
+    RunTestAction(202);
+    ASSERT_TRUE(calls.WaitFor("7 ended 0", 1));
+    RunTestAction(204);
+    ASSERT_TRUE(calls.WaitFor("7 ended 0", 2));
+
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(TASK, "Exception processing action id 202"),
+                                                     ZuTest::Error(TASK, "Exception processing action id 204")}));
+    EXPECT_EQ(log.CountOfText("exception with status 202: Testing action id 202"), 1u);
+    EXPECT_EQ(log.CountOfText("exception with status 204: Async test action id 204"), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, NeverEndsAnAsynchronousOperationByItself)
+{
+    RunTestAction(203);
+    ZuTest::ExpectException(-976, "Protocol 7 operation 0 rejected because another operation is in progress",
+                            [this] { operations->StartScan(PROTOCOL_7); });
+
+    FreeTheFlag();
+    RunTestAction(200); // runs behind it on the same worker
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    WaitForTheRoadToBeEmpty();
+
+    EXPECT_EQ(calls.Count("7 ended 1"), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, LetsAHandlerBeginTheNextOperation)
+{
+    operations->AddOpEndEventHandler(PROTOCOL_7, [this](int) {
+        if (calls.Count("Stop") == 0)
+        {
+            operations->StopScan(PROTOCOL_7);
+        }
+    });
+
+    operations->StartScan(PROTOCOL_7);
+
+    EXPECT_TRUE(calls.WaitFor("7 ended 1", 2));
+    EXPECT_EQ(calls.All(), (Calls{"Start", "7 ended 1", "Stop", "7 ended 1"}));
+}
+
+TEST_F(ControlProtocolOperationsTest, FreesTheFlagForAProtocolWithoutHandlers)
+{
+    auto const bound = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
+
+    operations->StartScan(PROTOCOL_8);
+    while (IsInFlight() && std::chrono::steady_clock::now() < bound)
+    {
+        std::this_thread::yield();
+    }
+    ASSERT_FALSE(IsInFlight());
+
+    operations->StartScan(PROTOCOL_7);
+
+    EXPECT_TRUE(calls.WaitFor("7 ended 1"));
+}
+
+TEST_F(ControlProtocolOperationsTest, CallsNoLaterHandlerOfAnEndWhoseHandlerThrewAndGoesOn)
+{
+    ZuTest::LogRecorder const log;
+    operations->AddOpEndEventHandler(PROTOCOL_8, [this](int) {
+        calls.Add("throws");
+        ZU_THROW(-3, "handler");
+    });
+    ListenTo(PROTOCOL_8);
+
+    operations->StartScan(PROTOCOL_8);
+    ASSERT_TRUE(calls.WaitFor("throws"));
+    operations->StartScan(PROTOCOL_7);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_EQ(calls.Count("8 ended 1"), 0u);
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
+}
+
+TEST_F(ControlProtocolOperationsTest, CallsHandlersInOrderAndNoneThatWasRemovedMeanwhile)
+{
+    Zu::Event<int>::CallbackId removed;
+    operations->AddOpEndEventHandler(PROTOCOL_8, [&](int) {
+        calls.Add("first");
+        operations->RemoveOpEndEventHandler(PROTOCOL_8, removed);
+    });
+    removed = operations->AddOpEndEventHandler(PROTOCOL_8, [this](int) { calls.Add("removed"); });
+    operations->AddOpEndEventHandler(PROTOCOL_8, [this](int) { calls.Add("last"); });
+
+    operations->StartScan(PROTOCOL_8);
+
+    ASSERT_TRUE(calls.WaitFor("last"));
+    EXPECT_EQ(calls.All(), (Calls{"Start", "first", "last"}));
+}
+
+TEST_F(ControlProtocolOperationsTest, TreatsHandlersAsEveryEventDoes)
+{
+    EXPECT_FALSE(operations->AddOpEndEventHandler(PROTOCOL_7, {}).second);
+    operations->RemoveOpEndEventHandler(PROTOCOL_7, {});
+    operations->RemoveOpEndEventHandler(PROTOCOL_8, {});
+
+    operations->StartScan(PROTOCOL_7);
+
+    EXPECT_TRUE(calls.WaitFor("7 ended 1"));
+}
+
+TEST_F(ControlProtocolOperationsTest, EndsAnAlignmentWhenTheScannerReportsIt)
+{
+    operations->Alignment(PROTOCOL_7, "s");
+    ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+    ZuTest::ExpectException(-976, "Protocol 7 operation 0 rejected because another operation is in progress",
+                            [this] { operations->StartScan(PROTOCOL_7); });
+
+    CompleteAlignment();
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_EQ(scanEngines.event.Count(), 0u);
+    EXPECT_EQ(calls.All(),
+              (Calls{"AlignmentCompletedEvent(s)", "Alignment(s)", "AlignmentCompletedEvent(s)", "7 ended 1"}));
+}
+
+TEST_F(ControlProtocolOperationsTest, TakesEveryOtherCompletionForAFailure)
+{
+    for (auto const status : {ZuScan::AlignCompletionStatus::FAILED, ZuScan::AlignCompletionStatus::CANCELLED})
+    {
+        calls.Clear();
+        operations->Alignment(PROTOCOL_7, "s");
+        ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+
+        CompleteAlignment(status);
+
+        EXPECT_TRUE(calls.WaitFor("7 ended 0"));
+    }
+}
+
+TEST_F(ControlProtocolOperationsTest, RemovesTheHandlerOfAnAlignmentThatFailedToStart)
+{
+    ZuTest::LogRecorder const log;
+    scanEngines.on["Alignment(s)"] = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "no align"); };
+
+    operations->Alignment(PROTOCOL_7, "s");
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 0"));
+    EXPECT_EQ(scanEngines.event.Count(), 0u);
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(TASK, "Exception processing action id 2")}));
+}
+
+TEST_F(ControlProtocolOperationsTest, TellsTheEndAlsoWhenTheCleanUpOfAFailedStartFails)
+{
+    scanEngines.on["Alignment()"] = [] {};
+    operations->Alignment(PROTOCOL_7, ""); // leaves its handler and its id
+    ASSERT_TRUE(calls.WaitFor("Alignment()"));
+    CompleteAlignment();
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    scanEngines.on["AlignmentCompletedEvent(gone)"] = [] { ZU_THROW(Zu::Status::NOT_FOUND, "no scanner"); };
+
+    operations->Alignment(PROTOCOL_7, "gone");
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 0"));
+    operations->StartScan(PROTOCOL_7);
+    EXPECT_TRUE(calls.WaitFor("7 ended 1", 2));
+}
+
+TEST_F(ControlProtocolOperationsTest, LeavesTheHandlerOfAnAlignmentThatNamedNoScanner)
+{
+    ZuTest::LogRecorder const log;
+    operations->Alignment(PROTOCOL_7, "");
+    ASSERT_TRUE(calls.WaitFor("Alignment()"));
+    CompleteAlignment();
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_EQ(scanEngines.event.Count(), 1u);
+
+    operations->Alignment(PROTOCOL_7, "");
+    ASSERT_TRUE(calls.WaitFor("Alignment()", 2));
+    CompleteAlignment(); // both handlers report: the second end is one that nobody waited for
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1", 3));
+    operations.reset(); // the line comes behind the handlers
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
+    EXPECT_EQ(log.CountOfText("exception with status -1000: "), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, KeepsTheFlagAndCallsNobodyWhenTheScannerIsGoneAtTheEnd)
+{
+    ZuTest::LogRecorder const log;
+    std::atomic<int> asked{0};
+    scanEngines.on["AlignmentCompletedEvent(s)"] = [&asked] {
+        if (++asked > 1)
+        {
+            ZU_THROW(Zu::Status::NOT_FOUND, "no scanner");
+        }
+    };
+    operations->Alignment(PROTOCOL_7, "s");
+    ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+
+    CompleteAlignment();
+    ASSERT_TRUE(calls.WaitFor("AlignmentCompletedEvent(s)", 2));
+
+    ZuTest::ExpectException(-976, "Protocol 8 operation 1 rejected because another operation is in progress",
+                            [this] { operations->StopScan(PROTOCOL_8); });
+    operations.reset();
+    EXPECT_EQ(calls.Count("7 ended 1") + calls.Count("7 ended 0"), 0u);
+    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
+}
+
+TEST_F(ControlProtocolOperationsTest, GoesWhileAnAlignmentIsInFlight)
+{
+    operations->Alignment(PROTOCOL_7, "s");
+    ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+
+    operations.reset();
+    EXPECT_EQ(scanEngines.event.Count(), 1u);
+    CompleteAlignment(); // would call into what is no more
+
+    EXPECT_EQ(calls.Count("7 ended 1"), 0u);
+}
+
+TEST_F(ControlProtocolOperationsTest, GoesWhileTheScannerReports)
+{
+    for (int i = 0; i < 20; ++i)
+    {
+        calls.Clear();
+        operations->Alignment(PROTOCOL_7, "s");
+        ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+        std::thread reporting([this] { CompleteAlignment(); });
+        operations.reset();
+        reporting.join();
+        SetUp();
+    }
+}
+
+TEST_F(ControlProtocolOperationsTest, WaitsForTheOperationThatRuns)
+{
+    ZuTest::Latch release;
+    systemInterface.on["Start"] = [&] {
+        release.Wait();
+        calls.Add("done");
+    };
+    operations->StartScan(PROTOCOL_7);
+    ASSERT_TRUE(calls.WaitFor("Start"));
+    std::thread releasing([&] { release.Open(); });
+
+    operations.reset();
+    releasing.join();
+
+    EXPECT_EQ(calls.Count("done"), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, AddsAndRemovesHandlersWhileEndsAreTold)
+{
+    for (int i = 0; i < 200; ++i)
+    {
+        QueueEnd(PROTOCOL_8, 1);
+        auto const id = ListenTo(PROTOCOL_8);
+        operations->RemoveOpEndEventHandler(PROTOCOL_8, id);
+    }
+
+    WaitForTheRoadToBeEmpty();
+}
+
+} // namespace ZuControl

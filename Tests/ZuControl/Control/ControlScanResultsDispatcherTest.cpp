@@ -1,0 +1,298 @@
+#include "ZuControl/Control/ControlScanResultsDispatcher.h"
+
+#include "Support/CallLog.h"
+#include "Support/ExpectException.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+#include "Support/ResultSets.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+
+namespace ZuControl
+{
+
+using ZuTest::MakeSet;
+
+class ControlScanResultsDispatcherTest : public testing::Test
+{
+protected:
+    /// A handler that notes the sources of the first item of each set, in batches: "a|b".
+    Zu::Event<void*>::CallbackId AddNoting()
+    {
+        return dispatcher.AddResultHandler([this](void* list) {
+            std::string batch;
+            for (ZuTest::Items const& set : ZuTest::BatchOf(list))
+            {
+                batch += (batch.empty() ? "" : "|") + set.front().first;
+            }
+            calls.Add(batch);
+        });
+    }
+
+    void Add(std::string const& source)
+    {
+        auto const set = MakeSet({source});
+        dispatcher.AddResult(set.get());
+    }
+
+    /// Holds the handlers' thread in a batch until `release` opens.
+    void HoldInABatch()
+    {
+        dispatcher.AddResultHandler([this](void*) {
+            calls.Add("held");
+            release.Wait();
+        });
+        Add("hold");
+        ASSERT_TRUE(calls.WaitFor("held"));
+    }
+
+    ZuTest::CallLog calls;
+    ZuTest::Latch release;
+    ControlScanResultsDispatcher dispatcher{nullptr};
+};
+
+TEST_F(ControlScanResultsDispatcherTest, HandsASetOver)
+{
+    AddNoting();
+
+    Add("a");
+
+    EXPECT_TRUE(calls.WaitFor("a"));
+}
+
+TEST_F(ControlScanResultsDispatcherTest, HandsAllThatGatheredInOnePassOverAtOnceAndInOrder)
+{
+    AddNoting();
+    HoldInABatch();
+    for (int i = 0; i < 10; ++i)
+    {
+        Add(std::to_string(i));
+    }
+
+    release.Open();
+
+    ASSERT_TRUE(calls.WaitFor("held", 2));
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"hold", "held", "0|1|2|3|4|5|6|7|8|9", "held"}));
+}
+
+TEST_F(ControlScanResultsDispatcherTest, NeverKeepsTheResultPathWaitingForAHandler)
+{
+    HoldInABatch();
+
+    for (int i = 0; i < 1000; ++i)
+    {
+        Add("a"); // would hang here
+    }
+
+    release.Open();
+}
+
+TEST_F(ControlScanResultsDispatcherTest, CallsHandlersInOrderOfAddition)
+{
+    dispatcher.AddResultHandler([this](void*) { calls.Add("first"); });
+    dispatcher.AddResultHandler([this](void*) { calls.Add("second"); });
+
+    Add("a");
+
+    ASSERT_TRUE(calls.WaitFor("second"));
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"first", "second"}));
+}
+
+TEST_F(ControlScanResultsDispatcherTest, CountsHandlersAndStoresNoEmptyOne)
+{
+    EXPECT_FALSE(dispatcher.AddResultHandler({}).second);
+    EXPECT_EQ(dispatcher.ResultHandlerCount(), 0u);
+    auto const id = AddNoting();
+    EXPECT_EQ(dispatcher.ResultHandlerCount(), 1u);
+
+    dispatcher.RemoveResultHandler({});
+    EXPECT_EQ(dispatcher.ResultHandlerCount(), 1u);
+    dispatcher.RemoveResultHandler(id);
+    dispatcher.RemoveResultHandler(id);
+
+    EXPECT_EQ(dispatcher.ResultHandlerCount(), 0u);
+}
+
+TEST_F(ControlScanResultsDispatcherTest, DropsASetAtItsTurnWhenNobodyListens)
+{
+    auto const unseen = MakeSet({"unseen"});
+    dispatcher.AddResult(unseen.get());
+    auto const bound = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
+
+    while (wObject_RefCount(unseen.get()) > 1 && std::chrono::steady_clock::now() < bound)
+    {
+        wThread_Sleep(100);
+    }
+
+    EXPECT_EQ(wObject_RefCount(unseen.get()), 1u);
+}
+
+TEST_F(ControlScanResultsDispatcherTest, ReleasesASetBehindItsBatch)
+{
+    auto const set = MakeSet({"a"});
+    AddNoting();
+
+    dispatcher.AddResult(set.get());
+    ASSERT_TRUE(calls.WaitFor("a"));
+    dispatcher.Stop();
+
+    EXPECT_EQ(wObject_RefCount(set.get()), 1u);
+}
+
+TEST_F(ControlScanResultsDispatcherTest, RefusesASecondStart)
+{
+    ZuTest::ExpectException(-1000, "", [this] { dispatcher.Start(); });
+}
+
+TEST_F(ControlScanResultsDispatcherTest, StopsTwiceWithoutAWord)
+{
+    ZuTest::LogRecorder const log;
+
+    dispatcher.Stop();
+    dispatcher.Stop();
+
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlScanResultsDispatcherTest, KeepsHandlersOverAStopAndAStart)
+{
+    AddNoting();
+    dispatcher.Stop();
+
+    dispatcher.Start();
+    Add("again");
+
+    EXPECT_TRUE(calls.WaitFor("again"));
+}
+
+TEST_F(ControlScanResultsDispatcherTest, DropsAndReleasesWhatWaitsWhenItStops)
+{
+    HoldInABatch();
+    auto const waiting = MakeSet({"waiting"});
+    dispatcher.AddResult(waiting.get());
+    EXPECT_EQ(wObject_RefCount(waiting.get()), 2u);
+    std::thread stopping([this] { dispatcher.Stop(); });
+
+    release.Open();
+    stopping.join();
+
+    EXPECT_EQ(wObject_RefCount(waiting.get()), 1u);
+}
+
+TEST_F(ControlScanResultsDispatcherTest, ReleasesAtItsEndWhatCameBehindAStop)
+{
+    auto const late = MakeSet({"late"});
+    {
+        ControlScanResultsDispatcher other(nullptr);
+        other.Stop();
+        other.AddResult(late.get());
+        EXPECT_EQ(wObject_RefCount(late.get()), 2u);
+    }
+    EXPECT_EQ(wObject_RefCount(late.get()), 1u);
+}
+
+TEST_F(ControlScanResultsDispatcherTest, RefusesASetThatIsNone)
+{
+    ZuTest::ExpectException(-997, "", [this] { dispatcher.AddResult(nullptr); });
+}
+
+TEST_F(ControlScanResultsDispatcherTest, KeepsTheClientCountForOthers)
+{
+    EXPECT_EQ(dispatcher.GetClientCount(), 0u);
+    dispatcher.SetClientCount(7);
+    EXPECT_EQ(dispatcher.GetClientCount(), 7u);
+
+    dispatcher.SetClientCount(0);
+    AddNoting();
+    Add("a");
+
+    EXPECT_TRUE(calls.WaitFor("a"));
+}
+
+struct ThrowingHandler
+{
+    char const* name;
+    std::function<void()> fail;
+    int32 status;
+};
+
+class ControlScanResultsDispatcherThrow : public testing::TestWithParam<ThrowingHandler>
+{
+};
+
+TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAtTheStop)
+{
+    constexpr char const* LABEL = "ZuControl::ControlScanResultsDispatcher::RunThread";
+    ZuTest::LogRecorder const log;
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) {
+        calls.Add("called");
+        GetParam().fail();
+    });
+    auto const first = MakeSet({"a"});
+    auto const second = MakeSet({"b"});
+    dispatcher.AddResult(first.get());
+    ASSERT_TRUE(calls.WaitFor("called"));
+
+    dispatcher.AddResult(second.get());
+    ZuTest::ExpectException(-1000, "", [&] { dispatcher.Start(); }); // it still counts as running
+    dispatcher.Stop();
+
+    EXPECT_EQ(calls.Count("called"), 1u);
+    EXPECT_EQ(wObject_RefCount(first.get()), 1u);
+    EXPECT_EQ(wObject_RefCount(second.get()), 1u);
+    EXPECT_EQ(log.LinesWithoutTraces(),
+              (std::vector{ZuTest::Error(LABEL, "EXCEPTION THROWN: "),
+                           ZuTest::Info("ZuControl::ControlScanResultsDispatcher::Stop",
+                                        "ControlScanResultsDispatcher thread stopped with error:" +
+                                            std::to_string(GetParam().status))}));
+    dispatcher.Start();
+    dispatcher.AddResult(second.get());
+    EXPECT_TRUE(calls.WaitFor("called", 2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ControlScanResultsDispatcherThrow,
+                         testing::Values(ThrowingHandler{"Ours", [] { ZU_THROW(-42, "x"); }, -42},
+                                         ThrowingHandler{"Standard", [] { throw std::runtime_error("y"); }, 0},
+                                         ThrowingHandler{"Neither", [] { throw 5; }, 0}),
+                         [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(ControlScanResultsDispatcher, EndsWithoutAWordOfAThreadThatEndedWithSuccess)
+{
+    ZuTest::LogRecorder const log;
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) {
+        calls.Add("called");
+        ZU_THROW(Zu::Status::SUCCESS);
+    });
+    auto const set = MakeSet({"a"});
+    dispatcher.AddResult(set.get());
+    ASSERT_TRUE(calls.WaitFor("called"));
+
+    dispatcher.Stop();
+
+    EXPECT_EQ(log.LinesWithoutTraces(),
+              (std::vector{ZuTest::Error("ZuControl::ControlScanResultsDispatcher::RunThread", "EXCEPTION THROWN: ")}));
+}
+
+TEST(ControlScanResultsDispatcher, RefusesToBeStoppedByItsOwnHandler)
+{
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) {
+        ZuTest::ExpectException(-1000, "", [&] { dispatcher.Stop(); });
+        calls.Add("refused");
+    });
+    auto const set = MakeSet({"a"});
+
+    dispatcher.AddResult(set.get());
+
+    EXPECT_TRUE(calls.WaitFor("refused"));
+}
+
+} // namespace ZuControl

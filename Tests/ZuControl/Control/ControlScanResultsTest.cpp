@@ -1,0 +1,321 @@
+#include "ZuControl/Control/ControlScanResults.h"
+
+#include "Support/CallLog.h"
+#include "Support/ExpectException.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+#include "Support/ResultSets.h"
+#include "ZuCore/ResultHub.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace ZuControl
+{
+
+using ZuTest::Items;
+using ZuTest::MakeSet;
+
+class ControlScanResultsTest : public testing::Test
+{
+protected:
+    using Id = std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId>;
+
+    /// A handler that notes each set as "number:source0,source2".
+    Id Listen(int32 protocol)
+    {
+        return results.AddResultHandler(
+            [this, protocol](void* list) {
+            for (Items const& set : ZuTest::BatchOf(list))
+            {
+                std::string call = std::to_string(protocol) + ":";
+                for (ZuTest::Item const& item : set)
+                {
+                    call += item.first + std::to_string(item.second);
+                }
+                calls.Add(call);
+            }
+            },
+            ZuEthernetProtocol{protocol});
+    }
+
+    Id ListenWithAClient(int32 protocol, std::vector<std::string> sources)
+    {
+        Id const id = Listen(protocol);
+        results.UpdateOutputMap(ZuEthernetProtocol{protocol}, std::move(sources));
+        results.UpdateClientCount(ZuEthernetProtocol{protocol}, 1);
+        return id;
+    }
+
+    void Publish(std::vector<std::string> const& sources, bool fromLiveSimulation = false)
+    {
+        auto const set = MakeSet(sources, fromLiveSimulation);
+        results.ProcessResultSet(set.get());
+    }
+
+    ZuTest::CallLog calls;
+    ControlScanResults results{nullptr, nullptr};
+};
+
+TEST_F(ControlScanResultsTest, GivesEachProtocolItsShareInTheOrderOfTheSet)
+{
+    ListenWithAClient(1, {"a", "c"});
+    ListenWithAClient(2, {"b"});
+
+    Publish({"c", "b", "a", "d"});
+
+    EXPECT_TRUE(calls.WaitFor("1:c0a2"));
+    EXPECT_TRUE(calls.WaitFor("2:b1"));
+}
+
+TEST_F(ControlScanResultsTest, DeliversADataSourceTwiceThatIsTwiceInTheSet)
+{
+    ListenWithAClient(1, {"a"});
+
+    Publish({"a", "b", "a"});
+
+    EXPECT_TRUE(calls.WaitFor("1:a0a2"));
+}
+
+TEST_F(ControlScanResultsTest, GivesNothingWithoutAMapWithAnEmptyOneOrWithoutAClient)
+{
+    Listen(1); // no map
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    ListenWithAClient(2, {});
+    ListenWithAClient(3, {"a"});
+    results.UpdateClientCount(ZuEthernetProtocol{3}, 0);
+    ListenWithAClient(4, {"a"});
+
+    Publish({"a"});
+
+    ASSERT_TRUE(calls.WaitFor("4:a0"));
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"4:a0"}));
+}
+
+TEST_F(ControlScanResultsTest, SendsNoSetWithoutAWantedItem)
+{
+    ListenWithAClient(1, {"a"});
+
+    Publish({"x", "y"});
+    Publish({});
+    Publish({"a"});
+
+    ASSERT_TRUE(calls.WaitFor("1:a0"));
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"1:a0"}));
+}
+
+TEST_F(ControlScanResultsTest, FiltersLiveSimulationsOutOncePerProtocolWithClients)
+{
+    ListenWithAClient(1, {"a"});
+    ListenWithAClient(2, {"a"});
+    ListenWithAClient(3, {"a"});
+    results.UpdateClientCount(ZuEthernetProtocol{3}, 0);
+    Listen(4); // no map
+    ZuTest::LogRecorder const log;
+
+    Publish({"a"}, true);
+
+    auto const line =
+        ZuTest::Info("ZuControl::ControlScanResults::ProcessResultSet", "Live simulation data filtered out.");
+    EXPECT_EQ(log.Lines(), (std::vector{line, line}));
+    Publish({"a"});
+    ASSERT_TRUE(calls.WaitFor("1:a0"));
+    EXPECT_EQ(calls.Count("1:a0"), 1u);
+}
+
+TEST_F(ControlScanResultsTest, ReleasesAllThatItTookAndKeepsNoReferenceToTheSet)
+{
+    Id const id = ListenWithAClient(1, {"a"});
+    auto const set = MakeSet({"a", "b"});
+    auto* const item = ZuCore::ResultSet_At(set.get(), 0);
+    auto* const info = ZuCore::ResultItem_ResultInfo(item);
+    auto* const msgInfo = ZuCore::ResultItem_MsgInfo(item);
+
+    results.ProcessResultSet(set.get());
+    ASSERT_TRUE(calls.WaitFor("1:a0"));
+    results.RemoveResultHandler(id); // joins the thread
+
+    EXPECT_EQ(wObject_RefCount(set.get()), 1u);
+    EXPECT_EQ(wObject_RefCount(info), 1u);
+    EXPECT_EQ(wObject_RefCount(msgInfo), 1u);
+    EXPECT_EQ(ZuTest::ItemsOf(set.get()), (Items{{"a", 0}, {"b", 1}}));
+}
+
+TEST_F(ControlScanResultsTest, ReplacesAProtocolsMap)
+{
+    ListenWithAClient(1, {"a"});
+
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"b"});
+    Publish({"a", "b"});
+
+    EXPECT_TRUE(calls.WaitFor("1:b1"));
+}
+
+TEST_F(ControlScanResultsTest, KeepsAMapThatCameBeforeTheFirstHandler)
+{
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+    Listen(1);
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+
+    Publish({"a"});
+
+    EXPECT_TRUE(calls.WaitFor("1:a0"));
+}
+
+TEST_F(ControlScanResultsTest, RefusesCountAndRemovalWithoutADispatcher)
+{
+    ZuTest::ExpectException(-999, "Failed to find dispatcher of protocol:7.",
+                            [this] { results.UpdateClientCount(ZuEthernetProtocol{7}, 1); });
+    ZuTest::ExpectException(-999, "Failed to find dispatcher of protocol:-7.", [this] {
+        results.RemoveResultHandler({ZuEthernetProtocol{-7}, {}});
+    });
+}
+
+TEST_F(ControlScanResultsTest, DropsTheClientCountWithTheLastHandlerAndKeepsTheMap)
+{
+    Id const id = ListenWithAClient(1, {"a"});
+    results.RemoveResultHandler(id);
+    Listen(1);
+
+    Publish({"a"}); // no client: the count began anew
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    Publish({"b", "a"});
+
+    ASSERT_TRUE(calls.WaitFor("1:a1"));
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"1:a1"}));
+}
+
+TEST_F(ControlScanResultsTest, LogsComingAndGoingOfHandlersInOrder)
+{
+    ZuTest::LogRecorder const log;
+
+    Id const first = Listen(1);
+    Id const second = Listen(1);
+    results.RemoveResultHandler(first);
+    results.RemoveResultHandler(second);
+
+    auto const added = ZuTest::Info("ZuControl::ControlScanResults::AddResultHandler",
+                                    "ControlScanResults::AddResultHandler new handler registered for protocol:1");
+    auto const removed = ZuTest::Info("ZuControl::ControlScanResults::RemoveResultHandler",
+                                      "ControlScanResults::RemoveResultHandler handler removed for protocol:1");
+    auto const gone = ZuTest::Info("ZuControl::ControlScanResults::RemoveResultHandler",
+                                   "ControlScanResults::dispatcher removed for protocol:1");
+    EXPECT_EQ(log.Lines(), (std::vector{added, added, removed, gone, removed}));
+}
+
+TEST_F(ControlScanResultsTest, ChangesAMapWhileARemovalWaitsForARunningHandler)
+{
+    ZuTest::Latch release;
+    auto const id = results.AddResultHandler(
+        [&](void*) {
+        calls.Add("held");
+        release.Wait();
+        },
+        ZuEthernetProtocol{1});
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    Publish({"a"});
+    ASSERT_TRUE(calls.WaitFor("held"));
+    std::thread removing([&] { results.RemoveResultHandler(id); });
+
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"b"}); // would hang here
+
+    release.Open();
+    removing.join();
+}
+
+TEST_F(ControlScanResultsTest, ShowsEitherTheOldOrTheNewMapToAPublisherOnAnotherThread)
+{
+    Id const id = ListenWithAClient(1, {"a", "b"});
+    std::thread publishing([this] {
+        for (int i = 0; i < 2000; ++i)
+        {
+            Publish({"a", "b", "c", "d"});
+        }
+    });
+
+    for (int i = 0; i < 2000; ++i)
+    {
+        results.UpdateOutputMap(ZuEthernetProtocol{1},
+                                i % 2 == 0 ? std::vector<std::string>{"c", "d"} : std::vector<std::string>{"a", "b"});
+    }
+    publishing.join();
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"e"});
+    Publish({"e"});
+    ASSERT_TRUE(calls.WaitFor("1:e0"));
+    results.RemoveResultHandler(id);
+
+    EXPECT_EQ(calls.Count("1:a0b1") + calls.Count("1:c2d3"), 2000u);
+}
+
+class ControlScanResultsHub : public testing::TestWithParam<bool>
+{
+};
+
+TEST_P(ControlScanResultsHub, ListensAsTheHubWantsAndLeavesNothingBehind)
+{
+    ZuTest::LogRecorder const log;
+    ZuTest::CallLog calls;
+    ZuCore::ResultHub hub(GetParam());
+    auto const set = MakeSet({"a"});
+    {
+        ControlScanResults results(&hub, nullptr);
+        EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Info("ZuControl::ControlScanResults::ControlScanResults",
+                                                         "ControlScanResults constructed.")}));
+        results.AddResultHandler([&](void*) { calls.Add("came"); }, ZuEthernetProtocol{1});
+        results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+        results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+
+        hub.Publish(set.get());
+
+        EXPECT_TRUE(calls.WaitFor("came"));
+    }
+    hub.Publish(set.get()); // would call into what is no more
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ControlScanResultsHub, testing::Bool(),
+                         [](auto const& tested) { return tested.param ? "Synchronous" : "Asynchronous"; });
+
+TEST(ControlScanResults, SaysThatThereIsNoHub)
+{
+    ZuTest::LogRecorder const log;
+
+    ControlScanResults const results(nullptr, nullptr);
+
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Warning("ZuControl::ControlScanResults::ControlScanResults",
+                                                        "No resultHub to listen to.")}));
+}
+
+TEST(ControlScanResults, EndsWhileAHubPublishes)
+{
+    for (bool const synchronous : {true, false})
+    {
+        ZuCore::ResultHub hub(synchronous);
+        std::atomic<bool> publish{true};
+        std::thread publishing([&] {
+            auto const set = MakeSet({"a"});
+            while (publish)
+            {
+                hub.Publish(set.get());
+            }
+        });
+        for (int i = 0; i < 20; ++i)
+        {
+            ZuTest::CallLog calls;
+            ControlScanResults results(&hub, nullptr);
+            auto const id = results.AddResultHandler([&](void*) { calls.Add("came"); }, ZuEthernetProtocol{1});
+            results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+            results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+            EXPECT_TRUE(calls.WaitFor("came"));
+            if (i % 2 == 0)
+            {
+                results.RemoveResultHandler(id);
+            }
+        }
+        publish = false;
+        publishing.join();
+    }
+}
+
+} // namespace ZuControl
