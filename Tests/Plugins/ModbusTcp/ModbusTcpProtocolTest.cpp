@@ -139,6 +139,8 @@ protected:
     }
 
     std::chrono::steady_clock::time_point const latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    ZuTest::Latch mayEnd; // these two outlive the worker that waits for one and opens the other
+    ZuTest::Latch restarted;
     ZuTest::CallLog calls;
     ZuTest::FakeSystemInterface systemInterface{calls};
     ZuTest::FakeScanEngineInterface scanEngineInterface{calls};
@@ -226,8 +228,7 @@ TEST_F(ModbusTcpProtocolTest, CarriesOutACommandAndAnswersUnderItsRequestId)
 
 TEST_F(ModbusTcpProtocolTest, IsBusyWhileItsOperationRuns)
 {
-    ZuTest::Latch mayEnd;
-    systemInterface.on["Start"] = [&mayEnd] { mayEnd.Wait(); };
+    systemInterface.on["Start"] = [this] { mayEnd.Wait(); };
     TestClient client(Start());
     client.Write(0, {1, 1});
 
@@ -244,8 +245,7 @@ TEST_F(ModbusTcpProtocolTest, IsBusyWhileItsOperationRuns)
 
 TEST_F(ModbusTcpProtocolTest, FailsACommandWhileAnotherProtocolsOperationRuns)
 {
-    ZuTest::Latch mayEnd;
-    systemInterface.on["Stop"] = [&mayEnd] { mayEnd.Wait(); };
+    systemInterface.on["Stop"] = [this] { mayEnd.Wait(); };
     TestClient client(Start());
     operations.StopScan(ZuControl::ZuEthernetProtocol{100});
 
@@ -285,8 +285,7 @@ TEST_F(ModbusTcpProtocolTest, RefusesWritesOutsideTheCommandBlock)
 
 TEST_F(ModbusTcpProtocolTest, CanBeStoppedAndStartedByTheJobThatItsClientLoads)
 {
-    ZuTest::Latch restarted;
-    systemInterface.on["LoadJob(next)"] = [this, &restarted] {
+    systemInterface.on["LoadJob(next)"] = [this] {
         protocol->DeregisterControlScanResultsHandler(scanResults);
         protocol->Stop();
         protocol->ConfigureDefaultRegisterAssembly();
