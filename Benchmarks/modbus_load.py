@@ -54,9 +54,10 @@ def frame_of(registers):
     return unsigned(registers[12:16])
 
 
-def start_host(program, rate):
-    process = subprocess.Popen([program, "--start", "--rate", str(rate), "--enable", "ModbusTcp", "--param", "ModbusTcp.port=0"],
-                               stdout=subprocess.PIPE, text=True)
+def start_host(program, rate, clients):
+    process = subprocess.Popen(
+        [program, "--log", "error", "--start", "--rate", str(rate), "--enable", "ModbusTcp", "--param", "ModbusTcp.port=0",
+         "--param", f"ModbusTcp.maxClients={clients}"], stdout=subprocess.PIPE, text=True)
     port = None
     for line in process.stdout:
         if line.startswith("listening ModbusTcp"):
@@ -97,7 +98,7 @@ def main():
     parser.add_argument("--nice", type=int, default=10)
     options = parser.parse_args()
 
-    process, port = start_host(options.program, options.rate)
+    process, port = start_host(options.program, options.rate, options.clients + 1)  # and the probe
     try:
         os.nice(options.nice)
         first, last, elapsed, answers, reads = poll(port, options.clients, options.seconds)

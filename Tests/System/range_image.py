@@ -22,7 +22,8 @@ def write_pcd(path, rows):
 
 def read_pcd(path):
     """The rows of an organised binary file with the fields x y z, as 32-bit floats widened."""
-    data = open(path, "rb").read()
+    with open(path, "rb") as file:
+        data = file.read()
     end = data.index(b"DATA binary\n") + len(b"DATA binary\n")
     header = dict(line.split(" ", 1) for line in data[:end].decode().splitlines() if not line.startswith("#"))
     assert header["FIELDS"] == "x y z" and header["SIZE"] == "4 4 4" and header["TYPE"] == "F F F", header
