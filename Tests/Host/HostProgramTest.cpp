@@ -1,0 +1,119 @@
+#include "Host/HostProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+class HostProgramTest : public testing::Test
+{
+protected:
+    HostProgramTest()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "zu-host-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+    }
+
+    ~HostProgramTest() override
+    {
+        std::error_code error;
+        std::filesystem::remove_all(folder, error);
+    }
+
+    /// Runs the host, with no plug-ins unless the words say otherwise, and notes what it had said when it was up.
+    int Run(std::vector<std::string> words)
+    {
+        words.insert(words.begin(), {"zucontrol-host", "--log", "error", "--plugins", folder.string()});
+        return RunHost(words, output, errors, [this] {
+            ++runs;
+            outputWhenUp = output.str();
+        });
+    }
+
+    std::filesystem::path folder;
+    std::ostringstream output;
+    std::ostringstream errors;
+    std::string outputWhenUp;
+    int runs = 0;
+};
+
+} // namespace
+
+TEST_F(HostProgramTest, IsReadyAndEndsInOrder)
+{
+    EXPECT_EQ(Run({}), 0);
+
+    EXPECT_EQ(outputWhenUp, "ready\n");
+    EXPECT_EQ(errors.str(), "");
+    EXPECT_EQ(runs, 1);
+}
+
+TEST_F(HostProgramTest, ScansWhenAskedTo)
+{
+    EXPECT_EQ(Run({"--start", "--rate", "1000"}), 0);
+    EXPECT_EQ(Run({"--start", "--rate", "0"}), 0);
+
+    EXPECT_EQ(runs, 2);
+    EXPECT_EQ(errors.str(), "");
+}
+
+TEST_F(HostProgramTest, ShowsHelpAndVersionAndDoesNotRun)
+{
+    EXPECT_EQ(Run({"--help"}), 0);
+    EXPECT_EQ(output.str().rfind("usage: zucontrol-host", 0), 0u);
+
+    EXPECT_EQ(Run({"--version"}), 0);
+    EXPECT_NE(output.str().find("zucontrol-host 1."), std::string::npos);
+    EXPECT_EQ(runs, 0);
+}
+
+struct BadInputCase
+{
+    char const* name;
+    std::vector<std::string> words;
+    char const* line;
+};
+
+class HostProgramBadInput : public HostProgramTest, public testing::WithParamInterface<BadInputCase>
+{
+};
+
+TEST_P(HostProgramBadInput, IsOneClearLineAndStatusTwo)
+{
+    EXPECT_EQ(Run(GetParam().words), 2);
+
+    EXPECT_EQ(errors.str(), std::string("zucontrol-host: ") + GetParam().line + "\n");
+    EXPECT_EQ(output.str(), "");
+    EXPECT_EQ(runs, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, HostProgramBadInput,
+    testing::Values(
+        BadInputCase{"Option", {"--nonsense"}, "option '--nonsense' is not known or takes no value"},
+        BadInputCase{"Folder", {"--plugins", "nowhere"}, "option '--plugins': there is no folder 'nowhere'"},
+        BadInputCase{"Replay", {"--replay", "nowhere.pcd"}, "nowhere.pcd: No such file or directory"},
+        BadInputCase{"Enable", {"--enable", "Nobody"}, "there is no protocol 'Nobody' (no plug-in offers one)"},
+        BadInputCase{"Param", {"--param", "Nobody.port=1"}, "there is no protocol 'Nobody' (no plug-in offers one)"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST_F(HostProgramTest, ReplaysARangeImage)
+{
+    std::filesystem::path const file = folder / "part.pcd";
+    std::ofstream(file) << "VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 1\nHEIGHT 2\n"
+                           "VIEWPOINT 0 0 0 1 0 0 0\nPOINTS 2\nDATA ascii\n0 0 1\nnan nan nan\n";
+
+    EXPECT_EQ(Run({"--start", "--replay", file.string()}), 0);
+
+    EXPECT_EQ(runs, 1);
+}
+
+} // namespace ZuHost

@@ -1,0 +1,119 @@
+#include "Host/Module/PersistRegistry.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuControl/Control/IControlManager.h"
+
+#include <gtest/gtest.h>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using ZuCommon::IPersistStore;
+using ZuCommon::PersistDomain;
+
+class OtherHandler final : public ZuCommon::IPersistHandler
+{
+public:
+    std::string Component() override
+    {
+        return "Other";
+    }
+
+    void InitPersistDomain(PersistDomain /*domain*/, IPersistStore& /*store*/) override
+    {
+    }
+
+    void LoadPersistDomain(PersistDomain /*domain*/, IPersistStore const& /*store*/) override
+    {
+    }
+
+    void SavePersistDomain(PersistDomain /*domain*/, IPersistStore& /*store*/) override
+    {
+    }
+};
+
+class Manager final : public ZuControl::IControlManager
+{
+public:
+    std::string Component() override
+    {
+        return "ControlManager";
+    }
+
+    void InitPersistDomain(PersistDomain /*domain*/, IPersistStore& /*store*/) override
+    {
+    }
+
+    void LoadPersistDomain(PersistDomain /*domain*/, IPersistStore const& /*store*/) override
+    {
+    }
+
+    void SavePersistDomain(PersistDomain /*domain*/, IPersistStore& /*store*/) override
+    {
+    }
+
+    std::vector<std::string> List() const override
+    {
+        return {};
+    }
+
+    ZuControl::IControlInstance& GetInstance(std::string const& /*typeName*/) override
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+
+    CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> /*handler*/) override
+    {
+        return {};
+    }
+
+    void RemovePersistenceLoadEventHandler(CallbackId /*id*/) override
+    {
+    }
+};
+
+} // namespace
+
+TEST(PersistRegistry, FindsTheManagerAmongThoseThatHaveRegistered)
+{
+    PersistRegistry registry;
+    OtherHandler other;
+    Manager manager;
+
+    uint64 const otherId = registry.Register(other, "other");
+    uint64 const managerId = registry.Register(manager, "");
+
+    EXPECT_NE(otherId, managerId);
+    EXPECT_EQ(&registry.Controls(), &manager);
+    registry.Deregister(otherId);
+    EXPECT_EQ(&registry.Controls(), &manager);
+}
+
+TEST(PersistRegistry, HasNoManagerBeforeAndBehindItsRegistration)
+{
+    PersistRegistry registry;
+    Manager manager;
+    EXPECT_THROW(registry.Controls(), Zu::Exception);
+
+    registry.Deregister(registry.Register(manager, ""));
+
+    EXPECT_THROW(registry.Controls(), Zu::Exception);
+    registry.Deregister(7); // nobody's
+}
+
+TEST(PersistRegistry, CountsWhatIsModified)
+{
+    PersistRegistry registry;
+    Manager manager;
+    registry.Register(manager, "");
+
+    registry.MarkModified(manager, PersistDomain::JOB, 0);
+    registry.MarkModified(manager, PersistDomain::JOB, 0);
+
+    EXPECT_EQ(registry.ModificationCount(), 2u);
+}
+
+} // namespace ZuHost
