@@ -91,6 +91,20 @@ class Files(unittest.TestCase):
                 client.read(0, 1)
 
 
+class PlugIns(unittest.TestCase):
+    def test_a_taken_type_name_is_reported_and_the_first_stays(self):
+        with Host("--plugins", BIN / "plugins", "--plugins", BIN / "tests/takenname") as host:
+            host.wait_for_log('Failed to load control protocol "ModbusTcp" ()')
+            with ModbusClient(host.modbus_port) as client:
+                client.read(0, 1)
+
+    def test_a_factory_that_throws_ends_the_start_with_a_clear_line(self):
+        status, output, error = run_host("--plugins", BIN / "tests/throwingfactory")
+        self.assertEqual((status, output), (1, ""))
+        self.assertIn('Failed to create control protocol: "Unlicensed" (no licence for this protocol)', error)
+        self.assertIn("no licence for this protocol", error.strip().splitlines()[-1])
+
+
 class CommandLine(unittest.TestCase):
     def test_help_and_version(self):
         status, output, error = run_host("--help")
