@@ -91,8 +91,8 @@ TEST(SimulatedPart, GivesTheSameNoiseForTheSameSeed)
 
 TEST(SimulatedPart, RefusesANoiseThatIsNoDeviation)
 {
-    EXPECT_THROW(SimulatedPart(-0.1), Zu::Exception);
-    EXPECT_THROW(SimulatedPart(std::numeric_limits<double>::quiet_NaN()), Zu::Exception);
+    EXPECT_THROW(SimulatedPart{-0.1}, Zu::Exception);
+    EXPECT_THROW(SimulatedPart{std::numeric_limits<double>::quiet_NaN()}, Zu::Exception);
 }
 
 } // namespace ZuHost
