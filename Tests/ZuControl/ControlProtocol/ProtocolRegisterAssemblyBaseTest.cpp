@@ -1,0 +1,781 @@
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
+#include "Support/RegisterBlocks.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
+#include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <stdexcept>
+#include <thread>
+#include <typeinfo>
+
+namespace ZuControl::ControlProtocol
+{
+
+using ZuTest::LogLine;
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
+using ZuTest::UserWarning;
+
+namespace
+{
+
+using Names = std::vector<std::string>;
+using Lines = std::vector<LogLine>;
+Refusal const DONE{1, ""};
+Refusal const NOTHING_ADDED{0, "No register blocks were added."};
+Refusal const NOTHING_REMOVED{0, "No register blocks were removed."};
+constexpr uint16 NO_ID = 65535;
+
+/// A block whose construction fails.
+struct FailingBlock : public ProtocolRegisterBlock
+{
+    FailingBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+        : ProtocolRegisterBlock(params, usedInfo)
+    {
+        ZU_THROW(-5, "100%% refused");
+    }
+};
+
+/// One that fails with what is none of ours.
+struct StrangeBlock : public ProtocolRegisterBlock
+{
+    StrangeBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+        : ProtocolRegisterBlock(params, usedInfo)
+    {
+        throw std::runtime_error("strange");
+    }
+};
+
+// Private and called by nobody: reached for its test through an explicit instantiation, which may name it.
+using GapQuestion = bool (ProtocolRegisterAssemblyBase::*)(std::list<std::shared_ptr<ProtocolRegisterBlock>>::iterator,
+                                                           uint16, uint16);
+GapQuestion gapQuestion = nullptr;
+
+template <GapQuestion Question>
+struct Opened
+{
+    static inline bool const done = [] {
+        gapQuestion = Question;
+        return true;
+    }();
+};
+template struct Opened<&ProtocolRegisterAssemblyBase::hasGap>;
+
+} // namespace
+
+class ProtocolRegisterAssemblyBaseTest : public testing::Test
+{
+protected:
+    void Build(bool isGlobal, uint16 least = 0, uint16 greatest = 65534)
+    {
+        assembly = std::make_unique<ProtocolRegisterAssemblyBase>(isGlobal, least, greatest);
+        Offer(ZuTest::TypeParams("T", 4));
+    }
+
+    void Offer(RegisterBlockInfoParams const& params)
+    {
+        assembly->AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
+    }
+
+    void OfferScanOutput()
+    {
+        auto params = ZuTest::TypeParams<ProtocolScanOutputRegisterBlock>("S", 1);
+        params.hasDataSource = true;
+        Offer(params);
+    }
+
+    Refusal Add(uint16 id = NO_ID, bool autoShift = false, std::string const& type = "T",
+                std::string const& dataSource = "")
+    {
+        AddBlockParams params;
+        params.autoShift.Set(autoShift);
+        RegisterBlockParams& block = params.blocks.Add();
+        block.type.Set(type);
+        block.outputId.Set(id);
+        block.displayName.Set("b" + std::to_string(++number));
+        block.dataSource.Set(dataSource);
+        return RefusalOf([&] { assembly->Add(params); });
+    }
+
+    void AddAt(std::vector<uint16> const& ids)
+    {
+        for (uint16 const id : ids)
+        {
+            ASSERT_EQ(Add(id), DONE);
+        }
+    }
+
+    Refusal Remove(std::vector<uint16> const& ids)
+    {
+        RemoveBlockParams params;
+        for (uint16 const id : ids)
+        {
+            params.outputIdList.Add().outputId.Set(id);
+        }
+        return RefusalOf([&] { assembly->Remove(params); });
+    }
+
+    Refusal Compact(uint16 start = NO_ID)
+    {
+        CompactBlocksParams params;
+        params.startingOutputId.Set(start);
+        return RefusalOf([&] { assembly->Compact(params); });
+    }
+
+    Refusal Move(uint16 id, uint16 newId, bool autoShift = false)
+    {
+        update.outputId.Set(id);
+        update.autoShift.Set(autoShift);
+        update.newParams.outputId.Set(newId);
+        return RefusalOf([&] { assembly->Update(update); });
+    }
+
+    /// The blocks in list order, as "name@id".
+    Names Placed()
+    {
+        Names placed;
+        assembly->BeginLock();
+        for (auto const& block : assembly->AddedRegisterBlocks())
+        {
+            placed.push_back(block->DisplayName() + "@" + std::to_string(block->OutputId()));
+        }
+        assembly->EndLock();
+        return placed;
+    }
+
+    /// The one line of a refused element.
+    void ExpectLine(std::string const& text)
+    {
+        EXPECT_EQ(log.Lines(), (Lines{UserWarning(text)}));
+        log.Clear();
+    }
+
+    int CountOf(std::string const& type)
+    {
+        int count = -1;
+        assembly->BeginLock();
+        for (auto const& info : assembly->SupportedRegisterBlockTypes())
+        {
+            if (info->Type() == type)
+            {
+                count = Zu::Properties::JsonSerializer::Serialize(*info).at("instanceCount").get<int>();
+            }
+        }
+        assembly->EndLock();
+        return count;
+    }
+
+    std::unique_ptr<ProtocolRegisterAssemblyBase> assembly;
+    UpdateBlockParams update;
+    ZuTest::LogRecorder log;
+    int number = 0;
+};
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesARangeThatIsNoneBeforeTheIdentifier)
+{
+    EXPECT_EQ(RefusalOf([] { ProtocolRegisterAssemblyBase(true, 5, 4, nullptr); }),
+              (Refusal{-997, "Minimum output id value 5 and/or maximum output id value 4 are invalid."}));
+    EXPECT_EQ(RefusalOf([] { ProtocolRegisterAssemblyBase(false, 0, 65535); }),
+              (Refusal{-997, "Minimum output id value 0 and/or maximum output id value 65535 are invalid."}));
+    Refusal const badId{-997, "Invalid value for register assembly identifier."};
+    EXPECT_EQ(RefusalOf([] { ProtocolRegisterAssemblyBase(true, 0, 9, nullptr); }), badId);
+    EXPECT_EQ(RefusalOf([] { ProtocolRegisterAssemblyBase(true, 0, 9, ""); }), badId);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ShowsWhatItWasMadeWith)
+{
+    ProtocolRegisterAssemblyBase byDefault;
+    EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(byDefault.Attributes()),
+              (nlohmann::json{{"isGlobalAddressSpaceUsed", false}, {"outputIdMin", 0}, {"outputIdMax", 65534}}));
+    EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(byDefault.Properties()),
+              (nlohmann::json{{"displayName", "Register Assembly 0"}, {"id", "registerAssembly-0"}}));
+    EXPECT_STREQ(byDefault.Id(), "registerAssembly-0");
+    EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(RegisterAssemblyAttributes()),
+              (nlohmann::json{{"isGlobalAddressSpaceUsed", false}, {"outputIdMin", 0}, {"outputIdMax", 0}}));
+
+    nlohmann::json const properties =
+        Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Properties()).at("properties");
+    EXPECT_EQ(properties.at("displayName").at("title"), "Register Assembly display name");
+    EXPECT_EQ(properties.at("id").at("title"), "Register Assembly Identifier");
+    EXPECT_EQ(properties.at("id").at("readOnly"), true);
+    nlohmann::json const attributes =
+        Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Attributes()).at("properties");
+    EXPECT_EQ(attributes.at("outputIdMax").at("readOnly"), true);
+    EXPECT_EQ(attributes.at("outputIdMax").at("minimum"), 0);
+    EXPECT_EQ(attributes.at("isGlobalAddressSpaceUsed").at("title"), "Is Global Address Space Used");
+    EXPECT_STREQ(ProtocolRegisterAssemblyBase::REGISTER_BLOCK_INSTANCE_FORMATID_DELIMITER, "-");
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, OffersATypeOnce)
+{
+    Build(true);
+
+    EXPECT_EQ(RefusalOf([&] { Offer(ZuTest::TypeParams("T", 8)); }),
+              (Refusal{-987, "This register block type is already supported."}));
+
+    assembly->BeginLock();
+    ASSERT_EQ(assembly->SupportedRegisterBlockTypes().size(), 1u);
+    EXPECT_EQ(assembly->SupportedRegisterBlockTypes()[0]->RegisterCount(), 4);
+    EXPECT_TRUE(assembly->SupportedRegisterBlockTypes()[0]->IsGlobalAddressSpaceUsed());
+    assembly->EndLock();
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, PlacesBlocksWithoutAnIdOneBehindTheOther)
+{
+    Build(true, 100, 199);
+    AddBlockParams params;
+    params.blocks.Add().type.Set("T");
+    params.blocks.Add().type.Set("T");
+
+    assembly->Add(params);
+
+    EXPECT_EQ(Placed(), (Names{"T name@100", "T name@104"}));
+    EXPECT_EQ(params.blocks.At(1).outputId.Get(), 104); // the caller sees what was settled
+    EXPECT_EQ(params.blocks.At(1).displayName.Get(), "T name");
+    EXPECT_EQ(CountOf("T"), 2);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesElementsInOrderOfTheTests)
+{
+    Build(true, 100, 199);
+    auto single = ZuTest::TypeParams("One", 4);
+    single.maxInstanceCount = 1;
+    single.hasDataSource = true;
+    single.factory = ZuTest::TypeParams<ProtocolScanOutputRegisterBlock>("", 0).factory;
+    Offer(single);
+    Offer(ZuTest::TypeParams<FailingBlock>("Failing", 4));
+
+    EXPECT_EQ(Add(300, false, ""), NOTHING_ADDED);
+    ExpectLine("Cannot add block. Register block type must be specified in order to add a register block.");
+    EXPECT_EQ(Add(300, false, "x"), NOTHING_ADDED);
+    ExpectLine("Cannot add block. The type or size of the x block is incompatible with this protocol.");
+    EXPECT_EQ(Add(300, false, "One"), NOTHING_ADDED);
+    ExpectLine("Cannot add block. A data source is required for block type One.");
+    EXPECT_EQ(Add(198, false, "One", "d"), NOTHING_ADDED);
+    ExpectLine("Cannot add block One because the block output id range [198, 201] lies outside the valid output id "
+               "range [100, 199].");
+    EXPECT_EQ(Add(102, false, "One", "d"), DONE);
+    EXPECT_EQ(Add(300, false, "One"), NOTHING_ADDED);
+    ExpectLine("Cannot add block. The maximum number of blocks of block type One have already been added.");
+    EXPECT_EQ(Add(100, false, "Failing"), NOTHING_ADDED);
+    ExpectLine("The block output id range [100 - 103] overlaps with the output id range [102 - 105] of an existing "
+               "block: b5.");
+    EXPECT_EQ(Add(106, false, "Failing"), NOTHING_ADDED);
+    ExpectLine("100% refused");
+    EXPECT_EQ(Placed(), (Names{"b5@102"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, TellsTheRangeWithoutWrapping)
+{
+    Build(true, 0, 65534);
+
+    EXPECT_EQ(Add(65533), NOTHING_ADDED);
+
+    ExpectLine("Cannot add block T because the block output id range [65533, 65536] lies outside the valid output id "
+               "range [0, 65534].");
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, AddsWhatItCanAndLogsTheRest)
+{
+    Build(true, 100, 199);
+    AddBlockParams params;
+    params.blocks.Add().type.Set("x");
+    params.blocks.Add().type.Set("T");
+    params.blocks.Add();
+
+    EXPECT_EQ(RefusalOf([&] { assembly->Add(params); }), DONE);
+
+    EXPECT_EQ(
+        log.Lines(),
+        (Lines{UserWarning("Cannot add block. The type or size of the x block is incompatible with this protocol."),
+               UserWarning("Cannot add block. Register block type must be specified in order to add a register "
+                           "block.")}));
+    EXPECT_EQ(Placed(), (Names{"T name@100"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, DoesNothingForEmptyArrays)
+{
+    Build(true, 100, 199);
+
+    EXPECT_EQ(RefusalOf([&] {
+                  AddBlockParams params;
+                  assembly->Add(params);
+              }),
+              DONE);
+    EXPECT_EQ(Remove({}), DONE);
+    EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, LetsStrangeExceptionsEndTheCall)
+{
+    Build(true, 100, 199);
+    Offer(ZuTest::TypeParams<StrangeBlock>("Strange", 4));
+    AddBlockParams params;
+    params.blocks.Add().type.Set("Strange");
+    params.blocks.Add().type.Set("T");
+
+    EXPECT_THROW(assembly->Add(params), std::runtime_error);
+
+    EXPECT_EQ(Placed(), Names{});
+    EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, TakesNoRecordOfAnotherClass)
+{
+    Build(true);
+    RegisterBlockParams other;
+
+    EXPECT_THROW(assembly->Add(other), std::bad_cast);
+    EXPECT_THROW(assembly->Remove(other), std::bad_cast);
+    EXPECT_THROW(assembly->Compact(other), std::bad_cast);
+    EXPECT_THROW(assembly->Update(other), std::bad_cast);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ShiftsBlocksInTheWayUntilAGapTakesThemUp)
+{
+    Build(true, 0, 199);
+    AddAt({100, 110});
+
+    EXPECT_EQ(Add(102, true), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b3@102", "b1@106", "b2@110"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CountsTheWholeTailBeforeItShifts)
+{
+    Build(true, 100, 119);
+    AddAt({100, 108, 116});
+
+    EXPECT_EQ(Add(109, true), NOTHING_ADDED); // the gap would take the shift up, and yet
+    ExpectLine("");
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b2@108", "b3@116"}));
+
+    EXPECT_EQ(Add(106, true), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b5@106", "b2@110", "b3@116"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CountsTheMovedBlockInItsOwnTail)
+{
+    Build(true, 100, 115);
+    AddAt({100, 104, 108, 112});
+
+    EXPECT_EQ(Move(112, 104, true), (Refusal{-977, ""}));
+
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b2@104", "b3@108", "b4@112"}));
+    EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, KeepsAShiftWhoseBlockThenFails)
+{
+    Build(true, 100, 199);
+    Offer(ZuTest::TypeParams<FailingBlock>("Failing", 4));
+    AddAt({100});
+
+    EXPECT_EQ(Add(100, true, "Failing"), NOTHING_ADDED);
+
+    EXPECT_EQ(Placed(), (Names{"b1@104"}));
+    EXPECT_EQ(CountOf("Failing"), 0);
+    EXPECT_EQ(Add(100), DONE);
+    EXPECT_EQ(Placed(), (Names{"b3@100", "b1@104"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ShiftsPlainNumbersOneByOne)
+{
+    Build(false);
+    AddAt({1, 2, 3});
+
+    EXPECT_EQ(Add(2), NOTHING_ADDED);
+    ExpectLine("The block output id 2 conflicts with the output id 2 of an existing block: b2.");
+    EXPECT_EQ(Add(2, true), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b1@1", "b5@2", "b2@3", "b3@4"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ChecksNoRangeOfPlainNumbers)
+{
+    Build(false, 10, 20);
+
+    AddAt({500, 65534});
+    EXPECT_EQ(Add(65534, true), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b1@500", "b3@65534", "b2@65535"}));
+    EXPECT_EQ(Remove({65535}), NOTHING_REMOVED);
+    ExpectLine("Cannot remove block. Register block output id must be specified in order to remove a register block.");
+    EXPECT_EQ(Move(65535, 1),
+              (Refusal{-997, "Register output id must be specified in order to update a register block."}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, GoesOnBehindTheLastPlainNumberInSixteenBits)
+{
+    Build(false);
+    AddAt({65534});
+
+    EXPECT_EQ(Add(), DONE);
+    EXPECT_EQ(Add(), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b3@0", "b1@65534", "b2@65535"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RemovesByTheFirstIdAlone)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110});
+
+    EXPECT_EQ(Remove({101}), NOTHING_REMOVED);
+    ExpectLine("Cannot remove block. There are no register blocks with output id 101.");
+    EXPECT_EQ(Remove({101, 100, 100}), DONE);
+    EXPECT_EQ(log.Lines(),
+              (Lines{UserWarning("Cannot remove block. There are no register blocks with output id 101."),
+                     UserWarning("Cannot remove block. There are no register blocks with output id 100.")}));
+
+    EXPECT_EQ(Placed(), (Names{"b2@110"})); // the gap stays
+    EXPECT_EQ(CountOf("T"), 1);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, KeepsTheLeastNumberOfAType)
+{
+    Build(true, 100, 199);
+    auto needed = ZuTest::TypeParams("Needed", 4);
+    needed.minInstanceCount = 1;
+    Offer(needed);
+    EXPECT_EQ(Add(100, false, "Needed"), DONE);
+
+    EXPECT_EQ(Remove({100}), NOTHING_REMOVED);
+
+    ExpectLine("Cannot remove block with output id 100. The minimum number of instances of this block type exist in "
+               "the register assembly.");
+    EXPECT_EQ(Placed(), (Names{"b1@100"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CompactsFromItsFirstIdOrTheGivenOne)
+{
+    Build(true, 100, 199);
+    AddAt({110, 120});
+
+    EXPECT_EQ(Compact(), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b2@104"}));
+    EXPECT_EQ(Compact(150), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@150", "b2@154"}));
+
+    Build(false, 10, 20);
+    AddAt({110, 120});
+    EXPECT_EQ(Compact(), DONE);
+    EXPECT_EQ(Placed(), (Names{"b3@0", "b4@1"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesToCompactToWhereThereIsNoRoom)
+{
+    Build(true, 100, 199);
+    Offer(ZuTest::TypeParams("Large", 60));
+    EXPECT_EQ(Add(100, false, "Large"), DONE);
+
+    EXPECT_EQ(Compact(150), (Refusal{-977, "Cannot compact blocks. The requested output id range [150, 209] cannot lie "
+                                           "outside the valid output id range [100, 199]."}));
+    EXPECT_EQ(Compact(99), (Refusal{-997, "Cannot compact blocks. The requested output id 99 cannot lie outside the "
+                                          "valid output id range [100, 199]."}));
+    EXPECT_EQ(Compact(200), (Refusal{-997, "Cannot compact blocks. The requested output id 200 cannot lie outside the "
+                                           "valid output id range [100, 199]."}));
+    EXPECT_EQ(Compact(140), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@140"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CompactsPlainNumbersBeyondTheLast)
+{
+    Build(false);
+    AddAt({1, 2, 3});
+
+    EXPECT_EQ(Compact(65534), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b1@65534", "b2@65535", "b3@0"})); // the list is no longer sorted
+    EXPECT_EQ(Add(0), DONE);                                      // the search stops at the first block behind it
+    EXPECT_EQ(Placed(), (Names{"b4@0", "b1@65534", "b2@65535", "b3@0"}));
+    EXPECT_EQ(Remove({0}), DONE); // the first with this id
+    EXPECT_EQ(Placed(), (Names{"b1@65534", "b2@65535", "b3@0"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesToCompactWithoutWaitingForTheLock)
+{
+    Build(true, 100, 199);
+    Offer(ZuTest::TypeParams("Large", 60));
+    EXPECT_EQ(Add(100, false, "Large"), DONE);
+    assembly->BeginLock();
+
+    Refusal refusal{};
+    std::thread([&] { refusal = Compact(150); }).join(); // would not come back if it waited
+
+    assembly->EndLock();
+    EXPECT_EQ(refusal.status, -977);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, UpdatesABlockInPlace)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110});
+    update.newParams.displayName.Set("new");
+    update.newParams.scannerId.Set("scanner-1");
+    update.newParams.dataSource.Set("ignored");
+
+    EXPECT_EQ(Move(100, 100), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"new@100", "b2@110"}));
+    update.newParams.displayName.Set("");
+    update.newParams.scannerId.Set("");
+    EXPECT_EQ(Move(100, NO_ID), DONE); // stays, and keeps its names
+    EXPECT_EQ(Placed(), (Names{"new@100", "b2@110"}));
+    assembly->BeginLock();
+    EXPECT_EQ(assembly->AddedRegisterBlocks().front()->ScannerId(), "scanner-1");
+    assembly->EndLock();
+    EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, MovesABlockInTheList)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110, 120});
+
+    EXPECT_EQ(Move(100, 130), DONE);
+    EXPECT_EQ(Placed(), (Names{"b2@110", "b3@120", "b1@130"}));
+    EXPECT_EQ(Move(130, 102), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@102", "b2@110", "b3@120"}));
+    EXPECT_EQ(Move(102, 104), DONE); // onto its own old place
+    EXPECT_EQ(Move(104, 119, true), DONE);
+    EXPECT_EQ(Placed(), (Names{"b2@110", "b1@119", "b3@123"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, AppliesNothingOfAnUpdateThatConflicts)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110});
+    update.newParams.displayName.Set("new");
+
+    EXPECT_EQ(Move(100, 112), (Refusal{-980, "The block output id range [112 - 115] overlaps with the output id range "
+                                             "[110 - 113] of an existing block: b2."}));
+    EXPECT_EQ(Move(100, 198), (Refusal{-997, "Cannot update block T because the block output id range [198, 201] lies "
+                                             "outside the valid output id range [100, 199]."}));
+    EXPECT_EQ(Move(105, 150), (Refusal{-999, "There are no register blocks with output id 105."}));
+
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b2@110"}));
+    EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ChangesTheDataSourceOfABlockThatHasOne)
+{
+    Build(true, 100, 199);
+    OfferScanOutput();
+    EXPECT_EQ(Add(100, false, "S", "x"), DONE);
+    update.newParams.dataSource.Set("y");
+
+    EXPECT_EQ(Move(100, NO_ID), DONE);
+
+    EXPECT_EQ(assembly->DataSourceList(), (Names{"y"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, FindsBlocksByDataSourceAndByType)
+{
+    Build(true, 100, 199);
+    OfferScanOutput();
+    EXPECT_EQ(Add(110, false, "S", "x"), DONE);
+    EXPECT_EQ(Add(105, false, "S", "x"), DONE);
+    EXPECT_EQ(Add(107, false, "S", "a"), DONE);
+    AddAt({100});
+
+    EXPECT_EQ(assembly->DataSourceList(), (Names{"x", "a", "x"}));
+    auto const bySource = assembly->FindAddedScanOutputBlocksSortedByDataSource();
+    ASSERT_EQ(bySource.size(), 2u);
+    EXPECT_EQ(bySource.at("x")->OutputId(), 105); // of two the one with the lower id
+    EXPECT_EQ(bySource.at("a")->OutputId(), 107);
+
+    std::vector<uint16> found;
+    for (auto const& block : assembly->FindAddedBlocksOfTypes({"S", "T", "S", "x"}))
+    {
+        found.push_back(block->OutputId());
+    }
+    EXPECT_EQ(found, (std::vector<uint16>{100, 105, 107, 110}));
+    EXPECT_EQ(assembly->FindAddedBlocksOfTypes({"x"}).size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, PlacesOneBlockOfEachTypeThatMustHaveOne)
+{
+    Build(true, 100, 199);
+    for (char const* const name : {"B", "A"})
+    {
+        auto params = ZuTest::TypeParams(name, 2);
+        params.minInstanceCount = 2;
+        params.maxInstanceCount = 2;
+        Offer(params);
+    }
+    auto source = ZuTest::TypeParams<ProtocolScanOutputRegisterBlock>("S", 1);
+    source.minInstanceCount = 1;
+    source.hasDataSource = true;
+    Offer(source);
+    AddAt({150});
+
+    for (int i = 0; i < 2; ++i) // again: it begins anew and meets no limit
+    {
+        log.Clear();
+        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+
+        EXPECT_EQ(Placed(), (Names{"B name@100", "A name@102"}));
+        EXPECT_EQ(CountOf("T"), 0);
+        EXPECT_EQ(CountOf("A"), 1);
+        ExpectLine("Cannot add block. A data source is required for block type S.");
+    }
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, DoesWithoutDefaultsWhereNoTypeNeedsABlock)
+{
+    Build(false);
+    AddAt({5});
+
+    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+
+    EXPECT_EQ(Placed(), Names{});
+    EXPECT_EQ(CountOf("T"), 0);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, HandsItsListsOutUnderItsLockAlone)
+{
+    Build(true);
+    Refusal const wrongState{-1000, ""};
+    EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), wrongState);
+    EXPECT_EQ(RefusalOf([&] { assembly->SupportedRegisterBlockTypes(); }), wrongState);
+
+    assembly->BeginLock();
+    assembly->BeginLock();
+    EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), DONE);
+    assembly->EndLock();
+
+    EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), wrongState); // one flag, although still held
+    assembly->EndLock();
+    EXPECT_EQ(RefusalOf([&] { assembly->EndLock(); }), wrongState);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ChangesTheByteOrderOfPlacedBlocks)
+{
+    Build(true);
+
+    assembly->ChangeBigEndianSupportedBlocks(false);
+
+    assembly->BeginLock();
+    EXPECT_FALSE(assembly->SupportedRegisterBlockTypes()[0]->IsProtocolBigEndian());
+    assembly->EndLock();
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, TellsWhetherARangeFitsAheadOfTheTail)
+{
+    Build(true, 100, 111);
+    AddAt({100, 108});
+    assembly->BeginLock();
+    auto& blocks = const_cast<std::list<std::shared_ptr<ProtocolRegisterBlock>>&>(assembly->AddedRegisterBlocks());
+
+    EXPECT_TRUE((assembly.get()->*gapQuestion)(std::next(blocks.begin()), 104, 107));
+    EXPECT_FALSE((assembly.get()->*gapQuestion)(std::next(blocks.begin()), 104, 108));
+    EXPECT_TRUE((assembly.get()->*gapQuestion)(blocks.begin(), 100, 103));
+    EXPECT_TRUE((assembly.get()->*gapQuestion)(blocks.end(), 100, 111));
+    assembly->EndLock();
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CountsItsChanges)
+{
+    Build(true, 100, 199);
+    uint64 last = assembly->ChangeCount();
+    auto const hasChanged = [&] {
+        uint64 const count = assembly->ChangeCount();
+        bool const changed = count != last;
+        last = count;
+        return changed;
+    };
+    AddAt({100});
+    EXPECT_TRUE(hasChanged());
+    EXPECT_EQ(Move(100, 110), DONE);
+    EXPECT_TRUE(hasChanged());
+    EXPECT_EQ(Compact(), DONE);
+    EXPECT_TRUE(hasChanged());
+    EXPECT_EQ(Add(98), NOTHING_ADDED);
+    EXPECT_FALSE(hasChanged());
+    EXPECT_EQ(Remove({100}), DONE);
+    EXPECT_TRUE(hasChanged());
+    assembly->ChangeBigEndianSupportedBlocks(false);
+    EXPECT_TRUE(hasChanged());
+    assembly->ResetRegisterAssembly();
+    EXPECT_TRUE(hasChanged());
+    EXPECT_EQ(Placed(), Names{});
+    EXPECT_FALSE(hasChanged());
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, SeesIdsThatWereSetPastIt)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110, 120});
+    assembly->BeginLock();
+    assembly->AddedRegisterBlocks().front()->SetOutputId(150);
+    assembly->EndLock();
+
+    EXPECT_EQ(Add(152), NOTHING_ADDED);
+    ExpectLine("The block output id range [152 - 155] overlaps with the output id range [150 - 153] of an existing "
+               "block: b1.");
+    EXPECT_EQ(Add(100), DONE);
+    EXPECT_EQ(Placed(), (Names{"b5@100", "b1@150", "b2@110", "b3@120"}));
+    EXPECT_EQ(Remove({150}), DONE);
+    EXPECT_EQ(Placed(), (Names{"b5@100", "b2@110", "b3@120"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, IsChangedAndReadByThreadsAtOnce)
+{
+    Build(true, 0, 9999);
+    Offer(ZuTest::TypeParams("Large", 100));
+    EXPECT_EQ(Add(9000, false, "Large"), DONE);
+    ZuTest::Latch go;
+    auto const change = [&](uint16 first) {
+        ASSERT_TRUE(go.Wait());
+        for (uint16 i = 0; i < 200; ++i)
+        {
+            AddBlockParams add;
+            RegisterBlockParams& block = add.blocks.Add();
+            block.type.Set("T");
+            block.outputId.Set(static_cast<uint16>(first + 4 * i));
+            assembly->Add(add);
+            RemoveBlockParams remove;
+            remove.outputIdList.Add().outputId.Set(static_cast<uint16>(first + 4 * i));
+            if (i % 2 == 0)
+            {
+                assembly->Remove(remove);
+            }
+        }
+    };
+    std::thread low(change, uint16{0});
+    std::thread high(change, uint16{5000});
+    std::thread reader([&] {
+        ASSERT_TRUE(go.Wait());
+        for (int i = 0; i < 200; ++i)
+        {
+            assembly->BeginLock();
+            uint32 end = 0;
+            for (auto const& block : assembly->AddedRegisterBlocks())
+            {
+                EXPECT_GE(block->OutputId(), end);
+                end = block->EndAddress();
+            }
+            assembly->EndLock();
+            EXPECT_EQ(Compact(9950).status, -977); // weighs the registers without the lock
+        }
+    });
+    go.Open();
+    low.join();
+    high.join();
+    reader.join();
+
+    EXPECT_EQ(CountOf("T"), 200);
+}
+
+} // namespace ZuControl::ControlProtocol
