@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
+#include "ZuCore/ResultSet.h"
 #include "wApi/wObject.h"
 
 #include <utility>
@@ -16,9 +17,9 @@ ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* usedAllocator) 
     ZU_CHECK(wLock_Construct(&listLock, nullptr));
     {
         Zu::Locker const guard(listLock);
-        ZU_CHECK(wArrayList_Construct(&writeList, nullptr, initialCapacity, allocator));
+        ZU_CHECK(wArrayList_Construct(&writeList, &ZuCore::ResultSet_Class, initialCapacity, allocator));
     }
-    ZU_CHECK(wArrayList_Construct(&readList, nullptr, initialCapacity, allocator));
+    ZU_CHECK(wArrayList_Construct(&readList, &ZuCore::ResultSet_Class, initialCapacity, allocator));
     Start();
 }
 

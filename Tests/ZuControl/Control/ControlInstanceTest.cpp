@@ -1,17 +1,25 @@
 #include "ZuControl/Control/ControlInstance.h"
 
 #include "Support/ExpectException.h"
+#include "Support/FakeHost.h"
 #include "Support/FakeProtocol.h"
+#include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeScanResults.h"
+#include "Support/FakeSystemInterface.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
+#include "Support/ResultSets.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstanceParams.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
+#include "ZuControl/Control/ControlScanResults.h"
+#include "ZuControl/ControlProtocol/ProtocolBase.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <thread>
 
 namespace ZuControl
 {
@@ -465,6 +473,143 @@ TEST_F(ControlInstanceTest, LeavesNoHandlerBehindWhenItCannotBeBuilt)
     protocol->NotifyParamsInternalUpdateEventHandler(true); // would call into what is no more
     protocol->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
     EXPECT_EQ(problems.Count(), 0u);
+}
+
+namespace
+{
+
+/// Takes results into a member of its own and never stops: whoever calls it too late writes into freed memory.
+class ListeningProtocol final : public ControlProtocol::ProtocolBase
+{
+public:
+    ListeningProtocol(ZuTest::CallLog& sharedCalls, ControlProtocol::ControlProtocolEnviron const& environ)
+        : ProtocolBase(ZuEthernetProtocol{9}, "Listening", environ), calls(sharedCalls)
+    {
+    }
+
+    void ParamsUpdate() override
+    {
+    }
+
+    void ResetParams() override
+    {
+    }
+
+    void Start() override
+    {
+    }
+
+    void Stop() override
+    {
+    }
+
+    Zu::Properties::Structure& UpdateMetrics() override
+    {
+        return metrics;
+    }
+
+    void ResetMetrics() override
+    {
+    }
+
+    void ProcessResultSets(void* resultSets) override
+    {
+        received.push_back(ZuTest::BatchOf(resultSets).size());
+        calls.Add("received");
+    }
+
+private:
+    ZuTest::CallLog& calls;
+    std::vector<std::size_t> received;
+    Zu::Properties::Structure metrics{true};
+};
+
+} // namespace
+
+class ControlInstanceDelivery : public ControlInstanceTest
+{
+protected:
+    ControlInstanceDelivery()
+    {
+        environ.operations = &operations;
+        environ.deployment = &deployment;
+        environ.problems = &problems;
+    }
+
+    ~ControlInstanceDelivery() override
+    {
+        instance.reset(); // before the operations, as everywhere
+    }
+
+    void BuildListening()
+    {
+        info.SetTypeName("listening");
+        auto const made = std::make_shared<ListeningProtocol>(calls, environ);
+        listening = made;
+        ControlInstanceParams params{&info, &gate, &results, &problems, made};
+        instance = std::make_unique<ControlInstance>(params);
+        instance->Enable(true);
+        results.UpdateOutputMap(ZuEthernetProtocol{9}, {"a"});
+        results.UpdateClientCount(ZuEthernetProtocol{9}, 1);
+    }
+
+    void Publish()
+    {
+        results.ProcessResultSet(ZuTest::MakeSet({"a"}).get());
+    }
+
+    ZuTest::FakeSystemInterface systemInterface{calls};
+    ZuTest::FakeScanEngineInterface scanEngines{calls};
+    ZuTest::FakeDeployment deployment;
+    ControlProtocolOperations operations{systemInterface, scanEngines};
+    ControlProtocol::ControlProtocolEnviron environ;
+    ControlScanResults results{nullptr, nullptr};
+    std::weak_ptr<ListeningProtocol> listening;
+};
+
+TEST_F(ControlInstanceDelivery, EndsBeforeAnEnabledProtocolGoes)
+{
+    for (int i = 0; i < 10; ++i)
+    {
+        calls.Clear();
+        BuildListening();
+        std::atomic<bool> publish{true};
+        std::thread publishing([&] {
+            while (publish)
+            {
+                Publish();
+            }
+        });
+        EXPECT_TRUE(calls.WaitFor("received"));
+
+        instance.reset(); // the fan-out still has the handler
+
+        EXPECT_TRUE(listening.expired());
+        std::size_t const received = calls.Count("received");
+        auto const marker = results.AddResultHandler([this](void*) { calls.Add("marker"); }, ZuEthernetProtocol{9});
+        EXPECT_TRUE(calls.WaitFor("marker"));
+        EXPECT_EQ(calls.Count("received"), received);
+        publish = false;
+        publishing.join();
+        results.RemoveResultHandler(marker);
+    }
+}
+
+TEST_F(ControlInstanceDelivery, ReachesAProtocolOnceThatWasEnabledAgainWithAProblemOnRecord)
+{
+    BuildListening();
+    listening.lock()->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+    instance->Enable(false); // leaves its handler
+    instance->Enable(true);
+    calls.Clear();
+    auto const marker = results.AddResultHandler([this](void*) { calls.Add("marker"); }, ZuEthernetProtocol{9});
+
+    Publish();
+
+    ASSERT_TRUE(calls.WaitFor("marker")); // behind both handlers
+    EXPECT_EQ(calls.Count("received"), 1u);
+    instance->Enable(false);
+    results.RemoveResultHandler(marker);
 }
 
 } // namespace ZuControl

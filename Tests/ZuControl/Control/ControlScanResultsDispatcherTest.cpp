@@ -1,5 +1,6 @@
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
 
+#include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
 #include "Support/ExpectException.h"
 #include "Support/Latch.h"
@@ -87,6 +88,22 @@ TEST_F(ControlScanResultsDispatcherTest, NeverKeepsTheResultPathWaitingForAHandl
         Add("a"); // would hang here
     }
 
+    release.Open();
+}
+
+TEST_F(ControlScanResultsDispatcherTest, AllocatesNothingForASetOnceItIsWarm)
+{
+    HoldInABatch();
+    auto const set = MakeSet({"a"});
+    dispatcher.AddResult(set.get());
+
+    ZuTest::AllocationCounter const allocations;
+    for (int i = 0; i < 90; ++i) // fewer than a new list has room for
+    {
+        dispatcher.AddResult(set.get());
+    }
+
+    EXPECT_EQ(allocations.Count(), 0u);
     release.Open();
 }
 

@@ -1,5 +1,6 @@
 #include "ZuControl/Control/ControlScanResults.h"
 
+#include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
 #include "Support/ExpectException.h"
 #include "Support/Latch.h"
@@ -140,6 +141,42 @@ TEST_F(ControlScanResultsTest, ReleasesAllThatItTookAndKeepsNoReferenceToTheSet)
     EXPECT_EQ(wObject_RefCount(info), 1u);
     EXPECT_EQ(wObject_RefCount(msgInfo), 1u);
     EXPECT_EQ(ZuTest::ItemsOf(set.get()), (Items{{"a", 0}, {"b", 1}}));
+}
+
+TEST_F(ControlScanResultsTest, AllocatesAtMostOnceForASetAndNeverForAnItem)
+{
+    constexpr std::size_t BURST = 50; // no more than a list of the dispatcher has room for
+    std::vector<std::string> sources;
+    for (int i = 0; i < 64; ++i)
+    {
+        sources.push_back("source/" + std::to_string(i));
+    }
+    results.AddResultHandler(
+        [this](void* list) {
+        for (uint64 i = 0; i < wArrayList_Count(*static_cast<wArrayList*>(list)); ++i)
+        {
+            calls.Add("set");
+        }
+        },
+        ZuEthernetProtocol{1});
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, sources);
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    auto const set = MakeSet(sources);
+    auto const publishBurst = [&] {
+        for (std::size_t i = 0; i < BURST; ++i)
+        {
+            results.ProcessResultSet(set.get());
+        }
+    };
+    publishBurst();
+    ASSERT_TRUE(calls.WaitFor("set", BURST));
+
+    ZuTest::AllocationCounter const allocations;
+    publishBurst();
+    uint64 const count = allocations.Count();
+
+    EXPECT_LE(count, BURST);
+    EXPECT_TRUE(calls.WaitFor("set", 2 * BURST));
 }
 
 TEST_F(ControlScanResultsTest, ReplacesAProtocolsMap)
