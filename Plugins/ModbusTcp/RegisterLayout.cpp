@@ -27,8 +27,10 @@ RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& a
 
 std::span<RegisterLayout::ResultPlace const> RegisterLayout::Find(uint64 dataSource) const
 {
-    auto const found = std::ranges::equal_range(results, dataSource, {}, &ResultPlace::dataSource);
-    return {found.begin(), found.end()};
+    auto const first = std::ranges::lower_bound(results, dataSource, {}, &ResultPlace::dataSource);
+    auto const end = std::find_if(first, results.end(),
+                                  [dataSource](ResultPlace const& place) { return place.dataSource != dataSource; });
+    return {first, end};
 }
 
 void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
