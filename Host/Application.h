@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Host/CommandLine/Options.h"
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
-#include "Host/Options.h"
 #include "Host/Sensor/DeskCore.h"
 #include "Host/Sensor/DeskScanner.h"
 #include "Host/Sensor/Sensor.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Options.h"
+#include "Host/CommandLine/Options.h"
 #include "ZuControl/Control/IDeploymentQuery.h"
 
 namespace ZuHost

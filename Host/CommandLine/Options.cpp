@@ -1,4 +1,4 @@
-#include "Host/Options.h"
+#include "Host/CommandLine/Options.h"
 
 #include "ZuApi/Exception.h"
 
