@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
@@ -61,7 +62,9 @@ protected:
     ZuTest::LogRecorder log;
     ZuTest::FakeSystemInterface systemInterface{calls};
     ZuTest::FakeScanEngineInterface scanEngines{calls};
-    ZuTest::Latch release;
+    ZuTest::Latch release; // these outlive every fetch
+    ZuTest::Latch releaseSecond;
+    std::atomic<int> fetches{0};
     ControlDataCache cache{systemInterface, scanEngines};
 };
 
@@ -122,16 +125,14 @@ TEST_F(ControlDataCacheTest, RefusesEitherKindWhileAFetchRuns)
 
 TEST_F(ControlDataCacheTest, TakesALateRecordInTheNextReadAndFetchesAnew)
 {
-    std::atomic<int> fetches{0};
-    ZuTest::Latch second;
-    systemInterface.on["Stats"] = [&] {
+    systemInterface.on["Stats"] = [this] {
         if (++fetches == 1)
         {
             release.Wait();
         }
         else
         {
-            second.Wait();
+            releaseSecond.Wait();
         }
     };
     EXPECT_EQ(cache.SystemStats(0).upTime, 0u);
@@ -142,7 +143,7 @@ TEST_F(ControlDataCacheTest, TakesALateRecordInTheNextReadAndFetchesAnew)
 
     EXPECT_EQ(stats.upTime, 1u);
     ASSERT_TRUE(calls.WaitFor("Stats", 2));
-    second.Open();
+    releaseSecond.Open();
 }
 
 TEST_F(ControlDataCacheTest, NeverTakesOneScannerForAnother)
@@ -174,7 +175,6 @@ TEST_F(ControlDataCacheTest, LogsAFailedFetchOfTheSystemAndGivesTheOldValues)
     systemInterface.on["Stats"] = [] { throw std::runtime_error("no core"); };
 
     EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(1000); }).upTime, 1u);
-    systemInterface.on.clear();
     WhenIdle([this] { return cache.ScannerInfo("", LONG); }); // on the same worker: the failed fetch has ended
 
     EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error("ZuControl::ControlDataCache::GetLatestSystemStats",

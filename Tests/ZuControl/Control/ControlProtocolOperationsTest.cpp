@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace ZuControl
@@ -158,7 +160,10 @@ TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAl
 TEST_F(ControlProtocolOperationsTest, LetsOneOfTwoWinThatBeginAtOnce)
 {
     ZuTest::Latch release;
-    ListenTo(PROTOCOL_8);
+    for (auto const protocol : {PROTOCOL_7, PROTOCOL_8})
+    {
+        operations->AddOpEndEventHandler(protocol, [this](int) { calls.Add("ended"); });
+    }
     systemInterface.on["Start"] = [&] { release.Wait(); };
     std::atomic<int> refused{0};
     auto const begin = [&](ZuEthernetProtocol protocol) {
@@ -177,8 +182,8 @@ TEST_F(ControlProtocolOperationsTest, LetsOneOfTwoWinThatBeginAtOnce)
     begin(PROTOCOL_7);
     other.join();
     release.Open();
-    WaitForTheRoadToBeEmpty();
 
+    ASSERT_TRUE(calls.WaitFor("ended"));
     EXPECT_EQ(refused, 1);
     EXPECT_EQ(calls.Count("Start"), 1u);
 }
@@ -197,7 +202,9 @@ TEST_F(ControlProtocolOperationsTest, LooksAtArgumentsBeforeItLooksForAnotherOpe
                             [this] { operations->SoftwareTrigger(PROTOCOL_7, nullptr); });
     ZuTest::ExpectException(-997, "No job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, nullptr); });
     ZuTest::ExpectException(-997, "Empty job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, ""); });
+
     release.Open();
+    EXPECT_TRUE(calls.WaitFor("7 ended 1"));
 }
 
 TEST_F(ControlProtocolOperationsTest, EndsAnUnknownActionAsABadArgument)
