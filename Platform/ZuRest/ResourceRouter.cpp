@@ -1,12 +1,13 @@
 #include "ZuRest/ResourceRouter.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuRest/Path.h"
 #include "wApi/wTypes.h"
 
 #include <algorithm>
-#include <charconv>
 #include <condition_variable>
 #include <mutex>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +24,10 @@ std::optional<std::vector<std::string_view>> SegmentsOf(std::string_view path)
     if (!path.starts_with('/'))
     {
         return std::nullopt;
+    }
+    if (path == "/")
+    {
+        return segments; // the root
     }
     while (!path.empty())
     {
@@ -41,23 +46,6 @@ std::optional<std::vector<std::string_view>> SegmentsOf(std::string_view path)
 bool IsKey(std::string_view segment)
 {
     return segment.starts_with(':');
-}
-
-/// The segment with its percent escapes resolved; what is no escape stays as it is.
-std::string Decoded(std::string_view segment)
-{
-    std::string text;
-    text.reserve(segment.size());
-    for (std::size_t i = 0; i < segment.size(); ++i)
-    {
-        unsigned char byte = 0;
-        char const* const digits = segment.data() + i + 1;
-        bool const isEscape = segment[i] == '%' && segment.size() - i > 2 &&
-                              std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
-        text.push_back(isEscape ? static_cast<char>(byte) : segment[i]);
-        i += isEscape ? 2 : 0;
-    }
-    return text;
 }
 
 } // namespace
@@ -123,6 +111,22 @@ struct ResourceRouter::Node
         }
         literals.clear();
         key.reset();
+    }
+
+    void Collect(std::set<IResource*>& resources) const
+    {
+        if (entry != nullptr)
+        {
+            resources.insert(&entry->resource);
+        }
+        for (auto const& [segment, child] : literals)
+        {
+            child->Collect(resources);
+        }
+        if (key != nullptr)
+        {
+            key->Collect(resources);
+        }
     }
 
     std::shared_ptr<Entry> entry; // null where no route ends
@@ -205,7 +209,7 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
         return std::nullopt;
     }
     std::vector<std::string> decoded(segments->size());
-    std::ranges::transform(*segments, decoded.begin(), Decoded);
+    std::ranges::transform(*segments, decoded.begin(), Path::Decoded);
 
     Node::Values values;
     std::unique_lock guard(state->lock);
@@ -230,6 +234,16 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
         match.keys.emplace(entry->keyNames[i], std::move(values[i]));
     }
     return match;
+}
+
+std::vector<IResource*> ResourceRouter::Resources() const
+{
+    std::set<IResource*> resources;
+    {
+        std::scoped_lock const guard(state->lock);
+        state->root.Collect(resources);
+    }
+    return {resources.begin(), resources.end()};
 }
 
 } // namespace ZuRest

@@ -16,7 +16,8 @@ class IResource;
 /// Says which resource a path belongs to.
 ///
 /// A route is a path whose segments may be keys, ":protocol" for one, which match any segment. At each segment a literal wins
-/// over a key, in whatever order the routes came; a route that ends in a key also matches without it. Any thread may call.
+/// over a key, in whatever order the routes came; a route that ends in a key also matches without it. "/" is the root. Any
+/// thread may call.
 class ZUPLATFORM_API ResourceRouter
 {
 public:
@@ -44,6 +45,9 @@ public:
 
     /// The resource of a path as it stands in a request, percent-encoded; nothing when no route matches.
     std::optional<Match> Find(std::string const& path) const;
+
+    /// Every resource that has a route, once, in no order. They live until their routes are deregistered.
+    std::vector<IResource*> Resources() const;
 
 private:
     struct Entry;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
 
 namespace ZuRest
@@ -124,6 +125,29 @@ TEST_F(ResourceRouterTest, KnowsNoOtherPaths)
     {
         ExpectNothing(path);
     }
+}
+
+TEST_F(ResourceRouterTest, KnowsTheRoot)
+{
+    Add("/");
+    Add("/health");
+
+    ExpectMatch("/", "/", {});
+    ExpectMatch("/health", "/health", {});
+    ExpectNothing("//");
+}
+
+TEST_F(ResourceRouterTest, ListsEachResourceOnce)
+{
+    Add("/controls/:protocol");
+    Add("/controls/:protocol/metrics");
+    router.Register("/controls", resources["/controls/:protocol"]);
+
+    std::vector<IResource*> const listed = router.Resources();
+
+    EXPECT_EQ((std::set<IResource*>(listed.begin(), listed.end())),
+              (std::set<IResource*>{&resources["/controls/:protocol"], &resources["/controls/:protocol/metrics"]}));
+    EXPECT_EQ(listed.size(), 2U);
 }
 
 TEST_F(ResourceRouterTest, DecodesSegmentsAfterItHasSplitThePath)

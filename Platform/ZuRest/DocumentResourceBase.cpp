@@ -1,0 +1,55 @@
+#include "ZuRest/DocumentResourceBase.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Node.h"
+#include "ZuRest/RequestInfo.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuRest
+{
+
+using Zu::Properties::JsonSerializer;
+using Zu::Properties::Node;
+
+DocumentResourceBase::DocumentResourceBase() = default;
+DocumentResourceBase::~DocumentResourceBase() = default;
+
+IDocumentResource* DocumentResourceBase::DocumentProvider()
+{
+    return this;
+}
+
+void DocumentResourceBase::UpdateDocument(RequestInfo const& /*request*/, nlohmann::json const& /*document*/)
+{
+    ZU_THROW(Zu::Status::NOT_UPDATABLE);
+}
+
+nlohmann::json DocumentResourceBase::NodeToJson(Node const& node, RequestInfo const& request)
+{
+    nlohmann::json document = JsonSerializer::Serialize(node);
+    if (request.wantsSchema && document.is_object())
+    {
+        document["_schema"] = JsonSerializer::SerializeSchema(node);
+    }
+    return document;
+}
+
+void DocumentResourceBase::NodeFromJson(Node& node, nlohmann::json const& document)
+{
+    JsonSerializer::Deserialize(node, document);
+}
+
+void DocumentResourceBase::ValidateJsonFromNode(Node const& node, nlohmann::json const& document)
+{
+    JsonSerializer::Validate(const_cast<Node&>(node), document); // for the note of a read-only value alone
+}
+
+void DocumentResourceBase::NodeFromJsonAndValidate(Node& node, nlohmann::json const& document)
+{
+    JsonSerializer::Validate(node, document);
+    JsonSerializer::Deserialize(node, document);
+}
+
+} // namespace ZuRest

@@ -1,0 +1,8 @@
+#include "ZuRest/ICallableResource.h"
+
+namespace ZuRest
+{
+
+ICallableResource::~ICallableResource() = default;
+
+} // namespace ZuRest

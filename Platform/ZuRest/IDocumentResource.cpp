@@ -1,0 +1,8 @@
+#include "ZuRest/IDocumentResource.h"
+
+namespace ZuRest
+{
+
+IDocumentResource::~IDocumentResource() = default;
+
+} // namespace ZuRest

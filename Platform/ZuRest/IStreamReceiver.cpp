@@ -1,0 +1,8 @@
+#include "ZuRest/IStreamReceiver.h"
+
+namespace ZuRest
+{
+
+IStreamReceiver::~IStreamReceiver() = default;
+
+} // namespace ZuRest

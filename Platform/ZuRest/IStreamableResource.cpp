@@ -1,0 +1,8 @@
+#include "ZuRest/IStreamableResource.h"
+
+namespace ZuRest
+{
+
+IStreamableResource::~IStreamableResource() = default;
+
+} // namespace ZuRest

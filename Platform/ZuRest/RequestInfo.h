@@ -1,0 +1,30 @@
+#pragma once
+
+#include "wApi/wExport.h"
+
+#include <map>
+#include <string>
+
+namespace ZuRest
+{
+
+/// What a resource is told of the request that it answers.
+struct ZUPLATFORM_API RequestInfo
+{
+    using Keys = std::map<std::string, std::string>;
+
+    RequestInfo();
+    RequestInfo(std::string requestPath, Keys routeKeys, bool schemaAskedFor);
+    RequestInfo(RequestInfo const&);
+    RequestInfo& operator=(RequestInfo const&);
+    ~RequestInfo();
+
+    /// The value of a key of the route, decoded; null when the path stops short of it or the route has none of that name.
+    std::string const* FindKey(std::string const& name) const;
+
+    std::string path; ///< as the client wrote it, percent-encoded, without the query
+    Keys keys;
+    bool wantsSchema = false;
+};
+
+} // namespace ZuRest
