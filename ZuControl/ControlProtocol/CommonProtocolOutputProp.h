@@ -1,0 +1,23 @@
+#pragma once
+
+#include "ZuApi/Params/Array.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuControl/Export.h"
+#include "ZuPipe/PipeDataFormatProps.h"
+
+extern template class Zu::Properties::Array<ZuPipe::PipeDataFormatProps>;
+extern template class Zu::Params::Array<ZuPipe::PipeDataFormatProps>;
+
+namespace ZuControl::ControlProtocol
+{
+
+/// What the records of all output maps begin with.
+struct ZUCONTROL_API CommonProtocolOutputProp : public Zu::Params::Group
+{
+    CommonProtocolOutputProp();
+    ~CommonProtocolOutputProp() override;
+
+    Zu::Params::Array<ZuPipe::PipeDataFormatProps> acceptedDataFormats; ///< what the protocol takes; it tells clients
+};
+
+} // namespace ZuControl::ControlProtocol

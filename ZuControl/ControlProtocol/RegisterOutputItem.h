@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ZuApi/Params/Array.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <string>
+
+namespace ZuControl::ControlProtocol
+{
+
+/// One data source of a register map, where an output id is a register address.
+struct ZUCONTROL_API RegisterOutputItem : public Zu::Params::Group
+{
+    using OutputId = uint16;
+
+    // An item with one of these is not complete.
+    static constexpr OutputId DEFAULT_OUTPUT_ID = 65535; ///< also the one id that is not valid
+    static constexpr uint16 DEFAULT_OUTPUT_SIZE = 0;
+    static constexpr char const* DEFAULT_SOURCE = "";
+
+    RegisterOutputItem();
+    ~RegisterOutputItem() override;
+
+    /// Whether the item says all that a map needs of it.
+    bool IsComplete() const;
+
+    /// Whether the two agree in every member of this record.
+    bool IsSameOutput(RegisterOutputItem const& other) const;
+
+    /// Stores the other's members. `CopyValues` would take over the other's marks and sort counter too, which differ in a
+    /// record with arguments.
+    void TakeOver(RegisterOutputItem const& other);
+
+    Zu::Params::Value<uint16> outputId;   ///< address of the first register
+    Zu::Params::Value<uint16> outputSize; ///< in the unit of the map's "itemSize"
+    Zu::Params::Value<std::string> source;
+    Zu::Params::Value<uint16> dataOffset; ///< into the data of the source
+    Zu::Params::Value<uint16> dataLength; ///< of the data of the source
+};
+
+} // namespace ZuControl::ControlProtocol
+
+extern template class Zu::Properties::Array<ZuControl::ControlProtocol::RegisterOutputItem>;
+extern template class Zu::Params::Array<ZuControl::ControlProtocol::RegisterOutputItem>;

@@ -1,0 +1,257 @@
+#include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
+
+#include "ZuControl/ControlProtocol/NumericIdProtocolOutputBaseDefinition.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+template class ProtocolOutputBase<RegisterOutputs, RegisterOutputItem, RegisterOutputsArgs, RegisterOutputItemArgs>;
+template class NumericIdProtocolOutputBase<RegisterOutputs, RegisterOutputItem, RegisterOutputsArgs,
+                                           RegisterOutputItemArgs>;
+
+RegisterProtocolOutputMap::RegisterProtocolOutputMap(uint16 start, uint16 count, uint16 itemSize, uint16 mostItems)
+    : NumericIdProtocolOutputBase(mostItems), initialStart(start)
+{
+    Zu::Locker const guard(lock);
+    outputs.attributes.start.Set(start);
+    outputs.attributes.count.Set(count);
+    outputs.attributes.itemSize.Set(itemSize);
+}
+
+RegisterProtocolOutputMap::~RegisterProtocolOutputMap() = default;
+
+void RegisterProtocolOutputMap::Add(Zu::Params::Group const& itemArgs)
+{
+    Add_Helper(itemArgs, dynamic_cast<RegisterOutputItemArgs const&>(itemArgs).autoShift.Get());
+}
+
+void RegisterProtocolOutputMap::AddAll(Zu::Params::Group& newOutputs)
+{
+    auto& list = dynamic_cast<RegisterOutputs&>(newOutputs).map;
+    Zu::Locker const guard(lock);
+    uint64 count = outputs.map.Count();
+    uint32 nextAddress = count > 0 ? EndOf(count - 1) : initialStart;
+    int32 status = Zu::Status::SUCCESS;
+    for (uint64 i = 0; i < list.Count(); ++i)
+    {
+        RegisterOutputItem& entry = list.At(i);
+        char const* const source = entry.source.Get().c_str();
+        if (count >= maxCount)
+        {
+            ZU_THROW(Zu::Status::FULL, "Connection map is full. All data source(s) from %1$s are not added.", source);
+        }
+        if (entry.source.Get().empty())
+        {
+            ZU_LOG_USER_ERROR(
+                "Data source %1$s in the list of sources to add is invalid. Please correct the data source "
+                "and try again.",
+                source);
+            ZU_LOG_ERROR(
+                "Data source %s in the list of sources to add is invalid. Please correct the data source and try "
+                "again.",
+                source);
+            status = Zu::Status::BAD_ARGUMENT;
+        }
+        else if (HasSource(entry.source.Get()))
+        {
+            ZU_LOG_USER_WARNING("Data source %1$s already exists", source);
+            ZU_LOG_WARNING("Data source %s already exists", source);
+            status = Zu::Status::ALREADY_EXISTS;
+        }
+        else
+        {
+            entry.outputId.Set(static_cast<uint16>(nextAddress)); // neither the range nor the size is looked at
+            AppendItem(entry);
+            ++count;
+            nextAddress += NumOfRegisterOccupies(entry);
+        }
+    }
+    if (status != Zu::Status::SUCCESS)
+    {
+        ZU_THROW(status,
+                 "One or more sources could not be added to the connection map. Logs may have additional information.");
+    }
+}
+
+void RegisterProtocolOutputMap::CompactId()
+{
+    Zu::Locker const guard(lock);
+    uint16 nextAddress = initialStart;
+    uint64 const count = outputs.map.Count();
+    for (uint64 i = 0; i < count; ++i)
+    {
+        SetOutputId(i, nextAddress);
+        nextAddress = static_cast<uint16>(EndOf(i));
+    }
+}
+
+void RegisterProtocolOutputMap::UpdateId(Zu::Params::Group& outputsArgs)
+{
+    auto const& args = dynamic_cast<RegisterOutputsArgs const&>(outputsArgs);
+    if (args.map.Count() != 2)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT);
+    }
+    Zu::Locker const guard(lock);
+    CheckAddress(args.map.At(1).outputId.Get());
+    UpdateId_Helper(outputsArgs, false);
+}
+
+void RegisterProtocolOutputMap::OverlapInsert(uint64 index, RegisterOutputItem const& item)
+{
+    Zu::Locker const guard(lock);
+    ShiftOutputMap(index, item);
+    PutItem(index, item);
+    uint64 const count = outputs.map.Count();
+    for (uint64 i = index; i + 1 < count; ++i)
+    {
+        if (i > index && outputs.map.At(i + 1).outputId.Get() > EndOf(i))
+        {
+            break; // the run has reached a gap
+        }
+        SetOutputId(i + 1, static_cast<uint16>(EndOf(i)));
+    }
+}
+
+IProtocolOutput::ZuProtocolOutputDataOverlapState
+RegisterProtocolOutputMap::GetOverlappingState(Zu::Params::Group const& group) const
+{
+    auto const& item = dynamic_cast<RegisterOutputItem const&>(group);
+    uint32 const address = item.outputId.Get();
+    Zu::Locker const guard(lock);
+    uint64 const index = BSearchForInsert(item);
+    if (index >= outputs.map.Count())
+    {
+        return 0; // not even the length of the last item is looked at
+    }
+    uint32 state = 0;
+    if (index > 0)
+    {
+        // The raw size, which is not a number of registers, and set where the two do not touch: saved configurations were
+        // accepted and ordered by this test.
+        RegisterOutputItem const& previous = outputs.map.At(index - 1);
+        uint32 const rawEnd = uint32{previous.outputId.Get()} + previous.outputSize.Get();
+        state |= address >= rawEnd ? BEHIND_PREVIOUS : 0;
+    }
+    uint32 const next = outputs.map.At(index).outputId.Get();
+    state |= next < address + NumOfRegisterOccupies(item) ? RUNS_INTO_NEXT : 0;
+    return static_cast<ZuProtocolOutputDataOverlapState>(state);
+}
+
+void RegisterProtocolOutputMap::SetStartAddress(uint16 newStart)
+{
+    Zu::Locker const guard(lock);
+    auto const difference = static_cast<uint16>(newStart - outputs.attributes.start.Get());
+    if (difference == 0)
+    {
+        return;
+    }
+    outputs.attributes.start.Set(newStart);
+    uint64 const count = outputs.map.Count();
+    for (uint64 i = 0; i < count; ++i)
+    {
+        SetOutputId(i, static_cast<uint16>(outputs.map.At(i).outputId.Get() + difference));
+    }
+}
+
+uint16 RegisterProtocolOutputMap::StartAddress() const
+{
+    Zu::Locker const guard(lock);
+    return outputs.attributes.start.Get();
+}
+
+void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool autoShift)
+{
+    auto const& item = dynamic_cast<RegisterOutputItem const&>(group);
+    if (!item.IsComplete())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT); // without the lines that the base writes
+    }
+    Zu::Locker const guard(lock);
+    CheckAddress(item.outputId.Get());
+    uint64 index = BSearchForInsert(item);
+    if (index < outputs.map.Count() && outputs.map.At(index).IsSameOutput(item))
+    {
+        return;
+    }
+    char const* const source = item.source.Get().c_str();
+    if (HasSource(item.source.Get()))
+    {
+        ZU_LOG_USER_WARNING("Data source %1$s already exists", source);
+        ZU_LOG_WARNING("Data source %s already exists", source);
+        ZU_THROW(Zu::Status::ALREADY_EXISTS);
+    }
+    ZuProtocolOutputDataOverlapState const state = GetOverlappingState(group);
+    if (state != 0 && !autoShift)
+    {
+        ZU_LOG_USER_WARNING(
+            "Unable to add connection source %1$s. The specified address would cause the selected source "
+            "to overlap addresses used by an existing connection.",
+            source);
+        ZU_LOG_WARNING("Unable to add connection source %s. The specified address would cause the selected source to "
+                       "overlap addresses used by an existing connection.",
+                       source);
+        ZU_THROW(
+            Zu::Status::BAD_ARGUMENT,
+            "Unable to add connection source %1$s. The specified address would cause the selected source to overlap "
+            "addresses used by an existing connection.",
+            source);
+    }
+    index -= (state & BEHIND_PREVIOUS) != 0 ? 1 : 0; // the flag tells of a previous item
+    if ((state & RUNS_INTO_NEXT) != 0)
+    {
+        OverlapInsert(index, item);
+        return;
+    }
+    ShiftOutputMap(index, item);
+    PutItem(index, item);
+}
+
+void RegisterProtocolOutputMap::ShiftOutputMap(uint64 index, RegisterOutputItem const& item)
+{
+    if (outputs.map.Count() >= maxCount || !hasGap(index, item))
+    {
+        ZU_THROW(Zu::Status::FULL);
+    }
+    NumericIdProtocolOutputBase::ShiftOutputMap(index);
+}
+
+uint16 RegisterProtocolOutputMap::NumOfRegisterOccupies(RegisterOutputItem const& item) const
+{
+    uint32 const itemSize = outputs.attributes.itemSize.Get();
+    if (itemSize == 0)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Register size cannot be zero.");
+    }
+    return static_cast<uint16>((item.outputSize.Get() + itemSize - 1) / itemSize);
+}
+
+bool RegisterProtocolOutputMap::hasGap(uint64 index, RegisterOutputItem const& item) const
+{
+    uint16 const registers = NumOfRegisterOccupies(item);
+    auto const free =
+        static_cast<uint16>(outputs.attributes.count.Get() - item.outputId.Get() + outputs.attributes.start.Get());
+    // The new item's own length for each item that moves; what those take is not read.
+    uint64 const moving = outputs.map.Count() > index ? outputs.map.Count() - index : 0;
+    auto const needed = static_cast<uint16>(moving * registers);
+    return uint32{registers} + needed <= free;
+}
+
+void RegisterProtocolOutputMap::CheckAddress(uint16 address) const
+{
+    uint32 const start = outputs.attributes.start.Get();
+    uint32 const end = start + outputs.attributes.count.Get();
+    if (address < start || address >= end)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The new entry's address %1$u is not within the range [%2$u : %3$u]",
+                 unsigned{address}, start, end);
+    }
+}
+
+uint32 RegisterProtocolOutputMap::EndOf(uint64 index) const
+{
+    RegisterOutputItem const& item = outputs.map.At(index);
+    return uint32{item.outputId.Get()} + NumOfRegisterOccupies(item);
+}
+
+} // namespace ZuControl::ControlProtocol
