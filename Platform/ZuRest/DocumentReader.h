@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ZuRest/ResourceLocks.h"
+#include "wApi/wExport.h"
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+namespace ZuRest
+{
+
+struct Reference;
+class ResourceRouter;
+
+/// Makes documents as clients see them: with `_links` and `_embedded`, as HAL has it.
+///
+/// What it embeds lies perhaps at a place where a change is running: that shows as it was before, and as a problem beside
+/// its address when nobody knows how that was. So does what cannot be read: one broken resource does not hide the others.
+/// Any thread may call.
+class ZUPLATFORM_API DocumentReader
+{
+public:
+    /// How long a read from the inside waits for the end of a change.
+    static constexpr uint64 PATIENCE_USEC = 1'000'000;
+
+    /// `newRelationTemplate` says where the meaning of a relation is told ("/relations/{rel}"); empty for nowhere. Router and
+    /// locks outlive this.
+    DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks, std::string newRelationTemplate);
+    ~DocumentReader();
+
+    DocumentReader(DocumentReader const&) = delete;
+    DocumentReader& operator=(DocumentReader const&) = delete;
+
+    /// The document at `path`, for one who has a pass for its place. Throws what the resource throws, and -999 when there is
+    /// none; -983 for one without a document.
+    nlohmann::json Read(std::string const& path, bool wantsSchema) const;
+
+    /// The same for one who has none. Throws -976 when a change of the place does not end.
+    nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
+
+private:
+    struct Walk;
+
+    nlohmann::json Show(std::string const& path, bool wantsSchema, Walk& walk) const;
+    nlohmann::json ShowEmbedded(Reference const& reference, Walk& walk) const;
+    nlohmann::json ShowUnderOwnPass(std::string const& path, bool wantsSchema, Walk& walk) const;
+    void AddReferences(nlohmann::json& document, std::vector<Reference> const& references, Walk& walk) const;
+
+    ResourceRouter const& router;
+    ResourceLocks& locks;
+    std::string const relationTemplate;
+};
+
+} // namespace ZuRest

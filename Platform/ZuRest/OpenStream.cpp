@@ -1,0 +1,31 @@
+#include "ZuRest/OpenStream.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuRest/IResource.h"
+#include "ZuRest/IStreamableResource.h"
+
+#include <utility>
+
+namespace ZuRest
+{
+
+OpenStream::OpenStream(std::shared_ptr<std::mutex> sharedLock, ResourceRouter::Match streamedMatch,
+                       IStreamReceiver& receiver, RequestInfo const& request)
+    : lock(std::move(sharedLock)),
+      match(std::move(streamedMatch)),
+      resource(*match.resource->StreamableProvider()) // the caller has seen that it is there
+{
+    std::scoped_lock const guard(*lock);
+    id = resource.StartStream(&receiver, request);
+    ZU_GUARD_BOUNDARY([this] { resource.StartEvent().Fire(id); }); // who only listens does not undo the start
+}
+
+OpenStream::~OpenStream()
+{
+    ZU_GUARD_DESTRUCTOR([this] {
+        std::scoped_lock const guard(*lock);
+        resource.StopStream(id);
+    });
+}
+
+} // namespace ZuRest

@@ -1,0 +1,308 @@
+#include "ZuRest/ResourceRequestProcessor.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+#include "ZuRest/EntityTag.h"
+#include "ZuRest/ICallableResource.h"
+#include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IResource.h"
+#include "ZuRest/IStreamableResource.h"
+#include "ZuRest/JsonText.h"
+#include "ZuRest/OpenStream.h"
+#include "ZuRest/Problem.h"
+#include "ZuRest/RequestInfo.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <future>
+#include <string_view>
+#include <utility>
+
+namespace ZuRest
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+
+constexpr char const* HAL = "application/hal+json";
+constexpr char const* EVENT_STREAM = "text/event-stream";
+
+bool IsUpdate(std::string const& method)
+{
+    return method == "PUT" || method == "PATCH";
+}
+
+bool IsRead(std::string const& method)
+{
+    return method == "GET" || method == "HEAD";
+}
+
+/// Whether the query asks for the schema.
+bool WantsSchema(std::string_view query)
+{
+    while (!query.empty())
+    {
+        std::string_view const parameter = query.substr(0, query.find('&'));
+        if (parameter == "schema=true")
+        {
+            return true;
+        }
+        query.remove_prefix(std::min(parameter.size() + 1, query.size()));
+    }
+    return false;
+}
+
+RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
+{
+    return {request.path, match.keys, WantsSchema(request.query)};
+}
+
+/// The methods that the resource knows; `isFixed` when it has just refused a change of its document.
+std::string AllowedBy(IResource& resource, bool isFixed)
+{
+    bool const hasDocument = resource.DocumentProvider() != nullptr;
+    std::string allowed;
+    if (hasDocument || resource.StreamableProvider() != nullptr)
+    {
+        allowed += "GET, HEAD, ";
+    }
+    if (hasDocument && !isFixed)
+    {
+        allowed += "PUT, PATCH, ";
+    }
+    if (resource.CallableProvider() != nullptr)
+    {
+        allowed += "POST, ";
+    }
+    return allowed + "OPTIONS";
+}
+
+Answer RefuseMethod(Request const& request, IResource& resource, bool isFixed, std::string detail)
+{
+    if (detail.empty())
+    {
+        detail = "The resource at " + request.path + " does not know the method " + request.method + ".";
+    }
+    Answer answer =
+        Problem{HttpStatus::METHOD_NOT_ALLOWED, std::move(detail), Zu::Status::NOT_UPDATABLE, {}}.ToAnswer();
+    answer.headers.emplace_back("Allow", AllowedBy(resource, isFixed));
+    return answer;
+}
+
+ResourceLocks::Mode ModeOf(std::string const& method)
+{
+    return IsUpdate(method) || method == "POST" ? ResourceLocks::Mode::CHANGE : ResourceLocks::Mode::READ;
+}
+
+} // namespace
+
+ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate)
+    : router(usedRouter), reader(router, locks, std::move(relationTemplate)), streamLock(std::make_shared<std::mutex>())
+{
+}
+
+ResourceRequestProcessor::~ResourceRequestProcessor() = default;
+
+Json ResourceRequestProcessor::Read(std::string const& path, Json const& /*request*/, std::string const& query)
+{
+    return reader.ReadFromInside(path, WantsSchema(query));
+}
+
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::Process(Request const& request,
+                                                                    ReceiverMaker const& makeReceiver)
+{
+    std::promise<std::shared_ptr<ResourceLocks::Pass>> turn;
+    locks.Enter(Place::Of(request.path), ModeOf(request.method),
+                [&turn](std::shared_ptr<ResourceLocks::Pass> pass) { turn.set_value(std::move(pass)); });
+    std::shared_ptr<ResourceLocks::Pass> const pass = turn.get_future().get();
+    return Carry(request, makeReceiver, *pass);
+}
+
+void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
+                                            std::function<void(Outcome)> done)
+{
+    Place const place = Place::Of(request.path);
+    ResourceLocks::Mode const mode = ModeOf(request.method);
+    struct Job
+    {
+        Request request;
+        ReceiverMaker makeReceiver;
+        std::function<void(Outcome)> done;
+        std::shared_ptr<ResourceLocks::Pass> pass;
+    };
+    auto const job = std::make_shared<Job>(Job{std::move(request), std::move(makeReceiver), std::move(done), nullptr});
+    locks.Enter(place, mode, [this, job, run](std::shared_ptr<ResourceLocks::Pass> pass) {
+        job->pass = std::move(pass);
+        run([this, job] {
+            Outcome outcome = Carry(job->request, job->makeReceiver, *job->pass);
+            job->pass.reset(); // before the client can know: what it asks for next finds the place free
+            job->done(std::move(outcome));
+        });
+    });
+}
+
+ResourceRequestProcessor::Outcome
+ResourceRequestProcessor::Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
+{
+    try
+    {
+        return Dispatch(request, makeReceiver, pass);
+    }
+    catch (std::exception const& exception)
+    {
+        Problem const problem = Problem::Of(exception, request.method, request.path);
+        if (problem.status == HttpStatus::INTERNAL_ERROR)
+        {
+            ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
+        }
+        return {problem.ToAnswer(), nullptr};
+    }
+    catch (...)
+    {
+        ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
+        return {Problem{HttpStatus::INTERNAL_ERROR, "An internal error.", 0, {}}.ToAnswer(), nullptr};
+    }
+}
+
+ResourceRequestProcessor::Outcome
+ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
+{
+    if (request.isWanted && !request.isWanted())
+    {
+        ZU_THROW(Zu::Status::BUSY, "The request was given up before its turn came.");
+    }
+    auto match = router.Find(request.path);
+    if (!match.has_value())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no resource at %s.", request.path.c_str());
+    }
+    IResource& resource = *match->resource;
+    if (request.method == "OPTIONS")
+    {
+        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(resource, false)}}}, nullptr};
+    }
+    if (IsRead(request.method) && (resource.DocumentProvider() != nullptr || resource.StreamableProvider() != nullptr))
+    {
+        return Get(request, std::move(*match), makeReceiver);
+    }
+    bool const canChange = (IsUpdate(request.method) && resource.DocumentProvider() != nullptr) ||
+                           (request.method == "POST" && resource.CallableProvider() != nullptr);
+    if (canChange)
+    {
+        return {Change(request, *match, pass), nullptr};
+    }
+    return {RefuseMethod(request, resource, false, {}), nullptr};
+}
+
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& request, ResourceRouter::Match match,
+                                                                ReceiverMaker const& makeReceiver)
+{
+    bool const hasDocument = match.resource->DocumentProvider() != nullptr;
+    bool const asksForStream = request.accept.find(EVENT_STREAM) != std::string::npos;
+    if (match.resource->StreamableProvider() != nullptr && (asksForStream || !hasDocument))
+    {
+        return Stream(request, std::move(match), makeReceiver);
+    }
+    return {ShowDocument(request), nullptr};
+}
+
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::Stream(Request const& request, ResourceRouter::Match match,
+                                                                   ReceiverMaker const& makeReceiver)
+{
+    Answer const answer{HttpStatus::OK, EVENT_STREAM, "", {{"Cache-Control", "no-cache"}}};
+    if (request.method == "HEAD")
+    {
+        return {answer, nullptr};
+    }
+    if (!makeReceiver)
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED, "Streams cannot be opened here.");
+    }
+    bool const isState = match.resource->DocumentProvider() != nullptr;
+    RequestInfo const info = InfoOf(request, match);
+    return {answer, std::make_unique<OpenStream>(streamLock, std::move(match), makeReceiver(isState), info)};
+}
+
+Answer ResourceRequestProcessor::Change(Request const& request, ResourceRouter::Match const& match,
+                                        ResourceLocks::Pass& pass)
+{
+    try
+    {
+        return IsUpdate(request.method) ? Update(request, match, pass) : Call(request, match);
+    }
+    catch (Zu::Exception const& exception)
+    {
+        if (exception.Status() != Zu::Status::NOT_UPDATABLE)
+        {
+            throw;
+        }
+        std::string detail = Problem::Of(exception, request.method, request.path).detail;
+        return RefuseMethod(request, *match.resource, IsUpdate(request.method), std::move(detail));
+    }
+}
+
+Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::Match const& match,
+                                        ResourceLocks::Pass& pass)
+{
+    Json const body = JsonText::Read(request.body);
+    if (!IsPreconditionMet(request))
+    {
+        return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + request.path + " has changed.", 0, {}}
+            .ToAnswer();
+    }
+    KeepBefore(request, pass);
+    match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body);
+    return ShowDocument(request);
+}
+
+Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Match const& match)
+{
+    Json const body = request.body.empty() ? Json::object() : JsonText::Read(request.body);
+    Json const result = match.resource->CallableProvider()->Invoke(InfoOf(request, match), body);
+    if (result.is_null())
+    {
+        return {HttpStatus::NO_CONTENT, "", "", {}};
+    }
+    return {HttpStatus::OK, "application/json", JsonText::Write(result), {}};
+}
+
+Answer ResourceRequestProcessor::ShowDocument(Request const& request) const
+{
+    std::string body = JsonText::Write(reader.Read(request.path, WantsSchema(request.query)));
+    std::string tag = EntityTag::Of(body);
+    if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
+    {
+        return {HttpStatus::NOT_MODIFIED, "", "", {{"ETag", std::move(tag)}}};
+    }
+    return {HttpStatus::OK, HAL, std::move(body), {{"ETag", std::move(tag)}}};
+}
+
+bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
+{
+    if (request.ifMatch.empty())
+    {
+        return true;
+    }
+    auto const isNamed = [&](bool wantsSchema) {
+        std::string const body = JsonText::Write(reader.Read(request.path, wantsSchema));
+        return EntityTag::IsNamed(request.ifMatch, EntityTag::Of(body));
+    };
+    return isNamed(false) || isNamed(true); // a client may have read either
+}
+
+void ResourceRequestProcessor::KeepBefore(Request const& request, ResourceLocks::Pass& pass) const
+{
+    try
+    {
+        std::string const head = Place::Of(request.path).HeadPath();
+        pass.ShowBefore(std::make_shared<Json const>(reader.Read(head, false)));
+    }
+    catch (std::exception const&) // there is none: who reads meanwhile has to wait
+    {
+    }
+}
+
+} // namespace ZuRest

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "ZuRest/Answer.h"
+#include "ZuRest/DocumentReader.h"
+#include "ZuRest/Request.h"
+#include "ZuRest/RequestProcessor.h"
+#include "ZuRest/ResourceLocks.h"
+#include "ZuRest/ResourceRouter.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace ZuRest
+{
+
+class IStreamReceiver;
+class OpenStream;
+
+/// Turns requests into answers: the one place that knows both the resources and how they look on the wire.
+///
+/// It has no thread and no socket. Any thread may call, several at once. Who may run beside whom: ResourceLocks; each
+/// change of a document keeps the place's document from before it for those who read meanwhile.
+class ZUPLATFORM_API ResourceRequestProcessor final : public RequestProcessor
+{
+public:
+    /// The answer, and for a stream that has begun, the stream, which ends with its object.
+    struct Outcome
+    {
+        Answer answer;
+        std::unique_ptr<OpenStream> stream;
+    };
+
+    /// Runs a piece of work, now or later, on any thread.
+    using Runner = std::function<void(std::function<void()>)>;
+
+    /// Makes the receiver of a stream that is about to begin. It outlives the stream. `isState` tells that each report stands
+    /// for all before it, so that a slow reader needs the newest alone.
+    using ReceiverMaker = std::function<IStreamReceiver&(bool isState)>;
+
+    /// `relationTemplate` as for DocumentReader. The router outlives this.
+    explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate = {});
+    ~ResourceRequestProcessor() override;
+
+    ResourceRequestProcessor(ResourceRequestProcessor const&) = delete;
+    ResourceRequestProcessor& operator=(ResourceRequestProcessor const&) = delete;
+
+    /// A read from inside the process: it waits for no request that waits itself, so that a protocol gets its answer while
+    /// it is being started, also of what its own start is a change of.
+    nlohmann::json Read(std::string const& path, nlohmann::json const& request, std::string const& query) override;
+
+    /// Waits for its turn and gives the answer; throws nothing that a resource throws.
+    Outcome Process(Request const& request, ReceiverMaker const& makeReceiver = {});
+
+    /// Has it carried out by `run` when its turn has come, without holding up a thread until then; `done` gets what came of
+    /// it, on the thread that carried it out. This and `run` stand until then.
+    void ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
+                      std::function<void(Outcome)> done);
+
+private:
+    Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
+    Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
+    Outcome Get(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
+    Outcome Stream(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
+    Answer Change(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
+    Answer Update(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
+    Answer Call(Request const& request, ResourceRouter::Match const& match);
+    Answer ShowDocument(Request const& request) const;
+    bool IsPreconditionMet(Request const& request) const;
+    void KeepBefore(Request const& request, ResourceLocks::Pass& pass) const;
+
+    ResourceRouter const& router;
+    ResourceLocks locks;
+    DocumentReader const reader;
+    std::shared_ptr<std::mutex> const streamLock;
+};
+
+} // namespace ZuRest

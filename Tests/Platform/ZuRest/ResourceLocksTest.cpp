@@ -1,0 +1,156 @@
+#include "ZuRest/ResourceLocks.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <thread>
+
+namespace ZuRest
+{
+
+namespace
+{
+
+using Mode = ResourceLocks::Mode;
+
+} // namespace
+
+class ResourceLocksTest : public testing::Test
+{
+protected:
+    void Enter(std::string const& name, std::string const& path, Mode mode)
+    {
+        locks.Enter(Place::Of(path), mode, [this, name](auto pass) { running[name] = std::move(pass); });
+    }
+
+    void Leave(std::string const& name)
+    {
+        auto const pass = running.extract(name); // ends outside of the map, which those who come change
+    }
+
+    bool Runs(std::string const& name) const
+    {
+        return running.contains(name);
+    }
+
+    ResourceLocks locks;
+    std::map<std::string, std::shared_ptr<ResourceLocks::Pass>> running;
+};
+
+TEST_F(ResourceLocksTest, LetsReadsOfOnePlaceRunSideBySide)
+{
+    Enter("a", "/controls/x", Mode::READ);
+    Enter("b", "/controls/x/outputs", Mode::READ);
+
+    EXPECT_TRUE(Runs("a") && Runs("b"));
+}
+
+TEST_F(ResourceLocksTest, LetsAChangeRunAlone)
+{
+    Enter("read", "/controls/x", Mode::READ);
+    Enter("change", "/controls/x/outputs", Mode::CHANGE);
+    Enter("later", "/controls/x", Mode::READ);
+    EXPECT_FALSE(Runs("change") || Runs("later"));
+
+    Leave("read");
+    EXPECT_TRUE(Runs("change"));
+    EXPECT_FALSE(Runs("later"));
+
+    Leave("change");
+    EXPECT_TRUE(Runs("later"));
+}
+
+TEST_F(ResourceLocksTest, KnowsAPlaceHoweverItsPathIsEncoded)
+{
+    Enter("change", "/controls/x", Mode::CHANGE);
+    Enter("read", "/control%73/%78/outputs", Mode::READ);
+
+    EXPECT_FALSE(Runs("read"));
+}
+
+TEST_F(ResourceLocksTest, HoldsNobodyUpWhoAsksForAnotherPlace)
+{
+    Enter("change", "/controls/x", Mode::CHANGE);
+    Enter("other", "/controls/y", Mode::READ);
+    Enter("list", "/controls", Mode::READ);
+    Enter("job", "/jobs/x", Mode::CHANGE);
+
+    EXPECT_TRUE(Runs("other") && Runs("list") && Runs("job"));
+}
+
+TEST_F(ResourceLocksTest, RunsTheChangesOfATreeOneAtATime)
+{
+    Enter("first", "/controls/x", Mode::CHANGE);
+    Enter("second", "/controls/y", Mode::CHANGE);
+    Enter("read", "/controls/y", Mode::READ);
+    EXPECT_FALSE(Runs("second"));
+    EXPECT_TRUE(Runs("read")) << "a change that could not run yet held up a read";
+
+    Leave("first");
+    EXPECT_FALSE(Runs("second"));
+    Leave("read");
+    EXPECT_TRUE(Runs("second"));
+}
+
+TEST_F(ResourceLocksTest, CallsThoseWhoWaitInTheOrderOfArrival)
+{
+    Enter("first", "/controls/x", Mode::CHANGE);
+    Enter("second", "/controls/x", Mode::CHANGE);
+    Enter("third", "/controls/x", Mode::CHANGE);
+
+    Leave("first");
+    EXPECT_TRUE(Runs("second"));
+    EXPECT_FALSE(Runs("third"));
+}
+
+TEST_F(ResourceLocksTest, LetsAReadFromTheInsidePassThoseWhoWait)
+{
+    Enter("read", "/controls/x", Mode::READ);
+    Enter("change", "/controls/x", Mode::CHANGE);
+
+    auto const inner = locks.EnterInner(Place::Of("/controls/x"), true, 0);
+
+    EXPECT_NE(inner.pass, nullptr);
+    EXPECT_EQ(inner.before, nullptr);
+    Leave("read");
+    EXPECT_FALSE(Runs("change"));
+}
+
+TEST_F(ResourceLocksTest, ShowsWhatWasBeforeTheChangeThatRuns)
+{
+    Enter("change", "/controls/x", Mode::CHANGE);
+    auto const before = std::make_shared<nlohmann::json const>("before");
+    running.at("change")->ShowBefore(before);
+
+    EXPECT_EQ(locks.EnterInner(Place::Of("/controls/x"), true, 0).before, before);
+    auto const refused = locks.EnterInner(Place::Of("/controls/x/outputs"), false, 0);
+    EXPECT_TRUE(refused.before == nullptr && refused.pass == nullptr);
+    Leave("change");
+    EXPECT_NE(locks.EnterInner(Place::Of("/controls/x"), true, 0).pass, nullptr);
+}
+
+TEST_F(ResourceLocksTest, LetsAReadFromTheInsideWaitForAChange)
+{
+    Enter("change", "/controls/x", Mode::CHANGE);
+    std::shared_ptr<ResourceLocks::Pass> pass;
+    std::thread reader([&] { pass = locks.EnterInner(Place::Of("/controls/x"), false, 30'000'000).pass; });
+
+    Leave("change");
+    reader.join();
+
+    EXPECT_NE(pass, nullptr);
+}
+
+TEST_F(ResourceLocksTest, GoesOnBehindOneWhoThrows)
+{
+    Enter("first", "/controls/x", Mode::CHANGE);
+    locks.Enter(Place::Of("/controls/x"), Mode::CHANGE, [](auto) { throw std::runtime_error("no thread for it"); });
+    Enter("third", "/controls/x", Mode::CHANGE);
+
+    Leave("first");
+
+    EXPECT_TRUE(Runs("third"));
+}
+
+} // namespace ZuRest

@@ -1,0 +1,487 @@
+#include "ZuRest/ResourceRequestProcessor.h"
+
+#include "Platform/ZuRest/FakeResource.h"
+#include "Support/ExpectException.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+#include "ZuRest/OpenStream.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <thread>
+
+namespace ZuRest
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+using ZuTest::FakeResource;
+
+class KeepingReceiver final : public IStreamReceiver
+{
+public:
+    void Receive(Json const& report) override
+    {
+        reports.push_back(report);
+    }
+
+    std::vector<Json> reports;
+};
+
+std::string HeaderOf(Answer const& answer, std::string const& name)
+{
+    for (auto const& [key, value] : answer.headers)
+    {
+        if (key == name)
+        {
+            return value;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+class ResourceRequestProcessorTest : public testing::Test
+{
+protected:
+    ~ResourceRequestProcessorTest() override
+    {
+        router.Deregister("/", true);
+    }
+
+    FakeResource& Place(std::string const& route)
+    {
+        router.Register(route, resources[route]);
+        return resources[route];
+    }
+
+    Answer Send(std::string const& method, std::string const& path, std::string const& body = {})
+    {
+        Request request;
+        request.method = method;
+        request.path = path.substr(0, path.find('?'));
+        request.query = path.substr(std::min(request.path.size() + 1, path.size()));
+        request.body = body;
+        return processor.Process(request).answer;
+    }
+
+    Json Get(std::string const& path)
+    {
+        Answer const answer = Send("GET", path);
+        EXPECT_EQ(answer.status, 200U) << answer.body;
+        EXPECT_EQ(answer.contentType, "application/hal+json");
+        return Json::parse(answer.body);
+    }
+
+    void ExpectProblem(Answer const& answer, std::string const& expected)
+    {
+        EXPECT_EQ(answer.contentType, "application/problem+json");
+        EXPECT_EQ(Json::parse(answer.body), Json::parse(expected)) << answer.body;
+        EXPECT_EQ(Json::parse(answer.body).at("status"), answer.status);
+    }
+
+    std::map<std::string, FakeResource> resources;
+    ResourceRouter router;
+    ResourceRequestProcessor processor{router, "/relations/{rel}"};
+};
+
+TEST_F(ResourceRequestProcessorTest, ShowsADocumentWithItsOwnAddress)
+{
+    Place("/controls/:protocol").document = [](RequestInfo const& request, ResponseInfo&) {
+        return Json{{"id", *request.FindKey("protocol")}, {"schema", request.wantsSchema}};
+    };
+
+    EXPECT_EQ(Get("/controls/a%20b?x=1"),
+              Json::parse(R"({"id": "a b", "schema": false, "_links": {"self": {"href": "/controls/a%20b"}}})"));
+    EXPECT_EQ(Get("/controls/x?y&schema=true&z=").at("schema"), true);
+    EXPECT_EQ(Get("/controls/x?schema=false").at("schema"), false);
+}
+
+TEST_F(ResourceRequestProcessorTest, LinksAndEmbedsWhatTheResourceNames)
+{
+    Place("/part/:number").document = [](RequestInfo const& request, ResponseInfo& response) {
+        response.Link("up", "/whole", false, nullptr);
+        return Json{{"number", *request.FindKey("number")}};
+    };
+    Place("/whole").document = [](RequestInfo const&, ResponseInfo& response) {
+        response.Embed("item", "/part/1", true, nullptr);
+        response.Link("zu:command", "/whole/commands/a", true, Json{{"title", "A"}});
+        response.Embed("zu:first", "/part/1", false, nullptr);
+        response.Link("help", "/help", false, nullptr);
+        return Json(); // a resource of links alone may have none
+    };
+
+    EXPECT_EQ(Get("/whole"), Json::parse(R"({
+        "_links": {
+            "self": {"href": "/whole"},
+            "zu:command": [{"href": "/whole/commands/a", "title": "A"}],
+            "help": {"href": "/help"},
+            "curies": [{"name": "zu", "href": "/relations/{rel}", "templated": true}]},
+        "_embedded": {
+            "item": [{"number": "1", "_links": {"self": {"href": "/part/1"}, "up": {"href": "/whole"}}}],
+            "zu:first": {"number": "1", "_links": {"self": {"href": "/part/1"}, "up": {"href": "/whole"}}}}})"));
+}
+
+TEST_F(ResourceRequestProcessorTest, ShowsWhyAnEmbeddedResourceCannotBeRead)
+{
+    Place("/broken").document = [](RequestInfo const&, ResponseInfo&) -> Json {
+        ZU_THROW(Zu::Status::WRONG_STATE, "Undefined protocol status:9");
+    };
+    Place("/round").document = [](RequestInfo const&, ResponseInfo& response) {
+        response.Embed("item", "/broken", true, nullptr);
+        response.Embed("item", "/nowhere", true, nullptr);
+        response.Embed("item", "/round", true, nullptr);
+        return Json{{"whole", true}};
+    };
+
+    Json const shown = Get("/round");
+
+    Json const& items = shown.at("_embedded").at("item");
+    EXPECT_EQ(items.at(0), Json::parse(R"({"_links": {"self": {"href": "/broken"}}, "problem":
+        {"title": "Conflict", "status": 409, "detail": "Undefined protocol status:9", "code": -1000}})"));
+    EXPECT_EQ(items.at(1).at("problem").at("status"), 404);
+    EXPECT_EQ(items.at(2), Json::parse(R"({"_links": {"self": {"href": "/round"}}})"));
+}
+
+TEST_F(ResourceRequestProcessorTest, AnswersAnUpdateWithTheDocumentAsItNowReads)
+{
+    Json kept{{"a", 1}};
+    FakeResource& resource = Place("/thing");
+    resource.document = [&kept](RequestInfo const&, ResponseInfo&) { return kept; };
+    resource.update = [&kept](RequestInfo const&, Json const& body) { kept.update(body); };
+
+    EXPECT_EQ(Json::parse(Send("PUT", "/thing", R"({"a": 2})").body).at("a"), 2);
+    Answer const patched = Send("PATCH", "/thing", R"({"b": 3})");
+
+    EXPECT_EQ(patched.status, 200U);
+    EXPECT_EQ(Json::parse(patched.body), Json::parse(R"({"a": 2, "b": 3, "_links": {"self": {"href": "/thing"}}})"));
+    EXPECT_EQ(Send("PUT", "/thing", "").status, 400U);
+    EXPECT_EQ(Send("PUT", "/thing", "{").status, 400U);
+    EXPECT_EQ(kept, Json::parse(R"({"a": 2, "b": 3})"));
+}
+
+TEST_F(ResourceRequestProcessorTest, CallsWithTheBodyAndAnswersWithTheResult)
+{
+    std::vector<Json> bodies;
+    Place("/call/:id").invoke = [&](RequestInfo const& request, Json const& body) {
+        bodies.push_back(body);
+        return *request.FindKey("id") == "null" ? Json() : Json{{"done", true}};
+    };
+
+    Answer const answered = Send("POST", "/call/x", R"({"a": 1})");
+    Answer const silent = Send("POST", "/call/null");
+
+    EXPECT_EQ(answered.status, 200U);
+    EXPECT_EQ(answered.body, R"({"done":true})");
+    EXPECT_EQ(silent.status, 204U);
+    EXPECT_EQ(silent.body, "");
+    EXPECT_EQ(bodies, (std::vector<Json>{Json{{"a", 1}}, Json::object()}));
+}
+
+TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
+{
+    FakeResource& thing = Place("/thing");
+    thing.Show(Json::object());
+    FakeResource& command = Place("/command");
+    command.Show(Json::object());
+    command.invoke = [](RequestInfo const&, Json const&) -> Json { ZU_THROW(Zu::Status::NOT_UPDATABLE); };
+
+    Answer const options = Send("OPTIONS", "/command");
+    EXPECT_EQ(options.status, 204U);
+    EXPECT_EQ(HeaderOf(options, "Allow"), "GET, HEAD, PUT, PATCH, POST, OPTIONS");
+    Answer const unknown = Send("DELETE", "/thing");
+    EXPECT_EQ(HeaderOf(unknown, "Allow"), "GET, HEAD, PUT, PATCH, OPTIONS");
+    ExpectProblem(unknown, R"({"title": "Method Not Allowed", "status": 405, "code": -983,
+        "detail": "The resource at /thing does not know the method DELETE."})");
+    EXPECT_EQ(Send("POST", "/thing").status, 405U);
+    Answer const fixed = Send("PUT", "/thing", "{}");
+    EXPECT_EQ(HeaderOf(fixed, "Allow"), "GET, HEAD, OPTIONS");
+    ExpectProblem(fixed, R"({"title": "Method Not Allowed", "status": 405, "code": -983,
+        "detail": "PUT of /thing failed: its document cannot be changed."})");
+    EXPECT_EQ(HeaderOf(Send("POST", "/command"), "Allow"), "GET, HEAD, PUT, PATCH, POST, OPTIONS");
+    EXPECT_EQ(Send("OPTIONS", "/nowhere").status, 404U);
+}
+
+TEST_F(ResourceRequestProcessorTest, AnswersHeadAsGet)
+{
+    Place("/thing").Show(Json{{"a", 1}});
+
+    Answer const head = Send("HEAD", "/thing");
+
+    EXPECT_EQ(head.body, Send("GET", "/thing").body);
+    EXPECT_EQ(Send("HEAD", "/nowhere").status, 404U);
+}
+
+TEST_F(ResourceRequestProcessorTest, TellsOneStateOfADocumentFromAnother)
+{
+    Json kept{{"a", 1}};
+    FakeResource& resource = Place("/thing");
+    resource.document = [&kept](RequestInfo const& request, ResponseInfo&) {
+        Json shown = kept;
+        if (request.wantsSchema)
+        {
+            shown["_schema"] = "x";
+        }
+        return shown;
+    };
+    resource.update = [&kept](RequestInfo const&, Json const& body) { kept = body; };
+    Request put;
+    put.method = "PUT";
+    put.path = "/thing";
+    put.body = R"({"a": 2})";
+    Request get;
+    get.path = "/thing";
+
+    put.ifMatch = "\"stale\", \"older\"";
+    EXPECT_EQ(processor.Process(put).answer.status, 412U);
+    EXPECT_EQ(kept.at("a"), 1);
+
+    std::string const schemaTag = HeaderOf(Send("GET", "/thing?schema=true"), "ETag");
+    get.ifNoneMatch = HeaderOf(Send("GET", "/thing"), "ETag");
+    EXPECT_NE(schemaTag, get.ifNoneMatch);
+    EXPECT_EQ(processor.Process(get).answer.status, 304U);
+    put.ifMatch = "\"stale\", " + schemaTag;
+    Answer const changed = processor.Process(put).answer;
+    EXPECT_EQ(changed.status, 200U);
+    EXPECT_EQ(kept.at("a"), 2);
+    EXPECT_EQ(processor.Process(get).answer.status, 200U);
+    EXPECT_EQ(HeaderOf(Send("GET", "/thing"), "ETag"), HeaderOf(changed, "ETag"));
+    put.ifMatch = "*";
+    EXPECT_EQ(processor.Process(put).answer.status, 200U);
+}
+
+TEST_F(ResourceRequestProcessorTest, TurnsEachStatusIntoOneOfHttp)
+{
+    FakeResource& resource = Place("/thing");
+    std::map<int32, uint32> const table{{-999, 404}, {-996, 404}, {-984, 400}, {-989, 400}, {-997, 422},  {-992, 422},
+                                        {-987, 409}, {-980, 409}, {-977, 409}, {-998, 409}, {-1000, 409}, {-982, 403},
+                                        {-976, 503}, {-993, 504}, {0, 500},    {-1, 500}};
+    for (auto const& row : table)
+    {
+        int32 const status = row.first;
+        resource.document = [status](RequestInfo const&, ResponseInfo&) -> Json { ZU_THROW(status, "why"); };
+        Answer const answer = Send("GET", "/thing");
+        EXPECT_EQ(answer.status, row.second) << status;
+        EXPECT_EQ(Json::parse(answer.body).at("code"), status);
+        EXPECT_EQ(Json::parse(answer.body).at("detail"), "why");
+        EXPECT_EQ(HeaderOf(answer, "Retry-After"), row.second == 503U ? "1" : "");
+        resource.document = [status](RequestInfo const&, ResponseInfo&) -> Json { ZU_THROW(status); };
+        std::string const plain = Json::parse(Send("GET", "/thing").body).at("detail").get<std::string>();
+        EXPECT_TRUE(plain.starts_with("GET of /thing failed: ") && plain.ends_with('.')) << plain;
+    }
+}
+
+TEST_F(ResourceRequestProcessorTest, TellsTheCausesFromTheOutsideIn)
+{
+    Place("/thing").document = [](RequestInfo const&, ResponseInfo&) -> Json {
+        try
+        {
+            try
+            {
+                ZU_THROW(Zu::Status::FULL);
+            }
+            catch (std::exception const&)
+            {
+                ZU_THROW_NESTED("inner");
+            }
+        }
+        catch (std::exception const&)
+        {
+            ZU_THROW_NESTED("outer");
+        }
+    };
+
+    ExpectProblem(Send("GET", "/thing"),
+                  R"({"title": "Conflict", "status": 409, "detail": "outer", "code": -977, "causes": ["inner"]})");
+}
+
+TEST_F(ResourceRequestProcessorTest, TakesAJsonExceptionForTheClientsFault)
+{
+    FakeResource& resource = Place("/thing");
+    resource.Show(Json::object());
+    resource.update = [](RequestInfo const&, Json const& body) {
+        try
+        {
+            static_cast<void>(body.at("a").get<std::string>());
+        }
+        catch (std::exception const&)
+        {
+            ZU_THROW_NESTED("The thing cannot be changed");
+        }
+    };
+
+    Json const problem = Json::parse(Send("PUT", "/thing", R"({"a": 1})").body);
+
+    EXPECT_EQ(problem.at("status"), 400);
+    EXPECT_EQ(problem.at("detail"), "The thing cannot be changed");
+    EXPECT_NE(problem.at("causes").at(0).get<std::string>().find("type must be string, but is number"),
+              std::string::npos);
+}
+
+TEST_F(ResourceRequestProcessorTest, SurvivesWhatIsNoExceptionOfOurs)
+{
+    ZuTest::LogRecorder log;
+    FakeResource& resource = Place("/thing");
+
+    resource.document = [](RequestInfo const&, ResponseInfo&) -> Json {
+        throw std::out_of_range("invalid map<K, T> key");
+    };
+    ExpectProblem(Send("GET", "/thing"), R"({"title": "Internal Server Error", "status": 500,
+        "detail": "invalid map<K, T> key", "code": 0})");
+    resource.document = [](RequestInfo const&, ResponseInfo&) -> Json { throw 5; };
+    EXPECT_EQ(Send("GET", "/thing").status, 500U);
+
+    EXPECT_EQ(log.CountOfText("Request GET /thing failed"), 2U);
+}
+
+TEST_F(ResourceRequestProcessorTest, ReadsFromTheInsideAsAClientWould)
+{
+    Place("/thing").document = [](RequestInfo const& request, ResponseInfo&) {
+        return Json{{"schema", request.wantsSchema}};
+    };
+
+    EXPECT_EQ(processor.Read("/thing", nullptr, ""), Get("/thing"));
+    EXPECT_EQ(processor.Read("/thing", nullptr, "schema=true").at("schema"), true);
+    ZuTest::ExpectException(-999, "There is no resource at /nowhere.",
+                            [&] { processor.Read("/nowhere", nullptr, ""); });
+}
+
+TEST_F(ResourceRequestProcessorTest, AnswersAProtocolThatReadsWhileItIsBeingStarted)
+{
+    std::string state = "stopped";
+    FakeResource& list = Place("/controls");
+    list.document = [](RequestInfo const&, ResponseInfo& response) {
+        response.Embed("item", "/controls/x", true, nullptr);
+        response.Embed("item", "/controls/y", true, nullptr);
+        return Json::object();
+    };
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.document = [&](RequestInfo const& request, ResponseInfo&) {
+        return *request.FindKey("protocol") == "x" ? Json{{"state", state}} : Json{{"other", true}};
+    };
+    Json own;
+    Json all;
+    protocol.update = [&](RequestInfo const&, Json const&) {
+        state = "starting";
+        std::thread worker([&] { // the protocol's own start waits for it
+            own = processor.Read("/controls/x", nullptr, "");
+            all = processor.Read("/controls", nullptr, "");
+        });
+        worker.join();
+        state = "running";
+    };
+
+    Json const after = Json::parse(Send("PUT", "/controls/x", "{}").body);
+
+    EXPECT_EQ(after.at("state"), "running");
+    EXPECT_EQ(own.at("state"), "stopped") << "what is being changed shows as it was";
+    EXPECT_EQ(all.at("_embedded").at("item").at(0).at("state"), "stopped");
+    EXPECT_EQ(all.at("_embedded").at("item").at(1).at("other"), true);
+}
+
+TEST_F(ResourceRequestProcessorTest, LetsAChangeRunAloneAndOthersNotWaitForIt)
+{
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.Show(Json::object());
+    ZuTest::Latch started;
+    ZuTest::Latch finish;
+    protocol.update = [&](RequestInfo const&, Json const&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+    };
+    std::thread changer([&] { Send("PUT", "/controls/x", "{}"); });
+    EXPECT_TRUE(started.Wait());
+
+    bool isRead = false;
+    std::function<void()> work;
+    Request read;
+    read.path = "/controls/x";
+    processor.ProcessLater(
+        read, {}, [&](std::function<void()> next) { next(); }, [&](auto) { isRead = true; });
+    EXPECT_FALSE(isRead);
+    EXPECT_EQ(Send("GET", "/controls/y").status, 200U);
+
+    finish.Open();
+    changer.join();
+    EXPECT_TRUE(isRead);
+}
+
+TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
+{
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.Show(Json::object());
+    protocol.update = [](RequestInfo const&, Json const&) { ZU_THROW(Zu::Status::BUSY, "The port is taken"); };
+
+    EXPECT_EQ(Send("PUT", "/controls/x", "{}").status, 503U);
+
+    EXPECT_EQ(Send("GET", "/controls/x").status, 200U);
+    EXPECT_EQ(Send("PUT", "/controls/x", "{}").status, 503U);
+}
+
+TEST_F(ResourceRequestProcessorTest, DropsARequestThatNobodyWaitsForAnyMore)
+{
+    FakeResource& thing = Place("/thing");
+    thing.invoke = [](RequestInfo const&, Json const&) -> Json {
+        ADD_FAILURE() << "was called";
+        return {};
+    };
+    Request call;
+    call.method = "POST";
+    call.path = "/thing";
+    call.isWanted = [] { return false; };
+
+    EXPECT_EQ(processor.Process(call).answer.status, 503U);
+}
+
+TEST_F(ResourceRequestProcessorTest, OpensAStreamAndStopsItWithItsObject)
+{
+    FakeResource& thing = Place("/thing");
+    thing.Show(Json{{"a", 1}});
+    thing.isStreamable = true;
+    std::vector<uint32> heard;
+    thing.StartEvent().Add([&heard](uint32 id) { heard.push_back(id); });
+    KeepingReceiver receiver;
+    Request request;
+    request.path = "/thing";
+    request.accept = "text/event-stream";
+    bool isState = false;
+
+    auto outcome = processor.Process(request, [&](bool given) -> IStreamReceiver& {
+        isState = given;
+        return receiver;
+    });
+
+    EXPECT_EQ(outcome.answer.contentType, "text/event-stream");
+    EXPECT_TRUE(isState);
+    EXPECT_EQ(heard, std::vector<uint32>{0});
+    ASSERT_EQ(thing.receivers, std::vector<IStreamReceiver*>{&receiver});
+    outcome.stream.reset();
+    EXPECT_EQ(thing.receivers, std::vector<IStreamReceiver*>{nullptr});
+    EXPECT_EQ(Get("/thing").at("a"), 1) << "a document is there beside the stream";
+}
+
+TEST_F(ResourceRequestProcessorTest, StreamsWhatHasNoDocumentWhateverIsAskedFor)
+{
+    Place("/events").isStreamable = true;
+    KeepingReceiver receiver;
+    Request request;
+    request.path = "/events";
+    bool isState = true;
+
+    auto const outcome = processor.Process(request, [&](bool given) -> IStreamReceiver& {
+        isState = given;
+        return receiver;
+    });
+
+    EXPECT_NE(outcome.stream, nullptr);
+    EXPECT_FALSE(isState);
+    request.method = "HEAD";
+    EXPECT_EQ(processor.Process(request).stream, nullptr);
+    EXPECT_EQ(Send("GET", "/events").status, 404U) << "nobody takes its reports";
+}
+
+} // namespace ZuRest
