@@ -1,0 +1,77 @@
+#include "ZuApi/SharedCallbackGate.h"
+
+#include "wApi/wCondition.h"
+
+#include <mutex>
+
+namespace Zu
+{
+
+struct SharedCallbackGate::State
+{
+    std::mutex lock; // a leaf, never held during a call; guards what follows
+    wCondition left;
+    bool open = true;
+    uint64 running = 0;
+};
+
+namespace
+{
+
+/// The passage that this thread entered last, as the address of an object that only its own class looks into.
+thread_local void const* innermost = nullptr;
+
+} // namespace
+
+SharedCallbackGate::SharedCallbackGate() : state(std::make_shared<State>())
+{
+}
+
+SharedCallbackGate::~SharedCallbackGate()
+{
+    Close();
+}
+
+void SharedCallbackGate::Close() noexcept
+{
+    uint64 const own = Passage::CountOnThisThread(*state);
+    std::unique_lock guard(state->lock);
+    state->open = false;
+    state->left.WaitUntil(guard, wTIMEOUT_INFINITE, [this, own] { return state->running == own; });
+}
+
+SharedCallbackGate::Passage::Passage(State& passedState) noexcept
+    : state(passedState), outer(static_cast<Passage const*>(innermost))
+{
+    std::scoped_lock const guard(state.lock);
+    granted = state.open;
+    if (granted)
+    {
+        ++state.running;
+        innermost = this;
+    }
+}
+
+SharedCallbackGate::Passage::~Passage()
+{
+    if (!granted)
+    {
+        return;
+    }
+    innermost = outer;
+    std::scoped_lock const guard(state.lock);
+    --state.running;
+    state.left.NotifyAll();
+}
+
+uint64 SharedCallbackGate::Passage::CountOnThisThread(State const& passedState) noexcept
+{
+    uint64 count = 0;
+    for (auto const* passage = static_cast<Passage const*>(innermost); passage != nullptr; passage = passage->outer)
+    {
+        count += &passage->state == &passedState ? 1u : 0u;
+    }
+    return count;
+}
+
+} // namespace Zu
