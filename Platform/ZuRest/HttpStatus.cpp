@@ -1,6 +1,6 @@
 #include "ZuRest/HttpStatus.h"
 
-#include "ZuApi/Status.h"
+#include "wApi/wStatus.h"
 
 #include <algorithm>
 #include <array>

@@ -182,7 +182,12 @@ ResourceLocks::ResourceLocks() : state(std::make_shared<State>())
 {
 }
 
-ResourceLocks::~ResourceLocks() = default;
+ResourceLocks::~ResourceLocks()
+{
+    std::list<State::Waiting> forgotten; // ends when the lock is free: what was waiting may hold anything
+    std::scoped_lock const guard(state->lock);
+    forgotten.swap(state->waiting);
+}
 
 void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
 {

@@ -1,6 +1,6 @@
 #include "ZuRest/DocumentResourceBase.h"
 
-#include "Support/ExpectException.h"
+#include "Support/Refusal.h"
 #include "ZuApi/Params/Array.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
@@ -13,6 +13,9 @@
 
 namespace ZuRest
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 namespace
 {
@@ -149,8 +152,8 @@ TEST(DocumentResourceBase, RefusesUpdatesWithoutAText)
 {
     PairResource resource;
 
-    ZuTest::ExpectException(-983, "",
-                            [&] { resource.UpdateDocument(RequestInfo("/pair", {}, false), Json::object()); });
+    EXPECT_EQ(RefusalOf([&] { resource.UpdateDocument(RequestInfo("/pair", {}, false), Json::object()); }),
+              (Refusal{-983, ""}));
 }
 
 } // namespace ZuRest

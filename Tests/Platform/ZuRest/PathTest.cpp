@@ -1,11 +1,14 @@
 #include "ZuRest/Path.h"
 
-#include "Support/ExpectException.h"
+#include "Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
 namespace ZuRest
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 TEST(Path, FillsTheKeysInOrder)
 {
@@ -27,8 +30,8 @@ TEST(Path, EscapesWhatASegmentCannotHold)
 
 TEST(Path, RefusesAnotherNumberOfValues)
 {
-    ZuTest::ExpectException(-997, "'/a/:b' does not take 0 values", [] { Path::Format("/a/:b", {}); });
-    ZuTest::ExpectException(-997, "'/a/:b' does not take 2 values", [] { Path::Format("/a/:b", {"1", "2"}); });
+    EXPECT_EQ(RefusalOf([] { Path::Format("/a/:b", {}); }), (Refusal{-997, "'/a/:b' does not take 0 values"}));
+    EXPECT_EQ(RefusalOf([] { Path::Format("/a/:b", {"1", "2"}); }), (Refusal{-997, "'/a/:b' does not take 2 values"}));
 }
 
 } // namespace ZuRest

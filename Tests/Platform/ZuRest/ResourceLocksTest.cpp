@@ -34,8 +34,8 @@ protected:
         return running.contains(name);
     }
 
+    std::map<std::string, std::shared_ptr<ResourceLocks::Pass>> running; // passes may outlive the locks
     ResourceLocks locks;
-    std::map<std::string, std::shared_ptr<ResourceLocks::Pass>> running;
 };
 
 TEST_F(ResourceLocksTest, LetsReadsOfOnePlaceRunSideBySide)
@@ -140,6 +140,20 @@ TEST_F(ResourceLocksTest, LetsAReadFromTheInsideWaitForAChange)
     reader.join();
 
     EXPECT_NE(pass, nullptr);
+}
+
+TEST(ResourceLocks, ForgetsThoseWhoWaitWhenItEnds)
+{
+    auto gone = std::make_unique<ResourceLocks>();
+    std::shared_ptr<ResourceLocks::Pass> running;
+    bool isCalled = false;
+    gone->Enter(Place::Of("/a"), Mode::CHANGE, [&running](auto pass) { running = std::move(pass); });
+    gone->Enter(Place::Of("/a"), Mode::CHANGE, [&isCalled](auto) { isCalled = true; });
+
+    gone.reset();
+    running.reset();
+
+    EXPECT_FALSE(isCalled);
 }
 
 TEST_F(ResourceLocksTest, GoesOnBehindOneWhoThrows)

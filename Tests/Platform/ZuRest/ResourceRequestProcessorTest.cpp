@@ -1,9 +1,9 @@
 #include "ZuRest/ResourceRequestProcessor.h"
 
-#include "Platform/ZuRest/FakeResource.h"
-#include "Support/ExpectException.h"
+#include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "ZuRest/OpenStream.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +13,9 @@
 
 namespace ZuRest
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 namespace
 {
@@ -346,8 +349,8 @@ TEST_F(ResourceRequestProcessorTest, ReadsFromTheInsideAsAClientWould)
 
     EXPECT_EQ(processor.Read("/thing", nullptr, ""), Get("/thing"));
     EXPECT_EQ(processor.Read("/thing", nullptr, "schema=true").at("schema"), true);
-    ZuTest::ExpectException(-999, "There is no resource at /nowhere.",
-                            [&] { processor.Read("/nowhere", nullptr, ""); });
+    EXPECT_EQ(RefusalOf([&] { processor.Read("/nowhere", nullptr, ""); }),
+              (Refusal{-999, "There is no resource at /nowhere."}));
 }
 
 TEST_F(ResourceRequestProcessorTest, AnswersAProtocolThatReadsWhileItIsBeingStarted)
