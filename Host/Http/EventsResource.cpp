@@ -1,0 +1,60 @@
+#include "Host/Http/EventsResource.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuRest/IStreamReceiver.h"
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+
+namespace ZuHost
+{
+
+using ZuRest::EventType;
+using ZuRest::IResource;
+
+EventsResource::EventsResource() = default;
+
+EventsResource::~EventsResource()
+{
+    gate.Close();
+}
+
+void EventsResource::ListenTo(IResource& resource)
+{
+    resource.NotificationEvent().Add(gate.Bind(
+        std::function([this](IResource& /*source*/, EventType type, std::string const& path) { Tell(type, path); })));
+}
+
+ZuRest::IStreamableResource* EventsResource::StreamableProvider()
+{
+    return this;
+}
+
+uint32 EventsResource::StartStream(ZuRest::IStreamReceiver* receiver, ZuRest::RequestInfo const& /*request*/)
+{
+    std::scoped_lock const guard(lock);
+    receivers.emplace(nextId, receiver);
+    return nextId++;
+}
+
+void EventsResource::StopStream(uint32 streamId)
+{
+    std::scoped_lock const guard(lock);
+    if (receivers.erase(streamId) == 0)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT);
+    }
+}
+
+void EventsResource::Tell(EventType type, std::string const& path)
+{
+    nlohmann::json const report{{"type", static_cast<uint32>(type)}, {"path", path}};
+    std::scoped_lock const guard(lock);
+    for (auto const& [id, receiver] : receivers)
+    {
+        ZU_GUARD_BOUNDARY([&to = *receiver, &report] { to.Receive(report); }); // the others are to hear it all the same
+    }
+}
+
+} // namespace ZuHost

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+#include <memory>
+#include <string>
+
+namespace ZuRest
+{
+class ResourceRequestProcessor;
+}
+
+namespace ZuHost
+{
+
+/// The HTTP server of the host: it gives requests to the resources and what they answer to the clients.
+///
+/// One I/O thread serves every client, none of which can hold up another; four workers run the resources. All that a client
+/// can make it hold is bounded: connections, headers, bodies, what waits for a slow reader, and the time of each phase.
+/// Ownership: the processor and the resources behind it outlive the server. The operations belong to one thread at a time.
+class HttpServer final
+{
+public:
+    static constexpr uint32 MAX_HEADER_BYTES = 16 * 1024;
+    static constexpr uint64 MAX_BODY_BYTES = 1024 * 1024;
+
+    struct Settings
+    {
+        std::string address = "127.0.0.1"; ///< of this machine, as a number: IPv4 or IPv6
+        uint16 port = 8080;                ///< 0 takes a free one
+        std::string token;                 ///< asked for on everything but GET /health; empty: nothing is asked for
+        uint64 maxConnections = 512;       ///< one more is told so and closed
+
+        uint64 idleTimeoutUsec = 60'000'000;    ///< between two requests: the connection is closed
+        uint64 requestTimeoutUsec = 10'000'000; ///< for the headers, and again for the body: 408
+        uint64 answerTimeoutUsec = 60'000'000;  ///< for the resource: 503
+        uint64 writeTimeoutUsec = 30'000'000;   ///< for a client to take what it is sent: the connection is closed
+        uint64 commentPeriodUsec = 15'000'000;  ///< a stream without news sends a comment so often
+        uint64 stopPatienceUsec = 5'000'000;    ///< what is under way may end within it when the server stops
+    };
+
+    explicit HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor);
+    ~HttpServer(); ///< stops
+
+    HttpServer(HttpServer const&) = delete;
+    HttpServer& operator=(HttpServer const&) = delete;
+
+    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's or
+    /// may not be used without a token, -976 for a port that is taken, 0 for another failure, each with a sentence. -1000
+    /// while it runs.
+    void Start(Settings const& settings);
+
+    /// Takes no more requests, lets those under way end, ends the streams and closes every connection. A resource that is
+    /// running is waited for. Nothing happens when it does not run. Not to be called by a resource.
+    void Stop() noexcept;
+
+    /// Where it listens, with the true port: "127.0.0.1:8080", "[::1]:8080". Empty while it does not run.
+    std::string Endpoint() const;
+
+    uint16 Port() const; ///< the true one; 0 while it does not run
+
+private:
+    class Core;
+    class Connection;
+
+    ZuRest::ResourceRequestProcessor& processor;
+    std::unique_ptr<Core> core; // while it runs
+};
+
+} // namespace ZuHost

@@ -1,0 +1,455 @@
+#include "Host/Http/HttpServer.h"
+
+#include "Host/Http/TestConnection.h"
+#include "Support/FakeResource.h"
+#include "Support/Latch.h"
+#include "Support/Refusal.h"
+#include "ZuRest/ResourceRequestProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <list>
+#include <map>
+#include <thread>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+using ZuTest::FakeResource;
+using ZuTest::Latch;
+using ZuTest::TestConnection;
+
+} // namespace
+
+class HttpServerTest : public testing::Test
+{
+protected:
+    HttpServerTest()
+    {
+        settings.port = 0;
+        Place("/thing").Show(Json{{"a", 1}});
+    }
+
+    ~HttpServerTest() override
+    {
+        server.Stop();
+        router.Deregister("/", true);
+    }
+
+    FakeResource& Place(std::string const& route)
+    {
+        router.Register(route, resources[route]);
+        return resources[route];
+    }
+
+    void Start()
+    {
+        server.Start(settings);
+    }
+
+    TestConnection& Connect()
+    {
+        return connections.emplace_back(server.Port());
+    }
+
+    /// The status of the answer to these bytes; 0 when the connection closes without one.
+    uint32 StatusOf(std::string const& bytes)
+    {
+        TestConnection client(server.Port());
+        client.Write(bytes);
+        auto const answer = client.ReadAnswer();
+        return answer.has_value() ? answer->status : 0;
+    }
+
+    std::map<std::string, FakeResource> resources;
+    ZuRest::ResourceRouter router;
+    ZuRest::ResourceRequestProcessor processor{router};
+    HttpServer::Settings settings;
+    HttpServer server{processor};
+    std::list<TestConnection> connections;
+};
+
+TEST_F(HttpServerTest, AnswersOneRequestAfterTheOther)
+{
+    Start();
+    TestConnection& client = Connect();
+
+    auto const first = client.Send("GET", "/thing?x=1");
+    auto const second = client.Send("GET", "/nowhere");
+    auto const third = client.Send("GET", "http://test/thing");
+
+    ASSERT_TRUE(first && second && third);
+    EXPECT_EQ(first->status, 200U);
+    EXPECT_TRUE(first->Has("Content-Type: application/hal+json")) << first->head;
+    EXPECT_EQ(Json::parse(first->body).at("a"), 1);
+    EXPECT_EQ(second->status, 404U);
+    EXPECT_TRUE(second->Has("Content-Type: application/problem+json"));
+    EXPECT_EQ(third->body, first->body);
+}
+
+TEST_F(HttpServerTest, AnswersWhatCameTogether)
+{
+    Start();
+    TestConnection& client = Connect();
+
+    client.Write("GET /thing HTTP/1.1\r\n\r\nGET /nowhere HTTP/1.1\r\n\r\nGET /thing HTTP/1.0\r\n\r\n");
+
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+    EXPECT_EQ(client.ReadAnswer()->status, 404U);
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+    EXPECT_TRUE(client.IsClosed());
+}
+
+TEST_F(HttpServerTest, GivesBodiesToTheResources)
+{
+    FakeResource& thing = resources["/thing"];
+    thing.invoke = [](ZuRest::RequestInfo const&, Json const& body) { return body.empty() ? Json() : body; };
+    Start();
+    TestConnection& client = Connect();
+
+    EXPECT_EQ(client.Send("POST", "/thing", R"({"b":[2]})")->body, R"({"b":[2]})");
+    auto const silent = client.Send("POST", "/thing");
+    EXPECT_EQ(silent->status, 204U);
+    EXPECT_EQ(silent->head.find("Content-Length"), std::string::npos);
+    client.Write("POST /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n3\r\n[1,\r\n2\r\n2]\r\n0\r\n\r\n");
+    EXPECT_EQ(client.ReadAnswer()->body, "[1,2]");
+    client.Write("POST /thing HTTP/1.1\r\nContent-Length: 3\r\nExpect: 100-continue\r\n\r\n");
+    EXPECT_EQ(client.ReadAnswer()->status, 100U);
+    client.Write("[7]");
+    EXPECT_EQ(client.ReadAnswer()->body, "[7]");
+}
+
+TEST_F(HttpServerTest, SendsNoBodyToHead)
+{
+    Start();
+    TestConnection& client = Connect();
+    std::string const body = client.Send("GET", "/thing")->body;
+
+    auto const head = client.Send("HEAD", "/thing");
+
+    EXPECT_TRUE(head->Has("Content-Length: " + std::to_string(body.size()))) << head->head;
+    EXPECT_EQ(client.Send("GET", "/thing")->body, body) << "bytes behind the head";
+}
+
+TEST_F(HttpServerTest, KnowsThePreconditions)
+{
+    Start();
+    TestConnection& client = Connect();
+    std::string const head = client.Send("GET", "/thing")->head;
+    std::size_t const at = head.find("ETag: ") + 6;
+    std::string const tag = head.substr(at, head.find("\r\n", at) - at);
+
+    EXPECT_EQ(client.Send("GET", "/thing", "", "If-None-Match: " + tag + "\r\n")->status, 304U);
+    EXPECT_EQ(client.Send("PUT", "/thing", "{}", "If-Match: \"other\"\r\n")->status, 412U);
+    auto const fixed = client.Send("PUT", "/thing", "{}", "If-Match: " + tag + "\r\n");
+    EXPECT_EQ(fixed->status, 405U);
+    EXPECT_TRUE(fixed->Has("Allow: GET, HEAD, OPTIONS"));
+}
+
+TEST_F(HttpServerTest, RefusesWhatIsTooLargeOrNoHttp)
+{
+    Start();
+
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nContent-Length: 1048577\r\n\r\n"), 413U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n100001\r\n" +
+                       std::string(0x100001, ' ') + "\r\n0\r\n\r\n"),
+              413U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nX: " + std::string(20'000, 'x') + "\r\n\r\n"), 431U);
+    EXPECT_EQ(StatusOf("GET /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n"), 431U);
+    EXPECT_EQ(StatusOf("\x16\x03\x01 hello\r\n\r\n"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/3.0\r\n\r\n"), 400U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nContent-Length: -1\r\n\r\n"), 400U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\n\r\n"), 200U) << "and goes on";
+}
+
+TEST_F(HttpServerTest, TakesNoAnswerForHalfARequest)
+{
+    Start();
+    TestConnection& silent = Connect();
+    silent.EndWriting();
+    TestConnection& half = Connect();
+    half.Write("GET /thing HTTP/1.1\r\nHos");
+    half.EndWriting();
+    TestConnection& whole = Connect();
+    whole.Write("GET /thing HTTP/1.1\r\n\r\n");
+    whole.EndWriting();
+
+    EXPECT_TRUE(silent.IsClosed());
+    EXPECT_EQ(half.ReadAnswer()->status, 400U);
+    EXPECT_EQ(whole.ReadAnswer()->status, 200U);
+    EXPECT_TRUE(whole.IsClosed());
+}
+
+TEST_F(HttpServerTest, DoesNotWaitForASlowClient)
+{
+    settings.requestTimeoutUsec = 200'000;
+    settings.idleTimeoutUsec = 400'000;
+    Start();
+    TestConnection& slowHeader = Connect();
+    slowHeader.Write("GET /thing HTTP/1.1\r\n");
+    TestConnection& slowBody = Connect();
+    slowBody.Write("PUT /thing HTTP/1.1\r\nContent-Length: 5\r\n\r\n{");
+    TestConnection& idle = Connect();
+
+    auto const header = slowHeader.ReadAnswer();
+    auto const body = slowBody.ReadAnswer();
+
+    ASSERT_TRUE(header && body);
+    EXPECT_EQ(header->status, 408U);
+    EXPECT_EQ(body->status, 408U);
+    EXPECT_TRUE(header->Has("Connection: close")) << header->head;
+    EXPECT_TRUE(idle.IsClosed());
+}
+
+TEST_F(HttpServerTest, DoesNotWaitForASlowResource)
+{
+    Latch finish;
+    settings.answerTimeoutUsec = 200'000;
+    resources["/thing"].document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        EXPECT_TRUE(finish.Wait());
+        return Json();
+    };
+    Start();
+
+    auto const answer = Connect().Send("GET", "/thing");
+    finish.Open();
+
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(answer->status, 503U);
+    EXPECT_TRUE(answer->Has("Retry-After: 1"));
+}
+
+TEST_F(HttpServerTest, TellsOneConnectionTooManySo)
+{
+    settings.maxConnections = 2;
+    Start();
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
+
+    EXPECT_EQ(Connect().ReadAnswer()->status, 503U);
+
+    EXPECT_EQ(connections.front().Send("GET", "/thing")->status, 200U);
+}
+
+TEST_F(HttpServerTest, ServesOthersWhileAProtocolIsBeingStarted)
+{
+    Latch started;
+    Latch finish;
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.Show(Json::object());
+    protocol.update = [&](ZuRest::RequestInfo const&, Json const&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+    };
+    Start();
+    TestConnection& changer = Connect();
+    changer.Write("PUT /controls/x HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}");
+    EXPECT_TRUE(started.Wait());
+    for (unsigned i = 0; i < 10; ++i) // more than there are workers
+    {
+        Connect().Write("GET /controls/x HTTP/1.1\r\n\r\n");
+        Connect().Write("PUT /controls/y HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}");
+    }
+
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
+    EXPECT_EQ(Connect().Send("GET", "/controls/y")->status, 200U);
+    finish.Open();
+
+    EXPECT_EQ(changer.ReadAnswer()->status, 200U);
+    auto waiting = std::next(connections.begin());
+    for (unsigned i = 0; i < 20; ++i, ++waiting)
+    {
+        EXPECT_EQ(waiting->ReadAnswer()->status, 200U);
+    }
+}
+
+TEST_F(HttpServerTest, AsksForItsToken)
+{
+    settings.token = "secret";
+    Place("/health").Show(Json::object());
+    Start();
+
+    auto const refused = Connect().Send("GET", "/thing");
+    EXPECT_EQ(refused->status, 401U);
+    EXPECT_TRUE(refused->Has("WWW-Authenticate: Bearer"));
+    EXPECT_EQ(Connect().Send("GET", "/thing", "", "Authorization: Bearer wrong\r\n")->status, 401U);
+    EXPECT_EQ(Connect().Send("PUT", "/health", "{}")->status, 401U);
+    EXPECT_EQ(Connect().Send("GET", "/health?a")->status, 401U);
+    EXPECT_EQ(Connect().Send("GET", "/health")->status, 200U);
+    EXPECT_EQ(Connect().Send("GET", "/thing", "", "Authorization: Bearer secret\r\n")->status, 200U);
+}
+
+TEST_F(HttpServerTest, StreamsReportsAsEvents)
+{
+    FakeResource& events = Place("/events");
+    events.isStreamable = true;
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /events HTTP/1.1\r\n\r\n");
+    auto const head = client.ReadAnswer();
+    ASSERT_TRUE(head.has_value());
+    EXPECT_TRUE(head->Has("Content-Type: text/event-stream")) << head->head;
+
+    events.receivers.at(0)->Receive(Json{{"type", 2}, {"path", "/a"}});
+    EXPECT_EQ(client.ReadUntil("\n\n"), "id: 1\ndata: {\"path\":\"/a\",\"type\":2}\n\n");
+    events.receivers.at(0)->Receive(Json{{"type", 4}});
+    EXPECT_EQ(client.ReadUntil("\n\n"), "id: 2\ndata: {\"type\":4}\n\n");
+}
+
+TEST_F(HttpServerTest, SendsACommentWhenThereIsNoNews)
+{
+    settings.commentPeriodUsec = 100'000;
+    Place("/events").isStreamable = true;
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /events HTTP/1.1\r\n\r\n");
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+
+    EXPECT_EQ(client.ReadUntil("\n\n"), ": still here\n\n");
+    EXPECT_EQ(client.ReadUntil("\n\n"), ": still here\n\n");
+}
+
+TEST_F(HttpServerTest, EndsTheStreamOfAClientThatIsGone)
+{
+    Latch stopped;
+    class Watched final : public ZuRest::ResourceBase, public ZuRest::StreamResourceBase
+    {
+    public:
+        explicit Watched(Latch& opened) : latch(opened)
+        {
+        }
+
+        ZuRest::IStreamableResource* StreamableProvider() override
+        {
+            return this;
+        }
+
+        uint32 StartStream(ZuRest::IStreamReceiver* /*receiver*/, ZuRest::RequestInfo const& /*request*/) override
+        {
+            return 7;
+        }
+
+        void StopStream(uint32 streamId) override
+        {
+            EXPECT_EQ(streamId, 7U);
+            latch.Open();
+        }
+
+    private:
+        Latch& latch;
+    } watched(stopped);
+    router.Register("/watched", watched);
+    Start();
+    {
+        TestConnection client(server.Port());
+        client.Write("GET /watched HTTP/1.1\r\n\r\n");
+        EXPECT_EQ(client.ReadAnswer()->status, 200U);
+    }
+
+    EXPECT_TRUE(stopped.Wait());
+    server.Stop();
+    router.Deregister("/watched", false);
+}
+
+TEST_F(HttpServerTest, SkipsASlowReaderToTheNewestState)
+{
+    FakeResource& state = resources["/thing"];
+    state.isStreamable = true;
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /thing HTTP/1.1\r\nAccept: text/event-stream\r\n\r\n");
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+
+    unsigned constexpr REPORTS = 500;
+    std::string const padding(64 * 1024, 'x');
+    for (unsigned i = 1; i <= REPORTS; ++i) // far more than the sockets hold, before the first is read
+    {
+        state.receivers.at(0)->Receive(Json{{"number", i}, {"padding", padding}});
+    }
+
+    std::string const last = "id: " + std::to_string(REPORTS) + "\n";
+    std::string const text = client.ReadUntil(last);
+    EXPECT_TRUE(text.ends_with(last));
+    EXPECT_LT(text.size(), REPORTS * padding.size() / 2);
+}
+
+TEST_F(HttpServerTest, LetsWhatIsUnderWayEndWhenItStops)
+{
+    Latch started;
+    Latch finish;
+    FakeResource& thing = resources["/thing"];
+    thing.document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+        return Json{{"a", 5}};
+    };
+    FakeResource& events = Place("/events");
+    events.isStreamable = true;
+    Start();
+    TestConnection& idle = Connect();
+    TestConnection& stream = Connect();
+    stream.Write("GET /events HTTP/1.1\r\n\r\n");
+    EXPECT_EQ(stream.ReadAnswer()->status, 200U);
+    TestConnection& busy = Connect();
+    busy.Write("GET /thing HTTP/1.1\r\n\r\n");
+    EXPECT_TRUE(started.Wait());
+
+    std::thread stopper([this] { server.Stop(); });
+    EXPECT_TRUE(idle.IsClosed());
+    EXPECT_TRUE(stream.IsClosed());
+    finish.Open();
+    auto const answer = busy.ReadAnswer();
+    EXPECT_TRUE(busy.IsClosed());
+    busy.EndWriting();
+    stopper.join();
+
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(Json::parse(answer->body).at("a"), 5);
+    EXPECT_TRUE(answer->Has("Connection: close"));
+    EXPECT_EQ(events.receivers, std::vector<ZuRest::IStreamReceiver*>{nullptr});
+    EXPECT_EQ(server.Port(), 0U);
+}
+
+TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
+{
+    Start();
+    HttpServer other(processor);
+    std::string const port = std::to_string(server.Port());
+    HttpServer::Settings taken;
+    taken.port = server.Port();
+    HttpServer::Settings open;
+    open.address = "0.0.0.0";
+    HttpServer::Settings noAddress;
+    noAddress.address = "localhost";
+
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { other.Start(taken); }),
+        (ZuTest::Refusal{-976, "The REST service cannot listen on 127.0.0.1:" + port + ": Address already in use"}));
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { other.Start(open); }),
+        (ZuTest::Refusal{-997, "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token "
+                               "FILE, or take 127.0.0.1:8080"}));
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { other.Start(noAddress); }),
+        (ZuTest::Refusal{-997, "The REST service cannot listen on localhost:8080: the address is not an IP address"}));
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(taken); }), (ZuTest::Refusal{-1000, ""}));
+    EXPECT_EQ(other.Endpoint(), "");
+    EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + port);
+}
+
+TEST_F(HttpServerTest, ListensAgainAfterAStop)
+{
+    Start();
+    server.Stop();
+    Start();
+
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
+}
+
+} // namespace ZuHost
