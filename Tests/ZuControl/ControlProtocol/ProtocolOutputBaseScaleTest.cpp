@@ -1,0 +1,94 @@
+#include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+#include <memory>
+
+namespace ZuControl::ControlProtocol
+{
+
+namespace
+{
+
+/// What this thread has used of the processor, which a busy machine does not stretch.
+double UsedSeconds()
+{
+    std::timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+std::string SourceName(uint32 number)
+{
+    return "tool/" + std::to_string(number) + "/measurement";
+}
+
+using Round = std::function<double(uint32 count)>; // gives the seconds that it took
+
+/// One round adds all at once.
+double AddInBulk(uint32 count)
+{
+    StandardProtocolOutputMap map(65535, 0, 65534);
+    StandardOutputsArgs args;
+    for (uint32 i = 0; i < count; ++i)
+    {
+        args.map.Add().source.Set(SourceName(i));
+    }
+    double const start = UsedSeconds();
+    map.AddAll(args);
+    double const used = UsedSeconds() - start;
+    EXPECT_EQ(map.Count(), count);
+    return used;
+}
+
+/// One round adds one after the other.
+double AddOneByOne(uint32 count)
+{
+    StandardProtocolOutputMap map(65535, 0, 65534);
+    StandardOutputItemArgs item;
+    double const start = UsedSeconds();
+    for (uint32 i = 0; i < count; ++i)
+    {
+        item.outputId.Set(static_cast<uint16>(i));
+        item.source.Set(SourceName(i));
+        map.Add(item);
+    }
+    double const used = UsedSeconds() - start;
+    EXPECT_EQ(map.Count(), count);
+    return used;
+}
+
+double BestPerEntry(Round const& round, uint32 count, int rounds)
+{
+    double best = round(count);
+    for (int i = 1; i < rounds; ++i)
+    {
+        best = std::min(best, round(count));
+    }
+    return best / count;
+}
+
+void ExpectFewToCostAsManyDo(Round const& round)
+{
+    double const few = BestPerEntry(round, 100, 50);
+    double const many = BestPerEntry(round, 10'000, 5);
+
+    EXPECT_LE(many, 3 * few) << "seconds per entry: " << few << " of 100, " << many << " of 10,000";
+}
+
+} // namespace
+
+TEST(ProtocolOutputBaseScaleTest, AddsManySourcesInBulkAtTheCostOfFew)
+{
+    ExpectFewToCostAsManyDo(AddInBulk);
+}
+
+TEST(ProtocolOutputBaseScaleTest, AddsManySourcesOneByOneAtTheCostOfFew)
+{
+    ExpectFewToCostAsManyDo(AddOneByOne);
+}
+
+} // namespace ZuControl::ControlProtocol
