@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ZuApi/FunctionLabel.h"
-#include "ZuApi/Status.h"
 #include "wApi/wExport.h"
+#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <exception>

@@ -1,7 +1,7 @@
 #include "ZuCore/ResultItem.h"
 
-#include "ZuApi/Status.h"
 #include "ZuCore/ResultItemObject.h"
+#include "wApi/wStatus.h"
 
 #include <new>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ZuApi/Status.h"
 #include "ZuPlugin/IPlugin.h"
 #include "ZuPlugin/PluginAbi.h"
 #include "wApi/wExport.h"
+#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <iterator>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZuApi/Status.h"
 #include "ZuVision/ZvMsg.h"
+#include "wApi/wStatus.h"
 
 #include <new>
 #include <utility>

@@ -1,9 +1,9 @@
 #include "ZuCore/ResultSet.h"
 
 #include "Support/AllocationCounter.h"
-#include "ZuApi/Status.h"
 #include "ZuVision/ZvMeasurementMsg.h"
 #include "wApi/wHandle.h"
+#include "wApi/wStatus.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
-#include "ZuApi/Status.h"
 #include "ZuVision/ZvArrayMsg.h"
 #include "ZuVision/ZvDataMsg.h"
 #include "ZuVision/ZvMeasurementMsg.h"
 #include "ZuVision/ZvNullMsg.h"
 #include "ZuVision/ZvStampMsg.h"
 #include "wApi/wHandle.h"
+#include "wApi/wStatus.h"
 #include "wBeacon/wStamp.h"
 
 #include <gtest/gtest.h>

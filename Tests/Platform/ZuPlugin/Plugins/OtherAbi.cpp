@@ -1,7 +1,7 @@
 // Was built against another JSON library, and tells when any of its code runs.
 
-#include "ZuApi/Status.h"
 #include "ZuPlugin/IPlugin.h"
+#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <cstdlib>
