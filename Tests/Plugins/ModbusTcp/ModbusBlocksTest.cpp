@@ -1,5 +1,5 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
-#include "Support/ExpectException.h"
+#include "Support/Refusal.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "Tests/Plugins/ModbusTcp/TestFrames.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
@@ -8,12 +8,16 @@
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <vector>
 
 namespace ModbusTcp
 {
 
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 using namespace ZuControl::ControlProtocol;
 
 class ModbusBlocksTest : public BlockFixture
@@ -142,8 +146,8 @@ TEST_F(ModbusBlocksTest, RefuseOneByteLessThanAllRegisters)
     std::vector<uint8> const bytes(131, 0);
     ControlRegisterCommandData command;
 
-    ZuTest::ExpectException(-992, "Insufficient source buffer size available for data deserialization.",
-                            [&] { block->Deserialize(&command, sizeof command, bytes.data(), bytes.size()); });
+    EXPECT_EQ(RefusalOf([&] { block->Deserialize(&command, sizeof command, bytes.data(), bytes.size()); }),
+              (Refusal{-992, "Insufficient source buffer size available for data deserialization."}));
 }
 
 TEST_F(ModbusBlocksTest, AnswerACommandInTwoRegisters)
@@ -250,7 +254,7 @@ TEST_F(ModbusBlocksTest, MustKeepTheScannerBlock)
     RemoveBlockParams params;
     params.outputIdList.Add().outputId.Set(140);
 
-    ZuTest::ExpectException(0, "No register blocks were removed.", [&] { assembly.Remove(params); });
+    EXPECT_EQ(RefusalOf([&] { assembly.Remove(params); }), (Refusal{0, "No register blocks were removed."}));
 }
 
 } // namespace ModbusTcp

@@ -1,10 +1,10 @@
 #include "ZuControl/Control/ControlDataCache.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,9 @@
 
 namespace ZuControl
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 class ControlDataCacheTest : public testing::Test
 {
@@ -115,11 +118,11 @@ TEST_F(ControlDataCacheTest, RefusesEitherKindWhileAFetchRuns)
     systemInterface.on["Stats"] = [this] { release.Wait(); };
     cache.SystemStats(0);
 
-    ZuTest::ExpectException(-976, SYSTEM_BUSY, [this] { cache.SystemStats(0); });
-    ZuTest::ExpectException(-976,
-                            "Scanner data cache fetch operation for scanner \"A\" failed. Another operation is already "
-                            "in progress.",
-                            [this] { cache.ScannerInfo("A", 0); });
+    EXPECT_EQ(RefusalOf([this] { cache.SystemStats(0); }), (Refusal{-976, SYSTEM_BUSY}));
+    EXPECT_EQ(
+        RefusalOf([this] { cache.ScannerInfo("A", 0); }),
+        (Refusal{-976, "Scanner data cache fetch operation for scanner \"A\" failed. Another operation is already "
+                       "in progress."}));
     release.Open();
 }
 
@@ -151,8 +154,8 @@ TEST_F(ControlDataCacheTest, NeverTakesOneScannerForAnother)
     cache.ScannerInfo("A", LONG);
     scanEngines.on["ScannerInfo(B)"] = [this] { release.Wait(); };
 
-    ZuTest::ExpectException(-999, "No data found for scanner B",
-                            [this] { WhenIdle([this] { return cache.ScannerInfo("B", 0); }); });
+    EXPECT_EQ(RefusalOf([this] { WhenIdle([this] { return cache.ScannerInfo("B", 0); }); }),
+              (Refusal{-999, "No data found for scanner B"}));
     release.Open();
 
     EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("", 0); }).currentEncoderValue, 5);
@@ -162,7 +165,7 @@ TEST_F(ControlDataCacheTest, GivesZerosOfAScannerThatTellsNothingOnlyToWhoNamesN
 {
     scanEngines.SetInfo({});
 
-    ZuTest::ExpectException(-999, "No data found for scanner s", [this] { cache.ScannerInfo("s", LONG); });
+    EXPECT_EQ(RefusalOf([this] { cache.ScannerInfo("s", LONG); }), (Refusal{-999, "No data found for scanner s"}));
     auto const info = WhenIdle([this] { return cache.ScannerInfo("", LONG); });
 
     EXPECT_EQ(info.currentEncoderValue, 0);
@@ -186,7 +189,7 @@ TEST_F(ControlDataCacheTest, SaysNothingOfAFailedFetchOfAScanner)
 {
     scanEngines.on["ScannerInfo(A)"] = [] { ZU_THROW(-5, "no scanner"); };
 
-    ZuTest::ExpectException(-999, "No data found for scanner A", [this] { cache.ScannerInfo("A", 1000); });
+    EXPECT_EQ(RefusalOf([this] { cache.ScannerInfo("A", 1000); }), (Refusal{-999, "No data found for scanner A"}));
     WhenIdle([this] { return cache.SystemStats(LONG); });
 
     EXPECT_TRUE(log.Lines().empty());

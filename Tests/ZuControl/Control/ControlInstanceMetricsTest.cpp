@@ -1,10 +1,17 @@
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeProtocol.h"
+#include "Support/Refusal.h"
+
+#include <gtest/gtest.h>
+
+#include <gtest/gtest.h>
 
 namespace ZuControl
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 TEST(ControlInstanceMetrics, ForwardsToTheProtocolThatIsBound)
 {
@@ -29,12 +36,12 @@ TEST(ControlInstanceMetrics, RefusesEveryOperationWithoutAProtocol)
 
     metrics.ClearProtocol();
 
-    ZuTest::ExpectException(-1000, "No protocol implementation available for the metrics update operation",
-                            [&] { metrics.UpdateMetrics(); });
-    ZuTest::ExpectException(-1000, "No protocol implementation available for the metrics reset operation",
-                            [&] { metrics.ResetMetrics(); });
-    ZuTest::ExpectException(-1000, "No protocol implementation available for the metrics fetch operation",
-                            [&] { metrics.GetMetrics(); });
+    EXPECT_EQ(RefusalOf([&] { metrics.UpdateMetrics(); }),
+              (Refusal{-1000, "No protocol implementation available for the metrics update operation"}));
+    EXPECT_EQ(RefusalOf([&] { metrics.ResetMetrics(); }),
+              (Refusal{-1000, "No protocol implementation available for the metrics reset operation"}));
+    EXPECT_EQ(RefusalOf([&] { metrics.GetMetrics(); }),
+              (Refusal{-1000, "No protocol implementation available for the metrics fetch operation"}));
     EXPECT_TRUE(calls.All().empty());
 }
 

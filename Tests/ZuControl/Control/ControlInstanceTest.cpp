@@ -1,6 +1,5 @@
 #include "ZuControl/Control/ControlInstance.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeHost.h"
 #include "Support/FakeProtocol.h"
 #include "Support/FakeScanEngineInterface.h"
@@ -8,6 +7,7 @@
 #include "Support/FakeSystemInterface.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlInfo.h"
@@ -24,6 +24,8 @@
 namespace ZuControl
 {
 
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 using Calls = ZuTest::CallLog::Calls;
 
 class ControlInstanceTest : public testing::Test
@@ -154,7 +156,7 @@ TEST_F(ControlInstanceTest, StaysEnabledAfterAFailedStopThoughTheResultHandlerIs
     FailOn("Stop", -6, "y");
     calls.Clear();
 
-    ZuTest::ExpectException(-6, "y", [&] { instance->Enable(false); });
+    EXPECT_EQ(RefusalOf([&] { instance->Enable(false); }), (Refusal{-6, "y"}));
 
     EXPECT_EQ(calls.All(), (Calls{"Deregister", "RemoveResultHandler(3)", "Stop"}));
     EXPECT_TRUE(instance->IsEnabled());
@@ -251,7 +253,7 @@ TEST_F(ControlInstanceTest, LeavesTheGateOpenWhenThereAreNoParameters)
     Build();
     protocol->on["Params"] = [] { ZU_THROW(Zu::Status::NOT_FOUND); };
 
-    ZuTest::ExpectException(-999, "", [&] { instance->BeginUpdateParameters(); });
+    EXPECT_EQ(RefusalOf([&] { instance->BeginUpdateParameters(); }), (Refusal{-999, ""}));
 
     EXPECT_EQ(calls.All(), (Calls{"BeginUpdate(true)", "Params"}));
 }
@@ -303,10 +305,10 @@ TEST_F(ControlInstanceTest, AnswersForAProtocolWithoutOutputsAndAssemblies)
     instance->RegisterAssemblyUpdate("a");
     EXPECT_EQ(calls.All(), Calls{});
 
-    ZuTest::ExpectException(-999, "", [&] { instance->OutputsMap(); });
-    ZuTest::ExpectException(-999, "", [&] { instance->RegisterAssembly("a"); });
-    ZuTest::ExpectException(-999, "", [&] { instance->RegisterAssemblyList(); });
-    ZuTest::ExpectException(-999, "", [&] { instance->RegisterAssemblyActionTarget("a"); });
+    EXPECT_EQ(RefusalOf([&] { instance->OutputsMap(); }), (Refusal{-999, ""}));
+    EXPECT_EQ(RefusalOf([&] { instance->RegisterAssembly("a"); }), (Refusal{-999, ""}));
+    EXPECT_EQ(RefusalOf([&] { instance->RegisterAssemblyList(); }), (Refusal{-999, ""}));
+    EXPECT_EQ(RefusalOf([&] { instance->RegisterAssemblyActionTarget("a"); }), (Refusal{-999, ""}));
     EXPECT_FALSE(instance->HasRegisterAssembly("a"));
     EXPECT_FALSE(instance->HasProtocolOutput());
     EXPECT_FALSE(instance->HasOutputsActionTarget());
@@ -316,7 +318,7 @@ TEST_F(ControlInstanceTest, TellsTheProtocolOfItsOutputsBeforeItFindsThatThereAr
 {
     Build();
 
-    ZuTest::ExpectException(-999, "", [&] { instance->OutputsUpdate(); });
+    EXPECT_EQ(RefusalOf([&] { instance->OutputsUpdate(); }), (Refusal{-999, ""}));
 
     EXPECT_EQ(calls.All(), (Calls{"OutputsUpdate"}));
 }
@@ -418,7 +420,7 @@ TEST_F(ControlInstanceTest, EndsAResetWithOutputsThatTheProtocolCannotTakeOver)
     protocol->hasGroup = true;
     protocol->on["OutputsUpdate"] = [] { ZU_THROW(Zu::Status::NOT_SUPPORTED); };
 
-    ZuTest::ExpectException(-996, "", [&] { instance->ResetInstance(true, IControlInstance::DataToResetAll); });
+    EXPECT_EQ(RefusalOf([&] { instance->ResetInstance(true, IControlInstance::DataToResetAll); }), (Refusal{-996, ""}));
 
     EXPECT_EQ(calls.All(), (Calls{"ResetParams", "Outputs.Clear", "OutputsUpdate"}));
 }
@@ -468,7 +470,7 @@ TEST_F(ControlInstanceTest, LeavesNoHandlerBehindWhenItCannotBeBuilt)
     FailOn("AddOutputsHandler", -8, "full");
     ControlInstanceParams params{&info, &gate, &scanResults, &problems, protocol};
 
-    ZuTest::ExpectException(-8, "full", [&] { ControlInstance{params}; });
+    EXPECT_EQ(RefusalOf([&] { ControlInstance{params}; }), (Refusal{-8, "full"}));
 
     protocol->NotifyParamsInternalUpdateEventHandler(true); // would call into what is no more
     protocol->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);

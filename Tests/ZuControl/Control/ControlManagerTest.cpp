@@ -1,12 +1,12 @@
 #include "ZuControl/Control/ControlManager.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeHost.h"
 #include "Support/FakePlugin.h"
 #include "Support/FakeProtocol.h"
 #include "Support/FakeScanResults.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -18,6 +18,8 @@
 namespace ZuControl
 {
 
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 using Calls = ZuTest::CallLog::Calls;
 using ZuCommon::PersistDomain;
 
@@ -109,8 +111,8 @@ TEST_F(ControlManagerTest, BuildsAnInstanceOfEachTypeInOrder)
                                                      "Creating all control protocol instances."),
                                         ZuTest::Info(CREATE, "Creating control protocol instance: \"a\"."),
                                         ZuTest::Info(CREATE, "Creating control protocol instance: \"b\".")}));
-    ZuTest::ExpectException(-999, "Control protocol type not recognized: 'c%s'.",
-                            [this] { manager->GetInstance("c%s"); });
+    EXPECT_EQ(RefusalOf([this] { manager->GetInstance("c%s"); }),
+              (Refusal{-999, "Control protocol type not recognized: 'c%s'."}));
 }
 
 TEST_F(ControlManagerTest, HandsEachProtocolWhatItReachesTheSystemBy)
@@ -153,8 +155,8 @@ TEST_P(ControlManagerDeployment, AsksInOrderAndTakesTheFirstTrueAnswerAlsoWhenIt
               ZuTest::Info(CREATE,
                            "ZuControl::ControlManager::Create: control protocol \"no\" is not supported in this "
                            "environment"));
-    ZuTest::ExpectException(-999, "Control protocol type not recognized: 'no'.",
-                            [this] { manager->GetInstance("no"); });
+    EXPECT_EQ(RefusalOf([this] { manager->GetInstance("no"); }),
+              (Refusal{-999, "Control protocol type not recognized: 'no'."}));
     EXPECT_TRUE(protocols.empty());
 }
 
@@ -215,7 +217,7 @@ TEST_P(ControlManagerFactory, EndsTheConstructionWithATypeThatCannotBeMade)
     plugin->Offer("x", GetParam().make);
     Offer("z");
 
-    ZuTest::ExpectException(GetParam().status, GetParam().text, [this] { Build(); });
+    EXPECT_EQ(RefusalOf([this] { Build(); }), (Refusal{GetParam().status, GetParam().text}));
 
     auto const lines = log.LinesWithoutTraces();
     EXPECT_EQ(lines.back(),

@@ -1,11 +1,11 @@
 #include "ZuControl/Control/ControlModule.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeHost.h"
 #include "Support/FakePlugin.h"
 #include "Support/FakeProtocol.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuCore/ResultHub.h"
@@ -15,6 +15,9 @@
 
 namespace ZuControl
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 class ControlModuleTest : public testing::Test
 {
@@ -57,7 +60,10 @@ TEST_F(ControlModuleTest, LeavesTheHubWhenATypeCannotBeMade)
     plugin->Offer("x", [](auto const&) { return nullptr; });
     ZuTest::AddLib(plugins, {plugin});
 
-    ZuTest::ExpectException(-999, "Failed to create protocol x", [this] { ControlModule{plugins, router, environ}; });
+    EXPECT_EQ(RefusalOf([this] {
+                  ControlModule{plugins, router, environ};
+              }),
+              (Refusal{-999, "Failed to create protocol x"}));
 
     EXPECT_EQ(log.CountOfText("ControlScanResults constructed."), 1u);
     hub.Publish(ZuTest::MakeSet({"a"}).get()); // would call into what is no more

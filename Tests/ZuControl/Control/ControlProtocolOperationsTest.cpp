@@ -1,10 +1,10 @@
 #include "ZuControl/Control/ControlProtocolOperations.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,8 @@
 namespace ZuControl
 {
 
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 using Calls = ZuTest::CallLog::Calls;
 
 constexpr ZuEthernetProtocol PROTOCOL_7{7};
@@ -147,8 +149,8 @@ TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAl
     systemInterface.on["Stop"] = [&] { release.Wait(); };
     operations->StopScan(PROTOCOL_7);
 
-    ZuTest::ExpectException(-976, "Protocol 8 operation 0 rejected because another operation is in progress",
-                            [this] { operations->StartScan(PROTOCOL_8); });
+    EXPECT_EQ(RefusalOf([this] { operations->StartScan(PROTOCOL_8); }),
+              (Refusal{-976, "Protocol 8 operation 0 rejected because another operation is in progress"}));
     release.Open();
 
     ASSERT_TRUE(calls.WaitFor("7 ended 1"));
@@ -194,14 +196,16 @@ TEST_F(ControlProtocolOperationsTest, LooksAtArgumentsBeforeItLooksForAnotherOpe
     systemInterface.on["Start"] = [&] { release.Wait(); };
     operations->StartScan(PROTOCOL_7);
 
-    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 2",
-                            [this] { operations->Alignment(PROTOCOL_7, nullptr); });
-    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 3",
-                            [this] { operations->ClearAlignment(PROTOCOL_7, nullptr); });
-    ZuTest::ExpectException(-997, "Missing scanner id parameter for action 5",
-                            [this] { operations->SoftwareTrigger(PROTOCOL_7, nullptr); });
-    ZuTest::ExpectException(-997, "No job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, nullptr); });
-    ZuTest::ExpectException(-997, "Empty job name for action 4", [this] { operations->LoadJob(PROTOCOL_7, ""); });
+    EXPECT_EQ(RefusalOf([this] { operations->Alignment(PROTOCOL_7, nullptr); }),
+              (Refusal{-997, "Missing scanner id parameter for action 2"}));
+    EXPECT_EQ(RefusalOf([this] { operations->ClearAlignment(PROTOCOL_7, nullptr); }),
+              (Refusal{-997, "Missing scanner id parameter for action 3"}));
+    EXPECT_EQ(RefusalOf([this] { operations->SoftwareTrigger(PROTOCOL_7, nullptr); }),
+              (Refusal{-997, "Missing scanner id parameter for action 5"}));
+    EXPECT_EQ(RefusalOf([this] { operations->LoadJob(PROTOCOL_7, nullptr); }),
+              (Refusal{-997, "No job name for action 4"}));
+    EXPECT_EQ(RefusalOf([this] { operations->LoadJob(PROTOCOL_7, ""); }),
+              (Refusal{-997, "Empty job name for action 4"}));
 
     release.Open();
     EXPECT_TRUE(calls.WaitFor("7 ended 1"));
@@ -239,8 +243,8 @@ TEST_F(ControlProtocolOperationsTest, EndsTheTestActionsAsTheyAreMadeTo)
 TEST_F(ControlProtocolOperationsTest, NeverEndsAnAsynchronousOperationByItself)
 {
     RunTestAction(203);
-    ZuTest::ExpectException(-976, "Protocol 7 operation 0 rejected because another operation is in progress",
-                            [this] { operations->StartScan(PROTOCOL_7); });
+    EXPECT_EQ(RefusalOf([this] { operations->StartScan(PROTOCOL_7); }),
+              (Refusal{-976, "Protocol 7 operation 0 rejected because another operation is in progress"}));
 
     FreeTheFlag();
     RunTestAction(200); // runs behind it on the same worker
@@ -330,8 +334,8 @@ TEST_F(ControlProtocolOperationsTest, EndsAnAlignmentWhenTheScannerReportsIt)
 {
     operations->Alignment(PROTOCOL_7, "s");
     ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
-    ZuTest::ExpectException(-976, "Protocol 7 operation 0 rejected because another operation is in progress",
-                            [this] { operations->StartScan(PROTOCOL_7); });
+    EXPECT_EQ(RefusalOf([this] { operations->StartScan(PROTOCOL_7); }),
+              (Refusal{-976, "Protocol 7 operation 0 rejected because another operation is in progress"}));
 
     CompleteAlignment();
 
@@ -418,8 +422,8 @@ TEST_F(ControlProtocolOperationsTest, KeepsTheFlagAndCallsNobodyWhenTheScannerIs
     CompleteAlignment();
     ASSERT_TRUE(calls.WaitFor("AlignmentCompletedEvent(s)", 2));
 
-    ZuTest::ExpectException(-976, "Protocol 8 operation 1 rejected because another operation is in progress",
-                            [this] { operations->StopScan(PROTOCOL_8); });
+    EXPECT_EQ(RefusalOf([this] { operations->StopScan(PROTOCOL_8); }),
+              (Refusal{-976, "Protocol 8 operation 1 rejected because another operation is in progress"}));
     operations.reset();
     EXPECT_EQ(calls.Count("7 ended 1") + calls.Count("7 ended 0"), 0u);
     EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));

@@ -1,8 +1,8 @@
 #include "ZuControl/Control/ControlRegistry.h"
 
-#include "Support/ExpectException.h"
 #include "Support/FakePlugin.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,8 @@ namespace ZuControl
 
 using ZuTest::AddLib;
 using ZuTest::FakePlugin;
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 class ControlRegistryTest : public testing::Test
 {
@@ -212,8 +214,8 @@ TEST_F(ControlRegistryTest, RefusesAKnownNameAndTheRemovalOfAnUnknownOne)
     ControlRegistry registry(manager);
     Add(registry, ControlInfo().SetTypeName("a"));
 
-    ZuTest::ExpectException(-987, "", [&] { Add(registry, ControlInfo().SetTypeName("a")); });
-    ZuTest::ExpectException(-999, "", [&] { Remove(registry, "b"); });
+    EXPECT_EQ(RefusalOf([&] { Add(registry, ControlInfo().SetTypeName("a")); }), (Refusal{-987, ""}));
+    EXPECT_EQ(RefusalOf([&] { Remove(registry, "b"); }), (Refusal{-999, ""}));
     EXPECT_EQ(NamesOf(registry), (Names{"a"}));
 
     Remove(registry, "a");

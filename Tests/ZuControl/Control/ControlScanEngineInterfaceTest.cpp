@@ -1,8 +1,8 @@
 #include "ZuControl/Control/ControlScanEngineInterface.h"
 
 #include "Support/CallLog.h"
-#include "Support/ExpectException.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuScan/ICommandTarget.h"
@@ -14,6 +14,9 @@
 
 namespace ZuControl
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 namespace
 {
@@ -133,8 +136,8 @@ TEST_F(ControlScanEngineInterfaceTest, TakesTheNameOfAnActionExactly)
     AddFirst();
     first.actions.actions = {"Trigger", "trigger "};
 
-    ZuTest::ExpectException(-998, "Software trigger operation is not supported by scanner a",
-                            [this] { engines.SoftwareTrigger(""); });
+    EXPECT_EQ(RefusalOf([this] { engines.SoftwareTrigger(""); }),
+              (Refusal{-998, "Software trigger operation is not supported by scanner a"}));
 
     EXPECT_EQ(log.LinesWithoutTraces(),
               (std::vector{ZuTest::Info(TRIGGER, "Attempting software trigger for scanner a"),
@@ -158,9 +161,9 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesWhatAScannerDoesNotOffer)
 {
     AddFirst();
 
-    ZuTest::ExpectException(-998, "No support for alignment by scanner a", [this] { engines.Alignment("a"); });
-    ZuTest::ExpectException(-998, "No support for clear alignment by scanner a",
-                            [this] { engines.ClearAlignment(""); });
+    EXPECT_EQ(RefusalOf([this] { engines.Alignment("a"); }), (Refusal{-998, "No support for alignment by scanner a"}));
+    EXPECT_EQ(RefusalOf([this] { engines.ClearAlignment(""); }),
+              (Refusal{-998, "No support for clear alignment by scanner a"}));
 
     EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Info(ALIGN, "Attempting alignment for scanner a"),
                                                      ZuTest::Error(ALIGN, "Failed alignment for scanner a"),
@@ -173,8 +176,8 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesAScannerWithoutTargets)
     AddFirst(false);
     first.hasActions = false;
 
-    ZuTest::ExpectException(-996, "No actions supported by scanner a", [this] { engines.SoftwareTrigger(""); });
-    ZuTest::ExpectException(-996, "No commands supported by scanner a", [this] { engines.Alignment(""); });
+    EXPECT_EQ(RefusalOf([this] { engines.SoftwareTrigger(""); }), (Refusal{-996, "No actions supported by scanner a"}));
+    EXPECT_EQ(RefusalOf([this] { engines.Alignment(""); }), (Refusal{-996, "No commands supported by scanner a"}));
 
     EXPECT_EQ(log.LinesWithoutTraces(),
               (std::vector{ZuTest::Error(TRIGGER, "Failed to initiate software trigger operation for scanner "),
@@ -197,11 +200,11 @@ TEST_F(ControlScanEngineInterfaceTest, SearchesTheFirstUsableEngineOnly)
 TEST_F(ControlScanEngineInterfaceTest, SaysWhichEnginesAreMissing)
 {
     IControlScanEngineInterface::ScannerStateInfo info;
-    ZuTest::ExpectException(-999, "No scan engines found", [&] { engines.ScannerInfo("", info); });
-    ZuTest::ExpectException(-999, "No scan engines found.", [this] { engines.FindSupportedSensor(); });
+    EXPECT_EQ(RefusalOf([&] { engines.ScannerInfo("", info); }), (Refusal{-999, "No scan engines found"}));
+    EXPECT_EQ(RefusalOf([this] { engines.FindSupportedSensor(); }), (Refusal{-999, "No scan engines found."}));
     manager.AddEngine("empty");
 
-    ZuTest::ExpectException(-999, "No usable scan engines found", [&] { engines.ScannerInfo("", info); });
+    EXPECT_EQ(RefusalOf([&] { engines.ScannerInfo("", info); }), (Refusal{-999, "No usable scan engines found"}));
 
     EXPECT_TRUE(log.Lines().empty());
 }
@@ -210,8 +213,8 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesWithoutAManager)
 {
     ControlScanEngineInterface none(nullptr);
 
-    ZuTest::ExpectException(-1000, "Scan engine manager reference is uninitialized.",
-                            [&] { none.FindSupportedSensor(); });
+    EXPECT_EQ(RefusalOf([&] { none.FindSupportedSensor(); }),
+              (Refusal{-1000, "Scan engine manager reference is uninitialized."}));
     EXPECT_THROW(none.SoftwareTrigger(""), Zu::Exception);
 }
 
@@ -251,7 +254,7 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesAnAnswerThatIsNone)
     first.actions.actions = {"scannerInfo"};
     IControlScanEngineInterface::ScannerStateInfo info;
 
-    ZuTest::ExpectException(-998, "Scanner a gave no information", [&] { engines.ScannerInfo("a", info); });
+    EXPECT_EQ(RefusalOf([&] { engines.ScannerInfo("a", info); }), (Refusal{-998, "Scanner a gave no information"}));
 }
 
 TEST_F(ControlScanEngineInterfaceTest, TakesAnAlignStateThatItDoesNotKnowForNone)
@@ -294,20 +297,18 @@ TEST_F(ControlScanEngineInterfaceTest, LooksForTheScannersOfALaterEngineOnTheFir
     AddFirst();
     manager.AddEngine("B").AddScanner("b", second, nullptr).AddSensor("s", sensor);
 
-    ZuTest::ExpectException(
-        -999,
-        [this] {
-        try
-        {
-            manager.GetInstance("A").FindScanner("b");
-        }
-        catch (Zu::Exception const& exception)
-        {
-            return std::string(exception.what());
-        }
-        return std::string();
-        }(),
-        [this] { engines.FindSupportedSensor(); });
+    EXPECT_EQ(RefusalOf([this] { engines.FindSupportedSensor(); }),
+              (Refusal{-999, [this] {
+                           try
+                           {
+                               manager.GetInstance("A").FindScanner("b");
+                           }
+                           catch (Zu::Exception const& exception)
+                           {
+                               return std::string(exception.what());
+                           }
+                           return std::string();
+                       }()}));
 }
 
 } // namespace ZuControl

@@ -2,9 +2,9 @@
 
 #include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
-#include "Support/ExpectException.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +16,8 @@ namespace ZuControl
 {
 
 using ZuTest::MakeSet;
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 class ControlScanResultsDispatcherTest : public testing::Test
 {
@@ -161,7 +163,7 @@ TEST_F(ControlScanResultsDispatcherTest, ReleasesASetBehindItsBatch)
 
 TEST_F(ControlScanResultsDispatcherTest, RefusesASecondStart)
 {
-    ZuTest::ExpectException(-1000, "", [this] { dispatcher.Start(); });
+    EXPECT_EQ(RefusalOf([this] { dispatcher.Start(); }), (Refusal{-1000, ""}));
 }
 
 TEST_F(ControlScanResultsDispatcherTest, StopsTwiceWithoutAWord)
@@ -213,7 +215,7 @@ TEST_F(ControlScanResultsDispatcherTest, ReleasesAtItsEndWhatCameBehindAStop)
 
 TEST_F(ControlScanResultsDispatcherTest, RefusesASetThatIsNone)
 {
-    ZuTest::ExpectException(-997, "", [this] { dispatcher.AddResult(nullptr); });
+    EXPECT_EQ(RefusalOf([this] { dispatcher.AddResult(nullptr); }), (Refusal{-997, ""}));
 }
 
 TEST_F(ControlScanResultsDispatcherTest, KeepsTheClientCountForOthers)
@@ -256,7 +258,7 @@ TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAt
     ASSERT_TRUE(calls.WaitFor("called"));
 
     dispatcher.AddResult(second.get());
-    ZuTest::ExpectException(-1000, "", [&] { dispatcher.Start(); }); // it still counts as running
+    EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{-1000, ""})); // it still counts as running
     dispatcher.Stop();
 
     EXPECT_EQ(calls.Count("called"), 1u);
@@ -302,7 +304,7 @@ TEST(ControlScanResultsDispatcher, RefusesToBeStoppedByItsOwnHandler)
     ZuTest::CallLog calls;
     ControlScanResultsDispatcher dispatcher(nullptr);
     dispatcher.AddResultHandler([&](void*) {
-        ZuTest::ExpectException(-1000, "", [&] { dispatcher.Stop(); });
+        EXPECT_EQ(RefusalOf([&] { dispatcher.Stop(); }), (Refusal{-1000, ""}));
         calls.Add("refused");
     });
     auto const set = MakeSet({"a"});

@@ -2,9 +2,9 @@
 
 #include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
-#include "Support/ExpectException.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 #include "ZuCore/ResultHub.h"
 
@@ -17,6 +17,8 @@ namespace ZuControl
 
 using ZuTest::Items;
 using ZuTest::MakeSet;
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 class ControlScanResultsTest : public testing::Test
 {
@@ -202,11 +204,12 @@ TEST_F(ControlScanResultsTest, KeepsAMapThatCameBeforeTheFirstHandler)
 
 TEST_F(ControlScanResultsTest, RefusesCountAndRemovalWithoutADispatcher)
 {
-    ZuTest::ExpectException(-999, "Failed to find dispatcher of protocol:7.",
-                            [this] { results.UpdateClientCount(ZuEthernetProtocol{7}, 1); });
-    ZuTest::ExpectException(-999, "Failed to find dispatcher of protocol:-7.", [this] {
-        results.RemoveResultHandler({ZuEthernetProtocol{-7}, {}});
-    });
+    EXPECT_EQ(RefusalOf([this] { results.UpdateClientCount(ZuEthernetProtocol{7}, 1); }),
+              (Refusal{-999, "Failed to find dispatcher of protocol:7."}));
+    EXPECT_EQ(RefusalOf([this] {
+                  results.RemoveResultHandler({ZuEthernetProtocol{-7}, {}});
+              }),
+              (Refusal{-999, "Failed to find dispatcher of protocol:-7."}));
 }
 
 TEST_F(ControlScanResultsTest, DropsTheClientCountWithTheLastHandlerAndKeepsTheMap)

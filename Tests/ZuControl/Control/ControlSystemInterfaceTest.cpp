@@ -1,7 +1,7 @@
 #include "ZuControl/Control/ControlSystemInterface.h"
 
 #include "Support/CallLog.h"
-#include "Support/ExpectException.h"
+#include "Support/Refusal.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuCommon/IMetricsSource.h"
@@ -12,6 +12,9 @@
 
 namespace ZuControl
 {
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
 
 namespace
 {
@@ -133,7 +136,7 @@ TEST(ControlSystemInterface, FillsRunStateAndJobBeforeTheReport)
 
     core.reporter.failing = true;
     IControlSystemInterface::SystemStats partly;
-    ZuTest::ExpectException(-998, "no report", [&] { system.Stats(partly); });
+    EXPECT_EQ(RefusalOf([&] { system.Stats(partly); }), (Refusal{-998, "no report"}));
     EXPECT_EQ(partly.runState, ZuCore::RunState::RUNNING);
     EXPECT_EQ(partly.loadedJob, "one");
     EXPECT_EQ(partly.upTime, 0u);
@@ -143,8 +146,9 @@ TEST(ControlSystemInterface, RefusesWhatNeedsACoreOrJobsThatAreNotThere)
 {
     ControlSystemInterface system(nullptr, nullptr);
 
-    ZuTest::ExpectException(-1000, "Core reference is uninitialized.", [&] { system.Start(); });
-    ZuTest::ExpectException(-1000, "Persist manager reference is uninitialized.", [&] { system.LoadJob("one"); });
+    EXPECT_EQ(RefusalOf([&] { system.Start(); }), (Refusal{-1000, "Core reference is uninitialized."}));
+    EXPECT_EQ(RefusalOf([&] { system.LoadJob("one"); }),
+              (Refusal{-1000, "Persist manager reference is uninitialized."}));
 }
 
 } // namespace ZuControl
