@@ -7,10 +7,12 @@ namespace
 {
 
 thread_local uint64 allocations = 0;
+thread_local uint64 allocatedBytes = 0;
 
 void* CountedAllocateOrNull(std::size_t size) noexcept
 {
     ++allocations;
+    allocatedBytes += size;
     return std::malloc(size > 0 ? size : 1);
 }
 
@@ -68,13 +70,18 @@ void operator delete[](void* memory, std::size_t) noexcept
 namespace ZuTest
 {
 
-AllocationCounter::AllocationCounter() : before(allocations)
+AllocationCounter::AllocationCounter() : countBefore(allocations), bytesBefore(allocatedBytes)
 {
 }
 
 uint64 AllocationCounter::Count() const
 {
-    return allocations - before;
+    return allocations - countBefore;
+}
+
+uint64 AllocationCounter::Bytes() const
+{
+    return allocatedBytes - bytesBefore;
 }
 
 } // namespace ZuTest

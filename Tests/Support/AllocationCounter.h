@@ -13,8 +13,12 @@ public:
 
     uint64 Count() const;
 
+    /// What was asked for, whether it was given back or not.
+    uint64 Bytes() const;
+
 private:
-    uint64 const before;
+    uint64 const countBefore;
+    uint64 const bytesBefore;
 };
 
 } // namespace ZuTest
