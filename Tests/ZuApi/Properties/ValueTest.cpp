@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <typeinfo>
 
 namespace Zu::Properties
@@ -28,16 +27,6 @@ std::vector<std::string> SchemaKeys()
         keys.push_back(value.Schema()->KeyAt(i));
     }
     return keys;
-}
-
-/// The place of a virtual operation in its table, read out of a pointer to member.
-template <typename Operation>
-std::uintptr_t SlotOf(Operation operation)
-{
-    std::uintptr_t words[2] = {};
-    static_assert(sizeof(operation) == sizeof(words));
-    std::memcpy(words, &operation, sizeof(words));
-    return (words[0] - 1) / sizeof(void*);
 }
 
 } // namespace
@@ -176,20 +165,6 @@ TEST(PropertiesValue, CopiesTheEffectiveValueAndRefusesAnotherType)
     EXPECT_EQ(value.Get(), 3);
     EXPECT_THROW(value.CopyValues(stranger), std::bad_cast);
     EXPECT_EQ(value.Get(), 3);
-}
-
-TEST(PropertiesValue, HasItsVirtualOperationsInTheirPlaces)
-{
-    EXPECT_EQ(SlotOf(&Node::CopyValues), 2u); // behind the two of the destructor
-    EXPECT_EQ(SlotOf(&Node::SetWriteOnly), 3u);
-    EXPECT_EQ(SlotOf(static_cast<void (Node::*)(INodeVisitorConst&) const>(&Node::Accept)), 4u);
-    EXPECT_EQ(SlotOf(static_cast<void (Node::*)(INodeVisitor&)>(&Node::Accept)), 5u);
-    EXPECT_EQ(SlotOf(&Internal::ArrayBase::Resize), 6u);
-    EXPECT_EQ(SlotOf(&Internal::ArrayBase::Remove), 7u);
-    EXPECT_EQ(SlotOf(&Internal::ArrayBase::Clear), 8u);
-    EXPECT_EQ(SlotOf(&IValueIo::ReadValue), 2u);
-    EXPECT_EQ(SlotOf(&IValueIo::WriteValue), 3u);
-    EXPECT_EQ(SlotOf(&IValueIo::ValidateValue), 4u);
 }
 
 } // namespace Zu::Properties
