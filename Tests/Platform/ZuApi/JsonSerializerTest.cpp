@@ -1,5 +1,6 @@
 #include "ZuApi/JsonSerializer.h"
 
+#include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "ZuApi/Params/Palette.h"
 
@@ -251,6 +252,8 @@ TEST(JsonSerializer, FindsABadValueAnywhereBeforeAnythingIsStored)
     Palette palette;
     palette.strokes.Resize(1);
     palette.pen.width.EnableMaximum(true).GetMaximum() = 10;
+    Json const before = JsonSerializer::Serialize(palette);
+    ZuTest::LogRecorder log;
 
     EXPECT_EQ(RefusalOf([&] {
                   JsonSerializer::Validate(palette, Json{{"colour", 200}, {"pen", {{"width", 11}}}});
@@ -260,6 +263,10 @@ TEST(JsonSerializer, FindsABadValueAnywhereBeforeAnythingIsStored)
                   JsonSerializer::Validate(palette, Json{{"strokes", {Json::object(), {{"width", "wide"}}}}});
               }),
               "[json.exception.type_error.302] type must be number, but is string"); // an element that is not there yet
+
+    EXPECT_EQ(JsonSerializer::Serialize(palette), before);
+    EXPECT_EQ(log.Lines(), (std::vector<ZuTest::LogLine>{{0x8000000100000002, "Params validation",
+                                                          "Width was set to be greater than its maximum."}}));
 }
 
 TEST(JsonSerializer, StoresAsItGoesWithoutValidation)
@@ -267,7 +274,8 @@ TEST(JsonSerializer, StoresAsItGoesWithoutValidation)
     Palette palette;
     Json const document{{"colour", 1}, {"pen", {{"width", -1}}}}; // no option of the first; children in their order
 
-    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Deserialize(palette, document); }).status, -997);
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Deserialize(palette, document); }),
+              (Refusal{-997, "-1 is not a whole number in the range of uint16."}));
 
     EXPECT_EQ(palette.colour, Colour::GREEN);
     EXPECT_EQ(palette.pen.width, 1);

@@ -61,10 +61,15 @@ TEST(ParamsEnum, RefusesWhatIsNoOption)
 TEST(ParamsEnum, RefusesEveryChangeWithoutOptionsButNotWhatIsThere)
 {
     Enum<Colour> value(Colour::GREEN);
+    ZuTest::LogRecorder log;
 
     EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(0)); }),
               (Refusal{-997, "<unnamed> was set to a value outside of the enum."}));
     EXPECT_NO_THROW(JsonSerializer::Validate(value, Json(1)));
+
+    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{{0x8000000100000002, "Params validation",
+                                                  "<unnamed> was set to a value outside of the enum."}}));
+    EXPECT_EQ(value, Colour::GREEN);
 }
 
 TEST(ParamsEnum, TestsTheListAlsoWhenItIsReadOnly)
@@ -73,7 +78,8 @@ TEST(ParamsEnum, TestsTheListAlsoWhenItIsReadOnly)
     value.EnableReadOnly().readOnly = true;
     ZuTest::LogRecorder log;
 
-    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(1)); }).status, -997);
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(1)); }),
+              (Refusal{-997, "<unnamed> was set to a value outside of the enum."}));
 
     EXPECT_EQ(log.Lines(),
               (std::vector<LogLine>{

@@ -106,6 +106,7 @@ TEST(ParamsValue, LosesTheMinimumOfItsBirthWhenThatIsDisabled)
 TEST(ParamsValue, RefusesAnAttributeThatIsNotEnabled)
 {
     Value<double> const value;
+    LogRecorder log;
 
     EXPECT_EQ(RefusalOf([&] { value.GetUnits(); }), (Refusal{-997, "Must enable 'units' before using it."}));
     EXPECT_EQ(RefusalOf([&] { value.GetDescription(); }),
@@ -119,6 +120,7 @@ TEST(ParamsValue, RefusesAnAttributeThatIsNotEnabled)
               (Refusal{-997, "Must enable 'exclusiveMaximum' before using it."}));
     EXPECT_EQ(RefusalOf([&] { value.GetScale(); }), (Refusal{-997, "Must enable 'scale' before using it."}));
     EXPECT_EQ(RefusalOf([&] { value.GetFormat(); }), (Refusal{-997, "Must enable 'format' before using it."}));
+    EXPECT_EQ(log.Lines(), std::vector<LogLine>());
 }
 
 TEST(ParamsValue, NamesTheFunctionThatRefuses)
@@ -282,20 +284,47 @@ TEST(ParamsValue, KeepsAPercentSignOfItsTitle)
     Value<int32> value;
     value.title = "100%s";
     value.EnableMinimum(true);
+    LogRecorder log;
 
     EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(-1)); }),
               (Refusal{-997, "100%s was set to be less than its minimum."}));
+
+    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{Refused("100%s was set to be less than its minimum.")}));
 }
 
 TEST(ParamsValue, ComparesStringsByBytesAndThenByLength)
 {
     Value<std::string> value("x");
     value.EnableMaximum(true).GetMaximum() = "ab";
+    Refusal const tooGreat{-997, "<unnamed> was set to be greater than its maximum."};
 
     EXPECT_NO_THROW(JsonSerializer::Validate(value, Json("a")));
     EXPECT_NO_THROW(JsonSerializer::Validate(value, Json("ab")));
-    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json("aba")); }).status, -997);
-    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json("\xC3\xA4")); }).status, -997);
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json("aba")); }), tooGreat);
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json("\xC3\xA4")); }), tooGreat);
+}
+
+TEST(ParamsValue, ComparesFlagsAsZeroAndOne)
+{
+    Value<bool> value;
+    value.EnableMaximum(true);
+    Value<bool> other(true);
+    other.EnableExclusiveMinimum(true);
+
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(true)); }),
+              (Refusal{-997, "<unnamed> was set to be greater than its maximum."}));
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(other, Json(false)); }),
+              (Refusal{-997, "<unnamed> was set to be less than or equal to its exclusive minimum."}));
+}
+
+TEST(ParamsValue, ComparesEnumerationsAsTheirIntegers)
+{
+    Value<ZuTest::Colour> value;
+    value.EnableMaximum(true).GetMaximum() = ZuTest::Colour::GREEN;
+
+    EXPECT_NO_THROW(JsonSerializer::Validate(value, Json(1)));
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(value, Json(200)); }),
+              (Refusal{-997, "<unnamed> was set to be greater than its maximum."}));
 }
 
 TEST(ParamsValue, LetsANumberThatIsNonePassAllBounds)
@@ -324,11 +353,14 @@ TEST_F(ReadOnlyValue, LogsAndIgnoresAValidatedWrite)
     EXPECT_EQ(log.Lines(), (std::vector<LogLine>{ReadOnly("Port")}));
 }
 
-TEST_F(ReadOnlyValue, TakesTheSameValueSilently)
+TEST_F(ReadOnlyValue, TakesTheSameValueSilentlyWhateverItsBounds)
 {
+    value.EnableMaximum(true).GetMaximum() = 4;
+
     Write(value, Json(5));
 
-    EXPECT_TRUE(log.Lines().empty());
+    EXPECT_EQ(value, 5);
+    EXPECT_EQ(log.Lines(), std::vector<LogLine>());
 }
 
 TEST_F(ReadOnlyValue, StoresWhatWasNotValidated)
@@ -336,6 +368,7 @@ TEST_F(ReadOnlyValue, StoresWhatWasNotValidated)
     JsonSerializer::Deserialize(value, Json(7));
 
     EXPECT_EQ(value, 7);
+    EXPECT_EQ(log.Lines(), std::vector<LogLine>());
 }
 
 TEST_F(ReadOnlyValue, IsStillTestedAgainstItsBounds)
@@ -347,12 +380,14 @@ TEST_F(ReadOnlyValue, IsStillTestedAgainstItsBounds)
 
     EXPECT_EQ(log.Lines(),
               (std::vector<LogLine>{ReadOnly("Port"), Refused("Port was set to be greater than its maximum.")}));
+    EXPECT_EQ(value, 5);
 }
 
 TEST_F(ReadOnlyValue, IgnoresTheNextReadOfARefusedValueOnce)
 {
     value.EnableMaximum(true).GetMaximum() = 6;
-    EXPECT_EQ(RefusalOf([this] { Write(value, Json(7)); }).status, -997);
+    EXPECT_EQ(RefusalOf([this] { Write(value, Json(7)); }),
+              (Refusal{-997, "Port was set to be greater than its maximum."}));
     JsonSerializer::Validate(value, Json(5)); // unchanged: clears nothing
 
     JsonSerializer::Deserialize(value, Json(7));
