@@ -7,6 +7,7 @@
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/RegisterBlockIdParams.h"
 #include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
@@ -45,7 +46,12 @@ protected:
 
     nlohmann::json Schema(std::string const& action)
     {
-        return Zu::Properties::JsonSerializer::SerializeSchema(*target.GetActionParams(action)).at("properties");
+        return PropertiesOf(*target.GetActionParams(action));
+    }
+
+    static nlohmann::json PropertiesOf(Zu::Params::Group const& record)
+    {
+        return Zu::Properties::JsonSerializer::SerializeSchema(record).at("properties");
     }
 
     ProtocolRegisterAssemblyBase assembly{true, 100, 199};
@@ -83,15 +89,38 @@ TEST_F(ProtocolRegisterAssemblyActionTargetTest, GivesArgumentsAtTheirDefaults)
 
 TEST_F(ProtocolRegisterAssemblyActionTargetTest, DescribesItsArguments)
 {
-    nlohmann::json const update = Schema("update");
-    EXPECT_EQ(update.at("newParams").at("title"), "New Parameters For Output Id");
-    EXPECT_EQ(update.at("newParams").at("sortOrder"), 200);
-    EXPECT_EQ(update.at("autoShift").at("title"), "Auto Shift Blocks On Output id Overlap");
-    EXPECT_EQ(update.at("outputId").at("minimum"), 0);
-    EXPECT_EQ(Schema("add").at("blocks").at("title"), "Register Block Parameters List");
-    EXPECT_EQ(Schema("add").at("autoShift").at("title"), "Auto Shift Blocks On Output id Overlap");
-    EXPECT_EQ(Schema("remove").at("outputIdList").at("title"), "Output Id List");
-    EXPECT_EQ(Schema("compact").at("startingOutputId").at("title"), "Starting Output Id");
+    using nlohmann::json;
+    json const flag{{"type", "boolean"}, {"title", "Auto Shift Blocks On Output id Overlap"}, {"sortOrder", 100}};
+    auto const text = [](char const* title, int sortOrder) {
+        return json{{"type", "string"}, {"title", title}, {"sortOrder", sortOrder}};
+    };
+    auto const id = [](char const* title, int sortOrder) {
+        return json{{"type", "integer"}, {"title", title}, {"sortOrder", sortOrder}, {"minimum", 0}};
+    };
+    auto const list = [](char const* title) {
+        return json{{"type", "array"}, {"title", title}, {"sortOrder", 0}, {"items", json::array()}};
+    };
+
+    EXPECT_EQ(Schema("add"), (json{{"blocks", list("Register Block Parameters List")}, {"autoShift", flag}}));
+    EXPECT_EQ(Schema("remove"), (json{{"outputIdList", list("Output Id List")}}));
+    EXPECT_EQ(Schema("compact"), (json{{"startingOutputId", id("Starting Output Id", 0)}}));
+    json const newParams{{"dataSource", text("Data Source", 0)},
+                         {"scannerId", text("Scanner Id", 100)},
+                         {"displayName", text("Display Name", 200)},
+                         {"outputId", id("Output Id", 300)}};
+    EXPECT_EQ(Schema("update"), (json{{"outputId", id("Output Id", 0)},
+                                      {"autoShift", flag},
+                                      {"newParams",
+                                       {{"type", "object"},
+                                        {"title", "New Parameters For Output Id"},
+                                        {"sortOrder", 200},
+                                        {"properties", newParams}}}}));
+    EXPECT_EQ(PropertiesOf(RegisterBlockIdParams()), (json{{"outputId", id("Output Id", 0)}}));
+    EXPECT_EQ(PropertiesOf(RegisterBlockParams()), (json{{"type", text("Register Block Type", 0)},
+                                                         {"dataSource", text("Scan Output Data Source", 100)},
+                                                         {"scannerId", text("Scanner Id", 200)},
+                                                         {"displayName", text("Display Name", 300)},
+                                                         {"outputId", id("Output Id", 400)}}));
 }
 
 TEST_F(ProtocolRegisterAssemblyActionTargetTest, RunsEachActionAndGivesAnEmptyResult)
@@ -119,10 +148,19 @@ TEST_F(ProtocolRegisterAssemblyActionTargetTest, FillsTheCallersRecord)
 
 TEST_F(ProtocolRegisterAssemblyActionTargetTest, PassesOnThatNothingWasAdded)
 {
+    ZuTest::LogRecorder log;
+
     EXPECT_EQ(RefusalOf([&] {
                   Invoke("add", {{"blocks", {{{"type", "x"}}, {{"type", ""}}}}});
               }),
               (Refusal{0, "No register blocks were added."}));
+
+    EXPECT_EQ(log.Lines(),
+              (std::vector<ZuTest::LogLine>{
+                  ZuTest::UserWarning(
+                      "Cannot add block. The type or size of the x block is incompatible with this protocol."),
+                  ZuTest::UserWarning(
+                      "Cannot add block. Register block type must be specified in order to add a register block.")}));
 }
 
 TEST_F(ProtocolRegisterAssemblyActionTargetTest, LogsAnUnknownActionThatIsAskedForArguments)

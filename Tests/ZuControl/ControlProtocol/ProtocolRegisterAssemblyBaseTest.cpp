@@ -7,6 +7,7 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/CompactBlocksParams.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <stdexcept>
 #include <thread>
 #include <typeinfo>
@@ -54,6 +56,45 @@ struct StrangeBlock : public ProtocolRegisterBlock
     {
         throw std::runtime_error("strange");
     }
+};
+
+/// Counts the lines that are written while a condition holds.
+class LineCounter final : public Zu::Logging::ISink
+{
+public:
+    explicit LineCounter(std::function<bool()> newIsFree) : isFree(std::move(newIsFree))
+    {
+    }
+
+    bool Wants(uint64 /*flags*/) const override
+    {
+        return true;
+    }
+
+    void Write(Zu::Logging::Entry const& /*entry*/) override
+    {
+        linesWithTheLockFree += isFree() ? 1 : 0;
+    }
+
+    int linesWithTheLockFree = 0;
+
+private:
+    std::function<bool()> const isFree;
+};
+
+/// One that changes how blocks are added.
+class OwnAssembly final : public ProtocolRegisterAssemblyBase
+{
+public:
+    void Add(Zu::Params::Group& params) override
+    {
+        ++calls;
+        onAdd();
+        ProtocolRegisterAssemblyBase::Add(params);
+    }
+
+    std::function<void()> onAdd;
+    int calls = 0;
 };
 
 // Private and called by nobody: reached for its test through an explicit instantiation, which may name it.
@@ -160,6 +201,17 @@ protected:
         log.Clear();
     }
 
+    /// Whether the calling thread holds the lock: only then may it let it go, and takes it again.
+    bool IsLockHeld()
+    {
+        if (RefusalOf([this] { assembly->EndLock(); }) != DONE)
+        {
+            return false;
+        }
+        assembly->BeginLock();
+        return true;
+    }
+
     int CountOf(std::string const& type)
     {
         int count = -1;
@@ -203,16 +255,18 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, ShowsWhatItWasMadeWith)
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(RegisterAssemblyAttributes()),
               (nlohmann::json{{"isGlobalAddressSpaceUsed", false}, {"outputIdMin", 0}, {"outputIdMax", 0}}));
 
-    nlohmann::json const properties =
-        Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Properties()).at("properties");
-    EXPECT_EQ(properties.at("displayName").at("title"), "Register Assembly display name");
-    EXPECT_EQ(properties.at("id").at("title"), "Register Assembly Identifier");
-    EXPECT_EQ(properties.at("id").at("readOnly"), true);
-    nlohmann::json const attributes =
-        Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Attributes()).at("properties");
-    EXPECT_EQ(attributes.at("outputIdMax").at("readOnly"), true);
-    EXPECT_EQ(attributes.at("outputIdMax").at("minimum"), 0);
-    EXPECT_EQ(attributes.at("isGlobalAddressSpaceUsed").at("title"), "Is Global Address Space Used");
+    EXPECT_EQ(Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Properties()).at("properties"),
+              nlohmann::json::parse(R"({
+        "displayName": {"type": "string", "title": "Register Assembly display name", "sortOrder": 0, "readOnly": true},
+        "id": {"type": "string", "title": "Register Assembly Identifier", "sortOrder": 100, "readOnly": true}})"));
+    EXPECT_EQ(Zu::Properties::JsonSerializer::SerializeSchema(byDefault.Attributes()).at("properties"),
+              nlohmann::json::parse(R"({
+        "isGlobalAddressSpaceUsed":
+            {"type": "boolean", "title": "Is Global Address Space Used", "sortOrder": 0, "readOnly": true},
+        "outputIdMin":
+            {"type": "integer", "title": "Minimum Output Id", "sortOrder": 100, "readOnly": true, "minimum": 0},
+        "outputIdMax":
+            {"type": "integer", "title": "Maximum Output Id", "sortOrder": 200, "readOnly": true, "minimum": 0}})"));
     EXPECT_STREQ(ProtocolRegisterAssemblyBase::REGISTER_BLOCK_INSTANCE_FORMATID_DELIMITER, "-");
 }
 
@@ -301,6 +355,37 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, AddsWhatItCanAndLogsTheRest)
                UserWarning("Cannot add block. Register block type must be specified in order to add a register "
                            "block.")}));
     EXPECT_EQ(Placed(), (Names{"T name@100"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesAnElementWithoutATypeBeforeItTakesTheLock)
+{
+    Build(true, 100, 199);
+    assembly->BeginLock();
+
+    Refusal refusal{};
+    std::thread([&] { refusal = Add(100, false, ""); }).join(); // would not come back if it waited
+
+    assembly->EndLock();
+    EXPECT_EQ(refusal, NOTHING_ADDED);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, HoldsItsLockForEachElementAndNotWhileItLogs)
+{
+    Build(true, 100, 199);
+    auto const sink = std::make_shared<LineCounter>([this] { return !IsLockHeld(); });
+    Zu::Logging::AddSink(sink);
+    AddBlockParams params;
+    for (char const* const type : {"x", "T", "x"})
+    {
+        params.blocks.Add().type.Set(type);
+    }
+
+    assembly->Add(params);
+    EXPECT_EQ(Remove({150, 100, 160}), DONE);
+
+    Zu::Logging::RemoveSink(sink);
+    EXPECT_EQ(sink->linesWithTheLockFree, 4);
+    EXPECT_EQ(log.Lines().size(), 4u);
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, DoesNothingForEmptyArrays)
@@ -503,6 +588,16 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, CompactsPlainNumbersBeyondTheLast)
     EXPECT_EQ(Placed(), (Names{"b1@65534", "b2@65535", "b3@0"}));
 }
 
+TEST_F(ProtocolRegisterAssemblyBaseTest, CompactsPlainNumbersOutsideOfTheRange)
+{
+    Build(false, 10, 20);
+    AddAt({1, 5});
+
+    EXPECT_EQ(Compact(500), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b1@500", "b2@501"}));
+}
+
 TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesToCompactWithoutWaitingForTheLock)
 {
     Build(true, 100, 199);
@@ -632,6 +727,38 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, PlacesOneBlockOfEachTypeThatMustHaveOne
     }
 }
 
+TEST_F(ProtocolRegisterAssemblyBaseTest, AddsTheDefaultsThroughTheVirtualOperationUnderTheLock)
+{
+    auto own = std::make_unique<OwnAssembly>();
+    OwnAssembly& derived = *own;
+    assembly = std::move(own);
+    auto needed = ZuTest::TypeParams("Needed", 4);
+    needed.minInstanceCount = 1;
+    Offer(needed);
+    derived.onAdd = [this] { EXPECT_TRUE(IsLockHeld()); };
+
+    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+
+    EXPECT_EQ(derived.calls, 1);
+    EXPECT_EQ(Placed(), (Names{"Needed name@0"}));
+    EXPECT_FALSE(IsLockHeld());
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, PassesOnThatNoneOfTheDefaultsCouldBeAdded)
+{
+    Build(false);
+    auto source = ZuTest::TypeParams<ProtocolScanOutputRegisterBlock>("S", 1);
+    source.minInstanceCount = 1;
+    source.hasDataSource = true;
+    Offer(source);
+    AddAt({5});
+
+    EXPECT_EQ(RefusalOf([&] { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); }), NOTHING_ADDED);
+
+    ExpectLine("Cannot add block. A data source is required for block type S.");
+    EXPECT_EQ(Placed(), Names{}); // what was there is gone all the same
+}
+
 TEST_F(ProtocolRegisterAssemblyBaseTest, DoesWithoutDefaultsWhereNoTypeNeedsABlock)
 {
     Build(false);
@@ -663,12 +790,17 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, HandsItsListsOutUnderItsLockAlone)
 TEST_F(ProtocolRegisterAssemblyBaseTest, ChangesTheByteOrderOfPlacedBlocks)
 {
     Build(true);
+    auto type = ZuTest::TypeParams<DefaultControlOutputRegisterBlock>("Answer", 3);
+    type.isProtocolBigEndian = true;
+    Offer(type);
+    EXPECT_EQ(Add(100, false, "Answer"), DONE);
+    std::shared_ptr<ProtocolRegisterBlock> const block = assembly->FindAddedBlocksOfTypes({"Answer"}).front();
+    DefaultControlOutputRegisterBlock::DefaultCommandResultData const answer{0x1234, CommandStatusDone};
+    EXPECT_EQ(ZuTest::Written(*block, 3, &answer, sizeof answer), (ZuTest::Bytes{0x12, 0x34, 0x02}));
 
     assembly->ChangeBigEndianSupportedBlocks(false);
 
-    assembly->BeginLock();
-    EXPECT_FALSE(assembly->SupportedRegisterBlockTypes()[0]->IsProtocolBigEndian());
-    assembly->EndLock();
+    EXPECT_EQ(ZuTest::Written(*block, 3, &answer, sizeof answer), (ZuTest::Bytes{0x34, 0x12, 0x02}));
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, TellsWhetherARangeFitsAheadOfTheTail)

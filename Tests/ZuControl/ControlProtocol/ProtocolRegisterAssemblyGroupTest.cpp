@@ -1,5 +1,6 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 
+#include "Support/Latch.h"
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
@@ -8,6 +9,8 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace ZuControl::ControlProtocol
 {
@@ -36,6 +39,21 @@ struct Assembly
 
     ProtocolRegisterAssemblyBase base;
     ProtocolRegisterAssemblyActionTarget target{base};
+};
+
+/// An assembly that holds up whoever asks for its data sources.
+class SlowAssembly final : public ProtocolRegisterAssemblyBase
+{
+public:
+    std::vector<std::string> DataSourceList() const override
+    {
+        asked.Open();
+        EXPECT_TRUE(answer.Wait());
+        return {};
+    }
+
+    mutable ZuTest::Latch asked;
+    ZuTest::Latch answer;
 };
 
 } // namespace
@@ -96,6 +114,22 @@ TEST(ProtocolRegisterAssemblyGroup, RefusesLookUpsInOrder)
 
     EXPECT_EQ(RefusalOf([&] { group.RegisterAssembly("x"); }), (Refusal{-999, "Register assembly x not found"}));
     EXPECT_EQ(RefusalOf([&] { group.ActionTarget("x"); }), (Refusal{-999, "Register assembly x not found"}));
+}
+
+TEST(ProtocolRegisterAssemblyGroup, SaysWithoutItsLockWhetherItIsEmpty)
+{
+    SlowAssembly assembly;
+    ProtocolRegisterAssemblyActionTarget target(assembly);
+    ProtocolRegisterAssemblyGroup group;
+    group.Add(assembly, target);
+    std::thread asking([&] { group.DataSourceList(); }); // holds the lock of the group until it is answered
+    ASSERT_TRUE(assembly.asked.Wait());
+
+    EXPECT_FALSE(group.Empty());
+    EXPECT_FALSE(group.HasRegisterAssembly(nullptr));
+
+    assembly.answer.Open();
+    asking.join();
 }
 
 TEST(ProtocolRegisterAssemblyGroup, GivesEachDataSourceOnce)

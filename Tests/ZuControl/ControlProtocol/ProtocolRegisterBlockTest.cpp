@@ -357,10 +357,11 @@ TEST(ProtocolRegisterBlock, TakesItsTypeNameFromItsType)
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(block),
               (nlohmann::json{{"type", "Test"}, {"displayName", "name"}, {"scannerId", "scanner-0"}, {"outputId", 7}}));
     nlohmann::json const schema = Zu::Properties::JsonSerializer::SerializeSchema(block).at("properties");
-    EXPECT_EQ(schema.at("type").at("readOnly"), true);
-    EXPECT_FALSE(schema.at("displayName").contains("readOnly"));
-    EXPECT_EQ(schema.at("outputId").at("minimum"), 0);
-    EXPECT_EQ(schema.at("outputId").at("sortOrder"), 300);
+    EXPECT_EQ(schema, nlohmann::json::parse(R"({
+        "type": {"type": "string", "title": "Type", "sortOrder": 0, "readOnly": true},
+        "displayName": {"type": "string", "title": "Display Name", "sortOrder": 100},
+        "scannerId": {"type": "string", "title": "Scanner Id", "sortOrder": 200},
+        "outputId": {"type": "integer", "title": "Output Id", "sortOrder": 300, "minimum": 0}})"));
 }
 
 TEST(ProtocolRegisterBlock, NeedsAnOutputIdWhereIdsAreAddresses)

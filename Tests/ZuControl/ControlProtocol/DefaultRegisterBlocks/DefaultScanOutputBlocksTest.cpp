@@ -111,6 +111,27 @@ struct Placed
     Block block;
 };
 
+/// Looks at the references while it writes.
+struct WatchingBlock : public DefaultMeasurementValueRegisterBlock
+{
+    WatchingBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
+        : ProtocolScanOutputRegisterBlock(params, usedInfo), DefaultMeasurementValueRegisterBlock(params, usedInfo)
+    {
+    }
+
+    void SerializeMeasurementMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override
+    {
+        resultItem = data->resultItem;
+        elementReferences = wObject_RefCount(MessageOf(data->resultItem));
+        infoReferences = wObject_RefCount(ZuCore::ResultItem_ResultInfo(data->resultItem));
+        DefaultMeasurementValueRegisterBlock::SerializeMeasurementMsg(buffer, offset, data);
+    }
+
+    ZuCore::ResultItem resultItem = nullptr;
+    uint64 elementReferences = 0;
+    uint64 infoReferences = 0;
+};
+
 constexpr uint16 STAMP = 11;
 constexpr uint16 MEASUREMENT = 19;
 constexpr double MISSING = -1.7976931348623157e308;
@@ -204,6 +225,22 @@ TEST(ProtocolScanOutputRegisterBlock, GivesBackWhatItHeldOfAnArrayOnEveryPath)
         EXPECT_EQ(wObject_RefCount(element.get()), elementReferences);
         EXPECT_EQ(wObject_RefCount(item.resultInfo.get()), infoReferences);
     }
+}
+
+TEST(ProtocolScanOutputRegisterBlock, HoldsOneReferenceMoreWhileItWritesAnElement)
+{
+    Message const element = Measurement(1, 1);
+    Message const array = ArrayOf({element.get()});
+    Item const item(MEASUREMENT, array.get());
+    uint64 const elementReferences = wObject_RefCount(element.get());
+    uint64 const infoReferences = wObject_RefCount(item.resultInfo.get());
+    Placed<WatchingBlock> placed(4);
+
+    placed.Write(item);
+
+    EXPECT_NE(placed.block.resultItem, item.item.get()); // the block is given an item of its own
+    EXPECT_EQ(placed.block.elementReferences, elementReferences + 1);
+    EXPECT_EQ(placed.block.infoReferences, infoReferences + 1);
 }
 
 TEST(ProtocolScanOutputRegisterBlock, RefusesWhatItDoesNotTake)
@@ -302,6 +339,15 @@ TEST(DefaultMeasurementValueAndDecisionRegisterBlock, LetsNoDecisionOutlastAnInv
     EXPECT_EQ(Placed<Both>(5).Write(MEASUREMENT, Measurement(MISSING, 1)), (Bytes{0x80, 0x00, 0x00, 0x00, 0x02}));
     EXPECT_EQ(Placed<Both>(5).Write(MEASUREMENT, Null()), (Bytes{0x80, 0x00, 0x00, 0x00, 0x02}));
     EXPECT_EQ(Placed<Both>(3, 2).Write(MEASUREMENT, Null()), (Bytes{0x00, 0x80, 0x00, 0x00, 0x02, 0x00}));
+}
+
+TEST(DefaultMeasurementValueAndDecisionRegisterBlock, WritesTheDecisionLastOnlyWhenItIsValid)
+{
+    Placed<Both> overlapping(5);
+    overlapping.block.decisionOffset = 3; // onto the last byte of the value: what is written last stays
+
+    EXPECT_EQ(overlapping.Write(MEASUREMENT, Measurement(1.2345, 1)), (Bytes{0x00, 0x00, 0x04, 0x01, 0xAA}));
+    EXPECT_EQ(overlapping.Write(MEASUREMENT, Measurement(MISSING, 1)), (Bytes{0x80, 0x00, 0x00, 0x00, 0xAA}));
 }
 
 TEST(DefaultStampRegisterBlock, WritesAllFieldsOfAStamp)
