@@ -36,12 +36,7 @@ ControlInstance::ControlInstance(ControlInstanceParams& params)
     metrics.BindProtocol(protocol.get());
     try
     {
-        paramsHandlerId = protocol->AddParamsInternalUpdateEventHandler(
-            [this](bool notify) { ProtocolParamsInternalUpdateHandler(notify); });
-        statusHandlerId = protocol->AddProtocolStatusUpdateEventHandler(
-            [this](ProtocolStatus newStatus) { ProtocolStatusUpdateHandler(newStatus); });
-        outputsHandlerId = protocol->AddOutputsInternalUpdateEventHandler(
-            [this](bool notify) { ProtocolOutputsInternalUpdateHandler(notify); });
+        AddProtocolHandlers();
     }
     catch (...)
     {
@@ -56,6 +51,7 @@ ControlInstance::~ControlInstance()
     {
         metrics.ClearProtocol();
     }
+    protocolHandlersGate.Close(); // a removal that failed, or that came while the protocol was telling, ends here
     ZU_GUARD_DESTRUCTOR([this] { EndResultDelivery(); });
 }
 
@@ -421,6 +417,17 @@ ControlProtocol::IProtocol* ControlInstance::GetProtocol() const
 void ControlInstance::RegisterProblem(char const* format, char const* text)
 {
     problemsTracker.Register(problems->Add(START_STOP_SEVERITY, PROBLEM_SOURCE, format, text));
+}
+
+void ControlInstance::AddProtocolHandlers()
+{
+    Zu::SharedCallbackGate const& gate = protocolHandlersGate;
+    paramsHandlerId = protocol->AddParamsInternalUpdateEventHandler(
+        gate.Bind(std::function<void(bool)>([this](bool notify) { ProtocolParamsInternalUpdateHandler(notify); })));
+    statusHandlerId = protocol->AddProtocolStatusUpdateEventHandler(gate.Bind(std::function<void(ProtocolStatus)>(
+        [this](ProtocolStatus newStatus) { ProtocolStatusUpdateHandler(newStatus); })));
+    outputsHandlerId = protocol->AddOutputsInternalUpdateEventHandler(
+        gate.Bind(std::function<void(bool)>([this](bool notify) { ProtocolOutputsInternalUpdateHandler(notify); })));
 }
 
 void ControlInstance::RemoveProtocolHandlers()

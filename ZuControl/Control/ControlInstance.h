@@ -1,6 +1,7 @@
 #pragma once
 
-#include "ZuApi/Event.h"
+#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/SharedCallbackGate.h"
 #include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -30,7 +31,8 @@ class IProtocol;
 /// Stands between one protocol and the rest of the system.
 ///
 /// It begins disabled. It does not stop its protocol when it goes: that is the affair of the protocol's own destructor. No
-/// result reaches the protocol any more by then.
+/// result reaches the protocol any more by then, and nothing that the protocol still tells reaches the instance. A call
+/// that the protocol is making meanwhile is waited for: whoever destroys an instance holds no lock that a listener takes.
 class ZUCONTROL_API ControlInstance final : public IControlInstance
 {
 public:
@@ -97,6 +99,7 @@ private:
     void UpdateScanResult();
     ControlProtocol::IProtocol* GetProtocol() const;
     void RegisterProblem(char const* format, char const* text);
+    void AddProtocolHandlers();
     void RemoveProtocolHandlers();
     void EndResultDelivery();
 
@@ -111,15 +114,19 @@ private:
     std::shared_ptr<ControlProtocol::IProtocol> protocol;
     IUpdateGate* const updateGate;
     IControlScanResults* const scanResults;
-    Zu::Event<std::string, bool> paramsUpdatedEvent;
-    Zu::Event<std::string, bool> outputsUpdatedEvent;
-    Zu::Event<std::string, std::string> registerAssemblyUpdatedEvent;
+    // Listeners come and go while a thread of the protocol may be telling of an update.
+    Zu::GuardedEvent<std::string, bool> paramsUpdatedEvent;
+    Zu::GuardedEvent<std::string, bool> outputsUpdatedEvent;
+    Zu::GuardedEvent<std::string, std::string> registerAssemblyUpdatedEvent;
     ControlInstanceMetrics metrics;
     ZuCommon::ProblemsManager* const problems;
     ZuCommon::ProblemsTracker problemsTracker;
     Zu::Event<bool>::CallbackId paramsHandlerId;
     Zu::Event<ProtocolStatus>::CallbackId statusHandlerId;
     Zu::Event<bool>::CallbackId outputsHandlerId;
+
+    // Last, so that it closes first. Handlers run side by side: they call the host, under whatever lock it takes there.
+    Zu::SharedCallbackGate protocolHandlersGate;
 };
 
 } // namespace ZuControl

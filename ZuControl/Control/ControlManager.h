@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZuApi/CallbackGate.h"
-#include "ZuApi/Event.h"
+#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/SharedCallbackGate.h"
 #include "ZuControl/Control/ControlDataCache.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
@@ -83,15 +83,15 @@ private:
 
     bool registered = false;
     uint64 persistHandlerId = 0;
-    Zu::Event<PersistenceLoadOpState> persistenceLoadEvent;
+    Zu::GuardedEvent<PersistenceLoadOpState> persistenceLoadEvent;
     Zu::Event<bool>* scanStartStopEvent = nullptr;
     Zu::Event<>* factoryRestoreEvent = nullptr;
     Zu::Event<bool>::CallbackId scanStartStopHandlerId;
     Zu::Event<>::CallbackId factoryRestoreHandlerId;
 
     // The host may fire on another thread while the manager goes.
-    Zu::CallbackGate scanStartStopGate;
-    Zu::CallbackGate factoryRestoreGate;
+    Zu::SharedCallbackGate scanStartStopGate;
+    Zu::SharedCallbackGate factoryRestoreGate;
 };
 
 } // namespace ZuControl

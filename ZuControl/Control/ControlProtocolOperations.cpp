@@ -90,19 +90,11 @@ void ControlProtocolOperations::Restart(ZuEthernetProtocol protocol)
 Zu::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(ZuEthernetProtocol protocol,
                                                                            std::function<void(int)> handler)
 {
-    std::scoped_lock const guard(handlersLock);
-    Zu::Event<int>& event = OperationEndEvent(protocol);
-    if (!handler)
-    {
-        return event.Add({});
-    }
-    auto const shared = std::make_shared<OpEndHandler>(std::move(handler));
-    return event.Add([this, shared](int) { collected->push_back(shared); });
+    return OperationEndEvent(protocol).Add(std::move(handler));
 }
 
 void ControlProtocolOperations::RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id)
 {
-    std::scoped_lock const guard(handlersLock);
     if (id.second)
     {
         OperationEndEvent(protocol).Remove(id);
@@ -261,26 +253,23 @@ void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, 
 
 void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int status)
 {
-    std::vector<std::weak_ptr<OpEndHandler>> due;
+    Zu::GuardedEvent<int>* event = nullptr;
     {
-        std::scoped_lock const guard(handlersLock);
+        std::scoped_lock const guard(opEndEventsLock);
         if (auto const position = opEndEvents.find(protocol); position != opEndEvents.end())
         {
-            collected = &due;
-            position->second.Fire(status);
+            event = &position->second;
         }
     }
-    for (auto const& weak : due)
+    if (event != nullptr)
     {
-        if (auto const handler = weak.lock()) // removed meanwhile: not called any more
-        {
-            (*handler)(status);
-        }
+        event->Fire(status);
     }
 }
 
-Zu::Event<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
+Zu::GuardedEvent<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
 {
+    std::scoped_lock const guard(opEndEventsLock);
     return opEndEvents[protocol];
 }
 

@@ -2,7 +2,7 @@
 
 #include "ZuApi/AsyncRunner.h"
 #include "ZuApi/CallbackGate.h"
-#include "ZuApi/Event.h"
+#include "ZuApi/GuardedEvent.h"
 #include "ZuApi/Threads/MsgQueue.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
@@ -18,7 +18,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace ZuControl
 {
@@ -116,7 +115,7 @@ private:
 
     void NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId);
     void OnOperationEnd(ZuEthernetProtocol protocol, int status);
-    Zu::Event<int>& OperationEndEvent(ZuEthernetProtocol protocol);
+    Zu::GuardedEvent<int>& OperationEndEvent(ZuEthernetProtocol protocol);
     void AlignmentCompletedCallback(ZuEthernetProtocol protocol, std::string const& scannerId,
                                     ZuScan::AlignCompletionStatus status);
     void CleanUpAlignmentCompletedEvent(std::string const& scannerId);
@@ -126,13 +125,9 @@ private:
     IControlScanEngineInterface& scanEngineInterface;
     std::unique_ptr<Zu::AsyncRunner> runner;
 
-    using OpEndHandler = std::function<void(int)>;
-
-    // Leaf lock: nothing is called under it, handlers neither. Firing one of the events calls no handler: it only collects
-    // them, and they run when the lock is free. The records of the protocols are made on first use and stay.
-    std::mutex handlersLock;
-    std::map<ZuEthernetProtocol, Zu::Event<int>> opEndEvents;
-    std::vector<std::weak_ptr<OpEndHandler>>* collected = nullptr; // of the firing that runs, under the lock
+    // Leaf lock of the map alone: an event is made on first use and stays where it is.
+    std::mutex opEndEventsLock;
+    std::map<ZuEthernetProtocol, Zu::GuardedEvent<int>> opEndEvents;
 
     std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight
     std::atomic<bool> runningFlag{true};
