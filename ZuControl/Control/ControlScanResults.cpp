@@ -4,7 +4,6 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
-#include "ZuControl/Control/ScanOutputMap.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wHandle.h"
@@ -140,7 +139,12 @@ void ControlScanResults::ProcessResultSet(void* resultSet)
 
 void ControlScanResults::UpdateOutputMap(ZuEthernetProtocol protocol, std::vector<std::string> dataSourceIds)
 {
-    std::shared_ptr<ScanOutputMap const> map = std::make_shared<ScanOutputMap const>(dataSourceIds);
+    ScanOutputMap::Texts texts;
+    for (std::string const& id : dataSourceIds)
+    {
+        AddToMap(texts, id);
+    }
+    std::shared_ptr<ScanOutputMap const> map = std::make_shared<ScanOutputMap const>(std::move(texts));
     std::scoped_lock const guard(outputMapsLock);
     FindMap(protocol).swap(map);
 }
@@ -166,6 +170,16 @@ std::shared_ptr<ScanOutputMap const>& ControlScanResults::FindMap(ZuEthernetProt
         ZU_THROW(Zu::Status::FAILURE);
     }
     return position->second;
+}
+
+void ControlScanResults::AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId)
+{
+    map.try_emplace(ScanOutputMap::NumericId(dataSourceId), dataSourceId); // of two with one number the first stays
+}
+
+void ControlScanResults::RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId)
+{
+    map.erase(ScanOutputMap::NumericId(dataSourceId));
 }
 
 std::shared_ptr<ScanOutputMap const> ControlScanResults::CurrentMap(ZuEthernetProtocol protocol)

@@ -3,6 +3,7 @@
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
 #include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Control/ScanOutputMap.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wLock.h"
@@ -22,7 +23,6 @@ namespace ZuControl
 {
 
 class IControlScanResultsDispatcher;
-class ScanOutputMap;
 
 /// Gives each protocol its own reduced copy of every result set: the items whose data source it wants, while it has a client.
 ///
@@ -46,9 +46,13 @@ public:
     void UpdateClientCount(ZuEthernetProtocol protocol, uint64 count) override;
 
 private:
+    friend class ControlScanResultsTest; // a source is taken out of a map by nobody else
+
     using Dispatchers = std::map<ZuEthernetProtocol, std::shared_ptr<IControlScanResultsDispatcher>>;
 
     std::shared_ptr<ScanOutputMap const>& FindMap(ZuEthernetProtocol protocol);
+    static void AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
+    static void RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     std::shared_ptr<ScanOutputMap const> CurrentMap(ZuEthernetProtocol protocol);
     static void CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into);
     static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet);

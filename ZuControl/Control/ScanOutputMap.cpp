@@ -3,6 +3,7 @@
 #include "ZuCore/DataSourceHash.h"
 
 #include <bit>
+#include <utility>
 
 namespace ZuControl
 {
@@ -12,12 +13,8 @@ ScanOutputMap::ScanOutputMap()
     BuildTable();
 }
 
-ScanOutputMap::ScanOutputMap(std::vector<std::string> const& dataSourceIds)
+ScanOutputMap::ScanOutputMap(Texts wantedTexts) : texts(std::move(wantedTexts))
 {
-    for (std::string const& id : dataSourceIds)
-    {
-        AddToMap(id);
-    }
     BuildTable();
 }
 
@@ -32,11 +29,6 @@ std::string const* ScanOutputMap::Text(uint64 numericId) const
 {
     auto const position = texts.find(numericId);
     return position != texts.end() ? &position->second : nullptr;
-}
-
-void ScanOutputMap::AddToMap(std::string const& dataSourceId)
-{
-    texts.try_emplace(NumericId(dataSourceId), dataSourceId);
 }
 
 void ScanOutputMap::BuildTable()

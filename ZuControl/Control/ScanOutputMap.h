@@ -16,10 +16,11 @@ namespace ZuControl
 class ZUCONTROL_INTERNAL_API ScanOutputMap final
 {
 public:
-    ScanOutputMap();
+    /// Text ids by their numeric ids.
+    using Texts = std::map<uint64, std::string>;
 
-    /// Of ids with one numeric id the first keeps its text.
-    explicit ScanOutputMap(std::vector<std::string> const& dataSourceIds);
+    ScanOutputMap();
+    explicit ScanOutputMap(Texts wantedTexts);
     ~ScanOutputMap();
 
     ScanOutputMap(ScanOutputMap const&) = delete;
@@ -64,10 +65,9 @@ private:
         return (numericId ^ (numericId >> 32)) & mask;
     }
 
-    void AddToMap(std::string const& dataSourceId);
     void BuildTable();
 
-    std::map<uint64, std::string> texts;
+    Texts const texts;
     std::vector<uint64> table; // open addressing, at most half full, so that every walk ends
     uint64 mask = 0;
     bool hasFreeSlotId = false;

@@ -57,9 +57,48 @@ protected:
         results.ProcessResultSet(set.get());
     }
 
+    static ScanOutputMap::Texts MapOf(std::vector<std::string> const& sources)
+    {
+        ScanOutputMap::Texts map;
+        for (std::string const& source : sources)
+        {
+            ControlScanResults::AddToMap(map, source);
+        }
+        return map;
+    }
+
+    static void TakeOut(ScanOutputMap::Texts& map, std::string const& source)
+    {
+        ControlScanResults::RemoveFromMap(map, source);
+    }
+
     ZuTest::CallLog calls;
     ControlScanResults results{nullptr, nullptr};
 };
+
+TEST_F(ControlScanResultsTest, MapsASourceByItsHashAndKeepsTheFirstTextOfANumber)
+{
+    // Two texts whose 64-bit hashes are one.
+    std::string const first = "8yn0iYCKYHlIj4-BwPqk";
+    std::string const second = "GReLUrM4wMqfg9yzV3KQ";
+    ASSERT_EQ(ScanOutputMap::NumericId(first), ScanOutputMap::NumericId(second));
+
+    EXPECT_EQ(MapOf({"foobar", first, "", second, "foobar"}),
+              (ScanOutputMap::Texts{{0x85944171f73967e8u, "foobar"},
+                                    {0xcbf29ce484222325u, ""},
+                                    {ScanOutputMap::NumericId(first), first}}));
+}
+
+TEST_F(ControlScanResultsTest, TakesASourceOutOfAMapAndNoErrorWhenItIsNotThere)
+{
+    ScanOutputMap::Texts map = MapOf({"a", "b"});
+
+    TakeOut(map, "a");
+    TakeOut(map, "a");
+    TakeOut(map, "c");
+
+    EXPECT_EQ(map, MapOf({"b"}));
+}
 
 TEST_F(ControlScanResultsTest, GivesEachProtocolItsShareInTheOrderOfTheSet)
 {

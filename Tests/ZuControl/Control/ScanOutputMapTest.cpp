@@ -8,6 +8,21 @@
 namespace ZuControl
 {
 
+namespace
+{
+
+ScanOutputMap::Texts TextsOf(std::vector<std::string> const& ids)
+{
+    ScanOutputMap::Texts texts;
+    for (std::string const& id : ids)
+    {
+        texts.emplace(ScanOutputMap::NumericId(id), id);
+    }
+    return texts;
+}
+
+} // namespace
+
 TEST(ScanOutputMap, NumbersADataSourceByItsHash)
 {
     EXPECT_EQ(ScanOutputMap::NumericId(""), 0xcbf29ce484222325u);
@@ -25,29 +40,27 @@ TEST(ScanOutputMap, WantsNothingUntilItIsToldSo)
     EXPECT_EQ(map.Text(0), nullptr);
 }
 
-TEST(ScanOutputMap, TakesADataSourceThatIsNamedTwiceForOne)
+TEST(ScanOutputMap, WantsWhatItIsGiven)
 {
-    ScanOutputMap const map({"a", "b", "a"});
+    ScanOutputMap const map(TextsOf({"a", "b"}));
 
+    EXPECT_FALSE(map.Empty());
     EXPECT_EQ(map.Count(), 2u);
     EXPECT_TRUE(map.Contains(ScanOutputMap::NumericId("a")));
     EXPECT_TRUE(map.Contains(ScanOutputMap::NumericId("b")));
     EXPECT_FALSE(map.Contains(ScanOutputMap::NumericId("c")));
     ASSERT_NE(map.Text(ScanOutputMap::NumericId("a")), nullptr);
     EXPECT_EQ(*map.Text(ScanOutputMap::NumericId("a")), "a");
+    EXPECT_EQ(map.Text(ScanOutputMap::NumericId("c")), nullptr);
 }
 
-TEST(ScanOutputMap, KeepsTheFirstOfTwoTextsWithOneNumber)
+TEST(ScanOutputMap, TakesZeroForANumberAsGoodAsAny)
 {
-    // Two texts whose 64-bit hashes are one.
-    std::string const first = "8yn0iYCKYHlIj4-BwPqk";
-    std::string const second = "GReLUrM4wMqfg9yzV3KQ";
-    ASSERT_EQ(ScanOutputMap::NumericId(first), ScanOutputMap::NumericId(second));
+    ScanOutputMap const map(ScanOutputMap::Texts{{0, "zero"}, {1, "one"}});
 
-    ScanOutputMap const map({first, second});
-
-    EXPECT_EQ(map.Count(), 1u);
-    EXPECT_EQ(*map.Text(ScanOutputMap::NumericId(second)), first);
+    EXPECT_TRUE(map.Contains(0));
+    EXPECT_TRUE(map.Contains(1));
+    EXPECT_FALSE(map.Contains(2));
 }
 
 TEST(ScanOutputMap, AnswersAsAPlainSetDoesForAnyNumberOfSources)
@@ -63,7 +76,7 @@ TEST(ScanOutputMap, AnswersAsAPlainSetDoesForAnyNumberOfSources)
             plain.insert(ScanOutputMap::NumericId(id));
         }
 
-        ScanOutputMap const map(ids);
+        ScanOutputMap const map(TextsOf(ids));
 
         ASSERT_EQ(map.Count(), plain.size());
         ASSERT_FALSE(map.Contains(0));
