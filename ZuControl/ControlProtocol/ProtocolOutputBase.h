@@ -23,7 +23,7 @@ namespace ZuControl::ControlProtocol
 ///
 /// The kinds of this library are instantiated in it. A kind with records of its own includes
 /// "ZuControl/ControlProtocol/ProtocolOutputBaseDefinition.h" where it instantiates the template; its records offer what
-/// StandardOutputItem, StandardOutputs and those with arguments offer.
+/// StandardOutputItem, StandardOutputs and those with arguments offer, and its ids are uint16 or std::string.
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 class ZUCONTROL_API ProtocolOutputBase : public IProtocolOutput
 {

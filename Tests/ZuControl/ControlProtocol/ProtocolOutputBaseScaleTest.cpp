@@ -71,7 +71,7 @@ double BestPerEntry(Round const& round, uint32 count, int rounds)
     return best / count;
 }
 
-void ExpectFewToCostAsManyDo(Round const& round)
+void ExpectManyToCostAsFewDo(Round const& round)
 {
     double const few = BestPerEntry(round, 100, 50);
     double const many = BestPerEntry(round, 10'000, 5);
@@ -79,16 +79,48 @@ void ExpectFewToCostAsManyDo(Round const& round)
     EXPECT_LE(many, 3 * few) << "seconds per entry: " << few << " of 100, " << many << " of 10,000";
 }
 
+/// What it takes to compare each source with all that came before it. Every twentieth is measured: it is slow.
+double CompareWithAllBefore(uint32 count)
+{
+    constexpr uint32 STEP = 20;
+    StandardOutputs outputs;
+    for (uint32 i = 0; i < count; ++i)
+    {
+        outputs.map.Add().source.Set(SourceName(i));
+    }
+    bool isFound = false;
+    double const start = UsedSeconds();
+    for (uint32 i = 0; i < count; i += STEP)
+    {
+        std::string const& source = outputs.map.At(i).source.Get();
+        for (uint32 before = 0; before < i; ++before)
+        {
+            isFound = isFound || outputs.map.At(before).source.Get() == source;
+        }
+    }
+    double const used = UsedSeconds() - start;
+    EXPECT_FALSE(isFound);
+    return used * STEP;
+}
+
 } // namespace
 
 TEST(ProtocolOutputBaseScaleTest, AddsManySourcesInBulkAtTheCostOfFew)
 {
-    ExpectFewToCostAsManyDo(AddInBulk);
+    ExpectManyToCostAsFewDo(AddInBulk);
 }
 
 TEST(ProtocolOutputBaseScaleTest, AddsManySourcesOneByOneAtTheCostOfFew)
 {
-    ExpectFewToCostAsManyDo(AddOneByOne);
+    ExpectManyToCostAsFewDo(AddOneByOne);
+}
+
+TEST(ProtocolOutputBaseScaleTest, FindsASourceWithoutAWalkAlongAll)
+{
+    double const walked = BestPerEntry(CompareWithAllBefore, 10'000, 2);
+    double const added = BestPerEntry(AddInBulk, 10'000, 3);
+
+    EXPECT_LE(added, 0.1 * walked) << "seconds per entry: " << added << " added, " << walked << " compared";
 }
 
 } // namespace ZuControl::ControlProtocol

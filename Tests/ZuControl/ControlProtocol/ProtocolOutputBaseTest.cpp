@@ -2,6 +2,7 @@
 
 #include "Support/Latch.h"
 #include "Support/OutputMapFixture.h"
+#include "ZuControl/ControlProtocol/ProtocolOutputBaseDefinition.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 
@@ -39,6 +40,22 @@ using StandardBase =
     ProtocolOutputBase<StandardOutputs, StandardOutputItem, StandardOutputsArgs, StandardOutputItemArgs>;
 using TextBase = ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
                                     TextIdStandardOutputItemArgs>;
+
+/// A kind of one's own, with numbers that cannot shift.
+struct OwnOutputs final : public StandardOutputs
+{
+};
+
+class OwnMap final
+    : public ProtocolOutputBase<OwnOutputs, StandardOutputItem, StandardOutputsArgs, StandardOutputItemArgs>
+{
+public:
+    using ProtocolOutputBase::ProtocolOutputBase;
+
+    void AddAll(Zu::Params::Group&) override
+    {
+    }
+};
 
 /// Where an operation stands in the table that plug-ins call through. The object format keeps it in the pointer.
 template <typename Operation>
@@ -466,14 +483,44 @@ TEST_F(ProtocolOutputBaseTest, DescribesItsRecord)
     EXPECT_EQ(list.at("autoShift").at("sortOrder"), 300);
 }
 
-TEST(ProtocolOutputBaseTextTest, LeavesWhatNeedsNumbersToOthers)
+class ProtocolOutputBaseOwnTest : public ZuTest::OutputMapFixture
 {
-    TextIdStandardProtocolOutputMap map(4);
-    TextIdStandardOutputItem item;
+protected:
+    IProtocolOutput& Map() override
+    {
+        return map;
+    }
+
+    OwnMap map{4};
+    Refusal const noOverlap{-996, "Overlap of output id not supported"};
+};
+
+TEST_F(ProtocolOutputBaseOwnTest, LeavesShiftsToTheKind)
+{
+    Place({{{"outputId", 3}, {"source", "a"}}});
+    StandardOutputItem item;
 
     EXPECT_FALSE(map.IsDataShiftSupported());
-    EXPECT_EQ(RefusalOf([&] { map.OverlapInsert(0, item); }), (Refusal{-996, "Overlap of output id not supported"}));
-    EXPECT_EQ(map.Count(), 0u);
+    EXPECT_EQ(RefusalOf([&] { map.OverlapInsert(0, item); }), noOverlap);
+    EXPECT_EQ(Add({{"outputId", 3}, {"source", "b"}}), noOverlap);
+    EXPECT_EQ(Add({{"outputId", 3}, {"source", "b"}, {"autoShift", true}}), noOverlap);
+    map.CompactId();
+
+    EXPECT_EQ(Items(), (Ids{{3, "a"}}));
+    EXPECT_EQ(log.Lines(), noLines);
+}
+
+TEST_F(ProtocolOutputBaseOwnTest, MovesAnItemToAFreeIdOnly)
+{
+    Place({{{"outputId", 3}, {"source", "a"}}, {{"outputId", 4}, {"source", "b"}}});
+
+    EXPECT_EQ(UpdateId(3, 4, true), (Refusal{-980, ""}));
+    EXPECT_EQ(UpdateId(7, 4, true), (Refusal{-980, ""})); // found before the old id is looked for
+    EXPECT_EQ(UpdateId(7, 8, true), (Refusal{-999, ""}));
+    EXPECT_EQ(UpdateId(3, 65534, true), done);
+
+    EXPECT_EQ(Items(), (Ids{{4, "b"}, {65534, "a"}}));
+    EXPECT_EQ(log.Lines(), noLines);
 }
 
 TEST(ProtocolOutputBaseSlotsTest, AreWherePluginsCallThem)
