@@ -61,7 +61,6 @@ public:
 
 private:
     class Core;
-    class Connection;
 
     ZuRest::ResourceRequestProcessor& processor;
     std::unique_ptr<Core> core; // while it runs

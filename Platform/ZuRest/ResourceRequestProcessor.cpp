@@ -8,7 +8,6 @@
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
 #include "ZuRest/JsonText.h"
-#include "ZuRest/OpenStream.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
 

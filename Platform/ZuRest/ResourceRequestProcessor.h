@@ -2,6 +2,7 @@
 
 #include "ZuRest/Answer.h"
 #include "ZuRest/DocumentReader.h"
+#include "ZuRest/OpenStream.h"
 #include "ZuRest/Request.h"
 #include "ZuRest/RequestProcessor.h"
 #include "ZuRest/ResourceLocks.h"
@@ -16,7 +17,6 @@ namespace ZuRest
 {
 
 class IStreamReceiver;
-class OpenStream;
 
 /// Turns requests into answers: the one place that knows both the resources and how they look on the wire.
 ///

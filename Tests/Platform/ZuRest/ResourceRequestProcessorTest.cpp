@@ -4,7 +4,6 @@
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
-#include "ZuRest/OpenStream.h"
 
 #include <gtest/gtest.h>
 

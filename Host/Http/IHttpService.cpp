@@ -1,0 +1,8 @@
+#include "Host/Http/IHttpService.h"
+
+namespace ZuHost
+{
+
+IHttpService::~IHttpService() = default;
+
+} // namespace ZuHost
