@@ -1,0 +1,95 @@
+/// A record of parameters against a JSON object with the same members.
+
+#include "RecordBenchmark.h"
+
+#include "ZuApi/JsonSerializer.h"
+
+#include <benchmark/benchmark.h>
+
+namespace
+{
+
+using ZuBench::Record;
+using Json = nlohmann::json;
+using Zu::Properties::JsonSerializer;
+
+void BuildRecord(benchmark::State& state)
+{
+    Record const first; // the texts are kept once for all records
+    for (auto _ : state)
+    {
+        Record record;
+        benchmark::DoNotOptimize(&record);
+    }
+}
+
+void BuildObject(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        Json object = ZuBench::MakeObject();
+        benchmark::DoNotOptimize(&object);
+    }
+}
+
+void SetRecord(benchmark::State& state)
+{
+    Record record;
+    uint16 number = 0;
+    for (auto _ : state)
+    {
+        record.id = ++number;
+        record.size = number;
+        record.source = (number & 1) != 0 ? "profile/a" : "profile/b";
+        record.offset = number;
+        record.length = number;
+        benchmark::DoNotOptimize(&record);
+        benchmark::ClobberMemory();
+    }
+}
+
+void SetObject(benchmark::State& state)
+{
+    Json object = ZuBench::MakeObject();
+    uint16 number = 0;
+    for (auto _ : state)
+    {
+        object["id"] = ++number;
+        object["size"] = number;
+        object["source"] = (number & 1) != 0 ? "profile/a" : "profile/b";
+        object["offset"] = number;
+        object["length"] = number;
+        benchmark::DoNotOptimize(&object);
+        benchmark::ClobberMemory();
+    }
+}
+
+/// A document is handed on as a JSON object: the object that is there already is copied for that.
+void SerializeRecord(benchmark::State& state)
+{
+    Record const record;
+    for (auto _ : state)
+    {
+        Json document = JsonSerializer::Serialize(record);
+        benchmark::DoNotOptimize(&document);
+    }
+}
+
+void SerializeObject(benchmark::State& state)
+{
+    Json const object = ZuBench::MakeObject();
+    for (auto _ : state)
+    {
+        Json document = object;
+        benchmark::DoNotOptimize(&document);
+    }
+}
+
+BENCHMARK(BuildRecord)->Name("Build/Record");
+BENCHMARK(BuildObject)->Name("Build/JsonObject");
+BENCHMARK(SetRecord)->Name("Set/Record");
+BENCHMARK(SetObject)->Name("Set/JsonObject");
+BENCHMARK(SerializeRecord)->Name("Serialize/Record");
+BENCHMARK(SerializeObject)->Name("Serialize/JsonObject");
+
+} // namespace

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuBench
+{
+
+/// Four numbers and a text, as the records that there are very many of. The size has bounds.
+struct Record : Zu::Params::Group
+{
+    Record()
+    {
+        Register("id", "Id", id);
+        Register("size", "Size", size).EnableMaximum(true).GetMaximum() = 60000;
+        Register("source", "Source", source);
+        Register("offset", "Offset", offset);
+        Register("length", "Length", length);
+    }
+
+    Zu::Params::Value<uint16> id;
+    Zu::Params::Value<uint16> size;
+    Zu::Params::Value<std::string> source;
+    Zu::Params::Value<uint16> offset;
+    Zu::Params::Value<uint16> length;
+};
+
+/// The same as a JSON object.
+inline nlohmann::json MakeObject()
+{
+    return {{"id", 0}, {"size", 0}, {"source", ""}, {"offset", 0}, {"length", 0}};
+}
+
+} // namespace ZuBench
