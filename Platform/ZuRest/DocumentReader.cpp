@@ -20,6 +20,7 @@ namespace
 using Json = nlohmann::json;
 
 constexpr char const* RELATION_PREFIX = "zu:";
+constexpr std::size_t DEEPEST = 16; // of what is embedded in one another
 
 /// Puts `shown` under its key, which is a list when it was asked for or when a second one comes.
 void Put(Json& relations, Reference const& reference, Json shown)
@@ -131,9 +132,10 @@ void DocumentReader::AddReferences(Json& document, std::vector<Reference> const&
 Json DocumentReader::ShowEmbedded(Reference const& reference, Walk& walk) const
 {
     Json const self{{"_links", {{"self", LinkTo(reference.path, reference.extra)}}}};
-    if (std::find(walk.paths.begin(), walk.paths.end(), reference.path) != walk.paths.end())
+    bool const isAroundUs = std::find(walk.paths.begin(), walk.paths.end(), reference.path) != walk.paths.end();
+    if (isAroundUs || walk.paths.size() == DEEPEST)
     {
-        return self; // it is around us
+        return self;
     }
     try
     {

@@ -149,6 +149,21 @@ TEST_F(ResourceRequestProcessorTest, ShowsWhyAnEmbeddedResourceCannotBeRead)
     EXPECT_EQ(items.at(2), Json::parse(R"({"_links": {"self": {"href": "/round"}}})"));
 }
 
+TEST_F(ResourceRequestProcessorTest, ComesToAnEndWhereEachEmbedsTheNext)
+{
+    unsigned reads = 0;
+    Place("/chain/:number").document = [&reads](RequestInfo const& request, ResponseInfo& response) {
+        ++reads;
+        response.Embed("next", *request.FindKey("number") + "1", false, nullptr);
+        response.Embed("item", request.path + "1", true, nullptr);
+        return Json::object();
+    };
+
+    EXPECT_TRUE(Get("/chain/1").contains("_embedded"));
+
+    EXPECT_EQ(reads, 16U);
+}
+
 TEST_F(ResourceRequestProcessorTest, AnswersAnUpdateWithTheDocumentAsItNowReads)
 {
     Json kept{{"a", 1}};
