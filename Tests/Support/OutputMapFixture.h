@@ -93,7 +93,7 @@ protected:
     LogRecorder log;
     std::shared_ptr<Zu::Params::Group> args;
     Refusal const done{1, ""};
-    std::vector<LogLine> const noLines;
+    std::vector<LogLine> const noLines{};
 
 private:
     void FillList(List const& items, bool autoShift)
