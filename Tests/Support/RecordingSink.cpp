@@ -43,6 +43,21 @@ LogLine UserError(std::string text)
     return {FLAGS_USER_ERROR, "ZuControl", std::move(text)};
 }
 
+LogLine CaughtEntry(int32 status, std::string const& text)
+{
+    return Error("", "exception with status " + std::to_string(status) + ": " + text);
+}
+
+LogLine CaughtForeign(std::string const& text)
+{
+    return Error("", "exception: " + text);
+}
+
+LogLine BackTrace()
+{
+    return Error("", "back trace");
+}
+
 class LogRecorder::Sink : public ISink
 {
 public:
@@ -94,6 +109,27 @@ std::vector<LogLine> LogRecorder::LinesWithoutTraces() const
     std::vector<LogLine> lines = Lines();
     std::erase_if(lines, IsTrace);
     return lines;
+}
+
+std::vector<LogLine> LogRecorder::LinesWithShortTraces() const
+{
+    std::vector<LogLine> shortened;
+    for (LogLine& line : Lines())
+    {
+        if (!IsTrace(line))
+        {
+            shortened.push_back(std::move(line));
+        }
+        else if (!line.text.starts_with("back trace "))
+        {
+            shortened.push_back({line.flags, "", std::move(line.text)});
+        }
+        else if (shortened.empty() || shortened.back() != BackTrace())
+        {
+            shortened.push_back({line.flags, "", "back trace"});
+        }
+    }
+    return shortened;
 }
 
 std::size_t LogRecorder::CountOfText(std::string const& text) const

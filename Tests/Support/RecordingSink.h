@@ -33,6 +33,11 @@ LogLine UserInfo(std::string text);
 LogLine UserWarning(std::string text);
 LogLine UserError(std::string text);
 
+/// What a caught exception writes of itself as `LinesWithShortTraces` gives it: its log entry, and its back trace in one line.
+LogLine CaughtEntry(int32 status, std::string const& text);
+LogLine CaughtForeign(std::string const& text);
+LogLine BackTrace();
+
 /// Keeps every line that is written while it lives, in order, from all threads.
 class LogRecorder
 {
@@ -47,6 +52,9 @@ public:
 
     /// The lines but for those that an exception writes of itself: its log entry and its back trace.
     std::vector<LogLine> LinesWithoutTraces() const;
+
+    /// All lines, but that a log entry stands without its label, the function that threw, and a back trace as one line.
+    std::vector<LogLine> LinesWithShortTraces() const;
 
     /// How many lines have exactly this text.
     std::size_t CountOfText(std::string const& text) const;
