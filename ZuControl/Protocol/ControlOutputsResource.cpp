@@ -1,0 +1,75 @@
+#include "ZuControl/Protocol/ControlOutputsResource.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+#include "ZuRest/ResponseInfo.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuControl::Protocol
+{
+
+using ZuRest::Path;
+
+namespace
+{
+
+void LinkActions(IControlInstance const& instance, std::string const& name, ZuRest::ResponseInfo& response)
+{
+    if (!instance.HasOutputsActionTarget())
+    {
+        return;
+    }
+    for (ControlActionInfo const& action : instance.OutputsActionTarget().ListActions())
+    {
+        response.Link("zu:command", Path::Format("/controls/:protocol/outputs/commands/:command", {name, action.Id()}),
+                      true, nullptr);
+    }
+}
+
+} // namespace
+
+ControlOutputsResource::ControlOutputsResource(IControlManager& usedManager) : ControlResourceBase(usedManager)
+{
+}
+
+ControlOutputsResource::~ControlOutputsResource()
+{
+    EndCallbacks();
+}
+
+nlohmann::json ControlOutputsResource::Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response)
+{
+    std::string const& name = RequireKey(request, "protocol");
+    IControlInstance& instance = ResolveToInstance(name);
+    bool isLocked = false;
+    try
+    {
+        instance.OutputsMapBeginLock(); // does nothing for a protocol without a map, which is refused right behind it
+        isLocked = true;
+        nlohmann::json document = NodeToJson(instance.OutputsMap(), request);
+        isLocked = false;
+        instance.OutputsMapEndLock();
+        LinkActions(instance, name, response);
+        return document;
+    }
+    catch (std::exception const&)
+    {
+        if (isLocked)
+        {
+            instance.OutputsMapEndLock();
+        }
+        ZU_THROW_NESTED("Failed to convert %s output map", name.c_str());
+    }
+}
+
+void ControlOutputsResource::UpdateDocument(ZuRest::RequestInfo const& /*request*/, nlohmann::json const& /*document*/)
+{
+    ZU_THROW(Zu::Status::NOT_UPDATABLE);
+}
+
+} // namespace ZuControl::Protocol

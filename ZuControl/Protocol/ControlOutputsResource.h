@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ZuControl/Protocol/ControlResourceBase.h"
+
+namespace ZuControl::Protocol
+{
+
+/// `/controls/:protocol/outputs`: the output map of a protocol. It only reads: the map changes through its commands.
+class ZUCONTROL_INTERNAL_API ControlOutputsResource final : public ControlResourceBase
+{
+public:
+    explicit ControlOutputsResource(IControlManager& usedManager);
+    ~ControlOutputsResource() override;
+
+    nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+
+    /// Refuses with -983 and no text.
+    void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
+};
+
+} // namespace ZuControl::Protocol

@@ -1,0 +1,112 @@
+#include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Protocol/ActionProperties.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+#include "ZuRest/ResponseInfo.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuControl::Protocol
+{
+
+using ZuRest::Path;
+
+ControlRegisterAssemblyActionResource::ControlRegisterAssemblyActionResource(IControlManager& usedManager)
+    : ControlResourceBase(usedManager)
+{
+}
+
+ControlRegisterAssemblyActionResource::~ControlRegisterAssemblyActionResource()
+{
+    EndCallbacks();
+}
+
+ZuRest::ICallableResource* ControlRegisterAssemblyActionResource::CallableProvider()
+{
+    return this;
+}
+
+nlohmann::json ControlRegisterAssemblyActionResource::Document(ZuRest::RequestInfo const& request,
+                                                               ZuRest::ResponseInfo& response)
+{
+    std::string name;
+    std::string id;
+    ParseTokensFromPath(request, name, id);
+    std::string const* const command = request.FindKey("command");
+    IControlActionTarget const& target = ActionTarget(ResolveToInstance(name), id);
+    return command == nullptr ? ReadAll(target, response, name, id) : ReadOne(target, request, *command);
+}
+
+nlohmann::json ControlRegisterAssemblyActionResource::Invoke(ZuRest::RequestInfo const& request,
+                                                             nlohmann::json const& body)
+{
+    std::string name;
+    std::string id;
+    ParseTokensFromPath(request, name, id);
+    std::string const& command = RequireKey(request, "command", "Request is missing command");
+    IControlInstance& instance = ResolveToInstance(name);
+    IControlActionTarget& target = ActionTarget(instance, id);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    NodeFromJson(*params, body);
+
+    instance.BeginUpdateRegisterAssembly();
+    std::shared_ptr<Zu::Params::Group> result;
+    try
+    {
+        result = target.InvokeAction(command, *params);
+        instance.RegisterAssemblyUpdate(id.c_str());
+    }
+    catch (std::exception const& exception)
+    {
+        instance.EndUpdateRegisterAssembly(id);
+        ZU_THROW_NESTED("%s", exception.what());
+    }
+    instance.EndUpdateRegisterAssembly(id);
+    return ResultToJson(result.get(), request);
+}
+
+void ControlRegisterAssemblyActionResource::ParseTokensFromPath(ZuRest::RequestInfo const& request, std::string& name,
+                                                                std::string& id)
+{
+    name = RequireKey(request, "protocol", "Request is missing service name");
+    id = RequireKey(request, "registerAssembly", "Request is missing assembly id");
+}
+
+IControlActionTarget& ControlRegisterAssemblyActionResource::ActionTarget(IControlInstance const& instance,
+                                                                          std::string const& id)
+{
+    if (!instance.HasRegisterAssemblyActionTarget())
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED);
+    }
+    return instance.RegisterAssemblyActionTarget(id.c_str());
+}
+
+nlohmann::json ControlRegisterAssemblyActionResource::ReadAll(IControlActionTarget const& target,
+                                                              ZuRest::ResponseInfo& response, std::string const& name,
+                                                              std::string const& id)
+{
+    for (ControlActionInfo const& action : target.ListActions())
+    {
+        response.Embed("item",
+                       Path::Format("/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
+                                    {name, id, action.Id()}),
+                       true, nullptr);
+    }
+    return nullptr;
+}
+
+nlohmann::json ControlRegisterAssemblyActionResource::ReadOne(IControlActionTarget const& target,
+                                                              ZuRest::RequestInfo const& request,
+                                                              std::string const& command)
+{
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    return NodeToJson(RegisterAssemblyActionProperties(command, *params), request);
+}
+
+} // namespace ZuControl::Protocol

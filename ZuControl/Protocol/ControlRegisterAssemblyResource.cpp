@@ -1,0 +1,171 @@
+#include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+#include "ZuRest/ResponseInfo.h"
+
+#include <functional>
+#include <nlohmann/json.hpp>
+
+namespace ZuControl::Protocol
+{
+
+using ControlProtocol::IProtocolRegisterAssembly;
+using ZuRest::Path;
+
+namespace
+{
+
+constexpr char const* ASSEMBLY_ROUTE = "/controls/:protocol/registerAssemblies/:registerAssembly";
+
+/// Holds the lock of an assembly, without which it hands none of its lists out.
+class AssemblyLock
+{
+public:
+    explicit AssemblyLock(IProtocolRegisterAssembly& lockedAssembly) : assembly(lockedAssembly)
+    {
+        assembly.BeginLock();
+    }
+
+    ~AssemblyLock()
+    {
+        ZU_GUARD_DESTRUCTOR([this] { assembly.EndLock(); });
+    }
+
+    AssemblyLock(AssemblyLock const&) = delete;
+    AssemblyLock& operator=(AssemblyLock const&) = delete;
+
+private:
+    IProtocolRegisterAssembly& assembly;
+};
+
+} // namespace
+
+ControlRegisterAssemblyResource::ControlRegisterAssemblyResource(IControlManager& usedManager)
+    : ControlResourceBase(usedManager)
+{
+    AddRegisterAssemblyUpdateEvent();
+}
+
+ControlRegisterAssemblyResource::~ControlRegisterAssemblyResource()
+{
+    EndCallbacks();
+    RemoveRegisterAssemblyUpdateEvent();
+}
+
+nlohmann::json ControlRegisterAssemblyResource::Document(ZuRest::RequestInfo const& request,
+                                                         ZuRest::ResponseInfo& response)
+{
+    std::string const& name = RequireKey(request, "protocol");
+    std::string const* const id = request.FindKey("registerAssembly");
+    return id == nullptr ? ReadAll(response, name) : ReadOne(request, response, name, *id);
+}
+
+nlohmann::json ControlRegisterAssemblyResource::ReadAll(ZuRest::ResponseInfo& response, std::string const& name)
+{
+    IControlInstance const& instance = ResolveToInstanceWithAssemblies(name);
+    MakeRegisterAssemblyList(ASSEMBLY_ROUTE, "item", name, instance.RegisterAssemblyList(), response);
+    return nlohmann::json::object();
+}
+
+nlohmann::json ControlRegisterAssemblyResource::ReadOne(ZuRest::RequestInfo const& request,
+                                                        ZuRest::ResponseInfo& response, std::string const& name,
+                                                        std::string const& id)
+{
+    IControlInstance const& instance = ResolveToInstanceWithAssemblies(name);
+    IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id.c_str());
+    nlohmann::json document = NodeToJson(assembly.Properties(), request);
+    document["attributes"] = NodeToJson(assembly.Attributes(), request);
+    ReadSupportedBlocks(assembly, document, request);
+    ReadAddedBlocks(assembly, document, request);
+    if (!instance.HasRegisterAssemblyActionTarget())
+    {
+        return document;
+    }
+    for (ControlActionInfo const& action : instance.RegisterAssemblyActionTarget(id.c_str()).ListActions())
+    {
+        response.Link("zu:command",
+                      Path::Format("/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
+                                   {name, id, action.Id()}),
+                      true, nullptr);
+    }
+    return document;
+}
+
+IControlInstance& ControlRegisterAssemblyResource::ResolveToInstanceWithAssemblies(std::string const& name)
+{
+    IControlInstance& instance = ResolveToInstance(name);
+    if (!instance.HasRegisterAssemblyGroup())
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED);
+    }
+    return instance;
+}
+
+void ControlRegisterAssemblyResource::ReadSupportedBlocks(IProtocolRegisterAssembly& assembly, nlohmann::json& document,
+                                                          ZuRest::RequestInfo const& request)
+{
+    nlohmann::json& types = document["supportedBlockTypes"] = nlohmann::json::array();
+    AssemblyLock const lock(assembly);
+    for (auto const& type : assembly.SupportedRegisterBlockTypes())
+    {
+        types.push_back(NodeToJson(*type, request));
+    }
+}
+
+void ControlRegisterAssemblyResource::ReadAddedBlocks(IProtocolRegisterAssembly& assembly, nlohmann::json& document,
+                                                      ZuRest::RequestInfo const& request)
+{
+    nlohmann::json& blocks = document["blocks"] = nlohmann::json::array();
+    AssemblyLock const lock(assembly);
+    for (auto const& block : assembly.AddedRegisterBlocks())
+    {
+        blocks.push_back(NodeToJson(*block, request));
+    }
+}
+
+void ControlRegisterAssemblyResource::AddRegisterAssemblyUpdateEvent()
+{
+    for (std::string const& name : controlManager.List())
+    {
+        SetupEvents(ResolveToInstance(name));
+    }
+}
+
+void ControlRegisterAssemblyResource::SetupEvents(IControlInstance& instance)
+{
+    registerAssemblyUpdateEventIds[instance.TypeName()] = instance.AddRegisterAssemblyUpdatedEventHandler(
+        Gate().Bind(std::function<void(std::string, std::string)>([this](std::string protocol, std::string id) {
+            RegisterAssemblyUpdateEventHandler(std::move(protocol), std::move(id));
+        })));
+}
+
+void ControlRegisterAssemblyResource::RemoveRegisterAssemblyUpdateEvent() noexcept
+{
+    try
+    {
+        for (auto const& [name, id] : registerAssemblyUpdateEventIds)
+        {
+            ResolveToInstance(name).RemoveRegisterAssemblyUpdatedEventHandler(id);
+        }
+    }
+    catch (...)
+    {
+        ZU_LOG_CAUGHT("Exception thrown while removing register assembly update event handlers");
+    }
+}
+
+void ControlRegisterAssemblyResource::RegisterAssemblyUpdateEventHandler(std::string protocol, std::string id)
+{
+    ResourceEventHandler(Path::Format(ASSEMBLY_ROUTE, {protocol, id}));
+}
+
+} // namespace ZuControl::Protocol

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "ZuApi/Event.h"
+#include "ZuControl/Protocol/ControlResourceBase.h"
+
+#include <map>
+#include <string>
+
+namespace ZuControl::ControlProtocol
+{
+class IProtocolRegisterAssembly;
+}
+
+namespace ZuControl::Protocol
+{
+
+/// `/controls/:protocol/registerAssemblies`, the assemblies of a protocol, and one of them with its block types and blocks.
+/// It only reads: an assembly changes through its commands.
+class ZUCONTROL_INTERNAL_API ControlRegisterAssemblyResource final : public ControlResourceBase
+{
+public:
+    explicit ControlRegisterAssemblyResource(IControlManager& usedManager);
+    ~ControlRegisterAssemblyResource() override;
+
+    nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+
+private:
+    using CallbackId = Zu::Event<std::string, std::string>::CallbackId;
+
+    nlohmann::json ReadAll(ZuRest::ResponseInfo& response, std::string const& name);
+    nlohmann::json ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response, std::string const& name,
+                           std::string const& id);
+    IControlInstance& ResolveToInstanceWithAssemblies(std::string const& name);
+    static void ReadSupportedBlocks(ControlProtocol::IProtocolRegisterAssembly& assembly, nlohmann::json& document,
+                                    ZuRest::RequestInfo const& request);
+    static void ReadAddedBlocks(ControlProtocol::IProtocolRegisterAssembly& assembly, nlohmann::json& document,
+                                ZuRest::RequestInfo const& request);
+    void AddRegisterAssemblyUpdateEvent();
+    void SetupEvents(IControlInstance& instance);
+    void RemoveRegisterAssemblyUpdateEvent() noexcept;
+    void RegisterAssemblyUpdateEventHandler(std::string protocol, std::string id);
+
+    std::map<std::string, CallbackId> registerAssemblyUpdateEventIds; // by type name
+};
+
+} // namespace ZuControl::Protocol

@@ -1,0 +1,198 @@
+#include "ZuControl/Protocol/ControlResource.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Protocol/ControlProperties.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+#include "ZuRest/ResponseInfo.h"
+
+#include <functional>
+#include <nlohmann/json.hpp>
+
+namespace ZuControl::Protocol
+{
+
+using ZuRest::Path;
+
+namespace
+{
+
+constexpr char const* ENABLED = "enabled";
+constexpr char const* PARAMETERS = "parameters";
+
+/// Names what belongs to the protocol, in the order in which clients show it.
+void LinkActions(IControlInstance& instance, std::string const& name, ZuRest::ResponseInfo& response)
+{
+    IControlActionTarget const* const target = instance.ActionTarget();
+    if (target == nullptr)
+    {
+        return;
+    }
+    for (ControlActionInfo const& action : target->ListActions())
+    {
+        response.Link("zu:command", Path::Format("/controls/:protocol/commands/:command", {name, action.Id()}), true,
+                      nullptr);
+    }
+}
+
+void Fill(ControlProperties& properties, IControlInstance& instance)
+{
+    properties.enabled.Set(instance.IsEnabled());
+    ProtocolStatus const status = instance.GetProtocolStatus();
+    if (!properties.KnowsStatus(status)) // a protocol may report any number
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE, "Undefined protocol status:%u", static_cast<uint32>(status));
+    }
+    properties.status.Set(status);
+    properties.id.Set(instance.Info().TypeName());
+    properties.displayName.Set(instance.Info().DisplayName());
+}
+
+/// The instance hands its record out as constant; the record itself never is.
+Zu::Params::Group& ParametersOf(IControlInstance const& instance)
+{
+    return const_cast<Zu::Params::Group&>(instance.Params());
+}
+
+bool Names(nlohmann::json const& document, char const* key)
+{
+    return document.is_object() && document.contains(key);
+}
+
+} // namespace
+
+ControlResource::ControlResource(IControlManager& usedManager) : ControlResourceBase(usedManager)
+{
+    RegisterParamUpdateEvent();
+}
+
+ControlResource::~ControlResource()
+{
+    EndCallbacks();
+    ZU_GUARD_DESTRUCTOR([this] { RemoveParamUpdateEvent(); });
+}
+
+nlohmann::json ControlResource::Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response)
+{
+    std::string const* const name = request.FindKey("protocol");
+    return name == nullptr ? ReadAll(response) : ReadOne(request, response, *name);
+}
+
+void ControlResource::UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document)
+{
+    ControlProperties properties;
+    IControlInstance& instance = ResolveToInstance(RequireKey(request, "protocol", "Request is missing service name"));
+    Fill(properties, instance);
+    bool const namesEnabled = Names(document, ENABLED);
+    bool const namesParameters = Names(document, PARAMETERS);
+
+    Zu::Params::Group& parameters = instance.BeginUpdateParameters();
+    try
+    {
+        if (namesEnabled)
+        {
+            ValidateJsonFromNode(properties, document);
+        }
+        if (namesParameters)
+        {
+            ValidateJsonFromNode(parameters, document.at(PARAMETERS));
+        }
+    }
+    catch (std::exception const& exception)
+    {
+        instance.EndUpdateParameters();
+        ZU_THROW_NESTED("%s", exception.what());
+    }
+
+    if (namesEnabled)
+    {
+        NodeFromJson(properties, document);
+    }
+    if (namesParameters) // ahead of the start: a protocol that is switched on now starts with them
+    {
+        NodeFromJson(parameters, document.at(PARAMETERS));
+        instance.ParamsUpdate();
+    }
+    if (namesEnabled && properties.enabled.Get() != instance.IsEnabled())
+    {
+        instance.Enable(properties.enabled.Get());
+    }
+    instance.EndUpdateParameters();
+}
+
+void ControlResource::OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state)
+{
+    ControlResourceBase::OnPersistenceLoadEvent(state);
+    if (state == IControlManager::PersistenceLoadOpState::End)
+    {
+        NotificationEvent().Fire(*this, ZuRest::EventType::TREE_CHANGED, "/controls");
+        ZU_LOG_INFO("Notifications saved in ControlResource: %u", SuppressedCount());
+    }
+}
+
+nlohmann::json ControlResource::ReadAll(ZuRest::ResponseInfo& response)
+{
+    for (std::string const& name : controlManager.List())
+    {
+        response.Embed("item", Path::Format("/controls/:protocol", {name}), true, nullptr);
+    }
+    return nlohmann::json::object();
+}
+
+nlohmann::json ControlResource::ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response,
+                                        std::string const& name)
+{
+    ControlProperties properties;
+    IControlInstance& instance = ResolveToInstance(name);
+    if (instance.HasProtocolOutput())
+    {
+        response.Embed("zu:datasources", Path::Format("/controls/:protocol/outputs", {name}), false, nullptr);
+    }
+    if (instance.HasRegisterAssemblyGroup())
+    {
+        MakeRegisterAssemblyList("/controls/:protocol/registerAssemblies/:registerAssembly", "zu:registerAssembly",
+                                 name, instance.RegisterAssemblyList(), response);
+    }
+    LinkActions(instance, name, response);
+    Fill(properties, instance);
+    properties.ShowParameters(ParametersOf(instance));
+    return NodeToJson(properties, request);
+}
+
+void ControlResource::RegisterParamUpdateEvent()
+{
+    for (std::string const& name : controlManager.List())
+    {
+        SetupParamUpdateEvents(ResolveToInstance(name));
+    }
+}
+
+void ControlResource::SetupParamUpdateEvents(IControlInstance& instance)
+{
+    // Title and sort order of the live record are stored here, once, so that the reads that come side by side later find
+    // them as they should be and store nothing.
+    ControlProperties().ShowParameters(ParametersOf(instance));
+    paramUpdateEventIds[instance.TypeName()] =
+        instance.AddParamsUpdatedEventHandler(Gate().Bind(std::function<void(std::string, bool)>(
+            [this](std::string name, bool notify) { ParamUpdateEventHandler(std::move(name), notify); })));
+}
+
+void ControlResource::RemoveParamUpdateEvent()
+{
+    for (auto const& [name, id] : paramUpdateEventIds)
+    {
+        ResolveToInstance(name).RemoveParamsUpdatedEventHandler(id);
+    }
+}
+
+void ControlResource::ParamUpdateEventHandler(std::string name, bool /*notify*/)
+{
+    ResourceEventHandler(Path::Format("/controls/:protocol", {name}));
+}
+
+} // namespace ZuControl::Protocol
