@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 
 #include "Support/OutputMapFixture.h"
+#include "ZuApi/Threads/Locker.h"
 
 #include <stdexcept>
 #include <typeinfo>
@@ -249,6 +250,7 @@ TEST_F(TextIdStandardProtocolOutputMapTest, StaysInStepWhenAChangeBreaksOff)
         /// The next change of the id of the first item is refused.
         void RefuseNextId()
         {
+            Zu::Locker const guard(lock);
             auto& id = outputs.map.At(0).outputId;
             refused = id.AddObserver([this, &id](Zu::Properties::Node&) {
                 id.RemoveObserver(refused);
