@@ -3,11 +3,12 @@
 namespace ZuControl
 {
 
-ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& /*router*/,
+ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& router,
                              ControlModuleEnviron const& environ)
     : registry(pluginManager),
       scanResults(environ.resultHub, environ.allocator),
-      manager(registry, scanResults, environ)
+      manager(registry, scanResults, environ),
+      dir(router, manager)
 {
 }
 

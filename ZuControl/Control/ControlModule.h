@@ -4,6 +4,7 @@
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Export.h"
+#include "ZuControl/Protocol/ControlDir.h"
 
 namespace ZuPlugin
 {
@@ -23,8 +24,8 @@ struct ControlModuleEnviron;
 /// The whole module: the one object that a host constructs.
 ///
 /// It reads the catalogue of the plug-ins that are loaded, attaches to the result hub and builds an instance of every type
-/// that this system supports. One type that cannot be built ends the construction. Build and destroy it on one thread, and
-/// destroy it before anything that `environ` points to.
+/// that this system supports, and hangs its resources under `/controls`. One type that cannot be built ends the
+/// construction. Build and destroy it on one thread, and destroy it before the router and anything that `environ` points to.
 class ZUCONTROL_API ControlModule final
 {
 public:
@@ -40,6 +41,7 @@ private:
     ControlRegistry registry;
     ControlScanResults scanResults;
     ControlManager manager;
+    Protocol::ControlDir dir;
 };
 
 } // namespace ZuControl

@@ -83,4 +83,19 @@ TEST_F(ControlModuleTest, EndsItsInstancesWithoutStoppingThem)
               (ZuTest::CallLog::Calls{"RemoveStatusHandler", "RemoveParamsHandler", "RemoveOutputsHandler", "~"}));
 }
 
+TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
+{
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [this](auto const&) { return std::make_shared<ZuTest::FakeProtocol>(calls, 3); });
+    ZuTest::AddLib(plugins, {plugin});
+    {
+        ControlModule const module(plugins, router, environ);
+
+        EXPECT_EQ(router.Resources().size(), 13u);
+        EXPECT_TRUE(router.Find("/controls/x/outputs").has_value());
+    }
+
+    EXPECT_FALSE(router.Find("/controls").has_value());
+}
+
 } // namespace ZuControl
