@@ -251,6 +251,17 @@ TEST(ProtocolScanOutputRegisterBlock, RefusesWhatItDoesNotTake)
     EXPECT_EQ(Placed<Stamp>(36).Refused(STAMP, Null()), UNSUPPORTED);
 }
 
+TEST(ProtocolScanOutputRegisterBlock, LooksForANullMessageAheadOfTheType)
+{
+    Message const null = Null();
+    for (uint16 const type : {MEASUREMENT, STAMP, uint16{12}})
+    {
+        EXPECT_EQ(Placed<Value>(4).Write(type, null), (Bytes{0x80, 0x00, 0x00, 0x00}));
+        EXPECT_EQ(Placed<Value>(4).Write(type, ArrayOf({null.get()})), (Bytes{0x80, 0x00, 0x00, 0x00}));
+        EXPECT_EQ(Placed<Stamp>(36).Refused(type, null), UNSUPPORTED);
+    }
+}
+
 TEST(ProtocolScanOutputRegisterBlock, RefusesMessagesThatAreNotWhatTheirTypeSays)
 {
     EXPECT_EQ(Placed<Value>(4).Refused(MEASUREMENT, nullptr), UNSUPPORTED);

@@ -1,8 +1,12 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -163,6 +167,25 @@ TEST(DefaultScannerStateRegisterBlock, RefusesInOrderAndWritesNothing)
     EXPECT_EQ(registers, Bytes(19, 0xAA));
     EXPECT_EQ(RefusalOf([&] { Scanner(17, 1, true).Write(data); }),
               (Refusal{-992, "Insufficient destination buffer sizes available for data serialization output."}));
+}
+
+TEST(DefaultScannerStateRegisterBlockInfo, GivesItsBlockUpOnlyWhereItMayBeLeftOut)
+{
+    for (bool const mayBeLeftOut : {true, false})
+    {
+        ProtocolRegisterAssemblyBase assembly(true);
+        assembly.AddSupportedBlockType(std::make_unique<DefaultScannerStateRegisterBlockInfo>(mayBeLeftOut));
+        AddBlockParams added;
+        added.blocks.Add().type.Set("Scanner");
+        assembly.Add(added);
+        RemoveBlockParams removed;
+        removed.outputIdList.Add().outputId.Set(0);
+
+        Refusal const refusal = RefusalOf([&] { assembly.Remove(removed); });
+
+        EXPECT_EQ(refusal, mayBeLeftOut ? (Refusal{1, ""}) : (Refusal{0, "No register blocks were removed."}));
+        EXPECT_EQ(assembly.FindAddedBlocksOfTypes({"Scanner"}).size(), mayBeLeftOut ? 0u : 1u);
+    }
 }
 
 TEST(DefaultStateRegisterBlocks, MarkTheScannerIdAsUnusedInTheSystemBlockAlone)
