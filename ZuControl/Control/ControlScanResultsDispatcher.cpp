@@ -76,6 +76,7 @@ void ControlScanResultsDispatcher::Start()
     }
     catch (...)
     {
+        wThread_Destroy(&thread);                        // else a later start would find it made already
         running.store(false, std::memory_order_relaxed); // there is nothing that a stop could join
         throw;
     }

@@ -3,12 +3,14 @@
 #include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
 #include "Support/Latch.h"
+#include "Support/NoNewThreads.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <stdexcept>
 #include <thread>
 
@@ -295,8 +297,9 @@ TEST(ControlScanResultsDispatcher, EndsWithoutAWordOfAThreadThatEndedWithSuccess
 
     dispatcher.Stop();
 
-    EXPECT_EQ(log.LinesWithoutTraces(),
-              (std::vector{ZuTest::Error("ZuControl::ControlScanResultsDispatcher::RunThread", "EXCEPTION THROWN: ")}));
+    EXPECT_EQ(log.LinesWithShortTraces(),
+              (std::vector{ZuTest::Error("ZuControl::ControlScanResultsDispatcher::RunThread", "EXCEPTION THROWN: "),
+                           ZuTest::CaughtEntry(1, ""), ZuTest::BackTrace()}));
 }
 
 TEST(ControlScanResultsDispatcher, RefusesToBeStoppedByItsOwnHandler)
@@ -312,6 +315,105 @@ TEST(ControlScanResultsDispatcher, RefusesToBeStoppedByItsOwnHandler)
     dispatcher.AddResult(set.get());
 
     EXPECT_TRUE(calls.WaitFor("refused"));
+}
+
+namespace
+{
+
+/// Notes its end; stands where a result set stands.
+struct NotedSet final : wObject
+{
+    NotedSet(wClass const& objectClass, ZuTest::CallLog& sharedCalls, std::string setName)
+        : wObject(objectClass), calls(sharedCalls), name(std::move(setName))
+    {
+    }
+
+    static void End(wObject* object)
+    {
+        auto* const set = static_cast<NotedSet*>(object);
+        set->calls.Add(set->name);
+        delete set;
+    }
+
+    ZuTest::CallLog& calls;
+    std::string const name;
+};
+
+wClass const NotedSet_Class{"NotedSet", &ZuCore::ResultSet_Class, NotedSet::End};
+wClass const Stranger_Class{"Stranger", nullptr, NotedSet::End};
+
+/// Adds a set that only the dispatcher holds from then on.
+void AddNoted(ControlScanResultsDispatcher& dispatcher, ZuTest::CallLog& calls, std::string const& name)
+{
+    wHandle<NotedSet> const set(new NotedSet(NotedSet_Class, calls, name));
+    dispatcher.AddResult(set.get());
+}
+
+} // namespace
+
+TEST(ControlScanResultsDispatcher, ReleasesWhatCameLaterBeforeWhatWasInHandWhenItStops)
+{
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) {
+        calls.Add("called");
+        ZU_THROW(-3, "handler"); // the batch stays in hand
+    });
+    AddNoted(dispatcher, calls, "in hand");
+    ASSERT_TRUE(calls.WaitFor("called"));
+    AddNoted(dispatcher, calls, "later");
+    AddNoted(dispatcher, calls, "last");
+
+    dispatcher.Stop();
+
+    EXPECT_EQ(calls.All(), (ZuTest::CallLog::Calls{"called", "later", "last", "in hand"}));
+}
+
+TEST(ControlScanResultsDispatcher, RefusesWhatIsNoResultSetAndTakesNoReferenceToIt)
+{
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    wHandle<NotedSet> const stranger(new NotedSet(Stranger_Class, calls, "stranger"));
+
+    EXPECT_EQ(RefusalOf([&] { dispatcher.AddResult(stranger.get()); }), (Refusal{-997, ""}));
+
+    EXPECT_EQ(wObject_RefCount(stranger.get()), 1u);
+}
+
+TEST(ControlScanResultsDispatcher, CallsHandlersOnAThreadOfItsName)
+{
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) {
+        char name[16] = {};
+        pthread_getname_np(pthread_self(), name, sizeof name);
+        calls.Add(name);
+    });
+    auto const set = MakeSet({"a"});
+
+    dispatcher.AddResult(set.get());
+
+    EXPECT_TRUE(calls.WaitFor("CtrlScnRstDisp"));
+}
+
+TEST(ControlScanResultsDispatcher, CanStartOnceThereIsAThreadForIt)
+{
+    ZuTest::CallLog calls;
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&](void*) { calls.Add("called"); });
+    dispatcher.Stop();
+    {
+        ZuTest::NoNewThreads const none;
+        EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{0, ""}));
+        EXPECT_EQ(RefusalOf([] { ControlScanResultsDispatcher{nullptr}; }), (Refusal{0, ""}));
+    }
+    dispatcher.Stop(); // there is nothing to join
+
+    dispatcher.Start();
+    auto const set = MakeSet({"a"});
+    dispatcher.AddResult(set.get());
+
+    EXPECT_TRUE(calls.WaitFor("called"));
 }
 
 } // namespace ZuControl
