@@ -458,8 +458,9 @@ TEST_F(ControlInstanceTest, LogsWhatTheProtocolThrowsAtItsEndAndDoesNotStopIt)
     instance.reset();
 
     EXPECT_EQ(calls.All(), (Calls{"RemoveStatusHandler"}));
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error("ZuControl::ControlInstance::~ControlInstance",
-                                                                   "Exception thrown in destructor")}));
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error("ZuControl::ControlInstance::~ControlInstance",
+                                                                     "Exception thrown in destructor"),
+                                                       ZuTest::CaughtEntry(-7, "no"), ZuTest::BackTrace()}));
     protocol->on.clear();
 }
 
@@ -612,6 +613,52 @@ TEST_F(ControlInstanceDelivery, ReachesAProtocolOnceThatWasEnabledAgainWithAProb
     EXPECT_EQ(calls.Count("received"), 1u);
     instance->Enable(false);
     results.RemoveResultHandler(marker);
+}
+
+TEST_F(ControlInstanceTest, NestsTheExceptionOfAFailedStart)
+{
+    Build();
+    FailOn("Start", -5, "x");
+    ZuTest::LogRecorder const log;
+
+    try
+    {
+        instance->Enable(true);
+        ADD_FAILURE();
+    }
+    catch (Zu::Exception const& exception)
+    {
+        EXPECT_EQ(RefusalOf([&] { std::rethrow_if_nested(exception); }), (Refusal{-5, "x"}));
+    }
+    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}); // who catches it in the end logs it
+}
+
+TEST_F(ControlInstanceTest, LeavesTheGateOpenWhenAHandlerOfAnyUpdateThrows)
+{
+    Build();
+    instance->AddOutputsUpdatedEventHandler([](std::string const&, bool) { throw std::runtime_error("outputs"); });
+    instance->AddRegisterAssemblyUpdatedEventHandler(
+        [](std::string const&, std::string const&) { throw std::runtime_error("assembly"); });
+
+    instance->BeginUpdateOutputsMap();
+    EXPECT_THROW(instance->EndUpdateOutputsMap(), std::runtime_error);
+    instance->BeginUpdateRegisterAssembly();
+    EXPECT_THROW(instance->EndUpdateRegisterAssembly("r"), std::runtime_error);
+
+    EXPECT_EQ(calls.All(), (Calls{"BeginUpdate(true)", "BeginUpdate(true)"}));
+}
+
+TEST_F(ControlInstanceTest, IsNotEnabledWhenTheRegistrationForResultsFails)
+{
+    Build();
+    FailOn("Register", -977, "no dispatcher");
+
+    EXPECT_EQ(RefusalOf([this] { instance->Enable(true); }), (Refusal{-977, "no dispatcher"}));
+
+    EXPECT_EQ(calls.All(), (Calls{"Start", "Register"}));
+    EXPECT_FALSE(instance->IsEnabled());
+    EXPECT_EQ(instance->GetProtocolStatus(), ProtocolStatus::Starting);
+    EXPECT_EQ(problems.Count(), 0u);
 }
 
 } // namespace ZuControl

@@ -151,10 +151,12 @@ TEST_P(ControlManagerDeployment, AsksInOrderAndTakesTheFirstTrueAnswerAlsoWhenIt
 
     EXPECT_TRUE(manager->List().empty());
     EXPECT_EQ(deployment.asked.All(), GetParam().asked);
-    EXPECT_EQ(log.Lines().back(),
-              ZuTest::Info(CREATE,
-                           "ZuControl::ControlManager::Create: control protocol \"no\" is not supported in this "
-                           "environment"));
+    EXPECT_EQ(
+        log.Lines(),
+        (std::vector{ZuTest::Info("ZuControl::ControlManager::CreateAll", "Creating all control protocol instances."),
+                     ZuTest::Info(CREATE, "Creating control protocol instance: \"no\"."),
+                     ZuTest::Info(CREATE, "ZuControl::ControlManager::Create: control protocol \"no\" is "
+                                          "not supported in this environment")}));
     EXPECT_EQ(RefusalOf([this] { manager->GetInstance("no"); }),
               (Refusal{-999, "Control protocol type not recognized: 'no'."}));
     EXPECT_TRUE(protocols.empty());
@@ -219,10 +221,14 @@ TEST_P(ControlManagerFactory, EndsTheConstructionWithATypeThatCannotBeMade)
 
     EXPECT_EQ(RefusalOf([this] { Build(); }), (Refusal{GetParam().status, GetParam().text}));
 
-    auto const lines = log.LinesWithoutTraces();
-    EXPECT_EQ(lines.back(),
-              ZuTest::Error(CREATE, std::string("Failed to create control protocol: \"x\" (") + GetParam().text + ")"));
-    EXPECT_EQ(log.CountOfText("Creating control protocol instance: \"z\"."), 0u);
+    EXPECT_EQ(
+        log.LinesWithShortTraces(),
+        (std::vector{
+            ZuTest::Info("ZuControl::ControlManager::CreateAll", "Creating all control protocol instances."),
+            ZuTest::Info(CREATE, "Creating control protocol instance: \"a\"."),
+            ZuTest::Info(CREATE, "Creating control protocol instance: \"x\"."),
+            ZuTest::Error(CREATE, std::string("Failed to create control protocol: \"x\" (") + GetParam().text + ")"),
+            ZuTest::CaughtEntry(GetParam().status, GetParam().text), ZuTest::BackTrace()}));
     EXPECT_TRUE(startStop.Empty());
     EXPECT_TRUE(restore.Empty());
     EXPECT_EQ(calls.Count("Register(ControlManager,'')"), 0u);
@@ -267,8 +273,10 @@ TEST_F(ControlManagerTest, GoesOnWithItsEndWhenAStepFails)
 
     EXPECT_TRUE(startStop.Empty());
     EXPECT_TRUE(restore.Empty());
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error("ZuControl::ControlManager::~ControlManager",
-                                                                   "Exception thrown in destructor")}));
+    EXPECT_EQ(
+        log.LinesWithShortTraces(),
+        (std::vector{ZuTest::Error("ZuControl::ControlManager::~ControlManager", "Exception thrown in destructor"),
+                     ZuTest::CaughtEntry(-999, "not registered"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlManagerTest, LivesWithoutRegistryAndEvents)
@@ -353,8 +361,9 @@ TEST_F(ControlManagerTest, InitialisesTheNextInstanceWhenOneFails)
     manager->InitPersistDomain(PersistDomain::JOB, store);
 
     EXPECT_EQ(calls.Count("b.ResetParams"), 1u);
-    EXPECT_EQ(log.LinesWithoutTraces(),
-              (std::vector{ZuTest::Error("ZuControl::ControlManager::InitPersistDomain", "EXCEPTION THROWN: ")}));
+    EXPECT_EQ(log.LinesWithShortTraces(),
+              (std::vector{ZuTest::Error("ZuControl::ControlManager::InitPersistDomain", "EXCEPTION THROWN: "),
+                           ZuTest::CaughtEntry(-5, "x"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlManagerTest, InitialisesAProtocolsOwnDomainWithoutAnEvent)
@@ -463,6 +472,87 @@ TEST_F(ControlManagerTest, TreatsLoadHandlersAsEveryEventDoes)
 
     EXPECT_TRUE(manager->List().empty());
     EXPECT_EQ(calls.All(), (Calls{"load event 0", "load event 1"}));
+}
+
+TEST_F(ControlManagerTest, EndsTheConstructionWithAnInstanceThatCannotBeBuilt)
+{
+    Offer("a");
+    plugin->Offer("x", [this](auto const&) {
+        auto const protocol = std::make_shared<ZuTest::FakeProtocol>(calls, 1, "x.");
+        protocol->on["AddOutputsHandler"] = [] { ZU_THROW(-8, "full"); };
+        return protocol;
+    });
+    Offer("z");
+
+    EXPECT_EQ(RefusalOf([this] { Build(); }), (Refusal{-8, "full"}));
+
+    auto const lines = log.LinesWithShortTraces();
+    ASSERT_EQ(lines.size(), 6u);
+    EXPECT_EQ(lines[3], ZuTest::Error(CREATE, "Failed to create control protocol: \"x\" (full)"));
+    EXPECT_EQ(lines[4], ZuTest::CaughtEntry(-8, "full"));
+    EXPECT_EQ(calls.Count("x.~") + calls.Count("a.~"), 2u);
+}
+
+TEST_F(ControlManagerTest, PassesOnTheVeryExceptionOfAFactory)
+{
+    plugin->Offer("x", [](auto const&) -> std::shared_ptr<ControlProtocol::IProtocol> {
+        throw std::out_of_range("no such model");
+    });
+
+    EXPECT_THROW(Build(), std::out_of_range);
+
+    auto const lines = log.LinesWithShortTraces();
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines[2], ZuTest::Error(CREATE, "Failed to create control protocol: \"x\" (no such model)"));
+    EXPECT_EQ(lines[3], ZuTest::CaughtForeign("no such model"));
+}
+
+TEST_F(ControlManagerTest, LeavesNothingBehindWhenTheHostRefusesIt)
+{
+    class Refusing final : public IPersistRegistry
+    {
+    public:
+        uint64 Register(ZuCommon::IPersistHandler& /*handler*/, std::string const& /*name*/) override
+        {
+            ZU_THROW(-987, "one is there already");
+        }
+
+        void Deregister(uint64 /*id*/) override
+        {
+            ADD_FAILURE() << "it was never registered";
+        }
+
+        void MarkModified(ZuCommon::IPersistHandler& /*handler*/, ZuCommon::PersistDomain /*domain*/,
+                          uint64 /*reserved*/) override
+        {
+        }
+    };
+    Refusing refusing;
+    environ.persistRegistry = &refusing;
+    Offer("a");
+
+    EXPECT_EQ(RefusalOf([this] { Build(); }), (Refusal{-987, "one is there already"}));
+
+    EXPECT_TRUE(startStop.Empty());
+    EXPECT_TRUE(restore.Empty());
+    EXPECT_EQ(calls.Count("a.~"), 1u);
+}
+
+TEST_F(ControlManagerTest, MarksNothingEitherWhenAHandlerThrewBehindALoad)
+{
+    BuildTwo();
+    auto const id = manager->AddPersistenceLoadEventHandler([](IControlManager::PersistenceLoadOpState state) {
+        if (state == IControlManager::PersistenceLoadOpState::End)
+        {
+            throw std::runtime_error("handler");
+        }
+    });
+
+    EXPECT_THROW(manager->LoadPersistDomain(PersistDomain::JOB, store), std::runtime_error);
+    manager->RemovePersistenceLoadEventHandler(id);
+    protocols["a"]->NotifyParamsInternalUpdateEventHandler(true);
+
+    EXPECT_EQ(calls.Count("MarkModified(2)"), 0u);
 }
 
 } // namespace ZuControl

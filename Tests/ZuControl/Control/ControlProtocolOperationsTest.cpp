@@ -3,6 +3,7 @@
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
+#include "Support/NoNewThreads.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 
@@ -10,6 +11,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <pthread.h>
 #include <thread>
 
 namespace ZuControl
@@ -47,6 +49,13 @@ protected:
     void QueueEnd(ZuEthernetProtocol protocol, int status)
     {
         operations->NotifyOperationEnd(protocol, status, "");
+    }
+
+    /// What the dispatcher's function gives when the end has come; on this thread, after the other one.
+    int DispatchUntilTheEnd()
+    {
+        operations->runningFlag = false;
+        return ControlProtocolOperations::DispatcherThreadFx(operations.get());
     }
 
     void FreeTheFlag()
@@ -90,6 +99,7 @@ struct SimpleOperation
     char const* name;
     std::function<void(ControlProtocolOperations&)> begin;
     char const* call;
+    int action;
 };
 
 class ControlProtocolOperationsSimple : public ControlProtocolOperationsTest,
@@ -116,30 +126,28 @@ TEST_P(ControlProtocolOperationsSimple, EndsWithStatusZeroWhateverItThrows)
     GetParam().begin(*operations);
 
     ASSERT_TRUE(calls.WaitFor("7 ended 0"));
-    auto const lines = log.Lines();
-    ASSERT_GE(lines.size(), 2u);
-    EXPECT_TRUE(lines[0].text.starts_with("Exception processing action id ")) << lines[0];
-    EXPECT_EQ(lines[0].label, TASK);
-    EXPECT_TRUE(ZuTest::IsTrace(lines[1]));
+    EXPECT_EQ(log.LinesWithShortTraces(),
+              (std::vector{ZuTest::Error(TASK, "Exception processing action id " + std::to_string(GetParam().action)),
+                           ZuTest::CaughtEntry(-998, "no"), ZuTest::BackTrace()}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Every, ControlProtocolOperationsSimple,
     testing::Values(
-        SimpleOperation{"StartScan", [](auto& o) { o.StartScan(PROTOCOL_7); }, "Start"},
-        SimpleOperation{"StopScan", [](auto& o) { o.StopScan(PROTOCOL_7); }, "Stop"},
-        SimpleOperation{"ClearAlignment", [](auto& o) { o.ClearAlignment(PROTOCOL_7, "s"); }, "ClearAlignment(s)"},
-        SimpleOperation{"LoadJob", [](auto& o) { o.LoadJob(PROTOCOL_7, "job"); }, "LoadJob(job)"},
-        SimpleOperation{"SoftwareTrigger", [](auto& o) { o.SoftwareTrigger(PROTOCOL_7, ""); }, "SoftwareTrigger()"},
+        SimpleOperation{"StartScan", [](auto& o) { o.StartScan(PROTOCOL_7); }, "Start", 0},
+        SimpleOperation{"StopScan", [](auto& o) { o.StopScan(PROTOCOL_7); }, "Stop", 1},
+        SimpleOperation{"ClearAlignment", [](auto& o) { o.ClearAlignment(PROTOCOL_7, "s"); }, "ClearAlignment(s)", 3},
+        SimpleOperation{"LoadJob", [](auto& o) { o.LoadJob(PROTOCOL_7, "job"); }, "LoadJob(job)", 4},
+        SimpleOperation{"SoftwareTrigger", [](auto& o) { o.SoftwareTrigger(PROTOCOL_7, ""); }, "SoftwareTrigger()", 5},
         SimpleOperation{"SetNextIpConfig",
                         [](auto& o) {
     wIpConfig config;
     config.address = {192, 168, 1, 10};
     o.SetNextIpConfig(PROTOCOL_7, config);
                         },
-                        "SetNextIpConfig(10)"},
-        SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore"},
-        SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart"}),
+                        "SetNextIpConfig(10)", 6},
+        SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore", 7},
+        SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart", 8}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAlone)
@@ -234,10 +242,11 @@ TEST_F(ControlProtocolOperationsTest, EndsTheTestActionsAsTheyAreMadeTo)
     RunTestAction(204);
     ASSERT_TRUE(calls.WaitFor("7 ended 0", 2));
 
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(TASK, "Exception processing action id 202"),
-                                                     ZuTest::Error(TASK, "Exception processing action id 204")}));
-    EXPECT_EQ(log.CountOfText("exception with status 202: Testing action id 202"), 1u);
-    EXPECT_EQ(log.CountOfText("exception with status 204: Async test action id 204"), 1u);
+    EXPECT_EQ(log.LinesWithShortTraces(),
+              (std::vector{ZuTest::Error(TASK, "Exception processing action id 202"),
+                           ZuTest::CaughtEntry(202, "Testing action id 202"), ZuTest::BackTrace(),
+                           ZuTest::Error(TASK, "Exception processing action id 204"),
+                           ZuTest::CaughtEntry(204, "Async test action id 204"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlProtocolOperationsTest, NeverEndsAnAsynchronousOperationByItself)
@@ -300,7 +309,8 @@ TEST_F(ControlProtocolOperationsTest, CallsNoLaterHandlerOfAnEndWhoseHandlerThre
 
     ASSERT_TRUE(calls.WaitFor("7 ended 1"));
     EXPECT_EQ(calls.Count("8 ended 1"), 0u);
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: "),
+                                                       ZuTest::CaughtEntry(-3, "handler"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlProtocolOperationsTest, CallsHandlersInOrderAndNoneThatWasRemovedMeanwhile)
@@ -368,7 +378,8 @@ TEST_F(ControlProtocolOperationsTest, RemovesTheHandlerOfAnAlignmentThatFailedTo
 
     ASSERT_TRUE(calls.WaitFor("7 ended 0"));
     EXPECT_EQ(scanEngines.event.Count(), 0u);
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(TASK, "Exception processing action id 2")}));
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error(TASK, "Exception processing action id 2"),
+                                                       ZuTest::CaughtEntry(-998, "no align"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlProtocolOperationsTest, TellsTheEndAlsoWhenTheCleanUpOfAFailedStartFails)
@@ -402,8 +413,8 @@ TEST_F(ControlProtocolOperationsTest, LeavesTheHandlerOfAnAlignmentThatNamedNoSc
 
     ASSERT_TRUE(calls.WaitFor("7 ended 1", 3));
     operations.reset(); // the line comes behind the handlers
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
-    EXPECT_EQ(log.CountOfText("exception with status -1000: "), 1u);
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: "),
+                                                       ZuTest::CaughtEntry(-1000, ""), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlProtocolOperationsTest, KeepsTheFlagAndCallsNobodyWhenTheScannerIsGoneAtTheEnd)
@@ -426,7 +437,85 @@ TEST_F(ControlProtocolOperationsTest, KeepsTheFlagAndCallsNobodyWhenTheScannerIs
               (Refusal{-976, "Protocol 8 operation 1 rejected because another operation is in progress"}));
     operations.reset();
     EXPECT_EQ(calls.Count("7 ended 1") + calls.Count("7 ended 0"), 0u);
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: ")}));
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: "),
+                                                       ZuTest::CaughtEntry(-999, "no scanner"), ZuTest::BackTrace()}));
+}
+
+TEST_F(ControlProtocolOperationsTest, LeavesTheHandlerOfAnUnnamedAlignmentThatFailedToStart)
+{
+    scanEngines.on["Alignment()"] = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "no align"); };
+
+    operations->Alignment(PROTOCOL_7, "");
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 0"));
+    EXPECT_EQ(scanEngines.event.Count(), 1u);
+    EXPECT_EQ(calls.All(), (Calls{"AlignmentCompletedEvent()", "Alignment()", "7 ended 0"}));
+}
+
+TEST_F(ControlProtocolOperationsTest, TellsAnEndToNobodyButWhoAsked)
+{
+    ListenTo(PROTOCOL_8);
+
+    operations->StartScan(PROTOCOL_7);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    WaitForTheRoadToBeEmpty();
+    EXPECT_EQ(calls.All(), (Calls{"Start", "7 ended 1", "999 ended 1"}));
+}
+
+TEST_F(ControlProtocolOperationsTest, NeverEndsAnOperationThatTakesLongAndSaysNothingOfIt)
+{
+    ZuTest::LogRecorder const log;
+    operations->Alignment(PROTOCOL_7, "s");
+    ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+
+    wThread_Sleep(3 * ControlProtocolOperations::OPERATION_TIMEOUT_USEC); // the dispatcher's wait ends time and again
+
+    EXPECT_TRUE(IsInFlight());
+    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{});
+    CompleteAlignment();
+    EXPECT_TRUE(calls.WaitFor("7 ended 1"));
+}
+
+TEST_F(ControlProtocolOperationsTest, NamesItsDispatcherAndEndsItWithSuccess)
+{
+    operations->AddOpEndEventHandler(PROTOCOL_8, [this](int) {
+        char name[16] = {};
+        pthread_getname_np(pthread_self(), name, sizeof name);
+        calls.Add(name);
+    });
+    operations->StartScan(PROTOCOL_8);
+    EXPECT_TRUE(calls.WaitFor("CtlProtoOp.Disp"));
+
+    EXPECT_EQ(DispatchUntilTheEnd(), 1);
+}
+
+TEST_F(ControlProtocolOperationsTest, FreesRecordsThatNobodyTook)
+{
+    ZuTest::Latch release;
+    operations->AddOpEndEventHandler(PROTOCOL_8, [&](int) {
+        calls.Add("held");
+        release.Wait();
+    });
+    QueueEnd(PROTOCOL_8, 1);
+    ASSERT_TRUE(calls.WaitFor("held"));
+    for (int i = 0; i < 3; ++i)
+    {
+        QueueEnd(PROTOCOL_7, 1); // freed with the queue, or told before the dispatcher saw that it shall end
+    }
+    std::thread releasing([&] { release.Open(); });
+
+    operations.reset();
+    releasing.join();
+
+    EXPECT_EQ(calls.Count("held"), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, CannotBeMadeWithoutThreads)
+{
+    ZuTest::NoNewThreads const none;
+
+    EXPECT_EQ(RefusalOf([this] { ControlProtocolOperations{systemInterface, scanEngines}; }), (Refusal{0, ""}));
 }
 
 TEST_F(ControlProtocolOperationsTest, GoesWhileAnAlignmentIsInFlight)

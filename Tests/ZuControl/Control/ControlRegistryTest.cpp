@@ -135,11 +135,11 @@ TEST_F(ControlRegistryTest, KeepsTheFirstOfTwoTypesWithOneNameAndReadsOn)
 
     EXPECT_EQ(NamesOf(registry), (Names{"x", "z"}));
     EXPECT_EQ(std::string(registry.FindByTypeName("x")->DisplayName()), "First");
-    auto const lines = log.Lines();
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(lines[1], ZuTest::Error("ZuControl::ControlRegistry::ProcessPluginLoad",
-                                      "Failed to load control protocol \"x\" ()"));
-    EXPECT_TRUE(ZuTest::IsTrace(lines[2]));
+    EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Info("ZuControl::ControlRegistry::AttachPlugins",
+                                                                    "ControlRegistry loading plugins..."),
+                                                       ZuTest::Error("ZuControl::ControlRegistry::ProcessPluginLoad",
+                                                                     "Failed to load control protocol \"x\" ()"),
+                                                       ZuTest::CaughtEntry(-987, ""), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlRegistryTest, PassesOverPluginsOfAnotherTypeAndThoseWithNothingBehindThem)
@@ -161,6 +161,7 @@ TEST_F(ControlRegistryTest, SeesALibraryThatAppearsWhileTheOneBeforeItIsRead)
                if (!added)
                {
                    added = true;
+                   EXPECT_EQ(log.CountOfText("ControlRegistry loading plugins..."), 1u); // before anything is read
                    AddLib(manager, {late});
                }
                return nullptr;
@@ -220,6 +221,27 @@ TEST_F(ControlRegistryTest, RefusesAKnownNameAndTheRemovalOfAnUnknownOne)
 
     Remove(registry, "a");
     EXPECT_TRUE(registry.List().empty());
+}
+
+TEST_F(ControlRegistryTest, PassesOnWhatALibraryThrowsWhileItIsSearched)
+{
+    class Nameless final : public ZuPlugin::IPlugin
+    {
+    public:
+        std::string Type() const override
+        {
+            throw std::runtime_error("no type");
+        }
+
+        void const* GetObject() const override
+        {
+            return nullptr;
+        }
+    };
+    AddLib(manager, {std::make_shared<Nameless>()});
+
+    EXPECT_THROW(ControlRegistry{manager}, std::runtime_error);
+    EXPECT_EQ(log.Lines().size(), 1u);
 }
 
 } // namespace ZuControl

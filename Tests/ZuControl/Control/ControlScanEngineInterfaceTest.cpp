@@ -139,9 +139,11 @@ TEST_F(ControlScanEngineInterfaceTest, TakesTheNameOfAnActionExactly)
     EXPECT_EQ(RefusalOf([this] { engines.SoftwareTrigger(""); }),
               (Refusal{-998, "Software trigger operation is not supported by scanner a"}));
 
-    EXPECT_EQ(log.LinesWithoutTraces(),
+    EXPECT_EQ(log.LinesWithShortTraces(),
               (std::vector{ZuTest::Info(TRIGGER, "Attempting software trigger for scanner a"),
-                           ZuTest::Error(TRIGGER, "Failed to initiate software trigger operation for scanner ")}));
+                           ZuTest::Error(TRIGGER, "Failed to initiate software trigger operation for scanner "),
+                           ZuTest::CaughtEntry(-998, "Software trigger operation is not supported by scanner a"),
+                           ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlScanEngineInterfaceTest, AlignsAndClearsThroughCommands)
@@ -165,10 +167,14 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesWhatAScannerDoesNotOffer)
     EXPECT_EQ(RefusalOf([this] { engines.ClearAlignment(""); }),
               (Refusal{-998, "No support for clear alignment by scanner a"}));
 
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{ZuTest::Info(ALIGN, "Attempting alignment for scanner a"),
-                                                     ZuTest::Error(ALIGN, "Failed alignment for scanner a"),
-                                                     ZuTest::Info(ALIGN, "Attempting clear alignment for scanner a"),
-                                                     ZuTest::Error(ALIGN, "Failed clear alignment for scanner ")}));
+    EXPECT_EQ(
+        log.LinesWithShortTraces(),
+        (std::vector{ZuTest::Info(ALIGN, "Attempting alignment for scanner a"),
+                     ZuTest::Error(ALIGN, "Failed alignment for scanner a"),
+                     ZuTest::CaughtEntry(-998, "No support for alignment by scanner a"), ZuTest::BackTrace(),
+                     ZuTest::Info(ALIGN, "Attempting clear alignment for scanner a"),
+                     ZuTest::Error(ALIGN, "Failed clear alignment for scanner "),
+                     ZuTest::CaughtEntry(-998, "No support for clear alignment by scanner a"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlScanEngineInterfaceTest, RefusesAScannerWithoutTargets)
@@ -179,9 +185,11 @@ TEST_F(ControlScanEngineInterfaceTest, RefusesAScannerWithoutTargets)
     EXPECT_EQ(RefusalOf([this] { engines.SoftwareTrigger(""); }), (Refusal{-996, "No actions supported by scanner a"}));
     EXPECT_EQ(RefusalOf([this] { engines.Alignment(""); }), (Refusal{-996, "No commands supported by scanner a"}));
 
-    EXPECT_EQ(log.LinesWithoutTraces(),
+    EXPECT_EQ(log.LinesWithShortTraces(),
               (std::vector{ZuTest::Error(TRIGGER, "Failed to initiate software trigger operation for scanner "),
-                           ZuTest::Error(ALIGN, "Failed alignment for scanner ")}));
+                           ZuTest::CaughtEntry(-996, "No actions supported by scanner a"), ZuTest::BackTrace(),
+                           ZuTest::Error(ALIGN, "Failed alignment for scanner "),
+                           ZuTest::CaughtEntry(-996, "No commands supported by scanner a"), ZuTest::BackTrace()}));
 }
 
 TEST_F(ControlScanEngineInterfaceTest, SearchesTheFirstUsableEngineOnly)

@@ -3,9 +3,11 @@
 #include "Support/AllocationCounter.h"
 #include "Support/CallLog.h"
 #include "Support/Latch.h"
+#include "Support/NoNewThreads.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
+#include "ZuApi/Logging.h"
 #include "ZuCore/ResultHub.h"
 
 #include <gtest/gtest.h>
@@ -395,6 +397,108 @@ TEST(ControlScanResults, EndsWhileAHubPublishes)
         publish = false;
         publishing.join();
     }
+}
+
+TEST_F(ControlScanResultsTest, TakesNoLockForASetWithNothingInIt)
+{
+    ZuTest::Latch release;
+    auto const id = results.AddResultHandler(
+        [&](void*) {
+        calls.Add("held");
+        release.Wait();
+        },
+        ZuEthernetProtocol{1});
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    Publish({"a"});
+    ASSERT_TRUE(calls.WaitFor("held"));
+    std::thread removing([&] { results.RemoveResultHandler(id); }); // waits under the lock for the handler
+
+    Publish({}); // would hang here
+    results.ProcessResultSet(nullptr);
+
+    release.Open();
+    removing.join();
+}
+
+namespace
+{
+
+/// Holds whoever writes this line until it is released.
+class HoldingSink final : public Zu::Logging::ISink
+{
+public:
+    explicit HoldingSink(std::string heldText) : text(std::move(heldText))
+    {
+    }
+
+    bool Wants(uint64 /*flags*/) const override
+    {
+        return true;
+    }
+
+    void Write(Zu::Logging::Entry const& entry) override
+    {
+        if (entry.text == text)
+        {
+            inside.Open();
+            release.Wait();
+        }
+    }
+
+    ZuTest::Latch inside;
+    ZuTest::Latch release;
+
+private:
+    std::string const text;
+};
+
+} // namespace
+
+TEST_F(ControlScanResultsTest, ChangesAMapWhileASetIsOnItsWayThrough)
+{
+    ListenWithAClient(1, {"a"});
+    auto const sink = std::make_shared<HoldingSink>("Live simulation data filtered out.");
+    Zu::Logging::AddSink(sink);
+    std::thread publishing([this] { Publish({"a"}, true); });
+    ASSERT_TRUE(sink->inside.Wait()); // under the lock
+
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"b"}); // would hang here
+
+    sink->release.Open();
+    publishing.join();
+    Zu::Logging::RemoveSink(sink);
+    Publish({"a", "b"});
+    EXPECT_TRUE(calls.WaitFor("1:b1"));
+}
+
+TEST_F(ControlScanResultsTest, HasNoDispatcherWhenItsThreadCannotBeMade)
+{
+    {
+        ZuTest::NoNewThreads const none;
+        EXPECT_EQ(RefusalOf([this] { Listen(1); }), (Refusal{0, ""}));
+    }
+    EXPECT_EQ(RefusalOf([this] { results.UpdateClientCount(ZuEthernetProtocol{1}, 1); }),
+              (Refusal{-999, "Failed to find dispatcher of protocol:1."}));
+
+    ListenWithAClient(1, {"a"});
+    Publish({"a"});
+
+    EXPECT_TRUE(calls.WaitFor("1:a0"));
+}
+
+TEST_F(ControlScanResultsTest, GoesOnWithOthersWhenAHandlerThrew)
+{
+    results.AddResultHandler([](void*) { ZU_THROW(-3, "handler"); }, ZuEthernetProtocol{1});
+    results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
+    results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
+    ListenWithAClient(2, {"a"});
+
+    Publish({"a"});
+    Publish({"x", "a"});
+
+    EXPECT_TRUE(calls.WaitFor("2:a0"));
+    EXPECT_TRUE(calls.WaitFor("2:a1"));
 }
 
 } // namespace ZuControl

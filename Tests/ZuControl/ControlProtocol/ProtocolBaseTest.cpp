@@ -22,7 +22,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <thread>
+#include <tuple>
 
 namespace ZuControl::ControlProtocol
 {
@@ -508,7 +510,8 @@ TEST_F(ProtocolBaseTest, PassesOnThatAnotherOperationIsInFlight)
     operations->AddOpEndEventHandler(NUMBER, [this](int) { calls.Add("end"); });
     protocol->ProcessReceivedCommonCommands(Command(CommandStart));
 
-    EXPECT_EQ(RefusalOf([&] { protocol->ProcessReceivedCommonCommands(Command(CommandStop)); }).status, -976);
+    EXPECT_EQ(RefusalOf([&] { protocol->ProcessReceivedCommonCommands(Command(CommandStop)); }),
+              (Refusal{-976, "Protocol 100 operation 1 rejected because another operation is in progress"}));
     EXPECT_TRUE(protocol->OperationInProgress());
 
     go.Open();
@@ -659,6 +662,56 @@ TEST_F(ProtocolBaseTest, GetsNoEndOfAnOperationOnceItIsGone)
 
     EXPECT_TRUE(calls.WaitFor("end")); // the record came, and met nobody
     operations->RemoveOpEndEventHandler(NUMBER, id);
+}
+
+TEST_F(ProtocolBaseTest, DoesWithoutAScannerEverywhereButOnSensors)
+{
+    for (auto const& [yes, expected, asked] : std::initializer_list<std::tuple<char const*, bool, Calls>>{
+             {"IsTavrinServiceApp", true, {"IsTavrinServiceApp"}},
+             {"IsPhysicalBrackle", true, {"IsTavrinServiceApp", "IsVirtualBrackle", "IsPhysicalBrackle"}},
+             {"IsPhysicalSensor", false, {"IsTavrinServiceApp", "IsVirtualBrackle", "IsPhysicalBrackle"}},
+             {"IsVirtualSensor", false, {"IsTavrinServiceApp", "IsVirtualBrackle", "IsPhysicalBrackle"}}})
+    {
+        calls.Clear();
+        deployment.yes = yes;
+        Build();
+
+        EXPECT_EQ(protocol->ScannerIsOptional(), expected) << yes;
+        EXPECT_EQ(calls.All(), asked) << yes;
+    }
+}
+
+TEST_F(ProtocolBaseTest, ReportsDropsAgainThatCameAfterAFallOfTheCount)
+{
+    Init({.metricsData = &protocol->metrics});
+    protocol->metrics.controlDrops.Set(3);
+    protocol->OnStartScan();
+
+    EXPECT_TRUE(Reports(5));
+    EXPECT_TRUE(Reports(4));
+    EXPECT_FALSE(Reports(2)); // the baseline falls with it
+    EXPECT_TRUE(Reports(5));
+    EXPECT_EQ(problems.Count(), 1u);
+}
+
+TEST_F(ProtocolBaseTest, DoesNothingWhereADerivedClassNeedNotDoAnything)
+{
+    calls.Clear();
+    nlohmann::json document = "kept";
+
+    protocol->ProtocolBase::ProcessResultSets(nullptr);
+    protocol->BeginUpdateParams("key");
+    protocol->EndUpdateParams();
+    protocol->ConfigureDefaultRegisterAssembly();
+    protocol->OnStopScan();
+    protocol->OnFactoryRestore();
+    protocol->InitPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+    protocol->LoadPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+    protocol->SavePersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+
+    EXPECT_EQ(document, "kept");
+    EXPECT_EQ(calls.All(), Calls{});
+    EXPECT_EQ(log.Lines(), Lines{});
 }
 
 } // namespace ZuControl::ControlProtocol
