@@ -1,4 +1,5 @@
-/// Records into registers: the blocks against a loop over the bytes of each value.
+/// Records into registers: the encoder against a loop over the bytes of each value, and what a block adds to it by its
+/// checks and by finding out what a result is.
 
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
@@ -7,6 +8,7 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterEncoder.h"
 #include "ZuVision/ZvArrayMsg.h"
 #include "ZuVision/ZvDataMsg.h"
 #include "ZuVision/ZvNullMsg.h"
@@ -71,6 +73,26 @@ private:
     ProtocolRegisterBlockInfo const& info;
 };
 
+/// Writes values with the layout chosen once, as the blocks do.
+class ChosenOnce final
+{
+public:
+    ChosenOnce(uint8* newBuffer, ProtocolRegisterBlockInfo const& info)
+        : buffer(newBuffer), encoder(info.BytesPerRegister(), info.IsProtocolBigEndian())
+    {
+    }
+
+    template <typename T>
+    void Write(size_t offset, T value) const
+    {
+        encoder.Write(buffer + offset, value);
+    }
+
+private:
+    uint8* const buffer;
+    RegisterEncoder const encoder;
+};
+
 RegisterBlockInfoParams TypeOf(std::shared_ptr<IProtocolRegisterBlockFactory> factory, uint16 registers,
                                benchmark::State const& state)
 {
@@ -113,13 +135,13 @@ void WriteWithBlock(benchmark::State& state, uint16 registers, Data const& data)
     }
 }
 
-template <typename Block, typename Step>
-void WriteWithLoop(benchmark::State& state, uint16 registers, Step&& step)
+template <typename Writer, typename Block, typename Step>
+void WriteWith(benchmark::State& state, uint16 registers, Step&& step)
 {
     Placed<Block> placed(registers, state);
     for (auto _ : state)
     {
-        step(ByteLoop(placed.registers.data(), placed.info), placed.registers.data(), placed.info.BytesPerRegister());
+        step(Writer(placed.registers.data(), placed.info), placed.registers.data(), placed.info.BytesPerRegister());
         benchmark::DoNotOptimize(placed.registers);
         benchmark::ClobberMemory();
     }
@@ -142,9 +164,10 @@ void AnswerWithBlock(benchmark::State& state)
     WriteWithBlock<Answer>(state, 4, ANSWER);
 }
 
-void AnswerWithLoop(benchmark::State& state)
+template <typename Writer>
+void AnswerWith(benchmark::State& state)
 {
-    WriteWithLoop<Answer>(state, 4, [](ByteLoop const& loop, uint8* /*registers*/, size_t /*bytes*/) {
+    WriteWith<Writer, Answer>(state, 4, [](auto const& loop, uint8* /*registers*/, size_t /*bytes*/) {
         loop.Write(0, ANSWER.requestId);
         loop.Write(2, static_cast<uint8>(ANSWER.status));
     });
@@ -155,9 +178,10 @@ void SystemWithBlock(benchmark::State& state)
     WriteWithBlock<System>(state, 76, SystemRecord());
 }
 
-void SystemWithLoop(benchmark::State& state)
+template <typename Writer>
+void SystemWith(benchmark::State& state)
 {
-    WriteWithLoop<System>(state, 76, [data = SystemRecord()](ByteLoop const& loop, uint8* registers, size_t bytes) {
+    WriteWith<Writer, System>(state, 76, [data = SystemRecord()](auto const& loop, uint8* registers, size_t bytes) {
         loop.Write(8, data.stateByte0);
         loop.Write(0, data.value64);
         loop.Write(9, data.jobFileNameLength);
@@ -176,9 +200,10 @@ void ScannerWithBlock(benchmark::State& state)
     WriteWithBlock<Scanner>(state, 18, SCANNER);
 }
 
-void ScannerWithLoop(benchmark::State& state)
+template <typename Writer>
+void ScannerWith(benchmark::State& state)
 {
-    WriteWithLoop<Scanner>(state, 18, [](ByteLoop const& loop, uint8* /*registers*/, size_t /*bytes*/) {
+    WriteWith<Writer, Scanner>(state, 18, [](auto const& loop, uint8* /*registers*/, size_t /*bytes*/) {
         loop.Write(16, SCANNER.scannerByte0);
         loop.Write(0, SCANNER.encoderValue);
         loop.Write(8, SCANNER.syncTime);
@@ -218,10 +243,11 @@ void StampWithBlock(benchmark::State& state)
 }
 
 /// It finds out what the message is as the block does: the encoding alone differs.
-void StampWithLoop(benchmark::State& state)
+template <typename Writer>
+void StampWith(benchmark::State& state)
 {
     StampResult const result;
-    WriteWithLoop<Stamp>(state, 36, [&result](ByteLoop const& loop, uint8* /*registers*/, size_t /*bytes*/) {
+    WriteWith<Writer, Stamp>(state, 36, [&result](auto const& loop, uint8* /*registers*/, size_t /*bytes*/) {
         void* const msg = wMsgInfo_Msg(ZuCore::ResultItem_MsgInfo(result.item.get()));
         if (wObject_Is(msg, ZuVision::ZvArrayMsg_Class) || wObject_Is(msg, ZuVision::ZvNullMsg_Class) ||
             wObject_Is(msg, ZuVision::ZvDataMsg_Class) ||
@@ -250,12 +276,16 @@ void EveryLayout(benchmark::internal::Benchmark* measured)
 }
 
 BENCHMARK(AnswerWithBlock)->Name("Encode/Answer/Block")->Apply(EveryLayout);
-BENCHMARK(AnswerWithLoop)->Name("Encode/Answer/ByteLoop")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(AnswerWith, ChosenOnce)->Name("Encode/Answer/Encoder")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(AnswerWith, ByteLoop)->Name("Encode/Answer/ByteLoop")->Apply(EveryLayout);
 BENCHMARK(ScannerWithBlock)->Name("Encode/Scanner/Block")->Apply(EveryLayout);
-BENCHMARK(ScannerWithLoop)->Name("Encode/Scanner/ByteLoop")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(ScannerWith, ChosenOnce)->Name("Encode/Scanner/Encoder")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(ScannerWith, ByteLoop)->Name("Encode/Scanner/ByteLoop")->Apply(EveryLayout);
 BENCHMARK(SystemWithBlock)->Name("Encode/System/Block")->Apply(EveryLayout);
-BENCHMARK(SystemWithLoop)->Name("Encode/System/ByteLoop")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(SystemWith, ChosenOnce)->Name("Encode/System/Encoder")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(SystemWith, ByteLoop)->Name("Encode/System/ByteLoop")->Apply(EveryLayout);
 BENCHMARK(StampWithBlock)->Name("Encode/Stamp/Block")->Apply(EveryLayout);
-BENCHMARK(StampWithLoop)->Name("Encode/Stamp/ByteLoop")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(StampWith, ChosenOnce)->Name("Encode/Stamp/Encoder")->Apply(EveryLayout);
+BENCHMARK_TEMPLATE(StampWith, ByteLoop)->Name("Encode/Stamp/ByteLoop")->Apply(EveryLayout);
 
 } // namespace
