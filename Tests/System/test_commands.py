@@ -1,6 +1,8 @@
 """The command session of the README, run with mbpoll, and what a PLC sees of it."""
 
+import pathlib
 import re
+import shlex
 import subprocess
 import unittest
 
@@ -8,15 +10,33 @@ from host import PATIENCE, Host, wait_until
 from modbus import ModbusClient, ModbusException, signed, text, unsigned
 
 NONE, IN_PROGRESS, DONE, FAILED = 0, 1, 2, 3
+README = pathlib.Path(__file__).resolve().parents[2] / "README.md"
+
+
+def register_lines(text):
+    """The register values in what mbpoll prints."""
+    return {int(at): int(value) for at, value in re.findall(r"^\[(\d+)\]:\s+(-?\d+)", text, re.MULTILINE)}
+
+
+def run_mbpoll(words):
+    done = subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE)
+    if done.returncode != 0:
+        raise AssertionError(f"{words} failed: {done.stdout} {done.stderr}")
+    return register_lines(done.stdout)
 
 
 def mbpoll(port, *arguments):
     """Runs mbpoll once with addresses that count from 0 and gives the register values that it prints."""
-    done = subprocess.run(
-        ["mbpoll", "-0", "-1", "-o", "10", "-p", str(port), *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE)
-    if done.returncode != 0:
-        raise AssertionError(f"mbpoll failed: {done.stdout} {done.stderr}")
-    return {int(at): int(value) for at, value in re.findall(r"^\[(\d+)\]:\s+(-?\d+)", done.stdout, re.MULTILINE)}
+    return run_mbpoll(["mbpoll", "-0", "-1", "-o", "10", "-p", str(port), *map(str, arguments)])
+
+
+def readme_session():
+    """(command, register values that the page shows behind it) of the README's session, in order."""
+    section = README.read_text().split("## A session with a PLC")[1].split("\n## ")[0]
+    blocks = re.findall(r"^```\n(.*?)^```", section, re.MULTILINE | re.DOTALL)
+    for block in blocks:
+        for command, shown in re.findall(r"^(mbpoll .*)\n((?:\[.*\n)*)", block, re.MULTILINE):
+            yield command, register_lines(shown)
 
 
 def characters(name):
@@ -24,6 +44,17 @@ def characters(name):
 
 
 class CommandSession(unittest.TestCase):
+    def test_the_session_of_the_readme(self):
+        steps = list(readme_session())
+        self.assertGreaterEqual(len(steps), 8)
+        with Host() as host:
+            for command, shown in steps:
+                words = [str(host.modbus_port) if word == "1502" else word for word in shlex.split(command)]
+                if not shown:
+                    run_mbpoll(words)
+                else:  # what takes its time is asked for again
+                    wait_until(lambda: run_mbpoll(words) == shown, f"{command} to show {shown}")
+
     def test_start_read_stop_with_mbpoll(self):
         with Host() as host:
             port = host.modbus_port
