@@ -569,8 +569,13 @@ TEST_F(ControlProtocolOperationsTest, AddsAndRemovesHandlersWhileEndsAreTold)
         auto const id = ListenTo(PROTOCOL_8);
         operations->RemoveOpEndEventHandler(PROTOCOL_8, id);
     }
-
     WaitForTheRoadToBeEmpty();
+
+    calls.Clear();
+    QueueEnd(PROTOCOL_8, 1); // nobody is left to hear of it
+    WaitForTheRoadToBeEmpty();
+
+    EXPECT_EQ(calls.Count("8 ended 1"), 0u);
 }
 
 } // namespace ZuControl

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <pthread.h>
 #include <stdexcept>
 #include <thread>
@@ -85,14 +86,24 @@ TEST_F(ControlScanResultsDispatcherTest, HandsAllThatGatheredInOnePassOverAtOnce
 
 TEST_F(ControlScanResultsDispatcherTest, NeverKeepsTheResultPathWaitingForAHandler)
 {
+    constexpr std::size_t SETS = 1000;
     HoldInABatch();
 
-    for (int i = 0; i < 1000; ++i)
-    {
-        Add("a"); // would hang here
-    }
+    // On another thread, so that a wait is a failure and not a test that hangs.
+    auto added = std::async(std::launch::async, [this] {
+        for (std::size_t i = 0; i < SETS; ++i)
+        {
+            Add("a");
+        }
+    });
 
+    bool const wasKeptWaiting = added.wait_for(ZuTest::CallLog::BOUND) != std::future_status::ready;
+    std::size_t const heldBatches = calls.Count("held");
     release.Open();
+    added.wait();
+
+    EXPECT_FALSE(wasKeptWaiting);
+    EXPECT_EQ(heldBatches, 1u); // the handler was still in its batch while all were added
 }
 
 TEST_F(ControlScanResultsDispatcherTest, AllocatesNothingForASetOnceItIsWarm)
