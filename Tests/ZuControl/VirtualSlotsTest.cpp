@@ -2,6 +2,7 @@
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlDataCache.h"
 #include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
@@ -135,6 +136,16 @@ TEST(VirtualSlots, OfWhatProtocolsCallKeepTheirPlaces)
                              &Engine::AlignmentCompletedEvent, &Engine::ScannerInfo, &Engine::FindSupportedSensor));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &System::Start, &System::Stop, &System::FactoryRestore,
                              &System::Restart, &System::LoadJob, &System::Stats, &System::SetNextIpConfig));
+}
+
+TEST(VirtualSlots, OfInputsAndOutputsKeepTheirPlaces)
+{
+    using Manager = IControlHardwareManager;
+
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &IControlHardware::HardwareIoType, &IControlHardware::IsEnabled,
+                             &IControlHardware::Enable));
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &Manager::SupportedHardwareInterfaces, &Manager::GetInterfaceCount,
+                             &Manager::GetHardwareInterface));
 }
 
 TEST(VirtualSlots, OfResultsKeepTheirPlaces)

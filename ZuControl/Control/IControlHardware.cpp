@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlHardware.h"
+
+namespace ZuControl
+{
+
+IControlHardware::~IControlHardware() = default;
+
+} // namespace ZuControl

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlHardwareManager.h"
+
+namespace ZuControl
+{
+
+IControlHardwareManager::~IControlHardwareManager() = default;
+
+} // namespace ZuControl
