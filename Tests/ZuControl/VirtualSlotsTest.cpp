@@ -5,6 +5,7 @@
 #include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "ZuControl/Control/IControlResourceAdaptor.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
@@ -132,6 +133,7 @@ TEST(VirtualSlots, OfWhatProtocolsCallKeepTheirPlaces)
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &IControlActionTarget::ListActions,
                              &IControlActionTarget::GetActionParams, &IControlActionTarget::InvokeAction));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &IControlDataCache::SystemStats, &IControlDataCache::ScannerInfo));
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &IControlResourceAdaptor::Read));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &Engine::SoftwareTrigger, &Engine::Alignment, &Engine::ClearAlignment,
                              &Engine::AlignmentCompletedEvent, &Engine::ScannerInfo, &Engine::FindSupportedSensor));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &System::Start, &System::Stop, &System::FactoryRestore,

@@ -1,0 +1,8 @@
+#include "ZuControl/Control/IControlResourceAdaptor.h"
+
+namespace ZuControl
+{
+
+IControlResourceAdaptor::~IControlResourceAdaptor() = default;
+
+} // namespace ZuControl
