@@ -17,6 +17,7 @@ namespace
 {
 
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+constexpr char const* RELATIONS = "/relations/{rel}";
 
 /// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program.
 std::filesystem::path DefaultPluginFolder()
@@ -26,25 +27,34 @@ std::filesystem::path DefaultPluginFolder()
 
 } // namespace
 
-Application::Application(Options const& newOptions, std::unique_ptr<IProfileSource> source)
+Application::Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source)
     : options(newOptions),
       deployment(options.deployment),
       persistManager({options.jobName}),
       resultHub(RESULTS_ON_THE_SENSORS_THREAD),
       sensor(resultHub, std::move(source), options.rateHz),
       scanner(sensor),
-      core(sensor, options.start)
+      core(sensor, options.start),
+      requestProcessor(router, RELATIONS, [this] { return std::make_shared<UpdateGate::Request>(updateGate); }),
+      httpServer(requestProcessor)
 {
+    HttpServer::Settings settings;
+    settings.address = options.httpAddress;
+    settings.port = options.httpPort;
+    settings.token = token;
+    httpServer.Listen(settings); // first: a port that is taken is told before anything runs
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
     persistManager.LoadJob(options.jobName);
     LoadPlugins();
     BuildModule();
     MakeNewJob();
+    hostResources.emplace(router, problems);
 }
 
 Application::~Application()
 {
+    httpServer.Stop();
     // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
     ZU_GUARD_DESTRUCTOR([this] { core.Close(); });
 }
@@ -72,7 +82,8 @@ std::vector<Application::Listener> Application::Start()
     {
         core.Start(false);
     }
-    std::vector<Listener> listeners;
+    httpServer.Start(); // a client finds what was asked for on the command line done
+    std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
     for (std::string const& typeName : Controls().List())
     {
         ZuControl::IControlInstance& instance = Controls().GetInstance(typeName);
@@ -115,6 +126,7 @@ void Application::BuildModule()
     environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
     environ.persistManager = &persistManager;
     environ.core = &core;
+    environ.requestProcessor = &requestProcessor;
     module.emplace(pluginManager, router, environ);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Host/CommandLine/Options.h"
+#include "Host/Http/HostResources.h"
+#include "Host/Http/HttpServer.h"
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
@@ -12,6 +14,7 @@
 #include "ZuControl/Control/ControlModule.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuPlugin/PluginManager.h"
+#include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
 #include "ZuScan/ScanEngineManager.h"
 
@@ -30,18 +33,19 @@ namespace ZuHost
 class Application final
 {
 public:
-    /// A protocol and where it listens, "127.0.0.1:1502".
+    /// A protocol, or "http", and where it listens: "127.0.0.1:1502".
     struct Listener
     {
-        std::string typeName;
+        std::string name;
         std::string address;
 
         bool operator==(Listener const&) const = default;
     };
 
-    /// Loads the plug-ins and builds the module, with a new job. Throws what a protocol throws that cannot be built.
-    Application(Options const& newOptions, std::unique_ptr<IProfileSource> source);
-    ~Application(); ///< stops scanning first, then ends the protocols
+    /// Loads the plug-ins, builds the module, with a new job, and takes the address of the REST service, which asks for
+    /// `token` unless that is empty. Throws what a protocol throws that cannot be built, and what HttpServer throws.
+    Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source);
+    ~Application(); ///< ends the REST service, then stops scanning, then ends the protocols
 
     Application(Application const&) = delete;
     Application& operator=(Application const&) = delete;
@@ -50,8 +54,8 @@ public:
     /// also for a protocol of `--enable`.
     void Configure();
 
-    /// Enables what is to be enabled, scans when asked to, and tells who listens where. A protocol that cannot be started is
-    /// a line in the log, and the others go on.
+    /// Enables what is to be enabled, scans when asked to, serves REST clients from then on, and tells who listens where. A
+    /// protocol that cannot be started is a line in the log, and the others go on.
     std::vector<Listener> Start();
 
     ZuControl::IControlManager& Controls() const;
@@ -78,7 +82,10 @@ private:
     DeskCore core;
     ZuPlugin::PluginManager pluginManager;
     ZuRest::ResourceRouter router;
+    ZuRest::ResourceRequestProcessor requestProcessor;
     std::optional<ZuControl::ControlModule> module;
+    std::optional<HostResources> hostResources; // behind everybody else's: it listens to them
+    HttpServer httpServer;                      // last: the first to go, as nobody may ask for what is going
 };
 
 } // namespace ZuHost

@@ -1,6 +1,7 @@
 #include "Host/HostProgram.h"
 
 #include "Host/Application.h"
+#include "Host/Http/BearerToken.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/Sensor/Replay.h"
 #include "Host/Sensor/SimulatedPart.h"
@@ -40,6 +41,17 @@ std::unique_ptr<IProfileSource> MakeSource(Options const& options)
     return std::make_unique<Replay>(ReadPcd(options.replayFile));
 }
 
+/// The token that REST clients are asked for; refuses an address that may not be used without one.
+std::string CheckHttp(Options const& options)
+{
+    HttpServer::Settings settings;
+    settings.address = options.httpAddress;
+    settings.port = options.httpPort;
+    settings.token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    HttpServer::Check(settings);
+    return settings.token;
+}
+
 std::string TextOf(std::exception const& exception)
 {
     std::string const text = exception.what();
@@ -50,18 +62,19 @@ std::string TextOf(std::exception const& exception)
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
 {
+    std::string const token = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
 
     LogScope const log(options.logLevel);
     failureStatus = EXIT_BROKEN;
-    Application application(options, std::move(source));
+    Application application(options, token, std::move(source));
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
     for (Application::Listener const& listener : application.Start())
     {
-        output << "listening " << listener.typeName << ' ' << listener.address << '\n';
+        output << "listening " << listener.name << ' ' << listener.address << '\n';
     }
     output << "ready" << std::endl;
     waitForStop();

@@ -18,7 +18,10 @@ namespace
 
 enum OptionCode : int
 {
-    JOB = 256, // above every character: there are no short options
+    HTTP = 256, // above every character: there are no short options
+    TOKEN,
+    DATA,
+    JOB,
     PLUGINS,
     DEPLOYMENT,
     REPLAY,
@@ -32,6 +35,9 @@ enum OptionCode : int
 };
 
 constexpr std::array OPTION_TABLE{
+    option{"http", required_argument, nullptr, HTTP},
+    option{"token", required_argument, nullptr, TOKEN},
+    option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
     option{"plugins", required_argument, nullptr, PLUGINS},
     option{"deployment", required_argument, nullptr, DEPLOYMENT},
@@ -92,6 +98,32 @@ double ParseRate(std::string const& text)
     return rateHz;
 }
 
+/// "127.0.0.1:8080", "[::1]:8080": whether the address is one, and may be used, is for the server to say.
+void ParseHttp(std::string const& text, Options& options)
+{
+    std::size_t const colon = std::min(text.rfind(':'), text.size());
+    std::string address = text.substr(0, colon);
+    if (address.starts_with('[') && address.ends_with(']'))
+    {
+        address = address.substr(1, address.size() - 2);
+    }
+    else if (address.find(':') != std::string::npos)
+    {
+        address.clear(); // version 6 without brackets: nobody knows where it ends
+    }
+    uint16 port = 0;
+    char const* const end = text.data() + text.size();
+    auto const result = std::from_chars(std::min(text.data() + colon + 1, end), end, port);
+    if (address.empty() || result.ec != std::errc{} || result.ptr != end)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "option '--http': '%s' is not of the form ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080",
+                 text.c_str());
+    }
+    options.httpAddress = std::move(address);
+    options.httpPort = port;
+}
+
 /// The name becomes the name of a file.
 std::string ParseJobName(std::string const& text)
 {
@@ -133,6 +165,15 @@ void Apply(int code, std::string const& text, Options& options)
 {
     switch (code)
     {
+    case HTTP:
+        ParseHttp(text, options);
+        break;
+    case TOKEN:
+        options.tokenFile = ParseNotEmpty("token", text);
+        break;
+    case DATA:
+        options.dataFolder = ParseNotEmpty("data", text);
+        break;
     case JOB:
         options.jobName = ParseJobName(text);
         break;
@@ -217,6 +258,10 @@ std::string HelpText()
     return "usage: zucontrol-host [OPTION]...\n"
            "A scanning sensor on the desk, joined to factory automation.\n"
            "\n"
+           "  --http ADDRESS:PORT  where the REST service listens; port 0: a free one (127.0.0.1:8080)\n"
+           "  --token FILE         ask REST clients for the bearer token in this file; any address but one of this\n"
+           "                       machine alone needs it\n"
+           "  --data DIR           where jobs and settings live (zucontrol-data)\n"
            "  --job NAME           the job to begin with (default)\n"
            "  --plugins DIR        folder of protocol plug-ins; may be repeated (plugins, beside the program)\n"
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"

@@ -51,6 +51,10 @@ struct Options
     static constexpr std::size_t MAX_JOB_NAME_BYTES = 63;
 
     Request request = Request::RUN;
+    std::string httpAddress = "127.0.0.1";               ///< of the REST service
+    uint16 httpPort = 8080;                              ///< 0: a free one
+    std::filesystem::path tokenFile;                     ///< empty: the REST service asks for no token
+    std::filesystem::path dataFolder = "zucontrol-data"; ///< where jobs and settings live
     std::string jobName = "default";
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
     Deployment deployment = Deployment::PHYSICAL_SENSOR;

@@ -1,7 +1,12 @@
 #include "Host/Http/BearerToken.h"
 
+#include "ZuApi/Exception.h"
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 
 namespace ZuHost::BearerToken
 {
@@ -11,7 +16,31 @@ namespace
 
 constexpr std::string_view SCHEME = "bearer ";
 
+constexpr char const* BLANKS = " \t\r";
+
 } // namespace
+
+std::string ReadFile(std::filesystem::path const& file)
+{
+    errno = 0;
+    std::ifstream stream(file);
+    std::string token;
+    if (!stream || (!std::getline(stream, token) && stream.bad()))
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--token': %s: %s", file.c_str(),
+                 errno != 0 ? std::strerror(errno) : "it cannot be read");
+    }
+    token.erase(0, std::min(token.find_first_not_of(BLANKS), token.size()));
+    token.erase(token.find_last_not_of(BLANKS) + 1);
+    bool const isText = std::all_of(token.begin(), token.end(), [](char one) { return one > ' ' && one < 0x7F; });
+    if (token.size() < MIN_BYTES || !isText)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "option '--token': the first line of %s is no token: %zu characters or more, without blanks",
+                 file.c_str(), MIN_BYTES);
+    }
+    return token;
+}
 
 bool IsGiven(std::string_view token, std::string_view header) noexcept
 {

@@ -50,9 +50,29 @@ int32 StatusOf(error_code const& error)
     return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
 }
 
+/// The address that the settings name. Throws -997 for one that is none, or may not be used without a token.
+boost::asio::ip::address AddressOf(HttpServer::Settings const& settings)
+{
+    std::string const where = EndpointText(settings.address, settings.port);
+    error_code error;
+    auto const address = boost::asio::ip::make_address(settings.address, error);
+    if (error)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The REST service cannot listen on %s: the address is not an IP address",
+                 where.c_str());
+    }
+    if (!address.is_loopback() && settings.token.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
+                 where.c_str(), unsigned{settings.port});
+    }
+    return address;
+}
+
 } // namespace
 
-/// What lives from a start to the next stop. All but the counts of requests belongs to the I/O thread once it runs.
+/// What lives from taking the address to the next stop. All but the counts of requests belongs to the I/O thread once it runs.
 class HttpServer::Core final : public IHttpService
 {
 public:
@@ -67,7 +87,10 @@ public:
         return endpoint;
     }
 
-    // What the connections need; on the I/O thread.
+    bool IsServing() const;
+    void Serve(); ///< once
+
+    // What the connections need, on the I/O thread.
     Settings const& Limits() const override;
     bool IsStopping() const override;
     void Process(ZuRest::Request request, ZuRest::ResourceRequestProcessor::ReceiverMaker makeReceiver,
@@ -92,6 +115,7 @@ private:
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
     boost::asio::io_context io{1}; // one thread: it needs fewer locks
+    bool isServing = false;        // the owner's: whether there is a thread
     bool isStopping = false;
     std::optional<WorkerPool> workers;
     std::optional<WorkGuard> work{boost::asio::make_work_guard(io)};
@@ -113,17 +137,17 @@ HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, Settings
     : settings(usedSettings), processor(usedProcessor)
 {
     Listen();
-    workers.emplace();
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "Http.Io"));
-    Accept();
-    Sweep();
-    ZU_CHECK(wThread_Start(thread, &Core::Main, this)); // last: the thread uses all of the above
 }
 
 HttpServer::Core::~Core()
 {
     ZU_GUARD_DESTRUCTOR([this] {
+        if (!isServing)
+        {
+            return; // it has only listened
+        }
         OnIoThread([this] { BeginStop(); });
         {
             std::unique_lock guard(countLock);
@@ -141,6 +165,20 @@ HttpServer::Core::~Core()
         work.reset();
         ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
     });
+}
+
+bool HttpServer::Core::IsServing() const
+{
+    return isServing;
+}
+
+void HttpServer::Core::Serve()
+{
+    workers.emplace();
+    Accept();
+    Sweep();
+    ZU_CHECK(wThread_Start(thread, &Core::Main, this)); // behind all that the thread uses
+    isServing = true;
 }
 
 HttpServer::Settings const& HttpServer::Core::Limits() const
@@ -198,28 +236,16 @@ int HttpServer::Core::Main(void* argument)
 
 void HttpServer::Core::Listen()
 {
-    std::string const where = EndpointText(settings.address, settings.port);
+    tcp::endpoint const wanted(AddressOf(settings), settings.port);
     error_code error;
-    auto const address = boost::asio::ip::make_address(settings.address, error);
-    if (error)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The REST service cannot listen on %s: the address is not an IP address",
-                 where.c_str());
-    }
-    if (!address.is_loopback() && settings.token.empty())
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
-                 where.c_str(), unsigned{settings.port});
-    }
-    tcp::endpoint const wanted(address, settings.port);
     acceptor.open(wanted.protocol(), error);
     error = error ? error : (acceptor.set_option(tcp::acceptor::reuse_address(true), error), error);
     error = error ? error : (acceptor.bind(wanted, error), error);
     error = error ? error : (acceptor.listen(tcp::acceptor::max_listen_connections, error), error);
     if (error)
     {
-        ZU_THROW(StatusOf(error), "The REST service cannot listen on %s: %s", where.c_str(), error.message().c_str());
+        ZU_THROW(StatusOf(error), "The REST service cannot listen on %s: %s",
+                 EndpointText(settings.address, settings.port).c_str(), error.message().c_str());
     }
     endpoint = acceptor.local_endpoint();
 }
@@ -338,13 +364,27 @@ HttpServer::~HttpServer()
     Stop();
 }
 
-void HttpServer::Start(Settings const& settings)
+void HttpServer::Check(Settings const& settings)
+{
+    AddressOf(settings);
+}
+
+void HttpServer::Listen(Settings const& settings)
 {
     if (core != nullptr)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
     core = std::make_unique<Core>(processor, settings);
+}
+
+void HttpServer::Start()
+{
+    if (core == nullptr || core->IsServing())
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    core->Serve();
 }
 
 void HttpServer::Stop() noexcept

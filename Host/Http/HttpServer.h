@@ -45,25 +45,31 @@ public:
     HttpServer(HttpServer const&) = delete;
     HttpServer& operator=(HttpServer const&) = delete;
 
-    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's or
-    /// may not be used without a token, -976 for a port that is taken, 0 for another failure, each with a sentence. -1000
-    /// while it runs.
-    void Start(Settings const& settings);
+    /// Throws -997 with a sentence that says what to do for an address that is none, or may not be used without a token.
+    static void Check(Settings const& settings);
+
+    /// Takes the address. Clients that come are answered once `Start` has been called. Throws, and nothing is taken, when it
+    /// cannot: as `Check` does, -997 for an address that is none of this machine's, -976 for a port that is taken, 0 for
+    /// another failure, each with a sentence. -1000 while it listens.
+    void Listen(Settings const& settings);
+
+    /// Answers clients from now on. Throws -1000 unless it listens and has not been started.
+    void Start();
 
     /// Takes no more requests, lets those under way end, ends the streams and closes every connection. A resource that is
-    /// running is waited for. Nothing happens when it does not run. Not to be called by a resource.
+    /// running is waited for. Nothing happens when it does not listen. Not to be called by a resource.
     void Stop() noexcept;
 
-    /// Where it listens, with the true port: "127.0.0.1:8080", "[::1]:8080". Empty while it does not run.
+    /// Where it listens, with the true port: "127.0.0.1:8080", "[::1]:8080". Empty while it does not.
     std::string Endpoint() const;
 
-    uint16 Port() const; ///< the true one; 0 while it does not run
+    uint16 Port() const; ///< the true one; 0 while it does not listen
 
 private:
     class Core;
 
     ZuRest::ResourceRequestProcessor& processor;
-    std::unique_ptr<Core> core; // while it runs
+    std::unique_ptr<Core> core; // while it listens
 };
 
 } // namespace ZuHost

@@ -98,8 +98,12 @@ ResourceLocks::Mode ModeOf(std::string const& method)
 
 } // namespace
 
-ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate)
-    : router(usedRouter), reader(router, locks, std::move(relationTemplate)), streamLock(std::make_shared<std::mutex>())
+ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate,
+                                                   ScopeMaker newMakeScope)
+    : router(usedRouter),
+      reader(router, locks, std::move(relationTemplate)),
+      makeScope(std::move(newMakeScope)),
+      streamLock(std::make_shared<std::mutex>())
 {
 }
 
@@ -148,6 +152,7 @@ ResourceRequestProcessor::Carry(Request const& request, ReceiverMaker const& mak
 {
     try
     {
+        auto const scope = makeScope ? makeScope() : nullptr;
         return Dispatch(request, makeReceiver, pass);
     }
     catch (std::exception const& exception)

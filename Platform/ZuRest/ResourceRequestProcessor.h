@@ -39,8 +39,12 @@ public:
     /// for all before it, so that a slow reader needs the newest alone.
     using ReceiverMaker = std::function<IStreamReceiver&(bool isState)>;
 
+    /// Makes what is to live while a request is carried out, on the thread that does it.
+    using ScopeMaker = std::function<std::shared_ptr<void>()>;
+
     /// `relationTemplate` as for DocumentReader. The router outlives this.
-    explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate = {});
+    explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate = {},
+                                      ScopeMaker newMakeScope = {});
     ~ResourceRequestProcessor() override;
 
     ResourceRequestProcessor(ResourceRequestProcessor const&) = delete;
@@ -73,6 +77,7 @@ private:
     ResourceRouter const& router;
     ResourceLocks locks;
     DocumentReader const reader;
+    ScopeMaker const makeScope;
     std::shared_ptr<std::mutex> const streamLock;
 };
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace ZuHost
@@ -31,7 +32,8 @@ protected:
     /// Runs the host, with no plug-ins unless the words say otherwise, and notes what it had said when it was up.
     int Run(std::vector<std::string> words)
     {
-        words.insert(words.begin(), {"zucontrol-host", "--log", "error", "--plugins", folder.string()});
+        words.insert(words.begin(),
+                     {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--plugins", folder.string()});
         return RunHost(words, output, errors, [this] {
             ++runs;
             outputWhenUp = output.str();
@@ -51,7 +53,8 @@ TEST_F(HostProgramTest, IsReadyAndEndsInOrder)
 {
     EXPECT_EQ(Run({}), 0);
 
-    EXPECT_EQ(outputWhenUp, "ready\n");
+    EXPECT_TRUE(std::regex_match(outputWhenUp, std::regex("listening http 127\\.0\\.0\\.1:[1-9]\\d*\nready\n")))
+        << outputWhenUp;
     EXPECT_EQ(errors.str(), "");
     EXPECT_EQ(runs, 1);
 }
@@ -101,9 +104,55 @@ INSTANTIATE_TEST_SUITE_P(
         BadInputCase{"Option", {"--nonsense"}, "option '--nonsense' is not known or takes no value"},
         BadInputCase{"Folder", {"--plugins", "nowhere"}, "option '--plugins': there is no folder 'nowhere'"},
         BadInputCase{"Replay", {"--replay", "nowhere.pcd"}, "nowhere.pcd: No such file or directory"},
+        BadInputCase{"Http",
+                     {"--http", "localhost:8080"},
+                     "The REST service cannot listen on localhost:8080: the address is not an IP address"},
+        BadInputCase{"HttpForAll",
+                     {"--http", "0.0.0.0:8080"},
+                     "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token FILE, or take "
+                     "127.0.0.1:8080"},
+        BadInputCase{"HttpForAllOfVersionSix",
+                     {"--http", "[::]:0"},
+                     "The REST service listens on [::]:0 only with a token: give one with --token FILE, or take "
+                     "127.0.0.1:0"},
+        BadInputCase{"Token",
+                     {"--http", "0.0.0.0:0", "--token", "nowhere.token"},
+                     "option '--token': nowhere.token: No such file or directory"},
         BadInputCase{"Enable", {"--enable", "Nobody"}, "there is no protocol 'Nobody' (no plug-in offers one)"},
         BadInputCase{"Param", {"--param", "Nobody.port=1"}, "there is no protocol 'Nobody' (no plug-in offers one)"}),
     [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST_F(HostProgramTest, ListensForAllWithAToken)
+{
+    std::filesystem::path const file = folder / "token";
+    std::ofstream(file) << "0123456789abcdef\n";
+
+    EXPECT_EQ(Run({"--http", "0.0.0.0:0", "--token", file.string()}), 0);
+
+    EXPECT_EQ(outputWhenUp.rfind("listening http 0.0.0.0:", 0), 0u) << outputWhenUp;
+}
+
+TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)
+{
+    std::ostringstream innerErrors;
+    std::ostringstream innerOutput;
+    std::string taken;
+    int status = 0;
+    std::vector<std::string> const words{"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error"};
+    EXPECT_EQ(RunHost(
+                  words, output, errors,
+                  [&] {
+        std::string const text = output.str();
+        taken = text.substr(15, text.find('\n') - 15); // behind "listening http "
+        status = RunHost({"zucontrol-host", "--http", taken}, innerOutput, innerErrors, [] { FAIL(); });
+                  }),
+              0);
+
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(innerErrors.str(),
+              "zucontrol-host: The REST service cannot listen on " + taken + ": Address already in use\n");
+    EXPECT_EQ(innerOutput.str(), "");
+}
 
 TEST_F(HostProgramTest, ReplaysARangeImage)
 {

@@ -13,10 +13,10 @@ PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer bu
 
 
 class Host:
-    """`with Host("--start") as host:` runs zucontrol-host with Modbus TCP on a free port until it is ready."""
+    """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready."""
 
     def __init__(self, *arguments, modbus=True, wait=True):
-        self.arguments = [str(BIN / "zucontrol-host")]
+        self.arguments = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0"]
         if modbus:
             self.arguments += ["--enable", "ModbusTcp", "--param", "ModbusTcp.port=0"]
         self.arguments += [str(argument) for argument in arguments]
@@ -66,6 +66,10 @@ class Host:
                 self.ports[words[1]] = int(words[2].rsplit(":", 1)[1])
 
     @property
+    def http_port(self):
+        return self.ports["http"]
+
+    @property
     def modbus_port(self):
         return self.ports["ModbusTcp"]
 
@@ -95,7 +99,8 @@ class Host:
 
 def run_host(*arguments):
     """Runs the host to its end and gives (status, standard output, standard error)."""
-    done = subprocess.run([str(BIN / "zucontrol-host"), *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE)
+    words = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", *map(str, arguments)]
+    done = subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE)
     return done.returncode, done.stdout, done.stderr
 
 

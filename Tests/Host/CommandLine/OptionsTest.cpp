@@ -23,6 +23,10 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     Options const options = Parse({});
 
     EXPECT_EQ(options.request, Options::Request::RUN);
+    EXPECT_EQ(options.httpAddress, "127.0.0.1");
+    EXPECT_EQ(options.httpPort, 8080);
+    EXPECT_TRUE(options.tokenFile.empty());
+    EXPECT_EQ(options.dataFolder, "zucontrol-data");
     EXPECT_EQ(options.jobName, "default");
     EXPECT_TRUE(options.pluginFolders.empty());
     EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
@@ -37,9 +41,15 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
 TEST(Options, ReadsEveryOption)
 {
     Options const options =
-        Parse({"--job", "line 3", "--plugins", "a", "--plugins=b", "--deployment", "virtual-brackle", "--replay",
-               "x.pcd", "--rate", "0.5", "--start", "--enable", "ModbusTcp", "--enable", "AsciiTcp", "--log=error"});
+        Parse({"--http",          "0.0.0.0:80", "--token",   "secret",   "--data",      "d",
+               "--job",           "line 3",     "--plugins", "a",        "--plugins=b", "--deployment",
+               "virtual-brackle", "--replay",   "x.pcd",     "--rate",   "0.5",         "--start",
+               "--enable",        "ModbusTcp",  "--enable",  "AsciiTcp", "--log=error"});
 
+    EXPECT_EQ(options.httpAddress, "0.0.0.0");
+    EXPECT_EQ(options.httpPort, 80);
+    EXPECT_EQ(options.tokenFile, "secret");
+    EXPECT_EQ(options.dataFolder, "d");
     EXPECT_EQ(options.jobName, "line 3");
     EXPECT_EQ(options.pluginFolders, (std::vector<std::filesystem::path>{"a", "b"}));
     EXPECT_EQ(options.deployment, Deployment::VIRTUAL_BRACKLE);
@@ -48,6 +58,14 @@ TEST(Options, ReadsEveryOption)
     EXPECT_TRUE(options.start);
     EXPECT_EQ(options.enabledTypes, (std::vector<std::string>{"ModbusTcp", "AsciiTcp"}));
     EXPECT_EQ(options.logLevel, LogLevel::ERROR);
+}
+
+TEST(Options, TakesTheAddressOfVersionSixOutOfItsBrackets)
+{
+    Options const options = Parse({"--http", "[::1]:0"});
+
+    EXPECT_EQ(options.httpAddress, "::1");
+    EXPECT_EQ(options.httpPort, 0);
 }
 
 TEST(Options, SplitsASettingAtTheFirstPointAndTheFirstEqualsSign)
@@ -79,8 +97,8 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--job", "--plugins", "--deployment", "--replay", "--rate", "--start", "--enable",
-                             "--param", "--log", "--help", "--version"})
+    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--deployment", "--replay", "--rate",
+                             "--start", "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -111,6 +129,9 @@ TEST_P(OptionsRefusal, NamesTheOptionAndWhatIsWrong)
         EXPECT_STREQ(exception.what(), GetParam().text);
     }
 }
+
+#define NO_ENDPOINT(text)                                                                                              \
+    "option '--http': '" text "' is not of the form ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080"
 
 INSTANTIATE_TEST_SUITE_P(
     Every, OptionsRefusal,
@@ -151,6 +172,15 @@ INSTANTIATE_TEST_SUITE_P(
             "JobParent",
             {"--job", ".."},
             "option '--job': '..' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
+        RefusalCase{"HttpNoPort", {"--http", "127.0.0.1"}, NO_ENDPOINT("127.0.0.1")},
+        RefusalCase{"HttpEmptyPort", {"--http", "127.0.0.1:"}, NO_ENDPOINT("127.0.0.1:")},
+        RefusalCase{"HttpNoAddress", {"--http", ":8080"}, NO_ENDPOINT(":8080")},
+        RefusalCase{"HttpPortTooHigh", {"--http", "127.0.0.1:65536"}, NO_ENDPOINT("127.0.0.1:65536")},
+        RefusalCase{"HttpPortTail", {"--http", "127.0.0.1:80x"}, NO_ENDPOINT("127.0.0.1:80x")},
+        RefusalCase{"HttpNoBrackets", {"--http", "::1:8080"}, NO_ENDPOINT("::1:8080")},
+        RefusalCase{"HttpEmpty", {"--http", ""}, NO_ENDPOINT("")},
+        RefusalCase{"TokenEmpty", {"--token", ""}, "option '--token' needs a value that is not empty"},
+        RefusalCase{"DataEmpty", {"--data="}, "option '--data' needs a value that is not empty"},
         RefusalCase{"PluginsEmpty", {"--plugins", ""}, "option '--plugins' needs a value that is not empty"},
         RefusalCase{"ReplayEmpty", {"--replay="}, "option '--replay' needs a value that is not empty"},
         RefusalCase{"EnableEmpty", {"--enable", ""}, "option '--enable' needs a value that is not empty"},
@@ -160,6 +190,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"ParamNoType", {"--param", ".b=1"}, "option '--param': '.b=1' is not of the form TYPE.KEY=VALUE"},
         RefusalCase{"ParamNoKey", {"--param", "A.=1"}, "option '--param': 'A.=1' is not of the form TYPE.KEY=VALUE"}),
     [](auto const& tested) { return std::string(tested.param.name); });
+
+#undef NO_ENDPOINT
 
 TEST(Options, TakesAJobNameOfSixtyThreeBytesAndNoLongerOne)
 {

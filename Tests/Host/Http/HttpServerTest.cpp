@@ -49,7 +49,8 @@ protected:
 
     void Start()
     {
-        server.Start(settings);
+        server.Listen(settings);
+        server.Start();
     }
 
     TestConnection& Connect()
@@ -430,18 +431,42 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
     noAddress.address = "localhost";
 
     EXPECT_EQ(
-        ZuTest::RefusalOf([&] { other.Start(taken); }),
+        ZuTest::RefusalOf([&] { other.Listen(taken); }),
         (ZuTest::Refusal{-976, "The REST service cannot listen on 127.0.0.1:" + port + ": Address already in use"}));
     EXPECT_EQ(
-        ZuTest::RefusalOf([&] { other.Start(open); }),
+        ZuTest::RefusalOf([&] { other.Listen(open); }),
         (ZuTest::Refusal{-997, "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token "
                                "FILE, or take 127.0.0.1:8080"}));
     EXPECT_EQ(
-        ZuTest::RefusalOf([&] { other.Start(noAddress); }),
+        ZuTest::RefusalOf([&] { other.Listen(noAddress); }),
         (ZuTest::Refusal{-997, "The REST service cannot listen on localhost:8080: the address is not an IP address"}));
-    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(taken); }), (ZuTest::Refusal{-1000, ""}));
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Listen(taken); }), (ZuTest::Refusal{-1000, ""}));
     EXPECT_EQ(other.Endpoint(), "");
     EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + port);
+}
+
+TEST_F(HttpServerTest, KeepsClientsWaitingUntilItIsStarted)
+{
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(); }), (ZuTest::Refusal{-1000, ""}));
+    server.Listen(settings);
+    TestConnection& client = Connect();
+    client.Write("GET /thing HTTP/1.1\r\n\r\n");
+
+    server.Start();
+
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(); }), (ZuTest::Refusal{-1000, ""}));
+}
+
+TEST_F(HttpServerTest, LeavesTheAddressWithoutHavingBeenStarted)
+{
+    server.Listen(settings);
+    settings.port = server.Port();
+    server.Stop();
+
+    Start();
+
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
 }
 
 TEST_F(HttpServerTest, ListensAgainAfterAStop)

@@ -439,6 +439,31 @@ TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
     EXPECT_EQ(Send("PUT", "/controls/x", "{}").status, 503U);
 }
 
+TEST_F(ResourceRequestProcessorTest, EndsTheScopeOfARequestBeforeItIsAnswered)
+{
+    FakeResource& thing = Place("/thing");
+    thing.Show(Json::object());
+    std::vector<std::string> events;
+    ResourceRequestProcessor scoped(router, "", [&events] {
+        events.emplace_back("begin");
+        return std::shared_ptr<void>(
+            &events, [](void* kept) { static_cast<std::vector<std::string>*>(kept)->emplace_back("end"); });
+    });
+    thing.update = [&events](RequestInfo const&, Json const&) {
+        events.emplace_back("update");
+        ZU_THROW(Zu::Status::BUSY);
+    };
+    Request request;
+    request.method = "PUT";
+    request.path = "/thing";
+    request.body = "{}";
+
+    scoped.ProcessLater(
+        request, {}, [](auto work) { work(); }, [&events](auto) { events.emplace_back("answer"); });
+
+    EXPECT_EQ(events, (std::vector<std::string>{"begin", "update", "end", "answer"}));
+}
+
 TEST_F(ResourceRequestProcessorTest, DropsARequestThatNobodyWaitsForAnyMore)
 {
     FakeResource& thing = Place("/thing");
