@@ -11,7 +11,7 @@ FLOORS = [
     ["Platform/wApi", "Platform/wBeacon", "Platform/ZuApi"],
     ["ZuApi/Properties", "ZuApi/Params", "ZuApi/Threads"],
     ["Platform/ZuCommon", "Platform/ZuPlugin", "Platform/ZuRest", "Platform/ZuVision", "Platform/ZuPipe", "Platform/ZuCore",
-     "Platform/ZuScan"],
+     "Platform/ZuScan", "Platform/ZuStdScanners/ZucSensor"],
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
     ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence"],
     ["Plugins/ModbusTcp", "Host", "Host/CommandLine", "Host/Http", "Host/Module", "Host/Pcd", "Host/Sensor"],

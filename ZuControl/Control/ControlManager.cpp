@@ -88,11 +88,13 @@ ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResult
       scanResults(usedScanResults),
       systemInterface(environ.core, environ.persistManager),
       scanEngineInterface(environ.scanEngines),
+      hardwareManager(scanEngineInterface),
       operations(systemInterface, scanEngineInterface),
       dataCache(systemInterface, scanEngineInterface)
 {
     protocolEnviron.operations = &operations;
     protocolEnviron.dataCache = &dataCache;
+    protocolEnviron.hardwareManager = &hardwareManager;
     protocolEnviron.deployment = environ.deployment;
     protocolEnviron.problems = environ.problems;
     protocolEnviron.protocolOption = environ.protocolOption;
@@ -188,6 +190,11 @@ ControlManager::AddPersistenceLoadEventHandler(std::function<void(PersistenceLoa
 void ControlManager::RemovePersistenceLoadEventHandler(CallbackId id)
 {
     persistenceLoadEvent.Remove(id);
+}
+
+void ControlManager::FindHardware()
+{
+    hardwareManager.FindHardware();
 }
 
 void ControlManager::CreateAll()

@@ -3,6 +3,7 @@
 #include "ZuApi/GuardedEvent.h"
 #include "ZuApi/SharedCallbackGate.h"
 #include "ZuControl/Control/ControlDataCache.h"
+#include "ZuControl/Control/ControlHardwareManager.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
@@ -52,6 +53,10 @@ public:
     CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
     void RemovePersistenceLoadEventHandler(CallbackId id) override;
 
+    /// The host's sensor is there: the protocols' hardware manager asks it for its inputs and outputs. Call it once, on the
+    /// thread that built the manager and before any protocol is enabled; see ControlHardwareManager.
+    void FindHardware();
+
 private:
     void CreateAll();
     void Create(ControlInfo const& info);
@@ -72,6 +77,7 @@ private:
 
     ControlSystemInterface systemInterface;
     ControlScanEngineInterface scanEngineInterface;
+    ControlHardwareManager hardwareManager;
     ControlProtocolOperations operations;
     ControlDataCache dataCache;
     ControlProtocol::ControlProtocolEnviron protocolEnviron;

@@ -1,0 +1,13 @@
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetPolarityParams.h"
+
+namespace ZuStdScanners::ZucSensor
+{
+
+DigitalOutputSetPolarityParams::DigitalOutputSetPolarityParams()
+{
+    Register("isActiveHigh", "IsActiveHigh", isActiveHigh);
+}
+
+DigitalOutputSetPolarityParams::~DigitalOutputSetPolarityParams() = default;
+
+} // namespace ZuStdScanners::ZucSensor

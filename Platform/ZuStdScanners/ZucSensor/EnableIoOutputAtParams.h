@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ZuApi/Params/Value.h"
+#include "ZuStdScanners/ZucSensor/IoIndexParams.h"
+#include "ZuStdScanners/ZucSensor/IoType.h"
+#include "wApi/wExport.h"
+
+namespace ZuStdScanners::ZucSensor
+{
+
+/// For the command "enableIoOutputAt": switches an input or output on or off.
+struct ZUPLATFORM_API EnableIoOutputAtParams final : public IoIndexParams
+{
+    EnableIoOutputAtParams();
+    ~EnableIoOutputAtParams() override;
+
+    Zu::Params::Enum<IoType> ioType;
+    Zu::Params::Value<bool> enable;
+};
+
+} // namespace ZuStdScanners::ZucSensor

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ZuApi/Params/Enum.h"
+#include "wApi/wExport.h"
+#include "wApi/wTypes.h"
+
+namespace ZuStdScanners::ZucSensor
+{
+
+/// What drives a serial output.
+/// It is exported because a template over a hidden type is hidden too.
+enum class ZUPLATFORM_API SerialOutputControlType : uint8
+{
+    COMMAND = 0, ///< the command "serialOutWrite"
+    EVENT = 1    ///< the event of the sensor that has the control id
+};
+
+} // namespace ZuStdScanners::ZucSensor
+
+ZU_DECLARE_ENUM_VALUE(ZuStdScanners::ZucSensor::SerialOutputControlType);

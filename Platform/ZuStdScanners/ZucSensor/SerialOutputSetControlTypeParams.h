@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ZuStdScanners/ZucSensor/IoIndexParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputControlType.h"
+#include "wApi/wExport.h"
+
+namespace ZuStdScanners::ZucSensor
+{
+
+/// For the command "serialOutSetControlType".
+struct ZUPLATFORM_API SerialOutputSetControlTypeParams final : public IoIndexParams
+{
+    SerialOutputSetControlTypeParams();
+    ~SerialOutputSetControlTypeParams() override;
+
+    Zu::Params::Enum<SerialOutputControlType> controlType;
+};
+
+} // namespace ZuStdScanners::ZucSensor
