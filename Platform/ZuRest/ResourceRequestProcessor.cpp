@@ -4,6 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuRest/EntityTag.h"
 #include "ZuRest/ICallableResource.h"
+#include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
@@ -59,22 +60,44 @@ RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
     return {request.path, match.keys, WantsSchema(request.query)};
 }
 
+/// The face that answers this method by itself; null when there is none.
+IContentResource* ContentFaceFor(IResource& resource, std::string const& method)
+{
+    auto* const face = dynamic_cast<IContentResource*>(&resource);
+    if (face == nullptr)
+    {
+        return nullptr;
+    }
+    std::vector<std::string> const known = face->ContentMethods();
+    bool const isKnown = std::find(known.begin(), known.end(), method == "HEAD" ? "GET" : method) != known.end();
+    return isKnown ? face : nullptr;
+}
+
 /// The methods that the resource knows; `isFixed` when it has just refused a change of its document.
 std::string AllowedBy(IResource& resource, bool isFixed)
 {
     bool const hasDocument = resource.DocumentProvider() != nullptr;
+    auto const has = [&resource](char const* method) { return ContentFaceFor(resource, method) != nullptr; };
     std::string allowed;
-    if (hasDocument || resource.StreamableProvider() != nullptr)
+    if (hasDocument || resource.StreamableProvider() != nullptr || has("GET"))
     {
         allowed += "GET, HEAD, ";
     }
-    if (hasDocument && !isFixed)
+    if ((hasDocument && !isFixed) || has("PUT"))
     {
-        allowed += "PUT, PATCH, ";
+        allowed += "PUT, ";
     }
-    if (resource.CallableProvider() != nullptr)
+    if ((hasDocument && !isFixed) || has("PATCH"))
+    {
+        allowed += "PATCH, ";
+    }
+    if (resource.CallableProvider() != nullptr || has("POST"))
     {
         allowed += "POST, ";
+    }
+    if (has("DELETE"))
+    {
+        allowed += "DELETE, ";
     }
     return allowed + "OPTIONS";
 }
@@ -93,7 +116,8 @@ Answer RefuseMethod(Request const& request, IResource& resource, bool isFixed, s
 
 ResourceLocks::Mode ModeOf(std::string const& method)
 {
-    return IsUpdate(method) || method == "POST" ? ResourceLocks::Mode::CHANGE : ResourceLocks::Mode::READ;
+    return IsUpdate(method) || method == "POST" || method == "DELETE" ? ResourceLocks::Mode::CHANGE
+                                                                      : ResourceLocks::Mode::READ;
 }
 
 } // namespace
@@ -187,6 +211,10 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     if (request.method == "OPTIONS")
     {
         return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(resource, false)}}}, nullptr};
+    }
+    if (IContentResource* const face = ContentFaceFor(resource, request.method); face != nullptr)
+    {
+        return {face->AnswerContent(request, InfoOf(request, *match)), nullptr};
     }
     if (IsRead(request.method) && (resource.DocumentProvider() != nullptr || resource.StreamableProvider() != nullptr))
     {

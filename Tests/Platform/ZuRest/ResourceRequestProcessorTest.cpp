@@ -4,6 +4,7 @@
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
+#include "ZuRest/IContentResource.h"
 
 #include <gtest/gtest.h>
 
@@ -221,6 +222,68 @@ TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
         "detail": "PUT of /thing failed: its document cannot be changed."})");
     EXPECT_EQ(HeaderOf(Send("POST", "/command"), "Allow"), "GET, HEAD, PUT, PATCH, POST, OPTIONS");
     EXPECT_EQ(Send("OPTIONS", "/nowhere").status, 404U);
+}
+
+TEST_F(ResourceRequestProcessorTest, LetsAResourceSpeakForItself)
+{
+    class Page final : public ResourceBase, public IContentResource
+    {
+    public:
+        std::vector<std::string> ContentMethods() const override
+        {
+            return {"GET", "DELETE"};
+        }
+
+        Answer AnswerContent(Request const& request, RequestInfo const& info) override
+        {
+            if (request.method == "DELETE")
+            {
+                ZU_THROW(Zu::Status::WRONG_STATE, "It is in use");
+            }
+            return {HttpStatus::OK, "text/html", request.method + " " + *info.FindKey("name"), {{"X", "1"}}};
+        }
+    } page;
+    router.Register("/pages/:name", page);
+
+    Answer const got = Send("GET", "/pages/a%20b");
+    EXPECT_EQ(got.contentType, "text/html");
+    EXPECT_EQ(got.body, "GET a b");
+    EXPECT_EQ(got.headers.size(), 1U);
+    EXPECT_EQ(Send("HEAD", "/pages/x").body, "HEAD x");
+    EXPECT_EQ(Send("DELETE", "/pages/x").status, 409U);
+    EXPECT_EQ(HeaderOf(Send("OPTIONS", "/pages/x"), "Allow"), "GET, HEAD, DELETE, OPTIONS");
+    Answer const refused = Send("PUT", "/pages/x", "{}");
+    EXPECT_EQ(refused.status, 405U);
+    EXPECT_EQ(HeaderOf(refused, "Allow"), "GET, HEAD, DELETE, OPTIONS");
+    router.Deregister("/pages", true);
+}
+
+TEST_F(ResourceRequestProcessorTest, LetsAResourceSpeakForItselfBesideItsOtherFaces)
+{
+    class Thing final : public DocumentResourceBase, public IContentResource
+    {
+    public:
+        Json Document(RequestInfo const& /*request*/, ResponseInfo& /*response*/) override
+        {
+            return Json::object();
+        }
+
+        std::vector<std::string> ContentMethods() const override
+        {
+            return {"PUT"};
+        }
+
+        Answer AnswerContent(Request const& request, RequestInfo const& /*info*/) override
+        {
+            return {HttpStatus::OK, "text/plain", std::to_string(request.body.size()), {}};
+        }
+    } both;
+    router.Register("/both", both);
+
+    EXPECT_EQ(Send("PUT", "/both", "no JSON").body, "7");
+    EXPECT_EQ(Send("GET", "/both").contentType, "application/hal+json");
+    EXPECT_EQ(HeaderOf(Send("OPTIONS", "/both"), "Allow"), "GET, HEAD, PUT, PATCH, OPTIONS");
+    router.Deregister("/both", false);
 }
 
 TEST_F(ResourceRequestProcessorTest, AnswersHeadAsGet)

@@ -1,0 +1,8 @@
+#include "ZuRest/IContentResource.h"
+
+namespace ZuRest
+{
+
+IContentResource::~IContentResource() = default;
+
+} // namespace ZuRest
