@@ -1,0 +1,82 @@
+"""The template plug-in is built against the installed libraries, both ways, and runs as its page says."""
+
+import json
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import tempfile
+import unittest
+import urllib.request
+
+from host import BIN, PATIENCE, Host
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = BIN.parent
+
+
+def run(*words, **options):
+    done = subprocess.run([str(word) for word in words], capture_output=True, text=True, timeout=10 * PATIENCE, **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{' '.join(map(str, words))} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+def receiver():
+    sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+    sock.bind(("127.0.0.1", 0))
+    sock.settimeout(PATIENCE)
+    return sock
+
+
+class Template(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.prefix = pathlib.Path(cls.folder.name) / "installed"
+        run("cmake", "--install", BUILD, "--prefix", cls.prefix)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def copy(self, name):
+        copied = pathlib.Path(self.folder.name) / name
+        shutil.copytree(ROOT / "Plugins/Template", copied)
+        return copied
+
+    def expect_datagrams(self, plugins):
+        with receiver() as sock, Host(
+                "--plugins", plugins, "--enable", "Template", "--start", "--http", "127.0.0.1:0",
+                "--param", f"Template.port={sock.getsockname()[1]}",
+                modbus=False, program=self.prefix / "bin/zucontrol-host") as host:
+            request = urllib.request.Request(
+                f"http://127.0.0.1:{host.ports['http']}/controls/Template/outputs/commands/add",
+                data=json.dumps({"outputId": 7, "source": "profile/zMax"}).encode(), method="POST")
+            urllib.request.urlopen(request, timeout=PATIENCE).close()
+            self.assertRegex(sock.recv(2048).decode(), r"^7=25\.000:1$")
+
+    def test_with_find_package(self):
+        source = self.copy("with_cmake")
+        run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "--build", source / "build")
+        self.expect_datagrams(source / "build")
+
+    def test_with_pkg_config(self):
+        source = self.copy("with_make")
+        packages = next(self.prefix.glob("lib/**/pkgconfig"))
+        run("make", "-C", source, "-j2", env=dict(os.environ, PKG_CONFIG_PATH=str(packages)))
+        self.expect_datagrams(source)
+
+    def test_the_guide_shows_what_is_built(self):
+        guide = (ROOT / "docs/plugin-guide.md").read_text()
+        code = "".join(path.read_text() for path in sorted((ROOT / "Plugins/Template").glob("*")))
+        samples = [fence.removeprefix("cpp\n") for fence in guide.split("```")[1::2] if fence.startswith("cpp\n")]
+        self.assertTrue(samples)
+        for sample in samples:
+            self.assertIn(sample, code)
+
+
+if __name__ == "__main__":
+    unittest.main()
