@@ -19,10 +19,19 @@ namespace
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
 constexpr char const* RELATIONS = "/relations/{rel}";
 
-/// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program.
+/// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program, or where an
+/// installed program has them. Empty when there is neither.
 std::filesystem::path DefaultPluginFolder()
 {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "plugins";
+    std::filesystem::path const programFolder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    for (char const* const folder : {"plugins", ZU_INSTALLED_PLUGINS})
+    {
+        if (std::filesystem::is_directory(programFolder / folder))
+        {
+            return programFolder / folder;
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -103,9 +112,9 @@ ZuControl::IControlManager& Application::Controls() const
 void Application::LoadPlugins()
 {
     std::vector<std::filesystem::path> folders = options.pluginFolders;
-    if (folders.empty() && std::filesystem::is_directory(DefaultPluginFolder()))
+    if (std::filesystem::path folder = DefaultPluginFolder(); folders.empty() && !folder.empty())
     {
-        folders.push_back(DefaultPluginFolder());
+        folders.push_back(std::move(folder));
     }
     for (std::filesystem::path const& folder : folders)
     {

@@ -1,6 +1,5 @@
 # What another project needs: the three libraries with their headers, found by find_package(ZuControl) and by pkg-config, and
 # the host program with its plug-ins. Wherever the installed tree is moved, its parts find each other.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(ZU_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zucontrol)

@@ -15,8 +15,8 @@ PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer bu
 class Host:
     """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready."""
 
-    def __init__(self, *arguments, modbus=True, wait=True):
-        self.arguments = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0"]
+    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host"):
+        self.arguments = [str(program), "--http", "127.0.0.1:0"]
         if modbus:
             self.arguments += ["--enable", "ModbusTcp", "--param", "ModbusTcp.port=0"]
         self.arguments += [str(argument) for argument in arguments]
