@@ -3,7 +3,6 @@
 #include "Support/CallLog.h"
 #include "ZuApi/Exception.h"
 #include "ZuCommon/IPersistHandler.h"
-#include "ZuCommon/IPersistStore.h"
 #include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/Control/IPersistRegistry.h"
 
@@ -89,29 +88,6 @@ public:
 
 private:
     CallLog& calls;
-};
-
-/// Has the files that a test names, and takes none.
-class FakePersistStore final : public ZuCommon::IPersistStore
-{
-public:
-    std::string Read(std::string const& /*path*/) const override
-    {
-        return "{}";
-    }
-
-    void Write(std::string const& path, void const* /*data*/, std::size_t /*size*/) override
-    {
-        written.push_back(path);
-    }
-
-    bool Exists(std::string const& path) const override
-    {
-        return std::find(files.begin(), files.end(), path) != files.end();
-    }
-
-    std::vector<std::string> files;
-    std::vector<std::string> written;
 };
 
 } // namespace ZuTest

@@ -2,7 +2,6 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuCommon/IPersistStore.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/Control/ControlInstanceParams.h"
@@ -13,73 +12,12 @@
 #include "ZuControl/Control/IPersistRegistry.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
 
-#include <nlohmann/json.hpp>
-
 #include <utility>
 
 namespace ZuControl
 {
 
-namespace
-{
-
 using ZuCommon::PersistDomain;
-
-std::string ConfigurationPath(IControlInstance const& instance)
-{
-    return std::string("/controls/") + instance.TypeName() + "/config.json";
-}
-
-bool HasContent(nlohmann::json const& document)
-{
-    return !document.is_null() && !(document.is_structured() && document.empty());
-}
-
-[[noreturn]] void RefuseStorage()
-{
-    ZU_THROW(Zu::Status::NOT_SUPPORTED, "settings are not stored by this build");
-}
-
-void InitInstance(IControlInstance& instance, PersistDomain domain)
-{
-    if (domain == PersistDomain::JOB)
-    {
-        instance.ResetInstance(false, IControlInstance::DataToResetAll);
-    }
-    else if (domain == PersistDomain::PROTOCOL)
-    {
-        nlohmann::json document;
-        instance.InitPersistDomain(domain, document);
-        if (HasContent(document))
-        {
-            RefuseStorage();
-        }
-    }
-}
-
-void LoadInstance(IControlInstance& instance, PersistDomain domain, ZuCommon::IPersistStore const& store)
-{
-    bool const known = domain == PersistDomain::JOB || domain == PersistDomain::PROTOCOL;
-    if (known && store.Exists(ConfigurationPath(instance)))
-    {
-        RefuseStorage();
-    }
-}
-
-void SaveInstance(IControlInstance& instance, PersistDomain domain)
-{
-    nlohmann::json document;
-    if (domain == PersistDomain::PROTOCOL)
-    {
-        instance.SavePersistDomain(domain, document);
-    }
-    if (domain == PersistDomain::JOB || HasContent(document))
-    {
-        RefuseStorage();
-    }
-}
-
-} // namespace
 
 ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResults& usedScanResults,
                                ControlModuleEnviron const& newEnviron)
@@ -121,14 +59,15 @@ std::string ControlManager::Component()
     return "ControlManager";
 }
 
-void ControlManager::InitPersistDomain(PersistDomain domain, ZuCommon::IPersistStore& /*store*/)
+void ControlManager::InitPersistDomain(PersistDomain domain, ZuCommon::IPersistStore& store)
 {
     bool const isJob = domain == PersistDomain::JOB;
     if (isJob)
     {
         OnPersistenceLoad(PersistenceLoadOpState::Begin);
     }
-    ForEachInstance(ZU_FUNCTION_LABEL, [domain](IControlInstance& instance) { InitInstance(instance, domain); });
+    ForEachInstance(ZU_FUNCTION_LABEL,
+                    [&](IControlInstance& instance) { persistControl.Init(instance, domain, store); });
     if (isJob)
     {
         OnPersistenceLoad(PersistenceLoadOpState::End);
@@ -137,7 +76,7 @@ void ControlManager::InitPersistDomain(PersistDomain domain, ZuCommon::IPersistS
 
 void ControlManager::LoadPersistDomain(PersistDomain domain, ZuCommon::IPersistStore const& store)
 {
-    auto const load = [domain, &store](IControlInstance& instance) { LoadInstance(instance, domain, store); };
+    auto const load = [&](IControlInstance& instance) { persistControl.Load(instance, domain, store); };
     if (domain != PersistDomain::JOB)
     {
         ForEachInstance(ZU_FUNCTION_LABEL, load);
@@ -155,9 +94,10 @@ void ControlManager::LoadPersistDomain(PersistDomain domain, ZuCommon::IPersistS
     }
 }
 
-void ControlManager::SavePersistDomain(PersistDomain domain, ZuCommon::IPersistStore& /*store*/)
+void ControlManager::SavePersistDomain(PersistDomain domain, ZuCommon::IPersistStore& store)
 {
-    ForEachInstance(ZU_FUNCTION_LABEL, [domain](IControlInstance& instance) { SaveInstance(instance, domain); });
+    ForEachInstance(ZU_FUNCTION_LABEL,
+                    [&](IControlInstance& instance) { persistControl.Save(instance, domain, store); });
 }
 
 std::vector<std::string> ControlManager::List() const

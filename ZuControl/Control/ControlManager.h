@@ -11,6 +11,7 @@
 #include "ZuControl/Control/ControlSystemInterface.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Export.h"
+#include "ZuControl/Persistence/PersistControl.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
@@ -86,6 +87,7 @@ private:
     // While the job is loaded no change counts as a change of it. Read on the thread of the load, and on any other thread
     // whose protocol reports a change meanwhile.
     std::atomic<bool> loadInProgress{false};
+    PersistControl persistControl;
 
     bool registered = false;
     uint64 persistHandlerId = 0;

@@ -1,6 +1,7 @@
 #include "ZuControl/Control/ControlManager.h"
 
 #include "Support/FakeHost.h"
+#include "Support/FakePersistStore.h"
 #include "Support/FakePlugin.h"
 #include "Support/FakeProtocol.h"
 #include "Support/FakeScanResults.h"
@@ -396,25 +397,29 @@ TEST_F(ControlManagerTest, MarksTheJobOnceBehindALoadInWhichInstancesFailed)
 {
     BuildTwo();
     NotePersistenceLoad();
-    store.files = {"/controls/a/config.json", "/controls/b/config.json"};
+    store.files = {{"/controls/a/config.json", "{}"}, {"/controls/b/config.json", "nonsense"}};
 
     manager->LoadPersistDomain(PersistDomain::JOB, store);
 
     EXPECT_EQ(calls.All(), (Calls{"load event 0", "load event 1", "MarkModified(2)"}));
     auto const line = ZuTest::Error("ZuControl::ControlManager::LoadPersistDomain", "EXCEPTION THROWN: ");
-    EXPECT_EQ(log.LinesWithoutTraces(), (std::vector{line, line}));
-    EXPECT_EQ(log.CountOfText("exception with status -996: settings are not stored by this build"), 2u);
+    auto const lines = log.LinesWithShortTraces();
+    ASSERT_EQ(lines.size(), 7u);
+    EXPECT_EQ(lines[1], line);
+    EXPECT_EQ(lines[2], ZuTest::CaughtEntry(-984, "No saved information found in service a configuration file."));
+    EXPECT_EQ(lines[4], line);
+    EXPECT_TRUE(lines[5].text.starts_with("exception: [json.exception.parse_error.101]")) << lines[5];
 }
 
 TEST_F(ControlManagerTest, NeverMarksTheJobForAProtocolsOwnDomain)
 {
     BuildTwo();
     NotePersistenceLoad();
-    store.files = {"/controls/a/config.json"};
+    store.files = {{"/controls/a/config.json", "nonsense"}, {"/controls/b/config.json", "7"}};
 
     manager->LoadPersistDomain(PersistDomain::PROTOCOL, store);
 
-    EXPECT_EQ(calls.All(), Calls{});
+    EXPECT_EQ(calls.All(), Calls{"b.LoadPersistDomain"});
     EXPECT_EQ(log.LinesWithoutTraces().size(), 1u);
 }
 
@@ -450,14 +455,21 @@ TEST_F(ControlManagerTest, MarksNothingAfterALoadThatAHandlerEndedUntilOneHasRun
     EXPECT_EQ(calls.All(), (Calls{"MarkModified(2)"}));
 }
 
-TEST_F(ControlManagerTest, SaysThatTheJobIsNotStored)
+TEST_F(ControlManagerTest, SavesEveryInstanceAndGoesOnWhenOneFails)
 {
     BuildTwo();
+    NotePersistenceLoad();
+    protocols["a"]->on["Params"] = [] { ZU_THROW(-5, "x"); };
 
     manager->SavePersistDomain(PersistDomain::JOB, store);
 
-    EXPECT_EQ(log.CountOfText("exception with status -996: settings are not stored by this build"), 2u);
-    EXPECT_TRUE(store.written.empty());
+    EXPECT_EQ(store.written, (std::vector<std::string>{"/controls/b/config.json"}));
+    EXPECT_EQ(calls.All(), (Calls{"a.Params", "b.Params"}));
+    auto const lines = log.LinesWithShortTraces();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(lines[lines.size() - 3],
+              ZuTest::Error("ZuControl::ControlManager::SavePersistDomain", "EXCEPTION THROWN: "));
+    EXPECT_EQ(lines[lines.size() - 2], ZuTest::CaughtEntry(-5, "Error saving parameters for service a"));
 }
 
 TEST_F(ControlManagerTest, TreatsLoadHandlersAsEveryEventDoes)

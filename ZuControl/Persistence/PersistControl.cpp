@@ -1,0 +1,583 @@
+#include "ZuControl/Persistence/PersistControl.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Logging.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuCommon/IPersistStore.h"
+#include "ZuControl/Control/IControlActionTarget.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/Persistence/PersistInstanceProperties.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace ZuControl
+{
+
+using ControlProtocol::IProtocolRegisterAssembly;
+using Zu::Properties::JsonSerializer;
+using ZuCommon::PersistDomain;
+using Json = nlohmann::json;
+
+namespace
+{
+
+constexpr char const* CFG_VERSION = "1";
+
+constexpr char const* KEY_VERSION = "version";
+constexpr char const* KEY_CONTROL = "zu:control";
+constexpr char const* KEY_ENABLED = "enabled";
+constexpr char const* KEY_PARAMETERS = "parameters";
+constexpr char const* KEY_PARAMETERS_VERSION = "parametersVersion";
+constexpr char const* KEY_OUTPUTS = "outputs";
+constexpr char const* KEY_MAP = "map";
+constexpr char const* KEY_ASSEMBLIES = "registerAssemblyList";
+constexpr char const* KEY_ATTRIBUTES = "attributes";
+constexpr char const* KEY_PROPERTIES = "properties";
+constexpr char const* KEY_ID = "id";
+constexpr char const* KEY_BLOCKS = "blocks";
+
+constexpr char const* ACTION_ADD = "add";
+constexpr char const* ACTION_REMOVE_ALL = "removeAll";
+
+std::string DocumentPath(IControlInstance const& instance)
+{
+    return std::string("/controls/") + instance.TypeName() + "/config.json";
+}
+
+Json ReadDocument(IControlInstance const& instance, ZuCommon::IPersistStore const& store)
+{
+    return Json::parse(store.Read(DocumentPath(instance)));
+}
+
+void WriteDocument(IControlInstance const& instance, Json const& document, ZuCommon::IPersistStore& store)
+{
+    std::string const bytes = document.dump(); // throws for a text that is not UTF-8: nothing is written then
+    store.Write(DocumentPath(instance), bytes.data(), bytes.size());
+}
+
+/// Whether a protocol has put anything into its own document. An empty text and 0 are something.
+bool HasContent(Json const& document)
+{
+    return !document.is_null() && !(document.is_structured() && document.empty());
+}
+
+/// What stands at `key`, null when `object` is no object or has no such key.
+Json const* Find(Json const& object, char const* key)
+{
+    auto const found = object.find(key); // the end also for what is no object
+    return found != object.end() ? &*found : nullptr;
+}
+
+bool KeepsParamsOnly(IControlInstance const& instance)
+{
+    return instance.EthernetProtocolId() == PARAMS_ONLY_PROTOCOL;
+}
+
+/// The element of one assembly in the list that is saved; its lock is held.
+Json AssemblyDocument(IProtocolRegisterAssembly& assembly)
+{
+    Json document;
+    document[KEY_ATTRIBUTES] = JsonSerializer::Serialize(assembly.Attributes());
+    document[KEY_PROPERTIES] = JsonSerializer::Serialize(assembly.Properties());
+    Json& blocks = document[KEY_BLOCKS] = Json::array();
+    for (auto const& block : assembly.AddedRegisterBlocks())
+    {
+        blocks.push_back(JsonSerializer::Serialize(*block));
+    }
+    return document;
+}
+
+} // namespace
+
+void PersistControl::Init(IControlInstance& instance, PersistDomain domain, ZuCommon::IPersistStore& store)
+{
+    if (domain == PersistDomain::JOB)
+    {
+        instance.ResetInstance(false, IControlInstance::DataToResetAll);
+    }
+    else if (domain == PersistDomain::PROTOCOL)
+    {
+        Json document;
+        instance.InitPersistDomain(domain, document);
+        if (HasContent(document))
+        {
+            WriteDocument(instance, document, store);
+        }
+    }
+}
+
+void PersistControl::Load(IControlInstance& instance, PersistDomain domain, ZuCommon::IPersistStore const& store)
+{
+    bool const isJob = domain == PersistDomain::JOB;
+    if ((!isJob && domain != PersistDomain::PROTOCOL) || !store.Exists(DocumentPath(instance)))
+    {
+        return;
+    }
+    Json const document = ReadDocument(instance, store);
+    if (isJob)
+    {
+        ValidateFileFormat(instance, document);
+        LoadControlInstance(true, instance, document);
+    }
+    else if (HasContent(document))
+    {
+        instance.LoadPersistDomain(domain, document);
+    }
+}
+
+void PersistControl::Save(IControlInstance& instance, PersistDomain domain, ZuCommon::IPersistStore& store)
+{
+    if (domain == PersistDomain::JOB)
+    {
+        WriteDocument(instance, SaveControlInstance(instance), store);
+    }
+    else if (domain == PersistDomain::PROTOCOL)
+    {
+        Json document;
+        instance.SavePersistDomain(domain, document);
+        if (HasContent(document))
+        {
+            WriteDocument(instance, document, store);
+        }
+    }
+}
+
+char const* PersistControl::Version() const
+{
+    return CFG_VERSION;
+}
+
+void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& instance, Json const& document) const
+{
+    PersistInstanceProperties properties;
+    ValidateCfgFileVersion(instance, document.at(KEY_VERSION).get<std::string>().c_str());
+    instance.ResetInstance(keepEnabled, KeepsParamsOnly(instance) ? IControlInstance::DataToResetParams
+                                                                  : IControlInstance::DataToResetAll);
+    // From here on the old settings are gone, whatever follows.
+    Json const& settings = document.at(KEY_CONTROL);
+    if (Find(settings, KEY_ENABLED) != nullptr)
+    {
+        JsonSerializer::Deserialize(properties, settings);
+    }
+    else
+    {
+        properties.enabled.Set(false);
+        ZU_LOG_USER_WARNING("Missing enable/disable setting in configuration file for service %1$s. Service will be "
+                            "disabled. Manual configuration for service may be needed.",
+                            instance.TypeName());
+        ZU_LOG_WARNING("Missing enable/disable setting in configuration file for service %s.", instance.TypeName());
+    }
+    bool failed = false;
+    try
+    {
+        LoadControlInstanceSettings(instance, settings);
+    }
+    catch (std::exception const&)
+    {
+        failed = true; // the lines were written where it arose
+    }
+    if (bool const wanted = properties.enabled.Get(); wanted != instance.IsEnabled())
+    {
+        instance.Enable(wanted); // last, so that it starts with all that could be applied
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE);
+    }
+}
+
+void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, Json const& settings)
+{
+    LoadControlInstanceParams(instance, settings);
+    if (!KeepsParamsOnly(instance))
+    {
+        LoadControlInstanceOutputs(instance, settings);
+        LoadControlInstanceRegisterAssembly(instance, settings);
+    }
+}
+
+void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json const& settings)
+{
+    char const* const service = instance.TypeName();
+    bool failed = false;
+    try
+    {
+        Json const* const parameters = Find(settings, KEY_PARAMETERS);
+        if (parameters == nullptr)
+        {
+            return;
+        }
+        if (!ParametersVersionSupported(instance, settings))
+        {
+            ZU_THROW(Zu::Status::UNSUPPORTED_VERSION);
+        }
+        Zu::Params::Group& group = instance.BeginUpdateParameters();
+        try
+        {
+            JsonSerializer::Deserialize(group, *parameters);
+            instance.ParamsUpdate();
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_USER_WARNING(
+                "Error updating parameters for service %s. Parameters may require manual configuration.", service);
+            ZU_LOG_CAUGHT("Error updating parameters for service %s", service);
+            failed = true;
+        }
+        instance.EndUpdateParameters();
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_USER_WARNING("Error loading parameters for service %1$s. Parameters may require manual configuration.",
+                            service);
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error loading parameters for service %s", service);
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "Error updating parameters for service %s", service);
+    }
+}
+
+void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Json const& settings)
+{
+    char const* const service = instance.TypeName();
+    bool failed = false;
+    try
+    {
+        Json const* const outputs = Find(settings, KEY_OUTPUTS);
+        if (outputs == nullptr || !instance.HasProtocolOutput())
+        {
+            return;
+        }
+        Json const* const map = Find(*outputs, KEY_MAP);
+        if (map == nullptr)
+        {
+            return;
+        }
+        instance.BeginUpdateOutputsMap();
+        try
+        {
+            LoadOutputMapEntries(instance, *map);
+            instance.OutputsUpdate();
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_USER_WARNING(
+                "Error adding connections for service %1$s. Connections may require manual configuration.", service);
+            ZU_LOG_CAUGHT("Error adding connections for service %s", service);
+            failed = true;
+        }
+        instance.EndUpdateOutputsMap();
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_USER_WARNING("Error loading connections for service %1$s. Connections may require manual configuration.",
+                            service);
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error loading connections for service %s", service);
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "Error adding connections for service %s", service);
+    }
+}
+
+void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, Json const& settings)
+{
+    Json const* const list = Find(settings, KEY_ASSEMBLIES);
+    if (list != nullptr && list->is_array() && instance.HasRegisterAssemblyGroup() &&
+        instance.HasRegisterAssemblyActionTarget())
+    {
+        LoadRegisterAssemblyList(instance, *list);
+    }
+}
+
+void PersistControl::LoadOutputMapEntries(IControlInstance& instance, Json const& map)
+{
+    if (!instance.HasOutputsActionTarget())
+    {
+        return;
+    }
+    IControlActionTarget& target = instance.OutputsActionTarget();
+    target.InvokeAction(ACTION_REMOVE_ALL, Zu::Params::Group(""));
+    // One record for all entries: what an entry does not name stays as the entry before it had it.
+    std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
+    for (std::size_t i = 0; i < map.size(); ++i)
+    {
+        JsonSerializer::Deserialize(*args, map[i]); // by number: what is no array and not empty is refused here
+        target.InvokeAction(ACTION_ADD, *args);
+    }
+}
+
+void PersistControl::LoadRegisterAssemblyList(IControlInstance& instance, Json const& list)
+{
+    for (Json const& entry : list)
+    {
+        LoadRegisterAssemblyEntry(instance, entry);
+    }
+}
+
+void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Json const& entry)
+{
+    char const* const service = instance.TypeName();
+    std::string id; // outside: the lines below name it, as far as it is known
+    bool failed = false;
+    try
+    {
+        if (Find(entry, KEY_BLOCKS) == nullptr)
+        {
+            return;
+        }
+        id = RegisterAssemblyIdFromCfg(entry);
+        if (id.empty())
+        {
+            ZU_LOG_WARNING("Missing connection map identifier for service %s", service);
+            ZU_LOG_USER_WARNING("Missing connection map identifier for service %1$s. Connection map may require manual "
+                                "configuration.",
+                                service);
+            return;
+        }
+        if (!instance.HasRegisterAssembly(id.c_str()))
+        {
+            ZU_LOG_WARNING("Missing connection map identifier %s for service %s", id.c_str(), service);
+            ZU_LOG_USER_WARNING("Missing connection map identifier %1$s for service %2$s. Connection map may require "
+                                "manual configuration.",
+                                id.c_str(), service);
+            return;
+        }
+        instance.BeginUpdateRegisterAssembly();
+        try
+        {
+            LoadRegisterAssemblyBlocks(instance, entry, id.c_str());
+            instance.RegisterAssemblyUpdate(id.c_str());
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_USER_WARNING("Error filling connection map %1$s for service %2$s. Connection map may require manual "
+                                "configuration.",
+                                id.c_str(), service);
+            ZU_LOG_CAUGHT("Error filling connection map %s for service %s", id.c_str(), service);
+            failed = true;
+        }
+        instance.EndUpdateRegisterAssembly(id);
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_USER_WARNING("Error loading connection map %1$s for service %2$s. Connection map may require manual "
+                            "configuration.",
+                            id.c_str(), service);
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error loading connection map %s for service %s", id.c_str(), service);
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "Error filling connection map %s for service %s", id.c_str(), service);
+    }
+}
+
+void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Json const& entry, char const* id)
+{
+    try
+    {
+        IControlActionTarget& target = instance.RegisterAssemblyActionTarget(id);
+        IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id);
+        std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
+        JsonSerializer::Deserialize(*args, entry);
+        assembly.ResetRegisterAssembly(); // the default blocks go
+        target.InvokeAction(ACTION_ADD, *args);
+    }
+    catch (std::exception const&)
+    {
+        // Guarded, so that a reset that fails too does not hide what went wrong first.
+        ZU_GUARD_BOUNDARY([&] { instance.ResetInstance(true, IControlInstance::DataToResetRegisterAssemblies); });
+        ZU_LOG_CAUGHT("Loading register assembly %s blocks for service %s", id, instance.TypeName());
+        ZU_THROW_NESTED("Loading register assembly blocks");
+    }
+}
+
+bool PersistControl::ParametersVersionSupported(IControlInstance const& instance, Json const& settings)
+{
+    char const* const service = instance.TypeName();
+    Json const* const found = Find(settings, KEY_PARAMETERS_VERSION);
+    if (found == nullptr)
+    {
+        ZU_LOG_USER_WARNING("Missing parameters version for service %1$s. Parameters may require manual configuration.",
+                            service);
+        ZU_LOG_WARNING("Missing parameters version for service %s", service);
+        return false;
+    }
+    auto const version = found->get<std::string>();
+    char const* const expected = instance.ParamsVersion();
+    if (version != expected)
+    {
+        ZU_LOG_USER_WARNING(
+            "Unsupported parameters version for service %1$s. Parameters may require manual configuration.", service);
+        ZU_LOG_WARNING("Unsupported parameters version for service %s. Expected: %s, version in config: %s", service,
+                       expected, version.c_str());
+        return false;
+    }
+    return true;
+}
+
+std::string PersistControl::RegisterAssemblyIdFromCfg(Json const& entry)
+{
+    Json const* const properties = Find(entry, KEY_PROPERTIES);
+    Json const* const id = properties != nullptr ? Find(*properties, KEY_ID) : nullptr;
+    return id != nullptr ? id->get<std::string>() : std::string();
+}
+
+Json PersistControl::SaveControlInstance(IControlInstance& instance) const
+{
+    PersistInstanceProperties properties;
+    properties.enabled.Set(instance.IsEnabled());
+    Json document;
+    document[KEY_VERSION] = Version();
+    Json& settings = document[KEY_CONTROL] = JsonSerializer::Serialize(properties);
+    SaveControlInstanceSettings(instance, settings);
+    return document;
+}
+
+void PersistControl::SaveControlInstanceSettings(IControlInstance& instance, Json& settings)
+{
+    SaveControlInstanceParams(instance, settings);
+    if (!KeepsParamsOnly(instance))
+    {
+        SaveControlInstanceOutputs(instance, settings);
+        SaveControlInstanceRegisterAssembly(instance, settings);
+    }
+}
+
+void PersistControl::SaveControlInstanceParams(IControlInstance& instance, Json& settings)
+{
+    char const* const service = instance.TypeName();
+    try
+    {
+        settings[KEY_PARAMETERS] = JsonSerializer::Serialize(instance.Params());
+        settings[KEY_PARAMETERS_VERSION] = instance.ParamsVersion();
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_USER_WARNING("Error saving parameters for service %1$s. Please check the parameter settings.", service);
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error saving parameters for service %s", service);
+    }
+}
+
+void PersistControl::SaveControlInstanceOutputs(IControlInstance& instance, Json& settings)
+{
+    char const* const service = instance.TypeName();
+    bool failed = false;
+    try
+    {
+        if (!instance.HasProtocolOutput())
+        {
+            return;
+        }
+        instance.OutputsMapBeginLock();
+        try
+        {
+            settings[KEY_OUTPUTS] = JsonSerializer::Serialize(instance.OutputsMap());
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_USER_WARNING("Error saving connections for service %1$s. Please check the connections.", service);
+            ZU_LOG_CAUGHT("Error saving connections for service %s", service);
+            failed = true;
+        }
+        instance.OutputsMapEndLock();
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error locking/unlocking connections for service %s", service);
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "Error saving connections for service %s", service);
+    }
+}
+
+void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& instance, Json& settings)
+{
+    char const* const service = instance.TypeName();
+    bool failed = false;
+    try
+    {
+        if (!instance.HasRegisterAssemblyGroup())
+        {
+            return;
+        }
+        Json& list = settings[KEY_ASSEMBLIES] = Json::array();
+        for (std::string const& id : instance.RegisterAssemblyList())
+        {
+            instance.RegisterAssemblyBeginLock(id.c_str());
+            try
+            {
+                list.push_back(AssemblyDocument(instance.RegisterAssembly(id.c_str())));
+            }
+            catch (std::exception const&)
+            {
+                ZU_LOG_USER_WARNING("Error saving connection map for service %1$s. Please check the connection map.",
+                                    service);
+                ZU_LOG_CAUGHT("Error saving connection map for service %s", service);
+                failed = true;
+            }
+            instance.RegisterAssemblyEndLock(id.c_str());
+            if (failed)
+            {
+                break;
+            }
+        }
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        ZU_THROW_NESTED("Error locking/unlocking or getting list connection map for %s", service);
+    }
+    if (failed)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "Error saving connection map for service %s", service);
+    }
+}
+
+void PersistControl::ValidateCfgFileVersion(IControlInstance const& instance, char const* version) const
+{
+    if (std::string_view(version) != Version())
+    {
+        ZU_LOG_USER_WARNING("Unsupported configuration file version for service %1$s. Manual configuration for service "
+                            "may be needed.",
+                            instance.TypeName());
+        ZU_THROW(Zu::Status::UNSUPPORTED_VERSION,
+                 "Unsupported configuration file version for service %s. expected: %s actual: %s", instance.TypeName(),
+                 Version(), version);
+    }
+}
+
+void PersistControl::ValidateFileFormat(IControlInstance const& instance, Json const& document)
+{
+    if (Find(document, KEY_CONTROL) == nullptr)
+    {
+        ZU_LOG_USER_WARNING(
+            "No saved information found in service %1$s configuration file. No changes made to service.",
+            instance.TypeName());
+        ZU_THROW(Zu::Status::BAD_FORMAT, "No saved information found in service %s configuration file.",
+                 instance.TypeName());
+    }
+    if (Find(document, KEY_VERSION) == nullptr)
+    {
+        ZU_LOG_USER_WARNING("Unsupported configuration file format for service %1$s. Manual configuration for service "
+                            "may be needed.",
+                            instance.TypeName());
+        ZU_THROW(Zu::Status::BAD_FORMAT, "Unsupported configuration file format for service %s.", instance.TypeName());
+    }
+}
+
+} // namespace ZuControl
