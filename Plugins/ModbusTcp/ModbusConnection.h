@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugins/Common/ITcpConnection.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 
 #include <utility> // the networking headers need it and do not include it
@@ -18,11 +19,11 @@ namespace ModbusTcp
 ///
 /// At each readiness the socket is read once and every complete request is answered with as few writes as the output
 /// buffer allows. While an answer waits for a client that does not read, nothing more is read from it.
-class ModbusConnection final : public std::enable_shared_from_this<ModbusConnection>
+class ModbusConnection final : public PluginCommon::ITcpConnection,
+                               public std::enable_shared_from_this<ModbusConnection>
 {
 public:
-    using Clock = std::chrono::steady_clock;
-    using Ended = std::function<void(std::shared_ptr<ModbusConnection> const&)>;
+    using Ended = std::function<void(std::shared_ptr<ITcpConnection> const&)>;
 
     /// An answer that the client has not taken after this time ends the connection.
     static constexpr std::chrono::seconds WRITE_TIMEOUT{5};
@@ -30,16 +31,16 @@ public:
     /// `whenEnded` is called once, on the I/O thread, when the connection has ended by itself; not for `Close`.
     ModbusConnection(boost::asio::ip::tcp::socket acceptedSocket, IRegisterModel& model, ServerCounters& serverCounters,
                      Ended whenEnded);
-    ~ModbusConnection();
+    ~ModbusConnection() override;
     ModbusConnection(ModbusConnection const&) = delete;
     ModbusConnection& operator=(ModbusConnection const&) = delete;
 
-    void Begin();
+    void Begin() override;
 
     /// Ends the connection when the client has sent no whole request for `idleTimeout`, or takes no answer.
-    void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout);
+    void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout) override;
 
-    void Close();
+    void Close() override;
 
 private:
     void WaitReadable();

@@ -1,10 +1,16 @@
 #pragma once
 
+#include "Plugins/Common/TcpSettings.h"
 #include "wApi/wTypes.h"
 
 #include <functional>
 #include <memory>
 #include <string>
+
+namespace PluginCommon
+{
+class TcpServer;
+}
 
 namespace ModbusTcp
 {
@@ -19,13 +25,7 @@ struct ServerCounters;
 class ModbusServer final
 {
 public:
-    struct Settings
-    {
-        std::string address;        ///< of this machine, as a number: IPv4 or IPv6
-        uint16 port = 0;            ///< 0 takes a free one
-        uint64 maxClients = 0;      ///< one more is accepted and closed at once
-        uint64 idleTimeoutUsec = 0; ///< without a whole request for so long a client is dropped
-    };
+    using Settings = PluginCommon::TcpSettings;
 
     /// `whenClientsChanged` hears of every client that comes or goes, with the number that is connected from then on.
     ModbusServer(IRegisterModel& registerModel, ServerCounters& serverCounters,
@@ -42,10 +42,7 @@ public:
     /// thread.
     void Stop() noexcept;
 
-    bool IsRunning() const
-    {
-        return core != nullptr;
-    }
+    bool IsRunning() const;
 
     /// Applies to clients that come from now on, and to the silence of all.
     void SetLimits(uint64 maxClients, uint64 idleTimeoutUsec);
@@ -56,12 +53,7 @@ public:
     uint16 Port() const; ///< the true one; 0 while it does not run
 
 private:
-    class Core;
-
-    IRegisterModel& model;
-    ServerCounters& counters;
-    std::function<void(uint64)> clientsChanged;
-    std::unique_ptr<Core> core; // while it runs
+    std::unique_ptr<PluginCommon::TcpServer> const server;
 };
 
 } // namespace ModbusTcp

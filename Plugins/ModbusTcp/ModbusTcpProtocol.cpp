@@ -36,7 +36,8 @@ ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
       assembly(true, 0, LAST_REGISTER),
       assemblyActionTarget(assembly),
       encoder(image),
-      fetcher(Required(environ.dataCache, "data cache"), Required(environ.problems, "problems manager")),
+      fetcher("ModbusTcp.State", Required(environ.dataCache, "data cache"),
+              Required(environ.problems, "problems manager")),
       map(image, fetcher, *this),
       server(map, counters, [this](uint64 count) { OnClientsChanged(count); })
 {

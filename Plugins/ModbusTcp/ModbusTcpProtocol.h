@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugins/Common/StateFetcher.h"
 #include "Plugins/ModbusTcp/ICommandRunner.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/ModbusParams.h"
@@ -8,7 +9,6 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Plugins/ModbusTcp/ServerCounters.h"
-#include "Plugins/ModbusTcp/StateFetcher.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -86,7 +86,7 @@ private:
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblyGroup;
     RegisterImage image;
     ResultEncoder encoder;
-    StateFetcher fetcher;
+    PluginCommon::StateFetcher fetcher;
     RegisterMap map;
     std::atomic<uint64> layoutChangeCount{0}; // of the assembly when the newest layout was taken; publishes nothing
 

@@ -1,7 +1,7 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 
+#include "Plugins/Common/StateFetcher.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
-#include "Plugins/ModbusTcp/StateFetcher.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 
 #include <algorithm>
@@ -9,6 +9,8 @@
 
 namespace ModbusTcp
 {
+
+using PluginCommon::StateFetcher;
 
 namespace
 {

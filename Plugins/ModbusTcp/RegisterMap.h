@@ -10,11 +10,15 @@
 #include <memory>
 #include <mutex>
 
+namespace PluginCommon
+{
+class StateFetcher;
+}
+
 namespace ModbusTcp
 {
 
 class RegisterImage;
-class StateFetcher;
 
 /// The registers as a client sees them: the published results, and over them the command registers as they were written,
 /// the answer to the last command and the state of system and scanner, encoded when a read covers them.
@@ -23,7 +27,7 @@ class StateFetcher;
 class RegisterMap final : public IRegisterModel
 {
 public:
-    RegisterMap(RegisterImage& usedImage, StateFetcher& usedFetcher, ICommandRunner& runner);
+    RegisterMap(RegisterImage& usedImage, PluginCommon::StateFetcher& usedFetcher, ICommandRunner& runner);
     ~RegisterMap() override;
     RegisterMap(RegisterMap const&) = delete;
     RegisterMap& operator=(RegisterMap const&) = delete;
@@ -45,7 +49,7 @@ private:
     std::shared_ptr<RegisterLayout const> Layout();
 
     RegisterImage& image;
-    StateFetcher& fetcher;
+    PluginCommon::StateFetcher& fetcher;
 
     // Taken for each write, and by a change of the byte order; guards the channel and the order. Operations are begun
     // under it, and the assembly's lock may be taken under it.

@@ -5,11 +5,8 @@ namespace ModbusTcp
 
 void ServerCounters::Reset()
 {
-    for (auto* counter :
-         {&acceptedClients, &rejectedClients, &droppedClients, &requests, &exceptions, &bytesIn, &bytesOut})
-    {
-        counter->store(0, std::memory_order_relaxed);
-    }
+    ClientCounters::Reset();
+    exceptions.store(0, std::memory_order_relaxed);
 }
 
 } // namespace ModbusTcp

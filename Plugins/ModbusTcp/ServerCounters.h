@@ -1,32 +1,18 @@
 #pragma once
 
-#include "wApi/wTypes.h"
-
-#include <atomic>
+#include "Plugins/Common/ClientCounters.h"
 
 namespace ModbusTcp
 {
 
-/// What the server has done since the last reset. Counted on the I/O thread, read anywhere: relaxed, since no count says
-/// anything about another.
-struct ServerCounters
+using PluginCommon::Count;
+
+/// What the server has done since the last reset.
+struct ServerCounters final : PluginCommon::ClientCounters
 {
-    std::atomic<uint64> clients{0}; ///< connected now; a reset leaves it alone
-    std::atomic<uint64> acceptedClients{0};
-    std::atomic<uint64> rejectedClients{0}; ///< accepted and closed at once, beyond the cap
-    std::atomic<uint64> droppedClients{0};  ///< closed for silence, a malformed frame or a full pipe
-    std::atomic<uint64> requests{0};
-    std::atomic<uint64> exceptions{0};
-    std::atomic<uint64> bytesIn{0};
-    std::atomic<uint64> bytesOut{0};
+    std::atomic<uint64> exceptions{0}; ///< requests that were refused
 
     void Reset();
 };
-
-/// One more of something.
-inline void Count(std::atomic<uint64>& counter, uint64 amount = 1)
-{
-    counter.fetch_add(amount, std::memory_order_relaxed);
-}
 
 } // namespace ModbusTcp

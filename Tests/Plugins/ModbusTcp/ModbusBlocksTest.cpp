@@ -1,7 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Support/Refusal.h"
+#include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
-#include "Tests/Plugins/ModbusTcp/TestFrames.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
@@ -15,6 +15,8 @@
 
 namespace ModbusTcp
 {
+
+using PluginCommon::TestFrame;
 
 using ZuTest::Refusal;
 using ZuTest::RefusalOf;

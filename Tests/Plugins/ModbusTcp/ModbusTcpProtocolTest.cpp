@@ -4,9 +4,9 @@
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
-#include "Tests/Plugins/ModbusTcp/FakeDataCache.h"
+#include "Tests/Plugins/Common/FakeDataCache.h"
+#include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
-#include "Tests/Plugins/ModbusTcp/TestFrames.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
@@ -27,6 +27,9 @@
 
 namespace ModbusTcp
 {
+
+using PluginCommon::FakeDataCache;
+using PluginCommon::TestFrame;
 
 using Registers = TestClient::Registers;
 using ZuControl::ProtocolStatus;

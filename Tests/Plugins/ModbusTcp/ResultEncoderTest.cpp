@@ -1,8 +1,8 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Support/RecordingSink.h"
+#include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
-#include "Tests/Plugins/ModbusTcp/TestFrames.h"
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <atomic>
@@ -12,6 +12,9 @@
 
 namespace ModbusTcp
 {
+
+using PluginCommon::TestBatch;
+using PluginCommon::TestFrame;
 
 class ResultEncoderTest : public BlockFixture
 {

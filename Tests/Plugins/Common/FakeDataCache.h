@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-namespace ModbusTcp
+namespace PluginCommon
 {
 
 /// Gives what it is told to give, at once; throws the status that is set.
@@ -58,4 +58,4 @@ private:
     int32 failure = 0;
 };
 
-} // namespace ModbusTcp
+} // namespace PluginCommon

@@ -1,4 +1,4 @@
-#include "Plugins/ModbusTcp/StateFetcher.h"
+#include "Plugins/Common/StateFetcher.h"
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace ModbusTcp
+namespace PluginCommon
 {
 
 namespace
@@ -25,8 +25,9 @@ uint8 CutTo255(Number value)
 
 } // namespace
 
-StateFetcher::StateFetcher(ZuControl::IControlDataCache& usedDataCache, ZuCommon::ProblemsManager& usedProblems)
-    : dataCache(usedDataCache), problems(usedProblems)
+StateFetcher::StateFetcher(char const* usedThreadName, ZuControl::IControlDataCache& usedDataCache,
+                           ZuCommon::ProblemsManager& usedProblems)
+    : threadName(usedThreadName), dataCache(usedDataCache), problems(usedProblems)
 {
 }
 
@@ -47,7 +48,7 @@ void StateFetcher::Start()
         isResting = true;
     }
     ZU_CHECK(wThread_Construct(&thread));
-    ZU_CHECK(wThread_SetName(thread, "ModbusTcp.State"));
+    ZU_CHECK(wThread_SetName(thread, threadName));
     ZU_CHECK(wThread_Start(thread, &StateFetcher::Run, this));
     isStarted = true;
 }
@@ -186,4 +187,4 @@ void StateFetcher::NoteFailure(bool& isFailing, char const* what)
     ZU_LOG_CAUGHT("Unable to fetch the state of the %s", what);
 }
 
-} // namespace ModbusTcp
+} // namespace PluginCommon

@@ -12,7 +12,7 @@
 
 #include <string>
 
-namespace ModbusTcp
+namespace PluginCommon
 {
 
 /// A result set that is filled item by item, as the sensor does.
@@ -97,4 +97,4 @@ private:
     wArrayList list;
 };
 
-} // namespace ModbusTcp
+} // namespace PluginCommon

@@ -1,6 +1,6 @@
-#include "Plugins/ModbusTcp/StateFetcher.h"
+#include "Plugins/Common/StateFetcher.h"
 #include "Support/RecordingSink.h"
-#include "Tests/Plugins/ModbusTcp/FakeDataCache.h"
+#include "Tests/Plugins/Common/FakeDataCache.h"
 #include "ZuCommon/ProblemsManager.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-namespace ModbusTcp
+namespace PluginCommon
 {
 
 class StateFetcherTest : public testing::Test
@@ -47,7 +47,7 @@ protected:
 
     FakeDataCache cache;
     ZuCommon::ProblemsManager problems;
-    StateFetcher fetcher{cache, problems};
+    StateFetcher fetcher{"Test.State", cache, problems};
 };
 
 TEST_F(StateFetcherTest, GivesTheStateOfSystemAndScanner)
@@ -167,4 +167,4 @@ TEST_F(StateFetcherTest, StopsAtOnceAndStartsAgain)
     EXPECT_TRUE(cache.calls.WaitFor("SystemStats"));
 }
 
-} // namespace ModbusTcp
+} // namespace PluginCommon

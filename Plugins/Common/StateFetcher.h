@@ -19,7 +19,7 @@ namespace ZuControl
 class IControlDataCache;
 }
 
-namespace ModbusTcp
+namespace PluginCommon
 {
 
 /// Keeps the state of system and scanner at hand, fetched by a thread of its own, so that who reads it never waits for where
@@ -44,8 +44,9 @@ public:
         ScannerState scanner{};
     };
 
-    /// Both outlive the object.
-    StateFetcher(ZuControl::IControlDataCache& usedDataCache, ZuCommon::ProblemsManager& usedProblems);
+    /// Cache, problems and the name of the thread outlive the object.
+    StateFetcher(char const* usedThreadName, ZuControl::IControlDataCache& usedDataCache,
+                 ZuCommon::ProblemsManager& usedProblems);
     ~StateFetcher(); ///< stops
     StateFetcher(StateFetcher const&) = delete;
     StateFetcher& operator=(StateFetcher const&) = delete;
@@ -68,6 +69,7 @@ private:
     bool IsWanted() const; // under the lock
     void NoteFailure(bool& isFailing, char const* what);
 
+    char const* const threadName;
     ZuControl::IControlDataCache& dataCache;
     ZuCommon::ProblemsManager& problems;
 
@@ -88,4 +90,4 @@ private:
     wThread thread;
 };
 
-} // namespace ModbusTcp
+} // namespace PluginCommon

@@ -1,0 +1,8 @@
+#include "Plugins/Common/ITcpConnection.h"
+
+namespace PluginCommon
+{
+
+ITcpConnection::~ITcpConnection() = default;
+
+} // namespace PluginCommon

@@ -1,0 +1,319 @@
+#include "Plugins/Common/TcpServer.h"
+
+#include "Plugins/Common/ClientCounters.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "wApi/wThread.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <unordered_set>
+#include <vector>
+
+namespace PluginCommon
+{
+
+using boost::asio::ip::tcp;
+using boost::system::error_code;
+
+namespace
+{
+
+constexpr std::chrono::milliseconds SHORTEST_SWEEP{20};
+constexpr std::chrono::milliseconds LONGEST_SWEEP{500};
+constexpr std::chrono::milliseconds ACCEPT_RETRY{100};
+
+std::string EndpointText(std::string const& address, uint16 port)
+{
+    bool const isVersion6 = address.find(':') != std::string::npos;
+    return (isVersion6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
+}
+
+int32 StatusOf(error_code const& error)
+{
+    namespace errors = boost::system::errc;
+    if (error == errors::address_in_use)
+    {
+        return Zu::Status::BUSY;
+    }
+    return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
+}
+
+} // namespace
+
+/// What lives from a start to the next stop. All but the limits belongs to the I/O thread once it runs.
+class TcpServer::Core final
+{
+public:
+    Core(TcpServer& owner, TcpSettings const& settings)
+        : server(owner),
+          acceptor(io),
+          acceptRetry(io),
+          sweep(io),
+          maxClients(settings.maxClients),
+          idleTimeoutUsec(settings.idleTimeoutUsec)
+    {
+        Listen(settings);
+        ZU_CHECK(wThread_Construct(&thread));
+        ZU_CHECK(wThread_SetName(thread, server.service.threadName));
+        Accept();
+        Sweep();
+        ZU_CHECK(wThread_Start(thread, &Core::Run, this)); // last: the thread uses all of the above
+    }
+
+    ~Core()
+    {
+        ZU_GUARD_DESTRUCTOR([this] {
+            boost::asio::post(io, [this] { CloseAll(); });
+            ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
+        });
+    }
+
+    Core(Core const&) = delete;
+    Core& operator=(Core const&) = delete;
+
+    void SetLimits(uint64 newMaxClients, uint64 newIdleTimeoutUsec)
+    {
+        maxClients.store(newMaxClients, std::memory_order_relaxed);
+        idleTimeoutUsec.store(newIdleTimeoutUsec, std::memory_order_relaxed);
+    }
+
+    tcp::endpoint const& Endpoint() const
+    {
+        return endpoint;
+    }
+
+    void PostToEach(std::function<void(ITcpConnection&)> visit)
+    {
+        boost::asio::post(io, [this, visit = std::move(visit)] { ForEach(visit); });
+    }
+
+private:
+    static int Run(void* argument)
+    {
+        auto& core = *static_cast<Core*>(argument);
+        while (!ZU_GUARD_BOUNDARY([&core] { core.io.run(); })) // ends when all is closed
+        {
+        }
+        return 1;
+    }
+
+    void Listen(TcpSettings const& settings)
+    {
+        std::string const where = EndpointText(settings.address, settings.port);
+        error_code error;
+        auto const address = boost::asio::ip::make_address(settings.address, error);
+        if (error)
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s cannot listen on %s: the address is not an IP address",
+                     server.service.displayName, where.c_str());
+        }
+        tcp::endpoint const wanted(address, settings.port);
+        acceptor.open(wanted.protocol(), error);
+        for (auto const step : {&Core::AllowReuse, &Core::Bind, &Core::BeginListening})
+        {
+            if (!error)
+            {
+                (this->*step)(wanted, error);
+            }
+        }
+        if (error)
+        {
+            ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName, where.c_str(),
+                     error.message().c_str());
+        }
+    }
+
+    /// A port whose last connections still linger can be taken again; one on which somebody listens cannot.
+    void AllowReuse(tcp::endpoint const&, error_code& error)
+    {
+        acceptor.set_option(tcp::acceptor::reuse_address(true), error);
+    }
+
+    void Bind(tcp::endpoint const& wanted, error_code& error)
+    {
+        acceptor.bind(wanted, error);
+    }
+
+    void BeginListening(tcp::endpoint const&, error_code& error)
+    {
+        acceptor.listen(tcp::acceptor::max_listen_connections, error);
+        endpoint = error ? tcp::endpoint{} : acceptor.local_endpoint(error);
+    }
+
+    void Accept()
+    {
+        acceptor.async_accept([this](error_code const& error, tcp::socket socket) {
+            if (!acceptor.is_open())
+            {
+                return;
+            }
+            if (error)
+            {
+                RetryAccept();
+                return;
+            }
+            ZU_GUARD_BOUNDARY([&] { Welcome(std::move(socket)); });
+            Accept();
+        });
+    }
+
+    /// Out of descriptors, say: trying again at once would only burn time that the clients need.
+    void RetryAccept()
+    {
+        acceptRetry.expires_after(ACCEPT_RETRY);
+        acceptRetry.async_wait([this](error_code const&) {
+            if (acceptor.is_open())
+            {
+                Accept();
+            }
+        });
+    }
+
+    void Welcome(tcp::socket socket)
+    {
+        if (connections.size() >= maxClients.load(std::memory_order_relaxed))
+        {
+            Count(server.counters.rejectedClients);
+            return; // the socket closes as it goes
+        }
+        Connection const connection =
+            server.service.makeConnection(std::move(socket), [this](Connection const& gone) { Forget(gone); });
+        connections.insert(connection);
+        Count(server.counters.acceptedClients);
+        TellCount(); // before its first request: results flow from the moment it is here
+        connection->Begin();
+    }
+
+    void Forget(Connection const& connection)
+    {
+        connections.erase(connection);
+        TellCount();
+    }
+
+    void TellCount()
+    {
+        server.counters.clients.store(connections.size(), std::memory_order_relaxed);
+        ZU_GUARD_BOUNDARY([this] { server.service.clientsChanged(connections.size()); });
+    }
+
+    void ForEach(std::function<void(ITcpConnection&)> const& visit)
+    {
+        std::vector<Connection> const all(connections.begin(), connections.end());
+        for (Connection const& connection : all) // a copy: one that ends leaves the set
+        {
+            ZU_GUARD_BOUNDARY([&] { visit(*connection); }); // one that fails keeps nothing from the others
+        }
+    }
+
+    /// One timer looks after the deadlines of all: no client costs a timer of its own with each request.
+    void Sweep()
+    {
+        std::chrono::microseconds const idleTimeout(idleTimeoutUsec.load(std::memory_order_relaxed));
+        auto const now = ITcpConnection::Clock::now();
+        ForEach([&](ITcpConnection& connection) { connection.CheckDeadlines(now, idleTimeout); });
+        sweep.expires_after(std::clamp<std::chrono::microseconds>(idleTimeout / 10, SHORTEST_SWEEP, LONGEST_SWEEP));
+        sweep.async_wait([this](error_code const&) {
+            if (acceptor.is_open())
+            {
+                Sweep();
+            }
+        });
+    }
+
+    void CloseAll()
+    {
+        error_code ignored; // whatever does not close goes with the I/O context
+        acceptor.close(ignored);
+        acceptRetry.cancel();
+        sweep.cancel();
+        for (auto const& connection : connections)
+        {
+            connection->Close();
+        }
+        connections.clear();
+        TellCount();
+    }
+
+    TcpServer& server;
+    boost::asio::io_context io{1}; // one thread: it needs fewer locks
+    tcp::acceptor acceptor;
+    tcp::endpoint endpoint; // never changes once listening
+    boost::asio::steady_timer acceptRetry;
+    boost::asio::steady_timer sweep;
+    std::unordered_set<Connection> connections;
+    std::atomic<uint64> maxClients; // the limits apply to what happens next; no order is promised
+    std::atomic<uint64> idleTimeoutUsec;
+    wThread thread; // last: it uses all of the above
+};
+
+TcpServer::TcpServer(Service servedBy, ClientCounters& serverCounters)
+    : service(std::move(servedBy)), counters(serverCounters)
+{
+}
+
+TcpServer::~TcpServer()
+{
+    Stop();
+}
+
+void TcpServer::Start(TcpSettings const& settings)
+{
+    if (core != nullptr)
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    core = std::make_unique<Core>(*this, settings);
+    std::scoped_lock const guard(postLock);
+    posting = core.get();
+}
+
+void TcpServer::Stop() noexcept
+{
+    {
+        std::scoped_lock const guard(postLock);
+        posting = nullptr;
+    }
+    core.reset();
+}
+
+bool TcpServer::IsRunning() const
+{
+    return core != nullptr;
+}
+
+void TcpServer::SetLimits(uint64 maxClients, uint64 idleTimeoutUsec)
+{
+    if (core != nullptr)
+    {
+        core->SetLimits(maxClients, idleTimeoutUsec);
+    }
+}
+
+std::string TcpServer::Endpoint() const
+{
+    return core != nullptr ? EndpointText(core->Endpoint().address().to_string(), core->Endpoint().port())
+                           : std::string();
+}
+
+uint16 TcpServer::Port() const
+{
+    return core != nullptr ? core->Endpoint().port() : uint16{0};
+}
+
+bool TcpServer::PostToEach(std::function<void(ITcpConnection&)> visit)
+{
+    std::scoped_lock const guard(postLock);
+    if (posting == nullptr)
+    {
+        return false;
+    }
+    posting->PostToEach(std::move(visit));
+    return true;
+}
+
+} // namespace PluginCommon

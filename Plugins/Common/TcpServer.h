@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Plugins/Common/ITcpConnection.h"
+#include "Plugins/Common/TcpSettings.h"
+#include "wApi/wTypes.h"
+
+#include <utility> // the networking headers need it and do not include it
+
+#include <boost/asio/ip/tcp.hpp>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace PluginCommon
+{
+
+struct ClientCounters;
+
+/// A TCP server: binds, listens, takes clients up to a cap and looks after their deadlines, on one I/O thread that serves
+/// them all. What is said with a client is the business of the connections that its owner makes.
+///
+/// Ownership: counters and callbacks outlive the server. Threads: the operations belong to one thread at a time, but for
+/// `PostToEach`, which any thread may call; the callbacks run on the I/O thread.
+class TcpServer final
+{
+public:
+    using Connection = std::shared_ptr<ITcpConnection>;
+    /// A connection calls it once, on the I/O thread, when it has ended by itself.
+    using Ended = std::function<void(Connection const&)>;
+
+    struct Service
+    {
+        char const* displayName; ///< begins the text of what cannot be started
+        char const* threadName;
+        std::function<Connection(boost::asio::ip::tcp::socket socket, Ended whenEnded)> makeConnection;
+        std::function<void(uint64 count)> clientsChanged; ///< after each one that comes or goes
+    };
+
+    TcpServer(Service servedBy, ClientCounters& serverCounters);
+    ~TcpServer(); ///< stops
+    TcpServer(TcpServer const&) = delete;
+    TcpServer& operator=(TcpServer const&) = delete;
+
+    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's,
+    /// -976 for a port that is taken, 0 for another failure, each with address and port in the text. -1000 while it runs.
+    void Start(TcpSettings const& settings);
+
+    /// Closes every connection and ends the I/O thread. Nothing happens when it does not run. Not to be called on the I/O
+    /// thread.
+    void Stop() noexcept;
+
+    bool IsRunning() const;
+
+    /// Applies to clients that come from now on, and to the silence of all.
+    void SetLimits(uint64 maxClients, uint64 idleTimeoutUsec);
+
+    /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
+    std::string Endpoint() const;
+
+    uint16 Port() const; ///< the true one; 0 while it does not run
+
+    /// Calls `visit` soon for each connection that is there by then, on the I/O thread. False, and nothing is called, when
+    /// the server does not run; while it stops nothing may be called either.
+    bool PostToEach(std::function<void(ITcpConnection&)> visit);
+
+private:
+    class Core;
+
+    Service const service;
+    ClientCounters& counters;
+    std::unique_ptr<Core> core; // while it runs
+
+    std::mutex postLock; // a leaf: guards the pointer, and so that nothing is posted to a core that goes
+    Core* posting = nullptr;
+};
+
+} // namespace PluginCommon
