@@ -294,6 +294,7 @@ public:
     Zu::Event<std::string, bool> paramsEvent;
     Zu::Event<std::string, bool> outputsEvent;
     Zu::Event<std::string, std::string> assemblyEvent;
+    ZuControl::ControlInstanceMetrics metrics;
 
 private:
     void Note(std::string const& call)
@@ -304,8 +305,6 @@ private:
             position->second();
         }
     }
-
-    ZuControl::ControlInstanceMetrics metrics;
 };
 
 } // namespace ZuTest

@@ -1,0 +1,22 @@
+#include "ZuCommon/MetricsJsonSerializer.h"
+
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Structure.h"
+#include "ZuCommon/IMetricsSource.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuCommon
+{
+
+nlohmann::json MetricsJsonSerializer::Serialize(IMetricsSource const& source)
+{
+    return Zu::Properties::JsonSerializer::Serialize(source.GetMetrics());
+}
+
+nlohmann::json MetricsJsonSerializer::SerializeSchema(IMetricsSource const& source)
+{
+    return Zu::Properties::JsonSerializer::SerializeSchema(source.GetMetrics());
+}
+
+} // namespace ZuCommon

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+namespace ZuTest
+{
+
+/// How many threads of this process have exactly this name.
+inline std::size_t CountOfThreads(std::string const& name)
+{
+    std::size_t count = 0;
+    for (auto const& task : std::filesystem::directory_iterator("/proc/self/task"))
+    {
+        std::ifstream file(task.path() / "comm"); // one that has just ended has none
+        std::string found;
+        count += std::getline(file, found) && found == name ? 1u : 0u;
+    }
+    return count;
+}
+
+/// Waits until there are so many; a thread takes its name a moment after it was started. False when that takes too long.
+inline bool WaitForThreads(std::string const& name, std::size_t count)
+{
+    auto const bound = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (CountOfThreads(name) != count)
+    {
+        if (std::chrono::steady_clock::now() > bound)
+        {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+} // namespace ZuTest

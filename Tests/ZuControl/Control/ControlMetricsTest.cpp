@@ -1,0 +1,482 @@
+#include "ZuControl/Control/ControlMetrics.h"
+
+#include "Support/CallLog.h"
+#include "Support/FakeControlManager.h"
+#include "Support/FakeProtocol.h"
+#include "Support/Latch.h"
+#include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
+#include "Support/ThreadNames.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace ZuControl
+{
+
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
+
+class ControlMetricsTest : public testing::Test
+{
+protected:
+    using Calls = ZuTest::CallLog::Calls;
+    using CallbackId = ControlMetrics::CallbackId;
+    using Source = ZuCommon::IMetricsSource;
+
+    static constexpr uint64 NEVER_USEC = 3'600'000'000; // no tick comes by itself while a test runs
+    static constexpr uint64 QUICK_USEC = 1'000;
+
+    ControlMetricsTest()
+    {
+        manager.Put("a").metrics.BindProtocol(&a);
+        manager.Put("b").metrics.BindProtocol(&b);
+    }
+
+    ~ControlMetricsTest() override
+    {
+        metrics.reset(); // before what its threads may still use
+    }
+
+    /// With the intervals that it is built with.
+    void Build()
+    {
+        metrics = std::make_unique<ControlMetrics>(manager);
+    }
+
+    /// With updates and reports at these intervals. The report timer stands still as yet, as after construction.
+    void BuildWith(uint64 updateUsec, uint64 reportUsec)
+    {
+        Build();
+        metrics->ChangeUpdateInterval(updateUsec);
+        metrics->ChangeReportInterval(reportUsec);
+        metrics->StopReportTimer();
+        calls.Clear();
+    }
+
+    CallbackId Subscribe(std::string const& key, std::string const& name)
+    {
+        return metrics->AddReportHandler([this, name](Source const&) { calls.Add(name); }, key);
+    }
+
+    void Report()
+    {
+        metrics->DispatchReports();
+    }
+
+    void Update()
+    {
+        metrics->UpdateMetrics();
+    }
+
+    uint64 ChangeReportInterval(uint64 usec)
+    {
+        return metrics->ChangeReportInterval(usec);
+    }
+
+    uint64 ChangeUpdateInterval(uint64 usec)
+    {
+        return metrics->ChangeUpdateInterval(usec);
+    }
+
+    void StopUpdateTimer()
+    {
+        metrics->StopUpdateTimer();
+    }
+
+    std::size_t Started() const
+    {
+        return log.CountOfText("Control metrics reporting started.");
+    }
+
+    std::size_t Stopped() const
+    {
+        return log.CountOfText("Control metrics reporting stopped.");
+    }
+
+    ZuTest::CallLog calls;
+    ZuTest::LogRecorder log;
+    ZuTest::Latch entered;
+    ZuTest::Latch release;
+    ZuTest::FakeProtocol a{calls, 1, "a."};
+    ZuTest::FakeProtocol b{calls, 2, "b."};
+    ZuTest::FakeControlManager manager{calls};
+    std::unique_ptr<ControlMetrics> metrics;
+};
+
+TEST_F(ControlMetricsTest, BringsEveryRecordUpToDateFourTimesASecondWithNobodySubscribed)
+{
+    auto const begin = std::chrono::steady_clock::now();
+
+    Build();
+
+    ASSERT_TRUE(calls.WaitFor("b.UpdateMetrics", 3));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(750));
+    EXPECT_EQ(ZuTest::CountOfThreads("AsyncTimer"), 1u); // the report timer has never been started
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlMetricsTest, UpdatesInOrderOfTheNamesWhetherEnabledOrNot)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    manager.GetInstance("a").Enable(true);
+    calls.Clear();
+
+    Update();
+
+    EXPECT_EQ(calls.All(), (Calls{"a.UpdateMetrics", "b.UpdateMetrics"}));
+}
+
+TEST_F(ControlMetricsTest, EndsARoundOfUpdatesAtTheFirstThatThrowsAndGoesOnWithTheNextRound)
+{
+    a.on["UpdateMetrics"] = [] { throw std::runtime_error("no record"); };
+    BuildWith(NEVER_USEC, NEVER_USEC);
+
+    EXPECT_THROW(Update(), std::runtime_error);
+    EXPECT_EQ(calls.All(), (Calls{"a.UpdateMetrics"}));
+
+    ChangeUpdateInterval(QUICK_USEC);
+    ASSERT_TRUE(calls.WaitFor("a.UpdateMetrics", 3));
+    StopUpdateTimer();
+    EXPECT_EQ(calls.Count("b.UpdateMetrics"), 0u);
+    auto const lines = log.LinesWithShortTraces();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(lines[0].text, "EXCEPTION THROWN: ");
+    EXPECT_EQ(lines[1], ZuTest::CaughtForeign("no record"));
+    EXPECT_EQ(lines[2], ZuTest::BackTrace());
+}
+
+TEST_F(ControlMetricsTest, GivesTheRecordItselfAsTheLastReport)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+
+    EXPECT_EQ(&metrics->LastReport("a"), &manager.GetInstance("a").MetricsSource());
+    EXPECT_EQ(RefusalOf([this] { metrics->LastReport("x"); }),
+              (Refusal{-999, "Control protocol type not recognized: 'x'."}));
+}
+
+TEST_F(ControlMetricsTest, ReportsTypeByTypeToEachInOrderOfAddition)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    Subscribe("b", "b1");
+    Subscribe("a", "a1");
+    Subscribe("b", "b2");
+    Source const* reported = nullptr;
+    metrics->AddReportHandler([&reported](Source const& source) { reported = &source; }, "a");
+
+    Report();
+
+    EXPECT_EQ(calls.All(), (Calls{"a1", "b1", "b2"}));
+    EXPECT_EQ(reported, &manager.GetInstance("a").MetricsSource());
+}
+
+TEST_F(ControlMetricsTest, StartsReportingWithTheFirstWhoSubscribesAndSaysSoOnce)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+
+    Subscribe("a", "first");
+    Subscribe("a", "second");
+    Subscribe("b", "other");
+
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Info("ZuControl::ControlMetrics::AddReportHandler",
+                                                     "Control metrics reporting started.")}));
+    EXPECT_TRUE(calls.WaitFor("other", 2));
+}
+
+TEST_F(ControlMetricsTest, ReportsOnceASecond)
+{
+    Build();
+    StopUpdateTimer();
+    auto const begin = std::chrono::steady_clock::now();
+
+    Subscribe("a", "report");
+
+    ASSERT_TRUE(calls.WaitFor("report"));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+}
+
+TEST_F(ControlMetricsTest, StopsReportingWithTheLastWhoLeavesAndSaysSoOnce)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    CallbackId const first = Subscribe("a", "first");
+    CallbackId const second = Subscribe("a", "second");
+    log.Clear();
+
+    metrics->RemoveReportHandler(first, "a");
+
+    EXPECT_TRUE(log.Lines().empty());
+    Report();
+    EXPECT_EQ(calls.All(), (Calls{"second"}));
+
+    metrics->RemoveReportHandler(second, "a");
+
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Info("ZuControl::ControlMetrics::RemoveReportHandler",
+                                                     "Control metrics reporting stopped.")}));
+    EXPECT_EQ(RefusalOf([&] { metrics->RemoveReportHandler(second, "a"); }), (Refusal{-997, ""}));
+}
+
+TEST_F(ControlMetricsTest, GoesOnReportingOneTypeWhenTheOtherHasNobodyLeft)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    CallbackId const first = Subscribe("a", "first");
+    Subscribe("b", "other");
+
+    metrics->RemoveReportHandler(first, "a");
+
+    std::size_t const before = calls.Count("first");
+    ASSERT_TRUE(calls.WaitFor("other", calls.Count("other") + 2));
+    EXPECT_EQ(calls.Count("first"), before);
+    EXPECT_EQ(Stopped(), 0u);
+}
+
+TEST_F(ControlMetricsTest, CallsNobodyWhoHasLeftAlsoWhenReportingBeginsAnew)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    CallbackId const first = Subscribe("a", "first");
+    ASSERT_TRUE(calls.WaitFor("first"));
+
+    metrics->RemoveReportHandler(first, "a");
+    std::size_t const before = calls.Count("first");
+    Subscribe("a", "marker");
+
+    ASSERT_TRUE(calls.WaitFor("marker", 2));
+    EXPECT_EQ(calls.Count("first"), before);
+    EXPECT_EQ(Started(), 2u);
+    EXPECT_EQ(Stopped(), 1u);
+}
+
+TEST_F(ControlMetricsTest, RefusesAnUnknownTypeBeforeAnythingChanges)
+{
+    Build();
+
+    EXPECT_EQ(RefusalOf([this] { Subscribe("x", "never"); }),
+              (Refusal{-999, "Control protocol type not recognized: 'x'."}));
+
+    EXPECT_EQ(RefusalOf([this] { metrics->RemoveReportHandler({}, "x"); }), (Refusal{-997, ""}));
+    ASSERT_TRUE(calls.WaitFor("b.UpdateMetrics"));
+    EXPECT_EQ(ZuTest::CountOfThreads("AsyncTimer"), 1u); // that of the updates
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlMetricsTest, CountsAnEmptyFunctionAsSomebodyUntilAnIdThatIsNotValidIsRemoved)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+
+    CallbackId const id = metrics->AddReportHandler({}, "a");
+
+    EXPECT_FALSE(id.second);
+    EXPECT_EQ(Started(), 1u);
+    Report();
+    metrics->RemoveReportHandler(id, "a");
+    EXPECT_EQ(Stopped(), 1u);
+    EXPECT_EQ(RefusalOf([&] { metrics->RemoveReportHandler(id, "a"); }), (Refusal{-997, ""}));
+}
+
+TEST_F(ControlMetricsTest, RemovesNothingForAnIdThatIsNotValidOrOfAnotherType)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    Subscribe("a", "a1");
+    CallbackId const other = Subscribe("b", "b1");
+
+    metrics->RemoveReportHandler({}, "a");
+    metrics->RemoveReportHandler(other, "a");
+
+    Report();
+    EXPECT_EQ(calls.All(), (Calls{"a1", "b1"}));
+    EXPECT_EQ(Stopped(), 0u);
+}
+
+TEST_F(ControlMetricsTest, EndsAReportAtTheFirstHandlerThatThrowsUntilTheNextReport)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    metrics->AddReportHandler([](Source const&) { throw std::runtime_error("client gone"); }, "a");
+    Subscribe("a", "behind");
+    Subscribe("b", "other type");
+
+    EXPECT_THROW(Report(), std::runtime_error);
+
+    EXPECT_TRUE(calls.All().empty());
+}
+
+TEST_F(ControlMetricsTest, ReportsAlsoAnInstanceWhoseProtocolIsGone)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    manager.GetInstance("a");
+    dynamic_cast<ZuTest::FakeControlInstance&>(manager.GetInstance("a")).metrics.ClearProtocol();
+    metrics->AddReportHandler([](Source const& source) { source.GetMetrics(); }, "a");
+
+    EXPECT_EQ(RefusalOf([this] { Report(); }),
+              (Refusal{-1000, "No protocol implementation available for the metrics fetch operation"}));
+}
+
+TEST_F(ControlMetricsTest, ChangesItsIntervalsAndGivesTheOldOnes)
+{
+    Build();
+
+    EXPECT_EQ(ChangeReportInterval(NEVER_USEC), 1'000'000u);
+    EXPECT_TRUE(ZuTest::WaitForThreads("AsyncTimer", 2)); // it starts with nobody subscribed too
+    EXPECT_EQ(ChangeReportInterval(QUICK_USEC), NEVER_USEC);
+    EXPECT_EQ(ChangeUpdateInterval(QUICK_USEC), 250'000u);
+    EXPECT_TRUE(calls.WaitFor("a.UpdateMetrics", 3));
+}
+
+TEST_F(ControlMetricsTest, LetsAHandlerRemoveItselfAsTheLastOne)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    auto const id = std::make_shared<CallbackId>();
+    ZuTest::Latch known;
+    *id = metrics->AddReportHandler(
+        [this, id, &known](Source const&) {
+        known.Wait();
+        metrics->RemoveReportHandler(*id, "a");
+        calls.Add("left");
+        },
+        "a");
+    known.Open();
+
+    ASSERT_TRUE(calls.WaitFor("left"));
+    EXPECT_EQ(Stopped(), 1u);
+    Subscribe("a", "marker");
+    ASSERT_TRUE(calls.WaitFor("marker"));
+    EXPECT_EQ(calls.Count("left"), 1u);
+}
+
+TEST_F(ControlMetricsTest, WaitsForAHandlerThatRunsBeforeItIsRemoved)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    CallbackId const id = metrics->AddReportHandler(
+        [this](Source const&) {
+        entered.Open();
+        release.Wait();
+        calls.Add("handled");
+        },
+        "a");
+    ASSERT_TRUE(entered.Wait());
+    std::thread remover([this, id] {
+        metrics->RemoveReportHandler(id, "a");
+        calls.Add("removed");
+    });
+
+    release.Open();
+    remover.join();
+
+    EXPECT_EQ(calls.All(), (Calls{"handled", "removed"}));
+}
+
+TEST_F(ControlMetricsTest, LetsOthersComeAndGoWhileAHandlerRuns)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    metrics->AddReportHandler(
+        [this](Source const&) {
+        entered.Open();
+        release.Wait();
+        },
+        "a");
+    ASSERT_TRUE(entered.Wait());
+
+    CallbackId const id = Subscribe("b", "other"); // neither waits for the handler
+    metrics->RemoveReportHandler(id, "b");
+
+    EXPECT_EQ(calls.Count("other"), 0u);
+    release.Open();
+}
+
+TEST_F(ControlMetricsTest, WaitsAtItsEndForTheHandlerThatRuns)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    metrics->AddReportHandler(
+        [this](Source const&) {
+        entered.Open();
+        release.Wait();
+        calls.Add("handled");
+        },
+        "a");
+    ASSERT_TRUE(entered.Wait());
+    std::thread releasing([this] { release.Open(); });
+
+    metrics.reset();
+    std::size_t const handled = calls.Count("handled");
+    releasing.join();
+
+    EXPECT_GE(handled, 1u);
+    EXPECT_EQ(calls.Count("handled"), handled);
+}
+
+TEST_F(ControlMetricsTest, LetsNobodyReadARecordThatIsBroughtUpToDate)
+{
+    a.on["UpdateMetrics"] = [this] {
+        entered.Open();
+        release.Wait();
+        calls.Add("updated");
+    };
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    ChangeUpdateInterval(QUICK_USEC);
+    ASSERT_TRUE(entered.Wait());
+    std::thread reader([this] { metrics->ReadReport("a", [this](Source const&) { calls.Add("read"); }); });
+
+    release.Open();
+    reader.join();
+    StopUpdateTimer();
+
+    Calls const all = calls.All();
+    auto const read = std::find(all.begin(), all.end(), "read");
+    EXPECT_LT(std::find(all.begin(), all.end(), "updated"), read);
+    EXPECT_NE(read, all.end());
+}
+
+TEST_F(ControlMetricsTest, ReadsTheRecordOfAKnownTypeAlone)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    Source const* read = nullptr;
+
+    metrics->ReadReport("b", [&read](Source const& source) { read = &source; });
+
+    EXPECT_EQ(read, &manager.GetInstance("b").MetricsSource());
+    EXPECT_EQ(RefusalOf([this] { metrics->ReadReport("x", [](Source const&) {}); }),
+              (Refusal{-999, "Control protocol type not recognized: 'x'."}));
+}
+
+TEST_F(ControlMetricsTest, GoesOnReportingWhoeverStaysThroughAStormOfComingsAndGoings)
+{
+    BuildWith(QUICK_USEC, QUICK_USEC);
+    std::atomic<uint64> reports{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back([this, i, &reports] {
+            std::string const key = i % 2 == 0 ? "a" : "b";
+            for (int k = 0; k < 100; ++k)
+            {
+                auto const id = metrics->AddReportHandler([&reports](Source const&) { ++reports; }, key);
+                if (k % 10 == 0)
+                {
+                    std::this_thread::yield();
+                }
+                metrics->RemoveReportHandler(id, key);
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(Started(), Stopped());
+
+    CallbackId const id = Subscribe("a", "stays");
+
+    ASSERT_TRUE(calls.WaitFor("stays", 3));
+    metrics->RemoveReportHandler(id, "a");
+    auto const lines = log.Lines();
+    for (std::size_t i = 0; i < lines.size(); ++i)
+    {
+        EXPECT_EQ(lines[i].text,
+                  i % 2 == 0 ? "Control metrics reporting started." : "Control metrics reporting stopped.");
+    }
+}
+
+} // namespace ZuControl
