@@ -17,7 +17,6 @@ namespace
 {
 
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
-constexpr char const* RELATIONS = "/relations/{rel}";
 
 /// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program, or where an
 /// installed program has them. Empty when there is neither.
@@ -44,7 +43,8 @@ Application::Application(Options const& newOptions, std::string const& token, st
       sensor(resultHub, std::move(source), options.rateHz),
       scanner(sensor),
       core(sensor, options.start),
-      requestProcessor(router, RELATIONS, [this] { return std::make_shared<UpdateGate::Request>(updateGate); }),
+      requestProcessor(router, HostResources::RELATION_TEMPLATE,
+                       [this] { return std::make_shared<UpdateGate::Request>(updateGate); }),
       httpServer(requestProcessor)
 {
     HttpServer::Settings settings;
@@ -58,7 +58,7 @@ Application::Application(Options const& newOptions, std::string const& token, st
     LoadPlugins();
     BuildModule();
     MakeNewJob();
-    hostResources.emplace(router, problems);
+    hostResources.emplace(router, problems, scanEngines);
 }
 
 Application::~Application()

@@ -5,23 +5,30 @@
 namespace ZuHost
 {
 
-HostResources::HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems)
-    : router(usedRouter), problemList(problems)
+HostResources::HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems,
+                             ZuScan::Internal::ScanEngineManager const& scanEngines)
+    : router(usedRouter), root(router), problemList(problems), scanners(scanEngines)
 {
     for (ZuRest::IResource* const resource : router.Resources())
     {
         events.ListenTo(*resource);
     }
+    router.Register("/", root);
     router.Register("/health", health);
     router.Register("/problems", problemList);
     router.Register("/events", events);
+    router.Register("/scanners/:id", scanners);
+    router.Register("/relations/:rel", relations);
 }
 
 HostResources::~HostResources()
 {
+    router.Deregister("/relations", true);
+    router.Deregister("/scanners", true);
     router.Deregister("/events", false);
     router.Deregister("/problems", false);
     router.Deregister("/health", false);
+    router.Deregister("/", false);
 }
 
 } // namespace ZuHost

@@ -3,6 +3,9 @@
 #include "Host/Http/EventsResource.h"
 #include "Host/Http/HealthResource.h"
 #include "Host/Http/ProblemsResource.h"
+#include "Host/Http/RelationsResource.h"
+#include "Host/Http/RootResource.h"
+#include "Host/Http/ScannersResource.h"
 
 namespace ZuRest
 {
@@ -12,15 +15,19 @@ class ResourceRouter;
 namespace ZuHost
 {
 
-/// What the host itself shows beside the module's tree: "/health", "/problems", "/events".
+/// What the host itself shows beside the module's tree: "/", "/health", "/problems", "/events", "/scanners", "/relations".
 ///
 /// It is built when all other resources have their routes, since it listens to each of them for "/events", and destroyed
 /// before them.
 class HostResources final
 {
 public:
-    /// Router and problems outlive this.
-    HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems);
+    /// Where the meaning of a relation is told, as a URI template.
+    static constexpr char const* RELATION_TEMPLATE = "/relations/{rel}";
+
+    /// Router, problems and engines outlive this.
+    HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems,
+                  ZuScan::Internal::ScanEngineManager const& scanEngines);
     ~HostResources(); ///< takes its routes away
 
     HostResources(HostResources const&) = delete;
@@ -28,8 +35,11 @@ public:
 
 private:
     ZuRest::ResourceRouter& router;
+    RootResource root;
     HealthResource health;
     ProblemsResource problemList;
+    ScannersResource scanners;
+    RelationsResource relations;
     EventsResource events;
 };
 

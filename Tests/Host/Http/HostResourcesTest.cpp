@@ -1,10 +1,16 @@
 #include "Host/Http/HostResources.h"
 
+#include "Host/Sensor/DeskScanner.h"
+#include "Host/Sensor/Sensor.h"
+#include "Host/Sensor/SimulatedPart.h"
+#include "Support/Refusal.h"
 #include "ZuApi/Exception.h"
 #include "ZuCommon/ProblemsManager.h"
+#include "ZuCore/ResultHub.h"
 #include "ZuRest/IStreamReceiver.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResourceRequestProcessor.h"
+#include "ZuScan/ScanEngineManager.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -40,19 +46,35 @@ public:
 class HostResourcesTest : public testing::Test
 {
 protected:
+    HostResourcesTest()
+    {
+        scanner.AddTo(scanEngines);
+    }
+
     Json Read(std::string const& path)
     {
         return processor.Read(path, nullptr, "");
     }
 
+    ZuRest::Answer Get(std::string const& path)
+    {
+        ZuRest::Request request;
+        request.path = path;
+        return processor.Process(request).answer;
+    }
+
+    ZuCore::ResultHub hub{true};
+    Sensor sensor{hub, std::make_unique<SimulatedPart>(), 50};
+    DeskScanner scanner{sensor};
+    ZuScan::Internal::ScanEngineManager scanEngines;
     ZuCommon::ProblemsManager problems;
     ZuRest::ResourceRouter router;
-    ZuRest::ResourceRequestProcessor processor{router};
+    ZuRest::ResourceRequestProcessor processor{router, HostResources::RELATION_TEMPLATE};
 };
 
 TEST_F(HostResourcesTest, TellsThatItIsThere)
 {
-    HostResources const resources(router, problems);
+    HostResources const resources(router, problems, scanEngines);
 
     EXPECT_EQ(Read("/health").at("status"), "ok");
     EXPECT_LT(Read("/health").at("upTimeSec").get<uint64>(), 60U);
@@ -60,7 +82,7 @@ TEST_F(HostResourcesTest, TellsThatItIsThere)
 
 TEST_F(HostResourcesTest, ShowsTheProblemsThatStand)
 {
-    HostResources const resources(router, problems);
+    HostResources const resources(router, problems, scanEngines);
     problems.Add(ZuCommon::ProblemsManager::SEVERITY_WARNING, "Modbus TCP", "no results for %1$u s", 5U);
     auto const gone = problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "other", nullptr);
     problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "Modbus TCP", "port taken");
@@ -87,7 +109,7 @@ TEST_F(HostResourcesTest, TellsItsClientsWhatTheResourcesNotify)
     KeepingReceiver second;
     broken.isBroken = true;
     {
-        HostResources const resources(router, problems);
+        HostResources const resources(router, problems, scanEngines);
         auto* const events = router.Find("/events")->resource->StreamableProvider();
         ASSERT_NE(events, nullptr);
         ZuRest::RequestInfo const request("/events", {}, false);
@@ -108,10 +130,90 @@ TEST_F(HostResourcesTest, TellsItsClientsWhatTheResourcesNotify)
     router.Deregister("/other", true);
 }
 
+TEST_F(HostResourcesTest, LinksWhatThereIsFromItsRoot)
+{
+    HealthResource other;
+    router.Register("/controls/:protocol/metrics", other);
+    router.Register("/jobs/:name", other);
+    {
+        HostResources const resources(router, problems, scanEngines);
+
+        Json const root = Read("/");
+
+        EXPECT_EQ(root.at("product"), "ZuControl");
+        EXPECT_EQ(root.at("_links"), Json::parse(R"({
+            "self": {"href": "/"},
+            "curies": [{"name": "zu", "href": "/relations/{rel}", "templated": true}],
+            "zu:jobs": {"href": "/jobs"},
+            "zu:scanners": {"href": "/scanners"},
+            "zu:health": {"href": "/health"},
+            "zu:problems": {"href": "/problems"},
+            "zu:events": {"href": "/events"},
+            "zu:relations": {"href": "/relations"},
+            "zu:metrics": [{"href": "/controls/{protocol}/metrics", "templated": true}],
+            "zu:schema": {"href": "{+path}?schema=true", "templated": true}})"));
+    }
+    router.Deregister("/controls", true);
+    router.Deregister("/jobs", true);
+}
+
+TEST_F(HostResourcesTest, TellsWhatEveryRelationOfItsRootMeans)
+{
+    HostResources const resources(router, problems, scanEngines);
+    Json const links = Read("/").at("_links");
+
+    for (auto const& [key, link] : links.items())
+    {
+        if (key.starts_with("zu:"))
+        {
+            ZuRest::Answer const page = Get("/relations/" + key.substr(3));
+            EXPECT_EQ(page.status, 200U) << key;
+            EXPECT_EQ(page.contentType, "text/html; charset=utf-8");
+            EXPECT_NE(page.body.find("<code>" + key + "</code>"), std::string::npos) << page.body;
+            EXPECT_NE(Get("/relations").body.find("<code>" + key + "</code>"), std::string::npos) << key;
+        }
+    }
+    EXPECT_EQ(Get("/relations/:scanner").status, 200U);
+    EXPECT_EQ(Get("/relations/%3Cb%3E").status, 404U);
+}
+
+TEST_F(HostResourcesTest, ShowsTheScannersByIdAndByNumber)
+{
+    HostResources const resources(router, problems, scanEngines);
+
+    Json const all = Read("/scanners");
+    Json const one = Read("/scanners/scanner-0");
+    Json const first = Read("/scanners/0");
+
+    EXPECT_EQ(all.at("_embedded").at("item").size(), 1U);
+    EXPECT_EQ(one.at("_links").at("self").at("href"), "/scanners/scanner-0");
+    EXPECT_EQ(first.at("id"), "scanner-0");
+    for (Json const& scannerDocument : {all.at("_embedded").at("item").at(0), one, first})
+    {
+        EXPECT_EQ(scannerDocument.at("present"), true);
+        EXPECT_EQ(scannerDocument.at("engine"), "engine-0");
+        EXPECT_EQ(scannerDocument.at("sensors"), Json::array({"sensor-0"}));
+        EXPECT_EQ(scannerDocument.at("actions"), Json::array({"trigger", "scannerInfo"}));
+        EXPECT_EQ(scannerDocument.at("alignment"), "notAligned");
+        EXPECT_EQ(scannerDocument.at("info").at("laserEnabled"), false);
+        EXPECT_EQ(scannerDocument.at("info").at("currentEncoderValue"), 0);
+    }
+}
+
+TEST_F(HostResourcesTest, ShowsThatTheSecondDeviceHasNoScannerHere)
+{
+    HostResources const resources(router, problems, scanEngines);
+
+    EXPECT_EQ(Read("/scanners/1"), Json::parse(R"({"id": "1", "present": false,
+        "_links": {"self": {"href": "/scanners/1"}}})"));
+    EXPECT_EQ(ZuTest::RefusalOf([&] { Read("/scanners/2"); }), (ZuTest::Refusal{-999, "There is no scanner '2'."}));
+    EXPECT_EQ(ZuTest::RefusalOf([&] { Read("/scanners/00"); }), (ZuTest::Refusal{-999, "There is no scanner '00'."}));
+}
+
 TEST_F(HostResourcesTest, TakesItsRoutesAway)
 {
     {
-        HostResources const resources(router, problems);
+        HostResources const resources(router, problems, scanEngines);
     }
 
     EXPECT_TRUE(router.Resources().empty());
