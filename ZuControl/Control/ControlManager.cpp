@@ -11,6 +11,9 @@
 #include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/Control/IPersistRegistry.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
+#include "ZuRest/RequestProcessor.h"
+
+#include <nlohmann/json.hpp>
 
 #include <utility>
 
@@ -18,6 +21,28 @@ namespace ZuControl
 {
 
 using ZuCommon::PersistDomain;
+
+namespace
+{
+
+/// Answers where the host has nobody who does.
+class NoRequestProcessor final : public ZuRest::RequestProcessor
+{
+public:
+    nlohmann::json Read(std::string const& path, nlohmann::json const& /*request*/,
+                        std::string const& /*query*/) override
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED, "This system has no resource at %s", path.c_str());
+    }
+};
+
+ZuRest::RequestProcessor& ProcessorOf(ControlModuleEnviron const& environ)
+{
+    static NoRequestProcessor none; // holds nothing
+    return environ.requestProcessor != nullptr ? *environ.requestProcessor : none;
+}
+
+} // namespace
 
 ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResults& usedScanResults,
                                ControlModuleEnviron const& newEnviron)
@@ -28,9 +53,11 @@ ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResult
       scanEngineInterface(environ.scanEngines),
       hardwareManager(scanEngineInterface),
       operations(systemInterface, scanEngineInterface),
-      dataCache(systemInterface, scanEngineInterface)
+      dataCache(systemInterface, scanEngineInterface),
+      resourceAdaptor(ProcessorOf(environ))
 {
     protocolEnviron.operations = &operations;
+    protocolEnviron.resourceAdaptor = &resourceAdaptor;
     protocolEnviron.dataCache = &dataCache;
     protocolEnviron.hardwareManager = &hardwareManager;
     protocolEnviron.deployment = environ.deployment;

@@ -7,6 +7,7 @@
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
+#include "ZuControl/Control/ControlResourceAdaptor.h"
 #include "ZuControl/Control/ControlScanEngineInterface.h"
 #include "ZuControl/Control/ControlSystemInterface.h"
 #include "ZuControl/Control/IControlManager.h"
@@ -81,6 +82,7 @@ private:
     ControlHardwareManager hardwareManager;
     ControlProtocolOperations operations;
     ControlDataCache dataCache;
+    ControlResourceAdaptor resourceAdaptor;
     ControlProtocol::ControlProtocolEnviron protocolEnviron;
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;
 

@@ -47,7 +47,7 @@ struct ControlModuleEnviron
     Zu::Event<>* factoryRestoreEvent = nullptr;                 ///< may be null
     ZuCommon::PersistManager* persistManager = nullptr;         ///< jobs
     ZuCore::Core* core = nullptr;                               ///< start, stop, restart, restore, run state, metrics
-    ZuRest::RequestProcessor* requestProcessor = nullptr;       ///< reads of other resources
+    ZuRest::RequestProcessor* requestProcessor = nullptr;       ///< reads of other resources; they fail without it
     uint32 protocolOption = 0;                                  ///< handed to each protocol as it is
 };
 

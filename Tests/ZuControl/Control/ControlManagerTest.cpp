@@ -123,6 +123,7 @@ TEST_F(ControlManagerTest, HandsEachProtocolWhatItReachesTheSystemBy)
     Build();
 
     EXPECT_NE(protocolEnviron.operations, nullptr);
+    EXPECT_NE(protocolEnviron.resourceAdaptor, nullptr);
     EXPECT_NE(protocolEnviron.dataCache, nullptr);
     EXPECT_EQ(protocolEnviron.deployment, &deployment);
     EXPECT_EQ(protocolEnviron.problems, &problems);

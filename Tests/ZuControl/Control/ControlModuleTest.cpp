@@ -3,12 +3,15 @@
 #include "Support/FakeHost.h"
 #include "Support/FakePlugin.h"
 #include "Support/FakeProtocol.h"
+#include "Support/FakeResource.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
 #include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/IControlResourceAdaptor.h"
 #include "ZuCore/ResultHub.h"
+#include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
 
 #include <gtest/gtest.h>
@@ -96,6 +99,73 @@ TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
     }
 
     EXPECT_FALSE(router.Find("/controls").has_value());
+}
+
+TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)
+{
+    ZuTest::FakeResource health;
+    health.Show({{"status", {{"text", "good"}}}});
+    router.Register("/health", health);
+    ZuRest::ResourceRequestProcessor processor(router);
+    environ.requestProcessor = &processor;
+    IControlResourceAdaptor* adaptor = nullptr;
+    std::shared_ptr<ZuTest::FakeProtocol> protocol;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        adaptor = given.resourceAdaptor;
+        return protocol = std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule const module(plugins, router, environ);
+    std::string status;
+    std::string own;
+    protocol->on["Start"] = [&] {
+        adaptor->Read("/health#/status/text", status, 30'000'000);
+        adaptor->Read("/controls/x#/enabled", own, 30'000'000);
+    };
+    ZuRest::Request request;
+    request.method = "PUT";
+    request.path = "/controls/x";
+    request.body = R"({"enabled": true})";
+
+    EXPECT_EQ(processor.Process(request).answer.status, 200u);
+
+    EXPECT_EQ(status, R"("good")");
+    EXPECT_EQ(own, "false"); // as it was before the change that is running
+    router.Deregister("/health", false);
+}
+
+TEST_F(ControlModuleTest, HasNoResourcesToReadForAProtocolWithoutAProcessor)
+{
+    IControlResourceAdaptor* adaptor = nullptr;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        adaptor = given.resourceAdaptor;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule const module(plugins, router, environ);
+
+    std::string text;
+    EXPECT_EQ(RefusalOf([&] { adaptor->Read("/health", text, 30'000'000); }),
+              (Refusal{-999, "Failed to read resource."}));
+
+    EXPECT_EQ(
+        log.CountOfText("Exception processing reading resource path due to (This system has no resource at /health)"),
+        1u);
+}
+
+TEST_F(ControlModuleTest, BringsTheMetricsOfItsProtocolsUpToDateAndStopsBeforeTheyEnd)
+{
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [this](auto const&) { return std::make_shared<ZuTest::FakeProtocol>(calls, 3); });
+    ZuTest::AddLib(plugins, {plugin});
+    auto module = std::make_unique<ControlModule>(plugins, router, environ);
+
+    ASSERT_TRUE(calls.WaitFor("UpdateMetrics"));
+
+    module.reset();
+    EXPECT_EQ(calls.All().back(), "~");
 }
 
 } // namespace ZuControl

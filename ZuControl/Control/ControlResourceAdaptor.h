@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ZuApi/AsyncRunner.h"
+#include "ZuControl/Control/IControlResourceAdaptor.h"
+#include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace ZuRest
+{
+class RequestProcessor;
+}
+
+namespace ZuControl
+{
+
+/// Reads resources for protocols on a worker of its own while the caller waits.
+///
+/// The caller sets the flag and the worker clears it: a read that took too long for its caller goes on, into a record that both
+/// share, and until its end every other one is refused.
+class ZUCONTROL_API ControlResourceAdaptor final : public IControlResourceAdaptor
+{
+public:
+    /// `usedProcessor` outlives the object.
+    explicit ControlResourceAdaptor(ZuRest::RequestProcessor& usedProcessor);
+
+    /// Waits for a read that runs, however long it takes.
+    ~ControlResourceAdaptor() override;
+
+    ControlResourceAdaptor(ControlResourceAdaptor const&) = delete;
+    ControlResourceAdaptor& operator=(ControlResourceAdaptor const&) = delete;
+
+    void Read(std::string const& path, std::string& output, uint64 timeout) override;
+
+private:
+    struct Reading;
+
+    bool OperationBegin();
+    int32 OperationFinish();
+    void FinishRead();
+    void ReadResource(Reading& reading);
+    std::string TextOf(std::string const& path);
+
+    ZuRest::RequestProcessor& processor;
+    std::atomic<int32> busy{0};              // 1 while a read runs; publishes nothing
+    std::unique_ptr<Zu::AsyncRunner> runner; // last: its tasks use all of the above
+};
+
+} // namespace ZuControl
