@@ -8,6 +8,7 @@ ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::Res
     : registry(pluginManager),
       scanResults(environ.resultHub, environ.allocator),
       manager(registry, scanResults, environ),
+      metrics(manager),
       dir(router, manager)
 {
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/Control/ControlManager.h"
+#include "ZuControl/Control/ControlMetrics.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Export.h"
@@ -24,8 +25,9 @@ struct ControlModuleEnviron;
 /// The whole module: the one object that a host constructs.
 ///
 /// It reads the catalogue of the plug-ins that are loaded, attaches to the result hub and builds an instance of every type
-/// that this system supports, and hangs its resources under `/controls`. One type that cannot be built ends the
-/// construction. Build and destroy it on one thread, and destroy it before the router and anything that `environ` points to.
+/// that this system supports, keeps their metrics alive, and hangs its resources under `/controls`. One type that cannot be
+/// built ends the construction. Build and destroy it on one thread, and destroy it before the router and anything that
+/// `environ` points to.
 class ZUCONTROL_API ControlModule final
 {
 public:
@@ -41,6 +43,7 @@ private:
     ControlRegistry registry;
     ControlScanResults scanResults;
     ControlManager manager;
+    ControlMetrics metrics;
     Protocol::ControlDir dir;
 };
 
