@@ -34,9 +34,28 @@ protected:
 
     static constexpr char const* PATH = "/controls/x/config.json";
 
+    // One for the whole suite: it does nothing here, and its end takes a while.
+    struct Operations
+    {
+        ZuTest::CallLog calls;
+        ZuTest::FakeSystemInterface system{calls};
+        ZuTest::FakeScanEngineInterface engine{calls};
+        ControlProtocolOperations operations{system, engine};
+    };
+
+    static void SetUpTestSuite()
+    {
+        operations = std::make_unique<Operations>();
+    }
+
+    static void TearDownTestSuite()
+    {
+        operations.reset();
+    }
+
     InstanceWithStore()
     {
-        environ.operations = &operations;
+        environ.operations = &operations->operations;
         environ.deployment = &deployment;
         environ.problems = &problems;
         info.SetTypeName("x");
@@ -122,10 +141,7 @@ protected:
     };
 
     Hooks hooks;
-    ZuTest::CallLog others;
-    ZuTest::FakeSystemInterface system{others};
-    ZuTest::FakeScanEngineInterface engine{others};
-    ControlProtocolOperations operations{system, engine};
+    static inline std::unique_ptr<Operations> operations;
     ZuTest::FakeDeployment deployment;
     ZuTest::FakeScanResults scanResults{hooks.calls};
     ZuCommon::ProblemsManager problems;
