@@ -1,0 +1,164 @@
+// What a Modbus client may send, in whatever pieces it arrives: the same answers come, each of them a frame that answers a
+// request, in buffers that do not grow; and a request that is refused changes no register.
+
+#include "Fuzz/Support/Check.h"
+#include "Fuzz/Support/Input.h"
+#include "Plugins/ModbusTcp/IRegisterModel.h"
+#include "Plugins/ModbusTcp/ModbusConversation.h"
+#include "Plugins/ModbusTcp/ModbusFrame.h"
+#include "Plugins/ModbusTcp/ServerCounters.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace
+{
+
+using namespace ModbusTcp;
+using Bytes = std::vector<uint8>;
+
+/// Registers of which the first 66 can be written. It takes nothing that lies outside of what it says it has.
+class Registers final : public IRegisterModel
+{
+public:
+    static constexpr std::size_t WRITABLE = 66;
+
+    uint32 RegisterCount() const override
+    {
+        return static_cast<uint32>(values.size());
+    }
+
+    void Read(uint16 first, std::span<uint16> registers) override
+    {
+        ZU_FUZZ_CHECK(!registers.empty() && first + registers.size() <= values.size());
+        std::copy_n(values.begin() + first, registers.size(), registers.begin());
+    }
+
+    ModbusException Write(uint16 first, std::span<uint16 const> written) override
+    {
+        ZU_FUZZ_CHECK(!written.empty());
+        if (first + written.size() > WRITABLE)
+        {
+            return ModbusException::ILLEGAL_DATA_ADDRESS;
+        }
+        std::ranges::copy(written, values.begin() + first);
+        return ModbusException::NONE;
+    }
+
+    std::array<uint16, 1000> values{};
+};
+
+/// A client, a server and what has gone over the wire between them.
+class Talk final
+{
+public:
+    /// Sends as much as there is room for, and takes all answers when there is none; gives how much went.
+    std::size_t Send(std::span<uint8 const> bytes)
+    {
+        std::span<uint8> const room = conversation.Room();
+        std::size_t const count = std::min(room.size(), bytes.size());
+        std::copy_n(bytes.begin(), count, room.begin());
+        conversation.Received(count);
+        return count;
+    }
+
+    void TakeAnswers(std::size_t atATime)
+    {
+        while (!conversation.Pending().empty())
+        {
+            std::span<uint8 const> const pending = conversation.Pending();
+            ZU_FUZZ_CHECK(pending.size() <= ModbusConversation::OUTPUT_BYTES);
+            std::span<uint8 const> const taken = pending.first(std::min(pending.size(), atATime));
+            answers.insert(answers.end(), taken.begin(), taken.end());
+            conversation.Sent(taken.size());
+        }
+    }
+
+    Registers registers;
+    ServerCounters counters;
+    ModbusConversation conversation{registers, counters};
+    Bytes answers;
+};
+
+void SayWhole(Talk& talk, std::span<uint8 const> bytes)
+{
+    while (!bytes.empty() && !talk.conversation.IsMalformed())
+    {
+        bytes = bytes.subspan(talk.Send(bytes));
+        talk.TakeAnswers(SIZE_MAX);
+    }
+}
+
+/// In pieces of `pieceBytes`; the answers are left lying until there is no more room for what is sent.
+void SayInPieces(Talk& talk, std::span<uint8 const> bytes, std::size_t pieceBytes)
+{
+    while (!bytes.empty() && !talk.conversation.IsMalformed())
+    {
+        std::size_t const sent = talk.Send(bytes.first(std::min(bytes.size(), pieceBytes)));
+        bytes = bytes.subspan(sent);
+        if (sent == 0)
+        {
+            talk.TakeAnswers(pieceBytes);
+        }
+    }
+    talk.TakeAnswers(pieceBytes);
+}
+
+/// Every request has one answer, of its transaction and its unit and with its function code.
+void CheckAnswers(std::span<uint8 const> requests, std::span<uint8 const> answers, uint64 answeredCount)
+{
+    for (uint64 i = 0; i < answeredCount; ++i)
+    {
+        ModbusFrame request;
+        ModbusFrame answer;
+        ZU_FUZZ_CHECK(ModbusFrame::Parse(requests, request) == ModbusFrame::Parsed::COMPLETE);
+        ZU_FUZZ_CHECK(ModbusFrame::Parse(answers, answer) == ModbusFrame::Parsed::COMPLETE);
+        ZU_FUZZ_CHECK(answer.transactionId == request.transactionId && answer.unitId == request.unitId);
+        ZU_FUZZ_CHECK((answer.pdu[0] | 0x80) == (request.pdu[0] | 0x80));
+        requests = requests.subspan(request.Bytes());
+        answers = answers.subspan(answer.Bytes());
+    }
+    ZU_FUZZ_CHECK(answers.empty());
+}
+
+/// The requests one by one, each against the registers from before it.
+void CheckRefusals(std::span<uint8 const> requests)
+{
+    Talk talk;
+    ModbusFrame request;
+    while (ModbusFrame::Parse(requests, request) == ModbusFrame::Parsed::COMPLETE)
+    {
+        auto const before = talk.registers.values;
+        uint64 const exceptionsBefore = talk.counters.exceptions;
+        talk.Send(requests.first(request.Bytes()));
+        talk.TakeAnswers(SIZE_MAX);
+        if (talk.counters.exceptions != exceptionsBefore)
+        {
+            ZU_FUZZ_CHECK(talk.registers.values == before);
+        }
+        requests = requests.subspan(request.Bytes());
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
+{
+    ZuFuzz::Input input(data, size);
+    std::size_t const pieceBytes = 1 + input.TakeByte();
+    std::string_view const text = input.TakeRest();
+    std::span<uint8 const> const bytes(reinterpret_cast<uint8 const*>(text.data()), text.size());
+
+    Talk whole;
+    Talk inPieces;
+    SayWhole(whole, bytes);
+    SayInPieces(inPieces, bytes, pieceBytes);
+
+    ZU_FUZZ_CHECK(whole.answers == inPieces.answers);
+    ZU_FUZZ_CHECK(whole.registers.values == inPieces.registers.values);
+    ZU_FUZZ_CHECK(whole.conversation.IsMalformed() == inPieces.conversation.IsMalformed());
+    CheckAnswers(bytes, whole.answers, whole.conversation.AnsweredCount());
+    CheckRefusals(bytes);
+    return 0;
+}

@@ -1,0 +1,123 @@
+// What a client may send as a parameter record: a document that is refused changes nothing, what passes the test can be read,
+// and what is read is written so that it reads the same again.
+//
+// The first byte of an input names the record, 'A' for the first of the list; the rest is the document.
+
+#include "Fuzz/Support/Check.h"
+#include "Fuzz/Support/FormattedLog.h"
+#include "Fuzz/Support/Input.h"
+#include "Plugins/ModbusTcp/ModbusParams.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
+#include "ZuControl/ControlProtocol/RegisterAssemblyAttributes.h"
+#include "ZuControl/ControlProtocol/RegisterAssemblyProperties.h"
+#include "ZuControl/ControlProtocol/RegisterOutputItemArgs.h"
+#include "ZuControl/ControlProtocol/RegisterOutputsArgs.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/StandardOutputItemArgs.h"
+#include "ZuControl/ControlProtocol/StandardOutputsArgs.h"
+#include "ZuControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
+#include "ZuControl/ControlProtocol/TextIdStandardOutputsArgs.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuRest/JsonText.h"
+
+#include <array>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+namespace
+{
+
+using namespace ZuControl::ControlProtocol;
+using Json = nlohmann::json;
+using Record = std::unique_ptr<Zu::Params::Group>;
+using Serializer = Zu::Properties::JsonSerializer;
+
+template <typename Class>
+Record Make()
+{
+    return std::make_unique<Class>();
+}
+
+constexpr std::array RECORDS{
+    &Make<RegisterOutputItemArgs>,
+    &Make<RegisterOutputsArgs>,
+    &Make<StandardOutputItemArgs>,
+    &Make<StandardOutputsArgs>,
+    &Make<TextIdStandardOutputItemArgs>,
+    &Make<TextIdStandardOutputsArgs>,
+    &Make<AddBlockParams>,
+    &Make<RemoveBlockParams>,
+    &Make<UpdateBlockParams>,
+    &Make<CompactBlocksParams>,
+    &Make<RegisterAssemblyAttributes>,
+    &Make<RegisterAssemblyProperties>,
+    &Make<ModbusTcp::ModbusParams>,
+};
+
+/// Whether `step` went through; it may throw what a client is answered with, and nothing else.
+template <typename Step>
+bool Passes(Step&& step)
+{
+    try
+    {
+        step();
+        return true;
+    }
+    catch (Zu::Exception const& exception)
+    {
+        ZU_FUZZ_CHECK(exception.Status() != Zu::Status::SUCCESS);
+    }
+    catch (Json::type_error const&)
+    {
+    }
+    return false;
+}
+
+/// In two passes, as the resources do it.
+void FillTested(Zu::Params::Group& record, Json const& document)
+{
+    Json const before = Serializer::Serialize(record);
+    if (!Passes([&] { Serializer::Validate(record, document); }))
+    {
+        ZU_FUZZ_CHECK(Serializer::Serialize(record) == before);
+        return;
+    }
+    ZU_FUZZ_CHECK(Passes([&] { Serializer::Deserialize(record, document); }));
+}
+
+/// The record, in whatever state it is, survives on paper.
+void CheckRoundTrip(Zu::Params::Group const& record, Record copy)
+{
+    Json const document = Serializer::Serialize(record);
+    Json const read = ZuRest::JsonText::Read(ZuRest::JsonText::Write(document));
+    ZU_FUZZ_CHECK(Passes([&] { Serializer::Deserialize(*copy, read); }));
+    ZU_FUZZ_CHECK(Serializer::Serialize(*copy) == document);
+    ZU_FUZZ_CHECK(Serializer::SerializeSchema(*copy).is_object());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
+{
+    static ZuFuzz::FormattedLog const log;
+    ZuFuzz::Input input(data, size);
+    auto const make = RECORDS[static_cast<uint8>(input.TakeByte() - 'A') % RECORDS.size()];
+    Json document;
+    if (!Passes([&] { document = ZuRest::JsonText::Read(input.TakeRest()); }))
+    {
+        return 0;
+    }
+
+    Record const tested = make();
+    FillTested(*tested, document);
+    FillTested(*tested, document); // onto what is there now
+    CheckRoundTrip(*tested, make());
+
+    Record const untested = make();
+    Passes([&] { Serializer::Deserialize(*untested, document); }); // may stop half way, as the reading of a file may
+    CheckRoundTrip(*untested, make());
+    return 0;
+}

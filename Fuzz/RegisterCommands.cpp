@@ -1,0 +1,137 @@
+// What a client may write into the registers of commands, in any order and at any moment: a command that is taken has a text
+// that ends, its request id is the one that is answered, and a write that is refused changes nothing.
+
+#include "Fuzz/Support/Check.h"
+#include "Fuzz/Support/FormattedLog.h"
+#include "Fuzz/Support/Input.h"
+#include "Plugins/ModbusTcp/CommandChannel.h"
+#include "Plugins/ModbusTcp/ModbusBlocks.h"
+#include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+
+#include <cstring>
+#include <optional>
+#include <string>
+
+namespace
+{
+
+using namespace ModbusTcp;
+using namespace ZuControl::ControlProtocol;
+
+/// Carries out nothing; is busy and refuses as it is told.
+class Runner final : public ICommandRunner
+{
+public:
+    bool IsRunning() const override
+    {
+        return isRunning;
+    }
+
+    bool IsSame(Command const& first, Command const& second) override
+    {
+        return first.commandId == second.commandId && std::strcmp(first.text, second.text) == 0;
+    }
+
+    void Run(Command const& command) override
+    {
+        ZU_FUZZ_CHECK(std::memchr(command.text, '\0', sizeof command.text) != nullptr);
+        ZU_FUZZ_CHECK((command.commandId == CommandLoadJob) == (command.text[0] != '\0'));
+        lastRun = command;
+        if (refuses)
+        {
+            ZU_THROW(Zu::Status::BUSY, "%s", command.text);
+        }
+        status = CommandStatusInProgress;
+    }
+
+    void Fail() override
+    {
+        status = CommandStatusFailed;
+    }
+
+    Status LastStatus() override
+    {
+        return status;
+    }
+
+    std::optional<Command> lastRun;
+    Status status = CommandStatusNone;
+    bool isRunning = false;
+    bool refuses = false;
+};
+
+/// The command block of a service with the given register order.
+class Service final
+{
+public:
+    Service()
+    {
+        AddModbusBlockTypes(assembly);
+        AddBlockParams params;
+        auto& added = params.blocks.Add();
+        added.type.Set(TYPE_CONTROL_INPUT);
+        added.outputId.Set(0);
+        assembly.Add(params);
+        block = assembly.FindAddedBlocksOfTypes({TYPE_CONTROL_INPUT}).front();
+    }
+
+    void Write(std::size_t offset, std::span<uint16 const> values)
+    {
+        auto const before = channel.Written();
+        uint64 const takenBefore = channel.TakenCount();
+        runner.lastRun.reset();
+
+        ModbusException const refusal = channel.Write(*block, isBigEndian, offset, values);
+
+        if (refusal != ModbusException::NONE)
+        {
+            ZU_FUZZ_CHECK(channel.Written() == before);
+            ZU_FUZZ_CHECK(channel.TakenCount() == takenBefore);
+            return;
+        }
+        ZU_FUZZ_CHECK(!runner.isRunning && offset + values.size() <= CommandChannel::REGISTER_COUNT);
+        if (runner.lastRun.has_value())
+        {
+            ZU_FUZZ_CHECK(channel.TakenCount() == takenBefore + 1);
+            ZU_FUZZ_CHECK(channel.LastResult().requestId == runner.lastRun->requestId);
+            ZU_FUZZ_CHECK(channel.LastResult().requestId == channel.Written()[0]);
+        }
+    }
+
+    ProtocolRegisterAssemblyBase assembly{true, 0, LAST_REGISTER};
+    std::shared_ptr<ProtocolRegisterBlock> block;
+    Runner runner;
+    CommandChannel channel{runner};
+    bool isBigEndian = true; // as the assembly was made
+};
+
+void WriteOne(Service& service, ZuFuzz::Input& input)
+{
+    std::size_t const offset = input.TakeByte();
+    std::vector<uint16> values(input.TakeByte() % 128);
+    for (uint16& value : values)
+    {
+        value = input.TakeWord();
+    }
+    service.Write(offset, values);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
+{
+    static ZuFuzz::FormattedLog const log;
+    ZuFuzz::Input input(data, size);
+    Service service;
+    while (!input.IsEmpty())
+    {
+        uint8 const state = input.TakeByte();
+        service.runner.isRunning = (state & 1) != 0;
+        service.runner.refuses = (state & 2) != 0;
+        WriteOne(service, input);
+    }
+    return 0;
+}
