@@ -3,6 +3,7 @@
 #include "Host/Http/BearerToken.h"
 #include "Host/Http/EventBuffer.h"
 #include "Host/Http/IHttpService.h"
+#include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wStatus.h"
 #include "wApi/wTime.h"
@@ -37,17 +38,24 @@ std::string TextOf(boost::beast::string_view text)
     return {text.data(), text.size()};
 }
 
-/// The path and what stands behind it, without the scheme and the host that a proxy may write before them.
-std::string PathAndQuery(boost::beast::string_view target)
+/// What a request is sent to: its target without the scheme and the host that may stand before the path.
+struct Target
 {
-    std::string text = TextOf(target);
-    if (text.starts_with("http://"))
+    std::string host; // empty when the target has none
+    std::string pathAndQuery;
+
+    static Target Of(boost::beast::string_view target)
     {
-        std::size_t const path = text.find('/', 7);
-        text = path != std::string::npos ? text.substr(path) : "/";
+        constexpr std::string_view SCHEME = "http://";
+        std::string const text = TextOf(target);
+        if (!text.starts_with(SCHEME))
+        {
+            return {"", text};
+        }
+        std::size_t const path = std::min(text.find('/', SCHEME.size()), text.size());
+        return {text.substr(SCHEME.size(), path - SCHEME.size()), path != text.size() ? text.substr(path) : "/"};
     }
-    return text;
-}
+};
 
 Answer Refusal(uint32 status, int32 code, std::string detail)
 {
@@ -94,6 +102,7 @@ private:
     void Enter(Phase newPhase, uint64 timeoutUsec);
     void ReadHeader();
     void TakeHeader(error_code const& error);
+    bool RefuseForeign();
     void Continue();
     void ReadBody();
     void FailRead(error_code const& error);
@@ -179,6 +188,10 @@ void BeastConnection::TakeHeader(error_code const& error)
         FailRead(error);
         return;
     }
+    if (RefuseForeign())
+    {
+        return;
+    }
     auto const& request = parser->get();
     bool const isOpenToAll = request.method() == http::verb::get && request.target() == "/health";
     if (!isOpenToAll && !BearerToken::IsGiven(limits.token, TextOf(request[http::field::authorization])))
@@ -200,6 +213,35 @@ void BeastConnection::TakeHeader(error_code const& error)
     {
         ReadBody();
     }
+}
+
+/// True when the request was refused: it names no host as it must, or a page from elsewhere is behind it.
+bool BeastConnection::RefuseForeign()
+{
+    auto const& request = parser->get();
+    Target const target = Target::Of(request.target());
+    std::size_t const hosts = request.count(http::field::host);
+    if (hosts > 1 || (hosts == 0 && request.version() > 10))
+    {
+        Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, "The request needs one header Host.");
+        return true;
+    }
+    std::string const host = target.host.empty() ? TextOf(request[http::field::host]) : target.host;
+    bool const namesUs = host.empty() ? hosts == 0 : RequestOrigin::IsThisMachine(host);
+    if (service.IsLocal() && !namesUs)
+    {
+        Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
+               "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
+        return true;
+    }
+    auto const origin = request.find(http::field::origin);
+    if (origin != request.end() && !RequestOrigin::IsOwn(TextOf(origin->value()), host))
+    {
+        Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
+               "This service takes no requests from pages of '" + TextOf(origin->value()) + "'.");
+        return true;
+    }
+    return false;
 }
 
 void BeastConnection::Continue()
@@ -265,7 +307,7 @@ ZuRest::Request BeastConnection::TakeRequest()
     auto& message = parser->get();
     ZuRest::Request request;
     request.method = TextOf(message.method_string());
-    std::string const target = PathAndQuery(message.target());
+    std::string const target = Target::Of(message.target()).pathAndQuery;
     std::size_t const mark = std::min(target.find('?'), target.size());
     request.path = target.substr(0, mark);
     request.query = target.substr(std::min(mark + 1, target.size()));
@@ -321,6 +363,7 @@ template <typename Body>
 http::response<Body> BeastConnection::MessageOf(Answer const& answer, bool isLast) const
 {
     http::response<Body> made{static_cast<http::status>(answer.status), 11};
+    made.set(http::field::date, service.Date());
     for (auto const& [name, value] : answer.headers)
     {
         made.set(name, value);

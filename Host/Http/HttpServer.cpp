@@ -12,7 +12,9 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include <array>
 #include <condition_variable>
+#include <ctime>
 #include <future>
 #include <mutex>
 #include <optional>
@@ -48,6 +50,18 @@ int32 StatusOf(error_code const& error)
         return Zu::Status::BUSY;
     }
     return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
+}
+
+/// The present time as "Sun, 06 Nov 1994 08:49:37 GMT".
+std::string DateText()
+{
+    std::time_t const now = std::time(nullptr);
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT",
+                  &parts); // in the "C" locale: nobody sets another
+    return text.data();
 }
 
 /// The address that the settings name. Throws -997 for one that is none, or may not be used without a token.
@@ -92,6 +106,8 @@ public:
 
     // What the connections need, on the I/O thread.
     Settings const& Limits() const override;
+    bool IsLocal() const override;
+    std::string const& Date() const override;
     bool IsStopping() const override;
     void Process(ZuRest::Request request, ZuRest::ResourceRequestProcessor::ReceiverMaker makeReceiver,
                  std::function<void(Outcome)> done) override;
@@ -124,6 +140,7 @@ private:
     boost::asio::steady_timer acceptRetry{io};
     boost::asio::steady_timer sweep{io};
     std::unordered_set<std::shared_ptr<HttpConnection>> connections;
+    std::string date = DateText();
 
     std::mutex countLock; // a leaf: guards the two below
     std::condition_variable countChanged;
@@ -184,6 +201,16 @@ void HttpServer::Core::Serve()
 HttpServer::Settings const& HttpServer::Core::Limits() const
 {
     return settings;
+}
+
+bool HttpServer::Core::IsLocal() const
+{
+    return endpoint.address().is_loopback();
+}
+
+std::string const& HttpServer::Core::Date() const
+{
+    return date;
 }
 
 bool HttpServer::Core::IsStopping() const
@@ -308,6 +335,7 @@ void HttpServer::Core::Sweep()
 {
     std::vector<std::shared_ptr<HttpConnection>> const all(connections.begin(), connections.end());
     uint64 const nowUsec = wTime_NowUsec();
+    date = DateText();                 // often enough, and not with each answer
     for (auto const& connection : all) // a copy: one that ends leaves the set
     {
         ZU_GUARD_BOUNDARY([&] { connection->CheckDeadline(nowUsec); });

@@ -19,6 +19,12 @@ public:
 
     virtual HttpServer::Settings const& Limits() const = 0;
 
+    /// Whether none but this machine can reach it.
+    virtual bool IsLocal() const = 0;
+
+    /// The time as the header Date has it.
+    virtual std::string const& Date() const = 0;
+
     /// Whether no further request is taken.
     virtual bool IsStopping() const = 0;
 

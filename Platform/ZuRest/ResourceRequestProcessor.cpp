@@ -202,6 +202,10 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     {
         ZU_THROW(Zu::Status::BUSY, "The request was given up before its turn came.");
     }
+    if (request.method == "OPTIONS" && request.path == "*") // asks about the service and not about a resource
+    {
+        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", "GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS"}}}, nullptr};
+    }
     auto match = router.Find(request.path);
     if (!match.has_value())
     {
@@ -309,7 +313,7 @@ Answer ResourceRequestProcessor::ShowDocument(Request const& request) const
     {
         return {HttpStatus::NOT_MODIFIED, "", "", {{"ETag", std::move(tag)}}};
     }
-    return {HttpStatus::OK, HAL, std::move(body), {{"ETag", std::move(tag)}}};
+    return {HttpStatus::OK, HAL, std::move(body), {{"ETag", std::move(tag)}, {"Cache-Control", "no-cache"}}};
 }
 
 bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <list>
 #include <map>
+#include <regex>
 #include <thread>
 
 namespace ZuHost
@@ -82,7 +83,7 @@ TEST_F(HttpServerTest, AnswersOneRequestAfterTheOther)
 
     auto const first = client.Send("GET", "/thing?x=1");
     auto const second = client.Send("GET", "/nowhere");
-    auto const third = client.Send("GET", "http://test/thing");
+    auto const third = client.Send("GET", "http://127.0.0.1/thing");
 
     ASSERT_TRUE(first && second && third);
     EXPECT_EQ(first->status, 200U);
@@ -98,7 +99,8 @@ TEST_F(HttpServerTest, AnswersWhatCameTogether)
     Start();
     TestConnection& client = Connect();
 
-    client.Write("GET /thing HTTP/1.1\r\n\r\nGET /nowhere HTTP/1.1\r\n\r\nGET /thing HTTP/1.0\r\n\r\n");
+    client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\nGET /nowhere HTTP/1.1\r\nHost: localhost\r\n\r\nGET "
+                 "/thing HTTP/1.0\r\n\r\n");
 
     EXPECT_EQ(client.ReadAnswer()->status, 200U);
     EXPECT_EQ(client.ReadAnswer()->status, 404U);
@@ -117,9 +119,10 @@ TEST_F(HttpServerTest, GivesBodiesToTheResources)
     auto const silent = client.Send("POST", "/thing");
     EXPECT_EQ(silent->status, 204U);
     EXPECT_EQ(silent->head.find("Content-Length"), std::string::npos);
-    client.Write("POST /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n3\r\n[1,\r\n2\r\n2]\r\n0\r\n\r\n");
+    client.Write("POST /thing HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: "
+                 "chunked\r\n\r\n3\r\n[1,\r\n2\r\n2]\r\n0\r\n\r\n");
     EXPECT_EQ(client.ReadAnswer()->body, "[1,2]");
-    client.Write("POST /thing HTTP/1.1\r\nContent-Length: 3\r\nExpect: 100-continue\r\n\r\n");
+    client.Write("POST /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\nExpect: 100-continue\r\n\r\n");
     EXPECT_EQ(client.ReadAnswer()->status, 100U);
     client.Write("[7]");
     EXPECT_EQ(client.ReadAnswer()->body, "[7]");
@@ -156,17 +159,142 @@ TEST_F(HttpServerTest, RefusesWhatIsTooLargeOrNoHttp)
 {
     Start();
 
-    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nContent-Length: 1048577\r\n\r\n"), 413U);
-    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n100001\r\n" +
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1048577\r\n\r\n"), 413U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n100001\r\n" +
                        std::string(0x100001, ' ') + "\r\n0\r\n\r\n"),
               413U);
-    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nX: " + std::string(20'000, 'x') + "\r\n\r\n"), 431U);
-    EXPECT_EQ(StatusOf("GET /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n"), 431U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\nX: " + std::string(20'000, 'x') + "\r\n\r\n"), 431U);
+    EXPECT_EQ(StatusOf("GET /" + std::string(20'000, 'x') + " HTTP/1.1\r\nHost: localhost\r\n\r\n"), 431U);
     EXPECT_EQ(StatusOf("\x16\x03\x01 hello\r\n\r\n"), 400U);
     EXPECT_EQ(StatusOf("GET /thing HTTP/3.0\r\n\r\n"), 400U);
-    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nContent-Length: -1\r\n\r\n"), 400U);
-    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"), 400U);
-    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\n\r\n"), 200U) << "and goes on";
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: -1\r\n\r\n"), 400U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n"), 200U) << "and goes on";
+}
+
+TEST_F(HttpServerTest, RefusesWhatTwoReadersWouldCutApartInTwoWays)
+{
+    Start();
+
+    EXPECT_EQ(
+        StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\nTransfer-Encoding: chunked\r\n\r\n"
+                 "0\r\n\r\n"),
+        400U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\nContent-Length: 3\r\n\r\n{}"),
+              400U);
+    EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2 3\r\n\r\n{}"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\nHost : localhost\r\n\r\n"), 400U);
+}
+
+TEST_F(HttpServerTest, TellsTheDate)
+{
+    Start();
+
+    std::string const head = Connect().Send("GET", "/thing")->head;
+
+    EXPECT_TRUE(std::regex_search(
+        head, std::regex(
+                  "\r\nDate: (Mon|Tue|Wed|Thu|Fri|Sat|Sun), \\d\\d [A-Z][a-z]{2} \\d{4} \\d\\d:\\d\\d:\\d\\d GMT\r\n")))
+        << head;
+}
+
+TEST_F(HttpServerTest, TellsTheMethodsOfAResourceAndOfTheService)
+{
+    Start();
+    TestConnection& client = Connect();
+
+    auto const options = client.Send("OPTIONS", "/thing");
+    EXPECT_EQ(options->status, 204U);
+    EXPECT_TRUE(options->Has("Allow: GET, HEAD, PUT, PATCH, OPTIONS")) << options->head;
+    auto const all = client.Send("OPTIONS", "*");
+    EXPECT_EQ(all->status, 204U);
+    EXPECT_TRUE(all->Has("Allow: GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS")) << all->head;
+    for (char const* const method : {"DELETE", "POST", "TRACE", "BREW", "get"})
+    {
+        auto const refused = client.Send(method, "/thing");
+        EXPECT_EQ(refused->status, 405U) << method;
+        EXPECT_TRUE(refused->Has("Allow: GET, HEAD, PUT, PATCH, OPTIONS")) << refused->head;
+    }
+}
+
+TEST_F(HttpServerTest, UpdatesOnlyTheStateThatTheClientHasSeen)
+{
+    FakeResource& thing = resources["/thing"];
+    int state = 1;
+    thing.document = [&state](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) { return Json{{"a", state}}; };
+    thing.update = [&state](ZuRest::RequestInfo const&, Json const& body) { state = body.at("a").get<int>(); };
+    Start();
+    TestConnection& client = Connect();
+    auto const tagOf = [](auto const& answer) {
+        std::size_t const at = answer->head.find("ETag: ") + 6;
+        return answer->head.substr(at, answer->head.find("\r\n", at) - at);
+    };
+    std::string const before = tagOf(client.Send("GET", "/thing"));
+
+    auto const first = client.Send("PUT", "/thing", R"({"a":2})", "If-Match: " + before + "\r\n");
+    auto const second = client.Send("PUT", "/thing", R"({"a":3})", "If-Match: " + before + "\r\n");
+    auto const third = client.Send("PATCH", "/thing", R"({"a":4})", "If-Match: " + tagOf(first) + "\r\n");
+
+    EXPECT_EQ(first->status, 200U);
+    EXPECT_EQ(second->status, 412U);
+    EXPECT_TRUE(second->Has("Content-Type: application/problem+json"));
+    EXPECT_EQ(third->status, 200U);
+    EXPECT_EQ(state, 4);
+    EXPECT_EQ(tagOf(client.Send("GET", "/thing")), tagOf(third));
+}
+
+TEST_F(HttpServerTest, AnswersToNoOtherNameWhileItIsLocal)
+{
+    Start();
+    auto const statusOf = [this](std::string const& line, std::string const& target) {
+        return StatusOf("GET " + target + " HTTP/1.1\r\n" + line + "\r\n");
+    };
+
+    EXPECT_EQ(statusOf("Host: localhost:8080\r\n", "/thing"), 200U);
+    EXPECT_EQ(statusOf("Host: [::1]\r\n", "/thing"), 200U);
+    EXPECT_EQ(statusOf("Host: evil.example\r\n", "/thing"), 403U);
+    EXPECT_EQ(statusOf("Host: evil.example\r\n", "http://localhost/thing"), 200U) << "the target has the say";
+    EXPECT_EQ(statusOf("Host: localhost\r\n", "http://evil.example/thing"), 403U);
+    EXPECT_EQ(statusOf("Host:\r\n", "/thing"), 403U);
+    EXPECT_EQ(statusOf("", "/thing"), 400U);
+    EXPECT_EQ(statusOf("Host: localhost\r\nHost: localhost\r\n", "/thing"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.0\r\n\r\n"), 200U) << "no browser is that old";
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.0\r\nHost: evil.example\r\n\r\n"), 403U);
+}
+
+TEST_F(HttpServerTest, TakesNothingFromPagesOfOthers)
+{
+    unsigned calls = 0;
+    resources["/thing"].invoke = [&calls](ZuRest::RequestInfo const&, Json const&) {
+        ++calls;
+        return Json();
+    };
+    Start();
+
+    for (char const* const origin : {"null", "http://evil.example", "http://localhost:3000", "https://localhost"})
+    {
+        auto const refused = Connect().Send("POST", "/thing", "", std::string("Origin: ") + origin + "\r\n");
+        EXPECT_EQ(refused->status, 403U) << origin;
+        EXPECT_EQ(refused->body,
+                  std::string(R"({"code":-982,"detail":"This service takes no requests from pages of ')") + origin +
+                      R"('.","status":403,"title":"Forbidden"})");
+    }
+    EXPECT_EQ(calls, 0U);
+    EXPECT_EQ(Connect().Send("POST", "/thing", "", "Origin: http://localhost\r\n")->status, 204U);
+    EXPECT_EQ(calls, 1U);
+}
+
+TEST_F(HttpServerTest, AsksForAnyNameWhenOthersReachIt)
+{
+    settings.address = "0.0.0.0";
+    settings.token = "0123456789abcdef";
+    Start();
+    std::string const token = "Authorization: Bearer 0123456789abcdef\r\n";
+
+    EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: scanner-7.plant\r\n" + token + "\r\n"), 200U);
+    EXPECT_EQ(
+        StatusOf("GET /thing HTTP/1.1\r\nHost: scanner-7.plant\r\nOrigin: http://evil.example\r\n" + token + "\r\n"),
+        403U);
 }
 
 TEST_F(HttpServerTest, TakesNoAnswerForHalfARequest)
@@ -178,7 +306,7 @@ TEST_F(HttpServerTest, TakesNoAnswerForHalfARequest)
     half.Write("GET /thing HTTP/1.1\r\nHos");
     half.EndWriting();
     TestConnection& whole = Connect();
-    whole.Write("GET /thing HTTP/1.1\r\n\r\n");
+    whole.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
     whole.EndWriting();
 
     EXPECT_TRUE(silent.IsClosed());
@@ -193,9 +321,9 @@ TEST_F(HttpServerTest, DoesNotWaitForASlowClient)
     settings.idleTimeoutUsec = 400'000;
     Start();
     TestConnection& slowHeader = Connect();
-    slowHeader.Write("GET /thing HTTP/1.1\r\n");
+    slowHeader.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n");
     TestConnection& slowBody = Connect();
-    slowBody.Write("PUT /thing HTTP/1.1\r\nContent-Length: 5\r\n\r\n{");
+    slowBody.Write("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 5\r\n\r\n{");
     TestConnection& idle = Connect();
 
     auto const header = slowHeader.ReadAnswer();
@@ -251,12 +379,12 @@ TEST_F(HttpServerTest, ServesOthersWhileAProtocolIsBeingStarted)
     };
     Start();
     TestConnection& changer = Connect();
-    changer.Write("PUT /controls/x HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}");
+    changer.Write("PUT /controls/x HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
     EXPECT_TRUE(started.Wait());
     for (unsigned i = 0; i < 10; ++i) // more than there are workers
     {
-        Connect().Write("GET /controls/x HTTP/1.1\r\n\r\n");
-        Connect().Write("PUT /controls/y HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}");
+        Connect().Write("GET /controls/x HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        Connect().Write("PUT /controls/y HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
     }
 
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
@@ -293,7 +421,7 @@ TEST_F(HttpServerTest, StreamsReportsAsEvents)
     events.isStreamable = true;
     Start();
     TestConnection& client = Connect();
-    client.Write("GET /events HTTP/1.1\r\n\r\n");
+    client.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
     auto const head = client.ReadAnswer();
     ASSERT_TRUE(head.has_value());
     EXPECT_TRUE(head->Has("Content-Type: text/event-stream")) << head->head;
@@ -310,7 +438,7 @@ TEST_F(HttpServerTest, SendsACommentWhenThereIsNoNews)
     Place("/events").isStreamable = true;
     Start();
     TestConnection& client = Connect();
-    client.Write("GET /events HTTP/1.1\r\n\r\n");
+    client.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
     EXPECT_EQ(client.ReadAnswer()->status, 200U);
 
     EXPECT_EQ(client.ReadUntil("\n\n"), ": still here\n\n");
@@ -350,7 +478,7 @@ TEST_F(HttpServerTest, EndsTheStreamOfAClientThatIsGone)
     Start();
     {
         TestConnection client(server.Port());
-        client.Write("GET /watched HTTP/1.1\r\n\r\n");
+        client.Write("GET /watched HTTP/1.1\r\nHost: localhost\r\n\r\n");
         EXPECT_EQ(client.ReadAnswer()->status, 200U);
     }
 
@@ -365,7 +493,7 @@ TEST_F(HttpServerTest, SkipsASlowReaderToTheNewestState)
     state.isStreamable = true;
     Start();
     TestConnection& client = Connect();
-    client.Write("GET /thing HTTP/1.1\r\nAccept: text/event-stream\r\n\r\n");
+    client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\nAccept: text/event-stream\r\n\r\n");
     EXPECT_EQ(client.ReadAnswer()->status, 200U);
 
     unsigned constexpr REPORTS = 500;
@@ -396,10 +524,10 @@ TEST_F(HttpServerTest, LetsWhatIsUnderWayEndWhenItStops)
     Start();
     TestConnection& idle = Connect();
     TestConnection& stream = Connect();
-    stream.Write("GET /events HTTP/1.1\r\n\r\n");
+    stream.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
     EXPECT_EQ(stream.ReadAnswer()->status, 200U);
     TestConnection& busy = Connect();
-    busy.Write("GET /thing HTTP/1.1\r\n\r\n");
+    busy.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
     EXPECT_TRUE(started.Wait());
 
     std::thread stopper([this] { server.Stop(); });
@@ -450,7 +578,7 @@ TEST_F(HttpServerTest, KeepsClientsWaitingUntilItIsStarted)
     EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(); }), (ZuTest::Refusal{-1000, ""}));
     server.Listen(settings);
     TestConnection& client = Connect();
-    client.Write("GET /thing HTTP/1.1\r\n\r\n");
+    client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
 
     server.Start();
 

@@ -100,7 +100,7 @@ std::optional<TestConnection::Answer> TestConnection::Send(std::string const& me
                                                            std::string const& body, std::string const& moreHeaders)
 {
     std::string const length = body.empty() ? "" : "Content-Length: " + std::to_string(body.size()) + "\r\n";
-    Write(method + " " + target + " HTTP/1.1\r\nHost: test\r\n" + length + moreHeaders + "\r\n" + body);
+    Write(method + " " + target + " HTTP/1.1\r\nHost: localhost\r\n" + length + moreHeaders + "\r\n" + body);
     return ReadAnswer(method != "HEAD");
 }
 
