@@ -50,7 +50,8 @@ public:
 
     ZuScan::ISensor* FindSupportedSensor() override
     {
-        return nullptr;
+        Note("FindSupportedSensor()");
+        return sensor;
     }
 
     void SetInfo(ScannerStateInfo newInfo)
@@ -61,6 +62,7 @@ public:
 
     std::map<std::string, std::function<void()>> on;
     Zu::Event<ZuScan::AlignCompletionStatus> event;
+    ZuScan::ISensor* sensor = nullptr;
 
 private:
     void Note(std::string const& call)

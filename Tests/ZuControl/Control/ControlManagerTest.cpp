@@ -5,12 +5,17 @@
 #include "Support/FakePlugin.h"
 #include "Support/FakeProtocol.h"
 #include "Support/FakeScanResults.h"
+#include "Support/FakeScanner.h"
+#include "Support/FakeSensor.h"
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlRegistry.h"
+#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
+#include "ZuScan/ScanEngineManager.h"
+#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
 
 #include <gtest/gtest.h>
 
@@ -128,6 +133,34 @@ TEST_F(ControlManagerTest, HandsEachProtocolWhatItReachesTheSystemBy)
     EXPECT_EQ(protocolEnviron.deployment, &deployment);
     EXPECT_EQ(protocolEnviron.problems, &problems);
     EXPECT_EQ(protocolEnviron.protocolOption, 42u);
+}
+
+TEST_F(ControlManagerTest, AsksTheSensorForItsInputsAndOutputsWhenItIsTold)
+{
+    ZuTest::CallLog commands;
+    ZuTest::FakeSensor sensor(commands);
+    sensor.on["queryIoOutputCount"] = [](Zu::Params::Group const&) {
+        auto result = std::make_shared<ZuStdScanners::ZucSensor::QueryIoOutputCountResult>();
+        result->count.Set(3);
+        return result;
+    };
+    ZuTest::FakeScanner scanner;
+    ZuScan::Internal::ScanEngineManager scanEngines;
+    scanEngines.AddEngine("engine").AddScanner("scanner", scanner, nullptr).AddSensor("sensor", sensor);
+    environ.scanEngines = &scanEngines;
+    Offer("a");
+    Build();
+    manager->GetInstance("a").Enable(true);
+    startStop.Fire(true);
+
+    IControlHardwareManager& hardware = *protocolEnviron.hardwareManager;
+    EXPECT_EQ(commands.All(), Calls{}); // nobody else asks it
+    EXPECT_TRUE(hardware.SupportedHardwareInterfaces().empty());
+
+    manager->FindHardware();
+
+    EXPECT_EQ(commands.All().size(), 4u);
+    EXPECT_EQ(hardware.GetInterfaceCount(IControlHardware::ZuHardwareIOType::DIGITAL_INPUT), 3u);
 }
 
 struct DeploymentCase

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Support/CallLog.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/ISensor.h"
+
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace ZuTest
+{
+
+/// A sensor that notes each command with its arguments, as `name {"index":0}`, and answers "name" with what `on["name"]` gives,
+/// null where a test has set nothing.
+class FakeSensor final : public ZuScan::ISensor, public ZuScan::ICommandTarget
+{
+public:
+    using Result = std::shared_ptr<Zu::Params::Group>;
+
+    explicit FakeSensor(CallLog& sharedCalls) : calls(sharedCalls)
+    {
+    }
+
+    ZuScan::ICommandTarget* CommandTarget() override
+    {
+        return takesCommands ? this : nullptr;
+    }
+
+    std::vector<ZuScan::ActionInfo> ListActions() const override
+    {
+        return {};
+    }
+
+    Result GetActionParams(std::string const& /*id*/) const override
+    {
+        return nullptr;
+    }
+
+    Result InvokeAction(std::string const& id, Result params) override
+    {
+        calls.Add(id + ' ' + Zu::Properties::JsonSerializer::Serialize(*params).dump());
+        auto const position = on.find(id);
+        return position == on.end() ? nullptr : position->second(*params);
+    }
+
+    bool takesCommands = true;
+    std::map<std::string, std::function<Result(Zu::Params::Group const& params)>> on;
+
+private:
+    CallLog& calls;
+};
+
+} // namespace ZuTest
