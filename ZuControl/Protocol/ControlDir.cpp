@@ -1,12 +1,17 @@
 #include "ZuControl/Protocol/ControlDir.h"
 
 #include "ZuApi/Guard.h"
+#include "ZuControl/Protocol/AnalogOutputResource.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
+#include "ZuControl/Protocol/DigitalOutputResource.h"
+#include "ZuControl/Protocol/HardwareControlResource.h"
+#include "ZuControl/Protocol/MarletOutputResource.h"
+#include "ZuControl/Protocol/SerialOutputResource.h"
 #include "ZuControl/Protocol/UnofferedResource.h"
 #include "ZuRest/ResourceRouter.h"
 
@@ -20,7 +25,6 @@ namespace
 {
 
 constexpr char const* NO_METRICS = "This system offers no metrics of protocols.";
-constexpr char const* NO_HARDWARE = "This system offers no inputs and outputs.";
 constexpr char const* NO_HARDWARE_METRICS = "This system offers no metrics of inputs and outputs.";
 
 } // namespace
@@ -34,7 +38,12 @@ struct ControlDir::Resources
           outputs(manager),
           outputsAction(manager),
           registerAssembly(manager),
-          registerAssemblyAction(manager)
+          registerAssemblyAction(manager),
+          hardware(manager),
+          digitalOutput(manager),
+          analogOutput(manager),
+          marletOutput(manager),
+          serialOutput(manager)
     {
     }
 
@@ -66,12 +75,12 @@ struct ControlDir::Resources
     ControlOutputsActionResource outputsAction;
     ControlRegisterAssemblyResource registerAssembly;
     ControlRegisterAssemblyActionResource registerAssemblyAction;
-    UnofferedResource hardware{NO_HARDWARE};
+    HardwareControlResource hardware;
     UnofferedResource hardwareMetrics{NO_HARDWARE_METRICS};
-    UnofferedResource digitalOutput{NO_HARDWARE};
-    UnofferedResource analogOutput{NO_HARDWARE};
-    UnofferedResource marletOutput{NO_HARDWARE};
-    UnofferedResource serialOutput{NO_HARDWARE};
+    DigitalOutputResource digitalOutput;
+    AnalogOutputResource analogOutput;
+    MarletOutputResource marletOutput;
+    SerialOutputResource serialOutput;
 };
 
 ControlDir::ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager)

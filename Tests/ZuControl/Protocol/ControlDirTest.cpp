@@ -1,13 +1,21 @@
 #include "ZuControl/Protocol/ControlDir.h"
 
 #include "Support/ResourceFixture.h"
+#include "ZuControl/Protocol/AnalogOutputResource.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
+#include "ZuControl/Protocol/DigitalOutputResource.h"
+#include "ZuControl/Protocol/HardwareControlResource.h"
+#include "ZuControl/Protocol/MarletOutputResource.h"
+#include "ZuControl/Protocol/SerialOutputResource.h"
 #include "ZuControl/Protocol/UnofferedResource.h"
+#include "ZuRest/Answer.h"
+#include "ZuRest/Request.h"
+#include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
 
 namespace ZuControl::Protocol
@@ -53,22 +61,55 @@ TEST_F(ControlDirTest, RoutesEachPathToItsResource)
     ExpectAt<ControlRegisterAssemblyResource>("/controls/a/registerAssemblies/r");
     ExpectAt<ControlRegisterAssemblyActionResource>("/controls/a/registerAssemblies/r/commands");
     ExpectAt<ControlRegisterAssemblyActionResource>("/controls/a/registerAssemblies/r/commands/add");
+    ExpectAt<HardwareControlResource>("/controls/hardware");
+    ExpectAt<HardwareControlResource>("/controls/hardware/0");
+    for (char const* const port : {"", "/1"})
+    {
+        ExpectAt<DigitalOutputResource>(std::string("/controls/hardware/0/digital") + port);
+        ExpectAt<AnalogOutputResource>(std::string("/controls/hardware/0/analog") + port);
+        ExpectAt<MarletOutputResource>(std::string("/controls/hardware/0/marlet") + port);
+        ExpectAt<SerialOutputResource>(std::string("/controls/hardware/0/serial") + port);
+    }
 }
 
 TEST_F(ControlDirTest, SaysWhatThisSystemDoesNotOffer)
 {
     ControlDir const dir(router, manager);
-    Refusal const noHardware{-996, "This system offers no inputs and outputs."};
 
     EXPECT_EQ(ReadAt("/controls/a/metrics"), (Refusal{-996, "This system offers no metrics of protocols."}));
     EXPECT_EQ(ReadAt("/controls/hardware/metrics"),
               (Refusal{-996, "This system offers no metrics of inputs and outputs."}));
-    for (char const* const path :
-         {"/controls/hardware", "/controls/hardware/0", "/controls/hardware/0/digital/1",
-          "/controls/hardware/0/analog/1", "/controls/hardware/0/marlet/1", "/controls/hardware/0/serial/1"})
+}
+
+TEST_F(ControlDirTest, ShowsADeviceWithTheRecordsOfItsOutputsInIt)
+{
+    ControlDir const dir(router, manager);
+    ZuRest::ResourceRequestProcessor processor(router, "/relations/{rel}");
+    auto const send = [&processor](std::string const& method, std::string const& path, std::string const& body) {
+        ZuRest::Request request;
+        request.method = method;
+        request.path = path;
+        request.body = body;
+        return processor.Process(request).answer;
+    };
+
+    EXPECT_EQ(send("PUT", "/controls/hardware/0/serial/1", R"({"rate": 9600})").status, 200u);
+
+    Json const devices = Json::parse(send("GET", "/controls/hardware", "").body).at("_embedded").at("item");
+    ASSERT_EQ(devices.size(), 2u);
+    for (std::size_t i = 0; i < devices.size(); ++i)
     {
-        ExpectAt<UnofferedResource>(path);
-        EXPECT_EQ(ReadAt(path), noHardware) << path;
+        std::string const path = "/controls/hardware/" + std::to_string(i);
+        Json const& device = devices.at(i);
+        EXPECT_EQ(device.at("_links").at("self").at("href"), path);
+        EXPECT_EQ(device.at("_links").at("zu::scanner").at("href"), "/scanners/" + std::to_string(i));
+        EXPECT_EQ(device.at("_embedded").size(), 4u);
+        Json const& serial = device.at("_embedded").at("zu:serialOutput");
+        EXPECT_EQ(serial.at("rate"), 9600);
+        EXPECT_EQ(serial.at("_links").at("self").at("href"), path + "/serial");
+        EXPECT_EQ(device.at("_embedded").at("zu:digitalOutput").at("inverted"), false);
+        EXPECT_EQ(device.at("_embedded").at("zu:analogOutput").at("currentMax"), 0.0);
+        EXPECT_EQ(device.at("_embedded").at("zu:marletOutput").at("dataMax"), 0.0);
     }
 }
 

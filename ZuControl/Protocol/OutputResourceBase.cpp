@@ -1,0 +1,68 @@
+#include "ZuControl/Protocol/OutputResourceBase.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Threads/Locker.h"
+#include "ZuControl/Protocol/CommonControlProps.h"
+#include "ZuControl/Protocol/RouteKey.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuControl::Protocol
+{
+
+using Zu::Properties::JsonSerializer;
+
+OutputResourceBase::OutputResourceBase(IControlManager& usedManager, char const* newRoute)
+    : ControlResourceBase(usedManager), route(newRoute)
+{
+    ZU_CHECK(wLock_Construct(&recordLock, nullptr));
+    changeCallbacks.push_back(Gate().Bind(
+        ChangeCallback([this](std::string const& device, std::string const& port) { OutputChanged(device, port); })));
+}
+
+OutputResourceBase::~OutputResourceBase()
+{
+    EndCallbacks();
+}
+
+nlohmann::json OutputResourceBase::Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& /*response*/)
+{
+    Zu::Locker const guard(recordLock);
+    CommonControlProps& record = Record();
+    nlohmann::json document = JsonSerializer::Serialize(record);
+    if (request.wantsSchema)
+    {
+        AppendSchema(JsonSerializer(), record, document);
+    }
+    return document;
+}
+
+void OutputResourceBase::UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document)
+{
+    std::string device;
+    std::string port;
+    {
+        Zu::Locker const guard(recordLock);
+        NodeFromJsonAndValidate(Record(), document);
+        port = RouteKey(request, "port"); // behind the change, so that a request without one has made it
+        device = RouteKey(request, "device");
+        if (!TakeChange())
+        {
+            return;
+        }
+    }
+    for (ChangeCallback const& callback : changeCallbacks)
+    {
+        callback(device, port);
+    }
+}
+
+void OutputResourceBase::OutputChanged(std::string const& device, std::string const& port)
+{
+    NotificationEvent().Fire(*this, ZuRest::EventType::CHANGED, ZuRest::Path::Format(route, {device, port}));
+}
+
+} // namespace ZuControl::Protocol

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ZuControl/Protocol/OutputResourceBase.h"
+#include "ZuControl/Protocol/SerialOutputProperties.h"
+
+namespace ZuControl::Protocol
+{
+
+/// `/controls/hardware/:device/serial/:port`: how a serial output is to be driven. A change of "format" or "standardOutputs" alone is told to nobody.
+class ZUCONTROL_INTERNAL_API SerialOutputResource final : public OutputResourceBase
+{
+public:
+    explicit SerialOutputResource(IControlManager& usedManager);
+    ~SerialOutputResource() override;
+
+protected:
+    CommonControlProps& Record() override ZU_REQUIRES(recordLock);
+    bool TakeChange() override ZU_REQUIRES(recordLock);
+
+private:
+    /// What a change is told by.
+    struct Fields
+    {
+        bool enabled = false;
+        uint32 rate = 0;
+
+        bool operator==(Fields const&) const = default;
+    };
+
+    SerialOutputProperties record ZU_GUARDED_BY(recordLock);
+    Fields told ZU_GUARDED_BY(recordLock); // as of the last change that was told
+};
+
+} // namespace ZuControl::Protocol
