@@ -56,8 +56,8 @@ def frame_of(registers):
 
 def start_host(program, rate, clients):
     process = subprocess.Popen(
-        [program, "--log", "error", "--start", "--rate", str(rate), "--enable", "ModbusTcp", "--param", "ModbusTcp.port=0",
-         "--param", f"ModbusTcp.maxClients={clients}"], stdout=subprocess.PIPE, text=True)
+        [program, "--http", "127.0.0.1:0", "--log", "error", "--start", "--rate", str(rate), "--enable", "ModbusTcp",
+         "--param", "ModbusTcp.port=0", "--param", f"ModbusTcp.maxClients={clients}"], stdout=subprocess.PIPE, text=True)
     port = None
     for line in process.stdout:
         if line.startswith("listening ModbusTcp"):

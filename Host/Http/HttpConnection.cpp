@@ -31,6 +31,7 @@ namespace
 {
 
 constexpr uint64 LINGER_USEC = 2'000'000;
+constexpr uint64 STOP_LINGER_USEC = 100'000; // nobody waits long for a client when the server stops
 constexpr uint64 MAX_LINGER_BYTES = 8 * HttpServer::MAX_BODY_BYTES;
 
 std::string TextOf(boost::beast::string_view text)
@@ -426,7 +427,7 @@ void BeastConnection::Sent(error_code const& error, bool isLast)
     {
         error_code ignored; // a client that is gone
         socket.shutdown(tcp::socket::shutdown_send, ignored);
-        Enter(Phase::LINGER, LINGER_USEC);
+        Enter(Phase::LINGER, service.IsStopping() ? STOP_LINGER_USEC : LINGER_USEC);
         Linger();
     }
     else

@@ -1,0 +1,74 @@
+#!/usr/bin/env python3
+"""How fast a protocol's document is given out, against a fixed string of its size from the same server.
+
+usage: rest_load.py REST_SERVER [--seconds 5] [--rounds 3] [--connections 16] [--streams 64]
+
+Runs wrk with keep-alive on both in turn, first without and then with open event streams, prints the rates and their ratio. Exit status
+1 when the ratio is below 0.35, when an answer was an error, or when the streams change either rate by more than a tenth.
+"""
+
+import argparse
+import http.client
+import re
+import statistics
+import subprocess
+import sys
+
+GOAL = 0.35
+STREAM_TOLERANCE = 0.1
+
+
+def rate_of(url, arguments):
+    """Requests per second that wrk gets answered."""
+    shown = subprocess.run(["wrk", "-t1", f"-c{arguments.connections}", f"-d{arguments.seconds}s", url], capture_output=True,
+                           text=True, check=True).stdout
+    if "Non-2xx" in shown or "Socket errors" in shown:
+        sys.exit("rest_load: errors among the answers:\n" + shown)
+    return float(re.search(r"Requests/sec:\s+([\d.]+)", shown).group(1))
+
+
+def rates(endpoint, arguments):
+    """The medians of (document, fixed string), measured in turn so that both see the same machine."""
+    measured = ([], [])
+    for _ in range(arguments.rounds):
+        measured[0].append(rate_of(f"http://{endpoint}/controls/ModbusTcp", arguments))
+        measured[1].append(rate_of(f"http://{endpoint}/fixed", arguments))
+    return [statistics.median(each) for each in measured]
+
+
+def open_stream(endpoint):
+    connection = http.client.HTTPConnection(endpoint, timeout=30)
+    connection.request("GET", "/events", headers={"Accept": "text/event-stream"})
+    answer = connection.getresponse()
+    if answer.status != 200:
+        sys.exit(f"rest_load: no stream: {answer.status}")
+    return connection, answer  # both: a response that is dropped closes the connection
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("server")
+    parser.add_argument("--seconds", type=int, default=5)
+    parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--connections", type=int, default=16)
+    parser.add_argument("--streams", type=int, default=64)
+    arguments = parser.parse_args()
+    with subprocess.Popen([arguments.server], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as server:
+        endpoint, size = server.stdout.readline().split()
+        document, fixed = rates(endpoint, arguments)
+        ratio = document / fixed
+        print(f"{size} bytes: document {document:.0f}/s, fixed string {fixed:.0f}/s, ratio {ratio:.2f} (goal {GOAL})")
+        streams = [open_stream(endpoint) for _ in range(arguments.streams)]
+        with_streams = rates(endpoint, arguments)
+        changes = [now / before - 1 for now, before in zip(with_streams, (document, fixed))]
+        print(f"with {len(streams)} streams: document {with_streams[0]:.0f}/s ({changes[0]:+.1%}), "
+              f"fixed string {with_streams[1]:.0f}/s ({changes[1]:+.1%})")
+        for connection, _ in streams:
+            connection.close()
+        server.stdin.close()
+    if ratio < GOAL or any(abs(change) > STREAM_TOLERANCE for change in changes):
+        sys.exit(1)
+
+
+if __name__ == "__main__":
+    main()
