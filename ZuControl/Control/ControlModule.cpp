@@ -9,7 +9,7 @@ ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::Res
       scanResults(environ.resultHub, environ.allocator),
       manager(registry, scanResults, environ),
       metrics(manager),
-      dir(router, manager)
+      dir(router, manager, metrics)
 {
 }
 

@@ -3,6 +3,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuControl/Protocol/AnalogOutputResource.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
+#include "ZuControl/Protocol/ControlMetricsResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
@@ -10,9 +11,9 @@
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/DigitalOutputResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
+#include "ZuControl/Protocol/HardwareMetricsResource.h"
 #include "ZuControl/Protocol/MarletOutputResource.h"
 #include "ZuControl/Protocol/SerialOutputResource.h"
-#include "ZuControl/Protocol/UnofferedResource.h"
 #include "ZuRest/ResourceRouter.h"
 
 #include <array>
@@ -21,25 +22,19 @@
 namespace ZuControl::Protocol
 {
 
-namespace
-{
-
-constexpr char const* NO_METRICS = "This system offers no metrics of protocols.";
-constexpr char const* NO_HARDWARE_METRICS = "This system offers no metrics of inputs and outputs.";
-
-} // namespace
-
 /// In the order of their routes.
 struct ControlDir::Resources
 {
-    explicit Resources(IControlManager& manager)
+    Resources(IControlManager& manager, ControlMetrics& controlMetrics)
         : control(manager),
           action(manager),
+          metrics(controlMetrics),
           outputs(manager),
           outputsAction(manager),
           registerAssembly(manager),
           registerAssemblyAction(manager),
           hardware(manager),
+          hardwareMetrics(controlMetrics),
           digitalOutput(manager),
           analogOutput(manager),
           marletOutput(manager),
@@ -70,21 +65,21 @@ struct ControlDir::Resources
 
     ControlResource control;
     ControlActionResource action;
-    UnofferedResource metrics{NO_METRICS};
+    ControlMetricsResource metrics;
     ControlOutputsResource outputs;
     ControlOutputsActionResource outputsAction;
     ControlRegisterAssemblyResource registerAssembly;
     ControlRegisterAssemblyActionResource registerAssemblyAction;
     HardwareControlResource hardware;
-    UnofferedResource hardwareMetrics{NO_HARDWARE_METRICS};
+    HardwareMetricsResource hardwareMetrics;
     DigitalOutputResource digitalOutput;
     AnalogOutputResource analogOutput;
     MarletOutputResource marletOutput;
     SerialOutputResource serialOutput;
 };
 
-ControlDir::ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager)
-    : router(usedRouter), resources(std::make_unique<Resources>(manager))
+ControlDir::ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager, ControlMetrics& metrics)
+    : router(usedRouter), resources(std::make_unique<Resources>(manager, metrics))
 {
     RegisterRoutes();
 }

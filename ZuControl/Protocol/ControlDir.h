@@ -12,6 +12,7 @@ class ResourceRouter;
 namespace ZuControl
 {
 
+class ControlMetrics;
 class IControlManager;
 
 namespace Protocol
@@ -24,8 +25,8 @@ namespace Protocol
 class ZUCONTROL_INTERNAL_API ControlDir final
 {
 public:
-    /// Both arguments outlive it. When a route cannot be registered, none is left behind.
-    ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager);
+    /// The arguments outlive it. When a route cannot be registered, none is left behind.
+    ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager, ControlMetrics& metrics);
     ~ControlDir();
 
     ControlDir(ControlDir const&) = delete;

@@ -1,8 +1,10 @@
 #include "ZuControl/Protocol/ControlDir.h"
 
+#include "Support/FakeResource.h"
 #include "Support/ResourceFixture.h"
 #include "ZuControl/Protocol/AnalogOutputResource.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
+#include "ZuControl/Protocol/ControlMetricsResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
@@ -10,9 +12,9 @@
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/DigitalOutputResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
+#include "ZuControl/Protocol/HardwareMetricsResource.h"
 #include "ZuControl/Protocol/MarletOutputResource.h"
 #include "ZuControl/Protocol/SerialOutputResource.h"
-#include "ZuControl/Protocol/UnofferedResource.h"
 #include "ZuRest/Answer.h"
 #include "ZuRest/Request.h"
 #include "ZuRest/ResourceRequestProcessor.h"
@@ -41,19 +43,21 @@ protected:
         return RefusalOf([&] { match->resource->DocumentProvider()->Document({path, match->keys, false}, response); });
     }
 
+    ZuTest::FakeControlInstance& instance{manager.Put("a")}; // before the timers walk the set of instances
+    ControlMetrics metrics{manager};
     ZuRest::ResourceRouter router;
 };
 
 TEST_F(ControlDirTest, RoutesEachPathToItsResource)
 {
-    manager.Put("a");
-    ControlDir const dir(router, manager);
+    ControlDir const dir(router, manager, metrics);
 
     EXPECT_EQ(router.Resources().size(), 13u);
     ExpectAt<ControlResource>("/controls");
     ExpectAt<ControlResource>("/controls/a");
     ExpectAt<ControlActionResource>("/controls/a/commands");
     ExpectAt<ControlActionResource>("/controls/a/commands/go");
+    ExpectAt<ControlMetricsResource>("/controls/a/metrics");
     ExpectAt<ControlOutputsResource>("/controls/a/outputs");
     ExpectAt<ControlOutputsActionResource>("/controls/a/outputs/commands");
     ExpectAt<ControlOutputsActionResource>("/controls/a/outputs/commands/add");
@@ -70,20 +74,20 @@ TEST_F(ControlDirTest, RoutesEachPathToItsResource)
         ExpectAt<MarletOutputResource>(std::string("/controls/hardware/0/marlet") + port);
         ExpectAt<SerialOutputResource>(std::string("/controls/hardware/0/serial") + port);
     }
+    ExpectAt<HardwareMetricsResource>("/controls/hardware/metrics");
 }
 
-TEST_F(ControlDirTest, SaysWhatThisSystemDoesNotOffer)
+TEST_F(ControlDirTest, HasNoMetricsOfTheHardware)
 {
-    ControlDir const dir(router, manager);
+    ControlDir const dir(router, manager, metrics);
 
-    EXPECT_EQ(ReadAt("/controls/a/metrics"), (Refusal{-996, "This system offers no metrics of protocols."}));
     EXPECT_EQ(ReadAt("/controls/hardware/metrics"),
-              (Refusal{-996, "This system offers no metrics of inputs and outputs."}));
+              (Refusal{-999, "Control protocol type not recognized: 'hardware'."}));
 }
 
 TEST_F(ControlDirTest, ShowsADeviceWithTheRecordsOfItsOutputsInIt)
 {
-    ControlDir const dir(router, manager);
+    ControlDir const dir(router, manager, metrics);
     ZuRest::ResourceRequestProcessor processor(router, "/relations/{rel}");
     auto const send = [&processor](std::string const& method, std::string const& path, std::string const& body) {
         ZuRest::Request request;
@@ -115,8 +119,7 @@ TEST_F(ControlDirTest, ShowsADeviceWithTheRecordsOfItsOutputsInIt)
 
 TEST_F(ControlDirTest, TakesAllItsRoutesAway)
 {
-    auto& instance = manager.Put("a");
-    auto dir = std::make_unique<ControlDir>(router, manager);
+    auto dir = std::make_unique<ControlDir>(router, manager, metrics);
 
     dir.reset();
 
@@ -129,10 +132,10 @@ TEST_F(ControlDirTest, TakesAllItsRoutesAway)
 
 TEST_F(ControlDirTest, LeavesNoRouteBehindWhenOneIsTaken)
 {
-    UnofferedResource stranger("mine");
+    ZuTest::FakeResource stranger;
     router.Register("/controls/:any/outputs", stranger);
 
-    EXPECT_EQ(RefusalOf([this] { ControlDir{router, manager}; }).status, -987);
+    EXPECT_EQ(RefusalOf([this] { ControlDir{router, manager, metrics}; }).status, -987);
 
     EXPECT_EQ(router.Resources(), (std::vector<ZuRest::IResource*>{&stranger}));
     EXPECT_TRUE(manager.loadEvent.Empty());
