@@ -49,68 +49,61 @@ void RequireArray(Json const& document)
     ZU_THROW(Status::BAD_ARGUMENT, "%s is not a whole number in the range of %s.", document.dump().c_str(), name);
 }
 
+/// Whether what stands before the point of a fraction fits; any other conversion is undefined.
 template <typename Integer>
-Integer IntegerOfFraction(Json const& document, char const* name)
+bool IsWithinRange(double number)
 {
-    auto const number = document.get<double>();
     double const lowest = static_cast<double>(std::numeric_limits<Integer>::min());
     double const beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits); // one more than the largest, exact
-    if (!(number >= lowest && number < beyond) || number != std::trunc(number))
-    {
-        RefuseNumber(document, name);
-    }
-    return static_cast<Integer>(number); // tested just above
+    return std::trunc(number) >= lowest && number < beyond;
 }
 
-/// The library's conversion would cut a number to fit, and drop its fraction; here both are refused.
 template <typename Integer>
-Integer ToInteger(Json const& document, char const* name)
+bool IsWholeAndWithinRange(Json const& document)
 {
-    bool fits = true;
     if (document.is_number_unsigned())
     {
-        fits = std::in_range<Integer>(document.get<uint64>());
+        return std::in_range<Integer>(document.get<uint64>());
     }
-    else if (document.is_number_integer())
+    if (document.is_number_integer())
     {
-        fits = std::in_range<Integer>(document.get<int64>());
+        return std::in_range<Integer>(document.get<int64>());
     }
-    else if (document.is_number_float())
-    {
-        return IntegerOfFraction<Integer>(document, name);
-    }
-    if (!fits)
-    {
-        RefuseNumber(document, name);
-    }
-    return document.get<Integer>();
+    auto const number = document.get<double>();
+    return IsWithinRange<Integer>(number) && number == std::trunc(number);
 }
 
 class JsonReader final : public IValueReader
 {
 public:
-    explicit JsonReader(Json const& document) : present(&document)
+    enum class Numbers
+    {
+        CONVERTED, ///< cut to fit as the library does it: -1 is the largest of an unsigned type
+        CHECKED    ///< those that do not fit are refused
+    };
+
+    JsonReader(Json const& document, Numbers howNumbers) : present(&document), numbers(howNumbers)
     {
     }
 
     int32 ReadInt32() override
     {
-        return ToInteger<int32>(*present, "int32");
+        return ReadInteger<int32>("int32");
     }
 
     uint32 ReadUint32() override
     {
-        return ToInteger<uint32>(*present, "uint32");
+        return ReadInteger<uint32>("uint32");
     }
 
     uint64 ReadUint64() override
     {
-        return ToInteger<uint64>(*present, "uint64");
+        return ReadInteger<uint64>("uint64");
     }
 
     uint16 ReadUint16() override
     {
-        return ToInteger<uint16>(*present, "uint16");
+        return ReadInteger<uint16>("uint16");
     }
 
     bool ReadBool() override
@@ -158,7 +151,21 @@ private:
         std::size_t next;
     };
 
+    template <typename Integer>
+    Integer ReadInteger(char const* name) const
+    {
+        bool const isRefused = numbers == Numbers::CHECKED
+                                   ? present->is_number() && !IsWholeAndWithinRange<Integer>(*present)
+                                   : present->is_number_float() && !IsWithinRange<Integer>(present->get<double>());
+        if (isRefused)
+        {
+            RefuseNumber(*present, name);
+        }
+        return present->get<Integer>();
+    }
+
     Json const* present;
+    Numbers const numbers;
     std::vector<Level> levels;
 };
 
@@ -374,7 +381,7 @@ public:
 
     void VisitValue(Internal::ValueBase& value) override
     {
-        JsonReader reader(Document());
+        JsonReader reader(Document(), JsonReader::Numbers::CONVERTED);
         value.ReadValue(reader);
     }
 
@@ -397,7 +404,7 @@ public:
 
     void VisitValue(Internal::ValueBase& value) override
     {
-        JsonReader reader(Document());
+        JsonReader reader(Document(), JsonReader::Numbers::CHECKED);
         value.ValidateValue(reader);
     }
 

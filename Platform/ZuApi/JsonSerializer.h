@@ -12,9 +12,10 @@ class Node;
 /// Nodes to JSON and back. It holds nothing; the operations may be called on an object or by the name of the class.
 ///
 /// Reading: a key that the structure does not have is ignored, and a child that the JSON does not name stays as it is. JSON
-/// of the wrong type raises the JSON library's type error 302 ("type must be string, but is number"). A number that the
-/// value cannot hold, because it is out of its range or has a fraction, is refused with -997, never cut to fit; a boolean
-/// reads as 0 or 1 where the JSON library takes it for a number.
+/// of the wrong type raises the JSON library's type error 302 ("type must be string, but is number"). A boolean reads as 0
+/// or 1 where the JSON library takes it for a number. A number that an integer cannot hold, because it is out of its range
+/// or has a fraction, does not pass validation (-997); where nothing is validated it is cut to fit as the JSON library does
+/// it, so that -1 is the largest value of an unsigned type, and refused only where that has no meaning.
 class ZUAPI_API JsonSerializer
 {
 public:

@@ -101,49 +101,66 @@ struct NumberCase
     char const* name;
     char const* key;
     char const* number;
-    char const* text; // null: taken
+    char const* converted; // null: refused also where nothing is validated
+    char const* refusal;   // of the validation; null: none
 };
 
 class ForeignNumber : public testing::TestWithParam<NumberCase>
 {
 };
 
-TEST_P(ForeignNumber, IsTakenWholeOrNotAtAll)
+TEST_P(ForeignNumber, IsValidatedWholeOrNotAtAll)
 {
     NumberCase const& given = GetParam();
     Everything everything;
     Json const before = JsonSerializer::Serialize(everything);
-    Json const document{{given.key, Json::parse(given.number)}};
 
-    Refusal const refusal = RefusalOf([&] { JsonSerializer::Deserialize(everything, document); });
+    Refusal const refusal = RefusalOf([&] {
+        JsonSerializer::Validate(everything, Json{{given.key, Json::parse(given.number)}});
+    });
 
-    if (given.text != nullptr)
-    {
-        EXPECT_EQ(refusal, (Refusal{-997, given.text}));
-        EXPECT_EQ(JsonSerializer::Serialize(everything), before);
-        EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(everything, document); }), refusal);
-        return;
-    }
-    EXPECT_EQ(refusal.status, 1);
-    EXPECT_EQ(JsonSerializer::Serialize(everything).at(given.key), Json::parse(given.number));
+    EXPECT_EQ(refusal, given.refusal == nullptr ? (Refusal{1, ""}) : (Refusal{-997, given.refusal}));
+    EXPECT_EQ(JsonSerializer::Serialize(everything), before);
+}
+
+TEST_P(ForeignNumber, IsConvertedWithoutValidation)
+{
+    NumberCase const& given = GetParam();
+    Everything everything;
+    Json const before = JsonSerializer::Serialize(everything);
+
+    Refusal const refusal = RefusalOf([&] {
+        JsonSerializer::Deserialize(everything, Json{{given.key, Json::parse(given.number)}});
+    });
+
+    EXPECT_EQ(refusal, given.converted != nullptr ? (Refusal{1, ""}) : (Refusal{-997, given.refusal}));
+    Json const expected = given.converted != nullptr ? Json::parse(given.converted) : before.at(given.key);
+    EXPECT_EQ(JsonSerializer::Serialize(everything).at(given.key), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Each, ForeignNumber,
     testing::Values(
-        NumberCase{"NegativeForUint16", "uint16", "-1", "-1 is not a whole number in the range of uint16."},
-        NumberCase{"LargeForUint16", "uint16", "65536", "65536 is not a whole number in the range of uint16."},
-        NumberCase{"FractionForUint16", "uint16", "1.5", "1.5 is not a whole number in the range of uint16."},
-        NumberCase{"WholeFractionForUint16", "uint16", "7.0", nullptr},
-        NumberCase{"LargeForUint32", "uint32", "4294967296",
+        NumberCase{"NegativeForUint16", "uint16", "-1", "65535", "-1 is not a whole number in the range of uint16."},
+        NumberCase{"LargeForUint16", "uint16", "70000", "4464", "70000 is not a whole number in the range of uint16."},
+        NumberCase{"FractionForUint16", "uint16", "1.5", "1", "1.5 is not a whole number in the range of uint16."},
+        NumberCase{"FractionBelowZeroForUint16", "uint16", "-0.5", "0",
+                   "-0.5 is not a whole number in the range of uint16."},
+        NumberCase{"LargeFractionForUint16", "uint16", "65536.0", nullptr,
+                   "65536.0 is not a whole number in the range of uint16."},
+        NumberCase{"WholeFractionForUint16", "uint16", "7.0", "7", nullptr},
+        NumberCase{"LargeForUint32", "uint32", "4294967296", "0",
                    "4294967296 is not a whole number in the range of uint32."},
-        NumberCase{"NegativeForUint64", "uint64", "-1", "-1 is not a whole number in the range of uint64."},
-        NumberCase{"HugeForUint64", "uint64", "1e300", "1e+300 is not a whole number in the range of uint64."},
-        NumberCase{"JustTooLargeForUint64", "uint64", "18446744073709551616.0",
+        NumberCase{"NegativeForUint64", "uint64", "-1", "18446744073709551615",
+                   "-1 is not a whole number in the range of uint64."},
+        NumberCase{"HugeForUint64", "uint64", "1e300", nullptr, "1e+300 is not a whole number in the range of uint64."},
+        NumberCase{"JustTooLargeForUint64", "uint64", "18446744073709551616.0", nullptr,
                    "1.8446744073709552e+19 is not a whole number in the range of uint64."},
-        NumberCase{"LargeForInt32", "int32", "2147483648", "2147483648 is not a whole number in the range of int32."},
-        NumberCase{"SmallForInt32", "int32", "-2147483649", "-2147483649 is not a whole number in the range of int32."},
-        NumberCase{"IntegerForDouble", "double", "3", nullptr}),
+        NumberCase{"LargeForInt32", "int32", "2147483648", "-2147483648",
+                   "2147483648 is not a whole number in the range of int32."},
+        NumberCase{"SmallForInt32", "int32", "-2147483649", "2147483647",
+                   "-2147483649 is not a whole number in the range of int32."},
+        NumberCase{"IntegerForDouble", "double", "3", "3", nullptr}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 struct TypeCase
@@ -272,10 +289,10 @@ TEST(JsonSerializer, FindsABadValueAnywhereBeforeAnythingIsStored)
 TEST(JsonSerializer, StoresAsItGoesWithoutValidation)
 {
     Palette palette;
-    Json const document{{"colour", 1}, {"pen", {{"width", -1}}}}; // no option of the first; children in their order
+    Json const document{{"colour", 1}, {"pen", {{"width", 1e9}}}}; // no option of the first; children in their order
 
     EXPECT_EQ(RefusalOf([&] { JsonSerializer::Deserialize(palette, document); }),
-              (Refusal{-997, "-1 is not a whole number in the range of uint16."}));
+              (Refusal{-997, "1000000000.0 is not a whole number in the range of uint16."}));
 
     EXPECT_EQ(palette.colour, Colour::GREEN);
     EXPECT_EQ(palette.pen.width, 1);

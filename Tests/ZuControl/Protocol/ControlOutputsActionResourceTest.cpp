@@ -64,6 +64,13 @@ TEST_F(ControlOutputsActionResourceTest, RunsACommandInItsBracketAndAnswersNull)
     EXPECT_EQ(log.Lines(), noLines);
 }
 
+TEST_F(ControlOutputsActionResourceTest, CutsANumberToFitAndRefusesNone)
+{
+    Invoke("add", {{"a", -1}, {"b", 4294967301}}); // -1 is the id that says that none is given
+
+    EXPECT_EQ(calls.All().at(1), "add(4294967295,5)");
+}
+
 TEST_F(ControlOutputsActionResourceTest, ReportsAFailedCommandAndClosesTheBracket)
 {
     target.onInvoke = Failing(-987, "there");
