@@ -4,6 +4,7 @@
 #include "Host/Module/ParameterSetter.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
+#include "ZuControl/Control/ControlManager.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
@@ -137,6 +138,8 @@ void Application::BuildModule()
     environ.core = &core;
     environ.requestProcessor = &requestProcessor;
     module.emplace(pluginManager, router, environ);
+    // Once, and before anything is enabled: the lists must not grow under a protocol that looks something up.
+    dynamic_cast<ZuControl::ControlManager&>(Controls()).FindHardware();
 }
 
 void Application::MakeNewJob()

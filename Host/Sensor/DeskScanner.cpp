@@ -1,5 +1,6 @@
 #include "Host/Sensor/DeskScanner.h"
 
+#include "Host/Sensor/IoCommands.h"
 #include "Host/Sensor/ScannerInfoResult.h"
 #include "Host/Sensor/Sensor.h"
 #include "ZuScan/ScanEngineManager.h"
@@ -12,7 +13,8 @@ DeskScanner::DeskScanner(Sensor& scanningSensor, uint64 alignmentUsec)
     : sensor(scanningSensor),
       aligner(alignmentUsec),
       actions{{"trigger", [this] { return Trigger(); }}, {"scannerInfo", [this] { return Info(); }}},
-      commands{{"align", [this] { return Align(); }}, {"clearAlign", [this] { return ClearAlign(); }}}
+      commands{{"align", [this] { return Align(); }}, {"clearAlign", [this] { return ClearAlign(); }}},
+      camera(sensor.Io())
 {
 }
 
@@ -41,13 +43,19 @@ void DeskScanner::AddTo(ZuScan::Internal::ScanEngineManager& manager)
 void DeskScanner::RestoreFactoryState()
 {
     aligner.Clear();
+    sensor.Io().RestoreFactoryState();
+}
+
+DeskScanner::Camera::Camera(DeskIo& io)
+{
+    OfferIoCommands(commands, io);
 }
 
 DeskScanner::Camera::~Camera() = default;
 
 ZuScan::ICommandTarget* DeskScanner::Camera::CommandTarget()
 {
-    return nullptr;
+    return &commands;
 }
 
 DeskScanner::Result DeskScanner::Trigger()

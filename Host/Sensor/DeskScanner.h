@@ -2,6 +2,7 @@
 
 #include "Host/Sensor/ActionTable.h"
 #include "Host/Sensor/Aligner.h"
+#include "Host/Sensor/CommandTable.h"
 #include "ZuScan/IScanner.h"
 #include "ZuScan/ISensor.h"
 
@@ -13,10 +14,12 @@ class ScanEngineManager;
 namespace ZuHost
 {
 
+class DeskIo;
 class Sensor;
 
 /// The one scanner of the sensor on the desk. Actions: "trigger" takes one extra frame while it scans, "scannerInfo" tells of
-/// laser, encoder and time. Commands: "align" begins an alignment, "clearAlign" takes the alignment back. Any thread may call.
+/// laser, encoder and time. Commands: "align" begins an alignment, "clearAlign" takes the alignment back. Its one sensor takes
+/// the commands of the inputs and outputs, see IoCommands. Any thread may call.
 class DeskScanner final : public ZuScan::IScanner
 {
 public:
@@ -38,16 +41,20 @@ public:
     /// Enters an engine with this scanner and its sensor, which outlive the manager.
     void AddTo(ZuScan::Internal::ScanEngineManager& manager);
 
-    /// Back to a scanner that was never aligned.
+    /// Back to a scanner that was never aligned, and to inputs and outputs that nobody has set.
     void RestoreFactoryState();
 
 private:
-    /// The camera under the laser; it takes no commands.
+    /// The camera under the laser, which has the inputs and outputs.
     class Camera final : public ZuScan::ISensor
     {
     public:
+        explicit Camera(DeskIo& io);
         ~Camera() override;
         ZuScan::ICommandTarget* CommandTarget() override;
+
+    private:
+        CommandTable commands;
     };
 
     using Result = std::shared_ptr<Zu::Params::Group>; // null where an action has none

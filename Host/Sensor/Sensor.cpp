@@ -121,6 +121,11 @@ int64 Sensor::EncoderValue() const
     return encoder.load(std::memory_order_relaxed);
 }
 
+DeskIo& Sensor::Io()
+{
+    return io;
+}
+
 uint64 Sensor::PublishedCount() const
 {
     return publishedCount.load(std::memory_order_relaxed);
@@ -208,6 +213,7 @@ void Sensor::PublishFrame()
     uint64 const frame = nextFrame++;
     int64 const ticks = static_cast<int64>(frame) * ENCODER_TICKS_PER_FRAME;
     wStamp stamp;
+    stamp.stampStatus = io.InputBits();
     stamp.stampCounter = frame;
     stamp.stampTime = wTime_NowUsec();
     stamp.stampEncoder = ticks;

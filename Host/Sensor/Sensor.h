@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Sensor/DeskIo.h"
 #include "Host/Sensor/FramePublisher.h"
 #include "Host/Sensor/IProfileSource.h"
 #include "wApi/wCondition.h"
@@ -14,7 +15,8 @@
 namespace ZuHost
 {
 
-/// The sensor: takes profiles at its rate, measures them, stamps them, publishes them.
+/// The sensor: takes profiles at its rate, measures them, stamps them, publishes them. Each stamp has the levels of the digital
+/// inputs as they are when the profile is taken.
 ///
 /// Frames are due at fixed moments after the scan start, so that a late one delays no later one. A sensor that has fallen
 /// behind by more than MAX_LAG_USEC leaves out the frames that it missed; their numbers go with them, so that a gap shows in
@@ -61,6 +63,9 @@ public:
     /// Ticks at the last frame.
     int64 EncoderValue() const;
 
+    /// What is wired to the sensor, whether it scans or not.
+    DeskIo& Io();
+
     /// Frames since the scan start: those that were published, and those that were missed.
     uint64 PublishedCount() const;
     uint64 MissedCount() const;
@@ -77,6 +82,7 @@ private:
 
     double const rateHz; // 0: as fast as the consumers take the profiles
     ProfileTool const tool;
+    DeskIo io;
     std::unique_ptr<IProfileSource> const source; // used on the sensor's thread
     FramePublisher publisher;                     // likewise
 

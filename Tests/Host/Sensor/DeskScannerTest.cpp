@@ -6,6 +6,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuScan/ScanEngineManager.h"
 #include "wApi/wTime.h"
 
@@ -63,7 +64,6 @@ TEST_F(DeskScannerTest, IsTheOneScannerOfTheOneEngine)
     EXPECT_EQ(manager.List(), (std::vector<std::string>{"engine-0"}));
     EXPECT_EQ(manager.GetInstance("engine-0").ListScanners(), (std::vector<std::string>{"scanner-0"}));
     EXPECT_EQ(Instance().ListSensors(), (std::vector<std::string>{"sensor-0"}));
-    EXPECT_EQ(Instance().FindSensor("sensor-0").CommandTarget(), nullptr);
     EXPECT_EQ(&Instance().Scanner(), &scanner);
 }
 
@@ -71,6 +71,17 @@ TEST_F(DeskScannerTest, OffersItsActionsAndCommands)
 {
     EXPECT_EQ(IdsOf(*scanner.ActionTarget()), (std::vector<std::string>{"trigger", "scannerInfo"}));
     EXPECT_EQ(IdsOf(*Instance().CommandTarget()), (std::vector<std::string>{"align", "clearAlign"}));
+}
+
+TEST_F(DeskScannerTest, HasInputsAndOutputsAtItsSensorUntilAFactoryRestore)
+{
+    ZuControl::ControlDigitalOutput output(1, Instance().FindSensor("sensor-0"));
+
+    output.SetControlState(true);
+    EXPECT_EQ(sensor.Io().InputBits(), 2);
+    scanner.RestoreFactoryState();
+
+    EXPECT_EQ(sensor.Io().InputBits(), 0);
 }
 
 TEST_F(DeskScannerTest, RefusesAnActionThatItDoesNotOffer)

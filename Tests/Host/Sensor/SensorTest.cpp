@@ -125,6 +125,25 @@ TEST_F(SensorTest, PublishesNothingUntilItIsStarted)
     EXPECT_EQ(collector.Count(), 0u);
 }
 
+TEST_F(SensorTest, StampsTheLevelsOfTheDigitalInputs)
+{
+    auto const sensor = MakeSensor(ONE_IN_A_THOUSAND_SECONDS);
+    sensor->Start();
+    ASSERT_EQ(collector.WaitForFrames(1).size(), 1u);
+
+    sensor->Io().UseDigitalOutput(1, [](DeskDigitalOutput& output, uint64) { output.SetState(true); });
+    sensor->Trigger();
+    ASSERT_EQ(collector.WaitForFrames(2).size(), 2u);
+    sensor->Io().UseDigitalOutput(0, [](DeskDigitalOutput& output, uint64) { output.SetState(true); });
+    sensor->Trigger();
+
+    auto const frames = collector.WaitForFrames(3);
+    ASSERT_EQ(frames.size(), 3u);
+    EXPECT_EQ(frames[0].stamp.stampStatus, 0);
+    EXPECT_EQ(frames[1].stamp.stampStatus, 2);
+    EXPECT_EQ(frames[2].stamp.stampStatus, 3);
+}
+
 TEST_F(SensorTest, StampsFrameAfterFrameFromZero)
 {
     auto const sensor = MakeSensor(2000);

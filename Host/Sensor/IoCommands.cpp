@@ -1,0 +1,197 @@
+#include "Host/Sensor/IoCommands.h"
+
+#include "Host/Sensor/CommandTable.h"
+#include "Host/Sensor/DeskIo.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputEnqueueOutputParams.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputQueryConstraintResult.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputSetControlIdParams.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputSetControlTypeParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalInputEnableEventsParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalInputSetPinTypeParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetControlIdParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetControlTypeParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetExposureParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetPolarityParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalOutputSetStateParams.h"
+#include "ZuStdScanners/ZucSensor/EnableIoOutputAtParams.h"
+#include "ZuStdScanners/ZucSensor/QueryIoOutputCountParams.h"
+#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
+#include "ZuStdScanners/ZucSensor/QueryIoOutputEnabledParams.h"
+#include "ZuStdScanners/ZucSensor/QueryIoOutputEnabledResult.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputSetBitRateParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputSetControlIdParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputSetControlTypeParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputSetModeParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputWriteParams.h"
+
+namespace ZuHost
+{
+
+using namespace ZuStdScanners::ZucSensor;
+
+namespace
+{
+
+using Result = CommandTable::Result;
+
+// Each offers a command to one output or input, which is what `step` is given beside the arguments.
+
+template <typename Params>
+void OfferToAnalog(CommandTable& table, DeskIo& io, char const* id,
+                   void (*step)(DeskAnalogOutput&, Params const&, uint64 nowUsec))
+{
+    table.Offer<Params>(id, [&io, step](Params const& params) -> Result {
+        io.UseAnalogOutput(params.index.Get(),
+                           [&](DeskAnalogOutput& output, uint64 now) { step(output, params, now); });
+        return nullptr;
+    });
+}
+
+template <typename Params>
+void OfferToSerial(CommandTable& table, DeskIo& io, char const* id, void (*step)(DeskSerialOutput&, Params const&))
+{
+    table.Offer<Params>(id, [&io, step](Params const& params) -> Result {
+        io.UseSerialOutput(params.index.Get(), [&](DeskSerialOutput& output) { step(output, params); });
+        return nullptr;
+    });
+}
+
+template <typename Params>
+void OfferToOutput(CommandTable& table, DeskIo& io, char const* id,
+                   void (*step)(DeskDigitalOutput&, Params const&, uint64 nowUsec))
+{
+    table.Offer<Params>(id, [&io, step](Params const& params) -> Result {
+        io.UseDigitalOutput(params.index.Get(),
+                            [&](DeskDigitalOutput& output, uint64 now) { step(output, params, now); });
+        return nullptr;
+    });
+}
+
+template <typename Params>
+void OfferToInput(CommandTable& table, DeskIo& io, char const* id, void (*step)(DeskDigitalInput&, Params const&))
+{
+    table.Offer<Params>(id, [&io, step](Params const& params) -> Result {
+        io.UseDigitalInput(params.index.Get(), [&](DeskDigitalInput& input) { step(input, params); });
+        return nullptr;
+    });
+}
+
+void OfferToAll(CommandTable& table, DeskIo& io)
+{
+    table.Offer<EnableIoOutputAtParams>("enableIoOutputAt", [&io](EnableIoOutputAtParams const& params) -> Result {
+        io.Enable(params.ioType.Get(), params.index.Get(), params.enable.Get());
+        return nullptr;
+    });
+    table.Offer<QueryIoOutputEnabledParams>("queryIoOutputEnabledAt", [&io](QueryIoOutputEnabledParams const& params) {
+        auto result = std::make_shared<QueryIoOutputEnabledResult>();
+        result->enabled.Set(io.IsEnabled(params.ioType.Get(), params.index.Get()));
+        return result;
+    });
+    table.Offer<QueryIoOutputCountParams>("queryIoOutputCount", [](QueryIoOutputCountParams const& params) {
+        auto result = std::make_shared<QueryIoOutputCountResult>();
+        result->count.Set(DeskIo::Count(params.ioType.Get()));
+        return result;
+    });
+}
+
+void OfferToDigitalOutputs(CommandTable& table, DeskIo& io)
+{
+    using Output = DeskDigitalOutput;
+    OfferToOutput<IoIndexParams>(table, io, "digitalOutClear",
+                                 [](Output& output, IoIndexParams const&, uint64) { output.Clear(); });
+    OfferToOutput<DigitalOutputSetControlTypeParams>(table, io, "digitalOutSetControlType",
+                                                     [](Output& output, auto const& params, uint64) {
+        output.SetControlType(params.controlType.Get());
+    });
+    OfferToOutput<DigitalOutputSetControlIdParams>(table, io, "digitalOutSetControlId",
+                                                   [](Output& output, auto const& params, uint64) {
+        output.SetControlId(params.controlId.Get());
+    });
+    OfferToOutput<DigitalOutputSetExposureParams>(table, io, "digitalOutSetExposure",
+                                                  [](Output& output, auto const& params, uint64) {
+        output.SetExposure(params.exposure.Get());
+    });
+    OfferToOutput<DigitalOutputSetPolarityParams>(table, io, "digitalOutSetPolarity",
+                                                  [](Output& output, auto const& params, uint64) {
+        output.SetPolarity(params.isActiveHigh.Get());
+    });
+    OfferToOutput<DigitalOutputSetStateParams>(table, io, "digitalOutSetState",
+                                               [](Output& output, auto const& params, uint64) {
+        output.SetState(params.state.Get());
+    });
+    OfferToOutput<IoIndexParams>(table, io, "digitalOutTrigger",
+                                 [](Output& output, IoIndexParams const&, uint64 now) { output.Trigger(now); });
+}
+
+void OfferToDigitalInputs(CommandTable& table, DeskIo& io)
+{
+    using Input = DeskDigitalInput;
+    OfferToInput<IoIndexParams>(table, io, "digitalInClear", [](Input& input, IoIndexParams const&) { input.Clear(); });
+    OfferToInput<DigitalInputSetPinTypeParams>(
+        table, io, "digitalInSetPinType", [](Input& input, auto const& params) { input.SetPin(params.pin.Get()); });
+    OfferToInput<DigitalInputEnableEventsParams>(table, io, "digitalInEnableEvents",
+                                                 [](Input& input, auto const& params) {
+        input.EnableEvents(params.pin.Get(), params.enable.Get());
+    });
+}
+
+void OfferToAnalogOutputs(CommandTable& table, DeskIo& io)
+{
+    using Output = DeskAnalogOutput;
+    OfferToAnalog<AnalogOutputEnqueueOutputParams>(table, io, "analogOutEnqueueOutput",
+                                                   [](Output& output, auto const& params, uint64 now) {
+        output.Enqueue(params.current.Get(), now);
+    });
+    table.Offer<IoIndexParams>("analogOutQueryConstraint", [&io](IoIndexParams const& params) {
+        auto result = std::make_shared<AnalogOutputQueryConstraintResult>();
+        io.UseAnalogOutput(params.index.Get(), [&result](Output&, uint64) {
+            result->absoluteMin.Set(Output::MIN_CURRENT);
+            result->absoluteMax.Set(Output::MAX_CURRENT);
+        });
+        return result;
+    });
+    OfferToAnalog<AnalogOutputSetControlIdParams>(table, io, "analogOutSetControlId",
+                                                  [](Output& output, auto const& params, uint64) {
+        output.SetControlId(params.controlId.Get());
+    });
+    OfferToAnalog<AnalogOutputSetControlTypeParams>(table, io, "analogOutSetControlType",
+                                                    [](Output& output, auto const& params, uint64) {
+        output.SetControlType(params.controlType.Get());
+    });
+}
+
+void OfferToSerialOutputs(CommandTable& table, DeskIo& io)
+{
+    using Output = DeskSerialOutput;
+    OfferToSerial<SerialOutputSetBitRateParams>(table, io, "serialOutSetBitRate",
+                                                [](Output& output, auto const& params) {
+        output.SetBitRate(params.bitRate.Get());
+    });
+    OfferToSerial<SerialOutputSetControlIdParams>(table, io, "serialOutSetControlId",
+                                                  [](Output& output, auto const& params) {
+        output.SetControlId(params.controlId.Get());
+    });
+    OfferToSerial<SerialOutputSetModeParams>(table, io, "serialOutSetMode", [](Output& output, auto const& params) {
+        output.SetMode(params.controlMode.Get());
+    });
+    OfferToSerial<SerialOutputSetControlTypeParams>(table, io, "serialOutSetControlType",
+                                                    [](Output& output, auto const& params) {
+        output.SetControlType(params.controlType.Get());
+    });
+    OfferToSerial<SerialOutputWriteParams>(table, io, "serialOutWrite", [](Output& output, auto const& params) {
+        output.Write(params.size.Get(), params.buffer.Get());
+    });
+}
+
+} // namespace
+
+void OfferIoCommands(CommandTable& table, DeskIo& io)
+{
+    OfferToAll(table, io);
+    OfferToDigitalOutputs(table, io);
+    OfferToDigitalInputs(table, io);
+    OfferToAnalogOutputs(table, io);
+    OfferToSerialOutputs(table, io);
+}
+
+} // namespace ZuHost
