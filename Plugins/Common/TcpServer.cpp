@@ -268,52 +268,87 @@ void TcpServer::Start(TcpSettings const& settings)
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
     core = std::make_unique<Core>(*this, settings);
-    std::scoped_lock const guard(postLock);
-    posting = core.get();
+    applied = settings;
+    std::scoped_lock const guard(reachLock);
+    reachable = core.get();
+}
+
+void TcpServer::Apply(TcpSettings const& wanted)
+{
+    if (core == nullptr)
+    {
+        return;
+    }
+    if (!wanted.HasSamePlace(applied))
+    {
+        BindAnew(wanted);
+        return;
+    }
+    core->SetLimits(wanted.maxClients, wanted.idleTimeoutUsec);
+    applied = wanted;
 }
 
 void TcpServer::Stop() noexcept
 {
     {
-        std::scoped_lock const guard(postLock);
-        posting = nullptr;
+        std::scoped_lock const guard(reachLock);
+        reachable = nullptr;
     }
     core.reset();
 }
 
 bool TcpServer::IsRunning() const
 {
-    return core != nullptr;
-}
-
-void TcpServer::SetLimits(uint64 maxClients, uint64 idleTimeoutUsec)
-{
-    if (core != nullptr)
-    {
-        core->SetLimits(maxClients, idleTimeoutUsec);
-    }
+    std::scoped_lock const guard(reachLock);
+    return reachable != nullptr;
 }
 
 std::string TcpServer::Endpoint() const
 {
-    return core != nullptr ? EndpointText(core->Endpoint().address().to_string(), core->Endpoint().port())
-                           : std::string();
+    std::scoped_lock const guard(reachLock);
+    return reachable != nullptr
+               ? EndpointText(reachable->Endpoint().address().to_string(), reachable->Endpoint().port())
+               : std::string();
 }
 
 uint16 TcpServer::Port() const
 {
-    return core != nullptr ? core->Endpoint().port() : uint16{0};
+    std::scoped_lock const guard(reachLock);
+    return reachable != nullptr ? reachable->Endpoint().port() : uint16{0};
 }
 
 bool TcpServer::PostToEach(std::function<void(ITcpConnection&)> visit)
 {
-    std::scoped_lock const guard(postLock);
-    if (posting == nullptr)
+    std::scoped_lock const guard(reachLock);
+    if (reachable == nullptr)
     {
         return false;
     }
-    posting->PostToEach(std::move(visit));
+    reachable->PostToEach(std::move(visit));
     return true;
+}
+
+void TcpServer::BindAnew(TcpSettings const& wanted)
+{
+    TcpSettings const before = applied;
+    Stop(); // first: the new address may cover the old one on the same port
+    try
+    {
+        Start(wanted);
+    }
+    catch (std::exception const&)
+    {
+        std::exception_ptr const reason = std::current_exception();
+        try
+        {
+            Start(before);
+        }
+        catch (std::exception const&)
+        {
+            ZU_LOG_CAUGHT("%s cannot go back to where it listened before", service.displayName);
+        }
+        std::rethrow_exception(reason);
+    }
 }
 
 } // namespace PluginCommon

@@ -21,8 +21,8 @@ struct ClientCounters;
 /// A TCP server: binds, listens, takes clients up to a cap and looks after their deadlines, on one I/O thread that serves
 /// them all. What is said with a client is the business of the connections that its owner makes.
 ///
-/// Ownership: counters and callbacks outlive the server. Threads: the operations belong to one thread at a time, but for
-/// `PostToEach`, which any thread may call; the callbacks run on the I/O thread.
+/// Ownership: counters and callbacks outlive the server. Threads: `Start`, `Apply` and `Stop` belong to one thread at a
+/// time, the rest to any; the callbacks run on the I/O thread.
 class TcpServer final
 {
 public:
@@ -53,8 +53,10 @@ public:
 
     bool IsRunning() const;
 
-    /// Applies to clients that come from now on, and to the silence of all.
-    void SetLimits(uint64 maxClients, uint64 idleTimeoutUsec);
+    /// Does nothing while it does not run. The limits apply in place, to clients that come from now on and to the silence of
+    /// all; another port or address is bound anew, at the price of every connection. When that fails it goes on where it
+    /// was, and throws as `Start` does; when it cannot even do that, it does not run any more.
+    void Apply(TcpSettings const& wanted);
 
     /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
     std::string Endpoint() const;
@@ -68,12 +70,16 @@ public:
 private:
     class Core;
 
+    void BindAnew(TcpSettings const& wanted);
+
     Service const service;
     ClientCounters& counters;
     std::unique_ptr<Core> core; // while it runs
+    TcpSettings applied;
 
-    std::mutex postLock; // a leaf: guards the pointer, and so that nothing is posted to a core that goes
-    Core* posting = nullptr;
+    // A leaf: guards the pointer, which is null before the core goes, so that nothing is posted to one that is gone.
+    mutable std::mutex reachLock;
+    Core* reachable = nullptr;
 };
 
 } // namespace PluginCommon

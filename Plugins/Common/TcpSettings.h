@@ -14,6 +14,11 @@ struct TcpSettings
     uint16 port = 0;            ///< 0 takes a free one
     uint64 maxClients = 0;      ///< one more is accepted and closed at once
     uint64 idleTimeoutUsec = 0; ///< a client that is silent for so long is dropped
+
+    bool HasSamePlace(TcpSettings const& other) const
+    {
+        return port == other.port && address == other.address;
+    }
 };
 
 } // namespace PluginCommon

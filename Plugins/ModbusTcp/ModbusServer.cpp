@@ -38,9 +38,9 @@ bool ModbusServer::IsRunning() const
     return server->IsRunning();
 }
 
-void ModbusServer::SetLimits(uint64 maxClients, uint64 idleTimeoutUsec)
+void ModbusServer::Apply(Settings const& wanted)
 {
-    server->SetLimits(maxClients, idleTimeoutUsec);
+    server->Apply(wanted);
 }
 
 std::string ModbusServer::Endpoint() const

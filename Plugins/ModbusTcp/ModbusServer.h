@@ -20,8 +20,8 @@ struct ServerCounters;
 
 /// The Modbus TCP server: one I/O thread that serves every client, none of which can hold up another.
 ///
-/// Ownership: model, counters and callback outlive the server. Threads: the operations belong to one thread at a time; the
-/// model and the callback are called on the I/O thread "ModbusTcp.Io".
+/// Ownership: model, counters and callback outlive the server. Threads: `Start`, `Apply` and `Stop` belong to one thread
+/// at a time, the rest to any; the model and the callback are called on the I/O thread "ModbusTcp.Io".
 class ModbusServer final
 {
 public:
@@ -44,8 +44,10 @@ public:
 
     bool IsRunning() const;
 
-    /// Applies to clients that come from now on, and to the silence of all.
-    void SetLimits(uint64 maxClients, uint64 idleTimeoutUsec);
+    /// Does nothing while it does not run. The limits apply in place, to clients that come from now on and to the silence of
+    /// all; another port or address is bound anew, at the price of every connection. When that fails it goes on where it
+    /// was, and throws as `Start` does; when it cannot even do that, it does not run any more.
+    void Apply(Settings const& wanted);
 
     /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
     std::string Endpoint() const;

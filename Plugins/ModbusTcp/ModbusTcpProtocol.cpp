@@ -74,10 +74,7 @@ Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
     metrics.resultSets.Set(encoder.ResultSetCount());
     metrics.commands.Set(map.CommandCount());
     metrics.controlDrops.Set(encoder.DropCount());
-    {
-        std::scoped_lock const listeningGuard(listeningLock);
-        metrics.listening.Set(listening);
-    }
+    metrics.listening.Set(server.Endpoint());
     CheckControlDrops();
     return metrics;
 }
@@ -95,11 +92,16 @@ void ModbusTcpProtocol::ParamsUpdate()
     bool const wasRunning = server.IsRunning();
     try
     {
-        ApplyParams();
+        ApplyRegisterOrder();
+        server.Apply(WantedSettings());
     }
     catch (std::exception const&)
     {
         bool const isLost = wasRunning && !server.IsRunning();
+        if (isLost)
+        {
+            fetcher.Stop(); // as after a start that failed
+        }
         guard.unlock(); // a handler may ask this service for anything
         if (isLost)
         {
@@ -127,7 +129,7 @@ void ModbusTcpProtocol::Start()
         fetcher.Start();
         try
         {
-            ListenOn(WantedSettings());
+            server.Start(WantedSettings());
         }
         catch (...)
         {
@@ -144,7 +146,6 @@ void ModbusTcpProtocol::Stop()
         std::scoped_lock const guard(lifecycleLock);
         server.Stop();
         fetcher.Stop();
-        NoteListening();
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
 }
@@ -226,61 +227,6 @@ ModbusServer::Settings ModbusTcpProtocol::WantedSettings() const
             USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, ModbusParams::LONGEST_IDLE_TIMEOUT)};
 }
 
-void ModbusTcpProtocol::ApplyParams()
-{
-    ApplyRegisterOrder();
-    if (!server.IsRunning())
-    {
-        return;
-    }
-    ModbusServer::Settings const wanted = WantedSettings();
-    if (wanted.port != applied.port || wanted.address != applied.address)
-    {
-        BindAnew(wanted);
-        return;
-    }
-    server.SetLimits(wanted.maxClients, wanted.idleTimeoutUsec);
-    applied = wanted;
-}
-
-void ModbusTcpProtocol::BindAnew(ModbusServer::Settings const& wanted)
-{
-    server.Stop(); // first: the new address may cover the old one on the same port
-    try
-    {
-        ListenOn(wanted);
-    }
-    catch (std::exception const&)
-    {
-        std::exception_ptr const reason = std::current_exception();
-        try
-        {
-            ListenOn(applied);
-        }
-        catch (std::exception const&)
-        {
-            ZU_LOG_CAUGHT("Modbus TCP cannot go back to where it listened before");
-            fetcher.Stop(); // as after a start that failed
-        }
-        std::rethrow_exception(reason);
-    }
-}
-
-void ModbusTcpProtocol::ListenOn(ModbusServer::Settings const& settings)
-{
-    try
-    {
-        server.Start(settings);
-        applied = settings;
-    }
-    catch (...)
-    {
-        NoteListening();
-        throw;
-    }
-    NoteListening();
-}
-
 void ModbusTcpProtocol::ApplyRegisterOrder()
 {
     bool const isWantedBigEndian = params.registerOrder.Get() != RegisterOrderLittleEndian;
@@ -316,12 +262,6 @@ void ModbusTcpProtocol::TellClientCount()
     {
         UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));
     }
-}
-
-void ModbusTcpProtocol::NoteListening()
-{
-    std::scoped_lock const guard(listeningLock);
-    listening = server.Endpoint();
 }
 
 } // namespace ModbusTcp

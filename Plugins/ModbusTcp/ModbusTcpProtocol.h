@@ -67,14 +67,10 @@ private:
     Status LastStatus() override;
 
     ModbusServer::Settings WantedSettings() const;
-    void ApplyParams();
-    void BindAnew(ModbusServer::Settings const& wanted);
-    void ListenOn(ModbusServer::Settings const& settings);
     void ApplyRegisterOrder();
     void TakeLayout();
     void OnClientsChanged(uint64 count);
     void TellClientCount();
-    void NoteListening();
 
     ModbusParams params;
     ModbusMetrics metrics;
@@ -93,7 +89,6 @@ private:
     // Order: this lock, then `fanOutLock`, which may not be held when this one is taken. Starts, stops and changes of the
     // parameters exclude each other by it; it is held while the I/O thread is joined, which never takes it.
     std::mutex lifecycleLock;
-    ModbusServer::Settings applied;
     bool isBigEndian = true;
 
     // Held while the fan-out is told the number of clients, so that an old number never comes behind a newer one. The
@@ -102,9 +97,6 @@ private:
     ZuControl::IControlScanResults* fanOut = nullptr; // while registered for results
 
     std::mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
-
-    std::mutex listeningLock; // a leaf
-    std::string listening;
 
     ModbusServer server; // last: its thread uses all of the above
 };

@@ -226,7 +226,7 @@ TEST_F(ModbusServerTest, TakesNewLimitsWhileItRuns)
     TestClient first(port);
     ExpectServes(first);
 
-    server.SetLimits(2, 60'000'000);
+    server.Apply({"127.0.0.1", 0, 2, 60'000'000});
 
     TestClient second(port);
     ExpectServes(second);
