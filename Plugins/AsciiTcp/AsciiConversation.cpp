@@ -1,0 +1,257 @@
+#include "Plugins/AsciiTcp/AsciiConversation.h"
+
+#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/AsciiText.h"
+#include "Plugins/AsciiTcp/DataFeed.h"
+#include "ZuApi/Exception.h"
+#include "wApi/wTime.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace AsciiTcp
+{
+
+using namespace ZuControl::ControlProtocol;
+
+AsciiConversation::AsciiConversation(IAsciiService& usedService, DataFeed& usedFeed, AsciiCounters& usedCounters)
+    : service(usedService), feed(usedFeed), counters(usedCounters)
+{
+}
+
+AsciiConversation::~AsciiConversation()
+{
+    Unsubscribe();
+}
+
+std::span<char> AsciiConversation::Room()
+{
+    if (hasInputEnded || !HasRoomForAnswer())
+    {
+        return {};
+    }
+    if (inputFirst > 0)
+    {
+        std::memmove(input.data(), input.data() + inputFirst, inputEnd - inputFirst);
+        inputEnd -= inputFirst;
+        inputFirst = 0;
+    }
+    return std::span(input).subspan(inputEnd);
+}
+
+void AsciiConversation::Received(std::size_t bytes)
+{
+    inputEnd += bytes;
+    Count(counters.bytesIn, bytes);
+    AnswerAll();
+}
+
+void AsciiConversation::InputEnded()
+{
+    hasInputEnded = true;
+}
+
+std::string_view AsciiConversation::Pending() const
+{
+    return std::string_view(output).substr(outputFirst);
+}
+
+void AsciiConversation::Sent(std::size_t bytes)
+{
+    outputFirst += bytes;
+    Count(counters.bytesOut, bytes);
+    if (outputFirst == output.size() || outputFirst > FULL_BYTES)
+    {
+        output.erase(0, outputFirst);
+        outputFirst = 0;
+    }
+    AnswerAll();
+}
+
+void AsciiConversation::TakeData()
+{
+    if (subscribed)
+    {
+        std::size_t const unsent = output.size() - outputFirst;
+        Count(counters.controlDrops, feed.Read(nextLine, output, DATA_BYTES - std::min(unsent, DATA_BYTES)));
+    }
+}
+
+bool AsciiConversation::OperationEnded(uint64 endedTicket, bool isDone)
+{
+    if (!IsWaiting() || endedTicket != ticket)
+    {
+        return false;
+    }
+    ticket = 0;
+    output.append(isDone ? "DONE\n" : "FAILED\n");
+    return true;
+}
+
+void AsciiConversation::Tell(std::string_view line)
+{
+    if (!HasRoomForAnswer())
+    {
+        Count(counters.controlDrops);
+        return;
+    }
+    output.append(line).push_back('\n');
+}
+
+bool AsciiConversation::IsOver() const
+{
+    // With nothing pending every whole line has been answered.
+    return hasInputEnded && Pending().empty() && !subscribed && !IsWaiting();
+}
+
+bool AsciiConversation::HasRoomForAnswer() const
+{
+    return output.size() - outputFirst < FULL_BYTES;
+}
+
+void AsciiConversation::AnswerAll()
+{
+    std::string_view line;
+    while (HasRoomForAnswer() && TakeLine(line))
+    {
+        Answer(line);
+    }
+}
+
+/// The next line that is to be answered; it lies in the input. One that is too long for the input to wait for its end is
+/// given as far as it has come, and its rest is passed over.
+bool AsciiConversation::TakeLine(std::string_view& line)
+{
+    while (true)
+    {
+        std::string_view const unread(input.data() + inputFirst, inputEnd - inputFirst);
+        std::size_t const end = unread.find('\n');
+        bool const isWhole = end != std::string_view::npos;
+        bool const mayGrow = unread.size() <= AsciiRequest::MAX_BYTES + 1; // one more may be the carriage return
+        if (!isWhole && !isSkipping && mayGrow)
+        {
+            return false;
+        }
+        bool const isRest = isSkipping;
+        inputFirst += isWhole ? end + 1 : unread.size();
+        isSkipping = !isWhole;
+        if (!isRest)
+        {
+            line = unread.substr(0, end);
+            return true;
+        }
+        if (!isWhole)
+        {
+            return false;
+        }
+    }
+}
+
+void AsciiConversation::Answer(std::string_view line)
+{
+    uint64 const beginUsec = wTime_NowUsec();
+    std::size_t const before = output.size();
+    try
+    {
+        line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+        if (line.size() > AsciiRequest::MAX_BYTES)
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "A request has at most %u bytes",
+                     static_cast<unsigned>(AsciiRequest::MAX_BYTES));
+        }
+        CarryOut(AsciiRequest::Parse(line));
+    }
+    catch (Zu::Exception const& exception)
+    {
+        std::string_view const text = exception.what();
+        output.resize(before); // nothing of an answer that broke off
+        AppendError(output, exception.Status(), text.empty() ? "The request is refused" : text);
+        Count(counters.errors);
+    }
+    output.push_back('\n');
+    NoteAnswered(wTime_NowUsec() - beginUsec);
+}
+
+void AsciiConversation::CarryOut(AsciiRequest const& request)
+{
+    using Verb = AsciiRequest::Verb;
+    switch (request.verb)
+    {
+    case Verb::GET:
+        return Get(request.argument);
+    case Verb::LIST:
+        output.append("OK ");
+        return service.AppendNames(output);
+    case Verb::SUBSCRIBE:
+        return Subscribe();
+    case Verb::UNSUBSCRIBE:
+        output.append("OK");
+        return Unsubscribe();
+    case Verb::START:
+        return Begin(CommandStart, request.argument);
+    case Verb::STOP:
+        return Begin(CommandStop, request.argument);
+    case Verb::ALIGN:
+        return Begin(CommandAlign, request.argument);
+    case Verb::CLEARALIGN:
+        return Begin(CommandClearAlign, request.argument);
+    case Verb::LOAD:
+        return Begin(CommandLoadJob, request.argument);
+    case Verb::TRIGGER:
+        return Begin(CommandSoftwareTrigger, request.argument);
+    case Verb::STATUS:
+        output.append("OK ");
+        return service.AppendStatus(output);
+    case Verb::HELP:
+        output.append("OK ").append(AsciiRequest::Help());
+        return;
+    }
+}
+
+void AsciiConversation::Get(std::string_view argument)
+{
+    output.append("OK ");
+    if (!service.AppendReading(output, ReadName(argument)))
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no output of this name");
+    }
+}
+
+void AsciiConversation::Subscribe()
+{
+    output.append("OK");
+    if (!subscribed)
+    {
+        feed.AddReader();
+        subscribed = true;
+        nextLine = feed.End();
+    }
+}
+
+void AsciiConversation::Unsubscribe()
+{
+    if (subscribed)
+    {
+        feed.RemoveReader();
+        subscribed = false;
+    }
+}
+
+void AsciiConversation::Begin(IAsciiService::Command command, std::string_view argument)
+{
+    ticket = service.Begin(command, argument);
+    output.append("OK");
+}
+
+void AsciiConversation::NoteAnswered(uint64 tookUsec)
+{
+    ++answered;
+    Count(counters.requests);
+    counters.lastHandlingUsec.store(tookUsec, std::memory_order_relaxed);
+    if (tookUsec > counters.largestHandlingUsec.load(std::memory_order_relaxed))
+    {
+        counters.largestHandlingUsec.store(tookUsec, std::memory_order_relaxed);
+    }
+}
+
+} // namespace AsciiTcp

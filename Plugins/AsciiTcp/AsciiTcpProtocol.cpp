@@ -1,0 +1,361 @@
+#include "Plugins/AsciiTcp/AsciiTcpProtocol.h"
+
+#include "Plugins/AsciiTcp/AsciiText.h"
+#include "Plugins/AsciiTcp/SendTextParams.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "wApi/wArrayList.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace AsciiTcp
+{
+
+using namespace ZuControl::ControlProtocol;
+using ZuCommon::PersistDomain;
+using ZuControl::ProtocolStatus;
+
+namespace
+{
+
+constexpr uint64 USEC_PER_SECOND = 1'000'000;
+constexpr char const* TEXT_KEY = "lastText";
+
+template <typename Service>
+Service& Required(Service* service, char const* name)
+{
+    if (service == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "ASCII over TCP cannot do without the %s", name);
+    }
+    return *service;
+}
+
+char const* NameOfRunState(uint8 runState)
+{
+    constexpr char const* NAMES[] = {"ready", "running", "error"};
+    return runState < std::size(NAMES) ? NAMES[runState] : "unknown";
+}
+
+char const* NameOfOperation(ControlRegisterCommandStatus status)
+{
+    constexpr char const* NAMES[] = {"none", "running", "done", "failed"};
+    return NAMES[std::min<std::size_t>(status, CommandStatusFailed)];
+}
+
+} // namespace
+
+AsciiTcpProtocol::AsciiTcpProtocol(ControlProtocolEnviron const& environ)
+    : ProtocolBase(PROTOCOL_ID, DISPLAY_NAME, environ),
+      outputActions(outputMap),
+      commands({.disconnectAll = [this] { return DisconnectAll(); },
+                .sendText = [this](std::string const& text) { return SendText(text); }}),
+      board(feed, counters),
+      fetcher("AsciiTcp.State", Required(environ.dataCache, "data cache"),
+              Required(environ.problems, "problems manager")),
+      server(*this, feed, counters, [this](uint64 count) { OnClientsChanged(count); }),
+      runner(*environ.operations, PROTOCOL_ID,
+             [this](uint64 ticket, bool isDone) { server.OperationEnded(ticket, isDone); })
+{
+    ProtocolInitParams initParams;
+    initParams.params = &params;
+    initParams.outputs = &outputMap;
+    initParams.outputsActionTarget = &outputActions;
+    initParams.metricsData = &metrics;
+    Init(initParams);
+    board.SetDecimals(params.decimals.Get());
+    TakeTable();
+}
+
+AsciiTcpProtocol::~AsciiTcpProtocol()
+{
+    CloseResultHandlerGate(); // the base would do it when the members are gone
+    server.Stop();
+    fetcher.Stop();
+}
+
+Zu::Properties::Structure& AsciiTcpProtocol::UpdateMetrics()
+{
+    auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
+    std::scoped_lock const guard(metricsLock);
+    metrics.controlDrops.Set(load(counters.controlDrops));
+    metrics.listening.Set(server.Endpoint());
+    metrics.clients.Set(load(counters.clients));
+    metrics.acceptedClients.Set(load(counters.acceptedClients));
+    metrics.rejectedClients.Set(load(counters.rejectedClients));
+    metrics.droppedClients.Set(load(counters.droppedClients));
+    metrics.requests.Set(load(counters.requests));
+    metrics.errors.Set(load(counters.errors));
+    metrics.bytesIn.Set(load(counters.bytesIn));
+    metrics.bytesOut.Set(load(counters.bytesOut));
+    metrics.resultSets.Set(load(counters.resultSets));
+    metrics.lastHandlingUsec.Set(load(counters.lastHandlingUsec));
+    metrics.largestHandlingUsec.Set(load(counters.largestHandlingUsec));
+    metrics.lastText.Set(LastText());
+    CheckControlDrops();
+    return metrics;
+}
+
+void AsciiTcpProtocol::ResetMetrics()
+{
+    counters.Reset();
+}
+
+void AsciiTcpProtocol::ParamsUpdate()
+{
+    std::unique_lock guard(lifecycleLock);
+    board.SetDecimals(params.decimals.Get());
+    bool const wasRunning = server.IsRunning();
+    try
+    {
+        server.Apply(WantedSettings());
+    }
+    catch (std::exception const&)
+    {
+        bool const isLost = wasRunning && !server.IsRunning();
+        if (isLost)
+        {
+            fetcher.Stop(); // as after a start that failed
+        }
+        guard.unlock(); // a handler may ask this service for anything
+        if (isLost)
+        {
+            NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+        }
+        throw;
+    }
+}
+
+void AsciiTcpProtocol::ResetParams()
+{
+    params.SetDefaults();
+    ParamsUpdate();
+}
+
+void AsciiTcpProtocol::Start()
+{
+    {
+        std::scoped_lock const guard(lifecycleLock);
+        if (server.IsRunning())
+        {
+            return;
+        }
+        board.SetDecimals(params.decimals.Get());
+        fetcher.Start();
+        try
+        {
+            server.Start(WantedSettings());
+        }
+        catch (...)
+        {
+            fetcher.Stop();
+            throw;
+        }
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
+}
+
+void AsciiTcpProtocol::Stop()
+{
+    {
+        std::scoped_lock const guard(lifecycleLock);
+        server.Stop();
+        fetcher.Stop();
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
+}
+
+void AsciiTcpProtocol::OutputsUpdate()
+{
+    TakeTable();
+}
+
+void AsciiTcpProtocol::ProcessResultSets(void* resultSets)
+{
+    // One that leaves ends the delivery of results for good.
+    ZU_GUARD_BOUNDARY([this, resultSets] {
+        if (board.Process(*static_cast<wArrayList const*>(resultSets)))
+        {
+            server.DataCame();
+        }
+    });
+}
+
+void AsciiTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    ProtocolBase::RegisterControlScanResultsHandler(results);
+    results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
+    {
+        std::scoped_lock const guard(fanOutLock);
+        fanOut = &results;
+    }
+    TellClientCount();
+}
+
+void AsciiTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    {
+        std::scoped_lock const guard(fanOutLock);
+        fanOut = nullptr; // not under the call below, which waits for a batch in progress
+    }
+    ProtocolBase::DeregisterControlScanResultsHandler(results);
+}
+
+ZuControl::IControlActionTarget* AsciiTcpProtocol::ActionTarget()
+{
+    return &commands;
+}
+
+std::vector<std::string> AsciiTcpProtocol::DataSourceList() const
+{
+    std::vector<std::string> sources = ProtocolBase::DataSourceList();
+    if (!sources.empty() && std::ranges::find(sources, STAMP_SOURCE) == sources.end())
+    {
+        sources.emplace_back(STAMP_SOURCE);
+    }
+    return sources;
+}
+
+void AsciiTcpProtocol::OnFactoryRestore()
+{
+    KeepText("");
+}
+
+void AsciiTcpProtocol::InitPersistDomain(PersistDomain domain, nlohmann::json& /*document*/)
+{
+    if (domain == PersistDomain::PROTOCOL)
+    {
+        KeepText("");
+    }
+}
+
+void AsciiTcpProtocol::LoadPersistDomain(PersistDomain domain, nlohmann::json const& document)
+{
+    if (domain != PersistDomain::PROTOCOL)
+    {
+        return;
+    }
+    auto const found = document.is_object() ? document.find(TEXT_KEY) : document.end();
+    if (found == document.end() || !found->is_string() ||
+        !SendTextParams::IsValid(found->get_ref<std::string const&>()))
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "The settings of ASCII over TCP hold no text that could be sent");
+    }
+    KeepText(found->get<std::string>());
+}
+
+void AsciiTcpProtocol::SavePersistDomain(PersistDomain domain, nlohmann::json& document)
+{
+    std::string const text = LastText();
+    if (domain == PersistDomain::PROTOCOL && !text.empty())
+    {
+        document = {{TEXT_KEY, text}};
+    }
+}
+
+bool AsciiTcpProtocol::AppendReading(std::string& line, std::string_view name)
+{
+    return board.AppendReading(line, name);
+}
+
+void AsciiTcpProtocol::AppendNames(std::string& line)
+{
+    board.AppendNames(line);
+}
+
+void AsciiTcpProtocol::AppendStatus(std::string& line)
+{
+    auto const system = fetcher.Latest("").system;
+    line.append("state=").append(NameOfRunState(system.stateByte0));
+    line.append(" job=");
+    AppendName(line, std::string_view(system.jobFileName, system.jobFileNameLength));
+    line.append(" operation=").append(NameOfOperation(GetCommandStatus()));
+    line.append(" problems=");
+    AppendNumber(line, system.stateByte3);
+    line.append(" uptime=");
+    AppendNumber(line, system.value64);
+    line.append(" clients=");
+    AppendNumber(line, counters.clients.load(std::memory_order_relaxed));
+}
+
+uint64 AsciiTcpProtocol::Begin(Command command, std::string_view argument)
+{
+    if (argument.size() >= ControlRegisterCommandData::TEXT_SIZE)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The argument has more than %u bytes",
+                 static_cast<unsigned>(ControlRegisterCommandData::TEXT_SIZE - 1));
+    }
+    ControlRegisterCommandData data{};
+    data.commandId = command;
+    std::ranges::copy(argument, data.text);
+    return runner.Begin([this, &data] {
+        try
+        {
+            ProcessReceivedCommonCommands(data);
+        }
+        catch (...)
+        {
+            SetOperationInProgress(false); // refused: the result of the operation before it stays
+            throw;
+        }
+    });
+}
+
+AsciiServer::Settings AsciiTcpProtocol::WantedSettings() const
+{
+    // Settings come from files too, unvalidated.
+    return {params.address.Get(), params.port.Get(), std::min(params.maxClients.Get(), AsciiParams::MOST_CLIENTS),
+            USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, AsciiParams::LONGEST_IDLE_TIMEOUT)};
+}
+
+void AsciiTcpProtocol::TakeTable()
+{
+    std::scoped_lock const guard(tableLock);
+    board.Install(OutputTable::Take(outputMap));
+}
+
+void AsciiTcpProtocol::OnClientsChanged(uint64 count)
+{
+    fetcher.SetHasClients(count > 0);
+    TellClientCount();
+}
+
+void AsciiTcpProtocol::TellClientCount()
+{
+    std::scoped_lock const guard(fanOutLock);
+    if (fanOut != nullptr)
+    {
+        UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));
+    }
+}
+
+uint64 AsciiTcpProtocol::DisconnectAll()
+{
+    uint64 const count = counters.clients.load(std::memory_order_relaxed);
+    server.DisconnectAll();
+    return count;
+}
+
+uint64 AsciiTcpProtocol::SendText(std::string const& text)
+{
+    KeepText(text);
+    uint64 const count = counters.clients.load(std::memory_order_relaxed);
+    server.Tell("TEXT " + text);
+    return count;
+}
+
+std::string AsciiTcpProtocol::LastText()
+{
+    std::scoped_lock const guard(textLock);
+    return lastText;
+}
+
+void AsciiTcpProtocol::KeepText(std::string const& text)
+{
+    std::scoped_lock const guard(textLock);
+    lastText = text;
+}
+
+} // namespace AsciiTcp

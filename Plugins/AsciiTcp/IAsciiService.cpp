@@ -1,0 +1,8 @@
+#include "Plugins/AsciiTcp/IAsciiService.h"
+
+namespace AsciiTcp
+{
+
+IAsciiService::~IAsciiService() = default;
+
+} // namespace AsciiTcp

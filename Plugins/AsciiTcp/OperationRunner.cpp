@@ -1,0 +1,51 @@
+#include "Plugins/AsciiTcp/OperationRunner.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
+
+namespace AsciiTcp
+{
+
+OperationRunner::OperationRunner(ZuControl::ControlProtocolOperations& usedOperations,
+                                 ZuControl::ZuEthernetProtocol ownProtocol,
+                                 std::function<void(uint64 ticket, bool isDone)> whenEnded)
+    : operations(usedOperations), protocol(ownProtocol)
+{
+    auto const handler = [this, whenEnded = std::move(whenEnded)](int status) {
+        uint64 const ticket = ticketInFlight.exchange(0);
+        if (ticket != 0) // a scanner may report one alignment twice
+        {
+            whenEnded(ticket, status == Zu::Status::SUCCESS);
+        }
+    };
+    handlerId = operations.AddOpEndEventHandler(protocol, gate.Bind(std::function<void(int)>(handler)));
+}
+
+OperationRunner::~OperationRunner()
+{
+    ZU_GUARD_DESTRUCTOR([this] { operations.RemoveOpEndEventHandler(protocol, handlerId); });
+    gate.Close(); // the removal does not wait for a handler that is running
+}
+
+uint64 OperationRunner::Begin(std::function<void()> const& start)
+{
+    if (ticketInFlight.load() != 0)
+    {
+        ZU_THROW(Zu::Status::BUSY, "An operation that a client of this service began is still running");
+    }
+    uint64 const ticket = ++lastTicket;
+    ticketInFlight.store(ticket); // first: the end may come before the start has returned
+    try
+    {
+        start();
+    }
+    catch (...)
+    {
+        ticketInFlight.store(0);
+        throw;
+    }
+    return ticket;
+}
+
+} // namespace AsciiTcp

@@ -1,0 +1,362 @@
+#include "Plugins/AsciiTcp/AsciiConversation.h"
+#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/DataFeed.h"
+#include "ZuApi/Exception.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace AsciiTcp
+{
+
+/// Has one output, "zMax", and takes every operation unless it is told to refuse it.
+class FakeService final : public IAsciiService
+{
+public:
+    bool AppendReading(std::string& line, std::string_view name) override
+    {
+        line.append(name == "zMax" ? "zMax 25.000 1" : "");
+        return name == "zMax";
+    }
+
+    void AppendNames(std::string& line) override
+    {
+        line.append(names);
+    }
+
+    void AppendStatus(std::string& line) override
+    {
+        line.append("state=ready");
+    }
+
+    uint64 Begin(Command command, std::string_view argument) override
+    {
+        begun.push_back(std::to_string(command) + " " + std::string(argument));
+        if (refusal != 0)
+        {
+            ZU_THROW(refusal, "%s", refusalText.c_str());
+        }
+        return ++ticket;
+    }
+
+    std::string names = "1 zMax";
+    std::vector<std::string> begun;
+    uint64 ticket = 0;
+    int32 refusal = 0;
+    std::string refusalText;
+};
+
+class AsciiConversationTest : public testing::Test
+{
+protected:
+    /// Sends as much as there is room for; true when that was all.
+    bool Send(std::string_view bytes)
+    {
+        while (!bytes.empty())
+        {
+            std::span<char> const room = conversation.Room();
+            std::size_t const count = std::min(room.size(), bytes.size());
+            if (count == 0)
+            {
+                return false;
+            }
+            std::memcpy(room.data(), bytes.data(), count);
+            bytes.remove_prefix(count);
+            conversation.Received(count);
+        }
+        return true;
+    }
+
+    /// All that is pending, which is sent by that.
+    std::string Take()
+    {
+        std::string const taken(conversation.Pending());
+        conversation.Sent(taken.size());
+        return taken;
+    }
+
+    std::string Ask(std::string const& line)
+    {
+        EXPECT_TRUE(Send(line + "\n"));
+        return Take();
+    }
+
+    FakeService service;
+    DataFeed feed;
+    AsciiCounters counters;
+    AsciiConversation conversation{service, feed, counters};
+};
+
+TEST_F(AsciiConversationTest, AnswersEachRequest)
+{
+    EXPECT_EQ(Ask("GET zMax"), "OK zMax 25.000 1\n");
+    EXPECT_EQ(Ask("GET %7AMax"), "OK zMax 25.000 1\n");
+    EXPECT_EQ(Ask("LIST"), "OK 1 zMax\n");
+    EXPECT_EQ(Ask("STATUS"), "OK state=ready\n");
+    EXPECT_EQ(Ask("HELP").substr(0, 15), "OK GET name | L");
+    EXPECT_EQ(Ask("START"), "OK\n");
+    EXPECT_EQ(Ask("STOP"), "OK\n");
+    EXPECT_EQ(Ask("ALIGN"), "OK\n");
+    EXPECT_EQ(Ask("CLEARALIGN s"), "OK\n");
+    EXPECT_EQ(Ask("LOAD my job"), "OK\n");
+    EXPECT_EQ(Ask("TRIGGER"), "OK\n");
+
+    EXPECT_EQ(service.begun, (std::vector<std::string>{"1 ", "2 ", "3 ", "4 s", "5 my job", "6 "}));
+    EXPECT_EQ(counters.requests, 11u);
+    EXPECT_EQ(counters.errors, 0u);
+    EXPECT_EQ(conversation.AnsweredCount(), 11u);
+}
+
+TEST_F(AsciiConversationTest, RefusesWithStatusAndText)
+{
+    EXPECT_EQ(Ask("GET nothing"), "ERROR -999 There is no output of this name\n");
+    EXPECT_EQ(Ask("NONSENSE"), "ERROR -996 There is no such request; HELP lists them\n");
+    EXPECT_EQ(Ask(""), "ERROR -997 The request is empty\n");
+    service.refusal = -976;
+    service.refusalText = "busy\nwith another";
+    EXPECT_EQ(Ask("START"), "ERROR -976 busy with another\n");
+    service.refusalText = "";
+    EXPECT_EQ(Ask("START"), "ERROR -976 The request is refused\n");
+
+    EXPECT_FALSE(conversation.IsWaiting());
+    EXPECT_EQ(counters.requests, 5u);
+    EXPECT_EQ(counters.errors, 5u);
+}
+
+TEST_F(AsciiConversationTest, TakesACarriageReturnBeforeTheLineFeed)
+{
+    EXPECT_TRUE(Send("LIST\r\nLIST\n"));
+
+    EXPECT_EQ(Take(), "OK 1 zMax\nOK 1 zMax\n");
+}
+
+TEST_F(AsciiConversationTest, AnswersInOrderWhateverThePieces)
+{
+    std::string const requests = "LIST\nGET zMax\r\nFOO\nSTATUS\n";
+    std::string const answers = "OK 1 zMax\nOK zMax 25.000 1\nERROR -996 There is no such request; HELP lists them\n"
+                                "OK state=ready\n";
+    for (std::size_t piece = 1; piece <= requests.size(); ++piece)
+    {
+        for (std::size_t at = 0; at < requests.size(); at += piece)
+        {
+            EXPECT_TRUE(Send(std::string_view(requests).substr(at, piece)));
+        }
+        EXPECT_EQ(Take(), answers) << piece;
+    }
+}
+
+TEST_F(AsciiConversationTest, TellsTheEndOfItsOwnOperationAlone)
+{
+    Ask("START");
+    EXPECT_TRUE(conversation.IsWaiting());
+
+    EXPECT_FALSE(conversation.OperationEnded(7, true));
+    EXPECT_EQ(Take(), "");
+    EXPECT_TRUE(conversation.OperationEnded(1, true));
+    EXPECT_EQ(Take(), "DONE\n");
+    EXPECT_FALSE(conversation.OperationEnded(1, true));
+    EXPECT_FALSE(conversation.OperationEnded(0, true));
+    EXPECT_EQ(Take(), "");
+
+    Ask("STOP");
+    EXPECT_TRUE(conversation.OperationEnded(2, false));
+    EXPECT_EQ(Take(), "FAILED\n");
+}
+
+TEST_F(AsciiConversationTest, AnswersOtherRequestsWhileAnOperationRuns)
+{
+    Ask("START");
+
+    EXPECT_EQ(Ask("GET zMax"), "OK zMax 25.000 1\n");
+    service.refusal = -976;
+    service.refusalText = "busy";
+    EXPECT_EQ(Ask("STOP"), "ERROR -976 busy\n");
+    EXPECT_TRUE(conversation.OperationEnded(1, true));
+
+    EXPECT_EQ(Take(), "DONE\n");
+}
+
+TEST_F(AsciiConversationTest, TakesTheLongestLineAndNoLonger)
+{
+    std::string const longest = "LIST" + std::string(AsciiRequest::MAX_BYTES - 4, ' ');
+
+    EXPECT_EQ(Ask(longest), "OK 1 zMax\n");
+    EXPECT_EQ(Ask(longest + "\r"), "OK 1 zMax\n");
+    EXPECT_EQ(Ask(longest + " "), "ERROR -997 A request has at most 1024 bytes\n");
+    EXPECT_EQ(Ask("LIST"), "OK 1 zMax\n");
+}
+
+TEST_F(AsciiConversationTest, RefusesALineWithoutEndOnceAndPassesItsRestOver)
+{
+    std::string refused;
+    for (int i = 0; i < 100; ++i)
+    {
+        EXPECT_TRUE(Send(std::string(1000, 'a')));
+        refused += Take();
+    }
+
+    EXPECT_EQ(refused, "ERROR -997 A request has at most 1024 bytes\n");
+    EXPECT_TRUE(Send("LIST\nGET zMax\n")); // the first is still that line
+    EXPECT_EQ(Take(), "OK zMax 25.000 1\n");
+    EXPECT_EQ(counters.requests, 2u);
+}
+
+TEST_F(AsciiConversationTest, RefusesALongLineInTheMiddleOfOthers)
+{
+    EXPECT_TRUE(Send("LIST\n" + std::string(20'000, 'a') + "\nLIST\n"));
+
+    EXPECT_EQ(Take(), "OK 1 zMax\nERROR -997 A request has at most 1024 bytes\nOK 1 zMax\n");
+}
+
+TEST_F(AsciiConversationTest, ReadsNoMoreFromWhoTakesNoAnswers)
+{
+    service.names = "1 " + std::string(1000, 'n');
+    std::string requests;
+    for (int i = 0; i < 10'000; ++i)
+    {
+        requests += "LIST\n";
+    }
+
+    EXPECT_FALSE(Send(requests));
+
+    EXPECT_LE(conversation.Pending().size(), AsciiConversation::FULL_BYTES + 2000);
+    EXPECT_TRUE(conversation.Room().empty());
+    uint64 const before = conversation.AnsweredCount();
+    conversation.Sent(conversation.Pending().size());
+    EXPECT_GT(conversation.AnsweredCount(), before); // what waited in the input
+    EXPECT_FALSE(conversation.Pending().empty());
+}
+
+TEST_F(AsciiConversationTest, KeepsItsOrderWhenAnswersGoInPieces)
+{
+    std::string taken;
+    EXPECT_TRUE(Send("LIST\nGET zMax\nLIST\n"));
+    while (!conversation.Pending().empty())
+    {
+        taken += conversation.Pending().front();
+        conversation.Sent(1);
+    }
+
+    EXPECT_EQ(taken, "OK 1 zMax\nOK zMax 25.000 1\nOK 1 zMax\n");
+    EXPECT_EQ(counters.bytesOut, taken.size());
+}
+
+TEST_F(AsciiConversationTest, GivesResultsWhileSubscribed)
+{
+    feed.Publish("DATA 1\n");
+    EXPECT_EQ(Ask("SUBSCRIBE"), "OK\n");
+    EXPECT_TRUE(feed.HasReaders());
+    feed.Publish("DATA 2\n");
+    EXPECT_EQ(Ask("SUBSCRIBE"), "OK\n"); // once more: nothing is lost and nothing comes twice
+    conversation.TakeData();
+    EXPECT_EQ(Take(), "DATA 2\n");
+
+    feed.Publish("DATA 3\n");
+    EXPECT_EQ(Ask("UNSUBSCRIBE"), "OK\n");
+    conversation.TakeData();
+    EXPECT_EQ(Take(), "");
+    EXPECT_FALSE(feed.HasReaders());
+    EXPECT_EQ(Ask("UNSUBSCRIBE"), "OK\n");
+    EXPECT_FALSE(feed.HasReaders());
+}
+
+TEST_F(AsciiConversationTest, BoundsWhatWaitsForASlowReaderAndCountsWhatItMisses)
+{
+    constexpr uint64 LINES = 10'000;
+    Ask("SUBSCRIBE");
+    std::string const line = "DATA 1 " + std::string(92, 'x') + "\n";
+    for (uint64 i = 0; i < LINES; ++i)
+    {
+        feed.Publish(line);
+        conversation.TakeData();
+        ASSERT_LE(conversation.Pending().size(), AsciiConversation::DATA_BYTES + line.size());
+    }
+
+    uint64 const waiting = conversation.Pending().size() / line.size();
+    EXPECT_EQ(counters.controlDrops, LINES - waiting - DataFeed::MAX_LINES);
+    std::string taken;
+    for (conversation.TakeData(); !conversation.Pending().empty(); conversation.TakeData())
+    {
+        taken += Take();
+    }
+    EXPECT_EQ(taken.size(), (waiting + DataFeed::MAX_LINES) * line.size()); // all that was not counted
+    EXPECT_EQ(counters.controlDrops, LINES - waiting - DataFeed::MAX_LINES);
+}
+
+TEST_F(AsciiConversationTest, TellsTextsToWhoTakesThem)
+{
+    conversation.Tell("TEXT hello");
+    EXPECT_EQ(Take(), "TEXT hello\n");
+    service.names = "1 " + std::string(AsciiConversation::FULL_BYTES, 'n');
+    Send("LIST\n");
+    std::size_t const before = conversation.Pending().size();
+
+    conversation.Tell("TEXT hello");
+
+    EXPECT_EQ(conversation.Pending().size(), before);
+    EXPECT_EQ(counters.controlDrops, 1u);
+}
+
+TEST_F(AsciiConversationTest, IsOverWhenTheClientHasEndedAndAllIsSaid)
+{
+    EXPECT_FALSE(conversation.IsOver());
+    Send("LIST\nSTA");
+    conversation.InputEnded();
+    EXPECT_FALSE(conversation.IsOver());
+    EXPECT_TRUE(conversation.Room().empty());
+
+    EXPECT_EQ(Take(), "OK 1 zMax\n"); // what has no end is no request
+
+    EXPECT_TRUE(conversation.IsOver());
+}
+
+TEST_F(AsciiConversationTest, IsNotOverWhileAnOperationRunsOrResultsMayCome)
+{
+    Ask("START");
+    Ask("SUBSCRIBE");
+    conversation.InputEnded();
+    EXPECT_FALSE(conversation.IsOver());
+    conversation.OperationEnded(1, true);
+    Take();
+    EXPECT_FALSE(conversation.IsOver());
+
+    AsciiConversation waiting{service, feed, counters};
+    std::memcpy(waiting.Room().data(), "START\n", 6);
+    waiting.Received(6);
+    waiting.InputEnded();
+    waiting.Sent(waiting.Pending().size());
+    EXPECT_FALSE(waiting.IsOver());
+    waiting.OperationEnded(2, false);
+    waiting.Sent(waiting.Pending().size());
+    EXPECT_TRUE(waiting.IsOver());
+}
+
+TEST_F(AsciiConversationTest, EndsItsSubscriptionWhenItGoes)
+{
+    {
+        AsciiConversation other{service, feed, counters};
+        std::memcpy(other.Room().data(), "SUBSCRIBE\n", 10);
+        other.Received(10);
+        EXPECT_TRUE(feed.HasReaders());
+    }
+
+    EXPECT_FALSE(feed.HasReaders());
+}
+
+TEST_F(AsciiConversationTest, NotesHowLongARequestTook)
+{
+    counters.largestHandlingUsec = 1'000'000'000;
+
+    Ask("LIST");
+
+    EXPECT_EQ(counters.largestHandlingUsec, 1'000'000'000u);
+    counters.Reset();
+    EXPECT_EQ(counters.largestHandlingUsec, 0u);
+}
+
+} // namespace AsciiTcp

@@ -1,0 +1,70 @@
+#include "Plugins/AsciiTcp/AsciiParams.h"
+#include "Support/Refusal.h"
+#include "ZuApi/JsonSerializer.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace AsciiTcp
+{
+
+using nlohmann::json;
+using Zu::Properties::JsonSerializer;
+
+TEST(AsciiParams, AreBornWithTheirDefaults)
+{
+    AsciiParams const params;
+
+    EXPECT_EQ(JsonSerializer::Serialize(params), json::parse(R"({
+        "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60})"));
+}
+
+struct RefusedParams
+{
+    char const* name;
+    char const* document;
+    char const* text;
+};
+
+class RefusedAsciiParams : public testing::TestWithParam<RefusedParams>
+{
+};
+
+TEST_P(RefusedAsciiParams, AreNamedAndChangeNothing)
+{
+    AsciiParams params;
+
+    ZuTest::Refusal const refusal =
+        ZuTest::RefusalOf([&] { JsonSerializer::Validate(params, json::parse(GetParam().document)); });
+
+    EXPECT_EQ(refusal.status, -997);
+    EXPECT_NE(refusal.text.find(GetParam().text), std::string::npos) << refusal.text;
+    EXPECT_EQ(JsonSerializer::Serialize(params), JsonSerializer::Serialize(AsciiParams()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryBound, RefusedAsciiParams,
+    testing::Values(RefusedParams{"NoClients", R"({"maxClients": 0})", "Maximum Number of Clients"},
+                    RefusedParams{"TooManyClients", R"({"maxClients": 513})", "Maximum Number of Clients"},
+                    RefusedParams{"TooManyDecimals", R"({"decimals": 10})", "Digits Behind the Point"},
+                    RefusedParams{"NoTime", R"({"idleTimeout": 0})", "Idle Timeout"},
+                    RefusedParams{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(AsciiParams, TakeTheEndsOfTheirBounds)
+{
+    AsciiParams params;
+    json const document = json::parse(R"({
+        "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400})");
+
+    JsonSerializer::Validate(params, document);
+    JsonSerializer::Deserialize(params, document);
+
+    EXPECT_EQ(JsonSerializer::Serialize(params), document);
+    params.SetDefaults();
+    EXPECT_EQ(params.port.Get(), 5025);
+}
+
+} // namespace AsciiTcp
