@@ -7,7 +7,7 @@ set(ZU_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZuControl)
 set(ZU_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/zucontrol/plugins)
 
 set(ZU_LIBRARIES ZuApi ZuPlatform ZuControl)
-set(ZU_PLUGINS ModbusTcp)
+set(ZU_PLUGINS AsciiTcp ModbusTcp)
 
 set_target_properties(${ZU_LIBRARIES} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(${ZU_PLUGINS} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
