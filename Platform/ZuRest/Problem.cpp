@@ -43,6 +43,12 @@ bool IsJsonException(std::exception const& exception)
     return dynamic_cast<nlohmann::json::exception const*>(&exception) != nullptr;
 }
 
+/// Whether the exception is one of ours that says in words why it refuses.
+bool IsRefusal(std::exception const& exception)
+{
+    return dynamic_cast<Zu::Exception const*>(&exception) != nullptr && *exception.what() != '\0';
+}
+
 /// How a sentence ends for a status that came without a text.
 char const* PhraseOf(int32 status)
 {
@@ -89,14 +95,20 @@ Problem Problem::Of(std::exception const& exception, std::string const& method, 
     problem.code = Zu::Exception::StatusOf(exception);
     problem.detail = exception.what();
     bool isJson = IsJsonException(exception);
+    bool isRefusal = IsRefusal(exception);
     VisitCauses(exception, [&](std::exception const& cause) {
         isJson = isJson || IsJsonException(cause);
+        isRefusal = isRefusal && IsRefusal(cause);
         if (std::string text = cause.what(); !text.empty())
         {
             problem.causes.push_back(std::move(text));
         }
     });
     problem.status = isJson ? HttpStatus::BAD_REQUEST : HttpStatus::Of(problem.code);
+    if (!isJson && problem.code == Zu::Status::FAILURE && isRefusal)
+    {
+        problem.status = HttpStatus::CONFLICT; // it has no number of its own, and nothing is broken all the same
+    }
     if (problem.detail.empty())
     {
         problem.detail.append(method).append(" of ").append(path).append(" failed: ").append(PhraseOf(problem.code));

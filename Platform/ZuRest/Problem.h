@@ -18,7 +18,8 @@ struct ZUPLATFORM_API Problem
     std::vector<std::string> causes;            ///< the texts of what was nested in it, from the outside in
 
     /// What `exception` says of a request. One without a text gets a plain sentence of what was asked of which path. A JSON
-    /// exception anywhere in its chain is the fault of the client.
+    /// exception anywhere in its chain is the fault of the client; so is a failure without a number that ours alone tell
+    /// about, each in words: it is a refusal.
     static Problem Of(std::exception const& exception, std::string const& method, std::string const& path);
 
     nlohmann::json ToJson() const;

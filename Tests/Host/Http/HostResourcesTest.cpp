@@ -150,8 +150,7 @@ TEST_F(HostResourcesTest, LinksWhatThereIsFromItsRoot)
             "zu:problems": {"href": "/problems"},
             "zu:events": {"href": "/events"},
             "zu:relations": {"href": "/relations"},
-            "zu:metrics": [{"href": "/controls/{protocol}/metrics", "templated": true},
-                           {"href": "/controls/hardware/metrics"}],
+            "zu:metrics": {"href": "/controls/{protocol}/metrics", "templated": true},
             "zu:schema": {"href": "{+path}?schema=true", "templated": true}})"));
     }
     router.Deregister("/controls", true);

@@ -337,9 +337,9 @@ TEST_F(ResourceRequestProcessorTest, TellsOneStateOfADocumentFromAnother)
 TEST_F(ResourceRequestProcessorTest, TurnsEachStatusIntoOneOfHttp)
 {
     FakeResource& resource = Place("/thing");
-    std::map<int32, uint32> const table{{-999, 404}, {-996, 404}, {-984, 400}, {-989, 400}, {-997, 422},  {-992, 422},
-                                        {-987, 409}, {-980, 409}, {-977, 409}, {-998, 409}, {-1000, 409}, {-982, 403},
-                                        {-976, 503}, {-993, 504}, {0, 500},    {-1, 500}};
+    std::map<int32, uint32> const table{{-999, 404},  {-996, 404}, {-984, 400}, {-989, 400}, {-997, 422},
+                                        {-992, 422},  {-987, 409}, {-980, 409}, {-977, 409}, {-998, 409},
+                                        {-1000, 409}, {-982, 403}, {-976, 503}, {-993, 504}, {-1, 500}};
     for (auto const& row : table)
     {
         int32 const status = row.first;
@@ -353,6 +353,39 @@ TEST_F(ResourceRequestProcessorTest, TurnsEachStatusIntoOneOfHttp)
         std::string const plain = Json::parse(Send("GET", "/thing").body).at("detail").get<std::string>();
         EXPECT_TRUE(plain.starts_with("GET of /thing failed: ") && plain.ends_with('.')) << plain;
     }
+}
+
+TEST_F(ResourceRequestProcessorTest, TakesAFailureThatIsToldInWordsForARefusal)
+{
+    FakeResource& resource = Place("/thing");
+    auto const statusOf = [&](std::function<void()> const& fail, bool isNested) {
+        resource.document = [&fail, isNested](RequestInfo const&, ResponseInfo&) -> Json {
+            try
+            {
+                fail();
+            }
+            catch (std::exception const&)
+            {
+                if (isNested)
+                {
+                    ZU_THROW_NESTED("outer");
+                }
+                throw;
+            }
+            return {};
+        };
+        return Send("GET", "/thing").status;
+    };
+    auto const inWords = [] { ZU_THROW(Zu::Status::FAILURE, "Nothing was removed"); };
+    auto const withoutWords = [] { ZU_THROW(Zu::Status::FAILURE); };
+    auto const notOurs = [] { throw std::runtime_error("broken"); };
+
+    EXPECT_EQ(statusOf(inWords, false), 409U);
+    EXPECT_EQ(statusOf(inWords, true), 409U);
+    EXPECT_EQ(statusOf(withoutWords, false), 500U);
+    EXPECT_EQ(statusOf(withoutWords, true), 500U);
+    EXPECT_EQ(statusOf(notOurs, false), 500U);
+    EXPECT_EQ(statusOf(notOurs, true), 500U);
 }
 
 TEST_F(ResourceRequestProcessorTest, TellsTheCausesFromTheOutsideIn)
