@@ -18,25 +18,12 @@ namespace
 {
 
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
-
-/// Where plug-ins lie when the command line does not say: in the folder "plugins" beside the program, or where an
-/// installed program has them. Empty when there is neither.
-std::filesystem::path DefaultPluginFolder()
-{
-    std::filesystem::path const programFolder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    for (char const* const folder : {"plugins", ZU_INSTALLED_PLUGINS})
-    {
-        if (std::filesystem::is_directory(programFolder / folder))
-        {
-            return programFolder / folder;
-        }
-    }
-    return {};
-}
+constexpr char const* PROBLEM_SOURCE = "Plug-ins";
 
 } // namespace
 
-Application::Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source)
+Application::Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source,
+                         PluginClinic::Admission const& plugins)
     : options(newOptions),
       deployment(options.deployment),
       persistManager({options.jobName}),
@@ -56,7 +43,7 @@ Application::Application(Options const& newOptions, std::string const& token, st
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
     persistManager.LoadJob(options.jobName);
-    LoadPlugins();
+    LoadPlugins(plugins);
     BuildModule();
     MakeNewJob();
     hostResources.emplace(router, problems, scanEngines);
@@ -110,17 +97,27 @@ ZuControl::IControlManager& Application::Controls() const
     return persistRegistry.Controls();
 }
 
-void Application::LoadPlugins()
+void Application::LoadPlugins(PluginClinic::Admission const& plugins)
 {
-    std::vector<std::filesystem::path> folders = options.pluginFolders;
-    if (std::filesystem::path folder = DefaultPluginFolder(); folders.empty() && !folder.empty())
+    for (PluginClinic::Complaint const& complaint : plugins.complaints)
     {
-        folders.push_back(std::move(folder));
+        ZU_LOG_USER_ERROR("%1$s", complaint.sentence.c_str());
+        ZU_LOG_ERROR("%s", complaint.sentence.c_str());
+        RaiseComplaint(complaint.sentence);
     }
-    for (std::filesystem::path const& folder : folders)
+    for (std::filesystem::path const& file : plugins.files)
     {
-        pluginManager.LoadFolder(folder.string());
+        pluginManager.LoadFile(file.string());
     }
+    for (auto const& refusal : pluginManager.Refusals()) // changed its mind since it was tried; the log has it already
+    {
+        RaiseComplaint(refusal.reason);
+    }
+}
+
+void Application::RaiseComplaint(std::string const& sentence)
+{
+    problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
 }
 
 void Application::BuildModule()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
 #include "Host/Http/HostResources.h"
 #include "Host/Http/HttpServer.h"
@@ -42,9 +43,10 @@ public:
         bool operator==(Listener const&) const = default;
     };
 
-    /// Loads the plug-ins, builds the module, with a new job, and takes the address of the REST service, which asks for
+    /// Loads the plug-ins that were admitted, with a problem for each of the others, builds the module, with a new job, and takes the address of the REST service, which asks for
     /// `token` unless that is empty. Throws what a protocol throws that cannot be built, and what HttpServer throws.
-    Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source);
+    Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source,
+                PluginClinic::Admission const& plugins);
     ~Application(); ///< ends the REST service, then stops scanning, then ends the protocols
 
     Application(Application const&) = delete;
@@ -61,7 +63,8 @@ public:
     ZuControl::IControlManager& Controls() const;
 
 private:
-    void LoadPlugins();
+    void LoadPlugins(PluginClinic::Admission const& plugins);
+    void RaiseComplaint(std::string const& sentence);
     void BuildModule();
     void MakeNewJob();
     void Enable(std::string const& typeName);

@@ -1,6 +1,8 @@
 #include "Host/HostProgram.h"
 
 #include "Host/Application.h"
+#include "Host/Clinic/PluginClinic.h"
+#include "Host/Clinic/PluginFiles.h"
 #include "Host/Http/BearerToken.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/Sensor/Replay.h"
@@ -65,10 +67,12 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     std::string const token = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
+    // Before the first thread is made, since it makes processes; and without a log, so that each line is told once.
+    auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
 
     LogScope const log(options.logLevel);
     failureStatus = EXIT_BROKEN;
-    Application application(options, token, std::move(source));
+    Application application(options, token, std::move(source), plugins);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
@@ -80,6 +84,18 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     waitForStop();
 }
 
+int CheckPlugin(Options const& options, std::ostream& output, std::ostream& errors)
+{
+    PluginClinic::CheckUp const checkUp = PluginClinic(options.deployment).Check(options.checkedPlugin);
+    if (!checkUp.isSound)
+    {
+        errors << "zucontrol-host: " << checkUp.report << std::endl;
+        return EXIT_BROKEN;
+    }
+    output << checkUp.report;
+    return EXIT_FINE;
+}
+
 } // namespace
 
 int RunHost(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors,
@@ -89,6 +105,10 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
     try
     {
         Options const options = ParseOptions(words);
+        if (options.request == Options::Request::CHECK_PLUGIN)
+        {
+            return CheckPlugin(options, output, errors);
+        }
         if (options.request == Options::Request::RUN)
         {
             RunSensor(options, output, waitForStop, failureStatus);

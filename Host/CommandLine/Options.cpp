@@ -23,6 +23,7 @@ enum OptionCode : int
     DATA,
     JOB,
     PLUGINS,
+    CHECK_PLUGIN,
     DEPLOYMENT,
     REPLAY,
     RATE,
@@ -40,6 +41,7 @@ constexpr std::array OPTION_TABLE{
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
     option{"plugins", required_argument, nullptr, PLUGINS},
+    option{"check-plugin", required_argument, nullptr, CHECK_PLUGIN},
     option{"deployment", required_argument, nullptr, DEPLOYMENT},
     option{"replay", required_argument, nullptr, REPLAY},
     option{"rate", required_argument, nullptr, RATE},
@@ -180,6 +182,10 @@ void Apply(int code, std::string const& text, Options& options)
     case PLUGINS:
         options.pluginFolders.emplace_back(ParseNotEmpty("plugins", text));
         break;
+    case CHECK_PLUGIN:
+        options.request = Options::Request::CHECK_PLUGIN;
+        options.checkedPlugin = ParseNotEmpty("check-plugin", text);
+        break;
     case DEPLOYMENT:
         options.deployment = ParseName("deployment", text, DEPLOYMENT_NAMES);
         break;
@@ -210,6 +216,12 @@ void Apply(int code, std::string const& text, Options& options)
     }
 }
 
+/// Whether a text is asked for, which ends the command line.
+bool IsToShow(Options::Request request)
+{
+    return request == Options::Request::SHOW_HELP || request == Options::Request::SHOW_VERSION;
+}
+
 } // namespace
 
 Options ParseOptions(std::vector<std::string> const& words)
@@ -225,7 +237,7 @@ Options ParseOptions(std::vector<std::string> const& words)
 
     Options options;
     optind = 0; // 0 and not 1: forget a command line read before
-    while (options.request == Options::Request::RUN)
+    while (!IsToShow(options.request))
     {
         int const current = std::max(optind, 1);
         // "+": nothing is moved about, so that `current` names the word at fault. ":": the texts are ours.
@@ -246,7 +258,7 @@ Options ParseOptions(std::vector<std::string> const& words)
         }
         Apply(code, optarg == nullptr ? "" : optarg, options);
     }
-    if (options.request == Options::Request::RUN && optind < count)
+    if (!IsToShow(options.request) && optind < count)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no option", words[static_cast<std::size_t>(optind)].c_str());
     }
@@ -264,6 +276,8 @@ std::string HelpText()
            "  --data DIR           where jobs and settings live (zucontrol-data)\n"
            "  --job NAME           the job to begin with (default)\n"
            "  --plugins DIR        folder of protocol plug-ins; may be repeated (plugins, beside the program)\n"
+           "  --check-plugin FILE  lead one plug-in through its whole life, tell what failed or what it offers, and "
+           "end\n"
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
            "                       tavrin-service-app (physical-sensor)\n"
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"

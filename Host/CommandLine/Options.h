@@ -43,6 +43,7 @@ struct Options
     enum class Request
     {
         RUN,
+        CHECK_PLUGIN,
         SHOW_HELP,
         SHOW_VERSION
     };
@@ -57,6 +58,7 @@ struct Options
     std::filesystem::path dataFolder = "zucontrol-data"; ///< where jobs and settings live
     std::string jobName = "default";
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
+    std::filesystem::path checkedPlugin;              ///< of CHECK_PLUGIN
     Deployment deployment = Deployment::PHYSICAL_SENSOR;
     std::filesystem::path replayFile;       ///< empty: the simulated part
     double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles

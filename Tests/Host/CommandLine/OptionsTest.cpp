@@ -87,6 +87,15 @@ TEST(Options, KnowsEveryDeploymentAndLevel)
     EXPECT_EQ(Parse({"--log", "info"}).logLevel, LogLevel::INFO);
 }
 
+TEST(Options, ReadsOnBehindThePluginThatIsToBeChecked)
+{
+    Options const options = Parse({"--check-plugin", "a.so", "--deployment", "virtual-sensor"});
+
+    EXPECT_EQ(options.request, Options::Request::CHECK_PLUGIN);
+    EXPECT_EQ(options.checkedPlugin, "a.so");
+    EXPECT_EQ(options.deployment, Deployment::VIRTUAL_SENSOR);
+}
+
 TEST(Options, StopsReadingAtARequestForHelpOrVersion)
 {
     EXPECT_EQ(Parse({"--help", "--rate", "never"}).request, Options::Request::SHOW_HELP);
@@ -97,8 +106,8 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--deployment", "--replay", "--rate",
-                             "--start", "--enable", "--param", "--log", "--help", "--version"})
+    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment",
+                             "--replay", "--rate", "--start", "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -140,6 +149,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnknownShort", {"-x"}, "option '-x' is not known or takes no value"},
         RefusalCase{"NoValueTaken", {"--start=yes"}, "option '--start=yes' is not known or takes no value"},
         RefusalCase{"ValueMissing", {"--start", "--job"}, "option '--job' needs a value"},
+        RefusalCase{
+            "CheckedPluginEmpty", {"--check-plugin", ""}, "option '--check-plugin' needs a value that is not empty"},
         RefusalCase{"NoOption", {"--start", "extra"}, "'extra' is no option"},
         RefusalCase{"RateText",
                     {"--rate", "fast"},

@@ -1,0 +1,253 @@
+#include "Host/Clinic/PluginClinic.h"
+
+#include "Host/Clinic/ChildProcess.h"
+#include "Host/Clinic/PluginTrial.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Paths = std::vector<std::filesystem::path>;
+using Say = ChildProcess::Say;
+
+// What a child says: one of these and a text.
+constexpr char BEGINS = 'b';    // what the plug-in is being done to now: "loaded"
+constexpr char COMPLAINS = 'c'; // a sentence; the trial of this plug-in is over
+constexpr char PRAISES = 'p';   // likewise; what the plug-in offers, where that was asked for
+
+/// The first error that goes to the log.
+class FirstError final : public Zu::Logging::ISink
+{
+public:
+    bool Wants(uint64 flags) const override
+    {
+        return (flags & Zu::Logging::LEVEL_MASK) == (Zu::Logging::FLAGS_ERROR & Zu::Logging::LEVEL_MASK);
+    }
+
+    void Write(Zu::Logging::Entry const& entry) override
+    {
+        std::scoped_lock const guard(lock);
+        if (text.empty())
+        {
+            text = entry.text;
+        }
+    }
+
+    std::string Text() const
+    {
+        std::scoped_lock const guard(lock);
+        return text;
+    }
+
+private:
+    mutable std::mutex lock; // a leaf: guards the text
+    std::string text;
+};
+
+std::string Sentence(std::filesystem::path const& file, std::string const& fault, std::string const& station)
+{
+    return "Plug-in " + file.string() + " " + fault + " while it was being " + station;
+}
+
+/// The outermost text, and the innermost where that is another.
+std::string TextOf(std::exception const& exception)
+{
+    std::string const text = exception.what();
+    try
+    {
+        std::rethrow_if_nested(exception);
+    }
+    catch (std::exception const& nested)
+    {
+        std::string const inner = TextOf(nested);
+        return inner.empty() || inner == text ? text : (text.empty() ? inner : text + ": " + inner);
+    }
+    catch (...) // what is no exception has no text
+    {
+    }
+    int32 const status = Zu::Exception::StatusOf(exception);
+    return text.empty() ? "failed with status " + std::to_string(status) : text;
+}
+
+/// The stations of one plug-in, in the child.
+class Round final
+{
+public:
+    Round(std::filesystem::path triedFile, Deployment kind, Say const& usedSay)
+        : file(std::move(triedFile)), say(usedSay), trial(file, kind)
+    {
+    }
+
+    /// False when it failed, which has been said then.
+    template <typename Step>
+    bool Goes(std::string const& station, Step&& step)
+    {
+        say(BEGINS + station);
+        try
+        {
+            step(trial);
+            return true;
+        }
+        catch (std::exception const& exception)
+        {
+            Complain(station, "failed (" + TextOf(exception) + ")");
+        }
+        catch (...)
+        {
+            Complain(station, "threw something that is no exception");
+        }
+        return false;
+    }
+
+    bool Loads()
+    {
+        say(BEGINS + std::string("loaded"));
+        try
+        {
+            trial.Load();
+            return true;
+        }
+        catch (std::exception const& exception) // the loader's sentence says all
+        {
+            say(COMPLAINS + std::string(exception.what()));
+            return false;
+        }
+    }
+
+    void Complain(std::string const& station, std::string const& fault)
+    {
+        say(COMPLAINS + Sentence(file, fault, station));
+    }
+
+private:
+    std::filesystem::path const file;
+    Say const& say;
+    PluginTrial trial;
+};
+
+// The rounds are not destroyed: with their child they are gone, and a plug-in that hangs in its destructor has been told.
+
+void TryAdmission(Paths const& files, Deployment deployment, Say const& say)
+{
+    for (std::filesystem::path const& file : files)
+    {
+        auto* const round = new Round(file, deployment, say);
+        if (round->Loads() && round->Goes("made", [](PluginTrial& trial) { trial.Create(); }))
+        {
+            say(std::string(1, PRAISES));
+        }
+    }
+}
+
+void TryLife(std::filesystem::path const& file, Deployment deployment, Say const& say)
+{
+    auto* const round = new Round(file, deployment, say);
+    if (!round->Loads())
+    {
+        return;
+    }
+    auto const errors = std::make_shared<FirstError>();
+    Zu::Logging::AddSink(errors);
+    std::string offer;
+    bool const goes = round->Goes("made", [](PluginTrial& trial) { trial.Create(); }) &&
+                      round->Goes("made a second time", [](PluginTrial& trial) { trial.CreateAnew(); }) &&
+                      round->Goes("started", [](PluginTrial& trial) { trial.Start(); }) &&
+                      round->Goes("asked what it offers", [&](PluginTrial& trial) { offer = trial.Offer(); }) &&
+                      round->Goes("fed with results", [](PluginTrial& trial) { trial.Feed(); }) &&
+                      round->Goes("stopped", [](PluginTrial& trial) { trial.Stop(); }) &&
+                      round->Goes("destroyed", [](PluginTrial& trial) { trial.Destroy(); });
+    if (goes && !errors->Text().empty())
+    {
+        round->Complain("tried", "wrote an error to the log (" + errors->Text() + ")");
+    }
+    else if (goes)
+    {
+        say(PRAISES + offer);
+    }
+}
+
+/// What is left of a child's words.
+struct Verdict
+{
+    std::vector<std::string> outcomes; ///< a complaint or a praise for each plug-in whose trial came to an end
+    std::string station;               ///< where the last one was
+};
+
+Verdict VerdictOf(std::vector<std::string> const& said)
+{
+    Verdict verdict;
+    for (std::string const& text : said)
+    {
+        if (text.front() == BEGINS)
+        {
+            verdict.station = text.substr(1);
+        }
+        else
+        {
+            verdict.outcomes.push_back(text);
+        }
+    }
+    return verdict;
+}
+
+} // namespace
+
+PluginClinic::PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence)
+    : deployment(deploymentKind), silence(longestSilence)
+{
+}
+
+PluginClinic::Admission PluginClinic::Admit(Paths files) const
+{
+    Admission admission;
+    while (!files.empty())
+    {
+        ChildProcess::End const end =
+            ChildProcess::Run([&](Say const& say) { TryAdmission(files, deployment, say); }, silence);
+        Verdict const verdict = VerdictOf(end.said);
+        std::size_t tried = 0;
+        for (std::string const& outcome : verdict.outcomes)
+        {
+            std::filesystem::path const& file = files.at(tried++);
+            if (outcome.front() == PRAISES)
+            {
+                admission.files.push_back(file);
+            }
+            else
+            {
+                admission.complaints.push_back({file, outcome.substr(1)});
+            }
+        }
+        if (tried < files.size()) // the child ended with the next one
+        {
+            std::filesystem::path const& file = files[tried++];
+            admission.complaints.push_back({file, Sentence(file, end.fault, verdict.station)});
+        }
+        files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(tried));
+    }
+    return admission;
+}
+
+PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file) const
+{
+    ChildProcess::End const end = ChildProcess::Run([&](Say const& say) { TryLife(file, deployment, say); }, silence);
+    Verdict const verdict = VerdictOf(end.said);
+    if (verdict.outcomes.empty())
+    {
+        return {false, Sentence(file, end.fault, verdict.station)};
+    }
+    std::string const& outcome = verdict.outcomes.front();
+    return {outcome.front() == PRAISES, outcome.substr(1)};
+}
+
+} // namespace ZuHost

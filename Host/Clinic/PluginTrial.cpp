@@ -1,0 +1,305 @@
+#include "Host/Clinic/PluginTrial.h"
+
+#include "Host/Module/ListenerAddress.h"
+#include "Host/Module/ParameterSetter.h"
+#include "Host/Sensor/SimulatedPart.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/ControlPlugin.h"
+#include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Control/IControlManager.h"
+#include "ZuControl/ControlProtocol/IProtocol.h"
+#include "wApi/wArrayList.h"
+#include "wApi/wHandle.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace ZuHost
+{
+
+using ZuControl::IControlInstance;
+using ZuControl::ControlProtocol::IProtocol;
+
+namespace
+{
+
+constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+constexpr double RATE_HZ = 1000;
+constexpr std::size_t FED_SETS = 10;
+constexpr std::chrono::seconds LONGEST_SCAN{5};
+
+/// Keeps the first sets that come through a hub.
+class SetKeeper final
+{
+public:
+    explicit SetKeeper(ZuCore::ResultHub& usedHub) : hub(usedHub)
+    {
+        id = hub.AddResultHandler([this](void* set) { Keep(static_cast<ZuCore::ResultSet>(set)); });
+    }
+
+    ~SetKeeper()
+    {
+        hub.RemoveResultHandler(id);
+    }
+
+    SetKeeper(SetKeeper const&) = delete;
+    SetKeeper& operator=(SetKeeper const&) = delete;
+
+    void Wait()
+    {
+        std::unique_lock guard(lock);
+        changed.wait_for(guard, LONGEST_SCAN, [this] { return kept.size() == FED_SETS; });
+    }
+
+    /// The sets as a dispatcher hands them over; the list shares them.
+    void Fill(wArrayList& list)
+    {
+        std::scoped_lock const guard(lock);
+        ZU_CHECK(wArrayList_Construct(&list, nullptr, kept.size(), nullptr));
+        for (auto& set : kept)
+        {
+            ZU_CHECK(wArrayList_Add(list, set.get()));
+            wObject_Share(set.get());
+        }
+    }
+
+private:
+    void Keep(ZuCore::ResultSet set)
+    {
+        {
+            std::scoped_lock const guard(lock);
+            if (kept.size() < FED_SETS)
+            {
+                kept.push_back(wHandle_Share(set));
+            }
+        }
+        changed.notify_all();
+    }
+
+    ZuCore::ResultHub& hub;
+    ZuCore::ResultHub::CallbackId id;
+    std::mutex lock; // a leaf: guards the sets
+    std::condition_variable changed;
+    std::vector<wHandle<ZuCore::ResultSetObject>> kept;
+};
+
+bool HasPort(IControlInstance& instance)
+{
+    Zu::Params::Group const& params = instance.Params();
+    for (uint64 i = 0; i < params.Count(); ++i)
+    {
+        if (params.KeyAt(i) == "port")
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string KeysOf(Zu::Params::Group const& params)
+{
+    std::string keys;
+    for (uint64 i = 0; i < params.Count(); ++i)
+    {
+        keys.append(keys.empty() ? "" : ", ").append(params.KeyAt(i));
+    }
+    return keys;
+}
+
+std::string Line(char const* title, std::string const& text)
+{
+    return text.empty() ? "" : "    " + std::string(title) + ": " + text + "\n";
+}
+
+} // namespace
+
+/// Makes what the plug-in's own factory makes, and notes it.
+class PluginTrial::MeetingFactory final : public ZuControl::IControlFactory
+{
+public:
+    MeetingFactory(ZuControl::IControlFactory& ownFactory, std::vector<std::weak_ptr<IProtocol>>& metProtocols)
+        : own(ownFactory), met(metProtocols)
+    {
+    }
+
+    std::shared_ptr<IProtocol> Create(ZuControl::ControlProtocol::ControlProtocolEnviron const& environ) override
+    {
+        std::shared_ptr<IProtocol> protocol = own.Create(environ);
+        met.push_back(protocol);
+        return protocol;
+    }
+
+private:
+    ZuControl::IControlFactory& own;
+    std::vector<std::weak_ptr<IProtocol>>& met;
+};
+
+/// Offers what another plug-in offers.
+class PluginTrial::MeetingPlugin final : public ZuControl::ControlPlugin
+{
+public:
+    MeetingPlugin(ZuControl::ControlPlugin const& offer, std::vector<std::weak_ptr<IProtocol>>& met)
+    {
+        for (uint64 i = 0; i < offer.ControlInfoCount(); ++i)
+        {
+            ZuControl::ControlInfo info = offer.ControlInfoAt(i);
+            factories.push_back(std::make_shared<MeetingFactory>(info.Factory(), met));
+            infos.push_back(info.SetFactory(*factories.back()));
+        }
+    }
+};
+
+PluginTrial::PluginTrial(std::filesystem::path pluginFile, Deployment kind)
+    : file(std::move(pluginFile)),
+      deployment(kind),
+      resultHub(RESULTS_ON_THE_SENSORS_THREAD),
+      sensor(resultHub, std::make_unique<SimulatedPart>(), RATE_HZ),
+      scanner(sensor),
+      core(sensor, false),
+      requestProcessor(router)
+{
+    scanner.AddTo(scanEngines);
+}
+
+PluginTrial::~PluginTrial() = default;
+
+void PluginTrial::Load()
+{
+    if (!loaded.LoadFile(file.string()))
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "%s", loaded.Refusals().back().reason.c_str());
+    }
+}
+
+void PluginTrial::Create()
+{
+    BuildModule(loaded);
+}
+
+void PluginTrial::CreateAnew()
+{
+    module.reset();
+    std::vector<std::shared_ptr<ZuPlugin::IPlugin>> plugins;
+    for (auto const& plugin : loaded.At(0).PluginsByType(ZuControl::ControlPlugin::TYPE))
+    {
+        auto const* const offer = static_cast<ZuControl::ControlPlugin const*>(plugin->GetObject());
+        plugins.push_back(std::make_shared<MeetingPlugin>(*offer, met));
+    }
+    meeting.Add(std::make_unique<ZuPlugin::PluginLib>(file.string(), std::move(plugins)));
+    BuildModule(meeting);
+}
+
+void PluginTrial::Start()
+{
+    if (Controls().List().empty())
+    {
+        ZU_THROW(Zu::Status::NOT_OFFERED, "it offers no protocol for this kind of system");
+    }
+    for (std::string const& typeName : Controls().List())
+    {
+        UpdateGate::Request const request(updateGate);
+        IControlInstance& instance = Controls().GetInstance(typeName);
+        instance.ResetInstance(true, IControlInstance::DataToResetAll);
+        if (HasPort(instance))
+        {
+            SetParameter(instance, {typeName, "port", "0"});
+        }
+        instance.Enable(true);
+        auto const status = instance.GetProtocolStatus();
+        if (status != ZuControl::ProtocolStatus::Running && status != ZuControl::ProtocolStatus::Starting)
+        {
+            ZU_THROW(Zu::Status::WRONG_STATE, "%s says that it does not run", typeName.c_str());
+        }
+    }
+}
+
+void PluginTrial::Feed()
+{
+    SetKeeper keeper(resultHub);
+    core.Start(false);
+    keeper.Wait();
+    core.Stop(false);
+    for (auto const& protocol : met)
+    {
+        wArrayList batch;
+        keeper.Fill(batch);
+        if (auto const fed = protocol.lock(); fed != nullptr)
+        {
+            fed->ProcessResultSets(&batch);
+        }
+    }
+}
+
+void PluginTrial::Stop()
+{
+    for (std::string const& typeName : Controls().List())
+    {
+        UpdateGate::Request const request(updateGate);
+        Controls().GetInstance(typeName).Enable(false);
+    }
+}
+
+void PluginTrial::Destroy()
+{
+    module.reset();
+    for (auto const& protocol : met)
+    {
+        if (!protocol.expired())
+        {
+            ZU_THROW(Zu::Status::WRONG_STATE, "it keeps a protocol that nobody needs any more");
+        }
+    }
+}
+
+std::string PluginTrial::Offer()
+{
+    std::string text = file.string() + " offers\n";
+    for (std::string const& typeName : Controls().List())
+    {
+        text += OfferOf(Controls().GetInstance(typeName));
+    }
+    return text;
+}
+
+void PluginTrial::BuildModule(ZuPlugin::PluginManager& plugins)
+{
+    ZuControl::ControlModuleEnviron environ;
+    environ.deployment = &deployment;
+    environ.persistRegistry = &persistRegistry;
+    environ.problems = &problems;
+    environ.resultHub = &resultHub;
+    environ.updateGate = &updateGate;
+    environ.scanEngines = &scanEngines;
+    environ.scanStartStopEvent = &core.ScanStartStopEvent();
+    environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
+    environ.persistManager = &persistManager;
+    environ.core = &core;
+    environ.requestProcessor = &requestProcessor;
+    module.emplace(plugins, router, environ);
+}
+
+ZuControl::IControlManager& PluginTrial::Controls()
+{
+    return persistRegistry.Controls();
+}
+
+std::string PluginTrial::OfferOf(IControlInstance& instance)
+{
+    std::string assemblies;
+    for (std::string const& id :
+         instance.HasRegisterAssemblyGroup() ? instance.RegisterAssemblyList() : std::vector<std::string>{})
+    {
+        assemblies.append(assemblies.empty() ? "" : ", ").append(id);
+    }
+    return "  " + std::string(instance.TypeName()) + " (" + instance.Info().DisplayName() + "), protocol number " +
+           std::to_string(static_cast<int32>(instance.EthernetProtocolId())) + "\n" +
+           Line("parameters", KeysOf(instance.Params())) +
+           Line("output map", instance.HasProtocolOutput() ? "yes" : "") + Line("register assemblies", assemblies) +
+           Line("listens on", WaitForListenerAddress(instance));
+}
+
+} // namespace ZuHost

@@ -1,0 +1,182 @@
+#include "Host/Clinic/PluginClinic.h"
+
+#include <gtest/gtest.h>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Paths = std::vector<std::filesystem::path>;
+
+constexpr std::chrono::milliseconds SHORT_SILENCE{2000}; // long for a station, short for a test of what hangs
+
+std::filesystem::path FileOf(char const* name)
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
+}
+
+std::filesystem::path Troubled(std::string const& trouble)
+{
+    return FileOf("tests") / trouble / (trouble + ".so");
+}
+
+/// The sentence for a file, which it names in the place of "FILE".
+std::string SentenceOf(std::string text, std::filesystem::path const& file)
+{
+    return text.replace(text.find("FILE"), 4, file.string());
+}
+
+/// What is wrong with a plug-in, and whether the sensor finds it before it takes the plug-in in.
+struct TroubleCase
+{
+    char const* name;
+    std::filesystem::path file;
+    bool isFoundAtAdmission;
+    char const* sentence; ///< a part of it
+};
+
+std::vector<TroubleCase> AllTroubles()
+{
+    constexpr bool AT_ADMISSION = true;
+    constexpr bool LATER = false;
+    return {
+        {"NoFile", "/nowhere.so", AT_ADMISSION, "Plug-in FILE was refused: there is no such file"},
+        {"NoEntry", FileOf("TestPlugins/NoEntryPoints.so"), AT_ADMISSION,
+         "Plug-in FILE was refused: it is no plug-in: it has no entry point ZuPlugin_Abi"},
+        {"WrongAbi", FileOf("TestPlugins/OtherAbi.so"), AT_ADMISSION,
+         "Plug-in FILE was refused: it was built for 'something else' and not for '"},
+        {"NoObject", FileOf("TestPlugins/EmptyMaker.so"), AT_ADMISSION,
+         "Plug-in FILE was refused: it does not give its plug-in number 1 of 1 (status 1)"},
+        {"ThrowingMaker", FileOf("TestPlugins/ThrowingMaker.so"), AT_ADMISSION,
+         "Plug-in FILE was refused: no licence for 100%s"},
+        {"MissingDependency", FileOf("TestPlugins/MissingDependency.so"), AT_ADMISSION,
+         "Plug-in FILE was refused: the system says: libTestDependency.so: cannot open shared object file"},
+        {"AbortingInitialiser", Troubled("abortinginitialiser"), AT_ADMISSION,
+         "Plug-in FILE ended the process with signal 6 (Aborted) while it was being loaded"},
+        {"ExitingInitialiser", Troubled("exitinginitialiser"), AT_ADMISSION,
+         "Plug-in FILE ended the process with status 0 while it was being loaded"},
+        {"HangingInitialiser", Troubled("hanginginitialiser"), AT_ADMISSION,
+         "Plug-in FILE came to no end within 2000 ms while it was being loaded"},
+        {"MissingFactory", Troubled("missingfactory"), AT_ADMISSION,
+         "Plug-in FILE failed (Failed to create protocol Troubled) while it was being made"},
+        {"EmptyFactory", Troubled("emptyfactory"), AT_ADMISSION,
+         "Plug-in FILE failed (Failed to create protocol Troubled) while it was being made"},
+        {"ThrowingFactory", FileOf("tests/throwingfactory/throwingfactory.so"), AT_ADMISSION,
+         "Plug-in FILE failed (no licence for this protocol) while it was being made"},
+        {"ThrowingConstructor", Troubled("throwingconstructor"), AT_ADMISSION,
+         "Plug-in FILE failed (no licence for this sensor) while it was being made"},
+        {"AbortingConstructor", Troubled("abortingconstructor"), AT_ADMISSION,
+         "Plug-in FILE ended the process with signal 6 (Aborted) while it was being made"},
+        {"NoProtocol", FileOf("TestPlugins/Good.so"), LATER,
+         "Plug-in FILE failed (it offers no protocol for this kind of system) while it was being started"},
+        {"ThrowingStart", Troubled("throwingstart"), LATER, "no cable) while it was being started"},
+        {"FailingStart", Troubled("failingstart"), LATER, ") while it was being started"},
+        {"ThrowingResults", Troubled("throwingresults"), LATER,
+         "Plug-in FILE failed (no appetite) while it was being fed with results"},
+        {"ForeignResults", Troubled("foreignresults"), LATER,
+         "Plug-in FILE threw something that is no exception while it was being fed with results"},
+        {"LoggedError", Troubled("loggederror"), LATER,
+         "Plug-in FILE wrote an error to the log (these results are bad) while it was being tried"},
+        {"HangingStop", Troubled("hangingstop"), LATER,
+         "Plug-in FILE came to no end within 2000 ms while it was being stopped"},
+        {"ThrowingStop", Troubled("throwingstop"), LATER, "no way back) while it was being stopped"},
+        {"AbortingDestructor", Troubled("abortingdestructor"), LATER,
+         "Plug-in FILE ended the process with signal 6 (Aborted) while it was being made a second time"},
+        {"KeptProtocol", Troubled("keptprotocol"), LATER,
+         "Plug-in FILE failed (it keeps a protocol that nobody needs any more) while it was being destroyed"},
+    };
+}
+
+class TroubledPlugin : public testing::TestWithParam<TroubleCase>
+{
+};
+
+} // namespace
+
+TEST_P(TroubledPlugin, IsFoundByTheCheckWithASentence)
+{
+    PluginClinic::CheckUp const checkUp =
+        PluginClinic(Deployment::PHYSICAL_SENSOR, SHORT_SILENCE).Check(GetParam().file);
+
+    EXPECT_FALSE(checkUp.isSound);
+    std::string const sentence = GetParam().sentence;
+    EXPECT_NE(
+        checkUp.report.find(sentence.starts_with("Plug-in FILE") ? SentenceOf(sentence, GetParam().file) : sentence),
+        std::string::npos)
+        << checkUp.report;
+    EXPECT_NE(checkUp.report.find(GetParam().file.string()), std::string::npos) << checkUp.report;
+}
+
+TEST_P(TroubledPlugin, IsNotAdmittedWhereItWouldHarmTheStart)
+{
+    Paths const files{FileOf("plugins/modbustcp.so"), GetParam().file, FileOf("samples/example.so")};
+
+    PluginClinic::Admission const admission = PluginClinic(Deployment::PHYSICAL_SENSOR, SHORT_SILENCE).Admit(files);
+
+    if (!GetParam().isFoundAtAdmission)
+    {
+        EXPECT_EQ(admission.files, files);
+        EXPECT_TRUE(admission.complaints.empty());
+        return;
+    }
+    EXPECT_EQ(admission.files, (Paths{files[0], files[2]}));
+    ASSERT_EQ(admission.complaints.size(), 1u);
+    EXPECT_EQ(admission.complaints[0].file, files[1]);
+    EXPECT_EQ(admission.complaints[0].sentence.find(SentenceOf(GetParam().sentence, GetParam().file)), 0u)
+        << admission.complaints[0].sentence;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, TroubledPlugin, testing::ValuesIn(AllTroubles()),
+                         [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(PluginClinic, TellsWhatASoundPluginOffers)
+{
+    PluginClinic::CheckUp const checkUp =
+        PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("plugins/modbustcp.so"));
+
+    EXPECT_TRUE(checkUp.isSound);
+    EXPECT_EQ(checkUp.report.find(FileOf("plugins/modbustcp.so").string() +
+                                  " offers\n"
+                                  "  ModbusTcp (Modbus TCP), protocol number 1\n"
+                                  "    parameters: port, address, maxClients, registerOrder, idleTimeout\n"
+                                  "    register assemblies: registerAssembly-0\n"
+                                  "    listens on: 127.0.0.1:"),
+              0u)
+        << checkUp.report;
+}
+
+TEST(PluginClinic, FindsTheSmallestPluginSound)
+{
+    PluginClinic::CheckUp const checkUp = PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("samples/example.so"));
+
+    EXPECT_TRUE(checkUp.isSound);
+    EXPECT_EQ(checkUp.report,
+              FileOf("samples/example.so").string() + " offers\n  Example (Example), protocol number 100\n");
+}
+
+TEST(PluginClinic, AdmitsWhatIsSoundAroundSeveralThatAreNot)
+{
+    Paths const files{Troubled("abortinginitialiser"), FileOf("samples/example.so"),   Troubled("abortingconstructor"),
+                      Troubled("throwingconstructor"), FileOf("plugins/modbustcp.so"), Troubled("exitinginitialiser")};
+
+    PluginClinic::Admission const admission = PluginClinic(Deployment::PHYSICAL_SENSOR).Admit(files);
+
+    EXPECT_EQ(admission.files, (Paths{files[1], files[4]}));
+    ASSERT_EQ(admission.complaints.size(), 4u);
+    EXPECT_EQ(admission.complaints[0].file, files[0]);
+    EXPECT_EQ(admission.complaints[1].file, files[2]);
+    EXPECT_EQ(admission.complaints[2].file, files[3]);
+    EXPECT_EQ(admission.complaints[3].file, files[5]);
+}
+
+TEST(PluginClinic, HasNothingToSayOfNoFiles)
+{
+    PluginClinic::Admission const admission = PluginClinic(Deployment::PHYSICAL_SENSOR).Admit({});
+
+    EXPECT_TRUE(admission.files.empty());
+    EXPECT_TRUE(admission.complaints.empty());
+}
+
+} // namespace ZuHost

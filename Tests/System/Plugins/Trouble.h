@@ -1,0 +1,27 @@
+#pragma once
+
+/// The station of its life at which a plug-in goes wrong.
+enum class Trouble
+{
+    ABORTING_INITIALISER,
+    EXITING_INITIALISER,
+    HANGING_INITIALISER,
+    MISSING_FACTORY,
+    EMPTY_FACTORY,
+    THROWING_FACTORY,
+    THROWING_CONSTRUCTOR,
+    ABORTING_CONSTRUCTOR,
+    THROWING_START,
+    FAILING_START,
+    THROWING_RESULTS,
+    FOREIGN_RESULTS,
+    HANGING_STOP,
+    THROWING_STOP,
+    ABORTING_DESTRUCTOR,
+    KEPT_PROTOCOL,
+    LOGGED_ERROR,
+    TAKEN_NAME ///< nothing else
+};
+
+/// Each plug-in has its own.
+extern Trouble const TROUBLE;

@@ -1,0 +1,55 @@
+"""Plug-ins that would take the sensor down: it starts without them and says so; and the check of one plug-in."""
+
+import json
+import unittest
+import urllib.request
+
+from host import BIN, PATIENCE, Host, run_host
+from modbus import ModbusClient
+
+
+def problems(host):
+    with urllib.request.urlopen(f"http://127.0.0.1:{host.http_port}/problems", timeout=PATIENCE) as answer:
+        return json.load(answer)["problems"]
+
+
+class Start(unittest.TestCase):
+    def test_a_plug_in_that_dies_or_hangs_costs_a_problem_and_a_line_and_not_the_sensor(self):
+        folders = [argument for trouble in ("abortinginitialiser", "hanginginitialiser", "throwingconstructor")
+                   for argument in ("--plugins", BIN / "tests" / trouble)]
+        with Host("--plugins", BIN / "plugins", *folders) as host, ModbusClient(host.modbus_port) as client:
+            client.read(0, 1)
+            found = [problem["text"] for problem in problems(host) if problem["source"] == "Plug-ins"]
+            self.assertEqual(len(found), 3, found)
+            for text, end in zip(found, ("ended the process with signal 6 (Aborted) while it was being loaded",
+                                         "came to no end within 5000 ms while it was being loaded",
+                                         "failed (no licence for this sensor) while it was being made")):
+                self.assertTrue(text.endswith(end), text)
+                host.wait_for_log(text)
+
+    def test_a_file_that_is_no_plug_in_is_a_problem(self):
+        with Host("--plugins", BIN / "plugins", "--plugins", BIN / "TestPlugins") as host:
+            texts = " ".join(problem["text"] for problem in problems(host))
+            for name in ("NoEntryPoints", "OtherAbi", "EmptyMaker", "ThrowingMaker", "MissingDependency"):
+                self.assertIn(f"{name}.so was refused: ", texts)
+
+
+class Check(unittest.TestCase):
+    def test_a_sound_plug_in_tells_what_it_offers(self):
+        status, output, error = run_host("--check-plugin", BIN / "plugins/modbustcp.so")
+        self.assertEqual((status, error), (0, ""))
+        self.assertIn("ModbusTcp (Modbus TCP), protocol number 1", output)
+
+    def test_one_that_fails_tells_what_failed_in_a_sentence(self):
+        status, output, error = run_host("--check-plugin", BIN / "tests/throwingresults/throwingresults.so")
+        self.assertEqual((status, output), (1, ""))
+        self.assertEqual(len(error.strip().splitlines()), 1)
+        self.assertIn("failed (no appetite) while it was being fed with results", error)
+
+    def test_a_kind_of_system_may_be_named(self):
+        status, _, _ = run_host("--check-plugin", BIN / "plugins/modbustcp.so", "--deployment", "virtual-sensor")
+        self.assertEqual(status, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
