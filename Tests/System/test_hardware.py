@@ -59,6 +59,12 @@ class Configurations(unittest.TestCase):
             self.assertEqual(rest.get(f"{DEVICE}/digital/0").text, before)
             self.assertEqual(rest.put(DEVICE, {"label": "mine"}).status, 405)
 
+    def test_a_request_without_a_port_has_changed_the_record_by_the_time_it_fails(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            refused = rest.put(f"{DEVICE}/marlet", {"rate": 9600})
+            self.assertEqual((refused.status, refused.json["detail"]), (500, "invalid map<K, T> key"))
+            self.assertEqual(rest.get(f"{DEVICE}/marlet/0").json["rate"], 9600)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -35,7 +35,7 @@ nlohmann::json HardwareControlResource::Document(ZuRest::RequestInfo const& requ
 
 void HardwareControlResource::ReadAll(ZuRest::ResponseInfo& response)
 {
-    for (char const* const device : {"0", "1"}) // the list of outputs is laid out for two, whatever there is
+    for (char const* const device : {"0", "1"}) // always both, whatever the sensors
     {
         response.Embed("item", Path::Format("/controls/hardware/:device", {device}), true, nullptr);
     }
