@@ -84,7 +84,11 @@ std::vector<Application::Listener> Application::Start()
     for (std::string const& typeName : Controls().List())
     {
         ZuControl::IControlInstance& instance = Controls().GetInstance(typeName);
-        if (std::string address = instance.IsEnabled() ? WaitForListenerAddress(instance) : ""; !address.empty())
+        if (!instance.IsEnabled())
+        {
+            continue;
+        }
+        if (std::string address = WaitForListenerAddress(requestProcessor, typeName); !address.empty())
         {
             listeners.push_back({typeName, std::move(address)});
         }

@@ -1,8 +1,7 @@
 #include "Host/Module/ListenerAddress.h"
 
-#include "ZuApi/JsonSerializer.h"
-#include "ZuApi/Structure.h"
-#include "ZuControl/Control/IControlInstance.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestProcessor.h"
 #include "wApi/wThread.h"
 #include "wApi/wTime.h"
 
@@ -17,24 +16,33 @@ namespace
 constexpr uint64 PATIENCE_USEC = 5'000'000;
 constexpr uint64 POLL_USEC = 10'000;
 
+/// Null when there are no metrics.
+nlohmann::json MetricsOf(ZuRest::RequestProcessor& resources, std::string const& typeName)
+{
+    try
+    {
+        return resources.Read(ZuRest::Path::Format("/controls/:protocol/metrics", {typeName}), nullptr, "");
+    }
+    catch (std::exception const&) // a protocol need not have any
+    {
+        return nullptr;
+    }
+}
+
 } // namespace
 
-std::string WaitForListenerAddress(ZuControl::IControlInstance& instance)
+std::string WaitForListenerAddress(ZuRest::RequestProcessor& resources, std::string const& typeName)
 {
     uint64 const deadlineUsec = wTime_AfterUsec(PATIENCE_USEC);
     while (true)
     {
-        Zu::Properties::Node const* const node = instance.MetricsKeeper().UpdateMetrics().Find("listening");
-        if (node == nullptr)
+        nlohmann::json const metrics = MetricsOf(resources, typeName);
+        auto const position = metrics.find("listening");
+        if (position == metrics.end() || !position->is_string())
         {
             return {};
         }
-        nlohmann::json const address = Zu::Properties::JsonSerializer::Serialize(*node);
-        if (!address.is_string())
-        {
-            return {};
-        }
-        if (std::string text = address.get<std::string>(); !text.empty() || wTime_NowUsec() >= deadlineUsec)
+        if (std::string text = position->get<std::string>(); !text.empty() || wTime_NowUsec() >= deadlineUsec)
         {
             return text;
         }

@@ -2,6 +2,7 @@
 
 #include "Plugins/ModbusTcp/ModbusFrame.h"
 #include "Plugins/ModbusTcp/ModbusRequest.h"
+#include "wApi/wTime.h"
 
 #include <cstring>
 
@@ -72,6 +73,7 @@ void ModbusConversation::AnswerAll()
 
 void ModbusConversation::Answer(ModbusFrame const& frame)
 {
+    uint64 const beginUsec = wTime_NowUsec();
     std::span<uint8, ModbusFrame::MAX_BYTES> const place(output.data() + outputEnd, ModbusFrame::MAX_BYTES);
     ModbusException refusal = ModbusException::NONE;
     std::size_t const pduBytes =
@@ -79,7 +81,8 @@ void ModbusConversation::Answer(ModbusFrame const& frame)
     outputEnd += frame.WriteAnswerHeader(place.first<ModbusFrame::HEADER_BYTES>(), pduBytes);
     ++answered;
     Count(counters.requests);
-    Count(counters.exceptions, refusal == ModbusException::NONE ? 0 : 1);
+    counters.CountException(refusal);
+    counters.NoteHandling(wTime_NowUsec() - beginUsec);
 }
 
 } // namespace ModbusTcp

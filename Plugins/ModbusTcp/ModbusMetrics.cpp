@@ -1,5 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 
+#include "Plugins/ModbusTcp/ModbusTotals.h"
+
 namespace ModbusTcp
 {
 
@@ -17,8 +19,30 @@ ModbusMetrics::ModbusMetrics() : Structure(true)
     Register("bytesOut", bytesOut);
     Register("resultSets", resultSets);
     Register("commands", commands);
+    Register("registersWritten", registersWritten);
+    Register("lastHandlingUsec", lastHandlingUsec);
+    Register("largestHandlingUsec", largestHandlingUsec);
+    Register("lifetime", lifetime);
 }
 
 ModbusMetrics::~ModbusMetrics() = default;
+
+void ModbusMetrics::Show(ModbusTotals const& counted)
+{
+    controlDrops.Set(counted.controlDrops);
+    acceptedClients.Set(counted.acceptedClients);
+    rejectedClients.Set(counted.rejectedClients);
+    droppedClients.Set(counted.droppedClients);
+    requests.Set(counted.requests);
+    exceptions.illegalFunctions.Set(counted.illegalFunctions);
+    exceptions.illegalAddresses.Set(counted.illegalAddresses);
+    exceptions.illegalValues.Set(counted.illegalValues);
+    exceptions.busyRefusals.Set(counted.busyRefusals);
+    bytesIn.Set(counted.bytesIn);
+    bytesOut.Set(counted.bytesOut);
+    resultSets.Set(counted.resultSets);
+    commands.Set(counted.commands);
+    registersWritten.Set(counted.registersWritten);
+}
 
 } // namespace ModbusTcp

@@ -1,16 +1,19 @@
 #pragma once
 
-#include "ZuApi/Properties/Value.h"
+#include "Plugins/ModbusTcp/ExceptionMetrics.h"
+#include "Plugins/ModbusTcp/LifetimeMetrics.h"
+#include "ZuApi/Properties/Metric.h"
+#include "ZuApi/Properties/SharedText.h"
 #include "ZuApi/Structure.h"
-#include "wApi/wTypes.h"
-
-#include <string>
 
 namespace ModbusTcp
 {
 
-/// What the service tells of itself. The numbers count from the last reset, but for those that say "now".
-struct ModbusMetrics final : public Zu::Properties::Structure
+struct ModbusTotals;
+
+/// What the service tells of itself. The numbers count from the last reset, but for those that say "now" and those under
+/// "lifetime". Any thread may read them while they are brought up to date.
+class ModbusMetrics final : public Zu::Properties::Structure
 {
 public:
     ModbusMetrics();
@@ -18,20 +21,27 @@ public:
     ModbusMetrics(ModbusMetrics const&) = delete;
     ModbusMetrics& operator=(ModbusMetrics const&) = delete;
 
-    using Number = Zu::Properties::Value<uint64>;
+    /// Shows what has been counted since the last reset.
+    void Show(ModbusTotals const& counted);
 
-    Number controlDrops;                          ///< result sets of which a block could not be encoded
-    Zu::Properties::Value<std::string> listening; ///< "127.0.0.1:1502" now, empty while stopped
-    Number clients;                               ///< connected now
-    Number acceptedClients;
-    Number rejectedClients; ///< beyond the cap
-    Number droppedClients;  ///< for silence, a malformed frame or not taking answers
-    Number requests;
-    Number exceptions; ///< requests that were refused
-    Number bytesIn;
-    Number bytesOut;
-    Number resultSets;
-    Number commands; ///< taken from the command block
+    using Metric = Zu::Properties::Metric;
+
+    Metric controlDrops{Metric::Kind::COUNTER, "Result sets of which a block could not be encoded"};
+    Zu::Properties::SharedText listening; ///< "127.0.0.1:1502" now, empty while stopped
+    Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
+    Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
+    Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
+    Metric droppedClients{Metric::Kind::COUNTER, "Clients closed for silence, a malformed frame or not taking answers"};
+    Metric requests{Metric::Kind::COUNTER, "Requests answered"};
+    ExceptionMetrics exceptions;
+    Metric bytesIn{Metric::Kind::COUNTER, "Bytes received"};
+    Metric bytesOut{Metric::Kind::COUNTER, "Bytes sent"};
+    Metric resultSets{Metric::Kind::COUNTER, "Result sets taken"};
+    Metric commands{Metric::Kind::COUNTER, "Commands taken from the command block"};
+    Metric registersWritten{Metric::Kind::COUNTER, "Registers written"};
+    Metric lastHandlingUsec{Metric::Kind::GAUGE, "Time from the last request to its answer"};
+    Metric largestHandlingUsec{Metric::Kind::GAUGE, "Longest time from a request to its answer"};
+    LifetimeMetrics lifetime;
 };
 
 } // namespace ModbusTcp

@@ -3,8 +3,11 @@
 #include "Plugins/ModbusTcp/DefaultJob.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wArrayList.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -18,6 +21,7 @@ namespace
 {
 
 constexpr uint64 USEC_PER_SECOND = 1'000'000;
+constexpr char const* KEY_LIFETIME = "lifetime";
 
 template <typename Service>
 Service& Required(Service* service, char const* name)
@@ -61,29 +65,47 @@ ModbusTcpProtocol::~ModbusTcpProtocol()
 
 Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
 {
-    auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
     std::scoped_lock const guard(metricsLock);
-    metrics.clients.Set(load(counters.clients));
-    metrics.acceptedClients.Set(load(counters.acceptedClients));
-    metrics.rejectedClients.Set(load(counters.rejectedClients));
-    metrics.droppedClients.Set(load(counters.droppedClients));
-    metrics.requests.Set(load(counters.requests));
-    metrics.exceptions.Set(load(counters.exceptions));
-    metrics.bytesIn.Set(load(counters.bytesIn));
-    metrics.bytesOut.Set(load(counters.bytesOut));
-    metrics.resultSets.Set(encoder.ResultSetCount());
-    metrics.commands.Set(map.CommandCount());
-    metrics.controlDrops.Set(encoder.DropCount());
+    ModbusTotals const counted = Counted();
+    metrics.Show(counted.Since(atReset));
+    metrics.lifetime.Show(counted);
     metrics.listening.Set(server.Endpoint());
+    metrics.clients.Set(counters.clients.load(std::memory_order_relaxed));
+    metrics.lastHandlingUsec.Set(counters.lastHandlingUsec.load(std::memory_order_relaxed));
+    metrics.largestHandlingUsec.Set(counters.largestHandlingUsec.load(std::memory_order_relaxed));
     CheckControlDrops();
     return metrics;
 }
 
 void ModbusTcpProtocol::ResetMetrics()
 {
-    counters.Reset();
-    encoder.ResetCounts();
-    map.ResetCommandCount();
+    std::scoped_lock const guard(metricsLock);
+    atReset = Counted(); // the counters themselves go on: the lifetime needs them
+    counters.largestHandlingUsec.store(0, std::memory_order_relaxed);
+}
+
+void ModbusTcpProtocol::LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document)
+{
+    if (domain != ZuCommon::PersistDomain::PROTOCOL)
+    {
+        return;
+    }
+    nlohmann::json const& lifetime = document.at(KEY_LIFETIME);
+    std::scoped_lock const guard(metricsLock);
+    Zu::Properties::JsonSerializer::Validate(metrics.lifetime, lifetime);
+    Zu::Properties::JsonSerializer::Deserialize(metrics.lifetime, lifetime);
+    metrics.lifetime.Loaded(Counted());
+}
+
+void ModbusTcpProtocol::SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
+{
+    if (domain != ZuCommon::PersistDomain::PROTOCOL)
+    {
+        return;
+    }
+    std::scoped_lock const guard(metricsLock);
+    metrics.lifetime.Show(Counted());
+    document[KEY_LIFETIME] = Zu::Properties::JsonSerializer::Serialize(metrics.lifetime);
 }
 
 void ModbusTcpProtocol::ParamsUpdate()
@@ -136,6 +158,7 @@ void ModbusTcpProtocol::Start()
             fetcher.Stop();
             throw;
         }
+        metrics.listening.Set(server.Endpoint()); // at once: whoever starts a service wants to know
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -218,6 +241,31 @@ void ModbusTcpProtocol::Fail()
 ICommandRunner::Status ModbusTcpProtocol::LastStatus()
 {
     return GetCommandStatus();
+}
+
+ModbusTotals ModbusTcpProtocol::Counted() const
+{
+    auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
+    auto const refused = [this, load](ModbusException code) {
+        return load(counters.exceptionsByCode[static_cast<std::size_t>(code)]);
+    };
+    ModbusTotals counted;
+    counted.controlDrops = encoder.DropCount();
+    counted.acceptedClients = load(counters.acceptedClients);
+    counted.rejectedClients = load(counters.rejectedClients);
+    counted.droppedClients = load(counters.droppedClients);
+    counted.requests = load(counters.requests);
+    counted.exceptions = load(counters.exceptions);
+    counted.illegalFunctions = refused(ModbusException::ILLEGAL_FUNCTION);
+    counted.illegalAddresses = refused(ModbusException::ILLEGAL_DATA_ADDRESS);
+    counted.illegalValues = refused(ModbusException::ILLEGAL_DATA_VALUE);
+    counted.busyRefusals = refused(ModbusException::SERVER_DEVICE_BUSY);
+    counted.bytesIn = load(counters.bytesIn);
+    counted.bytesOut = load(counters.bytesOut);
+    counted.resultSets = encoder.ResultSetCount();
+    counted.commands = map.CommandCount();
+    counted.registersWritten = map.WrittenCount();
+    return counted;
 }
 
 ModbusServer::Settings ModbusTcpProtocol::WantedSettings() const

@@ -5,6 +5,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/ModbusParams.h"
 #include "Plugins/ModbusTcp/ModbusServer.h"
+#include "Plugins/ModbusTcp/ModbusTotals.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
@@ -38,7 +39,12 @@ public:
     ~ModbusTcpProtocol() override;
 
     Zu::Properties::Structure& UpdateMetrics() override;
-    void ResetMetrics() override;
+    void ResetMetrics() override; ///< all but what is kept over restarts
+
+    // The numbers that are kept over restarts. A document that does not hold them throws what JsonSerializer throws, and
+    // nothing changes.
+    void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
+    void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
     /// Another port or address while it runs is bound anew, at the price of every connection; when that fails the service
     /// goes on where it was, and the exception says why. The rest applies in place.
@@ -66,6 +72,7 @@ private:
     void Fail() override;
     Status LastStatus() override;
 
+    ModbusTotals Counted() const;
     ModbusServer::Settings WantedSettings() const;
     void ApplyRegisterOrder();
     void TakeLayout();
@@ -96,7 +103,9 @@ private:
     std::mutex fanOutLock;
     ZuControl::IControlScanResults* fanOut = nullptr; // while registered for results
 
-    std::mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
+    // One update of the metrics at a time; readers of the record need no lock. The problems of the base are reported under it.
+    std::mutex metricsLock;
+    ModbusTotals atReset; // guarded by metricsLock
 
     ModbusServer server; // last: its thread uses all of the above
 };

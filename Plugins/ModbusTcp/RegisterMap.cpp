@@ -123,6 +123,7 @@ ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
     uint64 const takenBefore = channel.TakenCount();
     auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
     commandCount.fetch_add(channel.TakenCount() - takenBefore, std::memory_order_relaxed);
+    writtenCount.fetch_add(result == ModbusException::NONE ? values.size() : 0, std::memory_order_relaxed);
     return result;
 }
 
@@ -147,9 +148,9 @@ uint64 RegisterMap::CommandCount() const
     return commandCount.load(std::memory_order_relaxed);
 }
 
-void RegisterMap::ResetCommandCount()
+uint64 RegisterMap::WrittenCount() const
 {
-    commandCount.store(0, std::memory_order_relaxed);
+    return writtenCount.load(std::memory_order_relaxed);
 }
 
 std::shared_ptr<RegisterLayout const> RegisterMap::Layout()

@@ -43,7 +43,7 @@ public:
     void ChangeOrder(bool newIsBigEndian, std::function<void()> const& change);
 
     uint64 CommandCount() const;
-    void ResetCommandCount();
+    uint64 WrittenCount() const; ///< registers, of requests that were taken
 
 private:
     std::shared_ptr<RegisterLayout const> Layout();
@@ -61,6 +61,7 @@ private:
     std::shared_ptr<RegisterLayout const> layout;
 
     std::atomic<uint64> commandCount{0};
+    std::atomic<uint64> writtenCount{0};
 };
 
 } // namespace ModbusTcp

@@ -88,12 +88,6 @@ uint64 ResultEncoder::DropCount() const
     return dropCount.load(std::memory_order_relaxed);
 }
 
-void ResultEncoder::ResetCounts()
-{
-    resultSetCount.store(0, std::memory_order_relaxed);
-    dropCount.store(0, std::memory_order_relaxed);
-}
-
 void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
 {
     std::span<uint8> const bytes = image.Edit();

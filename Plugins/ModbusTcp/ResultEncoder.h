@@ -47,7 +47,6 @@ public:
 
     uint64 ResultSetCount() const;
     uint64 DropCount() const; ///< sets with a block that could not be encoded
-    void ResetCounts();
 
 private:
     using ResultPlace = RegisterLayout::ResultPlace;

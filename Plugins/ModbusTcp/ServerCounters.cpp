@@ -3,10 +3,22 @@
 namespace ModbusTcp
 {
 
-void ServerCounters::Reset()
+void ServerCounters::CountException(ModbusException refusal)
 {
-    ClientCounters::Reset();
-    exceptions.store(0, std::memory_order_relaxed);
+    if (refusal != ModbusException::NONE)
+    {
+        Count(exceptions);
+        Count(exceptionsByCode.at(static_cast<std::size_t>(refusal)));
+    }
+}
+
+void ServerCounters::NoteHandling(uint64 usec)
+{
+    lastHandlingUsec.store(usec, std::memory_order_relaxed);
+    if (usec > largestHandlingUsec.load(std::memory_order_relaxed))
+    {
+        largestHandlingUsec.store(usec, std::memory_order_relaxed); // at worst undoes a reset of this moment
+    }
 }
 
 } // namespace ModbusTcp

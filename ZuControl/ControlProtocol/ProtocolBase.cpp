@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
+#include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuCommon/ProblemsManager.h"
@@ -13,6 +14,8 @@
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "wApi/wString.h"
+
+#include <utility>
 
 namespace ZuControl::ControlProtocol
 {
@@ -470,8 +473,13 @@ void ProtocolBase::EndCommand(ControlRegisterCommandStatus status)
 
 uint64 ProtocolBase::ControlDrops() const
 {
-    auto const* const drops = dynamic_cast<Zu::Properties::Value<uint64> const*>(metricsData->Find("controlDrops"));
-    return drops != nullptr ? drops->Get() : 0;
+    Zu::Properties::Node const* const node = std::as_const(*metricsData).Find("controlDrops");
+    if (auto const* const metric = dynamic_cast<Zu::Properties::Metric const*>(node))
+    {
+        return metric->Get();
+    }
+    auto const* const value = dynamic_cast<Zu::Properties::Value<uint64> const*>(node);
+    return value != nullptr ? value->Get() : 0;
 }
 
 bool ProtocolBase::AskScannerOptional(IDeploymentQuery& deployment)

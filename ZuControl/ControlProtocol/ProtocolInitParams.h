@@ -28,7 +28,7 @@ struct ProtocolInitParams
     Zu::Params::Group* params = nullptr;
     IProtocolOutput* outputs = nullptr;
     IControlActionTarget* outputsActionTarget = nullptr;
-    Zu::Properties::Structure* metricsData = nullptr; ///< holds the unsigned 64-bit value "controlDrops"
+    Zu::Properties::Structure* metricsData = nullptr; ///< holds "controlDrops", a Metric or a Value<uint64>
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
 };
 

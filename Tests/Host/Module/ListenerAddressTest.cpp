@@ -1,43 +1,76 @@
 #include "Host/Module/ListenerAddress.h"
 
-#include "Host/Module/InstanceFixture.h"
-#include "ZuApi/Properties/Value.h"
+#include "Support/Refusal.h"
+#include "ZuRest/RequestProcessor.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace ZuHost
 {
 
-using ListenerAddressTest = ZuTest::InstanceFixture;
-
-TEST_F(ListenerAddressTest, IsWhatTheMetricsSay)
+namespace
 {
-    Zu::Properties::Value<std::string> listening("127.0.0.1:1502");
-    protocol->metrics.Register("listening", listening);
 
-    EXPECT_EQ(WaitForListenerAddress(*instance), "127.0.0.1:1502");
+/// Gives the metrics that a test says, and notes where they were asked for.
+class FakeMetrics final : public ZuRest::RequestProcessor
+{
+public:
+    nlohmann::json Read(std::string const& path, nlohmann::json const& /*request*/,
+                        std::string const& /*query*/) override
+    {
+        paths.push_back(path);
+        return metrics();
+    }
+
+    std::function<nlohmann::json()> metrics;
+    std::vector<std::string> paths;
+};
+
+} // namespace
+
+TEST(ListenerAddress, IsWhatTheMetricsSay)
+{
+    FakeMetrics resources;
+    resources.metrics = [] { return nlohmann::json({{"listening", "127.0.0.1:1502"}}); };
+
+    EXPECT_EQ(WaitForListenerAddress(resources, "a b"), "127.0.0.1:1502");
+
+    EXPECT_EQ(resources.paths, (std::vector<std::string>{"/controls/a%20b/metrics"}));
 }
 
-TEST_F(ListenerAddressTest, IsWaitedForWhileThereIsNoneYet)
+TEST(ListenerAddress, IsWaitedForWhileThereIsNoneYet)
 {
-    Zu::Properties::Value<std::string> listening;
-    protocol->metrics.Register("listening", listening);
-    protocol->on["UpdateMetrics"] = [&] {
-        if (calls.Count("UpdateMetrics") == 3)
-        {
-            listening.Set("127.0.0.1:9");
-        }
+    FakeMetrics resources;
+    resources.metrics = [&resources] {
+        return nlohmann::json({{"listening", resources.paths.size() < 3 ? "" : "127.0.0.1:9"}});
     };
 
-    EXPECT_EQ(WaitForListenerAddress(*instance), "127.0.0.1:9");
-    EXPECT_EQ(calls.Count("UpdateMetrics"), 3u);
+    EXPECT_EQ(WaitForListenerAddress(resources, "x"), "127.0.0.1:9");
+
+    EXPECT_EQ(resources.paths.size(), 3u);
 }
 
-TEST_F(ListenerAddressTest, IsEmptyForAProtocolThatDoesNotSay)
+TEST(ListenerAddress, IsEmptyForAProtocolThatDoesNotSay)
 {
-    EXPECT_EQ(WaitForListenerAddress(*instance), "");
+    FakeMetrics resources;
+    resources.metrics = [] { return nlohmann::json::object(); };
+    EXPECT_EQ(WaitForListenerAddress(resources, "x"), "");
 
-    Zu::Properties::Value<uint64> number(1502);
-    protocol->metrics.Register("listening", number);
-    EXPECT_EQ(WaitForListenerAddress(*instance), "");
+    resources.metrics = [] { return nlohmann::json({{"listening", 1502}}); };
+    EXPECT_EQ(WaitForListenerAddress(resources, "x"), "");
+}
+
+TEST(ListenerAddress, IsEmptyForAProtocolWithoutMetrics)
+{
+    FakeMetrics resources;
+    resources.metrics = []() -> nlohmann::json { ZU_THROW(Zu::Status::NOT_FOUND); };
+
+    EXPECT_EQ(WaitForListenerAddress(resources, "x"), "");
 }
 
 } // namespace ZuHost

@@ -129,6 +129,7 @@ TEST_F(ModbusConversationTest, CountsRequestsExceptionsAndBytes)
 
     EXPECT_EQ(counters.requests, 2u);
     EXPECT_EQ(counters.exceptions, 1u);
+    EXPECT_EQ(counters.exceptionsByCode[1], 1u);
     EXPECT_EQ(counters.bytesIn, 20u);
     EXPECT_EQ(counters.bytesOut, 20u);
 }

@@ -7,6 +7,7 @@
 #include "Tests/Plugins/Common/FakeDataCache.h"
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
+#include "ZuApi/JsonSerializer.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
@@ -18,7 +19,9 @@
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -432,14 +435,124 @@ TEST_F(ModbusTcpProtocolTest, CountsWhatItDoes)
     auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
 
     EXPECT_EQ(metrics.requests.Get(), 3u);
-    EXPECT_EQ(metrics.exceptions.Get(), 1u);
+    EXPECT_EQ(metrics.exceptions.illegalAddresses.Get(), 1u);
+    EXPECT_EQ(metrics.exceptions.illegalFunctions.Get(), 0u);
     EXPECT_EQ(metrics.commands.Get(), 1u);
+    EXPECT_EQ(metrics.registersWritten.Get(), 2u);
     EXPECT_EQ(metrics.acceptedClients.Get(), 1u);
     EXPECT_EQ(metrics.controlDrops.Get(), 0u);
-    protocol->ResetMetrics();
-    protocol->UpdateMetrics();
-    EXPECT_EQ(metrics.requests.Get(), 0u);
+    EXPECT_GE(metrics.largestHandlingUsec.Get(), metrics.lastHandlingUsec.Get());
     EXPECT_EQ(problems.Count(), 0u);
+}
+
+TEST_F(ModbusTcpProtocolTest, CountsAnewAfterAResetButForItsLifetime)
+{
+    auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
+    TestClient client(Start());
+    client.Read(0, 1);
+    client.Read(0, 1);
+
+    protocol->ResetMetrics();
+    client.Read(0, 1);
+    protocol->UpdateMetrics();
+
+    EXPECT_EQ(metrics.requests.Get(), 1u);
+    EXPECT_EQ(metrics.acceptedClients.Get(), 0u);
+    EXPECT_EQ(metrics.clients.Get(), 1u); // it says how many there are
+    EXPECT_EQ(metrics.lifetime.requests.Get(), 3u);
+    EXPECT_EQ(metrics.lifetime.acceptedClients.Get(), 1u);
+}
+
+TEST_F(ModbusTcpProtocolTest, KeepsTheCountsOfItsLifetimeOverARestart)
+{
+    nlohmann::json document;
+    protocol->InitPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+    EXPECT_TRUE(document.is_null()); // at the first start there is nothing to keep yet
+    {
+        TestClient client(Start());
+        client.Read(0, 1);
+        client.Write(66, {1});
+    }
+    protocol->SavePersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+    EXPECT_EQ(document.at("lifetime").at("requests"), 2);
+    EXPECT_EQ(document.at("lifetime").at("exceptions"), 1);
+
+    ModbusTcpProtocol restarted(environ);
+    restarted.LoadPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+
+    auto& metrics = dynamic_cast<ModbusMetrics&>(restarted.UpdateMetrics());
+    EXPECT_EQ(metrics.requests.Get(), 0u);
+    EXPECT_EQ(metrics.lifetime.requests.Get(), 2u);
+    EXPECT_EQ(metrics.lifetime.bytesIn.Get(), document.at("lifetime").at("bytesIn"));
+    nlohmann::json again;
+    restarted.SavePersistDomain(ZuCommon::PersistDomain::PROTOCOL, again);
+    EXPECT_EQ(again, document);
+}
+
+TEST_F(ModbusTcpProtocolTest, AddsToTheCountsThatItHasLoadedLate)
+{
+    auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
+    TestClient client(Start());
+    client.Read(0, 1);
+
+    protocol->LoadPersistDomain(ZuCommon::PersistDomain::PROTOCOL, {{"lifetime", {{"requests", 100}}}});
+    client.Read(0, 1);
+    protocol->UpdateMetrics();
+
+    EXPECT_EQ(metrics.lifetime.requests.Get(), 101u);
+    EXPECT_EQ(metrics.requests.Get(), 2u);
+}
+
+TEST_F(ModbusTcpProtocolTest, RefusesCountsThatAreNoneAndKeepsNothingInAJob)
+{
+    auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
+    using Json = nlohmann::json;
+    auto const load = [this](Json const& document) {
+        protocol->LoadPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
+    };
+
+    EXPECT_THROW(load({{"lifetime", {{"acceptedClients", 7}, {"requests", "many"}}}}), Json::type_error);
+    EXPECT_THROW(load({{"lifetime", {{"acceptedClients", 7}, {"requests", -1}}}}), Zu::Exception);
+    EXPECT_THROW(load(Json::object()), Json::out_of_range);
+    EXPECT_THROW(load(Json::array()), Json::type_error);
+    protocol->LoadPersistDomain(ZuCommon::PersistDomain::JOB, {{"lifetime", {{"acceptedClients", 7}}}});
+    Json document;
+    protocol->SavePersistDomain(ZuCommon::PersistDomain::JOB, document);
+
+    EXPECT_TRUE(document.is_null());
+    EXPECT_EQ(metrics.lifetime.acceptedClients.Get(), 0u);
+}
+
+TEST_F(ModbusTcpProtocolTest, LetsAnyThreadReadItsMetricsWhileTheyAreBroughtUpToDate)
+{
+    uint16 const port = Start();
+    std::atomic<bool> done{false};
+    std::thread updating([this, &done] {
+        while (!done)
+        {
+            protocol->UpdateMetrics();
+        }
+    });
+    std::thread asking([this, port, &done] {
+        TestClient client(port);
+        for (int i = 0; i < 200; ++i)
+        {
+            client.Read(0, 1);
+        }
+        protocol->Stop();
+        done = true;
+    });
+
+    nlohmann::json last;
+    while (!done)
+    {
+        last = Zu::Properties::JsonSerializer::Serialize(protocol->GetMetrics());
+        std::string const listening = last.at("listening");
+        EXPECT_TRUE(listening.empty() || listening == "127.0.0.1:" + std::to_string(port)) << listening;
+        EXPECT_LE(last.at("requests"), 200);
+    }
+    updating.join();
+    asking.join();
 }
 
 TEST_F(ModbusTcpProtocolTest, NeedsADataCacheAndAProblemsManager)

@@ -8,6 +8,7 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuCommon/ProblemsManager.h"
@@ -575,6 +576,22 @@ TEST_F(ProtocolBaseTest, ReportsDropsUntilTheNextScanStart)
     protocol->OnStartScan();
 
     EXPECT_FALSE(Reports(4));
+}
+
+TEST_F(ProtocolBaseTest, FindsItsDropsInAMetricToo)
+{
+    Zu::Properties::Structure record(true);
+    Zu::Properties::Metric drops(Zu::Properties::Metric::Kind::COUNTER, "Drops");
+    record.Register("controlDrops", drops);
+    Init({.metricsData = &record});
+    drops.Set(3);
+    protocol->OnStartScan();
+
+    protocol->CheckControlDrops();
+    EXPECT_EQ(problems.Count(), 0u);
+    drops.Add();
+    protocol->CheckControlDrops();
+    EXPECT_EQ(problems.Count(), 1u);
 }
 
 TEST_F(ProtocolBaseTest, LowersItsBaselineWithTheCount)

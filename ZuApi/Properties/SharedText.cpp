@@ -1,0 +1,56 @@
+#include "ZuApi/Properties/SharedText.h"
+
+#include "ZuApi/IValueReader.h"
+#include "ZuApi/IValueWriter.h"
+#include "ZuApi/NodeType.h"
+#include "ZuApi/Structure.h"
+
+#include <utility>
+
+namespace Zu::Properties
+{
+
+SharedText::SharedText() : ValueBase(&SharedText::BuildSchema)
+{
+}
+
+SharedText::~SharedText() = default;
+
+std::string SharedText::Get() const
+{
+    std::scoped_lock const guard(lock);
+    return text;
+}
+
+void SharedText::Set(std::string newText)
+{
+    std::scoped_lock const guard(lock);
+    text.swap(newText);
+}
+
+void SharedText::CopyValues(Node const& other)
+{
+    Set(dynamic_cast<SharedText const&>(other).Get());
+}
+
+void SharedText::ReadValue(IValueReader& reader)
+{
+    Set(reader.ReadString());
+}
+
+void SharedText::WriteValue(IValueWriter& writer) const
+{
+    writer.WriteString(Get());
+}
+
+void SharedText::ValidateValue(IValueReader& reader)
+{
+    reader.ReadString(); // throws for what is no text
+}
+
+void SharedText::BuildSchema(Node& /*node*/, Structure& schema)
+{
+    schema.Register("type", Internal::NodeType::Shared(Internal::NodeType::Kind::STRING));
+}
+
+} // namespace Zu::Properties

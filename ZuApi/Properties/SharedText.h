@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ZuApi/ValueBase.h"
+#include "wApi/wExport.h"
+
+#include <mutex>
+#include <string>
+
+namespace Zu::Properties
+{
+
+/// A text of a metrics record, which any threads may change and read at the same time. Its observers are not called.
+class ZUAPI_API SharedText final : public Internal::ValueBase
+{
+public:
+    SharedText();
+    ~SharedText() override;
+
+    std::string Get() const;
+    void Set(std::string newText);
+
+    void CopyValues(Node const& other) override;
+    void ReadValue(IValueReader& reader) override;
+    void WriteValue(IValueWriter& writer) const override;
+    void ValidateValue(IValueReader& reader) override;
+
+private:
+    static void BuildSchema(Node& node, Structure& schema);
+
+    mutable std::mutex lock; // a leaf; guards the text
+    std::string text;
+};
+
+} // namespace Zu::Properties
