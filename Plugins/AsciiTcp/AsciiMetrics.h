@@ -1,15 +1,14 @@
 #pragma once
 
-#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Properties/Metric.h"
+#include "ZuApi/Properties/SharedText.h"
 #include "ZuApi/Structure.h"
-#include "wApi/wTypes.h"
-
-#include <string>
 
 namespace AsciiTcp
 {
 
-/// What the service tells of itself. The numbers count from the last reset, but for those that say "now".
+/// What the service tells of itself. The numbers count from the last reset, but for those that say "now". Any thread may read
+/// them while they are brought up to date.
 struct AsciiMetrics final : public Zu::Properties::Structure
 {
 public:
@@ -18,22 +17,23 @@ public:
     AsciiMetrics(AsciiMetrics const&) = delete;
     AsciiMetrics& operator=(AsciiMetrics const&) = delete;
 
-    using Number = Zu::Properties::Value<uint64>;
+    using Metric = Zu::Properties::Metric;
 
-    Number controlDrops;                          ///< lines that were not sent because a client was too slow for them
-    Zu::Properties::Value<std::string> listening; ///< "127.0.0.1:5025" now, empty while stopped
-    Number clients;                               ///< connected now
-    Number acceptedClients;
-    Number rejectedClients; ///< beyond the cap
-    Number droppedClients;  ///< for silence, not taking what waits for them, or by command
-    Number requests;
-    Number errors; ///< requests that were refused
-    Number bytesIn;
-    Number bytesOut;
-    Number resultSets;
-    Number lastHandlingUsec;                     ///< of the newest request
-    Number largestHandlingUsec;                  ///< of all requests
-    Zu::Properties::Value<std::string> lastText; ///< the last text that the command sendText sent
+    Metric controlDrops{Metric::Kind::COUNTER, "Lines that were not sent because a client was too slow for them"};
+    Zu::Properties::SharedText listening; ///< "127.0.0.1:5025" now, empty while stopped
+    Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
+    Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
+    Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
+    Metric droppedClients{Metric::Kind::COUNTER,
+                          "Clients closed for silence, not taking what waits for them, or by command"};
+    Metric requests{Metric::Kind::COUNTER, "Requests answered"};
+    Metric errors{Metric::Kind::COUNTER, "Requests refused"};
+    Metric bytesIn{Metric::Kind::COUNTER, "Bytes received"};
+    Metric bytesOut{Metric::Kind::COUNTER, "Bytes sent"};
+    Metric resultSets{Metric::Kind::COUNTER, "Result sets taken"};
+    Metric lastHandlingUsec{Metric::Kind::GAUGE, "Time from the last request to its answer"};
+    Metric largestHandlingUsec{Metric::Kind::GAUGE, "Longest time from a request to its answer"};
+    Zu::Properties::SharedText lastText; ///< the last text that the command sendText sent
 };
 
 } // namespace AsciiTcp
