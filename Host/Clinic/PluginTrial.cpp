@@ -299,7 +299,7 @@ std::string PluginTrial::OfferOf(IControlInstance& instance)
            std::to_string(static_cast<int32>(instance.EthernetProtocolId())) + "\n" +
            Line("parameters", KeysOf(instance.Params())) +
            Line("output map", instance.HasProtocolOutput() ? "yes" : "") + Line("register assemblies", assemblies) +
-           Line("listens on", WaitForListenerAddress(instance));
+           Line("listens on", WaitForListenerAddress(requestProcessor, instance.TypeName()));
 }
 
 } // namespace ZuHost
