@@ -218,6 +218,14 @@ std::vector<std::string> AsciiTcpProtocol::DataSourceList() const
     return sources;
 }
 
+void AsciiTcpProtocol::OnStartScan()
+{
+    std::scoped_lock const guard(metricsLock);
+    metrics.controlDrops.Set(
+        counters.controlDrops.load(std::memory_order_relaxed)); // all that were before count as old
+    ProtocolBase::OnStartScan();
+}
+
 void AsciiTcpProtocol::OnFactoryRestore()
 {
     KeepText("");

@@ -61,6 +61,7 @@ public:
     /// The sources of the outputs, and the stamp that goes with them.
     std::vector<std::string> DataSourceList() const override;
 
+    void OnStartScan() override;
     void OnFactoryRestore() override;
 
     // The last text that was sent to the clients is kept with the settings of the protocol, whatever job is loaded.

@@ -331,7 +331,9 @@ bool TcpServer::PostToEach(std::function<void(ITcpConnection&)> visit)
 void TcpServer::BindAnew(TcpSettings const& wanted)
 {
     TcpSettings const before = applied;
-    Stop(); // first: the new address may cover the old one on the same port
+    TcpSettings present = before;
+    present.port = Port(); // a free port was taken once: it is that one to go back to
+    Stop();                // first: the new address may cover the old one on the same port
     try
     {
         Start(wanted);
@@ -341,7 +343,8 @@ void TcpServer::BindAnew(TcpSettings const& wanted)
         std::exception_ptr const reason = std::current_exception();
         try
         {
-            Start(before);
+            Start(present);
+            applied = before;
         }
         catch (std::exception const&)
         {

@@ -421,7 +421,7 @@ TEST_F(AsciiTcpProtocolTest, WritesAsManyDigitsAsItIsTold)
 
 TEST_F(AsciiTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenItCannot)
 {
-    Start();
+    uint16 const first = Start();
     uint16 free = 0;
     {
         OccupiedPort const taken;
@@ -430,7 +430,8 @@ TEST_F(AsciiTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenItC
         EXPECT_EQ(ZuTest::RefusalOf([this] { protocol->ParamsUpdate(); }),
                   (ZuTest::Refusal{-976, "ASCII over TCP cannot listen on 127.0.0.1:" + std::to_string(free) +
                                              ": Address already in use"}));
-        TcpClient client(Port());
+        EXPECT_EQ(Port(), first);
+        TcpClient client(first);
         EXPECT_EQ(Ask(client, "GET zMax"), "OK zMax none 0");
     }
 
