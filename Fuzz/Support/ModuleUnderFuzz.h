@@ -59,6 +59,11 @@ public:
         calls.Clear();
     }
 
+    ZuControl::IControlManager& Controls()
+    {
+        return *manager;
+    }
+
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor processor{router};
 
