@@ -23,8 +23,9 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 17> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 18> TITLES{{
         {OK, "OK"},
+        {CREATED, "Created"},
         {NO_CONTENT, "No Content"},
         {NOT_MODIFIED, "Not Modified"},
         {BAD_REQUEST, "Bad Request"},

@@ -4,12 +4,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <list>
 #include <map>
 #include <mutex>
 #include <set>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -31,6 +33,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     {
         Place place;
         Mode mode;
+        std::thread::id entrant;
         Admitted admitted;
     };
 
@@ -43,7 +46,14 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     bool IsChanging(Place const& place) const
     {
         auto const found = occupants.find(place);
-        return found != occupants.end() && found->second.isChanging;
+        return closedTrees.contains(place.tree) || (found != occupants.end() && found->second.isChanging);
+    }
+
+    /// Whether this thread changes the whole tree, and may read in it.
+    bool IsOwnTree(std::string const& tree) const
+    {
+        auto const found = closedTrees.find(tree);
+        return found != closedTrees.end() && found->second == std::this_thread::get_id();
     }
 
     bool HasReaders(Place const& place) const
@@ -52,18 +62,32 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         return found != occupants.end() && found->second.readers != 0;
     }
 
-    std::shared_ptr<Pass> Occupy(Place const& place, Mode mode);
+    bool HasReadersInTree(std::string const& tree) const
+    {
+        return std::ranges::any_of(
+            occupants, [&tree](auto const& one) { return one.first.tree == tree && one.second.readers != 0; });
+    }
+
+    std::shared_ptr<Pass> Occupy(Place const& place, Mode mode, std::thread::id entrant);
     void Leave(Place const& place, Mode mode);
+    void Reopen(std::string const& tree);
 
     /// Whether this one may run now; if a change waits for readers alone, nobody passes it by.
-    bool MayRun(Waiting const& one, std::set<Place>& held, std::set<std::string>& heldTrees) const
+    bool MayRun(Waiting const& one, std::set<Place>& held, std::set<std::string>& heldTrees,
+                std::set<std::string>& closingTrees) const
     {
         if (one.mode == Mode::READ)
         {
-            return !IsChanging(one.place) && !held.contains(one.place);
+            return !IsChanging(one.place) && !held.contains(one.place) && !closingTrees.contains(one.place.tree);
         }
         if (changingTrees.contains(one.place.tree) || heldTrees.contains(one.place.tree))
         {
+            return false;
+        }
+        if (one.mode == Mode::CHANGE_TREE && HasReadersInTree(one.place.tree))
+        {
+            closingTrees.insert(one.place.tree);
+            heldTrees.insert(one.place.tree);
             return false;
         }
         if (HasReaders(one.place))
@@ -80,14 +104,15 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         std::vector<Turn> turns;
         std::set<Place> held;
         std::set<std::string> heldTrees;
+        std::set<std::string> closingTrees;
         for (auto one = waiting.begin(); one != waiting.end();)
         {
-            if (!MayRun(*one, held, heldTrees))
+            if (!MayRun(*one, held, heldTrees, closingTrees))
             {
                 ++one;
                 continue;
             }
-            turns.push_back({std::move(one->admitted), Occupy(one->place, one->mode)});
+            turns.push_back({std::move(one->admitted), Occupy(one->place, one->mode, one->entrant)});
             one = waiting.erase(one);
         }
         return turns;
@@ -105,6 +130,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     std::condition_variable changeEnded;
     std::map<Place, Occupants> occupants; // of the places where somebody runs
     std::set<std::string> changingTrees;
+    std::map<std::string, std::thread::id> closedTrees; // those that are changed as a whole, and by whom
     std::list<Waiting> waiting;
 };
 
@@ -126,9 +152,14 @@ public:
 
     void ShowBefore(std::shared_ptr<nlohmann::json const> document) override
     {
+        ShowBeforeAt(place, std::move(document));
+    }
+
+    void ShowBeforeAt(Place const& shownPlace, std::shared_ptr<nlohmann::json const> document) override
+    {
         {
             std::scoped_lock const guard(state->lock);
-            state->occupants[place].before = std::move(document);
+            state->occupants[shownPlace].before = std::move(document);
         }
         state->changeEnded.notify_all(); // for a read that waits it is as good
     }
@@ -139,7 +170,8 @@ private:
     Mode const mode;
 };
 
-std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& place, Mode mode)
+std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& place, Mode mode,
+                                                                  std::thread::id entrant)
 {
     auto pass = std::make_shared<Holder>(shared_from_this(), place, mode);
     Occupants& here = occupants[place];
@@ -150,6 +182,10 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& p
     }
     here.isChanging = true;
     changingTrees.insert(place.tree);
+    if (mode == Mode::CHANGE_TREE)
+    {
+        closedTrees.emplace(place.tree, entrant);
+    }
     return pass;
 }
 
@@ -159,23 +195,33 @@ void ResourceLocks::State::Leave(Place const& place, Mode mode)
     {
         std::scoped_lock const guard(lock);
         Occupants& here = occupants[place];
-        if (mode == Mode::CHANGE)
+        if (mode == Mode::READ)
+        {
+            --here.readers;
+        }
+        else
         {
             here = {};
             changingTrees.erase(place.tree);
         }
-        else
-        {
-            --here.readers;
-        }
-        if (here.readers == 0)
+        if (here.readers == 0 && here.before == nullptr)
         {
             occupants.erase(place);
+        }
+        if (mode == Mode::CHANGE_TREE)
+        {
+            Reopen(place.tree);
         }
         turns = NextTurns();
     }
     changeEnded.notify_all();
     Call(std::move(turns));
+}
+
+void ResourceLocks::State::Reopen(std::string const& tree)
+{
+    closedTrees.erase(tree);
+    std::erase_if(occupants, [&tree](auto const& one) { return one.first.tree == tree && one.second.readers == 0; });
 }
 
 ResourceLocks::ResourceLocks() : state(std::make_shared<State>())
@@ -194,7 +240,7 @@ void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
     std::vector<State::Turn> turns;
     {
         std::scoped_lock const guard(state->lock);
-        state->waiting.push_back({place, mode, std::move(admitted)});
+        state->waiting.push_back({place, mode, std::this_thread::get_id(), std::move(admitted)});
         turns = state->NextTurns();
     }
     State::Call(std::move(turns));
@@ -207,12 +253,13 @@ ResourceLocks::InnerPass ResourceLocks::EnterInner(Place const& place, bool take
         return takesBefore && state->IsChanging(place) ? state->occupants[place].before : nullptr;
     };
     std::unique_lock guard(state->lock);
-    state->changeEnded.wait_until(guard, deadline, [&] { return !state->IsChanging(place) || before() != nullptr; });
-    if (auto document = before())
+    auto const mayRead = [&] { return !state->IsChanging(place) || state->IsOwnTree(place.tree); };
+    state->changeEnded.wait_until(guard, deadline, [&] { return mayRead() || before() != nullptr; });
+    if (mayRead())
     {
-        return {nullptr, std::move(document)};
+        return {state->Occupy(place, Mode::READ, std::this_thread::get_id()), nullptr};
     }
-    return {state->IsChanging(place) ? nullptr : state->Occupy(place, Mode::READ), nullptr};
+    return {nullptr, before()};
 }
 
 } // namespace ZuRest

@@ -21,7 +21,8 @@ public:
     enum class Mode
     {
         READ,
-        CHANGE
+        CHANGE,
+        CHANGE_TREE ///< of all places of the tree: alone in it
     };
 
     /// The right to run, for as long as it lives.
@@ -32,6 +33,9 @@ public:
 
         /// The document at the head of the place as it was before this change: those see it who cannot wait for the end.
         virtual void ShowBefore(std::shared_ptr<nlohmann::json const> document) = 0;
+
+        /// The same for another place that this change includes.
+        virtual void ShowBeforeAt(Place const& place, std::shared_ptr<nlohmann::json const> document) = 0;
     };
 
     using Admitted = std::function<void(std::shared_ptr<Pass>)>;
@@ -51,11 +55,12 @@ public:
     ResourceLocks& operator=(ResourceLocks const&) = delete;
 
     /// Calls `admitted` when it is the turn of this one: at once on this thread, or on that of the one who leaves. It hands
-    /// the work on and comes back soon.
+    /// the work on and comes back soon. A change of a whole tree is carried out on the thread that has called this.
     void Enter(Place const& place, Mode mode, Admitted admitted);
 
     /// For a read that a running request asks for, which others may be waiting for: it passes those who only wait, and a
-    /// change that is running either shows what was before, when `takesBefore`, or is waited for up to `patienceUsec`.
+    /// change that is running either shows what was before, when `takesBefore`, or is waited for up to `patienceUsec`. The
+    /// thread that changes a whole tree passes itself.
     InnerPass EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec);
 
 private:

@@ -141,10 +141,7 @@ Json ResourceRequestProcessor::Read(std::string const& path, Json const& /*reque
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Process(Request const& request,
                                                                     ReceiverMaker const& makeReceiver)
 {
-    std::promise<std::shared_ptr<ResourceLocks::Pass>> turn;
-    locks.Enter(Place::Of(request.path), ModeOf(request.method),
-                [&turn](std::shared_ptr<ResourceLocks::Pass> pass) { turn.set_value(std::move(pass)); });
-    std::shared_ptr<ResourceLocks::Pass> const pass = turn.get_future().get();
+    std::shared_ptr<ResourceLocks::Pass> const pass = WaitForTurn(Place::Of(request.path), ModeOf(request.method));
     return Carry(request, makeReceiver, *pass);
 }
 
@@ -169,6 +166,23 @@ void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeR
             job->done(std::move(outcome));
         });
     });
+}
+
+void ResourceRequestProcessor::RunAlone(std::vector<std::string> const& heads, std::function<void()> const& work)
+{
+    auto const pass = WaitForTurn({Place::Of(heads.front()).tree, ""}, ResourceLocks::Mode::CHANGE_TREE);
+    for (std::string const& head : heads)
+    {
+        KeepBefore(Place::Of(head), *pass);
+    }
+    work();
+}
+
+std::shared_ptr<ResourceLocks::Pass> ResourceRequestProcessor::WaitForTurn(Place const& place, ResourceLocks::Mode mode)
+{
+    std::promise<std::shared_ptr<ResourceLocks::Pass>> turn;
+    locks.Enter(place, mode, [&turn](std::shared_ptr<ResourceLocks::Pass> pass) { turn.set_value(std::move(pass)); });
+    return turn.get_future().get();
 }
 
 ResourceRequestProcessor::Outcome
@@ -289,7 +303,7 @@ Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::
         return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + request.path + " has changed.", 0, {}}
             .ToAnswer();
     }
-    KeepBefore(request, pass);
+    KeepBefore(Place::Of(request.path), pass);
     match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body);
     return ShowDocument(request);
 }
@@ -329,12 +343,11 @@ bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
     return isNamed(false) || isNamed(true); // a client may have read either
 }
 
-void ResourceRequestProcessor::KeepBefore(Request const& request, ResourceLocks::Pass& pass) const
+void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pass& pass) const
 {
     try
     {
-        std::string const head = Place::Of(request.path).HeadPath();
-        pass.ShowBefore(std::make_shared<Json const>(reader.Read(head, false)));
+        pass.ShowBeforeAt(place, std::make_shared<Json const>(reader.Read(place.HeadPath(), false)));
     }
     catch (std::exception const&) // there is none: who reads meanwhile has to wait
     {

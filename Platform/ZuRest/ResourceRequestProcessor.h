@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ZuRest
 {
@@ -62,7 +63,13 @@ public:
     void ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
                       std::function<void(Outcome)> done);
 
+    /// Runs `work` on this thread while nothing of one tree is read or changed by requests: it waits for those that run, and
+    /// who comes later waits for it. `heads` are the heads of the tree's places, that of the tree first: reads from inside
+    /// find their documents as they were before. `work` may read the tree through this. What it throws goes on.
+    void RunAlone(std::vector<std::string> const& heads, std::function<void()> const& work);
+
 private:
+    std::shared_ptr<ResourceLocks::Pass> WaitForTurn(Place const& place, ResourceLocks::Mode mode);
     Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
     Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
     Outcome Get(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
@@ -72,7 +79,7 @@ private:
     Answer Call(Request const& request, ResourceRouter::Match const& match);
     Answer ShowDocument(Request const& request) const;
     bool IsPreconditionMet(Request const& request) const;
-    void KeepBefore(Request const& request, ResourceLocks::Pass& pass) const;
+    void KeepBefore(Place const& place, ResourceLocks::Pass& pass) const;
 
     ResourceRouter const& router;
     ResourceLocks locks;

@@ -142,6 +142,51 @@ TEST_F(ResourceLocksTest, LetsAReadFromTheInsideWaitForAChange)
     EXPECT_NE(pass, nullptr);
 }
 
+TEST_F(ResourceLocksTest, LetsAChangeOfAWholeTreeRunAloneInIt)
+{
+    Enter("read", "/controls/x", Mode::READ);
+    Enter("change", "/controls/y", Mode::CHANGE);
+    Enter("tree", "/controls", Mode::CHANGE_TREE);
+    EXPECT_FALSE(Runs("tree"));
+
+    Leave("change");
+    Enter("later read", "/controls/z", Mode::READ);
+    Enter("later change", "/controls/z", Mode::CHANGE);
+    Enter("elsewhere", "/jobs/x", Mode::CHANGE);
+    EXPECT_FALSE(Runs("tree") || Runs("later read") || Runs("later change"));
+    EXPECT_TRUE(Runs("elsewhere"));
+
+    Leave("read");
+    EXPECT_TRUE(Runs("tree"));
+    EXPECT_FALSE(Runs("later read") || Runs("later change"));
+
+    Leave("tree");
+    EXPECT_TRUE(Runs("later read"));
+    Leave("later read");
+    EXPECT_TRUE(Runs("later change"));
+}
+
+TEST_F(ResourceLocksTest, ShowsWhatWasBeforeAChangeOfTheWholeTreeToAllButTheOneWhoMakesIt)
+{
+    Enter("tree", "/controls", Mode::CHANGE_TREE);
+    auto const before = std::make_shared<nlohmann::json const>("before");
+    running.at("tree")->ShowBeforeAt(Place::Of("/controls/x"), before);
+
+    ResourceLocks::InnerPass shown;
+    ResourceLocks::InnerPass refused;
+    std::thread([&] {
+        shown = locks.EnterInner(Place::Of("/controls/x"), true, 0);
+        refused = locks.EnterInner(Place::Of("/controls/y"), true, 0);
+    }).join();
+    EXPECT_EQ(shown.before, before);
+    EXPECT_TRUE(refused.pass == nullptr && refused.before == nullptr);
+    EXPECT_NE(locks.EnterInner(Place::Of("/controls/x"), true, 0).pass, nullptr);
+
+    Leave("tree");
+    EXPECT_NE(locks.EnterInner(Place::Of("/controls/y"), true, 0).pass, nullptr);
+    EXPECT_EQ(locks.EnterInner(Place::Of("/controls/x"), true, 0).before, nullptr);
+}
+
 TEST(ResourceLocks, ForgetsThoseWhoWaitWhenItEnds)
 {
     auto gone = std::make_unique<ResourceLocks>();

@@ -523,6 +523,32 @@ TEST_F(ResourceRequestProcessorTest, LetsAChangeRunAloneAndOthersNotWaitForIt)
     EXPECT_TRUE(isRead);
 }
 
+TEST_F(ResourceRequestProcessorTest, RunsAWorkAloneInATreeAndShowsThoseInsideWhatWasBefore)
+{
+    std::string value = "before";
+    auto const show = [&](RequestInfo const&, ResponseInfo&) { return Json{{"value", value}}; };
+    Place("/controls").document = show;
+    Place("/controls/:protocol").document = show;
+    ZuTest::Latch answered;
+    std::thread client;
+
+    processor.RunAlone({"/controls", "/controls/x"}, [&] {
+        client = std::thread([&] {
+            EXPECT_EQ(Get("/controls/x").at("value"), "after"); // waits for the end
+            answered.Open();
+        });
+        value = "half way";
+        EXPECT_EQ(processor.Read("/controls/x", nullptr, "").at("value"), "half way");
+        std::thread([&] { EXPECT_EQ(processor.Read("/controls/x", nullptr, "").at("value"), "before"); }).join();
+        value = "after";
+    });
+
+    EXPECT_TRUE(answered.Wait());
+    client.join();
+    EXPECT_THROW(processor.RunAlone({"/controls"}, [] { throw std::runtime_error("broken"); }), std::runtime_error);
+    EXPECT_EQ(Get("/controls/x").at("value"), "after");
+}
+
 TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
 {
     FakeResource& protocol = Place("/controls/:protocol");
