@@ -1,0 +1,310 @@
+#include "Host/Store/ArchiveFile.h"
+
+#include "Host/Store/Archive.h"
+#include "Host/Store/DataFolder.h"
+#include "Host/Store/DocumentCheck.h"
+#include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Files = ArchiveContents::Files;
+using Access = SqliteFile::Access;
+
+constexpr std::string_view REJECTED = "rejected/"; // the folder of what was replaced without having been taken over
+
+/// Whether an entry is a document, and not something that a person has put beside it.
+bool IsDocument(std::string_view name)
+{
+    return name.starts_with("controls/") && name.ends_with(".json");
+}
+
+void TakeDocument(ArchiveFile::Documents& documents, ArchiveContents& contents, std::string const& name,
+                  std::string const& file)
+{
+    auto const entry = contents.entries.find(name);
+    auto const unread = contents.faults.find(name);
+    std::string fault = unread != contents.faults.end() ? unread->second : "it is not there any more";
+    if (entry != contents.entries.end())
+    {
+        fault = DocumentCheck::FaultOf(entry->second);
+        if (fault.empty())
+        {
+            documents.files.insert(contents.entries.extract(entry));
+            return;
+        }
+    }
+    auto lastGood = contents.lastGood.extract(name);
+    bool const isThere = !lastGood.empty() && DocumentCheck::FaultOf(lastGood.mapped()).empty();
+    documents.faults.push_back(
+        "The document '" + name + "' of '" + file + "' cannot be read (" + fault + "). " +
+        (isThere ? "The last good one is used in its place." : "There is no other in its place."));
+    if (isThere)
+    {
+        documents.fromLastGood.insert(name);
+        documents.files.insert(std::move(lastGood));
+    }
+}
+
+/// The names of all that has ever been a document in the file. One that somebody has taken out is none any more, unless the
+/// file is damaged: then it may have been lost.
+std::set<std::string> NamesOf(ArchiveContents const& contents, bool isDamaged)
+{
+    std::set<std::string> names;
+    auto const add = [&names](Files const& files) {
+        for (auto const& [name, bytes] : files)
+        {
+            if (IsDocument(name))
+            {
+                names.insert(name);
+            }
+        }
+    };
+    add(contents.entries);
+    add(contents.faults);
+    if (isDamaged)
+    {
+        add(contents.lastGood);
+    }
+    return names;
+}
+
+Files DocumentsOf(Files const& entries)
+{
+    Files documents;
+    std::ranges::copy_if(entries, std::inserter(documents, documents.end()),
+                         [](auto const& entry) { return IsDocument(entry.first); });
+    return documents;
+}
+
+/// What is wrong with the file as a whole; empty for nothing.
+std::string FaultOf(Archive& archive, ArchiveContents const& contents)
+{
+    if (std::string fault = archive.FindFault(); !fault.empty())
+    {
+        return fault;
+    }
+    if (!archive.HasTable())
+    {
+        return "it has no table 'sqlar'";
+    }
+    auto const whole = contents.faults.find("");
+    return whole != contents.faults.end() ? whole->second : "";
+}
+
+bool Holds(Files const& files, std::string const& name, std::string const& bytes)
+{
+    auto const found = files.find(name);
+    return found != files.end() && found->second == bytes;
+}
+
+} // namespace
+
+ArchiveFile::ArchiveFile(DataFolder const& usedFolder, std::filesystem::path newPath)
+    : folder(usedFolder), path(std::move(newPath))
+{
+}
+
+ArchiveFile::~ArchiveFile() = default;
+ArchiveFile::ArchiveFile(ArchiveFile&&) noexcept = default;
+
+bool ArchiveFile::Exists() const
+{
+    std::error_code error;
+    auto const bytes = std::filesystem::file_size(path, error);
+    return !error && bytes != 0; // an empty one is what a crash leaves of a file that was about to be made
+}
+
+ArchiveFile::Documents ArchiveFile::Read()
+{
+    std::string const file = path.filename().string();
+    Documents documents;
+    try
+    {
+        Archive archive(path, Access::READ);
+        ArchiveContents contents = archive.Read();
+        std::string const fault = FaultOf(archive, contents);
+        contents.faults.erase("");
+        isDamaged = !fault.empty();
+        if (isDamaged)
+        {
+            documents.faults.push_back("The file '" + file + "' is damaged (" + fault + ").");
+        }
+        for (std::string const& name : NamesOf(contents, isDamaged))
+        {
+            TakeDocument(documents, contents, name, file);
+        }
+    }
+    catch (Zu::Exception const& exception)
+    {
+        isDamaged = exception.Status() == Zu::Status::BAD_FORMAT;
+        throw;
+    }
+    if (isDamaged && documents.files.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "%s", documents.faults.front().c_str());
+    }
+    return documents;
+}
+
+void ArchiveFile::Save(Files const& files, std::set<std::string> const& due, bool keepsReplaced)
+{
+    if (!isDamaged)
+    {
+        try
+        {
+            Update(files, due, keepsReplaced);
+            return;
+        }
+        catch (Zu::Exception const& exception)
+        {
+            if (exception.Status() != Zu::Status::BAD_FORMAT)
+            {
+                throw;
+            }
+            isDamaged = true; // it has become so since it was read
+        }
+    }
+    Rebuild(files);
+}
+
+void ArchiveFile::Replace(Files const& files)
+{
+    Install({files, DocumentsOf(files), {}});
+    isDamaged = false;
+}
+
+void ArchiveFile::CopyTo(std::filesystem::path const& target) const
+{
+    ArchiveFile(folder, target).Replace(Archive(path, Access::READ).Read().entries);
+}
+
+std::string ArchiveFile::Image() const
+{
+    return Archive(path, Access::READ).Image();
+}
+
+Files ArchiveFile::Checked(std::string const& name, std::string_view bytes)
+{
+    ArchiveContents contents;
+    std::string fault;
+    try
+    {
+        Archive archive(name, bytes);
+        contents = archive.Read();
+        fault = FaultOf(archive, contents);
+    }
+    catch (Zu::Exception const& exception)
+    {
+        fault = exception.what();
+    }
+    for (auto const& [entry, bytesOfEntry] : contents.entries)
+    {
+        std::string const wrong = IsDocument(entry) ? DocumentCheck::FaultOf(bytesOfEntry) : "";
+        if (!wrong.empty())
+        {
+            contents.faults.emplace(entry, wrong);
+        }
+    }
+    if (fault.empty() && !contents.faults.empty())
+    {
+        auto const& [entry, wrong] = *contents.faults.begin();
+        fault = "'" + entry + "': " + wrong;
+    }
+    if (!fault.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "What was sent is no job: %s", fault.c_str());
+    }
+    return std::move(contents.entries);
+}
+
+void ArchiveFile::Update(Files const& files, std::set<std::string> const& due, bool keepsReplaced)
+{
+    Archive archive(path, Access::CREATE);
+    ArchiveContents const stored = archive.Read();
+    if (stored.faults.contains(""))
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "%s", stored.faults.at("").c_str());
+    }
+    bool const isNew = !archive.HasTable();
+    Files entries;
+    Files lastGood;
+    for (auto const& [name, bytes] : files)
+    {
+        if (!isNew && !due.contains(name))
+        {
+            continue;
+        }
+        auto const replaced = stored.entries.find(name);
+        if (replaced == stored.entries.end() || replaced->second != bytes)
+        {
+            entries.emplace(name, bytes);
+            if (keepsReplaced && replaced != stored.entries.end())
+            {
+                entries.emplace(std::string(REJECTED) + name, replaced->second);
+            }
+        }
+        if (!Holds(stored.lastGood, name, bytes))
+        {
+            lastGood.emplace(name, bytes);
+        }
+    }
+    if (isNew || !entries.empty() || !lastGood.empty()) // a new job without documents has its table all the same
+    {
+        archive.Write(entries, lastGood);
+    }
+}
+
+void ArchiveFile::Rebuild(Files const& files)
+{
+    ArchiveContents contents;
+    try
+    {
+        contents = Archive(path, Access::READ).Read();
+    }
+    catch (Zu::Exception const&) // nothing of it can be read: all of it is in the file that is kept
+    {
+    }
+    contents.entries.merge(Files(contents.lastGood)); // what is not lost stays, whoever it belongs to
+    for (auto const& [name, bytes] : files)
+    {
+        contents.entries.insert_or_assign(name, bytes);
+    }
+    contents.lastGood = DocumentsOf(contents.entries);
+    std::filesystem::path const kept = folder.KeepDamaged(path);
+    Install(contents);
+    isDamaged = false;
+    ZU_LOG_USER_WARNING("The damaged file '%1$s' is kept as '%2$s'; a new one has taken its place",
+                        path.filename().c_str(), kept.filename().c_str());
+}
+
+void ArchiveFile::Install(ArchiveContents const& contents) const
+{
+    if (Exists())
+    {
+        try
+        {
+            Archive(path, Access::WRITE)
+                .HasTable(); // a transaction that a crash has left half done is rolled back by it
+        }
+        catch (Zu::Exception const& exception)
+        {
+            if (exception.Status() != Zu::Status::BAD_FORMAT)
+            {
+                throw;
+            }
+        }
+    }
+    std::filesystem::path const made = folder.NewFile();
+    Archive(made, Access::CREATE).Write(contents.entries, contents.lastGood);
+    folder.Install(made, path);
+}
+
+} // namespace ZuHost

@@ -1,0 +1,139 @@
+#include "Host/Store/DataFolder.h"
+
+#include "Host/Store/JobName.h"
+#include "ZuApi/Exception.h"
+#include "ZuCommon/PersistManager.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr char const* SETTINGS_FILE = "settings.zpset";
+constexpr char const* NEW_FILE = ".new-archive"; // no job: it has a dot at its head
+constexpr char const* JOURNAL_SUFFIX = "-journal";
+
+std::filesystem::path JournalOf(std::filesystem::path file)
+{
+    return file += JOURNAL_SUFFIX;
+}
+
+void CheckCall(int result, char const* what, std::filesystem::path const& file)
+{
+    if (result != 0)
+    {
+        ZU_THROW(errno == ENOENT ? Zu::Status::NOT_FOUND : Zu::Status::FAILURE, "The file '%s' cannot be %s: %s",
+                 file.filename().c_str(), what, std::strerror(errno));
+    }
+}
+
+} // namespace
+
+DataFolder::DataFolder(std::filesystem::path newPath) : path(std::move(newPath))
+{
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The data folder '%s' cannot be used: %s", path.c_str(),
+                 error ? error.message().c_str() : std::strerror(errno));
+    }
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    {
+        close(descriptor);
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The data folder '%s' belongs to another host that runs", path.c_str());
+    }
+    // A file system without locks, or one that can only be read, does not keep the host from starting.
+}
+
+DataFolder::~DataFolder()
+{
+    close(descriptor);
+}
+
+std::filesystem::path DataFolder::JobFile(std::string const& name) const
+{
+    return path / (JobName::Checked(name) + ZuCommon::PersistManager::JOB_SUFFIX);
+}
+
+std::filesystem::path DataFolder::SettingsFile() const
+{
+    return path / SETTINGS_FILE;
+}
+
+std::vector<std::string> DataFolder::Jobs() const
+{
+    std::vector<std::string> jobs;
+    for (auto const& entry : std::filesystem::directory_iterator(path))
+    {
+        std::string const file = entry.path().filename().string();
+        std::error_code error;
+        if (file.ends_with(ZuCommon::PersistManager::JOB_SUFFIX) && entry.is_regular_file(error))
+        {
+            std::string job = ZuCommon::PersistManager::NameWithoutSuffix(file);
+            if (JobName::IsValid(job))
+            {
+                jobs.push_back(std::move(job));
+            }
+        }
+    }
+    std::ranges::sort(jobs);
+    return jobs;
+}
+
+std::filesystem::path DataFolder::NewFile() const
+{
+    std::filesystem::path file = path / NEW_FILE;
+    std::error_code error; // a folder that cannot be written says so when the file is made
+    std::filesystem::remove(JournalOf(file), error);
+    std::filesystem::remove(file, error);
+    return file;
+}
+
+void DataFolder::Install(std::filesystem::path const& newFile, std::filesystem::path const& target) const
+{
+    // A journal of the file that goes would be played into the one that comes.
+    int const removed = unlink(JournalOf(target).c_str());
+    CheckCall(removed != 0 && errno == ENOENT ? 0 : removed, "removed", JournalOf(target));
+    CheckCall(std::rename(newFile.c_str(), target.c_str()), "written", target);
+    Synchronise();
+}
+
+std::filesystem::path DataFolder::KeepDamaged(std::filesystem::path const& file) const
+{
+    for (unsigned number = 1;; ++number)
+    {
+        std::filesystem::path kept = file;
+        kept += ".damaged-" + std::to_string(number);
+        int const result = link(file.c_str(), kept.c_str());
+        if (result == 0 || errno != EEXIST)
+        {
+            CheckCall(result, "kept", file);
+            Synchronise();
+            return kept;
+        }
+    }
+}
+
+void DataFolder::Remove(std::filesystem::path const& file) const
+{
+    CheckCall(unlink(file.c_str()), "removed", file);
+    Synchronise(); // ahead of the journal: without it a crash could leave half a transaction behind
+    unlink(JournalOf(file).c_str());
+}
+
+void DataFolder::Synchronise() const
+{
+    CheckCall(fsync(descriptor), "synchronised", path / ".");
+}
+
+} // namespace ZuHost

@@ -1,0 +1,159 @@
+#include "Host/Store/SqliteFile.h"
+
+#include "ZuApi/Exception.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+int FlagsOf(SqliteFile::Access access)
+{
+    // A file that cannot be written is opened for reading alone: SQLite sees to that by itself.
+    int const flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    return access == SqliteFile::Access::CREATE ? flags | SQLITE_OPEN_CREATE : flags;
+}
+
+int32 StatusOf(int result)
+{
+    switch (result & 0xFF)
+    {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_FORMAT:
+    case SQLITE_TOOBIG:
+        return Zu::Status::BAD_FORMAT;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return Zu::Status::BUSY;
+    default:
+        return Zu::Status::FAILURE;
+    }
+}
+
+} // namespace
+
+SqliteFile::SqliteFile(std::filesystem::path newPath, Access access) : path(std::move(newPath))
+{
+    std::error_code error;
+    if (access != Access::CREATE &&
+        std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found)
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no file '%s'", path.c_str());
+    }
+    try
+    {
+        Open(path.c_str(), FlagsOf(access));
+        if (access != Access::READ)
+        {
+            Run("PRAGMA journal_mode = DELETE; PRAGMA synchronous = EXTRA");
+        }
+    }
+    catch (...)
+    {
+        sqlite3_close(database);
+        throw;
+    }
+}
+
+SqliteFile::SqliteFile(std::string const& name, std::string_view bytes) : path(name)
+{
+    try
+    {
+        Open(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
+        auto* const copy = static_cast<unsigned char*>(sqlite3_malloc64(std::max<std::size_t>(bytes.size(), 1)));
+        if (copy == nullptr)
+        {
+            Fail(SQLITE_NOMEM);
+        }
+        std::memcpy(copy, bytes.data(), bytes.size());
+        auto const size = static_cast<sqlite3_int64>(bytes.size());
+        Check(sqlite3_deserialize(database, "main", copy, size, size, // the copy is SQLite's from here on
+                                  SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY));
+    }
+    catch (...)
+    {
+        sqlite3_close(database);
+        throw;
+    }
+}
+
+SqliteFile::~SqliteFile()
+{
+    sqlite3_close(database);
+}
+
+void SqliteFile::Run(char const* statements)
+{
+    Check(sqlite3_exec(database, statements, nullptr, nullptr, nullptr));
+}
+
+std::string SqliteFile::Image() const
+{
+    sqlite3* opened = nullptr;
+    int const result = sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    std::unique_ptr<sqlite3, int (*)(sqlite3*)> const copy(opened, sqlite3_close);
+    Check(result);
+    sqlite3_backup* const backup = sqlite3_backup_init(copy.get(), "main", database, "main");
+    if (backup == nullptr)
+    {
+        Fail(sqlite3_errcode(copy.get()));
+    }
+    int const copied = sqlite3_backup_step(backup, -1);
+    sqlite3_backup_finish(backup);
+    if (copied != SQLITE_DONE)
+    {
+        Fail(copied);
+    }
+    sqlite3_int64 size = 0;
+    std::unique_ptr<unsigned char, void (*)(void*)> const bytes(sqlite3_serialize(copy.get(), "main", &size, 0),
+                                                                sqlite3_free);
+    if (bytes == nullptr)
+    {
+        Fail(SQLITE_NOMEM);
+    }
+    return {reinterpret_cast<char const*>(bytes.get()), static_cast<std::size_t>(size)};
+}
+
+void SqliteFile::Open(char const* name, int flags)
+{
+    Check(sqlite3_open_v2(name, &database, flags, nullptr));
+    Check(sqlite3_extended_result_codes(database, 1));
+    Check(sqlite3_busy_timeout(database, BUSY_TIMEOUT_MSEC));
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, MAX_VALUE_BYTES);
+    Check(sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr));
+    Check(sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr));
+    Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr));
+    Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr));
+    Run("PRAGMA cell_size_check = ON");
+}
+
+sqlite3& SqliteFile::Handle() const
+{
+    return *database;
+}
+
+void SqliteFile::Fail(int result) const
+{
+    bool const isLast = database != nullptr && sqlite3_extended_errcode(database) == result;
+    ZU_THROW(StatusOf(result), "The file '%s' cannot be used: %s", path.filename().c_str(),
+             isLast ? sqlite3_errmsg(database) : sqlite3_errstr(result));
+}
+
+void SqliteFile::Check(int result) const
+{
+    if (result != SQLITE_OK)
+    {
+        Fail(result);
+    }
+}
+
+} // namespace ZuHost

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace ZuTest
+{
+
+/// Runs the command-line tool of SQLite: `sqlite3 FILE -A ...` with these words, in this folder. Gives what it printed, and
+/// fails the test when it does not end well.
+std::string RunArchiveTool(std::filesystem::path const& folder, std::filesystem::path const& file,
+                           std::string const& words);
+
+/// Runs this SQL with the tool.
+std::string RunSql(std::filesystem::path const& file, std::string const& sql);
+
+} // namespace ZuTest

@@ -1,0 +1,110 @@
+#include "Host/Store/DataFolder.h"
+
+#include "Support/Refusal.h"
+#include "Support/ScratchFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace ZuHost
+{
+
+using ZuTest::BytesOf;
+using ZuTest::WriteBytes;
+
+TEST(DataFolder, IsMadeWhenItIsNotThere)
+{
+    ZuTest::ScratchFolder const scratch;
+
+    DataFolder const folder(scratch / "a/b");
+
+    EXPECT_TRUE(std::filesystem::is_directory(scratch / "a/b"));
+    EXPECT_EQ(folder.JobFile("table"), scratch / "a/b/table.zpjob");
+    EXPECT_EQ(folder.SettingsFile(), scratch / "a/b/settings.zpset");
+    EXPECT_EQ(ZuTest::RefusalOf([&] { folder.JobFile("../table"); }).status, Zu::Status::BAD_ARGUMENT);
+}
+
+TEST(DataFolder, BelongsToOneHostAtATime)
+{
+    ZuTest::ScratchFolder const scratch;
+    std::optional<DataFolder> first(std::in_place, scratch.path);
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { DataFolder second(scratch.path); }),
+              (ZuTest::Refusal{Zu::Status::BAD_ARGUMENT,
+                               "The data folder '" + scratch.path.string() + "' belongs to another host that runs"}));
+
+    first.reset();
+    DataFolder const next(scratch.path);
+}
+
+TEST(DataFolder, SaysWhatCannotBeAFolder)
+{
+    ZuTest::ScratchFolder const scratch;
+    WriteBytes(scratch / "file", "x");
+
+    ZuTest::Refusal const refusal = ZuTest::RefusalOf([&] { DataFolder folder(scratch / "file"); });
+
+    EXPECT_EQ(refusal.status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_NE(refusal.text.find((scratch / "file").string()), std::string::npos);
+}
+
+TEST(DataFolder, ListsJobsAndNothingElse)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    for (char const* const name :
+         {"b.zpjob", "a.zpjob", "settings.zpset", "a.zpjob.damaged-1", ".hidden.zpjob", "a.zpjob-journal"})
+    {
+        WriteBytes(scratch / name, "");
+    }
+    std::filesystem::create_directory(scratch / "folder.zpjob");
+
+    EXPECT_EQ(folder.Jobs(), (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(DataFolder, InstallsANewFileInTheOldPlace)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    WriteBytes(scratch / "job.zpjob", "old");
+    WriteBytes(scratch / "job.zpjob-journal", "of the old one");
+    WriteBytes(folder.NewFile(), "left by a crash");
+
+    std::filesystem::path const made = folder.NewFile();
+    EXPECT_FALSE(std::filesystem::exists(made));
+    WriteBytes(made, "new");
+    folder.Install(made, folder.JobFile("job"));
+
+    EXPECT_EQ(BytesOf(scratch / "job.zpjob"), "new");
+    EXPECT_FALSE(std::filesystem::exists(scratch / "job.zpjob-journal"));
+    EXPECT_FALSE(std::filesystem::exists(made));
+}
+
+TEST(DataFolder, KeepsEachDamagedFileUnderANameOfItsOwn)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    WriteBytes(scratch / "job.zpjob", "damaged");
+
+    EXPECT_EQ(folder.KeepDamaged(folder.JobFile("job")), scratch / "job.zpjob.damaged-1");
+    EXPECT_EQ(folder.KeepDamaged(folder.JobFile("job")), scratch / "job.zpjob.damaged-2");
+
+    EXPECT_EQ(BytesOf(scratch / "job.zpjob.damaged-2"), "damaged");
+    EXPECT_EQ(BytesOf(scratch / "job.zpjob"), "damaged");
+}
+
+TEST(DataFolder, RemovesAFileWithWhatACrashLeftBesideIt)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    WriteBytes(scratch / "job.zpjob", "");
+    WriteBytes(scratch / "job.zpjob-journal", "");
+
+    folder.Remove(folder.JobFile("job"));
+
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.path));
+    EXPECT_EQ(ZuTest::RefusalOf([&] { folder.Remove(folder.JobFile("job")); }).status, Zu::Status::NOT_FOUND);
+}
+
+} // namespace ZuHost

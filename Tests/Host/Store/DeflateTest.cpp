@@ -1,0 +1,48 @@
+#include "Host/Store/Deflate.h"
+
+#include <gtest/gtest.h>
+
+namespace ZuHost
+{
+
+TEST(Deflate, MakesWhatRepeatsShorterAndGivesItBack)
+{
+    std::string const text(5'000, 'x');
+
+    std::string const packed = Deflate::Pack(text);
+
+    EXPECT_LT(packed.size(), 100U);
+    EXPECT_EQ(Deflate::Unpack(packed, text.size()), text);
+}
+
+TEST(Deflate, LeavesWhatItCannotShorten)
+{
+    EXPECT_EQ(Deflate::Pack("{}"), "{}");
+    EXPECT_EQ(Deflate::Unpack("{}", 2), "{}");
+    EXPECT_EQ(Deflate::Unpack("", 0), "");
+}
+
+TEST(Deflate, RefusesWhatIsNotAsLongAsItIsSaidToBe)
+{
+    std::string const packed = Deflate::Pack(std::string(5'000, 'x'));
+
+    EXPECT_EQ(Deflate::Unpack(packed, 4'999), std::nullopt);
+    EXPECT_EQ(Deflate::Unpack(packed, 5'001), std::nullopt);
+    EXPECT_EQ(Deflate::Unpack(packed, packed.size() - 1), std::nullopt);
+}
+
+TEST(Deflate, RefusesWhatHasChanged)
+{
+    std::string const text(5'000, 'x');
+    std::string const packed = Deflate::Pack(text);
+
+    for (std::size_t i = 0; i < packed.size(); ++i)
+    {
+        std::string flipped = packed;
+        flipped[i] = static_cast<char>(flipped[i] ^ 0x10);
+        auto const unpacked = Deflate::Unpack(flipped, text.size());
+        EXPECT_TRUE(!unpacked.has_value() || *unpacked == text) << i; // some bits of the header say nothing
+    }
+}
+
+} // namespace ZuHost
