@@ -8,6 +8,7 @@
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "ZuRest/Path.h"
 
 #include <algorithm>
 
@@ -22,17 +23,18 @@ constexpr char const* PROBLEM_SOURCE = "Plug-ins";
 
 } // namespace
 
-Application::Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source,
-                         PluginClinic::Admission const& plugins)
+Application::Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
+                         std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins)
     : options(newOptions),
       deployment(options.deployment),
-      persistManager({options.jobName}),
+      jobs(persistRegistry, updateGate, problems, dataFolder),
       resultHub(RESULTS_ON_THE_SENSORS_THREAD),
       sensor(resultHub, std::move(source), options.rateHz),
       scanner(sensor),
       core(sensor, options.start),
       requestProcessor(router, HostResources::RELATION_TEMPLATE,
                        [this] { return std::make_shared<UpdateGate::Request>(updateGate); }),
+      jobsResources(router, jobs),
       httpServer(requestProcessor)
 {
     HttpServer::Settings settings;
@@ -42,16 +44,17 @@ Application::Application(Options const& newOptions, std::string const& token, st
     httpServer.Listen(settings); // first: a port that is taken is told before anything runs
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
-    persistManager.LoadJob(options.jobName);
     LoadPlugins(plugins);
     BuildModule();
-    MakeNewJob();
+    jobs.Begin(options.jobName);
+    LetLoadsRunAlone();
     hostResources.emplace(router, problems, scanEngines);
 }
 
 Application::~Application()
 {
     httpServer.Stop();
+    jobs.Close(); // ahead of all that goes: what runs now runs again at the next start
     // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
     ZU_GUARD_DESTRUCTOR([this] { core.Close(); });
 }
@@ -79,6 +82,7 @@ std::vector<Application::Listener> Application::Start()
     {
         core.Start(false);
     }
+    jobs.Run();
     httpServer.Start(); // a client finds what was asked for on the command line done
     std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
     for (std::string const& typeName : Controls().List())
@@ -135,7 +139,7 @@ void Application::BuildModule()
     environ.scanEngines = &scanEngines;
     environ.scanStartStopEvent = &core.ScanStartStopEvent();
     environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
-    environ.persistManager = &persistManager;
+    environ.persistManager = &jobs;
     environ.core = &core;
     environ.requestProcessor = &requestProcessor;
     module.emplace(pluginManager, router, environ);
@@ -143,13 +147,15 @@ void Application::BuildModule()
     dynamic_cast<ZuControl::ControlManager&>(Controls()).FindHardware();
 }
 
-void Application::MakeNewJob()
+/// A load changes the protocols one after another, and what they hold must not be read meanwhile.
+void Application::LetLoadsRunAlone()
 {
-    UpdateGate::Request const request(updateGate);
+    std::vector<std::string> heads{"/controls"};
     for (std::string const& typeName : Controls().List())
     {
-        Controls().GetInstance(typeName).ResetInstance(true, ZuControl::IControlInstance::DataToResetAll);
+        heads.push_back(ZuRest::Path::Format("/controls/:protocol", {typeName}));
     }
+    jobs.SetAloneRunner([this, heads](std::function<void()> const& load) { requestProcessor.RunAlone(heads, load); });
 }
 
 void Application::Enable(std::string const& typeName)

@@ -4,13 +4,14 @@
 #include "Host/CommandLine/Options.h"
 #include "Host/Http/HostResources.h"
 #include "Host/Http/HttpServer.h"
+#include "Host/Jobs/JobManager.h"
+#include "Host/Jobs/JobsResources.h"
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
 #include "Host/Sensor/DeskCore.h"
 #include "Host/Sensor/DeskScanner.h"
 #include "Host/Sensor/Sensor.h"
-#include "ZuCommon/PersistManager.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlModule.h"
 #include "ZuCore/ResultHub.h"
@@ -30,6 +31,8 @@ class IControlManager;
 namespace ZuHost
 {
 
+class DataFolder;
+
 /// The sensor on the desk with the module in it. One thread builds, configures, starts and destroys it.
 class Application final
 {
@@ -43,11 +46,13 @@ public:
         bool operator==(Listener const&) const = default;
     };
 
-    /// Loads the plug-ins that were admitted, with a problem for each of the others, builds the module, with a new job, and takes the address of the REST service, which asks for
-    /// `token` unless that is empty. Throws what a protocol throws that cannot be built, and what HttpServer throws.
-    Application(Options const& newOptions, std::string const& token, std::unique_ptr<IProfileSource> source,
-                PluginClinic::Admission const& plugins);
-    ~Application(); ///< ends the REST service, then stops scanning, then ends the protocols
+    /// Loads the plug-ins that were admitted, with a problem for each of the others, builds the module, loads the job or makes a
+    /// new one, and takes the address of the REST service, which asks for `token` unless that is empty. The folder outlives
+    /// this. Throws what a protocol throws that cannot be built, what a job throws that cannot be used, and what HttpServer
+    /// throws.
+    Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
+                std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins);
+    ~Application(); ///< ends the REST service, saves, stops scanning, then ends the protocols
 
     Application(Application const&) = delete;
     Application& operator=(Application const&) = delete;
@@ -56,8 +61,8 @@ public:
     /// also for a protocol of `--enable`.
     void Configure();
 
-    /// Enables what is to be enabled, scans when asked to, serves REST clients from then on, and tells who listens where. A
-    /// protocol that cannot be started is a line in the log, and the others go on.
+    /// Enables what is to be enabled, scans when asked to, saves what changes and serves REST clients from then on, and tells
+    /// who listens where. A protocol that cannot be started is a line in the log, and the others go on.
     std::vector<Listener> Start();
 
     ZuControl::IControlManager& Controls() const;
@@ -66,7 +71,7 @@ private:
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void RaiseComplaint(std::string const& sentence);
     void BuildModule();
-    void MakeNewJob();
+    void LetLoadsRunAlone();
     void Enable(std::string const& typeName);
     ZuControl::IControlInstance& FindInstance(std::string const& typeName) const;
 
@@ -77,7 +82,7 @@ private:
     DeploymentQuery deployment;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;
-    ZuCommon::PersistManager persistManager;
+    JobManager jobs;
     ZuCore::ResultHub resultHub;
     Sensor sensor;
     DeskScanner scanner;
@@ -87,6 +92,7 @@ private:
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor requestProcessor;
     std::optional<ZuControl::ControlModule> module;
+    JobsResources jobsResources;
     std::optional<HostResources> hostResources; // behind everybody else's: it listens to them
     HttpServer httpServer;                      // last: the first to go, as nobody may ask for what is going
 };

@@ -8,6 +8,7 @@
 #include "Host/Sensor/Replay.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/StandardErrorSink.h"
+#include "Host/Store/DataFolder.h"
 #include "ZuApi/Exception.h"
 
 #include <ostream>
@@ -67,12 +68,13 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     std::string const token = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
+    DataFolder const dataFolder(options.dataFolder);
     // Before the first thread is made, since it makes processes; and without a log, so that each line is told once.
     auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
 
     LogScope const log(options.logLevel);
     failureStatus = EXIT_BROKEN;
-    Application application(options, token, std::move(source), plugins);
+    Application application(options, token, dataFolder, std::move(source), plugins);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;

@@ -1,5 +1,6 @@
 #include "Host/CommandLine/Options.h"
 
+#include "Host/Store/JobName.h"
 #include "ZuApi/Exception.h"
 
 #include <algorithm>
@@ -129,16 +130,11 @@ void ParseHttp(std::string const& text, Options& options)
 /// The name becomes the name of a file.
 std::string ParseJobName(std::string const& text)
 {
-    auto const isRefused = [](char character) {
-        auto const code = static_cast<unsigned char>(character);
-        return code < 0x20 || code == 0x7F || character == '/' || character == '\\';
-    };
-    if (text.empty() || text.size() > Options::MAX_JOB_NAME_BYTES || text.find("..") != std::string::npos ||
-        std::any_of(text.begin(), text.end(), isRefused))
+    if (!JobName::IsValid(text))
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT,
                  "option '--job': '%s' is no job name (1 to %zu bytes, no separators, no '..', no control characters)",
-                 text.c_str(), Options::MAX_JOB_NAME_BYTES);
+                 text.c_str(), JobName::MAX_BYTES);
     }
     return text;
 }

@@ -49,7 +49,6 @@ struct Options
     };
 
     static constexpr double MAX_RATE_HZ = 100'000;
-    static constexpr std::size_t MAX_JOB_NAME_BYTES = 63;
 
     Request request = Request::RUN;
     std::string httpAddress = "127.0.0.1";               ///< of the REST service

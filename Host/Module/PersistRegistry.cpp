@@ -19,6 +19,7 @@ uint64 PersistRegistry::Register(ZuCommon::IPersistHandler& handler, std::string
 
 void PersistRegistry::Deregister(uint64 id)
 {
+    std::scoped_lock const operationEnded(operationLock);
     std::scoped_lock const guard(lock);
     handlers.erase(id);
 }
@@ -26,8 +27,37 @@ void PersistRegistry::Deregister(uint64 id)
 void PersistRegistry::MarkModified(ZuCommon::IPersistHandler& /*handler*/, ZuCommon::PersistDomain /*domain*/,
                                    uint64 /*reserved*/)
 {
+    std::function<void()> told;
+    {
+        std::scoped_lock const guard(lock);
+        ++modificationCount;
+        told = modifiedHandler;
+    }
+    if (told)
+    {
+        told();
+    }
+}
+
+void PersistRegistry::SetModifiedHandler(std::function<void()> handler)
+{
     std::scoped_lock const guard(lock);
-    ++modificationCount;
+    modifiedHandler = std::move(handler);
+}
+
+void PersistRegistry::Init(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store)
+{
+    ForEachHandler([&](ZuCommon::IPersistHandler& handler) { handler.InitPersistDomain(domain, store); });
+}
+
+void PersistRegistry::Load(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store)
+{
+    ForEachHandler([&](ZuCommon::IPersistHandler& handler) { handler.LoadPersistDomain(domain, store); });
+}
+
+void PersistRegistry::Save(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store)
+{
+    ForEachHandler([&](ZuCommon::IPersistHandler& handler) { handler.SavePersistDomain(domain, store); });
 }
 
 ZuControl::IControlManager& PersistRegistry::Controls() const
@@ -47,6 +77,23 @@ uint64 PersistRegistry::ModificationCount() const
 {
     std::scoped_lock const guard(lock);
     return modificationCount;
+}
+
+void PersistRegistry::ForEachHandler(std::function<void(ZuCommon::IPersistHandler&)> const& operation)
+{
+    std::scoped_lock const oneAtATime(operationLock);
+    std::vector<ZuCommon::IPersistHandler*> registered;
+    {
+        std::scoped_lock const guard(lock);
+        for (auto const& [id, handler] : handlers)
+        {
+            registered.push_back(handler);
+        }
+    }
+    for (ZuCommon::IPersistHandler* const handler : registered)
+    {
+        operation(*handler);
+    }
 }
 
 } // namespace ZuHost

@@ -2,8 +2,15 @@
 
 #include "ZuControl/Control/IPersistRegistry.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
+#include <vector>
+
+namespace ZuCommon
+{
+class IPersistStore;
+}
 
 namespace ZuControl
 {
@@ -13,7 +20,10 @@ class IControlManager;
 namespace ZuHost
 {
 
-/// Keeps who has registered, and whether something has changed since. Any thread may call.
+/// Keeps who has registered, and whether something has changed since; has them all initialise, load and save.
+///
+/// Any thread may call. Operations come one at a time, and a registration ends when none is running; a handler must not
+/// end its own from inside an operation.
 class PersistRegistry final : public ZuControl::IPersistRegistry
 {
 public:
@@ -27,6 +37,14 @@ public:
     void Deregister(uint64 id) override;
     void MarkModified(ZuCommon::IPersistHandler& handler, ZuCommon::PersistDomain domain, uint64 reserved) override;
 
+    /// Called after each modification of a job, on the thread that modifies: it only takes note. Set before the first one;
+    /// empty for nobody.
+    void SetModifiedHandler(std::function<void()> handler);
+
+    void Init(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
+    void Load(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store);
+    void Save(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
+
     /// The one handler that is the manager of all protocols. Throws -999 while none is registered.
     ZuControl::IControlManager& Controls() const;
 
@@ -34,10 +52,15 @@ public:
     uint64 ModificationCount() const;
 
 private:
+    void ForEachHandler(std::function<void(ZuCommon::IPersistHandler&)> const& operation);
+
+    std::mutex operationLock; // held while handlers run; the other is taken under it
+
     mutable std::mutex lock; // a leaf: guards all below
     uint64 lastId = 0;
     std::map<uint64, ZuCommon::IPersistHandler*> handlers;
     uint64 modificationCount = 0;
+    std::function<void()> modifiedHandler;
 };
 
 } // namespace ZuHost

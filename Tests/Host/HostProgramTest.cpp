@@ -32,8 +32,8 @@ protected:
     /// Runs the host, with no plug-ins unless the words say otherwise, and notes what it had said when it was up.
     int Run(std::vector<std::string> words)
     {
-        words.insert(words.begin(),
-                     {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--plugins", folder.string()});
+        words.insert(words.begin(), {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--plugins",
+                                     folder.string(), "--data", (folder / "data").string()});
         return RunHost(words, output, errors, [this] {
             ++runs;
             outputWhenUp = output.str();
@@ -138,13 +138,15 @@ TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)
     std::ostringstream innerOutput;
     std::string taken;
     int status = 0;
-    std::vector<std::string> const words{"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error"};
+    std::vector<std::string> const words{"zucontrol-host",          "--http", "127.0.0.1:0", "--log", "error", "--data",
+                                         (folder / "data").string()};
     EXPECT_EQ(RunHost(
                   words, output, errors,
                   [&] {
         std::string const text = output.str();
         taken = text.substr(15, text.find('\n') - 15); // behind "listening http "
-        status = RunHost({"zucontrol-host", "--http", taken}, innerOutput, innerErrors, [] { FAIL(); });
+        status = RunHost({"zucontrol-host", "--http", taken, "--data", (folder / "inner").string()}, innerOutput,
+                         innerErrors, [] { FAIL(); });
                   }),
               0);
 
@@ -152,6 +154,23 @@ TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)
     EXPECT_EQ(innerErrors.str(),
               "zucontrol-host: The REST service cannot listen on " + taken + ": Address already in use\n");
     EXPECT_EQ(innerOutput.str(), "");
+}
+
+TEST_F(HostProgramTest, TellsThatAnotherHostHasTheDataFolder)
+{
+    int status = 0;
+    std::ostringstream innerErrors;
+    std::string const data = (folder / "data").string();
+    EXPECT_EQ(RunHost(
+                  {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--data", data}, output, errors,
+                  [&] {
+        status =
+            RunHost({"zucontrol-host", "--http", "127.0.0.1:0", "--data", data}, output, innerErrors, [] { FAIL(); });
+                  }),
+              0);
+
+    EXPECT_EQ(status, 2);
+    EXPECT_EQ(innerErrors.str(), "zucontrol-host: The data folder '" + data + "' belongs to another host that runs\n");
 }
 
 TEST_F(HostProgramTest, ReplaysARangeImage)

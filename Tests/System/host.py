@@ -5,6 +5,7 @@ import pathlib
 import queue
 import signal
 import subprocess
+import tempfile
 import threading
 import time
 
@@ -13,10 +14,14 @@ PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer bu
 
 
 class Host:
-    """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready."""
+    """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready.
 
-    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host"):
-        self.arguments = [str(program), "--http", "127.0.0.1:0"]
+    Without `data` its jobs live in a folder that goes with it."""
+
+    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None):
+        self.scratch = tempfile.TemporaryDirectory() if data is None else None
+        self.data = pathlib.Path(data or self.scratch.name)
+        self.arguments = [str(program), "--http", "127.0.0.1:0", "--data", str(self.data)]
         if modbus:
             self.arguments += ["--enable", "ModbusTcp", "--param", "ModbusTcp.port=0"]
         self.arguments += [str(argument) for argument in arguments]
@@ -94,13 +99,16 @@ class Host:
             reader.join()
         self.process.stdout.close()
         self.process.stderr.close()
+        if self.scratch is not None:
+            self.scratch.cleanup()
         return status
 
 
 def run_host(*arguments):
     """Runs the host to its end and gives (status, standard output, standard error)."""
-    words = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", *map(str, arguments)]
-    done = subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE)
+    with tempfile.TemporaryDirectory() as data:
+        words = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", "--data", data, *map(str, arguments)]
+        done = subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE)
     return done.returncode, done.stdout, done.stderr
 
 

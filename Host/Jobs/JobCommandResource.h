@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ZuRest/ICallableResource.h"
+#include "ZuRest/ResourceBase.h"
+
+#include <functional>
+#include <string>
+
+namespace ZuHost
+{
+
+/// "/jobs/:name/load" and its like: something to be done with a job. It takes no arguments.
+class JobCommandResource final : public ZuRest::ResourceBase, public ZuRest::ICallableResource
+{
+public:
+    /// Gets the name of the job and gives the answer, null for none.
+    using Command = std::function<nlohmann::json(std::string const& name)>;
+
+    explicit JobCommandResource(Command newCommand);
+    ~JobCommandResource() override;
+
+    ZuRest::ICallableResource* CallableProvider() override;
+    nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
+
+private:
+    Command const command;
+};
+
+} // namespace ZuHost

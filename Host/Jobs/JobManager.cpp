@@ -1,0 +1,487 @@
+#include "Host/Jobs/JobManager.h"
+
+#include "Host/Jobs/DocumentStore.h"
+#include "Host/Jobs/LoadReporter.h"
+#include "Host/Module/PersistRegistry.h"
+#include "Host/Module/UpdateGate.h"
+#include "Host/Store/DataFolder.h"
+#include "Host/Store/JobName.h"
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Control/IControlManager.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Files = ArchiveContents::Files;
+using Kind = JobProblems::Kind;
+using ZuCommon::PersistDomain;
+
+/// One load or save on behalf of somebody: nobody else changes the configuration meanwhile, and what a failed one leaves
+/// open is closed. It does not nest.
+class GateBracket final
+{
+public:
+    explicit GateBracket(UpdateGate& usedGate) : gate(usedGate), request(usedGate)
+    {
+        gate.BeginUpdate(true);
+    }
+
+    ~GateBracket()
+    {
+        gate.EndUpdate();
+    }
+
+    GateBracket(GateBracket const&) = delete;
+    GateBracket& operator=(GateBracket const&) = delete;
+
+private:
+    UpdateGate& gate;
+    UpdateGate::Request const request;
+};
+
+std::string TextOf(std::exception const& exception)
+{
+    std::string const text = exception.what();
+    return text.empty() ? "status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
+}
+
+[[noreturn]] void ThrowNoJob(std::string const& name)
+{
+    ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
+}
+
+std::string DocumentNameOf(std::string const& typeName)
+{
+    return "controls/" + typeName + "/config.json";
+}
+
+} // namespace
+
+JobManager::JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, ZuCommon::ProblemsManager& problemsManager,
+                       DataFolder const& usedFolder, JobSaver::Pace pace)
+    : registry(usedRegistry),
+      gate(usedGate),
+      folder(usedFolder),
+      problems(problemsManager),
+      settings{ArchiveFile(folder, folder.SettingsFile()), {}},
+      saver([this] { SaveChanges(); }, pace)
+{
+    registry.SetModifiedHandler([this] { saver.Note(); });
+}
+
+JobManager::~JobManager()
+{
+    ZU_GUARD_DESTRUCTOR([this] { saver.Stop(); });
+    registry.SetModifiedHandler({}); // who has registered may still modify while it is taken down
+}
+
+void JobManager::SetAloneRunner(AloneRunner runner)
+{
+    runAlone = std::move(runner);
+}
+
+void JobManager::Begin(std::string const& name)
+{
+    std::scoped_lock const guard(operationLock);
+    BeginSettings();
+    BeginJob(JobName::Checked(name));
+}
+
+void JobManager::Run()
+{
+    saver.Start();
+    if (registry.ModificationCount() != savedCount.load(std::memory_order_relaxed))
+    {
+        saver.Note();
+    }
+}
+
+void JobManager::Close()
+{
+    saver.Stop();
+    std::scoped_lock const guard(operationLock);
+    if (isClosed || !job.has_value())
+    {
+        return; // nothing has begun, or all has ended
+    }
+    TryToSave(Scope::CHANGED);
+    isClosed = true;
+}
+
+void JobManager::LoadJob(std::string const& name)
+{
+    auto const load = [&] {
+        std::scoped_lock const guard(operationLock);
+        CheckOpen();
+        Load(JobName::Checked(name));
+    };
+    runAlone ? runAlone(load) : load();
+    listChangedEvent.Fire();
+}
+
+std::string JobManager::LoadedJob()
+{
+    std::scoped_lock const guard(stateLock);
+    return loadedJob;
+}
+
+std::vector<JobManager::Job> JobManager::List()
+{
+    std::string const loaded = LoadedJob();
+    std::vector<std::string> names = folder.Jobs();
+    if (!loaded.empty() && std::ranges::find(names, loaded) == names.end())
+    {
+        names.insert(std::ranges::lower_bound(names, loaded), loaded); // made, and not saved yet
+    }
+    bool const isModified = registry.ModificationCount() != savedCount.load(std::memory_order_relaxed);
+    std::vector<Job> list;
+    for (std::string const& name : names)
+    {
+        std::error_code error;
+        auto const bytes = std::filesystem::file_size(folder.JobFile(name), error);
+        list.push_back({name, error ? 0 : bytes, name == loaded, name == loaded && isModified});
+    }
+    return list;
+}
+
+void JobManager::SaveAs(std::string const& name)
+{
+    std::string const copy = JobName::Checked(name);
+    {
+        std::scoped_lock const guard(operationLock);
+        CheckOpen();
+        Save(Scope::ALL);
+        if (copy != LoadedJob())
+        {
+            job->file.CopyTo(folder.JobFile(copy));
+        }
+    }
+    listChangedEvent.Fire();
+}
+
+std::string JobManager::Download(std::string const& name)
+{
+    return ExistingFile(name).Image();
+}
+
+bool JobManager::Upload(std::string const& name, std::string const& bytes)
+{
+    std::string const uploaded = JobName::Checked(name);
+    Files const files = ArchiveFile::Checked(uploaded, bytes);
+    bool isNew = false;
+    {
+        std::scoped_lock const guard(operationLock);
+        if (uploaded == LoadedJob())
+        {
+            ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is replaced",
+                     uploaded.c_str());
+        }
+        ArchiveFile file(folder, folder.JobFile(uploaded));
+        isNew = !file.Exists();
+        file.Replace(files);
+    }
+    listChangedEvent.Fire();
+    return isNew;
+}
+
+void JobManager::Remove(std::string const& name)
+{
+    std::string const removed = JobName::Checked(name);
+    {
+        std::scoped_lock const guard(operationLock);
+        if (removed == LoadedJob())
+        {
+            ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is deleted",
+                     removed.c_str());
+        }
+        if (!std::filesystem::exists(folder.JobFile(removed)))
+        {
+            ThrowNoJob(removed);
+        }
+        folder.Remove(folder.JobFile(removed));
+    }
+    listChangedEvent.Fire();
+}
+
+LoadReport JobManager::Report(std::string const& name)
+{
+    std::string const asked = JobName::Checked(name);
+    std::scoped_lock const guard(stateLock);
+    if (lastReport.job != asked)
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no report: the job '%s' is not the one that was loaded last",
+                 asked.c_str());
+    }
+    return lastReport;
+}
+
+Zu::GuardedEvent<>& JobManager::ListChangedEvent()
+{
+    return listChangedEvent;
+}
+
+void JobManager::BeginSettings()
+{
+    if (settings.file.Exists())
+    {
+        try
+        {
+            ArchiveFile::Documents const documents = settings.file.Read();
+            AddProblems(Kind::SETTINGS, documents.faults);
+            GateBracket const bracket(gate);
+            registry.Load(PersistDomain::PROTOCOL, DocumentStore(documents.files));
+            return;
+        }
+        catch (Zu::Exception const& exception)
+        {
+            if (exception.Status() != Zu::Status::BAD_FORMAT) // the file may be good: it is not to be replaced
+            {
+                throw;
+            }
+            problems.Add(Kind::SETTINGS, "The settings of the protocols cannot be loaded: " + TextOf(exception));
+        }
+    }
+    GateBracket const bracket(gate);
+    DocumentStore store;
+    registry.Init(PersistDomain::PROTOCOL, store); // what it writes the first save writes again
+}
+
+void JobManager::BeginJob(std::string const& name)
+{
+    job.emplace(Kept{ArchiveFile(folder, folder.JobFile(name)), {}});
+    SetLoaded(name);
+    if (job->file.Exists())
+    {
+        try
+        {
+            ArchiveFile::Documents const documents = job->file.Read();
+            ResetWhatIsMissing(documents.files);
+            TakeOver(name, documents);
+            return;
+        }
+        catch (Zu::Exception const& exception)
+        {
+            if (exception.Status() != Zu::Status::BAD_FORMAT)
+            {
+                throw;
+            }
+            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + TextOf(exception));
+        }
+    }
+    MakeNew();
+    SetReport({name, {}, {}});
+    TryToSave(Scope::ALL);
+}
+
+void JobManager::MakeNew()
+{
+    GateBracket const bracket(gate);
+    DocumentStore store;
+    registry.Init(PersistDomain::JOB, store);
+}
+
+/// At the start nothing was loaded before: a protocol that is new to the job has its defaults.
+void JobManager::ResetWhatIsMissing(Files const& loaded)
+{
+    GateBracket const bracket(gate);
+    ZuControl::IControlManager& controls = registry.Controls();
+    for (std::string const& typeName : controls.List())
+    {
+        if (!loaded.contains(DocumentNameOf(typeName)))
+        {
+            ZU_GUARD_BOUNDARY([&] {
+                controls.GetInstance(typeName).ResetInstance(true, ZuControl::IControlInstance::DataToResetAll);
+            });
+        }
+    }
+}
+
+ArchiveFile JobManager::ExistingFile(std::string const& name) const
+{
+    ArchiveFile file(folder, folder.JobFile(name));
+    if (!file.Exists())
+    {
+        ThrowNoJob(name);
+    }
+    return file;
+}
+
+void JobManager::CheckOpen() const
+{
+    if (isClosed || !job.has_value())
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE, "The host is stopping: jobs are neither loaded nor saved any more");
+    }
+}
+
+void JobManager::Load(std::string const& name)
+{
+    ArchiveFile file = ExistingFile(name);
+    SaveJob(Scope::CHANGED); // ahead of the read: it may be the same file
+    std::optional<ArchiveFile::Documents> documents;
+    try
+    {
+        documents = file.Read();
+    }
+    catch (std::exception const& exception)
+    {
+        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + TextOf(exception));
+        throw;
+    }
+    problems.Clear(Kind::LOAD);
+    // From here on what is configured belongs to the new job, also when a step fails: it must never be saved to the old one.
+    job.emplace(Kept{std::move(file), {}});
+    SetLoaded(name);
+    try
+    {
+        TakeOver(name, *documents);
+    }
+    catch (std::exception const&)
+    {
+        saver.Note();
+        throw;
+    }
+}
+
+void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const& documents)
+{
+    AddProblems(Kind::LOAD, documents.faults);
+    keepsReplaced = true; // until it is known that all is taken over
+    savedCount.store(NEVER_SAVED, std::memory_order_relaxed);
+    uint64 const countBefore = registry.ModificationCount();
+    LoadReport report;
+    {
+        GateBracket const bracket(gate);
+        LoadReporter reporter;
+        DocumentStore const store(documents.files, [&](std::string const& asked) { reporter.NoteLookUp(asked); });
+        registry.Load(PersistDomain::JOB, store);
+        Files now = Collect(PersistDomain::JOB);
+        report = reporter.Report(name, documents, now);
+        job->known = std::move(now);
+    }
+    SetReport(report);
+    bool const isTakenOver = registry.ModificationCount() == countBefore && documents.faults.empty();
+    if (isTakenOver)
+    {
+        keepsReplaced = false;
+        savedCount.store(countBefore, std::memory_order_relaxed);
+        return;
+    }
+    for (LoadReport::Protocol const& protocol : report.protocols)
+    {
+        if (!protocol.skipped.empty() || protocol.isFromLastGood)
+        {
+            job->known.erase(DocumentNameOf(protocol.typeName)); // to be saved as it is now
+        }
+    }
+    saver.Note();
+}
+
+void JobManager::SaveChanges()
+{
+    std::scoped_lock const guard(operationLock);
+    Save(Scope::CHANGED);
+}
+
+void JobManager::Save(Scope scope)
+{
+    SaveJob(scope);
+    GuardedSave([&] { SaveFile(settings, PersistDomain::PROTOCOL, scope); });
+    if (problems.Has(Kind::SAVE))
+    {
+        problems.Clear(Kind::SAVE);
+        ZU_LOG_USER_INFO("The job '%1$s' is saved again", LoadedJob().c_str());
+    }
+}
+
+void JobManager::SaveJob(Scope scope)
+{
+    uint64 const count = registry.ModificationCount(); // what comes behind this is perhaps not in it
+    GuardedSave([&] { SaveFile(*job, PersistDomain::JOB, scope); });
+    keepsReplaced = false;
+    savedCount.store(count, std::memory_order_relaxed);
+}
+
+void JobManager::GuardedSave(std::function<void()> const& save)
+{
+    try
+    {
+        save();
+    }
+    catch (std::exception const& exception)
+    {
+        problems.Add(Kind::SAVE, "The job '" + LoadedJob() + "' cannot be saved: " + TextOf(exception));
+        throw;
+    }
+}
+
+void JobManager::TryToSave(Scope scope)
+{
+    try
+    {
+        Save(scope);
+    }
+    catch (std::exception const&) // the user has been told; the saver tries again
+    {
+    }
+}
+
+void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
+{
+    Files now = [&] {
+        GateBracket const bracket(gate);
+        return Collect(domain);
+    }();
+    std::set<std::string> due;
+    for (auto const& [name, bytes] : now)
+    {
+        auto const known = kept.known.find(name);
+        if (scope == Scope::ALL || known == kept.known.end() || known->second != bytes)
+        {
+            due.insert(name);
+        }
+    }
+    if (!due.empty() || (domain == PersistDomain::JOB && !kept.file.Exists()))
+    {
+        kept.file.Save(now, due, keepsReplaced && domain == PersistDomain::JOB);
+    }
+    kept.known = std::move(now);
+}
+
+/// To be called with the gate held.
+Files JobManager::Collect(PersistDomain domain)
+{
+    DocumentStore store;
+    registry.Save(domain, store);
+    return store.All();
+}
+
+void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)
+{
+    for (std::string const& fault : faults)
+    {
+        problems.Add(kind, fault);
+    }
+}
+
+void JobManager::SetLoaded(std::string const& name)
+{
+    std::scoped_lock const guard(stateLock);
+    loadedJob = name;
+}
+
+void JobManager::SetReport(LoadReport const& report)
+{
+    std::scoped_lock const guard(stateLock);
+    lastReport = report;
+}
+
+} // namespace ZuHost

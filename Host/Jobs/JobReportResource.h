@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ZuRest/DocumentResourceBase.h"
+
+namespace ZuHost
+{
+
+class JobManager;
+struct LoadReport;
+
+/// "/jobs/:name/report": what became of the job when it was loaded, protocol by protocol.
+class JobReportResource final : public ZuRest::DocumentResourceBase
+{
+public:
+    /// The manager outlives this.
+    explicit JobReportResource(JobManager& usedManager);
+    ~JobReportResource() override;
+
+    nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+
+    static nlohmann::json DocumentOf(LoadReport const& report);
+
+private:
+    JobManager& manager;
+};
+
+} // namespace ZuHost

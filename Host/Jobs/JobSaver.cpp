@@ -1,0 +1,94 @@
+#include "Host/Jobs/JobSaver.h"
+
+#include "ZuApi/Guard.h"
+#include "wApi/wTime.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZuHost
+{
+
+JobSaver::JobSaver(std::function<void()> newSave, Pace newPace) : save(std::move(newSave)), pace(newPace)
+{
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "JobSaver"));
+}
+
+JobSaver::~JobSaver()
+{
+    ZU_GUARD_DESTRUCTOR([this] { Stop(); });
+}
+
+void JobSaver::Start()
+{
+    ZU_CHECK(wThread_Start(thread, &JobSaver::Main, this));
+}
+
+void JobSaver::Stop()
+{
+    {
+        std::scoped_lock const guard(lock);
+        isEnding = true;
+    }
+    changed.NotifyAll();
+    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // refused when it was never started
+}
+
+void JobSaver::Note()
+{
+    {
+        std::scoped_lock const guard(lock);
+        if (isDue)
+        {
+            return; // goes with what is due already
+        }
+        isDue = true;
+        dueUsec = wTime_AfterUsec(pace.delayUsec);
+    }
+    changed.NotifyAll();
+}
+
+int JobSaver::Main(void* argument)
+{
+    auto& saver = *static_cast<JobSaver*>(argument);
+    while (saver.WaitUntilDue())
+    {
+        saver.Save();
+    }
+    return 1;
+}
+
+/// False at the end.
+bool JobSaver::WaitUntilDue()
+{
+    std::unique_lock guard(lock);
+    changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this] { return isDue || isEnding; });
+    changed.WaitUntil(guard, dueUsec, [this] { return isEnding; });
+    isDue = false; // what changes from now on is not in this save
+    return !isEnding;
+}
+
+void JobSaver::Save()
+{
+    bool isSaved = false;
+    try
+    {
+        save();
+        isSaved = true;
+    }
+    catch (std::exception const&) // the user has been told
+    {
+    }
+    std::scoped_lock const guard(lock);
+    if (isSaved)
+    {
+        retryUsec = 0;
+        return;
+    }
+    retryUsec = retryUsec == 0 ? pace.firstRetryUsec : std::min(2 * retryUsec, pace.longestRetryUsec);
+    isDue = true;
+    dueUsec = wTime_AfterUsec(retryUsec);
+}
+
+} // namespace ZuHost

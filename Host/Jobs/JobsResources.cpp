@@ -1,0 +1,46 @@
+#include "Host/Jobs/JobsResources.h"
+
+#include "Host/Jobs/JobManager.h"
+#include "ZuRest/ResourceRouter.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuHost
+{
+
+JobsResources::JobsResources(ZuRest::ResourceRouter& usedRouter, JobManager& usedManager)
+    : router(usedRouter),
+      manager(usedManager),
+      list(manager),
+      file(manager),
+      load([this](std::string const& name) {
+          manager.LoadJob(name);
+          return JobReportResource::DocumentOf(manager.Report(name));
+      }),
+      save([this](std::string const& name) {
+          manager.SaveAs(name);
+          return nlohmann::json();
+      }),
+      report(manager)
+{
+    router.Register("/jobs", list);
+    router.Register("/jobs/:name", file);
+    router.Register("/jobs/:name/load", load);
+    router.Register("/jobs/:name/save", save);
+    router.Register("/jobs/:name/report", report);
+    changeId = manager.ListChangedEvent().Add([this] { TellOfChange(); });
+}
+
+JobsResources::~JobsResources()
+{
+    manager.ListChangedEvent().Remove(changeId);
+    router.Deregister("/jobs", true);
+}
+
+void JobsResources::TellOfChange()
+{
+    std::scoped_lock const guard(notificationLock);
+    list.NotificationEvent().Fire(list, ZuRest::EventType::CHANGED, "/jobs");
+}
+
+} // namespace ZuHost

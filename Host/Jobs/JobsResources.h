@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Host/Jobs/JobCommandResource.h"
+#include "Host/Jobs/JobListResource.h"
+#include "Host/Jobs/JobReportResource.h"
+#include "Host/Jobs/JobResource.h"
+#include "ZuApi/GuardedEvent.h"
+
+#include <mutex>
+
+namespace ZuRest
+{
+class ResourceRouter;
+}
+
+namespace ZuHost
+{
+
+/// The jobs as clients see them: "/jobs" and all beneath it. A change of the list is notified.
+class JobsResources final
+{
+public:
+    /// Router and manager outlive this.
+    JobsResources(ZuRest::ResourceRouter& usedRouter, JobManager& usedManager);
+    ~JobsResources(); ///< takes its routes away; no job may be loaded or changed at the same time
+
+    JobsResources(JobsResources const&) = delete;
+    JobsResources& operator=(JobsResources const&) = delete;
+
+private:
+    void TellOfChange();
+
+    ZuRest::ResourceRouter& router;
+    JobManager& manager;
+
+    JobListResource list;
+    JobResource file;
+    JobCommandResource load;
+    JobCommandResource save;
+    JobReportResource report;
+
+    std::mutex notificationLock; // held while the list's notification fires: jobs change on several threads
+    Zu::GuardedEvent<>::CallbackId changeId;
+};
+
+} // namespace ZuHost
