@@ -131,11 +131,13 @@ void DocumentReader::AddReferences(Json& document, std::vector<Reference> const&
 
 Json DocumentReader::ShowEmbedded(Reference const& reference, Walk& walk) const
 {
-    Json const self{{"_links", {{"self", LinkTo(reference.path, reference.extra)}}}};
+    auto const addressAlone = [&reference] {
+        return Json{{"_links", {{"self", LinkTo(reference.path, reference.extra)}}}};
+    };
     bool const isAroundUs = std::find(walk.paths.begin(), walk.paths.end(), reference.path) != walk.paths.end();
     if (isAroundUs || walk.paths.size() == DEEPEST)
     {
-        return self;
+        return addressAlone();
     }
     try
     {
@@ -149,7 +151,7 @@ Json DocumentReader::ShowEmbedded(Reference const& reference, Walk& walk) const
     }
     catch (std::exception const& exception)
     {
-        Json shown = self;
+        Json shown = addressAlone();
         shown["problem"] = Problem::Of(exception, "GET", reference.path).ToJson();
         return shown;
     }

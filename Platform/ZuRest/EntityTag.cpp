@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 namespace ZuRest::EntityTag
 {
@@ -12,15 +13,21 @@ namespace ZuRest::EntityTag
 namespace
 {
 
-/// 64-bit FNV-1a.
+/// Eight bytes at a time: documents are long, and each that is sent gets a tag.
 uint64 HashOf(std::string_view text)
 {
-    uint64 hash = 0xCBF29CE484222325U;
-    for (char const character : text)
+    constexpr uint64 MULTIPLIER = 0x9E3779B97F4A7C15U; // odd, its bits in no order
+    uint64 hash = text.size() * MULTIPLIER;
+    while (!text.empty())
     {
-        hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001B3U;
+        uint64 word = 0;
+        std::size_t const bytes = std::min(text.size(), sizeof(word));
+        std::memcpy(&word, text.data(), bytes);
+        text.remove_prefix(bytes);
+        hash = (hash ^ word) * MULTIPLIER;
+        hash ^= hash >> 32U; // a product moves nothing down
     }
-    return hash;
+    return hash * MULTIPLIER;
 }
 
 std::string_view Trimmed(std::string_view text)
