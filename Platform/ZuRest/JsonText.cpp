@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 #include <utility>
 
 namespace ZuRest::JsonText
@@ -84,11 +85,30 @@ private:
         return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     }
 
-    /// Whether a byte stands in a text as it is, and what comes behind it does not change that.
-    static bool IsPlain(char character)
+    /// Whether all bytes stand in a text as they are: ASCII but for control characters, quotes and backslashes.
+    static bool IsPlain(std::string_view value)
     {
-        auto const byte = static_cast<unsigned char>(character);
-        return byte >= 0x20 && byte < 0x80 && character != '"' && character != '\\';
+        uint64 found = 0;
+        while (value.size() >= sizeof(uint64))
+        {
+            uint64 word = 0;
+            std::memcpy(&word, value.data(), sizeof(word));
+            found |= SpecialBytes(word);
+            value.remove_prefix(sizeof(word));
+        }
+        uint64 last = EACH_BYTE * ' ';
+        std::memcpy(&last, value.data(), value.size());
+        return (found | SpecialBytes(last)) == 0;
+    }
+
+    /// Not zero when any of the eight bytes is special. A byte less than n is seen by the borrow of a subtraction, which may
+    /// make the byte above it look special too, but none where there is none.
+    static uint64 SpecialBytes(uint64 word)
+    {
+        auto const bytesBelow = [](uint64 bytes, uint64 bound) { return (bytes - EACH_BYTE * bound) & ~bytes; };
+        auto const isZero = [&bytesBelow](uint64 bytes) { return bytesBelow(bytes, 1); };
+        return (word | bytesBelow(word, 0x20) | isZero(word ^ EACH_BYTE * '"') | isZero(word ^ EACH_BYTE * '\\')) &
+               EACH_BYTE * 0x80;
     }
 
     void WriteObject(nlohmann::json::object_t const& members)
@@ -125,7 +145,7 @@ private:
 
     void WriteString(std::string const& value)
     {
-        if (!std::all_of(value.begin(), value.end(), IsPlain))
+        if (!IsPlain(value))
         {
             text += DumpOf(value);
             return;
@@ -141,6 +161,8 @@ private:
         std::array<char, 24> digits{};
         text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
     }
+
+    static constexpr uint64 EACH_BYTE = 0x0101010101010101U;
 
     std::string& text;
 };
