@@ -1,0 +1,63 @@
+"""What a client of /events hears of changes, against the real host."""
+
+import unittest
+
+from host import Host
+from rest import EventStream, RestClient
+
+MODBUS = "/controls/ModbusTcp"
+ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
+ASCII = "/controls/AsciiTcp"
+CHANGED = 2
+
+
+def changed(path):
+    return {"type": CHANGED, "path": path}
+
+
+class Events(unittest.TestCase):
+    def test_each_change_is_told_with_its_path(self):
+        with Host("--param", "AsciiTcp.port=0") as host, RestClient(host.http_port) as rest:
+            with EventStream(host.http_port, "/events") as first, EventStream(host.http_port, "/events") as second:
+                def expect(*paths):
+                    for events in (first, second):
+                        self.assertEqual([events.next() for _ in paths], [changed(path) for path in paths])
+
+                self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": 4}}).status, 200)
+                expect(MODBUS)
+                block = {"type": "Decision", "outputId": 300, "dataSource": "profile/zMax"}
+                self.assertEqual(rest.post(ASSEMBLY + "/commands/add", {"blocks": [block]}).status, 200)
+                expect(ASSEMBLY)
+                self.assertEqual(rest.post(ASCII + "/outputs/commands/remove", {"outputId": "zMax"}).status, 204)
+                expect(ASCII + "/outputs")
+                self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": 0}}).status, 422)
+                expect(MODBUS)  # it was opened for the change and closed again
+                self.assertEqual(rest.put("/controls/hardware/0/digital/1", {"pulseWidth": 7}).status, 200)
+                expect("/controls/hardware/0/digital/1")
+                self.assertEqual(rest.put(ASCII, {"enabled": True}).status, 200)
+                expect(ASCII)
+
+    def test_the_ids_count_on_and_reads_are_no_news(self):
+        with Host() as host, RestClient(host.http_port) as rest, EventStream(host.http_port, "/events") as events:
+            for _ in range(3):
+                rest.get(MODBUS)
+                rest.put(MODBUS, {})
+                self.assertEqual(events.next(), changed(MODBUS))
+
+    def test_a_client_that_leaves_does_not_stop_the_others(self):
+        with Host() as host, RestClient(host.http_port) as rest, EventStream(host.http_port, "/events") as stays:
+            for _ in range(20):
+                with EventStream(host.http_port, "/events"):
+                    rest.put(MODBUS, {})
+                self.assertEqual(stays.next(), changed(MODBUS))
+
+    def test_streams_end_with_the_host(self):
+        with Host() as host:
+            events = EventStream(host.http_port, "/events")
+            self.assertEqual(host.stop(), 0)
+            with events, self.assertRaisesRegex(AssertionError, "the stream has ended"):
+                events.next()
+
+
+if __name__ == "__main__":
+    unittest.main()
