@@ -12,7 +12,11 @@ class Answer:
         self.status = response.status
         self.headers = response.headers
         self.type = response.headers.get("Content-Type", "")
-        self.text = body.decode()
+        self.body = body
+
+    @property
+    def text(self):
+        return self.body.decode()
 
     @property
     def json(self):

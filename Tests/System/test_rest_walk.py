@@ -23,7 +23,7 @@ class Walk(unittest.TestCase):
         self.seen[path] = answer
         if answer is None:
             return
-        self.assertEqual(answer.status, 200, f"{path}: {answer.text}")
+        self.assertEqual(answer.status, 200, f"{path}: {answer.body}")
         if answer.type.startswith("application/hal+json"):
             check_hal(self, answer.json, path)
             self.follow(rest, answer.json)
@@ -49,7 +49,7 @@ class Walk(unittest.TestCase):
         with Host() as host, RestClient(host.http_port) as rest:
             self.visit(rest, "/controls/ModbusTcp")  # what the templates are filled with
             self.visit(rest, "/")
-            self.values |= {"rel": "controls", "path": "/controls/ModbusTcp"}
+            self.values |= {"rel": "controls", "path": "/controls/ModbusTcp", "name": "default"}
             for template in sorted(self.templates):
                 path = expand(template, self.values)
                 self.assertIsNotNone(path, template)
@@ -57,13 +57,16 @@ class Walk(unittest.TestCase):
                 if "/outputs" in path:  # Modbus TCP has no output map
                     self.assertEqual(answer.status, 404)
                     continue
-                self.assertEqual(answer.status, 200, f"{path}: {answer.text}")
+                if answer.status == 405:  # what can only be called
+                    self.assertIn("POST", answer.headers["Allow"], path)
+                else:
+                    self.assertEqual(answer.status, 200, f"{path}: {answer.body}")
                 self.seen[path] = answer
 
             commands = [f"{ASSEMBLY}/commands/{command}" for command in ("add", "remove", "compact", "update")]
             for path in ("/", "/health", "/problems", "/events", "/scanners", "/scanners/scanner-0", "/relations", "/controls",
                          MODBUS, ASSEMBLY, MODBUS + "/registerAssemblies", MODBUS + "/commands", ASSEMBLY + "/commands", *commands,
-                         "/controls/hardware"):
+                         "/controls/hardware", "/scanners/0", "/scanners/1", "/jobs", "/jobs/default", "/jobs/default/load"):
                 self.assertIn(path, self.seen)
             for relation in sorted(self.relations - {"self", "item", "curies"}):
                 self.assertTrue(relation.startswith("zu:"), relation)
