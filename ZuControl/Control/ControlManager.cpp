@@ -164,6 +164,11 @@ void ControlManager::FindHardware()
     hardwareManager.FindHardware();
 }
 
+ControlProtocolOperations const& ControlManager::Operations() const
+{
+    return operations;
+}
+
 void ControlManager::CreateAll()
 {
     ZU_LOG_INFO("Creating all control protocol instances.");

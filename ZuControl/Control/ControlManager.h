@@ -55,6 +55,8 @@ public:
     CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
     void RemovePersistenceLoadEventHandler(CallbackId id) override;
 
+    ControlProtocolOperations const& Operations() const;
+
     /// The host's sensor is there: the protocols' hardware manager asks it for its inputs and outputs. Call it once, on the
     /// thread that built the manager and before any protocol is enabled; see ControlHardwareManager.
     void FindHardware();

@@ -1,5 +1,7 @@
 #include "ZuControl/Control/ControlModule.h"
 
+#include "ZuControl/Control/IControlInstance.h"
+
 namespace ZuControl
 {
 
@@ -14,5 +16,24 @@ ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::Res
 }
 
 ControlModule::~ControlModule() = default;
+
+ControlStatistics ControlModule::Statistics()
+{
+    ControlStatistics statistics;
+    statistics.resultSets = scanResults.SetCount();
+    statistics.resultItems = scanResults.ItemCount();
+    statistics.itemsHandedOn = scanResults.ItemsHandedOnCount();
+    statistics.operationsSucceeded = manager.Operations().SucceededCount();
+    statistics.operationsFailed = manager.Operations().FailedCount();
+    statistics.operationsRefused = manager.Operations().RefusedCount();
+    for (std::string const& typeName : manager.List())
+    {
+        auto const counters = scanResults.CountersOf(manager.GetInstance(typeName).EthernetProtocolId());
+        statistics.protocols.push_back({typeName, counters->batches.load(std::memory_order_relaxed),
+                                        counters->resultSets.load(std::memory_order_relaxed),
+                                        counters->ageUsec.load(std::memory_order_relaxed)});
+    }
+    return statistics;
+}
 
 } // namespace ZuControl

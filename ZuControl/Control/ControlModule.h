@@ -4,6 +4,7 @@
 #include "ZuControl/Control/ControlMetrics.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
+#include "ZuControl/Control/ControlStatistics.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlDir.h"
 
@@ -34,6 +35,9 @@ public:
     ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& router,
                   ControlModuleEnviron const& environ);
     ~ControlModule();
+
+    /// What the module has counted so far. Any thread may ask.
+    ControlStatistics Statistics();
 
     ControlModule(ControlModule const&) = delete;
     ControlModule& operator=(ControlModule const&) = delete;

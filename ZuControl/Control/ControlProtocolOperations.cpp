@@ -101,11 +101,27 @@ void ControlProtocolOperations::RemoveOpEndEventHandler(ZuEthernetProtocol proto
     }
 }
 
+uint64 ControlProtocolOperations::SucceededCount() const
+{
+    return succeededCount.load(std::memory_order_relaxed);
+}
+
+uint64 ControlProtocolOperations::FailedCount() const
+{
+    return failedCount.load(std::memory_order_relaxed);
+}
+
+uint64 ControlProtocolOperations::RefusedCount() const
+{
+    return refusedCount.load(std::memory_order_relaxed);
+}
+
 void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action,
                                                  ControlOperationsParams params)
 {
     if (!OperationBegin())
     {
+        refusedCount.fetch_add(1, std::memory_order_relaxed);
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
                  static_cast<int32>(protocol), unsigned{action});
     }
@@ -319,6 +335,8 @@ int ControlProtocolOperations::DispatcherThreadFx(void* object)
                 wThread_Sleep(PAUSE_AFTER_FAILED_WAIT_USEC);
                 return;
             }
+            auto& count = record->status == Zu::Status::SUCCESS ? self.succeededCount : self.failedCount;
+            count.fetch_add(1, std::memory_order_relaxed);
             self.CleanUpAlignmentCompletedEvent(record->scannerId);
             int const previous = self.OperationFinish(); // before the handlers: they may start the next operation
             self.OnOperationEnd(record->protocol, record->status);

@@ -69,6 +69,11 @@ public:
     /// Removes a handler. It does not wait for one that is running.
     void RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id);
 
+    // How many operations have ended so far, and how many were refused since another one was in flight. Any thread may ask.
+    uint64 SucceededCount() const;
+    uint64 FailedCount() const;
+    uint64 RefusedCount() const;
+
 private:
     friend class ControlProtocolOperationsTest; // the only way to the test actions
 
@@ -131,6 +136,9 @@ private:
 
     std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight
     std::atomic<bool> runningFlag{true};
+    std::atomic<uint64> succeededCount{0}; // these three publish nothing
+    std::atomic<uint64> failedCount{0};
+    std::atomic<uint64> refusedCount{0};
     Zu::MsgQueue<EndOfOpResult> queue;
     wThread thread;
 

@@ -71,7 +71,8 @@ ControlScanResults::AddResultHandler(std::function<void(void*)> handler, ZuEther
         Zu::Locker const guard(lock);
         if (!dispatchers.contains(protocol))
         {
-            dispatchers.emplace(protocol, std::make_shared<ControlScanResultsDispatcher>(allocator));
+            dispatchers.emplace(protocol,
+                                std::make_shared<ControlScanResultsDispatcher>(allocator, FindCounters(protocol)));
         }
         auto const position = dispatchers.find(protocol);
         if (position == dispatchers.end())
@@ -109,10 +110,13 @@ void ControlScanResults::RemoveResultHandler(std::pair<ZuEthernetProtocol, Zu::E
 void ControlScanResults::ProcessResultSet(void* resultSet)
 {
     auto* const set = static_cast<ZuCore::ResultSet>(resultSet);
-    if (ZuCore::ResultSet_Count(set) == 0)
+    uint64 const count = ZuCore::ResultSet_Count(set);
+    if (count == 0)
     {
         return;
     }
+    setCount.fetch_add(1, std::memory_order_relaxed);
+    itemCount.fetch_add(count, std::memory_order_relaxed);
     Zu::Locker const guard(lock);
     for (auto const& entry : dispatchers)
     {
@@ -130,8 +134,9 @@ void ControlScanResults::ProcessResultSet(void* resultSet)
         ZU_CHECK(ZuCore::ResultSet_Construct(&reduced, allocator));
         wHandle<ZuCore::ResultSetObject> const owned(reduced);
         CopyWanted(*wanted, set, reduced);
-        if (ZuCore::ResultSet_Count(reduced) > 0)
+        if (uint64 const wantedCount = ZuCore::ResultSet_Count(reduced); wantedCount > 0)
         {
+            itemsHandedOnCount.fetch_add(wantedCount, std::memory_order_relaxed);
             Dispatch(entry.second, reduced);
         }
     }
@@ -158,6 +163,26 @@ void ControlScanResults::UpdateClientCount(ZuEthernetProtocol protocol, uint64 c
         ZU_THROW(Zu::Status::NOT_FOUND, "Failed to find dispatcher of protocol:%d.", static_cast<int32>(protocol));
     }
     position->second->SetClientCount(count);
+}
+
+uint64 ControlScanResults::SetCount() const
+{
+    return setCount.load(std::memory_order_relaxed);
+}
+
+uint64 ControlScanResults::ItemCount() const
+{
+    return itemCount.load(std::memory_order_relaxed);
+}
+
+uint64 ControlScanResults::ItemsHandedOnCount() const
+{
+    return itemsHandedOnCount.load(std::memory_order_relaxed);
+}
+
+std::shared_ptr<DispatchCounters const> ControlScanResults::CountersOf(ZuEthernetProtocol protocol)
+{
+    return FindCounters(protocol);
 }
 
 std::shared_ptr<ScanOutputMap const>& ControlScanResults::FindMap(ZuEthernetProtocol protocol)
@@ -187,6 +212,17 @@ std::shared_ptr<ScanOutputMap const> ControlScanResults::CurrentMap(ZuEthernetPr
     std::scoped_lock const guard(outputMapsLock);
     auto const position = outputMaps.find(protocol);
     return position != outputMaps.end() ? position->second : nullptr;
+}
+
+std::shared_ptr<DispatchCounters> ControlScanResults::FindCounters(ZuEthernetProtocol protocol)
+{
+    std::scoped_lock const guard(countersLock);
+    auto& counters = dispatchCounters[protocol];
+    if (counters == nullptr)
+    {
+        counters = std::make_shared<DispatchCounters>();
+    }
+    return counters;
 }
 
 void ControlScanResults::CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into)

@@ -2,6 +2,7 @@
 
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
+#include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Control/ScanOutputMap.h"
 #include "ZuControl/Export.h"
@@ -9,6 +10,7 @@
 #include "wApi/wLock.h"
 #include "wApi/wThreadSafety.h"
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -45,6 +47,14 @@ public:
     void UpdateOutputMap(ZuEthernetProtocol protocol, std::vector<std::string> dataSourceIds) override;
     void UpdateClientCount(ZuEthernetProtocol protocol, uint64 count) override;
 
+    // What has been counted so far. Any thread may ask.
+    uint64 SetCount() const;  ///< sets that came and held anything
+    uint64 ItemCount() const; ///< in them
+    uint64 ItemsHandedOnCount() const;
+
+    /// Those of the dispatchers that the protocol has had; zeros while it has had none.
+    std::shared_ptr<DispatchCounters const> CountersOf(ZuEthernetProtocol protocol);
+
 private:
     friend class ControlScanResultsTest; // a source is taken out of a map by nobody else
 
@@ -54,6 +64,7 @@ private:
     static void AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     static void RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     std::shared_ptr<ScanOutputMap const> CurrentMap(ZuEthernetProtocol protocol);
+    std::shared_ptr<DispatchCounters> FindCounters(ZuEthernetProtocol protocol);
     static void CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into);
     static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet);
 
@@ -67,7 +78,15 @@ private:
     std::mutex outputMapsLock;
     std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps;
 
-    // Order: lock, then a dispatcher's own locks or outputMapsLock. A dispatcher that goes is joined under it, so that no
+    std::atomic<uint64> setCount{0};
+    std::atomic<uint64> itemCount{0};
+    std::atomic<uint64> itemsHandedOnCount{0};
+
+    // A leaf. What is once in the map stays there.
+    std::mutex countersLock;
+    std::map<ZuEthernetProtocol, std::shared_ptr<DispatchCounters>> dispatchCounters;
+
+    // Order: lock, then a dispatcher's own locks, outputMapsLock or countersLock. A dispatcher that goes is joined under it, so that no
     // result handler may call what takes it.
     wLock lock;
     Dispatchers dispatchers ZU_GUARDED_BY(lock);

@@ -5,13 +5,16 @@
 #include "ZuApi/Threads/Locker.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wObject.h"
+#include "wApi/wTime.h"
 
 #include <utility>
 
 namespace ZuControl
 {
 
-ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* usedAllocator) : allocator(usedAllocator)
+ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* usedAllocator,
+                                                           std::shared_ptr<DispatchCounters> usedCounters)
+    : allocator(usedAllocator), counters(std::move(usedCounters))
 {
     ZU_CHECK(wLock_Construct(&handlerLock, nullptr));
     ZU_CHECK(wLock_Construct(&listLock, nullptr));
@@ -53,6 +56,10 @@ void ControlScanResultsDispatcher::AddResult(void* resultSet)
     Zu::Locker const guard(listLock);
     ZU_CHECK(wArrayList_Add(writeList, resultSet));
     wObject_Share(resultSet); // the list's reference
+    if (wArrayList_Count(writeList) == 1)
+    {
+        writeSinceUsec = wTime_NowUsec();
+    }
 }
 
 uint64 ControlScanResultsDispatcher::ResultHandlerCount()
@@ -139,8 +146,11 @@ void ControlScanResultsDispatcher::ProcessingLoop()
 
 void ControlScanResultsDispatcher::Dispatch()
 {
-    if (wArrayList_Count(readList) > 0)
+    if (uint64 const count = wArrayList_Count(readList); count > 0)
     {
+        counters->batches.fetch_add(1, std::memory_order_relaxed);
+        counters->resultSets.fetch_add(count, std::memory_order_relaxed);
+        counters->ageUsec.fetch_add(wTime_NowUsec() - readSinceUsec, std::memory_order_relaxed);
         {
             Zu::Locker const guard(handlerLock);
             resultEvent.Fire(&readList);
@@ -149,6 +159,7 @@ void ControlScanResultsDispatcher::Dispatch()
     }
     Zu::Locker const guard(listLock);
     std::swap(readList, writeList);
+    readSinceUsec = writeSinceUsec;
 }
 
 } // namespace ZuControl

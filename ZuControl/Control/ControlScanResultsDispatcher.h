@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
 #include "ZuControl/Export.h"
 #include "wApi/wArrayList.h"
@@ -8,6 +9,7 @@
 #include "wApi/wThreadSafety.h"
 
 #include <atomic>
+#include <memory>
 
 namespace ZuControl
 {
@@ -21,8 +23,10 @@ namespace ZuControl
 class ZUCONTROL_API ControlScanResultsDispatcher final : public IControlScanResultsDispatcher
 {
 public:
-    /// Starts at once. Throws the platform's status when lock, list or thread cannot be made.
-    explicit ControlScanResultsDispatcher(void* usedAllocator);
+    /// Starts at once, and counts what it does in `usedCounters`. Throws the platform's status when lock, list or thread
+    /// cannot be made.
+    explicit ControlScanResultsDispatcher(
+        void* usedAllocator, std::shared_ptr<DispatchCounters> usedCounters = std::make_shared<DispatchCounters>());
     ~ControlScanResultsDispatcher() override;
 
     ControlScanResultsDispatcher(ControlScanResultsDispatcher const&) = delete;
@@ -45,6 +49,7 @@ private:
     uint64 const sleepTimeUsec = 2000;
     uint64 const initialCapacity = 100; // result sets a list
     void* const allocator;
+    std::shared_ptr<DispatchCounters> const counters;
 
     wThread thread;
 
@@ -55,7 +60,9 @@ private:
     // Leaf lock, held for an append or a swap and nothing longer.
     wLock listLock;
     wArrayList writeList ZU_GUARDED_BY(listLock);
+    uint64 writeSinceUsec ZU_GUARDED_BY(listLock) = 0; // when the list that is not empty got its first set
     wArrayList readList; // the thread's own; it changes places with the other one under listLock
+    uint64 readSinceUsec = 0;
 
     std::atomic<bool> running{false}; // seen by the thread after one pause at the latest
     std::atomic<uint64> clientCount{0};

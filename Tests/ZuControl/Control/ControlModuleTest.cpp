@@ -5,6 +5,7 @@
 #include "Support/FakeProtocol.h"
 #include "Support/FakeResource.h"
 #include "Support/FakeUpdateGate.h"
+#include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
@@ -99,6 +100,37 @@ TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
     }
 
     EXPECT_FALSE(router.Find("/controls").has_value());
+}
+
+TEST_F(ControlModuleTest, TellsWhatItHasDone)
+{
+    ZuCore::ResultHub hub(true);
+    environ.resultHub = &hub;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    ControlProtocolOperations* operations = nullptr;
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        operations = given.operations;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+
+    hub.Publish(ZuTest::MakeSet({"a", "b"}).get());
+    ZuTest::Latch ended;
+    operations->AddOpEndEventHandler(ZuEthernetProtocol{3}, [&ended](int) { ended.Open(); });
+    operations->StartScan(ZuEthernetProtocol{3}); // there is no core: it fails
+    ASSERT_TRUE(ended.Wait());
+
+    ControlStatistics const statistics = module.Statistics();
+    EXPECT_EQ(statistics.resultSets, 1u);
+    EXPECT_EQ(statistics.resultItems, 2u);
+    EXPECT_EQ(statistics.itemsHandedOn, 0u);
+    EXPECT_EQ(statistics.operationsSucceeded, 0u);
+    EXPECT_EQ(statistics.operationsFailed, 1u);
+    EXPECT_EQ(statistics.operationsRefused, 0u);
+    ASSERT_EQ(statistics.protocols.size(), 1u);
+    EXPECT_EQ(statistics.protocols[0].typeName, "x");
+    EXPECT_EQ(statistics.protocols[0].batches, 0u);
 }
 
 TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)

@@ -150,6 +150,24 @@ INSTANTIATE_TEST_SUITE_P(
         SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart", 8}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
+TEST_F(ControlProtocolOperationsTest, CountsHowOperationsEnded)
+{
+    ZuTest::Latch release;
+    systemInterface.on["Start"] = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "no"); };
+    systemInterface.on["Stop"] = [&] { release.Wait(); };
+
+    operations->StartScan(PROTOCOL_7);
+    ASSERT_TRUE(calls.WaitFor("7 ended 0"));
+    operations->StopScan(PROTOCOL_7);
+    EXPECT_EQ(RefusalOf([this] { operations->Restart(PROTOCOL_8); }).status, -976);
+    release.Open();
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+
+    EXPECT_EQ(operations->SucceededCount(), 1u);
+    EXPECT_EQ(operations->FailedCount(), 1u);
+    EXPECT_EQ(operations->RefusedCount(), 1u);
+}
+
 TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAlone)
 {
     ZuTest::Latch release;

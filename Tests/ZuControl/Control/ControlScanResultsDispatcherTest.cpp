@@ -7,10 +7,12 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
 #include <future>
+#include <memory>
 #include <pthread.h>
 #include <stdexcept>
 #include <thread>
@@ -57,7 +59,8 @@ protected:
 
     ZuTest::CallLog calls;
     ZuTest::Latch release;
-    ControlScanResultsDispatcher dispatcher{nullptr};
+    std::shared_ptr<DispatchCounters> const counters = std::make_shared<DispatchCounters>();
+    ControlScanResultsDispatcher dispatcher{nullptr, counters};
 };
 
 TEST_F(ControlScanResultsDispatcherTest, HandsASetOver)
@@ -67,6 +70,27 @@ TEST_F(ControlScanResultsDispatcherTest, HandsASetOver)
     Add("a");
 
     EXPECT_TRUE(calls.WaitFor("a"));
+}
+
+TEST_F(ControlScanResultsDispatcherTest, CountsBatchesAndSetsAndHowLongTheyWaited)
+{
+    EXPECT_EQ(counters->batches, 0u);
+    HoldInABatch();
+    uint64 const beginUsec = wTime_NowUsec();
+    Add("a");
+    Add("b");
+    while (wTime_NowUsec() - beginUsec < 5'000) // so long they wait at least
+    {
+        std::this_thread::yield();
+    }
+
+    release.Open();
+    ASSERT_TRUE(calls.WaitFor("held", 2));
+
+    EXPECT_EQ(counters->batches, 2u);
+    EXPECT_EQ(counters->resultSets, 3u);
+    EXPECT_GE(counters->ageUsec, 5'000u);
+    EXPECT_LE(counters->ageUsec, 2 * 30'000'000u); // of what is not older than this test
 }
 
 TEST_F(ControlScanResultsDispatcherTest, HandsAllThatGatheredInOnePassOverAtOnceAndInOrder)

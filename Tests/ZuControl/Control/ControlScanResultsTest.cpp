@@ -487,6 +487,25 @@ TEST_F(ControlScanResultsTest, HasNoDispatcherWhenItsThreadCannotBeMade)
     EXPECT_TRUE(calls.WaitFor("1:a0"));
 }
 
+TEST_F(ControlScanResultsTest, CountsWhatComesAndWhatItHandsOnAndForgetsNoDispatcher)
+{
+    Id const first = ListenWithAClient(1, {"a"});
+    ListenWithAClient(2, {"a", "b"});
+
+    Publish({"a", "b", "c"});
+    Publish({});
+    Publish({"c"});
+
+    EXPECT_EQ(results.SetCount(), 2u);
+    EXPECT_EQ(results.ItemCount(), 4u);
+    EXPECT_EQ(results.ItemsHandedOnCount(), 3u);
+    ASSERT_TRUE(calls.WaitFor("1:a0"));
+    results.RemoveResultHandler(first);
+    EXPECT_EQ(results.CountersOf(ZuEthernetProtocol{1})->batches, 1u);
+    EXPECT_EQ(results.CountersOf(ZuEthernetProtocol{1})->resultSets, 1u);
+    EXPECT_EQ(results.CountersOf(ZuEthernetProtocol{3})->batches, 0u);
+}
+
 TEST_F(ControlScanResultsTest, GoesOnWithOthersWhenAHandlerThrew)
 {
     results.AddResultHandler([](void*) { ZU_THROW(-3, "handler"); }, ZuEthernetProtocol{1});
