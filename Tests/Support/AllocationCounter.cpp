@@ -1,5 +1,7 @@
 #include "Support/AllocationCounter.h"
 
+#include "Support/AllocationFailure.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -8,11 +10,16 @@ namespace
 
 thread_local uint64 allocations = 0;
 thread_local uint64 allocatedBytes = 0;
+thread_local uint64 untilFailure = 0; // 0: none is to fail
 
 void* CountedAllocateOrNull(std::size_t size) noexcept
 {
     ++allocations;
     allocatedBytes += size;
+    if (untilFailure > 0 && --untilFailure == 0)
+    {
+        return nullptr;
+    }
     return std::malloc(size > 0 ? size : 1);
 }
 
@@ -82,6 +89,21 @@ uint64 AllocationCounter::Count() const
 uint64 AllocationCounter::Bytes() const
 {
     return allocatedBytes - bytesBefore;
+}
+
+AllocationFailure::AllocationFailure(uint64 number)
+{
+    untilFailure = number;
+}
+
+AllocationFailure::~AllocationFailure()
+{
+    untilFailure = 0;
+}
+
+bool AllocationFailure::HasHappened() const
+{
+    return untilFailure == 0;
 }
 
 } // namespace ZuTest

@@ -81,11 +81,12 @@ protected:
     /// With `checkTarget` a new id that is taken is refused with -980.
     void UpdateId_Helper(Zu::Params::Group& group, bool checkTarget);
 
-    /// Copies each item from `index` on one place up; the one at `index` is to be overwritten. Throws -977 when the map is
-    /// full, -997 for an index above the count.
+    /// Copies each item from `index` on one place up; the one at `index` is to be overwritten with `PutItem`. Throws -977
+    /// when the map is full, -997 for an index above the count.
     void ShiftOutputMap(uint64 index) ZU_REQUIRES(lock);
 
-    // The changes that all others consist of; they keep the lookup in step with the record.
+    // The changes that all others consist of; they keep the lookup in step with the record. One that finds no memory leaves
+    // the items as they were, `PutItem` as they were before `ShiftOutputMap` opened the place.
     void AppendItem(OutputItem const& item) ZU_REQUIRES(lock);
     void PutItem(uint64 index, OutputItem const& item) ZU_REQUIRES(lock);
     void SetOutputId(uint64 index, OutputId const& id) ZU_REQUIRES(lock);
@@ -109,6 +110,8 @@ private:
 
     /// What is looked up, in step with the record; made anew when it is not.
     OutputMapIndex<OutputId>& Lookup() const ZU_REQUIRES(lock);
+    OutputItem& AddEmptyItem() ZU_REQUIRES(lock);
+    void DropItem(uint64 index) ZU_REQUIRES(lock); ///< the way back from a change that broke off
     void BeginChange() ZU_REQUIRES(lock);
     void EndChange() ZU_REQUIRES(lock);
 

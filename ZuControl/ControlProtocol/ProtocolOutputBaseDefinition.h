@@ -283,13 +283,23 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Shift
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
     BeginChange();
-    outputs.map.Add();
-    for (uint64 i = oldCount; i > index; --i)
+    AddEmptyItem();
+    uint64 next = oldCount; // to be written: what stood here stands one place up already
+    try
     {
-        outputs.map.At(i).TakeOver(outputs.map.At(i - 1)); // the elements stay where they are: others may observe them
+        for (; next > index; --next)
+        {
+            // The elements stay where they are: others may observe them.
+            outputs.map.At(next).TakeOver(outputs.map.At(next - 1));
+        }
+        OutputItem const& opened = outputs.map.At(index);
+        lookup.Insert(index, opened.outputId.Get(), opened.source.Get());
     }
-    OutputItem const& opened = outputs.map.At(index);
-    lookup.Insert(index, opened.outputId.Get(), opened.source.Get());
+    catch (...)
+    {
+        DropItem(next);
+        throw;
+    }
     EndChange();
 }
 
@@ -297,8 +307,18 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AppendItem(OutputItem const& item)
 {
     BeginChange();
-    outputs.map.Add().TakeOver(item);
-    lookup.Insert(lookup.Count(), item.outputId.Get(), item.source.Get());
+    OutputItem& added = AddEmptyItem();
+    uint64 const index = outputs.map.Count() - 1;
+    try
+    {
+        added.TakeOver(item);
+        lookup.Insert(index, item.outputId.Get(), item.source.Get());
+    }
+    catch (...)
+    {
+        DropItem(index);
+        throw;
+    }
     EndChange();
 }
 
@@ -306,9 +326,17 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::PutItem(uint64 index, OutputItem const& item)
 {
     BeginChange();
-    OutputItem& place = outputs.map.At(index);
-    lookup.Replace(index, item.outputId.Get(), place.source.Get(), item.source.Get());
-    place.TakeOver(item);
+    try
+    {
+        OutputItem& place = outputs.map.At(index);
+        lookup.Replace(index, item.outputId.Get(), place.source.Get(), item.source.Get());
+        place.TakeOver(item);
+    }
+    catch (...)
+    {
+        DropItem(index);
+        throw;
+    }
     EndChange();
 }
 
@@ -385,6 +413,29 @@ ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Lookup() c
         isLookupStale = false;
     }
     return lookup;
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+OutputItem& ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AddEmptyItem()
+{
+    uint64 const oldCount = outputs.map.Count();
+    try
+    {
+        return outputs.map.Add();
+    }
+    catch (...)
+    {
+        outputs.map.Resize(oldCount); // the element may be there already when its schema finds no room
+        throw;
+    }
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::DropItem(uint64 index)
+{
+    outputs.map.Remove(index);
+    count.store(outputs.map.Count(), std::memory_order_relaxed);
+    isLookupStale = true;
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>

@@ -240,7 +240,7 @@ TEST_F(TextIdStandardProtocolOutputMapTest, GivesAStatusToExceptionsOfOthers)
                                   Error("std::exception", "back trace 0: 50% of trouble")}));
 }
 
-TEST_F(TextIdStandardProtocolOutputMapTest, StaysInStepWhenAChangeBreaksOff)
+TEST_F(TextIdStandardProtocolOutputMapTest, StaysAsItWasWhenAChangeBreaksOff)
 {
     class Observed final : public TextIdStandardProtocolOutputMap
     {
@@ -270,13 +270,15 @@ TEST_F(TextIdStandardProtocolOutputMapTest, StaysInStepWhenAChangeBreaksOff)
     item.outputId.Set("a");
     item.source.Set("2");
 
-    EXPECT_THROW(observed.Add(item), std::runtime_error); // a copy of "m" has been made, and "m" stands where it stood
+    EXPECT_THROW(observed.Add(item), std::runtime_error); // a copy of "m" has been made, and one of the two goes again
 
+    EXPECT_EQ(observed.Count(), 1u);
+    EXPECT_EQ(observed.DataSourceList(), (std::vector<std::string>{"1"}));
     EXPECT_EQ(observed.BSearchForInsert(item), 0u);
     EXPECT_FALSE(observed.IsDuplicateDataSource(item));
     EXPECT_EQ(RefusalOf([&] { observed.Add(item); }), done);
-    EXPECT_EQ(observed.Count(), 3u);
-    EXPECT_EQ(observed.DataSourceList(), (std::vector<std::string>{"2", "1", "1"}));
+    EXPECT_EQ(observed.Count(), 2u);
+    EXPECT_EQ(observed.DataSourceList(), (std::vector<std::string>{"2", "1"}));
     EXPECT_TRUE(observed.IsDuplicateDataSource(item));
 }
 

@@ -1,0 +1,358 @@
+#include "Support/AllocationFailure.h"
+#include "Support/RegisterBlocks.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
+#include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
+#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <memory>
+
+namespace ZuControl::ControlProtocol
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+using Serializer = Zu::Properties::JsonSerializer;
+
+constexpr uint64 MOST_ALLOCATIONS = 10'000; // of one change: the end of a test that would have none
+
+/// Long enough to need memory of its own.
+std::string Long(char const* text)
+{
+    return "a text that does not fit into itself: " + std::string(text);
+}
+
+/// Makes the change once for each of its allocations, which fails, and at last without a failure. Before each `prepare`
+/// makes things as they were, behind each `check` is told whether the change was refused.
+void FailAtEachAllocation(std::function<void()> const& prepare, std::function<void()> const& change,
+                          std::function<void(bool isRefused)> const& check)
+{
+    for (uint64 number = 1; number < MOST_ALLOCATIONS; ++number)
+    {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        prepare();
+        bool isRefused = false;
+        bool hasFailed = true;
+        {
+            ZuTest::AllocationFailure const failure(number);
+            try
+            {
+                change();
+            }
+            catch (std::exception const&)
+            {
+                isRefused = true;
+            }
+            hasFailed = failure.HasHappened();
+        }
+        check(isRefused);
+        if (!hasFailed)
+        {
+            EXPECT_FALSE(isRefused);
+            EXPECT_GT(number, 1u) << "the change takes no memory";
+            return;
+        }
+    }
+    ADD_FAILURE() << "the change took too many allocations";
+}
+
+/// A map of each kind with three items, and what is done to it.
+struct MapCase
+{
+    char const* name;
+    std::function<std::unique_ptr<IProtocolOutput>()> make;
+    std::vector<Json> items; ///< at first
+    Json added;              ///< goes in between them
+    Json listed;             ///< arguments with several items
+    Json moved;              ///< arguments with an id and a new one
+};
+
+Json Numbered(uint16 id, char const* source)
+{
+    return {{"outputId", id}, {"outputSize", 2}, {"source", Long(source)}, {"autoShift", true}};
+}
+
+Json Named(char const* id, char const* source)
+{
+    return {{"outputId", Long(id)}, {"source", Long(source)}};
+}
+
+Json ListOf(std::vector<Json> const& items)
+{
+    return {{"map", items}};
+}
+
+std::vector<MapCase> AllMaps()
+{
+    std::vector<Json> const numbers{Numbered(1, "a"), Numbered(2, "b"), Numbered(3, "c")};
+    Json const moreNumbers = ListOf({Numbered(0, "x"), Numbered(0, "y"), Numbered(0, "z")});
+    Json const movedNumber = ListOf({Numbered(2, ""), Numbered(9, "")});
+    return {
+        {"Numbers", [] { return std::make_unique<StandardProtocolOutputMap>(8, 0, 99); }, numbers, Numbered(2, "new"),
+         moreNumbers, movedNumber},
+        {"Registers", [] { return std::make_unique<RegisterProtocolOutputMap>(0, 99, 2, 8); }, numbers,
+         Numbered(1, "new"), moreNumbers, movedNumber},
+        {"Texts",
+         [] { return std::make_unique<TextIdStandardProtocolOutputMap>(8); },
+         {Named("a", "a"), Named("c", "b"), Named("d", "c")},
+         Named("b", "new"),
+         ListOf({Named("x", "x"), Named("y", "y"), Named("z", "z")}),
+         ListOf({Named("c", ""), Named("e", "")})},
+    };
+}
+
+} // namespace
+
+class OutOfMemoryMap : public testing::TestWithParam<MapCase>
+{
+protected:
+    void Renew()
+    {
+        map = GetParam().make();
+        for (Json const& item : GetParam().items)
+        {
+            FillItem(item);
+            map->Add(*args);
+        }
+    }
+
+    void FillItem(Json const& item)
+    {
+        args = map->CreateOutputMapItemArgs();
+        Serializer::Deserialize(*args, item);
+    }
+
+    void FillList(Json const& list)
+    {
+        args = map->CreateOutputsArgs();
+        Serializer::Deserialize(*args, list);
+    }
+
+    /// The items, of which there are as many as the map counts.
+    std::vector<Json> Items() const
+    {
+        map->BeginLock();
+        auto items = Serializer::Serialize(map->OutputMap()).at("map").get<std::vector<Json>>();
+        map->EndLock();
+        EXPECT_EQ(map->Count(), items.size());
+        return items;
+    }
+
+    /// Looks for each item by its id, which refuses one that the lookup does not know, and takes it out.
+    void ExpectEachItemToBeFound()
+    {
+        for (Json const& item : Items())
+        {
+            FillItem(item);
+            EXPECT_NO_THROW(map->Remove(*args)) << item;
+        }
+        EXPECT_EQ(map->Count(), 0u);
+    }
+
+    std::unique_ptr<IProtocolOutput> map;
+    std::shared_ptr<Zu::Params::Group> args;
+};
+
+TEST_P(OutOfMemoryMap, StaysAsItWasWhenAnItemCannotBeAdded)
+{
+    Renew();
+    auto const before = Items();
+    FillItem(GetParam().added);
+    map->Add(*args);
+    auto const after = Items();
+
+    FailAtEachAllocation(
+        [this] {
+        Renew();
+        FillItem(GetParam().added);
+        },
+        [this] { map->Add(*args); },
+        [&](bool isRefused) {
+        EXPECT_EQ(Items(), isRefused ? before : after);
+        map->Add(*args); // now it goes in, or is there already
+        EXPECT_EQ(Items(), after);
+        ExpectEachItemToBeFound();
+    });
+}
+
+TEST_P(OutOfMemoryMap, TakesEachItemOfAListWholeOrNotAtAll)
+{
+    Renew();
+    FillList(GetParam().listed);
+    map->AddAll(*args);
+    auto const all = Items();
+
+    FailAtEachAllocation(
+        [this] {
+        Renew();
+        FillList(GetParam().listed);
+        },
+        [this] { map->AddAll(*args); },
+        [&](bool isRefused) {
+        auto const now = Items();
+        for (Json const& item : now)
+        {
+            bool const isKnown =
+                std::ranges::any_of(all, [&](Json const& known) { return known["source"] == item["source"]; });
+            EXPECT_TRUE(isKnown) << item;
+        }
+        EXPECT_TRUE(isRefused || now == all);
+        EXPECT_GE(now.size(), GetParam().items.size());
+        ExpectEachItemToBeFound();
+    });
+}
+
+TEST_P(OutOfMemoryMap, LosesNothingButTheItemThatIsToMove)
+{
+    Renew();
+    auto const before = Items();
+    FillList(GetParam().moved);
+    map->UpdateId(*args);
+    auto const after = Items();
+    std::vector<Json> const withoutIt{before.at(0), before.at(2)};
+
+    FailAtEachAllocation(
+        [this] {
+        Renew();
+        FillList(GetParam().moved);
+        },
+        [this] { map->UpdateId(*args); },
+        [&](bool isRefused) {
+        auto const now = Items();
+        EXPECT_TRUE(isRefused ? now == before || now == withoutIt : now == after);
+        ExpectEachItemToBeFound();
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, OutOfMemoryMap, testing::ValuesIn(AllMaps()),
+                         [](auto const& tested) { return std::string(tested.param.name); });
+
+/// An assembly with blocks of two registers at 0, 2 and 10.
+class OutOfMemoryAssembly : public testing::Test
+{
+protected:
+    static constexpr char const* TYPE = "a type whose name does not fit into itself";
+
+    struct Place
+    {
+        uint16 outputId;
+        std::string displayName;
+
+        bool operator==(Place const&) const = default;
+    };
+
+    void Renew()
+    {
+        assembly = std::make_unique<ProtocolRegisterAssemblyBase>(true, uint16{0}, uint16{99});
+        assembly->AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(ZuTest::TypeParams<>(TYPE, 2)));
+        for (uint16 const outputId : {uint16{0}, uint16{2}, uint16{10}})
+        {
+            FillAdd(outputId, "old");
+            assembly->Add(*added);
+        }
+    }
+
+    void FillAdd(uint16 outputId, char const* displayName)
+    {
+        added = std::make_unique<AddBlockParams>();
+        added->autoShift.Set(true);
+        auto& block = added->blocks.Add();
+        block.type.Set(TYPE);
+        block.outputId.Set(outputId);
+        block.displayName.Set(Long(displayName));
+    }
+
+    /// The blocks, in order and free of overlaps, as many as their type counts.
+    std::vector<Place> Places()
+    {
+        std::vector<Place> places;
+        assembly->BeginLock();
+        EXPECT_EQ(Serializer::Serialize(*assembly->SupportedRegisterBlockTypes().front()).at("instanceCount"),
+                  assembly->AddedRegisterBlocks().size());
+        for (auto const& block : assembly->AddedRegisterBlocks())
+        {
+            EXPECT_TRUE(places.empty() || places.back().outputId + 2 <= block->OutputId());
+            places.push_back({block->OutputId(), Serializer::Serialize(*block).at("displayName")});
+        }
+        assembly->EndLock();
+        return places;
+    }
+
+    /// Takes each block out by its id, which refuses one that the index does not know.
+    void ExpectEachBlockToBeFound()
+    {
+        for (Place const& place : Places())
+        {
+            RemoveBlockParams params;
+            params.outputIdList.Add().outputId.Set(place.outputId);
+            EXPECT_NO_THROW(assembly->Remove(params)) << place.outputId;
+        }
+        EXPECT_TRUE(Places().empty());
+    }
+
+    std::unique_ptr<ProtocolRegisterAssemblyBase> assembly;
+    std::unique_ptr<AddBlockParams> added;
+    UpdateBlockParams update;
+};
+
+TEST_F(OutOfMemoryAssembly, TakesABlockWholeOrNotAtAll)
+{
+    std::string const old = Long("old");
+    std::vector<Place> const with{{0, old}, {2, Long("new")}, {4, old}, {10, old}};
+    std::vector<Place> const without{{0, old}, {2, old}, {10, old}};
+    std::vector<Place> const afterTheShift{{0, old}, {4, old}, {10, old}}; // which is not taken back
+
+    FailAtEachAllocation(
+        [this] {
+        Renew();
+        FillAdd(2, "new");
+        },
+        [this] { assembly->Add(*added); },
+        [&](bool isRefused) {
+        auto const now = Places();
+        EXPECT_TRUE(isRefused ? now == without || now == afterTheShift : now == with);
+        if (isRefused)
+        {
+            FillAdd(2, "new");
+            assembly->Add(*added);
+            EXPECT_EQ(Places(), with);
+        }
+        ExpectEachBlockToBeFound();
+    });
+}
+
+TEST_F(OutOfMemoryAssembly, KeepsItsOrderWhenABlockCannotBeChanged)
+{
+    std::string const old = Long("old");
+    std::vector<Place> const after{{0, old}, {10, Long("moved")}, {12, old}};
+
+    FailAtEachAllocation(
+        [this] {
+        Renew();
+        update.outputId.Set(2);
+        update.autoShift.Set(true);
+        update.newParams.outputId.Set(10);
+        update.newParams.displayName.Set(Long("moved"));
+        },
+        [this] { assembly->Update(update); },
+        [&](bool isRefused) {
+        auto const now = Places();
+        EXPECT_EQ(now.size(), 3u);
+        EXPECT_TRUE(isRefused || now == after);
+        ExpectEachBlockToBeFound();
+    });
+}
+
+} // namespace ZuControl::ControlProtocol
