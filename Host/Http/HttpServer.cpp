@@ -32,7 +32,6 @@ using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 namespace
 {
 
-constexpr std::chrono::milliseconds SWEEP_PERIOD{50};
 constexpr std::chrono::milliseconds ACCEPT_RETRY{100};
 constexpr uint64 MAX_REFUSED = 64; // connections beyond the cap that are told so; more are closed at once
 
@@ -133,6 +132,7 @@ private:
     boost::asio::io_context io{1}; // one thread: it needs fewer locks
     bool isServing = false;        // the owner's: whether there is a thread
     bool isStopping = false;
+    bool isClosed = false; // nothing begins any more
     std::optional<WorkerPool> workers;
     std::optional<WorkGuard> work{boost::asio::make_work_guard(io)};
     tcp::acceptor acceptor{io};
@@ -340,9 +340,9 @@ void HttpServer::Core::Sweep()
     {
         ZU_GUARD_BOUNDARY([&] { connection->CheckDeadline(nowUsec); });
     }
-    sweep.expires_after(SWEEP_PERIOD);
+    sweep.expires_after(std::chrono::microseconds(settings.sweepPeriodUsec));
     sweep.async_wait([this](error_code const& error) {
-        if (!error)
+        if (!error && !isClosed) // one that has expired already is not cancelled any more
         {
             Sweep();
         }
@@ -364,6 +364,7 @@ void HttpServer::Core::BeginStop()
 
 void HttpServer::Core::CloseAll()
 {
+    isClosed = true;
     sweep.cancel();
     std::vector<std::shared_ptr<HttpConnection>> const all(connections.begin(), connections.end());
     for (auto const& connection : all)

@@ -36,6 +36,7 @@ public:
         uint64 answerTimeoutUsec = 60'000'000;  ///< for the resource: 503
         uint64 writeTimeoutUsec = 30'000'000;   ///< for a client to take what it is sent: the connection is closed
         uint64 commentPeriodUsec = 15'000'000;  ///< a stream without news sends a comment so often
+        uint64 sweepPeriodUsec = 50'000;        ///< how often it looks for who is past his time
         uint64 stopPatienceUsec = 5'000'000;    ///< what is under way may end within it when the server stops
     };
 

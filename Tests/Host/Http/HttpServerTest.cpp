@@ -597,6 +597,18 @@ TEST_F(HttpServerTest, LeavesTheAddressWithoutHavingBeenStarted)
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
 }
 
+TEST_F(HttpServerTest, EndsAlsoWhileItLooksAfterItsClients)
+{
+    settings.sweepPeriodUsec = 1; // it is always about to
+    for (unsigned i = 0; i < 200; ++i)
+    {
+        Start();
+        server.Stop();
+    }
+
+    EXPECT_EQ(server.Port(), 0U);
+}
+
 TEST_F(HttpServerTest, ListensAgainAfterAStop)
 {
     Start();
