@@ -1,0 +1,33 @@
+"""The page for operators says what the program says."""
+
+import pathlib
+import re
+import unittest
+
+from host import run_host
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PAGE = (ROOT / "docs/operations.md").read_text()
+SOURCES = "\n".join(path.read_text() for folder in ("Host", "Plugins", "Platform", "ZuControl")
+                    for path in sorted((ROOT / folder).rglob("*.cpp")))
+
+
+class Operations(unittest.TestCase):
+    def test_the_page_lists_the_options_of_the_program(self):
+        status, shown, _ = run_host("--help")
+        self.assertEqual(status, 0)
+        rows = "\n".join(line for line in PAGE.splitlines() if line.startswith("| `--"))
+        self.assertEqual(set(re.findall(r"`(--[a-z-]+)", rows)), set(re.findall(r"^ *(--[a-z-]+)", shown, re.MULTILINE)))
+
+    def test_each_problem_of_the_page_is_one_that_the_program_tells(self):
+        section = PAGE[PAGE.index("| problem |"):PAGE.index("After a load")]
+        sentences = [sentence for row in section.strip().splitlines()[2:] for sentence in re.findall(r'"([^"]+)"', row.split("|")[1])]
+        self.assertGreater(len(sentences), 8)
+        for sentence in sentences:
+            for part in sentence.split("..."):
+                if len(part.strip(" '().")) > 4:
+                    self.assertIn(part.strip(" '()."), SOURCES)
+
+
+if __name__ == "__main__":
+    unittest.main()
