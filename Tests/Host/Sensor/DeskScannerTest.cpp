@@ -7,6 +7,8 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/ControlDigitalOutput.h"
+#include "ZuControl/Control/ControlHardwareManager.h"
+#include "ZuControl/Control/ControlScanEngineInterface.h"
 #include "ZuScan/ScanEngineManager.h"
 #include "wApi/wTime.h"
 
@@ -82,6 +84,25 @@ TEST_F(DeskScannerTest, HasInputsAndOutputsAtItsSensorUntilAFactoryRestore)
     scanner.RestoreFactoryState();
 
     EXPECT_EQ(sensor.Io().InputBits(), 0);
+}
+
+TEST_F(DeskScannerTest, AnswersInTheStampToWhatAProtocolDrives)
+{
+    using Kind = ZuControl::IControlHardware::ZuHardwareIOType;
+    ZuTest::FrameCollector collector(hub);
+    ZuControl::ControlScanEngineInterface engines(&manager);
+    ZuControl::ControlHardwareManager hardware(engines);
+    hardware.FindHardware();
+    ASSERT_EQ(hardware.GetInterfaceCount(Kind::DIGITAL_OUTPUT), 2u);
+    auto& output =
+        dynamic_cast<ZuControl::ControlDigitalOutput&>(hardware.GetHardwareInterface(Kind::DIGITAL_OUTPUT, 0));
+
+    output.SetControlState(true);
+    sensor.Start();
+
+    auto const frames = collector.WaitForFrames(1);
+    ASSERT_FALSE(frames.empty());
+    EXPECT_EQ(frames.front().stamp.stampStatus, 1);
 }
 
 TEST_F(DeskScannerTest, RefusesAnActionThatItDoesNotOffer)
