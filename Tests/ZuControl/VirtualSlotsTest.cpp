@@ -1,4 +1,5 @@
 #include "Support/VirtualSlot.h"
+#include "ZuControl/Control/ControlPlugin.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlDataCache.h"
 #include "ZuControl/Control/IControlFactory.h"
@@ -18,7 +19,10 @@
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterBlockFactory.h"
+#include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
+#include "ZuControl/Protocol/ControlResourceBase.h"
 
 #include <gtest/gtest.h>
 
@@ -60,6 +64,16 @@ TEST(VirtualSlots, OfOutputMapsKeepTheirPlaces)
                              &IProtocolOutput::Remove, &IProtocolOutput::Count, &IProtocolOutput::At,
                              &IProtocolOutput::Clear, &IProtocolOutput::DataSourceList, &IProtocolOutput::CompactId,
                              &IProtocolOutput::UpdateId));
+}
+
+TEST(VirtualSlots, OfTheLogicOfOutputMapsStandBehindThoseOfTheInterface)
+{
+    constexpr uint64 BEHIND_INTERFACE = SLOTS_OF_DESTRUCTOR + 14;
+    using Map = RegisterProtocolOutputMap;
+
+    EXPECT_TRUE(
+        StandInOrder(BEHIND_INTERFACE, &Map::OverlapInsert, &Map::GetOverlappingState, &Map::IsDataShiftSupported));
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &Map::BeginLock, &Map::EndLock)); // a class has the slots of its base
 }
 
 TEST(VirtualSlots, OfRegisterAssembliesKeepTheirPlaces)
@@ -138,6 +152,21 @@ TEST(VirtualSlots, OfWhatProtocolsCallKeepTheirPlaces)
                              &Engine::AlignmentCompletedEvent, &Engine::ScannerInfo, &Engine::FindSupportedSensor));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &System::Start, &System::Stop, &System::FactoryRestore,
                              &System::Restart, &System::LoadJob, &System::Stats, &System::SetNextIpConfig));
+}
+
+TEST(VirtualSlots, OfPluginsAndTheirActionsKeepTheirPlaces)
+{
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &ControlPlugin::Type, &ControlPlugin::GetObject));
+    EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &ProtocolOutputActionTarget::ListActions,
+                             &ProtocolOutputActionTarget::GetActionParams, &ProtocolOutputActionTarget::InvokeAction));
+}
+
+TEST(VirtualSlots, OfResourcesStandBehindThoseOfTheirBase)
+{
+    // The base's own answer to an update, an operation of its second base, stands in this table too.
+    constexpr uint64 BEHIND_BASE = 5 + SLOTS_OF_DESTRUCTOR + 1;
+
+    EXPECT_TRUE(StandInOrder(BEHIND_BASE, &Protocol::ControlResourceBase::OnPersistenceLoadEvent));
 }
 
 TEST(VirtualSlots, OfInputsAndOutputsKeepTheirPlaces)
