@@ -4,6 +4,7 @@
 #include "Host/Module/ParameterSetter.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/ControlPlugin.h"
 #include "ZuControl/Control/IControlFactory.h"
@@ -16,6 +17,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace ZuHost
@@ -87,17 +89,12 @@ private:
     std::vector<wHandle<ZuCore::ResultSetObject>> kept;
 };
 
-bool HasPort(IControlInstance& instance)
+/// Whether the service can be told to listen where nobody else does: "port" may be 0. That of a service that sends may not.
+bool TakesFreePort(IControlInstance const& instance)
 {
-    Zu::Params::Group const& params = instance.Params();
-    for (uint64 i = 0; i < params.Count(); ++i)
-    {
-        if (params.KeyAt(i) == "port")
-        {
-            return true;
-        }
-    }
-    return false;
+    nlohmann::json const schema = Zu::Properties::JsonSerializer::SerializeSchema(instance.Params()).at("properties");
+    auto const port = schema.find("port");
+    return port != schema.end() && port->value("minimum", 1) == 0;
 }
 
 std::string KeysOf(Zu::Params::Group const& params)
@@ -204,7 +201,7 @@ void PluginTrial::Start()
         UpdateGate::Request const request(updateGate);
         IControlInstance& instance = Controls().GetInstance(typeName);
         instance.ResetInstance(true, IControlInstance::DataToResetAll);
-        if (HasPort(instance))
+        if (TakesFreePort(instance))
         {
             SetParameter(instance, {typeName, "port", "0"});
         }

@@ -59,7 +59,7 @@ public:
     /// Lets the protocols go and makes them anew, so that this object gets to know them.
     void CreateAnew();
 
-    /// Gives every protocol a new job, a free port if it has a parameter of this name, and enables it. Throws -998 for a
+    /// Gives every protocol a new job, a free port if it takes the "port" 0, and enables it. Throws -998 for a
     /// library without a protocol for this kind of system, and -1000 for a protocol that neither runs nor is about to.
     void Start();
 

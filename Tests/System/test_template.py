@@ -69,6 +69,17 @@ class Template(unittest.TestCase):
         run("make", "-C", source, "-j2", env=dict(os.environ, PKG_CONFIG_PATH=str(packages)))
         self.expect_datagrams(source)
 
+    @unittest.skipUnless(shutil.which("clang++"), "needs clang++")
+    def test_with_the_other_compiler(self):
+        """A plug-in of clang runs in a host of GCC: the two agree on layouts, slots, exceptions and the standard library."""
+        source = self.copy("with_clang")
+        run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            "-DCMAKE_CXX_COMPILER=clang++")
+        run("cmake", "--build", source / "build")
+        self.assertIn(b"clang", (source / "build/template.so").read_bytes())
+        run(self.prefix / "bin/zucontrol-host", "--check-plugin", source / "build/template.so")
+        self.expect_datagrams(source / "build")
+
     def test_the_guide_shows_what_is_built(self):
         guide = (ROOT / "docs/plugin-guide.md").read_text()
         code = "".join(path.read_text() for path in sorted((ROOT / "Plugins/Template").glob("*")))
