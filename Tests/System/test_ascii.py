@@ -13,7 +13,7 @@ from host import PATIENCE, wait_until
 from rest import RestClient
 
 ASCII = "/controls/AsciiTcp"
-PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/ascii.md"
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 TOO_LONG = "ERROR -997 A request has at most 1024 bytes"
 
 
@@ -34,9 +34,9 @@ def is_refused(port):
         return True
 
 
-def session():
-    """(command, lines that the page shows behind it) of the page's session, in order."""
-    section = PAGE.read_text().split("## A session with nc")[1].split("\n## ")[0]
+def session(page, heading):
+    """(command, lines that the page shows behind it) of the session under this heading, in order."""
+    section = (ROOT / page).read_text().split(f"\n## {heading}\n")[1].split("\n## ")[0]
     for block in re.findall(r"^```\n(.*?)^```", section, re.MULTILINE | re.DOTALL):
         for command, shown in re.findall(r"^(printf .*)\n((?:(?!printf).*\n)*)", block, re.MULTILINE):
             yield command, shown.splitlines()
@@ -47,10 +47,15 @@ def without_moments(lines):
     return [re.sub(r"(^DATA|uptime=)( ?)\d+", r"\1\2N", line) for line in lines]
 
 
-class Page(unittest.TestCase):
+class Pages(unittest.TestCase):
     def test_the_session_of_the_page(self):
-        steps = list(session())
-        self.assertGreaterEqual(len(steps), 8)
+        self.run_session(list(session("docs/ascii.md", "A session with nc")), 9)
+
+    def test_the_session_of_the_readme(self):
+        self.run_session(list(session("README.md", "A session with a script")), 2)
+
+    def run_session(self, steps, count):
+        self.assertEqual(len(steps), count)
         with ascii_host() as host:
             for command, shown in steps:
                 line = command.replace("5025", str(host.ports["AsciiTcp"]))
