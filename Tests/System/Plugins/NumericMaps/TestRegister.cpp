@@ -1,0 +1,25 @@
+// A protocol whose outputs lie in registers: 50 of them from 100 on, two bytes each, and 16 outputs at most.
+
+#include "MappedProtocol.h"
+#include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
+#include "ZuPlugin/PluginEntry.h"
+
+namespace
+{
+
+struct TestRegisterFactory final : ZuControl::IControlFactory
+{
+    static constexpr NumericMaps::Names NAMES{ZuControl::ZuEthernetProtocol{102}, "TestRegister", "Test of Registers"};
+
+    std::shared_ptr<ZuControl::ControlProtocol::IProtocol>
+    Create(ZuControl::ControlProtocol::ControlProtocolEnviron const& environ) override
+    {
+        using Map = ZuControl::ControlProtocol::RegisterProtocolOutputMap;
+        return std::make_shared<NumericMaps::MappedProtocol<Map>>(NAMES, environ, uint16{100}, uint16{50}, uint16{2},
+                                                                  uint16{16});
+    }
+};
+
+} // namespace
+
+ZU_PLUGIN_ENTRY(NumericMaps::MappedPlugin<TestRegisterFactory>::Make);
