@@ -135,8 +135,9 @@ void ModbusTcpProtocol::ParamsUpdate()
 
 void ModbusTcpProtocol::ResetParams()
 {
+    // What runs goes on as it is until the next update or start: a load puts the defaults back before it sets what the job
+    // says, and would drop every client on the way through another port.
     params.SetDefaults();
-    ParamsUpdate();
 }
 
 void ModbusTcpProtocol::Start()

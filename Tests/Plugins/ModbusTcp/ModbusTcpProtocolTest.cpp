@@ -407,6 +407,20 @@ TEST_F(ModbusTcpProtocolTest, PutsBackTheDefaults)
     EXPECT_EQ(Params().idleTimeout.Get(), 60u);
 }
 
+TEST_F(ModbusTcpProtocolTest, KeepsItsClientsWhenALoadPutsBackTheDefaultsAndSetsWhatWasThere)
+{
+    TestClient client(Start());
+    client.Read(0, 1);
+    uint16 const port = Params().port.Get();
+
+    protocol->ResetParams();
+    client.Read(0, 1);
+    Params().port.Set(port);
+    protocol->ParamsUpdate();
+
+    EXPECT_EQ(client.Read(9000, 1), std::vector<uint16>{0});
+}
+
 TEST_F(ModbusTcpProtocolTest, ShowsABlockWhereItHasBeenMoved)
 {
     TestClient client(Start());
