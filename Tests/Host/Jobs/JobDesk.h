@@ -1,0 +1,197 @@
+#pragma once
+
+#include "Host/Jobs/JobManager.h"
+#include "Host/Module/PersistRegistry.h"
+#include "Host/Module/UpdateGate.h"
+#include "Host/Store/DataFolder.h"
+#include "Support/CallLog.h"
+#include "Support/FakeControlInstance.h"
+#include "Support/ScratchFolder.h"
+#include "ZuApi/Logging.h"
+#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/IControlManager.h"
+
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <memory>
+#include <string>
+
+namespace ZuTest
+{
+
+/// Protocols that have one value each: "value" of their settings in a job, and a text of their own.
+class ValueKeepers final : public ZuControl::IControlManager
+{
+public:
+    using Domain = ZuCommon::PersistDomain;
+
+    std::string Component() override
+    {
+        return "keepers";
+    }
+
+    void InitPersistDomain(Domain domain, ZuCommon::IPersistStore& store) override
+    {
+        calls.Add("init " + std::to_string(static_cast<int>(domain)));
+        for (auto& [type, value] : values)
+        {
+            value = "default";
+        }
+        if (domain == Domain::PROTOCOL)
+        {
+            Write(store, "One", "\"born\"");
+        }
+    }
+
+    void LoadPersistDomain(Domain domain, ZuCommon::IPersistStore const& store) override
+    {
+        calls.Add("load " + std::to_string(static_cast<int>(domain)));
+        bool hasFailed = false;
+        for (auto& [type, value] : values)
+        {
+            std::string const path = PathOf(type);
+            if (!store.Exists(path))
+            {
+                continue;
+            }
+            nlohmann::json const document = nlohmann::json::parse(store.Read(path));
+            if (domain == Domain::PROTOCOL)
+            {
+                own = document;
+                continue;
+            }
+            value = document.at("zu:control").at("parameters").at("value");
+            if (value == "refused")
+            {
+                value = "default";
+                hasFailed = true;
+                ZU_LOG_USER_WARNING("Error loading parameters for service %1$s.", type.c_str());
+            }
+        }
+        if (onLoad)
+        {
+            onLoad();
+        }
+        if (hasFailed)
+        {
+            registry->MarkModified(*this, Domain::JOB, 0);
+        }
+    }
+
+    void SavePersistDomain(Domain domain, ZuCommon::IPersistStore& store) override
+    {
+        calls.Add("save " + std::to_string(static_cast<int>(domain)));
+        if (domain == Domain::PROTOCOL)
+        {
+            Write(store, "One", own.dump());
+            return;
+        }
+        for (auto const& [type, value] : values)
+        {
+            Write(store, type, DocumentWith(value));
+        }
+    }
+
+    std::vector<std::string> List() const override
+    {
+        std::vector<std::string> list;
+        for (auto const& [type, value] : values)
+        {
+            list.push_back(type);
+        }
+        return list;
+    }
+
+    ZuControl::IControlInstance& GetInstance(std::string const& typeName) override
+    {
+        calls.Add("instance " + typeName);
+        auto& instance = instances[typeName];
+        instance = std::make_unique<FakeControlInstance>(calls, typeName);
+        return *instance;
+    }
+
+    CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> /*handler*/) override
+    {
+        return {};
+    }
+
+    void RemovePersistenceLoadEventHandler(CallbackId /*id*/) override
+    {
+    }
+
+    static std::string DocumentWith(std::string const& value)
+    {
+        return R"({"version":"1","zu:control":{"enabled":true,"parameters":{"value":")" + value + "\"}}}";
+    }
+
+    /// A change by a client.
+    void Set(std::string const& type, std::string const& value)
+    {
+        Put(type, value);
+        registry->MarkModified(*this, Domain::JOB, 0);
+    }
+
+    /// A change that nobody is told of.
+    void Put(std::string const& type, std::string const& value)
+    {
+        gate->BeginUpdate(true);
+        values[type] = value;
+        gate->EndUpdate();
+    }
+
+    std::map<std::string, std::string> values{{"One", ""}, {"Two", ""}};
+    nlohmann::json own = "";
+    ZuHost::PersistRegistry* registry = nullptr;
+    ZuHost::UpdateGate* gate = nullptr;
+    std::function<void()> onLoad;
+    CallLog calls;
+
+private:
+    static std::string PathOf(std::string const& type)
+    {
+        return "/controls/" + type + "/config.json";
+    }
+
+    static void Write(ZuCommon::IPersistStore& store, std::string const& type, std::string const& text)
+    {
+        store.Write(PathOf(type), text.data(), text.size());
+    }
+
+    std::map<std::string, std::unique_ptr<FakeControlInstance>> instances;
+};
+
+/// A job manager with all that it needs, as the host has it. It can be started again on the same folder.
+class JobDesk final
+{
+public:
+    explicit JobDesk(std::filesystem::path const& dataFolder)
+        : folder(dataFolder), jobs(registry, gate, problems, folder, {1'000, 1'000, 50'000})
+    {
+        keepers.registry = &registry;
+        keepers.gate = &gate;
+        id = registry.Register(keepers, "");
+    }
+
+    ~JobDesk()
+    {
+        jobs.Close();
+        registry.Deregister(id);
+    }
+
+    JobDesk(JobDesk const&) = delete;
+    JobDesk& operator=(JobDesk const&) = delete;
+
+    ZuCommon::ProblemsManager problems;
+    ZuHost::PersistRegistry registry;
+    ZuHost::UpdateGate gate;
+    ValueKeepers keepers;
+    ZuHost::DataFolder folder;
+    ZuHost::JobManager jobs;
+
+private:
+    uint64 id = 0;
+};
+
+} // namespace ZuTest

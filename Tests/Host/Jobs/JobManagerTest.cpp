@@ -1,0 +1,509 @@
+#include "Host/Jobs/JobManager.h"
+
+#include "Host/Jobs/JobDesk.h"
+#include "Host/Store/Archive.h"
+#include "Support/Latch.h"
+#include "Support/MountedFolder.h"
+#include "Support/RecordingSink.h"
+#include "Support/Refusal.h"
+#include "wApi/wThread.h"
+#include "wApi/wTime.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <optional>
+#include <thread>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Access = SqliteFile::Access;
+using Files = ArchiveContents::Files;
+using ZuTest::BytesOf;
+using ZuTest::Refusal;
+using ZuTest::RefusalOf;
+using ZuTest::ValueKeepers;
+using ZuTest::WriteBytes;
+
+constexpr char const* ONE = "controls/One/config.json";
+constexpr char const* TWO = "controls/Two/config.json";
+
+template <typename Condition>
+bool WaitFor(Condition isMet)
+{
+    for (uint64 const deadline = wTime_AfterUsec(30'000'000); wTime_NowUsec() < deadline; wThread_Sleep(500))
+    {
+        if (isMet())
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+class JobManagerTest : public testing::Test
+{
+protected:
+    /// A host that has loaded this job, and saves.
+    void Start(std::string const& job = "default", bool saves = true)
+    {
+        desk.reset();
+        desk.emplace(scratch.path);
+        desk->jobs.Begin(job);
+        if (saves)
+        {
+            desk->jobs.Run();
+        }
+    }
+
+    void Stop()
+    {
+        desk.reset();
+    }
+
+    JobManager& Jobs()
+    {
+        return desk->jobs;
+    }
+
+    ValueKeepers& Keepers()
+    {
+        return desk->keepers;
+    }
+
+    bool WaitUntilSaved()
+    {
+        return WaitFor([this] {
+            auto const list = Jobs().List();
+            return std::ranges::none_of(list, [](auto const& job) { return job.isModified; });
+        });
+    }
+
+    std::filesystem::path FileOf(std::string const& job) const
+    {
+        return scratch / (job + ".zpjob");
+    }
+
+    Files In(std::string const& job) const
+    {
+        return Archive(FileOf(job), Access::READ).Read().entries;
+    }
+
+    /// What a person does with the tool.
+    void Edit(std::string const& job, std::string const& name, std::string const& text) const
+    {
+        Archive(FileOf(job), Access::WRITE).Write({{name, text}}, {});
+    }
+
+    std::vector<std::string> ProblemTexts() const
+    {
+        std::vector<std::string> texts;
+        for (auto const& problem : desk->problems.List())
+        {
+            texts.push_back(problem.text);
+        }
+        return texts;
+    }
+
+    ZuTest::ScratchFolder scratch;
+    std::optional<ZuTest::JobDesk> desk;
+};
+
+TEST_F(JobManagerTest, MakesANewJobWhenThereIsNone)
+{
+    Start();
+
+    EXPECT_EQ(Keepers().calls.All(), (ZuTest::CallLog::Calls{"init 1", "init 2", "save 2", "save 1"}));
+    EXPECT_EQ(In("default"),
+              (Files{{ONE, ValueKeepers::DocumentWith("default")}, {TWO, ValueKeepers::DocumentWith("default")}}));
+    EXPECT_EQ(Jobs().LoadedJob(), "default");
+    EXPECT_TRUE(Jobs().Report("default").protocols.empty());
+    EXPECT_TRUE(ProblemTexts().empty());
+}
+
+TEST_F(JobManagerTest, LoadsWhatThereIsAtTheStart)
+{
+    Start();
+    Keepers().own = "counted";
+    Keepers().Set("One", "kept");
+    Start();
+
+    EXPECT_EQ(Keepers().values, (std::map<std::string, std::string>{{"One", "kept"}, {"Two", "default"}}));
+    EXPECT_EQ(Keepers().own, "counted");
+    EXPECT_EQ(Keepers().calls.All(), (ZuTest::CallLog::Calls{"load 1", "load 2", "save 2"}));
+}
+
+TEST_F(JobManagerTest, GivesAProtocolThatIsNewToTheJobItsDefaultsAtTheStart)
+{
+    Archive(FileOf("default"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("kept")}}, {});
+
+    Start("default", false);
+
+    EXPECT_EQ(Keepers().calls.Count("instance Two"), 1U);
+    EXPECT_EQ(Keepers().calls.Count("instance One"), 0U);
+}
+
+TEST_F(JobManagerTest, SavesSoonAfterTheFirstChange)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+
+    Keepers().Set("One", "changed");
+
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("changed"));
+}
+
+TEST_F(JobManagerTest, SavesWhatWasChangedBeforeItRan)
+{
+    Start("default", false);
+    Keepers().Set("One", "by the command line");
+
+    Jobs().Run();
+
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("by the command line"));
+}
+
+TEST_F(JobManagerTest, SavesAtTheEndAndNothingAfterIt)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+    Keepers().Put("One", "told to nobody");
+
+    Jobs().Close();
+    Keepers().Set("One", "taken down");
+    EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob("default"); }),
+              (Refusal{Zu::Status::WRONG_STATE, "The host is stopping: jobs are neither loaded nor saved any more"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs("default"); }).status, Zu::Status::WRONG_STATE);
+    Stop();
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("told to nobody"));
+}
+
+TEST_F(JobManagerTest, SavesThePresentJobBeforeItLoadsAnother)
+{
+    Start("default", false);
+    Jobs().SaveAs("other");
+    Keepers().Set("One", "of the first");
+
+    Jobs().LoadJob("other.zpjob");
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("of the first"));
+    EXPECT_EQ(Jobs().LoadedJob(), "other");
+    EXPECT_EQ(Keepers().values.at("One"), "default");
+    EXPECT_EQ(Keepers().calls.Count("init 2"), 1U) << "a load never initialises";
+}
+
+TEST_F(JobManagerTest, RefusesWhatIsNoJobAndKeepsTheOneThatIsLoaded)
+{
+    Start();
+
+    EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob("none"); }), (Refusal{Zu::Status::NOT_FOUND, "There is no job 'none'"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob("../up"); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob(""); }).status, Zu::Status::BAD_ARGUMENT);
+
+    EXPECT_EQ(Jobs().LoadedJob(), "default");
+    EXPECT_EQ(Keepers().calls.Count("load 2"), 0U);
+}
+
+TEST_F(JobManagerTest, LoadsWhatAPersonHasEditedInTheFileOfTheLoadedJob)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+    Edit("default", ONE, ValueKeepers::DocumentWith("edited"));
+    Keepers().Set("Two", "changed"); // saved meanwhile, and only that
+    ASSERT_TRUE(WaitUntilSaved());
+
+    Jobs().LoadJob("default");
+
+    EXPECT_EQ(Keepers().values, (std::map<std::string, std::string>{{"One", "edited"}, {"Two", "changed"}}));
+}
+
+TEST_F(JobManagerTest, SavesAllOfTheJobWhenAskedTo)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+    Edit("default", ONE, ValueKeepers::DocumentWith("edited"));
+
+    Jobs().SaveAs("default");
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("default"));
+}
+
+TEST_F(JobManagerTest, ReportsWhatWasTakenOver)
+{
+    Start();
+    Edit("default", ONE, R"({"version":"1","zu:control":{"parameters":{"value":"refused"},"outputs":{"map":[]}}})");
+
+    ZuTest::LogRecorder const log;
+    Jobs().LoadJob("default");
+
+    LoadReport const report = Jobs().Report("default");
+    EXPECT_EQ(report.job, "default");
+    EXPECT_EQ(report.faults, std::vector<std::string>());
+    ASSERT_EQ(report.protocols.size(), 2U);
+    EXPECT_EQ(report.protocols[0], (LoadReport::Protocol{"One",
+                                                         true,
+                                                         false,
+                                                         {},
+                                                         {"enabled"},
+                                                         {"parameters", "outputs"},
+                                                         {"Error loading parameters for service One."}}));
+    EXPECT_EQ(report.protocols[1], (LoadReport::Protocol{"Two", true, false, {"enabled", "parameters"}, {}, {}, {}}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Report("other"); }).status, Zu::Status::NOT_FOUND);
+}
+
+TEST_F(JobManagerTest, SavesAJobThatCouldNotBeTakenOverAndKeepsWhatWasRefused)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+    Edit("default", ONE, ValueKeepers::DocumentWith("refused"));
+
+    Jobs().LoadJob("default");
+
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("default"), (Files{{ONE, ValueKeepers::DocumentWith("default")},
+                                    {TWO, ValueKeepers::DocumentWith("default")},
+                                    {std::string("rejected/") + ONE, ValueKeepers::DocumentWith("refused")}}));
+}
+
+TEST_F(JobManagerTest, UsesTheLastGoodDocumentTellsTheUserAndMendsTheFile)
+{
+    Start();
+    Keepers().Set("One", "good");
+    ASSERT_TRUE(WaitUntilSaved());
+    Edit("default", ONE, "{\"cut");
+
+    Start("default", false);
+    EXPECT_EQ(Keepers().values.at("One"), "good");
+    ASSERT_EQ(ProblemTexts().size(), 1U);
+    EXPECT_NE(ProblemTexts()[0].find("The last good one is used in its place."), std::string::npos);
+    EXPECT_TRUE(Jobs().Report("default").protocols[0].isFromLastGood);
+    EXPECT_EQ(Jobs().Report("default").faults, ProblemTexts());
+    Jobs().Run();
+    ASSERT_TRUE(WaitUntilSaved());
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("good"));
+    EXPECT_EQ(In("default").at(std::string("rejected/") + ONE), "{\"cut");
+    Jobs().LoadJob("default");
+    EXPECT_TRUE(ProblemTexts().empty());
+}
+
+TEST_F(JobManagerTest, GoesOnWithANewJobWhenNothingCanBeReadAndKeepsTheFile)
+{
+    WriteBytes(FileOf("default"), std::string(5'000, 'x'));
+    ZuTest::LogRecorder const log;
+
+    Start();
+
+    std::string const text =
+        "The job 'default' cannot be loaded: The file 'default.zpjob' cannot be used: file is not a "
+        "database";
+    EXPECT_EQ(ProblemTexts(), std::vector<std::string>{text});
+    EXPECT_EQ(log.CountOfText(text), 1U);
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(BytesOf(scratch / "default.zpjob.damaged-1"), std::string(5'000, 'x'));
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("default"));
+}
+
+TEST_F(JobManagerTest, LeavesTheLoadedJobWhenAnotherCannotBeRead)
+{
+    Start();
+    ASSERT_TRUE(WaitUntilSaved());
+    WriteBytes(FileOf("bad"), std::string(5'000, 'x'));
+
+    EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob("bad"); }).status, Zu::Status::BAD_FORMAT);
+
+    EXPECT_EQ(Jobs().LoadedJob(), "default");
+    EXPECT_EQ(ProblemTexts().size(), 1U);
+    Keepers().Set("One", "changed");
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("changed"));
+    EXPECT_EQ(BytesOf(FileOf("bad")), std::string(5'000, 'x'));
+}
+
+TEST_F(JobManagerTest, NeverSavesALoadThatBrokeOffToTheJobBefore)
+{
+    Start("default", false);
+    Jobs().SaveAs("other");
+    Edit("other", ONE, ValueKeepers::DocumentWith("of the other"));
+    Keepers().onLoad = [] { throw std::runtime_error("a handler fails"); };
+
+    EXPECT_THROW(Jobs().LoadJob("other"), std::runtime_error);
+    Keepers().onLoad = {};
+    Jobs().Run();
+
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(Jobs().LoadedJob(), "other");
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("default"));
+    EXPECT_EQ(In("other").at(ONE), ValueKeepers::DocumentWith("of the other"));
+    EXPECT_FALSE(desk->gate.IsOpen());
+}
+
+TEST_F(JobManagerTest, HoldsTheGateDuringALoadAndFreesItAfterwards)
+{
+    Start();
+    bool wasOpen = false;
+    Keepers().onLoad = [&] { wasOpen = desk->gate.IsOpen(); };
+
+    Jobs().LoadJob("default");
+
+    EXPECT_TRUE(wasOpen);
+    EXPECT_FALSE(desk->gate.IsOpen());
+}
+
+TEST_F(JobManagerTest, EndsARegistrationOnlyWhenNoLoadRuns)
+{
+    Start();
+    ZuTest::Latch loading;
+    ZuTest::Latch goOn;
+    std::atomic<bool> isGone{false};
+    bool wasGone = true;
+    uint64 const other = desk->registry.Register(Keepers(), "other"); // loads twice
+    Keepers().onLoad = [&] {
+        loading.Open();
+        EXPECT_TRUE(goOn.Wait());
+        wasGone = isGone;
+    };
+    std::thread loader([&] { Jobs().LoadJob("default"); });
+    ASSERT_TRUE(loading.Wait());
+
+    std::thread leaver([&] {
+        desk->registry.Deregister(other);
+        isGone = true;
+    });
+    goOn.Open();
+    loader.join();
+    leaver.join();
+
+    EXPECT_FALSE(wasGone);
+    EXPECT_TRUE(isGone);
+}
+
+TEST_F(JobManagerTest, CopiesTheLoadedJobUnderAnotherName)
+{
+    Start("default", false);
+    Keepers().Set("One", "now");
+    unsigned changes = 0;
+    Jobs().ListChangedEvent().Add([&changes] { ++changes; });
+
+    Jobs().SaveAs("copy");
+
+    EXPECT_EQ(In("copy"), In("default"));
+    EXPECT_EQ(In("copy").at(ONE), ValueKeepers::DocumentWith("now"));
+    EXPECT_EQ(Jobs().LoadedJob(), "default");
+    EXPECT_EQ(changes, 1U);
+    auto const list = Jobs().List();
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_TRUE(list[0].name == "copy" && !list[0].isLoaded && list[0].bytes > 0);
+    EXPECT_TRUE(list[1].name == "default" && list[1].isLoaded && !list[1].isModified);
+}
+
+TEST_F(JobManagerTest, GivesAndTakesJobsAsFiles)
+{
+    Start();
+    Keepers().Set("One", "sent");
+    Jobs().SaveAs("default");
+    std::string const bytes = Jobs().Download("default");
+
+    EXPECT_TRUE(Jobs().Upload("new", bytes));
+    EXPECT_FALSE(Jobs().Upload("new", bytes));
+    EXPECT_EQ(In("new"), In("default"));
+    EXPECT_EQ(
+        RefusalOf([&] { Jobs().Upload("default", bytes); }),
+        (Refusal{Zu::Status::WRONG_STATE, "The job 'default' is loaded: load another one before it is replaced"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Upload("new", "no archive"); }).status, Zu::Status::BAD_FORMAT);
+    EXPECT_EQ(RefusalOf([&] { Jobs().Upload(".new", bytes); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(RefusalOf([&] { Jobs().Download("none"); }), (Refusal{Zu::Status::NOT_FOUND, "There is no job 'none'"}));
+    EXPECT_EQ(In("new"), In("default"));
+}
+
+TEST_F(JobManagerTest, RemovesAllButTheLoadedJob)
+{
+    Start();
+    Jobs().SaveAs("other");
+
+    Jobs().Remove("other");
+
+    EXPECT_FALSE(std::filesystem::exists(FileOf("other")));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Remove("other"); }), (Refusal{Zu::Status::NOT_FOUND, "There is no job 'other'"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Remove("default"); }),
+              (Refusal{Zu::Status::WRONG_STATE, "The job 'default' is loaded: load another one before it is deleted"}));
+}
+
+TEST(JobManagerOnABadDisk, TriesAgainUntilThereIsRoom)
+{
+    ZuTest::MountedFolder const disk("256k");
+    if (!disk.IsMounted())
+    {
+        GTEST_SKIP() << "this process may not mount a file system";
+    }
+    ZuTest::JobDesk desk(disk.Path());
+    desk.jobs.Begin("default");
+    desk.jobs.Run();
+    ZuTest::LogRecorder const log;
+    WriteBytes(disk.Path() / "filler", std::string(400'000, 'x'));
+    std::string large;
+    for (unsigned i = 0; large.size() < 60'000; ++i)
+    {
+        large += std::to_string(i * i * 7919U);
+    }
+
+    desk.keepers.Set("One", large);
+    std::string const text =
+        "The job 'default' cannot be saved: The file 'default.zpjob' cannot be used: database or disk "
+        "is full";
+    ASSERT_TRUE(WaitFor([&] { return desk.keepers.calls.Count("save 2") >= 5; })); // tries more than once
+    ASSERT_EQ(desk.problems.Count(), 1U);
+    EXPECT_EQ(desk.problems.List()[0].text, text);
+    EXPECT_EQ(log.CountOfText(text), 1U);
+    EXPECT_TRUE(desk.jobs.List()[0].isModified);
+    EXPECT_EQ(RefusalOf([&] { desk.jobs.LoadJob("default"); }).status, Zu::Status::FAILURE);
+    EXPECT_EQ(desk.keepers.values.at("One"), large) << "what cannot be saved is not given up for another job";
+
+    std::filesystem::remove(disk.Path() / "filler");
+    ASSERT_TRUE(WaitFor([&] { return desk.problems.Count() == 0; }));
+    EXPECT_EQ(log.CountOfText("The job 'default' is saved again"), 1U);
+    EXPECT_EQ(Archive(disk.Path() / "default.zpjob", Access::READ).Read().entries.at(ONE),
+              ValueKeepers::DocumentWith(large));
+}
+
+TEST(JobManagerOnABadDisk, LoadsFromOneThatCannotBeWritten)
+{
+    ZuTest::MountedFolder const disk("1m");
+    if (!disk.IsMounted())
+    {
+        GTEST_SKIP() << "this process may not mount a file system";
+    }
+    {
+        ZuTest::JobDesk desk(disk.Path());
+        desk.jobs.Begin("default");
+        desk.keepers.Set("One", "kept");
+        desk.jobs.SaveAs("other");
+    }
+    ASSERT_TRUE(disk.MakeReadOnly());
+
+    ZuTest::JobDesk desk(disk.Path());
+    desk.jobs.Begin("default");
+    desk.jobs.Run();
+    EXPECT_EQ(desk.keepers.values.at("One"), "kept");
+    desk.jobs.LoadJob("other");
+    EXPECT_EQ(desk.problems.Count(), 0U);
+
+    desk.keepers.Set("One", "changed");
+    EXPECT_TRUE(WaitFor([&] { return desk.problems.Count() == 1; }));
+    EXPECT_EQ(desk.problems.List()[0].text, "The job 'other' cannot be saved: The file 'other.zpjob' cannot be used: "
+                                            "attempt to write a readonly database");
+    EXPECT_EQ(desk.keepers.values.at("One"), "changed");
+}
+
+} // namespace ZuHost
