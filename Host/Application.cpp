@@ -48,6 +48,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     BuildModule();
     jobs.Begin(options.jobName);
     LetLoadsRunAlone();
+    metricsPage.emplace(router, [this] { return module->Statistics(); });
     hostResources.emplace(router, problems, scanEngines);
 }
 

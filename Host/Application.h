@@ -6,6 +6,7 @@
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
+#include "Host/Metrics/MetricsPage.h"
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
@@ -92,6 +93,7 @@ private:
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor requestProcessor;
     std::optional<ZuControl::ControlModule> module;
+    std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<HostResources> hostResources; // behind everybody else's: it listens to them
     HttpServer httpServer;                      // last: the first to go, as nobody may ask for what is going

@@ -1,0 +1,172 @@
+#include "Host/Metrics/MetricsPage.h"
+
+#include "Host/Metrics/PrometheusText.h"
+#include "ZuApi/Guard.h"
+#include "ZuRest/Answer.h"
+#include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IResource.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+#include "ZuRest/ResourceRouter.h"
+#include "ZuRest/ResponseInfo.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+using Type = PrometheusText::Type;
+
+constexpr char const* ROUTE = "/metrics";
+constexpr char const* PREFIX = "zucontrol_";
+constexpr char const* TIME_SUFFIX = "_usec"; // of a number in microseconds
+
+std::string TextIn(Json const& schema, char const* key)
+{
+    return schema.is_object() ? schema.value(key, std::string()) : std::string();
+}
+
+Type TypeOf(Json const& schema)
+{
+    std::string const kind = TextIn(schema, "kind");
+    return kind == "counter" ? Type::COUNTER : kind == "gauge" ? Type::GAUGE : Type::UNTYPED;
+}
+
+/// Adds the number `name` as users of such metrics expect it: times in seconds, counters with their ending.
+void AddNumber(PrometheusText& text, std::string name, Json const& schema, PrometheusText::Labels const& labels,
+               Json const& number)
+{
+    std::string value = number.dump();
+    if (name.ends_with(TIME_SUFFIX) && number.is_number_unsigned())
+    {
+        name.replace(name.rfind(TIME_SUFFIX), std::string::npos, "_seconds");
+        value = PrometheusText::Seconds(number.get<uint64>());
+    }
+    Type const type = TypeOf(schema);
+    std::string const title = TextIn(schema, "title");
+    text.Add(type == Type::COUNTER ? name + "_total" : name, type, title.empty() ? "Not described." : title + '.',
+             labels, value);
+}
+
+void AddRecord(PrometheusText& text, std::string const& prefix, Json const& schema,
+               PrometheusText::Labels const& labels, Json const& record)
+{
+    Json const none = Json::object();
+    auto const properties = schema.find("properties");
+    std::string const label = TextIn(schema, "label");
+    for (auto const& [key, value] : record.items())
+    {
+        Json const& described = properties != schema.end() && properties->contains(key) ? (*properties)[key] : none;
+        PrometheusText::Labels all = labels;
+        std::string name = prefix + '_' + PrometheusText::NameOf(key);
+        if (!label.empty())
+        {
+            all.emplace_back(PrometheusText::NameOf(label), key);
+            name = prefix;
+        }
+        if (value.is_object())
+        {
+            AddRecord(text, name, described, all, value);
+        }
+        else if (value.is_number())
+        {
+            AddNumber(text, std::move(name), described, all, value);
+        }
+    }
+}
+
+/// The metrics of a protocol with their schema. Not as a request of a client, which would wait while the protocol is started.
+Json MetricsOf(ZuRest::ResourceRouter const& router, std::string const& typeName)
+{
+    constexpr bool WITH_SCHEMA = true;
+    std::string const path = ZuRest::Path::Format("/controls/:protocol/metrics", {typeName});
+    auto const match = router.Find(path);
+    if (!match.has_value() || match->resource->DocumentProvider() == nullptr)
+    {
+        return Json::object();
+    }
+    try
+    {
+        ZuRest::ResponseInfo response;
+        return match->resource->DocumentProvider()->Document({path, match->keys, WITH_SCHEMA}, response);
+    }
+    catch (std::exception const&) // a protocol need not have any
+    {
+        return Json::object();
+    }
+}
+
+void AddProtocol(PrometheusText& text, Json document, std::string const& typeName)
+{
+    Json const schema = document.value("_schema", Json::object());
+    document.erase("_schema");
+    AddRecord(text, std::string(PREFIX) + "protocol", schema, {{"protocol", typeName}}, document);
+}
+
+void AddModule(PrometheusText& text, ZuControl::ControlStatistics const& statistics)
+{
+    auto const count =
+        [&text](std::string const& name, char const* help, PrometheusText::Labels const& labels, uint64 number) {
+        text.Add(PREFIX + name + "_total", Type::COUNTER, help, labels, std::to_string(number));
+    };
+    count("result_sets", "Result sets that came to the fan-out.", {}, statistics.resultSets);
+    count("result_items", "Results in these sets.", {}, statistics.resultItems);
+    count("result_items_handed_on", "Results handed on, counted for each protocol that wants them.", {},
+          statistics.itemsHandedOn);
+    char const* const operations = "Operations on the system, by how they ended.";
+    count("operations", operations, {{"result", "succeeded"}}, statistics.operationsSucceeded);
+    count("operations", operations, {{"result", "failed"}}, statistics.operationsFailed);
+    count("operations", operations, {{"result", "refused"}}, statistics.operationsRefused);
+    std::string const age = std::string(PREFIX) + "dispatcher_batch_age_seconds";
+    char const* const ageHelp = "Age of batches at their hand-over to the protocol, since the first set of each.";
+    for (auto const& protocol : statistics.protocols)
+    {
+        PrometheusText::Labels const labels{{"protocol", protocol.typeName}};
+        count("dispatcher_batches", "Batches of result sets handed over to the protocol.", labels, protocol.batches);
+        count("dispatcher_result_sets", "Result sets in these batches.", labels, protocol.resultSets);
+        text.Add(age, Type::SUMMARY, ageHelp, labels, PrometheusText::Seconds(protocol.ageUsec), "_sum");
+        text.Add(age, Type::SUMMARY, ageHelp, labels, std::to_string(protocol.batches), "_count");
+    }
+}
+
+} // namespace
+
+MetricsPage::MetricsPage(ZuRest::ResourceRouter& usedRouter,
+                         std::function<ZuControl::ControlStatistics()> newStatistics)
+    : router(usedRouter), statistics(std::move(newStatistics))
+{
+    router.Register(ROUTE, *this);
+}
+
+MetricsPage::~MetricsPage()
+{
+    ZU_GUARD_DESTRUCTOR([this] { router.Deregister(ROUTE, false); });
+}
+
+std::vector<std::string> MetricsPage::ContentMethods() const
+{
+    return {"GET"};
+}
+
+ZuRest::Answer MetricsPage::AnswerContent(ZuRest::Request const& /*request*/, ZuRest::RequestInfo const& /*info*/)
+{
+    ZuControl::ControlStatistics const counted = statistics();
+    PrometheusText text;
+    AddModule(text, counted);
+    for (auto const& protocol : counted.protocols)
+    {
+        AddProtocol(text, MetricsOf(router, protocol.typeName), protocol.typeName);
+    }
+    ZuRest::Answer answer;
+    answer.contentType = PrometheusText::CONTENT_TYPE;
+    answer.body = text.Write();
+    return answer;
+}
+
+} // namespace ZuHost

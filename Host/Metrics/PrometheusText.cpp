@@ -1,0 +1,108 @@
+#include "Host/Metrics/PrometheusText.h"
+
+#include <cctype>
+#include <cstdio>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr unsigned long long USEC_PER_SECOND = 1'000'000;
+
+char const* TextOf(PrometheusText::Type type)
+{
+    switch (type)
+    {
+    case PrometheusText::Type::COUNTER:
+        return "counter";
+    case PrometheusText::Type::GAUGE:
+        return "gauge";
+    case PrometheusText::Type::SUMMARY:
+        return "summary";
+    case PrometheusText::Type::UNTYPED:
+        break;
+    }
+    return "untyped";
+}
+
+/// `text` with what would end it early escaped; a quote ends the value of a label, but no help.
+std::string Escaped(std::string const& text, bool isLabel)
+{
+    std::string escaped;
+    for (char const character : text)
+    {
+        if (character == '\n')
+        {
+            escaped += "\\n";
+            continue;
+        }
+        if (character == '\\' || (isLabel && character == '"'))
+        {
+            escaped += '\\';
+        }
+        escaped += character;
+    }
+    return escaped;
+}
+
+std::string TextOf(PrometheusText::Labels const& labels)
+{
+    std::string text;
+    for (auto const& [name, value] : labels)
+    {
+        text += (text.empty() ? "{" : ",") + name + "=\"" + Escaped(value, true) + '"';
+    }
+    return text.empty() ? text : text + "}";
+}
+
+} // namespace
+
+PrometheusText::PrometheusText() = default;
+PrometheusText::~PrometheusText() = default;
+
+void PrometheusText::Add(std::string const& name, Type type, std::string const& help, Labels const& labels,
+                         std::string const& number, std::string const& suffix)
+{
+    Family& family = families.try_emplace(name, Family{type, help, {}}).first->second;
+    family.samples += name + suffix + TextOf(labels) + ' ' + number + '\n';
+}
+
+std::string PrometheusText::Write() const
+{
+    std::string text;
+    for (auto const& [name, family] : families)
+    {
+        text += "# HELP " + name + ' ' + Escaped(family.help, false) + '\n';
+        text += "# TYPE " + name + ' ' + TextOf(family.type) + '\n';
+        text += family.samples;
+    }
+    return text;
+}
+
+std::string PrometheusText::NameOf(std::string const& key)
+{
+    std::string name;
+    bool wasSmall = false;
+    for (char const character : key)
+    {
+        auto const code = static_cast<unsigned char>(character);
+        if (std::isupper(code) != 0 && wasSmall)
+        {
+            name += '_';
+        }
+        wasSmall = std::islower(code) != 0 || std::isdigit(code) != 0;
+        name += std::isalnum(code) != 0 ? static_cast<char>(std::tolower(code)) : '_';
+    }
+    return name;
+}
+
+std::string PrometheusText::Seconds(unsigned long long usec)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%llu.%06llu", usec / USEC_PER_SECOND, usec % USEC_PER_SECOND);
+    return text;
+}
+
+} // namespace ZuHost

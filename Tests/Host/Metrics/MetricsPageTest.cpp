@@ -1,0 +1,166 @@
+#include "Host/Metrics/MetricsPage.h"
+
+#include "Support/FakeResource.h"
+#include "ZuRest/Answer.h"
+#include "ZuRest/Request.h"
+#include "ZuRest/ResourceRequestProcessor.h"
+#include "ZuRest/ResourceRouter.h"
+
+#include <gtest/gtest.h>
+
+namespace ZuHost
+{
+
+class MetricsPageTest : public testing::Test
+{
+protected:
+    MetricsPageTest()
+    {
+        router.Register("/controls/:protocol/metrics", metrics);
+        statistics.protocols = {{"X", 0, 0, 0}};
+        metrics.document = [this](ZuRest::RequestInfo const& request, ZuRest::ResponseInfo&) {
+            EXPECT_TRUE(request.wantsSchema);
+            return documents.at(*request.FindKey("protocol"));
+        };
+    }
+
+    ~MetricsPageTest() override
+    {
+        router.Deregister("/controls", true);
+    }
+
+    ZuRest::Answer Get()
+    {
+        ZuRest::Request request;
+        request.path = "/metrics";
+        return ZuRest::ResourceRequestProcessor(router).Process(request).answer;
+    }
+
+    /// The lines but those of the module itself.
+    std::string OfProtocols()
+    {
+        std::string const body = Get().body;
+        std::string found;
+        for (std::size_t begin = 0; begin < body.size();)
+        {
+            std::size_t const end = body.find('\n', begin) + 1;
+            std::string const line = body.substr(begin, end - begin);
+            found += line.find("zucontrol_protocol_") != std::string::npos ? line : "";
+            begin = end;
+        }
+        return found;
+    }
+
+    ZuRest::ResourceRouter router;
+    ZuTest::FakeResource metrics;
+    std::map<std::string, nlohmann::json> documents;
+    ZuControl::ControlStatistics statistics;
+    MetricsPage page{router, [this] { return statistics; }};
+};
+
+TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
+{
+    statistics = {7, 42, 30, 3, 2, 1, {{"X", 5, 6, 12'500}, {"Y", 0, 0, 0}}};
+    documents = {{"X", nlohmann::json::object()}, {"Y", nlohmann::json::object()}};
+
+    ZuRest::Answer const answer = Get();
+
+    EXPECT_EQ(answer.status, 200u);
+    EXPECT_EQ(answer.contentType, "text/plain; version=0.0.4; charset=utf-8");
+    EXPECT_EQ(
+        answer.body,
+        "# HELP zucontrol_dispatcher_batch_age_seconds Age of batches at their hand-over to the protocol, since the "
+        "first set of each.\n"
+        "# TYPE zucontrol_dispatcher_batch_age_seconds summary\n"
+        "zucontrol_dispatcher_batch_age_seconds_sum{protocol=\"X\"} 0.012500\n"
+        "zucontrol_dispatcher_batch_age_seconds_count{protocol=\"X\"} 5\n"
+        "zucontrol_dispatcher_batch_age_seconds_sum{protocol=\"Y\"} 0.000000\n"
+        "zucontrol_dispatcher_batch_age_seconds_count{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_dispatcher_batches_total Batches of result sets handed over to the protocol.\n"
+        "# TYPE zucontrol_dispatcher_batches_total counter\n"
+        "zucontrol_dispatcher_batches_total{protocol=\"X\"} 5\n"
+        "zucontrol_dispatcher_batches_total{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_dispatcher_result_sets_total Result sets in these batches.\n"
+        "# TYPE zucontrol_dispatcher_result_sets_total counter\n"
+        "zucontrol_dispatcher_result_sets_total{protocol=\"X\"} 6\n"
+        "zucontrol_dispatcher_result_sets_total{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_operations_total Operations on the system, by how they ended.\n"
+        "# TYPE zucontrol_operations_total counter\n"
+        "zucontrol_operations_total{result=\"succeeded\"} 3\n"
+        "zucontrol_operations_total{result=\"failed\"} 2\n"
+        "zucontrol_operations_total{result=\"refused\"} 1\n"
+        "# HELP zucontrol_result_items_handed_on_total Results handed on, counted for each protocol that wants "
+        "them.\n"
+        "# TYPE zucontrol_result_items_handed_on_total counter\n"
+        "zucontrol_result_items_handed_on_total 30\n"
+        "# HELP zucontrol_result_items_total Results in these sets.\n"
+        "# TYPE zucontrol_result_items_total counter\n"
+        "zucontrol_result_items_total 42\n"
+        "# HELP zucontrol_result_sets_total Result sets that came to the fan-out.\n"
+        "# TYPE zucontrol_result_sets_total counter\n"
+        "zucontrol_result_sets_total 7\n");
+}
+
+TEST_F(MetricsPageTest, TakesTheNumbersOfAProtocolAsItsSchemaDescribesThem)
+{
+    documents["X"] = nlohmann::json::parse(R"({
+        "requests": 5, "clients": 2, "lastHandlingUsec": 1500, "listening": "127.0.0.1:1502", "isOpen": true, "ratio": 0.5,
+        "_schema": {"type": "object", "properties": {
+            "requests": {"type": "integer", "kind": "counter", "title": "Requests answered"},
+            "clients": {"type": "integer", "kind": "gauge", "title": "Clients now"},
+            "lastHandlingUsec": {"type": "integer", "kind": "gauge", "title": "Time of the last request"},
+            "listening": {"type": "string"}}}})");
+
+    EXPECT_EQ(OfProtocols(), "# HELP zucontrol_protocol_clients Clients now.\n"
+                             "# TYPE zucontrol_protocol_clients gauge\n"
+                             "zucontrol_protocol_clients{protocol=\"X\"} 2\n"
+                             "# HELP zucontrol_protocol_last_handling_seconds Time of the last request.\n"
+                             "# TYPE zucontrol_protocol_last_handling_seconds gauge\n"
+                             "zucontrol_protocol_last_handling_seconds{protocol=\"X\"} 0.001500\n"
+                             "# HELP zucontrol_protocol_ratio Not described.\n"
+                             "# TYPE zucontrol_protocol_ratio untyped\n"
+                             "zucontrol_protocol_ratio{protocol=\"X\"} 0.5\n"
+                             "# HELP zucontrol_protocol_requests_total Requests answered.\n"
+                             "# TYPE zucontrol_protocol_requests_total counter\n"
+                             "zucontrol_protocol_requests_total{protocol=\"X\"} 5\n");
+}
+
+TEST_F(MetricsPageTest, GoesDownIntoRecordsAndTakesTheKeysOfALabelledOneForItsValues)
+{
+    documents["X"] = nlohmann::json::parse(R"({
+        "exceptions": {"1": 3, "6": 4}, "lifetime": {"requests": 9},
+        "_schema": {"properties": {
+            "exceptions": {"label": "code", "properties": {"1": {"kind": "counter", "title": "Refused"},
+                                                           "6": {"kind": "counter", "title": "Refused"}}},
+            "lifetime": {"properties": {"requests": {"kind": "counter", "title": "All"}}}}}})");
+
+    EXPECT_EQ(OfProtocols(), "# HELP zucontrol_protocol_exceptions_total Refused.\n"
+                             "# TYPE zucontrol_protocol_exceptions_total counter\n"
+                             "zucontrol_protocol_exceptions_total{protocol=\"X\",code=\"1\"} 3\n"
+                             "zucontrol_protocol_exceptions_total{protocol=\"X\",code=\"6\"} 4\n"
+                             "# HELP zucontrol_protocol_lifetime_requests_total All.\n"
+                             "# TYPE zucontrol_protocol_lifetime_requests_total counter\n"
+                             "zucontrol_protocol_lifetime_requests_total{protocol=\"X\"} 9\n");
+}
+
+TEST_F(MetricsPageTest, LeavesOutAProtocolThatHasNoMetricsAndGoesOn)
+{
+    statistics.protocols = {{"None", 0, 0, 0}, {"X", 0, 0, 0}};
+    documents["X"] = {{"controlDrops", 1}};
+
+    EXPECT_EQ(OfProtocols(), "# HELP zucontrol_protocol_control_drops Not described.\n"
+                             "# TYPE zucontrol_protocol_control_drops untyped\n"
+                             "zucontrol_protocol_control_drops{protocol=\"X\"} 1\n");
+}
+
+TEST_F(MetricsPageTest, HasItsRouteForAsLongAsItLives)
+{
+    ZuRest::ResourceRouter other;
+    {
+        MetricsPage const shortLived(other, [this] { return statistics; });
+        EXPECT_TRUE(other.Find("/metrics").has_value());
+    }
+    EXPECT_FALSE(other.Find("/metrics").has_value());
+}
+
+} // namespace ZuHost
