@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+constexpr uint64 USEC_PER_SECOND = 1'000'000;
 constexpr char const* PROBLEM_SOURCE = "Plug-ins";
 
 } // namespace
@@ -41,6 +42,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     settings.address = options.httpAddress;
     settings.port = options.httpPort;
     settings.token = token;
+    settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
     httpServer.Listen(settings); // first: a port that is taken is told before anything runs
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });

@@ -20,6 +20,7 @@ namespace
 enum OptionCode : int
 {
     HTTP = 256, // above every character: there are no short options
+    KEEP_ALIVE,
     TOKEN,
     DATA,
     JOB,
@@ -38,6 +39,7 @@ enum OptionCode : int
 
 constexpr std::array OPTION_TABLE{
     option{"http", required_argument, nullptr, HTTP},
+    option{"keep-alive", required_argument, nullptr, KEEP_ALIVE},
     option{"token", required_argument, nullptr, TOKEN},
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
@@ -99,6 +101,19 @@ double ParseRate(std::string const& text)
                  text.c_str(), Options::MAX_RATE_HZ);
     }
     return rateHz;
+}
+
+uint64 ParseKeepAlive(std::string const& text)
+{
+    uint64 seconds = 0;
+    char const* const end = text.data() + text.size();
+    auto const result = std::from_chars(text.data(), end, seconds);
+    if (result.ec != std::errc{} || result.ptr != end || seconds == 0 || seconds > Options::MAX_KEEP_ALIVE_SECONDS)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--keep-alive': '%s' is no number of seconds from 1 to %llu",
+                 text.c_str(), static_cast<unsigned long long>(Options::MAX_KEEP_ALIVE_SECONDS));
+    }
+    return seconds;
 }
 
 /// "127.0.0.1:8080", "[::1]:8080": whether the address is one, and may be used, is for the server to say.
@@ -188,6 +203,9 @@ void Apply(int code, std::string const& text, Options& options)
     case REPLAY:
         options.replayFile = ParseNotEmpty("replay", text);
         break;
+    case KEEP_ALIVE:
+        options.keepAliveSeconds = ParseKeepAlive(text);
+        break;
     case RATE:
         options.rateHz = ParseRate(text);
         break;
@@ -267,6 +285,7 @@ std::string HelpText()
            "A scanning sensor on the desk, joined to factory automation.\n"
            "\n"
            "  --http ADDRESS:PORT  where the REST service listens; port 0: a free one (127.0.0.1:8080)\n"
+           "  --keep-alive SECONDS how often a stream without news sends a comment (15)\n"
            "  --token FILE         ask REST clients for the bearer token in this file; any address but one of this\n"
            "                       machine alone needs it\n"
            "  --data DIR           where jobs and settings live (zucontrol-data)\n"

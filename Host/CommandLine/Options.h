@@ -49,10 +49,12 @@ struct Options
     };
 
     static constexpr double MAX_RATE_HZ = 100'000;
+    static constexpr uint64 MAX_KEEP_ALIVE_SECONDS = 3600;
 
     Request request = Request::RUN;
     std::string httpAddress = "127.0.0.1";               ///< of the REST service
     uint16 httpPort = 8080;                              ///< 0: a free one
+    uint64 keepAliveSeconds = 15;                        ///< a stream without news sends a comment so often
     std::filesystem::path tokenFile;                     ///< empty: the REST service asks for no token
     std::filesystem::path dataFolder = "zucontrol-data"; ///< where jobs and settings live
     std::string jobName = "default";

@@ -19,13 +19,12 @@ public:
 
     using Metric = Zu::Properties::Metric;
 
-    Metric controlDrops{Metric::Kind::COUNTER, "Lines that were not sent because a client was too slow for them"};
+    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"};
     Zu::Properties::SharedText listening; ///< "127.0.0.1:5025" now, empty while stopped
     Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
     Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
     Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
-    Metric droppedClients{Metric::Kind::COUNTER,
-                          "Clients closed for silence, not taking what waits for them, or by command"};
+    Metric droppedClients{Metric::Kind::COUNTER, "Clients closed by the service"};
     Metric requests{Metric::Kind::COUNTER, "Requests answered"};
     Metric errors{Metric::Kind::COUNTER, "Requests refused"};
     Metric bytesIn{Metric::Kind::COUNTER, "Bytes received"};

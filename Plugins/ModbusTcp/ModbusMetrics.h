@@ -26,12 +26,12 @@ public:
 
     using Metric = Zu::Properties::Metric;
 
-    Metric controlDrops{Metric::Kind::COUNTER, "Result sets of which a block could not be encoded"};
+    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"};
     Zu::Properties::SharedText listening; ///< "127.0.0.1:1502" now, empty while stopped
     Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
     Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
     Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
-    Metric droppedClients{Metric::Kind::COUNTER, "Clients closed for silence, a malformed frame or not taking answers"};
+    Metric droppedClients{Metric::Kind::COUNTER, "Clients closed by the service"};
     Metric requests{Metric::Kind::COUNTER, "Requests answered"};
     ExceptionMetrics exceptions;
     Metric bytesIn{Metric::Kind::COUNTER, "Bytes received"};

@@ -31,6 +31,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_TRUE(options.pluginFolders.empty());
     EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
     EXPECT_TRUE(options.replayFile.empty());
+    EXPECT_EQ(options.keepAliveSeconds, 15u);
     EXPECT_EQ(options.rateHz, 50);
     EXPECT_FALSE(options.start);
     EXPECT_TRUE(options.enabledTypes.empty());
@@ -40,11 +41,11 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
 
 TEST(Options, ReadsEveryOption)
 {
-    Options const options =
-        Parse({"--http",          "0.0.0.0:80", "--token",   "secret",   "--data",      "d",
-               "--job",           "line 3",     "--plugins", "a",        "--plugins=b", "--deployment",
-               "virtual-brackle", "--replay",   "x.pcd",     "--rate",   "0.5",         "--start",
-               "--enable",        "ModbusTcp",  "--enable",  "AsciiTcp", "--log=error"});
+    Options const options = Parse({"--http",      "0.0.0.0:80",   "--token",         "secret",    "--data",
+                                   "d",           "--job",        "line 3",          "--plugins", "a",
+                                   "--plugins=b", "--deployment", "virtual-brackle", "--replay",  "x.pcd",
+                                   "--rate",      "0.5",          "--keep-alive",    "2",         "--start",
+                                   "--enable",    "ModbusTcp",    "--enable",        "AsciiTcp",  "--log=error"});
 
     EXPECT_EQ(options.httpAddress, "0.0.0.0");
     EXPECT_EQ(options.httpPort, 80);
@@ -54,6 +55,7 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.pluginFolders, (std::vector<std::filesystem::path>{"a", "b"}));
     EXPECT_EQ(options.deployment, Deployment::VIRTUAL_BRACKLE);
     EXPECT_EQ(options.replayFile, "x.pcd");
+    EXPECT_EQ(options.keepAliveSeconds, 2u);
     EXPECT_EQ(options.rateHz, 0.5);
     EXPECT_TRUE(options.start);
     EXPECT_EQ(options.enabledTypes, (std::vector<std::string>{"ModbusTcp", "AsciiTcp"}));
@@ -106,8 +108,9 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment",
-                             "--replay", "--rate", "--start", "--enable", "--param", "--log", "--help", "--version"})
+    for (char const* name :
+         {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment", "--replay", "--rate",
+          "--keep-alive", "--start", "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -152,6 +155,18 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{
             "CheckedPluginEmpty", {"--check-plugin", ""}, "option '--check-plugin' needs a value that is not empty"},
         RefusalCase{"NoOption", {"--start", "extra"}, "'extra' is no option"},
+        RefusalCase{"KeepAliveNever",
+                    {"--keep-alive", "0"},
+                    "option '--keep-alive': '0' is no number of seconds from 1 to 3600"},
+        RefusalCase{"KeepAliveTail",
+                    {"--keep-alive", "5s"},
+                    "option '--keep-alive': '5s' is no number of seconds from 1 to 3600"},
+        RefusalCase{"KeepAliveTooLong",
+                    {"--keep-alive", "3601"},
+                    "option '--keep-alive': '3601' is no number of seconds from 1 to 3600"},
+        RefusalCase{"KeepAliveNegative",
+                    {"--keep-alive", "-1"},
+                    "option '--keep-alive': '-1' is no number of seconds from 1 to 3600"},
         RefusalCase{"RateText",
                     {"--rate", "fast"},
                     "option '--rate': 'fast' is no number of profiles per second from 0 to 100000"},
