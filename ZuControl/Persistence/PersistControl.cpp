@@ -10,6 +10,7 @@
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/Persistence/DocumentParser.h"
 #include "ZuControl/Persistence/PersistInstanceProperties.h"
 
 #include <nlohmann/json.hpp>
@@ -53,7 +54,7 @@ std::string DocumentPath(IControlInstance const& instance)
 
 Json ReadDocument(IControlInstance const& instance, ZuCommon::IPersistStore const& store)
 {
-    return Json::parse(store.Read(DocumentPath(instance)));
+    return DocumentParser::Parse(store.Read(DocumentPath(instance)));
 }
 
 void WriteDocument(IControlInstance const& instance, Json const& document, ZuCommon::IPersistStore& store)
