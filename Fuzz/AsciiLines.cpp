@@ -55,6 +55,11 @@ public:
         return ++ticket;
     }
 
+    uint64 Ask(AsciiRequest const&) override
+    {
+        ZU_THROW(Zu::Status::NOT_OFFERED, "nothing here takes its time");
+    }
+
 private:
     uint64 ticket = 0;
 };

@@ -88,6 +88,14 @@ void AsciiConnection::OperationEnded(uint64 ticket, bool isDone)
     }
 }
 
+void AsciiConnection::Answered(uint64 ticket, std::string_view line)
+{
+    if (isOpen && conversation.Answered(ticket, line))
+    {
+        Flush();
+    }
+}
+
 void AsciiConnection::Tell(std::string_view line)
 {
     if (isOpen)

@@ -46,6 +46,7 @@ public:
     void DataCame();
 
     void OperationEnded(uint64 ticket, bool isDone);
+    void Answered(uint64 ticket, std::string_view line);
     void Tell(std::string_view line);
 
     /// Ends the connection by command of the service's user.

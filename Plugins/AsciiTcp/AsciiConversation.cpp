@@ -79,12 +79,26 @@ void AsciiConversation::TakeData()
 
 bool AsciiConversation::OperationEnded(uint64 endedTicket, bool isDone)
 {
-    if (!IsWaiting() || endedTicket != ticket)
+    if (ticket == 0 || endedTicket != ticket)
     {
         return false;
     }
     ticket = 0;
     output.append(isDone ? "DONE\n" : "FAILED\n");
+    return true;
+}
+
+bool AsciiConversation::Answered(uint64 ticketOfAnswer, std::string_view line)
+{
+    if (awaited == 0 || ticketOfAnswer != awaited)
+    {
+        return false;
+    }
+    awaited = 0;
+    output.append(line).push_back('\n');
+    Count(counters.errors, line.starts_with("ERROR") ? 1 : 0);
+    NoteAnswered(wTime_NowUsec() - awaitedSinceUsec);
+    AnswerAll();
     return true;
 }
 
@@ -112,7 +126,7 @@ bool AsciiConversation::HasRoomForAnswer() const
 void AsciiConversation::AnswerAll()
 {
     std::string_view line;
-    while (HasRoomForAnswer() && TakeLine(line))
+    while (awaited == 0 && HasRoomForAnswer() && TakeLine(line))
     {
         Answer(line);
     }
@@ -160,6 +174,11 @@ void AsciiConversation::Answer(std::string_view line)
                      static_cast<unsigned>(AsciiRequest::MAX_BYTES));
         }
         CarryOut(AsciiRequest::Parse(line));
+        if (awaited != 0)
+        {
+            awaitedSinceUsec = beginUsec;
+            return;
+        }
     }
     catch (Zu::Exception const& exception)
     {
@@ -199,6 +218,12 @@ void AsciiConversation::CarryOut(AsciiRequest const& request)
         return Begin(CommandLoadJob, request.argument);
     case Verb::TRIGGER:
         return Begin(CommandSoftwareTrigger, request.argument);
+    case Verb::DOUT:
+    case Verb::AOUT:
+    case Verb::SERIAL:
+    case Verb::READ:
+        awaited = service.Ask(request);
+        return;
     case Verb::STATUS:
         output.append("OK ");
         return service.AppendStatus(output);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Plugins/AsciiTcp/AsciiRequest.h"
 #include "Plugins/AsciiTcp/IAsciiService.h"
 #include "wApi/wTypes.h"
 
@@ -54,6 +53,10 @@ public:
     /// The operation of this ticket has ended. True when the client is told, since it was its own.
     bool OperationEnded(uint64 ticket, bool isDone);
 
+    /// The answer to the request of this ticket, which is one line. True when it is this client's; the requests behind it are
+    /// answered from now on.
+    bool Answered(uint64 ticketOfAnswer, std::string_view line);
+
     /// Says a line of the service's own; a client that takes nothing misses it, which counts as a drop.
     void Tell(std::string_view line);
 
@@ -62,10 +65,10 @@ public:
         return subscribed;
     }
 
-    /// Whether the client waits for the end of an operation.
+    /// Whether the client waits for the end of an operation, or for an answer that takes its time.
     bool IsWaiting() const
     {
-        return ticket != 0;
+        return ticket != 0 || awaited != 0;
     }
 
     /// The client has ended its side, everything is answered and sent, and nothing more can come.
@@ -101,7 +104,9 @@ private:
     std::size_t outputFirst = 0; // sent up to here
     bool subscribed = false;
     uint64 nextLine = 0; // of the feed, while subscribed
-    uint64 ticket = 0;   // of the operation that the client waits for
+    uint64 ticket = 0;   // of the operation whose end the client waits for
+    uint64 awaited = 0;  // the ticket of the answer that the next request waits for
+    uint64 awaitedSinceUsec = 0;
     uint64 answered = 0;
 };
 

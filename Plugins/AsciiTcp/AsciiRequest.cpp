@@ -40,6 +40,10 @@ constexpr Form FORMS[] = {
     {"CLEARALIGN", AsciiRequest::Verb::CLEARALIGN, Argument::OPTIONAL},
     {"LOAD", AsciiRequest::Verb::LOAD, Argument::REQUIRED, "LOAD needs the name of a job"},
     {"TRIGGER", AsciiRequest::Verb::TRIGGER, Argument::OPTIONAL},
+    {"DOUT", AsciiRequest::Verb::DOUT, Argument::REQUIRED, "DOUT needs the index of an output and 0 or 1"},
+    {"AOUT", AsciiRequest::Verb::AOUT, Argument::REQUIRED, "AOUT needs the index of an output and a current in mA"},
+    {"SERIAL", AsciiRequest::Verb::SERIAL, Argument::REQUIRED, "SERIAL needs the index of an output and a text"},
+    {"READ", AsciiRequest::Verb::READ, Argument::REQUIRED, "READ needs the path of a resource"},
     {"STATUS", AsciiRequest::Verb::STATUS},
     {"HELP", AsciiRequest::Verb::HELP},
 };
@@ -102,7 +106,7 @@ AsciiRequest AsciiRequest::Parse(std::string_view line)
 char const* AsciiRequest::Help()
 {
     return "GET name | LIST | SUBSCRIBE | UNSUBSCRIBE | START | STOP | ALIGN [id] | CLEARALIGN [id] | LOAD job | "
-           "TRIGGER [id] | STATUS | HELP";
+           "TRIGGER [id] | DOUT index 0/1 | AOUT index mA | SERIAL index text | READ path | STATUS | HELP";
 }
 
 } // namespace AsciiTcp

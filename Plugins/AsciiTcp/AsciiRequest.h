@@ -26,6 +26,10 @@ struct AsciiRequest
         CLEARALIGN,
         LOAD,
         TRIGGER,
+        DOUT,
+        AOUT,
+        SERIAL,
+        READ,
         STATUS,
         HELP
     };

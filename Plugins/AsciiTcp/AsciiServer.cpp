@@ -61,6 +61,11 @@ void AsciiServer::OperationEnded(uint64 ticket, bool isDone)
     ToEach([ticket, isDone](AsciiConnection& connection) { connection.OperationEnded(ticket, isDone); });
 }
 
+void AsciiServer::Answered(uint64 ticket, std::string_view line)
+{
+    ToEach([ticket, kept = std::string(line)](AsciiConnection& connection) { connection.Answered(ticket, kept); });
+}
+
 void AsciiServer::Tell(std::string_view line)
 {
     ToEach([kept = std::string(line)](AsciiConnection& connection) { connection.Tell(kept); });

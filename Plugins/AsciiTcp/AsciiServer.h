@@ -48,6 +48,7 @@ public:
     // Each reaches the clients soon, and nobody while the server does not run.
     void DataCame();
     void OperationEnded(uint64 ticket, bool isDone);
+    void Answered(uint64 ticket, std::string_view line);
     void Tell(std::string_view line);
     void DisconnectAll();
 

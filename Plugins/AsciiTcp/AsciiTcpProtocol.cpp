@@ -57,7 +57,9 @@ AsciiTcpProtocol::AsciiTcpProtocol(ControlProtocolEnviron const& environ)
               Required(environ.problems, "problems manager")),
       server(*this, feed, counters, [this](uint64 count) { OnClientsChanged(count); }),
       runner(*environ.operations, PROTOCOL_ID,
-             [this](uint64 ticket, bool isDone) { server.OperationEnded(ticket, isDone); })
+             [this](uint64 ticket, bool isDone) { server.OperationEnded(ticket, isDone); }),
+      slowRequests(environ.hardwareManager, environ.resourceAdaptor,
+                   [this](uint64 ticket, std::string const& line) { server.Answered(ticket, line); })
 {
     ProtocolInitParams initParams;
     initParams.params = &params;
@@ -310,6 +312,11 @@ uint64 AsciiTcpProtocol::Begin(Command command, std::string_view argument)
             throw;
         }
     });
+}
+
+uint64 AsciiTcpProtocol::Ask(AsciiRequest const& request)
+{
+    return slowRequests.Begin(request);
 }
 
 AsciiServer::Settings AsciiTcpProtocol::WantedSettings() const

@@ -11,6 +11,7 @@
 #include "Plugins/AsciiTcp/IAsciiService.h"
 #include "Plugins/AsciiTcp/OperationRunner.h"
 #include "Plugins/AsciiTcp/ResultBoard.h"
+#include "Plugins/AsciiTcp/SlowRequests.h"
 #include "Plugins/Common/StateFetcher.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 
@@ -23,7 +24,7 @@ namespace AsciiTcp
 /// The service: results by name, commands and state in lines of text over TCP.
 ///
 /// Results come on the dispatcher's thread and go to the board and the feed; clients are served on the server's I/O thread;
-/// the state of the system is fetched by a thread of its own. Nothing here waits for the end of an operation, so that the
+/// the state of the system is fetched by a thread of its own, and another one carries out what may take its time. Nothing here waits for the end of an operation, so that the
 /// job that a client loads can stop and start this service.
 class AsciiTcpProtocol final : public ZuControl::ControlProtocol::ProtocolBase, private IAsciiService
 {
@@ -76,6 +77,7 @@ private:
     void AppendNames(std::string& line) override;
     void AppendStatus(std::string& line) override;
     uint64 Begin(Command command, std::string_view argument) override;
+    uint64 Ask(AsciiRequest const& request) override;
 
     AsciiServer::Settings WantedSettings() const;
     void TakeTable();
@@ -114,7 +116,8 @@ private:
     std::string lastText;
 
     AsciiServer server;     // behind all of the above, which its thread uses
-    OperationRunner runner; // tells the server
+    OperationRunner runner; // these two tell the server
+    SlowRequests slowRequests;
 };
 
 } // namespace AsciiTcp

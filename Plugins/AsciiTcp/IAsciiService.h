@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugins/AsciiTcp/AsciiRequest.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "wApi/wTypes.h"
 
@@ -28,6 +29,10 @@ public:
 
     /// Begins the operation and gives the ticket under which its end will be told, which is never 0. Throws what refuses it.
     virtual uint64 Begin(Command command, std::string_view argument) = 0;
+
+    /// Begins a request whose answer may take its time, and gives the ticket under which the answer will come, which is never
+    /// 0. Throws what refuses it.
+    virtual uint64 Ask(AsciiRequest const& request) = 0;
 };
 
 } // namespace AsciiTcp

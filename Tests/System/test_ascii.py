@@ -1,5 +1,6 @@
 """The line protocol, against the real host: values, operations, and what a client can do wrong."""
 
+import json
 import pathlib
 import random
 import re
@@ -10,6 +11,7 @@ import unittest
 
 from ascii_client import OUTPUTS, PHASES, AsciiClient, ascii_host, data_line
 from host import PATIENCE, wait_until
+from modbus import ModbusClient
 from rest import RestClient
 
 ASCII = "/controls/AsciiTcp"
@@ -149,6 +151,38 @@ class Operations(unittest.TestCase):
             self.assertEqual(client.run("LOAD nowhere"), "FAILED")
             self.assertEqual(client.ask("LOAD"), "ERROR -997 LOAD needs the name of a job")
             wait_until(lambda: client.status()["job"] == "line7", "the name of the job")
+
+
+class Sensor(unittest.TestCase):
+    def test_outputs_are_driven_and_come_back_in_the_stamp(self):
+        with ascii_host("--start", "--enable", "ModbusTcp", "--param", "ModbusTcp.port=0") as host:
+            with connect(host) as client, ModbusClient(host.modbus_port) as plc:
+                for request, inputs in (("DOUT 0 1", 1), ("DOUT 1 1", 3), ("DOUT 0 0", 2), ("DOUT 1 0", 0)):
+                    self.assertEqual(client.ask(request), "OK")
+                    wait_until(lambda: plc.read(166, 1) == [inputs], f"the inputs behind {request}")
+            with connect(host) as client:
+                self.assertEqual(client.ask("AOUT 1 12.5"), "OK")
+                self.assertEqual(client.ask("SERIAL 0 part 7 is good"), "OK")
+                host.wait_for_log("part 7 is good")
+
+    def test_what_an_output_does_not_take_is_refused(self):
+        with ascii_host() as host, connect(host) as client:
+            self.assertEqual(client.ask("DOUT 2 1"), "ERROR -999 There is no such output")
+            self.assertRegex(client.ask("AOUT 0 25"), "^ERROR -997 ")
+            self.assertEqual(client.ask("AOUT 0 much"), "ERROR -997 AOUT needs the index of an output and a current in mA")
+            self.assertEqual(client.ask("GET zMax"), "OK zMax none 0")
+
+    def test_resources_are_read(self):
+        with ascii_host() as host, RestClient(host.http_port) as rest, connect(host) as client:
+            self.assertEqual(client.ask("READ /controls/AsciiTcp#/enabled"), "OK true")
+            self.assertEqual(client.ask("READ /controls/AsciiTcp#/parameters/address"), 'OK "127.0.0.1"')
+            self.assertEqual(client.ask("READ /controls/AsciiTcp#/nothing"), "OK null")
+            self.assertEqual(json.loads(client.ask("READ /controls/AsciiTcp/outputs#/map")[3:]),
+                             rest.get(ASCII + "/outputs").json["map"])
+            self.assertRegex(client.ask("READ /nowhere"), "^ERROR -999 ")
+            client.send("READ /controls/AsciiTcp#/enabled\nLIST\n")
+            client.end_sending()
+            self.assertEqual([client.line() for _ in range(3)], ["OK true", "OK 5 meanZ points width zMax zMin", None])
 
 
 class Configuration(unittest.TestCase):

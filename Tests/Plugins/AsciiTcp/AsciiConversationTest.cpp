@@ -44,7 +44,19 @@ public:
         return ++ticket;
     }
 
+    uint64 Ask(AsciiRequest const& request) override
+    {
+        asked.emplace_back(request.argument);
+        if (refusal != 0)
+        {
+            ZU_THROW(refusal, "%s", refusalText.c_str());
+        }
+        return ++askTicket;
+    }
+
     std::string names = "1 zMax";
+    std::vector<std::string> asked;
+    uint64 askTicket = 100;
     std::vector<std::string> begun;
     uint64 ticket = 0;
     int32 refusal = 0;
@@ -346,6 +358,69 @@ TEST_F(AsciiConversationTest, EndsItsSubscriptionWhenItGoes)
     }
 
     EXPECT_FALSE(feed.HasReaders());
+}
+
+TEST_F(AsciiConversationTest, AnswersNothingElseBeforeAnAnswerThatTakesItsTime)
+{
+    EXPECT_TRUE(Send("READ /health\nLIST\nDOUT 0 1\nGET zMax\n"));
+    EXPECT_EQ(Take(), "");
+    EXPECT_TRUE(conversation.IsWaiting());
+    EXPECT_EQ(service.asked, (std::vector<std::string>{"/health"}));
+
+    EXPECT_FALSE(conversation.Answered(7, "OK wrong"));
+    EXPECT_FALSE(conversation.Answered(0, "OK wrong"));
+    EXPECT_TRUE(conversation.Answered(101, "OK {}"));
+    EXPECT_EQ(Take(), "OK {}\nOK 1 zMax\n");
+    EXPECT_EQ(service.asked, (std::vector<std::string>{"/health", "0 1"}));
+    EXPECT_TRUE(conversation.Answered(102, "ERROR -999 There is no such output"));
+
+    EXPECT_EQ(Take(), "ERROR -999 There is no such output\nOK zMax 25.000 1\n");
+    EXPECT_FALSE(conversation.IsWaiting());
+    EXPECT_EQ(counters.requests, 4u);
+    EXPECT_EQ(counters.errors, 1u);
+    EXPECT_FALSE(conversation.Answered(102, "OK late"));
+}
+
+TEST_F(AsciiConversationTest, TakesOnlyItsInputWhileItWaitsForAnAnswer)
+{
+    Send("READ /health\n");
+    std::string requests;
+    for (std::size_t i = 0; i < AsciiConversation::INPUT_BYTES; ++i)
+    {
+        requests += "LIST\n";
+    }
+
+    EXPECT_FALSE(Send(requests));
+    EXPECT_EQ(Take(), "");
+    conversation.OperationEnded(1, true); // of no concern
+    EXPECT_TRUE(conversation.Answered(101, "OK {}"));
+
+    EXPECT_TRUE(Take().starts_with("OK {}\nOK 1 zMax\n"));
+    EXPECT_FALSE(conversation.Room().empty());
+}
+
+TEST_F(AsciiConversationTest, WaitsForItsAnswerWhenTheClientHasEnded)
+{
+    Send("READ /health\nLIST\n");
+    conversation.InputEnded();
+    EXPECT_FALSE(conversation.IsOver());
+
+    conversation.Answered(101, "OK {}");
+
+    EXPECT_EQ(Take(), "OK {}\nOK 1 zMax\n");
+    EXPECT_TRUE(conversation.IsOver());
+}
+
+TEST_F(AsciiConversationTest, RefusesAtOnceWhatCannotBegin)
+{
+    service.refusal = -997;
+    service.refusalText = "no";
+
+    EXPECT_EQ(Ask("AOUT 0 x"), "ERROR -997 no\n");
+
+    EXPECT_FALSE(conversation.IsWaiting());
+    service.refusal = 0;
+    EXPECT_EQ(Ask("LIST"), "OK 1 zMax\n");
 }
 
 TEST_F(AsciiConversationTest, NotesHowLongARequestTook)

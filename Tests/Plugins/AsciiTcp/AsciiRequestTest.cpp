@@ -46,6 +46,10 @@ INSTANTIATE_TEST_SUITE_P(
                     RequestCase{"Load", "LOAD my job", Verb::LOAD, "my job"},
                     RequestCase{"Trigger", "TRIGGER", Verb::TRIGGER, ""},
                     RequestCase{"TriggerOne", "TRIGGER scanner-0", Verb::TRIGGER, "scanner-0"},
+                    RequestCase{"DigitalOutput", "DOUT 0 1", Verb::DOUT, "0 1"},
+                    RequestCase{"AnalogOutput", "AOUT 0 12.5", Verb::AOUT, "0 12.5"},
+                    RequestCase{"SerialOutput", "SERIAL 0 a b", Verb::SERIAL, "0 a b"},
+                    RequestCase{"Read", "READ /controls/AsciiTcp#/enabled", Verb::READ, "/controls/AsciiTcp#/enabled"},
                     RequestCase{"Status", "STATUS", Verb::STATUS, ""}, RequestCase{"Help", "HELP", Verb::HELP, ""}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
@@ -83,6 +87,11 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedCase{"GetWhat", "GET", -997, "GET needs the name of an output"},
                     RefusedCase{"GetBlank", "GET  ", -997, "GET needs the name of an output"},
                     RefusedCase{"LoadWhat", "LOAD", -997, "LOAD needs the name of a job"},
+                    RefusedCase{"DigitalOutputWhat", "DOUT", -997, "DOUT needs the index of an output and 0 or 1"},
+                    RefusedCase{"AnalogOutputWhat", "AOUT", -997,
+                                "AOUT needs the index of an output and a current in mA"},
+                    RefusedCase{"SerialOutputWhat", "SERIAL", -997, "SERIAL needs the index of an output and a text"},
+                    RefusedCase{"ReadWhat", "READ", -997, "READ needs the path of a resource"},
                     RefusedCase{"StartWhat", "START now", -997, "START takes no argument"},
                     RefusedCase{"StopWhat", "STOP now", -997, "STOP takes no argument"},
                     RefusedCase{"ListWhat", "LIST all", -997, "LIST takes no argument"},
@@ -97,7 +106,7 @@ TEST(AsciiRequest, HelpsWithEveryVerb)
     std::string const help = AsciiRequest::Help();
 
     for (char const* verb : {"GET", "LIST", "SUBSCRIBE", "UNSUBSCRIBE", "START", "STOP", "ALIGN", "CLEARALIGN", "LOAD",
-                             "TRIGGER", "STATUS", "HELP"})
+                             "TRIGGER", "DOUT", "AOUT", "SERIAL", "READ", "STATUS", "HELP"})
     {
         EXPECT_NE((" " + help + " ").find(std::string(" ") + verb + " "), std::string::npos) << verb;
     }
