@@ -22,9 +22,9 @@ def data_line(frame):
     return f"DATA {frame} " + " ".join(f"{name}={phase_of(frame)[name]}:1" for name in OUTPUTS)
 
 
-def ascii_host(*arguments):
+def ascii_host(*arguments, **options):
     """The host with this protocol alone, on a free port."""
-    return Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", *arguments, modbus=False)
+    return Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", *arguments, modbus=False, **options)
 
 
 class AsciiClient:

@@ -6,6 +6,7 @@ import random
 import re
 import socket
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -151,6 +152,40 @@ class Operations(unittest.TestCase):
             self.assertEqual(client.run("LOAD nowhere"), "FAILED")
             self.assertEqual(client.ask("LOAD"), "ERROR -997 LOAD needs the name of a job")
             wait_until(lambda: client.status()["job"] == "line7", "the name of the job")
+
+
+class Jobs(unittest.TestCase):
+    def test_a_client_loads_a_job_and_keeps_its_connection(self):
+        with ascii_host("--job", "line7") as host, RestClient(host.http_port) as rest, connect(host) as client:
+            self.assertEqual(rest.post("/jobs/spare/save").status // 100, 2)  # a copy of what is loaded
+            rest.post(ASCII + "/outputs/commands/remove", {"outputId": "points"})
+            rest.put(ASCII, {"parameters": {"decimals": 1}})
+            self.assertEqual(client.ask("LIST"), "OK 4 meanZ width zMax zMin")
+
+            self.assertEqual(client.run("LOAD spare"), "DONE")
+            self.assertEqual(client.ask("LIST"), "OK 5 meanZ points width zMax zMin")
+            wait_until(lambda: client.status()["job"] == "spare", "the name of the job")
+            self.assertEqual(rest.get(ASCII).json["parameters"]["decimals"], 3)
+
+            self.assertEqual(client.run("LOAD line7"), "DONE")  # what was changed in it was saved before
+            self.assertEqual(client.ask("LIST"), "OK 4 meanZ width zMax zMin")
+            self.assertEqual(rest.get(ASCII).json["parameters"]["decimals"], 1)
+
+    def test_an_empty_map_comes_back_empty(self):
+        with ascii_host("--job", "empty") as host, RestClient(host.http_port) as rest, connect(host) as client:
+            self.assertEqual(rest.post("/jobs/full/save").status // 100, 2)
+            rest.post(ASCII + "/outputs/commands/removeAll")
+            self.assertEqual(client.run("LOAD full"), "DONE")
+            self.assertEqual(client.ask("LIST"), "OK 5 meanZ points width zMax zMin")
+            self.assertEqual(client.run("LOAD empty"), "DONE")
+            self.assertEqual(client.ask("LIST"), "OK 0")
+
+    def test_the_last_text_outlives_a_restart_whatever_the_job(self):
+        with tempfile.TemporaryDirectory() as data:
+            with ascii_host("--job", "first", data=data) as host, RestClient(host.http_port) as rest:
+                rest.post(ASCII + "/commands/sendText", {"text": "shift ends"})
+            with ascii_host("--job", "second", data=data) as host, RestClient(host.http_port) as rest:
+                wait_until(lambda: metrics(rest)["lastText"] == "shift ends", "the text")
 
 
 class Sensor(unittest.TestCase):
