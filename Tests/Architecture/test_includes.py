@@ -19,6 +19,7 @@ FLOORS = [
 ]
 FLOOR_OF = {folder: number for number, floor in enumerate(FLOORS, 1) for folder in floor}
 OPEN_TO_ALL = {"ZuControl/Export.h"}
+STRANGERS = {"Plugins/Template"}  # built against the installed tree, with includes as another project writes them
 
 # What a protocol sees of the module: interfaces and plain records, which include nothing of the module's own classes.
 SEEN_BY_PROTOCOLS = re.compile(
@@ -57,7 +58,7 @@ class Includes(unittest.TestCase):
     def test_every_source_folder_stands_in_the_table(self):
         found = {path.parent.relative_to(ROOT).as_posix() for top in ("Platform", "ZuApi", "ZuControl", "Plugins", "Host")
                  for path in (ROOT / top).rglob("*.cpp")}
-        self.assertEqual(found - set(FLOOR_OF), set())
+        self.assertEqual(found - set(FLOOR_OF), STRANGERS)
 
     def test_every_include_is_written_from_the_root_and_found(self):
         self.assertEqual([(file, name) for _, file, name, target in includes() if target is None], [])
