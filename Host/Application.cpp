@@ -48,7 +48,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
     LoadPlugins(plugins);
     BuildModule();
-    jobs.Begin(options.jobName);
+    BeginJob();
     LetLoadsRunAlone();
     metricsPage.emplace(router, [this] { return module->Statistics(); });
     hostResources.emplace(router, problems, scanEngines);
@@ -77,6 +77,10 @@ void Application::Configure()
 
 std::vector<Application::Listener> Application::Start()
 {
+    for (std::string const& typeName : heldBack)
+    {
+        Enable(typeName);
+    }
     for (std::string const& typeName : options.enabledTypes)
     {
         Enable(typeName);
@@ -148,6 +152,16 @@ void Application::BuildModule()
     module.emplace(pluginManager, router, environ);
     // Once, and before anything is enabled: the lists must not grow under a protocol that looks something up.
     dynamic_cast<ZuControl::ControlManager&>(Controls()).FindHardware();
+}
+
+void Application::BeginJob()
+{
+    std::set<std::string> configured;
+    for (ParameterSetting const& setting : options.settings)
+    {
+        configured.insert(setting.typeName);
+    }
+    heldBack = jobs.Begin(options.jobName, configured);
 }
 
 /// A load changes the protocols one after another, and what they hold must not be read meanwhile.

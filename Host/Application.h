@@ -72,11 +72,13 @@ private:
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void RaiseComplaint(std::string const& sentence);
     void BuildModule();
+    void BeginJob();
     void LetLoadsRunAlone();
     void Enable(std::string const& typeName);
     ZuControl::IControlInstance& FindInstance(std::string const& typeName) const;
 
     Options const options;
+    std::vector<std::string> heldBack; // enabled by the job, once they are configured
 
     // The order is that of their life: what the module is given outlives it.
     ZuCommon::ProblemsManager problems;

@@ -11,6 +11,8 @@
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <utility>
 
@@ -63,6 +65,26 @@ std::string DocumentNameOf(std::string const& typeName)
     return "controls/" + typeName + "/config.json";
 }
 
+/// Takes out of the documents of these protocols that they are enabled, and gives those of which it was so.
+std::vector<std::string> HoldBack(Files& files, std::set<std::string> const& typeNames)
+{
+    std::vector<std::string> held;
+    for (std::string const& typeName : typeNames)
+    {
+        auto const file = files.find(DocumentNameOf(typeName));
+        nlohmann::json document = file != files.end() ? nlohmann::json::parse(file->second) : nlohmann::json();
+        bool const hasSettings =
+            document.is_object() && document.contains("zu:control") && document["zu:control"].is_object();
+        if (hasSettings && document["zu:control"].value("enabled", nlohmann::json()) == true)
+        {
+            document["zu:control"]["enabled"] = false;
+            file->second = document.dump();
+            held.push_back(typeName);
+        }
+    }
+    return held;
+}
+
 } // namespace
 
 JobManager::JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, ZuCommon::ProblemsManager& problemsManager,
@@ -88,11 +110,11 @@ void JobManager::SetAloneRunner(AloneRunner runner)
     runAlone = std::move(runner);
 }
 
-void JobManager::Begin(std::string const& name)
+std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std::string> const& heldBack)
 {
     std::scoped_lock const guard(operationLock);
     BeginSettings();
-    BeginJob(JobName::Checked(name));
+    return BeginJob(JobName::Checked(name), heldBack);
 }
 
 void JobManager::Run()
@@ -254,7 +276,7 @@ void JobManager::BeginSettings()
     registry.Init(PersistDomain::PROTOCOL, store); // what it writes the first save writes again
 }
 
-void JobManager::BeginJob(std::string const& name)
+std::vector<std::string> JobManager::BeginJob(std::string const& name, std::set<std::string> const& heldBack)
 {
     job.emplace(Kept{ArchiveFile(folder, folder.JobFile(name)), {}});
     SetLoaded(name);
@@ -262,10 +284,11 @@ void JobManager::BeginJob(std::string const& name)
     {
         try
         {
-            ArchiveFile::Documents const documents = job->file.Read();
+            ArchiveFile::Documents documents = job->file.Read();
+            std::vector<std::string> held = HoldBack(documents.files, heldBack);
             ResetWhatIsMissing(documents.files);
             TakeOver(name, documents);
-            return;
+            return held;
         }
         catch (Zu::Exception const& exception)
         {
@@ -279,6 +302,7 @@ void JobManager::BeginJob(std::string const& name)
     MakeNew();
     SetReport({name, {}, {}});
     TryToSave(Scope::ALL);
+    return {};
 }
 
 void JobManager::MakeNew()
@@ -375,13 +399,12 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
         savedCount.store(countBefore, std::memory_order_relaxed);
         return;
     }
-    for (LoadReport::Protocol const& protocol : report.protocols)
-    {
-        if (!protocol.skipped.empty() || protocol.isFromLastGood)
-        {
-            job->known.erase(DocumentNameOf(protocol.typeName)); // to be saved as it is now
-        }
-    }
+    // To be saved as it is now: what was not taken over, and all of it when the file is to be mended.
+    std::erase_if(job->known, [&](auto const& one) {
+        return !documents.faults.empty() || std::ranges::any_of(report.protocols, [&](auto const& protocol) {
+            return !protocol.skipped.empty() && DocumentNameOf(protocol.typeName) == one.first;
+        });
+    });
     saver.Note();
 }
 

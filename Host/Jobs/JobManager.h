@@ -10,6 +10,9 @@
 
 #include <atomic>
 #include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace ZuHost
 {
@@ -51,9 +54,11 @@ public:
     /// To be set before loads can come from other threads.
     void SetAloneRunner(AloneRunner runner);
 
-    /// The start: loads the settings and the job `name`, or makes a new one when there is none of this name. A file that
-    /// cannot be read is a problem for the user, and a new job takes its place until something is saved.
-    void Begin(std::string const& name);
+    /// The start: loads the settings and the job `name`, or makes a new one when there is none of this name. A damaged file
+    /// of which nothing can be read is a problem for the user, and a new job takes its place. Of the protocols `heldBack`
+    /// those are given that the job enables: they are not enabled, since something is to be set before they run. Throws
+    /// what keeps a sound file from being read.
+    std::vector<std::string> Begin(std::string const& name, std::set<std::string> const& heldBack = {});
 
     /// From now on changes are saved, also those made before.
     void Run();
@@ -111,7 +116,7 @@ private:
     };
 
     void BeginSettings();
-    void BeginJob(std::string const& name);
+    std::vector<std::string> BeginJob(std::string const& name, std::set<std::string> const& heldBack);
     void MakeNew();
     void ResetWhatIsMissing(Files const& loaded);
     ArchiveFile ExistingFile(std::string const& name) const;

@@ -56,7 +56,12 @@ public:
             {
                 continue;
             }
-            nlohmann::json const document = nlohmann::json::parse(store.Read(path));
+            std::string const text = store.Read(path);
+            if (onRead)
+            {
+                onRead(text);
+            }
+            nlohmann::json const document = nlohmann::json::parse(text);
             if (domain == Domain::PROTOCOL)
             {
                 own = document;
@@ -146,6 +151,7 @@ public:
     ZuHost::PersistRegistry* registry = nullptr;
     ZuHost::UpdateGate* gate = nullptr;
     std::function<void()> onLoad;
+    std::function<void(std::string const&)> onRead;
     CallLog calls;
 
 private:

@@ -151,6 +151,40 @@ TEST_F(JobManagerTest, GivesAProtocolThatIsNewToTheJobItsDefaultsAtTheStart)
     EXPECT_EQ(Keepers().calls.Count("instance One"), 0U);
 }
 
+TEST_F(JobManagerTest, HoldsBackWhatIsToBeConfiguredBeforeItRuns)
+{
+    std::string const disabled = R"({"version":"1","zu:control":{"enabled":false,"parameters":{"value":"two"}}})";
+    Archive(FileOf("default"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("one")}, {TWO, disabled}}, {});
+    desk.emplace(scratch.path);
+    std::string loaded;
+    Keepers().onRead = [&](std::string const& text) { loaded += text; };
+
+    EXPECT_EQ(Jobs().Begin("default", {"One", "Two", "Three"}), std::vector<std::string>{"One"});
+
+    EXPECT_EQ(loaded.find("\"enabled\":true"), std::string::npos) << loaded;
+    EXPECT_EQ(Keepers().values.at("One"), "one");
+    Jobs().Run();
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("default").at(TWO), disabled);
+}
+
+TEST_F(JobManagerTest, MendsADamagedFileWithTheNextSave)
+{
+    Start();
+    Stop();
+    std::string bytes = BytesOf(FileOf("default"));
+    bytes[bytes.find(TWO) + 9] = 't'; // the name in the table is no longer the one in its index
+    WriteBytes(FileOf("default"), bytes);
+
+    Start();
+
+    EXPECT_EQ(Keepers().values.at("One"), "default");
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(BytesOf(scratch / "default.zpjob.damaged-1"), bytes);
+    EXPECT_EQ(Archive(FileOf("default"), Access::READ).FindFault(), "");
+    EXPECT_EQ(In("default").at(TWO), ValueKeepers::DocumentWith("default"));
+}
+
 TEST_F(JobManagerTest, SavesSoonAfterTheFirstChange)
 {
     Start();
