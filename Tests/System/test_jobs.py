@@ -3,8 +3,10 @@
 import json
 import pathlib
 import random
+import socket
 import subprocess
 import tempfile
+import threading
 import time
 import unittest
 
@@ -95,6 +97,20 @@ class Files(unittest.TestCase):
             document = rest.get(MODBUS).json
             self.assertEqual((document["parameters"]["maxClients"], document["enabled"]), (9, True))
 
+    def test_parameters_of_the_command_line_are_set_before_the_job_lets_the_protocol_run(self):
+        with socket.create_server(("127.0.0.1", 0)) as taken:
+            with Host(data=self.data) as host, RestClient(host.http_port) as rest:
+                self.assertEqual(rest.put(MODBUS, {"enabled": False}).status, 200)
+                self.assertEqual(rest.put(MODBUS, {"parameters": {"port": taken.getsockname()[1]}}).status, 200)
+                self.assertEqual(rest.post("/jobs/default/save").status, 204)
+                archive(self.data / "default.zpjob", "-x", DOCUMENT)
+                text = (self.data / DOCUMENT).read_text()
+                (self.data / DOCUMENT).write_text(text.replace('"enabled":false', '"enabled":true'))
+            archive(self.data / "default.zpjob", "-i", DOCUMENT)
+            with Host("--param", "ModbusTcp.port=0", data=self.data, modbus=False) as host, RestClient(host.http_port) as rest:
+                self.assertIn("ModbusTcp", host.ports)
+                self.assertEqual(rest.get("/problems").json["problems"], [])
+
     def test_a_damaged_file_is_kept_and_told_and_the_host_goes_on(self):
         (self.data / "default.zpjob").write_bytes(b"no database" * 500)
         with Host(data=self.data) as host, RestClient(host.http_port) as rest:
@@ -142,6 +158,40 @@ class Rest(unittest.TestCase):
             self.assertEqual([job["name"] for job in rest.get("/jobs").json["jobs"] if job["loaded"]], ["line7"])
             client.write(0, [2, 5] + [ord(character) for character in "none"] + [0])
             wait_until(lambda: client.read(66, 2) == [2, 3])
+
+    def test_nobody_reads_or_changes_what_is_being_loaded(self):
+        """Readers and changers beside loads from two sides; the thread sanitizer looks on where it is built in."""
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as plc:
+            for name in ("left", "right"):
+                self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": len(name)}}).status, 200)
+                self.assertEqual(rest.post(f"/jobs/{name}/save").status, 204)
+            isEnding = threading.Event()
+            failures = []
+
+            def use(method, path, body, allowed):
+                try:
+                    with RestClient(host.http_port) as client:
+                        while not isEnding.is_set():
+                            answer = client.send(method, path, body)
+                            if answer.status not in allowed:
+                                raise AssertionError(f"{method} {path}: {answer.status} {answer.text}")
+                except Exception as failure:
+                    failures.append(failure)
+
+            users = [threading.Thread(target=use, args=arguments) for arguments in (
+                ("GET", "/controls", None, (200,)), ("GET", MODBUS, None, (200,)), ("GET", "/jobs", None, (200,)),
+                ("PUT", MODBUS, {"parameters": {"idleTimeout": 50}}, (200,)), ("GET", "/jobs/left", None, (200,)),
+                ("POST", "/jobs/spare/save", None, (204,)))]
+            for user in users:
+                user.start()
+            for number in range(10):
+                self.assertEqual(rest.post(f"/jobs/{('left', 'right')[number % 2]}/load").status, 200)
+                plc.write(0, [number + 1, 5] + [ord(character) for character in "left"] + [0])
+                wait_until(lambda: plc.read(66, 1) == [number + 1] and plc.read(67, 1)[0] in (2, 3))
+            isEnding.set()
+            for user in users:
+                user.join()
+            self.assertEqual(failures, [])
 
     def test_a_load_is_told_after_it_has_ended(self):
         with Host() as host, RestClient(host.http_port) as rest:
