@@ -212,8 +212,10 @@ void Archive::WriteTable(char const* table, Files const& files)
 
 bool Archive::HasTable(char const* name) const
 {
-    // A page of its own: what a stranger calls a table and has none computes its rows.
-    SqliteStatement find(file, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 AND rootpage > 0");
+    // A page of its own and no column that is generated: what a stranger has put together otherwise computes its rows.
+    SqliteStatement find(file,
+                         "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 AND rootpage > 0 AND NOT "
+                         "EXISTS (SELECT 1 FROM pragma_table_xinfo(?1) WHERE hidden <> 0)");
     find.BindText(1, name);
     return find.Step();
 }

@@ -1,5 +1,6 @@
 #include "Host/Module/PersistRegistry.h"
 
+#include "Host/Jobs/DocumentStore.h"
 #include "ZuApi/Exception.h"
 #include "ZuControl/Control/IControlManager.h"
 
@@ -32,6 +33,38 @@ public:
 
     void SavePersistDomain(PersistDomain /*domain*/, IPersistStore& /*store*/) override
     {
+    }
+};
+
+class CountingHandler final : public ZuCommon::IPersistHandler
+{
+public:
+    std::string Component() override
+    {
+        return "Counting";
+    }
+
+    void InitPersistDomain(PersistDomain domain, IPersistStore& /*store*/) override
+    {
+        Note("init ", domain);
+    }
+
+    void LoadPersistDomain(PersistDomain domain, IPersistStore const& /*store*/) override
+    {
+        Note("load ", domain);
+    }
+
+    void SavePersistDomain(PersistDomain domain, IPersistStore& /*store*/) override
+    {
+        Note("save ", domain);
+    }
+
+    std::vector<std::string> calls;
+
+private:
+    void Note(char const* call, PersistDomain domain)
+    {
+        calls.push_back(call + std::to_string(static_cast<int>(domain)));
     }
 };
 
@@ -102,6 +135,42 @@ TEST(PersistRegistry, HasNoManagerBeforeAndBehindItsRegistration)
 
     EXPECT_THROW(registry.Controls(), Zu::Exception);
     registry.Deregister(7); // nobody's
+}
+
+TEST(PersistRegistry, HasAllThatHaveRegisteredGoThroughAnOperation)
+{
+    PersistRegistry registry;
+    CountingHandler first;
+    CountingHandler second;
+    DocumentStore store;
+    registry.Register(first, "first");
+    uint64 const id = registry.Register(second, "second");
+
+    registry.Init(PersistDomain::PROTOCOL, store);
+    registry.Load(PersistDomain::JOB, store);
+    registry.Deregister(id);
+    registry.Save(PersistDomain::JOB, store);
+
+    EXPECT_EQ(first.calls, (std::vector<std::string>{"init 1", "load 2", "save 2"}));
+    EXPECT_EQ(second.calls, (std::vector<std::string>{"init 1", "load 2"}));
+}
+
+TEST(PersistRegistry, TellsOneOfEachModification)
+{
+    PersistRegistry registry;
+    Manager manager;
+    unsigned told = 0;
+    registry.SetModifiedHandler([&] {
+        ++told;
+        EXPECT_EQ(registry.ModificationCount(), told) << "counted before it is told, and under no lock";
+    });
+
+    registry.MarkModified(manager, PersistDomain::JOB, 0);
+    registry.MarkModified(manager, PersistDomain::JOB, 0);
+    registry.SetModifiedHandler({});
+    registry.MarkModified(manager, PersistDomain::JOB, 0);
+
+    EXPECT_EQ(told, 2U);
 }
 
 TEST(PersistRegistry, CountsWhatIsModified)

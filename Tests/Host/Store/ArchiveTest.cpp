@@ -152,6 +152,17 @@ TEST_F(ArchiveTest, RunsNothingThatAStrangerHasPutIn)
     EXPECT_EQ(archive.Read().entries, Files());
 }
 
+TEST_F(ArchiveTest, ReadsNoRowsThatAreComputed)
+{
+    ZuTest::RunSql(file, "CREATE TABLE sqlar(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB AS "
+                         "(zeroblob(sz))); INSERT INTO sqlar(name, mode, mtime, sz) VALUES('a', 33188, 0, 1000);");
+
+    Archive archive(file, Access::READ);
+
+    EXPECT_FALSE(archive.HasTable());
+    EXPECT_EQ(archive.Read().entries, Files());
+}
+
 TEST_F(ArchiveTest, IsReadFromTheBytesOfItsFileAsWell)
 {
     Write({{DOCUMENT, large}});
