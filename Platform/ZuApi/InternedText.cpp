@@ -3,27 +3,106 @@
 #include "wApi/wTypes.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace Zu::Properties::Internal
 {
 
 struct InternedText::Entry
 {
-    explicit Entry(std::string_view newText) : text(newText)
+    Entry(std::string_view newText, std::size_t newHash) : text(newText), hash(newHash)
     {
     }
 
     std::string const text;
+    std::size_t const hash;
     std::atomic<uint64> users{1}; // goes to 0, and up again from nothing, under the lock of the pool only
 };
 
+/// The texts in a flat table with open addressing: every record that is made looks up all its keys and titles.
 struct InternedText::Pool
 {
-    std::mutex lock; // a leaf: guards the table alone
-    std::unordered_map<std::string_view, Entry*> entries;
+    static std::size_t HashOf(std::string_view text) noexcept
+    {
+        return std::hash<std::string_view>()(text);
+    }
+
+    /// The entry of this text with one more user; null for the empty text.
+    Entry* Take(std::string_view text, std::size_t hash)
+    {
+        if (text.empty())
+        {
+            return nullptr;
+        }
+        if (Entry* const found = slots[SlotOf(text, hash)]; found != nullptr)
+        {
+            found->users.fetch_add(1, std::memory_order_relaxed);
+            return found;
+        }
+        auto made = std::make_unique<Entry>(text, hash);
+        slots[RoomFor(text, hash)] = made.get();
+        ++count;
+        return made.release();
+    }
+
+    /// The slot of the entry with this text, else the free one where it belongs.
+    std::size_t SlotOf(std::string_view text, std::size_t hash) const
+    {
+        std::size_t slot = hash & (slots.size() - 1);
+        while (slots[slot] != nullptr && (slots[slot]->hash != hash || slots[slot]->text != text))
+        {
+            slot = Next(slot);
+        }
+        return slot;
+    }
+
+    std::size_t Next(std::size_t slot) const
+    {
+        return (slot + 1) & (slots.size() - 1);
+    }
+
+    /// A free slot for a text that is not there, when at most half of them are taken.
+    std::size_t RoomFor(std::string_view text, std::size_t hash)
+    {
+        if (2 * (count + 1) > slots.size())
+        {
+            std::vector<Entry*> const old = std::exchange(slots, std::vector<Entry*>(2 * slots.size()));
+            for (Entry* const entry : old)
+            {
+                if (entry != nullptr)
+                {
+                    slots[SlotOf(entry->text, entry->hash)] = entry;
+                }
+            }
+        }
+        return SlotOf(text, hash);
+    }
+
+    /// Entries behind the gap move up that are looked for from there or from ahead of it.
+    void Erase(Entry const& entry)
+    {
+        std::size_t gap = SlotOf(entry.text, entry.hash);
+        --count;
+        for (std::size_t slot = Next(gap); slots[slot] != nullptr; slot = Next(slot))
+        {
+            std::size_t const mask = slots.size() - 1;
+            std::size_t const walked = (slot - slots[slot]->hash) & mask;
+            if (walked >= ((slot - gap) & mask))
+            {
+                slots[gap] = slots[slot];
+                gap = slot;
+            }
+        }
+        slots[gap] = nullptr;
+    }
+
+    std::mutex lock;                                       // a leaf: guards the table alone
+    std::vector<Entry*> slots = std::vector<Entry*>(1024); // a power of two of them; half of them stay free
+    std::size_t count = 0;
 
     static Pool& Instance()
     {
@@ -34,21 +113,10 @@ struct InternedText::Pool
 
 InternedText::InternedText(std::string_view text)
 {
-    if (text.empty())
-    {
-        return;
-    }
+    std::size_t const hash = Pool::HashOf(text);
     Pool& pool = Pool::Instance();
     std::scoped_lock const guard(pool.lock);
-    if (auto const found = pool.entries.find(text); found != pool.entries.end())
-    {
-        entry = found->second;
-        entry->users.fetch_add(1, std::memory_order_relaxed);
-        return;
-    }
-    auto made = std::make_unique<Entry>(text);
-    pool.entries.emplace(made->text, made.get());
-    entry = made.release();
+    entry = pool.Take(text, hash);
 }
 
 InternedText::InternedText(InternedText const& other) noexcept : entry(other.entry)
@@ -77,7 +145,7 @@ InternedText::~InternedText()
     std::scoped_lock const guard(pool.lock);
     if (entry->users.fetch_sub(1, std::memory_order_acq_rel) == 1) // somebody may have found it since the load
     {
-        pool.entries.erase(entry->text);
+        pool.Erase(*entry);
         delete entry;
     }
 }
@@ -104,7 +172,7 @@ std::size_t InternedText::PoolSize()
 {
     Pool& pool = Pool::Instance();
     std::scoped_lock const guard(pool.lock);
-    return pool.entries.size();
+    return pool.count;
 }
 
 } // namespace Zu::Properties::Internal

@@ -6,6 +6,7 @@
 #include "ZuApi/NodeType.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Zu::Properties
 {
@@ -62,16 +63,17 @@ void Structure::Accept(INodeVisitor& visitor)
 
 Node& Structure::Register(std::string const& key, Node& node)
 {
-    if (auto const found = Position(key); found != children.end())
+    Internal::InternedText shared(key); // first: equal keys are then found by their address
+    if (auto const found = std::ranges::find(children, shared, &Child::key); found != children.end())
     {
-        children[static_cast<std::size_t>(found - children.begin())].node = &node;
+        found->node = &node;
         return node;
     }
     if (children.capacity() == 0)
     {
         children.reserve(FIRST_CAPACITY);
     }
-    children.push_back({Internal::InternedText(key), &node});
+    children.push_back({std::move(shared), &node});
     return node;
 }
 

@@ -18,7 +18,11 @@ namespace
 constexpr uint64 OWN_ITEMS = 64; // in the set's own block; a power of two, and so are the chunks that follow
 constexpr uint64 MAX_CHUNKS = 26;
 constexpr uint64 KEPT_CHUNKS = 5; // of a set that waits for reuse: larger ones are given back
-constexpr uint64 KEPT_SETS = 64;
+
+// Sets that wait for reuse: as many as a thousand frames a second for sixteen protocols have under way, and no more memory
+// than this.
+constexpr uint64 KEPT_SETS = 1024;
+constexpr uint64 KEPT_BYTES = 8 * 1024 * 1024;
 
 /// Room for items that are made one by one, and never move: handles to them are out.
 struct ItemRoom
@@ -62,6 +66,19 @@ struct ResultSetObject final : wObject
         return std::launder(reinterpret_cast<ResultItem>(Room(index)->bytes));
     }
 
+    /// Turns to the room behind the last item when the present piece of it is full; false when there is no memory.
+    bool OpenRoom()
+    {
+        if (!Reserve(count + 1))
+        {
+            return false;
+        }
+        uint64 const chunk = count < OWN_ITEMS ? 0 : ChunkOf(count);
+        next = Room(count);
+        endOfRoom = next + (FirstOf(chunk + 1) - count);
+        return true;
+    }
+
     bool Reserve(uint64 wanted)
     {
         while (capacity < wanted)
@@ -85,7 +102,14 @@ struct ResultSetObject final : wObject
             Item(i)->ReleaseParts();
         }
         count = 0;
+        next = own;
+        endOfRoom = own + OWN_ITEMS;
         fromLiveSimulation = false;
+    }
+
+    uint64 Bytes() const noexcept
+    {
+        return sizeof *this + (capacity - OWN_ITEMS) * sizeof(ItemRoom);
     }
 
     void GiveBackLargeChunks() noexcept
@@ -98,6 +122,8 @@ struct ResultSetObject final : wObject
     }
 
     uint64 count = 0;
+    ItemRoom* next = own; // where the next item goes, unless this is the end of the piece of room
+    ItemRoom* endOfRoom = own + OWN_ITEMS;
     uint64 capacity = OWN_ITEMS;
     bool fromLiveSimulation = false;
     std::array<std::unique_ptr<ItemRoom[]>, MAX_CHUNKS> chunks; // the first is never made: it is `own`
@@ -115,17 +141,23 @@ public:
     ResultSet Take()
     {
         std::scoped_lock const guard(lock);
-        return size > 0 ? sets[--size] : nullptr;
+        if (size == 0)
+        {
+            return nullptr;
+        }
+        bytes -= sets[--size]->Bytes();
+        return sets[size];
     }
 
     /// False when enough of them wait.
     bool Keep(ResultSet set)
     {
         std::scoped_lock const guard(lock);
-        if (size == KEPT_SETS)
+        if (size == KEPT_SETS || bytes + set->Bytes() > KEPT_BYTES)
         {
             return false;
         }
+        bytes += set->Bytes();
         sets[size++] = set;
         return true;
     }
@@ -133,6 +165,7 @@ public:
 private:
     std::mutex lock; // a leaf: guards the members below
     uint64 size = 0;
+    uint64 bytes = 0;
     std::array<ResultSet, KEPT_SETS> sets{};
 };
 
@@ -195,14 +228,19 @@ wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo resultInfo, u
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    if (set->count == set->capacity)
+    if (set->next == set->endOfRoom)
     {
-        if (wStatus const status = ResultSet_Reserve(set, set->count + 1); status != Zu::Status::SUCCESS)
+        if (set->count == MAX_ITEMS)
         {
-            return status;
+            return Zu::Status::FULL;
+        }
+        if (!set->OpenRoom())
+        {
+            return Zu::Status::FAILURE;
         }
     }
-    new (set->Room(set->count)->bytes) ResultItemObject(*set, msgInfo, resultInfo);
+    new (set->next->bytes) ResultItemObject(*set, msgInfo, resultInfo);
+    ++set->next;
     ++set->count;
     return Zu::Status::SUCCESS;
 }

@@ -1,8 +1,13 @@
 #include "ZuApi/InternedText.h"
 
+#include "wApi/wTypes.h"
+
 #include <gtest/gtest.h>
 
 #include <latch>
+#include <map>
+#include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -69,6 +74,29 @@ TEST(InternedText, IsMadeAndFreedOnManyThreadsAtOnce)
         thread.join();
     }
 
+    EXPECT_EQ(InternedText::PoolSize(), before);
+}
+
+TEST(InternedText, KeepsManyTextsThatComeAndGo)
+{
+    std::size_t const before = InternedText::PoolSize();
+    std::mt19937_64 random(20261121);
+    std::map<uint64, InternedText> texts;
+    for (int round = 0; round < 20000; ++round)
+    {
+        uint64 const number = random() % 3000; // more than the pool has room for at first
+        if (texts.erase(number) == 0)
+        {
+            texts.emplace(number, InternedText("text " + std::to_string(number)));
+        }
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before + texts.size());
+    for (auto const& [number, text] : texts)
+    {
+        ASSERT_TRUE(text == InternedText("text " + std::to_string(number)));
+    }
+    texts.clear();
     EXPECT_EQ(InternedText::PoolSize(), before);
 }
 
