@@ -6,29 +6,12 @@
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuCore/ResultSet.h"
-#include "wApi/wHandle.h"
-#include "wBeacon/wMsgInfo.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace ZuControl
 {
-
-namespace
-{
-
-/// Appends the item's two parts, which the set shares from now on.
-void ShareInto(ZuCore::ResultSet set, wMsgInfo* msgInfo, ZuCore::ResultInfo resultInfo)
-{
-    auto sharedInfo = wHandle_Share(resultInfo);
-    auto sharedMsg = wHandle_Share(msgInfo);
-    ZU_CHECK(ZuCore::ResultSet_Add(set, msgInfo, resultInfo, 0));
-    static_cast<void>(sharedInfo.release()); // the set's by now
-    static_cast<void>(sharedMsg.release());
-}
-
-} // namespace
 
 ControlScanResults::ControlScanResults(ZuCore::ResultHub* usedResultHub, void* usedAllocator)
     : allocator(usedAllocator), resultHub(usedResultHub)
@@ -73,6 +56,7 @@ ControlScanResults::AddResultHandler(std::function<void(void*)> handler, ZuEther
         {
             dispatchers.emplace(protocol,
                                 std::make_shared<ControlScanResultsDispatcher>(allocator, FindCounters(protocol)));
+            groupedChangeCount = 0;
         }
         auto const position = dispatchers.find(protocol);
         if (position == dispatchers.end())
@@ -100,6 +84,8 @@ void ControlScanResults::RemoveResultHandler(std::pair<ZuEthernetProtocol, Zu::E
         position->second->RemoveResultHandler(id.second);
         if (position->second->ResultHandlerCount() == 0)
         {
+            groups.clear(); // they refer to it
+            groupedChangeCount = 0;
             dispatchers.erase(position); // joins its thread
             ZU_LOG_INFO("ControlScanResults::dispatcher removed for protocol:%d", protocol);
         }
@@ -118,27 +104,10 @@ void ControlScanResults::ProcessResultSet(void* resultSet)
     setCount.fetch_add(1, std::memory_order_relaxed);
     itemCount.fetch_add(count, std::memory_order_relaxed);
     Zu::Locker const guard(lock);
-    for (auto const& entry : dispatchers)
+    RefreshGroups();
+    for (Group const& group : groups)
     {
-        std::shared_ptr<ScanOutputMap const> const wanted = CurrentMap(entry.first);
-        if (wanted == nullptr || wanted->Empty() || entry.second->GetClientCount() == 0)
-        {
-            continue;
-        }
-        if (ZuCore::ResultSet_FromLiveSimulation(set))
-        {
-            ZU_LOG_INFO("Live simulation data filtered out.");
-            continue;
-        }
-        ZuCore::ResultSet reduced = nullptr;
-        ZU_CHECK(ZuCore::ResultSet_Construct(&reduced, allocator));
-        wHandle<ZuCore::ResultSetObject> const owned(reduced);
-        CopyWanted(*wanted, set, reduced);
-        if (uint64 const wantedCount = ZuCore::ResultSet_Count(reduced); wantedCount > 0)
-        {
-            itemsHandedOnCount.fetch_add(wantedCount, std::memory_order_relaxed);
-            Dispatch(entry.second, reduced);
-        }
+        ZU_CHECK(Distribute(group, set)); // what comes ahead of a failure has its set
     }
 }
 
@@ -152,6 +121,7 @@ void ControlScanResults::UpdateOutputMap(ZuEthernetProtocol protocol, std::vecto
     std::shared_ptr<ScanOutputMap const> map = std::make_shared<ScanOutputMap const>(std::move(texts));
     std::scoped_lock const guard(outputMapsLock);
     FindMap(protocol).swap(map);
+    outputMapsChangeCount.fetch_add(1, std::memory_order_relaxed); // read again under this lock before the maps are
 }
 
 void ControlScanResults::UpdateClientCount(ZuEthernetProtocol protocol, uint64 count)
@@ -207,13 +177,6 @@ void ControlScanResults::RemoveFromMap(ScanOutputMap::Texts& map, std::string co
     map.erase(ScanOutputMap::NumericId(dataSourceId));
 }
 
-std::shared_ptr<ScanOutputMap const> ControlScanResults::CurrentMap(ZuEthernetProtocol protocol)
-{
-    std::scoped_lock const guard(outputMapsLock);
-    auto const position = outputMaps.find(protocol);
-    return position != outputMaps.end() ? position->second : nullptr;
-}
-
 std::shared_ptr<DispatchCounters> ControlScanResults::FindCounters(ZuEthernetProtocol protocol)
 {
     std::scoped_lock const guard(countersLock);
@@ -225,18 +188,87 @@ std::shared_ptr<DispatchCounters> ControlScanResults::FindCounters(ZuEthernetPro
     return counters;
 }
 
-void ControlScanResults::CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into)
+void ControlScanResults::RefreshGroups()
 {
-    uint64 const count = ZuCore::ResultSet_Count(from);
-    for (uint64 i = 0; i < count; ++i)
+    uint64 const changeCount = outputMapsChangeCount.load(std::memory_order_relaxed); // ahead of the maps
+    if (changeCount == groupedChangeCount)
     {
-        ZuCore::ResultItem const item = ZuCore::ResultSet_At(from, i);
-        ZuCore::ResultInfo const resultInfo = ZuCore::ResultItem_ResultInfo(item);
-        if (wanted.Contains(ZuCore::ResultInfo_NumericId(resultInfo)))
+        return;
+    }
+    auto const maps = CurrentMaps();
+    groups.clear();
+    std::vector<ScanOutputMap const*> wanted;
+    auto receivers = decltype(Group::receivers)();
+    auto const close = [&] {
+        groups.push_back({std::exchange(receivers, {}), ScanOutputPlan(wanted)});
+        wanted.clear();
+    };
+    for (auto const& entry : dispatchers)
+    {
+        auto const map = maps.find(entry.first);
+        if (map == maps.end() || map->second->Empty())
         {
-            ShareInto(into, ZuCore::ResultItem_MsgInfo(item), resultInfo);
+            continue;
+        }
+        wanted.push_back(map->second.get());
+        receivers.push_back(&entry.second);
+        if (wanted.size() == ScanOutputPlan::MAX_RECEIVERS)
+        {
+            close();
         }
     }
+    if (!wanted.empty())
+    {
+        close();
+    }
+    groupedChangeCount = changeCount;
+}
+
+std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> ControlScanResults::CurrentMaps()
+{
+    std::scoped_lock const guard(outputMapsLock);
+    return outputMaps;
+}
+
+ScanOutputPlan::Receivers ControlScanResults::ListenersOf(Group const& group, ZuCore::ResultSet set)
+{
+    ScanOutputPlan::Receivers listeners = 0;
+    for (uint64 i = 0; i < group.receivers.size(); ++i)
+    {
+        if ((*group.receivers[i])->GetClientCount() == 0)
+        {
+            continue;
+        }
+        if (ZuCore::ResultSet_FromLiveSimulation(set))
+        {
+            ZU_LOG_LINE(Zu::Logging::FLAGS_INFO, "ZuControl::ControlScanResults::ProcessResultSet",
+                        "Live simulation data filtered out.");
+            continue;
+        }
+        listeners |= ScanOutputPlan::Receivers{1} << i;
+    }
+    return listeners;
+}
+
+wStatus ControlScanResults::Distribute(Group const& group, ZuCore::ResultSet set)
+{
+    ScanOutputPlan::Receivers const listeners = ListenersOf(group, set);
+    if (listeners == 0)
+    {
+        return Zu::Status::SUCCESS;
+    }
+    ReducedSets const reduced(set, group.plan, listeners, picked, allocator);
+    for (uint64 i = 0; i < group.receivers.size(); ++i)
+    {
+        bool const isServed = (reduced.Served() >> i & 1) != 0;
+        uint64 const wantedCount = isServed ? ZuCore::ResultSet_Count(reduced.At(i)) : 0;
+        if (wantedCount > 0)
+        {
+            itemsHandedOnCount.fetch_add(wantedCount, std::memory_order_relaxed);
+            Dispatch(*group.receivers[i], reduced.At(i));
+        }
+    }
+    return reduced.Status();
 }
 
 void ControlScanResults::Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet)

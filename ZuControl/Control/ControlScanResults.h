@@ -4,7 +4,9 @@
 #include "ZuApi/Event.h"
 #include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Control/ReducedSets.h"
 #include "ZuControl/Control/ScanOutputMap.h"
+#include "ZuControl/Control/ScanOutputPlan.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wLock.h"
@@ -15,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ZuCore
 {
@@ -63,9 +66,19 @@ private:
     std::shared_ptr<ScanOutputMap const>& FindMap(ZuEthernetProtocol protocol);
     static void AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     static void RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
-    std::shared_ptr<ScanOutputMap const> CurrentMap(ZuEthernetProtocol protocol);
     std::shared_ptr<DispatchCounters> FindCounters(ZuEthernetProtocol protocol);
-    static void CopyWanted(ScanOutputMap const& wanted, ZuCore::ResultSet from, ZuCore::ResultSet into);
+
+    /// Protocols that have a handler and want something, by ascending number, and which of them wants what.
+    struct Group
+    {
+        std::vector<std::shared_ptr<IControlScanResultsDispatcher> const*> receivers; // of `dispatchers`
+        ScanOutputPlan plan;
+    };
+
+    void RefreshGroups() ZU_REQUIRES(lock);
+    std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> CurrentMaps();
+    static ScanOutputPlan::Receivers ListenersOf(Group const& group, ZuCore::ResultSet set);
+    wStatus Distribute(Group const& group, ZuCore::ResultSet set) ZU_REQUIRES(lock);
     static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet);
 
     void* const allocator;
@@ -77,6 +90,7 @@ private:
     // The maps themselves never change; a new one takes the place of the old one.
     std::mutex outputMapsLock;
     std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps;
+    std::atomic<uint64> outputMapsChangeCount{1}; // grows with each change, behind it
 
     std::atomic<uint64> setCount{0};
     std::atomic<uint64> itemCount{0};
@@ -90,6 +104,11 @@ private:
     // result handler may call what takes it.
     wLock lock;
     Dispatchers dispatchers ZU_GUARDED_BY(lock);
+
+    // Made from the two tables above when a set comes and they have changed; more than one for a great many protocols.
+    std::vector<Group> groups ZU_GUARDED_BY(lock);
+    uint64 groupedChangeCount ZU_GUARDED_BY(lock) = 0;           // of the output maps when that was; 0: to be made anew
+    std::vector<ReducedSets::Picked> picked ZU_GUARDED_BY(lock); // memory to work in
 };
 
 } // namespace ZuControl

@@ -1,0 +1,133 @@
+#include "ZuControl/Control/ReducedSets.h"
+
+#include "Support/AllocationCounter.h"
+#include "Support/ResultSets.h"
+#include "ZuControl/Control/ScanOutputMap.h"
+
+#include <gtest/gtest.h>
+
+#include <list>
+
+namespace ZuControl
+{
+
+using ZuTest::Items;
+using ZuTest::ItemsOf;
+using ZuTest::OwnedSet;
+
+class ReducedSetsTest : public testing::Test
+{
+protected:
+    using Sources = std::vector<std::string>;
+
+    /// The next receiver wants these.
+    void Want(Sources const& sources)
+    {
+        ScanOutputMap::Texts texts;
+        for (std::string const& source : sources)
+        {
+            texts.emplace(ScanOutputMap::NumericId(source), source);
+        }
+        wanted.push_back(&maps.emplace_back(std::move(texts)));
+    }
+
+    void Publish(Sources const& sources)
+    {
+        set = ZuTest::MakeSet(sources);
+    }
+
+    ReducedSets Reduce(ReducedSets::Receivers listeners)
+    {
+        return ReducedSets(set.get(), ScanOutputPlan(wanted), listeners, picked, nullptr);
+    }
+
+    uint64 ReferencesOf(uint64 index)
+    {
+        ZuCore::ResultItem const item = ZuCore::ResultSet_At(set.get(), index);
+        uint64 const references = wObject_RefCount(ZuCore::ResultItem_MsgInfo(item));
+        EXPECT_EQ(wObject_RefCount(ZuCore::ResultItem_ResultInfo(item)), references);
+        return references;
+    }
+
+    std::list<ScanOutputMap> maps;
+    std::vector<ScanOutputMap const*> wanted;
+    OwnedSet set;
+    std::vector<ReducedSets::Picked> picked;
+};
+
+TEST_F(ReducedSetsTest, GivesEachListenerWhatItWantsInTheOrderOfTheSet)
+{
+    Want({"a", "c"});
+    Want({"b"});
+    Want({"c"});
+    Publish({"c", "b", "a", "d", "c"});
+
+    ReducedSets const reduced = Reduce(0b111);
+
+    EXPECT_EQ(reduced.Status(), Zu::Status::SUCCESS);
+    ASSERT_EQ(reduced.Served(), 0b111u);
+    EXPECT_EQ(ItemsOf(reduced.At(0)), (Items{{"c", 0}, {"a", 2}, {"c", 4}}));
+    EXPECT_EQ(ItemsOf(reduced.At(1)), (Items{{"b", 1}}));
+    EXPECT_EQ(ItemsOf(reduced.At(2)), (Items{{"c", 0}, {"c", 4}}));
+}
+
+TEST_F(ReducedSetsTest, PassesOverWhoDoesNotListen)
+{
+    Want({"a"});
+    Want({"a"});
+    Publish({"a"});
+
+    ReducedSets const reduced = Reduce(0b10);
+
+    EXPECT_EQ(reduced.Served(), 0b10u);
+    EXPECT_EQ(ItemsOf(reduced.At(1)), (Items{{"a", 0}}));
+    EXPECT_EQ(ReferencesOf(0), 2u);
+}
+
+TEST_F(ReducedSetsTest, MakesAnEmptySetForWhoFindsNothing)
+{
+    Want({"b"});
+    Publish({"a"});
+
+    ReducedSets const reduced = Reduce(1);
+
+    ASSERT_EQ(reduced.Served(), 1u);
+    EXPECT_EQ(ItemsOf(reduced.At(0)), Items());
+    EXPECT_EQ(ReferencesOf(0), 1u);
+}
+
+TEST_F(ReducedSetsTest, HoldsAReferenceOfEachSetAndGivesThemBack)
+{
+    Want({"a", "b"});
+    Want({"a"});
+    Publish({"a", "b"});
+    OwnedSet kept;
+    {
+        ReducedSets const reduced = Reduce(0b11);
+
+        EXPECT_EQ(ReferencesOf(0), 3u);
+        EXPECT_EQ(ReferencesOf(1), 2u);
+        kept = wHandle_Share(reduced.At(1));
+    }
+
+    EXPECT_EQ(ReferencesOf(0), 2u); // of the one that somebody kept
+    EXPECT_EQ(ReferencesOf(1), 1u);
+    EXPECT_EQ(ItemsOf(kept.get()), (Items{{"a", 0}}));
+}
+
+TEST_F(ReducedSetsTest, AllocatesNothingOnceItsMemoryIsThere)
+{
+    Want({"a"});
+    Want({"a"});
+    Publish({"a"});
+    ScanOutputPlan const plan(wanted);
+    auto const reduce = [&] { ReducedSets const reduced(set.get(), plan, 0b11, picked, nullptr); };
+    reduce();
+
+    ZuTest::AllocationCounter const counter;
+    reduce();
+
+    EXPECT_EQ(counter.Count(), 0u);
+}
+
+} // namespace ZuControl

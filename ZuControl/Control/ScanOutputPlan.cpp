@@ -1,0 +1,43 @@
+#include "ZuControl/Control/ScanOutputPlan.h"
+
+#include "ZuControl/Control/ScanOutputMap.h"
+
+#include <bit>
+
+namespace ZuControl
+{
+
+ScanOutputPlan::ScanOutputPlan(std::span<ScanOutputMap const* const> wanted)
+{
+    uint64 most = 0; // ids, should no two maps have one in common
+    for (ScanOutputMap const* const map : wanted)
+    {
+        most += map->Count();
+    }
+    table.resize(std::bit_ceil(2 * most + 1));
+    mask = table.size() - 1;
+    Receivers receiver = 1;
+    for (ScanOutputMap const* const map : wanted)
+    {
+        for (auto const& entry : map->AllTexts())
+        {
+            Enter(entry.first, receiver);
+        }
+        receiver <<= 1;
+    }
+}
+
+ScanOutputPlan::~ScanOutputPlan() = default;
+
+void ScanOutputPlan::Enter(uint64 numericId, Receivers receiver)
+{
+    uint64 slot = SlotOf(numericId);
+    while (table[slot].receivers != 0 && table[slot].numericId != numericId)
+    {
+        slot = (slot + 1) & mask;
+    }
+    table[slot].numericId = numericId;
+    table[slot].receivers |= receiver;
+}
+
+} // namespace ZuControl
