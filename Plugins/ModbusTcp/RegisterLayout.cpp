@@ -7,6 +7,7 @@
 #include "ZuCore/DataSourceHash.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace ModbusTcp
 {
@@ -22,15 +23,18 @@ RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& a
         layout->Enter(block);
     }
     std::ranges::stable_sort(layout->results, {}, &ResultPlace::dataSource);
+    layout->BuildIndex();
     return layout;
 }
 
 std::span<RegisterLayout::ResultPlace const> RegisterLayout::Find(uint64 dataSource) const
 {
-    auto const first = std::ranges::lower_bound(results, dataSource, {}, &ResultPlace::dataSource);
-    auto const end = std::find_if(first, results.end(),
-                                  [dataSource](ResultPlace const& place) { return place.dataSource != dataSource; });
-    return {first, end};
+    uint64 slot = SlotOf(dataSource);
+    while (slots[slot].count != 0 && slots[slot].dataSource != dataSource)
+    {
+        slot = (slot + 1) & (slots.size() - 1);
+    }
+    return {results.data() + slots[slot].first, slots[slot].count};
 }
 
 void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
@@ -64,6 +68,21 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     {
         scanner = place;
         scannerId = block->ScannerId();
+    }
+}
+
+void RegisterLayout::BuildIndex()
+{
+    slots.assign(std::bit_ceil(2 * results.size() + 1), {});
+    for (uint32 i = 0; i < results.size(); ++i)
+    {
+        uint64 slot = SlotOf(results[i].dataSource);
+        while (slots[slot].count != 0 && slots[slot].dataSource != results[i].dataSource)
+        {
+            slot = (slot + 1) & (slots.size() - 1);
+        }
+        Slot& taken = slots[slot];
+        taken = {results[i].dataSource, taken.count == 0 ? i : taken.first, taken.count + 1};
     }
 }
 

@@ -67,9 +67,24 @@ public:
     uint64 changeCount = 0; ///< of the assembly when this was taken; a later one is larger
 
 private:
-    void Enter(std::shared_ptr<Block> const& block);
+    /// Where the results of a data source lie in the list; free without any.
+    struct Slot
+    {
+        uint64 dataSource = 0;
+        uint32 first = 0;
+        uint32 count = 0;
+    };
 
-    std::vector<ResultPlace> results;
+    void Enter(std::shared_ptr<Block> const& block);
+    void BuildIndex();
+
+    uint64 SlotOf(uint64 dataSource) const
+    {
+        return (dataSource ^ (dataSource >> 32)) & (slots.size() - 1);
+    }
+
+    std::vector<ResultPlace> results;               // by data source
+    std::vector<Slot> slots = std::vector<Slot>(1); // open addressing, at most half full, so that every walk ends
 };
 
 } // namespace ModbusTcp
