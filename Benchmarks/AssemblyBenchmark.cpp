@@ -1,10 +1,11 @@
-/// Placing blocks and finding one: the assembly against a walk along the list.
+/// Placing blocks, finding one and changing one for another: the assembly against a walk along the list.
 
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <benchmark/benchmark.h>
@@ -54,6 +55,11 @@ public:
             ++place;
         }
         blocks.insert(place, info.ConstructBlock(params));
+    }
+
+    void Remove(uint16 id)
+    {
+        blocks.remove_if([id](auto const& block) { return block->OutputId() == id; });
     }
 
     ProtocolRegisterBlock* Find(uint16 id) const
@@ -156,6 +162,38 @@ void FindInWalkedList(benchmark::State& state)
     }
 }
 
+/// A block in the middle goes and comes again.
+void ReplaceInAssembly(benchmark::State& state)
+{
+    auto const assembly = MakeAssembly();
+    Fill(*assembly, state.range(0));
+    uint16 const middle = static_cast<uint16>(REGISTERS * (state.range(0) / 2));
+    AddBlockParams added;
+    RegisterBlockParams& block = added.blocks.Add();
+    block.type = "Four";
+    block.outputId = middle;
+    RemoveBlockParams removed;
+    removed.outputIdList.Add().outputId = middle;
+    for (auto _ : state)
+    {
+        assembly->Remove(removed);
+        assembly->Add(added);
+    }
+}
+
+void ReplaceInWalkedList(benchmark::State& state)
+{
+    WalkedList list;
+    Fill(list, state.range(0));
+    RegisterBlockParams block;
+    block.outputId = static_cast<uint16>(REGISTERS * (state.range(0) / 2));
+    for (auto _ : state)
+    {
+        list.Remove(block.outputId.Get());
+        list.Add(block);
+    }
+}
+
 void EverySize(benchmark::internal::Benchmark* measured)
 {
     measured->Arg(10)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
@@ -165,5 +203,7 @@ BENCHMARK(AddToAssembly)->Name("Add/Assembly")->Apply(EverySize);
 BENCHMARK(AddToWalkedList)->Name("Add/PlainWalk")->Apply(EverySize);
 BENCHMARK(FindInAssembly)->Name("Find/Assembly")->Apply(EverySize);
 BENCHMARK(FindInWalkedList)->Name("Find/PlainWalk")->Apply(EverySize);
+BENCHMARK(ReplaceInAssembly)->Name("Replace/Assembly")->Apply(EverySize);
+BENCHMARK(ReplaceInWalkedList)->Name("Replace/PlainWalk")->Apply(EverySize);
 
 } // namespace

@@ -1,6 +1,7 @@
-/// A record of parameters against a JSON object with the same members.
+/// A record of parameters against a JSON object with the same members, and against one that describes itself from the start.
 
 #include "RecordBenchmark.h"
+#include "PlainRecord.h"
 
 #include "ZuApi/JsonSerializer.h"
 
@@ -19,6 +20,15 @@ void BuildRecord(benchmark::State& state)
     for (auto _ : state)
     {
         Record record;
+        benchmark::DoNotOptimize(&record);
+    }
+}
+
+void BuildPlain(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        ZuBench::PlainRecord record;
         benchmark::DoNotOptimize(&record);
     }
 }
@@ -86,6 +96,7 @@ void SerializeObject(benchmark::State& state)
 }
 
 BENCHMARK(BuildRecord)->Name("Build/Record");
+BENCHMARK(BuildPlain)->Name("Build/Plain");
 BENCHMARK(BuildObject)->Name("Build/JsonObject");
 BENCHMARK(SetRecord)->Name("Set/Record");
 BENCHMARK(SetObject)->Name("Set/JsonObject");

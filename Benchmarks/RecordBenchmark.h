@@ -8,13 +8,13 @@
 namespace ZuBench
 {
 
-/// Four numbers and a text, as the records that there are very many of. The size has bounds.
+/// Four numbers and a text, as the records that there are very many of.
 struct Record : Zu::Params::Group
 {
     Record()
     {
         Register("id", "Id", id);
-        Register("size", "Size", size).EnableMaximum(true).GetMaximum() = 60000;
+        Register("size", "Size", size);
         Register("source", "Source", source);
         Register("offset", "Offset", offset);
         Register("length", "Length", length);
@@ -25,6 +25,15 @@ struct Record : Zu::Params::Group
     Zu::Params::Value<std::string> source;
     Zu::Params::Value<uint16> offset;
     Zu::Params::Value<uint16> length;
+};
+
+/// The same with bounds to the size.
+struct BoundedRecord : Record
+{
+    BoundedRecord()
+    {
+        size.EnableMaximum(true).GetMaximum() = 60000;
+    }
 };
 
 /// The same as a JSON object.

@@ -21,7 +21,7 @@ Json const DOCUMENT = {{"id", 1}, {"size", 2}, {"source", "profile/a"}, {"offset
 
 void ValidateWithRecord(benchmark::State& state)
 {
-    ZuBench::Record record;
+    ZuBench::BoundedRecord record;
     for (auto _ : state)
     {
         Zu::Properties::JsonSerializer::Validate(record, DOCUMENT);
@@ -30,7 +30,7 @@ void ValidateWithRecord(benchmark::State& state)
 
 void ValidateWithSchema(benchmark::State& state)
 {
-    Json const schemaDocument = Zu::Properties::JsonSerializer::SerializeSchema(ZuBench::Record());
+    Json const schemaDocument = Zu::Properties::JsonSerializer::SerializeSchema(ZuBench::BoundedRecord());
     valijson::Schema schema;
     valijson::SchemaParser parser;
     parser.populateSchema(NlohmannJsonAdapter(schemaDocument), schema);

@@ -1,0 +1,163 @@
+/// The hand-over of result sets to a protocol's thread, against a plain double buffer and against a signal for each set.
+///
+/// usage: DispatcherBenchmark [ROUNDS]      200 unless told otherwise
+/// "AddInBursts": CPU nanoseconds of the adding thread for one set. "Latency": nanoseconds from a set that is added at a random
+/// moment to its handler. "IdleWakes": how often a dispatcher's thread wakes in a second with nothing to do.
+
+#include "Contest.h"
+#include "PlainDoubleBuffer.h"
+#include "ResultFrame.h"
+#include "Stopwatch.h"
+#include "ThreadWakes.h"
+#include "ZuControl/Control/ControlScanResultsDispatcher.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <thread>
+
+namespace
+{
+
+using namespace ZuBench;
+using ZuControl::ControlScanResultsDispatcher;
+
+using OwnedSet = wHandle<ZuCore::ResultSetObject>;
+
+/// Wakes its thread for each item.
+class SignalledQueue final
+{
+public:
+    SignalledQueue() : thread([this] { Run(); })
+    {
+    }
+
+    ~SignalledQueue()
+    {
+        {
+            std::scoped_lock const guard(lock);
+            isEnding = true;
+        }
+        changed.notify_one();
+        thread.join();
+    }
+
+    SignalledQueue(SignalledQueue const&) = delete;
+    SignalledQueue& operator=(SignalledQueue const&) = delete;
+
+    void Add(OwnedSet set)
+    {
+        {
+            std::scoped_lock const guard(lock);
+            sets.push_back(std::move(set));
+        }
+        changed.notify_one();
+    }
+
+private:
+    void Run()
+    {
+        std::vector<OwnedSet> handed;
+        std::unique_lock guard(lock);
+        while (!isEnding)
+        {
+            changed.wait(guard, [this] { return isEnding || !sets.empty(); });
+            handed.swap(sets);
+            guard.unlock();
+            handed.clear();
+            guard.lock();
+        }
+    }
+
+    std::mutex lock; // guards what follows
+    std::condition_variable changed;
+    std::vector<OwnedSet> sets;
+    bool isEnding = false;
+    std::thread thread;
+};
+
+template <typename Add>
+double AddBurst(Add const& add)
+{
+    constexpr uint64 BURST = 100;
+    Stopwatch const watch = Stopwatch::OfThread();
+    for (uint64 i = 0; i < BURST; ++i)
+    {
+        add();
+    }
+    return static_cast<double>(watch.Nanoseconds()) / BURST;
+}
+
+void RunBursts(uint64 rounds)
+{
+    ResultFrame const frame(1);
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([](void*) {});
+    PlainDoubleBuffer<OwnedSet> plain([](std::vector<OwnedSet>&) {});
+    SignalledQueue signalled;
+
+    Contest contest("AddInBursts");
+    contest.Enter("Dispatcher", [&] { return AddBurst([&] { dispatcher.AddResult(frame.Set()); }); });
+    contest.Enter("DoubleBuffer", [&] { return AddBurst([&] { plain.Add(wHandle_Share(frame.Set())); }); });
+    contest.Enter("Signalled", [&] { return AddBurst([&] { signalled.Add(wHandle_Share(frame.Set())); }); });
+    contest.Run(5 * rounds);
+}
+
+/// Waits for the moment at which the handler was called.
+double WaitForCall(std::atomic<uint64>& called, uint64 added)
+{
+    called.wait(0);
+    return static_cast<double>(called.exchange(0) - added);
+}
+
+void NoteCall(std::atomic<uint64>& called)
+{
+    called = Stopwatch::Now();
+    called.notify_one();
+}
+
+void RunLatency(uint64 rounds)
+{
+    ResultFrame const frame(1);
+    std::atomic<uint64> called{0};
+    ControlScanResultsDispatcher dispatcher(nullptr);
+    dispatcher.AddResultHandler([&called](void*) { NoteCall(called); });
+    PlainDoubleBuffer<OwnedSet> plain([&called](std::vector<OwnedSet>&) { NoteCall(called); });
+    std::mt19937_64 random(1);
+    std::uniform_int_distribution<int> pauseUsec(0, 2000);
+    auto const rest = [&] { std::this_thread::sleep_for(std::chrono::microseconds(pauseUsec(random))); };
+
+    Contest contest("Latency");
+    contest.Enter("Dispatcher", [&] {
+        rest();
+        uint64 const added = Stopwatch::Now();
+        dispatcher.AddResult(frame.Set());
+        return WaitForCall(called, added);
+    });
+    contest.Enter("DoubleBuffer", [&] {
+        rest();
+        uint64 const added = Stopwatch::Now();
+        plain.Add(wHandle_Share(frame.Set()));
+        return WaitForCall(called, added);
+    });
+    contest.Run(2 * rounds);
+}
+
+void RunIdle()
+{
+    ControlScanResultsDispatcher const dispatcher(nullptr);
+    PrintFigure("IdleWakes/Dispatcher", WakesPerSecond("CtrlScnRstDisp"));
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    uint64 const rounds = argumentCount > 1 ? std::strtoull(arguments[1], nullptr, 10) : 200;
+    RunBursts(rounds);
+    RunLatency(rounds);
+    RunIdle();
+}

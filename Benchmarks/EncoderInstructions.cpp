@@ -1,0 +1,114 @@
+/// A thousand encodings of each kind, each kind in a function of its own, so that callgrind can count its instructions:
+///   valgrind --tool=callgrind --toggle-collect=MeasuredStampFields EncoderInstructions
+/// "Fields" is what becomes of a record that is at hand, "Block" all from the result to the registers, with every check.
+
+#include "StampFrame.h"
+#include "ZuControl/ControlProtocol/RegisterEncoder.h"
+#include "wBeacon/wStamp.h"
+
+namespace
+{
+
+using ZuBench::StampFrame;
+using ZuControl::ControlProtocol::ProtocolRegisterBlock;
+using ZuControl::ControlProtocol::RegisterEncoder;
+
+constexpr int TIMES = 1000;
+
+/// Of a protocol, as it comes at run time: the compiler cannot choose the layout ahead.
+struct Layout
+{
+    uint8 bytesPerRegister;
+    bool isBigEndian;
+};
+
+/// Lends what only blocks may call.
+struct Converter : ProtocolRegisterBlock
+{
+    using ProtocolRegisterBlock::Convert64fTo32s;
+};
+
+void EncodeStamp(uint8* registers, Layout layout, wStamp const& stamp)
+{
+    RegisterEncoder const encoder(layout.bytesPerRegister, layout.isBigEndian);
+    encoder.Write(registers + 32, static_cast<uint8>(stamp.stampStatus));
+    encoder.Write(registers, stamp.stampValue);
+    encoder.Write(registers + 8, stamp.stampEncoder);
+    encoder.Write(registers + 16, stamp.stampTime);
+    encoder.Write(registers + 24, stamp.stampCounter);
+    for (int i = 33; i < 36; ++i)
+    {
+        encoder.Write(registers + i, uint8{0});
+    }
+}
+
+void EncodeMeasurement(uint8* registers, Layout layout, double value, uint8 decision)
+{
+    int32 result = 0;
+    int32 isOutOfRange = 0;
+    int32 isInvalid = 0;
+    Converter::Convert64fTo32s(value, 1000.0, result, isOutOfRange, isInvalid);
+    RegisterEncoder const encoder(layout.bytesPerRegister, layout.isBigEndian);
+    encoder.Write(registers, result);
+    encoder.Write(registers + 4, decision);
+}
+
+} // namespace
+
+extern "C" [[gnu::noipa]] void MeasuredStampFields(uint8* registers, Layout const& layout, wStamp const& stamp)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        EncodeStamp(registers, layout, stamp);
+        asm volatile("" : : : "memory");
+    }
+}
+
+extern "C" [[gnu::noipa]] void MeasuredMeasurementFields(uint8* registers, Layout const& layout, double const& value)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        EncodeMeasurement(registers, layout, value, 1);
+        asm volatile("" : : : "memory");
+    }
+}
+
+extern "C" [[gnu::noipa]] void MeasuredWide(uint8* registers, Layout const& layout, uint64 const& value)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        RegisterEncoder(layout.bytesPerRegister, layout.isBigEndian).Write(registers, value);
+        asm volatile("" : : : "memory");
+    }
+}
+
+extern "C" [[gnu::noipa]] void MeasuredStampBlock(StampFrame& frame)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        frame.EncodeStamp();
+    }
+}
+
+extern "C" [[gnu::noipa]] void MeasuredMeasurementBlock(StampFrame& frame)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        frame.EncodeMeasurement();
+    }
+}
+
+int main()
+{
+    constexpr Layout LAYOUT{2, true};
+    uint8 registers[64]{};
+    MeasuredStampFields(registers, LAYOUT, wStamp{0x33, 1, 2, -3, 4});
+    MeasuredMeasurementFields(registers, LAYOUT, 12.345);
+    MeasuredWide(registers, LAYOUT, 0x0102030405060708);
+    StampFrame frame(LAYOUT.bytesPerRegister, LAYOUT.isBigEndian);
+    frame.EncodeStamp(); // what is bound at the first call is bound by now
+    frame.EncodeMeasurement();
+    MeasuredStampBlock(frame);
+    MeasuredMeasurementBlock(frame);
+    return registers[0] == 0x02 ? 0 : 1;
+}

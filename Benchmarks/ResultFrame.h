@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ZuCore/ResultSet.h"
+#include "wApi/wHandle.h"
+#include "wApi/wTypes.h"
+
+#include <string>
+#include <vector>
+
+namespace ZuBench
+{
+
+/// A set as the sensor publishes it: a measurement for each of so many data sources.
+class ResultFrame final
+{
+public:
+    explicit ResultFrame(uint64 items);
+    ~ResultFrame();
+
+    ResultFrame(ResultFrame const&) = delete;
+    ResultFrame& operator=(ResultFrame const&) = delete;
+
+    ZuCore::ResultSet Set() const
+    {
+        return set.get();
+    }
+
+    uint64 Count() const
+    {
+        return ZuCore::ResultSet_Count(set.get());
+    }
+
+    /// The data sources of every `stride`-th item.
+    std::vector<std::string> Sources(uint64 stride) const;
+
+    /// Waits until nobody but the set itself has a reference to the last item of every `stride`-th. Sets give their items
+    /// back in order.
+    void WaitUntilReleased(uint64 stride) const;
+
+private:
+    wHandle<ZuCore::ResultSetObject> set;
+};
+
+} // namespace ZuBench

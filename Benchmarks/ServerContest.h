@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Contest.h"
+#include "LoadClients.h"
+#include "ServerProcess.h"
+
+#include <list>
+#include <string>
+
+namespace ZuBench
+{
+
+/// Servers that answer the same request, each in a process of its own. The figure is the CPU nanoseconds of a server for one
+/// request, its threads together.
+class ServerContest final
+{
+public:
+    static constexpr uint64 CLIENTS = 16;
+
+    ServerContest(std::string const& name, std::string newRequest, LoadClients::LengthOf newLengthOf);
+    ~ServerContest();
+
+    ServerContest(ServerContest const&) = delete;
+    ServerContest& operator=(ServerContest const&) = delete;
+
+    /// Gives what the server answers.
+    std::string Enter(std::string const& contender, ServerProcess::Starter const& start);
+
+    void Run(uint64 rounds);
+
+private:
+    struct Contender
+    {
+        Contender(ServerProcess::Starter const& start, std::string const& request,
+                  LoadClients::LengthOf const& lengthOf)
+            : server(start), clients(server.Port(), CLIENTS, request, lengthOf)
+        {
+        }
+
+        ServerProcess server;
+        LoadClients clients;
+    };
+
+    std::string const request;
+    LoadClients::LengthOf const lengthOf;
+    Contest contest;
+    std::list<Contender> contenders;
+};
+
+} // namespace ZuBench

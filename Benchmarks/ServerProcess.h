@@ -1,0 +1,44 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <sys/types.h>
+
+namespace ZuBench
+{
+
+/// A server in a process of its own, so that its CPU time is its own. To be made before this process starts a thread.
+class ServerProcess final
+{
+public:
+    /// Starts the server on a free port of the loopback address, which it tells; the server ends with what it gives back.
+    using Starter = std::function<std::shared_ptr<void>(uint16& port)>;
+
+    explicit ServerProcess(Starter const& start);
+    ~ServerProcess(); ///< ends the process
+
+    ServerProcess(ServerProcess const&) = delete;
+    ServerProcess& operator=(ServerProcess const&) = delete;
+
+    uint16 Port() const
+    {
+        return port;
+    }
+
+    /// Of all its threads, as a clock that Stopwatch takes.
+    clockid_t Clock() const
+    {
+        return clock;
+    }
+
+private:
+    pid_t process = -1;
+    int leash = -1; // a pipe that is closed to end the process
+    uint16 port = 0;
+    clockid_t clock{};
+};
+
+} // namespace ZuBench

@@ -1,0 +1,260 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and prints every goal with its figure and what it was measured against.
+
+usage: table.py FOLDER_OF_PROGRAMS [--quick] [--gate] [--list] [NAME...]       (./bench builds them first)
+"""
+
+import argparse
+import collections
+import json
+import math
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+Goal = collections.namedtuple("Goal", "name title pairs limit against gates unit")
+"""What is to hold: each first figure of `pairs` over its second one, or by itself where there is none, is at most `limit`."""
+
+
+def ratio(name, title, against, limit, *pairs, gates=False):
+    return Goal(name, title, pairs, limit, against, gates, "ns")
+
+
+def count(name, title, limit, *figures):
+    return Goal(name, title, [(figure, None) for figure in figures], limit, "", True, "")
+
+
+def layouts(name, figure, reference):
+    return [(f"{name}/{figure}/bytes:{b}/big:{e}", f"{name}/{reference}/bytes:{b}/big:{e}") for b in (1, 2) for e in (0, 1)]
+
+
+DOCUMENTS = ("RegisterMap", "StandardMap", "TextIdMap", "Blocks")
+
+
+def documents(figure, reference):
+    return [(f"Configuration/{kind}/{figure}", f"Configuration/{kind}/{reference}") for kind in DOCUMENTS]
+
+
+GOALS = [
+    count("set-allocations", "allocations a reduced set", 1, "Count/FanOut/Allocations"),
+    ratio("fan-out", "fan-out, 16 receivers, 10 % wanted", "plain", 0.25, ("FanOut/16x10%/Module", "FanOut/16x10%/Plain"), gates=True),
+    ratio("fan-out-one", "fan-out, 1 receiver, all wanted", "least", 1.35, ("FanOut/1x100%/Module", "FanOut/1x100%/Least")),
+    ratio("fan-out-all", "fan-out, 16 receivers, all wanted", "least", 0.6, ("FanOut/16x100%/Module", "FanOut/16x100%/Least")),
+    ratio("fan-out-beside", "fan-out beside releasing threads", "plain", 0.5,
+          ("FanOut/16x10%/BesideReleases/Module", "FanOut/16x10%/BesideReleases/Plain"), gates=True),
+    ratio("fan-out-whole", "published to released, CPU", "ZeroMQ", 0.35,
+          ("FanOut/16x10%/WholeWay/Module", "FanOut/16x10%/WholeWay/ZeroMq")),
+    ratio("add", "add a set, in bursts", "double buffer", 2, ("AddInBursts/Dispatcher", "AddInBursts/DoubleBuffer")),
+    ratio("add", "add a set, in bursts", "signalled", 0.4, ("AddInBursts/Dispatcher", "AddInBursts/Signalled")),
+    count("add-calls", "add a set: system calls", 0, "Count/Add/SystemCalls"),
+    count("add-calls", "add a set: allocations", 0, "Count/Add/Allocations"),
+    ratio("latency", "added to handed over", "double buffer", 1.15, ("Latency/Dispatcher", "Latency/DoubleBuffer")),
+    count("idle", "wakes a second of an idle dispatcher", 500, "IdleWakes/Dispatcher"),
+    ratio("operation", "operation started to its end told", "two hops", 1.5, ("Operation/Module", "Operation/TwoHops")),
+    count("instructions", "instructions: the fields of a stamp", 130, "Instructions/StampFields"),
+    count("instructions", "instructions: value and decision", 100, "Instructions/MeasurementFields"),
+    count("instructions", "instructions: 64 bits", 30, "Instructions/Wide"),
+    ratio("stamp-block", "stamp block", "byte loop", 0.4, *layouts("Encode/Stamp", "Block", "ByteLoop")),
+    count("encoding", "allocations of an encoding", 0, "Count/Encoder/Allocations"),
+    ratio("find-blocks", "block by data source", "tree by text", 0.15,
+          *[(f"FindBlocks/Layout/{n}", f"FindBlocks/TreeByText/{n}") for n in (100, 1000)]),
+    ratio("find-blocks", "block by data source", "in order", 3,
+          *[(f"FindBlocks/Layout/{n}", f"FindBlocks/InOrder/{n}") for n in (100, 1000)]),
+    count("batch", "allocations a batch", 0, "Count/Batch/Allocations"),
+    ratio("place-blocks", "10,000 blocks placed", "1,000 blocks", 40, ("Add/Assembly/10000", "Add/Assembly/1000"), gates=True),
+    ratio("replace-block", "a block in the middle of 10,000", "walk", 0.15, ("Replace/Assembly/10000", "Replace/PlainWalk/10000"), gates=True),
+    ratio("output-map", "10,000 entries into an output map", "linear test", 0.1,
+          ("OutputMap/Add/items:10000/order:0", "OutputMap/LinearTest/items:10000/order:0"), gates=True),
+    ratio("output-map", "the same, ids falling", "linear test", 0.1,
+          ("OutputMap/Add/items:10000/order:1", "OutputMap/LinearTest/items:10000/order:1")),
+    count("record-size", "bytes of a record of five", 1024, "Count/Record/Bytes"),
+    count("record-size", "allocations of a record of five", 3, "Count/Record/Allocations"),
+    ratio("record", "a record of five made", "plain record", 0.15, ("Build/Record", "Build/Plain")),
+    ratio("record", "a record of five made", "JSON object", 0.5, ("Build/Record", "Build/JsonObject")),
+    ratio("load", "10,000 entries loaded", "parse", 1.6, *documents("Load", "Parse")),
+    ratio("save", "10,000 entries saved", "tree, dumped", 1.2, *documents("Save", "BuildAndDump")),
+    ratio("validate", "a record validated", "JSON Schema", 0.3, ("Validate/Record", "Validate/JsonSchema"), gates=True),
+    count("memory", "MiB of 10,000 entries", 19, *[f"Configuration/{kind}/Memory/iterations:1:MiB" for kind in DOCUMENTS]),
+    ratio("resource", "a resource read", "tree, dumped", 1.3,
+          *[(f"ReadResource/Nodes/{n}", f"ReadResource/TreeAndDump/{n}") for n in (10, 1000)]),
+    ratio("http", "HTTP GET, CPU of the server", "Beast", 1.2, ("HttpGet/Host", "HttpGet/Beast")),
+    ratio("modbus", "Modbus read, CPU of the server", "libmodbus", 1.0, ("ModbusRead/Server", "ModbusRead/Libmodbus")),
+    ratio("modbus", "Modbus read, CPU of the server", "least", 1.5, ("ModbusRead/Server", "ModbusRead/Least")),
+    ratio("log", "a log line that nobody wants", "relaxed load", 3, ("Log/DisabledLine", "Log/RelaxedLoad")),
+]
+
+# Which figures a program gives, by the beginning of their names, and how many rounds it makes, in a quick run and else.
+CONTESTS = {
+    "FanOutBenchmark": (("FanOut/",), 40, 200),
+    "DispatcherBenchmark": (("AddInBursts/", "Latency/", "IdleWakes/"), 60, 300),
+    "OperationsBenchmark": (("Operation/",), 500, 3000),
+    "HttpServerBenchmark": (("HttpGet/",), 10, 40),
+    "ModbusServerBenchmark": (("ModbusRead/",), 10, 40),
+    "Counts": (("Count/",), None, None),
+}
+INSTRUCTIONS = "EncoderInstructions"
+MODEL = "ModelBenchmarks"  # all other figures
+
+
+def program_of(figure):
+    if figure.startswith("Instructions/"):
+        return INSTRUCTIONS
+    for program, (beginnings, _, _) in CONTESTS.items():
+        if figure.startswith(beginnings):
+            return program
+    return MODEL
+
+
+def figures_of(goal):
+    return [figure for pair in goal.pairs for figure in pair if figure is not None]
+
+
+def run(command, **options):
+    """The output of a command; one that fails ends it all."""
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **options)
+    if done.returncode != 0:
+        sys.stderr.write(done.stderr)
+        sys.stderr.write(f"bench: {' '.join(command)} failed with exit status {done.returncode}\n")
+        sys.exit(2)
+    return done.stdout
+
+
+def run_contest(folder, program, quick):
+    rounds = CONTESTS[program][1 if quick else 2]
+    output = run([str(folder / program)] + ([str(rounds)] if rounds else []))
+    return {name: float(value) for name, value in re.findall(r"^figure (\S+) (\S+)$", output, re.MULTILINE)}
+
+
+def run_instructions(folder):
+    """Of one encoding of each kind. Each kind is a thousand times in a function of its own."""
+    figures = {}
+    for kind in ("StampFields", "MeasurementFields", "StampBlock", "MeasurementBlock", "Wide"):
+        with tempfile.NamedTemporaryFile() as profile:
+            run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile.name}", f"--toggle-collect=Measured{kind}*",
+                 str(folder / INSTRUCTIONS)])
+            total = re.search(r"^(?:totals|summary): (\d+)", pathlib.Path(profile.name).read_text(), re.MULTILINE)
+            figures[f"Instructions/{kind}"] = int(total.group(1)) / 1000
+    return figures
+
+
+def run_model(folder, wanted, quick):
+    """The least of several repetitions, which come in random order: a machine that is not idle makes figures larger only."""
+    names = {name.removesuffix(":MiB") for name in wanted}
+    pattern = "^(" + "|".join(re.escape(name) for name in sorted(names)) + ")$"
+    output = run([str(folder / MODEL), f"--benchmark_filter={pattern}", "--benchmark_format=json",
+                  f"--benchmark_repetitions={3 if quick else 7}", f"--benchmark_min_time={0.02 if quick else 0.1}",
+                  "--benchmark_enable_random_interleaving=true"])
+    nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+    figures = collections.defaultdict(lambda: math.inf)
+    for one in json.loads(output)["benchmarks"]:
+        if one.get("error_occurred"):
+            sys.exit(f"bench: {one['name']}: {one['error_message']}")
+        if one["run_type"] == "iteration":
+            name = one["run_name"]
+            figures[name] = min(figures[name], one["cpu_time"] * nanoseconds[one["time_unit"]])
+            if "MiB" in one:
+                figures[name + ":MiB"] = min(figures[name + ":MiB"], one["MiB"])
+    return dict(figures)
+
+
+def measure(folder, goals, quick):
+    wanted = {figure for goal in goals for figure in figures_of(goal)}
+    figures = {}
+    for program in sorted({program_of(figure) for figure in wanted}):
+        if not (folder / program).exists():
+            sys.exit(f"bench: {folder / program} is not built; scripts/install-dependencies bench, then ./bench")
+        print(f"running {program} ...", file=sys.stderr)
+        if program == INSTRUCTIONS:
+            figures.update(run_instructions(folder))
+        elif program == MODEL:
+            figures.update(run_model(folder, {figure for figure in wanted if program_of(figure) == MODEL}, quick))
+        else:
+            figures.update(run_contest(folder, program, quick))
+    missing = wanted - figures.keys()
+    if missing:
+        sys.exit("bench: no figure for " + ", ".join(sorted(missing)))
+    return figures
+
+
+def shown(value, unit):
+    if unit == "":
+        return f"{value:.4g}"
+    for factor, name in ((1e6, "ms"), (1e3, "us"), (1, "ns")):
+        if value >= factor or factor == 1:
+            return f"{value / factor:.3g} {name}"
+    return None
+
+
+def judge(goal, figures):
+    """(figure, reference or None, what is held against the limit): of several pairs the worst."""
+    judged = []
+    for figure, reference in goal.pairs:
+        value = figures[figure]
+        base = figures[reference] if reference else None
+        judged.append((value, base, value / base if base is not None else value))
+    return max(judged, key=lambda one: one[2])
+
+
+def machine():
+    """What the figures depend on."""
+    text = pathlib.Path("/proc/cpuinfo").read_text()
+    model = re.search(r"^model name\s*: (.*)$", text, re.MULTILINE)
+    load = os.getloadavg()[0]
+    lines = [f"{os.cpu_count()} cores, {model.group(1) if model else 'unknown processor'}; load {load:.1f} at the beginning"]
+    if load > 0.5:
+        lines.append("The machine is not idle: figures that do not gate may be off.")
+    return lines
+
+
+def print_table(goals, figures):
+    """False when a goal that gates is missed."""
+    row = "{:<15} {:<36} {:>9}  {:<13} {:>9} {:>8} {:>7}  {}"
+    print(row.format("goal", "what", "figure", "against", "its", "ratio", "at most", ""))
+    holds = True
+    for goal in goals:
+        value, base, held = judge(goal, figures)
+        is_met = held <= goal.limit
+        holds = holds and (is_met or not goal.gates)
+        print(row.format(goal.name, goal.title, shown(value, goal.unit), goal.against, shown(base, goal.unit) if base else "",
+                         f"{held:.3f}" if base else "", f"{goal.limit:g}",
+                         ("met" if is_met else "MISSED") + (", gates" if goal.gates else "")))
+    return holds
+
+
+def select(names, gate):
+    programs = set(CONTESTS) | {INSTRUCTIONS, MODEL}
+    unknown = [name for name in names if name not in programs and name not in {goal.name for goal in GOALS}]
+    if unknown:
+        sys.exit(f"bench: there is no goal or program '{unknown[0]}'; see ./bench --list")
+
+    def is_named(goal):
+        return not names or goal.name in names or any(program_of(figure) in names for figure in figures_of(goal))
+
+    return [goal for goal in GOALS if is_named(goal) and (goal.gates or not gate)]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--gate", action="store_true")
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("names", nargs="*")
+    options = parser.parse_intermixed_args()
+    goals = select(options.names, options.gate)
+    if options.list:
+        for goal in goals:
+            print(f"{goal.name:<15} {program_of(goal.pairs[0][0]):<22} {goal.title}"
+                  + (f", against: {goal.against}" if goal.against else "") + (" (gates)" if goal.gates else ""))
+        return 0
+    about = machine()
+    figures = measure(options.folder, goals, options.quick or options.gate)
+    print("\n".join(about))
+    return 0 if print_table(goals, figures) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
