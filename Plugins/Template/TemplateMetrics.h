@@ -1,15 +1,16 @@
 #pragma once
 
-#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Structure.h"
-#include "wApi/wTypes.h"
 
-/// What the protocol tells of itself.
+/// What the protocol tells of itself. Each number says by its kind and its title what it is; any thread may read it.
 struct TemplateMetrics final : public Zu::Properties::Structure
 {
     TemplateMetrics();
     ~TemplateMetrics() override;
 
-    Zu::Properties::Value<uint64> controlDrops; ///< results that were lost: every protocol has this one
-    Zu::Properties::Value<uint64> datagrams;
+    using Metric = Zu::Properties::Metric;
+
+    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"}; ///< every protocol has this one
+    Metric datagrams{Metric::Kind::COUNTER, "Datagrams sent"};
 };
