@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/IResource.h"
+#include "ZuRest/JsonText.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/Reference.h"
 #include "ZuRest/RequestInfo.h"
@@ -52,6 +53,7 @@ struct DocumentReader::Walk
 {
     Place place;                    // of the pass that is held
     std::vector<std::string> paths; // from the document that was asked for down to this one
+    bool isForText = false;         // the document is only made to be written
 };
 
 DocumentReader::DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks,
@@ -64,8 +66,14 @@ DocumentReader::~DocumentReader() = default;
 
 Json DocumentReader::Read(std::string const& path, bool wantsSchema) const
 {
-    Walk walk{Place::Of(path), {}};
+    Walk walk{Place::Of(path), {}, false};
     return Show(path, wantsSchema, walk);
+}
+
+std::string DocumentReader::ReadText(std::string const& path, bool wantsSchema) const
+{
+    Walk walk{Place::Of(path), {}, true};
+    return JsonText::Write(Show(path, wantsSchema, walk));
 }
 
 Json DocumentReader::ReadFromInside(std::string const& path, bool wantsSchema) const
@@ -87,7 +95,9 @@ Json DocumentReader::Show(std::string const& path, bool wantsSchema, Walk& walk)
         ZU_THROW(Zu::Status::NOT_UPDATABLE, "The resource at %s has no document.", path.c_str());
     }
     ResponseInfo response;
-    Json document = face->Document(RequestInfo(path, match->keys, wantsSchema), response);
+    RequestInfo request(path, match->keys, wantsSchema);
+    request.isForText = walk.isForText;
+    Json document = face->Document(request, response);
     if (document.is_null())
     {
         document = Json::object(); // what it belongs to is worth a document of its own
@@ -170,7 +180,7 @@ Json DocumentReader::ShowUnderOwnPass(std::string const& path, bool wantsSchema,
     {
         ZU_THROW(Zu::Status::BUSY, "The resource at %s is being changed.", path.c_str());
     }
-    Walk beneath{place, walk.paths};
+    Walk beneath{place, walk.paths, walk.isForText};
     return Show(path, wantsSchema, beneath);
 }
 

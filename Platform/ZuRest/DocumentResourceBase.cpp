@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Node.h"
+#include "ZuRest/JsonText.h"
 #include "ZuRest/RequestInfo.h"
 
 #include <nlohmann/json.hpp>
@@ -34,6 +35,11 @@ nlohmann::json DocumentResourceBase::NodeToJson(Node const& node, RequestInfo co
         document["_schema"] = JsonSerializer::SerializeSchema(node);
     }
     return document;
+}
+
+nlohmann::json DocumentResourceBase::PartToJson(Node const& node, RequestInfo const& request)
+{
+    return request.isForText && !request.wantsSchema ? JsonText::PartOf(node) : NodeToJson(node, request);
 }
 
 void DocumentResourceBase::NodeFromJson(Node& node, nlohmann::json const& document)

@@ -27,6 +27,9 @@ protected:
     /// The values of `node`. When the request asks for the schema an object has it too, under "_schema".
     static nlohmann::json NodeToJson(Zu::Properties::Node const& node, RequestInfo const& request);
 
+    /// The same for a node that is a part of the document: something that only stands for it where that will do.
+    static nlohmann::json PartToJson(Zu::Properties::Node const& node, RequestInfo const& request);
+
     /// Fills `node` without validation, storing as it goes. What throws, and how it is left then: JsonSerializer.
     static void NodeFromJson(Zu::Properties::Node& node, nlohmann::json const& document);
 

@@ -1,13 +1,12 @@
 #include "ZuRest/JsonText.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuApi/JsonTextSerializer.h"
+#include "ZuApi/JsonTextWriter.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cstring>
 #include <utility>
 
 namespace ZuRest::JsonText
@@ -16,6 +15,7 @@ namespace ZuRest::JsonText
 namespace
 {
 
+constexpr uint8 PART_SUBTYPE = 0x54;      // of binary values, which JSON has not got: those hold text
 constexpr std::size_t USUAL_BYTES = 4096; // of a document: most are written without growing
 
 /// How deep the brackets of a text go that stand outside of strings.
@@ -46,11 +46,11 @@ uint32 DepthOf(std::string_view text)
     return deepest;
 }
 
-/// Appends the text of a document, byte for byte as the library gives it, in a fraction of its time.
+/// Appends the text of a document, with the parts that are text already as they are.
 class TextWriter final
 {
 public:
-    explicit TextWriter(std::string& writtenText) : text(writtenText)
+    explicit TextWriter(std::string& writtenText) : text(writtenText), writer(writtenText)
     {
     }
 
@@ -65,52 +65,24 @@ public:
             WriteArray(*value.get_ptr<nlohmann::json::array_t const*>());
             break;
         case nlohmann::json::value_t::string:
-            WriteString(*value.get_ptr<std::string const*>());
+            writer.WriteString(*value.get_ptr<std::string const*>());
             break;
         case nlohmann::json::value_t::number_integer:
-            WriteInteger(*value.get_ptr<nlohmann::json::number_integer_t const*>());
+            writer.WriteInt64(*value.get_ptr<nlohmann::json::number_integer_t const*>());
             break;
         case nlohmann::json::value_t::number_unsigned:
-            WriteInteger(*value.get_ptr<nlohmann::json::number_unsigned_t const*>());
+            writer.WriteUint64(*value.get_ptr<nlohmann::json::number_unsigned_t const*>());
             break;
-        default: // fractions among them: their shortest form is an art of its own
-            text += DumpOf(value);
+        case nlohmann::json::value_t::binary:
+            WriteBinary(value);
+            break;
+        default:
+            writer.WriteAsLibrary(value);
             break;
         }
     }
 
 private:
-    static std::string DumpOf(nlohmann::json const& value)
-    {
-        return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    }
-
-    /// Whether all bytes stand in a text as they are: ASCII but for control characters, quotes and backslashes.
-    static bool IsPlain(std::string_view value)
-    {
-        uint64 found = 0;
-        while (value.size() >= sizeof(uint64))
-        {
-            uint64 word = 0;
-            std::memcpy(&word, value.data(), sizeof(word));
-            found |= SpecialBytes(word);
-            value.remove_prefix(sizeof(word));
-        }
-        uint64 last = EACH_BYTE * ' ';
-        std::memcpy(&last, value.data(), value.size());
-        return (found | SpecialBytes(last)) == 0;
-    }
-
-    /// Not zero when any of the eight bytes is special. A byte less than n is seen by the borrow of a subtraction, which may
-    /// make the byte above it look special too, but none where there is none.
-    static uint64 SpecialBytes(uint64 word)
-    {
-        auto const bytesBelow = [](uint64 bytes, uint64 bound) { return (bytes - EACH_BYTE * bound) & ~bytes; };
-        auto const isZero = [&bytesBelow](uint64 bytes) { return bytesBelow(bytes, 1); };
-        return (word | bytesBelow(word, 0x20) | isZero(word ^ EACH_BYTE * '"') | isZero(word ^ EACH_BYTE * '\\')) &
-               EACH_BYTE * 0x80;
-    }
-
     void WriteObject(nlohmann::json::object_t const& members)
     {
         text.push_back('{');
@@ -121,7 +93,7 @@ private:
             {
                 text.push_back(',');
             }
-            WriteString(key);
+            writer.WriteString(key);
             text.push_back(':');
             Write(value);
         }
@@ -130,41 +102,30 @@ private:
 
     void WriteArray(nlohmann::json::array_t const& elements)
     {
-        text.push_back('[');
-        bool isFirst = true;
+        writer.BeginArray();
         for (nlohmann::json const& element : elements)
         {
-            if (!std::exchange(isFirst, false))
-            {
-                text.push_back(',');
-            }
+            writer.NextElement();
             Write(element);
         }
-        text.push_back(']');
+        writer.EndArray();
     }
 
-    void WriteString(std::string const& value)
+    void WriteBinary(nlohmann::json const& value)
     {
-        if (!IsPlain(value))
+        auto const& bytes = value.get_binary();
+        if (bytes.has_subtype() && bytes.subtype() == PART_SUBTYPE)
         {
-            text += DumpOf(value);
-            return;
+            text.append(bytes.begin(), bytes.end());
         }
-        text.push_back('"');
-        text += value;
-        text.push_back('"');
+        else
+        {
+            writer.WriteAsLibrary(value);
+        }
     }
-
-    template <typename Integer>
-    void WriteInteger(Integer value)
-    {
-        std::array<char, 24> digits{};
-        text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
-    }
-
-    static constexpr uint64 EACH_BYTE = 0x0101010101010101U;
 
     std::string& text;
+    Zu::Properties::JsonTextWriter writer;
 };
 
 } // namespace
@@ -199,6 +160,13 @@ std::string Write(nlohmann::json const& document)
     text.reserve(USUAL_BYTES);
     TextWriter(text).Write(document);
     return text;
+}
+
+nlohmann::json PartOf(Zu::Properties::Node const& node)
+{
+    std::string text;
+    Zu::Properties::JsonTextSerializer::Append(node, text);
+    return nlohmann::json::binary({text.begin(), text.end()}, PART_SUBTYPE);
 }
 
 } // namespace ZuRest::JsonText

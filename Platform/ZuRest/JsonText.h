@@ -7,6 +7,11 @@
 #include <string>
 #include <string_view>
 
+namespace Zu::Properties
+{
+class Node;
+}
+
 /// JSON to text and back, as it goes over the wire.
 namespace ZuRest::JsonText
 {
@@ -17,7 +22,10 @@ inline constexpr uint32 MAX_DEPTH = 64; ///< of arrays and objects: what reads a
 /// Reads what came from outside. Throws -984 with the reason for what is no JSON, too long or nested too deep.
 ZUPLATFORM_API nlohmann::json Read(std::string_view text);
 
-/// One line; what is no UTF-8 is replaced.
+/// One line; what is no UTF-8 is replaced. The parts that `PartOf` has made stand in it as the nodes that they are of.
 ZUPLATFORM_API std::string Write(nlohmann::json const& document);
+
+/// A value that stands for a node in a document which is only made to be written: its text. Nothing but `Write` knows it.
+ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
 
 } // namespace ZuRest::JsonText

@@ -25,6 +25,7 @@ struct ZUPLATFORM_API RequestInfo
     std::string path; ///< as the client wrote it, percent-encoded, without the query
     Keys keys;
     bool wantsSchema = false;
+    bool isForText = false; ///< the document is only made to be written: parts of it may be text already
 };
 
 } // namespace ZuRest

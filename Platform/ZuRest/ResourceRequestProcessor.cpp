@@ -321,7 +321,7 @@ Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Ma
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request) const
 {
-    std::string body = JsonText::Write(reader.Read(request.path, WantsSchema(request.query)));
+    std::string body = reader.ReadText(request.path, WantsSchema(request.query));
     std::string tag = EntityTag::Of(body);
     if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
     {
@@ -337,7 +337,7 @@ bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
         return true;
     }
     auto const isNamed = [&](bool wantsSchema) {
-        std::string const body = JsonText::Write(reader.Read(request.path, wantsSchema));
+        std::string const body = reader.ReadText(request.path, wantsSchema);
         return EntityTag::IsNamed(request.ifMatch, EntityTag::Of(body));
     };
     return isNamed(false) || isNamed(true); // a client may have read either

@@ -83,7 +83,7 @@ nlohmann::json ControlRegisterAssemblyResource::ReadOne(ZuRest::RequestInfo cons
     IControlInstance const& instance = ResolveToInstanceWithAssemblies(name);
     IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id.c_str());
     nlohmann::json document = NodeToJson(assembly.Properties(), request);
-    document["attributes"] = NodeToJson(assembly.Attributes(), request);
+    document["attributes"] = PartToJson(assembly.Attributes(), request);
     ReadSupportedBlocks(assembly, document, request);
     ReadAddedBlocks(assembly, document, request);
     if (!instance.HasRegisterAssemblyActionTarget())
@@ -117,7 +117,7 @@ void ControlRegisterAssemblyResource::ReadSupportedBlocks(IProtocolRegisterAssem
     AssemblyLock const lock(assembly);
     for (auto const& type : assembly.SupportedRegisterBlockTypes())
     {
-        types.push_back(NodeToJson(*type, request));
+        types.push_back(PartToJson(*type, request));
     }
 }
 
@@ -128,7 +128,7 @@ void ControlRegisterAssemblyResource::ReadAddedBlocks(IProtocolRegisterAssembly&
     AssemblyLock const lock(assembly);
     for (auto const& block : assembly.AddedRegisterBlocks())
     {
-        blocks.push_back(NodeToJson(*block, request));
+        blocks.push_back(PartToJson(*block, request));
     }
 }
 

@@ -4,6 +4,8 @@
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
+#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Structure.h"
 #include "ZuRest/IContentResource.h"
 
 #include <gtest/gtest.h>
@@ -284,6 +286,46 @@ TEST_F(ResourceRequestProcessorTest, LetsAResourceSpeakForItselfBesideItsOtherFa
     EXPECT_EQ(Send("GET", "/both").contentType, "application/hal+json");
     EXPECT_EQ(HeaderOf(Send("OPTIONS", "/both"), "Allow"), "GET, HEAD, PUT, PATCH, OPTIONS");
     router.Deregister("/both", false);
+}
+
+TEST_F(ResourceRequestProcessorTest, WritesPartsThatAreTextAsTheDocumentsThatTheyAre)
+{
+    class Parts final : public DocumentResourceBase
+    {
+    public:
+        Parts()
+        {
+            record.Register("number", number);
+            record.Register("name", name);
+            number = 7;
+            name = "\xC3\xA4 \"quoted\"";
+        }
+
+        Json Document(RequestInfo const& request, ResponseInfo& /*response*/) override
+        {
+            return {{"one", PartToJson(record, request)}, {"list", Json::array({PartToJson(record, request), 1})}};
+        }
+
+    private:
+        Zu::Properties::Value<uint32> number;
+        Zu::Properties::Value<std::string> name;
+        Zu::Properties::Structure record{true};
+    } parts;
+    router.Register("/parts", parts);
+    Place("/around").document = [](RequestInfo const&, ResponseInfo& response) {
+        response.Embed("item", "/parts", true, nullptr);
+        return Json::object();
+    };
+
+    for (char const* const path : {"/parts", "/around"})
+    {
+        Json const fromInside = processor.Read(path, nullptr, "");
+        EXPECT_EQ(Send("GET", path).body, fromInside.dump());
+        EXPECT_EQ(Get(path), fromInside);
+    }
+    EXPECT_EQ(processor.Read("/parts", nullptr, "").at("one").at("number"), 7);
+    EXPECT_EQ(Json::parse(Send("GET", "/parts?schema=true").body).at("one").count("_schema"), 1U);
+    router.Deregister("/parts", false);
 }
 
 TEST_F(ResourceRequestProcessorTest, AnswersHeadAsGet)
