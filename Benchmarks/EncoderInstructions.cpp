@@ -3,7 +3,7 @@
 /// "Fields" is what becomes of a record that is at hand, "Block" all from the result to the registers, with every check.
 
 #include "StampFrame.h"
-#include "ZuControl/ControlProtocol/RegisterEncoder.h"
+#include "ZuControl/ControlProtocol/KnownLayout.h"
 #include "wBeacon/wStamp.h"
 
 namespace
@@ -12,6 +12,7 @@ namespace
 using ZuBench::StampFrame;
 using ZuControl::ControlProtocol::ProtocolRegisterBlock;
 using ZuControl::ControlProtocol::RegisterEncoder;
+using ZuControl::ControlProtocol::WithLayout;
 
 constexpr int TIMES = 1000;
 
@@ -30,16 +31,17 @@ struct Converter : ProtocolRegisterBlock
 
 void EncodeStamp(uint8* registers, Layout layout, wStamp const& stamp)
 {
-    RegisterEncoder const encoder(layout.bytesPerRegister, layout.isBigEndian);
-    encoder.Write(registers + 32, static_cast<uint8>(stamp.stampStatus));
-    encoder.Write(registers, stamp.stampValue);
-    encoder.Write(registers + 8, stamp.stampEncoder);
-    encoder.Write(registers + 16, stamp.stampTime);
-    encoder.Write(registers + 24, stamp.stampCounter);
-    for (int i = 33; i < 36; ++i)
-    {
-        encoder.Write(registers + i, uint8{0});
-    }
+    WithLayout(layout.bytesPerRegister, layout.isBigEndian, [&](auto fields) {
+        fields.Write(registers + 32, static_cast<uint8>(stamp.stampStatus));
+        fields.Write(registers, stamp.stampValue);
+        fields.Write(registers + 8, stamp.stampEncoder);
+        fields.Write(registers + 16, stamp.stampTime);
+        fields.Write(registers + 24, stamp.stampCounter);
+        for (int i = 33; i < 36; ++i)
+        {
+            fields.Write(registers + i, uint8{0});
+        }
+    });
 }
 
 void EncodeMeasurement(uint8* registers, Layout layout, double value, uint8 decision)
@@ -48,9 +50,10 @@ void EncodeMeasurement(uint8* registers, Layout layout, double value, uint8 deci
     int32 isOutOfRange = 0;
     int32 isInvalid = 0;
     Converter::Convert64fTo32s(value, 1000.0, result, isOutOfRange, isInvalid);
-    RegisterEncoder const encoder(layout.bytesPerRegister, layout.isBigEndian);
-    encoder.Write(registers, result);
-    encoder.Write(registers + 4, decision);
+    WithLayout(layout.bytesPerRegister, layout.isBigEndian, [&](auto fields) {
+        fields.Write(registers, result);
+        fields.Write(registers + 4, decision);
+    });
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/KnownLayout.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 #include <algorithm>
@@ -43,11 +44,13 @@ size_t DefaultScannerStateRegisterBlock::EndOfFields() const
 void DefaultScannerStateRegisterBlock::SerializeScannerStateData(uint8* destination,
                                                                  DefaultScannerStateData const& source)
 {
-    RegisterEncoder const encoder = ValueEncoder();
-    encoder.Write(destination + scannerByte0, source.scannerByte0);
-    encoder.Write(destination + encoderValue, source.encoderValue);
-    encoder.Write(destination + syncTime, source.syncTime);
-    encoder.Write(destination + scannerByte1, source.scannerByte1); // last: in registers of two it meets byte 0
+    ValueEncoder(); // refuses a register size that no value can be written with
+    WithLayout(BytesPerRegister(), info.IsProtocolBigEndian(), [&](auto fields) {
+        fields.Write(destination + scannerByte0, source.scannerByte0);
+        fields.Write(destination + encoderValue, source.encoderValue);
+        fields.Write(destination + syncTime, source.syncTime);
+        fields.Write(destination + scannerByte1, source.scannerByte1); // last: in registers of two it meets byte 0
+    });
 }
 
 } // namespace ZuControl::ControlProtocol

@@ -1,6 +1,8 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/KnownLayout.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuVision/ZvDataMsg.h"
 #include "wBeacon/wStamp.h"
 
@@ -51,15 +53,17 @@ void DefaultStampRegisterBlock::SerializeStampMsg(uint8* buffer, size_t offset, 
         return;
     }
     CheckFit(EndOfFields());
-    encoder.Write(block + digitalInputsOffset, DigitalInputStateFromStamp(stamp));
-    encoder.Write(block + valueOffset, stamp->stampValue);
-    encoder.Write(block + encoderOffset, encoderValue);
-    encoder.Write(block + timeOffset, time);
-    encoder.Write(block + counterOffset, stamp->stampCounter);
-    for (size_t i = 1; i <= ZEROS_BEHIND_INPUTS; ++i)
-    {
-        encoder.Write(block + digitalInputsOffset + i, uint8{0});
-    }
+    WithLayout(BytesPerRegister(), info.IsProtocolBigEndian(), [&](auto fields) {
+        fields.Write(block + digitalInputsOffset, DigitalInputStateFromStamp(stamp));
+        fields.Write(block + valueOffset, stamp->stampValue);
+        fields.Write(block + encoderOffset, encoderValue);
+        fields.Write(block + timeOffset, time);
+        fields.Write(block + counterOffset, stamp->stampCounter);
+        for (size_t i = 1; i <= ZEROS_BEHIND_INPUTS; ++i)
+        {
+            fields.Write(block + digitalInputsOffset + i, uint8{0});
+        }
+    });
 }
 
 uint8 DefaultStampRegisterBlock::DigitalInputStateFromStamp(wStamp const* stamp)

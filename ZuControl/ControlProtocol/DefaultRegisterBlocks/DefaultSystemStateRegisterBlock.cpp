@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/KnownLayout.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "wApi/wString.h"
 
@@ -56,21 +57,23 @@ size_t DefaultSystemStateRegisterBlock::EndOfFields() const
 
 void DefaultSystemStateRegisterBlock::SerializeSystemStatsData(uint8* destination, DefaultSystemStateData const& source)
 {
-    RegisterEncoder const encoder = ValueEncoder();
-    // In this order: in registers of two bytes the fields overlap, and clients know what is left of them.
-    encoder.Write(destination + stateByte0, source.stateByte0);
-    encoder.Write(destination + value64, source.value64);
-    encoder.Write(destination + jobFileNameLength, source.jobFileNameLength);
-    encoder.Write(destination + stateByte2, source.stateByte2);
-    encoder.Write(destination + stateByte3, source.stateByte3);
+    ValueEncoder(); // refuses a register size that no value can be written with
     uint8* const name = destination + jobFileName;
     size_t const bytesPerCharacter = BytesPerRegister();
-    ZU_CHECK(wMemSet(name, 0, bytesPerCharacter * JobFileNameMaxSize()));
-    for (size_t i = 0; i < source.jobFileNameLength; ++i)
-    {
-        // A character is signed: beyond ASCII a register of two bytes is filled up with ones.
-        encoder.Write(name + bytesPerCharacter * i, static_cast<int8>(source.jobFileName[i]));
-    }
+    WithLayout(BytesPerRegister(), info.IsProtocolBigEndian(), [&](auto fields) {
+        // In this order: in registers of two bytes the fields overlap, and clients know what is left of them.
+        fields.Write(destination + stateByte0, source.stateByte0);
+        fields.Write(destination + value64, source.value64);
+        fields.Write(destination + jobFileNameLength, source.jobFileNameLength);
+        fields.Write(destination + stateByte2, source.stateByte2);
+        fields.Write(destination + stateByte3, source.stateByte3);
+        ZU_CHECK(wMemSet(name, 0, bytesPerCharacter * JobFileNameMaxSize()));
+        for (size_t i = 0; i < source.jobFileNameLength; ++i)
+        {
+            // A character is signed: beyond ASCII a register of two bytes is filled up with ones.
+            fields.Write(name + bytesPerCharacter * i, static_cast<int8>(source.jobFileName[i]));
+        }
+    });
 }
 
 } // namespace ZuControl::ControlProtocol
