@@ -234,57 +234,76 @@ private:
     std::vector<Json*> arrays; // an array does not grow while one of its elements is open
 };
 
+/// Writes each value where it is to stand: nothing is built apart and moved there.
 class ValueSerializer final : public INodeVisitorConst
 {
 public:
     static Json Run(Node const& node)
     {
+        Json result;
         ValueSerializer serializer;
-        if (!node.IsWriteOnly())
-        {
-            node.Accept(serializer);
-        }
-        return std::move(serializer.result);
+        serializer.Descend(node, result);
+        return result;
     }
 
     void VisitValue(Internal::ValueBase const& value) override
     {
-        JsonWriter writer(result);
+        JsonWriter writer(*place);
         value.WriteValue(writer);
     }
 
     void VisitStructure(Structure const& structure) override
     {
-        result = Json::object();
+        Json& object = *place = Json::object();
         for (uint64 i = 0; i < structure.Count(); ++i)
         {
             if (!structure.At(i).IsWriteOnly())
             {
-                result[structure.KeyAt(i)] = Run(structure.At(i));
+                Descend(structure.At(i), object[structure.KeyAt(i)]);
             }
         }
     }
 
     void VisitArray(Internal::ArrayBase const& array) override
     {
-        result = Json::array();
+        Json& list = MakeList(array.Count());
         for (uint64 i = 0; i < array.Count(); ++i)
         {
-            result.push_back(Run(array.ElementAt(i)));
+            list.push_back(nullptr);
+            Descend(array.ElementAt(i), list.back());
         }
     }
 
     void VisitReferenceArray(Internal::ReferenceArray const& array) override
     {
-        result = Json::array();
+        Json& list = MakeList(array.Count());
         for (uint64 i = 0; i < array.Count(); ++i)
         {
-            result.push_back(Run(array.At(i)));
+            list.push_back(nullptr);
+            Descend(array.At(i), list.back());
         }
     }
 
 private:
-    Json result;
+    void Descend(Node const& node, Json& inner)
+    {
+        if (node.IsWriteOnly())
+        {
+            return; // null is all there is to see
+        }
+        Json* const outer = std::exchange(place, &inner);
+        node.Accept(*this);
+        place = outer;
+    }
+
+    Json& MakeList(uint64 count)
+    {
+        *place = Json::array();
+        place->get_ref<Json::array_t&>().reserve(count); // what has been placed stays where it is
+        return *place;
+    }
+
+    Json* place = nullptr;
 };
 
 class SchemaSerializer final : public INodeVisitorConst
