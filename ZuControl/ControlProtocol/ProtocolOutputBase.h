@@ -88,6 +88,8 @@ protected:
     // The changes that all others consist of; they keep the lookup in step with the record. One that finds no memory leaves
     // the items as they were, `PutItem` as they were before `ShiftOutputMap` opened the place.
     void AppendItem(OutputItem const& item) ZU_REQUIRES(lock);
+    /// As `ShiftOutputMap` and `PutItem`.
+    void InsertItem(uint64 index, OutputItem const& item) ZU_REQUIRES(lock);
     void PutItem(uint64 index, OutputItem const& item) ZU_REQUIRES(lock);
     void SetOutputId(uint64 index, OutputId const& id) ZU_REQUIRES(lock);
     void EraseItem(uint64 index) ZU_REQUIRES(lock);

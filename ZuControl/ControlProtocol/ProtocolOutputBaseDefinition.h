@@ -200,8 +200,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add_H
     }
     if (GetOverlappingState(group) != 1)
     {
-        ShiftOutputMap(place);
-        PutItem(place, item);
+        InsertItem(place, item);
         return;
     }
     if (!IsDataShiftSupported() || autoShift)
@@ -320,6 +319,20 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Appen
         throw;
     }
     EndChange();
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::InsertItem(uint64 index,
+                                                                                      OutputItem const& item)
+{
+    uint64 const oldCount = outputs.map.Count();
+    if (index == oldCount && oldCount < maxCount)
+    {
+        AppendItem(item); // in order, as saved maps are: nothing has to make room
+        return;
+    }
+    ShiftOutputMap(index);
+    PutItem(index, item);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>

@@ -203,17 +203,22 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
         OverlapInsert(index, item);
         return;
     }
-    ShiftOutputMap(index, item);
-    PutItem(index, item);
+    CheckRoom(index, item);
+    InsertItem(index, item);
 }
 
 void RegisterProtocolOutputMap::ShiftOutputMap(uint64 index, RegisterOutputItem const& item)
+{
+    CheckRoom(index, item);
+    NumericIdProtocolOutputBase::ShiftOutputMap(index);
+}
+
+void RegisterProtocolOutputMap::CheckRoom(uint64 index, RegisterOutputItem const& item) const
 {
     if (outputs.map.Count() >= maxCount || !hasGap(index, item))
     {
         ZU_THROW(Zu::Status::FULL);
     }
-    NumericIdProtocolOutputBase::ShiftOutputMap(index);
 }
 
 uint16 RegisterProtocolOutputMap::NumOfRegisterOccupies(RegisterOutputItem const& item) const

@@ -66,6 +66,7 @@ private:
     // These two hide those of the base, which moves its items through its own, without the test for room.
     void Add_Helper(Zu::Params::Group const& group, bool autoShift);
     void ShiftOutputMap(uint64 index, RegisterOutputItem const& item) ZU_REQUIRES(lock);
+    void CheckRoom(uint64 index, RegisterOutputItem const& item) const ZU_REQUIRES(lock);
 
     uint16 NumOfRegisterOccupies(RegisterOutputItem const& item) const ZU_REQUIRES(lock);
     /// Whether the space behind `index` can take the item, by a rough estimate.
