@@ -104,6 +104,7 @@ TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
 
 TEST_F(ControlModuleTest, TellsWhatItHasDone)
 {
+    ZuTest::Latch ended; // outlives the module, whose thread opens it
     ZuCore::ResultHub hub(true);
     environ.resultHub = &hub;
     auto const plugin = std::make_shared<ZuTest::FakePlugin>();
@@ -116,7 +117,6 @@ TEST_F(ControlModuleTest, TellsWhatItHasDone)
     ControlModule module(plugins, router, environ);
 
     hub.Publish(ZuTest::MakeSet({"a", "b"}).get());
-    ZuTest::Latch ended;
     operations->AddOpEndEventHandler(ZuEthernetProtocol{3}, [&ended](int) { ended.Open(); });
     operations->StartScan(ZuEthernetProtocol{3}); // there is no core: it fails
     ASSERT_TRUE(ended.Wait());
