@@ -22,8 +22,11 @@ struct Registry
 {
     std::mutex lock; // held for a copy or a swap of the pointer, never while a sink runs
     std::shared_ptr<Sinks const> sinks = std::make_shared<Sinks>();
-    std::atomic<uint32> wanted{0}; // a bit for each of the six kinds of line
 };
+
+/// A bit for each of the six kinds of line. A filter only: it publishes nothing. Not a part of the registry, whose making would
+/// have to be looked at with every line.
+std::atomic<uint32> wantedKinds{0};
 
 Registry& TheRegistry()
 {
@@ -51,7 +54,7 @@ void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks)
         }
     }
     registry.sinks = std::move(sinks);
-    registry.wanted.store(wanted, std::memory_order_relaxed); // a filter only: it publishes nothing
+    wantedKinds.store(wanted, std::memory_order_relaxed);
 }
 
 std::shared_ptr<Sinks const> CurrentSinks()
@@ -85,7 +88,7 @@ void RemoveSink(std::shared_ptr<ISink> const& sink)
 
 bool IsWanted(uint64 flags) noexcept
 {
-    return (TheRegistry().wanted.load(std::memory_order_relaxed) & KindBit(flags)) != 0;
+    return (wantedKinds.load(std::memory_order_relaxed) & KindBit(flags)) != 0;
 }
 
 void Zu_Debug_Log(int line, char const* file, uint64 flags, char const* label, char const* format, ...)

@@ -90,8 +90,8 @@ void DefaultStampRegisterBlock::ExtendedStamp(void* msg, uint64* time, int64* en
 
 size_t DefaultStampRegisterBlock::EndOfFields() const
 {
-    return std::max({EndOfValue(digitalInputsOffset + ZEROS_BEHIND_INPUTS, 1), EndOfValue(valueOffset, 8),
-                     EndOfValue(encoderOffset, 8), EndOfValue(timeOffset, 8), EndOfValue(counterOffset, 8)});
+    size_t const lastWide = std::max({valueOffset, encoderOffset, timeOffset, counterOffset});
+    return std::max(EndOfValue(digitalInputsOffset + ZEROS_BEHIND_INPUTS, 1), EndOfValue(lastWide, 8));
 }
 
 } // namespace ZuControl::ControlProtocol
