@@ -40,11 +40,11 @@ def documents(figure, reference):
 
 GOALS = [
     count("set-allocations", "allocations a reduced set", 1, "Count/FanOut/Allocations"),
-    ratio("fan-out", "fan-out, 16 receivers, 10 % wanted", "plain", 0.25, ("FanOut/16x10%/Module", "FanOut/16x10%/Plain"), gates=True),
+    ratio("fan-out", "fan-out, 16 receivers, 10 % wanted", "plain", 0.25, ("FanOut/16x10%/Module", "FanOut/16x10%/Plain")),
     ratio("fan-out-one", "fan-out, 1 receiver, all wanted", "least", 1.35, ("FanOut/1x100%/Module", "FanOut/1x100%/Least")),
     ratio("fan-out-all", "fan-out, 16 receivers, all wanted", "least", 0.6, ("FanOut/16x100%/Module", "FanOut/16x100%/Least")),
     ratio("fan-out-beside", "fan-out beside releasing threads", "plain", 0.5,
-          ("FanOut/16x10%/BesideReleases/Module", "FanOut/16x10%/BesideReleases/Plain"), gates=True),
+          ("FanOut/16x10%/BesideReleases/Module", "FanOut/16x10%/BesideReleases/Plain")),
     ratio("fan-out-whole", "published to released, CPU", "ZeroMQ", 0.35,
           ("FanOut/16x10%/WholeWay/Module", "FanOut/16x10%/WholeWay/ZeroMq")),
     ratio("add", "add a set, in bursts", "double buffer", 2, ("AddInBursts/Dispatcher", "AddInBursts/DoubleBuffer")),
@@ -112,13 +112,17 @@ def figures_of(goal):
     return [figure for pair in goal.pairs for figure in pair if figure is not None]
 
 
+def fail(text):
+    sys.stderr.write(text + "\n")
+    sys.exit(2)
+
+
 def run(command, **options):
     """The output of a command; one that fails ends it all."""
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **options)
     if done.returncode != 0:
         sys.stderr.write(done.stderr)
-        sys.stderr.write(f"bench: {' '.join(command)} failed with exit status {done.returncode}\n")
-        sys.exit(2)
+        fail(f"bench: {' '.join(command)} failed with exit status {done.returncode}")
     return done.stdout
 
 
@@ -151,7 +155,7 @@ def run_model(folder, wanted, quick):
     figures = collections.defaultdict(lambda: math.inf)
     for one in json.loads(output)["benchmarks"]:
         if one.get("error_occurred"):
-            sys.exit(f"bench: {one['name']}: {one['error_message']}")
+            fail(f"bench: {one['name']}: {one['error_message']}")
         if one["run_type"] == "iteration":
             name = one["run_name"]
             figures[name] = min(figures[name], one["cpu_time"] * nanoseconds[one["time_unit"]])
@@ -165,7 +169,7 @@ def measure(folder, goals, quick):
     figures = {}
     for program in sorted({program_of(figure) for figure in wanted}):
         if not (folder / program).exists():
-            sys.exit(f"bench: {folder / program} is not built; scripts/install-dependencies bench, then ./bench")
+            fail(f"bench: {folder / program} is not built; scripts/install-dependencies bench, then ./bench")
         print(f"running {program} ...", file=sys.stderr)
         if program == INSTRUCTIONS:
             figures.update(run_instructions(folder))
@@ -175,7 +179,7 @@ def measure(folder, goals, quick):
             figures.update(run_contest(folder, program, quick))
     missing = wanted - figures.keys()
     if missing:
-        sys.exit("bench: no figure for " + ", ".join(sorted(missing)))
+        fail("bench: no figure for " + ", ".join(sorted(missing)))
     return figures
 
 
@@ -228,7 +232,7 @@ def select(names, gate):
     programs = set(CONTESTS) | {INSTRUCTIONS, MODEL}
     unknown = [name for name in names if name not in programs and name not in {goal.name for goal in GOALS}]
     if unknown:
-        sys.exit(f"bench: there is no goal or program '{unknown[0]}'; see ./bench --list")
+        fail(f"bench: there is no goal or program '{unknown[0]}'; see ./bench --list")
 
     def is_named(goal):
         return not names or goal.name in names or any(program_of(figure) in names for figure in figures_of(goal))
