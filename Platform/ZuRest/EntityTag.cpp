@@ -18,15 +18,19 @@ uint64 HashOf(std::string_view text)
 {
     constexpr uint64 MULTIPLIER = 0x9E3779B97F4A7C15U; // odd, its bits in no order
     uint64 hash = text.size() * MULTIPLIER;
-    while (!text.empty())
-    {
-        uint64 word = 0;
-        std::size_t const bytes = std::min(text.size(), sizeof(word));
-        std::memcpy(&word, text.data(), bytes);
-        text.remove_prefix(bytes);
+    auto const take = [&hash](uint64 word) {
         hash = (hash ^ word) * MULTIPLIER;
         hash ^= hash >> 32U; // a product moves nothing down
+    };
+    uint64 word = 0;
+    for (; text.size() >= sizeof(word); text.remove_prefix(sizeof(word)))
+    {
+        std::memcpy(&word, text.data(), sizeof(word)); // of a fixed size: one load
+        take(word);
     }
+    word = 0;
+    std::memcpy(&word, text.data(), text.size());
+    take(word);
     return hash * MULTIPLIER;
 }
 

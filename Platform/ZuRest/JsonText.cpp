@@ -116,7 +116,7 @@ private:
         auto const& bytes = value.get_binary();
         if (bytes.has_subtype() && bytes.subtype() == PART_SUBTYPE)
         {
-            text.append(bytes.begin(), bytes.end());
+            text.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
         }
         else
         {
@@ -166,7 +166,8 @@ nlohmann::json PartOf(Zu::Properties::Node const& node)
 {
     std::string text;
     Zu::Properties::JsonTextSerializer::Append(node, text);
-    return nlohmann::json::binary({text.begin(), text.end()}, PART_SUBTYPE);
+    auto const* const bytes = reinterpret_cast<uint8 const*>(text.data());
+    return nlohmann::json::binary({bytes, bytes + text.size()}, PART_SUBTYPE);
 }
 
 } // namespace ZuRest::JsonText
