@@ -7,13 +7,14 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <iterator>
 #include <list>
 #include <map>
 #include <mutex>
+#include <new>
 #include <set>
 #include <thread>
 #include <utility>
-#include <vector>
 
 namespace ZuRest
 {
@@ -35,12 +36,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         Mode mode;
         std::thread::id entrant;
         Admitted admitted;
-    };
-
-    struct Turn
-    {
-        Admitted admitted;
-        std::shared_ptr<Pass> pass;
+        std::shared_ptr<Pass> pass; ///< once its turn has come
     };
 
     bool IsChanging(Place const& place) const
@@ -99,28 +95,37 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         return true;
     }
 
-    std::vector<Turn> NextTurns()
+    /// Takes those out of `waiting` whose turn has come. Where the memory gives out, which `isShort` tells, the others wait
+    /// for the next who comes or goes.
+    std::list<Waiting> NextTurns(bool& isShort)
     {
-        std::vector<Turn> turns;
+        std::list<Waiting> turns;
         std::set<Place> held;
         std::set<std::string> heldTrees;
         std::set<std::string> closingTrees;
-        for (auto one = waiting.begin(); one != waiting.end();)
+        isShort = false;
+        try
         {
-            if (!MayRun(*one, held, heldTrees, closingTrees))
+            for (auto next = waiting.begin(); next != waiting.end();)
             {
-                ++one;
-                continue;
+                auto const one = next++;
+                if (MayRun(*one, held, heldTrees, closingTrees))
+                {
+                    one->pass = Occupy(one->place, one->mode, one->entrant);
+                    turns.splice(turns.end(), waiting, one);
+                }
             }
-            turns.push_back({std::move(one->admitted), Occupy(one->place, one->mode, one->entrant)});
-            one = waiting.erase(one);
+        }
+        catch (std::bad_alloc const&)
+        {
+            isShort = true;
         }
         return turns;
     }
 
-    static void Call(std::vector<Turn> turns)
+    static void Call(std::list<Waiting> turns)
     {
-        for (Turn& turn : turns)
+        for (Waiting& turn : turns)
         {
             ZU_GUARD_BOUNDARY([&turn] { turn.admitted(std::move(turn.pass)); });
         }
@@ -144,7 +149,16 @@ public:
 
     ~Holder() override
     {
-        ZU_GUARD_DESTRUCTOR([this] { state->Leave(place, mode); });
+        if (isInside)
+        {
+            ZU_GUARD_DESTRUCTOR([this] { state->Leave(place, mode); });
+        }
+    }
+
+    /// The place is taken now, and is left at the end.
+    void NoteInside() noexcept
+    {
+        isInside = true;
     }
 
     Holder(Holder const&) = delete;
@@ -168,30 +182,45 @@ private:
     std::shared_ptr<State> const state;
     Place const place;
     Mode const mode;
+    bool isInside = false;
 };
 
 std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& place, Mode mode,
                                                                   std::thread::id entrant)
 {
-    auto pass = std::make_shared<Holder>(shared_from_this(), place, mode);
-    Occupants& here = occupants[place];
+    auto const pass = std::make_shared<Holder>(shared_from_this(), place, mode);
+    Occupants& here = occupants[place]; // one without anybody, as a failure further down leaves it, says nothing
     if (mode == Mode::READ)
     {
         ++here.readers;
-        return pass;
     }
-    here.isChanging = true;
-    changingTrees.insert(place.tree);
-    if (mode == Mode::CHANGE_TREE)
+    else
     {
-        closedTrees.emplace(place.tree, entrant);
+        if (mode == Mode::CHANGE_TREE)
+        {
+            closedTrees.emplace(place.tree, entrant);
+        }
+        try
+        {
+            changingTrees.insert(place.tree);
+        }
+        catch (...)
+        {
+            if (mode == Mode::CHANGE_TREE)
+            {
+                closedTrees.erase(place.tree);
+            }
+            throw;
+        }
+        here.isChanging = true;
     }
+    pass->NoteInside(); // last: nothing is taken back that was not taken
     return pass;
 }
 
 void ResourceLocks::State::Leave(Place const& place, Mode mode)
 {
-    std::vector<Turn> turns;
+    std::list<Waiting> turns;
     {
         std::scoped_lock const guard(lock);
         Occupants& here = occupants[place];
@@ -212,7 +241,8 @@ void ResourceLocks::State::Leave(Place const& place, Mode mode)
         {
             Reopen(place.tree);
         }
-        turns = NextTurns();
+        bool isShort = false;
+        turns = NextTurns(isShort);
     }
     changeEnded.notify_all();
     Call(std::move(turns));
@@ -237,13 +267,25 @@ ResourceLocks::~ResourceLocks()
 
 void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
 {
-    std::vector<State::Turn> turns;
+    std::list<State::Waiting> turns;
+    bool isForgotten = false;
     {
         std::scoped_lock const guard(state->lock);
-        state->waiting.push_back({place, mode, std::this_thread::get_id(), std::move(admitted)});
-        turns = state->NextTurns();
+        state->waiting.push_back({place, mode, std::this_thread::get_id(), std::move(admitted), nullptr});
+        auto const own = std::prev(state->waiting.end());
+        bool isShort = false;
+        turns = state->NextTurns(isShort);
+        isForgotten = isShort && own->pass == nullptr;
+        if (isForgotten)
+        {
+            state->waiting.erase(own); // perhaps nobody would come who lets it in
+        }
     }
     State::Call(std::move(turns));
+    if (isForgotten)
+    {
+        throw std::bad_alloc();
+    }
 }
 
 ResourceLocks::InnerPass ResourceLocks::EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec)

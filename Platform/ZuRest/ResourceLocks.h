@@ -55,7 +55,8 @@ public:
     ResourceLocks& operator=(ResourceLocks const&) = delete;
 
     /// Calls `admitted` when it is the turn of this one: at once on this thread, or on that of the one who leaves. It hands
-    /// the work on and comes back soon. A change of a whole tree is carried out on the thread that has called this.
+    /// the work on and comes back soon. A change of a whole tree is carried out on the thread that has called this. Throws
+    /// std::bad_alloc for one who cannot be let in for want of memory, and then never calls it.
     void Enter(Place const& place, Mode mode, Admitted admitted);
 
     /// For a read that a running request asks for, which others may be waiting for: it passes those who only wait, and a

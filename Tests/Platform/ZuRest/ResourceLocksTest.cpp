@@ -1,9 +1,12 @@
 #include "ZuRest/ResourceLocks.h"
 
+#include "Support/AllocationFailure.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <map>
+#include <new>
 #include <thread>
 
 namespace ZuRest
@@ -210,6 +213,41 @@ TEST_F(ResourceLocksTest, GoesOnBehindOneWhoThrows)
     Leave("first");
 
     EXPECT_TRUE(Runs("third"));
+}
+
+TEST_F(ResourceLocksTest, LetsInOrRefusesWhenTheMemoryGivesOutAndKeepsNoPlaceTaken)
+{
+    Place const place = Place::Of("/a tree whose name needs memory of its own/and a place too, of course");
+    for (Mode const mode : {Mode::READ, Mode::CHANGE, Mode::CHANGE_TREE})
+    {
+        uint64 number = 0;
+        for (bool hasFailed = true; hasFailed && number < 1000;)
+        {
+            SCOPED_TRACE("allocation " + std::to_string(++number));
+            std::shared_ptr<ResourceLocks::Pass> pass;
+            ResourceLocks::Admitted const admitted = [&pass](auto given) { pass = std::move(given); };
+            bool isRefused = false;
+            {
+                ZuTest::AllocationFailure const failure(number);
+                try
+                {
+                    locks.Enter(place, mode, admitted);
+                }
+                catch (std::bad_alloc const&)
+                {
+                    isRefused = true;
+                }
+                hasFailed = failure.HasHappened();
+            }
+            EXPECT_EQ(isRefused, pass == nullptr);
+            EXPECT_EQ(isRefused, hasFailed);
+
+            pass.reset();
+            locks.Enter(place, Mode::CHANGE_TREE, admitted);
+            EXPECT_NE(pass, nullptr); // nobody is left inside
+        }
+        EXPECT_GT(number, 1u);
+    }
 }
 
 } // namespace ZuRest
