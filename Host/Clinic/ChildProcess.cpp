@@ -139,8 +139,13 @@ private:
     void ReadAll()
     {
         std::array<char, 4096> bytes;
-        for (ssize_t count = 0; (count = read(reading, bytes.data(), bytes.size())) > 0;)
+        while (heard <= ChildProcess::MOST_BYTES) // one who does not stop talking is never read empty
         {
+            ssize_t const count = read(reading, bytes.data(), bytes.size());
+            if (count <= 0)
+            {
+                return;
+            }
             heard += static_cast<std::size_t>(count);
             for (char const byte : std::string_view(bytes.data(), static_cast<std::size_t>(count)))
             {

@@ -88,10 +88,10 @@ TEST(ChildProcess, EndsWhatIsSilent)
             pause();
         }
         },
-        std::chrono::milliseconds(100));
+        std::chrono::milliseconds(2000));
 
     EXPECT_EQ(end.said, (Texts{"before"}));
-    EXPECT_EQ(end.fault, "came to no end within 100 ms");
+    EXPECT_EQ(end.fault, "came to no end within 2000 ms");
 }
 
 TEST(ChildProcess, EndsWhatDoesNotStopTalking)
