@@ -22,10 +22,16 @@ ProtocolRegisterAssemblyGroup::~ProtocolRegisterAssemblyGroup() = default;
 void ProtocolRegisterAssemblyGroup::Add(IProtocolRegisterAssembly& assembly, IControlActionTarget& actionTarget)
 {
     Zu::Locker const guard(lock);
-    if (!assemblies.try_emplace(assembly.Id(), RegisterAssemblyInstance{&assembly, &actionTarget}).second)
+    auto const [entry, isNew] =
+        assemblies.try_emplace(assembly.Id(), RegisterAssemblyInstance{&assembly, &actionTarget});
+    if (!isNew)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "Failed to insert register assembly %1$s. Check if it is a duplicate",
                  assembly.Id());
+    }
+    {
+        std::scoped_lock const lookupGuard(lookupLock);
+        lookup.emplace(entry->first, &entry->second);
     }
     count.store(assemblies.size(), std::memory_order_relaxed);
 }
@@ -56,8 +62,8 @@ bool ProtocolRegisterAssemblyGroup::HasRegisterAssembly(char const* id) const
     {
         return false;
     }
-    Zu::Locker const guard(lock);
-    return assemblies.contains(id);
+    std::scoped_lock const guard(lookupLock);
+    return lookup.contains(id);
 }
 
 IProtocolRegisterAssembly& ProtocolRegisterAssemblyGroup::RegisterAssembly(char const* id) const
@@ -99,13 +105,13 @@ RegisterAssemblyInstance const& ProtocolRegisterAssemblyGroup::FindRegisterAssem
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "No register assembly has been added");
     }
-    Zu::Locker const guard(lock);
-    auto const found = assemblies.find(id);
-    if (found == assemblies.end())
+    std::scoped_lock const guard(lookupLock); // not the group's: the caller may hold the lock of an assembly
+    auto const found = lookup.find(id);
+    if (found == lookup.end())
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "Register assembly %1$s not found", id);
     }
-    return found->second; // stays: nothing is ever taken out of the map, whose nodes do not move
+    return *found->second; // stays: nothing is ever taken out of the map, whose nodes do not move
 }
 
 void ProtocolRegisterAssemblyGroup::RemoveDuplicates(std::vector<std::string>& texts) const

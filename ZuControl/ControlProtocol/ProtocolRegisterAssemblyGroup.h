@@ -7,7 +7,9 @@
 #include "wApi/wTypes.h"
 
 #include <atomic>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,11 @@ private:
     // Order: this lock, then the assemblies' locks. Guards the map alone; nothing is ever taken out of it.
     mutable wLock lock;
     std::map<std::string, RegisterAssemblyInstance> assemblies ZU_GUARDED_BY(lock);
+
+    // A leaf: guards the same once more, for lookups by those who hold the lock of an assembly.
+    mutable std::mutex lookupLock;
+    std::map<std::string, RegisterAssemblyInstance const*, std::less<>> lookup;
+
     std::atomic<uint64> count{0}; // of the map; read where no lock is taken
 };
 

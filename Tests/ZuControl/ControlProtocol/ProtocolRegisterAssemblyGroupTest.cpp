@@ -127,6 +127,7 @@ TEST(ProtocolRegisterAssemblyGroup, SaysWithoutItsLockWhetherItIsEmpty)
 
     EXPECT_FALSE(group.Empty());
     EXPECT_FALSE(group.HasRegisterAssembly(nullptr));
+    EXPECT_EQ(&group.RegisterAssembly(assembly.Id()), &assembly) << "who holds an assembly's lock may look it up";
 
     assembly.answer.Open();
     asking.join();
