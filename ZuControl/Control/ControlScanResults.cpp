@@ -199,8 +199,9 @@ void ControlScanResults::RefreshGroups()
     groups.clear();
     std::vector<ScanOutputMap const*> wanted;
     auto receivers = decltype(Group::receivers)();
+    std::vector<Group> newGroups;
     auto const close = [&] {
-        groups.push_back({std::exchange(receivers, {}), ScanOutputPlan(wanted)});
+        newGroups.push_back({std::exchange(receivers, {}), ScanOutputPlan(wanted)});
         wanted.clear();
     };
     for (auto const& entry : dispatchers)
@@ -221,6 +222,7 @@ void ControlScanResults::RefreshGroups()
     {
         close();
     }
+    groups.swap(newGroups);
     groupedChangeCount = changeCount;
 }
 

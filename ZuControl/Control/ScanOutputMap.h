@@ -52,7 +52,7 @@ public:
     std::string const* Text(uint64 numericId) const;
 
 private:
-    Texts const texts;
+    Texts const texts{};
 };
 
 } // namespace ZuControl
