@@ -254,6 +254,7 @@ class Configuration(unittest.TestCase):
 
     def test_another_port_is_bound_anew_and_a_busy_one_changes_nothing(self):
         with ascii_host() as host, RestClient(host.http_port) as rest, connect(host) as client:
+            client.ask("LIST")  # it is a client by now, and not only on its way
             with socket.create_server(("127.0.0.1", 0)) as taken:
                 busy = taken.getsockname()[1]
                 refused = rest.put(ASCII, {"parameters": {"port": busy}})
