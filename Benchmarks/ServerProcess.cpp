@@ -1,6 +1,7 @@
 #include "ServerProcess.h"
 
 #include <cerrno>
+#include <csignal>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -71,8 +72,10 @@ ServerProcess::ServerProcess(Starter const& start)
 
 ServerProcess::~ServerProcess()
 {
-    close(leash);
+    // Its leash alone would not do: a server that was started later holds a copy of it.
+    kill(process, SIGKILL);
     waitpid(process, nullptr, 0);
+    close(leash);
 }
 
 } // namespace ZuBench

@@ -36,7 +36,7 @@ public:
 
 private:
     pid_t process = -1;
-    int leash = -1; // a pipe that is closed to end the process
+    int leash = -1; // a pipe: when this process ends, so does the server
     uint16 port = 0;
     clockid_t clock{};
 };
