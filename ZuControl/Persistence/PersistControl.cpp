@@ -180,7 +180,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     {
         LoadControlInstanceSettings(instance, settings);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         failed = true; // the lines were written where it arose
     }
@@ -225,7 +225,7 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json 
             JsonSerializer::Deserialize(group, *parameters);
             instance.ParamsUpdate();
         }
-        catch (std::exception const&)
+        catch (...)
         {
             ZU_LOG_USER_WARNING(
                 "Error updating parameters for service %s. Parameters may require manual configuration.", service);
@@ -234,7 +234,7 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json 
         }
         instance.EndUpdateParameters();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_USER_WARNING("Error loading parameters for service %1$s. Parameters may require manual configuration.",
                             service);
@@ -269,7 +269,7 @@ void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Json
             LoadOutputMapEntries(instance, *map);
             instance.OutputsUpdate();
         }
-        catch (std::exception const&)
+        catch (...)
         {
             ZU_LOG_USER_WARNING(
                 "Error adding connections for service %1$s. Connections may require manual configuration.", service);
@@ -278,7 +278,7 @@ void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Json
         }
         instance.EndUpdateOutputsMap();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_USER_WARNING("Error loading connections for service %1$s. Connections may require manual configuration.",
                             service);
@@ -360,7 +360,7 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Json 
             LoadRegisterAssemblyBlocks(instance, entry, id.c_str());
             instance.RegisterAssemblyUpdate(id.c_str());
         }
-        catch (std::exception const&)
+        catch (...)
         {
             ZU_LOG_USER_WARNING("Error filling connection map %1$s for service %2$s. Connection map may require manual "
                                 "configuration.",
@@ -370,7 +370,7 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Json 
         }
         instance.EndUpdateRegisterAssembly(id);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_USER_WARNING("Error loading connection map %1$s for service %2$s. Connection map may require manual "
                             "configuration.",
@@ -395,7 +395,7 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Json
         assembly.ResetRegisterAssembly(); // the default blocks go
         target.InvokeAction(ACTION_ADD, *args);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         // Guarded, so that a reset that fails too does not hide what went wrong first.
         ZU_GUARD_BOUNDARY([&] { instance.ResetInstance(true, IControlInstance::DataToResetRegisterAssemblies); });
@@ -464,7 +464,7 @@ void PersistControl::SaveControlInstanceParams(IControlInstance& instance, Json&
         settings[KEY_PARAMETERS] = JsonSerializer::Serialize(instance.Params());
         settings[KEY_PARAMETERS_VERSION] = instance.ParamsVersion();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_USER_WARNING("Error saving parameters for service %1$s. Please check the parameter settings.", service);
         ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
@@ -487,7 +487,7 @@ void PersistControl::SaveControlInstanceOutputs(IControlInstance& instance, Json
         {
             settings[KEY_OUTPUTS] = JsonSerializer::Serialize(instance.OutputsMap());
         }
-        catch (std::exception const&)
+        catch (...)
         {
             ZU_LOG_USER_WARNING("Error saving connections for service %1$s. Please check the connections.", service);
             ZU_LOG_CAUGHT("Error saving connections for service %s", service);
@@ -495,7 +495,7 @@ void PersistControl::SaveControlInstanceOutputs(IControlInstance& instance, Json
         }
         instance.OutputsMapEndLock();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
         ZU_THROW_NESTED("Error locking/unlocking connections for service %s", service);
@@ -524,7 +524,7 @@ void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& insta
             {
                 list.push_back(AssemblyDocument(instance.RegisterAssembly(id.c_str())));
             }
-            catch (std::exception const&)
+            catch (...)
             {
                 ZU_LOG_USER_WARNING("Error saving connection map for service %1$s. Please check the connection map.",
                                     service);
@@ -538,7 +538,7 @@ void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& insta
             }
         }
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
         ZU_THROW_NESTED("Error locking/unlocking or getting list connection map for %s", service);

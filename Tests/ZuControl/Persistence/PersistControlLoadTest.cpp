@@ -331,6 +331,20 @@ TEST_F(PersistControlLoadTest, RejectsParametersThatTheProtocolRefuses)
     EXPECT_EQ(Entries(), "");
 }
 
+TEST_F(PersistControlLoadTest, ClosesTheBracketAlsoBehindWhatIsNoException)
+{
+    BuildFull();
+    hooks.on["ParamsUpdate"] = [] { throw 42; };
+
+    EXPECT_EQ(Loaded(Full()), partial);
+
+    Lines expected = ParamsRejected({});
+    expected.resize(2); // there is no text to show
+    EXPECT_EQ(lines, expected);
+    ExpectBrackets(1);
+    EXPECT_TRUE(instance->IsEnabled());
+}
+
 TEST_F(PersistControlLoadTest, WritesTheOuterLinesAloneWhenTheUpdateOfParametersCannotBegin)
 {
     BuildFull();
