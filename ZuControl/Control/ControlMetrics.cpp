@@ -95,14 +95,22 @@ void ControlMetrics::ReadReport(std::string const& key, ReportHandler const& rea
     reader(source);
 }
 
+ControlVitals::Metrics ControlMetrics::Vitals() const
+{
+    return pulse.Read();
+}
+
 void ControlMetrics::UpdateMetrics()
 {
+    MetricsPulse::Round round(pulse);
     for (std::string const& name : manager.List())
     {
+        round.ComeTo(name);
         ZuCommon::IMetricsKeeper& keeper = manager.GetInstance(name).MetricsKeeper();
         Zu::Locker const guard(recordLock);
         keeper.UpdateMetrics(); // one that throws ends this round: the timer says so
     }
+    round.Done();
 }
 
 void ControlMetrics::DispatchReports()

@@ -4,6 +4,7 @@
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/GuardedEvent.h"
 #include "ZuCommon/IMetricsReporter.h"
+#include "ZuControl/Control/MetricsPulse.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
 #include "wApi/wThreadSafety.h"
@@ -54,6 +55,9 @@ public:
     /// handlers: a report may be waiting for it. -999 for an unknown type.
     void ReadReport(std::string const& key, ReportHandler const& reader);
 
+    /// How the updates go. It waits for none.
+    ControlVitals::Metrics Vitals() const;
+
 private:
     friend class ControlMetricsTest; // the intervals are changed by nobody else
 
@@ -76,6 +80,7 @@ private:
     void StopUpdateTimer();
 
     IControlManager& manager;
+    MetricsPulse pulse;
 
     // Held while a protocol brings its record up to date and while anybody reads one: handlers run under it. Taken by the
     // timers and by readers, never by who adds or removes a handler.

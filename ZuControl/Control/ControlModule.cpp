@@ -36,4 +36,25 @@ ControlStatistics ControlModule::Statistics()
     return statistics;
 }
 
+ControlVitals ControlModule::Vitals()
+{
+    ControlVitals vitals;
+    auto const operation = manager.Operations().OperationUnderWay().value_or(ControlProtocolOperations::UnderWay());
+    vitals.operation.name = operation.name;
+    vitals.operation.sinceUsec = operation.sinceUsec;
+    for (std::string const& typeName : manager.List())
+    {
+        ZuEthernetProtocol const protocol = manager.GetInstance(typeName).EthernetProtocolId();
+        auto const counters = scanResults.CountersOf(protocol);
+        vitals.dispatchers.push_back({typeName, counters->hasDied.load(std::memory_order_relaxed),
+                                      counters->busySinceUsec.load(std::memory_order_relaxed)});
+        if (operation.sinceUsec != 0 && protocol == operation.protocol)
+        {
+            vitals.operation.typeName = typeName;
+        }
+    }
+    vitals.metrics = metrics.Vitals();
+    return vitals;
+}
+
 } // namespace ZuControl

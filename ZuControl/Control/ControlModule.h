@@ -5,6 +5,7 @@
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/ControlStatistics.h"
+#include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlDir.h"
 
@@ -38,6 +39,9 @@ public:
 
     /// What the module has counted so far. Any thread may ask.
     ControlStatistics Statistics();
+
+    /// How its threads fare. Any thread may ask; it waits for none of them.
+    ControlVitals Vitals();
 
     ControlModule(ControlModule const&) = delete;
     ControlModule& operator=(ControlModule const&) = delete;

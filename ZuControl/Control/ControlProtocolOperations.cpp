@@ -4,6 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuControl/Control/IControlSystemInterface.h"
+#include "wApi/wTime.h"
 
 #include <utility>
 
@@ -116,10 +117,16 @@ uint64 ControlProtocolOperations::RefusedCount() const
     return refusedCount.load(std::memory_order_relaxed);
 }
 
+std::optional<ControlProtocolOperations::UnderWay> ControlProtocolOperations::OperationUnderWay() const
+{
+    std::scoped_lock const guard(underWayLock);
+    return underWay;
+}
+
 void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action,
                                                  ControlOperationsParams params)
 {
-    if (!OperationBegin())
+    if (!TakeTheTurn(protocol, action))
     {
         refusedCount.fetch_add(1, std::memory_order_relaxed);
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
@@ -212,6 +219,44 @@ bool ControlProtocolOperations::IsAsynchronous(ActionId action)
     return action == ActionAlignment || action == ActionTestAsync || action == ActionTestAsyncThrow;
 }
 
+char const* ControlProtocolOperations::NameOf(ActionId action)
+{
+    switch (action)
+    {
+    case ActionStartScan:
+        return "scan start";
+    case ActionStopScan:
+        return "scan stop";
+    case ActionAlignment:
+        return "alignment";
+    case ActionClearAlignment:
+        return "removal of the alignment";
+    case ActionLoadJob:
+        return "job load";
+    case ActionSoftwareTrigger:
+        return "software trigger";
+    case ActionSetNextIpConfig:
+        return "change of the IP configuration";
+    case ActionFactoryRestore:
+        return "factory restore";
+    case ActionRestart:
+        return "restart";
+    default:
+        return "test"; // no public operation leads here
+    }
+}
+
+bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionId action)
+{
+    std::scoped_lock const guard(underWayLock);
+    if (!OperationBegin())
+    {
+        return false;
+    }
+    underWay = UnderWay{protocol, NameOf(action), wTime_NowUsec()};
+    return true;
+}
+
 void ControlProtocolOperations::BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId)
 {
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
@@ -235,6 +280,8 @@ bool ControlProtocolOperations::OperationBegin()
 
 int ControlProtocolOperations::OperationFinish()
 {
+    std::scoped_lock const guard(underWayLock);
+    underWay.reset();
     return operationFlag.exchange(0);
 }
 

@@ -74,6 +74,17 @@ public:
     uint64 FailedCount() const;
     uint64 RefusedCount() const;
 
+    /// An operation in flight.
+    struct UnderWay
+    {
+        ZuEthernetProtocol protocol{}; ///< who asked for it
+        char const* name = "";         ///< "job load"
+        uint64 sinceUsec = 0;          ///< a moment of `wTime_NowUsec`
+    };
+
+    /// Any thread may ask.
+    std::optional<UnderWay> OperationUnderWay() const;
+
 private:
     friend class ControlProtocolOperationsTest; // the only way to the test actions
 
@@ -111,6 +122,8 @@ private:
     void RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams params);
     bool RunAction(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams const& params);
     static bool IsAsynchronous(ActionId action);
+    static char const* NameOf(ActionId action);
+    bool TakeTheTurn(ZuEthernetProtocol protocol, ActionId action);
     void BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId);
 
     bool OperationBegin();
@@ -134,7 +147,11 @@ private:
     std::mutex opEndEventsLock;
     std::map<ZuEthernetProtocol, Zu::GuardedEvent<int>> opEndEvents;
 
-    std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight
+    std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight; it changes under the lock below
+
+    mutable std::mutex underWayLock; // a leaf, so that what is told of an operation goes with the flag
+    std::optional<UnderWay> underWay;
+
     std::atomic<bool> runningFlag{true};
     std::atomic<uint64> succeededCount{0}; // these three publish nothing
     std::atomic<uint64> failedCount{0};

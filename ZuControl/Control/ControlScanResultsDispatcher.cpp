@@ -98,6 +98,7 @@ void ControlScanResultsDispatcher::Stop()
     running.store(false, std::memory_order_relaxed);
     int exitCode = 0;
     ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, &exitCode));
+    counters->hasDied.store(false, std::memory_order_relaxed); // nobody misses it any more
     if (exitCode != Zu::Status::SUCCESS)
     {
         ZU_LOG_INFO("ControlScanResultsDispatcher thread stopped with error:%d", exitCode);
@@ -122,15 +123,18 @@ uint64 ControlScanResultsDispatcher::GetClientCount()
 
 int ControlScanResultsDispatcher::RunThread(void* object)
 {
+    auto& self = *static_cast<ControlScanResultsDispatcher*>(object);
     try
     {
-        static_cast<ControlScanResultsDispatcher*>(object)->ProcessingLoop();
+        self.ProcessingLoop();
         return Zu::Status::SUCCESS;
     }
     catch (...)
     {
         int const status = Zu::CaughtStatus();
         ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
+        self.counters->busySinceUsec.store(0, std::memory_order_relaxed);
+        self.counters->hasDied.store(true, std::memory_order_relaxed);
         return status;
     }
 }
@@ -150,11 +154,14 @@ void ControlScanResultsDispatcher::Dispatch()
     {
         counters->batches.fetch_add(1, std::memory_order_relaxed);
         counters->resultSets.fetch_add(count, std::memory_order_relaxed);
-        counters->ageUsec.fetch_add(wTime_NowUsec() - readSinceUsec, std::memory_order_relaxed);
+        uint64 const now = wTime_NowUsec();
+        counters->ageUsec.fetch_add(now - readSinceUsec, std::memory_order_relaxed);
+        counters->busySinceUsec.store(now, std::memory_order_relaxed);
         {
             Zu::Locker const guard(handlerLock);
             resultEvent.Fire(&readList);
         }
+        counters->busySinceUsec.store(0, std::memory_order_relaxed);
         ZU_CHECK(wArrayList_Purge(readList));
     }
     Zu::Locker const guard(listLock);

@@ -7,6 +7,7 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ThreadNames.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
@@ -149,6 +150,57 @@ TEST_F(ControlMetricsTest, EndsARoundOfUpdatesAtTheFirstThatThrowsAndGoesOnWithT
     EXPECT_EQ(lines[0].text, "EXCEPTION THROWN: ");
     EXPECT_EQ(lines[1], ZuTest::CaughtForeign("no record"));
     EXPECT_EQ(lines[2], ZuTest::BackTrace());
+}
+
+TEST_F(ControlMetricsTest, TellsWhenARoundOfUpdatesWasLastDone)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    uint64 const builtUsec = metrics->Vitals().lastDoneUsec;
+    EXPECT_LE(builtUsec, wTime_NowUsec());
+    EXPECT_GT(builtUsec, wTime_NowUsec() - NEVER_USEC);
+    uint64 const beginUsec = wTime_NowUsec();
+
+    Update();
+
+    ControlVitals::Metrics const vitals = metrics->Vitals();
+    EXPECT_GE(vitals.lastDoneUsec, beginUsec);
+    EXPECT_EQ(vitals.roundSinceUsec, 0u);
+    EXPECT_EQ(vitals.lastFailureUsec, 0u);
+}
+
+TEST_F(ControlMetricsTest, TellsWhoseUpdateFailedAndWhen)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    b.on["UpdateMetrics"] = [] { throw std::runtime_error("no record"); };
+    uint64 const builtUsec = metrics->Vitals().lastDoneUsec;
+    uint64 const beginUsec = wTime_NowUsec();
+
+    EXPECT_THROW(Update(), std::runtime_error);
+
+    ControlVitals::Metrics const vitals = metrics->Vitals();
+    EXPECT_EQ(vitals.typeName, "b");
+    EXPECT_GE(vitals.lastFailureUsec, beginUsec);
+    EXPECT_EQ(vitals.lastDoneUsec, builtUsec);
+    EXPECT_EQ(vitals.roundSinceUsec, 0u);
+}
+
+TEST_F(ControlMetricsTest, TellsAtWhomAnUpdateStandsWithoutWaitingForIt)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    uint64 const beginUsec = wTime_NowUsec();
+    a.on["UpdateMetrics"] = [this] {
+        entered.Open();
+        release.Wait();
+    };
+    ChangeUpdateInterval(QUICK_USEC);
+    ASSERT_TRUE(entered.Wait());
+
+    ControlVitals::Metrics const vitals = metrics->Vitals();
+
+    EXPECT_EQ(vitals.typeName, "a");
+    EXPECT_GE(vitals.roundSinceUsec, beginUsec);
+    EXPECT_LE(vitals.roundSinceUsec, wTime_NowUsec());
+    release.Open();
 }
 
 TEST_F(ControlMetricsTest, GivesTheRecordItselfAsTheLastReport)

@@ -9,11 +9,13 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
+#include "ZuCommon/PersistManager.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
@@ -22,6 +24,25 @@ namespace ZuControl
 
 using ZuTest::Refusal;
 using ZuTest::RefusalOf;
+
+namespace
+{
+
+/// A load takes until it is released.
+class HeldJobs final : public ZuCommon::PersistManager
+{
+public:
+    void LoadJob(std::string const& /*name*/) override
+    {
+        entered.Open();
+        release.Wait();
+    }
+
+    ZuTest::Latch entered;
+    ZuTest::Latch release;
+};
+
+} // namespace
 
 class ControlModuleTest : public testing::Test
 {
@@ -131,6 +152,38 @@ TEST_F(ControlModuleTest, TellsWhatItHasDone)
     ASSERT_EQ(statistics.protocols.size(), 1u);
     EXPECT_EQ(statistics.protocols[0].typeName, "x");
     EXPECT_EQ(statistics.protocols[0].batches, 0u);
+}
+
+TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
+{
+    HeldJobs jobs; // outlives the module, whose worker is held in it
+    environ.persistManager = &jobs;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    ControlProtocolOperations* operations = nullptr;
+    plugin->Offer("other", [this](auto const&) { return std::make_shared<ZuTest::FakeProtocol>(calls, 2); });
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        operations = given.operations;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+    EXPECT_EQ(module.Vitals().operation.sinceUsec, 0u);
+    uint64 const beginUsec = wTime_NowUsec();
+    operations->LoadJob(ZuEthernetProtocol{3}, "job");
+    ASSERT_TRUE(jobs.entered.Wait());
+
+    ControlVitals const vitals = module.Vitals();
+
+    jobs.release.Open();
+    EXPECT_EQ(vitals.operation.typeName, "x");
+    EXPECT_STREQ(vitals.operation.name, "job load");
+    EXPECT_GE(vitals.operation.sinceUsec, beginUsec);
+    ASSERT_EQ(vitals.dispatchers.size(), 2u);
+    EXPECT_EQ(vitals.dispatchers[0].typeName, "other");
+    EXPECT_EQ(vitals.dispatchers[1].typeName, "x");
+    EXPECT_FALSE(vitals.dispatchers[1].hasDied);
+    EXPECT_EQ(vitals.dispatchers[1].busySinceUsec, 0u);
+    EXPECT_GT(vitals.metrics.lastDoneUsec, 0u);
 }
 
 TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)

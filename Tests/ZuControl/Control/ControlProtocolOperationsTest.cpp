@@ -6,6 +6,8 @@
 #include "Support/NoNewThreads.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
+#include "ZuApi/Exception.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
@@ -100,6 +102,7 @@ struct SimpleOperation
     std::function<void(ControlProtocolOperations&)> begin;
     char const* call;
     int action;
+    char const* title;
 };
 
 class ControlProtocolOperationsSimple : public ControlProtocolOperationsTest,
@@ -131,23 +134,46 @@ TEST_P(ControlProtocolOperationsSimple, EndsWithStatusZeroWhateverItThrows)
                            ZuTest::CaughtEntry(-998, "no"), ZuTest::BackTrace()}));
 }
 
+TEST_P(ControlProtocolOperationsSimple, IsToldAsUnderWayUntilItHasEnded)
+{
+    ZuTest::Latch release;
+    scanEngines.on[GetParam().call] = systemInterface.on[GetParam().call] = [&release] { release.Wait(); };
+    EXPECT_FALSE(operations->OperationUnderWay().has_value());
+    uint64 const beginUsec = wTime_NowUsec();
+
+    GetParam().begin(*operations);
+
+    auto const underWay = operations->OperationUnderWay();
+    release.Open();
+    ASSERT_TRUE(underWay.has_value());
+    EXPECT_EQ(underWay->protocol, PROTOCOL_7);
+    EXPECT_STREQ(underWay->name, GetParam().title);
+    EXPECT_GE(underWay->sinceUsec, beginUsec);
+    EXPECT_LE(underWay->sinceUsec, wTime_NowUsec());
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_FALSE(operations->OperationUnderWay().has_value());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Every, ControlProtocolOperationsSimple,
-    testing::Values(
-        SimpleOperation{"StartScan", [](auto& o) { o.StartScan(PROTOCOL_7); }, "Start", 0},
-        SimpleOperation{"StopScan", [](auto& o) { o.StopScan(PROTOCOL_7); }, "Stop", 1},
-        SimpleOperation{"ClearAlignment", [](auto& o) { o.ClearAlignment(PROTOCOL_7, "s"); }, "ClearAlignment(s)", 3},
-        SimpleOperation{"LoadJob", [](auto& o) { o.LoadJob(PROTOCOL_7, "job"); }, "LoadJob(job)", 4},
-        SimpleOperation{"SoftwareTrigger", [](auto& o) { o.SoftwareTrigger(PROTOCOL_7, ""); }, "SoftwareTrigger()", 5},
-        SimpleOperation{"SetNextIpConfig",
-                        [](auto& o) {
+    testing::Values(SimpleOperation{"StartScan", [](auto& o) { o.StartScan(PROTOCOL_7); }, "Start", 0, "scan start"},
+                    SimpleOperation{"StopScan", [](auto& o) { o.StopScan(PROTOCOL_7); }, "Stop", 1, "scan stop"},
+                    SimpleOperation{"ClearAlignment", [](auto& o) { o.ClearAlignment(PROTOCOL_7, "s"); },
+                                    "ClearAlignment(s)", 3, "removal of the alignment"},
+                    SimpleOperation{"LoadJob", [](auto& o) { o.LoadJob(PROTOCOL_7, "job"); }, "LoadJob(job)", 4,
+                                    "job load"},
+                    SimpleOperation{"SoftwareTrigger", [](auto& o) { o.SoftwareTrigger(PROTOCOL_7, ""); },
+                                    "SoftwareTrigger()", 5, "software trigger"},
+                    SimpleOperation{"SetNextIpConfig",
+                                    [](auto& o) {
     wIpConfig config;
     config.address = {192, 168, 1, 10};
     o.SetNextIpConfig(PROTOCOL_7, config);
-                        },
-                        "SetNextIpConfig(10)", 6},
-        SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore", 7},
-        SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart", 8}),
+                                    },
+                                    "SetNextIpConfig(10)", 6, "change of the IP configuration"},
+                    SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore",
+                                    7, "factory restore"},
+                    SimpleOperation{"Restart", [](auto& o) { o.Restart(PROTOCOL_7); }, "Restart", 8, "restart"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST_F(ControlProtocolOperationsTest, CountsHowOperationsEnded)
@@ -166,6 +192,22 @@ TEST_F(ControlProtocolOperationsTest, CountsHowOperationsEnded)
     EXPECT_EQ(operations->SucceededCount(), 1u);
     EXPECT_EQ(operations->FailedCount(), 1u);
     EXPECT_EQ(operations->RefusedCount(), 1u);
+}
+
+TEST_F(ControlProtocolOperationsTest, TellsAnAlignmentAsUnderWayUntilTheScannerReportsIt)
+{
+    operations->Alignment(PROTOCOL_7, "s");
+    ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
+
+    EXPECT_THROW(operations->Restart(PROTOCOL_8), Zu::Exception); // one that is refused takes nobody's place
+
+    auto const underWay = operations->OperationUnderWay();
+    ASSERT_TRUE(underWay.has_value());
+    EXPECT_EQ(underWay->protocol, PROTOCOL_7);
+    EXPECT_STREQ(underWay->name, "alignment");
+    CompleteAlignment();
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_FALSE(operations->OperationUnderWay().has_value());
 }
 
 TEST_F(ControlProtocolOperationsTest, RefusesASecondOperationAndLeavesTheFirstAlone)

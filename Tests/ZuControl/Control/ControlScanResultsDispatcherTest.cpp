@@ -93,6 +93,21 @@ TEST_F(ControlScanResultsDispatcherTest, CountsBatchesAndSetsAndHowLongTheyWaite
     EXPECT_LE(counters->ageUsec, 2 * 30'000'000u); // of what is not older than this test
 }
 
+TEST_F(ControlScanResultsDispatcherTest, TellsSinceWhenTheHandlersHaveABatch)
+{
+    EXPECT_EQ(counters->busySinceUsec, 0u);
+    uint64 const beginUsec = wTime_NowUsec();
+
+    HoldInABatch();
+
+    EXPECT_GE(counters->busySinceUsec, beginUsec);
+    EXPECT_LE(counters->busySinceUsec, wTime_NowUsec());
+    release.Open();
+    dispatcher.Stop();
+    EXPECT_EQ(counters->busySinceUsec, 0u);
+    EXPECT_FALSE(counters->hasDied);
+}
+
 TEST_F(ControlScanResultsDispatcherTest, HandsAllThatGatheredInOnePassOverAtOnceAndInOrder)
 {
     AddNoting();
@@ -275,6 +290,17 @@ struct ThrowingHandler
     int32 status;
 };
 
+/// Whether it does within a bound.
+bool ComesTrue(std::function<bool()> const& condition)
+{
+    auto const deadline = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
+    while (!condition() && std::chrono::steady_clock::now() < deadline)
+    {
+        std::this_thread::yield();
+    }
+    return condition();
+}
+
 class ControlScanResultsDispatcherThrow : public testing::TestWithParam<ThrowingHandler>
 {
 };
@@ -284,7 +310,8 @@ TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAt
     constexpr char const* LABEL = "ZuControl::ControlScanResultsDispatcher::RunThread";
     ZuTest::LogRecorder const log;
     ZuTest::CallLog calls;
-    ControlScanResultsDispatcher dispatcher(nullptr);
+    auto const counters = std::make_shared<DispatchCounters>();
+    ControlScanResultsDispatcher dispatcher(nullptr, counters);
     dispatcher.AddResultHandler([&](void*) {
         calls.Add("called");
         GetParam().fail();
@@ -296,8 +323,11 @@ TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAt
 
     dispatcher.AddResult(second.get());
     EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{-1000, ""})); // it still counts as running
+    EXPECT_TRUE(ComesTrue([&] { return counters->hasDied.load(); }));
+    EXPECT_EQ(counters->busySinceUsec, 0u);
     dispatcher.Stop();
 
+    EXPECT_FALSE(counters->hasDied);
     EXPECT_EQ(calls.Count("called"), 1u);
     EXPECT_EQ(wObject_RefCount(first.get()), 1u);
     EXPECT_EQ(wObject_RefCount(second.get()), 1u);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "wApi/wTypes.h"
+
+#include <string>
+#include <vector>
+
+namespace ZuControl
+{
+
+/// How the threads of the module fare at the moment of asking. Moments are those of `wTime_NowUsec`; 0 is none.
+struct ControlVitals
+{
+    /// The way of results to one protocol.
+    struct Dispatcher
+    {
+        std::string typeName;
+        bool hasDied =
+            false; ///< its thread ended by an exception: nothing is handed over until the protocol starts anew
+        uint64 busySinceUsec = 0; ///< when the batch that the protocol has in hand was handed over
+    };
+
+    /// The operation on the system that is in flight.
+    struct Operation
+    {
+        std::string typeName;  ///< who asked for it; empty for a protocol that is none of the module's
+        char const* name = ""; ///< "job load"; empty when none is in flight
+        uint64 sinceUsec = 0;
+    };
+
+    /// The rounds in which the protocols bring their metrics up to date.
+    struct Metrics
+    {
+        std::string typeName;       ///< the protocol at which the newest round stands or has failed
+        uint64 roundSinceUsec = 0;  ///< when the round that runs began
+        uint64 lastDoneUsec = 0;    ///< when a round was last done; before the first one: when they were to begin
+        uint64 lastFailureUsec = 0; ///< when a protocol last threw, which ends its round
+    };
+
+    std::vector<Dispatcher> dispatchers; ///< of all protocols, by name
+    Operation operation;
+    Metrics metrics;
+};
+
+} // namespace ZuControl

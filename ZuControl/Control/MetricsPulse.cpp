@@ -1,0 +1,43 @@
+#include "ZuControl/Control/MetricsPulse.h"
+
+#include "wApi/wTime.h"
+
+namespace ZuControl
+{
+
+MetricsPulse::Round::Round(MetricsPulse& usedPulse) : pulse(usedPulse)
+{
+    std::scoped_lock const guard(pulse.lock);
+    pulse.metrics.roundSinceUsec = wTime_NowUsec();
+}
+
+MetricsPulse::Round::~Round()
+{
+    std::scoped_lock const guard(pulse.lock);
+    pulse.metrics.roundSinceUsec = 0;
+    (isDone ? pulse.metrics.lastDoneUsec : pulse.metrics.lastFailureUsec) = wTime_NowUsec();
+}
+
+void MetricsPulse::Round::ComeTo(std::string const& typeName)
+{
+    std::scoped_lock const guard(pulse.lock);
+    pulse.metrics.typeName = typeName;
+}
+
+void MetricsPulse::Round::Done()
+{
+    isDone = true;
+}
+
+MetricsPulse::MetricsPulse()
+{
+    metrics.lastDoneUsec = wTime_NowUsec();
+}
+
+ControlVitals::Metrics MetricsPulse::Read() const
+{
+    std::scoped_lock const guard(lock);
+    return metrics;
+}
+
+} // namespace ZuControl
