@@ -42,7 +42,7 @@ Type TypeOf(Json const& schema)
 void AddNumber(PrometheusText& text, std::string name, Json const& schema, PrometheusText::Labels const& labels,
                Json const& number)
 {
-    std::string value = number.dump();
+    std::string value = number.is_number_float() ? PrometheusText::Number(number.get<double>()) : number.dump();
     if (name.ends_with(TIME_SUFFIX) && number.is_number_unsigned())
     {
         name.replace(name.rfind(TIME_SUFFIX), std::string::npos, "_seconds");

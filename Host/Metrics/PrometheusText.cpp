@@ -1,6 +1,9 @@
 #include "Host/Metrics/PrometheusText.h"
 
+#include <array>
 #include <cctype>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace ZuHost
@@ -96,6 +99,17 @@ std::string PrometheusText::NameOf(std::string const& key)
         name += std::isalnum(code) != 0 ? static_cast<char>(std::tolower(code)) : '_';
     }
     return name;
+}
+
+std::string PrometheusText::Number(double number)
+{
+    if (!std::isfinite(number))
+    {
+        return std::isnan(number) ? "NaN" : (number > 0 ? "+Inf" : "-Inf");
+    }
+    std::array<char, 32> digits; // the longest has 24
+    auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    return {digits.data(), end};
 }
 
 std::string PrometheusText::Seconds(unsigned long long usec)

@@ -42,6 +42,9 @@ public:
     /// "resultSets" as such names have it: "result_sets". What may not stand in a name becomes an underscore.
     static std::string NameOf(std::string const& key);
 
+    /// The shortest text that reads back as `number`; "NaN", "+Inf" and "-Inf" for what is none.
+    static std::string Number(double number);
+
     /// Microseconds as seconds, exact.
     static std::string Seconds(unsigned long long usec);
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace ZuHost
 {
 
@@ -62,6 +64,16 @@ TEST(PrometheusText, MakesNamesOfKeys)
     EXPECT_EQ(PrometheusText::NameOf("ID"), "id");
     EXPECT_EQ(PrometheusText::NameOf("port2Bytes"), "port2_bytes");
     EXPECT_EQ(PrometheusText::NameOf("a-b.c \xC3\xA4"), "a_b_c___");
+}
+
+TEST(PrometheusText, WritesAlsoWhatIsNoNumber)
+{
+    EXPECT_EQ(PrometheusText::Number(0.1), "0.1");
+    EXPECT_EQ(PrometheusText::Number(-1e300), "-1e+300");
+    EXPECT_EQ(PrometheusText::Number(-std::numeric_limits<double>::max()), "-1.7976931348623157e+308");
+    EXPECT_EQ(PrometheusText::Number(std::numeric_limits<double>::quiet_NaN()), "NaN");
+    EXPECT_EQ(PrometheusText::Number(std::numeric_limits<double>::infinity()), "+Inf");
+    EXPECT_EQ(PrometheusText::Number(-std::numeric_limits<double>::infinity()), "-Inf");
 }
 
 TEST(PrometheusText, WritesMicrosecondsAsSeconds)
