@@ -51,7 +51,11 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     BeginJob();
     LetLoadsRunAlone();
     metricsPage.emplace(router, [this] { return module->Statistics(); });
-    hostResources.emplace(router, problems, scanEngines);
+    WatchLimits limits;
+    limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
+    watch.emplace(
+        problems, [this] { return module->Vitals(); }, limits);
+    hostResources.emplace(router, problems, scanEngines, [this] { return watch->Faults(); });
 }
 
 Application::~Application()
@@ -90,6 +94,7 @@ std::vector<Application::Listener> Application::Start()
         core.Start(false);
     }
     jobs.Run();
+    watch->Start();
     httpServer.Start(); // a client finds what was asked for on the command line done
     std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
     for (std::string const& typeName : Controls().List())

@@ -13,6 +13,7 @@
 #include "Host/Sensor/DeskCore.h"
 #include "Host/Sensor/DeskScanner.h"
 #include "Host/Sensor/Sensor.h"
+#include "Host/Watch/Watch.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlModule.h"
 #include "ZuCore/ResultHub.h"
@@ -95,6 +96,7 @@ private:
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor requestProcessor;
     std::optional<ZuControl::ControlModule> module;
+    std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<HostResources> hostResources; // behind everybody else's: it listens to them

@@ -21,6 +21,7 @@ enum OptionCode : int
 {
     HTTP = 256, // above every character: there are no short options
     KEEP_ALIVE,
+    OPERATION_LIMIT,
     TOKEN,
     DATA,
     JOB,
@@ -40,6 +41,7 @@ enum OptionCode : int
 constexpr std::array OPTION_TABLE{
     option{"http", required_argument, nullptr, HTTP},
     option{"keep-alive", required_argument, nullptr, KEEP_ALIVE},
+    option{"operation-limit", required_argument, nullptr, OPERATION_LIMIT},
     option{"token", required_argument, nullptr, TOKEN},
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
@@ -103,15 +105,15 @@ double ParseRate(std::string const& text)
     return rateHz;
 }
 
-uint64 ParseKeepAlive(std::string const& text)
+uint64 ParseSeconds(char const* optionName, std::string const& text, uint64 most)
 {
     uint64 seconds = 0;
     char const* const end = text.data() + text.size();
     auto const result = std::from_chars(text.data(), end, seconds);
-    if (result.ec != std::errc{} || result.ptr != end || seconds == 0 || seconds > Options::MAX_KEEP_ALIVE_SECONDS)
+    if (result.ec != std::errc{} || result.ptr != end || seconds == 0 || seconds > most)
     {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--keep-alive': '%s' is no number of seconds from 1 to %llu",
-                 text.c_str(), static_cast<unsigned long long>(Options::MAX_KEEP_ALIVE_SECONDS));
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--%s': '%s' is no number of seconds from 1 to %llu", optionName,
+                 text.c_str(), static_cast<unsigned long long>(most));
     }
     return seconds;
 }
@@ -204,7 +206,10 @@ void Apply(int code, std::string const& text, Options& options)
         options.replayFile = ParseNotEmpty("replay", text);
         break;
     case KEEP_ALIVE:
-        options.keepAliveSeconds = ParseKeepAlive(text);
+        options.keepAliveSeconds = ParseSeconds("keep-alive", text, Options::MAX_KEEP_ALIVE_SECONDS);
+        break;
+    case OPERATION_LIMIT:
+        options.operationLimitSeconds = ParseSeconds("operation-limit", text, Options::MAX_OPERATION_LIMIT_SECONDS);
         break;
     case RATE:
         options.rateHz = ParseRate(text);
@@ -296,6 +301,8 @@ std::string HelpText()
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
            "                       tavrin-service-app (physical-sensor)\n"
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"
+           "  --operation-limit SECONDS\n"
+           "                       how long an operation on the sensor may take before it is a problem (60)\n"
            "  --rate HZ            profiles per second; 0: as fast as the consumers take them (50)\n"
            "  --start              start scanning at once\n"
            "  --enable TYPE        enable a protocol; may be repeated\n"

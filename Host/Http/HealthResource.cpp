@@ -4,10 +4,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include <utility>
+
 namespace ZuHost
 {
 
-HealthResource::HealthResource() : bornUsec(wTime_NowUsec())
+HealthResource::HealthResource(std::function<std::vector<std::string>()> newFindFaults)
+    : findFaults(std::move(newFindFaults)), bornUsec(wTime_NowUsec())
 {
 }
 
@@ -15,7 +18,10 @@ HealthResource::~HealthResource() = default;
 
 nlohmann::json HealthResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::ResponseInfo& /*response*/)
 {
-    return {{"status", "ok"}, {"upTimeSec", (wTime_NowUsec() - bornUsec) / 1'000'000}};
+    std::vector<std::string> const faults = findFaults ? findFaults() : std::vector<std::string>();
+    return {{"status", faults.empty() ? "ok" : "faulty"},
+            {"faults", faults},
+            {"upTimeSec", (wTime_NowUsec() - bornUsec) / 1'000'000}};
 }
 
 } // namespace ZuHost

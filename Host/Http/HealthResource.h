@@ -3,19 +3,26 @@
 #include "ZuRest/DocumentResourceBase.h"
 #include "wApi/wTypes.h"
 
+#include <functional>
+#include <string>
+#include <vector>
+
 namespace ZuHost
 {
 
-/// Tells that the host is there and answers: "status" is "ok", "upTimeSec" how long it has been there.
+/// Tells that the host is there and answers, how long it has been there ("upTimeSec"), and what of it has died or stands still
+/// ("faults", a sentence each): "status" is "ok" without such and "faulty" with them.
 class HealthResource final : public ZuRest::DocumentResourceBase
 {
 public:
-    HealthResource();
+    /// Without `newFindFaults` nothing is ever found. What it needs outlives this; any thread may call it.
+    explicit HealthResource(std::function<std::vector<std::string>()> newFindFaults = nullptr);
     ~HealthResource() override;
 
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
 private:
+    std::function<std::vector<std::string>()> const findFaults;
     uint64 const bornUsec;
 };
 

@@ -2,12 +2,15 @@
 
 #include "ZuRest/ResourceRouter.h"
 
+#include <utility>
+
 namespace ZuHost
 {
 
 HostResources::HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems,
-                             ZuScan::Internal::ScanEngineManager const& scanEngines)
-    : router(usedRouter), root(router), problemList(problems), scanners(scanEngines)
+                             ZuScan::Internal::ScanEngineManager const& scanEngines,
+                             std::function<std::vector<std::string>()> findFaults)
+    : router(usedRouter), root(router), health(std::move(findFaults)), problemList(problems), scanners(scanEngines)
 {
     for (ZuRest::IResource* const resource : router.Resources())
     {

@@ -25,9 +25,10 @@ public:
     /// Where the meaning of a relation is told, as a URI template.
     static constexpr char const* RELATION_TEMPLATE = "/relations/{rel}";
 
-    /// Router, problems and engines outlive this.
+    /// Router, problems and engines outlive this, and what `findFaults` needs does; see HealthResource.
     HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems,
-                  ZuScan::Internal::ScanEngineManager const& scanEngines);
+                  ZuScan::Internal::ScanEngineManager const& scanEngines,
+                  std::function<std::vector<std::string>()> findFaults = nullptr);
     ~HostResources(); ///< takes its routes away
 
     HostResources(HostResources const&) = delete;

@@ -31,10 +31,11 @@ struct ControlVitals
     /// The rounds in which the protocols bring their metrics up to date.
     struct Metrics
     {
-        std::string typeName;       ///< the protocol at which the newest round stands or has failed
+        std::string typeName;       ///< the protocol to which the newest round has come
         uint64 roundSinceUsec = 0;  ///< when the round that runs began
         uint64 lastDoneUsec = 0;    ///< when a round was last done; before the first one: when they were to begin
         uint64 lastFailureUsec = 0; ///< when a protocol last threw, which ends its round
+        std::string failedTypeName; ///< which one that was
     };
 
     std::vector<Dispatcher> dispatchers; ///< of all protocols, by name

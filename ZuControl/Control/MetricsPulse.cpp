@@ -15,7 +15,13 @@ MetricsPulse::Round::~Round()
 {
     std::scoped_lock const guard(pulse.lock);
     pulse.metrics.roundSinceUsec = 0;
-    (isDone ? pulse.metrics.lastDoneUsec : pulse.metrics.lastFailureUsec) = wTime_NowUsec();
+    if (isDone)
+    {
+        pulse.metrics.lastDoneUsec = wTime_NowUsec();
+        return;
+    }
+    pulse.metrics.lastFailureUsec = wTime_NowUsec();
+    pulse.metrics.failedTypeName.swap(pulse.metrics.typeName); // a copy might throw
 }
 
 void MetricsPulse::Round::ComeTo(std::string const& typeName)

@@ -32,6 +32,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
     EXPECT_TRUE(options.replayFile.empty());
     EXPECT_EQ(options.keepAliveSeconds, 15u);
+    EXPECT_EQ(options.operationLimitSeconds, 60u);
     EXPECT_EQ(options.rateHz, 50);
     EXPECT_FALSE(options.start);
     EXPECT_TRUE(options.enabledTypes.empty());
@@ -41,11 +42,13 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
 
 TEST(Options, ReadsEveryOption)
 {
-    Options const options = Parse({"--http",      "0.0.0.0:80",   "--token",         "secret",    "--data",
-                                   "d",           "--job",        "line 3",          "--plugins", "a",
-                                   "--plugins=b", "--deployment", "virtual-brackle", "--replay",  "x.pcd",
-                                   "--rate",      "0.5",          "--keep-alive",    "2",         "--start",
-                                   "--enable",    "ModbusTcp",    "--enable",        "AsciiTcp",  "--log=error"});
+    Options const options =
+        Parse({"--http",      "0.0.0.0:80",   "--token",         "secret",    "--data",
+               "d",           "--job",        "line 3",          "--plugins", "a",
+               "--plugins=b", "--deployment", "virtual-brackle", "--replay",  "x.pcd",
+               "--rate",      "0.5",          "--keep-alive",    "2",         "--operation-limit=90",
+               "--start",     "--enable",     "ModbusTcp",       "--enable",  "AsciiTcp",
+               "--log=error"});
 
     EXPECT_EQ(options.httpAddress, "0.0.0.0");
     EXPECT_EQ(options.httpPort, 80);
@@ -56,6 +59,7 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.deployment, Deployment::VIRTUAL_BRACKLE);
     EXPECT_EQ(options.replayFile, "x.pcd");
     EXPECT_EQ(options.keepAliveSeconds, 2u);
+    EXPECT_EQ(options.operationLimitSeconds, 90u);
     EXPECT_EQ(options.rateHz, 0.5);
     EXPECT_TRUE(options.start);
     EXPECT_EQ(options.enabledTypes, (std::vector<std::string>{"ModbusTcp", "AsciiTcp"}));
@@ -110,7 +114,7 @@ TEST(Options, NamesEveryOptionInItsHelp)
 
     for (char const* name :
          {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment", "--replay", "--rate",
-          "--keep-alive", "--start", "--enable", "--param", "--log", "--help", "--version"})
+          "--keep-alive", "--operation-limit", "--start", "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -155,6 +159,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{
             "CheckedPluginEmpty", {"--check-plugin", ""}, "option '--check-plugin' needs a value that is not empty"},
         RefusalCase{"NoOption", {"--start", "extra"}, "'extra' is no option"},
+        RefusalCase{"OperationLimitNever",
+                    {"--operation-limit", "0"},
+                    "option '--operation-limit': '0' is no number of seconds from 1 to 86400"},
+        RefusalCase{"OperationLimitTooLong",
+                    {"--operation-limit", "86401"},
+                    "option '--operation-limit': '86401' is no number of seconds from 1 to 86400"},
         RefusalCase{"KeepAliveNever",
                     {"--keep-alive", "0"},
                     "option '--keep-alive': '0' is no number of seconds from 1 to 3600"},

@@ -77,7 +77,21 @@ TEST_F(HostResourcesTest, TellsThatItIsThere)
     HostResources const resources(router, problems, scanEngines);
 
     EXPECT_EQ(Read("/health").at("status"), "ok");
+    EXPECT_EQ(Read("/health").at("faults"), Json::array());
     EXPECT_LT(Read("/health").at("upTimeSec").get<uint64>(), 60U);
+}
+
+TEST_F(HostResourcesTest, TellsWhatHasDiedOrStandsStill)
+{
+    std::vector<std::string> faults{"the first one stands.", "so does the second."};
+    HostResources const resources(router, problems, scanEngines, [&faults] { return faults; });
+
+    EXPECT_EQ(Read("/health").at("status"), "faulty");
+    EXPECT_EQ(Read("/health").at("faults"), (Json{"the first one stands.", "so does the second."}));
+    EXPECT_EQ(Get("/health").status, 200U); // the service lives, and says so
+
+    faults.clear();
+    EXPECT_EQ(Read("/health").at("status"), "ok");
 }
 
 TEST_F(HostResourcesTest, ShowsTheProblemsThatStand)

@@ -178,7 +178,7 @@ TEST_F(ControlMetricsTest, TellsWhoseUpdateFailedAndWhen)
     EXPECT_THROW(Update(), std::runtime_error);
 
     ControlVitals::Metrics const vitals = metrics->Vitals();
-    EXPECT_EQ(vitals.typeName, "b");
+    EXPECT_EQ(vitals.failedTypeName, "b");
     EXPECT_GE(vitals.lastFailureUsec, beginUsec);
     EXPECT_EQ(vitals.lastDoneUsec, builtUsec);
     EXPECT_EQ(vitals.roundSinceUsec, 0u);

@@ -1,0 +1,99 @@
+#include "Host/Watch/Watch.h"
+
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/ControlVitals.h"
+#include "wApi/wTime.h"
+
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr char const* PROBLEM_SOURCE = "Watch";
+
+} // namespace
+
+Watch::Watch(ZuCommon::ProblemsManager& usedProblems, std::function<ZuControl::ControlVitals()> newVitals,
+             WatchLimits const& newLimits)
+    : problems(usedProblems),
+      vitals(std::move(newVitals)),
+      limits(newLimits),
+      timer([this](Zu::AsyncTimer&) { Look(wTime_NowUsec()); })
+{
+}
+
+Watch::~Watch()
+{
+    timer.Stop();
+    for (auto const& [sentence, problem] : faults)
+    {
+        problems.Remove(problem);
+    }
+}
+
+void Watch::Start()
+{
+    timer.Start(PERIOD_USEC, false);
+}
+
+void Watch::Look(uint64 nowUsec)
+{
+    WatchLimits const limitsNow = LimitsAt(nowUsec);
+    Tell(Diagnose(vitals(), limitsNow, nowUsec));
+}
+
+std::vector<std::string> Watch::Faults() const
+{
+    std::scoped_lock const guard(lock);
+    std::vector<std::string> sentences;
+    sentences.reserve(faults.size());
+    for (auto const& fault : faults)
+    {
+        sentences.push_back(fault.first);
+    }
+    return sentences;
+}
+
+void Watch::Tell(std::set<std::string> const& sentences)
+{
+    std::map<std::string, ZuCommon::ProblemsManager::Iterator> newFaults;
+    for (std::string const& sentence : sentences)
+    {
+        auto const known = faults.find(sentence);
+        newFaults[sentence] = known != faults.end() ? known->second : TellNew(sentence);
+    }
+    for (auto const& [sentence, problem] : faults)
+    {
+        if (!sentences.contains(sentence))
+        {
+            problems.Remove(problem);
+            ZU_LOG_INFO("This is over: %s", sentence.c_str());
+        }
+    }
+    std::scoped_lock const guard(lock);
+    faults.swap(newFaults);
+}
+
+ZuCommon::ProblemsManager::Iterator Watch::TellNew(std::string const& sentence)
+{
+    ZU_LOG_USER_ERROR("%1$s", sentence.c_str());
+    ZU_LOG_ERROR("%s", sentence.c_str());
+    return problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
+}
+
+/// Who comes late itself knows less of others: the machine was busy, or asleep, and they get as much longer.
+WatchLimits Watch::LimitsAt(uint64 nowUsec)
+{
+    WatchLimits limitsNow = limits;
+    if (lastLookUsec != 0 && nowUsec - lastLookUsec > PERIOD_USEC)
+    {
+        limitsNow.standstillUsec += nowUsec - lastLookUsec - PERIOD_USEC;
+    }
+    lastLookUsec = nowUsec;
+    return limitsNow;
+}
+
+} // namespace ZuHost
