@@ -1,7 +1,9 @@
-#include "Support/AllocationFailure.h"
+#include "Support/AllocationCounter.h"
+#include "Support/FailAtEachAllocation.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/RemoveBlockParams.h"
@@ -13,12 +15,13 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <exception>
 #include <functional>
 #include <memory>
 
 namespace ZuControl::ControlProtocol
 {
+
+using ZuTest::FailAtEachAllocation;
 
 namespace
 {
@@ -26,46 +29,10 @@ namespace
 using Json = nlohmann::json;
 using Serializer = Zu::Properties::JsonSerializer;
 
-constexpr uint64 MOST_ALLOCATIONS = 10'000; // of one change: the end of a test that would have none
-
 /// Long enough to need memory of its own.
 std::string Long(char const* text)
 {
     return "a text that does not fit into itself: " + std::string(text);
-}
-
-/// Makes the change once for each of its allocations, which fails, and at last without a failure. Before each `prepare`
-/// makes things as they were, behind each `check` is told whether the change was refused.
-void FailAtEachAllocation(std::function<void()> const& prepare, std::function<void()> const& change,
-                          std::function<void(bool isRefused)> const& check)
-{
-    for (uint64 number = 1; number < MOST_ALLOCATIONS; ++number)
-    {
-        SCOPED_TRACE("allocation " + std::to_string(number));
-        prepare();
-        bool isRefused = false;
-        bool hasFailed = true;
-        {
-            ZuTest::AllocationFailure const failure(number);
-            try
-            {
-                change();
-            }
-            catch (std::exception const&)
-            {
-                isRefused = true;
-            }
-            hasFailed = failure.HasHappened();
-        }
-        check(isRefused);
-        if (!hasFailed)
-        {
-            EXPECT_FALSE(isRefused);
-            EXPECT_GT(number, 1u) << "the change takes no memory";
-            return;
-        }
-    }
-    ADD_FAILURE() << "the change took too many allocations";
 }
 
 /// A map of each kind with three items, and what is done to it.
@@ -150,6 +117,13 @@ protected:
         return items;
     }
 
+    /// Expects the items of `whole` without its first `gone` ones, and finds them.
+    void ExpectAllBut(std::ptrdiff_t gone, std::vector<Json> const& whole)
+    {
+        EXPECT_EQ(Items(), std::vector<Json>(whole.begin() + gone, whole.end()));
+        ExpectEachItemToBeFound();
+    }
+
     /// Looks for each item by its id, which refuses one that the lookup does not know, and takes it out.
     void ExpectEachItemToBeFound()
     {
@@ -173,7 +147,7 @@ TEST_P(OutOfMemoryMap, StaysAsItWasWhenAnItemCannotBeAdded)
     map->Add(*args);
     auto const after = Items();
 
-    FailAtEachAllocation(
+    uint64 const allocations = FailAtEachAllocation(
         [this] {
         Renew();
         FillItem(GetParam().added);
@@ -185,6 +159,7 @@ TEST_P(OutOfMemoryMap, StaysAsItWasWhenAnItemCannotBeAdded)
         EXPECT_EQ(Items(), after);
         ExpectEachItemToBeFound();
     });
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_P(OutOfMemoryMap, TakesEachItemOfAListWholeOrNotAtAll)
@@ -194,7 +169,7 @@ TEST_P(OutOfMemoryMap, TakesEachItemOfAListWholeOrNotAtAll)
     map->AddAll(*args);
     auto const all = Items();
 
-    FailAtEachAllocation(
+    uint64 const allocations = FailAtEachAllocation(
         [this] {
         Renew();
         FillList(GetParam().listed);
@@ -212,6 +187,7 @@ TEST_P(OutOfMemoryMap, TakesEachItemOfAListWholeOrNotAtAll)
         EXPECT_GE(now.size(), GetParam().items.size());
         ExpectEachItemToBeFound();
     });
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_P(OutOfMemoryMap, LosesNothingButTheItemThatIsToMove)
@@ -223,7 +199,7 @@ TEST_P(OutOfMemoryMap, LosesNothingButTheItemThatIsToMove)
     auto const after = Items();
     std::vector<Json> const withoutIt{before.at(0), before.at(2)};
 
-    FailAtEachAllocation(
+    uint64 const allocations = FailAtEachAllocation(
         [this] {
         Renew();
         FillList(GetParam().moved);
@@ -234,6 +210,45 @@ TEST_P(OutOfMemoryMap, LosesNothingButTheItemThatIsToMove)
         EXPECT_TRUE(isRefused ? now == before || now == withoutIt : now == after);
         ExpectEachItemToBeFound();
     });
+    EXPECT_GT(allocations, 0u);
+}
+
+TEST_P(OutOfMemoryMap, NeedsNoMemoryToTakeItemsOutOrToCloseGaps)
+{
+    Renew();
+    FillItem(GetParam().items.at(1));
+    ZuTest::AllocationCounter const counter;
+
+    map->Remove(*args);
+    map->CompactId();
+    map->Clear();
+
+    EXPECT_EQ(counter.Count(), 0u);
+    EXPECT_EQ(map->Count(), 0u);
+}
+
+TEST_P(OutOfMemoryMap, TakesAnItemOutOrLeavesItWhereAnotherCouldNotBeAdded)
+{
+    uint64 allocations = 0;
+    bool hasFailed = true;
+    for (uint64 number = 1; hasFailed; ++number)
+    {
+        std::vector<Json> before;
+        allocations += FailAtEachAllocation(
+            [&] {
+            Renew();
+            FillItem(GetParam().added);
+            {
+                ZuTest::AllocationFailure const failure(number);
+                EXPECT_NO_THROW(try { map->Add(*args); } catch (std::bad_alloc const&){});
+                hasFailed = failure.HasHappened();
+            }
+            before = Items();
+            FillItem(GetParam().items.at(0));
+            },
+            [this] { map->Remove(*args); }, [&](bool isRefused) { ExpectAllBut(isRefused ? 0 : 1, before); });
+    }
+    EXPECT_GT(allocations, 0u) << "no addition was broken off in a way that a removal has to mend";
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, OutOfMemoryMap, testing::ValuesIn(AllMaps()),
@@ -244,6 +259,7 @@ class OutOfMemoryAssembly : public testing::Test
 {
 protected:
     static constexpr char const* TYPE = "a type whose name does not fit into itself";
+    static constexpr char const* DEFAULT_TYPE = "another one, of which a block must be there";
 
     struct Place
     {
@@ -274,13 +290,17 @@ protected:
         block.displayName.Set(Long(displayName));
     }
 
-    /// The blocks, in order and free of overlaps, as many as their type counts.
+    /// The blocks, in order and free of overlaps, as many as their types count.
     std::vector<Place> Places()
     {
         std::vector<Place> places;
         assembly->BeginLock();
-        EXPECT_EQ(Serializer::Serialize(*assembly->SupportedRegisterBlockTypes().front()).at("instanceCount"),
-                  assembly->AddedRegisterBlocks().size());
+        std::size_t counted = 0;
+        for (auto const& type : assembly->SupportedRegisterBlockTypes())
+        {
+            counted += Serializer::Serialize(*type).at("instanceCount").get<std::size_t>();
+        }
+        EXPECT_EQ(counted, assembly->AddedRegisterBlocks().size());
         for (auto const& block : assembly->AddedRegisterBlocks())
         {
             EXPECT_TRUE(places.empty() || places.back().outputId + 2 <= block->OutputId());
@@ -290,20 +310,29 @@ protected:
         return places;
     }
 
+    void FillRemove(std::initializer_list<uint16> outputIds)
+    {
+        removed.outputIdList.Clear();
+        for (uint16 const outputId : outputIds)
+        {
+            removed.outputIdList.Add().outputId.Set(outputId);
+        }
+    }
+
     /// Takes each block out by its id, which refuses one that the index does not know.
     void ExpectEachBlockToBeFound()
     {
         for (Place const& place : Places())
         {
-            RemoveBlockParams params;
-            params.outputIdList.Add().outputId.Set(place.outputId);
-            EXPECT_NO_THROW(assembly->Remove(params)) << place.outputId;
+            FillRemove({place.outputId});
+            EXPECT_NO_THROW(assembly->Remove(removed)) << place.outputId;
         }
         EXPECT_TRUE(Places().empty());
     }
 
     std::unique_ptr<ProtocolRegisterAssemblyBase> assembly;
     std::unique_ptr<AddBlockParams> added;
+    RemoveBlockParams removed;
     UpdateBlockParams update;
 };
 
@@ -314,7 +343,7 @@ TEST_F(OutOfMemoryAssembly, TakesABlockWholeOrNotAtAll)
     std::vector<Place> const without{{0, old}, {2, old}, {10, old}};
     std::vector<Place> const afterTheShift{{0, old}, {4, old}, {10, old}}; // which is not taken back
 
-    FailAtEachAllocation(
+    uint64 const allocations = FailAtEachAllocation(
         [this] {
         Renew();
         FillAdd(2, "new");
@@ -331,6 +360,7 @@ TEST_F(OutOfMemoryAssembly, TakesABlockWholeOrNotAtAll)
         }
         ExpectEachBlockToBeFound();
     });
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_F(OutOfMemoryAssembly, KeepsItsOrderWhenABlockCannotBeChanged)
@@ -338,7 +368,7 @@ TEST_F(OutOfMemoryAssembly, KeepsItsOrderWhenABlockCannotBeChanged)
     std::string const old = Long("old");
     std::vector<Place> const after{{0, old}, {10, Long("moved")}, {12, old}};
 
-    FailAtEachAllocation(
+    uint64 const allocations = FailAtEachAllocation(
         [this] {
         Renew();
         update.outputId.Set(2);
@@ -353,6 +383,69 @@ TEST_F(OutOfMemoryAssembly, KeepsItsOrderWhenABlockCannotBeChanged)
         EXPECT_TRUE(isRefused || now == after);
         ExpectEachBlockToBeFound();
     });
+    EXPECT_GT(allocations, 0u);
+}
+
+TEST_F(OutOfMemoryAssembly, NeedsNoMemoryToTakeBlocksOutOrToCloseGaps)
+{
+    Renew();
+    FillRemove({2});
+    CompactBlocksParams const compacted;
+    ZuTest::AllocationCounter const counter;
+
+    assembly->Compact(compacted);
+    assembly->Remove(removed);
+    assembly->Compact(compacted);
+    uint64 const allocations = counter.Count();
+
+    EXPECT_EQ(allocations, 0u);
+    std::string const old = Long("old");
+    EXPECT_EQ(Places(), (std::vector<Place>{{0, old}, {2, old}}));
+}
+
+TEST_F(OutOfMemoryAssembly, TakesEachBlockOfAListOutOrLeavesIt)
+{
+    std::string const old = Long("old");
+    std::vector<Place> const all{{0, old}, {2, old}, {10, old}};
+    std::vector<Place> const firstGone{{0, old}, {10, old}};
+    std::vector<Place> const bothGone{{10, old}};
+
+    uint64 const allocations = FailAtEachAllocation(
+        [this] {
+        Renew();
+        FillRemove({77, 2, 78, 0});
+        },
+        [this] { assembly->Remove(removed); },
+        [&](bool isRefused) {
+        auto const now = Places();
+        EXPECT_TRUE(isRefused ? now == all || now == firstGone || now == bothGone : now == bothGone);
+        ExpectEachBlockToBeFound();
+    });
+    EXPECT_GT(allocations, 0u);
+}
+
+TEST_F(OutOfMemoryAssembly, HasTheOldBlocksOrWholeNewOnesWhereTheDefaultsCannotBeMade)
+{
+    std::string const old = Long("old");
+    std::string const name = std::string(DEFAULT_TYPE) + " name";
+    std::vector<Place> const before{{0, old}, {2, old}, {10, old}};
+    std::vector<Place> const after{{0, name}};
+
+    uint64 const allocations = FailAtEachAllocation(
+        [this] {
+        Renew();
+        auto type = ZuTest::TypeParams<>(DEFAULT_TYPE, 2);
+        type.minInstanceCount = 1;
+        assembly->AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(type));
+        },
+        [this] { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); },
+        [&](bool isRefused) {
+        auto const now = Places();
+        EXPECT_TRUE(isRefused ? now == before || now.empty() : now == after);
+        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+        EXPECT_EQ(Places(), after);
+    });
+    EXPECT_GT(allocations, 0u);
 }
 
 } // namespace ZuControl::ControlProtocol
