@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,9 @@ public:
 
     /// Waits for its turn and gives the answer; throws nothing that a resource throws.
     Outcome Process(Request const& request, ReceiverMaker const& makeReceiver = {});
+
+    /// The same when its turn is now; nothing, and nothing has happened, when it would have to wait for it.
+    std::optional<Outcome> TryProcess(Request const& request, ReceiverMaker const& makeReceiver);
 
     /// Has it carried out by `run` when its turn has come, without holding up a thread until then; `done` gets what came of
     /// it, on the thread that carried it out. This and `run` stand until then.

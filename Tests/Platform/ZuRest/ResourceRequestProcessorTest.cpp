@@ -565,6 +565,28 @@ TEST_F(ResourceRequestProcessorTest, LetsAChangeRunAloneAndOthersNotWaitForIt)
     EXPECT_TRUE(isRead);
 }
 
+TEST_F(ResourceRequestProcessorTest, CarriesOutAtOnceOnlyWhatNeedNotWait)
+{
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.Show(Json::object());
+    Request read;
+    read.path = "/controls/x";
+    Request readOther;
+    readOther.path = "/controls/y";
+    protocol.update = [&](RequestInfo const&, Json const&) {
+        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
+        EXPECT_TRUE(processor.TryProcess(readOther, {}).has_value());
+    };
+
+    EXPECT_EQ(Send("PUT", "/controls/x", "{}").status, 200U);
+
+    auto const outcome = processor.TryProcess(read, {});
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_EQ(outcome->answer.status, 200U);
+    read.path = "/nowhere";
+    EXPECT_EQ(processor.TryProcess(read, {})->answer.status, 404U);
+}
+
 TEST_F(ResourceRequestProcessorTest, RunsAWorkAloneInATreeAndShowsThoseInsideWhatWasBefore)
 {
     std::string value = "before";
