@@ -1,6 +1,8 @@
 #include "Host/Http/HttpConnection.h"
 
+#include "Host/Http/AnswerHead.h"
 #include "Host/Http/BearerToken.h"
+#include "Host/Http/Descriptor.h"
 #include "Host/Http/EventBuffer.h"
 #include "Host/Http/IHttpService.h"
 #include "Host/Http/RequestOrigin.h"
@@ -8,21 +10,23 @@
 #include "wApi/wStatus.h"
 #include "wApi/wTime.h"
 
-#include <boost/asio/post.hpp>
-#include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/http.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <optional>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
 
 namespace ZuHost
 {
 
 namespace http = boost::beast::http;
 namespace HttpStatus = ZuRest::HttpStatus;
-using boost::asio::ip::tcp;
 using boost::system::error_code;
 using ZuRest::Answer;
 using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
@@ -33,6 +37,10 @@ namespace
 constexpr uint64 LINGER_USEC = 2'000'000;
 constexpr uint64 STOP_LINGER_USEC = 100'000; // nobody waits long for a client when the server stops
 constexpr uint64 MAX_LINGER_BYTES = 8 * HttpServer::MAX_BODY_BYTES;
+
+constexpr std::size_t HEADER_READ_BYTES = 4 * 1024; // most requests are shorter
+constexpr std::size_t BODY_READ_BYTES = 16 * 1024;
+constexpr unsigned MAX_READS = 32; // in a row: then others have their turn
 
 std::string TextOf(boost::beast::string_view text)
 {
@@ -63,20 +71,32 @@ Answer Refusal(uint32 status, int32 code, std::string detail)
     return ZuRest::Problem{status, std::move(detail), code, {}}.ToAnswer();
 }
 
-class BeastConnection final : public HttpConnection, public std::enable_shared_from_this<BeastConnection>
+/// What one read from a socket has given.
+enum class Received
+{
+    BYTES,
+    NOTHING, // for now
+    END,
+    FAILURE
+};
+
+class SocketConnection final : public HttpConnection, public std::enable_shared_from_this<SocketConnection>
 {
 public:
-    BeastConnection(IHttpService& owningService, tcp::socket acceptedSocket)
+    SocketConnection(IHttpService& owningService, Descriptor acceptedSocket)
         : service(owningService), limits(service.Limits()), socket(std::move(acceptedSocket))
     {
     }
 
-    ~BeastConnection() override = default;
-    BeastConnection(BeastConnection const&) = delete;
-    BeastConnection& operator=(BeastConnection const&) = delete;
+    ~SocketConnection() override = default;
+    SocketConnection(SocketConnection const&) = delete;
+    SocketConnection& operator=(SocketConnection const&) = delete;
 
+    void OnReady(uint32 events) override;
     void Begin() override;
     void Refuse(uint32 status, int32 code, std::string detail) override;
+    ZuRest::IStreamReceiver& MakeReceiver(bool isState) override;
+    void TakeOutcome(Outcome outcome) override;
     void CheckDeadline(uint64 nowUsec) override;
     void BeginStop() override;
     void Close() override;
@@ -93,52 +113,64 @@ private:
         CLOSED
     };
 
+    /// What comes behind a write.
+    enum class Next
+    {
+        BODY,
+        REQUEST,
+        STREAM,
+        END
+    };
+
     /// The stream behind its receiver, which outlives it.
     struct StreamHolder
     {
-        std::shared_ptr<EventBuffer> buffer;
+        std::unique_ptr<EventBuffer> buffer;
         std::unique_ptr<ZuRest::OpenStream> stream;
     };
 
     void Enter(Phase newPhase, uint64 timeoutUsec);
-    void ReadHeader();
-    void TakeHeader(error_code const& error);
+    void GoOnSoon();
+    void GoOn();
+    void ReadRequest();
+    Received Receive(void* bytes, std::size_t capacity, std::size_t& count);
+    bool Parse();
+    bool TakeHeader();
     bool RefuseForeign();
-    void Continue();
-    void ReadBody();
+    void TakeEnd();
     void FailRead(error_code const& error);
     void Submit();
     ZuRest::Request TakeRequest();
-    void TakeOutcome(uint64 number, Outcome outcome, std::shared_ptr<StreamHolder> holder);
     void Send(Answer answer, bool isLast);
-    void Sent(error_code const& error, bool isLast);
-    void Linger();
-    void BeginStream(Answer const& answer, std::shared_ptr<StreamHolder> holder);
-    void WatchClient();
+    void Write(Next next);
+    void WriteOn();
+    void Written();
+    void Discard();
+    void BeginStream(Answer const& answer);
     void Flush();
     void WriteToStream(std::string text);
-    void EndStream(std::shared_ptr<StreamHolder> holder);
-
-    template <typename Body>
-    http::response<Body> MessageOf(Answer const& answer, bool isLast) const;
+    void EndStream();
 
     IHttpService& service;
     HttpServer::Settings const& limits;
-    tcp::socket socket;
+    Descriptor socket;
+    bool mayHaveBytes = false; // a read may give something
+    bool hasEnded = false;     // the client, or the connection, will bring its end to a read
+    bool isGoingOnSoon = false;
     boost::beast::flat_buffer buffer;
     std::optional<http::request_parser<http::string_body>> parser;
-    std::optional<http::response<http::string_body>> message;
-    std::optional<http::response<http::empty_body>> bareMessage; // for HEAD and the head of a stream
-    std::optional<http::response_serializer<http::empty_body>> bareSerializer;
+    bool hasHeader = false;
+
+    std::string head;
+    std::string body;
+    std::size_t writtenBytes = 0; // of both
+    Next next = Next::REQUEST;
 
     Phase phase = Phase::IDLE;
     uint64 dueUsec = 0;
-    bool isTimedOut = false;
-    uint64 number = 0; // of the request: an outcome that comes too late is not taken for another
-    std::shared_ptr<std::atomic<bool>> isWanted; // read by the workers
-    std::shared_ptr<StreamHolder> stream;
-    std::string streamText; // what is being written
-    std::array<char, 4096> discarded{};
+    std::atomic<bool> isWanted = true; // the request that is under way; read by who carries it out
+    StreamHolder stream;               // while a request is carried out, it belongs to who does that
+    bool hasNews = false;              // reports that came while something was being written
     uint64 discardedBytes = 0;
 };
 
@@ -146,52 +178,172 @@ private:
 
 // In the order in which a request passes through it.
 
-void BeastConnection::Begin()
+/// Behind a request that has been submitted nothing is touched: it may have cost this thread the I/O.
+void SocketConnection::OnReady(uint32 events)
 {
-    ++number;
+    mayHaveBytes = mayHaveBytes || (events & ~uint32{EPOLLOUT}) != 0;
+    hasEnded = hasEnded || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
+    GoOn();
+}
+
+void SocketConnection::GoOn()
+{
+    switch (phase)
+    {
+    case Phase::IDLE:
+    case Phase::REQUEST:
+        ReadRequest();
+        break;
+    case Phase::WRITE:
+        if (next == Next::STREAM)
+        {
+            Discard();
+        }
+        if (phase == Phase::WRITE)
+        {
+            WriteOn();
+        }
+        break;
+    case Phase::STREAM:
+        Discard();
+        Flush();
+        break;
+    case Phase::LINGER:
+        Discard();
+        break;
+    default:
+        break; // a request is under way: its end looks here again
+    }
+}
+
+/// Lets others have their turn first.
+void SocketConnection::GoOnSoon()
+{
+    if (std::exchange(isGoingOnSoon, true))
+    {
+        return;
+    }
+    service.Post([self = shared_from_this()] {
+        self->isGoingOnSoon = false;
+        self->GoOn();
+    });
+}
+
+void SocketConnection::Begin()
+{
     parser.emplace();
     parser->header_limit(HttpServer::MAX_HEADER_BYTES);
     parser->body_limit(HttpServer::MAX_BODY_BYTES);
-    if (buffer.size() != 0)
+    hasHeader = false;
+    bool const hasMore = buffer.size() != 0; // the next one came in together with the last
+    Enter(hasMore ? Phase::REQUEST : Phase::IDLE, hasMore ? limits.requestTimeoutUsec : limits.idleTimeoutUsec);
+    if (hasMore || mayHaveBytes)
     {
-        ReadHeader(); // the next one came in together with the last
-        return;
+        GoOnSoon();
     }
-    Enter(Phase::IDLE, limits.idleTimeoutUsec);
-    socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](error_code const& error) {
-        if (error || self->phase != Phase::IDLE)
+}
+
+void SocketConnection::Enter(Phase newPhase, uint64 timeoutUsec)
+{
+    uint64 const nowUsec = service.NowUsec();
+    phase = newPhase;
+    dueUsec = timeoutUsec < wTIMEOUT_INFINITE - nowUsec ? nowUsec + timeoutUsec : wTIMEOUT_INFINITE;
+}
+
+void SocketConnection::ReadRequest()
+{
+    for (unsigned reads = 0; Parse(); ++reads)
+    {
+        if (reads == MAX_READS)
         {
-            self->Close();
+            GoOnSoon();
             return;
         }
-        self->ReadHeader();
-    });
-}
-
-void BeastConnection::Enter(Phase newPhase, uint64 timeoutUsec)
-{
-    phase = newPhase;
-    dueUsec = wTime_AfterUsec(timeoutUsec);
-}
-
-void BeastConnection::ReadHeader()
-{
-    Enter(Phase::REQUEST, limits.requestTimeoutUsec);
-    http::async_read_header(socket, buffer, *parser, [self = shared_from_this()](error_code const& error, std::size_t) {
-        self->TakeHeader(error);
-    });
-}
-
-void BeastConnection::TakeHeader(error_code const& error)
-{
-    if (error || phase != Phase::REQUEST)
-    {
-        FailRead(error);
-        return;
+        std::size_t const capacity = hasHeader ? BODY_READ_BYTES : HEADER_READ_BYTES;
+        std::size_t count = 0;
+        switch (Receive(buffer.prepare(capacity).data(), capacity, count))
+        {
+        case Received::NOTHING:
+            return;
+        case Received::END:
+            TakeEnd();
+            return;
+        case Received::FAILURE:
+            Close();
+            return;
+        case Received::BYTES:
+            break;
+        }
+        buffer.commit(count);
+        if (phase == Phase::IDLE)
+        {
+            Enter(Phase::REQUEST, limits.requestTimeoutUsec);
+        }
     }
+}
+
+Received SocketConnection::Receive(void* bytes, std::size_t capacity, std::size_t& count)
+{
+    if (!mayHaveBytes)
+    {
+        return Received::NOTHING;
+    }
+    ssize_t const got = recv(socket.Number(), bytes, capacity, 0);
+    if (got > 0)
+    {
+        count = static_cast<std::size_t>(got);
+        mayHaveBytes = count == capacity || hasEnded; // the end is told once, and perhaps ahead of the last bytes
+        return Received::BYTES;
+    }
+    if (got == 0)
+    {
+        return Received::END;
+    }
+    if (errno == EAGAIN || errno == EINTR)
+    {
+        mayHaveBytes = errno == EINTR;
+        return Received::NOTHING;
+    }
+    return Received::FAILURE;
+}
+
+/// True when it takes more bytes to go on.
+bool SocketConnection::Parse()
+{
+    while (buffer.size() != 0)
+    {
+        error_code error;
+        buffer.consume(parser->put(buffer.data(), error));
+        if (error == http::error::need_more)
+        {
+            return true;
+        }
+        if (error)
+        {
+            FailRead(error);
+            return false;
+        }
+        if (!hasHeader && parser->is_header_done() && !TakeHeader())
+        {
+            return false;
+        }
+        if (parser->is_done())
+        {
+            Submit();
+            return false;
+        }
+    }
+    return true;
+}
+
+/// False when the client has to be told something first.
+bool SocketConnection::TakeHeader()
+{
+    static constexpr std::string_view CONTINUE = "HTTP/1.1 100 Continue\r\n\r\n";
+    hasHeader = true;
     if (RefuseForeign())
     {
-        return;
+        return false;
     }
     auto const& request = parser->get();
     bool const isOpenToAll = request.method() == http::verb::get && request.target() == "/health";
@@ -199,25 +351,22 @@ void BeastConnection::TakeHeader(error_code const& error)
     {
         Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED,
                "This service asks for a token: send the header Authorization: Bearer TOKEN.");
-        return;
+        return false;
     }
     Enter(Phase::REQUEST, limits.requestTimeoutUsec);
-    if (parser->is_done())
+    parser->eager(true); // the body comes in one go
+    if (!parser->is_done() && boost::beast::iequals(request[http::field::expect], "100-continue"))
     {
-        Submit();
+        head = CONTINUE;
+        body.clear();
+        Write(Next::BODY);
+        return false;
     }
-    else if (boost::beast::iequals(request[http::field::expect], "100-continue"))
-    {
-        Continue();
-    }
-    else
-    {
-        ReadBody();
-    }
+    return true;
 }
 
 /// True when the request was refused: it names no host as it must, or a page from elsewhere is behind it.
-bool BeastConnection::RefuseForeign()
+bool SocketConnection::RefuseForeign()
 {
     auto const& request = parser->get();
     Target const target = Target::Of(request.target());
@@ -245,43 +394,22 @@ bool BeastConnection::RefuseForeign()
     return false;
 }
 
-void BeastConnection::Continue()
+/// The client sends nothing more.
+void SocketConnection::TakeEnd()
 {
-    static constexpr std::string_view TEXT = "HTTP/1.1 100 Continue\r\n\r\n";
-    boost::asio::async_write(socket, boost::asio::buffer(TEXT.data(), TEXT.size()),
-                             [self = shared_from_this()](error_code const& error, std::size_t) {
-        if (error || self->phase != Phase::REQUEST)
-        {
-            self->FailRead(error);
-            return;
-        }
-        self->ReadBody();
-    });
+    if (!parser->got_some())
+    {
+        Close();
+        return;
+    }
+    error_code error;
+    parser->put_eof(error);
+    FailRead(error ? error : make_error_code(http::error::partial_message)); // no request ends with the connection
 }
 
-void BeastConnection::ReadBody()
+void SocketConnection::FailRead(error_code const& error)
 {
-    http::async_read(socket, buffer, *parser, [self = shared_from_this()](error_code const& error, std::size_t) {
-        if (error || self->phase != Phase::REQUEST)
-        {
-            self->FailRead(error);
-            return;
-        }
-        self->Submit();
-    });
-}
-
-void BeastConnection::FailRead(error_code const& error)
-{
-    if (phase != Phase::REQUEST)
-    {
-        return; // closed in the meantime
-    }
-    if (isTimedOut)
-    {
-        Refuse(HttpStatus::REQUEST_TIMEOUT, Zu::Status::TIME_OUT, "The request did not come in time.");
-    }
-    else if (error == http::error::header_limit || error == http::error::buffer_overflow)
+    if (error == http::error::header_limit || error == http::error::buffer_overflow)
     {
         Refuse(HttpStatus::HEADERS_TOO_LARGE, Zu::Status::BAD_FORMAT,
                "The headers are longer than " + std::to_string(HttpServer::MAX_HEADER_BYTES) + " bytes.");
@@ -291,19 +419,20 @@ void BeastConnection::FailRead(error_code const& error)
         Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
                "The body is longer than " + std::to_string(HttpServer::MAX_BODY_BYTES) + " bytes.");
     }
-    else if (error != http::error::end_of_stream &&
-             error.category() == make_error_code(http::error::bad_method).category())
+    else
     {
         Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT,
                "The request is not valid HTTP: " + error.message() + ".");
     }
-    else
-    {
-        Close();
-    }
 }
 
-ZuRest::Request BeastConnection::TakeRequest()
+void SocketConnection::Submit()
+{
+    Enter(Phase::ANSWER, limits.answerTimeoutUsec);
+    service.Process(shared_from_this(), TakeRequest());
+}
+
+ZuRest::Request SocketConnection::TakeRequest()
 {
     auto& message = parser->get();
     ZuRest::Request request;
@@ -316,43 +445,33 @@ ZuRest::Request BeastConnection::TakeRequest()
     request.accept = TextOf(message[http::field::accept]);
     request.ifMatch = TextOf(message[http::field::if_match]);
     request.ifNoneMatch = TextOf(message[http::field::if_none_match]);
-    isWanted = std::make_shared<std::atomic<bool>>(true);
-    request.isWanted = [flag = isWanted] { return flag->load(std::memory_order_relaxed); };
+    request.isWanted = [this] { return isWanted.load(std::memory_order_relaxed); }; // who carries it out holds this
     return request;
 }
 
-void BeastConnection::Submit()
+ZuRest::IStreamReceiver& SocketConnection::MakeReceiver(bool isState)
 {
-    Enter(Phase::ANSWER, limits.answerTimeoutUsec);
-    auto const holder = std::make_shared<StreamHolder>();
-    auto makeReceiver = [holder, executor = socket.get_executor(),
-                         weak = weak_from_this()](bool isState) -> ZuRest::IStreamReceiver& {
-        holder->buffer = std::make_shared<EventBuffer>(isState, [executor, weak] {
-            boost::asio::post(executor, [weak] {
-                if (auto const self = weak.lock())
-                {
-                    self->Flush();
-                }
-            });
+    stream.buffer = std::make_unique<EventBuffer>(isState, [&to = service, weak = weak_from_this()] {
+        to.Post([weak] {
+            if (auto const self = weak.lock())
+            {
+                self->Flush();
+            }
         });
-        return *holder->buffer;
-    };
-    service.Process(TakeRequest(), std::move(makeReceiver),
-                    [self = shared_from_this(), holder, submitted = number](Outcome outcome) {
-        self->TakeOutcome(submitted, std::move(outcome), holder);
     });
+    return *stream.buffer;
 }
 
-void BeastConnection::TakeOutcome(uint64 submitted, Outcome outcome, std::shared_ptr<StreamHolder> holder)
+void SocketConnection::TakeOutcome(Outcome outcome)
 {
-    holder->stream = std::move(outcome.stream);
-    if (phase != Phase::ANSWER || submitted != number)
+    stream.stream = std::move(outcome.stream);
+    if (phase != Phase::ANSWER)
     {
-        EndStream(std::move(holder)); // nobody waits for it any more
+        EndStream(); // nobody waits for it any more
     }
-    else if (holder->stream != nullptr)
+    else if (stream.stream != nullptr)
     {
-        BeginStream(outcome.answer, std::move(holder));
+        BeginStream(outcome.answer);
     }
     else
     {
@@ -360,75 +479,85 @@ void BeastConnection::TakeOutcome(uint64 submitted, Outcome outcome, std::shared
     }
 }
 
-template <typename Body>
-http::response<Body> BeastConnection::MessageOf(Answer const& answer, bool isLast) const
+void SocketConnection::Send(Answer answer, bool isLast)
 {
-    http::response<Body> made{static_cast<http::status>(answer.status), 11};
-    made.set(http::field::date, service.Date());
-    for (auto const& [name, value] : answer.headers)
-    {
-        made.set(name, value);
-    }
-    if (!answer.contentType.empty())
-    {
-        made.set(http::field::content_type, answer.contentType);
-        made.set("X-Content-Type-Options", "nosniff");
-    }
-    made.keep_alive(!isLast);
-    return made;
-}
-
-void BeastConnection::Send(Answer answer, bool isLast)
-{
-    Enter(Phase::WRITE, limits.writeTimeoutUsec);
     bool const mayHaveBody = answer.status != HttpStatus::NO_CONTENT && answer.status != HttpStatus::NOT_MODIFIED;
-    auto const sent = [self = shared_from_this(), isLast](error_code const& error, std::size_t) {
-        self->Sent(error, isLast);
-    };
-    if (mayHaveBody && parser.has_value() && parser->get().method() != http::verb::head)
-    {
-        message = MessageOf<http::string_body>(answer, isLast);
-        message->body() = std::move(answer.body);
-        message->prepare_payload();
-        http::async_write(socket, *message, sent);
-        return;
-    }
-    bareMessage = MessageOf<http::empty_body>(answer, isLast);
-    if (mayHaveBody)
-    {
-        bareMessage->content_length(answer.body.size());
-    }
-    bareSerializer.emplace(*bareMessage);
-    http::async_write_header(socket, *bareSerializer, sent);
+    bool const isAskedForBody = !parser.has_value() || parser->get().method() != http::verb::head;
+    head.clear();
+    AnswerHead::Append(head, answer, service.Date(), isLast,
+                       mayHaveBody ? std::optional<uint64>(answer.body.size()) : std::nullopt);
+    body = mayHaveBody && isAskedForBody ? std::move(answer.body) : std::string();
+    Write(isLast ? Next::END : Next::REQUEST);
 }
 
-void BeastConnection::Refuse(uint32 status, int32 code, std::string detail)
+void SocketConnection::Refuse(uint32 status, int32 code, std::string detail)
 {
-    ++number; // the outcome of what is under way is not waited for
     Answer answer = Refusal(status, code, std::move(detail));
     if (status == HttpStatus::UNAUTHORIZED)
     {
         answer.headers.emplace_back("WWW-Authenticate", "Bearer");
     }
-    if (!parser.has_value())
-    {
-        parser.emplace();
-    }
     Send(std::move(answer), true);
 }
 
-void BeastConnection::Sent(error_code const& error, bool isLast)
+/// Writes `head` and `body`, as far as the socket takes them at once; the rest when it takes more.
+void SocketConnection::Write(Next newNext)
 {
-    if (error || phase != Phase::WRITE)
+    Enter(Phase::WRITE, limits.writeTimeoutUsec);
+    next = newNext;
+    writtenBytes = 0;
+    WriteOn();
+}
+
+void SocketConnection::WriteOn()
+{
+    while (writtenBytes != head.size() + body.size())
     {
-        Close();
+        std::size_t const ofHead = std::min(writtenBytes, head.size());
+        std::size_t const ofBody = writtenBytes - ofHead;
+        std::array<iovec, 2> parts{
+            {{head.data() + ofHead, head.size() - ofHead}, {body.data() + ofBody, body.size() - ofBody}}};
+        msghdr message{};
+        message.msg_iov = parts.data();
+        message.msg_iovlen = body.empty() ? 1 : parts.size();
+        ssize_t const sent = sendmsg(socket.Number(), &message, MSG_NOSIGNAL);
+        if (sent >= 0)
+        {
+            writtenBytes += static_cast<std::size_t>(sent);
+        }
+        else if (errno == EAGAIN)
+        {
+            return;
+        }
+        else if (errno != EINTR)
+        {
+            Close();
+            return;
+        }
     }
-    else if (isLast || service.IsStopping())
+    Written();
+}
+
+void SocketConnection::Written()
+{
+    if (next == Next::STREAM)
     {
-        error_code ignored; // a client that is gone
-        socket.shutdown(tcp::socket::shutdown_send, ignored);
+        Enter(Phase::STREAM, limits.commentPeriodUsec);
+        if (hasNews || mayHaveBytes)
+        {
+            GoOnSoon();
+        }
+    }
+    else if (next == Next::BODY)
+    {
+        Enter(Phase::REQUEST, limits.requestTimeoutUsec);
+        GoOnSoon();
+    }
+    else if (next == Next::END || service.IsStopping())
+    {
+        shutdown(socket.Number(), SHUT_WR); // fails for a client that is gone
         Enter(Phase::LINGER, service.IsStopping() ? STOP_LINGER_USEC : LINGER_USEC);
-        Linger();
+        GoOnSoon();
     }
     else
     {
@@ -436,106 +565,79 @@ void BeastConnection::Sent(error_code const& error, bool isLast)
     }
 }
 
-/// A connection that closes with unread bytes takes back what was written: they are read, up to a bound.
-void BeastConnection::Linger()
+/// Reads what nobody is to see. A connection that closes with unread bytes takes back what was written: those behind the last
+/// answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of the stream.
+void SocketConnection::Discard()
 {
-    socket.async_read_some(boost::asio::buffer(discarded),
-                           [self = shared_from_this()](error_code const& error, std::size_t bytes) {
-        self->discardedBytes += bytes;
-        if (error || self->phase != Phase::LINGER || self->discardedBytes > MAX_LINGER_BYTES)
-        {
-            self->Close();
-            return;
-        }
-        self->Linger();
-    });
-}
-
-void BeastConnection::BeginStream(Answer const& answer, std::shared_ptr<StreamHolder> holder)
-{
-    stream = std::move(holder);
-    Enter(Phase::WRITE, limits.writeTimeoutUsec);
-    bareMessage = MessageOf<http::empty_body>(answer, true); // it ends with the connection
-    bareSerializer.emplace(*bareMessage);
-    http::async_write_header(socket, *bareSerializer,
-                             [self = shared_from_this()](error_code const& error, std::size_t) {
-        if (error || self->phase != Phase::WRITE)
-        {
-            self->Close();
-            return;
-        }
-        self->Enter(Phase::STREAM, self->limits.commentPeriodUsec);
-        self->WatchClient();
-        self->Flush();
-    });
-}
-
-/// A client has nothing more to say on a stream: what comes is passed over, and its end is the end of the stream.
-void BeastConnection::WatchClient()
-{
-    socket.async_read_some(boost::asio::buffer(discarded),
-                           [self = shared_from_this()](error_code const& error, std::size_t) {
-        if (error || self->phase == Phase::CLOSED)
-        {
-            self->Close();
-            return;
-        }
-        self->WatchClient();
-    });
-}
-
-void BeastConnection::Flush()
-{
-    if (phase != Phase::STREAM)
+    std::array<char, 16 * 1024> discarded;
+    for (unsigned reads = 0; reads < MAX_READS; ++reads)
     {
-        return; // a write is under way, and looks here again when it ends
+        std::size_t count = 0;
+        Received const received = Receive(discarded.data(), discarded.size(), count);
+        if (received == Received::NOTHING)
+        {
+            return;
+        }
+        discardedBytes += count;
+        if (received != Received::BYTES || (phase == Phase::LINGER && discardedBytes > MAX_LINGER_BYTES))
+        {
+            Close();
+            return;
+        }
     }
-    if (std::string text = stream->buffer->Take(); !text.empty())
+    GoOnSoon();
+}
+
+void SocketConnection::BeginStream(Answer const& answer)
+{
+    head.clear();
+    AnswerHead::Append(head, answer, service.Date(), true, std::nullopt); // it ends with the connection
+    body.clear();
+    Write(Next::STREAM);
+}
+
+void SocketConnection::Flush()
+{
+    hasNews = phase != Phase::STREAM; // a write is under way, and looks here again when it ends
+    if (hasNews)
+    {
+        return;
+    }
+    if (std::string text = stream.buffer->Take(); !text.empty())
     {
         WriteToStream(std::move(text));
     }
 }
 
-void BeastConnection::WriteToStream(std::string text)
+void SocketConnection::WriteToStream(std::string text)
 {
-    Enter(Phase::WRITE, limits.writeTimeoutUsec);
-    streamText = std::move(text);
-    boost::asio::async_write(socket, boost::asio::buffer(streamText),
-                             [self = shared_from_this()](error_code const& error, std::size_t) {
-        if (error || self->phase != Phase::WRITE)
-        {
-            self->Close();
-            return;
-        }
-        self->Enter(Phase::STREAM, self->limits.commentPeriodUsec);
-        self->Flush();
-    });
+    head = std::move(text);
+    body.clear();
+    Write(Next::STREAM);
 }
 
-void BeastConnection::EndStream(std::shared_ptr<StreamHolder> holder)
+void SocketConnection::EndStream()
 {
-    if (holder != nullptr && holder->stream != nullptr)
+    if (stream.stream != nullptr)
     {
-        service.RunLater([held = std::move(holder)] { held->stream.reset(); }); // the resource may take its time
+        auto const held = std::make_shared<StreamHolder>(std::move(stream));
+        service.RunLater([held] { held->stream.reset(); }); // the resource may take its time
     }
 }
 
-void BeastConnection::CheckDeadline(uint64 nowUsec)
+void SocketConnection::CheckDeadline(uint64 nowUsec)
 {
     if (nowUsec < dueUsec)
     {
         return;
     }
-    error_code ignored;
     switch (phase)
     {
     case Phase::REQUEST:
-        isTimedOut = true;
-        dueUsec = wTIMEOUT_INFINITE;
-        socket.cancel(ignored); // the read that fails by it answers
+        Refuse(HttpStatus::REQUEST_TIMEOUT, Zu::Status::TIME_OUT, "The request did not come in time.");
         break;
     case Phase::ANSWER:
-        isWanted->store(false, std::memory_order_relaxed);
+        isWanted.store(false, std::memory_order_relaxed);
         Refuse(HttpStatus::SERVICE_UNAVAILABLE, Zu::Status::BUSY, "The resource did not answer in time.");
         break;
     case Phase::STREAM:
@@ -547,37 +649,37 @@ void BeastConnection::CheckDeadline(uint64 nowUsec)
     }
 }
 
-void BeastConnection::BeginStop()
+void SocketConnection::BeginStop()
 {
-    bool const isUnderWay = phase == Phase::ANSWER || (phase == Phase::WRITE && stream == nullptr);
+    bool const isUnderWay = phase == Phase::ANSWER || (phase == Phase::WRITE && next != Next::STREAM);
     if (!isUnderWay)
     {
         Close();
     }
 }
 
-void BeastConnection::Close()
+void SocketConnection::Close()
 {
     if (phase == Phase::CLOSED)
     {
         return;
     }
+    bool const isStreaming = next == Next::STREAM;
     phase = Phase::CLOSED;
-    if (isWanted != nullptr)
+    isWanted.store(false, std::memory_order_relaxed);
+    socket.Close();
+    if (isStreaming)
     {
-        isWanted->store(false, std::memory_order_relaxed);
+        EndStream();
     }
-    error_code ignored; // whatever does not close goes with the socket
-    socket.close(ignored);
-    EndStream(std::exchange(stream, nullptr));
     service.Forget(shared_from_this());
 }
 
 HttpConnection::~HttpConnection() = default;
 
-std::shared_ptr<HttpConnection> HttpConnection::Make(IHttpService& service, tcp::socket socket)
+std::shared_ptr<HttpConnection> HttpConnection::Make(IHttpService& service, Descriptor socket)
 {
-    return std::make_shared<BeastConnection>(service, std::move(socket));
+    return std::make_shared<SocketConnection>(service, std::move(socket));
 }
 
 } // namespace ZuHost

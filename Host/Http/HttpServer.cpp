@@ -1,23 +1,29 @@
 #include "Host/Http/HttpServer.h"
 
+#include "Host/Http/Descriptor.h"
 #include "Host/Http/HttpConnection.h"
 #include "Host/Http/IHttpService.h"
+#include "Host/Http/IIoUser.h"
+#include "Host/Http/IoLoop.h"
 #include "Host/Http/WorkerPool.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/HttpStatus.h"
-#include "wApi/wThread.h"
 #include "wApi/wTime.h"
 
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
+#include <utility> // Asio of this version relies on it and does not include it
+
+#include <boost/asio/ip/tcp.hpp>
 
 #include <array>
+#include <cerrno>
 #include <condition_variable>
+#include <cstring>
 #include <ctime>
 #include <future>
 #include <mutex>
+#include <netinet/tcp.h>
 #include <optional>
+#include <sys/socket.h>
 #include <unordered_set>
 #include <vector>
 
@@ -26,13 +32,12 @@ namespace ZuHost
 
 namespace HttpStatus = ZuRest::HttpStatus;
 using boost::asio::ip::tcp;
-using boost::system::error_code;
 using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 
 namespace
 {
 
-constexpr std::chrono::milliseconds ACCEPT_RETRY{100};
+constexpr uint64 ACCEPT_RETRY_USEC = 100'000;
 constexpr uint64 MAX_REFUSED = 64; // connections beyond the cap that are told so; more are closed at once
 
 std::string EndpointText(std::string const& address, uint16 port)
@@ -41,14 +46,13 @@ std::string EndpointText(std::string const& address, uint16 port)
     return (isVersion6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
 }
 
-int32 StatusOf(error_code const& error)
+int32 StatusOf(int error)
 {
-    namespace errors = boost::system::errc;
-    if (error == errors::address_in_use)
+    if (error == EADDRINUSE)
     {
         return Zu::Status::BUSY;
     }
-    return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
+    return error == EADDRNOTAVAIL ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
 }
 
 /// The present time as "Sun, 06 Nov 1994 08:49:37 GMT".
@@ -67,7 +71,7 @@ std::string DateText()
 boost::asio::ip::address AddressOf(HttpServer::Settings const& settings)
 {
     std::string const where = EndpointText(settings.address, settings.port);
-    error_code error;
+    boost::system::error_code error;
     auto const address = boost::asio::ip::make_address(settings.address, error);
     if (error)
     {
@@ -83,10 +87,48 @@ boost::asio::ip::address AddressOf(HttpServer::Settings const& settings)
     return address;
 }
 
+/// A socket that listens where the settings say. Throws as `HttpServer::Listen` does.
+Descriptor ListeningSocket(HttpServer::Settings const& settings)
+{
+    int const enable = 1;
+    tcp::endpoint const wanted(AddressOf(settings), settings.port);
+    Descriptor made(socket(wanted.protocol().family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP));
+    bool const isListening = made.Number() != Descriptor::NONE &&
+                             setsockopt(made.Number(), SOL_SOCKET, SO_REUSEADDR, &enable, sizeof(enable)) == 0 &&
+                             bind(made.Number(), wanted.data(), static_cast<socklen_t>(wanted.size())) == 0 &&
+                             listen(made.Number(), SOMAXCONN) == 0;
+    if (!isListening)
+    {
+        int const error = errno;
+        ZU_THROW(StatusOf(error), "The REST service cannot listen on %s: %s",
+                 EndpointText(settings.address, settings.port).c_str(), std::strerror(error));
+    }
+    return made;
+}
+
+/// Where a socket listens.
+tcp::endpoint EndpointOf(Descriptor const& listening)
+{
+    tcp::endpoint endpoint;
+    auto bytes = static_cast<socklen_t>(endpoint.capacity());
+    if (getsockname(listening.Number(), endpoint.data(), &bytes) != 0)
+    {
+        ZU_THROW(Zu::Status::FAILURE, "The REST service cannot tell where it listens: %s", std::strerror(errno));
+    }
+    endpoint.resize(bytes);
+    return endpoint;
+}
+
+bool IsRead(std::string const& method)
+{
+    return method == "GET" || method == "HEAD";
+}
+
 } // namespace
 
-/// What lives from taking the address to the next stop. All but the counts of requests belongs to the I/O thread once it runs.
-class HttpServer::Core final : public IHttpService
+/// What lives from taking the address to the next stop. All but the count of requests belongs to the thread on I/O duty once it
+/// runs.
+class HttpServer::Core final : public IHttpService, private IIoUser
 {
 public:
     Core(ZuRest::ResourceRequestProcessor& usedProcessor, Settings const& usedSettings);
@@ -103,43 +145,43 @@ public:
     bool IsServing() const;
     void Serve(); ///< once
 
-    // What the connections need, on the I/O thread.
+    // What the connections need.
     Settings const& Limits() const override;
     bool IsLocal() const override;
     std::string const& Date() const override;
+    uint64 NowUsec() const override;
     bool IsStopping() const override;
-    void Process(ZuRest::Request request, ZuRest::ResourceRequestProcessor::ReceiverMaker makeReceiver,
-                 std::function<void(Outcome)> done) override;
+    void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
     void RunLater(std::function<void()> step) override;
+    void Post(std::function<void()> step) override;
     void Forget(std::shared_ptr<HttpConnection> const& connection) override;
 
 private:
-    using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
+    using Client = std::shared_ptr<HttpConnection>;
 
-    static int Main(void* argument);
-
-    void Listen();
-    void Accept();
+    void DoDuty();
+    void OnReady(uint32 events) override;
     void RetryAccept();
-    void Welcome(tcp::socket socket);
+    void Welcome(Descriptor socket);
     void Sweep();
     void BeginStop();
     void CloseAll();
     void OnIoThread(std::function<void()> step);
+    std::optional<Outcome> ProcessHere(Client const& client, ZuRest::Request const& request);
+    void ProcessLater(Client const& client, ZuRest::Request request);
+    void GiveOutcome(Client const& client, Outcome outcome);
+    void CountBegun();
+    void CountEnded();
 
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
-    boost::asio::io_context io{1}; // one thread: it needs fewer locks
-    bool isServing = false;        // the owner's: whether there is a thread
+    Descriptor listening;
+    tcp::endpoint const endpoint;
+    IoLoop loop;
     bool isStopping = false;
-    bool isClosed = false; // nothing begins any more
-    std::optional<WorkerPool> workers;
-    std::optional<WorkGuard> work{boost::asio::make_work_guard(io)};
-    tcp::acceptor acceptor{io};
-    tcp::endpoint endpoint; // never changes once listening
-    boost::asio::steady_timer acceptRetry{io};
-    boost::asio::steady_timer sweep{io};
-    std::unordered_set<std::shared_ptr<HttpConnection>> connections;
+    uint64 acceptAgainUsec = wTIMEOUT_INFINITE;
+    uint64 nextSweepUsec = 0;
+    std::unordered_set<Client> connections;
     std::string date = DateText();
 
     std::mutex countLock; // a leaf: guards the two below
@@ -147,21 +189,21 @@ private:
     uint64 underWay = 0; // requests that the processor has
     bool isEmpty = true; // no connection is left
 
-    wThread thread; // last: it uses all of the above
+    std::optional<WorkerPool> workers; // last: its threads use all of the above. Of the owner
 };
 
 HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, Settings const& usedSettings)
-    : settings(usedSettings), processor(usedProcessor)
+    : settings(usedSettings),
+      processor(usedProcessor),
+      listening(ListeningSocket(settings)),
+      endpoint(EndpointOf(listening))
 {
-    Listen();
-    ZU_CHECK(wThread_Construct(&thread));
-    ZU_CHECK(wThread_SetName(thread, "Http.Io"));
 }
 
 HttpServer::Core::~Core()
 {
     ZU_GUARD_DESTRUCTOR([this] {
-        if (!isServing)
+        if (!IsServing())
         {
             return; // it has only listened
         }
@@ -179,23 +221,27 @@ HttpServer::Core::~Core()
         }
         OnIoThread([] {}); // behind the last outcome: its stream is on the way to the workers
         workers.reset();
-        work.reset();
-        ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
     });
 }
 
 bool HttpServer::Core::IsServing() const
 {
-    return isServing;
+    return workers.has_value();
 }
 
 void HttpServer::Core::Serve()
 {
-    workers.emplace();
-    Accept();
-    Sweep();
-    ZU_CHECK(wThread_Start(thread, &Core::Main, this)); // behind all that the thread uses
-    isServing = true;
+    loop.Watch(listening.Number(), EPOLLIN, *this);
+    workers.emplace(WorkerPool::Duty{[this] { DoDuty(); }, [this] { loop.Post([] {}); }});
+    try
+    {
+        workers->Start();
+    }
+    catch (...)
+    {
+        workers.reset();
+        throw;
+    }
 }
 
 HttpServer::Settings const& HttpServer::Core::Limits() const
@@ -213,27 +259,87 @@ std::string const& HttpServer::Core::Date() const
     return date;
 }
 
+uint64 HttpServer::Core::NowUsec() const
+{
+    return loop.NowUsec();
+}
+
 bool HttpServer::Core::IsStopping() const
 {
     return isStopping;
 }
 
-void HttpServer::Core::Process(ZuRest::Request request, ZuRest::ResourceRequestProcessor::ReceiverMaker makeReceiver,
-                               std::function<void(Outcome)> done)
+void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
 {
+    CountBegun();
+    std::optional<Outcome> outcome;
+    try
     {
-        std::scoped_lock const guard(countLock);
-        ++underWay;
+        outcome = ProcessHere(client, request);
+        if (!outcome.has_value())
+        {
+            ProcessLater(client, std::move(request));
+            return;
+        }
     }
+    catch (...)
+    {
+        CountEnded();
+        throw;
+    }
+    GiveOutcome(client, std::move(*outcome));
+}
+
+/// Nothing for a request that has to wait for its turn or had better be carried out by another thread: a change takes as long
+/// as it takes, a read hardly ever.
+std::optional<Outcome> HttpServer::Core::ProcessHere(Client const& client, ZuRest::Request const& request)
+{
+    if (!IsRead(request.method))
+    {
+        return std::nullopt;
+    }
+    WorkerPool::Aside const aside(*workers);
+    if (!aside.IsGranted())
+    {
+        return std::nullopt;
+    }
+    return processor.TryProcess(
+        request, [&client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); });
+}
+
+void HttpServer::Core::ProcessLater(Client const& client, ZuRest::Request request)
+{
     processor.ProcessLater(
-        std::move(request), std::move(makeReceiver), [this](auto next) { workers->Run(std::move(next)); },
-        [this, done = std::move(done)](Outcome outcome) {
-        auto const kept = std::make_shared<Outcome>(std::move(outcome));
-        boost::asio::post(io, [done, kept] { done(std::move(*kept)); });
-        std::scoped_lock const guard(countLock);
-        --underWay;
-        countChanged.notify_all(); // under the lock: the one who waits may end this object right behind it
-        });
+        std::move(request),
+        [client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); },
+        [this](auto next) { workers->Run(std::move(next)); },
+        [this, client](Outcome outcome) { GiveOutcome(client, std::move(outcome)); });
+}
+
+void HttpServer::Core::GiveOutcome(Client const& client, Outcome outcome)
+{
+    if (workers->IsOnDuty())
+    {
+        CountEnded();
+        client->TakeOutcome(std::move(outcome));
+        return;
+    }
+    auto const kept = std::make_shared<Outcome>(std::move(outcome));
+    loop.Post([client, kept] { client->TakeOutcome(std::move(*kept)); });
+    CountEnded(); // last: the one who waits may end this object right behind it
+}
+
+void HttpServer::Core::CountBegun()
+{
+    std::scoped_lock const guard(countLock);
+    ++underWay;
+}
+
+void HttpServer::Core::CountEnded()
+{
+    std::scoped_lock const guard(countLock);
+    --underWay;
+    countChanged.notify_all(); // under the lock: the one who waits may end this object right behind it
 }
 
 void HttpServer::Core::RunLater(std::function<void()> step)
@@ -241,8 +347,14 @@ void HttpServer::Core::RunLater(std::function<void()> step)
     workers->Run(std::move(step));
 }
 
-void HttpServer::Core::Forget(std::shared_ptr<HttpConnection> const& connection)
+void HttpServer::Core::Post(std::function<void()> step)
 {
+    loop.Post(std::move(step));
+}
+
+void HttpServer::Core::Forget(Client const& connection)
+{
+    loop.Post([kept = connection] {}); // it may be about to be called still
     connections.erase(connection);
     if (connections.empty())
     {
@@ -252,70 +364,59 @@ void HttpServer::Core::Forget(std::shared_ptr<HttpConnection> const& connection)
     }
 }
 
-int HttpServer::Core::Main(void* argument)
+/// One piece of the I/O. Behind `RunOne` nothing is touched: this thread may be relieved.
+void HttpServer::Core::DoDuty()
 {
-    auto& core = *static_cast<Core*>(argument);
-    while (!ZU_GUARD_BOUNDARY([&core] { core.io.run(); })) // ends when all is closed
+    uint64 const nowUsec = loop.NowUsec();
+    if (nowUsec >= acceptAgainUsec && !isStopping)
     {
+        acceptAgainUsec = wTIMEOUT_INFINITE;
+        loop.Change(listening.Number(), EPOLLIN, *this);
     }
-    return 1;
-}
-
-void HttpServer::Core::Listen()
-{
-    tcp::endpoint const wanted(AddressOf(settings), settings.port);
-    error_code error;
-    acceptor.open(wanted.protocol(), error);
-    error = error ? error : (acceptor.set_option(tcp::acceptor::reuse_address(true), error), error);
-    error = error ? error : (acceptor.bind(wanted, error), error);
-    error = error ? error : (acceptor.listen(tcp::acceptor::max_listen_connections, error), error);
-    if (error)
+    if (nowUsec >= nextSweepUsec)
     {
-        ZU_THROW(StatusOf(error), "The REST service cannot listen on %s: %s",
-                 EndpointText(settings.address, settings.port).c_str(), error.message().c_str());
+        Sweep();
     }
-    endpoint = acceptor.local_endpoint();
+    loop.RunOne(std::min(nextSweepUsec, acceptAgainUsec));
 }
 
-void HttpServer::Core::Accept()
+/// A client is at the door, or more of them: the others make themselves heard again.
+void HttpServer::Core::OnReady(uint32 /*events*/)
 {
-    acceptor.async_accept([this](error_code const& error, tcp::socket socket) {
-        if (!acceptor.is_open())
-        {
-            return;
-        }
-        if (error)
-        {
-            RetryAccept();
-            return;
-        }
-        ZU_GUARD_BOUNDARY([&] { Welcome(std::move(socket)); });
-        Accept();
-    });
+    if (isStopping)
+    {
+        return; // it was there when the door was closed
+    }
+    Descriptor socket(accept4(listening.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (socket.Number() != Descriptor::NONE)
+    {
+        Welcome(std::move(socket));
+    }
+    else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+    {
+        RetryAccept();
+    }
 }
 
-/// Out of descriptors, say: trying again at once would only burn time that the clients need.
+/// Trying again at once would only burn time that the clients need.
 void HttpServer::Core::RetryAccept()
 {
-    acceptRetry.expires_after(ACCEPT_RETRY);
-    acceptRetry.async_wait([this](error_code const&) {
-        if (acceptor.is_open())
-        {
-            Accept();
-        }
-    });
+    loop.Change(listening.Number(), 0, *this);
+    acceptAgainUsec = loop.NowUsec() + ACCEPT_RETRY_USEC;
 }
 
-void HttpServer::Core::Welcome(tcp::socket socket)
+void HttpServer::Core::Welcome(Descriptor socket)
 {
     uint64 const present = connections.size();
     if (present >= settings.maxConnections + MAX_REFUSED)
     {
         return; // the socket closes as it goes
     }
-    error_code ignored; // without it answers are only slower
-    socket.set_option(tcp::no_delay(true), ignored);
+    int const number = socket.Number();
+    int const enable = 1;
+    setsockopt(number, IPPROTO_TCP, TCP_NODELAY, &enable, sizeof(enable)); // without it answers are only slower
     auto const connection = HttpConnection::Make(*this, std::move(socket));
+    loop.Watch(number, EPOLLIN | EPOLLOUT | EPOLLRDHUP | EPOLLET, *connection);
     connections.insert(connection);
     {
         std::scoped_lock const guard(countLock);
@@ -333,29 +434,21 @@ void HttpServer::Core::Welcome(tcp::socket socket)
 /// One timer looks after the deadlines of all: no client costs a timer of its own with each request.
 void HttpServer::Core::Sweep()
 {
-    std::vector<std::shared_ptr<HttpConnection>> const all(connections.begin(), connections.end());
-    uint64 const nowUsec = wTime_NowUsec();
+    std::vector<Client> const all(connections.begin(), connections.end());
+    uint64 const nowUsec = loop.NowUsec();
+    nextSweepUsec = nowUsec + settings.sweepPeriodUsec;
     date = DateText();                 // often enough, and not with each answer
     for (auto const& connection : all) // a copy: one that ends leaves the set
     {
         ZU_GUARD_BOUNDARY([&] { connection->CheckDeadline(nowUsec); });
     }
-    sweep.expires_after(std::chrono::microseconds(settings.sweepPeriodUsec));
-    sweep.async_wait([this](error_code const& error) {
-        if (!error && !isClosed) // one that has expired already is not cancelled any more
-        {
-            Sweep();
-        }
-    });
 }
 
 void HttpServer::Core::BeginStop()
 {
     isStopping = true;
-    error_code ignored;
-    acceptor.close(ignored);
-    acceptRetry.cancel();
-    std::vector<std::shared_ptr<HttpConnection>> const all(connections.begin(), connections.end());
+    listening.Close();
+    std::vector<Client> const all(connections.begin(), connections.end());
     for (auto const& connection : all)
     {
         connection->BeginStop();
@@ -364,9 +457,7 @@ void HttpServer::Core::BeginStop()
 
 void HttpServer::Core::CloseAll()
 {
-    isClosed = true;
-    sweep.cancel();
-    std::vector<std::shared_ptr<HttpConnection>> const all(connections.begin(), connections.end());
+    std::vector<Client> const all(connections.begin(), connections.end());
     for (auto const& connection : all)
     {
         connection->Close();
@@ -377,7 +468,7 @@ void HttpServer::Core::CloseAll()
 void HttpServer::Core::OnIoThread(std::function<void()> step)
 {
     std::promise<void> ran;
-    boost::asio::post(io, [&] {
+    loop.Post([&] {
         ZU_GUARD_BOUNDARY(step);
         ran.set_value();
     });

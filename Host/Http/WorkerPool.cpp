@@ -1,6 +1,7 @@
 #include "Host/Http/WorkerPool.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wTime.h"
 
 #include <string>
 #include <utility>
@@ -8,14 +9,23 @@
 namespace ZuHost
 {
 
-WorkerPool::WorkerPool()
+namespace
 {
-    for (uint64 i = 0; i < THREADS; ++i)
-    {
-        ZU_CHECK(wThread_Construct(&threads[i]));
-        ZU_CHECK(wThread_SetName(threads[i], ("Http.Worker" + std::to_string(i)).c_str()));
-        ZU_CHECK(wThread_Start(threads[i], &WorkerPool::Main, this));
-    }
+
+// The word that the thread on duty and its watcher agree on.
+constexpr uint64 ASIDE = 1;   // the thread on duty does something else
+constexpr uint64 WATCHED = 2; // there is a watcher
+constexpr uint64 ASLEEP = 4;  // who is to be woken before he can watch
+constexpr uint64 COUNT = 8;   // one aside more, or one change of the thread
+
+constexpr uint64 NOT_BEGUN = 0; // no word of an aside
+
+thread_local WorkerPool const* poolOnDuty = nullptr; // whose duty this thread does
+
+} // namespace
+
+WorkerPool::WorkerPool(Duty newDuty) : duty(std::move(newDuty))
+{
 }
 
 WorkerPool::~WorkerPool()
@@ -25,43 +35,190 @@ WorkerPool::~WorkerPool()
         isEnding = true;
     }
     changed.notify_all();
-    for (wThread& thread : threads)
+    watchChanged.NotifyAll();
+    ZU_GUARD_DESTRUCTOR(duty.wake);
+    while (started != 0)
     {
-        ZU_GUARD_DESTRUCTOR([&thread] { ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); });
+        --started;
+        ZU_GUARD_DESTRUCTOR([this] { ZU_CHECK(wThread_Join(threads[started], wTIMEOUT_INFINITE, nullptr)); });
+    }
+}
+
+void WorkerPool::Start()
+{
+    for (; started < THREADS; ++started)
+    {
+        wThread& thread = threads[started];
+        ZU_CHECK(wThread_Construct(&thread));
+        ZU_CHECK(wThread_SetName(thread, ("Http.Worker" + std::to_string(started)).c_str()));
+        ZU_CHECK(wThread_Start(thread, &WorkerPool::Main, this));
     }
 }
 
 void WorkerPool::Run(std::function<void()> work)
 {
+    std::scoped_lock const guard(lock);
+    waiting.push_back(std::move(work));
+    if (IsMissed())
     {
-        std::scoped_lock const guard(lock);
-        waiting.push_back(std::move(work));
+        watchChanged.NotifyOne();
     }
-    changed.notify_one();
+    else
+    {
+        changed.notify_one();
+    }
+}
+
+bool WorkerPool::IsOnDuty() const noexcept
+{
+    return poolOnDuty == this;
 }
 
 int WorkerPool::Main(void* argument)
 {
     auto& pool = *static_cast<WorkerPool*>(argument);
-    while (auto const work = pool.Next())
+    std::function<void()> work;
+    for (Part part = pool.NextPart(work); part != Part::END; part = pool.NextPart(work))
     {
+        if (part == Part::DUTY)
+        {
+            pool.DoDuty();
+            continue;
+        }
         ZU_GUARD_BOUNDARY(work);
+        work = nullptr; // what it holds goes now and not with the next
     }
     return 1;
 }
 
-/// Empty at the end.
-std::function<void()> WorkerPool::Next()
+/// Waits for what this thread is to do.
+WorkerPool::Part WorkerPool::NextPart(std::function<void()>& work)
 {
     std::unique_lock guard(lock);
-    changed.wait(guard, [this] { return isEnding || !waiting.empty(); });
-    if (waiting.empty())
+    while (true)
     {
-        return {};
+        if (!std::exchange(isDutyTaken, true))
+        {
+            return Part::DUTY;
+        }
+        if (!waiting.empty())
+        {
+            work = std::move(waiting.front());
+            waiting.pop_front();
+            return Part::WORK;
+        }
+        if (isEnding)
+        {
+            return Part::END;
+        }
+        if (isWatched)
+        {
+            ++resting;
+            changed.wait(guard);
+            --resting;
+        }
+        else if (Watch(guard))
+        {
+            return Part::DUTY;
+        }
     }
-    std::function<void()> work = std::move(waiting.front());
-    waiting.pop_front();
-    return work;
+}
+
+void WorkerPool::DoDuty()
+{
+    poolOnDuty = this;
+    while (IsOnDuty() && !isEnding)
+    {
+        ZU_GUARD_BOUNDARY(duty.doOne);
+    }
+    poolOnDuty = nullptr;
+}
+
+/// Whether the watcher has something better to do: there is more work than others wait for, or the end has come.
+bool WorkerPool::IsMissed() const noexcept
+{
+    return isEnding || waiting.size() > resting;
+}
+
+/// Watches the thread on duty as long as it is not missed elsewhere. True when it has taken the duty over; missed while the
+/// other one is aside it does so too, since that one comes free in its place.
+bool WorkerPool::Watch(std::unique_lock<std::mutex>& guard)
+{
+    isWatched = true;
+    bool hasTaken = false;
+    uint64 seen = NOT_BEGUN;
+    for (uint64 now = watch.fetch_or(WATCHED) | WATCHED;; now = watch.load())
+    {
+        bool const isAside = (now & ASIDE) != 0;
+        if (now != seen && !IsMissed())
+        {
+            seen = now;
+            watchChanged.WaitUntil(guard, wTime_AfterUsec(LOOK_PERIOD_USEC), [this] { return IsMissed(); });
+        }
+        else if (isAside || IsMissed())
+        {
+            if (watch.compare_exchange_strong(now, (now & ~(ASIDE | WATCHED)) + COUNT))
+            {
+                hasTaken = isAside;
+                break;
+            }
+        }
+        else if (watch.compare_exchange_strong(now, now | ASLEEP))
+        {
+            watchChanged.WaitUntil(guard, wTIMEOUT_INFINITE,
+                                   [this] { return IsMissed() || (watch.load() & ASLEEP) == 0; });
+            watch.fetch_and(~ASLEEP);
+        }
+    }
+    isWatched = false;
+    changed.notify_one(); // for the next watcher
+    return hasTaken;
+}
+
+/// The word of the aside that has begun; `NOT_BEGUN` without a watcher.
+uint64 WorkerPool::BeginAside()
+{
+    uint64 before = watch.load();
+    uint64 begun = NOT_BEGUN;
+    do
+    {
+        if ((before & WATCHED) == 0)
+        {
+            return NOT_BEGUN;
+        }
+        begun = ((before & ~ASLEEP) | ASIDE) + COUNT;
+    } while (!watch.compare_exchange_weak(before, begun));
+    if ((before & ASLEEP) != 0)
+    {
+        std::scoped_lock const guard(lock); // the watcher is not between his look at the word and his sleep
+        watchChanged.NotifyOne();
+    }
+    return begun;
+}
+
+void WorkerPool::EndAside(uint64 begun)
+{
+    if (!watch.compare_exchange_strong(begun, begun & ~ASIDE))
+    {
+        poolOnDuty = nullptr; // another thread has taken over
+    }
+}
+
+WorkerPool::Aside::Aside(WorkerPool& usedPool) : pool(usedPool), begun(pool.BeginAside())
+{
+}
+
+WorkerPool::Aside::~Aside()
+{
+    if (IsGranted())
+    {
+        pool.EndAside(begun);
+    }
+}
+
+bool WorkerPool::Aside::IsGranted() const noexcept
+{
+    return begun != NOT_BEGUN;
 }
 
 } // namespace ZuHost

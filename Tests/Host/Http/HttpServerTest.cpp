@@ -1,6 +1,7 @@
 #include "Host/Http/HttpServer.h"
 
 #include "Host/Http/TestConnection.h"
+#include "Host/Http/WorkerPool.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
@@ -365,6 +366,82 @@ TEST_F(HttpServerTest, TellsOneConnectionTooManySo)
     EXPECT_EQ(Connect().ReadAnswer()->status, 503U);
 
     EXPECT_EQ(connections.front().Send("GET", "/thing")->status, 200U);
+}
+
+TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
+{
+    constexpr unsigned READS = WorkerPool::THREADS - 2; // one thread does the I/O, another one is left
+    Latch finish;
+    std::list<Latch> entered(READS);
+    auto next = entered.begin();
+    std::mutex nextLock;
+    Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        {
+            std::scoped_lock const guard(nextLock);
+            (next++)->Open();
+        }
+        EXPECT_TRUE(finish.Wait());
+        return Json{{"slow", true}};
+    };
+    Start();
+    for (Latch& one : entered)
+    {
+        Connect().Write("GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        EXPECT_TRUE(one.Wait());
+    }
+
+    TestConnection& other = Connect();
+    for (unsigned i = 0; i < 100; ++i)
+    {
+        EXPECT_EQ(other.Send("GET", "/thing")->status, 200U);
+        EXPECT_EQ(other.Send("OPTIONS", "/thing")->status, 204U);
+    }
+    finish.Open();
+
+    auto slow = connections.begin();
+    for (unsigned i = 0; i < READS; ++i, ++slow)
+    {
+        EXPECT_EQ(Json::parse(slow->ReadAnswer()->body).at("slow"), true);
+        EXPECT_EQ(slow->Send("GET", "/thing")->status, 200U) << "the connection goes on";
+    }
+}
+
+TEST_F(HttpServerTest, AnswersALongRowOfRequestsThatCameTogether)
+{
+    constexpr unsigned REQUESTS = 5000;
+    Start();
+    TestConnection& client = Connect();
+    std::string together;
+    for (unsigned i = 0; i < REQUESTS; ++i)
+    {
+        together += i % 2 == 0 ? "GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n"
+                               : "GET /nowhere HTTP/1.1\r\nHost: localhost\r\n\r\n";
+    }
+    std::thread writer([&] { client.Write(together); }); // the answers do not fit between the two
+
+    for (unsigned i = 0; i < REQUESTS; ++i)
+    {
+        auto const answer = client.ReadAnswer();
+        ASSERT_TRUE(answer.has_value()) << i;
+        EXPECT_EQ(answer->status, i % 2 == 0 ? 200U : 404U);
+    }
+    writer.join();
+}
+
+TEST_F(HttpServerTest, SendsAnAnswerThatIsLongerThanASocketHolds)
+{
+    std::string const text(8 * 1024 * 1024, 'x');
+    resources["/thing"].Show(Json{{"text", text}});
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    EXPECT_EQ(Connect().Send("GET", "/nowhere")->status, 404U) << "the other one does not read yet";
+
+    auto const answer = client.ReadAnswer();
+
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(Json::parse(answer->body).at("text"), text);
+    EXPECT_EQ(client.Send("GET", "/nowhere")->status, 404U);
 }
 
 TEST_F(HttpServerTest, ServesOthersWhileAProtocolIsBeingStarted)

@@ -1,0 +1,8 @@
+#include "Host/Http/IIoUser.h"
+
+namespace ZuHost
+{
+
+IIoUser::~IIoUser() = default;
+
+} // namespace ZuHost
