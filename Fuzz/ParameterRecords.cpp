@@ -6,6 +6,8 @@
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/FormattedLog.h"
 #include "Fuzz/Support/Input.h"
+#include "Plugins/AsciiTcp/AsciiParams.h"
+#include "Plugins/AsciiTcp/SendTextParams.h"
 #include "Plugins/ModbusTcp/ModbusParams.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
@@ -21,6 +23,11 @@
 #include "ZuControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
 #include "ZuControl/ControlProtocol/TextIdStandardOutputsArgs.h"
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/Protocol/AnalogOutputProperties.h"
+#include "ZuControl/Protocol/ControlProperties.h"
+#include "ZuControl/Protocol/DigitalOutputProperties.h"
+#include "ZuControl/Protocol/MarletOutputProperties.h"
+#include "ZuControl/Protocol/SerialOutputProperties.h"
 #include "ZuRest/JsonText.h"
 
 #include <array>
@@ -55,6 +62,13 @@ constexpr std::array RECORDS{
     &Make<RegisterAssemblyAttributes>,
     &Make<RegisterAssemblyProperties>,
     &Make<ModbusTcp::ModbusParams>,
+    &Make<AsciiTcp::AsciiParams>,
+    &Make<AsciiTcp::SendTextParams>,
+    &Make<ZuControl::Protocol::ControlProperties>,
+    &Make<ZuControl::Protocol::DigitalOutputProperties>,
+    &Make<ZuControl::Protocol::AnalogOutputProperties>,
+    &Make<ZuControl::Protocol::SerialOutputProperties>,
+    &Make<ZuControl::Protocol::MarletOutputProperties>,
 };
 
 /// Whether `step` went through; it may throw what a client is answered with, and nothing else.
