@@ -21,12 +21,12 @@ namespace ZuHost
 /// Sees what has died or stands still in the module, and tells: a problem for as long as the fault lasts, and a line in the
 /// log when it comes and when it goes.
 ///
-/// It looks twice a second on a thread of its own, "AsyncTimer", and waits for nobody: whatever stands still, the watch can be
+/// It looks four times a second on a thread of its own, "AsyncTimer", and waits for nobody: whatever stands still, the watch can be
 /// stopped. One thread starts and destroys it; any may ask for the faults.
 class Watch final
 {
 public:
-    static constexpr uint64 PERIOD_USEC = 500'000;
+    static constexpr uint64 PERIOD_USEC = 250'000;
 
     /// The problems outlive this, and so does what `newVitals` needs. It stands still until it is started.
     Watch(ZuCommon::ProblemsManager& usedProblems, std::function<ZuControl::ControlVitals()> newVitals,
