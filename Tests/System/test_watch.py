@@ -1,6 +1,7 @@
 """What has died or stands still in the module is told within two seconds, and no longer than it lasts."""
 
 import os
+import threading
 import time
 import unittest
 
@@ -88,11 +89,24 @@ class Watch(unittest.TestCase):
         self.get_well()
         self.expect_over(sentence)
 
+    def read_metrics(self):
+        with RestClient(self.host.http_port) as rest:
+            self.answers.append(rest.get(AILING + "/metrics").status)
+
     def test_the_metrics_hang(self):
         sentence = "Ailing does not come to an end with its metrics; those of all protocols stand still."
         self.begin()
         self.fall_ill("metrics hang")
+        self.answers = []
+        readers = [threading.Thread(target=self.read_metrics) for _ in range(12)]  # as a monitoring system that goes on asking
+        for reader in readers:
+            reader.start()
         self.expect_told(sentence)
+        for reader in readers:
+            reader.join()
+        self.assertEqual(set(self.answers) - {200, 504}, set())
+        self.read_metrics()
+        self.assertEqual(self.answers[-1], 504)
         self.get_well()
         self.expect_over(sentence)
 

@@ -7,9 +7,27 @@
 #include "ZuCommon/IMetricsSource.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "wApi/wTime.h"
 
 namespace ZuControl
 {
+
+namespace
+{
+
+constexpr uint64 READ_PATIENCE_USEC = 1'000'000;
+
+/// How much longer a reader waits for the round that runs: no round may keep readers waiting for longer than that in all,
+/// or a protocol that hangs in its update would take one thread after the other with it.
+uint64 PatienceLeft(MetricsPulse const& pulse)
+{
+    uint64 const sinceUsec = pulse.Read().roundSinceUsec;
+    uint64 const now = wTime_NowUsec();
+    uint64 const waitedUsec = sinceUsec != 0 && now > sinceUsec ? now - sinceUsec : 0;
+    return READ_PATIENCE_USEC > waitedUsec ? READ_PATIENCE_USEC - waitedUsec : 0;
+}
+
+} // namespace
 
 ControlMetrics::ControlMetrics(IControlManager& usedManager) : manager(usedManager)
 {
@@ -91,7 +109,7 @@ void ControlMetrics::RemoveReportHandler(CallbackId id, std::string const& key)
 void ControlMetrics::ReadReport(std::string const& key, ReportHandler const& reader)
 {
     ZuCommon::IMetricsSource const& source = LastReport(key);
-    Zu::Locker const guard(recordLock);
+    Zu::Locker const guard(recordLock, PatienceLeft(pulse));
     reader(source);
 }
 
@@ -117,8 +135,13 @@ void ControlMetrics::DispatchReports()
 {
     for (auto const& [key, event] : SubscribedEvents())
     {
+        uint64 const patienceUsec = PatienceLeft(pulse);
+        if (patienceUsec == 0)
+        {
+            return; // the records stand still; who leaves now must not have to wait for us
+        }
         ZuCommon::IMetricsSource const& source = manager.GetInstance(key).MetricsSource();
-        Zu::Locker const guard(recordLock);
+        Zu::Locker const guard(recordLock, patienceUsec);
         event->Fire(source);
     }
 }

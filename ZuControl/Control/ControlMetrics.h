@@ -25,7 +25,7 @@ class IControlManager;
 /// enabled or not, and those who have subscribed to a type get its record once a second.
 ///
 /// No report is kept: what a subscriber gets is the protocol's own record. Updates, reports and `ReadReport` take turns, so
-/// that a record which only its protocol's `UpdateMetrics` writes is never read half way. Any thread may call; a handler
+/// that a record which only its protocol's `UpdateMetrics` writes is never read half way; while an update hangs there are no reports. Any thread may call; a handler
 /// may add and remove handlers, itself included. The protocols outlive this.
 class ZUCONTROL_API ControlMetrics final : public ZuCommon::IMetricsReporter<std::string const&>
 {
@@ -52,7 +52,7 @@ public:
     void RemoveReportHandler(CallbackId id, std::string const& key) override;
 
     /// Gives the live record of the type `key` to `reader` while nobody brings it up to date. The reader must not add or remove
-    /// handlers: a report may be waiting for it. -999 for an unknown type.
+    /// handlers: a report may be waiting for it. -999 for an unknown type; -993 when an update has been running for a second.
     void ReadReport(std::string const& key, ReportHandler const& reader);
 
     /// How the updates go. It waits for none.

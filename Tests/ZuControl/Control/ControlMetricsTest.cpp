@@ -486,6 +486,49 @@ TEST_F(ControlMetricsTest, LetsNobodyReadARecordThatIsBroughtUpToDate)
     EXPECT_NE(read, all.end());
 }
 
+TEST_F(ControlMetricsTest, KeepsNoReaderWaitingForLongWhileAnUpdateHangs)
+{
+    a.on["UpdateMetrics"] = [this] {
+        entered.Open();
+        release.Wait();
+    };
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    uint64 const beginUsec = wTime_NowUsec();
+    ChangeUpdateInterval(QUICK_USEC);
+    ASSERT_TRUE(entered.Wait());
+
+    for (int i = 0; i < 3; ++i) // the first waits for a second, those behind it not at all
+    {
+        EXPECT_EQ(RefusalOf([this] { metrics->ReadReport("b", [this](Source const&) { calls.Add("read"); }); }),
+                  (Refusal{-993, ""}));
+        EXPECT_GE(wTime_NowUsec() - beginUsec, 1'000'000u);
+    }
+
+    EXPECT_EQ(calls.Count("read"), 0u);
+    release.Open();
+    StopUpdateTimer();
+    metrics->ReadReport("b", [this](Source const&) { calls.Add("read"); });
+    EXPECT_EQ(calls.Count("read"), 1u);
+}
+
+TEST_F(ControlMetricsTest, LetsSubscribersLeaveWhileAnUpdateHangs)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    CallbackId const id = Subscribe("b", "report");
+    ASSERT_TRUE(calls.WaitFor("report"));
+    a.on["UpdateMetrics"] = [this] {
+        entered.Open();
+        release.Wait();
+    };
+    ChangeUpdateInterval(QUICK_USEC);
+    ASSERT_TRUE(entered.Wait());
+
+    metrics->RemoveReportHandler(id, "b"); // waits for the report that runs
+
+    EXPECT_EQ(Stopped(), 1u);
+    release.Open();
+}
+
 TEST_F(ControlMetricsTest, ReadsTheRecordOfAKnownTypeAlone)
 {
     BuildWith(NEVER_USEC, NEVER_USEC);
