@@ -42,7 +42,7 @@ constexpr std::size_t HEADER_READ_BYTES = 4 * 1024; // most requests are shorter
 constexpr std::size_t BODY_READ_BYTES = 16 * 1024;
 constexpr unsigned MAX_READS = 32; // in a row: then others have their turn
 
-std::string TextOf(boost::beast::string_view text)
+std::string_view TextOf(boost::beast::string_view text)
 {
     return {text.data(), text.size()};
 }
@@ -50,19 +50,19 @@ std::string TextOf(boost::beast::string_view text)
 /// What a request is sent to: its target without the scheme and the host that may stand before the path.
 struct Target
 {
-    std::string host; // empty when the target has none
-    std::string pathAndQuery;
+    std::string_view host; // empty when the target has none
+    std::string_view pathAndQuery;
 
-    static Target Of(boost::beast::string_view target)
+    static Target Of(std::string_view text)
     {
         constexpr std::string_view SCHEME = "http://";
-        std::string const text = TextOf(target);
         if (!text.starts_with(SCHEME))
         {
             return {"", text};
         }
         std::size_t const path = std::min(text.find('/', SCHEME.size()), text.size());
-        return {text.substr(SCHEME.size(), path - SCHEME.size()), path != text.size() ? text.substr(path) : "/"};
+        return {text.substr(SCHEME.size(), path - SCHEME.size()),
+                path != text.size() ? text.substr(path) : std::string_view("/")};
     }
 };
 
@@ -369,26 +369,27 @@ bool SocketConnection::TakeHeader()
 bool SocketConnection::RefuseForeign()
 {
     auto const& request = parser->get();
-    Target const target = Target::Of(request.target());
+    Target const target = Target::Of(TextOf(request.target()));
     std::size_t const hosts = request.count(http::field::host);
     if (hosts > 1 || (hosts == 0 && request.version() > 10))
     {
         Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, "The request needs one header Host.");
         return true;
     }
-    std::string const host = target.host.empty() ? TextOf(request[http::field::host]) : target.host;
+    std::string_view const host = target.host.empty() ? TextOf(request[http::field::host]) : target.host;
     bool const namesUs = host.empty() ? hosts == 0 : RequestOrigin::IsThisMachine(host);
     if (service.IsLocal() && !namesUs)
     {
         Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-               "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
+               "This service answers to localhost and the loopback addresses only, not to '" + std::string(host) +
+                   "'.");
         return true;
     }
     auto const origin = request.find(http::field::origin);
     if (origin != request.end() && !RequestOrigin::IsOwn(TextOf(origin->value()), host))
     {
         Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-               "This service takes no requests from pages of '" + TextOf(origin->value()) + "'.");
+               "This service takes no requests from pages of '" + std::string(TextOf(origin->value())) + "'.");
         return true;
     }
     return false;
@@ -437,7 +438,7 @@ ZuRest::Request SocketConnection::TakeRequest()
     auto& message = parser->get();
     ZuRest::Request request;
     request.method = TextOf(message.method_string());
-    std::string const target = Target::Of(message.target()).pathAndQuery;
+    std::string_view const target = Target::Of(TextOf(message.target())).pathAndQuery;
     std::size_t const mark = std::min(target.find('?'), target.size());
     request.path = target.substr(0, mark);
     request.query = target.substr(std::min(mark + 1, target.size()));

@@ -1,13 +1,13 @@
 #include "ZuRest/DocumentReader.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuApi/JsonTextWriter.h"
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/JsonText.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/Reference.h"
 #include "ZuRest/RequestInfo.h"
-#include "ZuRest/ResourceRouter.h"
 #include "ZuRest/ResponseInfo.h"
 
 #include <algorithm>
@@ -46,6 +46,14 @@ Json LinkTo(std::string const& path, Json const& extra)
     return link;
 }
 
+/// What most documents have for links, made for nothing but to be written.
+Json SelfAsText(std::string const& path)
+{
+    std::string text(R"({"self":{"href":)");
+    Zu::Properties::JsonTextWriter(text).WriteString(path);
+    return JsonText::PartOfText(text.append("}}"));
+}
+
 } // namespace
 
 /// Where a walk through what is embedded stands.
@@ -76,6 +84,13 @@ std::string DocumentReader::ReadText(std::string const& path, bool wantsSchema) 
     return JsonText::Write(Show(path, wantsSchema, walk));
 }
 
+std::string DocumentReader::ReadText(ResourceRouter::Match const& match, std::string const& path,
+                                     bool wantsSchema) const
+{
+    Walk walk{Place::Of(path), {}, true};
+    return JsonText::Write(ShowMatch(match, path, wantsSchema, walk));
+}
+
 Json DocumentReader::ReadFromInside(std::string const& path, bool wantsSchema) const
 {
     Walk walk;
@@ -89,13 +104,19 @@ Json DocumentReader::Show(std::string const& path, bool wantsSchema, Walk& walk)
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no resource at %s.", path.c_str());
     }
-    IDocumentResource* const face = match->resource->DocumentProvider();
+    return ShowMatch(*match, path, wantsSchema, walk);
+}
+
+Json DocumentReader::ShowMatch(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
+                               Walk& walk) const
+{
+    IDocumentResource* const face = match.resource->DocumentProvider();
     if (face == nullptr)
     {
         ZU_THROW(Zu::Status::NOT_UPDATABLE, "The resource at %s has no document.", path.c_str());
     }
     ResponseInfo response;
-    RequestInfo request(path, match->keys, wantsSchema);
+    RequestInfo request(path, match.keys, wantsSchema);
     request.isForText = walk.isForText;
     Json document = face->Document(request, response);
     if (document.is_null())
@@ -113,6 +134,11 @@ Json DocumentReader::Show(std::string const& path, bool wantsSchema, Walk& walk)
 
 void DocumentReader::AddReferences(Json& document, std::vector<Reference> const& references, Walk& walk) const
 {
+    if (walk.isForText && references.empty())
+    {
+        document["_links"] = SelfAsText(walk.paths.back());
+        return;
+    }
     Json links{{"self", LinkTo(walk.paths.back(), nullptr)}};
     Json embedded = Json::object();
     bool isNamed = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuRest/ResourceLocks.h"
+#include "ZuRest/ResourceRouter.h"
 #include "wApi/wExport.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -11,7 +12,6 @@ namespace ZuRest
 {
 
 struct Reference;
-class ResourceRouter;
 
 /// Makes documents as clients see them: with `_links` and `_embedded`, as HAL has it.
 ///
@@ -39,6 +39,9 @@ public:
     /// The same as text, in less time.
     std::string ReadText(std::string const& path, bool wantsSchema) const;
 
+    /// The same for one who has found the resource already.
+    std::string ReadText(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
+
     /// The same for one who has none. Throws -976 when a change of the place does not end.
     nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
 
@@ -46,6 +49,8 @@ private:
     struct Walk;
 
     nlohmann::json Show(std::string const& path, bool wantsSchema, Walk& walk) const;
+    nlohmann::json ShowMatch(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
+                             Walk& walk) const;
     nlohmann::json ShowEmbedded(Reference const& reference, Walk& walk) const;
     nlohmann::json ShowUnderOwnPass(std::string const& path, bool wantsSchema, Walk& walk) const;
     void AddReferences(nlohmann::json& document, std::vector<Reference> const& references, Walk& walk) const;

@@ -16,7 +16,7 @@ namespace
 {
 
 constexpr uint8 PART_SUBTYPE = 0x54;      // of binary values, which JSON has not got: those hold text
-constexpr std::size_t USUAL_BYTES = 4096; // of a document: most are written without growing
+constexpr std::size_t USUAL_BYTES = 1000; // of a document: more is dearer to get from the heap than to grow to
 
 /// How deep the brackets of a text go that stand outside of strings.
 uint32 DepthOf(std::string_view text)
@@ -72,6 +72,9 @@ public:
             break;
         case nlohmann::json::value_t::number_unsigned:
             writer.WriteUint64(*value.get_ptr<nlohmann::json::number_unsigned_t const*>());
+            break;
+        case nlohmann::json::value_t::boolean:
+            writer.WriteBool(*value.get_ptr<nlohmann::json::boolean_t const*>());
             break;
         case nlohmann::json::value_t::binary:
             WriteBinary(value);
@@ -166,6 +169,11 @@ nlohmann::json PartOf(Zu::Properties::Node const& node)
 {
     std::string text;
     Zu::Properties::JsonTextSerializer::Append(node, text);
+    return PartOfText(text);
+}
+
+nlohmann::json PartOfText(std::string_view text)
+{
     auto const* const bytes = reinterpret_cast<uint8 const*>(text.data());
     return nlohmann::json::binary({bytes, bytes + text.size()}, PART_SUBTYPE);
 }

@@ -28,4 +28,7 @@ ZUPLATFORM_API std::string Write(nlohmann::json const& document);
 /// A value that stands for a node in a document which is only made to be written: its text. Nothing but `Write` knows it.
 ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
 
+/// The same for what is JSON text already.
+nlohmann::json PartOfText(std::string_view text);
+
 } // namespace ZuRest::JsonText

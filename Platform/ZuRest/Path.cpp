@@ -70,9 +70,9 @@ std::string Path::Format(std::string const& routeTemplate, std::initializer_list
 
 std::string Path::Decoded(std::string_view segment)
 {
-    std::string text;
+    std::string text(segment.substr(0, segment.find('%')));
     text.reserve(segment.size());
-    for (std::size_t i = 0; i < segment.size(); ++i)
+    for (std::size_t i = text.size(); i < segment.size(); ++i)
     {
         unsigned char byte = 0;
         char const* const digits = segment.data() + i + 1;

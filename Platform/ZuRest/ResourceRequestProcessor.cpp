@@ -267,7 +267,7 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& r
     {
         return Stream(request, std::move(match), makeReceiver);
     }
-    return {ShowDocument(request), nullptr};
+    return {ShowDocument(request, match), nullptr};
 }
 
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Stream(Request const& request, ResourceRouter::Match match,
@@ -316,7 +316,7 @@ Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::
     }
     KeepBefore(Place::Of(request.path), pass);
     match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body);
-    return ShowDocument(request);
+    return ShowDocument(request, match);
 }
 
 Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Match const& match)
@@ -330,9 +330,9 @@ Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Ma
     return {HttpStatus::OK, "application/json", JsonText::Write(result), {}};
 }
 
-Answer ResourceRequestProcessor::ShowDocument(Request const& request) const
+Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
 {
-    std::string body = reader.ReadText(request.path, WantsSchema(request.query));
+    std::string body = reader.ReadText(match, request.path, WantsSchema(request.query));
     std::string tag = EntityTag::Of(body);
     if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
     {

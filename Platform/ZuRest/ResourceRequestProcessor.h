@@ -81,7 +81,7 @@ private:
     Answer Change(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
     Answer Update(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
     Answer Call(Request const& request, ResourceRouter::Match const& match);
-    Answer ShowDocument(Request const& request) const;
+    Answer ShowDocument(Request const& request, ResourceRouter::Match const& match) const;
     bool IsPreconditionMet(Request const& request) const;
     void KeepBefore(Place const& place, ResourceLocks::Pass& pass) const;
 
