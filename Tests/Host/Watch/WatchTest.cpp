@@ -201,6 +201,7 @@ TEST_F(WatchTest, GoesOnWhenAskingFailed)
     watch->Start();
 
     EXPECT_TRUE(lookedAgain.Wait());
+    watch.reset(); // ahead of what it looks at
 }
 
 TEST_F(WatchTest, IsAskedWhileItLooks)
