@@ -59,22 +59,28 @@ std::vector<std::string> Watch::Faults() const
 
 void Watch::Tell(std::set<std::string> const& sentences)
 {
-    std::map<std::string, ZuCommon::ProblemsManager::Iterator> newFaults;
     for (std::string const& sentence : sentences)
     {
-        auto const known = faults.find(sentence);
-        newFaults[sentence] = known != faults.end() ? known->second : TellNew(sentence);
-    }
-    for (auto const& [sentence, problem] : faults)
-    {
-        if (!sentences.contains(sentence))
+        if (!faults.contains(sentence))
         {
-            problems.Remove(problem);
-            ZU_LOG_INFO("This is over: %s", sentence.c_str());
+            Problems told{{sentence, {}}}; // made first: a problem that was told is not forgotten for want of memory
+            told.begin()->second = TellNew(sentence);
+            std::scoped_lock const guard(lock);
+            faults.merge(told);
         }
     }
-    std::scoped_lock const guard(lock);
-    faults.swap(newFaults);
+    for (auto fault = faults.begin(); fault != faults.end();)
+    {
+        if (sentences.contains(fault->first))
+        {
+            ++fault;
+            continue;
+        }
+        problems.Remove(fault->second);
+        ZU_LOG_INFO("This is over: %s", fault->first.c_str());
+        std::scoped_lock const guard(lock);
+        fault = faults.erase(fault);
+    }
 }
 
 ZuCommon::ProblemsManager::Iterator Watch::TellNew(std::string const& sentence)

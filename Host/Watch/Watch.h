@@ -45,6 +45,8 @@ public:
     std::vector<std::string> Faults() const;
 
 private:
+    using Problems = std::map<std::string, ZuCommon::ProblemsManager::Iterator>;
+
     void Tell(std::set<std::string> const& sentences);
     ZuCommon::ProblemsManager::Iterator TellNew(std::string const& sentence);
     WatchLimits LimitsAt(uint64 nowUsec);
@@ -55,7 +57,7 @@ private:
     uint64 lastLookUsec = 0; // of the one that looks; 0 before the first look
 
     // By their sentences. The one that looks is the only one that changes them, and needs the lock for that alone: a leaf.
-    std::map<std::string, ZuCommon::ProblemsManager::Iterator> faults;
+    Problems faults;
     mutable std::mutex lock;
 
     Zu::AsyncTimer timer; // last: it uses all of the above
