@@ -58,7 +58,7 @@ struct RegisterKind
     static uint16 MakeId(ZuTest::RandomDraws& draws)
     {
         // Also some ahead of the space and behind it, which in 16 bits may begin again at 0.
-        return draws.OneIn(48) ? Walked::NO_ID : static_cast<uint16>(START - 2 + draws.Below(COUNT + 4U));
+        return draws.OneIn(48) ? Walked::NO_ID : static_cast<uint16>(START - 2U + draws.Below(COUNT + 4U));
     }
 
     Map map{START, COUNT, ITEM_SIZE, MOST_ITEMS};
