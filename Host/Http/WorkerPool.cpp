@@ -146,13 +146,13 @@ bool WorkerPool::Watch(std::unique_lock<std::mutex>& guard)
 {
     isWatched = true;
     bool hasTaken = false;
-    uint64 seen = NOT_BEGUN;
+    uint64 seen = NOT_BEGUN; // the count at the last look: the same one is aside still, or nothing has happened since
     for (uint64 now = watch.fetch_or(WATCHED) | WATCHED;; now = watch.load())
     {
         bool const isAside = (now & ASIDE) != 0;
-        if (now != seen && !IsMissed())
+        bool const isSame = std::exchange(seen, now / COUNT) == now / COUNT;
+        if (!isSame && !IsMissed())
         {
-            seen = now;
             watchChanged.WaitUntil(guard, wTime_AfterUsec(LOOK_PERIOD_USEC), [this] { return IsMissed(); });
         }
         else if (isAside || IsMissed())
