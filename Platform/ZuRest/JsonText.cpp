@@ -15,7 +15,8 @@ namespace ZuRest::JsonText
 namespace
 {
 
-constexpr uint8 PART_SUBTYPE = 0x54;      // of binary values, which JSON has not got: those hold text
+constexpr uint8 PART_SUBTYPE = 0x54; // of binary values, which JSON has not got: those hold text
+constexpr std::size_t USUAL_PART_BYTES = 200;
 constexpr std::size_t USUAL_BYTES = 1000; // of a document: more is dearer to get from the heap than to grow to
 
 /// How deep the brackets of a text go that stand outside of strings.
@@ -168,6 +169,7 @@ std::string Write(nlohmann::json const& document)
 nlohmann::json PartOf(Zu::Properties::Node const& node)
 {
     std::string text;
+    text.reserve(USUAL_PART_BYTES);
     Zu::Properties::JsonTextSerializer::Append(node, text);
     return PartOfText(text);
 }

@@ -565,6 +565,22 @@ TEST_F(ResourceRequestProcessorTest, LetsAChangeRunAloneAndOthersNotWaitForIt)
     EXPECT_TRUE(isRead);
 }
 
+TEST_F(ResourceRequestProcessorTest, LinksADocumentToItselfWhateverItsPath)
+{
+    Place("/things/:name").Show(Json{{"Zebra", true}, {"a", false}, {"_links", "its own"}});
+    Place("/deep/:name").document = [](RequestInfo const&, ResponseInfo& response) {
+        response.Link("other", "/things/a", false, nullptr);
+        return Json::object();
+    };
+
+    EXPECT_EQ(Send("GET", R"(/things/a"b\c)").body,
+              R"({"Zebra":true,"_links":{"self":{"href":"/things/a\"b\\c"}},"a":false})");
+    EXPECT_EQ(Send("GET", "/things/\xFF").body,
+              "{\"Zebra\":true,\"_links\":{\"self\":{\"href\":\"/things/\xEF\xBF\xBD\"}},\"a\":false}");
+    EXPECT_EQ(Send("GET", "/deep/b").body, R"({"_links":{"other":{"href":"/things/a"},"self":{"href":"/deep/b"}}})");
+    EXPECT_EQ(processor.Read("/things/x", nullptr, "").at("_links"), (Json{{"self", {{"href", "/things/x"}}}}));
+}
+
 TEST_F(ResourceRequestProcessorTest, CarriesOutAtOnceOnlyWhatNeedNotWait)
 {
     FakeResource& protocol = Place("/controls/:protocol");
