@@ -14,6 +14,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 
 Goal = collections.namedtuple("Goal", "name title pairs limit against gates unit")
 """What is to hold: each first figure of `pairs` over its second one, or by itself where there is none, is at most `limit`."""
@@ -98,6 +99,8 @@ CONTESTS = {
 INSTRUCTIONS = "EncoderInstructions"
 MODEL = "ModelBenchmarks"  # all other figures
 
+SECONDS_AT_MOST = 600  # for one program: several times what the slowest one takes
+
 
 def program_of(figure):
     if figure.startswith("Instructions/"):
@@ -117,9 +120,12 @@ def fail(text):
     sys.exit(2)
 
 
-def run(command, **options):
-    """The output of a command; one that fails ends it all."""
-    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **options)
+def run(command):
+    """The output of a command; one that fails or does not end ends it all."""
+    try:
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=SECONDS_AT_MOST)
+    except subprocess.TimeoutExpired:
+        fail(f"bench: {' '.join(command)} has not come to its end within {SECONDS_AT_MOST} seconds")
     if done.returncode != 0:
         sys.stderr.write(done.stderr)
         fail(f"bench: {' '.join(command)} failed with exit status {done.returncode}")
@@ -170,13 +176,15 @@ def measure(folder, goals, quick):
     for program in sorted({program_of(figure) for figure in wanted}):
         if not (folder / program).exists():
             fail(f"bench: {folder / program} is not built; scripts/install-dependencies bench, then ./bench")
-        print(f"running {program} ...", file=sys.stderr)
+        print(f"running {program} ...", end="", file=sys.stderr, flush=True)
+        began = time.monotonic()
         if program == INSTRUCTIONS:
             figures.update(run_instructions(folder))
         elif program == MODEL:
             figures.update(run_model(folder, {figure for figure in wanted if program_of(figure) == MODEL}, quick))
         else:
             figures.update(run_contest(folder, program, quick))
+        print(f" {time.monotonic() - began:.0f} s", file=sys.stderr)
     missing = wanted - figures.keys()
     if missing:
         fail("bench: no figure for " + ", ".join(sorted(missing)))
