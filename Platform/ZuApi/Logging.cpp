@@ -2,8 +2,6 @@
 
 #include "ZuApi/FormatText.h"
 
-#include <algorithm>
-#include <atomic>
 #include <cstdarg>
 #include <mutex>
 #include <string>
@@ -24,10 +22,6 @@ struct Registry
     std::shared_ptr<Sinks const> sinks = std::make_shared<Sinks>();
 };
 
-/// A bit for each of the six kinds of line. A filter only: it publishes nothing. Not a part of the registry, whose making would
-/// have to be looked at with every line.
-std::atomic<uint32> wantedKinds{0};
-
 Registry& TheRegistry()
 {
     static auto* const registry = new Registry; // never destroyed: lines are written until the last static is gone
@@ -36,12 +30,6 @@ Registry& TheRegistry()
 
 constexpr uint64 ALL_KINDS[] = {FLAGS_INFO,      FLAGS_WARNING,      FLAGS_ERROR,
                                 FLAGS_USER_INFO, FLAGS_USER_WARNING, FLAGS_USER_ERROR};
-
-uint32 KindBit(uint64 flags)
-{
-    uint64 const level = std::min<uint64>(flags & LEVEL_MASK, 2);
-    return uint32{1} << (level + ((flags & FLAG_USER) != 0 ? 3 : 0));
-}
 
 void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks)
 {
@@ -66,6 +54,9 @@ std::shared_ptr<Sinks const> CurrentSinks()
 
 } // namespace
 
+// A filter only: it publishes nothing. Not a part of the registry, whose making would have to be looked at with every line.
+constinit std::atomic<uint32> wantedKinds{0};
+
 ISink::~ISink() = default;
 
 void AddSink(std::shared_ptr<ISink> sink)
@@ -84,11 +75,6 @@ void RemoveSink(std::shared_ptr<ISink> const& sink)
     auto sinks = std::make_shared<Sinks>(*registry.sinks);
     std::erase(*sinks, sink);
     Replace(registry, std::move(sinks));
-}
-
-bool IsWanted(uint64 flags) noexcept
-{
-    return (wantedKinds.load(std::memory_order_relaxed) & KindBit(flags)) != 0;
 }
 
 void Zu_Debug_Log(int line, char const* file, uint64 flags, char const* label, char const* format, ...)

@@ -4,6 +4,7 @@
 #include "wApi/wExport.h"
 #include "wApi/wTypes.h"
 
+#include <atomic>
 #include <memory>
 
 /// The one way into the log, and the sinks behind it.
@@ -56,8 +57,21 @@ ZUAPI_API void AddSink(std::shared_ptr<ISink> sink);
 /// Lines that begin from now on do not reach `sink`; one that another thread has begun still may. Unknown: nothing happens.
 ZUAPI_API void RemoveSink(std::shared_ptr<ISink> const& sink);
 
+/// The bit of the kind that a line with these flags is of: a level, for one of two readers.
+constexpr uint32 KindBit(uint64 flags) noexcept
+{
+    uint64 const level = (flags & LEVEL_MASK) < 2 ? flags & LEVEL_MASK : 2;
+    return uint32{1} << (level + ((flags & FLAG_USER) != 0 ? 3 : 0));
+}
+
+/// The kinds that some sink wants, as bits. Only `AddSink` and `RemoveSink` change it.
+extern ZUAPI_API std::atomic<uint32> wantedKinds;
+
 /// Whether any sink wants a line with these flags.
-ZUAPI_API bool IsWanted(uint64 flags) noexcept;
+inline bool IsWanted(uint64 flags) noexcept
+{
+    return (wantedKinds.load(std::memory_order_relaxed) & KindBit(flags)) != 0;
+}
 
 /// Writes one line: printf format, placeholders all plain or all positional. Formats only what a sink wants. Throws nothing
 /// but what a sink throws.
