@@ -126,12 +126,15 @@ struct AsyncRunner::State
 
 void AsyncRunner::State::Add(Task task)
 {
-    std::scoped_lock const guard(lock);
-    if (!ending)
     {
+        std::scoped_lock const guard(lock);
+        if (ending)
+        {
+            return;
+        }
         tasks.push_back(std::move(task));
-        changed.NotifyOne();
     }
+    changed.NotifyOne(); // behind the lock, which the worker would only run into
 }
 
 void AsyncRunner::State::End()
@@ -185,7 +188,8 @@ void AsyncRunner::Run(std::function<void()> task)
     {
         ZU_THROW(Status::BAD_ARGUMENT);
     }
-    state->Add(std::move(task));
+    std::shared_ptr<State> const held = state; // the task may end this runner before its thread has been woken
+    held->Add(std::move(task));
 }
 
 void AsyncRunner::RunAndWait(std::function<void()> task, uint64 timeoutUsec)
@@ -200,9 +204,10 @@ void AsyncRunner::RunAndWait(std::function<void()> task, uint64 timeoutUsec)
     }
     auto const waited = std::make_shared<WaitedTask>(std::move(task));
     {
+        std::shared_ptr<State> const held = state;
         // Its end is that of the last copy in the runner's hands: the task has run by then, or never will.
         std::shared_ptr<WaitedTask> queued(waited.get(), [waited](WaitedTask* ended) { ended->Drop(); });
-        state->Add([queued = std::move(queued)] { queued->Run(); });
+        held->Add([queued = std::move(queued)] { queued->Run(); });
     }
     switch (waited->Wait(timeoutUsec))
     {
