@@ -23,7 +23,7 @@ namespace
 using namespace ZuBench;
 
 constexpr uint64 ITEMS = 100;
-constexpr uint64 SETS_ALIVE = 64; // reduced sets that the platform keeps for reuse
+constexpr uint64 SETS_ALIVE = 64; // reduced sets, before they are released
 
 struct Scene
 {

@@ -8,17 +8,10 @@
 namespace ZuCore
 {
 
-struct ResultInfoObject final : wObject
+ResultInfoObject::ResultInfoObject(std::string const& sourceId, uint16 resultType)
+    : wObject(ResultInfo_Class), numericId(DataSourceHash(sourceId)), type(resultType), dataSourceId(sourceId)
 {
-    ResultInfoObject(std::string const& sourceId, uint16 resultType)
-        : wObject(ResultInfo_Class), numericId(DataSourceHash(sourceId)), type(resultType), dataSourceId(sourceId)
-    {
-    }
-
-    uint64 const numericId;
-    uint16 const type;
-    std::string const dataSourceId;
-};
+}
 
 wClass const ResultInfo_Class{"ResultInfo", nullptr,
                               [](wObject* object) { delete static_cast<ResultInfoObject*>(object); }};
@@ -38,16 +31,6 @@ wStatus ResultInfo_Construct(ResultInfo* info, std::string const& dataSourceId, 
     {
         return Zu::Status::FAILURE;
     }
-}
-
-uint64 ResultInfo_NumericId(ResultInfoObject const* info) noexcept
-{
-    return info != nullptr ? info->numericId : 0;
-}
-
-uint16 ResultInfo_Type(ResultInfoObject const* info) noexcept
-{
-    return info != nullptr ? info->type : uint16{0};
 }
 
 std::string const& ResultInfo_DataSourceId(ResultInfoObject const* info) noexcept

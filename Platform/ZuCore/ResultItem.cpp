@@ -1,18 +1,39 @@
 #include "ZuCore/ResultItem.h"
 
-#include "ZuCore/ResultItemObject.h"
 #include "wApi/wStatus.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <new>
 
 namespace ZuCore
 {
 
-wClass const ResultItem_Class{"ResultItem", nullptr, [](wObject* object) {
-                                  auto* const item = static_cast<ResultItemObject*>(object);
-                                  item->ReleaseParts();
-                                  delete item;
-                              }};
+namespace
+{
+
+struct OwnResultItem final : ResultItemObject
+{
+    OwnResultItem(wMsgInfo* takenMsgInfo, ResultInfo takenInfo) noexcept
+        : ResultItemObject(own), own{takenMsgInfo, takenInfo}
+    {
+    }
+
+    ~OwnResultItem()
+    {
+        wObject_Release(own.msgInfo);
+        wObject_Release(own.info);
+    }
+
+    OwnResultItem(OwnResultItem const&) = delete;
+    OwnResultItem& operator=(OwnResultItem const&) = delete;
+
+    ResultItemParts const own;
+};
+
+} // namespace
+
+wClass const ResultItem_Class{"ResultItem", nullptr,
+                              [](wObject* object) { delete static_cast<OwnResultItem*>(object); }};
 
 wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo resultInfo, void* /*allocator*/)
 {
@@ -20,7 +41,7 @@ wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo res
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    auto* const made = new (std::nothrow) ResultItemObject(msgInfo, resultInfo);
+    auto* const made = new (std::nothrow) OwnResultItem(msgInfo, resultInfo);
     if (made == nullptr)
     {
         return Zu::Status::FAILURE;
@@ -29,16 +50,6 @@ wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo res
     wObject_Share(resultInfo);
     *item = made;
     return Zu::Status::SUCCESS;
-}
-
-wMsgInfo* ResultItem_MsgInfo(ResultItemObject const* item) noexcept
-{
-    return item != nullptr ? item->msgInfo : nullptr;
-}
-
-ResultInfo ResultItem_ResultInfo(ResultItemObject const* item) noexcept
-{
-    return item != nullptr ? item->info : nullptr;
 }
 
 } // namespace ZuCore

@@ -1,13 +1,12 @@
 #include "ZuCore/ResultSet.h"
 
-#include "ZuCore/ResultItemObject.h"
 #include "wApi/wStatus.h"
+#include "wBeacon/wMsgInfo.h"
 
-#include <array>
+#include <algorithm>
+#include <atomic>
 #include <bit>
-#include <memory>
 #include <mutex>
-#include <new>
 
 namespace ZuCore
 {
@@ -15,20 +14,13 @@ namespace ZuCore
 namespace
 {
 
-constexpr uint64 OWN_ITEMS = 64; // in the set's own block; a power of two, and so are the chunks that follow
-constexpr uint64 MAX_CHUNKS = 26;
+constexpr uint64 OWN_ITEMS = ResultSetObject::OWN_ITEMS;
+constexpr uint64 CACHE_LINE = 64;
 constexpr uint64 KEPT_CHUNKS = 5; // of a set that waits for reuse: larger ones are given back
 
-// Sets that wait for reuse: as many as a thousand frames a second for sixteen protocols have under way, and no more memory
-// than this.
-constexpr uint64 KEPT_SETS = 1024;
-constexpr uint64 KEPT_BYTES = 8 * 1024 * 1024;
-
-/// Room for items that are made one by one, and never move: handles to them are out.
-struct ItemRoom
-{
-    alignas(ResultItemObject) std::byte bytes[sizeof(ResultItemObject)];
-};
+// What waits for reuse may take this much: the sets of a hundred items that sixteen protocols have under way after a burst of
+// a hundred frames.
+constexpr uint64 KEPT_BYTES = 16 * 1024 * 1024;
 
 /// Chunk k holds OWN_ITEMS << k items, from number OWN_ITEMS * (2^k - 1) on.
 constexpr uint64 ChunkOf(uint64 index)
@@ -41,132 +33,77 @@ constexpr uint64 FirstOf(uint64 chunk)
     return OWN_ITEMS * ((uint64{1} << chunk) - 1);
 }
 
-constexpr uint64 MAX_ITEMS = FirstOf(MAX_CHUNKS);
+constexpr uint64 MAX_ITEMS = FirstOf(ResultSetObject::MAX_CHUNKS);
 
-} // namespace
-
-struct ResultSetObject final : wObject
+void MakeItems(ResultSetObject& set, ResultSetObject::ItemRoom* items, ResultItemParts const* parts, uint64 count)
 {
-    ResultSetObject() : wObject(ResultSet_Class)
+    for (uint64 i = 0; i < count; ++i)
     {
+        new (items[i].bytes) ResultItemObject(set, parts[i]);
     }
+}
 
-    ItemRoom* Room(uint64 index)
-    {
-        if (index < OWN_ITEMS)
-        {
-            return &own[index];
-        }
-        uint64 const chunk = ChunkOf(index);
-        return &chunks[chunk][index - FirstOf(chunk)];
-    }
-
-    ResultItem Item(uint64 index)
-    {
-        return std::launder(reinterpret_cast<ResultItem>(Room(index)->bytes));
-    }
-
-    /// Turns to the room behind the last item when the present piece of it is full; false when there is no memory.
-    bool OpenRoom()
-    {
-        if (!Reserve(count + 1))
-        {
-            return false;
-        }
-        uint64 const chunk = count < OWN_ITEMS ? 0 : ChunkOf(count);
-        next = Room(count);
-        endOfRoom = next + (FirstOf(chunk + 1) - count);
-        return true;
-    }
-
-    bool Reserve(uint64 wanted)
-    {
-        while (capacity < wanted)
-        {
-            uint64 const chunk = ChunkOf(capacity);
-            chunks[chunk].reset(new (std::nothrow) ItemRoom[OWN_ITEMS << chunk]);
-            if (chunks[chunk] == nullptr)
-            {
-                return false;
-            }
-            capacity = FirstOf(chunk + 1);
-        }
-        return true;
-    }
-
-    /// Empties the set; the room stays.
-    void Clear() noexcept
-    {
-        for (uint64 i = 0; i < count; ++i)
-        {
-            Item(i)->ReleaseParts();
-        }
-        count = 0;
-        next = own;
-        endOfRoom = own + OWN_ITEMS;
-        fromLiveSimulation = false;
-    }
-
-    uint64 Bytes() const noexcept
-    {
-        return sizeof *this + (capacity - OWN_ITEMS) * sizeof(ItemRoom);
-    }
-
-    void GiveBackLargeChunks() noexcept
-    {
-        for (uint64 chunk = KEPT_CHUNKS; chunk < MAX_CHUNKS && chunks[chunk] != nullptr; ++chunk)
-        {
-            chunks[chunk].reset();
-        }
-        capacity = std::min(capacity, FirstOf(KEPT_CHUNKS));
-    }
-
-    uint64 count = 0;
-    ItemRoom* next = own; // where the next item goes, unless this is the end of the piece of room
-    ItemRoom* endOfRoom = own + OWN_ITEMS;
-    uint64 capacity = OWN_ITEMS;
-    bool fromLiveSimulation = false;
-    std::array<std::unique_ptr<ItemRoom[]>, MAX_CHUNKS> chunks; // the first is never made: it is `own`
-    ItemRoom own[OWN_ITEMS];
-};
-
-namespace
+void ReleaseParts(ResultItemParts const* parts, uint64 count)
 {
+    for (uint64 i = 0; i < count; ++i)
+    {
+        wObject_Release(parts[i].msgInfo);
+        wObject_Release(parts[i].info);
+    }
+}
 
-/// Sets that wait for reuse, the one that was in use last on top.
+/// Sets that wait for reuse, a stack: the one that was in use last is on top.
+///
+/// Those who give sets back are many, and must not hold up who publishes: they push without a lock.
 class IdleSets
 {
 public:
     /// Null when none waits.
     ResultSet Take()
     {
+        // One at a time takes: what is on top stays in the stack meanwhile, so that what lies below it does too.
         std::scoped_lock const guard(lock);
-        if (size == 0)
+        ResultSet taken = top.load(std::memory_order_acquire);
+        while (taken != nullptr && !top.compare_exchange_weak(taken, taken->nextIdle, std::memory_order_acquire))
         {
-            return nullptr;
         }
-        bytes -= sets[--size]->Bytes();
-        return sets[size];
+        if (taken != nullptr)
+        {
+            bytes.fetch_sub(taken->Bytes(), std::memory_order_relaxed);
+            FetchFront(taken->nextIdle);
+        }
+        return taken;
     }
 
     /// False when enough of them wait.
     bool Keep(ResultSet set)
     {
-        std::scoped_lock const guard(lock);
-        if (size == KEPT_SETS || bytes + set->Bytes() > KEPT_BYTES)
+        uint64 const added = set->Bytes();
+        if (bytes.fetch_add(added, std::memory_order_relaxed) + added > KEPT_BYTES)
         {
+            bytes.fetch_sub(added, std::memory_order_relaxed);
             return false;
         }
-        bytes += set->Bytes();
-        sets[size++] = set;
+        set->nextIdle = top.load(std::memory_order_relaxed);
+        while (!top.compare_exchange_weak(set->nextIdle, set, std::memory_order_release, std::memory_order_relaxed))
+        {
+        }
         return true;
     }
 
 private:
-    std::mutex lock; // a leaf: guards the members below
-    uint64 size = 0;
-    uint64 bytes = 0;
-    std::array<ResultSet, KEPT_SETS> sets{};
+    /// The next one to be taken, most likely: the lines that are written first.
+    static void FetchFront(ResultSet set)
+    {
+        for (uint64 ahead = 0; ahead <= ResultSetObject::FETCHED_AHEAD; ahead += CACHE_LINE)
+        {
+            wPrefetch_ForWrite(set, ahead);
+        }
+    }
+
+    std::mutex lock;                     // a leaf: held to take a set
+    std::atomic<ResultSet> top{nullptr}; // publishes the sets below it
+    std::atomic<uint64> bytes{0};
 };
 
 /// Never destroyed: a set may be released by what is destroyed after all else.
@@ -177,6 +114,98 @@ IdleSets& Idle()
 }
 
 } // namespace
+
+ResultSetObject::ResultSetObject() noexcept : wObject(ResultSet_Class)
+{
+    MakeItems(*this, own.data(), ownParts.data(), OWN_ITEMS);
+    TurnToOwnRoom();
+}
+
+wStatus ResultSetObject::OpenRoom() noexcept
+{
+    if (count == MAX_ITEMS)
+    {
+        return Zu::Status::FULL;
+    }
+    if (!Reserve(count + 1))
+    {
+        return Zu::Status::FAILURE;
+    }
+    uint64 const number = ChunkOf(count); // the first is left for good once it is full
+    next = &chunks[number].parts[count - FirstOf(number)];
+    endOfRoom = next + (FirstOf(number + 1) - count);
+    return Zu::Status::SUCCESS;
+}
+
+bool ResultSetObject::Reserve(uint64 wanted) noexcept
+{
+    while (capacity < wanted)
+    {
+        uint64 const number = ChunkOf(capacity);
+        if (!MakeChunk(number))
+        {
+            return false;
+        }
+        capacity = FirstOf(number + 1);
+    }
+    return true;
+}
+
+void ResultSetObject::Clear() noexcept
+{
+    ReleaseParts(ownParts.data(), std::min(count, OWN_ITEMS));
+    for (uint64 number = 1; number < MAX_CHUNKS && FirstOf(number) < count; ++number)
+    {
+        ReleaseParts(chunks[number].parts.get(), std::min(count, FirstOf(number + 1)) - FirstOf(number));
+    }
+    count = 0;
+    TurnToOwnRoom();
+    fromLiveSimulation = false;
+}
+
+void ResultSetObject::GiveBackLargeChunks() noexcept
+{
+    if (capacity <= FirstOf(KEPT_CHUNKS))
+    {
+        return;
+    }
+    for (uint64 number = KEPT_CHUNKS; number < MAX_CHUNKS && chunks[number].parts != nullptr; ++number)
+    {
+        chunks[number] = {};
+    }
+    capacity = FirstOf(KEPT_CHUNKS);
+}
+
+uint64 ResultSetObject::Bytes() const noexcept
+{
+    return sizeof *this + (capacity - OWN_ITEMS) * (sizeof(ResultItemParts) + sizeof(ItemRoom));
+}
+
+ResultItem ResultSetObject::ItemBeyondOwn(uint64 index) noexcept
+{
+    uint64 const number = ChunkOf(index);
+    return ItemIn(chunks[number].items[index - FirstOf(number)]);
+}
+
+void ResultSetObject::TurnToOwnRoom() noexcept
+{
+    next = ownParts.data();
+    endOfRoom = next + OWN_ITEMS;
+}
+
+bool ResultSetObject::MakeChunk(uint64 number) noexcept
+{
+    uint64 const items = OWN_ITEMS << number;
+    Chunk made{std::unique_ptr<ResultItemParts[]>(new (std::nothrow) ResultItemParts[items]),
+               std::unique_ptr<ItemRoom[]>(new (std::nothrow) ItemRoom[items])};
+    if (made.parts == nullptr || made.items == nullptr)
+    {
+        return false;
+    }
+    MakeItems(*this, made.items.get(), made.parts.get(), items);
+    chunks[number] = std::move(made);
+    return true;
+}
 
 wClass const ResultSet_Class{"ResultSet", nullptr, [](wObject* object) {
                                  auto* const set = static_cast<ResultSet>(object);
@@ -220,48 +249,6 @@ wStatus ResultSet_Reserve(ResultSet set, uint64 count)
         return Zu::Status::FULL;
     }
     return set->Reserve(count) ? Zu::Status::SUCCESS : Zu::Status::FAILURE;
-}
-
-wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo resultInfo, uint64 /*reserved*/)
-{
-    if (set == nullptr || msgInfo == nullptr || resultInfo == nullptr)
-    {
-        return Zu::Status::BAD_ARGUMENT;
-    }
-    if (set->next == set->endOfRoom)
-    {
-        if (set->count == MAX_ITEMS)
-        {
-            return Zu::Status::FULL;
-        }
-        if (!set->OpenRoom())
-        {
-            return Zu::Status::FAILURE;
-        }
-    }
-    new (set->next->bytes) ResultItemObject(*set, msgInfo, resultInfo);
-    ++set->next;
-    ++set->count;
-    return Zu::Status::SUCCESS;
-}
-
-uint64 ResultSet_Count(ResultSetObject const* set) noexcept
-{
-    return set != nullptr ? set->count : 0;
-}
-
-ResultItem ResultSet_At(ResultSetObject const* set, uint64 index) noexcept
-{
-    if (index >= ResultSet_Count(set))
-    {
-        return nullptr;
-    }
-    return const_cast<ResultSet>(set)->Item(index); // sets are never constant objects; an item cannot be changed
-}
-
-bool ResultSet_FromLiveSimulation(ResultSetObject const* set) noexcept
-{
-    return set != nullptr && set->fromLiveSimulation;
 }
 
 void ResultSet_SetFromLiveSimulation(ResultSet set, bool fromLiveSimulation) noexcept

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "ZuCore/ResultItem.h"
+#include "ZuCore/ResultSetObject.h"
+#include "wApi/wPrefetch.h"
+#include "wApi/wStatus.h"
 
 namespace ZuCore
 {
-
-struct ResultSetObject;
 
 /// The results of one frame, in order. A counted object (see wApi/wObject.h).
 ///
@@ -24,15 +25,46 @@ ZUPLATFORM_API wStatus ResultSet_Reserve(ResultSet set, uint64 count);
 
 /// Appends an item. On success, 1, the set takes over one reference to each of the two objects; otherwise both stay the
 /// caller's. The last argument is reserved and 0. -997 for null.
-ZUPLATFORM_API wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo resultInfo, uint64 reserved);
+inline wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo resultInfo, uint64 /*reserved*/) noexcept
+{
+    if (set == nullptr || msgInfo == nullptr || resultInfo == nullptr)
+    {
+        return Zu::Status::BAD_ARGUMENT;
+    }
+    if (set->next == set->endOfRoom)
+    {
+        if (wStatus const status = set->OpenRoom(); status != Zu::Status::SUCCESS)
+        {
+            return status;
+        }
+    }
+    wPrefetch_ForWrite(set->next, ResultSetObject::FETCHED_AHEAD); // it is in the cache of whoever gave the set back
+    *set->next = {msgInfo, resultInfo};
+    ++set->next;
+    ++set->count;
+    return Zu::Status::SUCCESS;
+}
 
-ZUPLATFORM_API uint64 ResultSet_Count(ResultSetObject const* set) noexcept;
+inline uint64 ResultSet_Count(ResultSetObject const* set) noexcept
+{
+    return set != nullptr ? set->count : 0;
+}
 
 /// The item, borrowed from the set, where it stays until the set goes; null for an index that is out of range.
-ZUPLATFORM_API ResultItem ResultSet_At(ResultSetObject const* set, uint64 index) noexcept;
+inline ResultItem ResultSet_At(ResultSetObject const* set, uint64 index) noexcept
+{
+    if (index >= ResultSet_Count(set))
+    {
+        return nullptr;
+    }
+    return const_cast<ResultSet>(set)->Item(index); // sets are never constant objects; an item cannot be changed
+}
 
 /// Whether the set comes from a live simulation and not from the sensor. A new set does not.
-ZUPLATFORM_API bool ResultSet_FromLiveSimulation(ResultSetObject const* set) noexcept;
+inline bool ResultSet_FromLiveSimulation(ResultSetObject const* set) noexcept
+{
+    return set != nullptr && set->fromLiveSimulation;
+}
 
 ZUPLATFORM_API void ResultSet_SetFromLiveSimulation(ResultSet set, bool fromLiveSimulation) noexcept;
 

@@ -25,6 +25,9 @@ protected:
 extern ZUPLATFORM_API wClass const ZvMsg_Class;
 
 /// The message's stamp, borrowed; null when the message has none at this index, or is no message.
-ZUPLATFORM_API wStamp const* ZvMsg_StampAt(void const* msg, uint64 index) noexcept;
+inline wStamp const* ZvMsg_StampAt(void const* msg, uint64 index) noexcept
+{
+    return index == 0 && wObject_Is(msg, ZvMsg_Class) ? static_cast<ZvMsg const*>(msg)->stamp : nullptr;
+}
 
 } // namespace ZuVision

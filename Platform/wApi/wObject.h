@@ -23,7 +23,7 @@ struct wClass
 ///
 /// An object may be a part of another, an item inside the block of its set: it then has no count of its own, a reference to
 /// it is one to the whole.
-struct ZUAPI_API wObject
+struct wObject
 {
 public:
     wObject(wObject const&) = delete;
@@ -46,7 +46,7 @@ private:
     friend void wObject_Release(void* object) noexcept;
     friend void wObject_Revive(void* object) noexcept;
     friend uint64 wObject_RefCount(void const* object) noexcept;
-    friend ZUAPI_API bool wObject_Is(void const* object, wClass const& objectClass) noexcept;
+    friend bool wObject_Is(void const* object, wClass const& objectClass) noexcept;
 
     wClass const* type;
     wObject* counted; // whose count it is: this object, or the whole that it is a part of
@@ -98,4 +98,12 @@ inline uint64 wObject_RefCount(void const* object) noexcept
 }
 
 /// Whether the object is of this class or of one derived from it. Null is of no class.
-ZUAPI_API bool wObject_Is(void const* object, wClass const& objectClass) noexcept;
+inline bool wObject_Is(void const* object, wClass const& objectClass) noexcept
+{
+    wClass const* present = object != nullptr ? static_cast<wObject const*>(object)->type : nullptr;
+    while (present != nullptr && present != &objectClass)
+    {
+        present = present->base;
+    }
+    return present != nullptr;
+}

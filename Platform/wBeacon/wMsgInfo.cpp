@@ -1,21 +1,13 @@
 #include "wBeacon/wMsgInfo.h"
 
-#include "wApi/wHandle.h"
 #include "wApi/wStatus.h"
 
 #include <new>
 
-struct wMsgInfo : wObject
+wMsgInfo::wMsgInfo(uint64 firstNumber, uint64 secondNumber, void* carried) noexcept
+    : wObject(wMsgInfo_Class), first(firstNumber), second(secondNumber), msg(wHandle_Share(carried))
 {
-    wMsgInfo(uint64 firstNumber, uint64 secondNumber, void* carried) noexcept
-        : wObject(wMsgInfo_Class), first(firstNumber), second(secondNumber), msg(wHandle_Share(carried))
-    {
-    }
-
-    uint64 const first;
-    uint64 const second;
-    wHandle<void> const msg;
-};
+}
 
 wClass const wMsgInfo_Class{"wMsgInfo", nullptr, [](wObject* object) { delete static_cast<wMsgInfo*>(object); }};
 
@@ -32,19 +24,4 @@ wStatus wMsgInfo_Construct(wMsgInfo** info, uint64 first, uint64 second, void* m
     }
     *info = made;
     return Zu::Status::SUCCESS;
-}
-
-void* wMsgInfo_Msg(wMsgInfo const* info)
-{
-    return info != nullptr ? info->msg.get() : nullptr;
-}
-
-uint64 wMsgInfo_First(wMsgInfo const* info)
-{
-    return info != nullptr ? info->first : 0;
-}
-
-uint64 wMsgInfo_Second(wMsgInfo const* info)
-{
-    return info != nullptr ? info->second : 0;
 }

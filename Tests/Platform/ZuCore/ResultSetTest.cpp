@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <latch>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -172,6 +176,83 @@ TEST_F(ResultSetTest, MayBeReleasedOnAnyThread)
 
     EXPECT_EQ(wObject_RefCount(info.get()), 1U);
     EXPECT_EQ(wObject_RefCount(msgInfo.get()), 1U);
+}
+
+TEST_F(ResultSetTest, ComesBackFromManyThreadsAtOnce)
+{
+    constexpr int THREADS = 4;
+    constexpr int SETS = 200;
+    std::latch ready(THREADS + 1);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+    {
+        std::vector<wHandle<ResultSetObject>> sets(SETS);
+        std::ranges::generate(sets, [this] {
+            auto set = NewSet();
+            EXPECT_EQ(Append(set.get()), SUCCESS);
+            return set;
+        });
+        threads.emplace_back([&ready, held = std::move(sets)]() mutable {
+            ready.arrive_and_wait();
+            held.clear();
+        });
+    }
+
+    ready.arrive_and_wait();
+    std::vector<wHandle<ResultSetObject>> taken(SETS);
+    std::ranges::generate(taken, NewSet);
+    std::ranges::for_each(threads, &std::thread::join);
+
+    std::set<ResultSet> distinct;
+    for (auto const& set : taken)
+    {
+        EXPECT_EQ(ResultSet_Count(set.get()), 0U);
+        EXPECT_EQ(wObject_RefCount(set.get()), 1U);
+        distinct.insert(set.get());
+    }
+    EXPECT_EQ(distinct.size(), taken.size());
+    EXPECT_EQ(wObject_RefCount(info.get()), 1U);
+}
+
+TEST_F(ResultSetTest, KeepsEachItemsOwnPartsWhenItsMemoryIsUsedAgain)
+{
+    ResultInfo madeInfo = nullptr;
+    ASSERT_EQ(ResultInfo_Construct(&madeInfo, "other", RESULT_TYPE_STAMP, nullptr), SUCCESS);
+    wHandle<ResultInfoObject> const other(madeInfo);
+    constexpr uint64 ITEMS = 300; // beyond the set's own room, and one piece of room further
+    auto const fill = [this, &other](ResultSet set, uint64 oddOne) {
+        for (uint64 i = 0; i < ITEMS; ++i)
+        {
+            ResultInfo const used = i % 2 == oddOne ? info.get() : other.get();
+            wObject_Share(msgInfo.get());
+            wObject_Share(used);
+            ASSERT_EQ(ResultSet_Add(set, msgInfo.get(), used, 0), SUCCESS);
+        }
+    };
+    for (uint64 round = 0; round < 4; ++round)
+    {
+        auto const set = NewSet();
+
+        fill(set.get(), round % 2);
+
+        for (uint64 i = 0; i < ITEMS; ++i)
+        {
+            ResultItem const item = ResultSet_At(set.get(), i);
+            ASSERT_EQ(ResultItem_ResultInfo(item), i % 2 == round % 2 ? info.get() : other.get()) << i;
+            ASSERT_EQ(ResultItem_MsgInfo(item), msgInfo.get());
+        }
+    }
+    EXPECT_EQ(wObject_RefCount(other.get()), 1U);
+    EXPECT_EQ(wObject_RefCount(msgInfo.get()), 1U);
+}
+
+TEST_F(ResultSetTest, KeepsWhatChangesWithEveryUseWithinOneCacheLine)
+{
+    auto const set = NewSet();
+
+    auto const addressOf = [](void const* place) { return reinterpret_cast<std::uintptr_t>(place); };
+    EXPECT_EQ(addressOf(set.get()) % 64, 0U);
+    EXPECT_LE(addressOf(&set->capacity) + sizeof set->capacity, addressOf(set.get()) + 64);
 }
 
 TEST(ResultItem, SharesItsPartsWhenItStandsAlone)
