@@ -2,6 +2,7 @@
 
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Palette.h"
+#include "ZuApi/ReferenceArray.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -91,6 +92,20 @@ TEST(JsonTextSerializer, WritesArraysOfStructures)
 
     EXPECT_EQ(TextOf(palette), DumpOf(palette));
     EXPECT_NE(TextOf(palette).find("thin"), std::string::npos);
+}
+
+TEST(JsonTextSerializer, WritesStructuresThatAreReferredTo)
+{
+    Nest nest;
+    Structure empty(true);
+    Internal::ReferenceArray array;
+    EXPECT_EQ(TextOf(array), "before []");
+
+    array.Add(&empty);
+    array.Add(&nest);
+
+    EXPECT_EQ(TextOf(array), DumpOf(array));
+    EXPECT_EQ(TextOf(array).rfind("before [{},{", 0), 0u);
 }
 
 TEST(JsonTextSerializer, LeavesWriteOnlyValuesOut)

@@ -28,6 +28,7 @@ TEST(NodeType, CannotBeReadIn)
     NodeType node("string");
 
     EXPECT_EQ(RefusalOf([&] { JsonSerializer::Deserialize(node, nlohmann::json("number")); }), (Refusal{-996, ""}));
+    EXPECT_EQ(RefusalOf([&] { JsonSerializer::Validate(node, nlohmann::json("string")); }), (Refusal{-996, ""}));
 
     EXPECT_EQ(node.Get(), "string");
 }

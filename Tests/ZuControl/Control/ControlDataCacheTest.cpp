@@ -1,5 +1,6 @@
 #include "ZuControl/Control/ControlDataCache.h"
 
+#include "Support/FailAtEachAllocation.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
@@ -87,6 +88,22 @@ TEST_F(ControlDataCacheTest, GivesWhatThisVeryReadFetched)
     EXPECT_EQ(info.alignmentState, IControlScanEngineInterface::ALIGNMENT_STATE_2);
     EXPECT_FALSE(info.laserEnabled);
     EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ControlDataCacheTest, FetchesAgainWhereAReadHadNoMemory)
+{
+    auto const readBoth = [this] {
+        cache.SystemStats(LONG);
+        cache.ScannerInfo("A", LONG);
+    };
+
+    uint64 const allocations = ZuTest::FailAtEachAllocation([] {}, readBoth,
+                                                            [this](bool) {
+        EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(LONG); }).upTime, 1u);
+        EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("A", LONG); }).currentEncoderValue, 5);
+    });
+
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_F(ControlDataCacheTest, GivesZerosUntilSomethingWasFetched)

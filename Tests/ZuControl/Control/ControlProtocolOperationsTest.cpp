@@ -1,5 +1,6 @@
 #include "ZuControl/Control/ControlProtocolOperations.h"
 
+#include "Support/FailAtEachAllocation.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
@@ -132,6 +133,20 @@ TEST_P(ControlProtocolOperationsSimple, EndsWithStatusZeroWhateverItThrows)
     EXPECT_EQ(log.LinesWithShortTraces(),
               (std::vector{ZuTest::Error(TASK, "Exception processing action id " + std::to_string(GetParam().action)),
                            ZuTest::CaughtEntry(-998, "no"), ZuTest::BackTrace()}));
+}
+
+TEST_P(ControlProtocolOperationsSimple, LeavesTheTurnToTheNextWhereItHadNoMemory)
+{
+    uint64 const allocations =
+        ZuTest::FailAtEachAllocation([this] { calls.Clear(); }, [this] { GetParam().begin(*operations); },
+                                     [this](bool isRefused) {
+        EXPECT_TRUE(isRefused || calls.WaitFor("7 ended 1"));
+        EXPECT_FALSE(IsInFlight());
+        EXPECT_FALSE(operations->OperationUnderWay().has_value());
+        EXPECT_TRUE(!isRefused || calls.All().empty());
+        });
+
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_P(ControlProtocolOperationsSimple, IsToldAsUnderWayUntilItHasEnded)
