@@ -2,8 +2,8 @@
 
 #include "wApi/wTypes.h"
 
+#include <array>
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -14,46 +14,105 @@ namespace Zu::Properties::Internal
 
 struct InternedText::Entry
 {
-    Entry(std::string_view newText, std::size_t newHash) : text(newText), hash(newHash)
+    explicit Entry(TextKey const& key) : text(key.Text()), hash(key.Hash())
     {
+    }
+
+    bool Is(TextKey const& key) const noexcept
+    {
+        return hash == key.Hash() && text == key.Text();
     }
 
     std::string const text;
-    std::size_t const hash;
+    uint64 const hash;
     std::atomic<uint64> users{1}; // goes to 0, and up again from nothing, under the lock of the pool only
+    std::atomic<bool> isKept{
+        false}; // never back to false; one user that never goes stands for all, who are not counted
 };
 
-/// The texts in a flat table with open addressing: every record that is made looks up all its keys and titles.
-struct InternedText::Pool
+/// The entries that are kept for good, for readers without a lock. A literal beyond those that it has room for is counted
+/// like any other text.
+class InternedText::LiteralTable
 {
-    static std::size_t HashOf(std::string_view text) noexcept
+public:
+    /// Null for a text that is not kept.
+    Entry* Find(TextKey const& key) const noexcept
     {
-        return std::hash<std::string_view>()(text);
+        std::size_t slot = key.Hash() % SLOTS;
+        Entry* found = slots[slot].load(std::memory_order_acquire);
+        while (found != nullptr && !found->Is(key))
+        {
+            slot = (slot + 1) % SLOTS;
+            found = slots[slot].load(std::memory_order_acquire);
+        }
+        return found;
     }
 
-    /// The entry of this text with one more user; null for the empty text.
-    Entry* Take(std::string_view text, std::size_t hash)
+    /// For one caller at a time. The entry has a user that never goes.
+    void Keep(Entry& entry)
     {
-        if (text.empty())
+        if (entry.isKept.load(std::memory_order_relaxed) || 2 * (count + 1) > SLOTS)
+        {
+            return;
+        }
+        entry.isKept.store(true, std::memory_order_relaxed); // ahead of those who find it
+        std::size_t slot = entry.hash % SLOTS;
+        while (slots[slot].load(std::memory_order_relaxed) != nullptr)
+        {
+            slot = (slot + 1) % SLOTS;
+        }
+        slots[slot].store(&entry, std::memory_order_release);
+        ++count;
+    }
+
+private:
+    static constexpr std::size_t SLOTS = 4096; // half of them stay free; the records of this system have some 500 texts
+
+    std::array<std::atomic<Entry*>, SLOTS> slots{};
+    std::size_t count = 0;
+};
+
+/// The texts in a flat table with open addressing.
+struct InternedText::Pool
+{
+    /// The entry of this text with one more user; null for the empty text.
+    Entry* Take(TextKey const& key)
+    {
+        if (key.Text().empty())
         {
             return nullptr;
         }
-        if (Entry* const found = slots[SlotOf(text, hash)]; found != nullptr)
+        if (Entry* const kept = literals.Find(key))
+        {
+            return kept;
+        }
+        std::scoped_lock const guard(lock);
+        Entry* const taken = TakeCounted(key);
+        if (key.IsLiteral())
+        {
+            literals.Keep(*taken);
+        }
+        return taken;
+    }
+
+    Entry* TakeCounted(TextKey const& key)
+    {
+        if (Entry* const found = slots[SlotOf(key)]; found != nullptr)
         {
             found->users.fetch_add(1, std::memory_order_relaxed);
             return found;
         }
-        auto made = std::make_unique<Entry>(text, hash);
-        slots[RoomFor(text, hash)] = made.get();
+        auto made = std::make_unique<Entry>(key);
+        slots[RoomFor(key)] = made.get();
         ++count;
         return made.release();
     }
 
     /// The slot of the entry with this text, else the free one where it belongs.
-    std::size_t SlotOf(std::string_view text, std::size_t hash) const
+    std::size_t SlotOf(TextKey const& key) const
     {
-        std::size_t slot = hash & (slots.size() - 1);
-        while (slots[slot] != nullptr && (slots[slot]->hash != hash || slots[slot]->text != text))
+        std::size_t slot = key.Hash() & (slots.size() - 1);
+        while (slots[slot] != nullptr && !slots[slot]->Is(key))
         {
             slot = Next(slot);
         }
@@ -66,7 +125,7 @@ struct InternedText::Pool
     }
 
     /// A free slot for a text that is not there, when at most half of them are taken.
-    std::size_t RoomFor(std::string_view text, std::size_t hash)
+    std::size_t RoomFor(TextKey const& key)
     {
         if (2 * (count + 1) > slots.size())
         {
@@ -75,17 +134,17 @@ struct InternedText::Pool
             {
                 if (entry != nullptr)
                 {
-                    slots[SlotOf(entry->text, entry->hash)] = entry;
+                    slots[SlotOf(TextKey(entry->text))] = entry;
                 }
             }
         }
-        return SlotOf(text, hash);
+        return SlotOf(key);
     }
 
     /// Entries behind the gap move up that are looked for from there or from ahead of it.
     void Erase(Entry const& entry)
     {
-        std::size_t gap = SlotOf(entry.text, entry.hash);
+        std::size_t gap = SlotOf(TextKey(entry.text));
         --count;
         for (std::size_t slot = Next(gap); slots[slot] != nullptr; slot = Next(slot))
         {
@@ -100,9 +159,10 @@ struct InternedText::Pool
         slots[gap] = nullptr;
     }
 
-    std::mutex lock;                                       // a leaf: guards the table alone
+    std::mutex lock;                                       // a leaf: guards the tables alone
     std::vector<Entry*> slots = std::vector<Entry*>(1024); // a power of two of them; half of them stay free
     std::size_t count = 0;
+    LiteralTable literals; // some of those in the slots
 
     static Pool& Instance()
     {
@@ -111,17 +171,18 @@ struct InternedText::Pool
     }
 };
 
-InternedText::InternedText(std::string_view text)
+InternedText::InternedText(std::string_view text) : entry(Pool::Instance().Take(TextKey(text)))
 {
-    std::size_t const hash = Pool::HashOf(text);
-    Pool& pool = Pool::Instance();
-    std::scoped_lock const guard(pool.lock);
-    entry = pool.Take(text, hash);
+}
+
+InternedText InternedText::Of(TextKey const& key)
+{
+    return InternedText(Pool::Instance().Take(key));
 }
 
 InternedText::InternedText(InternedText const& other) noexcept : entry(other.entry)
 {
-    if (entry != nullptr)
+    if (entry != nullptr && !entry->isKept.load(std::memory_order_relaxed))
     {
         entry->users.fetch_add(1, std::memory_order_relaxed);
     }
@@ -129,7 +190,7 @@ InternedText::InternedText(InternedText const& other) noexcept : entry(other.ent
 
 InternedText::~InternedText()
 {
-    if (entry == nullptr)
+    if (entry == nullptr || entry->isKept.load(std::memory_order_relaxed))
     {
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuApi/TextKey.h"
 #include "wApi/wExport.h"
 
 #include <cstddef>
@@ -12,13 +13,16 @@ namespace Zu::Properties::Internal
 
 /// A text that is kept once in the process however many nodes bear it: keys and titles, which repeat with every record.
 ///
-/// One word; equal texts share one immutable entry, freed with its last user. Different objects may be used on any threads
-/// at once, one object as a std::string may.
+/// One word; equal texts share one immutable entry, freed with its last user, but for literals: those stay, so that finding
+/// one takes no lock and nobody counts its users. Different objects may be used on any threads at once, one object as a
+/// std::string may.
 class ZUAPI_API InternedText
 {
 public:
     InternedText() noexcept = default; ///< the empty text
     explicit InternedText(std::string_view text);
+
+    static InternedText Of(TextKey const& key);
 
     InternedText(InternedText const& other) noexcept;
     InternedText(InternedText&& other) noexcept : entry(std::exchange(other.entry, nullptr))
@@ -58,7 +62,12 @@ public:
 
 private:
     struct Entry;
+    class LiteralTable;
     struct Pool;
+
+    explicit InternedText(Entry* taken) noexcept : entry(taken)
+    {
+    }
 
     Entry* entry = nullptr;
 };

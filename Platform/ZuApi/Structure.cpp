@@ -63,17 +63,7 @@ void Structure::Accept(INodeVisitor& visitor)
 
 Node& Structure::Register(std::string const& key, Node& node)
 {
-    Internal::InternedText shared(key); // first: equal keys are then found by their address
-    if (auto const found = std::ranges::find(children, shared, &Child::key); found != children.end())
-    {
-        found->node = &node;
-        return node;
-    }
-    if (children.capacity() == 0)
-    {
-        children.reserve(FIRST_CAPACITY);
-    }
-    children.push_back({std::move(shared), &node});
+    Enter(Internal::InternedText(key), node);
     return node;
 }
 
@@ -120,6 +110,21 @@ Node const* Structure::Find(std::string const& key) const
 void Structure::BuildSchema(Node& /*node*/, Structure& schema)
 {
     schema.Register("type", Internal::NodeType::Shared(Internal::NodeType::Kind::OBJECT));
+}
+
+void Structure::Enter(Internal::InternedText key, Node& node)
+{
+    // Equal keys have one address.
+    if (auto const found = std::ranges::find(children, key, &Child::key); found != children.end())
+    {
+        found->node = &node;
+        return;
+    }
+    if (children.capacity() == 0)
+    {
+        children.reserve(FIRST_CAPACITY);
+    }
+    children.push_back({std::move(key), &node});
 }
 
 Structure::Child const& Structure::ChildAt(uint64 index) const

@@ -50,6 +50,9 @@ protected:
     /// Enters "type".
     static void BuildSchema(Node& node, Structure& schema);
 
+    /// As `Register`.
+    void Enter(Internal::InternedText key, Node& node);
+
 private:
     struct Child
     {

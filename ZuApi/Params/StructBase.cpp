@@ -1,10 +1,14 @@
 #include "ZuApi/Params/StructBase.h"
 
+#include "ZuApi/InternedText.h"
+
 namespace Zu::Params
 {
 
 namespace
 {
+
+using Properties::Internal::InternedText;
 
 constexpr uint32 SORT_ORDER_STEP = 100;
 
@@ -58,11 +62,10 @@ void StructBase::BuildSchema(Properties::Node& node, Properties::Structure& sche
     record.EnterParams(schema);
 }
 
-void StructBase::RegisterMember(std::string const& key, std::string const& memberTitle, Properties::Node& node,
-                                ParamsBase& params)
+void StructBase::RegisterMember(Text const& key, Text const& memberTitle, Properties::Node& node, ParamsBase& params)
 {
-    Structure::Register(key, node);
-    params.title.Set(memberTitle.empty() ? key : memberTitle);
+    Enter(InternedText::Of(key), node);
+    params.title.Share(InternedText::Of(memberTitle.Text().empty() ? key : memberTitle));
     params.sortOrder.Set(nextSortOrder);
     nextSortOrder += SORT_ORDER_STEP;
 }

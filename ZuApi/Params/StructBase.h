@@ -2,6 +2,7 @@
 
 #include "ZuApi/Params/ParamsBase.h"
 #include "ZuApi/Structure.h"
+#include "ZuApi/TextKey.h"
 
 #include <concepts>
 #include <string>
@@ -16,6 +17,8 @@ namespace Zu::Params
 class ZUAPI_API StructBase : public Properties::Structure, public ParamsBase
 {
 public:
+    using Text = Properties::Internal::TextKey; ///< takes a literal or any other text
+
     /// A text shows in the schema as "extendedType"; the empty one does not.
     explicit StructBase(std::string const& newExtendedType);
     ~StructBase() override;
@@ -32,8 +35,7 @@ public:
     /// Adds `member` under `key` and gives it back. Its title is the key when `memberTitle` is empty; its sort order is 100
     /// above the last.
     template <std::derived_from<Properties::Node> Member>
-    requires std::derived_from<Member, ParamsBase> Member& Register(std::string const& key,
-                                                                    std::string const& memberTitle, Member& member)
+    requires std::derived_from<Member, ParamsBase> Member& Register(Text key, Text memberTitle, Member& member)
     {
         RegisterMember(key, memberTitle, member, member);
         return member;
@@ -55,8 +57,7 @@ protected:
     static void BuildSchema(Properties::Node& node, Properties::Structure& schema);
 
 private:
-    void RegisterMember(std::string const& key, std::string const& memberTitle, Properties::Node& node,
-                        ParamsBase& params);
+    void RegisterMember(Text const& key, Text const& memberTitle, Properties::Node& node, ParamsBase& params);
 
     bool const showsExtendedType;
 };

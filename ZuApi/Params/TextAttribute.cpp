@@ -71,6 +71,17 @@ TextAttribute& TextAttribute::Set(std::string const& newText)
     return *this;
 }
 
+void TextAttribute::Share(InternedText newText)
+{
+    std::uintptr_t const held = word.load(std::memory_order_acquire);
+    if (!IsText(held))
+    {
+        reinterpret_cast<Made*>(held)->node.Set(newText.Get());
+        return;
+    }
+    Keep(newText.Detach());
+}
+
 void TextAttribute::CopyFrom(TextAttribute const& other)
 {
     std::uintptr_t const held = word.load(std::memory_order_acquire);
@@ -82,9 +93,8 @@ void TextAttribute::CopyFrom(TextAttribute const& other)
     else if (held != source)
     {
         InternedText borrowed = InternedText::Attach(TextIn(source));
-        InternedText shared = borrowed;
+        Share(borrowed);
         borrowed.Detach(); // still the other's
-        Keep(shared.Detach());
     }
 }
 
@@ -110,7 +120,9 @@ Properties::Value<std::string>& TextAttribute::Node() const
 void TextAttribute::Keep(void* text) noexcept
 {
     std::uintptr_t const marked = text != nullptr ? reinterpret_cast<std::uintptr_t>(text) | TEXT_MARK : 0;
-    InternedText::Attach(TextIn(word.exchange(marked, std::memory_order_acq_rel)));
+    std::uintptr_t const old = word.load(std::memory_order_relaxed); // nobody else writes
+    word.store(marked, std::memory_order_release);
+    InternedText::Attach(TextIn(old));
 }
 
 } // namespace Zu::Params

@@ -13,6 +13,11 @@ template <typename T>
 class Value;
 } // namespace Zu::Properties
 
+namespace Zu::Properties::Internal
+{
+class InternedText;
+} // namespace Zu::Properties::Internal
+
 namespace Zu::Params
 {
 
@@ -31,6 +36,9 @@ public:
     std::string const& Get() const noexcept;
 
     TextAttribute& Set(std::string const& newText);
+
+    /// Sets it to a text that is kept already.
+    void Share(Properties::Internal::InternedText newText);
 
     /// Sets it to the other's text, which the two then share.
     void CopyFrom(TextAttribute const& other);

@@ -51,6 +51,76 @@ TEST(InternedText, IsEmptyWithoutAnEntry)
     EXPECT_EQ(InternedText::PoolSize(), before);
 }
 
+TEST(InternedText, KeepsALiteralForGood)
+{
+    InternedText::Of("a literal of which there is no other");
+    std::size_t const before = InternedText::PoolSize();
+    {
+        InternedText const one = InternedText::Of("a literal of which there is no other");
+        InternedText const two(std::string("a literal of which there is no other"));
+        InternedText const copy = two;
+        EXPECT_TRUE(one == copy);
+        EXPECT_EQ(one.Get(), "a literal of which there is no other");
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before);
+}
+
+TEST(InternedText, KeepsATextThatBecomesALiteralWhileItIsInUse)
+{
+    std::size_t const before = InternedText::PoolSize();
+    {
+        InternedText const counted(std::string("a text first"));
+        InternedText const literal = InternedText::Of("a text first");
+        EXPECT_TRUE(counted == literal);
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before + 1);
+    EXPECT_EQ(InternedText::Of(std::string("a text first")).Get(), "a text first");
+}
+
+TEST(InternedText, FreesATextMadeAtRunTimeThatIsGivenAsAKey)
+{
+    std::size_t const before = InternedText::PoolSize();
+    {
+        InternedText const text = InternedText::Of(std::string("a key that goes again"));
+        EXPECT_EQ(InternedText::PoolSize(), before + 1);
+    }
+
+    EXPECT_EQ(InternedText::PoolSize(), before);
+    EXPECT_TRUE(InternedText::Of("") == InternedText());
+}
+
+TEST(InternedText, FindsALiteralOnManyThreadsAtOnce)
+{
+    constexpr int THREADS = 4;
+    std::latch begin(THREADS);
+    std::vector<std::string const*> found(THREADS);
+    std::vector<std::thread> threads;
+    for (std::string const*& mine : found)
+    {
+        threads.emplace_back([&begin, &mine] {
+            begin.arrive_and_wait();
+            for (int round = 0; round < 500; ++round)
+            {
+                InternedText const counted(std::string("a literal that many look for"));
+                InternedText const copy = counted;
+                mine = &InternedText::Of("a literal that many look for").Get();
+                ASSERT_EQ(&copy.Get(), mine);
+            }
+        });
+    }
+    for (auto& thread : threads)
+    {
+        thread.join();
+    }
+
+    for (std::string const* const text : found)
+    {
+        EXPECT_EQ(text, found.front());
+    }
+}
+
 TEST(InternedText, IsMadeAndFreedOnManyThreadsAtOnce)
 {
     constexpr int THREADS = 4;
