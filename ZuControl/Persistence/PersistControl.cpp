@@ -10,13 +10,14 @@
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
-#include "ZuControl/Persistence/DocumentParser.h"
+#include "ZuControl/Persistence/ConfigurationDocument.h"
+#include "ZuControl/Persistence/DocumentPart.h"
 #include "ZuControl/Persistence/PersistInstanceProperties.h"
 
 #include <nlohmann/json.hpp>
 
 #include <memory>
-#include <utility>
+#include <optional>
 
 namespace ZuControl
 {
@@ -52,11 +53,6 @@ std::string DocumentPath(IControlInstance const& instance)
     return std::string("/controls/") + instance.TypeName() + "/config.json";
 }
 
-Json ReadDocument(IControlInstance const& instance, ZuCommon::IPersistStore const& store)
-{
-    return DocumentParser::Parse(store.Read(DocumentPath(instance)));
-}
-
 void WriteDocument(IControlInstance const& instance, Json const& document, ZuCommon::IPersistStore& store)
 {
     std::string const bytes = document.dump(); // throws for a text that is not UTF-8: nothing is written then
@@ -67,13 +63,6 @@ void WriteDocument(IControlInstance const& instance, Json const& document, ZuCom
 bool HasContent(Json const& document)
 {
     return !document.is_null() && !(document.is_structured() && document.empty());
-}
-
-/// What stands at `key`, null when `object` is no object or has no such key.
-Json const* Find(Json const& object, char const* key)
-{
-    auto const found = object.find(key); // the end also for what is no object
-    return found != object.end() ? &*found : nullptr;
 }
 
 bool KeepsParamsOnly(IControlInstance const& instance)
@@ -121,15 +110,15 @@ void PersistControl::Load(IControlInstance& instance, PersistDomain domain, ZuCo
     {
         return;
     }
-    Json const document = ReadDocument(instance, store);
+    ConfigurationDocument document(store.Read(DocumentPath(instance)));
     if (isJob)
     {
-        ValidateFileFormat(instance, document);
-        LoadControlInstance(true, instance, document);
+        ValidateFileFormat(instance, document.Root());
+        LoadControlInstance(true, instance, document.Root());
     }
-    else if (HasContent(document))
+    else if (HasContent(document.ToJson()))
     {
-        instance.LoadPersistDomain(domain, document);
+        instance.LoadPersistDomain(domain, document.ToJson());
     }
 }
 
@@ -155,17 +144,18 @@ char const* PersistControl::Version() const
     return CFG_VERSION;
 }
 
-void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& instance, Json const& document) const
+void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& instance,
+                                         DocumentPart const& document) const
 {
     PersistInstanceProperties properties;
-    ValidateCfgFileVersion(instance, document.at(KEY_VERSION).get<std::string>().c_str());
+    ValidateCfgFileVersion(instance, document.Find(KEY_VERSION)->Text().c_str());
     instance.ResetInstance(keepEnabled, KeepsParamsOnly(instance) ? IControlInstance::DataToResetParams
                                                                   : IControlInstance::DataToResetAll);
     // From here on the old settings are gone, whatever follows.
-    Json const& settings = document.at(KEY_CONTROL);
-    if (Find(settings, KEY_ENABLED) != nullptr)
+    DocumentPart const settings = *document.Find(KEY_CONTROL);
+    if (settings.Find(KEY_ENABLED))
     {
-        JsonSerializer::Deserialize(properties, settings);
+        settings.ReadInto(properties);
     }
     else
     {
@@ -194,7 +184,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     }
 }
 
-void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, Json const& settings)
+void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, DocumentPart const& settings)
 {
     LoadControlInstanceParams(instance, settings);
     if (!KeepsParamsOnly(instance))
@@ -204,14 +194,14 @@ void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, Jso
     }
 }
 
-void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json const& settings)
+void PersistControl::LoadControlInstanceParams(IControlInstance& instance, DocumentPart const& settings)
 {
     char const* const service = instance.TypeName();
     bool failed = false;
     try
     {
-        Json const* const parameters = Find(settings, KEY_PARAMETERS);
-        if (parameters == nullptr)
+        auto const parameters = settings.Find(KEY_PARAMETERS);
+        if (!parameters)
         {
             return;
         }
@@ -222,7 +212,7 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json 
         Zu::Params::Group& group = instance.BeginUpdateParameters();
         try
         {
-            JsonSerializer::Deserialize(group, *parameters);
+            parameters->ReadInto(group);
             instance.ParamsUpdate();
         }
         catch (...)
@@ -247,19 +237,19 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Json 
     }
 }
 
-void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Json const& settings)
+void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, DocumentPart const& settings)
 {
     char const* const service = instance.TypeName();
     bool failed = false;
     try
     {
-        Json const* const outputs = Find(settings, KEY_OUTPUTS);
-        if (outputs == nullptr || !instance.HasProtocolOutput())
+        auto const outputs = settings.Find(KEY_OUTPUTS);
+        if (!outputs || !instance.HasProtocolOutput())
         {
             return;
         }
-        Json const* const map = Find(*outputs, KEY_MAP);
-        if (map == nullptr)
+        auto const map = outputs->Find(KEY_MAP);
+        if (!map)
         {
             return;
         }
@@ -291,17 +281,16 @@ void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Json
     }
 }
 
-void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, Json const& settings)
+void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, DocumentPart const& settings)
 {
-    Json const* const list = Find(settings, KEY_ASSEMBLIES);
-    if (list != nullptr && list->is_array() && instance.HasRegisterAssemblyGroup() &&
-        instance.HasRegisterAssemblyActionTarget())
+    auto const list = settings.Find(KEY_ASSEMBLIES);
+    if (list && list->IsArray() && instance.HasRegisterAssemblyGroup() && instance.HasRegisterAssemblyActionTarget())
     {
         LoadRegisterAssemblyList(instance, *list);
     }
 }
 
-void PersistControl::LoadOutputMapEntries(IControlInstance& instance, Json const& map)
+void PersistControl::LoadOutputMapEntries(IControlInstance& instance, DocumentPart const& map)
 {
     if (!instance.HasOutputsActionTarget())
     {
@@ -311,29 +300,29 @@ void PersistControl::LoadOutputMapEntries(IControlInstance& instance, Json const
     target.InvokeAction(ACTION_REMOVE_ALL, Zu::Params::Group(""));
     // One record for all entries: what an entry does not name stays as the entry before it had it.
     std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
-    for (std::size_t i = 0; i < map.size(); ++i)
+    for (DocumentPart const& entry : map.Elements()) // what is no array and not empty is refused here
     {
-        JsonSerializer::Deserialize(*args, map[i]); // by number: what is no array and not empty is refused here
+        entry.ReadInto(*args);
         target.InvokeAction(ACTION_ADD, *args);
     }
 }
 
-void PersistControl::LoadRegisterAssemblyList(IControlInstance& instance, Json const& list)
+void PersistControl::LoadRegisterAssemblyList(IControlInstance& instance, DocumentPart const& list)
 {
-    for (Json const& entry : list)
+    for (DocumentPart const& entry : list.Elements())
     {
         LoadRegisterAssemblyEntry(instance, entry);
     }
 }
 
-void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Json const& entry)
+void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, DocumentPart const& entry)
 {
     char const* const service = instance.TypeName();
     std::string id; // outside: the lines below name it, as far as it is known
     bool failed = false;
     try
     {
-        if (Find(entry, KEY_BLOCKS) == nullptr)
+        if (!entry.Find(KEY_BLOCKS))
         {
             return;
         }
@@ -384,14 +373,14 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Json 
     }
 }
 
-void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Json const& entry, char const* id)
+void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, DocumentPart const& entry, char const* id)
 {
     try
     {
         IControlActionTarget& target = instance.RegisterAssemblyActionTarget(id);
         IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id);
         std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
-        JsonSerializer::Deserialize(*args, entry);
+        entry.ReadInto(*args);
         assembly.ResetRegisterAssembly(); // the default blocks go
         target.InvokeAction(ACTION_ADD, *args);
     }
@@ -404,18 +393,18 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Json
     }
 }
 
-bool PersistControl::ParametersVersionSupported(IControlInstance const& instance, Json const& settings)
+bool PersistControl::ParametersVersionSupported(IControlInstance const& instance, DocumentPart const& settings)
 {
     char const* const service = instance.TypeName();
-    Json const* const found = Find(settings, KEY_PARAMETERS_VERSION);
-    if (found == nullptr)
+    auto const found = settings.Find(KEY_PARAMETERS_VERSION);
+    if (!found)
     {
         ZU_LOG_USER_WARNING("Missing parameters version for service %1$s. Parameters may require manual configuration.",
                             service);
         ZU_LOG_WARNING("Missing parameters version for service %s", service);
         return false;
     }
-    auto const version = found->get<std::string>();
+    auto const version = found->Text();
     char const* const expected = instance.ParamsVersion();
     if (version != expected)
     {
@@ -428,11 +417,11 @@ bool PersistControl::ParametersVersionSupported(IControlInstance const& instance
     return true;
 }
 
-std::string PersistControl::RegisterAssemblyIdFromCfg(Json const& entry)
+std::string PersistControl::RegisterAssemblyIdFromCfg(DocumentPart const& entry)
 {
-    Json const* const properties = Find(entry, KEY_PROPERTIES);
-    Json const* const id = properties != nullptr ? Find(*properties, KEY_ID) : nullptr;
-    return id != nullptr ? id->get<std::string>() : std::string();
+    auto const properties = entry.Find(KEY_PROPERTIES);
+    auto const id = properties ? properties->Find(KEY_ID) : std::nullopt;
+    return id ? id->Text() : std::string();
 }
 
 Json PersistControl::SaveControlInstance(IControlInstance& instance) const
@@ -562,9 +551,9 @@ void PersistControl::ValidateCfgFileVersion(IControlInstance const& instance, ch
     }
 }
 
-void PersistControl::ValidateFileFormat(IControlInstance const& instance, Json const& document)
+void PersistControl::ValidateFileFormat(IControlInstance const& instance, DocumentPart const& document)
 {
-    if (Find(document, KEY_CONTROL) == nullptr)
+    if (!document.Find(KEY_CONTROL))
     {
         ZU_LOG_USER_WARNING(
             "No saved information found in service %1$s configuration file. No changes made to service.",
@@ -572,7 +561,7 @@ void PersistControl::ValidateFileFormat(IControlInstance const& instance, Json c
         ZU_THROW(Zu::Status::BAD_FORMAT, "No saved information found in service %s configuration file.",
                  instance.TypeName());
     }
-    if (Find(document, KEY_VERSION) == nullptr)
+    if (!document.Find(KEY_VERSION))
     {
         ZU_LOG_USER_WARNING("Unsupported configuration file format for service %1$s. Manual configuration for service "
                             "may be needed.",

@@ -15,6 +15,7 @@ class IPersistStore;
 namespace ZuControl
 {
 
+class DocumentPart;
 class IControlInstance;
 
 /// Moves one instance to and from its configuration document, "/controls/TYPE/config.json" in the store of a domain.
@@ -46,21 +47,21 @@ public:
     char const* Version() const;
 
 private:
-    void LoadControlInstance(bool keepEnabled, IControlInstance& instance, nlohmann::json const& document) const;
+    void LoadControlInstance(bool keepEnabled, IControlInstance& instance, DocumentPart const& document) const;
 
     // What is missing is passed over and stays as the reset left it. `settings` is the object "zu:control".
-    static void LoadControlInstanceSettings(IControlInstance& instance, nlohmann::json const& settings);
-    static void LoadControlInstanceParams(IControlInstance& instance, nlohmann::json const& settings);
-    static void LoadControlInstanceOutputs(IControlInstance& instance, nlohmann::json const& settings);
-    static void LoadControlInstanceRegisterAssembly(IControlInstance& instance, nlohmann::json const& settings);
-    static void LoadOutputMapEntries(IControlInstance& instance, nlohmann::json const& map);
-    static void LoadRegisterAssemblyList(IControlInstance& instance, nlohmann::json const& list);
-    static void LoadRegisterAssemblyEntry(IControlInstance& instance, nlohmann::json const& entry);
-    static void LoadRegisterAssemblyBlocks(IControlInstance& instance, nlohmann::json const& entry, char const* id);
-    static bool ParametersVersionSupported(IControlInstance const& instance, nlohmann::json const& settings);
+    static void LoadControlInstanceSettings(IControlInstance& instance, DocumentPart const& settings);
+    static void LoadControlInstanceParams(IControlInstance& instance, DocumentPart const& settings);
+    static void LoadControlInstanceOutputs(IControlInstance& instance, DocumentPart const& settings);
+    static void LoadControlInstanceRegisterAssembly(IControlInstance& instance, DocumentPart const& settings);
+    static void LoadOutputMapEntries(IControlInstance& instance, DocumentPart const& map);
+    static void LoadRegisterAssemblyList(IControlInstance& instance, DocumentPart const& list);
+    static void LoadRegisterAssemblyEntry(IControlInstance& instance, DocumentPart const& entry);
+    static void LoadRegisterAssemblyBlocks(IControlInstance& instance, DocumentPart const& entry, char const* id);
+    static bool ParametersVersionSupported(IControlInstance const& instance, DocumentPart const& settings);
 
     /// Empty when the entry does not name its assembly.
-    static std::string RegisterAssemblyIdFromCfg(nlohmann::json const& entry);
+    static std::string RegisterAssemblyIdFromCfg(DocumentPart const& entry);
 
     nlohmann::json SaveControlInstance(IControlInstance& instance) const;
     static void SaveControlInstanceSettings(IControlInstance& instance, nlohmann::json& settings);
@@ -69,7 +70,7 @@ private:
     static void SaveControlInstanceRegisterAssembly(IControlInstance& instance, nlohmann::json& settings);
 
     void ValidateCfgFileVersion(IControlInstance const& instance, char const* version) const;
-    static void ValidateFileFormat(IControlInstance const& instance, nlohmann::json const& document);
+    static void ValidateFileFormat(IControlInstance const& instance, DocumentPart const& document);
 };
 
 } // namespace ZuControl

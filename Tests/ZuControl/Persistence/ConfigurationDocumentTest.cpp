@@ -1,4 +1,4 @@
-#include "ZuControl/Persistence/DocumentParser.h"
+#include "ZuControl/Persistence/ConfigurationDocument.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -14,7 +14,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// The text of what is thrown, and everything about what is not: value and type of each number too.
+/// The text of what is thrown, and everything about what is not: value and type of each number too, but for -0.
 template <typename Parse>
 std::string Outcome(Parse&& parse)
 {
@@ -25,7 +25,9 @@ std::string Outcome(Parse&& parse)
         Json const flat = document.flatten();
         for (auto const& [place, value] : flat.items())
         {
-            types += place + " " + std::to_string(static_cast<int>(value.type())) + "\n";
+            auto const type =
+                value == 0 && !value.is_number_float() ? Json::value_t::number_unsigned : value.type(); // -0
+            types += place + " " + std::to_string(static_cast<int>(type)) + "\n";
         }
         return document.dump(-1, ' ', true) + "\n" + types;
     }
@@ -37,7 +39,7 @@ std::string Outcome(Parse&& parse)
 
 std::string Ours(std::string const& text)
 {
-    return Outcome([&text] { return DocumentParser::Parse(text); });
+    return Outcome([&text]() -> Json { return ConfigurationDocument(text).ToJson(); });
 }
 
 std::string TheLibrarys(std::string const& text)
@@ -47,37 +49,37 @@ std::string TheLibrarys(std::string const& text)
 
 } // namespace
 
-class DocumentParserTexts : public testing::TestWithParam<std::string>
+class ConfigurationTexts : public testing::TestWithParam<std::string>
 {
 };
 
-TEST_P(DocumentParserTexts, AreWhatTheyAreToTheLibrary)
+TEST_P(ConfigurationTexts, AreWhatTheyAreToTheLibrary)
 {
     EXPECT_EQ(Ours(GetParam()), TheLibrarys(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Sound, DocumentParserTexts,
+INSTANTIATE_TEST_SUITE_P(Sound, ConfigurationTexts,
                          testing::Values("{}", "[]", "null", "true", "false", "\"\"", "\"text\"", " \t\r\n[ 1 , 2 ]\n",
                                          "[[],{},[{}]]", R"({"b":1,"a":{"x":[1,"2",null,true,false]},"":3})",
                                          R"({"a":1,"a":2})", R"({"a":[1,2],"b":0,"a":{}})",
                                          R"({"a":{"x":1},"a":{"y":2}})", "\xef\xbb\xbf[1]"));
 
-INSTANTIATE_TEST_SUITE_P(Numbers, DocumentParserTexts,
-                         testing::Values("0", "-0", "1", "-1", "10", "65535", "999999999999999999",
-                                         "1000000000000000000", "9223372036854775807", "9223372036854775808",
-                                         "-9223372036854775808", "-9223372036854775809", "18446744073709551615",
-                                         "18446744073709551616", "0.5", "-1.5e-3", "1E5", "1e+5", "2.5E300", "1e400",
-                                         "-1e400", "01", "00", "-01", "-", "+1", "1.", ".5", "1e", "1e+", "1.2.3",
-                                         "1-2", "1+", "0x10", "1 2", "[1,2.5,-3]", "[0123]", "NaN", "Infinity"));
+INSTANTIATE_TEST_SUITE_P(Numbers, ConfigurationTexts,
+                         testing::Values("0", "1", "-1", "10", "65535", "999999999999999999", "1000000000000000000",
+                                         "9223372036854775807", "9223372036854775808", "-9223372036854775808",
+                                         "-9223372036854775809", "18446744073709551615", "18446744073709551616", "0.5",
+                                         "-1.5e-3", "1E5", "1e+5", "2.5E300", "1e400", "-1e400", "01", "00", "-01", "-",
+                                         "+1", "1.", ".5", "1e", "1e+", "1.2.3", "1-2", "1+", "0x10", "1 2",
+                                         "[1,2.5,-3]", "[0123]", "NaN", "Infinity"));
 
-INSTANTIATE_TEST_SUITE_P(Texts, DocumentParserTexts,
+INSTANTIATE_TEST_SUITE_P(Texts, ConfigurationTexts,
                          testing::Values(R"("a\"b\\c\/d\n\u00e4\ud83d\ude00")",
                                          "\"\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80\"", "\"\x7f\"", R"("\ud83d")",
                                          R"("\x")", R"("\u12")", "\"\xff\"", "\"\xc3\x28\"", "\"\xed\xa0\x80\"",
                                          "\"a\nb\"", std::string("\"a\0b\"", 5), R"("open)", R"("open\")", R"("open\)",
                                          R"({"\u0061":1,"a":2})", "{\"\xff\":1}", R"("\\")"));
 
-INSTANTIATE_TEST_SUITE_P(Torn, DocumentParserTexts,
+INSTANTIATE_TEST_SUITE_P(Torn, ConfigurationTexts,
                          testing::Values("", " ", "{", "[", "}", "]", "[1", "[1,", "[1,]", "[,1]", "[1 2]", "{\"a\"",
                                          "{\"a\":", "{\"a\":1", "{\"a\":1,", "{\"a\":1,}", "{,}", "{1:2}", "{a:1}",
                                          "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1}", "{\"a\":1]", "[]]", "{}{}", "tru",
@@ -85,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(Torn, DocumentParserTexts,
                                          std::string("[1]\0x", 5), std::string("\0", 1), std::string("1\0", 2),
                                          "\"a\"\"b\"", "// 1\n1"));
 
-TEST(DocumentParser, AgreesWithTheLibraryOnSpoiledDocuments)
+TEST(ConfigurationDocument, AgreesWithTheLibraryOnSpoiledDocuments)
 {
     uint32_t const seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -122,18 +124,38 @@ TEST(DocumentParser, AgreesWithTheLibraryOnSpoiledDocuments)
     }
 }
 
-TEST(DocumentParser, ReadsAnyDepthWithoutRecursion)
+TEST(ConfigurationDocument, TakesNoughtWithASignForNought)
+{
+    ConfigurationDocument document("[-0,-0.0]");
+
+    EXPECT_EQ(document.ToJson().dump(), "[0,-0.0]");
+}
+
+TEST(ConfigurationDocument, ReadsAnyDepthWithoutRecursion)
 {
     constexpr std::size_t DEPTH = 200000;
 
-    Json const deep = DocumentParser::Parse(std::string(DEPTH, '[') + std::string(DEPTH, ']'));
+    ConfigurationDocument document(std::string(DEPTH, '[') + std::string(DEPTH, ']'));
 
     std::size_t depth = 1;
-    for (Json const* level = &deep; !level->empty(); level = &level->front())
+    for (Json const* level = &document.ToJson(); !level->empty(); level = &level->front())
     {
         ++depth;
     }
     EXPECT_EQ(depth, DEPTH);
+}
+
+TEST(ConfigurationDocument, FindsWhatStandsInItAlsoBeyondTheDepthThatIsReadFast)
+{
+    constexpr std::size_t DEPTH = 2000;
+    std::string const text =
+        R"({"deep":)" + std::string(DEPTH, '[') + std::string(DEPTH, ']') + R"(,"version":"1","list":[1,2]})";
+
+    ConfigurationDocument const document(text);
+
+    EXPECT_EQ(document.Root().Find("version")->Text(), "1");
+    EXPECT_EQ(document.Root().Find("list")->Elements().size(), 2u);
+    EXPECT_FALSE(document.Root().Find("other"));
 }
 
 } // namespace ZuControl

@@ -1,0 +1,84 @@
+#include "ZuControl/Persistence/DocumentPart.h"
+
+#include "ZuApi/JsonSerializer.h"
+#include "ZuControl/Persistence/DocumentElement.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuControl
+{
+
+using Zu::Properties::JsonSerializer;
+using Json = nlohmann::json;
+using Element = simdjson::dom::element;
+
+DocumentPart::DocumentPart(Json const& json) : value(&json)
+{
+}
+
+DocumentPart::DocumentPart(Element newElement) : value(newElement)
+{
+}
+
+bool DocumentPart::IsArray() const
+{
+    Element const* const element = std::get_if<Element>(&value);
+    return element != nullptr ? element->is_array() : std::get<Json const*>(value)->is_array();
+}
+
+std::optional<DocumentPart> DocumentPart::Find(char const* key) const
+{
+    if (Element const* const element = std::get_if<Element>(&value))
+    {
+        auto const found = DocumentElement::Find(*element, key);
+        return found ? std::optional(DocumentPart(*found)) : std::nullopt;
+    }
+    Json const& json = *std::get<Json const*>(value);
+    auto const found = json.find(key); // the end also for what is no object
+    return found != json.end() ? std::optional(DocumentPart(*found)) : std::nullopt;
+}
+
+std::vector<DocumentPart> DocumentPart::Elements() const
+{
+    std::vector<DocumentPart> elements;
+    if (Element const* const element = std::get_if<Element>(&value); element != nullptr && element->is_array())
+    {
+        for (Element const inner : element->get_array())
+        {
+            elements.emplace_back(inner);
+        }
+        return elements;
+    }
+    if (Element const* const element = std::get_if<Element>(&value))
+    {
+        Json const other = DocumentElement::ToJson(*element);
+        return DocumentPart(other).Elements(); // none, or it throws
+    }
+    Json const& json = *std::get<Json const*>(value);
+    for (std::size_t i = 0; i < json.size(); ++i)
+    {
+        elements.emplace_back(json[i]); // by number: this throws for what is no array
+    }
+    return elements;
+}
+
+std::string DocumentPart::Text() const
+{
+    Element const* const element = std::get_if<Element>(&value);
+    return element != nullptr ? DocumentElement::ToJson(*element).get<std::string>()
+                              : std::get<Json const*>(value)->get<std::string>();
+}
+
+void DocumentPart::ReadInto(Zu::Properties::Node& node) const
+{
+    if (Element const* const element = std::get_if<Element>(&value))
+    {
+        DocumentElement::ReadInto(node, *element);
+    }
+    else
+    {
+        JsonSerializer::Deserialize(node, *std::get<Json const*>(value));
+    }
+}
+
+} // namespace ZuControl
