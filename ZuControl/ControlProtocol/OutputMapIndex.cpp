@@ -18,7 +18,7 @@ uint64 OutputMapIndex<OutputId>::Count() const
 template <typename OutputId>
 bool OutputMapIndex<OutputId>::HasSource(std::string const& source) const
 {
-    return sources.contains(source);
+    return sources.Has(source);
 }
 
 template <typename OutputId>
@@ -63,7 +63,7 @@ template <typename OutputId>
 void OutputMapIndex<OutputId>::Insert(uint64 position, OutputId const& id, std::string const& source)
 {
     ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(position), id);
-    ++sources[source];
+    sources.Add(source);
 }
 
 template <typename OutputId>
@@ -71,8 +71,8 @@ void OutputMapIndex<OutputId>::Replace(uint64 position, OutputId const& id, std:
                                        std::string const& newSource)
 {
     ids[position] = id;
-    ++sources[newSource]; // first: the old one may be the same
-    ForgetSource(oldSource);
+    sources.Add(newSource); // first: the old one may be the same
+    sources.Remove(oldSource);
 }
 
 template <typename OutputId>
@@ -85,24 +85,14 @@ template <typename OutputId>
 void OutputMapIndex<OutputId>::Erase(uint64 position, std::string const& oldSource)
 {
     ids.erase(ids.begin() + static_cast<std::ptrdiff_t>(position));
-    ForgetSource(oldSource);
+    sources.Remove(oldSource);
 }
 
 template <typename OutputId>
 void OutputMapIndex<OutputId>::Clear()
 {
     ids.clear();
-    sources.clear();
-}
-
-template <typename OutputId>
-void OutputMapIndex<OutputId>::ForgetSource(std::string const& source)
-{
-    auto const found = sources.find(source);
-    if (found != sources.end() && --found->second == 0)
-    {
-        sources.erase(found);
-    }
+    sources.Clear();
 }
 
 template class OutputMapIndex<uint16>;

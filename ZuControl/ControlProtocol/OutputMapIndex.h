@@ -1,16 +1,16 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/SourceTable.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace ZuControl::ControlProtocol
 {
 
-/// What an output map looks up, beside its records: the output ids in item order, and the sources by hash.
+/// What an output map looks up, beside its records: the output ids in item order, and the sources.
 ///
 /// A map of many thousand items would otherwise walk all its records for every source that comes in. What it answers is what
 /// a look at the records answers: an id and a source for each item, also where an id or a source is there twice.
@@ -43,10 +43,8 @@ public:
     void Clear();
 
 private:
-    void ForgetSource(std::string const& source);
-
     std::vector<OutputId> ids;
-    std::unordered_map<std::string, uint64> sources; // how many items have each
+    SourceTable sources;
 };
 
 extern template class OutputMapIndex<uint16>;
