@@ -14,6 +14,17 @@ namespace ZuRest
 using Zu::Properties::JsonSerializer;
 using Zu::Properties::Node;
 
+namespace
+{
+
+/// Whether nobody looks at the document but the one who writes it.
+bool WantsTextAlone(RequestInfo const& request)
+{
+    return request.isForText && !request.wantsSchema;
+}
+
+} // namespace
+
 DocumentResourceBase::DocumentResourceBase() = default;
 DocumentResourceBase::~DocumentResourceBase() = default;
 
@@ -39,7 +50,21 @@ nlohmann::json DocumentResourceBase::NodeToJson(Node const& node, RequestInfo co
 
 nlohmann::json DocumentResourceBase::PartToJson(Node const& node, RequestInfo const& request)
 {
-    return request.isForText && !request.wantsSchema ? JsonText::PartOf(node) : NodeToJson(node, request);
+    return WantsTextAlone(request) ? JsonText::PartOf(node) : NodeToJson(node, request);
+}
+
+nlohmann::json DocumentResourceBase::ListToJson(std::vector<Node const*> const& nodes, RequestInfo const& request)
+{
+    if (WantsTextAlone(request))
+    {
+        return JsonText::PartOfList(nodes);
+    }
+    nlohmann::json list = nlohmann::json::array();
+    for (Node const* const node : nodes)
+    {
+        list.push_back(NodeToJson(*node, request));
+    }
+    return list;
 }
 
 void DocumentResourceBase::NodeFromJson(Node& node, nlohmann::json const& document)

@@ -3,6 +3,8 @@
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/ResourceBase.h"
 
+#include <vector>
+
 namespace Zu::Properties
 {
 class Node;
@@ -29,6 +31,9 @@ protected:
 
     /// The same for a node that is a part of the document: something that only stands for it where that will do.
     static nlohmann::json PartToJson(Zu::Properties::Node const& node, RequestInfo const& request);
+
+    /// The same for a list of nodes, in order; none may be null.
+    static nlohmann::json ListToJson(std::vector<Zu::Properties::Node const*> const& nodes, RequestInfo const& request);
 
     /// Fills `node` without validation, storing as it goes. What throws, and how it is left then: JsonSerializer.
     static void NodeFromJson(Zu::Properties::Node& node, nlohmann::json const& document);

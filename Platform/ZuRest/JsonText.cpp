@@ -174,6 +174,21 @@ nlohmann::json PartOf(Zu::Properties::Node const& node)
     return PartOfText(text);
 }
 
+nlohmann::json PartOfList(std::vector<Zu::Properties::Node const*> const& nodes)
+{
+    std::string text;
+    text.reserve(USUAL_PART_BYTES * nodes.size());
+    Zu::Properties::JsonTextWriter writer(text);
+    writer.BeginArray();
+    for (Zu::Properties::Node const* const node : nodes)
+    {
+        writer.NextElement();
+        Zu::Properties::JsonTextSerializer::Append(*node, text);
+    }
+    writer.EndArray();
+    return PartOfText(text);
+}
+
 nlohmann::json PartOfText(std::string_view text)
 {
     auto const* const bytes = reinterpret_cast<uint8 const*>(text.data());

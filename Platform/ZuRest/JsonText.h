@@ -6,6 +6,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Zu::Properties
 {
@@ -27,6 +28,9 @@ ZUPLATFORM_API std::string Write(nlohmann::json const& document);
 
 /// A value that stands for a node in a document which is only made to be written: its text. Nothing but `Write` knows it.
 ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
+
+/// The same for a list of nodes, none of which is null.
+nlohmann::json PartOfList(std::vector<Zu::Properties::Node const*> const& nodes);
 
 /// The same for what is JSON text already.
 nlohmann::json PartOfText(std::string_view text);

@@ -47,6 +47,18 @@ private:
     IProtocolRegisterAssembly& assembly;
 };
 
+template <typename Records>
+std::vector<Zu::Properties::Node const*> NodesOf(Records const& records)
+{
+    std::vector<Zu::Properties::Node const*> nodes;
+    nodes.reserve(records.size());
+    for (auto const& record : records)
+    {
+        nodes.push_back(record.get());
+    }
+    return nodes;
+}
+
 } // namespace
 
 ControlRegisterAssemblyResource::ControlRegisterAssemblyResource(IControlManager& usedManager)
@@ -113,23 +125,15 @@ IControlInstance& ControlRegisterAssemblyResource::ResolveToInstanceWithAssembli
 void ControlRegisterAssemblyResource::ReadSupportedBlocks(IProtocolRegisterAssembly& assembly, nlohmann::json& document,
                                                           ZuRest::RequestInfo const& request)
 {
-    nlohmann::json& types = document["supportedBlockTypes"] = nlohmann::json::array();
     AssemblyLock const lock(assembly);
-    for (auto const& type : assembly.SupportedRegisterBlockTypes())
-    {
-        types.push_back(PartToJson(*type, request));
-    }
+    document["supportedBlockTypes"] = ListToJson(NodesOf(assembly.SupportedRegisterBlockTypes()), request);
 }
 
 void ControlRegisterAssemblyResource::ReadAddedBlocks(IProtocolRegisterAssembly& assembly, nlohmann::json& document,
                                                       ZuRest::RequestInfo const& request)
 {
-    nlohmann::json& blocks = document["blocks"] = nlohmann::json::array();
     AssemblyLock const lock(assembly);
-    for (auto const& block : assembly.AddedRegisterBlocks())
-    {
-        blocks.push_back(PartToJson(*block, request));
-    }
+    document["blocks"] = ListToJson(NodesOf(assembly.AddedRegisterBlocks()), request);
 }
 
 void ControlRegisterAssemblyResource::AddRegisterAssemblyUpdateEvent()

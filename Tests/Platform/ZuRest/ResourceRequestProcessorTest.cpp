@@ -303,7 +303,10 @@ TEST_F(ResourceRequestProcessorTest, WritesPartsThatAreTextAsTheDocumentsThatThe
 
         Json Document(RequestInfo const& request, ResponseInfo& /*response*/) override
         {
-            return {{"one", PartToJson(record, request)}, {"list", Json::array({PartToJson(record, request), 1})}};
+            return {{"one", PartToJson(record, request)},
+                    {"list", Json::array({PartToJson(record, request), 1})},
+                    {"records", ListToJson({&record, &record}, request)},
+                    {"none", ListToJson({}, request)}};
         }
 
     private:
@@ -324,7 +327,10 @@ TEST_F(ResourceRequestProcessorTest, WritesPartsThatAreTextAsTheDocumentsThatThe
         EXPECT_EQ(Get(path), fromInside);
     }
     EXPECT_EQ(processor.Read("/parts", nullptr, "").at("one").at("number"), 7);
+    EXPECT_EQ(Get("/parts").at("records"), Json::array({Get("/parts").at("one"), Get("/parts").at("one")}));
+    EXPECT_EQ(Get("/parts").at("none"), Json::array());
     EXPECT_EQ(Json::parse(Send("GET", "/parts?schema=true").body).at("one").count("_schema"), 1U);
+    EXPECT_EQ(Json::parse(Send("GET", "/parts?schema=true").body).at("records").at(1).count("_schema"), 1U);
     router.Deregister("/parts", false);
 }
 
