@@ -1,5 +1,6 @@
-/// What a request costs the host's HTTP server, from the socket through router, resource and JSON and back, against a server of
-/// Boost.Beast that sends a fixed text of the same length.
+/// What a request costs the host's HTTP server, from the socket through router and resource and back, against a server of
+/// Boost.Beast: all send the same body, which is a fixed text there and in one of ours, and a document that is made and
+/// written for each request in the other.
 ///
 /// usage: HttpServerBenchmark [ROUNDS]      30 unless told otherwise
 /// Figures are CPU nanoseconds of the server for a request, all its threads together.
@@ -8,13 +9,17 @@
 #include "ServerContest.h"
 
 #include "Host/Http/HttpServer.h"
+#include "ZuRest/Answer.h"
 #include "ZuRest/DocumentResourceBase.h"
+#include "ZuRest/IContentResource.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdlib>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -22,6 +27,7 @@ namespace
 using namespace ZuBench;
 
 constexpr char const* REQUEST = "GET /thing HTTP/1.1\r\nHost: 127.0.0.1\r\nAccept: application/json\r\n\r\n";
+constexpr char const* ROUTE = "/thing";
 
 /// A document such as that of a protocol.
 class Thing final : public ZuRest::DocumentResourceBase
@@ -33,26 +39,51 @@ public:
     }
 };
 
+/// The same body, made once.
+class Text final : public ZuRest::ResourceBase, public ZuRest::IContentResource
+{
+public:
+    explicit Text(std::string newBody) : body(std::move(newBody))
+    {
+    }
+
+    std::vector<std::string> ContentMethods() const override
+    {
+        return {"GET"};
+    }
+
+    ZuRest::Answer AnswerContent(ZuRest::Request const& /*request*/, ZuRest::RequestInfo const& /*info*/) override
+    {
+        return {ZuRest::HttpStatus::OK, "application/json", body, {}};
+    }
+
+private:
+    std::string const body;
+};
+
+template <typename Resource>
 struct OurServer
 {
-    OurServer()
+    template <typename... Arguments>
+    explicit OurServer(Arguments&&... arguments) : resource(std::forward<Arguments>(arguments)...)
     {
-        router.Register("/thing", thing);
+        router.Register(ROUTE, resource);
         ZuHost::HttpServer::Settings settings;
         settings.port = 0;
         server.Listen(settings);
         server.Start();
     }
 
-    Thing thing;
+    Resource resource;
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor processor{router};
     ZuHost::HttpServer server{processor};
 };
 
-std::shared_ptr<void> StartOurs(uint16& port)
+template <typename Resource, typename... Arguments>
+std::shared_ptr<void> StartOurs(uint16& port, Arguments&&... arguments)
 {
-    auto ours = std::make_shared<OurServer>();
+    auto ours = std::make_shared<OurServer<Resource>>(std::forward<Arguments>(arguments)...);
     port = ours->server.Port();
     return ours;
 }
@@ -76,8 +107,9 @@ int main(int argumentCount, char** arguments)
 {
     uint64 const rounds = argumentCount > 1 ? std::strtoull(arguments[1], nullptr, 10) : 30;
     ServerContest contest("HttpGet", REQUEST, LengthOf);
-    std::string const answer = contest.Enter("Host", StartOurs);
+    std::string const answer = contest.Enter("HostDocument", [](uint16& port) { return StartOurs<Thing>(port); });
     std::string const body = answer.substr(answer.find("\r\n\r\n") + 4);
+    contest.Enter("Host", [&body](uint16& port) { return StartOurs<Text>(port, body); });
     contest.Enter("Beast", [&body](uint16& port) { return StartBeastServer(body, port); });
     contest.Run(rounds);
 }

@@ -82,6 +82,7 @@ GOALS = [
     ratio("resource", "a resource read", "tree, dumped", 1.3,
           *[(f"ReadResource/Nodes/{n}", f"ReadResource/TreeAndDump/{n}") for n in (10, 1000)]),
     ratio("http", "HTTP GET, CPU of the server", "Beast", 1.2, ("HttpGet/Host", "HttpGet/Beast")),
+    ratio("http", "the same, a document made each time", "Beast", 1.2, ("HttpGet/HostDocument", "HttpGet/Beast")),
     ratio("modbus", "Modbus read, CPU of the server", "libmodbus", 1.0, ("ModbusRead/Server", "ModbusRead/Libmodbus")),
     ratio("modbus", "Modbus read, CPU of the server", "least", 1.5, ("ModbusRead/Server", "ModbusRead/Least")),
     ratio("log", "a log line that nobody wants", "relaxed load", 3, ("Log/DisabledLine", "Log/RelaxedLoad")),
