@@ -505,8 +505,8 @@ TEST(JobManagerOnABadDisk, TriesAgainUntilThereIsRoom)
     EXPECT_EQ(desk.keepers.values.at("One"), large) << "what cannot be saved is not given up for another job";
 
     std::filesystem::remove(disk.Path() / "filler");
-    ASSERT_TRUE(WaitFor([&] { return desk.problems.Count() == 0; }));
-    EXPECT_EQ(log.CountOfText("The job 'default' is saved again"), 1U);
+    ASSERT_TRUE(WaitFor([&] { return log.CountOfText("The job 'default' is saved again") == 1U; }));
+    EXPECT_EQ(desk.problems.Count(), 0U); // gone ahead of the line
     EXPECT_EQ(Archive(disk.Path() / "default.zpjob", Access::READ).Read().entries.at(ONE),
               ValueKeepers::DocumentWith(large));
 }
