@@ -17,7 +17,8 @@ namespace ZuHost
 ///
 /// One thread at a time does the I/O of all clients, none of which can hold up another. It carries out reads by itself, and
 /// hands the I/O on to another thread when one takes its time; the other requests have the other threads (WorkerPool). All
-/// that a client can make it hold is bounded: connections, headers, bodies, what waits for a slow reader, and the time of each phase.
+/// that a client can make it hold is bounded: connections, headers, bodies, what waits for a slow reader, and the time of
+/// each phase.
 /// Ownership: the processor and the resources behind it outlive the server. The operations belong to one thread at a time.
 class HttpServer final
 {

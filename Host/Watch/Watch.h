@@ -21,8 +21,8 @@ namespace ZuHost
 /// Sees what has died or stands still in the module, and tells: a problem for as long as the fault lasts, and a line in the
 /// log when it comes and when it goes.
 ///
-/// It looks four times a second on a thread of its own, "AsyncTimer", and waits for nobody: whatever stands still, the watch can be
-/// stopped. One thread starts and destroys it; any may ask for the faults.
+/// It looks four times a second on a thread of its own, "AsyncTimer", and waits for nobody: whatever stands still, the
+/// watch can be stopped. One thread starts and destroys it; any may ask for the faults.
 class Watch final
 {
 public:

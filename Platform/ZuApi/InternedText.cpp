@@ -25,9 +25,8 @@ struct InternedText::Entry
 
     std::string const text;
     uint64 const hash;
-    std::atomic<uint64> users{1}; // goes to 0, and up again from nothing, under the lock of the pool only
-    std::atomic<bool> isKept{
-        false}; // never back to false; one user that never goes stands for all, who are not counted
+    std::atomic<uint64> users{1};    // goes to 0, and up again from nothing, under the lock of the pool only
+    std::atomic<bool> isKept{false}; // never back; one user that never goes stands for all, who are not counted
 };
 
 /// The entries that are kept for good, for readers without a lock. A literal beyond those that it has room for is counted

@@ -25,8 +25,8 @@ class IControlManager;
 /// enabled or not, and those who have subscribed to a type get its record once a second.
 ///
 /// No report is kept: what a subscriber gets is the protocol's own record. Updates, reports and `ReadReport` take turns, so
-/// that a record which only its protocol's `UpdateMetrics` writes is never read half way; while an update hangs there are no reports. Any thread may call; a handler
-/// may add and remove handlers, itself included. The protocols outlive this.
+/// that a record which only its protocol's `UpdateMetrics` writes is never read half way; while an update hangs there are
+/// no reports. Any thread may call; a handler may add and remove handlers, itself included. The protocols outlive this.
 class ZUCONTROL_API ControlMetrics final : public ZuCommon::IMetricsReporter<std::string const&>
 {
 public:

@@ -15,8 +15,7 @@ struct ControlVitals
     struct Dispatcher
     {
         std::string typeName;
-        bool hasDied =
-            false; ///< its thread ended by an exception: nothing is handed over until the protocol starts anew
+        bool hasDied = false;     ///< its thread ended by an exception: until it starts anew nothing is handed over
         uint64 busySinceUsec = 0; ///< when the batch that the protocol has in hand was handed over
     };
 

@@ -16,9 +16,8 @@ struct DispatchCounters
     std::atomic<uint64> resultSets{0};
     std::atomic<uint64> ageUsec{0}; ///< of all batches together: from the first set of each to its hand-over
 
-    std::atomic<uint64> busySinceUsec{
-        0};                           ///< when the batch that the handlers have was handed to them; 0: they have none
-    std::atomic<bool> hasDied{false}; ///< the thread has ended by an exception and has not been stopped since
+    std::atomic<uint64> busySinceUsec{0}; ///< when the handlers got the batch that they have; 0: they have none
+    std::atomic<bool> hasDied{false};     ///< the thread has ended by an exception and has not been stopped since
 };
 
 } // namespace ZuControl
