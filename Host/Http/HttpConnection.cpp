@@ -97,6 +97,7 @@ public:
     void Refuse(uint32 status, int32 code, std::string detail) override;
     ZuRest::IStreamReceiver& MakeReceiver(bool isState) override;
     void TakeOutcome(Outcome outcome) override;
+    void SendNow() override;
     void CheckDeadline(uint64 nowUsec) override;
     void BeginStop() override;
     void Close() override;
@@ -142,7 +143,8 @@ private:
     void Submit();
     ZuRest::Request TakeRequest();
     void Send(Answer answer, bool isLast);
-    void Write(Next next);
+    void Write(Next newNext);
+    void BeginWrite(Next newNext);
     void WriteOn();
     void Written();
     void Discard();
@@ -488,7 +490,8 @@ void SocketConnection::Send(Answer answer, bool isLast)
     AnswerHead::Append(head, answer, service.Date(), isLast,
                        mayHaveBody ? std::optional<uint64>(answer.body.size()) : std::nullopt);
     body = mayHaveBody && isAskedForBody ? std::move(answer.body) : std::string();
-    Write(isLast ? Next::END : Next::REQUEST);
+    BeginWrite(isLast ? Next::END : Next::REQUEST);
+    service.SendSoon(shared_from_this());
 }
 
 void SocketConnection::Refuse(uint32 status, int32 code, std::string detail)
@@ -504,10 +507,23 @@ void SocketConnection::Refuse(uint32 status, int32 code, std::string detail)
 /// Writes `head` and `body`, as far as the socket takes them at once; the rest when it takes more.
 void SocketConnection::Write(Next newNext)
 {
+    BeginWrite(newNext);
+    WriteOn();
+}
+
+void SocketConnection::BeginWrite(Next newNext)
+{
     Enter(Phase::WRITE, limits.writeTimeoutUsec);
     next = newNext;
     writtenBytes = 0;
-    WriteOn();
+}
+
+void SocketConnection::SendNow()
+{
+    if (phase == Phase::WRITE) // else there was no need to wait, or no time
+    {
+        WriteOn();
+    }
 }
 
 void SocketConnection::WriteOn()

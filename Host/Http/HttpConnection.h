@@ -39,6 +39,9 @@ public:
     /// What came of its request.
     virtual void TakeOutcome(ZuRest::ResourceRequestProcessor::Outcome outcome) = 0;
 
+    /// Sends the answer that it has said to the service to be ready.
+    virtual void SendNow() = 0;
+
     /// Does what is due when a phase has lasted too long.
     virtual void CheckDeadline(uint64 nowUsec) = 0;
 

@@ -19,6 +19,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <ctime>
+#include <deque>
 #include <future>
 #include <mutex>
 #include <netinet/tcp.h>
@@ -37,6 +38,7 @@ using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 namespace
 {
 
+constexpr uint64 MAX_UNSENT_USEC = 200; // the time to make a few documents
 constexpr uint64 ACCEPT_RETRY_USEC = 100'000;
 constexpr uint64 MAX_REFUSED = 64; // connections beyond the cap that are told so; more are closed at once
 
@@ -152,6 +154,7 @@ public:
     uint64 NowUsec() const override;
     bool IsStopping() const override;
     void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
+    void SendSoon(std::shared_ptr<HttpConnection> const& client) override;
     void RunLater(std::function<void()> step) override;
     void Post(std::function<void()> step) override;
     void Forget(std::shared_ptr<HttpConnection> const& connection) override;
@@ -160,6 +163,7 @@ private:
     using Client = std::shared_ptr<HttpConnection>;
 
     void DoDuty();
+    bool MustSend() const;
     void OnReady(uint32 events) override;
     void RetryAccept();
     void Welcome(Descriptor socket);
@@ -182,6 +186,8 @@ private:
     uint64 acceptAgainUsec = wTIMEOUT_INFINITE;
     uint64 nextSweepUsec = 0;
     std::unordered_set<Client> connections;
+    std::deque<Client> unsent; // their answers are ready
+    uint64 unsentSinceUsec = 0;
     std::string date = DateText();
 
     std::mutex countLock; // a leaf: guards the two below
@@ -342,6 +348,27 @@ void HttpServer::Core::CountEnded()
     countChanged.notify_all(); // under the lock: the one who waits may end this object right behind it
 }
 
+/// Waking a client that sleeps is dear, and the sender pays for it. While others are waiting to be served their answers are
+/// gathered, so that those who come to one client, or to one machine, wake it once.
+void HttpServer::Core::SendSoon(Client const& client)
+{
+    if (unsent.empty() && !loop.HasReady())
+    {
+        client->SendNow();
+        return;
+    }
+    if (unsent.empty())
+    {
+        unsentSinceUsec = wTime_NowUsec();
+    }
+    unsent.push_back(client);
+}
+
+bool HttpServer::Core::MustSend() const
+{
+    return !unsent.empty() && (!loop.HasReady() || wTime_NowUsec() - unsentSinceUsec >= MAX_UNSENT_USEC);
+}
+
 void HttpServer::Core::RunLater(std::function<void()> step)
 {
     workers->Run(std::move(step));
@@ -367,6 +394,13 @@ void HttpServer::Core::Forget(Client const& connection)
 /// One piece of the I/O. Behind `RunOne` nothing is touched: this thread may be relieved.
 void HttpServer::Core::DoDuty()
 {
+    if (MustSend())
+    {
+        Client const client = std::move(unsent.front());
+        unsent.pop_front();
+        client->SendNow();
+        return;
+    }
     uint64 const nowUsec = loop.NowUsec();
     if (nowUsec >= acceptAgainUsec && !isStopping)
     {

@@ -35,6 +35,9 @@ public:
     /// calling thread is perhaps not the I/O thread any more: it touches nothing of the client.
     virtual void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) = 0;
 
+    /// Has the client send its answer: now, or in a moment together with those of the others that are waiting for theirs.
+    virtual void SendSoon(std::shared_ptr<HttpConnection> const& client) = 0;
+
     /// Runs a step that may take its time on another thread.
     virtual void RunLater(std::function<void()> step) = 0;
 

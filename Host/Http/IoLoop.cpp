@@ -78,7 +78,7 @@ void IoLoop::Post(std::function<void()> step)
 
 void IoLoop::RunOne(uint64 deadlineUsec)
 {
-    if (nextReady != readyCount)
+    if (HasReady())
     {
         epoll_event const event = ready[nextReady++];
         if (event.data.ptr != nullptr)
@@ -119,6 +119,11 @@ void IoLoop::Look(uint64 deadlineUsec)
     std::scoped_lock const guard(lock);
     isResting = false;
     duePosted = posted.size();
+}
+
+bool IoLoop::HasReady() const noexcept
+{
+    return nextReady != readyCount;
 }
 
 uint64 IoLoop::NowUsec() const noexcept

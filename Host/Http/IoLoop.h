@@ -41,6 +41,9 @@ public:
     /// calls nothing yet. What is called may throw.
     void RunOne(uint64 deadlineUsec);
 
+    /// Whether it has seen more that it has not told yet.
+    bool HasReady() const noexcept;
+
     /// The moment of wTime at which it last looked what is ready.
     uint64 NowUsec() const noexcept;
 

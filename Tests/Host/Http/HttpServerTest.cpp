@@ -406,6 +406,50 @@ TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
     }
 }
 
+TEST_F(HttpServerTest, SendsTheAnswersThatItHasGatheredAlsoWhenAReadIsHeldUp)
+{
+    constexpr unsigned QUICK = 6;
+    std::atomic<Latch*> finish = nullptr;
+    Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        EXPECT_TRUE(finish.load()->Wait());
+        return Json();
+    };
+    Start();
+    TestConnection& slow = Connect();
+    for (unsigned i = 0; i < QUICK; ++i)
+    {
+        Connect();
+    }
+    for (unsigned round = 0; round < 50; ++round) // in most of them some are seen together
+    {
+        Latch held;
+        finish = &held;
+        unsigned const before = round % (QUICK + 1); // of the quick ones ask first
+        unsigned asked = 0;
+        for (TestConnection& client : connections)
+        {
+            if (asked == before)
+            {
+                slow.Write("GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n");
+            }
+            ++asked;
+            if (&client != &slow)
+            {
+                client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
+            }
+        }
+        for (TestConnection& client : connections)
+        {
+            if (&client != &slow)
+            {
+                ASSERT_EQ(client.ReadAnswer()->status, 200U);
+            }
+        }
+        held.Open();
+        ASSERT_EQ(slow.ReadAnswer()->status, 200U);
+    }
+}
+
 TEST_F(HttpServerTest, AnswersALongRowOfRequestsThatCameTogether)
 {
     constexpr unsigned REQUESTS = 5000;
