@@ -65,12 +65,8 @@ public:
     /// Adds a value behind the others. The lists run in parallel.
     Enum& AddOption(T value, std::string text)
     {
-        std::vector<T> values = enumValues.Get();
-        values.push_back(value);
-        enumValues.Set(values);
-        std::vector<std::string> texts = enumTexts.Get();
-        texts.push_back(std::move(text));
-        enumTexts.Set(texts);
+        enumValues.Modify([&](std::vector<T>& values) { values.push_back(value); });
+        enumTexts.Modify([&](std::vector<std::string>& texts) { texts.push_back(std::move(text)); });
         return *this;
     }
 

@@ -73,6 +73,21 @@ public:
         return *this;
     }
 
+    /// Stores what `change` makes of the value, without a copy where nobody observes it. It is a change in any case.
+    template <typename Change>
+    void Modify(Change const& change)
+    {
+        if (!HasObservers())
+        {
+            change(value);
+            return;
+        }
+        T kept = value;
+        change(kept);
+        RunObservers();
+        value = std::move(kept);
+    }
+
     void ReadValue(IValueReader& reader) override
     {
         Set(Internal::ValueTransfer<T>::Read(reader));
