@@ -2,37 +2,18 @@
 
 #include "wApi/wTypes.h"
 
+#define XXH_INLINE_ALL // each document that is sent gets a tag
+
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
+#include <xxhash.h>
 
 namespace ZuRest::EntityTag
 {
 
 namespace
 {
-
-/// Eight bytes at a time: documents are long, and each that is sent gets a tag.
-uint64 HashOf(std::string_view text)
-{
-    constexpr uint64 MULTIPLIER = 0x9E3779B97F4A7C15U; // odd, its bits in no order
-    uint64 hash = text.size() * MULTIPLIER;
-    auto const take = [&hash](uint64 word) {
-        hash = (hash ^ word) * MULTIPLIER;
-        hash ^= hash >> 32U; // a product moves nothing down
-    };
-    uint64 word = 0;
-    for (; text.size() >= sizeof(word); text.remove_prefix(sizeof(word)))
-    {
-        std::memcpy(&word, text.data(), sizeof(word)); // of a fixed size: one load
-        take(word);
-    }
-    word = 0;
-    std::memcpy(&word, text.data(), text.size());
-    take(word);
-    return hash * MULTIPLIER;
-}
 
 std::string_view Trimmed(std::string_view text)
 {
@@ -44,8 +25,9 @@ std::string_view Trimmed(std::string_view text)
 
 std::string Of(std::string_view text)
 {
+    uint64 const hash = XXH3_64bits(text.data(), text.size());
     std::array<char, 16> digits{};
-    auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), HashOf(text), 16).ptr;
+    auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), hash, 16).ptr;
     return "\"" + std::string(digits.data(), end) + "\"";
 }
 
