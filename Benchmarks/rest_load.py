@@ -62,6 +62,8 @@ def main():
         rates(endpoint, arguments)  # warm
         rounds = [(rates(endpoint, arguments), rates_with_streams(endpoint, arguments)) for _ in range(arguments.rounds)]
         server.stdin.close()
+        if server.wait() != 0:
+            sys.exit("rest_load: the server did not end well")
     # Compared within a round, since the machine is another one a minute later; then the median of the rounds.
     ratio = statistics.median(document / fixed for (document, fixed), _ in rounds)
     changes = [statistics.median(with_streams[which] / alone[which] - 1 for alone, with_streams in rounds) for which in (0, 1)]
