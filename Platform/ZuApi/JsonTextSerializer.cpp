@@ -1,107 +1,142 @@
 #include "ZuApi/JsonTextSerializer.h"
 
 #include "ZuApi/ArrayBase.h"
-#include "ZuApi/INodeVisitorConst.h"
 #include "ZuApi/JsonTextWriter.h"
 #include "ZuApi/ReferenceArray.h"
 #include "ZuApi/Structure.h"
 #include "ZuApi/ValueBase.h"
 
 #include <algorithm>
-#include <utility>
-#include <vector>
+#include <span>
 
 namespace Zu::Properties
 {
 
-namespace
+/// What all records of a class have in common: their keys, in the order in which a document has them.
+struct JsonTextSerializer::Shape
 {
-
-class Serializer final : public INodeVisitorConst
-{
-public:
-    explicit Serializer(std::string& writtenText) : text(writtenText), writer(writtenText)
+    struct Member
     {
-    }
+        Internal::InternedText key;
+        std::size_t place; // in the order of registration
+        std::size_t labelBegin;
+        std::size_t labelBytes;
+    };
 
-    void Run(Node const& node)
+    Shape(std::span<Structure::Child const> children, JsonTextWriter& labels)
     {
-        if (node.IsWriteOnly())
+        members.reserve(children.size());
+        for (std::size_t place = 0; place < children.size(); ++place)
         {
-            text += "null";
-            return;
+            members.push_back({children[place].key, place, 0, 0});
         }
-        node.Accept(*this);
-    }
-
-    void VisitValue(Internal::ValueBase const& value) override
-    {
-        value.WriteValue(writer);
-    }
-
-    void VisitStructure(Structure const& structure) override
-    {
-        std::size_t const begin = children.size();
-        for (uint64 i = 0; i < structure.Count(); ++i)
+        std::ranges::sort(
+            members, {}, [](Member const& member) -> auto& { return member.key.Get(); });
+        for (Member& member : members)
         {
-            if (!structure.At(i).IsWriteOnly())
-            {
-                children.emplace_back(&structure.KeyAt(i), &structure.At(i));
-            }
+            member.labelBegin = labels.Size();
+            labels.WriteLabel(member.key.Get());
+            member.labelBytes = labels.Size() - member.labelBegin;
         }
-        std::sort(children.begin() + static_cast<std::ptrdiff_t>(begin), children.end(),
-                  [](Child const& one, Child const& other) { return *one.first < *other.first; });
-        text.push_back('{');
-        for (std::size_t i = begin; i < children.size(); ++i)
-        {
-            Child const child = children[i]; // a copy: what is beneath it grows the list
-            if (i != begin)
-            {
-                text.push_back(',');
-            }
-            writer.WriteString(*child.first);
-            text.push_back(':');
-            child.second->Accept(*this);
-        }
-        text.push_back('}');
-        children.resize(begin);
     }
 
-    void VisitArray(Internal::ArrayBase const& array) override
+    bool IsOf(std::span<Structure::Child const> children) const
     {
-        writer.BeginArray();
-        for (uint64 i = 0; i < array.Count(); ++i)
-        {
-            writer.NextElement();
-            Run(array.ElementAt(i));
-        }
-        writer.EndArray();
+        auto const isOf = [&children](Member const& member) { return children[member.place].key == member.key; };
+        return members.size() == children.size() && std::ranges::all_of(members, isOf);
     }
 
-    void VisitReferenceArray(Internal::ReferenceArray const& array) override
-    {
-        writer.BeginArray();
-        for (uint64 i = 0; i < array.Count(); ++i)
-        {
-            writer.NextElement();
-            Run(array.At(i));
-        }
-        writer.EndArray();
-    }
-
-private:
-    using Child = std::pair<std::string const*, Node const*>;
-
-    std::string& text;
-    JsonTextWriter writer;
-    std::vector<Child> children; // of the structures that are open, each sorted by key as a document has them
+    std::vector<Member> members; // sorted by key
 };
 
-} // namespace
-
-void JsonTextSerializer::Append(Node const& node, std::string& text)
+/// The shapes that were seen last among the records that stand equally deep. One of them is in use at a time, and its own is
+/// the newest: those deeper down have their own level.
+struct JsonTextSerializer::Level
 {
-    Serializer(text).Run(node);
+    static constexpr std::size_t SHAPES = 4; // looking through more would cost what it saves
+
+    Shape const& Find(std::span<Structure::Child const> children, JsonTextWriter& labels)
+    {
+        auto const found = std::ranges::find_if(shapes, [&](Shape const& shape) { return shape.IsOf(children); });
+        if (found != shapes.end())
+        {
+            return *found;
+        }
+        if (shapes.size() < SHAPES)
+        {
+            shapes.reserve(SHAPES);
+            return shapes.emplace_back(children, labels);
+        }
+        return shapes[next++ % SHAPES] = Shape(children, labels);
+    }
+
+    std::vector<Shape> shapes; // they stay where they are
+    std::size_t next = 0;      // to be replaced
+};
+
+JsonTextSerializer::JsonTextSerializer(JsonTextWriter& usedWriter) : writer(usedWriter)
+{
+}
+
+JsonTextSerializer::~JsonTextSerializer() = default;
+
+void JsonTextSerializer::Write(Node const& node)
+{
+    if (node.IsWriteOnly())
+    {
+        writer.WriteJson("null");
+        return;
+    }
+    node.Accept(*this);
+}
+
+void JsonTextSerializer::VisitValue(Internal::ValueBase const& value)
+{
+    value.WriteValue(writer);
+}
+
+void JsonTextSerializer::VisitStructure(Structure const& structure)
+{
+    auto const children = structure.Children();
+    if (levels.size() == depth)
+    {
+        levels.emplace_back();
+    }
+    Shape const& shape = levels[depth++].Find(children, labels);
+    writer.BeginObject();
+    for (Shape::Member const& member : shape.members)
+    {
+        Node const& child = *children[member.place].node;
+        if (!child.IsWriteOnly())
+        {
+            writer.NextLabelledMember(labels.Written(member.labelBegin, member.labelBytes));
+            child.Accept(*this);
+        }
+    }
+    writer.EndObject();
+    --depth;
+}
+
+void JsonTextSerializer::VisitArray(Internal::ArrayBase const& array)
+{
+    writer.BeginArray();
+    for (uint64 i = 0; i < array.Count(); ++i)
+    {
+        writer.NextElement();
+        Write(array.ElementAt(i));
+    }
+    writer.EndArray();
+}
+
+void JsonTextSerializer::VisitReferenceArray(Internal::ReferenceArray const& array)
+{
+    writer.BeginArray();
+    for (uint64 i = 0; i < array.Count(); ++i)
+    {
+        writer.NextElement();
+        Write(array.At(i));
+    }
+    writer.EndArray();
 }
 
 } // namespace Zu::Properties

@@ -2,10 +2,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <string_view>
+#include <limits>
+#include <utility>
 
 namespace Zu::Properties
 {
@@ -13,6 +14,7 @@ namespace Zu::Properties
 namespace
 {
 
+constexpr std::size_t FIRST_BYTES = 1000; // more is dearer to get from the heap than to grow to
 constexpr uint64 EACH_BYTE = 0x0101010101010101U;
 
 /// Not zero when any of the eight bytes is special: beyond ASCII, a control character, a quote or a backslash. A byte less
@@ -26,32 +28,49 @@ uint64 SpecialBytes(uint64 word)
            EACH_BYTE * 0x80;
 }
 
-/// Whether all bytes stand in a text as they are.
-bool IsPlain(std::string_view value)
+/// Copies the first bytes of a text, as many as a word has, and gives them as the lower bytes of one that is blank above.
+template <typename Word>
+uint64 CopyWord(char* to, char const* from)
 {
-    uint64 found = 0;
-    while (value.size() >= sizeof(uint64))
-    {
-        uint64 word = 0;
-        std::memcpy(&word, value.data(), sizeof(word));
-        found |= SpecialBytes(word);
-        value.remove_prefix(sizeof(word));
-    }
-    uint64 last = EACH_BYTE * ' ';
-    std::memcpy(&last, value.data(), value.size());
-    return (found | SpecialBytes(last)) == 0;
+    Word word = 0;
+    std::memcpy(&word, from, sizeof(word));
+    std::memcpy(to, &word, sizeof(word));
+    return word | (sizeof(word) == sizeof(uint64) ? 0 : (EACH_BYTE * ' ') << (8 * sizeof(word) % 64));
 }
 
-template <typename Integer>
-void AppendInteger(std::string& text, Integer value)
+/// Copies a text to `to` and tells whether all its bytes stand in a string as they are. The last word overlaps with the one
+/// before it.
+bool CopyPlain(char* to, std::string_view value)
 {
-    std::array<char, 24> digits{};
-    text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+    char const* const from = value.data();
+    std::size_t const size = value.size();
+    uint64 found = 0;
+    if (size >= sizeof(uint64))
+    {
+        for (std::size_t at = 0; at + sizeof(uint64) < size; at += sizeof(uint64))
+        {
+            found |= SpecialBytes(CopyWord<uint64>(to + at, from + at));
+        }
+        found |= SpecialBytes(CopyWord<uint64>(to + size - sizeof(uint64), from + size - sizeof(uint64)));
+    }
+    else if (size >= sizeof(uint32))
+    {
+        found = SpecialBytes(CopyWord<uint32>(to, from));
+        found |= SpecialBytes(CopyWord<uint32>(to + size - sizeof(uint32), from + size - sizeof(uint32)));
+    }
+    else
+    {
+        for (std::size_t at = 0; at < size; ++at)
+        {
+            found |= SpecialBytes(CopyWord<uint8>(to + at, from + at));
+        }
+    }
+    return found == 0;
 }
 
 } // namespace
 
-JsonTextWriter::JsonTextWriter(std::string& writtenText) : text(writtenText)
+JsonTextWriter::JsonTextWriter() : text(FIRST_BYTES, '\0')
 {
 }
 
@@ -59,27 +78,32 @@ JsonTextWriter::~JsonTextWriter() = default;
 
 void JsonTextWriter::WriteInt32(int32 value)
 {
-    AppendInteger(text, value);
+    PutInteger(value);
 }
 
 void JsonTextWriter::WriteUint32(uint32 value)
 {
-    AppendInteger(text, value);
+    PutInteger(value);
 }
 
 void JsonTextWriter::WriteUint64(uint64 value)
 {
-    AppendInteger(text, value);
+    PutInteger(value);
 }
 
 void JsonTextWriter::WriteUint16(uint16 value)
 {
-    AppendInteger(text, value);
+    PutInteger(value);
+}
+
+void JsonTextWriter::WriteInt64(int64 value)
+{
+    PutInteger(value);
 }
 
 void JsonTextWriter::WriteBool(bool value)
 {
-    text += value ? "true" : "false";
+    Put(value ? "true" : "false");
 }
 
 void JsonTextWriter::WriteDouble(double value)
@@ -89,42 +113,123 @@ void JsonTextWriter::WriteDouble(double value)
 
 void JsonTextWriter::WriteString(std::string const& value)
 {
-    if (!IsPlain(value))
+    WriteText(value);
+}
+
+void JsonTextWriter::WriteText(std::string_view value)
+{
+    char* const begin = Room(value.size() + 2);
+    if (!CopyPlain(begin + 1, value))
     {
         WriteAsLibrary(value);
         return;
     }
-    text.push_back('"');
-    text += value;
-    text.push_back('"');
+    *begin = '"';
+    begin[value.size() + 1] = '"';
+    used += value.size() + 2;
 }
 
 void JsonTextWriter::BeginArray()
 {
-    text.push_back('[');
+    Put('[');
 }
 
 void JsonTextWriter::NextElement()
 {
-    if (text.back() != '[') // no element ends like this: it is the beginning of the array
-    {
-        text.push_back(',');
-    }
+    Separate('[');
 }
 
 void JsonTextWriter::EndArray()
 {
-    text.push_back(']');
+    Put(']');
 }
 
-void JsonTextWriter::WriteInt64(int64 value)
+void JsonTextWriter::BeginObject()
 {
-    AppendInteger(text, value);
+    Put('{');
+}
+
+void JsonTextWriter::NextMember(std::string_view key)
+{
+    Separate('{');
+    WriteLabel(key);
+}
+
+void JsonTextWriter::WriteLabel(std::string_view key)
+{
+    WriteText(key);
+    Put(':');
+}
+
+void JsonTextWriter::NextLabelledMember(std::string_view label)
+{
+    Separate('{');
+    Put(label);
+}
+
+void JsonTextWriter::EndObject()
+{
+    Put('}');
+}
+
+void JsonTextWriter::WriteJson(std::string_view json)
+{
+    Put(json);
 }
 
 void JsonTextWriter::WriteAsLibrary(nlohmann::json const& value)
 {
-    text += value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    Put(value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+std::size_t JsonTextWriter::Size() const noexcept
+{
+    return used;
+}
+
+void JsonTextWriter::Cut(std::size_t size) noexcept
+{
+    used = std::min(used, size);
+}
+
+std::string JsonTextWriter::Take()
+{
+    text.resize(std::exchange(used, 0));
+    return std::exchange(text, {});
+}
+
+void JsonTextWriter::Grow(std::size_t bytes)
+{
+    text.resize(std::max(2 * text.size(), used + bytes));
+}
+
+void JsonTextWriter::Put(char character)
+{
+    *Room(1) = character;
+    ++used;
+}
+
+void JsonTextWriter::Put(std::string_view written)
+{
+    std::memcpy(Room(written.size()), written.data(), written.size());
+    used += written.size();
+}
+
+/// A comma, unless it is the beginning of the array or object that `opening` opens: no element ends like that.
+void JsonTextWriter::Separate(char opening)
+{
+    if (text[used - 1] != opening)
+    {
+        Put(',');
+    }
+}
+
+template <typename Integer>
+void JsonTextWriter::PutInteger(Integer value)
+{
+    constexpr std::size_t MAX_DIGITS = std::numeric_limits<Integer>::digits10 + 2; // one may be a sign
+    char* const begin = Room(MAX_DIGITS);
+    used += static_cast<std::size_t>(std::to_chars(begin, begin + MAX_DIGITS, value).ptr - begin);
 }
 
 } // namespace Zu::Properties

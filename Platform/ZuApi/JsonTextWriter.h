@@ -3,17 +3,18 @@
 #include "ZuApi/IValueWriter.h"
 
 #include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
 
 namespace Zu::Properties
 {
 
-/// Appends JSON to a text, byte for byte as the JSON library dumps it on one line, with what is no UTF-8 replaced, in a
-/// fraction of its time. As a writer of values it writes each where the text ends.
+/// Writes JSON as text, byte for byte as the JSON library dumps it on one line, with what is no UTF-8 replaced, in a fraction
+/// of its time. As a writer of values it writes each where the text ends.
 class ZUAPI_API JsonTextWriter final : public IValueWriter
 {
 public:
-    /// The text outlives this.
-    explicit JsonTextWriter(std::string& writtenText);
+    JsonTextWriter();
     ~JsonTextWriter() override;
 
     JsonTextWriter(JsonTextWriter const&) = delete;
@@ -31,12 +32,58 @@ public:
     void EndArray() override;
 
     void WriteInt64(int64 value);
+    void WriteText(std::string_view value); ///< as a string
+
+    void BeginObject();
+    void NextMember(std::string_view key); ///< its value follows
+    void EndObject();
+
+    /// A key with its colon, which may be kept as a label for those who write the same one often.
+    void WriteLabel(std::string_view key);
+    void NextLabelledMember(std::string_view label); ///< its value follows
+
+    /// What is JSON already.
+    void WriteJson(std::string_view json);
 
     /// By the library: for what is rare and what is an art of its own, as fractions are.
     void WriteAsLibrary(nlohmann::json const& value);
 
+    /// How many bytes it has by now.
+    std::size_t Size() const noexcept;
+
+    /// Some of them, which stay where they are until more is written.
+    std::string_view Written(std::size_t begin, std::size_t bytes) const noexcept
+    {
+        return {text.data() + begin, bytes};
+    }
+
+    /// Takes back what came behind the first `size` bytes.
+    void Cut(std::size_t size) noexcept;
+
+    /// What was written. The writer is empty again.
+    std::string Take();
+
 private:
-    std::string& text;
+    /// Where the next `bytes` go.
+    char* Room(std::size_t bytes)
+    {
+        if (text.size() - used < bytes)
+        {
+            Grow(bytes);
+        }
+        return text.data() + used;
+    }
+
+    void Grow(std::size_t bytes);
+    void Put(char character);
+    void Put(std::string_view written);
+    void Separate(char opening);
+
+    template <typename Integer>
+    void PutInteger(Integer value);
+
+    std::string text;     // as long as there is room
+    std::size_t used = 0; // of it
 };
 
 } // namespace Zu::Properties

@@ -3,6 +3,7 @@
 #include "ZuApi/InternedText.h"
 #include "ZuApi/Node.h"
 
+#include <span>
 #include <vector>
 
 namespace Zu::Properties
@@ -13,6 +14,12 @@ namespace Zu::Properties
 class ZUAPI_API Structure : public Node
 {
 public:
+    struct Child
+    {
+        Internal::InternedText key;
+        Node* node;
+    };
+
     /// `isDescribed` is true for a record, which shows its type in its schema, and false for a bare one inside a schema.
     explicit Structure(bool isDescribed);
     ~Structure() override;
@@ -34,6 +41,12 @@ public:
 
     uint64 Count() const noexcept;
 
+    /// All of them, as they stand until the next change of this.
+    std::span<Child const> Children() const noexcept
+    {
+        return children;
+    }
+
     /// -999 behind the last.
     std::string const& KeyAt(uint64 index) const;
     Node& At(uint64 index);
@@ -54,12 +67,6 @@ protected:
     void Enter(Internal::InternedText key, Node& node);
 
 private:
-    struct Child
-    {
-        Internal::InternedText key;
-        Node* node;
-    };
-
     Child const& ChildAt(uint64 index) const;
     std::vector<Child>::const_iterator Position(std::string const& key) const;
 

@@ -10,7 +10,12 @@
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResponseInfo.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace ZuRest
 {
@@ -19,195 +24,361 @@ namespace
 {
 
 using Json = nlohmann::json;
+using Writer = Zu::Properties::JsonTextWriter;
+using References = std::vector<Reference const*>;
 
 constexpr char const* RELATION_PREFIX = "zu:";
+constexpr char const* EMBEDDED = "_embedded";
+constexpr char const* LINKS = "_links";
 constexpr std::size_t DEEPEST = 16; // of what is embedded in one another
 
-/// Puts `shown` under its key, which is a list when it was asked for or when a second one comes.
-void Put(Json& relations, Reference const& reference, Json shown)
+Json LinkTo(Reference const& reference)
 {
-    auto const present = relations.find(reference.key);
-    if (present == relations.end())
-    {
-        relations[reference.key] = reference.asList ? Json::array({std::move(shown)}) : std::move(shown);
-        return;
-    }
-    if (!present->is_array())
-    {
-        *present = Json::array({std::move(*present)});
-    }
-    present->push_back(std::move(shown));
-}
-
-Json LinkTo(std::string const& path, Json const& extra)
-{
-    Json link = extra.is_object() ? extra : Json::object();
-    link["href"] = path;
+    Json link = reference.extra.is_object() ? reference.extra : Json::object();
+    link["href"] = reference.path;
     return link;
 }
 
-/// What most documents have for links, made for nothing but to be written.
-Json SelfAsText(std::string const& path)
+/// The address of a resource in place of its document.
+Json AddressOf(Reference const& reference)
 {
-    std::string text(R"({"self":{"href":)");
-    Zu::Properties::JsonTextWriter(text).WriteString(path);
-    return JsonText::PartOfText(text.append("}}"));
+    return {{LINKS, {{"self", LinkTo(reference)}}}};
 }
+
+/// Writes an object of what is referred to, by key and then in the order in which it came. A key has a list when one was asked
+/// for and when there are more of it.
+template <typename WriteOne>
+void WriteByKey(References references, Writer& writer, WriteOne const& writeOne)
+{
+    std::ranges::stable_sort(references, {}, &Reference::key);
+    writer.BeginObject();
+    for (auto at = references.begin(); at != references.end();)
+    {
+        std::string const& key = (*at)->key;
+        auto const end = std::find_if(at, references.end(), [&key](auto const* other) { return other->key != key; });
+        bool const isList = (*at)->asList || end - at > 1;
+        writer.NextMember(key);
+        if (isList)
+        {
+            writer.BeginArray();
+        }
+        for (; at != end; ++at)
+        {
+            if (isList)
+            {
+                writer.NextElement();
+            }
+            writeOne(**at);
+        }
+        if (isList)
+        {
+            writer.EndArray();
+        }
+    }
+    writer.EndObject();
+}
+
+/// How a document refers to itself.
+Reference SelfAt(std::string const& path, Json const& extra = nullptr)
+{
+    return {false, "self", path, false, extra};
+}
+
+Reference CurieOf(std::string const& relationTemplate)
+{
+    return {false, "curies", relationTemplate, true, {{"name", "zu"}, {"templated", true}}};
+}
+
+/// The members of a document that its resource has made, in their order: a tree, or a text that stands for one.
+class Members final
+{
+public:
+    /// Both outlive this. Null counts as an object without members.
+    Members(Json const& usedDocument, Writer& usedWriter) : document(usedDocument), writer(usedWriter)
+    {
+        auto const* const members = document.get_ptr<Json::object_t const*>();
+        next = members != nullptr ? members->begin() : Iterator();
+        end = members != nullptr ? members->end() : Iterator();
+    }
+
+    /// Writes `key` behind the members that stand before it, in place of one that has this key.
+    void Begin(char const* key)
+    {
+        while (next != end && next->first < key)
+        {
+            WriteNext();
+        }
+        if (next != end && next->first == key)
+        {
+            ++next;
+        }
+        writer.NextMember(key);
+    }
+
+    /// Behind something else: a text stands behind the links.
+    void WriteRest()
+    {
+        while (next != end)
+        {
+            WriteNext();
+        }
+        if (auto const text = JsonText::TextOfPart(document); text.has_value() && *text != "{}")
+        {
+            writer.WriteJson(",");
+            writer.WriteJson(text->substr(1, text->size() - 2));
+        }
+    }
+
+    /// Whether a text is that of an object whose members all stand behind the links.
+    static bool MayBe(std::string_view text)
+    {
+        return text == "{}" || (text.starts_with("{\"") && text[2] > LINKS[0]);
+    }
+
+private:
+    using Iterator = Json::object_t::const_iterator;
+
+    void WriteNext()
+    {
+        writer.NextMember(next->first);
+        JsonText::Append(next->second, writer);
+        ++next;
+    }
+
+    Json const& document;
+    Writer& writer;
+    Iterator next;
+    Iterator end;
+};
+
+/// Adds to a list for as long as it lives.
+class Around final
+{
+public:
+    Around(std::vector<std::string const*>& usedPaths, std::string const& path) : paths(usedPaths)
+    {
+        paths.push_back(&path);
+    }
+
+    ~Around()
+    {
+        paths.pop_back();
+    }
+
+    Around(Around const&) = delete;
+    Around& operator=(Around const&) = delete;
+
+private:
+    std::vector<std::string const*>& paths;
+};
 
 } // namespace
 
-/// Where a walk through what is embedded stands.
-struct DocumentReader::Walk
+/// Writes one document with what it embeds. A part that fails takes what it has written back.
+class DocumentReader::Walk final
 {
-    Place place;                    // of the pass that is held
-    std::vector<std::string> paths; // from the document that was asked for down to this one
-    bool isForText = false;         // the document is only made to be written
+public:
+    Walk(DocumentReader const& usedReader, Place heldPlace, Writer& usedWriter)
+        : reader(usedReader), place(std::move(heldPlace)), writer(usedWriter)
+    {
+    }
+
+    /// `self` is how the document refers to itself.
+    void Show(Reference const& self, bool wantsSchema);
+    void ShowMatch(ResourceRouter::Match const& match, Reference const& self, bool wantsSchema);
+    void ShowUnderOwnPass(Reference const& self, bool wantsSchema);
+
+private:
+    void ShowObject(Json const& document, std::vector<Reference> const& references, Reference const& self);
+    void ShowLink(Reference const& reference);
+    void ShowEmbedded(Reference const& reference);
+    void ShowBefore(std::string const& document, Reference const& self);
+
+    DocumentReader const& reader;
+    Place const place; // of the pass that is held
+    Writer& writer;
+    std::vector<std::string const*> paths; // from the document that was asked for down to this one
 };
 
 DocumentReader::DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks,
-                               std::string newRelationTemplate)
-    : router(usedRouter), locks(usedLocks), relationTemplate(std::move(newRelationTemplate))
+                               std::string const& relationTemplate)
+    : router(usedRouter),
+      locks(usedLocks),
+      curie(relationTemplate.empty() ? nullptr : std::make_unique<Reference const>(CurieOf(relationTemplate))),
+      curieText(curie == nullptr ? "" : LinkTo(*curie).dump())
 {
 }
 
 DocumentReader::~DocumentReader() = default;
 
-Json DocumentReader::Read(std::string const& path, bool wantsSchema) const
+std::string DocumentReader::Read(std::string const& path, bool wantsSchema) const
 {
-    Walk walk{Place::Of(path), {}, false};
-    return Show(path, wantsSchema, walk);
+    Writer writer;
+    Walk(*this, Place::Of(path), writer).Show(SelfAt(path), wantsSchema);
+    return writer.Take();
 }
 
-std::string DocumentReader::ReadText(std::string const& path, bool wantsSchema) const
+std::string DocumentReader::Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const
 {
-    Walk walk{Place::Of(path), {}, true};
-    return JsonText::Write(Show(path, wantsSchema, walk));
-}
-
-std::string DocumentReader::ReadText(ResourceRouter::Match const& match, std::string const& path,
-                                     bool wantsSchema) const
-{
-    Walk walk{Place::Of(path), {}, true};
-    return JsonText::Write(ShowMatch(match, path, wantsSchema, walk));
+    Writer writer;
+    Walk(*this, Place::Of(path), writer).ShowMatch(match, SelfAt(path), wantsSchema);
+    return writer.Take();
 }
 
 Json DocumentReader::ReadFromInside(std::string const& path, bool wantsSchema) const
 {
-    Walk walk;
-    return ShowUnderOwnPass(path, wantsSchema, walk);
+    Writer writer;
+    Walk(*this, {}, writer).ShowUnderOwnPass(SelfAt(path), wantsSchema);
+    return Json::parse(writer.Take());
 }
 
-Json DocumentReader::Show(std::string const& path, bool wantsSchema, Walk& walk) const
+void DocumentReader::Walk::Show(Reference const& self, bool wantsSchema)
 {
-    auto const match = router.Find(path);
+    auto const match = reader.router.Find(self.path);
     if (!match.has_value())
     {
-        ZU_THROW(Zu::Status::NOT_FOUND, "There is no resource at %s.", path.c_str());
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no resource at %s.", self.path.c_str());
     }
-    return ShowMatch(*match, path, wantsSchema, walk);
+    ShowMatch(*match, self, wantsSchema);
 }
 
-Json DocumentReader::ShowMatch(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
-                               Walk& walk) const
+void DocumentReader::Walk::ShowMatch(ResourceRouter::Match const& match, Reference const& self, bool wantsSchema)
 {
     IDocumentResource* const face = match.resource->DocumentProvider();
     if (face == nullptr)
     {
-        ZU_THROW(Zu::Status::NOT_UPDATABLE, "The resource at %s has no document.", path.c_str());
+        ZU_THROW(Zu::Status::NOT_UPDATABLE, "The resource at %s has no document.", self.path.c_str());
     }
     ResponseInfo response;
-    RequestInfo request(path, match.keys, wantsSchema);
-    request.isForText = walk.isForText;
+    RequestInfo request(self.path, match.keys, wantsSchema);
+    request.isForText = true;
     Json document = face->Document(request, response);
-    if (document.is_null())
+    auto text = JsonText::TextOfPart(document);
+    if (text.has_value() && !Members::MayBe(*text))
     {
-        document = Json::object(); // what it belongs to is worth a document of its own
+        document = Json::parse(*text);
+        text.reset();
     }
-    if (document.is_object())
+    if (document.is_null() || document.is_object() || text.has_value())
     {
-        walk.paths.push_back(path);
-        AddReferences(document, response.References(), walk);
-        walk.paths.pop_back();
+        Around const around(paths, self.path);
+        ShowObject(document, response.References(), self);
     }
-    return document;
+    else
+    {
+        JsonText::Append(document, writer);
+    }
 }
 
-void DocumentReader::AddReferences(Json& document, std::vector<Reference> const& references, Walk& walk) const
+void DocumentReader::Walk::ShowObject(Json const& document, std::vector<Reference> const& references,
+                                      Reference const& self)
 {
-    if (walk.isForText && references.empty())
-    {
-        document["_links"] = SelfAsText(walk.paths.back());
-        return;
-    }
-    Json links{{"self", LinkTo(walk.paths.back(), nullptr)}};
-    Json embedded = Json::object();
+    References links{&self};
+    References embedded;
     bool isNamed = false;
     for (Reference const& reference : references)
     {
         isNamed = isNamed || reference.key.starts_with(RELATION_PREFIX);
-        if (reference.isEmbedded)
+        (reference.isEmbedded ? embedded : links).push_back(&reference);
+    }
+    if (isNamed && reader.curie != nullptr)
+    {
+        links.push_back(reader.curie.get());
+    }
+    Members members(document, writer);
+    writer.BeginObject();
+    if (!embedded.empty())
+    {
+        members.Begin(EMBEDDED);
+        WriteByKey(std::move(embedded), writer, [this](Reference const& reference) { ShowEmbedded(reference); });
+    }
+    members.Begin(LINKS);
+    WriteByKey(std::move(links), writer, [this](Reference const& reference) { ShowLink(reference); });
+    members.WriteRest();
+    writer.EndObject();
+}
+
+void DocumentReader::Walk::ShowLink(Reference const& reference)
+{
+    if (&reference == reader.curie.get())
+    {
+        writer.WriteJson(reader.curieText);
+    }
+    else if (reference.extra.is_object())
+    {
+        JsonText::Append(LinkTo(reference), writer);
+    }
+    else
+    {
+        writer.BeginObject();
+        writer.NextMember("href");
+        writer.WriteString(reference.path);
+        writer.EndObject();
+    }
+}
+
+void DocumentReader::Walk::ShowEmbedded(Reference const& reference)
+{
+    bool const isAroundUs = std::ranges::any_of(paths, [&](auto const* path) { return *path == reference.path; });
+    if (isAroundUs || paths.size() == DEEPEST)
+    {
+        JsonText::Append(AddressOf(reference), writer);
+        return;
+    }
+    std::size_t const begin = writer.Size();
+    try
+    {
+        Reference const self = SelfAt(reference.path, reference.extra);
+        if (Place::Of(reference.path) == place)
         {
-            Put(embedded, reference, ShowEmbedded(reference, walk));
+            Show(self, false);
         }
         else
         {
-            Put(links, reference, LinkTo(reference.path, reference.extra));
+            ShowUnderOwnPass(self, false);
         }
-    }
-    if (isNamed && !relationTemplate.empty())
-    {
-        links["curies"] = Json::array({{{"name", "zu"}, {"href", relationTemplate}, {"templated", true}}});
-    }
-    document["_links"] = std::move(links);
-    if (!embedded.empty())
-    {
-        document["_embedded"] = std::move(embedded);
-    }
-}
-
-Json DocumentReader::ShowEmbedded(Reference const& reference, Walk& walk) const
-{
-    auto const addressAlone = [&reference] {
-        return Json{{"_links", {{"self", LinkTo(reference.path, reference.extra)}}}};
-    };
-    bool const isAroundUs = std::find(walk.paths.begin(), walk.paths.end(), reference.path) != walk.paths.end();
-    if (isAroundUs || walk.paths.size() == DEEPEST)
-    {
-        return addressAlone();
-    }
-    try
-    {
-        Json shown = Place::Of(reference.path) == walk.place ? Show(reference.path, false, walk)
-                                                             : ShowUnderOwnPass(reference.path, false, walk);
-        if (shown.is_object() && reference.extra.is_object())
-        {
-            shown["_links"]["self"] = LinkTo(reference.path, reference.extra);
-        }
-        return shown;
     }
     catch (std::exception const& exception)
     {
-        Json shown = addressAlone();
+        writer.Cut(begin);
+        Json shown = AddressOf(reference);
         shown["problem"] = Problem::Of(exception, "GET", reference.path).ToJson();
-        return shown;
+        JsonText::Append(shown, writer);
     }
 }
 
-Json DocumentReader::ShowUnderOwnPass(std::string const& path, bool wantsSchema, Walk& walk) const
+void DocumentReader::Walk::ShowUnderOwnPass(Reference const& self, bool wantsSchema)
 {
-    Place const place = Place::Of(path);
-    bool const takesBefore = Place::IsHead(path);
-    ResourceLocks::InnerPass const inner = locks.EnterInner(place, takesBefore, PATIENCE_USEC);
+    Place const ownPlace = Place::Of(self.path);
+    bool const takesBefore = Place::IsHead(self.path);
+    ResourceLocks::InnerPass const inner = reader.locks.EnterInner(ownPlace, takesBefore, PATIENCE_USEC);
     if (inner.before != nullptr)
     {
-        return *inner.before;
+        ShowBefore(*inner.before, self);
+        return;
     }
     if (inner.pass == nullptr)
     {
-        ZU_THROW(Zu::Status::BUSY, "The resource at %s is being changed.", path.c_str());
+        ZU_THROW(Zu::Status::BUSY, "The resource at %s is being changed.", self.path.c_str());
     }
-    Walk beneath{place, walk.paths, walk.isForText};
-    return Show(path, wantsSchema, beneath);
+    Walk beneath(reader, ownPlace, writer);
+    beneath.paths = paths;
+    beneath.Show(self, wantsSchema);
+}
+
+void DocumentReader::Walk::ShowBefore(std::string const& document, Reference const& self)
+{
+    if (!self.extra.is_object())
+    {
+        writer.WriteJson(document);
+        return;
+    }
+    Json shown = Json::parse(document);
+    if (shown.is_object())
+    {
+        shown[LINKS]["self"] = LinkTo(self);
+    }
+    JsonText::Append(shown, writer);
 }
 
 } // namespace ZuRest

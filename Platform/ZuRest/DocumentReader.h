@@ -4,9 +4,9 @@
 #include "ZuRest/ResourceRouter.h"
 #include "wApi/wExport.h"
 
+#include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <vector>
 
 namespace ZuRest
 {
@@ -24,40 +24,31 @@ public:
     /// How long a read from the inside waits for the end of a change.
     static constexpr uint64 PATIENCE_USEC = 1'000'000;
 
-    /// `newRelationTemplate` says where the meaning of a relation is told ("/relations/{rel}"); empty for nowhere. Router and
+    /// `relationTemplate` says where the meaning of a relation is told ("/relations/{rel}"); empty for nowhere. Router and
     /// locks outlive this.
-    DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks, std::string newRelationTemplate);
+    DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks, std::string const& relationTemplate);
     ~DocumentReader();
 
     DocumentReader(DocumentReader const&) = delete;
     DocumentReader& operator=(DocumentReader const&) = delete;
 
-    /// The document at `path`, for one who has a pass for its place. Throws what the resource throws, and -999 when there is
-    /// none; -983 for one without a document.
-    nlohmann::json Read(std::string const& path, bool wantsSchema) const;
-
-    /// The same as text, in less time.
-    std::string ReadText(std::string const& path, bool wantsSchema) const;
+    /// The document at `path` as it goes over the wire, for one who has a pass for its place. Throws what the resource throws,
+    /// and -999 when there is none; -983 for one without a document.
+    std::string Read(std::string const& path, bool wantsSchema) const;
 
     /// The same for one who has found the resource already.
-    std::string ReadText(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
+    std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
 
-    /// The same for one who has none. Throws -976 when a change of the place does not end.
+    /// The document for one who has no pass. Throws -976 when a change of the place does not end.
     nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
 
 private:
-    struct Walk;
-
-    nlohmann::json Show(std::string const& path, bool wantsSchema, Walk& walk) const;
-    nlohmann::json ShowMatch(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
-                             Walk& walk) const;
-    nlohmann::json ShowEmbedded(Reference const& reference, Walk& walk) const;
-    nlohmann::json ShowUnderOwnPass(std::string const& path, bool wantsSchema, Walk& walk) const;
-    void AddReferences(nlohmann::json& document, std::vector<Reference> const& references, Walk& walk) const;
+    class Walk;
 
     ResourceRouter const& router;
     ResourceLocks& locks;
-    std::string const relationTemplate;
+    std::unique_ptr<Reference const> const curie; // where the meaning of relations is told; null for nowhere
+    std::string const curieText;                  // of the same
 };
 
 } // namespace ZuRest

@@ -29,7 +29,8 @@ protected:
     /// The values of `node`. When the request asks for the schema an object has it too, under "_schema".
     static nlohmann::json NodeToJson(Zu::Properties::Node const& node, RequestInfo const& request);
 
-    /// The same for a node that is a part of the document: something that only stands for it where that will do.
+    /// The same for a node that nobody looks into on its way to the client, the whole document or a part of it: something that
+    /// only stands for it where that will do.
     static nlohmann::json PartToJson(Zu::Properties::Node const& node, RequestInfo const& request);
 
     /// The same for a list of nodes, in order; none may be null.

@@ -7,17 +7,16 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <utility>
 
 namespace ZuRest::JsonText
 {
+
+using Writer = Zu::Properties::JsonTextWriter;
 
 namespace
 {
 
 constexpr uint8 PART_SUBTYPE = 0x54; // of binary values, which JSON has not got: those hold text
-constexpr std::size_t USUAL_PART_BYTES = 200;
-constexpr std::size_t USUAL_BYTES = 1000; // of a document: more is dearer to get from the heap than to grow to
 
 /// How deep the brackets of a text go that stand outside of strings.
 uint32 DepthOf(std::string_view text)
@@ -47,90 +46,27 @@ uint32 DepthOf(std::string_view text)
     return deepest;
 }
 
-/// Appends the text of a document, with the parts that are text already as they are.
-class TextWriter final
+void AppendObject(nlohmann::json::object_t const& members, Writer& writer)
 {
-public:
-    explicit TextWriter(std::string& writtenText) : text(writtenText), writer(writtenText)
+    writer.BeginObject();
+    for (auto const& [key, value] : members)
     {
+        writer.NextMember(key);
+        Append(value, writer);
     }
+    writer.EndObject();
+}
 
-    void Write(nlohmann::json const& value)
+void AppendArray(nlohmann::json::array_t const& elements, Writer& writer)
+{
+    writer.BeginArray();
+    for (nlohmann::json const& element : elements)
     {
-        switch (value.type())
-        {
-        case nlohmann::json::value_t::object:
-            WriteObject(*value.get_ptr<nlohmann::json::object_t const*>());
-            break;
-        case nlohmann::json::value_t::array:
-            WriteArray(*value.get_ptr<nlohmann::json::array_t const*>());
-            break;
-        case nlohmann::json::value_t::string:
-            writer.WriteString(*value.get_ptr<std::string const*>());
-            break;
-        case nlohmann::json::value_t::number_integer:
-            writer.WriteInt64(*value.get_ptr<nlohmann::json::number_integer_t const*>());
-            break;
-        case nlohmann::json::value_t::number_unsigned:
-            writer.WriteUint64(*value.get_ptr<nlohmann::json::number_unsigned_t const*>());
-            break;
-        case nlohmann::json::value_t::boolean:
-            writer.WriteBool(*value.get_ptr<nlohmann::json::boolean_t const*>());
-            break;
-        case nlohmann::json::value_t::binary:
-            WriteBinary(value);
-            break;
-        default:
-            writer.WriteAsLibrary(value);
-            break;
-        }
+        writer.NextElement();
+        Append(element, writer);
     }
-
-private:
-    void WriteObject(nlohmann::json::object_t const& members)
-    {
-        text.push_back('{');
-        bool isFirst = true;
-        for (auto const& [key, value] : members)
-        {
-            if (!std::exchange(isFirst, false))
-            {
-                text.push_back(',');
-            }
-            writer.WriteString(key);
-            text.push_back(':');
-            Write(value);
-        }
-        text.push_back('}');
-    }
-
-    void WriteArray(nlohmann::json::array_t const& elements)
-    {
-        writer.BeginArray();
-        for (nlohmann::json const& element : elements)
-        {
-            writer.NextElement();
-            Write(element);
-        }
-        writer.EndArray();
-    }
-
-    void WriteBinary(nlohmann::json const& value)
-    {
-        auto const& bytes = value.get_binary();
-        if (bytes.has_subtype() && bytes.subtype() == PART_SUBTYPE)
-        {
-            text.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
-        }
-        else
-        {
-            writer.WriteAsLibrary(value);
-        }
-    }
-
-    std::string& text;
-    Zu::Properties::JsonTextWriter writer;
-};
+    writer.EndArray();
+}
 
 } // namespace
 
@@ -158,41 +94,83 @@ nlohmann::json Read(std::string_view text)
     }
 }
 
+void Append(nlohmann::json const& value, Writer& writer)
+{
+    switch (value.type())
+    {
+    case nlohmann::json::value_t::object:
+        AppendObject(*value.get_ptr<nlohmann::json::object_t const*>(), writer);
+        break;
+    case nlohmann::json::value_t::array:
+        AppendArray(*value.get_ptr<nlohmann::json::array_t const*>(), writer);
+        break;
+    case nlohmann::json::value_t::string:
+        writer.WriteString(*value.get_ptr<std::string const*>());
+        break;
+    case nlohmann::json::value_t::number_integer:
+        writer.WriteInt64(*value.get_ptr<nlohmann::json::number_integer_t const*>());
+        break;
+    case nlohmann::json::value_t::number_unsigned:
+        writer.WriteUint64(*value.get_ptr<nlohmann::json::number_unsigned_t const*>());
+        break;
+    case nlohmann::json::value_t::boolean:
+        writer.WriteBool(*value.get_ptr<nlohmann::json::boolean_t const*>());
+        break;
+    default:
+        if (auto const part = TextOfPart(value))
+        {
+            writer.WriteJson(*part);
+        }
+        else
+        {
+            writer.WriteAsLibrary(value);
+        }
+        break;
+    }
+}
+
 std::string Write(nlohmann::json const& document)
 {
-    std::string text;
-    text.reserve(USUAL_BYTES);
-    TextWriter(text).Write(document);
-    return text;
+    Writer writer;
+    Append(document, writer);
+    return writer.Take();
 }
 
 nlohmann::json PartOf(Zu::Properties::Node const& node)
 {
-    std::string text;
-    text.reserve(USUAL_PART_BYTES);
-    Zu::Properties::JsonTextSerializer::Append(node, text);
-    return PartOfText(text);
+    Writer writer;
+    Zu::Properties::JsonTextSerializer(writer).Write(node);
+    return PartOfText(writer.Take());
 }
 
 nlohmann::json PartOfList(std::vector<Zu::Properties::Node const*> const& nodes)
 {
-    std::string text;
-    text.reserve(USUAL_PART_BYTES * nodes.size());
-    Zu::Properties::JsonTextWriter writer(text);
+    Writer writer;
+    Zu::Properties::JsonTextSerializer serializer(writer);
     writer.BeginArray();
     for (Zu::Properties::Node const* const node : nodes)
     {
         writer.NextElement();
-        Zu::Properties::JsonTextSerializer::Append(*node, text);
+        serializer.Write(*node);
     }
     writer.EndArray();
-    return PartOfText(text);
+    return PartOfText(writer.Take());
 }
 
 nlohmann::json PartOfText(std::string_view text)
 {
     auto const* const bytes = reinterpret_cast<uint8 const*>(text.data());
     return nlohmann::json::binary({bytes, bytes + text.size()}, PART_SUBTYPE);
+}
+
+std::optional<std::string_view> TextOfPart(nlohmann::json const& value)
+{
+    if (!value.is_binary() || !value.get_binary().has_subtype() || value.get_binary().subtype() != PART_SUBTYPE)
+    {
+        return std::nullopt;
+    }
+    auto const& bytes = value.get_binary();
+    return std::string_view(reinterpret_cast<char const*>(bytes.data()), bytes.size());
 }
 
 } // namespace ZuRest::JsonText

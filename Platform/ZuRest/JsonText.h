@@ -4,14 +4,16 @@
 #include "wApi/wTypes.h"
 
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Zu::Properties
 {
+class JsonTextWriter;
 class Node;
-}
+} // namespace Zu::Properties
 
 /// JSON to text and back, as it goes over the wire.
 namespace ZuRest::JsonText
@@ -26,7 +28,10 @@ ZUPLATFORM_API nlohmann::json Read(std::string_view text);
 /// One line; what is no UTF-8 is replaced. The parts that `PartOf` has made stand in it as the nodes that they are of.
 ZUPLATFORM_API std::string Write(nlohmann::json const& document);
 
-/// A value that stands for a node in a document which is only made to be written: its text. Nothing but `Write` knows it.
+/// The same behind what `writer` has written.
+void Append(nlohmann::json const& value, Zu::Properties::JsonTextWriter& writer);
+
+/// A value that stands for a node in a document which is only made to be written: its text. Nobody but this knows it.
 ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
 
 /// The same for a list of nodes, none of which is null.
@@ -34,5 +39,8 @@ nlohmann::json PartOfList(std::vector<Zu::Properties::Node const*> const& nodes)
 
 /// The same for what is JSON text already.
 nlohmann::json PartOfText(std::string_view text);
+
+/// The text of such a value; nothing for any other.
+std::optional<std::string_view> TextOfPart(nlohmann::json const& value);
 
 } // namespace ZuRest::JsonText

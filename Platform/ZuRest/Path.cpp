@@ -2,6 +2,8 @@
 
 #include "ZuApi/Exception.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <string_view>
 
@@ -11,37 +13,55 @@ namespace ZuRest
 namespace
 {
 
-/// Whether a character stands for itself in a segment of a path (RFC 3986, pchar).
-bool IsPlain(char character)
-{
-    constexpr std::string_view MARKS = "-._~!$&'()*+,;=:@";
-    bool const isLetter = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-    bool const isDigit = character >= '0' && character <= '9';
-    return isLetter || isDigit || MARKS.find(character) != std::string_view::npos;
-}
+/// Which characters stand for themselves in a segment of a path (RFC 3986, pchar).
+constexpr std::array<bool, 256> PLAIN = [] {
+    std::array<bool, 256> plain{};
+    for (unsigned char const mark : std::string_view("-._~!$&'()*+,;=:@"))
+    {
+        plain[mark] = true;
+    }
+    for (unsigned i = 0; i < 26; ++i)
+    {
+        plain['a' + i] = plain['A' + i] = true;
+    }
+    for (unsigned i = 0; i < 10; ++i)
+    {
+        plain['0' + i] = true;
+    }
+    return plain;
+}();
 
 void AppendEscaped(std::string& path, std::string_view value)
 {
     constexpr char const* DIGITS = "0123456789ABCDEF";
-    for (char const character : value)
+    while (!value.empty())
     {
-        if (IsPlain(character))
+        auto const isPlain = [](char character) { return PLAIN[static_cast<unsigned char>(character)]; };
+        auto const plain = static_cast<std::size_t>(std::ranges::find_if_not(value, isPlain) - value.begin());
+        path.append(value.substr(0, plain));
+        value.remove_prefix(plain);
+        if (!value.empty())
         {
-            path.push_back(character);
-            continue;
+            auto const byte = static_cast<unsigned char>(value.front());
+            path.push_back('%');
+            path.push_back(DIGITS[byte >> 4U]);
+            path.push_back(DIGITS[byte & 0xFU]);
+            value.remove_prefix(1);
         }
-        auto const byte = static_cast<unsigned char>(character);
-        path.push_back('%');
-        path.push_back(DIGITS[byte >> 4U]);
-        path.push_back(DIGITS[byte & 0xFU]);
     }
 }
 
 } // namespace
 
-std::string Path::Format(std::string const& routeTemplate, std::initializer_list<std::string> values)
+std::string Path::Format(std::string_view routeTemplate, std::initializer_list<std::string_view> values)
 {
     std::string path;
+    std::size_t bytes = routeTemplate.size(); // more than it takes, unless much has to be escaped
+    for (std::string_view const value : values)
+    {
+        bytes += value.size();
+    }
+    path.reserve(bytes);
     auto value = values.begin();
     bool fits = true;
     for (std::string_view rest = routeTemplate; !rest.empty();)
@@ -63,7 +83,8 @@ std::string Path::Format(std::string const& routeTemplate, std::initializer_list
     }
     if (!fits || value != values.end())
     {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' does not take %zu values", routeTemplate.c_str(), values.size());
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' does not take %zu values", std::string(routeTemplate).c_str(),
+                 values.size());
     }
     return path;
 }

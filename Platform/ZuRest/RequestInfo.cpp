@@ -1,5 +1,6 @@
 #include "ZuRest/RequestInfo.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ZuRest
@@ -18,7 +19,7 @@ RequestInfo::~RequestInfo() = default;
 
 std::string const* RequestInfo::FindKey(std::string const& name) const
 {
-    auto const found = keys.find(name);
+    auto const found = std::ranges::find(keys, name, &Keys::value_type::first);
     return found != keys.end() ? &found->second : nullptr;
 }
 

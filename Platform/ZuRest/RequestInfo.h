@@ -2,8 +2,9 @@
 
 #include "wApi/wExport.h"
 
-#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace ZuRest
 {
@@ -11,7 +12,7 @@ namespace ZuRest
 /// What a resource is told of the request that it answers.
 struct ZUPLATFORM_API RequestInfo
 {
-    using Keys = std::map<std::string, std::string>;
+    using Keys = std::vector<std::pair<std::string, std::string>>; ///< name and value, few
 
     RequestInfo();
     RequestInfo(std::string requestPath, Keys routeKeys, bool schemaAskedFor);
@@ -25,7 +26,7 @@ struct ZUPLATFORM_API RequestInfo
     std::string path; ///< as the client wrote it, percent-encoded, without the query
     Keys keys;
     bool wantsSchema = false;
-    bool isForText = false; ///< the document is only made to be written: parts of it may be text already
+    bool isForText = false; ///< the document is only made to be written: it, or parts of it, may be text already
 };
 
 } // namespace ZuRest

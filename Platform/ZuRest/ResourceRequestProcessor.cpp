@@ -122,10 +122,10 @@ ResourceLocks::Mode ModeOf(std::string const& method)
 
 } // namespace
 
-ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate,
-                                                   ScopeMaker newMakeScope)
+ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter,
+                                                   std::string const& relationTemplate, ScopeMaker newMakeScope)
     : router(usedRouter),
-      reader(router, locks, std::move(relationTemplate)),
+      reader(router, locks, relationTemplate),
       makeScope(std::move(newMakeScope)),
       streamLock(std::make_shared<std::mutex>())
 {
@@ -332,7 +332,7 @@ Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Ma
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
 {
-    std::string body = reader.ReadText(match, request.path, WantsSchema(request.query));
+    std::string body = reader.Read(match, request.path, WantsSchema(request.query));
     std::string tag = EntityTag::Of(body);
     if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
     {
@@ -348,7 +348,7 @@ bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
         return true;
     }
     auto const isNamed = [&](bool wantsSchema) {
-        std::string const body = reader.ReadText(request.path, wantsSchema);
+        std::string const body = reader.Read(request.path, wantsSchema);
         return EntityTag::IsNamed(request.ifMatch, EntityTag::Of(body));
     };
     return isNamed(false) || isNamed(true); // a client may have read either
@@ -358,7 +358,7 @@ void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pas
 {
     try
     {
-        pass.ShowBeforeAt(place, std::make_shared<Json const>(reader.Read(place.HeadPath(), false)));
+        pass.ShowBeforeAt(place, std::make_shared<std::string const>(reader.Read(place.HeadPath(), false)));
     }
     catch (std::exception const&) // there is none: who reads meanwhile has to wait
     {

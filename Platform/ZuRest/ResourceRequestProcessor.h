@@ -45,7 +45,7 @@ public:
     using ScopeMaker = std::function<std::shared_ptr<void>()>;
 
     /// `relationTemplate` as for DocumentReader. The router outlives this.
-    explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string relationTemplate = {},
+    explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string const& relationTemplate = {},
                                       ScopeMaker newMakeScope = {});
     ~ResourceRequestProcessor() override;
 

@@ -4,8 +4,12 @@
 #include "ZuRest/Path.h"
 #include "wApi/wTypes.h"
 
+#include <boost/container/small_vector.hpp>
+
 #include <algorithm>
 #include <condition_variable>
+#include <forward_list>
+#include <map>
 #include <mutex>
 #include <set>
 #include <string_view>
@@ -17,10 +21,12 @@ namespace ZuRest
 namespace
 {
 
+using Segments = boost::container::small_vector<std::string_view, 8>;
+
 /// The segments of a path that begins with a slash; nothing for one that does not or has an empty segment.
-std::optional<std::vector<std::string_view>> SegmentsOf(std::string_view path)
+std::optional<Segments> SegmentsOf(std::string_view path)
 {
-    std::vector<std::string_view> segments;
+    Segments segments;
     if (!path.starts_with('/'))
     {
         return std::nullopt;
@@ -61,10 +67,8 @@ struct ResourceRouter::Entry
 /// A place in the tree of segments.
 struct ResourceRouter::Node
 {
-    using Values = std::vector<std::string>;
-
     /// The entry for the rest of a path, with the values of the keys on the way. A literal is tried before a key.
-    std::shared_ptr<Entry> Find(std::vector<std::string> const& segments, std::size_t position, Values& values) const
+    std::shared_ptr<Entry> Find(Segments const& segments, std::size_t position, Segments& values) const
     {
         if (position == segments.size())
         {
@@ -203,17 +207,23 @@ void ResourceRouter::Deregister(std::string const& route, bool subtree)
 
 std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& path) const
 {
-    auto const segments = SegmentsOf(path);
+    auto segments = SegmentsOf(path);
     if (!segments.has_value())
     {
         return std::nullopt;
     }
-    std::vector<std::string> decoded(segments->size());
-    std::ranges::transform(*segments, decoded.begin(), Path::Decoded);
+    std::forward_list<std::string> decoded; // of the few segments that have something to decode
+    for (std::string_view& segment : *segments)
+    {
+        if (segment.find('%') != std::string_view::npos)
+        {
+            segment = decoded.emplace_front(Path::Decoded(segment));
+        }
+    }
 
-    Node::Values values;
+    Segments values;
     std::unique_lock guard(state->lock);
-    std::shared_ptr<Entry> const entry = state->root.Find(decoded, 0, values);
+    std::shared_ptr<Entry> const entry = state->root.Find(*segments, 0, values);
     if (entry == nullptr)
     {
         return std::nullopt;
@@ -229,9 +239,10 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
         }
         shared->matchEnded.notify_all();
     });
+    match.keys.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
     {
-        match.keys.emplace(entry->keyNames[i], std::move(values[i]));
+        match.keys.emplace_back(entry->keyNames[i], values[i]);
     }
     return match;
 }

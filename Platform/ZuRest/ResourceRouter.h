@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ZuRest/RequestInfo.h"
 #include "wApi/wExport.h"
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +25,8 @@ public:
     struct Match
     {
         IResource* resource = nullptr;
-        std::map<std::string, std::string> keys; ///< the values of the route's keys, decoded
-        std::shared_ptr<void> lease;             ///< what the other side waits for
+        RequestInfo::Keys keys;      ///< the values of the route's keys, decoded, in the order of the route
+        std::shared_ptr<void> lease; ///< what the other side waits for
     };
 
     ResourceRouter();

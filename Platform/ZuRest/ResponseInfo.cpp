@@ -2,20 +2,33 @@
 
 #include "ZuRest/Reference.h"
 
+#include <utility>
+
 namespace ZuRest
 {
 
-ResponseInfo::ResponseInfo() = default;
-ResponseInfo::~ResponseInfo() = default;
-
-void ResponseInfo::Embed(std::string const& key, std::string const& path, bool asList, nlohmann::json const& extra)
+namespace
 {
-    references.push_back({true, key, path, asList, extra});
+
+constexpr std::size_t USUAL_REFERENCES = 8;
+
+} // namespace
+
+ResponseInfo::ResponseInfo()
+{
+    references.reserve(USUAL_REFERENCES);
 }
 
-void ResponseInfo::Link(std::string const& key, std::string const& path, bool asList, nlohmann::json const& extra)
+ResponseInfo::~ResponseInfo() = default;
+
+void ResponseInfo::Embed(std::string key, std::string path, bool asList, nlohmann::json const& extra)
 {
-    references.push_back({false, key, path, asList, extra});
+    references.push_back({true, std::move(key), std::move(path), asList, extra});
+}
+
+void ResponseInfo::Link(std::string key, std::string path, bool asList, nlohmann::json const& extra)
+{
+    references.push_back({false, std::move(key), std::move(path), asList, extra});
 }
 
 std::vector<Reference> const& ResponseInfo::References() const

@@ -25,10 +25,10 @@ public:
 
     /// The response shows the document of the resource at `path` inline under `key`; with `asList` the key is a list, also
     /// with one member. `extra` is null, or an object whose members stand beside the address of the resource.
-    void Embed(std::string const& key, std::string const& path, bool asList, nlohmann::json const& extra);
+    void Embed(std::string key, std::string path, bool asList, nlohmann::json const& extra);
 
     /// As `Embed`, with the address alone.
-    void Link(std::string const& key, std::string const& path, bool asList, nlohmann::json const& extra);
+    void Link(std::string key, std::string path, bool asList, nlohmann::json const& extra);
 
     std::vector<Reference> const& References() const;
 

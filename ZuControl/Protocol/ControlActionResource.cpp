@@ -69,7 +69,7 @@ nlohmann::json ControlActionResource::ReadOne(ZuRest::RequestInfo const& request
 {
     IControlActionTarget const& target = ActionTarget(ResolveToInstance(RequireKey(request, "protocol")));
     std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
-    return NodeToJson(ActionProperties(command, *params), request);
+    return PartToJson(ActionProperties(command, *params), request);
 }
 
 IControlActionTarget& ControlActionResource::ActionTarget(IControlInstance& instance)

@@ -99,7 +99,7 @@ nlohmann::json ControlOutputsActionResource::ReadOne(IControlActionTarget const&
                                                      ZuRest::RequestInfo const& request, std::string const& command)
 {
     std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
-    return NodeToJson(OutputsActionProperties(command, *params), request);
+    return PartToJson(OutputsActionProperties(command, *params), request);
 }
 
 IControlActionTarget& ControlOutputsActionResource::ActionTarget(IControlInstance const& instance)

@@ -51,7 +51,7 @@ nlohmann::json ControlOutputsResource::Document(ZuRest::RequestInfo const& reque
     {
         instance.OutputsMapBeginLock(); // does nothing for a protocol without a map, which is refused right behind it
         isLocked = true;
-        nlohmann::json document = NodeToJson(instance.OutputsMap(), request);
+        nlohmann::json document = PartToJson(instance.OutputsMap(), request);
         isLocked = false;
         instance.OutputsMapEndLock();
         LinkActions(instance, name, response);

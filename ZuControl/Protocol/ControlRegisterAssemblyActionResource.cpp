@@ -106,7 +106,7 @@ nlohmann::json ControlRegisterAssemblyActionResource::ReadOne(IControlActionTarg
                                                               std::string const& command)
 {
     std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
-    return NodeToJson(RegisterAssemblyActionProperties(command, *params), request);
+    return PartToJson(RegisterAssemblyActionProperties(command, *params), request);
 }
 
 } // namespace ZuControl::Protocol

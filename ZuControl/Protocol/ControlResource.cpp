@@ -161,7 +161,7 @@ nlohmann::json ControlResource::ReadOne(ZuRest::RequestInfo const& request, ZuRe
     LinkActions(instance, name, response);
     Fill(properties, instance);
     properties.ShowParameters(ParametersOf(instance));
-    return NodeToJson(properties, request);
+    return PartToJson(properties, request);
 }
 
 void ControlResource::RegisterParamUpdateEvent()

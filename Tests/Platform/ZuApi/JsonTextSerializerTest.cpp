@@ -1,12 +1,14 @@
 #include "ZuApi/JsonTextSerializer.h"
 
 #include "ZuApi/JsonSerializer.h"
+#include "ZuApi/JsonTextWriter.h"
 #include "ZuApi/Params/Palette.h"
 #include "ZuApi/ReferenceArray.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <limits>
 
 namespace Zu::Properties
@@ -47,9 +49,10 @@ struct Nest : Structure
 
 std::string TextOf(Node const& node)
 {
-    std::string text = "before ";
-    JsonTextSerializer::Append(node, text);
-    return text;
+    JsonTextWriter writer;
+    writer.WriteJson("before ");
+    JsonTextSerializer(writer).Write(node);
+    return writer.Take();
 }
 
 std::string DumpOf(Node const& node)
@@ -106,6 +109,41 @@ TEST(JsonTextSerializer, WritesStructuresThatAreReferredTo)
 
     EXPECT_EQ(TextOf(array), DumpOf(array));
     EXPECT_EQ(TextOf(array).rfind("before [{},{", 0), 0u);
+}
+
+TEST(JsonTextSerializer, KeepsRecordsOfManyClassesApart)
+{
+    Value<uint32> number(7);
+    std::array<Structure, 7> records{Structure(true), Structure(true), Structure(true), Structure(true),
+                                     Structure(true), Structure(true), Structure(true)};
+    for (std::size_t i = 0; i + 1 < records.size(); ++i)
+    {
+        records[i].Register("same", number);
+        records[i].Register("of " + std::to_string(i), number);
+        records[i].Register("inner", records[i + 1]); // each stands at every depth
+    }
+    Internal::ReferenceArray array;
+    for (std::size_t i = 0; i < 5 * records.size(); ++i)
+    {
+        array.Add(&records[3 * i % records.size()]);
+    }
+
+    EXPECT_EQ(TextOf(array), DumpOf(array));
+}
+
+TEST(JsonTextSerializer, LooksAtEachRecordForWhatIsWriteOnly)
+{
+    Nest open;
+    Nest closed;
+    closed.text.SetWriteOnly(true);
+    closed.inner.SetWriteOnly(true);
+    Internal::ReferenceArray array;
+    for (Nest* const one : {&open, &closed, &open})
+    {
+        array.Add(one);
+    }
+
+    EXPECT_EQ(TextOf(array), DumpOf(array));
 }
 
 TEST(JsonTextSerializer, LeavesWriteOnlyValuesOut)

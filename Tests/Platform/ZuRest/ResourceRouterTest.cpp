@@ -47,7 +47,7 @@ private:
     Notification event;
 };
 
-using Keys = std::map<std::string, std::string>;
+using Keys = RequestInfo::Keys;
 
 } // namespace
 

@@ -112,11 +112,11 @@ TEST_F(ControlRegisterAssemblyActionResourceTest, MissesServiceThenAssemblyThenC
     EXPECT_EQ(RefusalOf([&] { Read(keys); }), noService);
     EXPECT_EQ(RefusalOf([&] { resource.Invoke(Request(keys), {}); }), noService);
 
-    keys["protocol"] = "a";
+    keys.emplace_back("protocol", "a");
     EXPECT_EQ(RefusalOf([&] { Read(keys); }), noAssembly);
     EXPECT_EQ(RefusalOf([&] { resource.Invoke(Request(keys), {}); }), noAssembly);
 
-    keys["registerAssembly"] = "r";
+    keys.emplace_back("registerAssembly", "r");
     EXPECT_EQ(RefusalOf([&] { resource.Invoke(Request(keys), {}); }), (Refusal{-997, "Request is missing command"}));
 }
 
