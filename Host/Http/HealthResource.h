@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuRest/DocumentResourceBase.h"
+#include "ZuRest/IPromptResource.h"
 #include "wApi/wTypes.h"
 
 #include <functional>
@@ -11,11 +12,12 @@ namespace ZuHost
 {
 
 /// Tells that the host is there and answers, how long it has been there ("upTimeSec"), and what of it has died or stands still
-/// ("faults", a sentence each): "status" is "ok" without such and "faulty" with them.
-class HealthResource final : public ZuRest::DocumentResourceBase
+/// ("faults", a sentence each): "status" is "ok" without such and "faulty" with them. It answers whatever else is held up.
+class HealthResource final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
 {
 public:
-    /// Without `newFindFaults` nothing is ever found. What it needs outlives this; any thread may call it.
+    /// Without `newFindFaults` nothing is ever found. What it needs outlives this; any thread may call it, and
+    /// it waits for nobody.
     explicit HealthResource(std::function<std::vector<std::string>()> newFindFaults = nullptr);
     ~HealthResource() override;
 

@@ -313,12 +313,14 @@ std::optional<Outcome> HttpServer::Core::ProcessHere(Client const& client, ZuRes
         request, [&client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); });
 }
 
+/// What waits for nobody needs no worker, so that it is answered while all of them are held up.
 void HttpServer::Core::ProcessLater(Client const& client, ZuRest::Request request)
 {
+    bool const isPrompt = IsRead(request.method) && processor.IsPrompt(request.path);
     processor.ProcessLater(
         std::move(request),
         [client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); },
-        [this](auto next) { workers->Run(std::move(next)); },
+        [this, isPrompt](auto next) { isPrompt ? next() : workers->Run(std::move(next)); },
         [this, client](Outcome outcome) { GiveOutcome(client, std::move(outcome)); });
 }
 

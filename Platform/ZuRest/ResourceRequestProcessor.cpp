@@ -6,6 +6,7 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
 #include "ZuRest/JsonText.h"
@@ -154,6 +155,12 @@ std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::TryPr
         return std::nullopt;
     }
     return Carry(request, makeReceiver, *pass);
+}
+
+bool ResourceRequestProcessor::IsPrompt(std::string const& path) const
+{
+    auto const match = router.Find(path);
+    return match.has_value() && dynamic_cast<IPromptResource const*>(match->resource) != nullptr;
 }
 
 void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,

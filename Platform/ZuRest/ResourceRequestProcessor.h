@@ -62,6 +62,9 @@ public:
     /// The same when its turn is now; nothing, and nothing has happened, when it would have to wait for it.
     std::optional<Outcome> TryProcess(Request const& request, ReceiverMaker const& makeReceiver);
 
+    /// Whether the resource of a path is one that a read waits for nobody for (IPromptResource).
+    bool IsPrompt(std::string const& path) const;
+
     /// Has it carried out by `run` when its turn has come, without holding up a thread until then; `done` gets what came of
     /// it, on the thread that carried it out. This and `run` stand until then.
     void ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,

@@ -79,6 +79,9 @@ TEST_F(HostResourcesTest, TellsThatItIsThere)
     EXPECT_EQ(Read("/health").at("status"), "ok");
     EXPECT_EQ(Read("/health").at("faults"), Json::array());
     EXPECT_LT(Read("/health").at("upTimeSec").get<uint64>(), 60U);
+    EXPECT_TRUE(processor.IsPrompt("/health"));
+    EXPECT_FALSE(processor.IsPrompt("/problems"));
+    EXPECT_FALSE(processor.IsPrompt("/nowhere"));
 }
 
 TEST_F(HostResourcesTest, TellsWhatHasDiedOrStandsStill)

@@ -5,6 +5,8 @@
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
+#include "ZuRest/DocumentResourceBase.h"
+#include "ZuRest/IPromptResource.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 
 #include <gtest/gtest.h>
@@ -404,6 +406,52 @@ TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
         EXPECT_EQ(Json::parse(slow->ReadAnswer()->body).at("slow"), true);
         EXPECT_EQ(slow->Send("GET", "/thing")->status, 200U) << "the connection goes on";
     }
+}
+
+TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
+{
+    class Prompt final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
+    {
+    public:
+        Json Document(ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) override
+        {
+            return {{"prompt", true}};
+        }
+    } prompt;
+    router.Register("/prompt", prompt);
+    constexpr unsigned READS = WorkerPool::THREADS - 1; // all but the one that does the I/O
+    Latch finish;
+    std::list<Latch> entered(READS);
+    std::atomic<unsigned> reads = 0;
+    Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        if (unsigned const read = reads++; read < READS) // the change reads it too, when its turn comes
+        {
+            std::next(entered.begin(), read)->Open();
+            EXPECT_TRUE(finish.Wait());
+        }
+        return Json();
+    };
+    Start();
+    for (Latch& one : entered)
+    {
+        Connect().Write("GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        EXPECT_TRUE(one.Wait());
+    }
+    TestConnection& waiting = Connect();
+    waiting.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    TestConnection& waitingForItsTurn = Connect();
+    waitingForItsTurn.Write("PUT /slow HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
+
+    for (unsigned i = 0; i < 10; ++i)
+    {
+        EXPECT_EQ(Json::parse(Connect().Send("GET", "/prompt")->body).at("prompt"), true);
+    }
+    finish.Open();
+
+    EXPECT_EQ(waiting.ReadAnswer()->status, 200U);
+    EXPECT_EQ(waitingForItsTurn.ReadAnswer()->status, 405U);
+    server.Stop();
+    router.Deregister("/prompt", false);
 }
 
 TEST_F(HttpServerTest, SendsTheAnswersThatItHasGatheredAlsoWhenAReadIsHeldUp)

@@ -1,0 +1,8 @@
+#include "ZuRest/IPromptResource.h"
+
+namespace ZuRest
+{
+
+IPromptResource::~IPromptResource() = default;
+
+} // namespace ZuRest

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "wApi/wExport.h"
+
+namespace ZuRest
+{
+
+/// Tells of a resource that its documents are at hand: to read one waits for nobody, no plug-in and no lock that is held for
+/// long. So it is read also when every thread that may wait does. A resource has it by deriving from it beside its other
+/// bases.
+class ZUPLATFORM_API IPromptResource
+{
+public:
+    virtual ~IPromptResource();
+};
+
+} // namespace ZuRest
