@@ -16,8 +16,8 @@ namespace ZuHost
 class HealthResource final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
 {
 public:
-    /// Without `newFindFaults` nothing is ever found. What it needs outlives this; any thread may call it, and
-    /// it waits for nobody.
+    /// Without `newFindFaults` nothing is ever found. What it needs outlives this. Any thread may call it, and it
+    /// waits for nobody.
     explicit HealthResource(std::function<std::vector<std::string>()> newFindFaults = nullptr);
     ~HealthResource() override;
 

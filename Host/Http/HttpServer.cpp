@@ -13,13 +13,13 @@
 #include <utility> // Asio of this version relies on it and does not include it
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/circular_buffer.hpp>
 
 #include <array>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
 #include <ctime>
-#include <deque>
 #include <future>
 #include <mutex>
 #include <netinet/tcp.h>
@@ -38,6 +38,7 @@ using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 namespace
 {
 
+constexpr std::size_t MAX_UNSENT = 64;
 constexpr uint64 MAX_UNSENT_USEC = 200; // the time to make a few documents
 constexpr uint64 ACCEPT_RETRY_USEC = 100'000;
 constexpr uint64 MAX_REFUSED = 64; // connections beyond the cap that are told so; more are closed at once
@@ -186,7 +187,7 @@ private:
     uint64 acceptAgainUsec = wTIMEOUT_INFINITE;
     uint64 nextSweepUsec = 0;
     std::unordered_set<Client> connections;
-    std::deque<Client> unsent; // their answers are ready
+    boost::circular_buffer<Client> unsent{MAX_UNSENT}; // their answers are ready
     uint64 unsentSinceUsec = 0;
     std::string date = DateText();
 
@@ -354,7 +355,7 @@ void HttpServer::Core::CountEnded()
 /// gathered, so that those who come to one client, or to one machine, wake it once.
 void HttpServer::Core::SendSoon(Client const& client)
 {
-    if (unsent.empty() && !loop.HasReady())
+    if ((unsent.empty() && !loop.HasReady()) || unsent.full())
     {
         client->SendNow();
         return;

@@ -30,8 +30,8 @@ struct JsonTextSerializer::Shape
         {
             members.push_back({children[place].key, place, 0, 0});
         }
-        std::ranges::sort(
-            members, {}, [](Member const& member) -> auto& { return member.key.Get(); });
+        std::ranges::sort(members,
+                          [](Member const& one, Member const& other) { return one.key.Get() < other.key.Get(); });
         for (Member& member : members)
         {
             member.labelBegin = labels.Size();
