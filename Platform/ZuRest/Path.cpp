@@ -16,9 +16,9 @@ namespace
 /// Which characters stand for themselves in a segment of a path (RFC 3986, pchar).
 constexpr std::array<bool, 256> PLAIN = [] {
     std::array<bool, 256> plain{};
-    for (unsigned char const mark : std::string_view("-._~!$&'()*+,;=:@"))
+    for (char const mark : std::string_view("-._~!$&'()*+,;=:@"))
     {
-        plain[mark] = true;
+        plain[static_cast<unsigned char>(mark)] = true;
     }
     for (unsigned i = 0; i < 26; ++i)
     {
