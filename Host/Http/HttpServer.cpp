@@ -5,6 +5,7 @@
 #include "Host/Http/IHttpService.h"
 #include "Host/Http/IIoUser.h"
 #include "Host/Http/IoLoop.h"
+#include "Host/Http/UnsentAnswers.h"
 #include "Host/Http/WorkerPool.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/HttpStatus.h"
@@ -13,7 +14,6 @@
 #include <utility> // Asio of this version relies on it and does not include it
 
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/circular_buffer.hpp>
 
 #include <array>
 #include <cerrno>
@@ -38,8 +38,6 @@ using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 namespace
 {
 
-constexpr std::size_t MAX_UNSENT = 64;
-constexpr uint64 MAX_UNSENT_USEC = 200; // the time to make a few documents
 constexpr uint64 ACCEPT_RETRY_USEC = 100'000;
 constexpr uint64 MAX_REFUSED = 64; // connections beyond the cap that are told so; more are closed at once
 
@@ -164,7 +162,6 @@ private:
     using Client = std::shared_ptr<HttpConnection>;
 
     void DoDuty();
-    bool MustSend() const;
     void OnReady(uint32 events) override;
     void RetryAccept();
     void Welcome(Descriptor socket);
@@ -173,6 +170,7 @@ private:
     void CloseAll();
     void OnIoThread(std::function<void()> step);
     std::optional<Outcome> ProcessHere(Client const& client, ZuRest::Request const& request);
+    std::optional<Outcome> ProcessAside(Client const& client, ZuRest::Request const& request);
     void ProcessLater(Client const& client, ZuRest::Request request);
     void GiveOutcome(Client const& client, Outcome outcome);
     void CountBegun();
@@ -187,8 +185,7 @@ private:
     uint64 acceptAgainUsec = wTIMEOUT_INFINITE;
     uint64 nextSweepUsec = 0;
     std::unordered_set<Client> connections;
-    boost::circular_buffer<Client> unsent{MAX_UNSENT}; // their answers are ready
-    uint64 unsentSinceUsec = 0;
+    UnsentAnswers<Client> unsent;
     std::string date = DateText();
 
     std::mutex countLock; // a leaf: guards the two below
@@ -298,13 +295,19 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
 }
 
 /// Nothing for a request that has to wait for its turn or had better be carried out by another thread: a change takes as long
-/// as it takes, a read hardly ever.
+/// as it takes, a read hardly ever. What waits for nobody is answered in any case, also while reads hold up every worker.
 std::optional<Outcome> HttpServer::Core::ProcessHere(Client const& client, ZuRest::Request const& request)
 {
     if (!IsRead(request.method))
     {
         return std::nullopt;
     }
+    std::optional<Outcome> outcome = ProcessAside(client, request);
+    return outcome.has_value() ? std::move(outcome) : processor.ProcessPrompt(request);
+}
+
+std::optional<Outcome> HttpServer::Core::ProcessAside(Client const& client, ZuRest::Request const& request)
+{
     WorkerPool::Aside const aside(*workers);
     if (!aside.IsGranted())
     {
@@ -314,14 +317,12 @@ std::optional<Outcome> HttpServer::Core::ProcessHere(Client const& client, ZuRes
         request, [&client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); });
 }
 
-/// What waits for nobody needs no worker, so that it is answered while all of them are held up.
 void HttpServer::Core::ProcessLater(Client const& client, ZuRest::Request request)
 {
-    bool const isPrompt = IsRead(request.method) && processor.IsPrompt(request.path);
     processor.ProcessLater(
         std::move(request),
         [client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); },
-        [this, isPrompt](auto next) { isPrompt ? next() : workers->Run(std::move(next)); },
+        [this](auto next) { workers->Run(std::move(next)); },
         [this, client](Outcome outcome) { GiveOutcome(client, std::move(outcome)); });
 }
 
@@ -351,25 +352,12 @@ void HttpServer::Core::CountEnded()
     countChanged.notify_all(); // under the lock: the one who waits may end this object right behind it
 }
 
-/// Waking a client that sleeps is dear, and the sender pays for it. While others are waiting to be served their answers are
-/// gathered, so that those who come to one client, or to one machine, wake it once.
 void HttpServer::Core::SendSoon(Client const& client)
 {
-    if ((unsent.empty() && !loop.HasReady()) || unsent.full())
+    if (!unsent.Keep(client, loop.HasReady(), wTime_NowUsec()))
     {
         client->SendNow();
-        return;
     }
-    if (unsent.empty())
-    {
-        unsentSinceUsec = wTime_NowUsec();
-    }
-    unsent.push_back(client);
-}
-
-bool HttpServer::Core::MustSend() const
-{
-    return !unsent.empty() && (!loop.HasReady() || wTime_NowUsec() - unsentSinceUsec >= MAX_UNSENT_USEC);
 }
 
 void HttpServer::Core::RunLater(std::function<void()> step)
@@ -397,11 +385,9 @@ void HttpServer::Core::Forget(Client const& connection)
 /// One piece of the I/O. Behind `RunOne` nothing is touched: this thread may be relieved.
 void HttpServer::Core::DoDuty()
 {
-    if (MustSend())
+    if (!unsent.IsEmpty() && unsent.IsDue(loop.HasReady(), wTime_NowUsec()))
     {
-        Client const client = std::move(unsent.front());
-        unsent.pop_front();
-        client->SendNow();
+        unsent.Take()->SendNow();
         return;
     }
     uint64 const nowUsec = loop.NowUsec();

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace Zu::Properties
 {
@@ -23,7 +25,8 @@ struct JsonTextSerializer::Shape
         std::size_t labelBytes;
     };
 
-    Shape(std::span<Structure::Child const> children, JsonTextWriter& labels)
+    /// `scratch` is for writing in: what is in it goes.
+    Shape(std::span<Structure::Child const> children, JsonTextWriter& scratch)
     {
         members.reserve(children.size());
         for (std::size_t place = 0; place < children.size(); ++place)
@@ -32,12 +35,14 @@ struct JsonTextSerializer::Shape
         }
         std::ranges::sort(members,
                           [](Member const& one, Member const& other) { return one.key.Get() < other.key.Get(); });
+        scratch.Cut(0);
         for (Member& member : members)
         {
-            member.labelBegin = labels.Size();
-            labels.WriteLabel(member.key.Get());
-            member.labelBytes = labels.Size() - member.labelBegin;
+            member.labelBegin = scratch.Size();
+            scratch.WriteLabel(member.key.Get());
+            member.labelBytes = scratch.Size() - member.labelBegin;
         }
+        labels = scratch.Written(0, scratch.Size());
     }
 
     bool IsOf(std::span<Structure::Child const> children) const
@@ -46,7 +51,13 @@ struct JsonTextSerializer::Shape
         return members.size() == children.size() && std::ranges::all_of(members, isOf);
     }
 
+    std::string_view LabelOf(Member const& member) const
+    {
+        return std::string_view(labels).substr(member.labelBegin, member.labelBytes);
+    }
+
     std::vector<Member> members; // sorted by key
+    std::string labels;
 };
 
 /// The shapes that were seen last among the records that stand equally deep. One of them is in use at a time, and its own is
@@ -55,7 +66,7 @@ struct JsonTextSerializer::Level
 {
     static constexpr std::size_t SHAPES = 4; // looking through more would cost what it saves
 
-    Shape const& Find(std::span<Structure::Child const> children, JsonTextWriter& labels)
+    Shape const& Find(std::span<Structure::Child const> children, JsonTextWriter& scratch)
     {
         auto const found = std::ranges::find_if(shapes, [&](Shape const& shape) { return shape.IsOf(children); });
         if (found != shapes.end())
@@ -65,9 +76,9 @@ struct JsonTextSerializer::Level
         if (shapes.size() < SHAPES)
         {
             shapes.reserve(SHAPES);
-            return shapes.emplace_back(children, labels);
+            return shapes.emplace_back(children, scratch);
         }
-        return shapes[next++ % SHAPES] = Shape(children, labels);
+        return shapes[next++ % SHAPES] = Shape(children, scratch);
     }
 
     std::vector<Shape> shapes; // they stay where they are
@@ -102,14 +113,14 @@ void JsonTextSerializer::VisitStructure(Structure const& structure)
     {
         levels.emplace_back();
     }
-    Shape const& shape = levels[depth++].Find(children, labels);
+    Shape const& shape = levels[depth++].Find(children, scratch);
     writer.BeginObject();
     for (Shape::Member const& member : shape.members)
     {
         Node const& child = *children[member.place].node;
         if (!child.IsWriteOnly())
         {
-            writer.NextLabelledMember(labels.Written(member.labelBegin, member.labelBytes));
+            writer.NextLabelledMember(shape.LabelOf(member));
             child.Accept(*this);
         }
     }

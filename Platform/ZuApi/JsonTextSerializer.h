@@ -38,7 +38,7 @@ private:
     void VisitReferenceArray(Internal::ReferenceArray const& array) override;
 
     JsonTextWriter& writer;
-    JsonTextWriter labels;     // of all the keys that it remembers
+    JsonTextWriter scratch;
     std::vector<Level> levels; // by how deep in one another records stand
     std::size_t depth = 0;
 };

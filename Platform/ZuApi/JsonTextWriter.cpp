@@ -211,8 +211,7 @@ void JsonTextWriter::Put(char character)
 
 void JsonTextWriter::Put(std::string_view written)
 {
-    std::memcpy(Room(written.size()), written.data(), written.size());
-    used += written.size();
+    used += written.copy(Room(written.size()), written.size());
 }
 
 /// A comma, unless it is the beginning of the array or object that `opening` opens: no element ends like that.

@@ -32,7 +32,7 @@ public:
     void EndArray() override;
 
     void WriteInt64(int64 value);
-    void WriteText(std::string_view value); ///< as a string
+    void WriteText(std::string_view value); ///< as a string; not one of this text
 
     void BeginObject();
     void NextMember(std::string_view key); ///< its value follows

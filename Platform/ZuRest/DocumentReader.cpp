@@ -1,7 +1,7 @@
 #include "ZuRest/DocumentReader.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/JsonTextWriter.h"
+#include "ZuRest/DocumentSinks.h"
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/JsonText.h"
@@ -24,7 +24,6 @@ namespace
 {
 
 using Json = nlohmann::json;
-using Writer = Zu::Properties::JsonTextWriter;
 using References = std::vector<Reference const*>;
 
 constexpr char const* RELATION_PREFIX = "zu:";
@@ -47,35 +46,35 @@ Json AddressOf(Reference const& reference)
 
 /// Writes an object of what is referred to, by key and then in the order in which it came. A key has a list when one was asked
 /// for and when there are more of it.
-template <typename WriteOne>
-void WriteByKey(References references, Writer& writer, WriteOne const& writeOne)
+template <typename Sink, typename WriteOne>
+void WriteByKey(References references, Sink& sink, WriteOne const& writeOne)
 {
     std::ranges::stable_sort(references, {}, &Reference::key);
-    writer.BeginObject();
+    sink.BeginObject();
     for (auto at = references.begin(); at != references.end();)
     {
         std::string const& key = (*at)->key;
         auto const end = std::find_if(at, references.end(), [&key](auto const* other) { return other->key != key; });
         bool const isList = (*at)->asList || end - at > 1;
-        writer.NextMember(key);
+        sink.NextMember(key);
         if (isList)
         {
-            writer.BeginArray();
+            sink.BeginArray();
         }
         for (; at != end; ++at)
         {
             if (isList)
             {
-                writer.NextElement();
+                sink.NextElement();
             }
             writeOne(**at);
         }
         if (isList)
         {
-            writer.EndArray();
+            sink.EndArray();
         }
     }
-    writer.EndObject();
+    sink.EndObject();
 }
 
 /// How a document refers to itself.
@@ -89,12 +88,19 @@ Reference CurieOf(std::string const& relationTemplate)
     return {false, "curies", relationTemplate, true, {{"name", "zu"}, {"templated", true}}};
 }
 
+/// Whether a text is that of an object whose members all stand behind the links.
+bool MayFollowLinks(std::string_view text)
+{
+    return text == "{}" || (text.starts_with("{\"") && text[2] > LINKS[0]);
+}
+
 /// The members of a document that its resource has made, in their order: a tree, or a text that stands for one.
+template <typename Sink>
 class Members final
 {
 public:
     /// Both outlive this. Null counts as an object without members.
-    Members(Json const& usedDocument, Writer& usedWriter) : document(usedDocument), writer(usedWriter)
+    Members(Json const& usedDocument, Sink& usedSink) : document(usedDocument), sink(usedSink)
     {
         auto const* const members = document.get_ptr<Json::object_t const*>();
         next = members != nullptr ? members->begin() : Iterator();
@@ -112,7 +118,7 @@ public:
         {
             ++next;
         }
-        writer.NextMember(key);
+        sink.NextMember(key);
     }
 
     /// Behind something else: a text stands behind the links.
@@ -122,17 +128,14 @@ public:
         {
             WriteNext();
         }
-        if (auto const text = JsonText::TextOfPart(document); text.has_value() && *text != "{}")
+        if constexpr (Sink::IS_TEXT)
         {
-            writer.WriteJson(",");
-            writer.WriteJson(text->substr(1, text->size() - 2));
+            if (auto const text = JsonText::TextOfPart(document); text.has_value() && *text != "{}")
+            {
+                sink.PutText(",");
+                sink.PutText(text->substr(1, text->size() - 2));
+            }
         }
-    }
-
-    /// Whether a text is that of an object whose members all stand behind the links.
-    static bool MayBe(std::string_view text)
-    {
-        return text == "{}" || (text.starts_with("{\"") && text[2] > LINKS[0]);
     }
 
 private:
@@ -140,13 +143,13 @@ private:
 
     void WriteNext()
     {
-        writer.NextMember(next->first);
-        JsonText::Append(next->second, writer);
+        sink.NextMember(next->first);
+        sink.Put(next->second);
         ++next;
     }
 
     Json const& document;
-    Writer& writer;
+    Sink& sink;
     Iterator next;
     Iterator end;
 };
@@ -174,12 +177,13 @@ private:
 
 } // namespace
 
-/// Writes one document with what it embeds. A part that fails takes what it has written back.
+/// Shows one document with what it embeds to a sink. A part that fails takes back what it has shown.
+template <typename Sink>
 class DocumentReader::Walk final
 {
 public:
-    Walk(DocumentReader const& usedReader, Place heldPlace, Writer& usedWriter)
-        : reader(usedReader), place(std::move(heldPlace)), writer(usedWriter)
+    Walk(DocumentReader const& usedReader, Place heldPlace, Sink& usedSink)
+        : reader(usedReader), place(std::move(heldPlace)), sink(usedSink)
     {
     }
 
@@ -192,11 +196,11 @@ private:
     void ShowObject(Json const& document, std::vector<Reference> const& references, Reference const& self);
     void ShowLink(Reference const& reference);
     void ShowEmbedded(Reference const& reference);
-    void ShowBefore(std::string const& document, Reference const& self);
+    void ShowBefore(Json const& document, Reference const& self);
 
     DocumentReader const& reader;
     Place const place; // of the pass that is held
-    Writer& writer;
+    Sink& sink;
     std::vector<std::string const*> paths; // from the document that was asked for down to this one
 };
 
@@ -213,26 +217,34 @@ DocumentReader::~DocumentReader() = default;
 
 std::string DocumentReader::Read(std::string const& path, bool wantsSchema) const
 {
-    Writer writer;
-    Walk(*this, Place::Of(path), writer).Show(SelfAt(path), wantsSchema);
-    return writer.Take();
+    TextSink text;
+    Walk(*this, Place::Of(path), text).Show(SelfAt(path), wantsSchema);
+    return text.Take();
 }
 
 std::string DocumentReader::Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const
 {
-    Writer writer;
-    Walk(*this, Place::Of(path), writer).ShowMatch(match, SelfAt(path), wantsSchema);
-    return writer.Take();
+    TextSink text;
+    Walk(*this, Place::Of(path), text).ShowMatch(match, SelfAt(path), wantsSchema);
+    return text.Take();
+}
+
+Json DocumentReader::ReadTree(std::string const& path) const
+{
+    TreeSink tree;
+    Walk(*this, Place::Of(path), tree).Show(SelfAt(path), false);
+    return tree.Take();
 }
 
 Json DocumentReader::ReadFromInside(std::string const& path, bool wantsSchema) const
 {
-    Writer writer;
-    Walk(*this, {}, writer).ShowUnderOwnPass(SelfAt(path), wantsSchema);
-    return Json::parse(writer.Take());
+    TreeSink tree;
+    Walk(*this, {}, tree).ShowUnderOwnPass(SelfAt(path), wantsSchema);
+    return tree.Take();
 }
 
-void DocumentReader::Walk::Show(Reference const& self, bool wantsSchema)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::Show(Reference const& self, bool wantsSchema)
 {
     auto const match = reader.router.Find(self.path);
     if (!match.has_value())
@@ -242,7 +254,8 @@ void DocumentReader::Walk::Show(Reference const& self, bool wantsSchema)
     ShowMatch(*match, self, wantsSchema);
 }
 
-void DocumentReader::Walk::ShowMatch(ResourceRouter::Match const& match, Reference const& self, bool wantsSchema)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowMatch(ResourceRouter::Match const& match, Reference const& self, bool wantsSchema)
 {
     IDocumentResource* const face = match.resource->DocumentProvider();
     if (face == nullptr)
@@ -251,10 +264,10 @@ void DocumentReader::Walk::ShowMatch(ResourceRouter::Match const& match, Referen
     }
     ResponseInfo response;
     RequestInfo request(self.path, match.keys, wantsSchema);
-    request.isForText = true;
+    request.isForText = Sink::IS_TEXT;
     Json document = face->Document(request, response);
     auto text = JsonText::TextOfPart(document);
-    if (text.has_value() && !Members::MayBe(*text))
+    if (text.has_value() && !MayFollowLinks(*text))
     {
         document = Json::parse(*text);
         text.reset();
@@ -266,12 +279,13 @@ void DocumentReader::Walk::ShowMatch(ResourceRouter::Match const& match, Referen
     }
     else
     {
-        JsonText::Append(document, writer);
+        sink.Put(document);
     }
 }
 
-void DocumentReader::Walk::ShowObject(Json const& document, std::vector<Reference> const& references,
-                                      Reference const& self)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowObject(Json const& document, std::vector<Reference> const& references,
+                                            Reference const& self)
 {
     References links{&self};
     References embedded;
@@ -285,47 +299,51 @@ void DocumentReader::Walk::ShowObject(Json const& document, std::vector<Referenc
     {
         links.push_back(reader.curie.get());
     }
-    Members members(document, writer);
-    writer.BeginObject();
+    Members members(document, sink);
+    sink.BeginObject();
     if (!embedded.empty())
     {
         members.Begin(EMBEDDED);
-        WriteByKey(std::move(embedded), writer, [this](Reference const& reference) { ShowEmbedded(reference); });
+        WriteByKey(std::move(embedded), sink, [this](Reference const& reference) { ShowEmbedded(reference); });
     }
     members.Begin(LINKS);
-    WriteByKey(std::move(links), writer, [this](Reference const& reference) { ShowLink(reference); });
+    WriteByKey(std::move(links), sink, [this](Reference const& reference) { ShowLink(reference); });
     members.WriteRest();
-    writer.EndObject();
+    sink.EndObject();
 }
 
-void DocumentReader::Walk::ShowLink(Reference const& reference)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowLink(Reference const& reference)
 {
-    if (&reference == reader.curie.get())
+    if constexpr (Sink::IS_TEXT)
     {
-        writer.WriteJson(reader.curieText);
+        if (&reference == reader.curie.get())
+        {
+            sink.PutText(reader.curieText);
+            return;
+        }
     }
-    else if (reference.extra.is_object())
+    if (reference.extra.is_object())
     {
-        JsonText::Append(LinkTo(reference), writer);
+        sink.Put(LinkTo(reference));
+        return;
     }
-    else
-    {
-        writer.BeginObject();
-        writer.NextMember("href");
-        writer.WriteString(reference.path);
-        writer.EndObject();
-    }
+    sink.BeginObject();
+    sink.NextMember("href");
+    sink.PutString(reference.path);
+    sink.EndObject();
 }
 
-void DocumentReader::Walk::ShowEmbedded(Reference const& reference)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowEmbedded(Reference const& reference)
 {
     bool const isAroundUs = std::ranges::any_of(paths, [&](auto const* path) { return *path == reference.path; });
     if (isAroundUs || paths.size() == DEEPEST)
     {
-        JsonText::Append(AddressOf(reference), writer);
+        sink.Put(AddressOf(reference));
         return;
     }
-    std::size_t const begin = writer.Size();
+    auto const begin = sink.Here();
     try
     {
         Reference const self = SelfAt(reference.path, reference.extra);
@@ -340,14 +358,15 @@ void DocumentReader::Walk::ShowEmbedded(Reference const& reference)
     }
     catch (std::exception const& exception)
     {
-        writer.Cut(begin);
+        sink.GoBack(begin);
         Json shown = AddressOf(reference);
         shown["problem"] = Problem::Of(exception, "GET", reference.path).ToJson();
-        JsonText::Append(shown, writer);
+        sink.Put(shown);
     }
 }
 
-void DocumentReader::Walk::ShowUnderOwnPass(Reference const& self, bool wantsSchema)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowUnderOwnPass(Reference const& self, bool wantsSchema)
 {
     Place const ownPlace = Place::Of(self.path);
     bool const takesBefore = Place::IsHead(self.path);
@@ -361,24 +380,22 @@ void DocumentReader::Walk::ShowUnderOwnPass(Reference const& self, bool wantsSch
     {
         ZU_THROW(Zu::Status::BUSY, "The resource at %s is being changed.", self.path.c_str());
     }
-    Walk beneath(reader, ownPlace, writer);
+    Walk beneath(reader, ownPlace, sink);
     beneath.paths = paths;
     beneath.Show(self, wantsSchema);
 }
 
-void DocumentReader::Walk::ShowBefore(std::string const& document, Reference const& self)
+template <typename Sink>
+void DocumentReader::Walk<Sink>::ShowBefore(Json const& document, Reference const& self)
 {
-    if (!self.extra.is_object())
+    if (!document.is_object() || !self.extra.is_object())
     {
-        writer.WriteJson(document);
+        sink.Put(document);
         return;
     }
-    Json shown = Json::parse(document);
-    if (shown.is_object())
-    {
-        shown[LINKS]["self"] = LinkTo(self);
-    }
-    JsonText::Append(shown, writer);
+    Json shown = document;
+    shown[LINKS]["self"] = LinkTo(self);
+    sink.Put(shown);
 }
 
 } // namespace ZuRest

@@ -39,10 +39,14 @@ public:
     /// The same for one who has found the resource already.
     std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
 
-    /// The document for one who has no pass. Throws -976 when a change of the place does not end.
+    /// The same as a tree, with the bytes of its strings as the resources gave them.
+    nlohmann::json ReadTree(std::string const& path) const;
+
+    /// The same for one who has no pass. Throws -976 when a change of the place does not end.
     nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
 
 private:
+    template <typename Sink>
     class Walk;
 
     ResourceRouter const& router;

@@ -2,6 +2,8 @@
 
 #include "ZuApi/Guard.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -25,7 +27,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     {
         uint64 readers = 0;
         bool isChanging = false;
-        std::shared_ptr<std::string const> before; // of the change that is running
+        std::shared_ptr<nlohmann::json const> before; // of the change that is running
     };
 
     struct Waiting
@@ -162,12 +164,12 @@ public:
     Holder(Holder const&) = delete;
     Holder& operator=(Holder const&) = delete;
 
-    void ShowBefore(std::shared_ptr<std::string const> document) override
+    void ShowBefore(std::shared_ptr<nlohmann::json const> document) override
     {
         ShowBeforeAt(place, std::move(document));
     }
 
-    void ShowBeforeAt(Place const& shownPlace, std::shared_ptr<std::string const> document) override
+    void ShowBeforeAt(Place const& shownPlace, std::shared_ptr<nlohmann::json const> document) override
     {
         {
             std::scoped_lock const guard(state->lock);

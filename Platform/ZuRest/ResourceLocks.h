@@ -5,7 +5,7 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+#include <nlohmann/json_fwd.hpp>
 
 namespace ZuRest
 {
@@ -32,10 +32,10 @@ public:
         virtual ~Pass();
 
         /// The document at the head of the place as it was before this change: those see it who cannot wait for the end.
-        virtual void ShowBefore(std::shared_ptr<std::string const> document) = 0;
+        virtual void ShowBefore(std::shared_ptr<nlohmann::json const> document) = 0;
 
         /// The same for another place that this change includes.
-        virtual void ShowBeforeAt(Place const& place, std::shared_ptr<std::string const> document) = 0;
+        virtual void ShowBeforeAt(Place const& place, std::shared_ptr<nlohmann::json const> document) = 0;
     };
 
     using Admitted = std::function<void(std::shared_ptr<Pass>)>;
@@ -45,7 +45,7 @@ public:
     struct InnerPass
     {
         std::shared_ptr<Pass> pass;
-        std::shared_ptr<std::string const> before;
+        std::shared_ptr<nlohmann::json const> before;
     };
 
     ResourceLocks();

@@ -121,6 +121,30 @@ ResourceLocks::Mode ModeOf(std::string const& method)
                                                                       : ResourceLocks::Mode::READ;
 }
 
+/// What `work` gives, and for what it throws the problem that the client is told.
+template <typename Work>
+ResourceRequestProcessor::Outcome Guarded(Request const& request, Work const& work)
+{
+    try
+    {
+        return work();
+    }
+    catch (std::exception const& exception)
+    {
+        Problem const problem = Problem::Of(exception, request.method, request.path);
+        if (problem.status == HttpStatus::INTERNAL_ERROR)
+        {
+            ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
+        }
+        return {problem.ToAnswer(), nullptr};
+    }
+    catch (...)
+    {
+        ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
+        return {Problem{HttpStatus::INTERNAL_ERROR, "An internal error.", 0, {}}.ToAnswer(), nullptr};
+    }
+}
+
 } // namespace
 
 ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter,
@@ -157,10 +181,14 @@ std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::TryPr
     return Carry(request, makeReceiver, *pass);
 }
 
-bool ResourceRequestProcessor::IsPrompt(std::string const& path) const
+std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::ProcessPrompt(Request const& request) const
 {
-    auto const match = router.Find(path);
-    return match.has_value() && dynamic_cast<IPromptResource const*>(match->resource) != nullptr;
+    auto const match = router.Find(request.path);
+    if (!IsRead(request.method) || !match.has_value() || dynamic_cast<IPromptResource*>(match->resource) == nullptr)
+    {
+        return std::nullopt;
+    }
+    return Guarded(request, [&] { return Outcome{ShowDocument(request, *match), nullptr}; });
 }
 
 void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
@@ -206,25 +234,10 @@ std::shared_ptr<ResourceLocks::Pass> ResourceRequestProcessor::WaitForTurn(Place
 ResourceRequestProcessor::Outcome
 ResourceRequestProcessor::Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
 {
-    try
-    {
+    return Guarded(request, [&] {
         auto const scope = makeScope ? makeScope() : nullptr;
         return Dispatch(request, makeReceiver, pass);
-    }
-    catch (std::exception const& exception)
-    {
-        Problem const problem = Problem::Of(exception, request.method, request.path);
-        if (problem.status == HttpStatus::INTERNAL_ERROR)
-        {
-            ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
-        }
-        return {problem.ToAnswer(), nullptr};
-    }
-    catch (...)
-    {
-        ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
-        return {Problem{HttpStatus::INTERNAL_ERROR, "An internal error.", 0, {}}.ToAnswer(), nullptr};
-    }
+    });
 }
 
 ResourceRequestProcessor::Outcome
@@ -365,7 +378,7 @@ void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pas
 {
     try
     {
-        pass.ShowBeforeAt(place, std::make_shared<std::string const>(reader.Read(place.HeadPath(), false)));
+        pass.ShowBeforeAt(place, std::make_shared<Json const>(reader.ReadTree(place.HeadPath())));
     }
     catch (std::exception const&) // there is none: who reads meanwhile has to wait
     {

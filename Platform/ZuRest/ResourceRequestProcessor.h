@@ -62,8 +62,9 @@ public:
     /// The same when its turn is now; nothing, and nothing has happened, when it would have to wait for it.
     std::optional<Outcome> TryProcess(Request const& request, ReceiverMaker const& makeReceiver);
 
-    /// Whether the resource of a path is one that a read waits for nobody for (IPromptResource).
-    bool IsPrompt(std::string const& path) const;
+    /// The answer to a read that waits for nobody (IPromptResource), at once and beside whatever runs; nothing for any other
+    /// request.
+    std::optional<Outcome> ProcessPrompt(Request const& request) const;
 
     /// Has it carried out by `run` when its turn has come, without holding up a thread until then; `done` gets what came of
     /// it, on the thread that carried it out. This and `run` stand until then.

@@ -73,7 +73,7 @@ public:
         return *this;
     }
 
-    /// Stores what `change` makes of the value, without a copy where nobody observes it. It is a change in any case.
+    /// Stores what `change` makes of the value, without a copy where nobody observes it. Where that throws it may be half done.
     template <typename Change>
     void Modify(Change const& change)
     {

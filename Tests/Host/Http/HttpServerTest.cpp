@@ -441,6 +441,8 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
     waiting.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
     TestConnection& waitingForItsTurn = Connect();
     waitingForItsTurn.Write("PUT /slow HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
+    TestConnection& change = Connect();
+    change.Write("PUT /prompt HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
 
     for (unsigned i = 0; i < 10; ++i)
     {
@@ -450,6 +452,7 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
 
     EXPECT_EQ(waiting.ReadAnswer()->status, 200U);
     EXPECT_EQ(waitingForItsTurn.ReadAnswer()->status, 405U);
+    EXPECT_EQ(change.ReadAnswer()->status, 405U);
     server.Stop();
     router.Deregister("/prompt", false);
 }
@@ -490,11 +493,16 @@ TEST_F(HttpServerTest, SendsTheAnswersThatItHasGatheredAlsoWhenAReadIsHeldUp)
         {
             if (&client != &slow)
             {
-                ASSERT_EQ(client.ReadAnswer()->status, 200U);
+                EXPECT_TRUE(client.ReadAnswer().has_value()) << "round " << round;
             }
         }
         held.Open();
-        ASSERT_EQ(slow.ReadAnswer()->status, 200U);
+        EXPECT_TRUE(slow.ReadAnswer().has_value()) << "round " << round;
+        if (HasFailure())
+        {
+            server.Stop(); // a resource may still look at the latch
+            return;
+        }
     }
 }
 

@@ -150,6 +150,16 @@ TEST_F(DocumentReaderTest, ShowsWhatIsNoObjectAsItIs)
     EXPECT_EQ(reader.Read("/a", false), R"({"_links":{"item":{"href":"/b"},"self":{"href":"/a"}}})");
 }
 
+TEST_F(DocumentReaderTest, KeepsTheBytesOfStringsForThoseInside)
+{
+    Place("/a").AddMember("name", "\xFF");
+    resources.front().isText = true;
+
+    EXPECT_EQ(Json::parse(reader.Read("/a", false)).at("name"), "\xEF\xBF\xBD");
+    EXPECT_EQ(reader.ReadFromInside("/a", false).at("name"), "\xFF");
+    EXPECT_EQ(reader.ReadTree("/a").at("name"), "\xFF");
+}
+
 TEST_F(DocumentReaderTest, ShowsAnEmptyRecordWithItsAddress)
 {
     Shown& shown = Place("/a");
@@ -165,7 +175,7 @@ TEST_F(DocumentReaderTest, ShowsWhatWasBeforeAChangeWithTheAddressThatTheOuterOn
     Place("/x/a").AddMember("name", "before");
     std::shared_ptr<ResourceLocks::Pass> pass = locks.TryEnter(Place::Of("/x/a"), ResourceLocks::Mode::CHANGE);
     ASSERT_NE(pass, nullptr);
-    pass->ShowBefore(std::make_shared<std::string const>(reader.Read("/x/a", false)));
+    pass->ShowBefore(std::make_shared<Json const>(reader.ReadTree("/x/a")));
     resources.front().values.front() = std::string("after");
     Shown& outer = Place("/y");
     outer.relations.push_back({true, "plain", "/x/a", false, nullptr});

@@ -3,6 +3,8 @@
 #include "Support/AllocationFailure.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include <map>
 #include <new>
 #include <thread>
@@ -139,7 +141,7 @@ TEST_F(ResourceLocksTest, LetsAReadFromTheInsidePassThoseWhoWait)
 TEST_F(ResourceLocksTest, ShowsWhatWasBeforeTheChangeThatRuns)
 {
     Enter("change", "/controls/x", Mode::CHANGE);
-    auto const before = std::make_shared<std::string const>("before");
+    auto const before = std::make_shared<nlohmann::json const>("before");
     running.at("change")->ShowBefore(before);
 
     EXPECT_EQ(locks.EnterInner(Place::Of("/controls/x"), true, 0).before, before);
@@ -188,7 +190,7 @@ TEST_F(ResourceLocksTest, LetsAChangeOfAWholeTreeRunAloneInIt)
 TEST_F(ResourceLocksTest, ShowsWhatWasBeforeAChangeOfTheWholeTreeToAllButTheOneWhoMakesIt)
 {
     Enter("tree", "/controls", Mode::CHANGE_TREE);
-    auto const before = std::make_shared<std::string const>("before");
+    auto const before = std::make_shared<nlohmann::json const>("before");
     running.at("tree")->ShowBeforeAt(Place::Of("/controls/x"), before);
 
     ResourceLocks::InnerPass shown;
