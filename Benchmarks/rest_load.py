@@ -62,7 +62,7 @@ def main():
         rates(endpoint, arguments)  # warm
         rounds = [(rates(endpoint, arguments), rates_with_streams(endpoint, arguments)) for _ in range(arguments.rounds)]
         server.stdin.close()
-        if server.wait() != 0:
+        if server.wait(timeout=30) != 0:
             sys.exit("rest_load: the server did not end well")
     # Compared within a round, since the machine is another one a minute later; then the median of the rounds.
     ratio = statistics.median(document / fixed for (document, fixed), _ in rounds)

@@ -12,8 +12,8 @@ namespace ZuHost
 
 /// The clients whose answers are ready and are gathered while others are at hand to be served.
 ///
-/// Waking a client that sleeps is dear, and the sender pays for it: those who come to one client, or to one machine, at once
-/// wake it once. Moments are those of wTime, in microseconds. It belongs to the thread on I/O duty and takes no memory.
+/// Waking a client that sleeps is dear, and the sender pays for it: answers that reach one client, or one machine, together wake
+/// it once. Moments are those of wTime, in microseconds. It belongs to the thread on I/O duty and takes no memory.
 template <typename Client>
 class UnsentAnswers final
 {

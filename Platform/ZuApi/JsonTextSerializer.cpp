@@ -60,8 +60,8 @@ struct JsonTextSerializer::Shape
     std::string labels;
 };
 
-/// The shapes that were seen last among the records that stand equally deep. One of them is in use at a time, and its own is
-/// the newest: those deeper down have their own level.
+/// Some shapes of the records that stand equally deep; the one that has been here longest makes room. Nobody looks for another
+/// one while one of them is in use: what stands deeper down has a level of its own.
 struct JsonTextSerializer::Level
 {
     static constexpr std::size_t SHAPES = 4; // looking through more would cost what it saves

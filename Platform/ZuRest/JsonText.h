@@ -31,7 +31,7 @@ ZUPLATFORM_API std::string Write(nlohmann::json const& document);
 /// The same behind what `writer` has written.
 void Append(nlohmann::json const& value, Zu::Properties::JsonTextWriter& writer);
 
-/// A value that stands for a node in a document which is only made to be written: its text. Nobody but this knows it.
+/// A value that stands for a node in a document which is only made to be written: its text. Only `Append`, `Write` and `TextOfPart` know it.
 ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
 
 /// The same for a list of nodes, none of which is null.

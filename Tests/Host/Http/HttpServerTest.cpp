@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <list>
 #include <map>
@@ -27,6 +28,19 @@ using Json = nlohmann::json;
 using ZuTest::FakeResource;
 using ZuTest::Latch;
 using ZuTest::TestConnection;
+
+constexpr char const* GET_THING = "GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n";
+constexpr char const* GET_SLOW = "GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n";
+
+/// Waits for nobody.
+class Prompt final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
+{
+public:
+    Json Document(ZuRest::RequestInfo const& /*request*/, ZuRest::ResponseInfo& /*response*/) override
+    {
+        return {{"prompt", true}};
+    }
+};
 
 } // namespace
 
@@ -410,14 +424,7 @@ TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
 
 TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
 {
-    class Prompt final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
-    {
-    public:
-        Json Document(ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) override
-        {
-            return {{"prompt", true}};
-        }
-    } prompt;
+    Prompt prompt;
     router.Register("/prompt", prompt);
     constexpr unsigned READS = WorkerPool::THREADS - 1; // all but the one that does the I/O
     Latch finish;
@@ -434,11 +441,11 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
     Start();
     for (Latch& one : entered)
     {
-        Connect().Write("GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        Connect().Write(GET_SLOW);
         EXPECT_TRUE(one.Wait());
     }
     TestConnection& waiting = Connect();
-    waiting.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    waiting.Write(GET_THING);
     TestConnection& waitingForItsTurn = Connect();
     waitingForItsTurn.Write("PUT /slow HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n{}");
     TestConnection& change = Connect();
@@ -466,42 +473,32 @@ TEST_F(HttpServerTest, SendsTheAnswersThatItHasGatheredAlsoWhenAReadIsHeldUp)
         return Json();
     };
     Start();
+    std::vector<TestConnection*> quick(QUICK);
+    std::ranges::generate(quick, [this] { return &Connect(); });
     TestConnection& slow = Connect();
-    for (unsigned i = 0; i < QUICK; ++i)
-    {
-        Connect();
-    }
-    for (unsigned round = 0; round < 50; ++round) // in most of them some are seen together
+    auto const expectAnswer = [](TestConnection& client, unsigned round) {
+        auto const answer = client.ReadAnswer();
+        EXPECT_TRUE(answer.has_value() && answer->status == 200U) << "round " << round;
+    };
+    for (unsigned round = 0; round < 50 && !HasFailure(); ++round) // in most of them some are seen together
     {
         Latch held;
         finish = &held;
-        unsigned const before = round % (QUICK + 1); // of the quick ones ask first
-        unsigned asked = 0;
-        for (TestConnection& client : connections)
+        std::vector<TestConnection*> asking = quick;
+        asking.insert(asking.begin() + round % (QUICK + 1), &slow);
+        for (TestConnection* const client : asking)
         {
-            if (asked == before)
-            {
-                slow.Write("GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n");
-            }
-            ++asked;
-            if (&client != &slow)
-            {
-                client.Write("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n");
-            }
+            client->Write(client == &slow ? GET_SLOW : GET_THING);
         }
-        for (TestConnection& client : connections)
+        for (TestConnection* const client : quick)
         {
-            if (&client != &slow)
-            {
-                EXPECT_TRUE(client.ReadAnswer().has_value()) << "round " << round;
-            }
+            expectAnswer(*client, round);
         }
         held.Open();
-        EXPECT_TRUE(slow.ReadAnswer().has_value()) << "round " << round;
+        expectAnswer(slow, round);
         if (HasFailure())
         {
             server.Stop(); // a resource may still look at the latch
-            return;
         }
     }
 }

@@ -16,6 +16,7 @@
 #include <deque>
 #include <memory>
 #include <random>
+#include <span>
 
 namespace ZuRest
 {
@@ -298,35 +299,53 @@ Json WithoutDetails(Json document)
     return document;
 }
 
+/// Draws what resources show and whom they refer to.
+class Dice final
+{
+public:
+    void Fill(Shown& shown, std::span<char const* const> paths)
+    {
+        static constexpr std::array<char const*, 9> KEYS = {"id",      "Upper", "_aa",         "_embedded", "_links",
+                                                            "_links2", "zeta",  "a \"quote\"", "\xC3\xA4"};
+        static constexpr std::array<char const*, 6> RELATIONS_OF = {"item", "zu:command", "Up",
+                                                                    "next", "zu:a",       "self2"};
+        shown.isText = Below(2) == 0;
+        shown.isBroken = Below(8) == 0;
+        shown.other = Below(8) == 0 ? Json() : Json(Json::value_t::discarded);
+        for (std::size_t i = Below(5); i > 0; --i)
+        {
+            shown.AddMember(KEYS[Below(KEYS.size())], std::string(Below(12), static_cast<char>('!' + Below(80))));
+        }
+        for (std::size_t i = Below(6); i > 0; --i)
+        {
+            Json const extra = Below(3) == 0 ? Json{{"title", "T"}, {"a", Below(9)}} : Json();
+            shown.relations.push_back({Below(2) == 0, RELATIONS_OF[Below(RELATIONS_OF.size())],
+                                       paths[Below(paths.size())], Below(2) == 0, extra});
+        }
+    }
+
+private:
+    std::size_t Below(std::size_t bound)
+    {
+        return generator() % bound;
+    }
+
+    std::mt19937_64 generator{20261122};
+};
+
 } // namespace
 
 TEST_F(DocumentReaderTest, RandomTestAgainstATree)
 {
-    std::mt19937_64 random(20261122);
-    auto const below = [&random](unsigned bound) { return static_cast<unsigned>(random() % bound); };
-    constexpr std::array<char const*, 9> KEYS = {"id",      "Upper", "_aa",         "_embedded", "_links",
-                                                 "_links2", "zeta",  "a \"quote\"", "\xC3\xA4"};
-    constexpr std::array<char const*, 6> RELATION_KEYS = {"item", "zu:command", "Up", "next", "zu:a", "self2"};
     constexpr std::array<char const*, 5> PATHS = {"/a", "/a/b", "/a/b/c", "/d", "/d/e"};
+    Dice dice;
     for (unsigned round = 0; round < 3'000; ++round)
     {
         for (char const* const path : PATHS)
         {
-            Shown& shown = Place(path);
-            shown.isText = below(2) == 0;
-            shown.isBroken = path != PATHS.front() && below(8) == 0;
-            shown.other = below(8) == 0 ? Json() : Json(Json::value_t::discarded);
-            for (unsigned i = below(5); i > 0; --i)
-            {
-                shown.AddMember(KEYS[below(KEYS.size())], std::string(below(12), static_cast<char>('!' + below(80))));
-            }
-            for (unsigned i = below(6); i > 0; --i)
-            {
-                Json const extra = below(3) == 0 ? Json{{"title", "T"}, {"a", below(9)}} : Json();
-                shown.relations.push_back({below(2) == 0, RELATION_KEYS[below(RELATION_KEYS.size())],
-                                           PATHS[below(PATHS.size())], below(2) == 0, extra});
-            }
+            dice.Fill(Place(path), PATHS);
         }
+        resources.front().isBroken = false;
 
         std::string const text = reader.Read(PATHS.front(), false);
         Json const read = Json::parse(text);

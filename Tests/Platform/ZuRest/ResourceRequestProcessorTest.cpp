@@ -7,6 +7,7 @@
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuRest/IContentResource.h"
+#include "ZuRest/IPromptResource.h"
 
 #include <gtest/gtest.h>
 
@@ -607,6 +608,53 @@ TEST_F(ResourceRequestProcessorTest, CarriesOutAtOnceOnlyWhatNeedNotWait)
     EXPECT_EQ(outcome->answer.status, 200U);
     read.path = "/nowhere";
     EXPECT_EQ(processor.TryProcess(read, {})->answer.status, 404U);
+}
+
+TEST_F(ResourceRequestProcessorTest, AnswersWhatWaitsForNobodyBesideAChangeOfItsPlace)
+{
+    class Prompt final : public DocumentResourceBase, public IPromptResource
+    {
+    public:
+        Json Document(RequestInfo const& /*request*/, ResponseInfo& /*response*/) override
+        {
+            if (isBroken)
+            {
+                ZU_THROW(Zu::Status::BUSY, "not now");
+            }
+            return {{"prompt", true}};
+        }
+
+        void UpdateDocument(RequestInfo const& /*request*/, Json const& /*document*/) override
+        {
+            whileChanging();
+        }
+
+        bool isBroken = false;
+        std::function<void()> whileChanging;
+    } prompt;
+    router.Register("/prompt", prompt);
+    Place("/other").Show(Json::object());
+    Request read;
+    read.path = "/prompt";
+    prompt.whileChanging = [&] {
+        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
+        auto const outcome = processor.ProcessPrompt(read);
+        ASSERT_TRUE(outcome.has_value());
+        EXPECT_EQ(Json::parse(outcome->answer.body).at("prompt"), true);
+    };
+    EXPECT_EQ(Send("PUT", "/prompt", "{}").status, 200U);
+
+    prompt.isBroken = true;
+    EXPECT_EQ(processor.ProcessPrompt(read).value().answer.status, 503U);
+    read.method = "PUT";
+    EXPECT_FALSE(processor.ProcessPrompt(read).has_value());
+    for (char const* const path : {"/other", "/nowhere"})
+    {
+        read = {};
+        read.path = path;
+        EXPECT_FALSE(processor.ProcessPrompt(read).has_value());
+    }
+    router.Deregister("/prompt", false);
 }
 
 TEST_F(ResourceRequestProcessorTest, RunsAWorkAloneInATreeAndShowsThoseInsideWhatWasBefore)

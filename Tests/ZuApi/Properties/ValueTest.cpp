@@ -44,6 +44,30 @@ TEST(PropertiesValue, ShowsTheOldValueToItsObservers)
     EXPECT_EQ(value.Get(), 9u);
 }
 
+TEST(PropertiesValue, IsModifiedWhereItIsAndShowsTheOldValueToItsObservers)
+{
+    Value<std::vector<std::string>> value;
+    auto const append = [](std::vector<std::string>& texts) { texts.emplace_back("more"); };
+    value.Modify(append);
+    std::vector<std::size_t> seen;
+    value.AddObserver([&seen, &value](Node&) { seen.push_back(value.Get().size()); });
+
+    value.Modify(append);
+
+    EXPECT_EQ(seen, std::vector<std::size_t>{1});
+    EXPECT_EQ(value.Get(), (std::vector<std::string>{"more", "more"}));
+}
+
+TEST(PropertiesValue, StaysAsItWasWhenAnObserverOfAModificationThrows)
+{
+    Value<std::vector<std::string>> value;
+    value.AddObserver([](Node&) { ZU_THROW(Status::BUSY); });
+
+    EXPECT_EQ(RefusalOf([&] { value.Modify([](auto& texts) { texts.emplace_back("more"); }); }),
+              (Refusal{Status::BUSY, ""}));
+    EXPECT_TRUE(value.Get().empty());
+}
+
 TEST(PropertiesValue, RunsNoObserverForAnEqualValue)
 {
     Value<std::string> value("same");
