@@ -1,6 +1,7 @@
 # What another project needs: the three libraries with their headers, found by find_package(ZuControl) and by pkg-config, and
 # the host program with its plug-ins. Wherever the installed tree is moved, its parts find each other.
 include(CMakePackageConfigHelpers)
+include(cmake/InstallCheck.cmake)
 
 set(ZU_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zucontrol)
 set(ZU_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZuControl)
