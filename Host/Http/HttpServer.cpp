@@ -214,9 +214,8 @@ HttpServer::Core::~Core()
         OnIoThread([this] { BeginStop(); });
         {
             std::unique_lock guard(countLock);
-            auto const deadline =
-                std::chrono::system_clock::now() + std::chrono::microseconds(settings.stopPatienceUsec);
-            countChanged.wait_until(guard, deadline, [this] { return isEmpty; });
+            countChanged.wait_for(guard, std::chrono::microseconds(settings.stopPatienceUsec),
+                                  [this] { return isEmpty; });
         }
         OnIoThread([this] { CloseAll(); });
         {

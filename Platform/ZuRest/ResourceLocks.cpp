@@ -303,7 +303,7 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::TryEnter(Place const& place,
 
 ResourceLocks::InnerPass ResourceLocks::EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec)
 {
-    auto const deadline = std::chrono::system_clock::now() + std::chrono::microseconds(patienceUsec);
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::microseconds(patienceUsec);
     auto const before = [&] {
         return takesBefore && state->IsChanging(place) ? state->occupants[place].before : nullptr;
     };

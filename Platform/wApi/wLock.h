@@ -37,8 +37,9 @@ ZUAPI_API wStatus wLock_Construct(wLock* lock, void* allocator);
 /// Takes the lock, waiting without limit; one thread may take it any number of times.
 ZUAPI_API wStatus wLock_Enter(wLock& lock) ZU_ACQUIRE(lock);
 
-/// Takes the lock or gives -993 when `timeoutUsec` microseconds have passed; 0 does not wait, all ones has no limit.
-/// The analysis takes the lock for granted: whoever calls this tests the status (Zu::Locker does).
+/// Takes the lock, or gives `Zu::Status::TIME_OUT` when `timeoutUsec` microseconds of the clock of wTime have passed; 0 does
+/// not wait, all ones has no limit. The thread-safety analysis assumes that the lock is taken: the caller tests the status
+/// (Zu::Locker does).
 ZUAPI_API wStatus wLock_EnterEx(wLock& lock, uint64 timeoutUsec) ZU_ACQUIRE(lock);
 
 /// Gives the lock back once. -1000, and nothing changes, for a thread that does not hold it.

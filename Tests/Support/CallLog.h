@@ -44,8 +44,7 @@ public:
     bool WaitFor(std::string const& call, std::size_t count = 1) const
     {
         std::unique_lock guard(lock);
-        return changed.wait_until(guard, std::chrono::system_clock::now() + BOUND,
-                                  [&] { return CountLocked(call) >= count; });
+        return changed.wait_for(guard, BOUND, [&] { return CountLocked(call) >= count; });
     }
 
     void Clear()

@@ -24,8 +24,7 @@ public:
     bool Wait() const
     {
         std::unique_lock guard(lock);
-        return changed.wait_until(guard, std::chrono::system_clock::now() + std::chrono::seconds(30),
-                                  [this] { return open; });
+        return changed.wait_for(guard, std::chrono::seconds(30), [this] { return open; });
     }
 
 private:

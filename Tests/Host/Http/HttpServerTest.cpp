@@ -2,12 +2,14 @@
 
 #include "Host/Http/TestConnection.h"
 #include "Host/Http/WorkerPool.h"
+#include "Support/AdvancedCalendar.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
 #include "ZuRest/DocumentResourceBase.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/ResourceRequestProcessor.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
@@ -718,6 +720,33 @@ TEST_F(HttpServerTest, LetsWhatIsUnderWayEndWhenItStops)
     EXPECT_TRUE(answer->Has("Connection: close"));
     EXPECT_EQ(events.receivers, std::vector<ZuRest::IStreamReceiver*>{nullptr});
     EXPECT_EQ(server.Port(), 0U);
+}
+
+TEST_F(HttpServerTest, ClosesWhatDoesNotEndInTimeWhenTheClockIsSetBack)
+{
+    ZuTest::AdvancedCalendar const calendar(20);
+    Latch started;
+    Latch finish;
+    resources["/thing"].document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+        return Json{{"a", 5}};
+    };
+    settings.stopPatienceUsec = 10'000;
+    Start();
+    TestConnection& busy = Connect();
+    busy.Write(GET_THING);
+    EXPECT_TRUE(started.Wait());
+    uint64 const beginUsec = wTime_NowUsec();
+
+    std::thread stopper([this] { server.Stop(); });
+    EXPECT_TRUE(busy.IsClosed());
+    uint64 const passedUsec = wTime_NowUsec() - beginUsec;
+    finish.Open();
+    stopper.join();
+
+    EXPECT_GE(passedUsec, 10'000U);
+    EXPECT_LT(passedUsec, 10'000'000U);
 }
 
 TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)

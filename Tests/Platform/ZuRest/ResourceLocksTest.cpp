@@ -1,6 +1,8 @@
 #include "ZuRest/ResourceLocks.h"
 
+#include "Support/AdvancedCalendar.h"
 #include "Support/AllocationFailure.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -161,6 +163,18 @@ TEST_F(ResourceLocksTest, LetsAReadFromTheInsideWaitForAChange)
     reader.join();
 
     EXPECT_NE(pass, nullptr);
+}
+
+TEST_F(ResourceLocksTest, RefusesAReadFromTheInsideInTimeWhenTheClockIsSetBack)
+{
+    ZuTest::AdvancedCalendar const calendar(20);
+    Enter("change", "/controls/x", Mode::CHANGE);
+    uint64 const beginUsec = wTime_NowUsec();
+
+    EXPECT_EQ(locks.EnterInner(Place::Of("/controls/x"), false, 10'000).pass, nullptr);
+
+    EXPECT_LT(wTime_NowUsec() - beginUsec, 10'000'000u);
+    Leave("change");
 }
 
 TEST_F(ResourceLocksTest, LetsAChangeOfAWholeTreeRunAloneInIt)

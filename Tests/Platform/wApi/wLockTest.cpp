@@ -1,11 +1,14 @@
 #include "wApi/wLock.h"
+#include "Support/AdvancedCalendar.h"
 #include "Support/SignalCounter.h"
 #include "wApi/wStatus.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <thread>
+#include <vector>
 
 using ZuTest::SignalCounter;
 
@@ -87,6 +90,20 @@ TEST_F(wLockTest, GivesUpWhenTheTimeHasPassed)
     EXPECT_EQ(Exit(), Zu::Status::SUCCESS);
 }
 
+TEST_F(wLockTest, GivesUpInTimeWhenTheClockIsSetBack)
+{
+    ZuTest::AdvancedCalendar const calendar(20);
+    ASSERT_EQ(EnterForEver(), Zu::Status::SUCCESS);
+    uint64 const beginUsec = wTime_NowUsec();
+
+    EXPECT_EQ(OnAnotherThread([this] { return Enter(10'000); }), Zu::Status::TIME_OUT);
+
+    uint64 const passedUsec = wTime_NowUsec() - beginUsec;
+    EXPECT_GE(passedUsec, 10'000u);
+    EXPECT_LT(passedUsec, 10'000'000u);
+    EXPECT_EQ(Exit(), Zu::Status::SUCCESS);
+}
+
 TEST_F(wLockTest, IsGivenToWhoWaits)
 {
     ASSERT_EQ(EnterForEver(), Zu::Status::SUCCESS);
@@ -103,6 +120,63 @@ TEST_F(wLockTest, IsGivenToWhoWaits)
     other.join();
 
     EXPECT_EQ(taken, Zu::Status::SUCCESS);
+}
+
+TEST_F(wLockTest, IsPassedOnAmongThreadsWithAndWithoutALimit)
+{
+    constexpr uint64 ROUNDS = 20'000;
+    constexpr uint64 LIMIT_USEC = 60'000'000; // what a wake-up that is lost costs
+    constexpr uint64 TIMEOUTS[] = {LIMIT_USEC, LIMIT_USEC, LIMIT_USEC, wTIMEOUT_INFINITE};
+    uint64 const beginUsec = wTime_NowUsec();
+    uint64 count = 0;
+    std::vector<std::thread> threads;
+    for (uint64 const timeoutUsec : TIMEOUTS)
+    {
+        threads.emplace_back([this, &count, timeoutUsec] {
+            for (uint64 round = 0; round < ROUNDS; ++round)
+            {
+                ASSERT_EQ(Enter(timeoutUsec), Zu::Status::SUCCESS);
+                ++count;
+                ASSERT_EQ(Exit(), Zu::Status::SUCCESS);
+            }
+        });
+    }
+    for (auto& thread : threads)
+    {
+        thread.join();
+    }
+
+    EXPECT_EQ(count, ROUNDS * std::size(TIMEOUTS));
+    EXPECT_LT(wTime_NowUsec() - beginUsec, LIMIT_USEC);
+}
+
+TEST_F(wLockTest, IsGivenToAWaitOnEachOfTwoLocks)
+{
+    wLock second;
+    ASSERT_EQ(wLock_Construct(&second, nullptr), Zu::Status::SUCCESS);
+    auto const enterSecond = [&second]() ZU_NO_THREAD_SAFETY_ANALYSIS { return wLock_EnterEx(second, 60'000'000); };
+    auto const leaveSecond = [&second]() ZU_NO_THREAD_SAFETY_ANALYSIS { return wLock_Exit(second); };
+    ASSERT_EQ(EnterForEver(), Zu::Status::SUCCESS);
+    ASSERT_EQ(enterSecond(), Zu::Status::SUCCESS);
+    SignalCounter taken;
+    std::thread first([&] {
+        EXPECT_EQ(Enter(60'000'000), Zu::Status::SUCCESS);
+        taken.Signal();
+        EXPECT_EQ(Exit(), Zu::Status::SUCCESS);
+    });
+    std::thread other([&] {
+        EXPECT_EQ(enterSecond(), Zu::Status::SUCCESS);
+        taken.Signal();
+        EXPECT_EQ(leaveSecond(), Zu::Status::SUCCESS);
+    });
+
+    EXPECT_EQ(leaveSecond(), Zu::Status::SUCCESS);
+    EXPECT_TRUE(taken.Wait(1));
+    EXPECT_EQ(Exit(), Zu::Status::SUCCESS);
+
+    EXPECT_TRUE(taken.Wait(2));
+    first.join();
+    other.join();
 }
 
 TEST_F(wLockTest, RefusesEverythingBeforeItIsMade)
