@@ -12,7 +12,8 @@ extern "C"
     /// The loader's way to the assembly: ZuCnLib_Construct under the name that it looks for.
     ZUCONTROL_API wStatus wPlugin_ConstructAssembly(wAssembly** assembly);
 
-    /// Builds the library's assembly with everything that it depends on, and on a later call gives the same one with one more
-    /// reference. A failing step releases what was built and its status is given.
+    /// Builds the library's assembly with everything that it depends on. A later call gives the same one with one more
+    /// reference. When a step fails, what was built is released and the status of that step is given; `*assembly` is then
+    /// left alone. Not protected against two first calls at once, nor against the release of the last reference meanwhile.
     ZUCONTROL_API wStatus ZuCnLib_Construct(wAssembly** assembly);
 }

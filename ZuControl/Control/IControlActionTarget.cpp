@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlActionTarget.h"
-
-namespace ZuControl
-{
-
-IControlActionTarget::~IControlActionTarget() = default;
-
-} // namespace ZuControl

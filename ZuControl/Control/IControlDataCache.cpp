@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlDataCache.h"
-
-namespace ZuControl
-{
-
-IControlDataCache::~IControlDataCache() = default;
-
-} // namespace ZuControl

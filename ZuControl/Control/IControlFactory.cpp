@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlFactory.h"
-
-namespace ZuControl
-{
-
-IControlFactory::~IControlFactory() = default;
-
-} // namespace ZuControl

@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlHardware.h"
-
-namespace ZuControl
-{
-
-IControlHardware::~IControlHardware() = default;
-
-} // namespace ZuControl

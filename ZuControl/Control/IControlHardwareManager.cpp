@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlHardwareManager.h"
-
-namespace ZuControl
-{
-
-IControlHardwareManager::~IControlHardwareManager() = default;
-
-} // namespace ZuControl

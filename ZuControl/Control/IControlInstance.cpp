@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlInstance.h"
-
-namespace ZuControl
-{
-
-IControlInstance::~IControlInstance() = default;
-
-} // namespace ZuControl

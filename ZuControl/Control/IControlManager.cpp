@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlManager.h"
-
-namespace ZuControl
-{
-
-IControlManager::~IControlManager() = default;
-
-} // namespace ZuControl

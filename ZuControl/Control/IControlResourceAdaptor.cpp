@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlResourceAdaptor.h"
-
-namespace ZuControl
-{
-
-IControlResourceAdaptor::~IControlResourceAdaptor() = default;
-
-} // namespace ZuControl

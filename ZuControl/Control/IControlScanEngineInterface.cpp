@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlScanEngineInterface.h"
-
-namespace ZuControl
-{
-
-IControlScanEngineInterface::~IControlScanEngineInterface() = default;
-
-} // namespace ZuControl

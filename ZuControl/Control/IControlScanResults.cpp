@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlScanResults.h"
-
-namespace ZuControl
-{
-
-IControlScanResults::~IControlScanResults() = default;
-
-} // namespace ZuControl

@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlScanResultsDispatcher.h"
-
-namespace ZuControl
-{
-
-IControlScanResultsDispatcher::~IControlScanResultsDispatcher() = default;
-
-} // namespace ZuControl

@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IControlSystemInterface.h"
-
-namespace ZuControl
-{
-
-IControlSystemInterface::~IControlSystemInterface() = default;
-
-} // namespace ZuControl

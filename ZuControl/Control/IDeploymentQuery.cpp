@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IDeploymentQuery.h"
-
-namespace ZuControl
-{
-
-IDeploymentQuery::~IDeploymentQuery() = default;
-
-} // namespace ZuControl

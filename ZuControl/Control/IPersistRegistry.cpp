@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IPersistRegistry.h"
-
-namespace ZuControl
-{
-
-IPersistRegistry::~IPersistRegistry() = default;
-
-} // namespace ZuControl

@@ -1,8 +1,0 @@
-#include "ZuControl/Control/IUpdateGate.h"
-
-namespace ZuControl
-{
-
-IUpdateGate::~IUpdateGate() = default;
-
-} // namespace ZuControl

@@ -1,8 +1,0 @@
-#include "ZuControl/ControlProtocol/IProtocolOutput.h"
-
-namespace ZuControl::ControlProtocol
-{
-
-IProtocolOutput::~IProtocolOutput() = default;
-
-} // namespace ZuControl::ControlProtocol

@@ -1,8 +1,0 @@
-#include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
-
-namespace ZuControl::ControlProtocol
-{
-
-IProtocolRegisterAssemblyGroup::~IProtocolRegisterAssemblyGroup() = default;
-
-} // namespace ZuControl::ControlProtocol

@@ -1,8 +1,0 @@
-#include "ZuControl/ControlProtocol/IProtocolRegisterBlockFactory.h"
-
-namespace ZuControl::ControlProtocol
-{
-
-IProtocolRegisterBlockFactory::~IProtocolRegisterBlockFactory() = default;
-
-} // namespace ZuControl::ControlProtocol
