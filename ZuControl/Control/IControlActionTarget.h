@@ -19,6 +19,7 @@ namespace ZuControl
 class ZUCONTROL_API IControlActionTarget
 {
 public:
+    IControlActionTarget() noexcept;
     virtual ~IControlActionTarget(); // first of the slots that plug-ins call through: never move one
 
     virtual std::vector<ControlActionInfo> ListActions() const = 0;

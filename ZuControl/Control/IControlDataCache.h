@@ -40,6 +40,7 @@ public:
         bool laserEnabled = true;
     };
 
+    IControlDataCache() noexcept;
     virtual ~IControlDataCache(); // first of the slots that plug-ins call through: never move one
 
     virtual DataCacheSystemStats SystemStats(uint64 timeoutUsec) = 0;

@@ -23,6 +23,7 @@ public:
     Create(ControlProtocol::ControlProtocolEnviron const& environ) = 0;
 
 protected:
+    IControlFactory() noexcept;
     ~IControlFactory(); // not virtual: the first slot is the creating operation
 };
 

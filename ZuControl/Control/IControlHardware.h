@@ -23,6 +23,7 @@ public:
         DIGITAL_INPUT = 4   ///< `ControlDigitalInput`
     };
 
+    IControlHardware() noexcept;
     virtual ~IControlHardware(); // first of the slots that plug-ins call through: never move one
 
     virtual ZuHardwareIOType HardwareIoType() const = 0;

@@ -16,6 +16,7 @@ class ZUCONTROL_API IControlHardwareManager
 public:
     using ZuHardwareIOType = IControlHardware::ZuHardwareIOType;
 
+    IControlHardwareManager() noexcept;
     virtual ~IControlHardwareManager(); // first of the slots that plug-ins call through: never move one
 
     /// The kinds of which the sensor has any; empty without a sensor.

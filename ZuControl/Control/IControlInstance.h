@@ -48,6 +48,7 @@ public:
         DataToResetAll = 3
     };
 
+    IControlInstance() noexcept;
     virtual ~IControlInstance(); // first of the slots that others call through: never move one
 
     virtual ControlInfo const& Info() const = 0;

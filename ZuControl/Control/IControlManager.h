@@ -26,6 +26,8 @@ public:
 
     using CallbackId = Zu::Event<PersistenceLoadOpState>::CallbackId;
 
+    IControlManager() noexcept;
+
     // Behind the slots of ZuCommon::IPersistHandler; plug-ins and the host call through them: never move one.
     ~IControlManager() override;
 

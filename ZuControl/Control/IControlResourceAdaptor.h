@@ -16,6 +16,7 @@ namespace ZuControl
 class ZUCONTROL_API IControlResourceAdaptor
 {
 public:
+    IControlResourceAdaptor() noexcept;
     virtual ~IControlResourceAdaptor(); // first of the slots that plug-ins call through: never move one
 
     /// Puts the JSON text of what `path` names into `output`: a string with its quotes, "null" for a part that is not there.

@@ -38,6 +38,7 @@ public:
         bool laserEnabled = true;
     };
 
+    IControlScanEngineInterface() noexcept;
     virtual ~IControlScanEngineInterface(); // first of the slots that others call through: never move one
 
     virtual void SoftwareTrigger(std::string const& scannerId) = 0;

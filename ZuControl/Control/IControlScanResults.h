@@ -36,6 +36,7 @@ public:
     virtual void UpdateClientCount(ZuEthernetProtocol protocol, uint64 count) = 0;
 
 protected:
+    IControlScanResults() noexcept;
     ~IControlScanResults(); // not virtual: the first slot is the adding of handlers
 };
 

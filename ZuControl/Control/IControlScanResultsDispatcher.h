@@ -13,6 +13,7 @@ namespace ZuControl
 class ZUCONTROL_API IControlScanResultsDispatcher
 {
 public:
+    IControlScanResultsDispatcher() noexcept;
     virtual ~IControlScanResultsDispatcher(); // first of the slots that others call through: never move one
 
     /// Adds a handler, which receives the `wArrayList` of the sets that have gathered. The list is valid for the call only;

@@ -27,6 +27,7 @@ public:
         std::vector<uint64> linkCapacity; ///< per network interface, empty when it is not told
     };
 
+    IControlSystemInterface() noexcept;
     virtual ~IControlSystemInterface(); // first of the slots that others call through: never move one
 
     virtual void Start() = 0;

@@ -9,6 +9,7 @@ namespace ZuControl
 class ZUCONTROL_API IDeploymentQuery
 {
 public:
+    IDeploymentQuery() noexcept;
     virtual ~IDeploymentQuery();
 
     virtual bool IsPhysicalSensor() = 0;

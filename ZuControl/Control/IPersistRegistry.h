@@ -28,6 +28,7 @@ public:
     virtual void MarkModified(ZuCommon::IPersistHandler& handler, ZuCommon::PersistDomain domain, uint64 reserved) = 0;
 
 protected:
+    IPersistRegistry() noexcept;
     ~IPersistRegistry(); // not virtual: the first slot is the registration
 };
 

@@ -17,6 +17,7 @@ public:
     virtual void EndUpdate() = 0;
 
 protected:
+    IUpdateGate() noexcept;
     ~IUpdateGate(); // not virtual: the first slot is the opening
 };
 

@@ -39,6 +39,7 @@ class IProtocolRegisterAssembly;
 class ZUCONTROL_API IProtocol : public ZuCommon::IMetricsKeeper, public ZuCommon::IMetricsSource
 {
 public:
+    IProtocol() noexcept;
     ~IProtocol() override; // first of the slots that plug-ins call through: never move one
 
     // UpdateMetrics and ResetMetrics come here, GetMetrics with the second base.

@@ -25,6 +25,7 @@ public:
     /// How an output id meets those that the map has: 0 is free, 1 is taken; other kinds of map use the bits as flags.
     using ZuProtocolOutputDataOverlapState = uint16;
 
+    IProtocolOutput() noexcept;
     virtual ~IProtocolOutput(); // first of the slots that plug-ins call through: never move one
 
     /// Holds the map's lock until `EndLock`; one thread may nest the two.

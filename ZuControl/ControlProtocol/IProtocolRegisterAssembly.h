@@ -30,6 +30,7 @@ public:
     static constexpr char const* DEFAULT_REGISTER_ASSEMBLY_ID = "registerAssembly-0";
     static constexpr char const* DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME = "Register Assembly 0";
 
+    IProtocolRegisterAssembly() noexcept;
     virtual ~IProtocolRegisterAssembly(); // first of the slots that plug-ins call through: never move one
 
     /// Holds the assembly's lock until `EndLock`, so that the lists that it hands out may be read.

@@ -21,6 +21,7 @@ class IProtocolRegisterAssembly;
 class ZUCONTROL_API IProtocolRegisterAssemblyGroup
 {
 public:
+    IProtocolRegisterAssemblyGroup() noexcept;
     virtual ~IProtocolRegisterAssemblyGroup(); // first of the slots that plug-ins call through: never move one
 
     /// Throws -997 for an identifier that is there already; the first stays.

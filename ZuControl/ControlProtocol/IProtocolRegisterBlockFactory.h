@@ -15,6 +15,7 @@ struct RegisterBlockParams;
 class ZUCONTROL_API IProtocolRegisterBlockFactory
 {
 public:
+    IProtocolRegisterBlockFactory() noexcept;
     virtual ~IProtocolRegisterBlockFactory(); // first of the slots that plug-ins call through: never move one
 
     /// A new block; it refers to `info`, which outlives it. Throws what the block's constructor throws.
