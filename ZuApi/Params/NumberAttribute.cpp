@@ -45,10 +45,13 @@ NumberAttribute<T>& NumberAttribute<T>::Set(T newNumber)
     if ((held & INLINE_MARK) == 0)
     {
         NodeIn<T>(held)->Set(newNumber);
+        return *this;
     }
-    else
+    uint64 const wanted = static_cast<uint64>(newNumber) << INLINE_SHIFT | INLINE_MARK;
+    if (held != wanted)
     {
-        word.store(static_cast<uint64>(newNumber) << INLINE_SHIFT | INLINE_MARK, std::memory_order_release);
+        // For another number alone: this drops a node that a reader makes at the same moment.
+        word.store(wanted, std::memory_order_release);
     }
     return *this;
 }

@@ -16,7 +16,7 @@ namespace Zu::Params
 
 /// A flag or number that describes a parameter. It reads and is written like a Zu::Properties::Value<T>, and becomes one
 /// when its node is first asked for; until then it is one word.
-/// Threads: as its parameter; readers may ask for the node side by side. T is bool or uint32.
+/// Threads: as its parameter. Asking for the node and setting the same number may run beside readers. T: bool, uint32.
 template <typename T>
 class ZUAPI_API NumberAttribute
 {

@@ -32,8 +32,8 @@ public:
 
     using Properties::Structure::Register; // for a member that comes back: title and sort order stay
 
-    /// Adds `member` under `key` and gives it back. Its title is the key when `memberTitle` is empty; its sort order is 100
-    /// above the last.
+    /// Adds `member` under `key` and gives it back. Title: the key for an empty `memberTitle`; sort order: 100 above the last.
+    /// Stores nothing in a member that has both already: a live record may be registered beside readers.
     template <std::derived_from<Properties::Node> Member>
     requires std::derived_from<Member, ParamsBase> Member& Register(Text key, Text memberTitle, Member& member)
     {

@@ -77,9 +77,11 @@ void TextAttribute::Share(InternedText newText)
     if (!IsText(held))
     {
         reinterpret_cast<Made*>(held)->node.Set(newText.Get());
-        return;
     }
-    Keep(newText.Detach());
+    else if (InternedText::TextOf(TextIn(held)) != newText.Get())
+    {
+        Keep(newText.Detach()); // for another text alone: this drops a node that a reader makes at the same moment
+    }
 }
 
 void TextAttribute::CopyFrom(TextAttribute const& other)
@@ -120,7 +122,7 @@ Properties::Value<std::string>& TextAttribute::Node() const
 void TextAttribute::Keep(void* text) noexcept
 {
     std::uintptr_t const marked = text != nullptr ? reinterpret_cast<std::uintptr_t>(text) | TEXT_MARK : 0;
-    std::uintptr_t const old = word.load(std::memory_order_relaxed); // nobody else writes
+    std::uintptr_t const old = word.load(std::memory_order_relaxed); // the caller has the attribute to itself
     word.store(marked, std::memory_order_release);
     InternedText::Attach(TextIn(old));
 }

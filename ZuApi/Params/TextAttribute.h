@@ -23,7 +23,7 @@ namespace Zu::Params
 
 /// A text that describes a parameter. It reads and is written like a Zu::Properties::Value<std::string>, and becomes one
 /// when its node is first asked for; until then it is one word that names a text all equal attributes share.
-/// Threads: as its parameter; readers may ask for the node side by side.
+/// Threads: as its parameter. Asking for the node and setting the text that is there already may run beside readers.
 class ZUAPI_API TextAttribute
 {
 public:
@@ -37,7 +37,7 @@ public:
 
     TextAttribute& Set(std::string const& newText);
 
-    /// Sets it to a text that is kept already.
+    /// Sets it to a text that is interned already.
     void Share(Properties::Internal::InternedText newText);
 
     /// Sets it to the other's text, which the two then share.

@@ -20,7 +20,8 @@ struct ZUCONTROL_INTERNAL_API ControlProperties final : public Zu::Params::Group
     ~ControlProperties() override;
 
     /// Shows the protocol's own record under "parameters", behind the others. It is not owned; this record is done with it
-    /// before it ends. What describes it as a member is stored in it, which changes nothing from the second time on.
+    /// before it ends. Title and sort order are stored in `parameters` where they differ: the first call stores them, later
+    /// calls only read.
     void ShowParameters(Zu::Params::Group& parameters);
 
     /// Whether `candidate` is one of the states that the schema lists.

@@ -174,8 +174,8 @@ void ControlResource::RegisterParamUpdateEvent()
 
 void ControlResource::SetupParamUpdateEvents(IControlInstance& instance)
 {
-    // Title and sort order of the live record are stored here, once, so that the reads that come side by side later find
-    // them as they should be and store nothing.
+    // Stores title and sort order in the live record. Reads run side by side later; they find both as they should be and
+    // store nothing.
     ControlProperties().ShowParameters(ParametersOf(instance));
     paramUpdateEventIds[instance.TypeName()] =
         instance.AddParamsUpdatedEventHandler(Gate().Bind(std::function<void(std::string, bool)>(

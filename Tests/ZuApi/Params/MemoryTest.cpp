@@ -69,4 +69,19 @@ TEST_F(Memory, TakesNoneToSetTheMinimumThatIsThereAtBirth)
     EXPECT_EQ(counter.Count(), 0u);
 }
 
+TEST_F(Memory, TakesNoneToDescribeAMemberAgain)
+{
+    std::string const longTitle(256, 't');
+    Group record;
+    record.Register("item", longTitle, *kept);
+    Properties::Node const& node = kept->title.Node();
+
+    ZuTest::AllocationCounter const counter;
+    record.nextSortOrder = 0;
+    record.Register("item", longTitle, *kept);
+
+    EXPECT_EQ(counter.Count(), 0u);
+    EXPECT_EQ(&kept->title.Node(), &node);
+}
+
 } // namespace Zu::Params

@@ -1,13 +1,17 @@
 #include "ZuApi/Params/StructBase.h"
 
 #include "Support/Refusal.h"
+#include "Support/SealedRecord.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Palette.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <barrier>
+#include <cstdlib>
 #include <latch>
+#include <memory>
 #include <thread>
 #include <typeinfo>
 
@@ -192,6 +196,77 @@ TEST(StructBase, IsDescribedToManyReadersAtOnce)
         EXPECT_EQ(schema, schemas.front());
     }
     EXPECT_EQ(schemas.front().at("properties").at("strokes").at("items").size(), 20u);
+}
+
+TEST(StructBase, StoresNothingInAMemberThatIsRegisteredAgainAsItStands)
+{
+    std::string const longTitle(256, 't'); // not one of the texts that are kept for good
+    ZuTest::SealedRecord<Stroke> stroke;
+    Group().Register("pen", longTitle, stroke.Get());
+    ASSERT_TRUE(stroke.Seal());
+
+    EXPECT_EXIT(
+        {
+            Group().Register("pen", longTitle, stroke.Get());
+            std::exit(stroke.Get().title == longTitle ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(StructBase, StoresNothingWhenItIsRead)
+{
+    ZuTest::SealedRecord<Palette> palette;
+    palette.Get().strokes.Resize(2);
+    Json const document = JsonSerializer::Serialize(palette.Get());
+    Json const schema = JsonSerializer::SerializeSchema(palette.Get()); // the first call makes the nodes of the schema
+    ASSERT_TRUE(palette.Seal());
+
+    EXPECT_EXIT(
+        {
+            bool const isSame = JsonSerializer::Serialize(palette.Get()) == document &&
+                                JsonSerializer::SerializeSchema(palette.Get()) == schema;
+            std::exit(isSame ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(StructBase, KeepsTheNodesOfAMemberThatIsRegisteredAgainBesideReaders)
+{
+    constexpr int ROUNDS = 2'000;
+    std::string const longTitle(256, 't');
+    std::unique_ptr<Stroke> stroke;
+    int lostNodes = 0;
+    auto const beginRound = [&]() noexcept {
+        if (stroke != nullptr)
+        {
+            Properties::Structure const& schema = *stroke->Schema();
+            lostNodes += schema.Find("title") != &stroke->title.Node() ? 1 : 0;
+            lostNodes += schema.Find("sortOrder") != &stroke->sortOrder.Node() ? 1 : 0;
+        }
+        stroke = std::make_unique<Stroke>();
+        Group().Register("pen", longTitle, *stroke);
+    };
+    beginRound();
+    std::barrier round(2, beginRound);
+    std::thread plainReader([&] {
+        for (int i = 0; i < ROUNDS; ++i)
+        {
+            for (int read = 0; read < 20; ++read) // so many meet the moment in which the schema is made
+            {
+                Group().Register("pen", longTitle, *stroke);
+            }
+            EXPECT_EQ(stroke->title, longTitle);
+            round.arrive_and_wait();
+        }
+    });
+    for (int i = 0; i < ROUNDS; ++i)
+    {
+        EXPECT_EQ(JsonSerializer::Serialize(*stroke->Schema()).at("title"), longTitle);
+        round.arrive_and_wait();
+    }
+    plainReader.join();
+
+    EXPECT_EQ(lostNodes, 0);
 }
 
 } // namespace Zu::Params

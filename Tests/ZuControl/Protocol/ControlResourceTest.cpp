@@ -1,7 +1,13 @@
 #include "ZuControl/Protocol/ControlResource.h"
 
+#include "Support/AllocationCounter.h"
 #include "Support/FakeProtocol.h"
 #include "Support/ResourceFixture.h"
+#include "Support/SealedRecord.h"
+
+#include <cstdlib>
+#include <latch>
+#include <thread>
 
 namespace ZuControl::Protocol
 {
@@ -265,6 +271,60 @@ TEST_F(ControlResourceTest, IsCalledNoMoreWhenItCouldNotLeaveAnEvent)
 
     EXPECT_EQ(calls.All(), (Calls{"RemoveParamsHandler"}));
     EXPECT_EQ(log.CountOfText("Exception thrown in destructor"), 1u);
+}
+
+TEST_F(ControlResourceTest, StoresNothingInTheRecordThatItReads)
+{
+    ZuTest::SealedRecord<ZuTest::NumbersGroup> record;
+    instance.params = std::shared_ptr<Zu::Params::Group>(std::shared_ptr<void>(), &record.Get());
+    resource = std::make_unique<ControlResource>(manager);
+    ASSERT_TRUE(record.Seal());
+    EXPECT_EXIT(std::exit(ReadOne().at("parameters").at("b") == 20 ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ControlResourceTest, ShowsAndDescribesOneRecordToManyReadersAtOnce)
+{
+    constexpr int READERS = 4;
+    Json const document = ReadOne();
+    auto const read = [this](bool wantsSchema) {
+        ZuRest::ResponseInfo own;
+        return resource->Document(Request({{"protocol", "a"}}, wantsSchema), own);
+    };
+    ZuTest::AllocationCounter const counter;
+    Json const again = read(false); // kept: the library allocates to free a document
+    uint64 const allocations = counter.Count();
+    std::latch begin(READERS);
+    auto const readMany = [&](bool wantsSchema) {
+        begin.arrive_and_wait();
+        for (int i = 0; i < 200; ++i)
+        {
+            ZuTest::AllocationCounter const ownCounter;
+            Json found = read(wantsSchema);
+            uint64 const ownAllocations = ownCounter.Count();
+            if (wantsSchema)
+            {
+                EXPECT_EQ(found.at("_schema").at("properties").at("parameters").at("title"), "parameters");
+                found.erase("_schema");
+            }
+            else
+            {
+                EXPECT_EQ(ownAllocations, allocations); // a read leaves nothing for the next one to make
+            }
+            EXPECT_EQ(found, document);
+        }
+    };
+    std::vector<std::thread> readers;
+    for (int i = 0; i < READERS; ++i)
+    {
+        readers.emplace_back(readMany, i % 2 == 0);
+    }
+    for (std::thread& reader : readers)
+    {
+        reader.join();
+    }
+
+    EXPECT_EQ(params->Schema()->Find("title"), &params->title.Node());
+    EXPECT_EQ(params->Schema()->Find("sortOrder"), &params->sortOrder.Node());
 }
 
 } // namespace ZuControl::Protocol
