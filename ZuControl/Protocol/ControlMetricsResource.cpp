@@ -1,5 +1,6 @@
 #include "ZuControl/Protocol/ControlMetricsResource.h"
 
+#include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuControl/Protocol/MetricsReport.h"
 #include "ZuRest/RequestInfo.h"
@@ -12,15 +13,7 @@ namespace ZuControl::Protocol
 namespace
 {
 
-std::string const& NameIn(ZuRest::RequestInfo const& request)
-{
-    std::string const* const name = request.FindKey("protocol");
-    if (name == nullptr)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Missing control protocol name in request");
-    }
-    return *name;
-}
+constexpr char MISSING_NAME[] = "Missing control protocol name in request";
 
 } // namespace
 
@@ -44,14 +37,23 @@ ZuRest::IStreamableResource* ControlMetricsResource::StreamableProvider()
 
 nlohmann::json ControlMetricsResource::Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& /*response*/)
 {
-    return MetricsReport::Read(metrics, NameIn(request), request.wantsSchema);
+    std::string const* const name = request.FindKey("protocol");
+    if (name == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, MISSING_NAME);
+    }
+    return MetricsReport::Read(metrics, *name, request.wantsSchema);
 }
 
 uint32 ControlMetricsResource::StartStream(ZuRest::IStreamReceiver* receiver, ZuRest::RequestInfo const& request)
 {
-    std::string const& name = NameIn(request);
-    auto const callback = metrics.AddReportHandler(MetricsReport::SendTo(*receiver), name);
-    streams.try_emplace(nextStreamId, Stream{callback, name});
+    std::string const* const name = request.FindKey("protocol");
+    if (name == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, MISSING_NAME);
+    }
+    auto const callback = metrics.AddReportHandler(MetricsReport::SendTo(*receiver), *name);
+    streams.try_emplace(nextStreamId, Stream{callback, *name});
     return nextStreamId++;
 }
 

@@ -91,6 +91,26 @@ TEST_F(ControlMetricsResourceTest, RefusesARequestThatNamesNoProtocol)
     EXPECT_EQ(Reporting(), 0u);
 }
 
+TEST_F(ControlMetricsResourceTest, RefusesAMissingNameUnderTheNameOfTheOperation)
+{
+    auto const labelOf = [](auto const& operation) -> std::string {
+        try
+        {
+            operation();
+        }
+        catch (Zu::Exception const& exception)
+        {
+            return exception.Function();
+        }
+        return "nothing was thrown";
+    };
+
+    EXPECT_EQ(labelOf([this] { resource.Document(Request({}), response); }),
+              "ZuControl::Protocol::ControlMetricsResource::Document");
+    EXPECT_EQ(labelOf([this] { resource.StartStream(&first, Request({})); }),
+              "ZuControl::Protocol::ControlMetricsResource::StartStream");
+}
+
 TEST_F(ControlMetricsResourceTest, RefusesAProtocolThatThereIsNot)
 {
     Refusal const unknown{-999, "Control protocol type not recognized: 'x'."};
