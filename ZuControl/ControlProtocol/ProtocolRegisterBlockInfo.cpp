@@ -143,7 +143,12 @@ std::shared_ptr<ProtocolRegisterBlock> ProtocolRegisterBlockInfo::ConstructBlock
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    return factory->Construct(params, *this);
+    std::shared_ptr<ProtocolRegisterBlock> block = factory->Construct(params, *this);
+    if (block == nullptr)
+    {
+        ZU_THROW(Zu::Status::WRONG_STATE);
+    }
+    return block;
 }
 
 uint64 ProtocolRegisterBlockInfo::PlacementChangeCount() const

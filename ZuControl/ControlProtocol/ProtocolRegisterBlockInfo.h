@@ -59,7 +59,8 @@ public:
     void DecrementInstanceCount();
     void ResetInstanceCount();
 
-    /// A new block of this type, not yet placed and not counted. Throws what the block's constructor throws.
+    /// A new block of this type, not yet placed and not counted. Throws what the block's constructor throws, and
+    /// `Zu::Status::WRONG_STATE` when there is no factory or the factory gives no block.
     std::shared_ptr<ProtocolRegisterBlock> ConstructBlock(RegisterBlockParams const& params);
 
     /// Grows whenever a block of this type is given another output id, or the type another address model. By it the

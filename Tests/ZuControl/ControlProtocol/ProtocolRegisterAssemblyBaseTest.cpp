@@ -58,6 +58,15 @@ struct StrangeBlock : public ProtocolRegisterBlock
     }
 };
 
+class NullFactory final : public IProtocolRegisterBlockFactory
+{
+public:
+    std::shared_ptr<ProtocolRegisterBlock> Construct(RegisterBlockParams const&, ProtocolRegisterBlockInfo&) override
+    {
+        return nullptr;
+    }
+};
+
 /// Counts the lines that are written while a condition holds.
 class LineCounter final : public Zu::Logging::ISink
 {
@@ -413,6 +422,23 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, LetsStrangeExceptionsEndTheCall)
 
     EXPECT_EQ(Placed(), Names{});
     EXPECT_EQ(log.Lines().size(), 0u);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesABlockThatItsFactoryDoesNotMake)
+{
+    Build(true, 100, 199);
+    auto broken = ZuTest::TypeParams("Broken", 4);
+    broken.factory = std::make_shared<NullFactory>();
+    Offer(broken);
+    AddAt({100});
+
+    EXPECT_EQ(Add(102, true, "Broken"), NOTHING_ADDED);
+
+    ExpectLine(""); // the refusal has no text
+    EXPECT_FALSE(IsLockHeld());
+    EXPECT_EQ(Placed(), (Names{"b1@106"})); // a shift that has been made stays
+    EXPECT_EQ(CountOf("Broken"), 0);
+    EXPECT_EQ(Compact(196), DONE); // nothing of the refused block is counted
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, TakesNoRecordOfAnotherClass)

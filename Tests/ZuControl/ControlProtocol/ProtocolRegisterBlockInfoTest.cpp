@@ -110,6 +110,33 @@ TEST(ProtocolRegisterBlockInfo, CountsDownBelowZeroWithoutValidation)
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(info).at("instanceCount"), 0);
 }
 
+TEST(ProtocolRegisterBlockInfo, RefusesToMakeABlockWithoutAFactory)
+{
+    auto params = TypeParams("Test", 4);
+    params.factory = nullptr;
+    ProtocolRegisterBlockInfo info(params);
+
+    EXPECT_EQ(RefusalOf([&] { info.ConstructBlock(RegisterBlockParams()); }), (Refusal{-1000, ""}));
+}
+
+TEST(ProtocolRegisterBlockInfo, RefusesAFactoryThatMakesNoBlock)
+{
+    class NullFactory final : public IProtocolRegisterBlockFactory
+    {
+    public:
+        std::shared_ptr<ProtocolRegisterBlock> Construct(RegisterBlockParams const&,
+                                                         ProtocolRegisterBlockInfo&) override
+        {
+            return nullptr;
+        }
+    };
+    auto params = TypeParams("Test", 4);
+    params.factory = std::make_shared<NullFactory>();
+    ProtocolRegisterBlockInfo info(params);
+
+    EXPECT_EQ(RefusalOf([&] { info.ConstructBlock(RegisterBlockParams()); }), (Refusal{-1000, ""}));
+}
+
 TEST(ProtocolRegisterBlockInfo, TakesUpBytesTimesRegistersInSixteenBits)
 {
     auto params = TypeParams("System", 76);
