@@ -74,6 +74,7 @@ void ProtocolRegisterAssemblyBase::AddSupportedBlockType(std::unique_ptr<Protoco
         ZU_THROW(Zu::Status::ALREADY_EXISTS, "This register block type is already supported.");
     }
     info->SetIsGlobalAddressSpaceUsed(IsGlobal());
+    info->CountChangesIn(placementChanges);
     supportedTypes.push_back(std::move(info));
 }
 
@@ -281,7 +282,7 @@ void ProtocolRegisterAssemblyBase::ChangeBigEndianSupportedBlocks(bool isProtoco
 
 uint64 ProtocolRegisterAssemblyBase::ChangeCount() const
 {
-    return changeCount.load(std::memory_order_acquire);
+    return changeCount.load(std::memory_order_acquire) + placementChanges.all.load(std::memory_order_acquire);
 }
 
 void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool autoShift)
@@ -516,7 +517,7 @@ void ProtocolRegisterAssemblyBase::MoveBlock(Position position, uint16 newId, bo
     placement.Move(position, target, newId);
 }
 
-void ProtocolRegisterAssemblyBase::CheckCompaction(uint16 startingOutputId) const
+void ProtocolRegisterAssemblyBase::CheckCompaction(uint16 startingOutputId)
 {
     if (OutputIdMax() < startingOutputId || OutputIdMin() > startingOutputId)
     {
@@ -525,7 +526,7 @@ void ProtocolRegisterAssemblyBase::CheckCompaction(uint16 startingOutputId) cons
                  "[%2$u, %3$u].",
                  unsigned{startingOutputId}, unsigned{OutputIdMin()}, unsigned{OutputIdMax()});
     }
-    uint16 const used = usedRegisterCount.load(std::memory_order_relaxed);
+    uint16 const used = UsedRegisterCount();
     if (int32{OutputIdMax()} - startingOutputId + 1 < int32{used})
     {
         ZU_THROW(
@@ -537,14 +538,27 @@ void ProtocolRegisterAssemblyBase::CheckCompaction(uint16 startingOutputId) cons
     }
 }
 
+/// Takes the lock only when a register count has changed since the last count.
+uint16 ProtocolRegisterAssemblyBase::UsedRegisterCount()
+{
+    if (placementChanges.registerCounts.load(std::memory_order_acquire) !=
+        countedAtChange.load(std::memory_order_acquire))
+    {
+        Zu::Locker const guard(lock);
+        RefreshPlacement();
+    }
+    return usedRegisterCount.load(std::memory_order_relaxed);
+}
+
 void ProtocolRegisterAssemblyBase::RefreshPlacement()
 {
-    uint64 changes = 0;
-    for (auto const& type : supportedTypes)
+    uint64 const registerCountChanges = placementChanges.registerCounts.load(std::memory_order_acquire);
+    placement.Refresh(placementChanges.all.load(std::memory_order_acquire));
+    if (registerCountChanges != countedAtChange.load(std::memory_order_relaxed))
     {
-        changes += type->PlacementChangeCount();
+        usedRegisterCount.store(UsedRegistersCount(placement.Begin()), std::memory_order_relaxed);
+        countedAtChange.store(registerCountChanges, std::memory_order_release);
     }
-    placement.Refresh(changes);
 }
 
 void ProtocolRegisterAssemblyBase::AddToUsedRegisters(int32 registers)

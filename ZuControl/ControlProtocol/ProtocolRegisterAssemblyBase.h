@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterAssemblyAttributes.h"
 #include "ZuControl/ControlProtocol/RegisterAssemblyProperties.h"
 #include "ZuControl/ControlProtocol/RegisterPlacement.h"
@@ -28,7 +29,10 @@ struct UpdateBlockParams;
 /// and the range is not looked at.
 /// Ownership: of the types and, shared, of the blocks; neither outlives the assembly.
 /// Threads: any. `Add` and `Remove` take the lock for each element and not for the call, so that others may see a list that
-/// is half done. What a call has changed before it fails stays changed.
+/// is half done. What a call has changed before it fails stays changed. Observers of a block's output id run under the lock
+/// while blocks are moved; they must not call `Add`, `Remove`, `Update` or `Compact`.
+/// A plug-in may also set output ids of blocks and register counts of types without the assembly, with the lock held. The
+/// assembly then goes by the new values; it does not check them.
 class ZUCONTROL_API ProtocolRegisterAssemblyBase : public IProtocolRegisterAssembly
 {
 public:
@@ -78,8 +82,9 @@ public:
     /// Sets the byte order of all types; blocks that are placed follow at once.
     void ChangeBigEndianSupportedBlocks(bool isProtocolBigEndian);
 
-    /// Grows with every change of the list, of an id, of a name, of a data source or of the byte order. A protocol that
-    /// keeps a view of its own reads it before it takes the view and rebuilds the view when the number is another.
+    /// Grows with every change of the list, of an id, of a register count, of a name, of a data source or of the byte order;
+    /// an id or a register count counts also when a plug-in sets it without the assembly. A protocol that keeps a view of its
+    /// own reads it before it takes the view and rebuilds the view when the number is another.
     uint64 ChangeCount() const;
 
 private:
@@ -103,7 +108,8 @@ private:
     bool hasGap(Position position, uint16 startId, uint16 endId) ZU_REQUIRES(lock);
     void UpdateBlockProperties(Position position, UpdateBlockParams const& params) ZU_REQUIRES(lock);
     void MoveBlock(Position position, uint16 newId, bool autoShift) ZU_REQUIRES(lock);
-    void CheckCompaction(uint16 startingOutputId) const;
+    void CheckCompaction(uint16 startingOutputId);
+    uint16 UsedRegisterCount();
     void RefreshPlacement() ZU_REQUIRES(lock);
     void AddToUsedRegisters(int32 registers) ZU_REQUIRES(lock);
     void NoteChange();
@@ -120,10 +126,13 @@ private:
     std::atomic<bool> lockHeld{false};
     // Taken behind the lock of the group; no other lock is taken under it. Recursive: the defaults are added under it.
     mutable wLock lock;
+    PlacementChanges placementChanges; // counted by types and blocks, which go before it
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes ZU_GUARDED_BY(lock);
     RegisterPlacement placement ZU_GUARDED_BY(lock); // the blocks, which go before their types
-    // Registers of all blocks, in 16 bits: Compact weighs them before it takes the lock.
+    // Registers of all blocks, in 16 bits: Compact compares them before it takes the lock. Written under the lock. Outdated
+    // when the second number is not `placementChanges.registerCounts`.
     std::atomic<uint16> usedRegisterCount{0};
+    std::atomic<uint64> countedAtChange{0};
     std::atomic<uint64> changeCount{0};
 };
 

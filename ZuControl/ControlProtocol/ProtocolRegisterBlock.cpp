@@ -48,6 +48,8 @@ ProtocolRegisterBlock::ProtocolRegisterBlock(RegisterBlockParams const& params, 
     Register("scannerId", "Scanner Id", scannerId);
     Register("outputId", "Output Id", outputId).EnableMinimum(true).SetMinimum(0);
     type.EnableReadOnly().readOnly.Set(true);
+    // An observer, and not SetOutputId: a plug-in may also set the id through the record.
+    outputId.AddObserver([&usedInfo](Zu::Properties::Node&) { usedInfo.NotePlacementChange(); });
 }
 
 ProtocolRegisterBlock::~ProtocolRegisterBlock()
@@ -113,7 +115,6 @@ uint16 ProtocolRegisterBlock::OutputId() const
 void ProtocolRegisterBlock::SetOutputId(uint16 newOutputId)
 {
     outputId.Set(newOutputId);
-    info.NotePlacementChange();
 }
 
 uint16 ProtocolRegisterBlock::RegisterCount() const

@@ -46,7 +46,7 @@ public:
     std::string const& ScannerId() const;
     void SetScannerId(std::string const& newScannerId);
     uint16 OutputId() const;
-    /// Without validation; where the block belongs in the list is the assembly's affair.
+    /// Without validation. The block keeps its place in the assembly's list.
     void SetOutputId(uint16 newOutputId);
 
     uint16 RegisterCount() const;

@@ -28,6 +28,13 @@ ProtocolRegisterBlockInfo::ProtocolRegisterBlockInfo(RegisterBlockInfoParams giv
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
     RegisterMembers();
+    registerCount.AddObserver([this](Zu::Properties::Node&) {
+        if (changes != nullptr)
+        {
+            changes->registerCounts.fetch_add(1, std::memory_order_release);
+            NotePlacementChange();
+        }
+    });
     category.AddOption(BlockCategoryUnknown, "Unknown")
         .AddOption(BlockCategoryControlInput, "Control Input")
         .AddOption(BlockCategoryControlOutput, "Control Output")
@@ -151,14 +158,17 @@ std::shared_ptr<ProtocolRegisterBlock> ProtocolRegisterBlockInfo::ConstructBlock
     return block;
 }
 
-uint64 ProtocolRegisterBlockInfo::PlacementChangeCount() const
+void ProtocolRegisterBlockInfo::CountChangesIn(PlacementChanges& newChanges)
 {
-    return placementChangeCount.load(std::memory_order_relaxed);
+    changes = &newChanges;
 }
 
 void ProtocolRegisterBlockInfo::NotePlacementChange()
 {
-    placementChangeCount.fetch_add(1, std::memory_order_relaxed);
+    if (changes != nullptr)
+    {
+        changes->all.fetch_add(1, std::memory_order_release);
+    }
 }
 
 RegisterBlockCategory ProtocolRegisterBlockInfo::Category() const

@@ -18,6 +18,14 @@ class IProtocolRegisterBlockFactory;
 struct ProtocolRegisterBlock;
 struct RegisterBlockParams;
 
+/// How often the placement of an assembly's blocks has changed. Blocks and types count here, so that the assembly also learns
+/// of changes that a plug-in makes without it. A change is counted just before the new value is stored.
+struct PlacementChanges
+{
+    std::atomic<uint64> all{0};            ///< output ids, register counts and the address model
+    std::atomic<uint64> registerCounts{0}; ///< register counts alone
+};
+
 /// One block type of an assembly: what it is called, how many registers it takes and how they are laid out, how many blocks
 /// of it may exist and do exist, and how one is made. A record, so that clients can read it; all that it shows is read-only.
 ///
@@ -63,9 +71,10 @@ public:
     /// `Zu::Status::WRONG_STATE` when there is no factory or the factory gives no block.
     std::shared_ptr<ProtocolRegisterBlock> ConstructBlock(RegisterBlockParams const& params);
 
-    /// Grows whenever a block of this type is given another output id, or the type another address model. By it the
-    /// assembly learns of changes that went past it.
-    uint64 PlacementChangeCount() const;
+    /// From now on, changes of this type and of its blocks are counted in `newChanges`, which outlives the type.
+    void CountChangesIn(PlacementChanges& newChanges);
+
+    /// Counts a change of an output id of this type's blocks.
     void NotePlacementChange();
 
 protected:
@@ -89,7 +98,7 @@ protected:
 private:
     void RegisterMembers();
 
-    std::atomic<uint64> placementChangeCount{0};
+    PlacementChanges* changes = nullptr; // the assembly's; null until the type is handed to an assembly
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -214,8 +214,12 @@ RegisterPlacement::Entry RegisterPlacement::EntryOf(Position position)
 
 void RegisterPlacement::SetOutputId(ProtocolRegisterBlock& block, uint16 newOutputId)
 {
+    if (block.OutputId() == newOutputId)
+    {
+        return;
+    }
     block.SetOutputId(newOutputId);
-    ++knownChangeCount; // the block's type counts it as well
+    ++knownChangeCount; // the block's observer counts it as well
 }
 
 RegisterPlacement::Position RegisterPlacement::WalkToInsertPosition(uint16 startId, uint16 endId,

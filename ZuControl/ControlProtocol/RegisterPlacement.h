@@ -36,8 +36,8 @@ public:
     Position Begin();
     Position End();
 
-    /// To be called before anything is looked for: `placementChangeCount` is that of all block types together, which
-    /// tells of ids that were set past this object.
+    /// The caller calls this before each search. `placementChangeCount` is `PlacementChanges::all`: the index is built anew
+    /// when it differs from the number of changes that this object has made itself.
     void Refresh(uint64 placementChangeCount);
 
     /// The first block with this output id, else the end.

@@ -3,6 +3,7 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "WalkedAssembly.h"
+#include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -11,6 +12,7 @@
 #include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <iterator>
 #include <stdexcept>
@@ -35,9 +37,9 @@ struct Usage
     bool isGlobal;
     uint16 leastId;
     uint16 greatestId;
-    uint16 lowest;        // of the ids that are asked for
-    uint16 highest;       // likewise
-    bool setsIds = false; // of the blocks, past the assembly
+    uint16 lowest;           // of the ids that are asked for
+    uint16 highest;          // likewise
+    bool setsPlaces = false; // ids of blocks and register counts of types, without the assembly
 };
 
 std::ostream& operator<<(std::ostream& stream, Usage const& usage)
@@ -243,18 +245,42 @@ protected:
         Compare([&] { walked.InitDefaults(); }, [&] { assembly.InitDefaultRegisterBlocksForRegisterAssembly(); });
     }
 
-    /// A block's id is free for all to set, whatever the assembly makes of it then.
+    /// A plug-in may set a block's id, with the operation or through the record.
     void SetAnId()
     {
-        if (!usage.setsIds || walked.blocks.empty())
+        if (!usage.setsPlaces || walked.blocks.empty())
         {
             return;
         }
-        auto const block = SomeBlock();
-        auto const index = std::distance(walked.blocks.begin(), block);
-        block->outputId = static_cast<uint16>(usage.lowest + draws.Below(uint32{usage.highest} - usage.lowest + 1));
+        auto const walkedBlock = SomeBlock();
+        auto const index = std::distance(walked.blocks.begin(), walkedBlock);
+        walkedBlock->outputId =
+            static_cast<uint16>(usage.lowest + draws.Below(uint32{usage.highest} - usage.lowest + 1));
         assembly.BeginLock();
-        (*std::next(assembly.AddedRegisterBlocks().begin(), index))->SetOutputId(block->outputId);
+        ProtocolRegisterBlock& block = **std::next(assembly.AddedRegisterBlocks().begin(), index);
+        if (draws.OneIn(2))
+        {
+            block.SetOutputId(walkedBlock->outputId);
+        }
+        else
+        {
+            Zu::Properties::JsonSerializer::Deserialize(block, {{"outputId", walkedBlock->outputId}});
+        }
+        assembly.EndLock();
+    }
+
+    /// A plug-in may set the register count of a type through its record.
+    void SetARegisterCount()
+    {
+        if (!usage.setsPlaces)
+        {
+            return;
+        }
+        std::size_t const index = draws.IndexOf(TYPES);
+        walked.types[index].registers = static_cast<uint16>(draws.Below(12));
+        assembly.BeginLock();
+        Zu::Properties::JsonSerializer::Deserialize(*assembly.SupportedRegisterBlockTypes()[index],
+                                                    {{"registerCount", walked.types[index].registers}});
         assembly.EndLock();
     }
 
@@ -276,6 +302,10 @@ protected:
         else if (choice < 980)
         {
             SetAnId();
+        }
+        else if (choice < 985)
+        {
+            SetARegisterCount();
         }
         else if (choice < 995)
         {

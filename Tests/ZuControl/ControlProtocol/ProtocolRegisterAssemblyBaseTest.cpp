@@ -221,6 +221,22 @@ protected:
         return true;
     }
 
+    /// Sets a member of the first block's record as a plug-in can, without the assembly's operations.
+    void SetInBlock(nlohmann::json const& members)
+    {
+        assembly->BeginLock();
+        Zu::Properties::JsonSerializer::Deserialize(*assembly->AddedRegisterBlocks().front(), members);
+        assembly->EndLock();
+    }
+
+    /// The same for the first type.
+    void SetInType(nlohmann::json const& members)
+    {
+        assembly->BeginLock();
+        Zu::Properties::JsonSerializer::Deserialize(*assembly->SupportedRegisterBlockTypes().front(), members);
+        assembly->EndLock();
+    }
+
     int CountOf(std::string const& type)
     {
         int count = -1;
@@ -886,6 +902,89 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, SeesIdsThatWereSetPastIt)
     EXPECT_EQ(Placed(), (Names{"b5@100", "b1@150", "b2@110", "b3@120"}));
     EXPECT_EQ(Remove({150}), DONE);
     EXPECT_EQ(Placed(), (Names{"b5@100", "b2@110", "b3@120"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, SeesIdsThatWereSetThroughTheRecord)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110, 120});
+    SetInBlock({{"outputId", 150}});
+
+    EXPECT_EQ(Add(152), NOTHING_ADDED);
+    ExpectLine("The block output id range [152 - 155] overlaps with the output id range [150 - 153] of an existing "
+               "block: b1.");
+    EXPECT_EQ(Add(100), DONE);
+    EXPECT_EQ(Placed(), (Names{"b5@100", "b1@150", "b2@110", "b3@120"}));
+    EXPECT_EQ(Move(100, 105), DONE); // finds the block that is there now
+    EXPECT_EQ(Remove({150}), DONE);
+    EXPECT_EQ(Placed(), (Names{"b5@105", "b2@110", "b3@120"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, SeesIdsThatWereCopiedIntoABlock)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110});
+    assembly->BeginLock();
+    auto const& blocks = assembly->AddedRegisterBlocks();
+    blocks.front()->CopyValues(*blocks.back());
+    assembly->EndLock();
+
+    EXPECT_EQ(Remove({100}), NOTHING_REMOVED);
+    ExpectLine("Cannot remove block. There are no register blocks with output id 100.");
+    EXPECT_EQ(Add(100), DONE);
+    EXPECT_EQ(Remove({110}), DONE);
+    EXPECT_EQ(Placed(), (Names{"b3@100", "b2@110"})); // of two blocks at one id the first is removed
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, SeesAnIdThatAnObserverOfItsOwnChangeSets)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110, 120});
+    assembly->BeginLock();
+    ProtocolRegisterBlock& last = *assembly->AddedRegisterBlocks().back();
+    assembly->AddedRegisterBlocks().front()->Find("outputId")->AddObserver([&last](Zu::Properties::Node&) {
+        last.SetOutputId(140);
+    });
+    assembly->EndLock();
+
+    EXPECT_EQ(Move(100, 102), DONE);
+
+    EXPECT_EQ(Placed(), (Names{"b1@102", "b2@110", "b3@140"}));
+    EXPECT_EQ(Add(120), DONE);
+    EXPECT_EQ(Remove({140}), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@102", "b2@110", "b4@120"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, SeesARegisterCountThatWasSetInATypeOfPlacedBlocks)
+{
+    Build(true, 100, 199);
+    AddAt({100, 110});
+    SetInType({{"registerCount", 8}});
+
+    EXPECT_EQ(Add(104), NOTHING_ADDED);
+    ExpectLine("The block output id range [104 - 111] overlaps with the output id range [100 - 107] of an existing "
+               "block: b1.");
+    EXPECT_EQ(Compact(185), (Refusal{-977, "Cannot compact blocks. The requested output id range [185, 200] cannot lie "
+                                           "outside the valid output id range [100, 199]."}));
+    EXPECT_EQ(Compact(184), DONE);
+    EXPECT_EQ(Placed(), (Names{"b1@184", "b2@192"}));
+    SetInType({{"registerCount", 2}});
+    EXPECT_EQ(Compact(197).status, -977);
+    EXPECT_EQ(Compact(196), DONE); // without an operation in between that would count the registers anew
+    EXPECT_EQ(Placed(), (Names{"b1@196", "b2@198"}));
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, CountsChangesThatWereMadeWithoutIt)
+{
+    Build(true, 100, 199);
+    AddAt({100});
+    uint64 const before = assembly->ChangeCount();
+    SetInBlock({{"outputId", 110}});
+    uint64 const behindTheId = assembly->ChangeCount();
+    SetInType({{"registerCount", 8}});
+
+    EXPECT_GT(behindTheId, before);
+    EXPECT_GT(assembly->ChangeCount(), behindTheId);
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, IsChangedAndReadByThreadsAtOnce)
