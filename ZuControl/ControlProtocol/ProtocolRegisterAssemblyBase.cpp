@@ -128,13 +128,18 @@ void ProtocolRegisterAssemblyBase::Compact(Zu::Params::Group const& params)
 {
     uint16 const startingOutputId = dynamic_cast<CompactBlocksParams const&>(params).startingOutputId.Get();
     bool const isStartGiven = startingOutputId <= LAST_VALID_OUTPUT_ID;
-    if (isStartGiven && IsGlobal())
+    bool const isChecked = isStartGiven && IsGlobal();
+    if (isChecked)
     {
-        CheckCompaction(startingOutputId);
+        CheckCompaction(startingOutputId); // a refusal does not wait for the lock
     }
     uint16 const defaultStart = IsGlobal() ? OutputIdMin() : uint16{0};
 
     Zu::Locker const guard(lock);
+    if (isChecked)
+    {
+        CheckCompaction(startingOutputId); // again: another thread may have added a block in between
+    }
     placement.Compact(isStartGiven ? startingOutputId : defaultStart);
     NoteChange();
 }

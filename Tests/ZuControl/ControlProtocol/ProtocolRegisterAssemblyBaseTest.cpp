@@ -1,5 +1,6 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 
+#include "Support/BlockedThread.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
@@ -15,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <atomic>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -652,6 +654,33 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesToCompactWithoutWaitingForTheLoc
 
     assembly->EndLock();
     EXPECT_EQ(refusal.status, -977);
+}
+
+TEST_F(ProtocolRegisterAssemblyBaseTest, ComparesTheRoomAgainUnderItsLock)
+{
+    Build(true, 100, 199);
+    AddAt({100});
+    assembly->BeginLock();
+    std::atomic<long> compactorId{0};
+    Refusal refusal{};
+    std::thread compactor([&] {
+        compactorId = ZuTest::ThisThreadId();
+        refusal = Compact(196);
+    });
+    while (compactorId == 0)
+    {
+        std::this_thread::yield();
+    }
+
+    // The compactor has compared the room for one block and waits for the lock. Now there is another block.
+    EXPECT_TRUE(ZuTest::WaitUntilBlockedIn(compactorId, *assembly));
+    AddAt({110});
+    assembly->EndLock();
+    compactor.join();
+
+    EXPECT_EQ(refusal, (Refusal{-977, "Cannot compact blocks. The requested output id range [196, 203] cannot lie "
+                                      "outside the valid output id range [100, 199]."}));
+    EXPECT_EQ(Placed(), (Names{"b1@100", "b2@110"}));
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, UpdatesABlockInPlace)
