@@ -4,6 +4,7 @@
 
 #include "StampFrame.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 #include "wBeacon/wStamp.h"
 
 namespace
@@ -28,6 +29,24 @@ struct Converter : ProtocolRegisterBlock
 {
     using ProtocolRegisterBlock::Convert64fTo32s;
 };
+
+/// A block as a plug-in derives it, which writes one value at a time.
+struct PluginBlock : ProtocolRegisterBlock
+{
+    using ProtocolRegisterBlock::ProtocolRegisterBlock;
+    using ProtocolRegisterBlock::SerializeValue;
+};
+
+ZuControl::ControlProtocol::RegisterBlockInfoParams TypeOf(Layout layout)
+{
+    ZuControl::ControlProtocol::RegisterBlockInfoParams params{};
+    params.type = "Plugin";
+    params.registerCount = 4;
+    params.bytesPerRegister = layout.bytesPerRegister;
+    params.isProtocolBigEndian = layout.isBigEndian;
+    params.maxInstanceCount = 1;
+    return params;
+}
 
 void EncodeStamp(uint8* registers, Layout layout, wStamp const& stamp)
 {
@@ -85,6 +104,15 @@ extern "C" [[gnu::noipa]] void MeasuredWide(uint8* registers, Layout const& layo
     }
 }
 
+extern "C" [[gnu::noipa]] void MeasuredSerializeValue(PluginBlock& block, uint8* registers, uint64 const& value)
+{
+    for (int i = 0; i < TIMES; ++i)
+    {
+        block.SerializeValue(registers, 0, value, false);
+        asm volatile("" : : : "memory");
+    }
+}
+
 extern "C" [[gnu::noipa]] void MeasuredStampBlock(StampFrame& frame)
 {
     for (int i = 0; i < TIMES; ++i)
@@ -108,8 +136,12 @@ int main()
     MeasuredStampFields(registers, LAYOUT, wStamp{0x33, 1, 2, -3, 4});
     MeasuredMeasurementFields(registers, LAYOUT, 12.345);
     MeasuredWide(registers, LAYOUT, 0x0102030405060708);
+    ZuControl::ControlProtocol::ProtocolRegisterBlockInfo type(TypeOf(LAYOUT));
+    PluginBlock block({}, type);
+    block.SerializeValue(registers, 0, uint64{0}, false); // what is bound at the first call is bound by now
+    MeasuredSerializeValue(block, registers, 0x0102030405060708);
     StampFrame frame(LAYOUT.bytesPerRegister, LAYOUT.isBigEndian);
-    frame.EncodeStamp(); // what is bound at the first call is bound by now
+    frame.EncodeStamp(); // likewise
     frame.EncodeMeasurement();
     MeasuredStampBlock(frame);
     MeasuredMeasurementBlock(frame);

@@ -58,6 +58,7 @@ GOALS = [
     count("instructions", "instructions: the fields of a stamp", 130, "Instructions/StampFields"),
     count("instructions", "instructions: value and decision", 100, "Instructions/MeasurementFields"),
     count("instructions", "instructions: 64 bits", 30, "Instructions/Wide"),
+    count("instructions", "instructions: 64 bits through a block", 150, "Instructions/SerializeValue"),
     ratio("stamp-block", "stamp block", "byte loop", 0.4, *layouts("Encode/Stamp", "Block", "ByteLoop")),
     count("encoding", "allocations of an encoding", 0, "Count/Encoder/Allocations"),
     ratio("find-blocks", "block by data source", "tree by text", 0.15,
@@ -142,7 +143,7 @@ def run_contest(folder, program, quick):
 def run_instructions(folder):
     """Of one encoding of each kind. Each kind is a thousand times in a function of its own."""
     figures = {}
-    for kind in ("StampFields", "MeasurementFields", "StampBlock", "MeasurementBlock", "Wide"):
+    for kind in ("StampFields", "MeasurementFields", "StampBlock", "MeasurementBlock", "Wide", "SerializeValue"):
         with tempfile.NamedTemporaryFile() as profile:
             run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile.name}", f"--toggle-collect=Measured{kind}*",
                  str(folder / INSTRUCTIONS)])

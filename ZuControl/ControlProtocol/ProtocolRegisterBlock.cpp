@@ -163,7 +163,7 @@ void ProtocolRegisterBlock::DecrementInstanceCount()
 
 void ProtocolRegisterBlock::SerializeInvalidValue(uint8* buffer, size_t offset, size_t numOfBytes, bool isSigned)
 {
-    CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+    CheckBytesPerRegister("ZuControl::ControlProtocol::ProtocolRegisterBlock::SerializeInvalidValue");
     RegisterEncoder const encoder(BytesPerRegister(), IsProtocolBigEndian());
     switch (numOfBytes)
     {
@@ -254,7 +254,7 @@ void ProtocolRegisterBlock::FormatFullJobFileName(char* fileName, size_t capacit
 
 RegisterEncoder ProtocolRegisterBlock::ValueEncoder() const
 {
-    CheckBytesPerRegister("ZuControl::ControlProtocol::ProtocolRegisterBlock::SerializeValue");
+    CheckBytesPerRegister(SERIALIZE_VALUE_LABEL);
     return {BytesPerRegister(), IsProtocolBigEndian()};
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ZuApi/FunctionLabel.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuControl/ControlProtocol/RegisterEncoder.h"
@@ -62,20 +61,21 @@ public:
 
 protected:
     /// Writes `value` as a whole number of registers in the protocol's byte order. `isSigned` names the kind of the value
-    /// and changes no byte: widening goes by the type. Throws -997 for a register size other than 1 and 2.
+    /// and changes no byte: widening goes by the type. Throws `Zu::Status::BAD_ARGUMENT` for a register size other than 1
+    /// and 2.
     template <typename T>
     void SerializeValue(uint8* buffer, size_t offset, T value, [[maybe_unused]] bool isSigned)
     {
         static_assert(std::is_integral_v<T> && sizeof(T) <= 8);
-        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
-        WriteWidened(buffer + offset, Widened(value), WidthOf(sizeof(T)), ZU_FUNCTION_LABEL);
+        CheckBytesPerRegister(SERIALIZE_VALUE_LABEL);
+        WriteWidened(buffer + offset, Widened(value), WidthOf(sizeof(T)), SERIALIZE_VALUE_LABEL);
     }
 
     /// Writes the whole registers of `value`, the most significant first, the low byte first within each of two.
     template <typename T>
     void Serialize_BE(uint8* buffer, size_t offset, T value)
     {
-        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+        CheckBytesPerRegister("ZuControl::ControlProtocol::ProtocolRegisterBlock::Serialize_BE");
         RegisterEncoder(BytesPerRegister(), true)
             .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
     }
@@ -84,7 +84,7 @@ protected:
     template <typename T>
     void Serialize_LE(uint8* buffer, size_t offset, T value)
     {
-        CheckBytesPerRegister(ZU_FUNCTION_LABEL);
+        CheckBytesPerRegister("ZuControl::ControlProtocol::ProtocolRegisterBlock::Serialize_LE");
         RegisterEncoder(BytesPerRegister(), false)
             .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
     }
@@ -123,6 +123,10 @@ protected:
     Zu::Params::Value<uint16> outputId;
 
 private:
+    // The labels of the encoders are literals: ZU_FUNCTION_LABEL would copy 256 bytes to the stack for each value.
+    static constexpr char const* SERIALIZE_VALUE_LABEL =
+        "ZuControl::ControlProtocol::ProtocolRegisterBlock::SerializeValue";
+
     template <typename T>
     static uint64 Widened(T value)
     {
