@@ -24,7 +24,8 @@ public:
 
     /// Takes an `Outputs`, else std::bad_cast. Adds its items behind the last one, with the ids that follow; these are
     /// written into the caller's record, also for what is refused. One bad item does not stop the others: at the end the
-    /// last failing status is thrown, -997 or -987. -977 at once when the map is full; what came in stays.
+    /// last failing status is thrown, -997 or -987. -977 at once when the map is full; what came in stays. Behind the invalid
+    /// id, which a shift may give to the last item, every item is refused.
     void AddAll(Zu::Params::Group& outputs) override;
 
     /// The items get the ids from 0 on; their order stays.

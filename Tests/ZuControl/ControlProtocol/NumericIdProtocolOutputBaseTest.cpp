@@ -159,16 +159,21 @@ TEST_F(NumericIdProtocolOutputBaseTest, HasNoIdsBehindTheLastValidOne)
                                   Error(ADD_ALL_LABEL, BadId("c"))}));
 }
 
-TEST_F(NumericIdProtocolOutputBaseTest, HasNoIdsBehindTheInvalidOneEither)
+// The id behind 65535 is 0 in 16 bits. `AddAll` appends without a search, so an item with the id 0 would stand behind all
+// others: the map would no longer be sorted, a search would miss items, and two items could have the id 0. The order of the map
+// comes first: `AddAll` refuses every entry, as it does for the id 65535 itself.
+TEST_F(NumericIdProtocolOutputBaseTest, KeepsItsOrderBehindTheInvalidId)
 {
-    PlaceAt({65533, 65534});
+    PlaceAt({0, 65533, 65534});
     EXPECT_EQ(Add({{"outputId", 65533}, {"source", "a"}, {"autoShift", true}}), done);
-    EXPECT_EQ(IdsOnly(), (std::vector<int>{65533, 65534, 65535}));
+    EXPECT_EQ(IdsOnly(), (std::vector<int>{0, 65533, 65534, 65535}));
 
-    EXPECT_EQ(AddAll(Sources({"b"})), (Refusal{-997, NOT_ALL}));
+    EXPECT_EQ(AddAll(Sources({"b", "c"})), (Refusal{-997, NOT_ALL}));
 
-    EXPECT_EQ(IdsOnly(), (std::vector<int>{65533, 65534, 65535}));
-    EXPECT_EQ(log.Lines(), (Lines{UserError(BadId("b")), Error(ADD_ALL_LABEL, BadId("b"))}));
+    EXPECT_EQ(IdsOnly(), (std::vector<int>{0, 65533, 65534, 65535}));
+    EXPECT_EQ(ArgumentItems(), (Ids{{65535, "b"}, {65535, "c"}}));
+    EXPECT_EQ(log.Lines(), (Lines{UserError(BadId("b")), Error(ADD_ALL_LABEL, BadId("b")), UserError(BadId("c")),
+                                  Error(ADD_ALL_LABEL, BadId("c"))}));
 }
 
 TEST_F(NumericIdProtocolOutputBaseTest, StopsWhenItIsFull)
