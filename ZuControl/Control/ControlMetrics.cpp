@@ -7,6 +7,7 @@
 #include "ZuCommon/IMetricsSource.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "ZuControl/Control/MetricsRecord.h"
 #include "wApi/wTime.h"
 
 namespace ZuControl
@@ -15,24 +16,28 @@ namespace ZuControl
 namespace
 {
 
-constexpr uint64 READ_PATIENCE_USEC = 1'000'000;
+constexpr uint64 PATIENCE_USEC = 1'000'000;
 
-/// How much longer a reader waits for the round that runs: no round may keep readers waiting for longer than that in all,
-/// or a protocol that hangs in its update would take one thread after the other with it.
+/// How much longer a report waits for the update that runs: until its round has lasted for `PATIENCE_USEC`. An update that hangs
+/// thus delays the reports once, and not each second.
 uint64 PatienceLeft(MetricsPulse const& pulse)
 {
     uint64 const sinceUsec = pulse.Read().roundSinceUsec;
     uint64 const now = wTime_NowUsec();
     uint64 const waitedUsec = sinceUsec != 0 && now > sinceUsec ? now - sinceUsec : 0;
-    return READ_PATIENCE_USEC > waitedUsec ? READ_PATIENCE_USEC - waitedUsec : 0;
+    return PATIENCE_USEC > waitedUsec ? PATIENCE_USEC - waitedUsec : 0;
 }
+
+// The labels of the log: operations that share a line write it under the name of the one that callers know.
+constexpr char const* ADDING = "ZuControl::ControlMetrics::AddReportHandler";
+constexpr char const* REMOVING = "ZuControl::ControlMetrics::RemoveReportHandler";
 
 } // namespace
 
 ControlMetrics::ControlMetrics(IControlManager& usedManager) : manager(usedManager)
 {
-    ZU_CHECK(wLock_Construct(&recordLock, nullptr));
     ZU_CHECK(wLock_Construct(&lock, nullptr));
+    TakeFirstSnapshots();
     reportTimer = std::make_unique<Zu::AsyncTimer>([this](Zu::AsyncTimer&) { DispatchReports(); });
     updateTimer = std::make_unique<Zu::AsyncTimer>([this](Zu::AsyncTimer&) { UpdateMetrics(); });
     updateTimer->Start(updateInterval, false); // last: nothing can throw behind it
@@ -55,62 +60,53 @@ ZuCommon::IMetricsSource const& ControlMetrics::LastReport(std::string const& ke
 
 ControlMetrics::CallbackId ControlMetrics::AddReportHandler(ReportHandler handler, std::string const& key)
 {
-    auto gate = std::make_unique<Zu::CallbackGate>();
-    ReportHandler gated = gate->Bind(std::move(handler));
-    Zu::Locker const guard(lock);
-    auto position = reportHandlers.find(key);
-    if (position == reportHandlers.end())
+    if (!handler)
     {
-        manager.GetInstance(key).MetricsSource(); // an unknown type is refused before anything changes
-        if (reportHandlers.empty())
-        {
-            reportTimer->Start(reportInterval, false);
-            if (!isReporting)
-            {
-                isReporting = true;
-                ZU_LOG_INFO("Control metrics reporting started.");
-            }
-        }
-        position = reportHandlers.try_emplace(key).first; // also for a handler that is empty
+        return Subscribe({}, key);
     }
-    CallbackId const id = position->second.event->Add(std::move(gated));
-    if (id.second)
-    {
-        position->second.gates.emplace(id.first, std::move(gate));
-    }
-    return id;
+    return Subscribe([this, key, handler = std::move(handler)](
+                         Source const& source) { RecordOf(key).Show(source, handler, PatienceLeft(pulse)); },
+                     key);
 }
 
 void ControlMetrics::RemoveReportHandler(CallbackId id, std::string const& key)
 {
     auto const ending = id.first.lock(); // what the handler holds ends behind the lock: it may come back here
     bool isLast = false;
-    if (auto const gate = TakeOut(id, key, isLast))
+    std::unique_ptr<Zu::CallbackGate> gate;
+    {
+        Zu::Locker const guard(lock);
+        auto const position = reportHandlers.find(key);
+        if (position == reportHandlers.end())
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT);
+        }
+        gate = TakeOut(position->second, id);
+        if (position->second.event->Empty())
+        {
+            reportHandlers.erase(position);
+        }
+        isLast = reportHandlers.empty();
+    }
+    if (gate != nullptr)
     {
         gate->Close();
     }
-    if (!isLast)
+    if (isLast)
     {
-        return;
-    }
-    reportTimer->Stop();
-    Zu::Locker const guard(lock);
-    if (!reportHandlers.empty())
-    {
-        reportTimer->Start(reportInterval, false); // somebody subscribed meanwhile, and the stop undid that start
-    }
-    else if (isReporting)
-    {
-        isReporting = false;
-        ZU_LOG_INFO("Control metrics reporting stopped.");
+        StopReporting();
     }
 }
 
-void ControlMetrics::ReadReport(std::string const& key, ReportHandler const& reader)
+ControlMetrics::CallbackId ControlMetrics::AddSnapshotHandler(SnapshotHandler handler, std::string const& key)
 {
-    ZuCommon::IMetricsSource const& source = LastReport(key);
-    Zu::Locker const guard(recordLock, PatienceLeft(pulse));
-    reader(source);
+    return Subscribe([this, key, handler = std::move(handler)](Source const&) { handler(*Snapshot(key)); }, key);
+}
+
+std::shared_ptr<MetricsSnapshot const> ControlMetrics::Snapshot(std::string const& key)
+{
+    Source const& source = LastReport(key);
+    return RecordOf(key).Read(source, PatienceLeft(pulse));
 }
 
 ControlVitals::Metrics ControlMetrics::Vitals() const
@@ -125,8 +121,7 @@ void ControlMetrics::UpdateMetrics()
     {
         round.ComeTo(name);
         ZuCommon::IMetricsKeeper& keeper = manager.GetInstance(name).MetricsKeeper();
-        Zu::Locker const guard(recordLock);
-        keeper.UpdateMetrics(); // one that throws ends this round: the timer says so
+        RecordOf(name).Update(keeper); // what a protocol throws ends this round: the timer logs it
     }
     round.Done();
 }
@@ -135,15 +130,84 @@ void ControlMetrics::DispatchReports()
 {
     for (auto const& [key, event] : SubscribedEvents())
     {
-        uint64 const patienceUsec = PatienceLeft(pulse);
-        if (patienceUsec == 0)
-        {
-            return; // the records stand still; who leaves now must not have to wait for us
-        }
-        ZuCommon::IMetricsSource const& source = manager.GetInstance(key).MetricsSource();
-        Zu::Locker const guard(recordLock, patienceUsec);
-        event->Fire(source);
+        event->Fire(manager.GetInstance(key).MetricsSource());
     }
+}
+
+/// So that a read finds a snapshot also when the first round of updates hangs. A record that cannot be read yet is left to the
+/// reads to come: they tell why.
+void ControlMetrics::TakeFirstSnapshots()
+{
+    for (std::string const& name : manager.List())
+    {
+        try
+        {
+            Snapshot(name);
+        }
+        catch (...)
+        {
+        }
+    }
+}
+
+ControlMetrics::CallbackId ControlMetrics::Subscribe(ReportHandler handler, std::string const& key)
+{
+    auto gate = std::make_unique<Zu::CallbackGate>();
+    ReportHandler gated = gate->Bind(std::move(handler));
+    Zu::Locker const guard(lock);
+    auto position = reportHandlers.find(key);
+    if (position == reportHandlers.end())
+    {
+        manager.GetInstance(key).MetricsSource(); // an unknown type is refused before anything changes
+        if (reportHandlers.empty())
+        {
+            StartReporting();
+        }
+        position = reportHandlers.try_emplace(key).first; // also for a handler that is empty
+    }
+    CallbackId const id = position->second.event->Add(std::move(gated));
+    if (id.second)
+    {
+        position->second.gates.emplace(id.first, std::move(gate));
+    }
+    return id;
+}
+
+void ControlMetrics::StartReporting()
+{
+    reportTimer->Start(reportInterval, false);
+    if (!isReporting)
+    {
+        isReporting = true;
+        ZU_LOG_LINE(Zu::Logging::FLAGS_INFO, ADDING, "Control metrics reporting started.");
+    }
+}
+
+void ControlMetrics::StopReporting()
+{
+    reportTimer->Stop();
+    Zu::Locker const guard(lock);
+    if (!reportHandlers.empty())
+    {
+        // Another thread has subscribed meanwhile, and the stop undid that start.
+        reportTimer->Start(reportInterval, false);
+    }
+    else if (isReporting)
+    {
+        isReporting = false;
+        ZU_LOG_LINE(Zu::Logging::FLAGS_INFO, REMOVING, "Control metrics reporting stopped.");
+    }
+}
+
+MetricsRecord& ControlMetrics::RecordOf(std::string const& key)
+{
+    Zu::Locker const guard(lock);
+    auto& record = records[key];
+    if (record == nullptr)
+    {
+        record = std::make_unique<MetricsRecord>();
+    }
+    return *record;
 }
 
 std::vector<std::pair<std::string, std::shared_ptr<ControlMetrics::ReportEvent>>>
@@ -159,22 +223,11 @@ ControlMetrics::SubscribedEvents() const
     return events;
 }
 
-std::unique_ptr<Zu::CallbackGate> ControlMetrics::TakeOut(CallbackId const& id, std::string const& key, bool& isLast)
+/// Takes the handler out of the event. Gives the gate of a handler that was there, else null.
+std::unique_ptr<Zu::CallbackGate> ControlMetrics::TakeOut(Subscribers& subscribers, CallbackId const& id)
 {
-    Zu::Locker const guard(lock);
-    auto const position = reportHandlers.find(key);
-    if (position == reportHandlers.end())
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT);
-    }
-    Subscribers& subscribers = position->second;
     subscribers.event->Remove(id);
     auto gate = subscribers.gates.extract(id.first);
-    if (subscribers.event->Empty())
-    {
-        reportHandlers.erase(position);
-    }
-    isLast = reportHandlers.empty();
     return gate.empty() ? nullptr : std::move(gate.mapped());
 }
 
@@ -183,7 +236,7 @@ uint64 ControlMetrics::ChangeReportInterval(uint64 newIntervalUsec)
     reportTimer->Stop();
     Zu::Locker const guard(lock);
     uint64 const oldIntervalUsec = std::exchange(reportInterval, newIntervalUsec);
-    reportTimer->Start(reportInterval, false); // with nobody subscribed too
+    reportTimer->Start(reportInterval, false); // also without a subscriber
     return oldIntervalUsec;
 }
 

@@ -10,6 +10,7 @@
 #include "wApi/wThreadSafety.h"
 #include "wApi/wTypes.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -20,50 +21,62 @@ namespace ZuControl
 {
 
 class IControlManager;
+class MetricsRecord;
+struct MetricsSnapshot;
 
-/// Keeps the metrics of all protocols alive: each is asked to bring its record up to date four times a second, whether it is
-/// enabled or not, and those who have subscribed to a type get its record once a second.
+/// Keeps the metrics of all services alive: has each protocol bring its record up to date four times a second, whether it is
+/// enabled or not, and gives the record of a service to the subscribers once a second.
 ///
-/// No report is kept: what a subscriber gets is the protocol's own record. Updates, reports and `ReadReport` take turns, so
-/// that a record which only its protocol's `UpdateMetrics` writes is never read half way; while an update hangs there are
-/// no reports. Any thread may call; a handler may add and remove handlers, itself included. The protocols outlive this.
+/// In-process readers get the protocol's live record. The updates of one service and the handlers that read its live record take
+/// turns. `Snapshot` and snapshot handlers get a copy and wait for no update: while a protocol hangs in its update, they get
+/// the copy that was made after the last one. Any thread may call; a handler may add and remove handlers, itself included. The
+/// protocols outlive this object.
 class ZUCONTROL_API ControlMetrics final : public ZuCommon::IMetricsReporter<std::string const&>
 {
 public:
+    using SnapshotHandler = std::function<void(MetricsSnapshot const&)>;
+
     /// The updates begin at once.
     explicit ControlMetrics(IControlManager& usedManager);
 
-    /// Waits for an update and a report that run.
+    /// Waits for the update and the report that run.
     ~ControlMetrics() override;
 
     ControlMetrics(ControlMetrics const&) = delete;
     ControlMetrics& operator=(ControlMetrics const&) = delete;
 
-    /// The live record of the type `key`: whoever reads it elsewhere than in a handler sees it change; see ReadReport. -999 for
-    /// an unknown type.
+    /// The live record of the type `key`. It may change while it is read, but for a report handler. Throws
+    /// `Zu::Status::NOT_FOUND` for an unknown type.
     ZuCommon::IMetricsSource const& LastReport(std::string const& key) override;
 
-    /// From the next report on `handler` gets the record of the type `key`, on the timer's thread; it is not to wait. One that
-    /// throws ends the report for all who stand behind it, until the next one. -999 for an unknown type.
+    /// From the next report on `handler` gets the live record of the type `key`, on the timer's thread. `handler` must not block.
+    /// When it throws, the handlers behind it miss this report. It misses each report during which the type's update hangs.
+    /// Throws `Zu::Status::NOT_FOUND` for an unknown type.
     CallbackId AddReportHandler(ReportHandler handler, std::string const& key) override;
 
-    /// When this returns the handler does not run, unless this is called from it. An id that is not valid removes nothing.
-    /// -997 for a type that nobody has subscribed to.
+    /// Removes a report handler or a snapshot handler. When this returns the handler does not run, unless the handler itself calls
+    /// this. An id that is not valid removes nothing. Throws `Zu::Status::BAD_ARGUMENT` for a type without subscribers.
     void RemoveReportHandler(CallbackId id, std::string const& key) override;
 
-    /// Gives the live record of the type `key` to `reader` while nobody brings it up to date. The reader must not add or remove
-    /// handlers: a report may be waiting for it. -999 for an unknown type; -993 when an update has been running for a second.
-    void ReadReport(std::string const& key, ReportHandler const& reader);
+    /// As `AddReportHandler`, but `handler`, which must not be empty, gets what `Snapshot` gives, also while an update hangs.
+    CallbackId AddSnapshotHandler(SnapshotHandler handler, std::string const& key);
 
-    /// How the updates go. It waits for none.
+    /// A copy of the record of the type `key`: as it stands, or, while an update runs and after one that broke off, as the last
+    /// finished update left it; before the first update, as it was when this object was made. Waits for no update; only where
+    /// the record could never be read so far, for a second at most, and then throws `Zu::Status::TIME_OUT`. Throws
+    /// `Zu::Status::NOT_FOUND` for an unknown type, and what the protocol throws.
+    std::shared_ptr<MetricsSnapshot const> Snapshot(std::string const& key);
+
+    /// How the updates go. Waits for none.
     ControlVitals::Metrics Vitals() const;
 
 private:
-    friend class ControlMetricsTest; // the intervals are changed by nobody else
+    friend class ControlMetricsTest; // nothing else changes the intervals
 
-    using ReportEvent = Zu::GuardedEvent<ZuCommon::IMetricsSource const&>;
+    using Source = ZuCommon::IMetricsSource;
+    using ReportEvent = Zu::GuardedEvent<Source const&>;
 
-    /// Those who have subscribed to one type. The event is shared with the report that fires it.
+    /// The handlers of one type. The event is shared with the report that fires it.
     struct Subscribers
     {
         std::shared_ptr<ReportEvent> event = std::make_shared<ReportEvent>();
@@ -73,7 +86,12 @@ private:
     void UpdateMetrics();
     void DispatchReports();
     std::vector<std::pair<std::string, std::shared_ptr<ReportEvent>>> SubscribedEvents() const;
-    std::unique_ptr<Zu::CallbackGate> TakeOut(CallbackId const& id, std::string const& key, bool& isLast);
+    void TakeFirstSnapshots();
+    CallbackId Subscribe(ReportHandler handler, std::string const& key);
+    void StartReporting() ZU_REQUIRES(lock);
+    void StopReporting();
+    MetricsRecord& RecordOf(std::string const& key);
+    static std::unique_ptr<Zu::CallbackGate> TakeOut(Subscribers& subscribers, CallbackId const& id);
     uint64 ChangeReportInterval(uint64 newIntervalUsec);
     uint64 ChangeUpdateInterval(uint64 newIntervalUsec);
     void StopReportTimer();
@@ -82,13 +100,10 @@ private:
     IControlManager& manager;
     MetricsPulse pulse;
 
-    // Held while a protocol brings its record up to date and while anybody reads one: handlers run under it. Taken by the
-    // timers and by readers, never by who adds or removes a handler.
-    wLock recordLock;
-
     // A leaf but for the timer's own lock: no handler runs under it, and no timer is stopped under it, since that waits for
     // handlers, which may come back here.
     mutable wLock lock;
+    std::map<std::string, std::unique_ptr<MetricsRecord>> records ZU_GUARDED_BY(lock); // a record stays to the end
     std::map<std::string, Subscribers>
         reportHandlers ZU_GUARDED_BY(lock);                // an entry has a handler, or had a chance of one
     bool isReporting ZU_GUARDED_BY(lock) = false;          // as the log has it

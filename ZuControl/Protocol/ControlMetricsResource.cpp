@@ -52,7 +52,7 @@ uint32 ControlMetricsResource::StartStream(ZuRest::IStreamReceiver* receiver, Zu
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, MISSING_NAME);
     }
-    auto const callback = metrics.AddReportHandler(MetricsReport::SendTo(*receiver), *name);
+    auto const callback = metrics.AddSnapshotHandler(MetricsReport::SendTo(*receiver), *name);
     streams.try_emplace(nextStreamId, Stream{callback, *name});
     return nextStreamId++;
 }

@@ -38,7 +38,7 @@ nlohmann::json ControlMetricsResourceBase::Document(ZuRest::RequestInfo const& r
 uint32 ControlMetricsResourceBase::StartStream(ZuRest::IStreamReceiver* receiver,
                                                ZuRest::RequestInfo const& /*request*/)
 {
-    auto const callback = metrics.AddReportHandler(MetricsReport::SendTo(*receiver), name);
+    auto const callback = metrics.AddSnapshotHandler(MetricsReport::SendTo(*receiver), name);
     streams.try_emplace(nextStreamId, callback);
     return nextStreamId++;
 }

@@ -1,6 +1,6 @@
 #include "ZuControl/Protocol/MetricsReport.h"
 
-#include "ZuCommon/MetricsJsonSerializer.h"
+#include "ZuControl/Control/MetricsRecord.h"
 #include "ZuRest/IStreamReceiver.h"
 
 #include <nlohmann/json.hpp>
@@ -8,25 +8,20 @@
 namespace ZuControl::Protocol::MetricsReport
 {
 
-using ZuCommon::IMetricsSource;
-using ZuCommon::MetricsJsonSerializer;
-
 nlohmann::json Read(ControlMetrics& metrics, std::string const& name, bool wantsSchema)
 {
-    nlohmann::json document;
-    metrics.ReadReport(name, [&document, wantsSchema](IMetricsSource const& source) {
-        document = MetricsJsonSerializer::Serialize(source);
-        if (wantsSchema)
-        {
-            document["_schema"] = MetricsJsonSerializer::SerializeSchema(source);
-        }
-    });
+    auto const snapshot = metrics.Snapshot(name);
+    nlohmann::json document = snapshot->values;
+    if (wantsSchema)
+    {
+        document["_schema"] = snapshot->schema;
+    }
     return document;
 }
 
-ControlMetrics::ReportHandler SendTo(ZuRest::IStreamReceiver& receiver)
+ControlMetrics::SnapshotHandler SendTo(ZuRest::IStreamReceiver& receiver)
 {
-    return [&receiver](IMetricsSource const& source) { receiver.Receive(MetricsJsonSerializer::Serialize(source)); };
+    return [&receiver](MetricsSnapshot const& snapshot) { receiver.Receive(snapshot.values); };
 }
 
 } // namespace ZuControl::Protocol::MetricsReport

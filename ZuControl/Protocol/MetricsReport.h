@@ -18,6 +18,6 @@ namespace ZuControl::Protocol::MetricsReport
 nlohmann::json Read(ControlMetrics& metrics, std::string const& name, bool wantsSchema);
 
 /// Sends each report to `receiver`, never with its schema. What sending throws goes to the report's sender.
-ControlMetrics::ReportHandler SendTo(ZuRest::IStreamReceiver& receiver);
+ControlMetrics::SnapshotHandler SendTo(ZuRest::IStreamReceiver& receiver);
 
 } // namespace ZuControl::Protocol::MetricsReport

@@ -7,12 +7,16 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ThreadNames.h"
+#include "ZuApi/Properties/SharedText.h"
+#include "ZuApi/Properties/Value.h"
+#include "ZuControl/Control/MetricsRecord.h"
 #include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -35,6 +39,9 @@ protected:
 
     ControlMetricsTest()
     {
+        a.metrics.Register("first", first);
+        a.metrics.Register("second", second);
+        b.metrics.Register("listening", listening);
         manager.Put("a").metrics.BindProtocol(&a);
         manager.Put("b").metrics.BindProtocol(&b);
     }
@@ -63,6 +70,18 @@ protected:
     CallbackId Subscribe(std::string const& key, std::string const& name)
     {
         return metrics->AddReportHandler([this, name](Source const&) { calls.Add(name); }, key);
+    }
+
+    /// Lets the next update of "a" carry out `step` and then hang until `release` opens.
+    void HangAtA(std::function<void()> const& step)
+    {
+        a.on["UpdateMetrics"] = [this, step] {
+            step();
+            entered.Open();
+            release.Wait();
+        };
+        ChangeUpdateInterval(QUICK_USEC);
+        ASSERT_TRUE(entered.Wait());
     }
 
     void Report()
@@ -104,6 +123,9 @@ protected:
     ZuTest::LogRecorder log;
     ZuTest::Latch entered;
     ZuTest::Latch release;
+    Zu::Properties::Value<uint64> first;
+    Zu::Properties::Value<uint64> second;
+    Zu::Properties::SharedText listening;
     ZuTest::FakeProtocol a{calls, 1, "a."};
     ZuTest::FakeProtocol b{calls, 2, "b."};
     ZuTest::FakeControlManager manager{calls};
@@ -465,51 +487,150 @@ TEST_F(ControlMetricsTest, WaitsAtItsEndForTheHandlerThatRuns)
     EXPECT_EQ(calls.Count("handled"), handled);
 }
 
-TEST_F(ControlMetricsTest, LetsNobodyReadARecordThatIsBroughtUpToDate)
+TEST_F(ControlMetricsTest, ShowsTheLastFinishedUpdateWhileTheNextOneHangs)
 {
-    a.on["UpdateMetrics"] = [this] {
-        entered.Open();
-        release.Wait();
-        calls.Add("updated");
-    };
     BuildWith(NEVER_USEC, NEVER_USEC);
-    ChangeUpdateInterval(QUICK_USEC);
-    ASSERT_TRUE(entered.Wait());
-    std::thread reader([this] { metrics->ReadReport("a", [this](Source const&) { calls.Add("read"); }); });
+    a.on["UpdateMetrics"] = [this] { first.Set(first.Get() + 1); };
+    Update();
+    HangAtA([this] { first.Set(7); });
+
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 1}, {"second", 0}}));
+    EXPECT_EQ(metrics->Snapshot("a")->schema.at("properties").at("first"), nlohmann::json({{"type", "integer"}}));
 
     release.Open();
-    reader.join();
     StopUpdateTimer();
-
-    Calls const all = calls.All();
-    auto const read = std::find(all.begin(), all.end(), "read");
-    EXPECT_LT(std::find(all.begin(), all.end(), "updated"), read);
-    EXPECT_NE(read, all.end());
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 7}, {"second", 0}}));
 }
 
-TEST_F(ControlMetricsTest, KeepsNoReaderWaitingForLongWhileAnUpdateHangs)
+TEST_F(ControlMetricsTest, ShowsARecordAsItWasBuiltWhileTheFirstUpdateHangs)
 {
-    a.on["UpdateMetrics"] = [this] {
-        entered.Open();
-        release.Wait();
-    };
+    first.Set(3);
     BuildWith(NEVER_USEC, NEVER_USEC);
-    uint64 const beginUsec = wTime_NowUsec();
-    ChangeUpdateInterval(QUICK_USEC);
-    ASSERT_TRUE(entered.Wait());
+    HangAtA([] {});
 
-    for (int i = 0; i < 3; ++i) // the first waits for a second, those behind it not at all
-    {
-        EXPECT_EQ(RefusalOf([this] { metrics->ReadReport("b", [this](Source const&) { calls.Add("read"); }); }),
-                  (Refusal{-993, ""}));
-        EXPECT_GE(wTime_NowUsec() - beginUsec, 1'000'000u);
-    }
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 3}, {"second", 0}}));
 
-    EXPECT_EQ(calls.Count("read"), 0u);
     release.Open();
-    StopUpdateTimer();
-    metrics->ReadReport("b", [this](Source const&) { calls.Add("read"); });
-    EXPECT_EQ(calls.Count("read"), 1u);
+}
+
+TEST_F(ControlMetricsTest, ShowsTheOthersAsTheyStandWhileOneHangsAheadOfThem)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    HangAtA([] {});
+
+    listening.Set("127.0.0.1:1502"); // as a protocol does that starts meanwhile
+
+    EXPECT_EQ(metrics->Snapshot("b")->values, nlohmann::json({{"listening", "127.0.0.1:1502"}}));
+    release.Open();
+}
+
+TEST_F(ControlMetricsTest, ShowsNothingOfAnUpdateThatBrokeOff)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    a.on["UpdateMetrics"] = [this] {
+        first.Set(1);
+        throw std::runtime_error("no record");
+    };
+    EXPECT_THROW(Update(), std::runtime_error);
+
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 0}, {"second", 0}}));
+
+    a.on.clear();
+    Update();
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 1}, {"second", 0}}));
+}
+
+TEST_F(ControlMetricsTest, MixesNoTwoUpdatesInASnapshot)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    a.on["UpdateMetrics"] = [this] {
+        first.Set(first.Get() + 1);
+        std::this_thread::yield();
+        second.Set(first.Get());
+    };
+    metrics->AddReportHandler(
+        [this](Source const&) {
+        EXPECT_EQ(first.Get(), second.Get()); // the live record, in turn with the updates
+        calls.Add("report");
+        },
+        "a");
+    ChangeReportInterval(QUICK_USEC);
+    ChangeUpdateInterval(QUICK_USEC);
+
+    auto const read = [this] {
+        for (int i = 0; i < 500; ++i)
+        {
+            auto const snapshot = metrics->Snapshot("a");
+            EXPECT_EQ(snapshot->values.at("first"), snapshot->values.at("second"));
+        }
+    };
+    std::thread other(read);
+    read();
+    other.join();
+
+    EXPECT_TRUE(calls.WaitFor("report"));
+    EXPECT_TRUE(calls.WaitFor("a.UpdateMetrics", 2));
+}
+
+TEST_F(ControlMetricsTest, KeepsSnapshotsComingToTheirHandlersWhileAnUpdateHangs)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    HangAtA([] {});
+
+    metrics->AddSnapshotHandler([this](MetricsSnapshot const& snapshot) { calls.Add("a " + snapshot.values.dump()); },
+                                "a");
+    metrics->AddSnapshotHandler([this](MetricsSnapshot const& snapshot) { calls.Add("b " + snapshot.values.dump()); },
+                                "b");
+
+    EXPECT_TRUE(calls.WaitFor(R"(a {"first":0,"second":0})", 3));
+    EXPECT_TRUE(calls.WaitFor(R"(b {"listening":""})", 3));
+    release.Open();
+}
+
+TEST_F(ControlMetricsTest, KeepsTheLiveRecordFromItsHandlersOnlyWhileItsOwnUpdateHangs)
+{
+    BuildWith(NEVER_USEC, QUICK_USEC);
+    HangAtA([] {});
+
+    Subscribe("a", "live a");
+    Subscribe("b", "live b");
+
+    ASSERT_TRUE(calls.WaitFor("live b", 3));
+    EXPECT_EQ(calls.Count("live a"), 0u);
+    release.Open();
+    EXPECT_TRUE(calls.WaitFor("live a", 2));
+}
+
+TEST_F(ControlMetricsTest, RemovesASnapshotHandlerLikeAReportHandler)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    CallbackId const id = metrics->AddSnapshotHandler([this](MetricsSnapshot const&) { calls.Add("snapshot"); }, "b");
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Info("ZuControl::ControlMetrics::AddReportHandler",
+                                                     "Control metrics reporting started.")}));
+    Report();
+
+    metrics->RemoveReportHandler(id, "b");
+
+    EXPECT_EQ(calls.Count("snapshot"), 1u);
+    EXPECT_EQ(Stopped(), 1u);
+    EXPECT_EQ(RefusalOf([this] { metrics->AddSnapshotHandler([](MetricsSnapshot const&) {}, "x"); }),
+              (Refusal{-999, "Control protocol type not recognized: 'x'."}));
+}
+
+TEST_F(ControlMetricsTest, NamesTheOperationThatRefusesToRemoveAHandler)
+{
+    BuildWith(NEVER_USEC, NEVER_USEC);
+
+    try
+    {
+        metrics->RemoveReportHandler({}, "a");
+        FAIL() << "it was not refused";
+    }
+    catch (Zu::Exception const& exception)
+    {
+        EXPECT_EQ(exception.Status(), -997);
+        EXPECT_STREQ(exception.Function(), "ZuControl::ControlMetrics::RemoveReportHandler");
+    }
 }
 
 TEST_F(ControlMetricsTest, LetsSubscribersLeaveWhileAnUpdateHangs)
@@ -530,16 +651,36 @@ TEST_F(ControlMetricsTest, LetsSubscribersLeaveWhileAnUpdateHangs)
     release.Open();
 }
 
-TEST_F(ControlMetricsTest, ReadsTheRecordOfAKnownTypeAlone)
+TEST_F(ControlMetricsTest, RefusesASnapshotOfARecordThatCannotBeRead)
 {
+    a.on["GetMetrics"] = [] { throw std::runtime_error("no record"); };
+    manager.Put("c"); // without a protocol
+
     BuildWith(NEVER_USEC, NEVER_USEC);
-    Source const* read = nullptr;
 
-    metrics->ReadReport("b", [&read](Source const& source) { read = &source; });
-
-    EXPECT_EQ(read, &manager.GetInstance("b").MetricsSource());
-    EXPECT_EQ(RefusalOf([this] { metrics->ReadReport("x", [](Source const&) {}); }),
+    EXPECT_THROW(metrics->Snapshot("a"), std::runtime_error);
+    EXPECT_EQ(RefusalOf([this] { metrics->Snapshot("c"); }),
+              (Refusal{-1000, "No protocol implementation available for the metrics fetch operation"}));
+    EXPECT_EQ(RefusalOf([this] { metrics->Snapshot("x"); }),
               (Refusal{-999, "Control protocol type not recognized: 'x'."}));
+    a.on.clear();
+    EXPECT_EQ(metrics->Snapshot("a")->values, nlohmann::json({{"first", 0}, {"second", 0}}));
+}
+
+TEST_F(ControlMetricsTest, WaitsASecondForARecordThatWasNeverRead)
+{
+    a.on["GetMetrics"] = [] { throw std::runtime_error("no record"); };
+    BuildWith(NEVER_USEC, NEVER_USEC);
+    uint64 const beginUsec = wTime_NowUsec();
+    HangAtA([] {});
+
+    for (int i = 0; i < 3; ++i) // the first waits for a second, those behind it not at all
+    {
+        EXPECT_EQ(RefusalOf([this] { metrics->Snapshot("a"); }), (Refusal{-993, ""}));
+        EXPECT_GE(wTime_NowUsec() - beginUsec, 1'000'000u);
+    }
+
+    release.Open();
 }
 
 TEST_F(ControlMetricsTest, GoesOnReportingWhoeverStaysThroughAStormOfComingsAndGoings)
