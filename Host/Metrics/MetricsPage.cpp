@@ -1,6 +1,7 @@
 #include "Host/Metrics/MetricsPage.h"
 
 #include "Host/Metrics/PrometheusText.h"
+#include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Answer.h"
 #include "ZuRest/IDocumentResource.h"
@@ -81,32 +82,38 @@ void AddRecord(PrometheusText& text, std::string const& prefix, Json const& sche
     }
 }
 
-/// The metrics of a protocol with their schema. Not as a request of a client, which would wait while the protocol is started.
-Json MetricsOf(ZuRest::ResourceRouter const& router, std::string const& typeName)
+/// Adds the record that the resource of the protocol shows. It does not go through the request processor, where it would wait
+/// while the protocol is started.
+void AddRecordOf(PrometheusText& text, ZuRest::ResourceRouter const& router, std::string const& typeName)
 {
     constexpr bool WITH_SCHEMA = true;
     std::string const path = ZuRest::Path::Format("/controls/:protocol/metrics", {typeName});
     auto const match = router.Find(path);
     if (!match.has_value() || match->resource->DocumentProvider() == nullptr)
     {
-        return Json::object();
+        ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    try
-    {
-        ZuRest::ResponseInfo response;
-        return match->resource->DocumentProvider()->Document({path, match->keys, WITH_SCHEMA}, response);
-    }
-    catch (std::exception const&) // a protocol need not have any
-    {
-        return Json::object();
-    }
+    ZuRest::ResponseInfo response;
+    Json record = match->resource->DocumentProvider()->Document({path, match->keys, WITH_SCHEMA}, response);
+    Json const schema = record.value("_schema", Json::object());
+    record.erase("_schema");
+    AddRecord(text, std::string(PREFIX) + "protocol", schema, {{"protocol", typeName}}, record);
 }
 
-void AddProtocol(PrometheusText& text, Json document, std::string const& typeName)
+void AddProtocol(PrometheusText& text, ZuRest::ResourceRouter const& router, std::string const& typeName)
 {
-    Json const schema = document.value("_schema", Json::object());
-    document.erase("_schema");
-    AddRecord(text, std::string(PREFIX) + "protocol", schema, {{"protocol", typeName}}, document);
+    bool isReadable = true;
+    try
+    {
+        AddRecordOf(text, router, typeName);
+    }
+    catch (...) // whatever a protocol throws costs only its own rows, and the next one says so
+    {
+        isReadable = false;
+    }
+    text.Add(std::string(PREFIX) + "metrics_readable", Type::GAUGE,
+             "Whether the metrics of the protocol could be read: 1 or 0.", {{"protocol", typeName}},
+             isReadable ? "1" : "0");
 }
 
 void AddModule(PrometheusText& text, ZuControl::ControlStatistics const& statistics)
@@ -161,7 +168,7 @@ ZuRest::Answer MetricsPage::AnswerContent(ZuRest::Request const& /*request*/, Zu
     AddModule(text, counted);
     for (auto const& protocol : counted.protocols)
     {
-        AddProtocol(text, MetricsOf(router, protocol.typeName), protocol.typeName);
+        AddProtocol(text, router, protocol.typeName);
     }
     ZuRest::Answer answer;
     answer.contentType = PrometheusText::CONTENT_TYPE;

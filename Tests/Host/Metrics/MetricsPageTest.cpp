@@ -36,8 +36,13 @@ protected:
         return ZuRest::ResourceRequestProcessor(router).Process(request).answer;
     }
 
-    /// The lines but those of the module itself.
+    /// The lines of the protocols' records.
     std::string OfProtocols()
+    {
+        return LinesWith("zucontrol_protocol_");
+    }
+
+    std::string LinesWith(std::string const& text)
     {
         std::string const body = Get().body;
         std::string found;
@@ -45,7 +50,7 @@ protected:
         {
             std::size_t const end = body.find('\n', begin) + 1;
             std::string const line = body.substr(begin, end - begin);
-            found += line.find("zucontrol_protocol_") != std::string::npos ? line : "";
+            found += line.find(text) != std::string::npos ? line : "";
             begin = end;
         }
         return found;
@@ -84,6 +89,10 @@ TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
         "# TYPE zucontrol_dispatcher_result_sets_total counter\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"X\"} 6\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_metrics_readable Whether the metrics of the protocol could be read: 1 or 0.\n"
+        "# TYPE zucontrol_metrics_readable gauge\n"
+        "zucontrol_metrics_readable{protocol=\"X\"} 1\n"
+        "zucontrol_metrics_readable{protocol=\"Y\"} 1\n"
         "# HELP zucontrol_operations_total Operations on the system, by how they ended.\n"
         "# TYPE zucontrol_operations_total counter\n"
         "zucontrol_operations_total{result=\"succeeded\"} 3\n"
@@ -143,14 +152,30 @@ TEST_F(MetricsPageTest, GoesDownIntoRecordsAndTakesTheKeysOfALabelledOneForItsVa
                              "zucontrol_protocol_lifetime_requests_total{protocol=\"X\"} 9\n");
 }
 
-TEST_F(MetricsPageTest, LeavesOutAProtocolThatHasNoMetricsAndGoesOn)
+TEST_F(MetricsPageTest, LeavesOutTheRowsOfAProtocolThatCannotBeReadAndSaysSo)
 {
-    statistics.protocols = {{"None", 0, 0, 0}, {"X", 0, 0, 0}};
+    statistics.protocols = {{"Int", 0, 0, 0}, {"None", 0, 0, 0}, {"Odd", 0, 0, 0}, {"X", 0, 0, 0}};
+    documents["Odd"] = {{"requests", 1}, {"_schema", {{"properties", {{"requests", {{"title", 7}}}}}}}};
     documents["X"] = {{"controlDrops", 1}};
+    metrics.document = [this](ZuRest::RequestInfo const& request, ZuRest::ResponseInfo&) {
+        if (*request.FindKey("protocol") == "Int")
+        {
+            throw 7;
+        }
+        return documents.at(*request.FindKey("protocol"));
+    };
 
+    EXPECT_EQ(Get().status, 200u);
     EXPECT_EQ(OfProtocols(), "# HELP zucontrol_protocol_control_drops Not described.\n"
                              "# TYPE zucontrol_protocol_control_drops untyped\n"
                              "zucontrol_protocol_control_drops{protocol=\"X\"} 1\n");
+    EXPECT_EQ(LinesWith("zucontrol_metrics_readable"),
+              "# HELP zucontrol_metrics_readable Whether the metrics of the protocol could be read: 1 or 0.\n"
+              "# TYPE zucontrol_metrics_readable gauge\n"
+              "zucontrol_metrics_readable{protocol=\"Int\"} 0\n"
+              "zucontrol_metrics_readable{protocol=\"None\"} 0\n"
+              "zucontrol_metrics_readable{protocol=\"Odd\"} 0\n"
+              "zucontrol_metrics_readable{protocol=\"X\"} 1\n");
 }
 
 TEST_F(MetricsPageTest, HasItsRouteForAsLongAsItLives)
