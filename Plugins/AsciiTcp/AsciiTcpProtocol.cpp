@@ -156,6 +156,8 @@ void AsciiTcpProtocol::Start()
             fetcher.Stop();
             throw;
         }
+        metrics.listening.Set(
+            server.Endpoint()); // at once: the host prints it, also while no metrics are brought up to date
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }

@@ -159,7 +159,8 @@ void ModbusTcpProtocol::Start()
             fetcher.Stop();
             throw;
         }
-        metrics.listening.Set(server.Endpoint()); // at once: whoever starts a service wants to know
+        metrics.listening.Set(
+            server.Endpoint()); // at once: the host prints it, also while no metrics are brought up to date
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }

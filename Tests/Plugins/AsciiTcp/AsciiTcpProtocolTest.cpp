@@ -187,6 +187,14 @@ TEST_F(AsciiTcpProtocolTest, WantsTheStampWithItsSources)
     EXPECT_TRUE(protocol->DataSourceList().empty());
 }
 
+TEST_F(AsciiTcpProtocolTest, ShowsWhereItListensWithoutAnUpdateOfItsMetrics)
+{
+    protocol->Start();
+
+    auto const& record = dynamic_cast<AsciiMetrics const&>(protocol->GetMetrics());
+    EXPECT_EQ(record.listening.Get(), "127.0.0.1:" + std::to_string(Port()));
+}
+
 TEST_F(AsciiTcpProtocolTest, TellsThatItRunsAndStops)
 {
     Start();
