@@ -14,7 +14,7 @@ using Sentences = std::set<std::string>;
 /// Whether what began at `sinceUsec`, 0 for nothing, lasts longer by now than it may.
 bool LastsTooLong(uint64 sinceUsec, uint64 limitUsec, uint64 nowUsec)
 {
-    // It may have begun behind the moment at which we look: nobody stops while we do.
+    // `sinceUsec` may be later than `nowUsec`: the threads go on while the watch looks.
     return sinceUsec != 0 && nowUsec > sinceUsec && nowUsec - sinceUsec > limitUsec;
 }
 
@@ -30,8 +30,10 @@ void LookAtDispatcher(ControlVitals::Dispatcher const& dispatcher, WatchLimits c
 {
     if (dispatcher.hasDied)
     {
-        sentences.insert(dispatcher.typeName +
-                         " gets no more results, since it failed over one. Disable it and enable it again.");
+        sentences.insert(
+            dispatcher.typeName +
+            " gets no more results, since it failed over one. Disable it and enable it again; if that does "
+            "not help, restart the host."); // a service with a problem on record keeps its dispatcher
     }
     else if (LastsTooLong(dispatcher.busySinceUsec, limits.standstillUsec, nowUsec))
     {
@@ -44,9 +46,10 @@ void LookAtOperation(ControlVitals::Operation const& operation, WatchLimits cons
 {
     if (LastsTooLong(operation.sinceUsec, limits.operationUsec, nowUsec))
     {
-        std::string const who = operation.typeName.empty() ? "a protocol" : operation.typeName;
-        sentences.insert("The " + std::string(operation.name) + " that " + who + " asked for has not ended within " +
-                         Seconds(limits.operationUsec) + "; every other operation is refused meanwhile.");
+        std::string const service = operation.typeName.empty() ? "a service" : operation.typeName;
+        sentences.insert("The " + std::string(operation.name) + " that " + service +
+                         " asked for has not ended within " + Seconds(limits.operationUsec) +
+                         "; every other operation is refused meanwhile.");
     }
 }
 
@@ -57,7 +60,7 @@ void LookAtMetrics(ControlVitals::Metrics const& metrics, WatchLimits const& lim
     if (LastsTooLong(metrics.roundSinceUsec, limits.standstillUsec, nowUsec))
     {
         sentences.insert(metrics.typeName +
-                         " does not come to an end with its metrics; those of all protocols stand still.");
+                         " does not come to an end with its metrics; those of all services stand still.");
     }
     else if (hasFailed && !LastsTooLong(metrics.lastFailureUsec, limits.standstillUsec, nowUsec))
     {

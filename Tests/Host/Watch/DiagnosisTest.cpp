@@ -15,11 +15,13 @@ using ZuControl::ControlVitals;
 constexpr uint64 NOW = 1'000'000'000;
 constexpr uint64 SECOND = 1'000'000;
 
-constexpr char const* DEAD = "a gets no more results, since it failed over one. Disable it and enable it again.";
+constexpr char const* DEAD =
+    "a gets no more results, since it failed over one. Disable it and enable it again; if that does not "
+    "help, restart the host.";
 constexpr char const* HELD = "a does not come to an end with its results; newer ones wait for it.";
 constexpr char const* JOB = "The job load that a asked for has not ended within 60 seconds; every other operation is "
                             "refused meanwhile.";
-constexpr char const* STANDING = "b does not come to an end with its metrics; those of all protocols stand still.";
+constexpr char const* STANDING = "b does not come to an end with its metrics; those of all services stand still.";
 constexpr char const* FAILING = "b fails over its metrics; they stand still, and so may those of others.";
 constexpr char const* SILENT = "Nothing brings the metrics up to date any more.";
 
@@ -76,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         [](auto& v) {
     v.operation = {"", "restart", 1};
         },
-        {"The restart that a protocol asked for has not ended within 60 seconds; every other operation is refused "
+        {"The restart that a service asked for has not ended within 60 seconds; every other operation is refused "
          "meanwhile."}},
     DiagnosisCase{"RoundLong", [](auto& v) { v.metrics.roundSinceUsec = NOW - SECOND; }, {}},
     DiagnosisCase{"RoundTooLong",

@@ -24,7 +24,8 @@ protected:
     static constexpr uint64 BEGIN = 1'000'000'000;
     static constexpr uint64 SECOND = 1'000'000;
     static constexpr char const* DEAD =
-        "a gets no more results, since it failed over one. Disable it and enable it again.";
+        "a gets no more results, since it failed over one. Disable it and enable it again; if that does not help, "
+        "restart the host.";
     static constexpr char const* HELD = "a does not come to an end with its results; newer ones wait for it.";
 
     WatchTest()

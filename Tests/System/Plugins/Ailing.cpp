@@ -24,6 +24,7 @@ constexpr char const* TYPE_NAME = "Ailing";
 
 constexpr char const* RESULTS_FAIL = "results fail";
 constexpr char const* RESULTS_HANG = "results hang";
+constexpr char const* START_FAILED = "start failed"; // says so, and goes on
 constexpr char const* METRICS_FAIL = "metrics fail";
 constexpr char const* METRICS_HANG = "metrics hang";
 constexpr char const* START_HANGS = "start hangs"; // of a scan, which is an operation of the system
@@ -91,6 +92,10 @@ public:
             ailment = params.ailment.Get();
         }
         changed.notify_all();
+        if (params.ailment.Get() == START_FAILED)
+        {
+            NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+        }
         if (params.ailment.Get() == START_HANGS)
         {
             ProcessReceivedCommonCommands({1, CommandStart, ""});

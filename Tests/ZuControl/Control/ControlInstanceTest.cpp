@@ -18,6 +18,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -517,9 +519,15 @@ public:
 
     void ProcessResultSets(void* resultSets) override
     {
+        if (failsOverResults)
+        {
+            throw std::runtime_error("not well");
+        }
         received.push_back(ZuTest::BatchOf(resultSets).size());
         calls.Add("received");
     }
+
+    std::atomic<bool> failsOverResults{false};
 
 private:
     ZuTest::CallLog& calls;
@@ -554,6 +562,31 @@ protected:
         instance->Enable(true);
         results.UpdateOutputMap(ZuEthernetProtocol{9}, {"a"});
         results.UpdateClientCount(ZuEthernetProtocol{9}, 1);
+    }
+
+    /// Lets the protocol fail over a result, which ends the thread of its dispatcher, and get well again.
+    void KillDispatcher()
+    {
+        listening.lock()->failsOverResults = true;
+        Publish();
+        auto const latest = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!IsDispatcherDead() && std::chrono::steady_clock::now() < latest)
+        {
+            std::this_thread::yield();
+        }
+        ASSERT_TRUE(IsDispatcherDead());
+        listening.lock()->failsOverResults = false;
+    }
+
+    bool IsDispatcherDead()
+    {
+        return results.CountersOf(ZuEthernetProtocol{9})->hasDied;
+    }
+
+    void EnableAnew()
+    {
+        instance->Enable(false);
+        instance->Enable(true);
     }
 
     void Publish()
@@ -596,6 +629,34 @@ TEST_F(ControlInstanceDelivery, EndsBeforeAnEnabledProtocolGoes)
         publishing.join();
         results.RemoveResultHandler(marker);
     }
+}
+
+TEST_F(ControlInstanceDelivery, BeginsAnewWhenAProtocolIsEnabledAgainAfterItFailedOverAResult)
+{
+    BuildListening();
+    KillDispatcher();
+
+    EnableAnew();
+
+    EXPECT_FALSE(IsDispatcherDead());
+    results.UpdateClientCount(ZuEthernetProtocol{9}, 1);
+    Publish();
+    EXPECT_TRUE(calls.WaitFor("received"));
+}
+
+TEST_F(ControlInstanceDelivery, StaysDeadUntilTheModuleGoesWhenAProtocolWithAProblemOnRecordFailedOverAResult)
+{
+    BuildListening();
+    listening.lock()->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+    KillDispatcher();
+
+    for (int i = 0; i < 3; ++i) // the first handler stays registered, and with it the dispatcher
+    {
+        EnableAnew();
+        EXPECT_TRUE(IsDispatcherDead());
+    }
+
+    EXPECT_EQ(problems.Count(), 0u);
 }
 
 TEST_F(ControlInstanceDelivery, ReachesAProtocolOnceThatWasEnabledAgainWithAProblemOnRecord)
