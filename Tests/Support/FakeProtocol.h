@@ -267,8 +267,13 @@ public:
         return "Fake";
     }
 
+    /// Not noted, since it is asked for at any time.
     ZuControl::ZuEthernetProtocol EthernetProtocolId() override
     {
+        if (auto const position = on.find("EthernetProtocolId"); position != on.end())
+        {
+            position->second();
+        }
         return ZuControl::ZuEthernetProtocol{number};
     }
 

@@ -2,8 +2,28 @@
 
 #include "ZuControl/Control/IControlInstance.h"
 
+#include <optional>
+
 namespace ZuControl
 {
+
+namespace
+{
+
+/// Empty for a protocol that throws instead: it goes without numbers of its own, and the others keep theirs.
+std::optional<ZuEthernetProtocol> NumberOf(IControlInstance const& instance)
+{
+    try
+    {
+        return instance.EthernetProtocolId();
+    }
+    catch (...)
+    {
+        return std::nullopt;
+    }
+}
+
+} // namespace
 
 ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& router,
                              ControlModuleEnviron const& environ)
@@ -28,10 +48,15 @@ ControlStatistics ControlModule::Statistics()
     statistics.operationsRefused = manager.Operations().RefusedCount();
     for (std::string const& typeName : manager.List())
     {
-        auto const counters = scanResults.CountersOf(manager.GetInstance(typeName).EthernetProtocolId());
-        statistics.protocols.push_back({typeName, counters->batches.load(std::memory_order_relaxed),
-                                        counters->resultSets.load(std::memory_order_relaxed),
-                                        counters->ageUsec.load(std::memory_order_relaxed)});
+        auto& protocol = statistics.protocols.emplace_back();
+        protocol.typeName = typeName;
+        if (auto const number = NumberOf(manager.GetInstance(typeName)))
+        {
+            auto const counters = scanResults.CountersOf(*number);
+            protocol.batches = counters->batches.load(std::memory_order_relaxed);
+            protocol.resultSets = counters->resultSets.load(std::memory_order_relaxed);
+            protocol.ageUsec = counters->ageUsec.load(std::memory_order_relaxed);
+        }
     }
     return statistics;
 }
@@ -44,11 +69,15 @@ ControlVitals ControlModule::Vitals()
     vitals.operation.sinceUsec = operation.sinceUsec;
     for (std::string const& typeName : manager.List())
     {
-        ZuEthernetProtocol const protocol = manager.GetInstance(typeName).EthernetProtocolId();
-        auto const counters = scanResults.CountersOf(protocol);
+        auto const number = NumberOf(manager.GetInstance(typeName));
+        if (!number.has_value())
+        {
+            continue;
+        }
+        auto const counters = scanResults.CountersOf(*number);
         vitals.dispatchers.push_back({typeName, counters->hasDied.load(std::memory_order_relaxed),
                                       counters->busySinceUsec.load(std::memory_order_relaxed)});
-        if (operation.sinceUsec != 0 && protocol == operation.protocol)
+        if (operation.sinceUsec != 0 && *number == operation.protocol)
         {
             vitals.operation.typeName = typeName;
         }

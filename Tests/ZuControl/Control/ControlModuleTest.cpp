@@ -186,6 +186,28 @@ TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
     EXPECT_GT(vitals.metrics.lastDoneUsec, 0u);
 }
 
+TEST_F(ControlModuleTest, TellsOfTheOthersWhenAProtocolThrowsInsteadOfItsNumber)
+{
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("bad", [this](auto const&) {
+        auto const bad = std::make_shared<ZuTest::FakeProtocol>(calls, 2);
+        bad->on["EthernetProtocolId"] = [] { throw 7; };
+        return bad;
+    });
+    plugin->Offer("good", [this](auto const&) { return std::make_shared<ZuTest::FakeProtocol>(calls, 3); });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+
+    ControlStatistics const statistics = module.Statistics();
+    ControlVitals const vitals = module.Vitals();
+
+    ASSERT_EQ(statistics.protocols.size(), 2u);
+    EXPECT_EQ(statistics.protocols[0].typeName, "bad");
+    EXPECT_EQ(statistics.protocols[1].typeName, "good");
+    ASSERT_EQ(vitals.dispatchers.size(), 1u);
+    EXPECT_EQ(vitals.dispatchers[0].typeName, "good");
+}
+
 TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)
 {
     ZuTest::FakeResource health;
