@@ -50,7 +50,8 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     BuildModule();
     BeginJob();
     LetLoadsRunAlone();
-    metricsPage.emplace(router, [this] { return module->Statistics(); });
+    metricsPage.emplace(
+        router, [this] { return module->Statistics(); }, [this] { return module->Vitals(); });
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(

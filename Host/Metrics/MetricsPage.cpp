@@ -10,6 +10,7 @@
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResourceRouter.h"
 #include "ZuRest/ResponseInfo.h"
+#include "wApi/wTime.h"
 
 #include <nlohmann/json.hpp>
 
@@ -142,11 +143,22 @@ void AddModule(PrometheusText& text, ZuControl::ControlStatistics const& statist
     }
 }
 
+/// Tells how old the records are: they stand still while a protocol hangs over its own.
+void AddAge(PrometheusText& text, ZuControl::ControlVitals::Metrics const& metrics)
+{
+    uint64 const nowUsec = wTime_NowUsec();
+    uint64 const ageUsec = nowUsec > metrics.lastDoneUsec ? nowUsec - metrics.lastDoneUsec : 0;
+    text.Add(std::string(PREFIX) + "metrics_age_seconds", Type::GAUGE,
+             "Time since the metrics of all protocols were last brought up to date.", {},
+             PrometheusText::Seconds(ageUsec));
+}
+
 } // namespace
 
 MetricsPage::MetricsPage(ZuRest::ResourceRouter& usedRouter,
-                         std::function<ZuControl::ControlStatistics()> newStatistics)
-    : router(usedRouter), statistics(std::move(newStatistics))
+                         std::function<ZuControl::ControlStatistics()> newStatistics,
+                         std::function<ZuControl::ControlVitals()> newVitals)
+    : router(usedRouter), statistics(std::move(newStatistics)), vitals(std::move(newVitals))
 {
     router.Register(ROUTE, *this);
 }
@@ -166,6 +178,7 @@ ZuRest::Answer MetricsPage::AnswerContent(ZuRest::Request const& /*request*/, Zu
     ZuControl::ControlStatistics const counted = statistics();
     PrometheusText text;
     AddModule(text, counted);
+    AddAge(text, vitals().metrics);
     for (auto const& protocol : counted.protocols)
     {
         AddProtocol(text, router, protocol.typeName);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/Control/ControlStatistics.h"
+#include "ZuControl/Control/ControlVitals.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/ResourceBase.h"
 
@@ -21,8 +22,9 @@ namespace ZuHost
 class MetricsPage final : public ZuRest::ResourceBase, public ZuRest::IContentResource
 {
 public:
-    /// The router outlives this, and what `newStatistics` needs does. From now on the page has its route.
-    MetricsPage(ZuRest::ResourceRouter& usedRouter, std::function<ZuControl::ControlStatistics()> newStatistics);
+    /// The router outlives the page, and so does what the two functions need. From now on the page has its route.
+    MetricsPage(ZuRest::ResourceRouter& usedRouter, std::function<ZuControl::ControlStatistics()> newStatistics,
+                std::function<ZuControl::ControlVitals()> newVitals);
     ~MetricsPage() override; ///< takes its route away
 
     std::vector<std::string> ContentMethods() const override;
@@ -31,6 +33,7 @@ public:
 private:
     ZuRest::ResourceRouter& router;
     std::function<ZuControl::ControlStatistics()> const statistics;
+    std::function<ZuControl::ControlVitals()> const vitals;
 };
 
 } // namespace ZuHost

@@ -162,6 +162,8 @@ class Watch(unittest.TestCase):
         page = self.rest.get("/metrics").text
         for service in services:
             self.assertIn(f'zucontrol_metrics_readable{{protocol="{service}"}} 1\n', page)
+        age = next(line for line in page.splitlines() if line.startswith("zucontrol_metrics_age_seconds "))
+        self.assertGreater(float(age.split(" ")[1]), 1.0)
         for service in ("AsciiTcp", "ModbusTcp"):
             self.assertIn(f'zucontrol_protocol_control_drops_total{{protocol="{service}"}} 0\n', page)
 

@@ -5,6 +5,7 @@
 #include "ZuRest/Request.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
+#include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +15,13 @@ namespace ZuHost
 class MetricsPageTest : public testing::Test
 {
 protected:
+    static constexpr uint64 HOUR_USEC = 3'600'000'000;
+
     MetricsPageTest()
     {
         router.Register("/controls/:protocol/metrics", metrics);
         statistics.protocols = {{"X", 0, 0, 0}};
+        vitals.metrics.lastDoneUsec = wTime_AfterUsec(HOUR_USEC); // no age but 0
         metrics.document = [this](ZuRest::RequestInfo const& request, ZuRest::ResponseInfo&) {
             EXPECT_TRUE(request.wantsSchema);
             return documents.at(*request.FindKey("protocol"));
@@ -60,7 +64,8 @@ protected:
     ZuTest::FakeResource metrics;
     std::map<std::string, nlohmann::json> documents;
     ZuControl::ControlStatistics statistics;
-    MetricsPage page{router, [this] { return statistics; }};
+    ZuControl::ControlVitals vitals;
+    MetricsPage page{router, [this] { return statistics; }, [this] { return vitals; }};
 };
 
 TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
@@ -89,6 +94,9 @@ TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
         "# TYPE zucontrol_dispatcher_result_sets_total counter\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"X\"} 6\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_metrics_age_seconds Time since the metrics of all protocols were last brought up to date.\n"
+        "# TYPE zucontrol_metrics_age_seconds gauge\n"
+        "zucontrol_metrics_age_seconds 0.000000\n"
         "# HELP zucontrol_metrics_readable Whether the metrics of the protocol could be read: 1 or 0.\n"
         "# TYPE zucontrol_metrics_readable gauge\n"
         "zucontrol_metrics_readable{protocol=\"X\"} 1\n"
@@ -178,11 +186,29 @@ TEST_F(MetricsPageTest, LeavesOutTheRowsOfAProtocolThatCannotBeReadAndSaysSo)
               "zucontrol_metrics_readable{protocol=\"X\"} 1\n");
 }
 
+TEST_F(MetricsPageTest, TellsHowLongTheMetricsHaveStoodStill)
+{
+    uint64 const doneUsec = vitals.metrics.lastDoneUsec = wTime_NowUsec();
+    std::string const name = "zucontrol_metrics_age_seconds ";
+    auto const age = [&] {
+        std::string const lines = LinesWith(name);
+        return std::stod(lines.substr(lines.rfind(name) + name.size()));
+    };
+
+    double const first = age();
+    double const second = age();
+
+    EXPECT_LE(first, second);
+    EXPECT_LE(second * 1e6, static_cast<double>(wTime_NowUsec() - doneUsec) + 1);
+    EXPECT_GT(second, 0);
+}
+
 TEST_F(MetricsPageTest, HasItsRouteForAsLongAsItLives)
 {
     ZuRest::ResourceRouter other;
     {
-        MetricsPage const shortLived(other, [this] { return statistics; });
+        MetricsPage const shortLived(
+            other, [this] { return statistics; }, [this] { return vitals; });
         EXPECT_TRUE(other.Find("/metrics").has_value());
     }
     EXPECT_FALSE(other.Find("/metrics").has_value());
