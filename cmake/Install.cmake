@@ -12,13 +12,15 @@ set(ZU_PLUGINS AsciiTcp ModbusTcp)
 
 set_target_properties(${ZU_LIBRARIES} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(${ZU_PLUGINS} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
-set_target_properties(zucontrol-host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 install(TARGETS ${ZU_LIBRARIES} EXPORT ZuControlTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${ZU_INCLUDE_DIR}
 )
-install(TARGETS zucontrol-host)
+if(ZU_BUILD_HOST)
+    set_target_properties(zucontrol-host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS zucontrol-host)
+endif()
 install(TARGETS ${ZU_PLUGINS} LIBRARY DESTINATION ${ZU_PLUGIN_DIR})
 install(DIRECTORY ZuControl ZuApi Platform/ DESTINATION ${ZU_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
 
