@@ -1,11 +1,33 @@
-# What another project needs: the three libraries with their headers, found by find_package(ZuControl) and by pkg-config, and
-# the host program with its plug-ins. Wherever the installed tree is moved, its parts find each other.
+# What another project needs: the three libraries with their public headers, found by find_package(ZuControl) and by
+# pkg-config, and the host program with its plug-ins. The installed tree may be moved: its parts find each other.
 include(CMakePackageConfigHelpers)
 include(cmake/InstallCheck.cmake)
 
 set(ZU_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zucontrol)
 set(ZU_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZuControl)
 set(ZU_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/zucontrol/plugins)
+
+# Every header of the libraries is public and installed, but for these headers and folders. Only the libraries' own sources
+# and the tests include a private header; public headers use nlohmann/json and the standard library alone.
+set(ZU_PRIVATE_HEADERS
+    Platform/ZuApi/FormatText.h
+    Platform/ZuApi/JsonTextSerializer.h
+    Platform/ZuApi/JsonTextWriter.h
+    Platform/ZuPlugin/ElfText.h
+    Platform/ZuRest/DocumentSinks.h
+    ZuControl/Control/HardwareResult.h
+    ZuControl/Control/JsonNumber.h
+    ZuControl/Control/ScannerInfoDocument.h
+    ZuControl/Control/SystemMetricsDocument.h
+    ZuControl/ControlProtocol/KnownLayout.h
+    ZuControl/Persistence
+    ZuControl/Protocol
+)
+# Classes of the private folders that are members of public classes.
+set(ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS
+    ZuControl/Persistence/PersistControl.h
+    ZuControl/Protocol/ControlDir.h
+)
 
 set(ZU_LIBRARIES ZuApi ZuPlatform ZuControl)
 set(ZU_PLUGINS AsciiTcp ModbusTcp)
@@ -22,7 +44,15 @@ if(ZU_BUILD_HOST)
     install(TARGETS zucontrol-host)
 endif()
 install(TARGETS ${ZU_PLUGINS} LIBRARY DESTINATION ${ZU_PLUGIN_DIR})
-install(DIRECTORY ZuControl ZuApi Platform/ DESTINATION ${ZU_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+
+foreach(header IN LISTS ZU_PRIVATE_HEADERS)
+    list(APPEND exclusions PATTERN ${header} EXCLUDE)
+endforeach()
+install(DIRECTORY ZuControl ZuApi Platform/ DESTINATION ${ZU_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h" ${exclusions})
+foreach(header IN LISTS ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES ${header} DESTINATION ${ZU_INCLUDE_DIR}/${folder})
+endforeach()
 
 install(EXPORT ZuControlTargets NAMESPACE ZuControl:: DESTINATION ${ZU_PACKAGE_DIR})
 configure_package_config_file(cmake/ZuControlConfig.cmake.in ${PROJECT_BINARY_DIR}/ZuControlConfig.cmake

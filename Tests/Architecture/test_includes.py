@@ -39,6 +39,7 @@ SEEN_FROM_BELOW = {
 # ControlModule owns the module's core and the resources that show it, so it stands above both.
 OWNER_OF_BOTH = {"ZuControl/Control/ControlModule.h"}
 
+INSTALL = (ROOT / "cmake/Install.cmake").read_text(encoding="utf-8")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 
@@ -62,6 +63,17 @@ def includes():
     for folder, path in sources():
         for name in INCLUDE.findall(path.read_text(encoding="utf-8")):
             yield folder, path.relative_to(ROOT).as_posix(), name, resolve(name)
+
+
+def install_list(name):
+    """The entries of a list in cmake/Install.cmake."""
+    return re.search(rf"set\({name}\n(.*?)\)", INSTALL, re.DOTALL)[1].split()
+
+
+def is_private(header):
+    if header in install_list("ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS"):
+        return False
+    return any(header == entry or header.startswith(entry + "/") for entry in install_list("ZU_PRIVATE_HEADERS"))
 
 
 class Includes(unittest.TestCase):
@@ -103,6 +115,18 @@ class Includes(unittest.TestCase):
             if file in OWNER_OF_BOTH and (target or "").startswith("ZuControl/Protocol/"):
                 owners.add(file)
         self.assertEqual((SEEN_FROM_BELOW - seen, OWNER_OF_BOTH - owners), (set(), set()))
+
+    def test_each_private_header_is_there(self):
+        listed = install_list("ZU_PRIVATE_HEADERS") + install_list("ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS")
+        self.assertEqual([entry for entry in listed if not (ROOT / entry).exists()], [])
+
+    def test_only_the_libraries_include_private_headers(self):
+        wrong = []
+        for folder, file, _, target in includes():
+            from_outside = folder.startswith(("Host", "Plugins/")) or (file.endswith(".h") and not is_private(file))
+            if from_outside and target is not None and is_private(target):
+                wrong.append(f"{file} includes {target}")
+        self.assertEqual(wrong, [])
 
     def test_folders_do_not_go_round_in_a_circle(self):
         reach = {folder: set() for folder in FLOOR_OF}

@@ -5,22 +5,12 @@ import os
 import pathlib
 import shutil
 import socket
-import subprocess
 import tempfile
 import unittest
 import urllib.request
 
-from host import BIN, PATIENCE, Host
-
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-BUILD = BIN.parent
-
-
-def run(*words, **options):
-    done = subprocess.run([str(word) for word in words], capture_output=True, text=True, timeout=10 * PATIENCE, **options)
-    if done.returncode != 0:
-        raise AssertionError(f"{' '.join(map(str, words))} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
-    return done.stdout
+from host import PATIENCE, Host
+from installation import ROOT, hide_private_dependencies, install, package_folder, run
 
 
 def receiver():
@@ -35,7 +25,9 @@ class Template(unittest.TestCase):
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
         cls.prefix = pathlib.Path(cls.folder.name) / "installed"
-        run("cmake", "--install", BUILD, "--prefix", cls.prefix)
+        install(cls.prefix)
+        # Given to every compiler below: a plug-in's author has none of our private dependencies.
+        cls.environment = dict(os.environ, CXXFLAGS=hide_private_dependencies(pathlib.Path(cls.folder.name) / "hidden"))
 
     @classmethod
     def tearDownClass(cls):
@@ -59,14 +51,14 @@ class Template(unittest.TestCase):
 
     def test_with_find_package(self):
         source = self.copy("with_cmake")
-        run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+            env=self.environment)
         run("cmake", "--build", source / "build")
         self.expect_datagrams(source / "build")
 
     def test_with_pkg_config(self):
         source = self.copy("with_make")
-        packages = next(self.prefix.glob("lib/**/pkgconfig"))
-        run("make", "-C", source, "-j2", env=dict(os.environ, PKG_CONFIG_PATH=str(packages)))
+        run("make", "-C", source, "-j2", env=dict(self.environment, PKG_CONFIG_PATH=str(package_folder(self.prefix))))
         self.expect_datagrams(source)
 
     @unittest.skipUnless(shutil.which("clang++"), "needs clang++")
@@ -74,7 +66,7 @@ class Template(unittest.TestCase):
         """A plug-in of clang runs in a host of GCC: the two agree on layouts, slots, exceptions and the standard library."""
         source = self.copy("with_clang")
         run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
-            "-DCMAKE_CXX_COMPILER=clang++")
+            "-DCMAKE_CXX_COMPILER=clang++", env=self.environment)
         run("cmake", "--build", source / "build")
         self.assertIn(b"clang", (source / "build/template.so").read_bytes())
         run(self.prefix / "bin/zucontrol-host", "--check-plugin", source / "build/template.so")
