@@ -32,7 +32,12 @@ set(ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS
 set(ZU_LIBRARIES ZuApi ZuPlatform ZuControl)
 set(ZU_PLUGINS AsciiTcp ModbusTcp)
 
-set_target_properties(${ZU_LIBRARIES} PROPERTIES INSTALL_RPATH "$ORIGIN")
+# Plug-ins and hosts ask for libZuControl.so.1: within a major version the interface only grows.
+set_target_properties(${ZU_LIBRARIES} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN"
+)
 set_target_properties(${ZU_PLUGINS} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
 
 install(TARGETS ${ZU_LIBRARIES} EXPORT ZuControlTargets

@@ -1,8 +1,9 @@
-"""What `cmake --install` puts down: public headers that need none of our private dependencies."""
+"""What `cmake --install` puts down: public headers that need none of our private dependencies, and versioned libraries."""
 
 import concurrent.futures
 import os
 import pathlib
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -51,6 +52,18 @@ class Installation(unittest.TestCase):
         for header in ("ZuControl/Persistence/ConfigurationDocument.h", "ZuControl/Protocol/ControlResource.h",
                        "ZuControl/Control/JsonNumber.h", "ZuRest/DocumentSinks.h"):
             self.assertFalse((self.headers / header).exists(), header)
+
+    def test_programs_ask_for_a_major_version_of_the_libraries(self):
+        """A system that only runs the host needs no libZuControl.so without a number: that name is the linker's."""
+        copied = self.folder / "without_linker_names"
+        shutil.copytree(self.prefix, copied, symlinks=True)
+        names = list((copied / "lib").rglob("libZu*.so"))
+        self.assertEqual(len(names), 3)
+        for name in names:
+            self.assertRegex(os.readlink(name), r"^libZu\w+\.so\.\d+$")
+            name.unlink()
+        modbus = next(copied.rglob("modbustcp.so"))
+        run(copied / "bin/zucontrol-host", "--check-plugin", modbus)
 
 
 if __name__ == "__main__":
