@@ -33,6 +33,12 @@ Service& Required(Service* service, char const* name)
     return *service;
 }
 
+/// Whether the settings may hold `text`: one that was sent, or the empty one that a factory restore leaves.
+bool IsStorable(std::string const& text)
+{
+    return text.empty() || SendTextParams::IsValid(text);
+}
+
 char const* NameOfRunState(uint8 runState)
 {
     constexpr char const* NAMES[] = {"ready", "running", "error"};
@@ -233,14 +239,19 @@ void AsciiTcpProtocol::OnStartScan()
 
 void AsciiTcpProtocol::OnFactoryRestore()
 {
-    KeepText("");
+    std::scoped_lock const guard(textLock);
+    if (lastText.has_value())
+    {
+        lastText = ""; // stored as such: a document that stays null would leave the old text in the store
+    }
 }
 
 void AsciiTcpProtocol::InitPersistDomain(PersistDomain domain, nlohmann::json& /*document*/)
 {
     if (domain == PersistDomain::PROTOCOL)
     {
-        KeepText("");
+        std::scoped_lock const guard(textLock);
+        lastText.reset();
     }
 }
 
@@ -251,8 +262,7 @@ void AsciiTcpProtocol::LoadPersistDomain(PersistDomain domain, nlohmann::json co
         return;
     }
     auto const found = document.is_object() ? document.find(TEXT_KEY) : document.end();
-    if (found == document.end() || !found->is_string() ||
-        !SendTextParams::IsValid(found->get_ref<std::string const&>()))
+    if (found == document.end() || !found->is_string() || !IsStorable(found->get_ref<std::string const&>()))
     {
         ZU_THROW(Zu::Status::BAD_FORMAT, "The settings of ASCII over TCP hold no text that could be sent");
     }
@@ -261,10 +271,10 @@ void AsciiTcpProtocol::LoadPersistDomain(PersistDomain domain, nlohmann::json co
 
 void AsciiTcpProtocol::SavePersistDomain(PersistDomain domain, nlohmann::json& document)
 {
-    std::string const text = LastText();
-    if (domain == PersistDomain::PROTOCOL && !text.empty())
+    std::scoped_lock const guard(textLock);
+    if (domain == PersistDomain::PROTOCOL && lastText.has_value())
     {
-        document = {{TEXT_KEY, text}};
+        document = {{TEXT_KEY, *lastText}};
     }
 }
 
@@ -367,7 +377,7 @@ uint64 AsciiTcpProtocol::SendText(std::string const& text)
 std::string AsciiTcpProtocol::LastText()
 {
     std::scoped_lock const guard(textLock);
-    return lastText;
+    return lastText.value_or("");
 }
 
 void AsciiTcpProtocol::KeepText(std::string const& text)

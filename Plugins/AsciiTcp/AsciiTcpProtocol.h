@@ -16,6 +16,7 @@
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace AsciiTcp
@@ -68,8 +69,9 @@ public:
     // The last text that was sent to the clients is kept with the settings of the protocol, whatever job is loaded.
     /// Forgets the text; `document` stays as it is, so that nothing is stored.
     void InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
-    /// Throws -984 for a document that holds no text that could be sent.
+    /// Throws `Zu::Status::BAD_FORMAT` for a document whose text is neither empty nor one that could be sent.
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
+    /// Leaves `document` as it is while there was never a text. After a factory restore it holds the empty text.
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
 private:
@@ -112,8 +114,8 @@ private:
 
     std::mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
 
-    std::mutex textLock; // a leaf: guards the text
-    std::string lastText;
+    std::mutex textLock;                 // a leaf: guards the text
+    std::optional<std::string> lastText; // none until a text is sent or loaded; empty after a factory restore
 
     AsciiServer server;     // behind all of the above, which its thread uses
     OperationRunner runner; // these two tell the server

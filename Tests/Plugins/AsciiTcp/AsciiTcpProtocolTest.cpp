@@ -542,11 +542,37 @@ TEST_F(AsciiTcpProtocolTest, KeepsTheLastTextInItsSettings)
     EXPECT_EQ(Metrics().lastText.Get(), "");
 }
 
+TEST_F(AsciiTcpProtocolTest, StoresThatAFactoryRestoreRemovedTheText)
+{
+    Invoke("sendText", "shift ends");
+    protocol->OnFactoryRestore();
+
+    nlohmann::json document;
+    protocol->SavePersistDomain(PersistDomain::PROTOCOL, document);
+
+    EXPECT_EQ(document.dump(), R"({"lastText":""})"); // null would leave the stored text in place
+    AsciiTcpProtocol restarted(environ);
+    restarted.LoadPersistDomain(PersistDomain::PROTOCOL, document);
+    EXPECT_EQ(dynamic_cast<AsciiMetrics&>(restarted.UpdateMetrics()).lastText.Get(), "");
+    nlohmann::json savedAgain;
+    restarted.SavePersistDomain(PersistDomain::PROTOCOL, savedAgain);
+    EXPECT_EQ(savedAgain, document);
+}
+
+TEST_F(AsciiTcpProtocolTest, StoresNothingForAFactoryRestoreWithoutAText)
+{
+    protocol->OnFactoryRestore();
+
+    nlohmann::json document;
+    protocol->SavePersistDomain(PersistDomain::PROTOCOL, document);
+
+    EXPECT_TRUE(document.is_null());
+}
+
 TEST_F(AsciiTcpProtocolTest, RefusesSettingsThatHoldNoText)
 {
     Invoke("sendText", "stays");
-    for (char const* document :
-         {"[]", "7", "{}", R"({"lastText": 7})", R"({"lastText": ""})", R"({"lastText": "a\nb"})"})
+    for (char const* document : {"[]", "7", "{}", R"({"lastText": 7})", R"({"lastText": "a\nb"})"})
     {
         EXPECT_EQ(ZuTest::RefusalOf(
                       [&] { protocol->LoadPersistDomain(PersistDomain::PROTOCOL, nlohmann::json::parse(document)); }),
