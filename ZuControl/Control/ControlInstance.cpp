@@ -23,6 +23,24 @@ namespace
 constexpr int32 START_STOP_SEVERITY = 1;
 constexpr char const* PROBLEM_SOURCE = "Protocol";
 
+/// What the exception that is being handled says; its status when it has no text.
+std::string CaughtReason()
+{
+    try
+    {
+        throw;
+    }
+    catch (std::exception const& exception)
+    {
+        std::string text = exception.what();
+        return text.empty() ? "status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
+    }
+    catch (...)
+    {
+        return "exception of an unknown type";
+    }
+}
+
 } // namespace
 
 ControlInstance::ControlInstance(ControlInstanceParams& params)
@@ -33,6 +51,7 @@ ControlInstance::ControlInstance(ControlInstanceParams& params)
       problems(params.problems),
       problemsTracker(params.problems)
 {
+    failedStarts.typeName = info->TypeName();
     metrics.BindProtocol(protocol.get());
     try
     {
@@ -78,8 +97,16 @@ void ControlInstance::Enable(bool value)
     }
     if (value)
     {
-        StartProtocol();
-        protocol->RegisterControlScanResultsHandler(*scanResults);
+        try
+        {
+            StartProtocol();
+            protocol->RegisterControlScanResultsHandler(*scanResults);
+        }
+        catch (...)
+        {
+            NoteFailedStart();
+            throw;
+        }
     }
     else
     {
@@ -362,6 +389,21 @@ void ControlInstance::LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann
 void ControlInstance::SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
 {
     protocol->SavePersistDomain(domain, document);
+}
+
+ControlVitals::FailedStarts ControlInstance::FailedStarts() const
+{
+    std::scoped_lock const guard(failedStartsLock);
+    return failedStarts;
+}
+
+/// To be called from a catch block.
+void ControlInstance::NoteFailedStart()
+{
+    std::string reason = CaughtReason();
+    std::scoped_lock const guard(failedStartsLock);
+    ++failedStarts.count;
+    failedStarts.lastReason = std::move(reason);
 }
 
 void ControlInstance::StartProtocol()

@@ -4,11 +4,13 @@
 #include "ZuApi/SharedCallbackGate.h"
 #include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/Control/ControlInstanceMetrics.h"
+#include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Export.h"
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace ZuCommon
@@ -93,7 +95,11 @@ public:
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
+    /// The calls of `Enable(true)` that have thrown. Any thread may ask.
+    ControlVitals::FailedStarts FailedStarts() const;
+
 private:
+    void NoteFailedStart();
     void StartProtocol();
     void StopProtocol();
     void UpdateScanResult();
@@ -124,6 +130,9 @@ private:
     Zu::Event<bool>::CallbackId paramsHandlerId;
     Zu::Event<ProtocolStatus>::CallbackId statusHandlerId;
     Zu::Event<bool>::CallbackId outputsHandlerId;
+
+    mutable std::mutex failedStartsLock; // a leaf: guards the record
+    ControlVitals::FailedStarts failedStarts;
 
     // Last, so that it closes first. Handlers run side by side: they call the host, under whatever lock it takes there.
     Zu::SharedCallbackGate protocolHandlersGate;

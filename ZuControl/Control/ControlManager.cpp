@@ -169,6 +169,17 @@ ControlProtocolOperations const& ControlManager::Operations() const
     return operations;
 }
 
+std::vector<ControlVitals::FailedStarts> ControlManager::FailedStarts() const
+{
+    std::vector<ControlVitals::FailedStarts> list;
+    list.reserve(instances.size());
+    for (auto const& entry : instances)
+    {
+        list.push_back(static_cast<ControlInstance const&>(*entry.second).FailedStarts()); // `Create` makes no other
+    }
+    return list;
+}
+
 void ControlManager::CreateAll()
 {
     ZU_LOG_INFO("Creating all control protocol instances.");

@@ -10,6 +10,7 @@
 #include "ZuControl/Control/ControlResourceAdaptor.h"
 #include "ZuControl/Control/ControlScanEngineInterface.h"
 #include "ZuControl/Control/ControlSystemInterface.h"
+#include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Persistence/PersistControl.h"
@@ -56,6 +57,9 @@ public:
     void RemovePersistenceLoadEventHandler(CallbackId id) override;
 
     ControlProtocolOperations const& Operations() const;
+
+    /// Of all instances, by name. Any thread may ask.
+    std::vector<ControlVitals::FailedStarts> FailedStarts() const;
 
     /// The host's sensor is there: the protocols' hardware manager asks it for its inputs and outputs. Call it once, on the
     /// thread that built the manager and before any protocol is enabled; see ControlHardwareManager.

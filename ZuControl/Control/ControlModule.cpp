@@ -83,6 +83,7 @@ ControlVitals ControlModule::Vitals()
         }
     }
     vitals.metrics = metrics.Vitals();
+    vitals.failedStarts = manager.FailedStarts();
     return vitals;
 }
 

@@ -40,7 +40,7 @@ public:
     /// What the module has counted so far. Any thread may ask.
     ControlStatistics Statistics();
 
-    /// How its threads fare. Any thread may ask; it waits for none of them.
+    /// How its services and threads fare. Any thread may ask; it waits for none of them.
     ControlVitals Vitals();
 
     ControlModule(ControlModule const&) = delete;

@@ -8,7 +8,8 @@
 namespace ZuControl
 {
 
-/// How the threads of the module fare at the moment of asking. Moments are those of `wTime_NowUsec`; 0 is none.
+/// How the services and the threads of the module fare at the moment of asking. Moments are those of `wTime_NowUsec`; 0 is
+/// none.
 struct ControlVitals
 {
     /// The way of results to one protocol.
@@ -37,9 +38,18 @@ struct ControlVitals
         std::string failedTypeName; ///< which one that was
     };
 
+    /// The starts of one service that have failed since the module was built.
+    struct FailedStarts
+    {
+        std::string typeName;
+        uint64 count = 0;
+        std::string lastReason; ///< the text of the last failure, or its status when it has no text
+    };
+
     std::vector<Dispatcher> dispatchers; ///< of all protocols, by name
     Operation operation;
     Metrics metrics;
+    std::vector<FailedStarts> failedStarts; ///< of all services, by name
 };
 
 } // namespace ZuControl

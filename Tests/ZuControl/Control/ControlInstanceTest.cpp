@@ -694,6 +694,38 @@ TEST_F(ControlInstanceTest, NestsTheExceptionOfAFailedStart)
     EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}); // who catches it in the end logs it
 }
 
+TEST_F(ControlInstanceTest, TellsHowManyStartsHaveFailedAndWhyTheLastOneDid)
+{
+    Build();
+    EXPECT_EQ(instance->FailedStarts().count, 0u);
+    EXPECT_EQ(instance->FailedStarts().typeName, "type");
+    struct
+    {
+        char const* failing;
+        std::function<void()> failure;
+        char const* reason;
+    } const cases[] = {
+        {"Start", [] { ZU_THROW(-5, "the port is taken"); }, "the port is taken"},
+        {"Start", [] { ZU_THROW(-980); }, "status -980"},
+        {"Start", [] { throw std::runtime_error("foreign"); }, "foreign"},
+        {"Start", [] { throw 7; }, "exception of an unknown type"},
+        {"Register", [] { ZU_THROW(-977, "no dispatcher"); }, "no dispatcher"},
+    };
+    uint64 count = 0;
+    for (auto const& tested : cases)
+    {
+        protocol->on = {{tested.failing, tested.failure}};
+
+        EXPECT_ANY_THROW(instance->Enable(true));
+
+        EXPECT_EQ(instance->FailedStarts().count, ++count);
+        EXPECT_EQ(instance->FailedStarts().lastReason, tested.reason);
+    }
+    protocol->on.clear();
+    instance->Enable(true);
+    EXPECT_EQ(instance->FailedStarts().count, count);
+}
+
 TEST_F(ControlInstanceTest, LeavesTheGateOpenWhenAHandlerOfAnyUpdateThrows)
 {
     Build();

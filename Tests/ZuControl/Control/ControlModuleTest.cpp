@@ -184,6 +184,10 @@ TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
     EXPECT_FALSE(vitals.dispatchers[1].hasDied);
     EXPECT_EQ(vitals.dispatchers[1].busySinceUsec, 0u);
     EXPECT_GT(vitals.metrics.lastDoneUsec, 0u);
+    ASSERT_EQ(vitals.failedStarts.size(), 2u);
+    EXPECT_EQ(vitals.failedStarts[0].typeName, "other");
+    EXPECT_EQ(vitals.failedStarts[1].typeName, "x");
+    EXPECT_EQ(vitals.failedStarts[1].count, 0u);
 }
 
 TEST_F(ControlModuleTest, TellsOfTheOthersWhenAProtocolThrowsInsteadOfItsNumber)
