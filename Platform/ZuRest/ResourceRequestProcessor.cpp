@@ -158,6 +158,11 @@ ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRou
 
 ResourceRequestProcessor::~ResourceRequestProcessor() = default;
 
+void ResourceRequestProcessor::SetUpdateRunner(UpdateRunner runner)
+{
+    runUpdate = std::move(runner);
+}
+
 Json ResourceRequestProcessor::Read(std::string const& path, Json const& /*request*/, std::string const& query)
 {
     return reader.ReadFromInside(path, WantsSchema(query));
@@ -221,6 +226,15 @@ void ResourceRequestProcessor::RunAlone(std::vector<std::string> const& heads, s
     {
         KeepBefore(Place::Of(head), *pass);
     }
+    work();
+}
+
+void ResourceRequestProcessor::RunAsChange(std::string const& path, std::function<void()> const& work)
+{
+    Place const place = Place::Of(path);
+    auto const pass = WaitForTurn(place, ResourceLocks::Mode::CHANGE);
+    KeepBefore(place, *pass);
+    auto const scope = makeScope ? makeScope() : nullptr;
     work();
 }
 
@@ -335,7 +349,8 @@ Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::
             .ToAnswer();
     }
     KeepBefore(Place::Of(request.path), pass);
-    match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body);
+    auto const update = [&] { match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body); };
+    runUpdate ? runUpdate(request.path, body, update) : update();
     return ShowDocument(request, match);
 }
 

@@ -44,6 +44,10 @@ public:
     /// Makes what is to live while a request is carried out, on the thread that does it.
     using ScopeMaker = std::function<std::shared_ptr<void>()>;
 
+    /// Carries out the update of the document at `path` with `body`: calls `update`, which throws what refuses it.
+    using UpdateRunner =
+        std::function<void(std::string const& path, nlohmann::json const& body, std::function<void()> const& update)>;
+
     /// `relationTemplate` as for DocumentReader. The router outlives this.
     explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string const& relationTemplate = {},
                                       ScopeMaker newMakeScope = {});
@@ -51,6 +55,10 @@ public:
 
     ResourceRequestProcessor(ResourceRequestProcessor const&) = delete;
     ResourceRequestProcessor& operator=(ResourceRequestProcessor const&) = delete;
+
+    /// Every update goes through `runner` from now on, while its place is locked for the change. To be set before requests
+    /// come; empty: none.
+    void SetUpdateRunner(UpdateRunner runner);
 
     /// A read from inside the process: it waits for no request that waits itself, so that a protocol gets its answer while
     /// it is being started, also of what its own start is a change of.
@@ -76,6 +84,10 @@ public:
     /// find their documents as they were before. `work` may read the tree through this. What it throws goes on.
     void RunAlone(std::vector<std::string> const& heads, std::function<void()> const& work);
 
+    /// Runs `work` on this thread as a change of the place of `path`: it waits for its turn, and nothing of the place is read
+    /// or changed by requests meanwhile. Reads from inside find the document as it was before. What it throws goes on.
+    void RunAsChange(std::string const& path, std::function<void()> const& work);
+
 private:
     std::shared_ptr<ResourceLocks::Pass> WaitForTurn(Place const& place, ResourceLocks::Mode mode);
     Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
@@ -93,6 +105,7 @@ private:
     ResourceLocks locks;
     DocumentReader const reader;
     ScopeMaker const makeScope;
+    UpdateRunner runUpdate;
     std::shared_ptr<std::mutex> const streamLock;
 };
 

@@ -683,6 +683,58 @@ TEST_F(ResourceRequestProcessorTest, RunsAWorkAloneInATreeAndShowsThoseInsideWha
     EXPECT_EQ(Get("/controls/x").at("value"), "after");
 }
 
+TEST_F(ResourceRequestProcessorTest, RunsAWorkAsAChangeOfOnePlace)
+{
+    std::string value = "before";
+    Place("/controls/:protocol").document = [&](RequestInfo const&, ResponseInfo&) { return Json{{"value", value}}; };
+    ZuTest::Latch answered;
+    std::thread client;
+
+    processor.RunAsChange("/controls/x", [&] {
+        client = std::thread([&] {
+            EXPECT_EQ(Get("/controls/x").at("value"), "after"); // waits for the end
+            answered.Open();
+        });
+        value = "half way";
+        std::thread([&] { EXPECT_EQ(processor.Read("/controls/x", nullptr, "").at("value"), "before"); }).join();
+        EXPECT_EQ(Get("/controls/y").at("value"), "half way");
+        value = "after";
+    });
+
+    EXPECT_TRUE(answered.Wait());
+    client.join();
+    EXPECT_THROW(processor.RunAsChange("/controls/x", [] { throw std::runtime_error("broken"); }), std::runtime_error);
+    EXPECT_EQ(Get("/controls/x").at("value"), "after");
+}
+
+TEST_F(ResourceRequestProcessorTest, LeavesTheUpdateToItsRunnerWhileThePlaceIsLocked)
+{
+    FakeResource& protocol = Place("/controls/:protocol");
+    protocol.Show(Json::object());
+    std::vector<std::string> calls;
+    protocol.update = [&](RequestInfo const& info, Json const&) {
+        calls.push_back("update " + info.path);
+        if (info.path == "/controls/refused")
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "no");
+        }
+    };
+    processor.SetUpdateRunner([&](std::string const& path, Json const& body, std::function<void()> const& update) {
+        Request read;
+        read.path = path;
+        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
+        calls.push_back("begin " + body.dump());
+        update();
+        calls.emplace_back("end");
+    });
+
+    EXPECT_EQ(Send("PUT", "/controls/x", R"({"a":1})").status, 200U);
+    EXPECT_EQ(Send("PATCH", "/controls/refused", R"({"a":2})").status, 422U);
+
+    EXPECT_EQ(calls, (std::vector<std::string>{R"(begin {"a":1})", "update /controls/x", "end", R"(begin {"a":2})",
+                                               "update /controls/refused"}));
+}
+
 TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
 {
     FakeResource& protocol = Place("/controls/:protocol");
