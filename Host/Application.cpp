@@ -8,6 +8,8 @@
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "ZuRest/EventType.h"
+#include "ZuRest/IResource.h"
 #include "ZuRest/Path.h"
 
 #include <algorithm>
@@ -22,13 +24,19 @@ constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
 constexpr uint64 USEC_PER_SECOND = 1'000'000;
 constexpr char const* PROBLEM_SOURCE = "Plug-ins";
 
+std::string PathOf(std::string const& typeName)
+{
+    return ZuRest::Path::Format("/controls/:protocol", {typeName});
+}
+
 } // namespace
 
 Application::Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
                          std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins)
     : options(newOptions),
       deployment(options.deployment),
-      jobs(persistRegistry, updateGate, problems, dataFolder),
+      startRetry(problems, ServicesToRetry()),
+      jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
       resultHub(RESULTS_ON_THE_SENSORS_THREAD),
       sensor(resultHub, std::move(source), options.rateHz),
       scanner(sensor),
@@ -50,6 +58,9 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     BuildModule();
     BeginJob();
     LetLoadsRunAlone();
+    requestProcessor.SetUpdateRunner([this](std::string const& path, nlohmann::json const& body, auto const& update) {
+        startRetry.RunUpdate(path, body, update);
+    });
     metricsPage.emplace(
         router, [this] { return module->Statistics(); }, [this] { return module->Vitals(); });
     WatchLimits limits;
@@ -62,7 +73,8 @@ Application::Application(Options const& newOptions, std::string const& token, Da
 Application::~Application()
 {
     httpServer.Stop();
-    jobs.Close(); // ahead of all that goes: what runs now runs again at the next start
+    jobs.Close();      // ahead of all that goes: what runs now, or is to run, runs again at the next start
+    startRetry.Stop(); // behind the save, which an attempt that takes long does not hold up
     // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
     ZU_GUARD_DESTRUCTOR([this] { core.Close(); });
 }
@@ -84,17 +96,18 @@ std::vector<Application::Listener> Application::Start()
 {
     for (std::string const& typeName : heldBack)
     {
-        Enable(typeName);
+        startRetry.Start(typeName);
     }
     for (std::string const& typeName : options.enabledTypes)
     {
-        Enable(typeName);
+        startRetry.Start(typeName);
     }
     if (options.start)
     {
         core.Start(false);
     }
     jobs.Run();
+    startRetry.Run();
     watch->Start();
     httpServer.Start(); // a client finds what was asked for on the command line done
     std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
@@ -176,21 +189,32 @@ void Application::LetLoadsRunAlone()
     std::vector<std::string> heads{"/controls"};
     for (std::string const& typeName : Controls().List())
     {
-        heads.push_back(ZuRest::Path::Format("/controls/:protocol", {typeName}));
+        heads.push_back(PathOf(typeName));
     }
     jobs.SetAloneRunner([this, heads](std::function<void()> const& load) { requestProcessor.RunAlone(heads, load); });
 }
 
+StartRetry::Services Application::ServicesToRetry()
+{
+    StartRetry::Services services;
+    services.runAsChange = [this](std::string const& typeName, std::function<void()> const& work) {
+        requestProcessor.RunAsChange(PathOf(typeName), work);
+    };
+    services.start = [this](std::string const& typeName) { Enable(typeName); };
+    services.failedStarts = [this] { return module->Vitals().failedStarts; };
+    services.noteChange = [this] { persistRegistry.MarkModified(Controls(), ZuCommon::PersistDomain::JOB, 0); };
+    return services;
+}
+
 void Application::Enable(std::string const& typeName)
 {
-    try
+    FindInstance(typeName).Enable(true);
+    // The module tells of no start that is not a client's; the clients that follow `/events` are to see it.
+    std::string const path = PathOf(typeName);
+    if (auto const match = router.Find(path); match.has_value())
     {
-        FindInstance(typeName).Enable(true);
-    }
-    catch (std::exception const& exception)
-    {
-        // One line: the problem stands in the list of problems too, and where it came from is no news to the user.
-        ZU_LOG_USER_ERROR("Service %1$s cannot be started: %2$s", typeName.c_str(), exception.what());
+        ZuRest::IResource& resource = *match->resource;
+        resource.NotificationEvent().Fire(resource, ZuRest::EventType::CHANGED, path);
     }
 }
 

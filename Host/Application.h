@@ -10,6 +10,7 @@
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Retry/StartRetry.h"
 #include "Host/Sensor/DeskCore.h"
 #include "Host/Sensor/DeskScanner.h"
 #include "Host/Sensor/Sensor.h"
@@ -64,7 +65,7 @@ public:
     void Configure();
 
     /// Enables what is to be enabled, scans when asked to, saves what changes and serves REST clients from then on, and tells
-    /// who listens where. A protocol that cannot be started is a line in the log, and the others go on.
+    /// who listens where. A service that cannot be started is a line in the log and is tried again; the others go on.
     std::vector<Listener> Start();
 
     ZuControl::IControlManager& Controls() const;
@@ -75,6 +76,7 @@ private:
     void BuildModule();
     void BeginJob();
     void LetLoadsRunAlone();
+    StartRetry::Services ServicesToRetry();
     void Enable(std::string const& typeName);
     ZuControl::IControlInstance& FindInstance(std::string const& typeName) const;
 
@@ -86,6 +88,7 @@ private:
     DeploymentQuery deployment;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;
+    StartRetry startRetry;
     JobManager jobs;
     ZuCore::ResultHub resultHub;
     Sensor sensor;

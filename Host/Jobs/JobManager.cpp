@@ -4,6 +4,7 @@
 #include "Host/Jobs/LoadReporter.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Retry/StartRetry.h"
 #include "Host/Store/DataFolder.h"
 #include "Host/Store/JobName.h"
 #include "ZuApi/Guard.h"
@@ -85,12 +86,47 @@ std::vector<std::string> HoldBack(Files& files, std::set<std::string> const& typ
     return held;
 }
 
+/// Writes into the documents of the wanted services that they are enabled.
+void EnableWanted(Files& files, std::map<std::string, std::string> const& wanted)
+{
+    for (auto const& [typeName, sentence] : wanted)
+    {
+        if (auto const file = files.find(DocumentNameOf(typeName)); file != files.end())
+        {
+            nlohmann::json document = nlohmann::json::parse(file->second);
+            document["zu:control"]["enabled"] = true;
+            file->second = document.dump();
+        }
+    }
+}
+
+/// Tells in the report why services are skipped that are enabled and do not run.
+void AddWanted(LoadReport& report, std::map<std::string, std::string> const& wanted)
+{
+    for (LoadReport::Protocol& protocol : report.protocols)
+    {
+        if (auto const found = wanted.find(protocol.typeName); found != wanted.end())
+        {
+            protocol.lines.push_back(found->second);
+        }
+    }
+}
+
+/// Whether the document that was loaded differs from what is to be saved. That a wanted service does not run is no difference.
+bool IsToBeReplaced(LoadReport::Protocol const& protocol, std::map<std::string, std::string> const& wanted)
+{
+    bool const isWanted = wanted.contains(protocol.typeName);
+    return std::ranges::any_of(protocol.skipped,
+                               [isWanted](std::string const& part) { return !isWanted || part != "enabled"; });
+}
+
 } // namespace
 
-JobManager::JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, ZuCommon::ProblemsManager& problemsManager,
-                       DataFolder const& usedFolder, JobSaver::Pace pace)
+JobManager::JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, StartRetry& usedRetry,
+                       ZuCommon::ProblemsManager& problemsManager, DataFolder const& usedFolder, JobSaver::Pace pace)
     : registry(usedRegistry),
       gate(usedGate),
+      startRetry(usedRetry),
       folder(usedFolder),
       problems(problemsManager),
       settings{ArchiveFile(folder, folder.SettingsFile()), {}},
@@ -110,15 +146,20 @@ void JobManager::SetAloneRunner(AloneRunner runner)
     runAlone = std::move(runner);
 }
 
-std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std::string> const& heldBack)
+std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std::string> const& toHoldBack)
 {
     std::scoped_lock const guard(operationLock);
     BeginSettings();
-    return BeginJob(JobName::Checked(name), heldBack);
+    BeginJob(JobName::Checked(name), toHoldBack);
+    return heldBack;
 }
 
 void JobManager::Run()
 {
+    {
+        std::scoped_lock const guard(operationLock);
+        heldBack.clear(); // the owner has started them
+    }
     saver.Start();
     if (registry.ModificationCount() != savedCount.load(std::memory_order_relaxed))
     {
@@ -276,7 +317,7 @@ void JobManager::BeginSettings()
     registry.Init(PersistDomain::PROTOCOL, store); // what it writes the first save writes again
 }
 
-std::vector<std::string> JobManager::BeginJob(std::string const& name, std::set<std::string> const& heldBack)
+void JobManager::BeginJob(std::string const& name, std::set<std::string> const& toHoldBack)
 {
     job.emplace(Kept{ArchiveFile(folder, folder.JobFile(name)), {}});
     SetLoaded(name);
@@ -285,10 +326,10 @@ std::vector<std::string> JobManager::BeginJob(std::string const& name, std::set<
         try
         {
             ArchiveFile::Documents documents = job->file.Read();
-            std::vector<std::string> held = HoldBack(documents.files, heldBack);
+            heldBack = HoldBack(documents.files, toHoldBack);
             ResetWhatIsMissing(documents.files);
             TakeOver(name, documents);
-            return held;
+            return;
         }
         catch (Zu::Exception const& exception)
         {
@@ -302,7 +343,6 @@ std::vector<std::string> JobManager::BeginJob(std::string const& name, std::set<
     MakeNew();
     SetReport({name, {}, {}});
     TryToSave(Scope::ALL);
-    return {};
 }
 
 void JobManager::MakeNew()
@@ -363,6 +403,7 @@ void JobManager::Load(std::string const& name)
     problems.Clear(Kind::LOAD);
     // From here on what is configured belongs to the new job, also when a step fails: it must never be saved to the old one.
     job.emplace(Kept{std::move(file), {}});
+    heldBack.clear();
     SetLoaded(name);
     try
     {
@@ -383,14 +424,18 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
     uint64 const countBefore = registry.ModificationCount();
     LoadReport report;
     {
+        StartRetry::Load const load(startRetry); // first: what it logs at its end is no line of a document
         GateBracket const bracket(gate);
         LoadReporter reporter;
         DocumentStore const store(documents.files, [&](std::string const& asked) { reporter.NoteLookUp(asked); });
         registry.Load(PersistDomain::JOB, store);
-        Files now = Collect(PersistDomain::JOB);
+        Files now = Collect(PersistDomain::JOB, {});
         report = reporter.Report(name, documents, now);
         job->known = std::move(now);
     }
+    Wanted const wanted = startRetry.Wanted();
+    EnableWanted(job->known, ToRun());
+    AddWanted(report, wanted);
     SetReport(report);
     bool const isTakenOver = registry.ModificationCount() == countBefore && documents.faults.empty();
     if (isTakenOver)
@@ -402,7 +447,7 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
     // To be saved as it is now: what was not taken over, and all of it when the file is to be mended.
     std::erase_if(job->known, [&](auto const& one) {
         return !documents.faults.empty() || std::ranges::any_of(report.protocols, [&](auto const& protocol) {
-            return !protocol.skipped.empty() && DocumentNameOf(protocol.typeName) == one.first;
+            return IsToBeReplaced(protocol, wanted) && DocumentNameOf(protocol.typeName) == one.first;
         });
     });
     saver.Note();
@@ -461,7 +506,8 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
 {
     Files now = [&] {
         GateBracket const bracket(gate);
-        return Collect(domain);
+        // `ToRun` comes first: a service that an attempt starts meanwhile is saved as enabled either way.
+        return Collect(domain, domain == PersistDomain::JOB ? ToRun() : Wanted());
     }();
     std::set<std::string> due;
     for (auto const& [name, bytes] : now)
@@ -479,12 +525,25 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
     kept.known = std::move(now);
 }
 
+/// The services that are saved as enabled though they do not run.
+JobManager::Wanted JobManager::ToRun() const
+{
+    Wanted services = startRetry.Wanted();
+    for (std::string const& typeName : heldBack)
+    {
+        services.emplace(typeName, "");
+    }
+    return services;
+}
+
 /// To be called with the gate held.
-Files JobManager::Collect(PersistDomain domain)
+Files JobManager::Collect(PersistDomain domain, Wanted const& wanted)
 {
     DocumentStore store;
     registry.Save(domain, store);
-    return store.All();
+    Files files = store.All();
+    EnableWanted(files, wanted);
+    return files;
 }
 
 void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)

@@ -9,6 +9,7 @@
 #include "ZuCommon/PersistManager.h"
 
 #include <atomic>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -19,13 +20,15 @@ namespace ZuHost
 
 class DataFolder;
 class PersistRegistry;
+class StartRetry;
 class UpdateGate;
 
 /// Keeps what is configured: one job is loaded at any time, and what changes in it is saved soon after.
 ///
 /// A save asks all who have registered for their documents, with the update gate held, and stores those that differ from what
 /// was loaded or saved last: what a person changes in the file meanwhile stays. Settings of the protocols themselves are
-/// saved along with each job. A load takes the gate too, so that no other change falls into it.
+/// saved along with each job. A load takes the gate too, so that no other change falls into it. A service that is wanted
+/// although its start has failed is saved as enabled.
 /// Threads: any thread may call, but for `Begin`, `Run` and `Close`, which belong to the owner; one operation at a time. An
 /// operation must not be called by one who holds the update gate. What throws leaves the stored files as they were.
 class JobManager final : public ZuCommon::PersistManager
@@ -44,8 +47,8 @@ public:
     using AloneRunner = std::function<void(std::function<void()> const& load)>;
 
     /// All that is given outlives it.
-    JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, ZuCommon::ProblemsManager& problemsManager,
-               DataFolder const& usedFolder, JobSaver::Pace pace = {});
+    JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, StartRetry& usedRetry,
+               ZuCommon::ProblemsManager& problemsManager, DataFolder const& usedFolder, JobSaver::Pace pace = {});
     ~JobManager() override;
 
     JobManager(JobManager const&) = delete;
@@ -55,12 +58,12 @@ public:
     void SetAloneRunner(AloneRunner runner);
 
     /// The start: loads the settings and the job `name`, or makes a new one when there is none of this name. A damaged file
-    /// of which nothing can be read is a problem for the user, and a new job takes its place. Of the protocols `heldBack`
-    /// those are given that the job enables: they are not enabled, since something is to be set before they run. Throws
-    /// what keeps a sound file from being read.
-    std::vector<std::string> Begin(std::string const& name, std::set<std::string> const& heldBack = {});
+    /// of which nothing can be read is a problem for the user, and a new job takes its place. Of the protocols `toHoldBack`
+    /// those are given that the job enables: they are not enabled, since something is to be set before they run, but saved as
+    /// enabled until `Run`. Throws what keeps a sound file from being read.
+    std::vector<std::string> Begin(std::string const& name, std::set<std::string> const& toHoldBack = {});
 
-    /// From now on changes are saved, also those made before.
+    /// From now on changes are saved, also those made before. The caller has started the services that were held back.
     void Run();
 
     /// The orderly end: saves, and lets nothing happen any more: loads and saves are refused with -1000 from now on. The
@@ -99,6 +102,7 @@ public:
 
 private:
     using Files = ArchiveContents::Files;
+    using Wanted = std::map<std::string, std::string>; // services by type name, see StartRetry
 
     static constexpr uint64 NEVER_SAVED = ~uint64{0};
 
@@ -116,7 +120,7 @@ private:
     };
 
     void BeginSettings();
-    std::vector<std::string> BeginJob(std::string const& name, std::set<std::string> const& heldBack);
+    void BeginJob(std::string const& name, std::set<std::string> const& toHoldBack);
     void MakeNew();
     void ResetWhatIsMissing(Files const& loaded);
     ArchiveFile ExistingFile(std::string const& name) const;
@@ -129,13 +133,15 @@ private:
     void GuardedSave(std::function<void()> const& save);
     void TryToSave(Scope scope);
     void SaveFile(Kept& kept, ZuCommon::PersistDomain domain, Scope scope);
-    Files Collect(ZuCommon::PersistDomain domain);
+    Wanted ToRun() const;
+    Files Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
     void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults);
     void SetLoaded(std::string const& name);
     void SetReport(LoadReport const& report);
 
     PersistRegistry& registry;
     UpdateGate& gate;
+    StartRetry& startRetry;
     DataFolder const& folder;
     AloneRunner runAlone;
     Zu::GuardedEvent<> listChangedEvent;
@@ -143,13 +149,13 @@ private:
     // The modifications that are saved; none yet. Written under operationLock; the list shows it.
     std::atomic<uint64> savedCount{NEVER_SAVED};
 
-    std::mutex
-        operationLock; // held during each operation; the gate and all below are taken under it. Guards these five
+    std::mutex operationLock; // held during each operation; the gate and all below are taken under it. Guards these six
     bool isClosed = false;
     JobProblems problems;
     Kept settings;
     std::optional<Kept> job;
-    bool keepsReplaced = false; // what was loaded has not been taken over as it stands
+    bool keepsReplaced = false;        // what was loaded has not been taken over as it stands
+    std::vector<std::string> heldBack; // services that the job enables and that the owner is yet to start
 
     std::mutex stateLock; // a leaf: guards these two
     std::string loadedJob;

@@ -3,6 +3,7 @@
 #include "Host/Jobs/JobManager.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Retry/StartRetry.h"
 #include "Host/Store/DataFolder.h"
 #include "Support/CallLog.h"
 #include "Support/FakeControlInstance.h"
@@ -16,6 +17,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace ZuTest
@@ -95,7 +97,7 @@ public:
         }
         for (auto const& [type, value] : values)
         {
-            Write(store, type, DocumentWith(value));
+            Write(store, type, DocumentWith(value, !stopped.contains(type)));
         }
     }
 
@@ -126,9 +128,10 @@ public:
     {
     }
 
-    static std::string DocumentWith(std::string const& value)
+    static std::string DocumentWith(std::string const& value, bool enabled = true)
     {
-        return R"({"version":"1","zu:control":{"enabled":true,"parameters":{"value":")" + value + "\"}}}";
+        return R"({"version":"1","zu:control":{"enabled":)" + std::string(enabled ? "true" : "false") +
+               R"(,"parameters":{"value":")" + value + "\"}}}";
     }
 
     /// A change by a client.
@@ -147,6 +150,7 @@ public:
     }
 
     std::map<std::string, std::string> values{{"One", ""}, {"Two", ""}};
+    std::set<std::string> stopped; // those that do not run
     nlohmann::json own = "";
     ZuHost::PersistRegistry* registry = nullptr;
     ZuHost::UpdateGate* gate = nullptr;
@@ -173,7 +177,12 @@ class JobDesk final
 {
 public:
     explicit JobDesk(std::filesystem::path const& dataFolder)
-        : folder(dataFolder), jobs(registry, gate, problems, folder, {1'000, 1'000, 50'000})
+        : startRetry(problems, {{},
+                                {},
+                                [this] { return failedStarts; },
+                                [this] { registry.MarkModified(keepers, ZuCommon::PersistDomain::JOB, 0); }}),
+          folder(dataFolder),
+          jobs(registry, gate, startRetry, problems, folder, {1'000, 1'000, 50'000})
     {
         keepers.registry = &registry;
         keepers.gate = &gate;
@@ -193,6 +202,8 @@ public:
     ZuHost::PersistRegistry registry;
     ZuHost::UpdateGate gate;
     ValueKeepers keepers;
+    std::vector<ZuControl::ControlVitals::FailedStarts> failedStarts;
+    ZuHost::StartRetry startRetry; // makes no attempts
     ZuHost::DataFolder folder;
     ZuHost::JobManager jobs;
 

@@ -168,6 +168,19 @@ TEST_F(JobManagerTest, HoldsBackWhatIsToBeConfiguredBeforeItRuns)
     EXPECT_EQ(In("default").at(TWO), disabled);
 }
 
+TEST_F(JobManagerTest, SavesAsEnabledWhatItHeldBackWhenTheHostDoesNotComeUp)
+{
+    Archive(FileOf("default"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("one")}}, {});
+    desk.emplace(scratch.path);
+    Keepers().stopped = {"One"};
+    EXPECT_EQ(Jobs().Begin("default", {"One"}), std::vector<std::string>{"One"});
+    Keepers().Set("One", "set before it runs");
+
+    Stop();
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("set before it runs"));
+}
+
 TEST_F(JobManagerTest, MendsADamagedFileWithTheNextSave)
 {
     Start();

@@ -1,5 +1,6 @@
 // A protocol that falls ill and gets well again as its parameter says, so that a test sees what the host makes of it.
 
+#include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuApi/Properties/Value.h"
@@ -9,6 +10,7 @@
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuPlugin/PluginEntry.h"
+#include "wApi/wThread.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -28,6 +30,8 @@ constexpr char const* START_FAILED = "start failed"; // says so, and goes on
 constexpr char const* METRICS_FAIL = "metrics fail";
 constexpr char const* METRICS_HANG = "metrics hang";
 constexpr char const* START_HANGS = "start hangs"; // of a scan, which is an operation of the system
+constexpr char const* SERVICE_FAILS = "service fails";
+constexpr char const* SERVICE_FAILS_LATE = "service fails late"; // a second after its start began
 
 struct AilingParams final : Zu::Params::Group
 {
@@ -59,6 +63,15 @@ public:
 
     void Start() override
     {
+        if (params.ailment.Get() == SERVICE_FAILS_LATE)
+        {
+            ZU_LOG_USER_WARNING("The service is about to fail");
+            wThread_Sleep(1'000'000);
+        }
+        if (params.ailment.Get().starts_with(SERVICE_FAILS))
+        {
+            throw std::runtime_error("not well");
+        }
         NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
     }
 

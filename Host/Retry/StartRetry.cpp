@@ -1,0 +1,341 @@
+#include "Host/Retry/StartRetry.h"
+
+#include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
+#include "ZuRest/Place.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using FailedStarts = ZuControl::ControlVitals::FailedStarts;
+
+constexpr char const* PROBLEM_SOURCE = "Services";
+
+uint64 Doubled(uint64 waitUsec)
+{
+    return std::min(2 * waitUsec, StartRetry::LONGEST_WAIT_USEC);
+}
+
+/// True at every moment before the attempt, so that the sentence need not change meanwhile.
+std::string SentenceFor(std::string const& typeName, std::string const& reason, uint64 waitUsec)
+{
+    uint64 const seconds = waitUsec / 1'000'000;
+    return "Service " + typeName + " could not be started (" + reason + "). The host tries again within " +
+           std::to_string(seconds) + (seconds == 1 ? " second." : " seconds.");
+}
+
+/// The service whose document `path` leads to; empty for any other document.
+std::string ServiceAt(std::string const& path)
+{
+    ZuRest::Place const place = ZuRest::Place::Of(path);
+    return place.tree == "controls" && ZuRest::Place::IsHead(path) ? place.subtree : "";
+}
+
+} // namespace
+
+StartRetry::Load::Load(StartRetry& usedRetry) : retry(usedRetry), countsBefore(retry.FailureCounts())
+{
+    retry.ForgetAll();
+}
+
+StartRetry::Load::~Load()
+{
+    ZU_GUARD_DESTRUCTOR([this] {
+        for (FailedStarts const& failed : retry.services.failedStarts())
+        {
+            auto const before = countsBefore.find(failed.typeName);
+            if (failed.count > (before != countsBefore.end() ? before->second : 0))
+            {
+                retry.Want(failed.typeName, failed.lastReason);
+            }
+        }
+    });
+}
+
+StartRetry::StartRetry(ZuCommon::ProblemsManager& problemsManager, Services newServices, Clock newClock)
+    : problems(problemsManager), services(std::move(newServices)), clock(std::move(newClock))
+{
+    ZU_CHECK(wThread_Construct(&thread));
+    ZU_CHECK(wThread_SetName(thread, "StartRetry"));
+}
+
+StartRetry::~StartRetry()
+{
+    ZU_GUARD_DESTRUCTOR([this] { Stop(); });
+    ZU_GUARD_DESTRUCTOR([this] { ForgetAll(); });
+}
+
+void StartRetry::Run()
+{
+    ZU_CHECK(wThread_Start(thread, &StartRetry::Main, this));
+}
+
+void StartRetry::Stop()
+{
+    {
+        std::scoped_lock const guard(lock);
+        isEnding = true;
+    }
+    changed.NotifyAll();
+    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // refused when it was never started
+}
+
+void StartRetry::Start(std::string const& typeName)
+{
+    if (!IsWanted(typeName))
+    {
+        Try(typeName);
+    }
+}
+
+void StartRetry::RunUpdate(std::string const& path, nlohmann::json const& body, std::function<void()> const& update)
+{
+    std::string const typeName = ServiceAt(path);
+    if (!IsWanted(typeName))
+    {
+        update();
+        return;
+    }
+    if (!body.is_object() || !body.contains("enabled"))
+    {
+        update();
+        BeginAnew(typeName);
+        return;
+    }
+    auto const end = [&] {
+        Forget(typeName);
+        services.noteChange(); // last: a save that follows finds the service as it now is
+    };
+    uint64 const countBefore = FailureCounts()[typeName];
+    try
+    {
+        update();
+    }
+    catch (...)
+    {
+        if (FailureCounts()[typeName] != countBefore)
+        {
+            end();
+        }
+        throw;
+    }
+    end();
+}
+
+std::map<std::string, std::string> StartRetry::Wanted() const
+{
+    std::scoped_lock const guard(lock);
+    std::map<std::string, std::string> wanted;
+    for (auto const& [typeName, wish] : wishes)
+    {
+        wanted.emplace(typeName, wish.sentence);
+    }
+    return wanted;
+}
+
+void StartRetry::TryDue()
+{
+    for (std::string const& typeName : TakeDue())
+    {
+        if (IsEnding())
+        {
+            return;
+        }
+        ZU_GUARD_BOUNDARY([&] {
+            services.runAsChange(typeName, [&] {
+                if (IsWanted(typeName)) // a request or a load may have come first
+                {
+                    Try(typeName);
+                }
+            });
+        });
+    }
+}
+
+uint64 StartRetry::NextUsec() const
+{
+    std::scoped_lock const guard(lock);
+    return NextUsecLocked();
+}
+
+int StartRetry::Main(void* argument)
+{
+    auto& retry = *static_cast<StartRetry*>(argument);
+    while (retry.WaitUntilDue())
+    {
+        ZU_GUARD_BOUNDARY([&retry] { retry.TryDue(); });
+    }
+    return 1;
+}
+
+/// False at the end.
+bool StartRetry::WaitUntilDue()
+{
+    std::unique_lock guard(lock);
+    auto const isOver = [this] { return isEnding || clock() >= NextUsecLocked(); };
+    while (!isOver())
+    {
+        uint64 const nextUsec = NextUsecLocked();
+        changed.WaitUntil(guard, wTime_AfterUsec(nextUsec - clock()),
+                          [&] { return isOver() || NextUsecLocked() < nextUsec; });
+    }
+    return !isEnding;
+}
+
+std::vector<std::string> StartRetry::TakeDue()
+{
+    std::scoped_lock const guard(lock);
+    uint64 const nowUsec = clock();
+    std::vector<std::string> due;
+    for (auto& [typeName, wish] : wishes)
+    {
+        if (wish.dueUsec <= nowUsec)
+        {
+            wish.dueUsec = nowUsec + Doubled(wish.waitUsec); // stands when the attempt cannot even begin
+            due.push_back(typeName);
+        }
+    }
+    return due;
+}
+
+void StartRetry::Try(std::string const& typeName)
+{
+    try
+    {
+        services.start(typeName);
+    }
+    catch (...) // the module has noted the reason
+    {
+        Want(typeName, ReasonFor(typeName));
+        return;
+    }
+    if (Forget(typeName))
+    {
+        ZU_LOG_USER_INFO("Service %1$s is running now", typeName.c_str());
+    }
+}
+
+void StartRetry::Want(std::string const& typeName, std::string const& reason)
+{
+    std::unique_lock guard(lock);
+    Wish& wish = wishes[typeName];
+    bool const isNew = wish.waitUsec == 0;
+    bool const isKnown = !isNew && wish.reason == reason;
+    wish.reason = reason;
+    Schedule(typeName, wish, isNew ? FIRST_WAIT_USEC : Doubled(wish.waitUsec));
+    guard.unlock();
+    changed.NotifyAll();
+    if (isKnown)
+    {
+        ZU_LOG_INFO("Service %s cannot be started: %s", typeName.c_str(), reason.c_str());
+        return;
+    }
+    ZU_LOG_USER_ERROR("Service %1$s cannot be started: %2$s", typeName.c_str(), reason.c_str());
+}
+
+/// A client has changed the service's settings, so that it may start now.
+void StartRetry::BeginAnew(std::string const& typeName)
+{
+    {
+        std::scoped_lock const guard(lock);
+        if (auto const wish = wishes.find(typeName); wish != wishes.end())
+        {
+            Schedule(typeName, wish->second, FIRST_WAIT_USEC);
+        }
+    }
+    changed.NotifyAll();
+}
+
+/// To be called with the lock held.
+void StartRetry::Schedule(std::string const& typeName, Wish& wish, uint64 waitUsec)
+{
+    wish.waitUsec = waitUsec;
+    wish.dueUsec = clock() + waitUsec;
+    std::string sentence = SentenceFor(typeName, wish.reason, waitUsec);
+    if (sentence == wish.sentence)
+    {
+        return; // the problem keeps the moment since which it stands
+    }
+    problems.Remove(wish.problem);
+    wish.problem = problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
+    wish.sentence = std::move(sentence);
+}
+
+/// Whether the service was wanted.
+bool StartRetry::Forget(std::string const& typeName)
+{
+    std::scoped_lock const guard(lock);
+    auto const wish = wishes.find(typeName);
+    if (wish == wishes.end())
+    {
+        return false;
+    }
+    problems.Remove(wish->second.problem);
+    wishes.erase(wish);
+    return true;
+}
+
+void StartRetry::ForgetAll()
+{
+    std::scoped_lock const guard(lock);
+    for (auto const& [typeName, wish] : wishes)
+    {
+        problems.Remove(wish.problem);
+    }
+    wishes.clear();
+}
+
+bool StartRetry::IsWanted(std::string const& typeName) const
+{
+    std::scoped_lock const guard(lock);
+    return wishes.contains(typeName);
+}
+
+bool StartRetry::IsEnding() const
+{
+    std::scoped_lock const guard(lock);
+    return isEnding;
+}
+
+/// To be called with the lock held.
+uint64 StartRetry::NextUsecLocked() const
+{
+    uint64 nextUsec = wTIMEOUT_INFINITE;
+    for (auto const& [typeName, wish] : wishes)
+    {
+        nextUsec = std::min(nextUsec, wish.dueUsec);
+    }
+    return nextUsec;
+}
+
+std::map<std::string, uint64> StartRetry::FailureCounts() const
+{
+    std::map<std::string, uint64> counts;
+    for (FailedStarts const& failed : services.failedStarts())
+    {
+        counts.emplace(failed.typeName, failed.count);
+    }
+    return counts;
+}
+
+std::string StartRetry::ReasonFor(std::string const& typeName) const
+{
+    for (FailedStarts const& failed : services.failedStarts())
+    {
+        if (failed.typeName == typeName)
+        {
+            return failed.lastReason;
+        }
+    }
+    return {};
+}
+
+} // namespace ZuHost
