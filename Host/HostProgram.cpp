@@ -55,10 +55,11 @@ std::string CheckHttp(Options const& options)
     return settings.token;
 }
 
-std::string TextOf(std::exception const& exception)
+/// To be called from a catch block.
+std::string CaughtSentence()
 {
-    std::string const text = exception.what();
-    return text.empty() ? "failed with status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
+    std::string const text = Zu::CaughtText();
+    return text.empty() ? "failed with status " + std::to_string(Zu::CaughtStatus()) : text;
 }
 
 /// `failureStatus` is always that of what is being done: the caller gives it when something throws.
@@ -121,9 +122,9 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
         }
         return EXIT_FINE;
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        errors << "zucontrol-host: " << TextOf(exception) << std::endl;
+        errors << "zucontrol-host: " << CaughtSentence() << std::endl;
         return failureStatus;
     }
 }

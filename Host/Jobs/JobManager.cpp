@@ -50,10 +50,11 @@ private:
     UpdateGate::Request const request;
 };
 
-std::string TextOf(std::exception const& exception)
+/// What the exception that is being handled says.
+std::string CaughtSentence()
 {
-    std::string const text = exception.what();
-    return text.empty() ? "status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
+    std::string text = Zu::CaughtText();
+    return text.empty() ? "status " + std::to_string(Zu::CaughtStatus()) : text;
 }
 
 [[noreturn]] void ThrowNoJob(std::string const& name)
@@ -309,7 +310,7 @@ void JobManager::BeginSettings()
             {
                 throw;
             }
-            problems.Add(Kind::SETTINGS, "The settings of the protocols cannot be loaded: " + TextOf(exception));
+            problems.Add(Kind::SETTINGS, "The settings of the protocols cannot be loaded: " + CaughtSentence());
         }
     }
     GateBracket const bracket(gate);
@@ -337,7 +338,7 @@ void JobManager::BeginJob(std::string const& name, std::set<std::string> const& 
             {
                 throw;
             }
-            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + TextOf(exception));
+            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + CaughtSentence());
         }
     }
     MakeNew();
@@ -395,9 +396,9 @@ void JobManager::Load(std::string const& name)
     {
         documents = file.Read();
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + TextOf(exception));
+        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + CaughtSentence());
         throw;
     }
     problems.Clear(Kind::LOAD);
@@ -409,7 +410,7 @@ void JobManager::Load(std::string const& name)
     {
         TakeOver(name, *documents);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         saver.Note();
         throw;
@@ -484,9 +485,9 @@ void JobManager::GuardedSave(std::function<void()> const& save)
     {
         save();
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        problems.Add(Kind::SAVE, "The job '" + LoadedJob() + "' cannot be saved: " + TextOf(exception));
+        problems.Add(Kind::SAVE, "The job '" + LoadedJob() + "' cannot be saved: " + CaughtSentence());
         throw;
     }
 }
@@ -497,7 +498,7 @@ void JobManager::TryToSave(Scope scope)
     {
         Save(scope);
     }
-    catch (std::exception const&) // the user has been told; the saver tries again
+    catch (...) // the user has been told; the saver tries again
     {
     }
 }

@@ -77,7 +77,7 @@ void JobSaver::Save()
         save();
         isSaved = true;
     }
-    catch (std::exception const&) // the user has been told
+    catch (...) // the user has been told
     {
     }
     std::scoped_lock const guard(lock);

@@ -1,5 +1,6 @@
 #include "Host/Module/ListenerAddress.h"
 
+#include "ZuApi/Exception.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestProcessor.h"
 #include "wApi/wThread.h"
@@ -23,8 +24,13 @@ nlohmann::json MetricsOf(ZuRest::RequestProcessor& resources, std::string const&
     {
         return resources.Read(ZuRest::Path::Format("/controls/:protocol/metrics", {typeName}), nullptr, "");
     }
-    catch (std::exception const&) // a protocol need not have any
+    catch (Zu::Exception const&) // a protocol need not have any
     {
+        return nullptr;
+    }
+    catch (...)
+    {
+        ZU_LOG_CAUGHT("Service %s cannot tell where it listens", typeName.c_str());
         return nullptr;
     }
 }

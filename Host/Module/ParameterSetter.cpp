@@ -81,10 +81,10 @@ void Validate(Zu::Params::Group& parameters, nlohmann::json const& document, Par
     {
         JsonSerializer::Validate(parameters, document);
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--param': '%s' is no value for %s (%s)", setting.value.c_str(),
-                 NameOf(setting).c_str(), exception.what());
+                 NameOf(setting).c_str(), Zu::CaughtText().c_str());
     }
 }
 
@@ -128,10 +128,10 @@ void SetParameter(ZuControl::IControlInstance& instance, ParameterSetting const&
     {
         instance.ParamsUpdate();
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         ZU_THROW_NESTED("option '--param': %s cannot be '%s' (%s)", NameOf(setting).c_str(), setting.value.c_str(),
-                        exception.what());
+                        Zu::CaughtText().c_str());
     }
 }
 

@@ -132,7 +132,7 @@ void DeskCore::StartScan()
     {
         sensor.Start();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         StopScan();
         ZU_THROW_NESTED("The scan cannot be started");

@@ -47,7 +47,7 @@ public:
     std::exception_ptr TakeError();
 
 private:
-    std::function<void()> task; // the worker's alone
+    std::function<void()> task; // of the thread that runs or drops it
 
     std::mutex lock; // guards what follows
     wCondition changed;
@@ -85,6 +85,7 @@ void WaitedTask::Run()
 
 void WaitedTask::Drop() noexcept
 {
+    task = nullptr; // as after a run: what the task holds ends before its caller goes on
     std::scoped_lock const guard(lock);
     if (outcome == Outcome::NONE)
     {

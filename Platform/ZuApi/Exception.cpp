@@ -142,6 +142,29 @@ void LogCaught(int line, char const* file, char const* label, char const* format
     }
     catch (...)
     {
+        try
+        {
+            Logging::Zu_Debug_Log(line, file, Logging::FLAGS_ERROR, label, "exception: %s", UNKNOWN_EXCEPTION);
+        }
+        catch (...) // likewise
+        {
+        }
+    }
+}
+
+std::string CaughtText()
+{
+    try
+    {
+        throw;
+    }
+    catch (std::exception const& exception)
+    {
+        return TextOf(exception);
+    }
+    catch (...)
+    {
+        return UNKNOWN_EXCEPTION;
     }
 }
 

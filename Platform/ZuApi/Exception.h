@@ -51,12 +51,20 @@ private:
 };
 
 /// Logs the exception that is being handled at error level, in the given form: the text, then its log entry and its back
-/// trace. For what is no std::exception there is only the text. To be called from a catch block; throws nothing.
+/// trace. What is no std::exception has an entry with `UNKNOWN_EXCEPTION` and no back trace. To be called from a catch block;
+/// throws nothing.
 ZUAPI_API void LogCaught(int line, char const* file, char const* label, char const* format, ...) noexcept
     ZU_PRINTF_FORMAT(4, 5);
 
 /// The status that goes on with the exception that is being handled: 0 for all but a Zu::Exception.
 ZUAPI_API int32 CaughtStatus() noexcept;
+
+/// The text of an exception that is no std::exception and therefore has none of its own.
+inline constexpr char const* UNKNOWN_EXCEPTION = "exception of an unknown type";
+
+/// The text of the exception that is being handled; `UNKNOWN_EXCEPTION` for what is no std::exception. To be called from a
+/// catch block.
+ZUAPI_API std::string CaughtText();
 
 } // namespace Zu
 

@@ -356,11 +356,11 @@ void DocumentReader::Walk<Sink>::ShowEmbedded(Reference const& reference)
             ShowUnderOwnPass(self, false);
         }
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         sink.GoBack(begin);
         Json shown = AddressOf(reference);
-        shown["problem"] = Problem::Of(exception, "GET", reference.path).ToJson();
+        shown["problem"] = Problem::OfCaught("GET", reference.path).ToJson();
         sink.Put(shown);
     }
 }

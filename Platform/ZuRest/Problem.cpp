@@ -15,8 +15,8 @@ namespace
 
 constexpr unsigned DEEPEST_CAUSE = 32; // a chain that nests itself must come to an end
 
-/// Calls `visit` with what is nested in `exception`, from the outside in.
-void VisitCauses(std::exception const& exception, std::function<void(std::exception const&)> const& visit,
+/// Calls `visit` with what is nested in `exception`, from the outside in; with null for what is no std::exception.
+void VisitCauses(std::exception const& exception, std::function<void(std::exception const*)> const& visit,
                  unsigned depth = 0)
 {
     auto const* const nesting = dynamic_cast<std::nested_exception const*>(&exception);
@@ -30,11 +30,12 @@ void VisitCauses(std::exception const& exception, std::function<void(std::except
     }
     catch (std::exception const& cause)
     {
-        visit(cause);
+        visit(&cause);
         VisitCauses(cause, visit, depth + 1);
     }
-    catch (...) // has nothing to tell
+    catch (...)
     {
+        visit(nullptr);
     }
 }
 
@@ -96,10 +97,10 @@ Problem Problem::Of(std::exception const& exception, std::string const& method, 
     problem.detail = exception.what();
     bool isJson = IsJsonException(exception);
     bool isRefusal = IsRefusal(exception);
-    VisitCauses(exception, [&](std::exception const& cause) {
-        isJson = isJson || IsJsonException(cause);
-        isRefusal = isRefusal && IsRefusal(cause);
-        if (std::string text = cause.what(); !text.empty())
+    VisitCauses(exception, [&](std::exception const* cause) {
+        isJson = isJson || (cause != nullptr && IsJsonException(*cause));
+        isRefusal = isRefusal && cause != nullptr && IsRefusal(*cause);
+        if (std::string text = cause != nullptr ? cause->what() : ""; !text.empty())
         {
             problem.causes.push_back(std::move(text));
         }
@@ -115,6 +116,22 @@ Problem Problem::Of(std::exception const& exception, std::string const& method, 
         problem.detail.push_back('.');
     }
     return problem;
+}
+
+Problem Problem::OfCaught(std::string const& method, std::string const& path)
+{
+    try
+    {
+        throw;
+    }
+    catch (std::exception const& exception)
+    {
+        return Of(exception, method, path);
+    }
+    catch (...)
+    {
+        return {HttpStatus::INTERNAL_ERROR, "An internal error.", Zu::Status::FAILURE, {}};
+    }
 }
 
 nlohmann::json Problem::ToJson() const

@@ -22,6 +22,10 @@ struct ZUPLATFORM_API Problem
     /// about, each in words: it is a refusal.
     static Problem Of(std::exception const& exception, std::string const& method, std::string const& path);
 
+    /// What the exception that is being handled says of a request: "An internal error." for what is no std::exception. To be
+    /// called from a catch block.
+    static Problem OfCaught(std::string const& method, std::string const& path);
+
     nlohmann::json ToJson() const;
     Answer ToAnswer() const;
 };

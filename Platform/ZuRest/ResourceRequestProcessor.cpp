@@ -129,19 +129,14 @@ ResourceRequestProcessor::Outcome Guarded(Request const& request, Work const& wo
     {
         return work();
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        Problem const problem = Problem::Of(exception, request.method, request.path);
+        Problem const problem = Problem::OfCaught(request.method, request.path);
         if (problem.status == HttpStatus::INTERNAL_ERROR)
         {
             ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
         }
         return {problem.ToAnswer(), nullptr};
-    }
-    catch (...)
-    {
-        ZU_LOG_CAUGHT("Request %s %s failed", request.method.c_str(), request.path.c_str());
-        return {Problem{HttpStatus::INTERNAL_ERROR, "An internal error.", 0, {}}.ToAnswer(), nullptr};
     }
 }
 
@@ -395,7 +390,7 @@ void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pas
     {
         pass.ShowBeforeAt(place, std::make_shared<Json const>(reader.ReadTree(place.HeadPath())));
     }
-    catch (std::exception const&) // there is none: who reads meanwhile has to wait
+    catch (...) // there is none: a read that comes meanwhile has to wait
     {
     }
 }

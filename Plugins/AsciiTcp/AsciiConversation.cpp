@@ -180,11 +180,11 @@ void AsciiConversation::Answer(std::string_view line)
             return;
         }
     }
-    catch (Zu::Exception const& exception)
+    catch (...)
     {
-        std::string_view const text = exception.what();
+        std::string const text = Zu::CaughtText();
         output.resize(before); // nothing of an answer that broke off
-        AppendError(output, exception.Status(), text.empty() ? "The request is refused" : text);
+        AppendError(output, Zu::CaughtStatus(), text.empty() ? "The request is refused" : text);
         Count(counters.errors);
     }
     output.push_back('\n');

@@ -120,7 +120,7 @@ void AsciiTcpProtocol::ParamsUpdate()
     {
         server.Apply(WantedSettings());
     }
-    catch (std::exception const&)
+    catch (...)
     {
         bool const isLost = wasRunning && !server.IsRunning();
         if (isLost)

@@ -78,9 +78,9 @@ std::string AnswerOf(std::function<std::string()> const& task)
         std::string const text = exception.what();
         AppendError(line, exception.Status(), text.empty() ? TextOf(exception.Status()) : text);
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        AppendError(line, Zu::Status::FAILURE, exception.what());
+        AppendError(line, Zu::Status::FAILURE, Zu::CaughtText());
     }
     return line;
 }

@@ -146,7 +146,7 @@ void StateFetcher::FetchSystem()
         std::scoped_lock const guard(lock);
         state.system = fetched;
     }
-    catch (std::exception const&)
+    catch (...)
     {
         NoteFailure(isSystemFailing, "system");
     }
@@ -166,7 +166,7 @@ void StateFetcher::FetchScanner(std::string const& fetchedScannerId)
         std::scoped_lock const guard(lock);
         state.scanner = fetched;
     }
-    catch (std::exception const&)
+    catch (...)
     {
         NoteFailure(isScannerFailing, "scanner");
     }

@@ -338,7 +338,7 @@ void TcpServer::BindAnew(TcpSettings const& wanted)
     {
         Start(wanted);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         std::exception_ptr const reason = std::current_exception();
         try
@@ -346,7 +346,7 @@ void TcpServer::BindAnew(TcpSettings const& wanted)
             Start(present);
             applied = before;
         }
-        catch (std::exception const&)
+        catch (...)
         {
             ZU_LOG_CAUGHT("%s cannot go back to where it listened before", service.displayName);
         }

@@ -73,7 +73,7 @@ void CommandChannel::Take(Command const& command, bool isDecoded)
     {
         runner.Run(command);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_LOG_CAUGHT("Command %u of request %u was refused", unsigned{command.commandId}, unsigned{command.requestId});
         runner.Fail();

@@ -117,7 +117,7 @@ void ModbusTcpProtocol::ParamsUpdate()
         ApplyRegisterOrder();
         server.Apply(WantedSettings());
     }
-    catch (std::exception const&)
+    catch (...)
     {
         bool const isLost = wasRunning && !server.IsRunning();
         if (isLost)

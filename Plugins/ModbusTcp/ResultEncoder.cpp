@@ -131,7 +131,7 @@ bool ResultEncoder::EncodeItem(ResultPlace const& place, ZuCore::ResultItemObjec
         place.block->Serialize(bytes.data(), bytes.size(), &data, sizeof data);
         return true;
     }
-    catch (std::exception const&) // one that leaves ends the delivery of results for good
+    catch (...) // one that leaves ends the delivery of results for good
     {
         std::ranges::fill(bytes, uint8{0});
         NoteFault(place);

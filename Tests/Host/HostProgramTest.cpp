@@ -59,6 +59,17 @@ TEST_F(HostProgramTest, IsReadyAndEndsInOrder)
     EXPECT_EQ(runs, 1);
 }
 
+TEST_F(HostProgramTest, EndsInOrderBehindWhatIsNoException)
+{
+    std::vector<std::string> const words{"zucontrol-host", "--http", "127.0.0.1:0",
+                                         "--log",          "error",  "--plugins",
+                                         folder.string(),  "--data", (folder / "data").string()};
+
+    EXPECT_EQ(RunHost(words, output, errors, [] { throw 42; }), 1);
+
+    EXPECT_EQ(errors.str(), "zucontrol-host: exception of an unknown type\n");
+}
+
 TEST_F(HostProgramTest, ScansWhenAskedTo)
 {
     EXPECT_EQ(Run({"--start", "--rate", "1000"}), 0);

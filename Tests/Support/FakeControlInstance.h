@@ -167,6 +167,10 @@ public:
 
     Zu::Params::Group const& OutputsMap() const override
     {
+        if (auto const found = on.find("OutputsMap"); found != on.end())
+        {
+            found->second();
+        }
         if (outputs == nullptr)
         {
             ZU_THROW(Zu::Status::NOT_FOUND);

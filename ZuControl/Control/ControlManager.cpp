@@ -215,9 +215,9 @@ void ControlManager::Create(ControlInfo const& info)
         }
         instances.emplace(info.TypeName(), std::make_unique<ControlInstance>(params));
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        ZU_LOG_CAUGHT("Failed to create control protocol: \"%s\" (%s)", info.TypeName(), exception.what());
+        ZU_LOG_CAUGHT("Failed to create control protocol: \"%s\" (%s)", info.TypeName(), Zu::CaughtText().c_str());
         throw;
     }
 }

@@ -67,9 +67,9 @@ void ControlRegistry::ProcessPluginLoad(ZuPlugin::PluginLib const& lib, ZuPlugin
             {
                 Add(info);
             }
-            catch (std::exception const& exception)
+            catch (...)
             {
-                ZU_LOG_CAUGHT("Failed to load control protocol \"%s\" (%s)", info.TypeName(), exception.what());
+                ZU_LOG_CAUGHT("Failed to load control protocol \"%s\" (%s)", info.TypeName(), Zu::CaughtText().c_str());
             }
         }
     }

@@ -50,12 +50,12 @@ void ControlResourceAdaptor::Read(std::string const& path, std::string& output, 
     }
     try
     {
-        runner->RunAndWait([this, reading] { ReadResource(*reading); }, timeout);
+        runner->RunAndWait([this, reading, turn = MakeTurn()] { ReadResource(*reading); }, timeout);
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         // The worker may still be writing into the record: from here on it is the worker's alone.
-        ZU_LOG_WARNING("Failed to read resource data due to (%s)", exception.what());
+        ZU_LOG_WARNING("Failed to read resource data due to (%s)", Zu::CaughtText().c_str());
         ZU_THROW(Zu::Status::NOT_OFFERED, "Failed to read resource.");
     }
     if (reading->status != Zu::Status::SUCCESS)
@@ -76,12 +76,21 @@ int32 ControlResourceAdaptor::OperationFinish()
     return busy.exchange(0);
 }
 
-void ControlResourceAdaptor::FinishRead()
+void ControlResourceAdaptor::FinishRead() noexcept
 {
     if (OperationFinish() != 1)
     {
-        ZU_LOG_WARNING("Failed to update the read operation state which may affect any subsequent read operations.");
+        ZU_GUARD_BOUNDARY([] {
+            ZU_LOG_WARNING(
+                "Failed to update the read operation state which may affect any subsequent read operations.");
+        });
     }
+}
+
+/// Ends the read when the last copy goes; if there is no memory for it, at once.
+std::shared_ptr<void> ControlResourceAdaptor::MakeTurn()
+{
+    return {this, [](ControlResourceAdaptor* adaptor) { adaptor->FinishRead(); }};
 }
 
 void ControlResourceAdaptor::ReadResource(Reading& reading)
@@ -90,12 +99,11 @@ void ControlResourceAdaptor::ReadResource(Reading& reading)
     {
         reading.output = TextOf(reading.path);
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
-        ZU_LOG_WARNING("Exception processing reading resource path due to (%s)", exception.what());
+        ZU_LOG_WARNING("Exception processing reading resource path due to (%s)", Zu::CaughtText().c_str());
         reading.status = Zu::Status::NOT_FOUND;
     }
-    FinishRead();
 }
 
 std::string ControlResourceAdaptor::TextOf(std::string const& path)

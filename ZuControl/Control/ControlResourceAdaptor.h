@@ -19,8 +19,9 @@ namespace ZuControl
 
 /// Reads resources for protocols on a worker of its own while the caller waits.
 ///
-/// The caller sets the flag and the worker clears it: a read that took too long for its caller goes on, into a record that both
-/// share, and until its end every other one is refused.
+/// The caller sets the flag `busy`. It is cleared when the task of the read ends: when the worker has run it, and when it cannot
+/// be queued or is dropped. A read that took too long for its caller goes on, into a record that both share, and until its end
+/// every other read is refused.
 class ZUCONTROL_API ControlResourceAdaptor final : public IControlResourceAdaptor
 {
 public:
@@ -40,7 +41,8 @@ private:
 
     bool OperationBegin();
     int32 OperationFinish();
-    void FinishRead();
+    void FinishRead() noexcept;
+    std::shared_ptr<void> MakeTurn();
     void ReadResource(Reading& reading);
     std::string TextOf(std::string const& path);
 

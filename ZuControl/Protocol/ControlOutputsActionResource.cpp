@@ -31,7 +31,7 @@ void RunAndForgetFailure(Step&& step)
     {
         std::forward<Step>(step)();
     }
-    catch (std::exception const&)
+    catch (...)
     {
     }
 }
@@ -120,7 +120,7 @@ bool ControlOutputsActionResource::RunAction(IControlInstance& instance, IContro
         target.InvokeAction(command, params);
         return true;
     }
-    catch (std::exception const&)
+    catch (...)
     {
         if (command == ProtocolOutputActionTarget::PROTOCOL_OUTPUT_ACTION_ID_ADD_ALL)
         {
@@ -138,7 +138,7 @@ void ControlOutputsActionResource::TellOfUpdate(IControlInstance& instance)
     {
         instance.OutputsUpdate();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         RunAndForgetFailure([&instance] { instance.EndUpdateOutputsMap(); });
         ZU_THROW_NESTED("Failed to notify control service of an update to the output map.");
@@ -147,7 +147,7 @@ void ControlOutputsActionResource::TellOfUpdate(IControlInstance& instance)
     {
         instance.EndUpdateOutputsMap();
     }
-    catch (std::exception const&)
+    catch (...)
     {
         ZU_THROW_NESTED("Failed to send output map update notification");
     }

@@ -57,7 +57,7 @@ nlohmann::json ControlOutputsResource::Document(ZuRest::RequestInfo const& reque
         LinkActions(instance, name, response);
         return document;
     }
-    catch (std::exception const&)
+    catch (...)
     {
         if (isLocked)
         {

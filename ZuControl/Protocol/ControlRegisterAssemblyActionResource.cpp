@@ -61,10 +61,10 @@ nlohmann::json ControlRegisterAssemblyActionResource::Invoke(ZuRest::RequestInfo
         result = target.InvokeAction(command, *params);
         instance.RegisterAssemblyUpdate(id.c_str());
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         instance.EndUpdateRegisterAssembly(id);
-        ZU_THROW_NESTED("%s", exception.what());
+        ZU_THROW_NESTED("%s", Zu::CaughtText().c_str());
     }
     instance.EndUpdateRegisterAssembly(id);
     return ResultToJson(result.get(), request);

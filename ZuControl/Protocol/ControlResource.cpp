@@ -103,10 +103,10 @@ void ControlResource::UpdateDocument(ZuRest::RequestInfo const& request, nlohman
             ValidateJsonFromNode(parameters, document.at(PARAMETERS));
         }
     }
-    catch (std::exception const& exception)
+    catch (...)
     {
         instance.EndUpdateParameters();
-        ZU_THROW_NESTED("%s", exception.what());
+        ZU_THROW_NESTED("%s", Zu::CaughtText().c_str());
     }
 
     if (namesEnabled)

@@ -75,6 +75,25 @@ TEST(JobSaver, TriesAgainEverMoreSeldom)
     EXPECT_EQ(calls.Count("save"), 5U);
 }
 
+TEST(JobSaver, TriesAgainBehindWhatIsNoException)
+{
+    ZuTest::CallLog calls;
+    JobSaver saver(
+        [&calls] {
+        calls.Add("save");
+        if (calls.Count("save") == 1)
+        {
+            throw 42;
+        }
+        },
+        FAST);
+    saver.Start();
+
+    saver.Note();
+
+    EXPECT_TRUE(calls.WaitFor("save", 2));
+}
+
 TEST(JobSaver, EndsWithoutSavingWhatIsNotDueYet)
 {
     ZuTest::CallLog calls;

@@ -1,5 +1,6 @@
 #include "Host/Module/ListenerAddress.h"
 
+#include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "ZuRest/RequestProcessor.h"
 
@@ -71,6 +72,17 @@ TEST(ListenerAddress, IsEmptyForAProtocolWithoutMetrics)
     resources.metrics = []() -> nlohmann::json { ZU_THROW(Zu::Status::NOT_FOUND); };
 
     EXPECT_EQ(WaitForListenerAddress(resources, "x"), "");
+}
+
+TEST(ListenerAddress, IsEmptyForMetricsThatFailWithWhatIsNoException)
+{
+    ZuTest::LogRecorder log;
+    FakeMetrics resources;
+    resources.metrics = []() -> nlohmann::json { throw 42; };
+
+    EXPECT_EQ(WaitForListenerAddress(resources, "x"), "");
+
+    EXPECT_EQ(log.CountOfText("Service x cannot tell where it listens"), 1u);
 }
 
 } // namespace ZuHost

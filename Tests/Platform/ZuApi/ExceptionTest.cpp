@@ -110,6 +110,26 @@ TEST(Exception, WritesOneEntryAndABackTraceFromTheOutsideIn)
     EXPECT_EQ(lines[2], ZuTest::Error("std::exception", "back trace 1: inner"));
 }
 
+TEST(Exception, HasATextForWhateverIsCaught)
+{
+    auto const textOf = [](auto const& step) {
+        try
+        {
+            step();
+        }
+        catch (...)
+        {
+            return CaughtText();
+        }
+        return std::string();
+    };
+
+    EXPECT_EQ(textOf([] { throw std::runtime_error("foreign"); }), "foreign");
+    EXPECT_EQ(textOf([] { ZU_THROW(Status::BUSY, "not now"); }), "not now");
+    EXPECT_EQ(textOf([] { ZU_THROW(Status::BUSY); }), "");
+    EXPECT_EQ(textOf([] { throw 5; }), "exception of an unknown type");
+}
+
 TEST(Guard, LogsWhatAStepThrowsAndSaysSo)
 {
     ZuTest::LogRecorder log;
@@ -119,11 +139,12 @@ TEST(Guard, LogsWhatAStepThrowsAndSaysSo)
     EXPECT_TRUE(ZU_GUARD_BOUNDARY([] {}));
 
     auto const lines = log.Lines();
-    ASSERT_EQ(lines.size(), 4u);
+    ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines[0].text, "Exception thrown in destructor");
     EXPECT_EQ(lines[1], ZuTest::Error("Zu::ThrowWithoutText", "exception with status -999: "));
     EXPECT_TRUE(ZuTest::IsTrace(lines[2]));
-    EXPECT_EQ(lines[3].text, "EXCEPTION THROWN: "); // what is no exception has nothing more to tell
+    EXPECT_EQ(lines[3].text, "EXCEPTION THROWN: ");
+    EXPECT_EQ(lines[4].text, "exception: exception of an unknown type");
 }
 
 } // namespace Zu

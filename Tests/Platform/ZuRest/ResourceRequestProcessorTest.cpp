@@ -137,10 +137,12 @@ TEST_F(ResourceRequestProcessorTest, ShowsWhyAnEmbeddedResourceCannotBeRead)
     Place("/broken").document = [](RequestInfo const&, ResponseInfo&) -> Json {
         ZU_THROW(Zu::Status::WRONG_STATE, "Undefined protocol status:9");
     };
+    Place("/foreign").document = [](RequestInfo const&, ResponseInfo&) -> Json { throw 42; };
     Place("/round").document = [](RequestInfo const&, ResponseInfo& response) {
         response.Embed("item", "/broken", true, nullptr);
         response.Embed("item", "/nowhere", true, nullptr);
         response.Embed("item", "/round", true, nullptr);
+        response.Embed("item", "/foreign", true, nullptr);
         return Json{{"whole", true}};
     };
 
@@ -151,6 +153,9 @@ TEST_F(ResourceRequestProcessorTest, ShowsWhyAnEmbeddedResourceCannotBeRead)
         {"title": "Conflict", "status": 409, "detail": "Undefined protocol status:9", "code": -1000}})"));
     EXPECT_EQ(items.at(1).at("problem").at("status"), 404);
     EXPECT_EQ(items.at(2), Json::parse(R"({"_links": {"self": {"href": "/round"}}})"));
+    EXPECT_EQ(
+        items.at(3).at("problem"),
+        Json::parse(R"({"title": "Internal Server Error", "status": 500, "detail": "An internal error.", "code": 0})"));
 }
 
 TEST_F(ResourceRequestProcessorTest, ComesToAnEndWhereEachEmbedsTheNext)
@@ -413,7 +418,7 @@ TEST_F(ResourceRequestProcessorTest, TakesAFailureThatIsToldInWordsForARefusal)
             {
                 fail();
             }
-            catch (std::exception const&)
+            catch (...)
             {
                 if (isNested)
                 {
@@ -428,11 +433,13 @@ TEST_F(ResourceRequestProcessorTest, TakesAFailureThatIsToldInWordsForARefusal)
     auto const inWords = [] { ZU_THROW(Zu::Status::FAILURE, "Nothing was removed"); };
     auto const withoutWords = [] { ZU_THROW(Zu::Status::FAILURE); };
     auto const notOurs = [] { throw std::runtime_error("broken"); };
+    auto const unknown = [] { throw 42; };
 
     EXPECT_EQ(statusOf(inWords, false), 409U);
     EXPECT_EQ(statusOf(inWords, true), 409U);
     EXPECT_EQ(statusOf(withoutWords, false), 500U);
     EXPECT_EQ(statusOf(withoutWords, true), 500U);
+    EXPECT_EQ(statusOf(unknown, true), 500U);
     EXPECT_EQ(statusOf(notOurs, false), 500U);
     EXPECT_EQ(statusOf(notOurs, true), 500U);
 }

@@ -31,6 +31,10 @@ public:
 
     void AppendStatus(std::string& line) override
     {
+        if (isBroken)
+        {
+            throw 42;
+        }
         line.append("state=ready");
     }
 
@@ -61,6 +65,7 @@ public:
     uint64 ticket = 0;
     int32 refusal = 0;
     std::string refusalText;
+    bool isBroken = false; ///< STATUS throws what is no exception
 };
 
 class AsciiConversationTest : public testing::Test
@@ -122,6 +127,14 @@ TEST_F(AsciiConversationTest, AnswersEachRequest)
     EXPECT_EQ(counters.requests, 11u);
     EXPECT_EQ(counters.errors, 0u);
     EXPECT_EQ(conversation.AnsweredCount(), 11u);
+}
+
+TEST_F(AsciiConversationTest, AnswersARequestThatThrowsWhatIsNoException)
+{
+    service.isBroken = true;
+
+    EXPECT_EQ(Ask("STATUS"), "ERROR 0 exception of an unknown type\n");
+    EXPECT_EQ(Ask("LIST"), "OK 1 zMax\n");
 }
 
 TEST_F(AsciiConversationTest, RefusesWithStatusAndText)

@@ -76,6 +76,16 @@ TEST_F(SlowRequestsTest, ReadsAResource)
     EXPECT_EQ(Ask("READ /health", "OK content of /health"), "OK content of /health");
 }
 
+TEST_F(SlowRequestsTest, AnswersARequestThatThrowsWhatIsNoException)
+{
+    resources.read = []() -> std::string { throw 42; };
+    std::string const expected = "ERROR 0 exception of an unknown type";
+    EXPECT_EQ(Ask("READ /a", expected), expected);
+
+    resources.read = nullptr;
+    EXPECT_EQ(Ask("READ /b", "OK content of /b"), "OK content of /b");
+}
+
 TEST_F(SlowRequestsTest, SaysWhatWentWrong)
 {
     for (auto const& [status, text, expected] :

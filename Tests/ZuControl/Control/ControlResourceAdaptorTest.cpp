@@ -1,6 +1,7 @@
 #include "ZuControl/Control/ControlResourceAdaptor.h"
 
 #include "Support/CallLog.h"
+#include "Support/FailAtEachAllocation.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
@@ -173,6 +174,28 @@ TEST_F(ControlResourceAdaptorTest, RefusesWhatTheResourceRefusesAndReadsOn)
                                                         "(not now)")}));
     processor.onRead = nullptr;
     EXPECT_EQ(Read("/r"), "null");
+}
+
+TEST_F(ControlResourceAdaptorTest, ReadsOnBehindAResourceThatThrowsWhatIsNoException)
+{
+    processor.onRead = [] { throw 42; };
+
+    EXPECT_EQ(RefusalOf([this] { Read("/r"); }), (Refusal{-999, FAILED}));
+
+    EXPECT_EQ(log.Lines(), (std::vector{ZuTest::Warning("ZuControl::ControlResourceAdaptor::ReadResource",
+                                                        "Exception processing reading resource path due to "
+                                                        "(exception of an unknown type)")}));
+    processor.onRead = nullptr;
+    EXPECT_EQ(Read("/r"), "null");
+}
+
+TEST_F(ControlResourceAdaptorTest, ReadsOnBehindAReadThatCouldNotBeQueued)
+{
+    std::string text;
+    uint64 const allocations = ZuTest::FailAtEachAllocation([] {}, [&] { adaptor.Read("/r", text, LONG_USEC); },
+                                                            [this](bool) { EXPECT_EQ(Read("/r"), "null"); });
+
+    EXPECT_GT(allocations, 0u);
 }
 
 TEST_F(ControlResourceAdaptorTest, GivesUpWhenItsTimeIsOverAndLetsTheReadGoOn)

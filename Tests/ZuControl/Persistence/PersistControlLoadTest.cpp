@@ -338,8 +338,8 @@ TEST_F(PersistControlLoadTest, ClosesTheBracketAlsoBehindWhatIsNoException)
 
     EXPECT_EQ(Loaded(Full()), partial);
 
-    Lines expected = ParamsRejected({});
-    expected.resize(2); // there is no text to show
+    Lines expected = ParamsRejected(ZuTest::CaughtForeign(Zu::UNKNOWN_EXCEPTION));
+    expected.resize(3); // it has no back trace
     EXPECT_EQ(lines, expected);
     ExpectBrackets(1);
     EXPECT_TRUE(instance->IsEnabled());

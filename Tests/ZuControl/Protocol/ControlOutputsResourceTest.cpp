@@ -49,6 +49,16 @@ TEST_F(ControlOutputsResourceTest, ReleasesTheLockWhenThereIsNoMap)
     EXPECT_EQ(calls.All(), (Calls{"OutputsMapBeginLock", "OutputsMapEndLock"}));
 }
 
+TEST_F(ControlOutputsResourceTest, ReleasesTheLockBehindWhatIsNoException)
+{
+    instance.on["OutputsMap"] = [] { throw 42; };
+    instance.outputs = &outputs;
+
+    EXPECT_EQ(RefusalOf([this] { Read(); }), (Refusal{0, "Failed to convert a output map"}));
+
+    EXPECT_EQ(calls.Count("OutputsMapEndLock"), 1u);
+}
+
 TEST_F(ControlOutputsResourceTest, ReleasesNoLockThatItDoesNotHold)
 {
     instance.on["OutputsMapBeginLock"] = [] { throw std::runtime_error("held"); };
