@@ -73,6 +73,15 @@ void LookAtMetrics(ControlVitals::Metrics const& metrics, WatchLimits const& lim
     }
 }
 
+void LookAtFaults(std::vector<ControlVitals::Fault> const& faults, Sentences& sentences)
+{
+    for (ControlVitals::Fault const& fault : faults)
+    {
+        sentences.insert("Service " + fault.typeName + " failed in its operation " + fault.operation +
+                         ". This lasts until the operation succeeds.");
+    }
+}
+
 } // namespace
 
 Sentences Diagnose(ControlVitals const& vitals, WatchLimits const& limits, uint64 nowUsec)
@@ -84,6 +93,7 @@ Sentences Diagnose(ControlVitals const& vitals, WatchLimits const& limits, uint6
     }
     LookAtOperation(vitals.operation, limits, nowUsec, sentences);
     LookAtMetrics(vitals.metrics, limits, nowUsec, sentences);
+    LookAtFaults(vitals.faults, sentences);
     return sentences;
 }
 

@@ -17,6 +17,10 @@
 namespace ZuControl
 {
 
+using ControlProtocol::IProtocol;
+using ControlProtocol::IProtocolOutput;
+using ControlProtocol::IProtocolRegisterAssembly;
+
 namespace
 {
 
@@ -53,6 +57,7 @@ ControlInstance::ControlInstance(ControlInstanceParams& params)
 {
     failedStarts.typeName = info->TypeName();
     metrics.BindProtocol(protocol.get());
+    metrics.BindFaults(faults);
     try
     {
         AddProtocolHandlers();
@@ -86,7 +91,7 @@ char const* ControlInstance::TypeName() const
 
 ZuEthernetProtocol ControlInstance::EthernetProtocolId() const
 {
-    return protocol->EthernetProtocolId();
+    return faults.Call("EthernetProtocolId", &IProtocol::EthernetProtocolId, protocol);
 }
 
 void ControlInstance::Enable(bool value)
@@ -100,7 +105,8 @@ void ControlInstance::Enable(bool value)
         try
         {
             StartProtocol();
-            protocol->RegisterControlScanResultsHandler(*scanResults);
+            faults.Call("RegisterControlScanResultsHandler", &IProtocol::RegisterControlScanResultsHandler,
+                        protocol, *scanResults);
         }
         catch (...)
         {
@@ -112,7 +118,8 @@ void ControlInstance::Enable(bool value)
     {
         if (problemsTracker.Count() == 0) // with a problem on record the handler stays registered
         {
-            protocol->DeregisterControlScanResultsHandler(*scanResults);
+            faults.Call("DeregisterControlScanResultsHandler", &IProtocol::DeregisterControlScanResultsHandler,
+                        protocol, *scanResults);
         }
         StopProtocol();
     }
@@ -160,7 +167,7 @@ void ControlInstance::RemoveRegisterAssemblyUpdatedEventHandler(Zu::Event<std::s
 Zu::Params::Group& ControlInstance::BeginUpdateParameters()
 {
     updateGate->BeginUpdate(true);
-    return protocol->Params();
+    return faults.Call("Params", &IProtocol::Params, protocol);
 }
 
 void ControlInstance::EndUpdateParameters()
@@ -203,29 +210,29 @@ ZuCommon::IMetricsSource& ControlInstance::MetricsSource()
 
 Zu::Params::Group const& ControlInstance::Params() const
 {
-    return protocol->Params();
+    return faults.Call("Params", &IProtocol::Params, protocol);
 }
 
 char const* ControlInstance::ParamsVersion() const
 {
-    return protocol->ParamsVersion();
+    return faults.Call("ParamsVersion", &IProtocol::ParamsVersion, protocol);
 }
 
 void ControlInstance::ParamsUpdate()
 {
-    protocol->ParamsUpdate();
+    faults.Call("ParamsUpdate", &IProtocol::ParamsUpdate, protocol);
 }
 
 bool ControlInstance::HasProtocolOutput() const
 {
-    return protocol->HasProtocolOutput();
+    return faults.Call("HasProtocolOutput", &IProtocol::HasProtocolOutput, protocol);
 }
 
 void ControlInstance::OutputsMapBeginLock()
 {
     if (HasProtocolOutput())
     {
-        protocol->Outputs().BeginLock();
+        faults.Call("IProtocolOutput::BeginLock", &IProtocolOutput::BeginLock, Output());
     }
 }
 
@@ -233,7 +240,7 @@ void ControlInstance::OutputsMapEndLock()
 {
     if (HasProtocolOutput())
     {
-        protocol->Outputs().EndLock();
+        faults.Call("IProtocolOutput::EndLock", &IProtocolOutput::EndLock, Output());
     }
 }
 
@@ -243,28 +250,28 @@ Zu::Params::Group const& ControlInstance::OutputsMap() const
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    return protocol->Outputs().OutputMap();
+    return faults.Call("IProtocolOutput::OutputMap", &IProtocolOutput::OutputMap, Output());
 }
 
 bool ControlInstance::HasOutputsActionTarget() const
 {
-    return protocol->HasOutputsActionTarget();
+    return faults.Call("HasOutputsActionTarget", &IProtocol::HasOutputsActionTarget, protocol);
 }
 
 IControlActionTarget& ControlInstance::OutputsActionTarget() const
 {
-    return protocol->OutputsActionTarget();
+    return faults.Call("OutputsActionTarget", &IProtocol::OutputsActionTarget, protocol);
 }
 
 void ControlInstance::OutputsUpdate()
 {
-    protocol->OutputsUpdate();
+    faults.Call("OutputsUpdate", &IProtocol::OutputsUpdate, protocol);
     UpdateScanResult();
 }
 
 bool ControlInstance::HasRegisterAssemblyActionTarget() const
 {
-    return protocol->HasRegisterAssemblyActionTarget();
+    return faults.Call("HasRegisterAssemblyActionTarget", &IProtocol::HasRegisterAssemblyActionTarget, protocol);
 }
 
 IControlActionTarget& ControlInstance::RegisterAssemblyActionTarget(char const* id) const
@@ -273,17 +280,17 @@ IControlActionTarget& ControlInstance::RegisterAssemblyActionTarget(char const* 
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    return protocol->RegisterAssemblyActionTarget(id);
+    return faults.Call("RegisterAssemblyActionTarget", &IProtocol::RegisterAssemblyActionTarget, protocol, id);
 }
 
 bool ControlInstance::HasRegisterAssemblyGroup() const
 {
-    return protocol->HasRegisterAssemblyGroup();
+    return faults.Call("HasRegisterAssemblyGroup", &IProtocol::HasRegisterAssemblyGroup, protocol);
 }
 
 bool ControlInstance::HasRegisterAssembly(char const* id) const
 {
-    return protocol->HasRegisterAssembly(id);
+    return faults.Call("HasRegisterAssembly", &IProtocol::HasRegisterAssembly, protocol, id);
 }
 
 ControlProtocol::IProtocolRegisterAssembly& ControlInstance::RegisterAssembly(char const* id) const
@@ -292,7 +299,7 @@ ControlProtocol::IProtocolRegisterAssembly& ControlInstance::RegisterAssembly(ch
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    return protocol->RegisterAssembly(id);
+    return Assembly(id);
 }
 
 std::vector<std::string> ControlInstance::RegisterAssemblyList() const
@@ -301,14 +308,14 @@ std::vector<std::string> ControlInstance::RegisterAssemblyList() const
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    return protocol->RegisterAssemblyList();
+    return faults.Call("RegisterAssemblyList", &IProtocol::RegisterAssemblyList, protocol);
 }
 
 void ControlInstance::RegisterAssemblyBeginLock(char const* id)
 {
     if (HasRegisterAssemblyGroup())
     {
-        protocol->RegisterAssembly(id).BeginLock();
+        faults.Call("IProtocolRegisterAssembly::BeginLock", &IProtocolRegisterAssembly::BeginLock, Assembly(id));
     }
 }
 
@@ -316,7 +323,7 @@ void ControlInstance::RegisterAssemblyEndLock(char const* id)
 {
     if (HasRegisterAssemblyGroup())
     {
-        protocol->RegisterAssembly(id).EndLock();
+        faults.Call("IProtocolRegisterAssembly::EndLock", &IProtocolRegisterAssembly::EndLock, Assembly(id));
     }
 }
 
@@ -324,8 +331,8 @@ void ControlInstance::RegisterAssemblyUpdate(char const* id)
 {
     if (HasRegisterAssemblyGroup())
     {
-        protocol->RegisterAssemblyUpdate(id);
-        scanResults->UpdateOutputMap(protocol->EthernetProtocolId(), protocol->DataSourceList());
+        faults.Call("RegisterAssemblyUpdate", &IProtocol::RegisterAssemblyUpdate, protocol, id);
+        UpdateFanOut();
     }
 }
 
@@ -338,37 +345,43 @@ void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data)
     }
     if (all || data == DataToResetParams)
     {
-        protocol->ResetParams();
+        faults.Call("ResetParams", &IProtocol::ResetParams, protocol);
     }
     if ((all || data == DataToResetOutputs) && HasProtocolOutput())
     {
-        protocol->Outputs().Clear();
+        faults.Call("IProtocolOutput::Clear", &IProtocolOutput::Clear, Output());
         OutputsUpdate();
     }
     if ((all || data == DataToResetRegisterAssemblies) && HasRegisterAssemblyGroup())
     {
-        protocol->ConfigureDefaultRegisterAssembly(); // the fan-out keeps the sources that it had
+        // The fan-out keeps the sources that it had.
+        faults.Call("ConfigureDefaultRegisterAssembly", &IProtocol::ConfigureDefaultRegisterAssembly, protocol);
     }
 }
 
 IControlActionTarget* ControlInstance::ActionTarget()
 {
-    return protocol->ActionTarget();
+    return faults.Call("ActionTarget", &IProtocol::ActionTarget, protocol);
 }
 
 void ControlInstance::OnStartScan()
 {
-    protocol->OnStartScan();
+    faults.Tell("OnStartScan", &IProtocol::OnStartScan, protocol);
 }
 
 void ControlInstance::OnStopScan()
 {
-    protocol->OnStopScan();
+    faults.Tell("OnStopScan", &IProtocol::OnStopScan, protocol);
 }
 
 void ControlInstance::OnFactoryRestore()
 {
-    protocol->OnFactoryRestore();
+    faults.Tell("OnFactoryRestore", &IProtocol::OnFactoryRestore, protocol);
+}
+
+ProtocolFaults& ControlInstance::Faults() const
+{
+    return faults;
 }
 
 ProtocolStatus ControlInstance::GetProtocolStatus()
@@ -378,17 +391,17 @@ ProtocolStatus ControlInstance::GetProtocolStatus()
 
 void ControlInstance::InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
 {
-    protocol->InitPersistDomain(domain, document);
+    faults.Call("InitPersistDomain", &IProtocol::InitPersistDomain, protocol, domain, document);
 }
 
 void ControlInstance::LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document)
 {
-    protocol->LoadPersistDomain(domain, document);
+    faults.Call("LoadPersistDomain", &IProtocol::LoadPersistDomain, protocol, domain, document);
 }
 
 void ControlInstance::SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document)
 {
-    protocol->SavePersistDomain(domain, document);
+    faults.Call("SavePersistDomain", &IProtocol::SavePersistDomain, protocol, domain, document);
 }
 
 ControlVitals::FailedStarts ControlInstance::FailedStarts() const
@@ -412,7 +425,7 @@ void ControlInstance::StartProtocol()
     try
     {
         problemsTracker.Begin();
-        protocol->Start();
+        faults.Call("Start", &IProtocol::Start, protocol);
         problemsTracker.End();
     }
     catch (Zu::Exception const& exception)
@@ -430,7 +443,7 @@ void ControlInstance::StopProtocol()
     try
     {
         problemsTracker.Begin();
-        protocol->Stop();
+        faults.Call("Stop", &IProtocol::Stop, protocol);
         problemsTracker.End();
     }
     catch (Zu::Exception const& exception)
@@ -448,7 +461,23 @@ void ControlInstance::UpdateScanResult()
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    scanResults->UpdateOutputMap(protocol->EthernetProtocolId(), protocol->DataSourceList());
+    UpdateFanOut();
+}
+
+IProtocolOutput& ControlInstance::Output() const
+{
+    return faults.Call("Outputs", &IProtocol::Outputs, protocol);
+}
+
+IProtocolRegisterAssembly& ControlInstance::Assembly(char const* id) const
+{
+    return faults.Call("RegisterAssembly", &IProtocol::RegisterAssembly, protocol, id);
+}
+
+void ControlInstance::UpdateFanOut()
+{
+    scanResults->UpdateOutputMap(EthernetProtocolId(),
+                                 faults.Call("DataSourceList", &IProtocol::DataSourceList, protocol));
 }
 
 ControlProtocol::IProtocol* ControlInstance::GetProtocol() const

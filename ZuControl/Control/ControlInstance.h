@@ -6,6 +6,7 @@
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/Control/ProtocolFaults.h"
 #include "ZuControl/Export.h"
 
 #include <atomic>
@@ -28,7 +29,9 @@ struct ControlInstanceParams;
 namespace ControlProtocol
 {
 class IProtocol;
-}
+class IProtocolOutput;
+class IProtocolRegisterAssembly;
+} // namespace ControlProtocol
 
 /// Stands between one protocol and the rest of the system.
 ///
@@ -98,11 +101,18 @@ public:
     /// The calls of `Enable(true)` that have thrown. Any thread may ask.
     ControlVitals::FailedStarts FailedStarts() const;
 
+    /// The operations of the protocol that failed. A caller that reaches the protocol past this instance, through what the
+    /// protocol has handed out, calls through it too.
+    ProtocolFaults& Faults() const;
+
 private:
     void NoteFailedStart();
     void StartProtocol();
     void StopProtocol();
     void UpdateScanResult();
+    void UpdateFanOut();
+    ControlProtocol::IProtocolOutput& Output() const;
+    ControlProtocol::IProtocolRegisterAssembly& Assembly(char const* id) const;
     ControlProtocol::IProtocol* GetProtocol() const;
     void RegisterProblem(char const* format, char const* text);
     void AddProtocolHandlers();
@@ -124,6 +134,7 @@ private:
     Zu::GuardedEvent<std::string, bool> paramsUpdatedEvent;
     Zu::GuardedEvent<std::string, bool> outputsUpdatedEvent;
     Zu::GuardedEvent<std::string, std::string> registerAssemblyUpdatedEvent;
+    mutable ProtocolFaults faults; // it has a lock of its own
     ControlInstanceMetrics metrics;
     ZuCommon::ProblemsManager* const problems;
     ZuCommon::ProblemsTracker problemsTracker;

@@ -1,10 +1,13 @@
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/Control/ProtocolFaults.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
 
 namespace ZuControl
 {
+
+using ControlProtocol::IProtocol;
 
 ControlInstanceMetrics::ControlInstanceMetrics() = default;
 ControlInstanceMetrics::~ControlInstanceMetrics() = default;
@@ -17,6 +20,11 @@ void ControlInstanceMetrics::BindProtocol(ControlProtocol::IProtocol* newProtoco
 void ControlInstanceMetrics::ClearProtocol()
 {
     protocol = nullptr;
+}
+
+void ControlInstanceMetrics::BindFaults(ProtocolFaults& protocolFaults)
+{
+    faults = &protocolFaults;
 }
 
 Zu::Properties::Structure& ControlInstanceMetrics::UpdateMetrics()
@@ -43,7 +51,7 @@ Zu::Properties::Structure const& ControlInstanceMetrics::GetMetrics() const
     {
         ZU_THROW(Zu::Status::WRONG_STATE, "No protocol implementation available for the metrics fetch operation");
     }
-    return protocol->GetMetrics();
+    return faults != nullptr ? faults->Call("GetMetrics", &IProtocol::GetMetrics, protocol) : protocol->GetMetrics();
 }
 
 } // namespace ZuControl

@@ -7,6 +7,8 @@
 namespace ZuControl
 {
 
+class ProtocolFaults;
+
 namespace ControlProtocol
 {
 class IProtocol;
@@ -26,12 +28,16 @@ public:
     void BindProtocol(ControlProtocol::IProtocol* newProtocol);
     void ClearProtocol();
 
+    /// A metrics record that cannot be read counts as a fault here from now on. `protocolFaults` outlives this object.
+    void BindFaults(ProtocolFaults& protocolFaults);
+
     Zu::Properties::Structure& UpdateMetrics() override;
     void ResetMetrics() override;
     Zu::Properties::Structure const& GetMetrics() const override;
 
 private:
     ControlProtocol::IProtocol* protocol = nullptr;
+    ProtocolFaults* faults = nullptr;
 };
 
 } // namespace ZuControl

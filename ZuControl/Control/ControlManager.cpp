@@ -164,6 +164,20 @@ void ControlManager::FindHardware()
     hardwareManager.FindHardware();
 }
 
+std::vector<ControlVitals::Fault> ControlManager::Faults() const
+{
+    std::vector<ControlVitals::Fault> faults;
+    for (auto const& [typeName, instance] : instances)
+    {
+        auto const& own = static_cast<ControlInstance const&>(*instance); // `Create` makes no other
+        for (std::string& operation : own.Faults().Operations())
+        {
+            faults.push_back({typeName, std::move(operation)});
+        }
+    }
+    return faults;
+}
+
 ControlProtocolOperations const& ControlManager::Operations() const
 {
     return operations;

@@ -61,6 +61,9 @@ public:
     /// Of all instances, by name. Any thread may ask.
     std::vector<ControlVitals::FailedStarts> FailedStarts() const;
 
+    /// The operations of protocols that failed when they were last called. Any thread may ask.
+    std::vector<ControlVitals::Fault> Faults() const;
+
     /// The host's sensor is there: the protocols' hardware manager asks it for its inputs and outputs. Call it once, on the
     /// thread that built the manager and before any protocol is enabled; see ControlHardwareManager.
     void FindHardware();

@@ -2,7 +2,6 @@
 
 #include "ZuControl/Control/IControlInstance.h"
 
-#include <optional>
 
 namespace ZuControl
 {
@@ -23,6 +22,17 @@ std::optional<ZuEthernetProtocol> NumberOf(IControlInstance const& instance)
     }
 }
 
+template <typename Services>
+Services ServicesOf(ControlManager& manager)
+{
+    Services services;
+    for (std::string const& typeName : manager.List())
+    {
+        services.push_back({typeName, NumberOf(manager.GetInstance(typeName))});
+    }
+    return services;
+}
+
 } // namespace
 
 ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::ResourceRouter& router,
@@ -30,12 +40,23 @@ ControlModule::ControlModule(ZuPlugin::PluginManager& pluginManager, ZuRest::Res
     : registry(pluginManager),
       scanResults(environ.resultHub, environ.allocator),
       manager(registry, scanResults, environ),
+      services(ServicesOf<std::vector<Service>>(manager)),
       metrics(manager),
       dir(router, manager, metrics)
 {
 }
 
 ControlModule::~ControlModule() = default;
+
+void ControlModule::FindHardware()
+{
+    manager.FindHardware();
+}
+
+IControlManager& ControlModule::Controls()
+{
+    return manager;
+}
 
 ControlStatistics ControlModule::Statistics()
 {
@@ -46,16 +67,16 @@ ControlStatistics ControlModule::Statistics()
     statistics.operationsSucceeded = manager.Operations().SucceededCount();
     statistics.operationsFailed = manager.Operations().FailedCount();
     statistics.operationsRefused = manager.Operations().RefusedCount();
-    for (std::string const& typeName : manager.List())
+    for (auto const& [typeName, protocol] : services)
     {
-        auto& protocol = statistics.protocols.emplace_back();
-        protocol.typeName = typeName;
-        if (auto const number = NumberOf(manager.GetInstance(typeName)))
+        auto& shown = statistics.protocols.emplace_back();
+        shown.typeName = typeName;
+        if (protocol.has_value())
         {
-            auto const counters = scanResults.CountersOf(*number);
-            protocol.batches = counters->batches.load(std::memory_order_relaxed);
-            protocol.resultSets = counters->resultSets.load(std::memory_order_relaxed);
-            protocol.ageUsec = counters->ageUsec.load(std::memory_order_relaxed);
+            auto const counters = scanResults.CountersOf(*protocol);
+            shown.batches = counters->batches.load(std::memory_order_relaxed);
+            shown.resultSets = counters->resultSets.load(std::memory_order_relaxed);
+            shown.ageUsec = counters->ageUsec.load(std::memory_order_relaxed);
         }
     }
     return statistics;
@@ -67,23 +88,23 @@ ControlVitals ControlModule::Vitals()
     auto const operation = manager.Operations().OperationUnderWay().value_or(ControlProtocolOperations::UnderWay());
     vitals.operation.name = operation.name;
     vitals.operation.sinceUsec = operation.sinceUsec;
-    for (std::string const& typeName : manager.List())
+    for (auto const& [typeName, protocol] : services)
     {
-        auto const number = NumberOf(manager.GetInstance(typeName));
-        if (!number.has_value())
+        if (!protocol.has_value())
         {
             continue;
         }
-        auto const counters = scanResults.CountersOf(*number);
+        auto const counters = scanResults.CountersOf(*protocol);
         vitals.dispatchers.push_back({typeName, counters->hasDied.load(std::memory_order_relaxed),
                                       counters->busySinceUsec.load(std::memory_order_relaxed)});
-        if (operation.sinceUsec != 0 && *number == operation.protocol)
+        if (operation.sinceUsec != 0 && *protocol == operation.protocol)
         {
             vitals.operation.typeName = typeName;
         }
     }
     vitals.metrics = metrics.Vitals();
     vitals.failedStarts = manager.FailedStarts();
+    vitals.faults = manager.Faults();
     return vitals;
 }
 

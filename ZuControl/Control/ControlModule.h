@@ -6,8 +6,13 @@
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/ControlStatistics.h"
 #include "ZuControl/Control/ControlVitals.h"
+#include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlDir.h"
+
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace ZuPlugin
 {
@@ -37,6 +42,11 @@ public:
                   ControlModuleEnviron const& environ);
     ~ControlModule();
 
+    /// The host's scan engines have their sensor: see ControlManager::FindHardware.
+    void FindHardware();
+
+    IControlManager& Controls();
+
     /// What the module has counted so far. Any thread may ask.
     ControlStatistics Statistics();
 
@@ -47,10 +57,17 @@ public:
     ControlModule& operator=(ControlModule const&) = delete;
 
 private:
+    struct Service
+    {
+        std::string typeName;
+        std::optional<ZuEthernetProtocol> protocol; // empty for a protocol that threw when it was asked
+    };
+
     // The order is that of their life: each relies on those above it.
     ControlRegistry registry;
     ControlScanResults scanResults;
     ControlManager manager;
+    std::vector<Service> const services; // by name; kept, since later calls must not run code of a plug-in
     ControlMetrics metrics;
     Protocol::ControlDir dir;
 };

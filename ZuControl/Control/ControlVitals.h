@@ -46,10 +46,18 @@ struct ControlVitals
         std::string lastReason; ///< the text of the last failure, or its status when it has no text
     };
 
+    /// An operation of a protocol that failed when it was last called.
+    struct Fault
+    {
+        std::string typeName;
+        std::string operation; ///< as the interface of protocols names it: "OnStartScan"
+    };
+
     std::vector<Dispatcher> dispatchers; ///< of all protocols, by name
     Operation operation;
     Metrics metrics;
     std::vector<FailedStarts> failedStarts; ///< of all services, by name
+    std::vector<Fault> faults; ///< by protocol and operation
 };
 
 } // namespace ZuControl

@@ -38,26 +38,28 @@ nlohmann::json ControlActionResource::Document(ZuRest::RequestInfo const& reques
 
 nlohmann::json ControlActionResource::Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body)
 {
-    IControlActionTarget& target = ActionTarget(ResolveToInstance(RequireKey(request, "protocol")));
+    IControlInstance& instance = ResolveToInstance(RequireKey(request, "protocol"));
+    IControlActionTarget& target = ActionTarget(instance);
     std::string const& command = RequireKey(request, "command");
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, target, command);
     NodeFromJson(*params, body);
     if (body.is_object() && body.contains("parameters"))
     {
         NodeFromJson(*params, body.at("parameters"));
     }
-    return ResultToJson(target.InvokeAction(command, *params).get(), request);
+    return ResultToJson(InvokeAction(instance, target, command, *params).get(), request);
 }
 
 nlohmann::json ControlActionResource::ReadAll(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response)
 {
     std::string const& name = RequireKey(request, "protocol");
-    IControlActionTarget const* const target = ResolveToInstance(name).ActionTarget();
+    IControlInstance& instance = ResolveToInstance(name);
+    IControlActionTarget const* const target = instance.ActionTarget();
     if (target == nullptr)
     {
         return nullptr;
     }
-    for (ControlActionInfo const& action : target->ListActions())
+    for (ControlActionInfo const& action : ActionList(instance, *target))
     {
         response.Embed("item", Path::Format("/controls/:protocol/commands/:command", {name, action.Id()}), true,
                        nullptr);
@@ -67,8 +69,8 @@ nlohmann::json ControlActionResource::ReadAll(ZuRest::RequestInfo const& request
 
 nlohmann::json ControlActionResource::ReadOne(ZuRest::RequestInfo const& request, std::string const& command)
 {
-    IControlActionTarget const& target = ActionTarget(ResolveToInstance(RequireKey(request, "protocol")));
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    IControlInstance& instance = ResolveToInstance(RequireKey(request, "protocol"));
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, ActionTarget(instance), command);
     return PartToJson(ActionProperties(command, *params), request);
 }
 

@@ -60,8 +60,10 @@ nlohmann::json ControlOutputsActionResource::Document(ZuRest::RequestInfo const&
 {
     std::string const& name = RequireKey(request, "protocol");
     std::string const* const command = request.FindKey("command");
-    IControlActionTarget const& target = ActionTarget(ResolveToInstance(name));
-    return command == nullptr ? ReadAll(target, response, name) : ReadOne(target, request, *command);
+    IControlInstance const& instance = ResolveToInstance(name);
+    IControlActionTarget const& target = ActionTarget(instance);
+    return command == nullptr ? ReadAll(instance, target, response, name)
+                              : ReadOne(instance, target, request, *command);
 }
 
 nlohmann::json ControlOutputsActionResource::Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body)
@@ -70,7 +72,7 @@ nlohmann::json ControlOutputsActionResource::Invoke(ZuRest::RequestInfo const& r
     std::string const& command = RequireKey(request, "command", "Request is missing command");
     IControlInstance& instance = ResolveToInstance(name);
     IControlActionTarget& target = ActionTarget(instance);
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, target, command);
     NodeFromJson(*params, body);
 
     instance.BeginUpdateOutputsMap();
@@ -84,10 +86,11 @@ nlohmann::json ControlOutputsActionResource::Invoke(ZuRest::RequestInfo const& r
     return nullptr;
 }
 
-nlohmann::json ControlOutputsActionResource::ReadAll(IControlActionTarget const& target, ZuRest::ResponseInfo& response,
+nlohmann::json ControlOutputsActionResource::ReadAll(IControlInstance const& instance,
+                                                     IControlActionTarget const& target, ZuRest::ResponseInfo& response,
                                                      std::string const& name)
 {
-    for (ControlActionInfo const& action : target.ListActions())
+    for (ControlActionInfo const& action : ActionList(instance, target))
     {
         response.Embed("item", Path::Format("/controls/:protocol/outputs/commands/:command", {name, action.Id()}), true,
                        nullptr);
@@ -95,10 +98,11 @@ nlohmann::json ControlOutputsActionResource::ReadAll(IControlActionTarget const&
     return nullptr;
 }
 
-nlohmann::json ControlOutputsActionResource::ReadOne(IControlActionTarget const& target,
+nlohmann::json ControlOutputsActionResource::ReadOne(IControlInstance const& instance,
+                                                     IControlActionTarget const& target,
                                                      ZuRest::RequestInfo const& request, std::string const& command)
 {
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, target, command);
     return PartToJson(OutputsActionProperties(command, *params), request);
 }
 
@@ -117,7 +121,7 @@ bool ControlOutputsActionResource::RunAction(IControlInstance& instance, IContro
 {
     try
     {
-        target.InvokeAction(command, params);
+        InvokeAction(instance, target, command, params);
         return true;
     }
     catch (...)

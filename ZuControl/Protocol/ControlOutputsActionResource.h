@@ -29,10 +29,10 @@ public:
 private:
     using CallbackId = Zu::Event<std::string, bool>::CallbackId;
 
-    static nlohmann::json ReadAll(IControlActionTarget const& target, ZuRest::ResponseInfo& response,
-                                  std::string const& name);
-    static nlohmann::json ReadOne(IControlActionTarget const& target, ZuRest::RequestInfo const& request,
-                                  std::string const& command);
+    static nlohmann::json ReadAll(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::ResponseInfo& response, std::string const& name);
+    static nlohmann::json ReadOne(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::RequestInfo const& request, std::string const& command);
     static IControlActionTarget& ActionTarget(IControlInstance const& instance);
     static bool RunAction(IControlInstance& instance, IControlActionTarget& target, std::string const& command,
                           Zu::Params::Group const& params);

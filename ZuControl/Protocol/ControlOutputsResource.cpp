@@ -15,24 +15,6 @@ namespace ZuControl::Protocol
 
 using ZuRest::Path;
 
-namespace
-{
-
-void LinkActions(IControlInstance const& instance, std::string const& name, ZuRest::ResponseInfo& response)
-{
-    if (!instance.HasOutputsActionTarget())
-    {
-        return;
-    }
-    for (ControlActionInfo const& action : instance.OutputsActionTarget().ListActions())
-    {
-        response.Link("zu:command", Path::Format("/controls/:protocol/outputs/commands/:command", {name, action.Id()}),
-                      true, nullptr);
-    }
-}
-
-} // namespace
-
 ControlOutputsResource::ControlOutputsResource(IControlManager& usedManager) : ControlResourceBase(usedManager)
 {
 }
@@ -64,6 +46,20 @@ nlohmann::json ControlOutputsResource::Document(ZuRest::RequestInfo const& reque
             instance.OutputsMapEndLock();
         }
         ZU_THROW_NESTED("Failed to convert %s output map", name.c_str());
+    }
+}
+
+void ControlOutputsResource::LinkActions(IControlInstance const& instance, std::string const& name,
+                                         ZuRest::ResponseInfo& response)
+{
+    if (!instance.HasOutputsActionTarget())
+    {
+        return;
+    }
+    for (ControlActionInfo const& action : ActionList(instance, instance.OutputsActionTarget()))
+    {
+        response.Link("zu:command", Path::Format("/controls/:protocol/outputs/commands/:command", {name, action.Id()}),
+                      true, nullptr);
     }
 }
 

@@ -16,6 +16,9 @@ public:
 
     /// Refuses with -983 and no text.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
+
+private:
+    static void LinkActions(IControlInstance const& instance, std::string const& name, ZuRest::ResponseInfo& response);
 };
 
 } // namespace ZuControl::Protocol

@@ -38,8 +38,10 @@ nlohmann::json ControlRegisterAssemblyActionResource::Document(ZuRest::RequestIn
     std::string id;
     ParseTokensFromPath(request, name, id);
     std::string const* const command = request.FindKey("command");
-    IControlActionTarget const& target = ActionTarget(ResolveToInstance(name), id);
-    return command == nullptr ? ReadAll(target, response, name, id) : ReadOne(target, request, *command);
+    IControlInstance const& instance = ResolveToInstance(name);
+    IControlActionTarget const& target = ActionTarget(instance, id);
+    return command == nullptr ? ReadAll(instance, target, response, name, id)
+                              : ReadOne(instance, target, request, *command);
 }
 
 nlohmann::json ControlRegisterAssemblyActionResource::Invoke(ZuRest::RequestInfo const& request,
@@ -51,14 +53,14 @@ nlohmann::json ControlRegisterAssemblyActionResource::Invoke(ZuRest::RequestInfo
     std::string const& command = RequireKey(request, "command", "Request is missing command");
     IControlInstance& instance = ResolveToInstance(name);
     IControlActionTarget& target = ActionTarget(instance, id);
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, target, command);
     NodeFromJson(*params, body);
 
     instance.BeginUpdateRegisterAssembly();
     std::shared_ptr<Zu::Params::Group> result;
     try
     {
-        result = target.InvokeAction(command, *params);
+        result = InvokeAction(instance, target, command, *params);
         instance.RegisterAssemblyUpdate(id.c_str());
     }
     catch (...)
@@ -87,11 +89,12 @@ IControlActionTarget& ControlRegisterAssemblyActionResource::ActionTarget(IContr
     return instance.RegisterAssemblyActionTarget(id.c_str());
 }
 
-nlohmann::json ControlRegisterAssemblyActionResource::ReadAll(IControlActionTarget const& target,
+nlohmann::json ControlRegisterAssemblyActionResource::ReadAll(IControlInstance const& instance,
+                                                              IControlActionTarget const& target,
                                                               ZuRest::ResponseInfo& response, std::string const& name,
                                                               std::string const& id)
 {
-    for (ControlActionInfo const& action : target.ListActions())
+    for (ControlActionInfo const& action : ActionList(instance, target))
     {
         response.Embed("item",
                        Path::Format("/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
@@ -101,11 +104,12 @@ nlohmann::json ControlRegisterAssemblyActionResource::ReadAll(IControlActionTarg
     return nullptr;
 }
 
-nlohmann::json ControlRegisterAssemblyActionResource::ReadOne(IControlActionTarget const& target,
+nlohmann::json ControlRegisterAssemblyActionResource::ReadOne(IControlInstance const& instance,
+                                                              IControlActionTarget const& target,
                                                               ZuRest::RequestInfo const& request,
                                                               std::string const& command)
 {
-    std::shared_ptr<Zu::Params::Group> const params = ActionParams(target, command);
+    std::shared_ptr<Zu::Params::Group> const params = ActionParams(instance, target, command);
     return PartToJson(RegisterAssemblyActionProperties(command, *params), request);
 }
 

@@ -26,10 +26,10 @@ public:
 private:
     static void ParseTokensFromPath(ZuRest::RequestInfo const& request, std::string& name, std::string& id);
     static IControlActionTarget& ActionTarget(IControlInstance const& instance, std::string const& id);
-    static nlohmann::json ReadAll(IControlActionTarget const& target, ZuRest::ResponseInfo& response,
-                                  std::string const& name, std::string const& id);
-    static nlohmann::json ReadOne(IControlActionTarget const& target, ZuRest::RequestInfo const& request,
-                                  std::string const& command);
+    static nlohmann::json ReadAll(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::ResponseInfo& response, std::string const& name, std::string const& id);
+    static nlohmann::json ReadOne(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::RequestInfo const& request, std::string const& command);
 };
 
 } // namespace ZuControl::Protocol

@@ -94,21 +94,29 @@ nlohmann::json ControlRegisterAssemblyResource::ReadOne(ZuRest::RequestInfo cons
 {
     IControlInstance const& instance = ResolveToInstanceWithAssemblies(name);
     IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id.c_str());
-    nlohmann::json document = NodeToJson(assembly.Properties(), request);
-    document["attributes"] = PartToJson(assembly.Attributes(), request);
-    ReadSupportedBlocks(assembly, document, request);
-    ReadAddedBlocks(assembly, document, request);
+    nlohmann::json document =
+        CallProtocol(instance, "IProtocolRegisterAssembly", [&] { return ReadAssembly(assembly, request); });
     if (!instance.HasRegisterAssemblyActionTarget())
     {
         return document;
     }
-    for (ControlActionInfo const& action : instance.RegisterAssemblyActionTarget(id.c_str()).ListActions())
+    for (ControlActionInfo const& action : ActionList(instance, instance.RegisterAssemblyActionTarget(id.c_str())))
     {
         response.Link("zu:command",
                       Path::Format("/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
                                    {name, id, action.Id()}),
                       true, nullptr);
     }
+    return document;
+}
+
+nlohmann::json ControlRegisterAssemblyResource::ReadAssembly(IProtocolRegisterAssembly& assembly,
+                                                             ZuRest::RequestInfo const& request)
+{
+    nlohmann::json document = NodeToJson(assembly.Properties(), request);
+    document["attributes"] = PartToJson(assembly.Attributes(), request);
+    ReadSupportedBlocks(assembly, document, request);
+    ReadAddedBlocks(assembly, document, request);
     return document;
 }
 

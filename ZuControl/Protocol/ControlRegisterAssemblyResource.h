@@ -30,6 +30,8 @@ private:
     nlohmann::json ReadAll(ZuRest::ResponseInfo& response, std::string const& name);
     nlohmann::json ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response, std::string const& name,
                            std::string const& id);
+    static nlohmann::json ReadAssembly(ControlProtocol::IProtocolRegisterAssembly& assembly,
+                                       ZuRest::RequestInfo const& request);
     IControlInstance& ResolveToInstanceWithAssemblies(std::string const& name);
     static void ReadSupportedBlocks(ControlProtocol::IProtocolRegisterAssembly& assembly, nlohmann::json& document,
                                     ZuRest::RequestInfo const& request);

@@ -25,21 +25,6 @@ namespace
 constexpr char const* ENABLED = "enabled";
 constexpr char const* PARAMETERS = "parameters";
 
-/// Names what belongs to the protocol, in the order in which clients show it.
-void LinkActions(IControlInstance& instance, std::string const& name, ZuRest::ResponseInfo& response)
-{
-    IControlActionTarget const* const target = instance.ActionTarget();
-    if (target == nullptr)
-    {
-        return;
-    }
-    for (ControlActionInfo const& action : target->ListActions())
-    {
-        response.Link("zu:command", Path::Format("/controls/:protocol/commands/:command", {name, action.Id()}), true,
-                      nullptr);
-    }
-}
-
 void Fill(ControlProperties& properties, IControlInstance& instance)
 {
     properties.enabled.Set(instance.IsEnabled());
@@ -162,6 +147,21 @@ nlohmann::json ControlResource::ReadOne(ZuRest::RequestInfo const& request, ZuRe
     Fill(properties, instance);
     properties.ShowParameters(ParametersOf(instance));
     return PartToJson(properties, request);
+}
+
+/// Names what belongs to the protocol, in the order in which clients show it.
+void ControlResource::LinkActions(IControlInstance& instance, std::string const& name, ZuRest::ResponseInfo& response)
+{
+    IControlActionTarget const* const target = instance.ActionTarget();
+    if (target == nullptr)
+    {
+        return;
+    }
+    for (ControlActionInfo const& action : ActionList(instance, *target))
+    {
+        response.Link("zu:command", Path::Format("/controls/:protocol/commands/:command", {name, action.Id()}), true,
+                      nullptr);
+    }
 }
 
 void ControlResource::RegisterParamUpdateEvent()

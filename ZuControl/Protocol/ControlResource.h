@@ -33,6 +33,7 @@ private:
 
     nlohmann::json ReadAll(ZuRest::ResponseInfo& response);
     nlohmann::json ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response, std::string const& name);
+    static void LinkActions(IControlInstance& instance, std::string const& name, ZuRest::ResponseInfo& response);
     void RegisterParamUpdateEvent();
     void SetupParamUpdateEvents(IControlInstance& instance);
     void RemoveParamUpdateEvent();

@@ -4,6 +4,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuRest/Path.h"
@@ -66,15 +67,31 @@ std::string const& ControlResourceBase::RequireKey(ZuRest::RequestInfo const& re
     ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s", message);
 }
 
-std::shared_ptr<Zu::Params::Group> ControlResourceBase::ActionParams(IControlActionTarget const& target,
+std::vector<ControlActionInfo> ControlResourceBase::ActionList(IControlInstance const& instance,
+                                                               IControlActionTarget const& target)
+{
+    return CallProtocol(instance, "ListActions", [&] { return target.ListActions(); });
+}
+
+std::shared_ptr<Zu::Params::Group> ControlResourceBase::ActionParams(IControlInstance const& instance,
+                                                                     IControlActionTarget const& target,
                                                                      std::string const& command)
 {
-    std::shared_ptr<Zu::Params::Group> params = target.GetActionParams(command);
+    std::shared_ptr<Zu::Params::Group> params =
+        CallProtocol(instance, "GetActionParams", [&] { return target.GetActionParams(command); });
     if (params == nullptr)
     {
         ZU_THROW(Zu::Status::NOT_SUPPORTED);
     }
     return params;
+}
+
+std::shared_ptr<Zu::Params::Group> ControlResourceBase::InvokeAction(IControlInstance const& instance,
+                                                                     IControlActionTarget& target,
+                                                                     std::string const& command,
+                                                                     Zu::Params::Group const& params)
+{
+    return CallProtocol(instance, "InvokeAction", [&] { return target.InvokeAction(command, params); });
 }
 
 nlohmann::json ControlResourceBase::ResultToJson(Zu::Params::Group const* result, ZuRest::RequestInfo const& request)
@@ -107,6 +124,12 @@ void ControlResourceBase::ResourceEventHandler(std::string path)
         return;
     }
     NotificationEvent().Fire(*this, ZuRest::EventType::CHANGED, path);
+}
+
+ProtocolFaults* ControlResourceBase::FaultsOf(IControlInstance const& instance)
+{
+    auto const* const own = dynamic_cast<ControlInstance const*>(&instance);
+    return own != nullptr ? &own->Faults() : nullptr;
 }
 
 Zu::CallbackGate const& ControlResourceBase::Gate() const

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "ZuApi/CallbackGate.h"
+#include "ZuControl/Control/ControlActionInfo.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "ZuControl/Control/ProtocolFaults.h"
 #include "ZuControl/Export.h"
 #include "ZuRest/DocumentResourceBase.h"
 #include "wApi/wTypes.h"
@@ -63,9 +65,25 @@ protected:
     static std::string const& RequireKey(ZuRest::RequestInfo const& request, char const* key,
                                          char const* message = nullptr);
 
+    /// Runs `step`, which calls `operation` of something that the protocol of `instance` has handed out. A fault counts as one of
+    /// the protocol; see ProtocolFaults::Call.
+    template <typename Step>
+    static decltype(auto) CallProtocol(IControlInstance const& instance, char const* operation, Step&& step)
+    {
+        ProtocolFaults* const faults = FaultsOf(instance);
+        return faults != nullptr ? faults->Call(operation, step) : step();
+    }
+
+    static std::vector<ControlActionInfo> ActionList(IControlInstance const& instance,
+                                                     IControlActionTarget const& target);
+
     /// A fresh argument record of an action; -996 when the target has none to give.
-    static std::shared_ptr<Zu::Params::Group> ActionParams(IControlActionTarget const& target,
-                                                           std::string const& command);
+    static std::shared_ptr<Zu::Params::Group>
+    ActionParams(IControlInstance const& instance, IControlActionTarget const& target, std::string const& command);
+
+    static std::shared_ptr<Zu::Params::Group> InvokeAction(IControlInstance const& instance,
+                                                           IControlActionTarget& target, std::string const& command,
+                                                           Zu::Params::Group const& params);
 
     /// The document of what an action gave, null for nothing.
     static nlohmann::json ResultToJson(Zu::Params::Group const* result, ZuRest::RequestInfo const& request);
@@ -91,6 +109,9 @@ protected:
     IControlManager& controlManager;
 
 private:
+    /// Null for an instance that is none of the module's.
+    static ProtocolFaults* FaultsOf(IControlInstance const& instance);
+
     // Relaxed: set by the thread of the load, read by those of the changes; nothing hangs on their order.
     std::atomic<uint32> suspended{0};
     std::atomic<uint32> suppressedCount{0};

@@ -23,6 +23,7 @@ constexpr char const* JOB = "The job load that a asked for has not ended within 
                             "refused meanwhile.";
 constexpr char const* STANDING = "b does not come to an end with its metrics; those of all services stand still.";
 constexpr char const* FAILING = "b fails over its metrics; they stand still, and so may those of others.";
+constexpr char const* BROKEN = "Service b failed in its operation OnStopScan. This lasts until the operation succeeds.";
 constexpr char const* SILENT = "Nothing brings the metrics up to date any more.";
 
 /// A module with the protocols "a" and "b" in which all is well.
@@ -59,6 +60,11 @@ INSTANTIATE_TEST_SUITE_P(
     Every, Diagnosis,
     testing::Values(
         DiagnosisCase{"Well", [](auto&) {}, {}},
+        DiagnosisCase{"OperationOfAProtocolFailed",
+                      [](auto& v) {
+    v.faults = {{"b", "OnStopScan"}};
+                      },
+                      {BROKEN}},
         DiagnosisCase{"DispatcherDead", [](auto& v) { v.dispatchers[0].hasDied = true; }, {DEAD}},
         DiagnosisCase{"HandlerSlow", [](auto& v) { v.dispatchers[0].busySinceUsec = NOW - SECOND; }, {}},
         DiagnosisCase{"HandlerStuck", [](auto& v) { v.dispatchers[0].busySinceUsec = NOW - SECOND - 1; }, {HELD}},
@@ -68,11 +74,11 @@ INSTANTIATE_TEST_SUITE_P(
     v.operation = {"a", "job load", NOW - 60 * SECOND};
                       },
                       {}},
-        DiagnosisCase{"OperationTooLong",
-                      [](auto& v) {
+    DiagnosisCase{"OperationTooLong",
+                  [](auto& v) {
     v.operation = {"a", "job load", NOW - 60 * SECOND - 1};
-                      },
-                      {JOB}},
+                  },
+                  {JOB}},
     DiagnosisCase{
         "OperationOfNobodyWeKnow",
         [](auto& v) {

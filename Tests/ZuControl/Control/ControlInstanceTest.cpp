@@ -178,6 +178,37 @@ TEST_F(ControlInstanceTest, DoesNotCatchWhatIsNoExceptionOfTheSystem)
     EXPECT_FALSE(instance->IsEnabled());
 }
 
+TEST_F(ControlInstanceTest, KeepsWhichOperationFailedUntilItSucceeds)
+{
+    Build();
+    protocol->on["ParamsUpdate"] = [] { throw 42; };
+    protocol->on["Start"] = [] { throw std::runtime_error("foreign"); };
+    EXPECT_THROW(instance->ParamsUpdate(), int);
+    EXPECT_THROW(instance->Enable(true), std::runtime_error);
+    EXPECT_EQ(instance->Faults().Operations(), (std::vector<std::string>{"ParamsUpdate", "Start"}));
+
+    protocol->on.erase("ParamsUpdate");
+    instance->ParamsUpdate();
+    EXPECT_EQ(instance->Faults().Operations(), (std::vector<std::string>{"Start"}));
+    protocol->on.erase("Start");
+    instance->Enable(true);
+
+    EXPECT_EQ(instance->Faults().Operations(), std::vector<std::string>{});
+}
+
+TEST_F(ControlInstanceTest, TakesARefusalForNoFault)
+{
+    Build();
+    FailOn("Start", Zu::Status::BUSY, "the port is taken");
+    FailOn("OnStartScan", Zu::Status::BUSY, "not now");
+
+    EXPECT_EQ(RefusalOf([&] { instance->Enable(true); }), (Refusal{-976, "the port is taken"}));
+    EXPECT_EQ(instance->Faults().Operations(), std::vector<std::string>{});
+
+    EXPECT_EQ(RefusalOf([&] { instance->OnStartScan(); }), (Refusal{-976, "not now"})); // no caller takes it for one
+    EXPECT_EQ(instance->Faults().Operations(), (std::vector<std::string>{"OnStartScan"}));
+}
+
 TEST_F(ControlInstanceTest, OnlyStoresTheStatusesThatAreNoFailure)
 {
     Build();

@@ -11,6 +11,7 @@
 #include "Support/ResultSets.h"
 #include "ZuCommon/PersistManager.h"
 #include "ZuCommon/ProblemsManager.h"
+#include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuRest/ResourceRequestProcessor.h"
@@ -210,6 +211,24 @@ TEST_F(ControlModuleTest, TellsOfTheOthersWhenAProtocolThrowsInsteadOfItsNumber)
     EXPECT_EQ(statistics.protocols[1].typeName, "good");
     ASSERT_EQ(vitals.dispatchers.size(), 1u);
     EXPECT_EQ(vitals.dispatchers[0].typeName, "good");
+}
+
+TEST_F(ControlModuleTest, TellsWhichOperationOfAProtocolFails)
+{
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    std::shared_ptr<ZuTest::FakeProtocol> protocol;
+    plugin->Offer("x", [&](auto const&) { return protocol = std::make_shared<ZuTest::FakeProtocol>(calls, 3); });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+    EXPECT_TRUE(module.Vitals().faults.empty());
+    protocol->on["OnStartScan"] = [] { throw 42; };
+
+    EXPECT_THROW(module.Controls().GetInstance("x").OnStartScan(), int);
+
+    std::vector<ControlVitals::Fault> const faults = module.Vitals().faults;
+    ASSERT_EQ(faults.size(), 1u);
+    EXPECT_EQ(faults[0].typeName, "x");
+    EXPECT_EQ(faults[0].operation, "OnStartScan");
 }
 
 TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)
