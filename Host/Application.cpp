@@ -4,8 +4,6 @@
 #include "Host/Module/ParameterSetter.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuControl/Control/ControlManager.h"
-#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuRest/EventType.h"
@@ -20,7 +18,6 @@ namespace ZuHost
 namespace
 {
 
-constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
 constexpr uint64 USEC_PER_SECOND = 1'000'000;
 constexpr char const* PROBLEM_SOURCE = "Plug-ins";
 
@@ -34,17 +31,12 @@ std::string PathOf(std::string const& typeName)
 Application::Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
                          std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins)
     : options(newOptions),
-      deployment(options.deployment),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
-      resultHub(RESULTS_ON_THE_SENSORS_THREAD),
-      sensor(resultHub, std::move(source), options.rateHz),
-      scanner(sensor),
-      core(sensor, options.start),
-      requestProcessor(router, HostResources::RELATION_TEMPLATE,
-                       [this] { return std::make_shared<UpdateGate::Request>(updateGate); }),
-      jobsResources(router, jobs),
-      httpServer(requestProcessor)
+      sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
+                   std::move(source)),
+      jobsResources(sensorModule.Router(), jobs),
+      httpServer(sensorModule.RequestProcessor())
 {
     HttpServer::Settings settings;
     settings.address = options.httpAddress;
@@ -52,22 +44,23 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     settings.token = token;
     settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
     httpServer.Listen(settings); // first: a port that is taken is told before anything runs
-    scanner.AddTo(scanEngines);
-    core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
     LoadPlugins(plugins);
-    BuildModule();
+    sensorModule.Build(pluginManager);
     BeginJob();
     LetLoadsRunAlone();
-    requestProcessor.SetUpdateRunner([this](std::string const& path, nlohmann::json const& body, auto const& update) {
-        startRetry.RunUpdate(path, body, update);
-    });
+    sensorModule.RequestProcessor().SetUpdateRunner(
+        [this](std::string const& path, nlohmann::json const& body, auto const& update) {
+            startRetry.RunUpdate(path, body, update);
+        });
     metricsPage.emplace(
-        router, [this] { return module->Statistics(); }, [this] { return module->Vitals(); });
+        sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
+        [this] { return sensorModule.Module().Vitals(); });
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(
-        problems, [this] { return module->Vitals(); }, limits);
-    hostResources.emplace(router, problems, scanEngines, [this] { return watch->Faults(); });
+        problems, [this] { return sensorModule.Module().Vitals(); }, limits);
+    hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
+                          [this] { return watch->Faults(); });
 }
 
 Application::~Application()
@@ -76,7 +69,7 @@ Application::~Application()
     jobs.Close();      // ahead of all that goes: what runs now, or is to run, runs again at the next start
     startRetry.Stop(); // behind the save, which an attempt that takes long does not hold up
     // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
-    ZU_GUARD_DESTRUCTOR([this] { core.Close(); });
+    ZU_GUARD_DESTRUCTOR([this] { sensorModule.Core().Close(); });
 }
 
 void Application::Configure()
@@ -104,7 +97,7 @@ std::vector<Application::Listener> Application::Start()
     }
     if (options.start)
     {
-        core.Start(false);
+        sensorModule.Core().Start(false);
     }
     jobs.Run();
     startRetry.Run();
@@ -118,7 +111,7 @@ std::vector<Application::Listener> Application::Start()
         {
             continue;
         }
-        if (std::string address = WaitForListenerAddress(requestProcessor, typeName); !address.empty())
+        if (std::string address = WaitForListenerAddress(sensorModule.RequestProcessor(), typeName); !address.empty())
         {
             listeners.push_back({typeName, std::move(address)});
         }
@@ -126,9 +119,9 @@ std::vector<Application::Listener> Application::Start()
     return listeners;
 }
 
-ZuControl::IControlManager& Application::Controls() const
+ZuControl::IControlManager& Application::Controls()
 {
-    return persistRegistry.Controls();
+    return sensorModule.Controls();
 }
 
 void Application::LoadPlugins(PluginClinic::Admission const& plugins)
@@ -154,25 +147,6 @@ void Application::RaiseComplaint(std::string const& sentence)
     problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
 }
 
-void Application::BuildModule()
-{
-    ZuControl::ControlModuleEnviron environ;
-    environ.deployment = &deployment;
-    environ.persistRegistry = &persistRegistry;
-    environ.problems = &problems;
-    environ.resultHub = &resultHub;
-    environ.updateGate = &updateGate;
-    environ.scanEngines = &scanEngines;
-    environ.scanStartStopEvent = &core.ScanStartStopEvent();
-    environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
-    environ.persistManager = &jobs;
-    environ.core = &core;
-    environ.requestProcessor = &requestProcessor;
-    module.emplace(pluginManager, router, environ);
-    // Once, and before anything is enabled: the lists must not grow under a protocol that looks something up.
-    dynamic_cast<ZuControl::ControlManager&>(Controls()).FindHardware();
-}
-
 void Application::BeginJob()
 {
     std::set<std::string> configured;
@@ -191,17 +165,18 @@ void Application::LetLoadsRunAlone()
     {
         heads.push_back(PathOf(typeName));
     }
-    jobs.SetAloneRunner([this, heads](std::function<void()> const& load) { requestProcessor.RunAlone(heads, load); });
+    jobs.SetAloneRunner(
+        [this, heads](std::function<void()> const& load) { sensorModule.RequestProcessor().RunAlone(heads, load); });
 }
 
 StartRetry::Services Application::ServicesToRetry()
 {
     StartRetry::Services services;
     services.runAsChange = [this](std::string const& typeName, std::function<void()> const& work) {
-        requestProcessor.RunAsChange(PathOf(typeName), work);
+        sensorModule.RequestProcessor().RunAsChange(PathOf(typeName), work);
     };
     services.start = [this](std::string const& typeName) { Enable(typeName); };
-    services.failedStarts = [this] { return module->Vitals().failedStarts; };
+    services.failedStarts = [this] { return sensorModule.Module().Vitals().failedStarts; };
     services.noteChange = [this] { persistRegistry.MarkModified(Controls(), ZuCommon::PersistDomain::JOB, 0); };
     return services;
 }
@@ -211,14 +186,14 @@ void Application::Enable(std::string const& typeName)
     FindInstance(typeName).Enable(true);
     // The module tells of no start that is not a client's; the clients that follow `/events` are to see it.
     std::string const path = PathOf(typeName);
-    if (auto const match = router.Find(path); match.has_value())
+    if (auto const match = sensorModule.Router().Find(path); match.has_value())
     {
         ZuRest::IResource& resource = *match->resource;
         resource.NotificationEvent().Fire(resource, ZuRest::EventType::CHANGED, path);
     }
 }
 
-ZuControl::IControlInstance& Application::FindInstance(std::string const& typeName) const
+ZuControl::IControlInstance& Application::FindInstance(std::string const& typeName)
 {
     ZuControl::IControlManager& controls = Controls();
     std::vector<std::string> const known = controls.List();

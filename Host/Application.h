@@ -7,21 +7,13 @@
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
 #include "Host/Metrics/MetricsPage.h"
-#include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
+#include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
 #include "Host/Retry/StartRetry.h"
-#include "Host/Sensor/DeskCore.h"
-#include "Host/Sensor/DeskScanner.h"
-#include "Host/Sensor/Sensor.h"
 #include "Host/Watch/Watch.h"
 #include "ZuCommon/ProblemsManager.h"
-#include "ZuControl/Control/ControlModule.h"
-#include "ZuCore/ResultHub.h"
 #include "ZuPlugin/PluginManager.h"
-#include "ZuRest/ResourceRequestProcessor.h"
-#include "ZuRest/ResourceRouter.h"
-#include "ZuScan/ScanEngineManager.h"
 
 #include <optional>
 
@@ -68,37 +60,28 @@ public:
     /// who listens where. A service that cannot be started is a line in the log and is tried again; the others go on.
     std::vector<Listener> Start();
 
-    ZuControl::IControlManager& Controls() const;
+    ZuControl::IControlManager& Controls();
 
 private:
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void RaiseComplaint(std::string const& sentence);
-    void BuildModule();
     void BeginJob();
     void LetLoadsRunAlone();
     StartRetry::Services ServicesToRetry();
     void Enable(std::string const& typeName);
-    ZuControl::IControlInstance& FindInstance(std::string const& typeName) const;
+    ZuControl::IControlInstance& FindInstance(std::string const& typeName);
 
     Options const options;
     std::vector<std::string> heldBack; // enabled by the job, once they are configured
 
     // The order is that of their life: what the module is given outlives it.
     ZuCommon::ProblemsManager problems;
-    DeploymentQuery deployment;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;
     StartRetry startRetry;
     JobManager jobs;
-    ZuCore::ResultHub resultHub;
-    Sensor sensor;
-    DeskScanner scanner;
-    ZuScan::Internal::ScanEngineManager scanEngines;
-    DeskCore core;
     ZuPlugin::PluginManager pluginManager;
-    ZuRest::ResourceRouter router;
-    ZuRest::ResourceRequestProcessor requestProcessor;
-    std::optional<ZuControl::ControlModule> module;
+    SensorModule sensorModule;
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;

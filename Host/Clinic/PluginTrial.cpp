@@ -29,7 +29,7 @@ using ZuControl::ControlProtocol::IProtocol;
 namespace
 {
 
-constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+constexpr bool SCANS_AT_POWER_UP = false;
 constexpr double RATE_HZ = 1000;
 constexpr std::size_t FED_SETS = 10;
 constexpr std::chrono::seconds LONGEST_SCAN{5};
@@ -152,14 +152,9 @@ public:
 
 PluginTrial::PluginTrial(std::filesystem::path pluginFile, Deployment kind)
     : file(std::move(pluginFile)),
-      deployment(kind),
-      resultHub(RESULTS_ON_THE_SENSORS_THREAD),
-      sensor(resultHub, std::make_unique<SimulatedPart>(), RATE_HZ),
-      scanner(sensor),
-      core(sensor, false),
-      requestProcessor(router)
+      sensorModule({problems, persistRegistry, updateGate, persistManager}, {kind, RATE_HZ, SCANS_AT_POWER_UP},
+                   std::make_unique<SimulatedPart>())
 {
-    scanner.AddTo(scanEngines);
 }
 
 PluginTrial::~PluginTrial() = default;
@@ -174,12 +169,12 @@ void PluginTrial::Load()
 
 void PluginTrial::Create()
 {
-    BuildModule(loaded);
+    sensorModule.Build(loaded);
 }
 
 void PluginTrial::CreateAnew()
 {
-    module.reset();
+    sensorModule.Destroy();
     std::vector<std::shared_ptr<ZuPlugin::IPlugin>> plugins;
     for (auto const& plugin : loaded.At(0).PluginsByType(ZuControl::ControlPlugin::TYPE))
     {
@@ -187,19 +182,19 @@ void PluginTrial::CreateAnew()
         plugins.push_back(std::make_shared<MeetingPlugin>(*offer, met));
     }
     meeting.Add(std::make_unique<ZuPlugin::PluginLib>(file.string(), std::move(plugins)));
-    BuildModule(meeting);
+    sensorModule.Build(meeting);
 }
 
 void PluginTrial::Start()
 {
-    if (Controls().List().empty())
+    if (sensorModule.Controls().List().empty())
     {
         ZU_THROW(Zu::Status::NOT_OFFERED, "it offers no protocol for this kind of system");
     }
-    for (std::string const& typeName : Controls().List())
+    for (std::string const& typeName : sensorModule.Controls().List())
     {
         UpdateGate::Request const request(updateGate);
-        IControlInstance& instance = Controls().GetInstance(typeName);
+        IControlInstance& instance = sensorModule.Controls().GetInstance(typeName);
         instance.ResetInstance(true, IControlInstance::DataToResetAll);
         if (TakesFreePort(instance))
         {
@@ -216,10 +211,10 @@ void PluginTrial::Start()
 
 void PluginTrial::Feed()
 {
-    SetKeeper keeper(resultHub);
-    core.Start(false);
+    SetKeeper keeper(sensorModule.ResultHub());
+    sensorModule.Core().Start(false);
     keeper.Wait();
-    core.Stop(false);
+    sensorModule.Core().Stop(false);
     for (auto const& protocol : met)
     {
         wArrayList batch;
@@ -233,16 +228,16 @@ void PluginTrial::Feed()
 
 void PluginTrial::Stop()
 {
-    for (std::string const& typeName : Controls().List())
+    for (std::string const& typeName : sensorModule.Controls().List())
     {
         UpdateGate::Request const request(updateGate);
-        Controls().GetInstance(typeName).Enable(false);
+        sensorModule.Controls().GetInstance(typeName).Enable(false);
     }
 }
 
 void PluginTrial::Destroy()
 {
-    module.reset();
+    sensorModule.Destroy();
     for (auto const& protocol : met)
     {
         if (!protocol.expired())
@@ -255,33 +250,11 @@ void PluginTrial::Destroy()
 std::string PluginTrial::Offer()
 {
     std::string text = file.string() + " offers\n";
-    for (std::string const& typeName : Controls().List())
+    for (std::string const& typeName : sensorModule.Controls().List())
     {
-        text += OfferOf(Controls().GetInstance(typeName));
+        text += OfferOf(sensorModule.Controls().GetInstance(typeName));
     }
     return text;
-}
-
-void PluginTrial::BuildModule(ZuPlugin::PluginManager& plugins)
-{
-    ZuControl::ControlModuleEnviron environ;
-    environ.deployment = &deployment;
-    environ.persistRegistry = &persistRegistry;
-    environ.problems = &problems;
-    environ.resultHub = &resultHub;
-    environ.updateGate = &updateGate;
-    environ.scanEngines = &scanEngines;
-    environ.scanStartStopEvent = &core.ScanStartStopEvent();
-    environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
-    environ.persistManager = &persistManager;
-    environ.core = &core;
-    environ.requestProcessor = &requestProcessor;
-    module.emplace(plugins, router, environ);
-}
-
-ZuControl::IControlManager& PluginTrial::Controls()
-{
-    return persistRegistry.Controls();
 }
 
 std::string PluginTrial::OfferOf(IControlInstance& instance)
@@ -296,7 +269,7 @@ std::string PluginTrial::OfferOf(IControlInstance& instance)
            std::to_string(static_cast<int32>(instance.EthernetProtocolId())) + "\n" +
            Line("parameters", KeysOf(instance.Params())) +
            Line("output map", instance.HasProtocolOutput() ? "yes" : "") + Line("register assemblies", assemblies) +
-           Line("listens on", WaitForListenerAddress(requestProcessor, instance.TypeName()));
+           Line("listens on", WaitForListenerAddress(sensorModule.RequestProcessor(), instance.TypeName()));
 }
 
 } // namespace ZuHost

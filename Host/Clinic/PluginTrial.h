@@ -1,25 +1,15 @@
 #pragma once
 
 #include "Host/CommandLine/Options.h"
-#include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
+#include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
-#include "Host/Sensor/DeskCore.h"
-#include "Host/Sensor/DeskScanner.h"
-#include "Host/Sensor/Sensor.h"
 #include "ZuCommon/PersistManager.h"
 #include "ZuCommon/ProblemsManager.h"
-#include "ZuControl/Control/ControlModule.h"
-#include "ZuControl/Control/ControlModuleEnviron.h"
-#include "ZuCore/ResultHub.h"
 #include "ZuPlugin/PluginManager.h"
-#include "ZuRest/ResourceRequestProcessor.h"
-#include "ZuRest/ResourceRouter.h"
-#include "ZuScan/ScanEngineManager.h"
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -76,8 +66,6 @@ private:
     class MeetingFactory;
     class MeetingPlugin;
 
-    void BuildModule(ZuPlugin::PluginManager& plugins);
-    ZuControl::IControlManager& Controls();
     std::string OfferOf(ZuControl::IControlInstance& instance);
 
     std::filesystem::path const file;
@@ -85,20 +73,12 @@ private:
     // The order is that of their life: what the module is given outlives it.
     std::vector<std::weak_ptr<ZuControl::ControlProtocol::IProtocol>> met; // in the order in which they were made
     ZuCommon::ProblemsManager problems;
-    DeploymentQuery deployment;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;
     ZuCommon::PersistManager persistManager;
-    ZuCore::ResultHub resultHub;
-    Sensor sensor;
-    DeskScanner scanner;
-    ZuScan::Internal::ScanEngineManager scanEngines;
-    DeskCore core;
     ZuPlugin::PluginManager loaded;
     ZuPlugin::PluginManager meeting; ///< the same types, by way of factories that note what they make
-    ZuRest::ResourceRouter router;
-    ZuRest::ResourceRequestProcessor requestProcessor;
-    std::optional<ZuControl::ControlModule> module;
+    SensorModule sensorModule;
 };
 
 } // namespace ZuHost

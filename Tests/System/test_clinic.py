@@ -46,6 +46,11 @@ class Check(unittest.TestCase):
         self.assertEqual(len(error.strip().splitlines()), 1)
         self.assertIn("failed (no appetite) while it was being fed with results", error)
 
+    def test_a_plug_in_that_looks_up_hardware_in_its_start_is_sound(self):
+        status, output, error = run_host("--check-plugin", BIN / "tests/neededhardware/neededhardware.so")
+        self.assertEqual((status, error), (0, ""))
+        self.assertIn("Troubled", output)
+
     def test_a_kind_of_system_may_be_named(self):
         status, _, _ = run_host("--check-plugin", BIN / "plugins/modbustcp.so", "--deployment", "virtual-sensor")
         self.assertEqual(status, 0)

@@ -156,6 +156,13 @@ TEST(PluginClinic, FindsTheSmallestPluginSound)
               FileOf("samples/example.so").string() + " offers\n  Example (Example), protocol number 100\n");
 }
 
+TEST(PluginClinic, FindsAPluginSoundThatLooksUpHardwareInItsStart)
+{
+    PluginClinic::CheckUp const checkUp = PluginClinic(Deployment::PHYSICAL_SENSOR).Check(Troubled("neededhardware"));
+
+    EXPECT_TRUE(checkUp.isSound) << checkUp.report;
+}
+
 TEST(PluginClinic, AdmitsWhatIsSoundAroundSeveralThatAreNot)
 {
     Paths const files{Troubled("abortinginitialiser"), FileOf("samples/example.so"),   Troubled("abortingconstructor"),

@@ -20,7 +20,8 @@ enum class Trouble
     ABORTING_DESTRUCTOR,
     KEPT_PROTOCOL,
     LOGGED_ERROR,
-    TAKEN_NAME ///< nothing else
+    TAKEN_NAME,     ///< nothing else
+    NEEDED_HARDWARE ///< nothing else: its start looks up an output of the sensor
 };
 
 /// Each plug-in has its own.

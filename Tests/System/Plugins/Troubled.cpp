@@ -7,6 +7,8 @@
 #include "ZuApi/Structure.h"
 #include "ZuControl/Control/ControlPlugin.h"
 #include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/Control/IControlHardware.h"
+#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuPlugin/PluginEntry.h"
 
@@ -83,6 +85,10 @@ public:
         if (TROUBLE == Trouble::THROWING_START)
         {
             throw std::runtime_error("no cable");
+        }
+        if (TROUBLE == Trouble::NEEDED_HARDWARE)
+        {
+            HardwareManager().GetHardwareInterface(IControlHardware::ZuHardwareIOType::DIGITAL_OUTPUT, 0);
         }
         NotifyProtocolStatusUpdateEventHandler(TROUBLE == Trouble::FAILING_START ? ProtocolStatus::FailedToStart
                                                                                  : ProtocolStatus::Running);

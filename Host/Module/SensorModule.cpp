@@ -1,0 +1,98 @@
+#include "Host/Module/SensorModule.h"
+
+#include "Host/Http/HostResources.h"
+#include "Host/Module/PersistRegistry.h"
+#include "Host/Module/UpdateGate.h"
+#include "Host/Sensor/IProfileSource.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
+#include "ZuControl/Control/IControlManager.h"
+
+#include <utility>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
+
+} // namespace
+
+SensorModule::SensorModule(Surroundings const& givenSurroundings, Settings const& settings,
+                           std::unique_ptr<IProfileSource> source)
+    : surroundings(givenSurroundings),
+      deployment(settings.deployment),
+      resultHub(RESULTS_ON_THE_SENSORS_THREAD),
+      sensor(resultHub, std::move(source), settings.rateHz),
+      scanner(sensor),
+      core(sensor, settings.scansAtPowerUp),
+      requestProcessor(router, HostResources::RELATION_TEMPLATE,
+                       [this] { return std::make_shared<UpdateGate::Request>(surroundings.updateGate); })
+{
+    scanner.AddTo(scanEngines);
+    core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
+}
+
+SensorModule::~SensorModule() = default;
+
+void SensorModule::Build(ZuPlugin::PluginManager& plugins)
+{
+    ZuControl::ControlModuleEnviron environ;
+    environ.deployment = &deployment;
+    environ.persistRegistry = &surroundings.persistRegistry;
+    environ.problems = &surroundings.problems;
+    environ.resultHub = &resultHub;
+    environ.updateGate = &surroundings.updateGate;
+    environ.scanEngines = &scanEngines;
+    environ.scanStartStopEvent = &core.ScanStartStopEvent();
+    environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
+    environ.persistManager = &surroundings.persistManager;
+    environ.core = &core;
+    environ.requestProcessor = &requestProcessor;
+    module.emplace(plugins, router, environ);
+    // Once, and before anything is enabled: the lists must not grow under a protocol that reads them.
+    module->FindHardware();
+}
+
+void SensorModule::Destroy()
+{
+    module.reset();
+}
+
+ZuControl::ControlModule& SensorModule::Module()
+{
+    return module.value();
+}
+
+ZuControl::IControlManager& SensorModule::Controls()
+{
+    return Module().Controls();
+}
+
+DeskCore& SensorModule::Core()
+{
+    return core;
+}
+
+ZuCore::ResultHub& SensorModule::ResultHub()
+{
+    return resultHub;
+}
+
+ZuScan::Internal::ScanEngineManager& SensorModule::ScanEngines()
+{
+    return scanEngines;
+}
+
+ZuRest::ResourceRouter& SensorModule::Router()
+{
+    return router;
+}
+
+ZuRest::ResourceRequestProcessor& SensorModule::RequestProcessor()
+{
+    return requestProcessor;
+}
+
+} // namespace ZuHost
