@@ -18,6 +18,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace ZuControl
 {
@@ -57,6 +58,22 @@ void WriteDocument(IControlInstance const& instance, Json const& document, ZuCom
 {
     std::string const bytes = document.dump(); // throws for a text that is not UTF-8: nothing is written then
     store.Write(DocumentPath(instance), bytes.data(), bytes.size());
+}
+
+bool HasNul(std::string const& text)
+{
+    return text.find('\0') != std::string::npos;
+}
+
+/// `text` for interfaces that take a text up to its NUL: each NUL is shown as JSON escapes it, so that nothing is cut off.
+std::string WithoutNuls(std::string text)
+{
+    constexpr std::string_view ESCAPED = "\\u0000";
+    for (std::size_t nul = 0; (nul = text.find('\0', nul)) != std::string::npos; nul += ESCAPED.size())
+    {
+        text.replace(nul, 1, ESCAPED);
+    }
+    return text;
 }
 
 /// Whether a protocol has put anything into its own document. An empty text and 0 are something.
@@ -148,7 +165,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
                                          DocumentPart const& document) const
 {
     PersistInstanceProperties properties;
-    ValidateCfgFileVersion(instance, document.Find(KEY_VERSION)->Text().c_str());
+    ValidateCfgFileVersion(instance, WithoutNuls(document.Find(KEY_VERSION)->Text()).c_str());
     instance.ResetInstance(keepEnabled, KeepsParamsOnly(instance) ? IControlInstance::DataToResetParams
                                                                   : IControlInstance::DataToResetAll);
     // From here on the old settings are gone, whatever follows.
@@ -335,12 +352,13 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, Docum
                                 service);
             return;
         }
-        if (!instance.HasRegisterAssembly(id.c_str()))
+        if (HasNul(id) || !instance.HasRegisterAssembly(id.c_str()))
         {
-            ZU_LOG_WARNING("Missing connection map identifier %s for service %s", id.c_str(), service);
+            std::string const shown = WithoutNuls(id);
+            ZU_LOG_WARNING("Missing connection map identifier %s for service %s", shown.c_str(), service);
             ZU_LOG_USER_WARNING("Missing connection map identifier %1$s for service %2$s. Connection map may require "
                                 "manual configuration.",
-                                id.c_str(), service);
+                                shown.c_str(), service);
             return;
         }
         instance.BeginUpdateRegisterAssembly();
@@ -411,7 +429,7 @@ bool PersistControl::ParametersVersionSupported(IControlInstance const& instance
         ZU_LOG_USER_WARNING(
             "Unsupported parameters version for service %1$s. Parameters may require manual configuration.", service);
         ZU_LOG_WARNING("Unsupported parameters version for service %s. Expected: %s, version in config: %s", service,
-                       expected, version.c_str());
+                       expected, WithoutNuls(version).c_str());
         return false;
     }
     return true;

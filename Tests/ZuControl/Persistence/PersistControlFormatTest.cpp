@@ -112,6 +112,16 @@ TEST_P(PersistControlOtherVersion, ComparesVersionsByTheirText)
 
 INSTANTIATE_TEST_SUITE_P(Every, PersistControlOtherVersion, testing::Values("2", "1.0", "", "1 ", "01", "%s%n"));
 
+TEST_F(PersistControlFormatTest, RefusesAVersionThatGoesOnBehindANul)
+{
+    StoreText(R"({"version":"1\u0000x","zu:control":{"enabled":false}})");
+
+    EXPECT_EQ(Loaded(), (Refusal{-989, "Unsupported configuration file version for service x. expected: 1 actual: "
+                                       "1\\u0000x"}));
+
+    ExpectUntouched();
+}
+
 class PersistControlVersionType : public PersistControlFormatTest, public testing::WithParamInterface<char const*>
 {
 };

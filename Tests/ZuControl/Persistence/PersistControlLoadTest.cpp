@@ -119,7 +119,7 @@ protected:
         return all;
     }
 
-    static Json Assembly(char const* id, Json const& blocks)
+    static Json Assembly(std::string const& id, Json const& blocks)
     {
         return {{"properties", {{"id", id}}}, {"blocks", blocks}};
     }
@@ -766,6 +766,21 @@ TEST_F(PersistControlLoadTest, WarnsOfAnAssemblyThatTheProtocolDoesNotHaveAndGoe
                      ZuTest::UserWarning("Missing connection map identifier r%s for service x. Connection map may "
                                          "require manual configuration.")}));
     EXPECT_EQ(Blocks(), "");
+}
+
+TEST_F(PersistControlLoadTest, TakesAnIdThatGoesOnBehindANulForAnotherOne)
+{
+    BuildFull();
+    Json const list = List({Assembly(std::string("r0\0x", 4), Json::array())});
+
+    EXPECT_EQ(Loaded(With(Full(), "registerAssemblyList", list)), done);
+
+    EXPECT_EQ(
+        lines,
+        (Lines{DevWarning("LoadRegisterAssemblyEntry", "Missing connection map identifier r0\\u0000x for service x"),
+               ZuTest::UserWarning("Missing connection map identifier r0\\u0000x for service x. Connection map may "
+                                   "require manual configuration.")}));
+    EXPECT_EQ(Blocks(), "0 Single") << "the blocks of r0 are the default ones";
 }
 
 class PersistControlNoBlocks : public PersistControlLoadTest, public testing::WithParamInterface<char const*>
