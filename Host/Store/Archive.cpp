@@ -19,6 +19,18 @@ using Files = ArchiveContents::Files;
 
 constexpr char const* ENTRIES = "sqlar"; // the name that the format gives
 constexpr char const* LAST_GOOD = "lastgood";
+// What `WriteTable` makes a table of.
+constexpr std::string_view COLUMNS = "(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB)";
+
+// The statement by which `sqlite3 FILE -A -c` makes its table, as the file keeps it.
+constexpr std::string_view TABLE_OF_THE_TOOL = "CREATE TABLE sqlar(\n"
+                                               "  name TEXT PRIMARY KEY,  -- name of the file\n"
+                                               "  mode INT,               -- access permissions\n"
+                                               "  mtime INT,              -- last modification time\n"
+                                               "  sz INT,                 -- original file size\n"
+                                               "  data BLOB               -- compressed content\n"
+                                               ")";
+
 constexpr int64 MODE = S_IFREG | S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
 /// Whether a file of this name, extracted in a folder, stays in it.
@@ -51,9 +63,27 @@ enum Column
     DATA
 };
 
+/// Whether a row of the schema is a table of an archive, or the index that comes with its primary key. The text of a table
+/// is compared whole: a table with other columns, constraints or computed values is none.
+bool IsKnown(std::string_view type, std::string_view name, std::string_view table, std::string_view sql)
+{
+    if (table != ENTRIES && table != LAST_GOOD)
+    {
+        return false;
+    }
+    std::string const tableName(table);
+    if (type == "index")
+    {
+        return name == "sqlite_autoindex_" + tableName + "_1" && sql.empty();
+    }
+    bool const isOurs = sql == "CREATE TABLE " + tableName + std::string(COLUMNS);
+    return type == "table" && name == table && (isOurs || (table == ENTRIES && sql == TABLE_OF_THE_TOOL));
+}
+
+/// A folder has no content: a row that has some is a file whose mode is damaged.
 bool IsFolder(SqliteStatement const& row)
 {
-    return (row.Number(ACCESS) & S_IFMT) == S_IFDIR;
+    return (row.Number(ACCESS) & S_IFMT) == S_IFDIR && row.Bytes(DATA).empty();
 }
 
 /// Why a row is no file that may be unpacked; empty when it is one.
@@ -64,7 +94,8 @@ std::string FaultOf(SqliteStatement const& row)
     {
         return "its name is not safe";
     }
-    if ((row.Number(ACCESS) & S_IFMT) == S_IFLNK || size < 0 || !row.HasBytes(DATA))
+    auto const kind = row.Number(ACCESS) & S_IFMT;
+    if (kind == S_IFLNK || kind == S_IFDIR || size < 0 || !row.HasBytes(DATA))
     {
         return "it is no file";
     }
@@ -83,13 +114,10 @@ void NoteFault(ArchiveContents& contents, std::string name, std::string fault)
     }
 }
 
-/// For the eye: what cannot stand in a line of text shows as a question mark.
+/// A name for a person.
 std::string Shown(std::string_view name)
 {
-    std::string text(name.substr(0, Archive::MAX_NAME_BYTES));
-    std::ranges::replace_if(
-        text, [](unsigned char byte) { return byte < 0x20 || byte >= 0x7F; }, '?');
-    return text;
+    return SqliteFile::Printable(name.substr(0, Archive::MAX_NAME_BYTES));
 }
 
 } // namespace
@@ -108,9 +136,13 @@ std::string Archive::FindFault()
 {
     try
     {
+        if (std::string fault = SchemaFault(); !fault.empty())
+        {
+            return fault; // ahead of the check, which would run constraints that a stranger has put in
+        }
         SqliteStatement check(file, "PRAGMA integrity_check(1)");
         std::string const result(check.Step() ? check.Bytes(0) : "");
-        return result == "ok" ? "" : result;
+        return result == "ok" ? "" : SqliteFile::Printable(result);
     }
     catch (Zu::Exception const& exception)
     {
@@ -130,6 +162,10 @@ bool Archive::HasTable() const
 ArchiveContents Archive::Read()
 {
     ArchiveContents contents;
+    if (std::string fault = SchemaFault(); !fault.empty())
+    {
+        NoteFault(contents, "", std::move(fault));
+    }
     ReadTable(ENTRIES, contents.entries, contents);
     ReadTable(LAST_GOOD, contents.lastGood, contents);
     return contents;
@@ -192,9 +228,7 @@ void Archive::ReadTable(char const* table, Files& files, ArchiveContents& conten
 
 void Archive::WriteTable(char const* table, Files const& files)
 {
-    file.Run((std::string("CREATE TABLE IF NOT EXISTS ") + table +
-              "(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB)")
-                 .c_str());
+    file.Run((std::string("CREATE TABLE IF NOT EXISTS ") + table + std::string(COLUMNS)).c_str());
     SqliteStatement replace(file, std::string("REPLACE INTO ") + table +
                                       "(name, mode, mtime, sz, data) VALUES(?1, ?2, ?3, ?4, ?5)");
     for (auto const& [name, bytes] : files)
@@ -212,12 +246,23 @@ void Archive::WriteTable(char const* table, Files const& files)
 
 bool Archive::HasTable(char const* name) const
 {
-    // A page of its own and no column that is generated: what a stranger has put together otherwise computes its rows.
-    SqliteStatement find(file,
-                         "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 AND rootpage > 0 AND NOT "
-                         "EXISTS (SELECT 1 FROM pragma_table_xinfo(?1) WHERE hidden <> 0)");
+    SqliteStatement find(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema WHERE name = ?1");
     find.BindText(1, name);
-    return find.Step();
+    return find.Step() && IsKnown(find.Bytes(0), find.Bytes(1), find.Bytes(2), find.Bytes(3));
+}
+
+/// What is wrong with the schema; empty for nothing.
+std::string Archive::SchemaFault() const
+{
+    SqliteStatement rows(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema");
+    while (rows.Step())
+    {
+        if (!IsKnown(rows.Bytes(0), rows.Bytes(1), rows.Bytes(2), rows.Bytes(3)))
+        {
+            return "its schema is that of no archive: '" + Shown(rows.Bytes(1)) + "'";
+        }
+    }
+    return file.IsOfLaterFormat() ? "its header has a version that cannot be written" : "";
 }
 
 } // namespace ZuHost

@@ -27,14 +27,15 @@ public:
     Archive(Archive const&) = delete;
     Archive& operator=(Archive const&) = delete;
 
-    /// What is wrong with the file as a database; empty for nothing. It reads all of it.
+    /// What is wrong with the file as a database or with its schema; empty for nothing. It reads the whole file.
     std::string FindFault();
 
-    /// Whether there is a table of files at all.
+    /// Whether there is a table of files, with a schema that this host or the command-line tool has written.
     bool HasTable() const;
 
-    /// All that can be read. Folders are passed over; what is none of ours, too long or damaged stands under the faults.
-    /// Throws -984 where the file is no database.
+    /// All that can be read. Folders are passed over; an entry that is no file, too long or damaged stands under the faults.
+    /// A table with any other schema is not read; that is a fault of the file as a whole.
+    /// Throws `Zu::Status::BAD_FORMAT` where the file is no database.
     ArchiveContents Read();
 
     /// Adds or replaces these entries and last good states, in one transaction. It is durable when this returns; when it
@@ -47,6 +48,7 @@ private:
     void ReadTable(char const* table, ArchiveContents::Files& files, ArchiveContents& contents);
     void WriteTable(char const* table, ArchiveContents::Files const& files);
     bool HasTable(char const* name) const;
+    std::string SchemaFault() const;
 
     SqliteFile file;
 };

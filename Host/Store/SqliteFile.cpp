@@ -30,6 +30,7 @@ int32 StatusOf(int result)
     case SQLITE_NOTADB:
     case SQLITE_FORMAT:
     case SQLITE_TOOBIG:
+    case SQLITE_ERROR: // the statements are fixed: when one cannot be compiled, the schema is not the one it was written for
         return Zu::Status::BAD_FORMAT;
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -126,14 +127,32 @@ std::string SqliteFile::Image() const
 void SqliteFile::Open(char const* name, int flags)
 {
     Check(sqlite3_open_v2(name, &database, flags, nullptr));
+    isWritable = sqlite3_db_readonly(database, "main") == 0; // nothing is read yet
     Check(sqlite3_extended_result_codes(database, 1));
     Check(sqlite3_busy_timeout(database, BUSY_TIMEOUT_MSEC));
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, MAX_VALUE_BYTES);
+    // A damaged schema is loaded as far as it can be: what is left of the file is read then. Nothing can write the schema,
+    // since the database is defensive.
+    Run("PRAGMA writable_schema = ON");
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr));
     Run("PRAGMA cell_size_check = ON");
+    sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr); // the load itself may fail
+}
+
+std::string SqliteFile::Printable(std::string_view text)
+{
+    std::string printable(text);
+    std::ranges::replace_if(
+        printable, [](unsigned char byte) { return byte < 0x20 || byte >= 0x7F; }, '?');
+    return printable;
+}
+
+bool SqliteFile::IsOfLaterFormat() const
+{
+    return isWritable && sqlite3_db_readonly(database, "main") == 1;
 }
 
 sqlite3& SqliteFile::Handle() const
@@ -144,8 +163,8 @@ sqlite3& SqliteFile::Handle() const
 void SqliteFile::Fail(int result) const
 {
     bool const isLast = database != nullptr && sqlite3_extended_errcode(database) == result;
-    ZU_THROW(StatusOf(result), "The file '%s' cannot be used: %s", path.filename().c_str(),
-             isLast ? sqlite3_errmsg(database) : sqlite3_errstr(result));
+    std::string const reason = Printable(isLast ? sqlite3_errmsg(database) : sqlite3_errstr(result));
+    ZU_THROW(StatusOf(result), "The file '%s' cannot be used: %s", path.filename().c_str(), reason.c_str());
 }
 
 void SqliteFile::Check(int result) const

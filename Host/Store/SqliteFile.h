@@ -45,6 +45,13 @@ public:
     /// The whole database as the bytes of its file, as they stand at one moment.
     std::string Image() const;
 
+    /// Text out of a file, for a person: a byte that is not printable ASCII shows as a question mark.
+    static std::string Printable(std::string_view text);
+
+    /// Whether the header forbids to write a file that could be written: its format is of a later version, or damaged. Known
+    /// once something has been read.
+    bool IsOfLaterFormat() const;
+
     sqlite3& Handle() const;
 
     /// Throws what the last call failed by, `result`, with a sentence that names the file: -984 for a file that is damaged
@@ -59,6 +66,7 @@ private:
 
     std::filesystem::path const path;
     sqlite3* database = nullptr;
+    bool isWritable = false; // as the file system has it
 };
 
 } // namespace ZuHost

@@ -202,6 +202,41 @@ TEST_F(ArchiveFileTest, FindsOutAboutTheDamageWhenItSavesAndLosesNothing)
     EXPECT_EQ(FilesInFolder(), 2U);
 }
 
+TEST_F(ArchiveFileTest, UsesTheLastGoodDocumentsOfAFileWhoseTableHasLostAColumnAndSavesAgain)
+{
+    SaveAll({{ONE, Document("1")}, {TWO, Document("2")}});
+    std::string bytes = BytesOf(path);
+    std::size_t const column = bytes.find("sqlar(name") + 6;
+    bytes[column] = 'm'; // "mame"
+    WriteBytes(path, bytes);
+    ArchiveFile file = Open();
+
+    ArchiveFile::Documents const documents = file.Read();
+    EXPECT_EQ(documents.files, (Files{{ONE, Document("1")}, {TWO, Document("2")}}));
+    EXPECT_EQ(documents.fromLastGood, (std::set<std::string>{ONE, TWO}));
+    ASSERT_FALSE(documents.faults.empty());
+    EXPECT_EQ(documents.faults[0], "The file 'job.zpjob' is damaged (its schema is that of no archive: 'sqlar').");
+    file.Save({{ONE, Document("new")}}, {ONE}, false);
+
+    EXPECT_EQ(Open().Read().files, (Files{{ONE, Document("new")}, {TWO, Document("2")}}));
+    EXPECT_EQ(BytesOf(scratch / "job.zpjob.damaged-1"), bytes);
+}
+
+TEST_F(ArchiveFileTest, SavesAgainWhenTheSchemaWasDamagedSinceItWasRead)
+{
+    SaveAll({{ONE, Document("1")}});
+    ArchiveFile file = Open();
+    file.Read();
+    std::string bytes = BytesOf(path);
+    bytes[bytes.find("sqlar(name") + 13] = 'n'; // "mtime" is "ntime" in no table of ours
+    WriteBytes(path, bytes);
+
+    file.Save({{ONE, Document("new")}}, {ONE}, false);
+
+    EXPECT_EQ(Open().Read().files, (Files{{ONE, Document("new")}}));
+    EXPECT_TRUE(Open().Read().faults.empty());
+}
+
 /// One bit at each place of the file: what comes back is what was stored, or a fault says that it is not.
 TEST_F(ArchiveFileTest, NeverTakesAFlippedBitForWhatWasStored)
 {

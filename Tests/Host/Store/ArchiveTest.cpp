@@ -105,6 +105,7 @@ TEST_F(ArchiveTest, NamesWhatIsNoFileOfOursAndReadsTheRest)
     Insert("'a//b'", "33188", "1", "'x'");
     Insert("'a' || char(10)", "33188", "1", "'x'");
     Insert("'link'", "41471", "-1", "'/etc/passwd'");
+    Insert("'folder'", "16877", "1", "'x'");
     Insert("'number'", "33188", "2", "12");
     Insert("'negative'", "33188", "-5", "'x'");
     Insert("'bomb'", "33188", std::to_string(DocumentCheck::MAX_BYTES + 1), "'x'");
@@ -119,6 +120,7 @@ TEST_F(ArchiveTest, NamesWhatIsNoFileOfOursAndReadsTheRest)
                                       {"a//b", "its name is not safe"},
                                       {"a?", "its name is not safe"},
                                       {"link", "it is no file"},
+                                      {"folder", "it is no file"},
                                       {"number", "it is no file"},
                                       {"negative", "it is no file"},
                                       {"bomb", "it is longer than 16777216 bytes"},
@@ -161,6 +163,79 @@ TEST_F(ArchiveTest, ReadsNoRowsThatAreComputed)
 
     EXPECT_FALSE(archive.HasTable());
     EXPECT_EQ(archive.Read().entries, Files());
+}
+
+TEST_F(ArchiveTest, ReadsATableOnlyWithASchemaThatIsKnown)
+{
+    Write({{DOCUMENT, large}}, {{DOCUMENT, "{}"}});
+    std::string const sound = ZuTest::BytesOf(file);
+    std::size_t const place = sound.find("sqlar(name TEXT");
+    ASSERT_NE(place, sound.npos);
+    for (auto const& [offset, byte] : {std::pair<std::size_t, char>(6, 'm'), {12, 'N'}, {10, '('}, {0, 'S'}})
+    {
+        std::string damaged = sound;
+        damaged[place + offset] = byte;
+        ZuTest::WriteBytes(file, damaged);
+
+        ArchiveContents const contents = Read();
+
+        EXPECT_FALSE(Archive(file, Access::READ).HasTable()) << offset;
+        EXPECT_EQ(contents.entries, Files()) << offset;
+        EXPECT_EQ(contents.lastGood, (Files{{DOCUMENT, "{}"}})) << offset;
+        EXPECT_EQ(contents.faults, (Files{{"", "its schema is that of no archive: 'sqlar'"}})) << offset;
+        EXPECT_EQ(Archive(file, Access::READ).FindFault(), contents.faults.at("")) << offset;
+    }
+}
+
+TEST_F(ArchiveTest, TakesOnlyTheTablesOfAnArchive)
+{
+    for (char const* const stranger :
+         {"CREATE TABLE other(a)", "CREATE VIEW v AS SELECT 1", "CREATE INDEX i ON sqlar(mode)",
+          "CREATE TRIGGER t AFTER INSERT ON sqlar BEGIN SELECT 1; END"})
+    {
+        std::filesystem::remove(file);
+        Write({{DOCUMENT, large}});
+        ZuTest::RunSql(file, stranger);
+
+        EXPECT_NE(Archive(file, Access::READ).FindFault(), "") << stranger;
+        EXPECT_EQ(Read().entries, (Files{{DOCUMENT, large}})) << stranger;
+    }
+}
+
+TEST_F(ArchiveTest, KnowsTheTableOfTheToolAlsoBehindAVacuum)
+{
+    ZuTest::WriteBytes(folder / "notes.txt", "by a person");
+    ZuTest::RunArchiveTool(folder.path, file, "-c notes.txt");
+    Write({{DOCUMENT, large}}, {{DOCUMENT, large}});
+    ZuTest::RunArchiveTool(folder.path, file, "-u notes.txt");
+    ZuTest::RunSql(file, "VACUUM");
+
+    EXPECT_EQ(Archive(file, Access::READ).FindFault(), "");
+    EXPECT_EQ(Read().entries, (Files{{DOCUMENT, large}, {"notes.txt", "by a person"}}));
+    EXPECT_EQ(Read().lastGood, (Files{{DOCUMENT, large}}));
+}
+
+TEST_F(ArchiveTest, TakesAHeaderThatForbidsWritingForDamage)
+{
+    Write({{DOCUMENT, large}});
+    std::string bytes = ZuTest::BytesOf(file);
+    bytes[18] = 3; // the version of the format for writing
+    ZuTest::WriteBytes(file, bytes);
+
+    EXPECT_EQ(Archive(file, Access::READ).FindFault(), "its header has a version that cannot be written");
+    EXPECT_EQ(Read().entries, (Files{{DOCUMENT, large}}));
+    EXPECT_EQ(Read().faults, (Files{{"", "its header has a version that cannot be written"}}));
+}
+
+TEST_F(ArchiveTest, SaysWhatIsWrongInCharactersThatCanBeShown)
+{
+    Write({{DOCUMENT, large}});
+    std::string bytes = ZuTest::BytesOf(file);
+    std::size_t const place = bytes.find("sqlite_autoindex_sqlar_1");
+    bytes[place] = '\xFF';
+    ZuTest::WriteBytes(file, bytes);
+
+    EXPECT_EQ(Archive(file, Access::READ).FindFault(), "its schema is that of no archive: '?qlite_autoindex_sqlar_1'");
 }
 
 TEST_F(ArchiveTest, IsReadFromTheBytesOfItsFileAsWell)
