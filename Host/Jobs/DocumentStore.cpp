@@ -3,6 +3,7 @@
 #include "Host/Store/DocumentCheck.h"
 #include "ZuApi/Exception.h"
 
+#include <string_view>
 #include <utility>
 
 namespace ZuHost
@@ -37,12 +38,12 @@ std::string DocumentStore::Read(std::string const& path) const
 
 void DocumentStore::Write(std::string const& path, void const* data, std::size_t size)
 {
-    if (size > DocumentCheck::MAX_BYTES)
+    std::string_view const text(static_cast<char const*>(data), size);
+    if (std::string const fault = DocumentCheck::FaultOf(text); !fault.empty())
     {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The document '%s' is longer than %zu bytes", path.c_str(),
-                 DocumentCheck::MAX_BYTES);
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "The document '%s' cannot be stored: %s", path.c_str(), fault.c_str());
     }
-    files.insert_or_assign(NameOf(path), std::string(static_cast<char const*>(data), size));
+    files.insert_or_assign(NameOf(path), std::string(text));
 }
 
 bool DocumentStore::Exists(std::string const& path) const

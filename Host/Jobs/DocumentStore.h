@@ -22,7 +22,7 @@ public:
 
     std::string Read(std::string const& path) const override;
 
-    /// Throws -997 for a document that is too long to be read again.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for a document that could not be read again: see `DocumentCheck`.
     void Write(std::string const& path, void const* data, std::size_t size) override;
 
     bool Exists(std::string const& path) const override;

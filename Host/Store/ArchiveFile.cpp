@@ -99,6 +99,33 @@ std::string FaultOf(Archive& archive, ArchiveContents const& contents)
     return whole != contents.faults.end() ? whole->second : "";
 }
 
+/// Throws when a table that holds `stored` could not be read again once `written` is in it.
+void CheckBounds(std::filesystem::path const& path, Files const& stored, Files const& written)
+{
+    uint64 count = written.size();
+    uint64 bytes = 0;
+    for (auto const& [name, content] : written)
+    {
+        bytes += content.size();
+    }
+    for (auto const& [name, content] : stored)
+    {
+        if (!written.contains(name))
+        {
+            ++count;
+            bytes += content.size();
+        }
+    }
+    if (count > Archive::MAX_ENTRIES || bytes > Archive::MAX_TOTAL_BYTES)
+    {
+        ZU_THROW(Zu::Status::FAILURE,
+                 "The file '%s' would hold %llu files of %llu bytes in all; it may hold %llu of %llu",
+                 path.filename().c_str(), static_cast<unsigned long long>(count),
+                 static_cast<unsigned long long>(bytes), static_cast<unsigned long long>(Archive::MAX_ENTRIES),
+                 static_cast<unsigned long long>(Archive::MAX_TOTAL_BYTES));
+    }
+}
+
 bool Holds(Files const& files, std::string const& name, std::string const& bytes)
 {
     auto const found = files.find(name);
@@ -256,6 +283,8 @@ void ArchiveFile::Update(Files const& files, std::set<std::string> const& due, b
             lastGood.emplace(name, bytes);
         }
     }
+    CheckBounds(path, stored.entries, entries);
+    CheckBounds(path, stored.lastGood, lastGood);
     if (isNew || !entries.empty() || !lastGood.empty()) // a new job without documents has its table all the same
     {
         archive.Write(entries, lastGood);
@@ -278,6 +307,7 @@ void ArchiveFile::Rebuild(Files const& files)
         contents.entries.insert_or_assign(name, bytes);
     }
     contents.lastGood = DocumentsOf(contents.entries);
+    CheckBounds(path, {}, contents.entries); // ahead of the copy that is kept
     std::filesystem::path const kept = folder.KeepDamaged(path);
     Install(contents);
     isDamaged = false;
@@ -287,6 +317,7 @@ void ArchiveFile::Rebuild(Files const& files)
 
 void ArchiveFile::Install(ArchiveContents const& contents) const
 {
+    CheckBounds(path, {}, contents.entries);
     if (Exists())
     {
         try

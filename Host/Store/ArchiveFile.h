@@ -46,7 +46,8 @@ public:
     Documents Read();
 
     /// Stores those of `files` that `due` names, or all of them when the file is new or damaged. What differs is stored, in
-    /// one transaction, and is durable when this returns; when it throws, all is as it was. With `keepsReplaced` the
+    /// one transaction, and is durable when this returns; when it throws, all is as it was. Throws `Zu::Status::FAILURE` when
+    /// the file would hold more than can be read again. With `keepsReplaced` the
     /// documents that are replaced stay in the file, under "rejected/".
     void Save(Files const& files, std::set<std::string> const& due, bool keepsReplaced);
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <random>
+#include <string_view>
 
 namespace ZuHost
 {
@@ -25,13 +26,15 @@ constexpr char const* ONE = "controls/One/config.json";
 constexpr char const* TWO = "controls/Two/config.json";
 constexpr std::size_t PAGE_BYTES = 4096;
 
-/// A value of some length, so that its document is deflated: a checksum comes with that.
-std::string Value(char const* name, unsigned count)
+/// A value of some length, so that its document is deflated and has a checksum. Letters of every kind: the checksum of the
+/// format hardly tells one row of digits from another.
+std::string Value(std::string text, unsigned count)
 {
-    std::string text = name;
+    constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-";
+    Random random(count);
     for (unsigned i = 0; i < count; ++i)
     {
-        text += std::to_string(i * i);
+        text += LETTERS[random() % LETTERS.size()];
     }
     return text;
 }
@@ -159,8 +162,8 @@ protected:
 
     ZuTest::ScratchFolder scratch;
     std::filesystem::path const file = scratch / "default.zpjob";
-    std::string const one = Value("one", 2'000);
-    std::string const two = Value("two", 100);
+    std::string const one = Value("one", 8'000);
+    std::string const two = Value("two", 300);
 };
 
 TEST_P(DamagedJobTest, NeverKeepsAHostFromStartingAndSaving)

@@ -18,25 +18,36 @@ TEST(DocumentStore, KnowsDocumentsByTheirPathsWithoutTheSlashAtTheHead)
     DocumentStore store(DocumentStore::Files{{"controls/One/config.json", "{}"}});
 
     store.Write("/controls/Two/config.json", "[1]", 3);
-    store.Write("/controls/One/config.json", "", 0);
+    store.Write("/controls/One/config.json", "2", 1);
 
     EXPECT_EQ(store.Read("/controls/Two/config.json"), "[1]");
     EXPECT_TRUE(store.Exists("/controls/One/config.json"));
     EXPECT_FALSE(store.Exists("/controls/Three/config.json"));
     EXPECT_EQ(store.All(),
-              (DocumentStore::Files{{"controls/One/config.json", ""}, {"controls/Two/config.json", "[1]"}}));
+              (DocumentStore::Files{{"controls/One/config.json", "2"}, {"controls/Two/config.json", "[1]"}}));
 }
 
-TEST(DocumentStore, RefusesToReadWhatIsNotThereAndToKeepWhatIsTooLong)
+TEST(DocumentStore, RefusesToReadWhatIsNotThere)
+{
+    EXPECT_EQ(RefusalOf([&] { DocumentStore().Read("/none"); }),
+              (Refusal{Zu::Status::NOT_FOUND, "There is no document '/none'"}));
+}
+
+TEST(DocumentStore, RefusesToKeepWhatCouldNotBeReadAgain)
 {
     DocumentStore store;
-    std::string const tooLong(DocumentCheck::MAX_BYTES + 1, ' ');
+    auto const refusal = [&](std::string const& text) {
+        return RefusalOf([&] { store.Write("/bad", text.data(), text.size()); });
+    };
 
-    EXPECT_EQ(RefusalOf([&] { store.Read("/none"); }),
-              (Refusal{Zu::Status::NOT_FOUND, "There is no document '/none'"}));
-    EXPECT_EQ(RefusalOf([&] { store.Write("/long", tooLong.data(), tooLong.size()); }),
-              (Refusal{Zu::Status::BAD_ARGUMENT, "The document '/long' is longer than 16777216 bytes"}));
-    EXPECT_FALSE(store.Exists("/long"));
+    EXPECT_EQ(refusal(std::string(DocumentCheck::MAX_BYTES + 1, ' ')),
+              (Refusal{Zu::Status::BAD_ARGUMENT, "The document '/bad' cannot be stored: it is longer than 16777216 "
+                                                 "bytes"}));
+    EXPECT_EQ(refusal(std::string(65, '[') + std::string(65, ']')),
+              (Refusal{Zu::Status::BAD_ARGUMENT, "The document '/bad' cannot be stored: it is nested deeper than 64 "
+                                                 "levels"}));
+    EXPECT_EQ(refusal(std::string(64, '[') + std::string(64, ']')).status, Zu::Status::SUCCESS);
+    EXPECT_EQ(refusal("{").status, Zu::Status::BAD_ARGUMENT);
 }
 
 TEST(DocumentStore, TellsWhichDocumentsAreAskedFor)

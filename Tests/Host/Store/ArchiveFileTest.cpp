@@ -350,6 +350,26 @@ TEST_F(ArchiveFileTest, RefusesAnUploadWithAnythingWrongInIt)
     EXPECT_EQ(refusal().status, Zu::Status::BAD_FORMAT);
 }
 
+TEST_F(ArchiveFileTest, RefusesToHoldMoreThanCanBeReadAgain)
+{
+    SaveAll({{ONE, Document("1")}});
+    Files files;
+    std::set<std::string> due;
+    for (unsigned i = 0; i < 5; ++i)
+    {
+        std::string const name = "controls/Large" + std::to_string(i) + "/config.json";
+        files.emplace(name, '"' + std::string(14 * 1024 * 1024, 'x') + '"');
+        due.insert(name);
+    }
+    ZuTest::Refusal const refusal = RefusalOf([&] { Open().Save(files, due, false); });
+
+    EXPECT_EQ(refusal.status, Zu::Status::FAILURE);
+    EXPECT_EQ(refusal.text, "The file 'job.zpjob' would hold 6 files of 73400955 bytes in all; it may hold 1000 of "
+                            "67108864");
+    EXPECT_EQ(RefusalOf([&] { Open().Replace(files); }).status, Zu::Status::FAILURE);
+    EXPECT_EQ(Open().Read().files, (Files{{ONE, Document("1")}}));
+}
+
 TEST(ArchiveFileOnAFullDisk, LosesNothingAndSavesAgainWhenThereIsRoom)
 {
     ZuTest::MountedFolder const disk("128k");
