@@ -1,7 +1,9 @@
 #include "Host/Jobs/JobManager.h"
 
 #include "Host/Jobs/DocumentStore.h"
+#include "Host/Jobs/JobDocument.h"
 #include "Host/Jobs/LoadReporter.h"
+#include "Host/Jobs/SaveFaults.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
 #include "Host/Retry/StartRetry.h"
@@ -12,9 +14,8 @@
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace ZuHost
@@ -60,45 +61,6 @@ std::string CaughtSentence()
 [[noreturn]] void ThrowNoJob(std::string const& name)
 {
     ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
-}
-
-std::string DocumentNameOf(std::string const& typeName)
-{
-    return "controls/" + typeName + "/config.json";
-}
-
-/// Takes out of the documents of these protocols that they are enabled, and gives those of which it was so.
-std::vector<std::string> HoldBack(Files& files, std::set<std::string> const& typeNames)
-{
-    std::vector<std::string> held;
-    for (std::string const& typeName : typeNames)
-    {
-        auto const file = files.find(DocumentNameOf(typeName));
-        nlohmann::json document = file != files.end() ? nlohmann::json::parse(file->second) : nlohmann::json();
-        bool const hasSettings =
-            document.is_object() && document.contains("zu:control") && document["zu:control"].is_object();
-        if (hasSettings && document["zu:control"].value("enabled", nlohmann::json()) == true)
-        {
-            document["zu:control"]["enabled"] = false;
-            file->second = document.dump();
-            held.push_back(typeName);
-        }
-    }
-    return held;
-}
-
-/// Writes into the documents of the wanted services that they are enabled.
-void EnableWanted(Files& files, std::map<std::string, std::string> const& wanted)
-{
-    for (auto const& [typeName, sentence] : wanted)
-    {
-        if (auto const file = files.find(DocumentNameOf(typeName)); file != files.end())
-        {
-            nlohmann::json document = nlohmann::json::parse(file->second);
-            document["zu:control"]["enabled"] = true;
-            file->second = document.dump();
-        }
-    }
 }
 
 /// Tells in the report why services are skipped that are enabled and do not run.
@@ -327,8 +289,8 @@ void JobManager::BeginJob(std::string const& name, std::set<std::string> const& 
         try
         {
             ArchiveFile::Documents documents = job->file.Read();
-            heldBack = HoldBack(documents.files, toHoldBack);
-            ResetWhatIsMissing(documents.files);
+            heldBack = JobDocument::HoldBack(documents.files, toHoldBack);
+            ResetWhatIsNotLoaded(documents.files);
             TakeOver(name, documents);
             return;
         }
@@ -353,14 +315,14 @@ void JobManager::MakeNew()
     registry.Init(PersistDomain::JOB, store);
 }
 
-/// At the start nothing was loaded before: a protocol that is new to the job has its defaults.
-void JobManager::ResetWhatIsMissing(Files const& loaded)
+/// At the start nothing was loaded before: a protocol without a document that a load applies has its defaults.
+void JobManager::ResetWhatIsNotLoaded(Files const& loaded)
 {
     GateBracket const bracket(gate);
     ZuControl::IControlManager& controls = registry.Controls();
     for (std::string const& typeName : controls.List())
     {
-        if (!loaded.contains(DocumentNameOf(typeName)))
+        if (!JobDocument::HasAccepted(loaded, typeName))
         {
             ZU_GUARD_BOUNDARY([&] {
                 controls.GetInstance(typeName).ResetInstance(true, ZuControl::IControlInstance::DataToResetAll);
@@ -430,28 +392,39 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
         LoadReporter reporter;
         DocumentStore const store(documents.files, [&](std::string const& asked) { reporter.NoteLookUp(asked); });
         registry.Load(PersistDomain::JOB, store);
-        Files now = Collect(PersistDomain::JOB, {});
-        report = reporter.Report(name, documents, now);
-        job->known = std::move(now);
+        job->known = Collect(PersistDomain::JOB, {}).files; // what has none is told by the save that follows
+        report = reporter.Report(name, documents, job->known);
     }
     Wanted const wanted = startRetry.Wanted();
-    EnableWanted(job->known, ToRun());
+    JobDocument::Enable(job->known, ToRun());
     AddWanted(report, wanted);
     SetReport(report);
-    bool const isTakenOver = registry.ModificationCount() == countBefore && documents.faults.empty();
+    bool const isTakenOver = IsTakenOver(documents, countBefore);
+    // To be saved as it runs now: what the job has no document for, what was refused or not taken over, and all of it when the
+    // file is to be mended.
+    std::erase_if(job->known, [&](auto const& one) {
+        bool const isSkipped = std::ranges::any_of(report.protocols, [&](auto const& protocol) {
+            return IsToBeReplaced(protocol, wanted) && JobDocument::NameOf(protocol.typeName) == one.first;
+        });
+        return !JobDocument::HasAccepted(documents.files, JobDocument::TypeNameOf(one.first)) ||
+               (!isTakenOver && (isSkipped || !documents.faults.empty()));
+    });
     if (isTakenOver)
     {
         keepsReplaced = false;
         savedCount.store(countBefore, std::memory_order_relaxed);
         return;
     }
-    // To be saved as it is now: what was not taken over, and all of it when the file is to be mended.
-    std::erase_if(job->known, [&](auto const& one) {
-        return !documents.faults.empty() || std::ranges::any_of(report.protocols, [&](auto const& protocol) {
-            return IsToBeReplaced(protocol, wanted) && DocumentNameOf(protocol.typeName) == one.first;
-        });
-    });
     saver.Note();
+}
+
+/// Whether what runs now is what the file says.
+bool JobManager::IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const
+{
+    return registry.ModificationCount() == countBefore && documents.faults.empty() &&
+           std::ranges::all_of(registry.Controls().List(), [&](std::string const& typeName) {
+               return JobDocument::HasAccepted(documents.files, typeName);
+           });
 }
 
 void JobManager::SaveChanges()
@@ -462,8 +435,20 @@ void JobManager::SaveChanges()
 
 void JobManager::Save(Scope scope)
 {
-    SaveJob(scope);
+    std::exception_ptr failure; // of the job; the settings are saved all the same
+    try
+    {
+        SaveJob(scope);
+    }
+    catch (std::exception const&)
+    {
+        failure = std::current_exception();
+    }
     GuardedSave([&] { SaveFile(settings, PersistDomain::PROTOCOL, scope); });
+    if (failure != nullptr)
+    {
+        std::rethrow_exception(failure);
+    }
     if (problems.Has(Kind::SAVE))
     {
         problems.Clear(Kind::SAVE);
@@ -475,7 +460,6 @@ void JobManager::SaveJob(Scope scope)
 {
     uint64 const count = registry.ModificationCount(); // what comes behind this is perhaps not in it
     GuardedSave([&] { SaveFile(*job, PersistDomain::JOB, scope); });
-    keepsReplaced = false;
     savedCount.store(count, std::memory_order_relaxed);
 }
 
@@ -503,15 +487,17 @@ void JobManager::TryToSave(Scope scope)
     }
 }
 
+/// Stores what there is, and then throws when a service has no document.
 void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
 {
-    Files now = [&] {
+    bool const isJob = domain == PersistDomain::JOB;
+    Collected now = [&] {
         GateBracket const bracket(gate);
         // `ToRun` comes first: a service that an attempt starts meanwhile is saved as enabled either way.
         return Collect(domain, domain == PersistDomain::JOB ? ToRun() : Wanted());
     }();
     std::set<std::string> due;
-    for (auto const& [name, bytes] : now)
+    for (auto const& [name, bytes] : now.files)
     {
         auto const known = kept.known.find(name);
         if (scope == Scope::ALL || known == kept.known.end() || known->second != bytes)
@@ -519,11 +505,16 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
             due.insert(name);
         }
     }
-    if (!due.empty() || (domain == PersistDomain::JOB && !kept.file.Exists()))
+    if (!due.empty() || (isJob && !kept.file.Exists()))
     {
-        kept.file.Save(now, due, keepsReplaced && domain == PersistDomain::JOB);
+        kept.file.Save(now.files, due, keepsReplaced && isJob);
     }
-    kept.known = std::move(now);
+    kept.known = std::move(now.files);
+    keepsReplaced = keepsReplaced && !isJob;
+    if (!now.faults.empty())
+    {
+        ZU_THROW(Zu::Status::FAILURE, "%s", now.faults.front().c_str());
+    }
 }
 
 /// The services that are saved as enabled though they do not run.
@@ -537,14 +528,29 @@ JobManager::Wanted JobManager::ToRun() const
     return services;
 }
 
-/// To be called with the gate held.
-Files JobManager::Collect(PersistDomain domain, Wanted const& wanted)
+/// To be called with the gate held. In a job every service has a document.
+JobManager::Collected JobManager::Collect(PersistDomain domain, Wanted const& wanted)
 {
     DocumentStore store;
+    SaveFaults const watch;
     registry.Save(domain, store);
-    Files files = store.All();
-    EnableWanted(files, wanted);
-    return files;
+    Collected collected{store.All(), watch.Reasons()};
+    JobDocument::Enable(collected.files, wanted);
+    if (domain != PersistDomain::JOB)
+    {
+        return collected;
+    }
+    std::vector<std::string> missing = registry.Controls().List();
+    std::erase_if(missing,
+                  [&](auto const& typeName) { return collected.files.contains(JobDocument::NameOf(typeName)); });
+    bool const isExplained = missing.size() == watch.Reasons().size(); // both are in the order of the services
+    collected.faults.clear();
+    for (std::size_t i = 0; i < missing.size(); ++i)
+    {
+        collected.faults.push_back("service " + missing[i] + ": " +
+                                   (isExplained ? watch.Reasons()[i] : "it has no document"));
+    }
+    return collected;
 }
 
 void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)

@@ -29,6 +29,8 @@ class UpdateGate;
 /// was loaded or saved last: what a person changes in the file meanwhile stays. Settings of the protocols themselves are
 /// saved along with each job. A load takes the gate too, so that no other change falls into it. A service that is wanted
 /// although its start has failed is saved as enabled.
+/// When a service cannot save its document, the others are stored, the job counts as not saved, and the document that the
+/// service stored last is kept.
 /// Threads: any thread may call, but for `Begin`, `Run` and `Close`, which belong to the owner; one operation at a time. An
 /// operation must not be called by one who holds the update gate. What throws leaves the stored files as they were.
 class JobManager final : public ZuCommon::PersistManager
@@ -119,10 +121,17 @@ private:
         Files known; ///< what the protocols had to say when it was loaded or saved last
     };
 
+    /// The documents of a save, and a sentence for each service that has none.
+    struct Collected
+    {
+        Files files;
+        std::vector<std::string> faults;
+    };
+
     void BeginSettings();
     void BeginJob(std::string const& name, std::set<std::string> const& toHoldBack);
     void MakeNew();
-    void ResetWhatIsMissing(Files const& loaded);
+    void ResetWhatIsNotLoaded(Files const& loaded);
     ArchiveFile ExistingFile(std::string const& name) const;
     void CheckOpen() const;
     void Load(std::string const& name);
@@ -134,7 +143,8 @@ private:
     void TryToSave(Scope scope);
     void SaveFile(Kept& kept, ZuCommon::PersistDomain domain, Scope scope);
     Wanted ToRun() const;
-    Files Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
+    Collected Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
+    bool IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const;
     void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults);
     void SetLoaded(std::string const& name);
     void SetReport(LoadReport const& report);

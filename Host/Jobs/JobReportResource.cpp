@@ -19,6 +19,10 @@ char const* SourceOf(LoadReport::Protocol const& protocol)
     {
         return "none"; // the protocol stayed as it was
     }
+    if (protocol.isRefused)
+    {
+        return "refused"; // as above
+    }
     return protocol.isFromLastGood ? "lastGood" : "job";
 }
 

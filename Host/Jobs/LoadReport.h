@@ -15,6 +15,7 @@ struct LoadReport
         std::string typeName;
         bool isInJob = false;               ///< without a document the protocol stays as it was
         bool isFromLastGood = false;        ///< its own document could not be read
+        bool isRefused = false;             ///< the document was not applied at all: the protocol stayed as it was
         std::vector<std::string> takenOver; ///< parts that read as the job says
         std::vector<std::string> reset;     ///< parts that the job does not name: they have their defaults
         std::vector<std::string> skipped;   ///< parts that the job names and that read differently

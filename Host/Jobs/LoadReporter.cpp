@@ -1,10 +1,13 @@
 #include "Host/Jobs/LoadReporter.h"
 
+#include "Host/Jobs/JobDocument.h"
 #include "ZuApi/Logging.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -19,17 +22,6 @@ using Json = nlohmann::json;
 using Protocol = LoadReport::Protocol;
 
 constexpr std::array PARTS{"enabled", "parameters", "outputs", "registerAssemblyList"};
-constexpr std::string_view FOLDER = "controls/";
-
-/// "ModbusTcp" of "controls/ModbusTcp/config.json"; the name itself where it is built differently.
-std::string TypeNameOf(std::string const& name)
-{
-    if (!name.starts_with(FOLDER))
-    {
-        return name;
-    }
-    return name.substr(FOLDER.size(), name.find('/', FOLDER.size()) - FOLDER.size());
-}
 
 /// Whether `now` says all that `wanted` says. What a document may say beside it, and what is never shown again, counts for
 /// nothing: members that `now` has not.
@@ -54,14 +46,20 @@ bool Says(Json const& now, Json const& wanted)
     return now == wanted;
 }
 
-/// The settings in a document; null where it has none.
-Json SettingsOf(ArchiveContents::Files const& files, std::string const& name)
+/// A document as JSON; null where there is none.
+Json DocumentIn(ArchiveContents::Files const& files, std::string const& name)
 {
     auto const found = files.find(name);
-    Json const document = found == files.end() ? Json() : Json::parse(found->second, nullptr, false);
+    return found == files.end() ? Json() : Json::parse(found->second, nullptr, false);
+}
+
+/// The settings in a document; null where it has none.
+Json SettingsOf(Json const& document)
+{
     return document.is_object() && document.contains("zu:control") ? document.at("zu:control") : Json();
 }
 
+/// Of a document that was applied.
 void Compare(Protocol& protocol, Json const& wanted, Json const& now)
 {
     for (char const* const part : PARTS)
@@ -78,6 +76,13 @@ void Compare(Protocol& protocol, Json const& wanted, Json const& now)
             (isAsWanted ? protocol.takenOver : protocol.skipped).emplace_back(part);
         }
     }
+}
+
+/// Of a document that was refused: none of its parts is taken over, whatever it names.
+void SkipAll(Protocol& protocol, Json const& wanted)
+{
+    std::ranges::copy_if(PARTS, std::back_inserter(protocol.skipped),
+                         [&](char const* part) { return wanted.is_object() && wanted.contains(part); });
 }
 
 } // namespace
@@ -147,13 +152,19 @@ LoadReport LoadReporter::Report(std::string job, ArchiveFile::Documents const& l
     for (Sink::Section const& section : sink->Sections())
     {
         Protocol protocol;
-        protocol.typeName = TypeNameOf(section.name);
+        protocol.typeName = JobDocument::TypeNameOf(section.name);
         protocol.isInJob = loaded.files.contains(section.name);
         protocol.isFromLastGood = loaded.fromLastGood.contains(section.name);
         protocol.lines = section.lines;
-        if (protocol.isInJob)
+        Json const document = DocumentIn(loaded.files, section.name);
+        protocol.isRefused = protocol.isInJob && !JobDocument::IsAccepted(document);
+        if (protocol.isRefused)
         {
-            Compare(protocol, SettingsOf(loaded.files, section.name), SettingsOf(now, section.name));
+            SkipAll(protocol, SettingsOf(document));
+        }
+        else if (protocol.isInJob)
+        {
+            Compare(protocol, SettingsOf(document), SettingsOf(DocumentIn(now, section.name)));
         }
         report.protocols.push_back(std::move(protocol));
     }

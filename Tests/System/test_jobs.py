@@ -3,6 +3,7 @@
 import json
 import pathlib
 import random
+import signal
 import socket
 import subprocess
 import tempfile
@@ -43,6 +44,12 @@ class Files(unittest.TestCase):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
         self.data = pathlib.Path(scratch.name)
+
+    def put_in(self, text):
+        """Puts a document of ModbusTcp into the job, as a person does."""
+        (self.data / DOCUMENT).parent.mkdir(parents=True, exist_ok=True)
+        (self.data / DOCUMENT).write_text(text)
+        archive(self.data / "default.zpjob", "-i", DOCUMENT)
 
     def test_a_person_extracts_edits_puts_back_and_loads(self):
         with Host(data=self.data) as host, RestClient(host.http_port) as rest:
@@ -121,6 +128,60 @@ class Files(unittest.TestCase):
             self.assertEqual(rest.post("/jobs/default/save").status, 204)
         self.assertEqual((self.data / "default.zpjob.damaged-1").read_bytes(), b"no database" * 500)
         self.assertIn(DOCUMENT, archive(self.data / "default.zpjob", "-t").split())
+
+    def test_what_runs_outlives_a_document_that_is_refused_and_a_kill(self):
+        host = Host(data=self.data)
+        host.__enter__()
+        try:
+            with RestClient(host.http_port) as rest:
+                self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": 7}}).status, 200)
+                self.assertEqual(rest.post("/jobs/default/save").status, 204)
+                self.put_in('{"version":"2","zu:control":{"enabled":true}}')
+
+                report = rest.post("/jobs/default/load").json["protocols"]["ModbusTcp"]
+
+                self.assertEqual((report["source"], report["takenOver"], report["reset"], report["skipped"]),
+                                 ("refused", [], [], ["enabled"]))
+                wait_until(lambda: not rest.get("/jobs").json["jobs"][0]["modified"])
+                self.assertIn("rejected/" + DOCUMENT, archive(self.data / "default.zpjob", "-t").split())
+        finally:
+            host.stop(signal.SIGKILL)
+        with Host(data=self.data, modbus=False) as host, RestClient(host.http_port) as rest:
+            document = rest.get(MODBUS).json
+            self.assertEqual((document["parameters"]["maxClients"], document["enabled"]), (7, True))
+
+    def test_a_parameter_of_the_command_line_enables_no_service_whose_document_is_refused(self):
+        with Host(data=self.data):
+            pass
+        self.put_in('{"version":"2","zu:control":{"enabled":true}}')
+        with Host("--param", "ModbusTcp.port=0", data=self.data, modbus=False) as host, RestClient(host.http_port) as rest:
+            self.assertFalse(rest.get(MODBUS).json["enabled"])
+
+    def test_a_service_that_is_too_large_for_its_document_is_told_and_the_last_good_state_kept(self):
+        outputs = "/controls/AsciiTcp/outputs"
+        with Host("--param", "AsciiTcp.port=0", data=self.data) as host, RestClient(host.http_port) as rest:
+            self.assertEqual(rest.post(outputs + "/commands/add", {"outputId": "small", "source": "s"}).status // 100, 2)
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            kept = len(rest.get(outputs).json["map"])
+            for number in range(20):
+                entry = {"outputId": f"large{number}", "source": f"{number} " + "x" * 1_000_000}
+                self.assertEqual(rest.post(outputs + "/commands/add", entry).status // 100, 2)
+
+            answer = rest.post("/jobs/big/save")
+
+            self.assertEqual(answer.status, 409, answer.text)
+            self.assertIn("service AsciiTcp: The document", answer.json["detail"])
+            self.assertIn("it is longer than 16777216 bytes", answer.json["detail"])
+            texts = [problem["text"] for problem in rest.get("/problems").json["problems"]]
+            self.assertTrue(any("The job 'default' cannot be saved: service AsciiTcp" in text for text in texts), texts)
+            self.assertEqual([(job["name"], job["modified"]) for job in rest.get("/jobs").json["jobs"]],
+                             [("default", True)])
+            self.assertEqual(rest.post(outputs + "/commands/remove", {"outputId": "large0"}).status // 100, 2)
+            for number in range(1, 20):
+                rest.post(outputs + "/commands/remove", {"outputId": f"large{number}"})
+            self.assertEqual(rest.post("/jobs/big/save").status, 204)
+            self.assertEqual(rest.get("/problems").json["problems"], [])
+            self.assertEqual(len(rest.get(outputs).json["map"]), kept)
 
     def test_a_folder_that_cannot_be_made_is_refused(self):
         (self.data / "file").write_text("")

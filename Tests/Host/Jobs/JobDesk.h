@@ -8,6 +8,7 @@
 #include "Support/CallLog.h"
 #include "Support/FakeControlInstance.h"
 #include "Support/ScratchFolder.h"
+#include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuCommon/IPersistStore.h"
 #include "ZuCommon/ProblemsManager.h"
@@ -69,6 +70,12 @@ public:
                 own = document;
                 continue;
             }
+            if (!document.is_object() || document.value("version", "") != "1")
+            {
+                hasFailed = true;
+                ZU_LOG_USER_WARNING("Unsupported configuration file version for service %1$s.", type.c_str());
+                continue;
+            }
             value = document.at("zu:control").at("parameters").at("value");
             if (value == "refused")
             {
@@ -92,13 +99,23 @@ public:
         calls.Add("save " + std::to_string(static_cast<int>(domain)));
         if (domain == Domain::PROTOCOL)
         {
-            Write(store, "One", own.dump());
+            Zu::GuardStep(__LINE__, __FILE__, "ZuControl::ControlManager::SavePersistDomain",
+                          "EXCEPTION THROWN: ", [&] { Write(store, "One", own.dump()); });
             return;
         }
         for (auto const& [type, value] : values)
         {
-            Write(store, type, DocumentWith(value, !stopped.contains(type)));
+            Zu::GuardStep(__LINE__, __FILE__, "ZuControl::ControlManager::SavePersistDomain",
+                          "EXCEPTION THROWN: ", [&] { Write(store, type, DocumentToSave(value, !stopped.contains(type))); });
         }
+    }
+
+    /// As the JSON library has it: a text that is not UTF-8 throws.
+    static std::string DocumentToSave(std::string const& value, bool isEnabled)
+    {
+        nlohmann::json document = nlohmann::json::parse(DocumentWith("", isEnabled));
+        document["zu:control"]["parameters"]["value"] = value;
+        return document.dump();
     }
 
     std::vector<std::string> List() const override

@@ -301,11 +301,13 @@ TEST_F(JobManagerTest, ReportsWhatWasTakenOver)
     EXPECT_EQ(report.protocols[0], (LoadReport::Protocol{"One",
                                                          true,
                                                          false,
+                                                         false,
                                                          {},
                                                          {"enabled"},
                                                          {"parameters", "outputs"},
                                                          {"Error loading parameters for service One."}}));
-    EXPECT_EQ(report.protocols[1], (LoadReport::Protocol{"Two", true, false, {"enabled", "parameters"}, {}, {}, {}}));
+    EXPECT_EQ(report.protocols[1],
+              (LoadReport::Protocol{"Two", true, false, false, {"enabled", "parameters"}, {}, {}, {}}));
     EXPECT_EQ(RefusalOf([&] { Jobs().Report("other"); }).status, Zu::Status::NOT_FOUND);
 }
 
@@ -321,6 +323,123 @@ TEST_F(JobManagerTest, SavesAJobThatCouldNotBeTakenOverAndKeepsWhatWasRefused)
     EXPECT_EQ(In("default"), (Files{{ONE, ValueKeepers::DocumentWith("default")},
                                     {TWO, ValueKeepers::DocumentWith("default")},
                                     {std::string("rejected/") + ONE, ValueKeepers::DocumentWith("refused")}}));
+}
+
+TEST_F(JobManagerTest, SavesWhatRunsInThePlaceOfADocumentThatIsRefused)
+{
+    for (char const* const refused :
+         {"[]", R"({"version":"2","zu:control":{"enabled":true,"parameters":{"value":"x"}}})",
+          R"({"zu:control":{"enabled":true,"parameters":{"value":"x"}}})"})
+    {
+        Start();
+        Keepers().Set("One", "runs");
+        Jobs().SaveAs("default");
+        Edit("default", ONE, refused);
+
+        Jobs().LoadJob("default");
+
+        LoadReport::Protocol const report = Jobs().Report("default").protocols[0];
+        EXPECT_TRUE(report.isInJob && report.isRefused) << refused;
+        EXPECT_EQ(report.takenOver, std::vector<std::string>()) << refused;
+        EXPECT_EQ(report.reset, std::vector<std::string>()) << refused;
+        EXPECT_EQ(report.skipped.empty(), std::string(refused) == "[]") << refused;
+        EXPECT_EQ(Keepers().values.at("One"), "runs");
+        ASSERT_TRUE(WaitUntilSaved());
+        EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("runs")) << refused;
+        EXPECT_EQ(In("default").at(std::string("rejected/") + ONE), refused);
+    }
+}
+
+TEST_F(JobManagerTest, SavesWhatRunsWhereTheJobHasNoDocument)
+{
+    Start();
+    Keepers().Set("Two", "runs");
+    Jobs().SaveAs("default");
+    Stop();
+    Archive(FileOf("part"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("one")}}, {});
+    Start();
+
+    Jobs().LoadJob("part");
+
+    EXPECT_FALSE(Jobs().Report("part").protocols[1].isInJob);
+    EXPECT_EQ(Keepers().values.at("Two"), "runs");
+    ASSERT_TRUE(WaitUntilSaved());
+    EXPECT_EQ(In("part"), (Files{{ONE, ValueKeepers::DocumentWith("one")}, {TWO, ValueKeepers::DocumentWith("runs")}}));
+}
+
+TEST_F(JobManagerTest, SavesAtTheEndWhatRunsInThePlaceOfADocumentThatIsRefused)
+{
+    Start("default", false);
+    Keepers().Set("One", "runs");
+    Jobs().SaveAs("default");
+    Edit("default", ONE, "[]");
+    Jobs().LoadJob("default");
+
+    Stop();
+
+    EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("runs"));
+}
+
+TEST_F(JobManagerTest, GivesAProtocolWhoseDocumentIsRefusedItsDefaultsAtTheStart)
+{
+    Archive(FileOf("default"), Access::CREATE).Write({{ONE, "[]"}, {TWO, ValueKeepers::DocumentWith("two")}}, {});
+
+    Start("default", false);
+
+    EXPECT_EQ(Keepers().calls.Count("instance One"), 1U);
+    EXPECT_EQ(Keepers().calls.Count("instance Two"), 0U);
+}
+
+TEST_F(JobManagerTest, HoldsBackNoServiceWhoseDocumentIsRefused)
+{
+    std::string const refused = R"({"version":"2","zu:control":{"enabled":true,"parameters":{"value":"x"}}})";
+    Archive(FileOf("default"), Access::CREATE).Write({{ONE, refused}, {TWO, ValueKeepers::DocumentWith("two")}}, {});
+    desk.emplace(scratch.path);
+
+    EXPECT_EQ(Jobs().Begin("default", {"One", "Two"}), std::vector<std::string>{"Two"});
+}
+
+TEST_F(JobManagerTest, TellsWhichServiceCannotBeSavedAndWhy)
+{
+    Start("default", false);
+    Keepers().Set("Two", "before");
+    Jobs().SaveAs("default");
+    std::string const tooLong(17 * 1024 * 1024, 'x');
+    for (auto const& [value, why] :
+         {std::pair<std::string, std::string>(
+              tooLong, "The document '/controls/Two/config.json' cannot be stored: it is longer than 16777216 bytes"),
+          {"\xFF", "[json.exception.type_error.316] invalid UTF-8 byte at index 0: 0xFF"}})
+    {
+        Keepers().Set("One", "changed too");
+        Keepers().Set("Two", value);
+        Keepers().own = "counted";
+
+        Refusal const refusal = RefusalOf([&] { Jobs().SaveAs("copy"); });
+
+        EXPECT_EQ(refusal, (Refusal{Zu::Status::FAILURE, "service Two: " + why}));
+        EXPECT_EQ(ProblemTexts(), std::vector<std::string>{"The job 'default' cannot be saved: service Two: " + why});
+        EXPECT_TRUE(Jobs().List()[0].isModified);
+        EXPECT_FALSE(std::filesystem::exists(FileOf("copy")));
+        EXPECT_EQ(In("default"), (Files{{ONE, ValueKeepers::DocumentWith("changed too")},
+                                        {TWO, ValueKeepers::DocumentWith("before")}}));
+        EXPECT_EQ(Archive(scratch / "settings.zpset", Access::READ).Read().entries.at(ONE), "\"counted\"");
+
+        Keepers().Set("Two", "before");
+        Jobs().SaveAs("default");
+        EXPECT_TRUE(ProblemTexts().empty());
+        EXPECT_FALSE(Jobs().List()[0].isModified);
+    }
+}
+
+TEST_F(JobManagerTest, TellsOfSettingsThatCannotBeSaved)
+{
+    Start("default", false);
+    Keepers().own = "\xFF";
+
+    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs("default"); }).status, Zu::Status::FAILURE);
+
+    ASSERT_EQ(ProblemTexts().size(), 1U);
+    EXPECT_NE(ProblemTexts()[0].find("invalid UTF-8 byte at index 0"), std::string::npos) << ProblemTexts()[0];
 }
 
 TEST_F(JobManagerTest, UsesTheLastGoodDocumentTellsTheUserAndMendsTheFile)
