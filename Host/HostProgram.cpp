@@ -55,13 +55,6 @@ std::string CheckHttp(Options const& options)
     return settings.token;
 }
 
-/// To be called from a catch block.
-std::string CaughtSentence()
-{
-    std::string const text = Zu::CaughtText();
-    return text.empty() ? "failed with status " + std::to_string(Zu::CaughtStatus()) : text;
-}
-
 /// `failureStatus` is always that of what is being done: the caller gives it when something throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
@@ -124,7 +117,7 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
     }
     catch (...)
     {
-        errors << "zucontrol-host: " << CaughtSentence() << std::endl;
+        errors << "zucontrol-host: " << Zu::CaughtReason() << std::endl;
         return failureStatus;
     }
 }

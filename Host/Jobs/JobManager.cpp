@@ -51,13 +51,6 @@ private:
     UpdateGate::Request const request;
 };
 
-/// What the exception that is being handled says.
-std::string CaughtSentence()
-{
-    std::string text = Zu::CaughtText();
-    return text.empty() ? "status " + std::to_string(Zu::CaughtStatus()) : text;
-}
-
 [[noreturn]] void ThrowNoJob(std::string const& name)
 {
     ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
@@ -272,7 +265,7 @@ void JobManager::BeginSettings()
             {
                 throw;
             }
-            problems.Add(Kind::SETTINGS, "The settings of the protocols cannot be loaded: " + CaughtSentence());
+            problems.Add(Kind::SETTINGS, "The settings of the protocols cannot be loaded: " + Zu::CaughtReason());
         }
     }
     GateBracket const bracket(gate);
@@ -300,7 +293,7 @@ void JobManager::BeginJob(std::string const& name, std::set<std::string> const& 
             {
                 throw;
             }
-            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + CaughtSentence());
+            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + Zu::CaughtReason());
         }
     }
     MakeNew();
@@ -360,7 +353,7 @@ void JobManager::Load(std::string const& name)
     }
     catch (...)
     {
-        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + CaughtSentence());
+        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + Zu::CaughtReason());
         throw;
     }
     problems.Clear(Kind::LOAD);
@@ -440,7 +433,7 @@ void JobManager::Save(Scope scope)
     {
         SaveJob(scope);
     }
-    catch (std::exception const&)
+    catch (...)
     {
         failure = std::current_exception();
     }
@@ -471,7 +464,7 @@ void JobManager::GuardedSave(std::function<void()> const& save)
     }
     catch (...)
     {
-        problems.Add(Kind::SAVE, "The job '" + LoadedJob() + "' cannot be saved: " + CaughtSentence());
+        problems.Add(Kind::SAVE, "The job '" + LoadedJob() + "' cannot be saved: " + Zu::CaughtReason());
         throw;
     }
 }

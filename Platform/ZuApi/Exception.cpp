@@ -168,6 +168,12 @@ std::string CaughtText()
     }
 }
 
+std::string CaughtReason()
+{
+    std::string text = CaughtText();
+    return text.empty() ? "status " + std::to_string(CaughtStatus()) : text;
+}
+
 int32 CaughtStatus() noexcept
 {
     try

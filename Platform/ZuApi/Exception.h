@@ -66,6 +66,9 @@ inline constexpr char const* UNKNOWN_EXCEPTION = "exception of an unknown type";
 /// catch block.
 ZUAPI_API std::string CaughtText();
 
+/// `CaughtText`, or "status N" for an exception without a text. To be called from a catch block.
+ZUAPI_API std::string CaughtReason();
+
 } // namespace Zu
 
 /// Throws a Zu::Exception with this status, and a text when a format is given.

@@ -27,24 +27,6 @@ namespace
 constexpr int32 START_STOP_SEVERITY = 1;
 constexpr char const* PROBLEM_SOURCE = "Protocol";
 
-/// What the exception that is being handled says; its status when it has no text.
-std::string CaughtReason()
-{
-    try
-    {
-        throw;
-    }
-    catch (std::exception const& exception)
-    {
-        std::string text = exception.what();
-        return text.empty() ? "status " + std::to_string(Zu::Exception::StatusOf(exception)) : text;
-    }
-    catch (...)
-    {
-        return "exception of an unknown type";
-    }
-}
-
 } // namespace
 
 ControlInstance::ControlInstance(ControlInstanceParams& params)
@@ -413,7 +395,7 @@ ControlVitals::FailedStarts ControlInstance::FailedStarts() const
 /// To be called from a catch block.
 void ControlInstance::NoteFailedStart()
 {
-    std::string reason = CaughtReason();
+    std::string reason = Zu::CaughtReason();
     std::scoped_lock const guard(failedStartsLock);
     ++failedStarts.count;
     failedStarts.lastReason = std::move(reason);

@@ -130,6 +130,25 @@ TEST(Exception, HasATextForWhateverIsCaught)
     EXPECT_EQ(textOf([] { throw 5; }), "exception of an unknown type");
 }
 
+TEST(Exception, GivesTheStatusAsTheReasonWhereThereIsNoText)
+{
+    auto const reasonOf = [](auto const& step) {
+        try
+        {
+            step();
+        }
+        catch (...)
+        {
+            return CaughtReason();
+        }
+        return std::string();
+    };
+
+    EXPECT_EQ(reasonOf([] { ZU_THROW(Status::BUSY, "not now"); }), "not now");
+    EXPECT_EQ(reasonOf([] { ZU_THROW(Status::BUSY); }), "status -976");
+    EXPECT_EQ(reasonOf([] { throw 5; }), "exception of an unknown type");
+}
+
 TEST(Guard, LogsWhatAStepThrowsAndSaysSo)
 {
     ZuTest::LogRecorder log;
