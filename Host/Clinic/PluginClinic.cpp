@@ -4,10 +4,10 @@
 #include "Host/Clinic/PluginTrial.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -36,7 +36,7 @@ public:
 
     void Write(Zu::Logging::Entry const& entry) override
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (text.empty())
         {
             text = entry.text;
@@ -45,13 +45,13 @@ public:
 
     std::string Text() const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return text;
     }
 
 private:
-    mutable std::mutex lock; // a leaf: guards the text
-    std::string text;
+    mutable Zu::Mutex lock; // a leaf
+    std::string text ZU_GUARDED_BY(lock);
 };
 
 std::string Sentence(std::filesystem::path const& file, std::string const& fault, std::string const& station)

@@ -13,10 +13,9 @@
 #include "ZuControl/ControlProtocol/IProtocol.h"
 #include "wApi/wArrayList.h"
 #include "wApi/wHandle.h"
+#include "wApi/wMutex.h"
+#include "wApi/wTime.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -32,7 +31,7 @@ namespace
 constexpr bool SCANS_AT_POWER_UP = false;
 constexpr double RATE_HZ = 1000;
 constexpr std::size_t FED_SETS = 10;
-constexpr std::chrono::seconds LONGEST_SCAN{5};
+constexpr uint64 LONGEST_SCAN_USEC = 5'000'000;
 
 /// Keeps the first sets that come through a hub.
 class SetKeeper final
@@ -53,14 +52,15 @@ public:
 
     void Wait()
     {
-        std::unique_lock guard(lock);
-        changed.wait_for(guard, LONGEST_SCAN, [this] { return kept.size() == FED_SETS; });
+        Zu::MutexLock const guard(lock);
+        changed.WaitUntil(lock, wTime_AfterUsec(LONGEST_SCAN_USEC),
+                          [this]() ZU_REQUIRES(lock) { return kept.size() == FED_SETS; });
     }
 
     /// The sets as a dispatcher hands them over; the list shares them.
     void Fill(wArrayList& list)
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         ZU_CHECK(wArrayList_Construct(&list, nullptr, kept.size(), nullptr));
         for (auto& set : kept)
         {
@@ -73,20 +73,20 @@ private:
     void Keep(ZuCore::ResultSet set)
     {
         {
-            std::scoped_lock const guard(lock);
+            Zu::MutexLock const guard(lock);
             if (kept.size() < FED_SETS)
             {
                 kept.push_back(wHandle_Share(set));
             }
         }
-        changed.notify_all();
+        changed.NotifyAll();
     }
 
     ZuCore::ResultHub& hub;
     ZuCore::ResultHub::CallbackId id;
-    std::mutex lock; // a leaf: guards the sets
-    std::condition_variable changed;
-    std::vector<wHandle<ZuCore::ResultSetObject>> kept;
+    Zu::Mutex lock; // a leaf
+    Zu::CondVar changed;
+    std::vector<wHandle<ZuCore::ResultSetObject>> kept ZU_GUARDED_BY(lock);
 };
 
 /// Whether the service can be told to listen where nobody else does: "port" may be 0. That of a service that sends may not.

@@ -13,6 +13,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <exception>
@@ -104,7 +105,7 @@ void JobManager::SetAloneRunner(AloneRunner runner)
 
 std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std::string> const& toHoldBack)
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     BeginSettings();
     BeginJob(JobName::Checked(name), toHoldBack);
     return heldBack;
@@ -126,7 +127,7 @@ void JobManager::Run()
 void JobManager::Close()
 {
     saver.Stop();
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     if (isClosed || !job.has_value())
     {
         return; // nothing has begun, or all has ended
@@ -138,7 +139,7 @@ void JobManager::Close()
 void JobManager::LoadJob(std::string const& name)
 {
     auto const load = [&] {
-        std::scoped_lock const guard(operationLock);
+        Zu::MutexLock const guard(operationLock);
         CheckOpen();
         Load(JobName::Checked(name));
     };
@@ -148,7 +149,7 @@ void JobManager::LoadJob(std::string const& name)
 
 std::string JobManager::LoadedJob()
 {
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     return loadedJob;
 }
 
@@ -175,7 +176,7 @@ void JobManager::SaveAs(std::string const& name)
 {
     std::string const copy = JobName::Checked(name);
     {
-        std::scoped_lock const guard(operationLock);
+        Zu::MutexLock const guard(operationLock);
         CheckOpen();
         Save(Scope::ALL);
         if (copy != LoadedJob())
@@ -197,7 +198,7 @@ bool JobManager::Upload(std::string const& name, std::string const& bytes)
     Files const files = ArchiveFile::Checked(uploaded, bytes);
     bool isNew = false;
     {
-        std::scoped_lock const guard(operationLock);
+        Zu::MutexLock const guard(operationLock);
         if (uploaded == LoadedJob())
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is replaced",
@@ -215,7 +216,7 @@ void JobManager::Remove(std::string const& name)
 {
     std::string const removed = JobName::Checked(name);
     {
-        std::scoped_lock const guard(operationLock);
+        Zu::MutexLock const guard(operationLock);
         if (removed == LoadedJob())
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is deleted",
@@ -233,7 +234,7 @@ void JobManager::Remove(std::string const& name)
 LoadReport JobManager::Report(std::string const& name)
 {
     std::string const asked = JobName::Checked(name);
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     if (lastReport.job != asked)
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no report: the job '%s' is not the one that was loaded last",
@@ -422,7 +423,7 @@ bool JobManager::IsTakenOver(ArchiveFile::Documents const& documents, uint64 cou
 
 void JobManager::SaveChanges()
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     Save(Scope::CHANGED);
 }
 
@@ -556,13 +557,13 @@ void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)
 
 void JobManager::SetLoaded(std::string const& name)
 {
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     loadedJob = name;
 }
 
 void JobManager::SetReport(LoadReport const& report)
 {
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     lastReport = report;
 }
 

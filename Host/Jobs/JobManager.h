@@ -7,6 +7,7 @@
 #include "ZuApi/GuardedEvent.h"
 #include "ZuCommon/PersistDomain.h"
 #include "ZuCommon/PersistManager.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
 #include <map>
@@ -159,7 +160,7 @@ private:
     // The modifications that are saved; none yet. Written under operationLock; the list shows it.
     std::atomic<uint64> savedCount{NEVER_SAVED};
 
-    std::mutex operationLock; // held during each operation; the gate and all below are taken under it. Guards these six
+    Zu::Mutex operationLock; // held during each operation; the gate and all below are taken under it. Guards these six
     bool isClosed = false;
     JobProblems problems;
     Kept settings;
@@ -167,9 +168,9 @@ private:
     bool keepsReplaced = false;        // what was loaded has not been taken over as it stands
     std::vector<std::string> heldBack; // services that the job enables and that the owner is yet to start
 
-    std::mutex stateLock; // a leaf: guards these two
-    std::string loadedJob;
-    LoadReport lastReport;
+    Zu::Mutex stateLock; // a leaf
+    std::string loadedJob ZU_GUARDED_BY(stateLock);
+    LoadReport lastReport ZU_GUARDED_BY(stateLock);
 
     JobSaver saver; // last: it uses all of the above
 };

@@ -1,6 +1,7 @@
 #include "Host/Jobs/JobSaver.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ void JobSaver::Start()
 void JobSaver::Stop()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         isEnding = true;
     }
     changed.NotifyAll();
@@ -38,7 +39,7 @@ void JobSaver::Stop()
 void JobSaver::Note()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (isDue)
         {
             return; // goes with what is due already
@@ -62,9 +63,9 @@ int JobSaver::Main(void* argument)
 /// False at the end.
 bool JobSaver::WaitUntilDue()
 {
-    std::unique_lock guard(lock);
-    changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this] { return isDue || isEnding; });
-    changed.WaitUntil(guard, dueUsec, [this] { return isEnding; });
+    Zu::MutexLock const guard(lock);
+    changed.WaitUntil(lock, wTIMEOUT_INFINITE, [this]() ZU_REQUIRES(lock) { return isDue || isEnding; });
+    changed.WaitUntil(lock, dueUsec, [this]() ZU_REQUIRES(lock) { return isEnding; });
     isDue = false; // what changes from now on is not in this save
     return !isEnding;
 }
@@ -80,7 +81,7 @@ void JobSaver::Save()
     catch (...) // the user has been told
     {
     }
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (isSaved)
     {
         retryUsec = 0;

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
 
 #include <functional>
-#include <mutex>
 
 namespace ZuHost
 {
@@ -47,12 +46,12 @@ private:
     std::function<void()> const save;
     Pace const pace;
 
-    std::mutex lock; // a leaf: guards all below
-    wCondition changed;
-    bool isDue = false;
-    bool isEnding = false;
-    uint64 dueUsec = 0;   // when, while something is due
-    uint64 retryUsec = 0; // how long the next retry waits; 0 when the last save was a good one
+    Zu::Mutex lock; // a leaf
+    Zu::CondVar changed;
+    bool isDue ZU_GUARDED_BY(lock) = false;
+    bool isEnding ZU_GUARDED_BY(lock) = false;
+    uint64 dueUsec ZU_GUARDED_BY(lock) = 0;   // when, while something is due
+    uint64 retryUsec ZU_GUARDED_BY(lock) = 0; // how long the next retry waits; 0 when the last save was a good one
 
     wThread thread; // last: it uses all of the above
 };

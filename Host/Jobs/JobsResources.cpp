@@ -2,6 +2,7 @@
 
 #include "Host/Jobs/JobManager.h"
 #include "ZuRest/ResourceRouter.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -39,7 +40,7 @@ JobsResources::~JobsResources()
 
 void JobsResources::TellOfChange()
 {
-    std::scoped_lock const guard(notificationLock);
+    Zu::MutexLock const guard(notificationLock);
     list.NotificationEvent().Fire(list, ZuRest::EventType::CHANGED, "/jobs");
 }
 

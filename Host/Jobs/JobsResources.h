@@ -5,8 +5,7 @@
 #include "Host/Jobs/JobReportResource.h"
 #include "Host/Jobs/JobResource.h"
 #include "ZuApi/GuardedEvent.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace ZuRest
 {
@@ -39,7 +38,7 @@ private:
     JobCommandResource save;
     JobReportResource report;
 
-    std::mutex notificationLock; // held while the list's notification fires: jobs change on several threads
+    Zu::Mutex notificationLock; // held while the list's notification fires: jobs change on several threads
     Zu::GuardedEvent<>::CallbackId changeId;
 };
 

@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuControl/Control/IControlManager.h"
+#include "wApi/wMutex.h"
 
 namespace ZuHost
 {
@@ -12,15 +13,15 @@ PersistRegistry::~PersistRegistry() = default;
 
 uint64 PersistRegistry::Register(ZuCommon::IPersistHandler& handler, std::string const& /*name*/)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     handlers.emplace(++lastId, &handler);
     return lastId;
 }
 
 void PersistRegistry::Deregister(uint64 id)
 {
-    std::scoped_lock const operationEnded(operationLock);
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const operationEnded(operationLock);
+    Zu::MutexLock const guard(lock);
     handlers.erase(id);
 }
 
@@ -29,7 +30,7 @@ void PersistRegistry::MarkModified(ZuCommon::IPersistHandler& /*handler*/, ZuCom
 {
     std::function<void()> told;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         ++modificationCount;
         told = modifiedHandler;
     }
@@ -41,7 +42,7 @@ void PersistRegistry::MarkModified(ZuCommon::IPersistHandler& /*handler*/, ZuCom
 
 void PersistRegistry::SetModifiedHandler(std::function<void()> handler)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     modifiedHandler = std::move(handler);
 }
 
@@ -62,7 +63,7 @@ void PersistRegistry::Save(ZuCommon::PersistDomain domain, ZuCommon::IPersistSto
 
 ZuControl::IControlManager& PersistRegistry::Controls() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     for (auto const& entry : handlers)
     {
         if (auto* const controls = dynamic_cast<ZuControl::IControlManager*>(entry.second); controls != nullptr)
@@ -75,16 +76,16 @@ ZuControl::IControlManager& PersistRegistry::Controls() const
 
 uint64 PersistRegistry::ModificationCount() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return modificationCount;
 }
 
 void PersistRegistry::ForEachHandler(std::function<void(ZuCommon::IPersistHandler&)> const& operation)
 {
-    std::scoped_lock const oneAtATime(operationLock);
+    Zu::MutexLock const oneAtATime(operationLock);
     std::vector<ZuCommon::IPersistHandler*> registered;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         for (auto const& [id, handler] : handlers)
         {
             registered.push_back(handler);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ZuControl/Control/IPersistRegistry.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <vector>
 
 namespace ZuCommon
@@ -54,13 +54,13 @@ public:
 private:
     void ForEachHandler(std::function<void(ZuCommon::IPersistHandler&)> const& operation);
 
-    std::mutex operationLock; // held while handlers run; the other is taken under it
+    Zu::Mutex operationLock; // held while handlers run; the other is taken under it
 
-    mutable std::mutex lock; // a leaf: guards all below
-    uint64 lastId = 0;
-    std::map<uint64, ZuCommon::IPersistHandler*> handlers;
-    uint64 modificationCount = 0;
-    std::function<void()> modifiedHandler;
+    mutable Zu::Mutex lock; // a leaf
+    uint64 lastId ZU_GUARDED_BY(lock) = 0;
+    std::map<uint64, ZuCommon::IPersistHandler*> handlers ZU_GUARDED_BY(lock);
+    uint64 modificationCount ZU_GUARDED_BY(lock) = 0;
+    std::function<void()> modifiedHandler ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuHost

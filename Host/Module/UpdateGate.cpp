@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 namespace ZuHost
@@ -24,9 +25,9 @@ UpdateGate::~UpdateGate() = default;
 
 void UpdateGate::BeginUpdate(bool /*exclusive*/)
 {
-    std::unique_lock guard(lock);
-    auto const isFree = [this] { return depth == 0 || owner == std::this_thread::get_id(); };
-    if (!closed.WaitUntil(guard, wTime_AfterUsec(patienceUsec), isFree))
+    Zu::MutexLock const guard(lock);
+    auto const isFree = [this]() ZU_REQUIRES(lock) { return depth == 0 || owner == std::this_thread::get_id(); };
+    if (!closed.WaitUntil(lock, wTime_AfterUsec(patienceUsec), isFree))
     {
         ZU_THROW(Zu::Status::BUSY, "Another change of the configuration does not come to an end");
     }
@@ -37,7 +38,7 @@ void UpdateGate::BeginUpdate(bool /*exclusive*/)
 void UpdateGate::EndUpdate()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (depth == 0 || owner != std::this_thread::get_id() || --depth > 0)
         {
             return;
@@ -49,14 +50,14 @@ void UpdateGate::EndUpdate()
 
 bool UpdateGate::IsOpen() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return depth > 0;
 }
 
 void UpdateGate::CloseOfThisThread()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (depth == 0 || owner != std::this_thread::get_id())
         {
             return;

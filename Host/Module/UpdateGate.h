@@ -1,10 +1,9 @@
 #pragma once
 
 #include "ZuControl/Control/IUpdateGate.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
-#include <mutex>
 #include <thread>
 
 namespace ZuHost
@@ -55,10 +54,10 @@ private:
 
     uint64 const patienceUsec;
 
-    mutable std::mutex lock; // a leaf: guards all below
-    wCondition closed;
-    std::thread::id owner; // of no thread while depth is 0
-    uint64 depth = 0;
+    mutable Zu::Mutex lock; // a leaf
+    Zu::CondVar closed;
+    std::thread::id owner ZU_GUARDED_BY(lock); // of no thread while depth is 0
+    uint64 depth ZU_GUARDED_BY(lock) = 0;
 };
 
 } // namespace ZuHost

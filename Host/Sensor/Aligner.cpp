@@ -1,6 +1,7 @@
 #include "Host/Sensor/Aligner.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 namespace ZuHost
@@ -19,7 +20,7 @@ Aligner::Aligner(uint64 newDurationUsec) : durationUsec(newDurationUsec)
 Aligner::~Aligner()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         isClosing = true;
     }
     changed.NotifyAll();
@@ -29,7 +30,7 @@ Aligner::~Aligner()
 void Aligner::Begin()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (state == AlignState::ALIGNING)
         {
             ZU_THROW(Zu::Status::BUSY, "The scanner is being aligned already");
@@ -43,7 +44,7 @@ void Aligner::Begin()
 void Aligner::Clear()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         cancelled += state == AlignState::ALIGNING ? 1 : 0;
         state = AlignState::NOT_ALIGNED;
         doneAtUsec = wTIMEOUT_INFINITE;
@@ -53,7 +54,7 @@ void Aligner::Clear()
 
 AlignState Aligner::State() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return state;
 }
 
@@ -70,13 +71,14 @@ int Aligner::RunThread(void* aligner)
 
 void Aligner::Run()
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock guard(lock);
     while (!isClosing)
     {
         // The deadline is a new one with each alignment: whatever changes it ends the wait.
         uint64 const deadlineUsec = doneAtUsec;
-        changed.WaitUntil(guard, deadlineUsec,
-                          [this, deadlineUsec] { return isClosing || cancelled > 0 || doneAtUsec != deadlineUsec; });
+        changed.WaitUntil(lock, deadlineUsec, [this, deadlineUsec]() ZU_REQUIRES(lock) {
+            return isClosing || cancelled > 0 || doneAtUsec != deadlineUsec;
+        });
         bool const isDone = state == AlignState::ALIGNING && wTime_NowUsec() >= doneAtUsec;
         if (isClosing || (cancelled == 0 && !isDone))
         {
@@ -92,9 +94,9 @@ void Aligner::Run()
             state = AlignState::ALIGNED;
             doneAtUsec = wTIMEOUT_INFINITE;
         }
-        guard.unlock(); // handlers may ask for the state, or begin the next alignment
+        guard.Unlock(); // handlers may ask for the state, or begin the next alignment
         ZU_GUARD_BOUNDARY([this, status] { completedEvent.Fire(status); });
-        guard.lock();
+        guard.Lock();
     }
 }
 

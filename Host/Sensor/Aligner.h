@@ -2,11 +2,9 @@
 
 #include "ZuScan/AlignCompletionStatus.h"
 #include "ZuScan/AlignState.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
-
-#include <mutex>
 
 namespace ZuHost
 {
@@ -43,12 +41,12 @@ private:
     Zu::Event<ZuScan::AlignCompletionStatus> completedEvent; // has a lock of its own; fired under none of ours
 
     // A leaf: guards all below but the thread.
-    mutable std::mutex lock;
-    wCondition changed;
-    ZuScan::AlignState state = ZuScan::AlignState::NOT_ALIGNED;
-    uint64 doneAtUsec = wTIMEOUT_INFINITE; // when the alignment that runs is done
-    uint64 cancelled = 0;                  // alignments whose cancellation is still to be told
-    bool isClosing = false;
+    mutable Zu::Mutex lock;
+    Zu::CondVar changed;
+    ZuScan::AlignState state ZU_GUARDED_BY(lock) = ZuScan::AlignState::NOT_ALIGNED;
+    uint64 doneAtUsec ZU_GUARDED_BY(lock) = wTIMEOUT_INFINITE; // when the alignment that runs is done
+    uint64 cancelled ZU_GUARDED_BY(lock) = 0;                  // alignments whose cancellation is still to be told
+    bool isClosing ZU_GUARDED_BY(lock) = false;
 
     wThread thread; // last: it uses all the others
 };

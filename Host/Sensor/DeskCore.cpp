@@ -3,6 +3,7 @@
 #include "Host/Sensor/Sensor.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
+#include "wApi/wMutex.h"
 
 namespace ZuHost
 {
@@ -16,21 +17,21 @@ DeskCore::~DeskCore() = default;
 
 void DeskCore::Start(bool /*userRequest*/)
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     CheckOpen();
     StartScan();
 }
 
 void DeskCore::Stop(bool /*force*/)
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     CheckOpen();
     StopScan();
 }
 
 void DeskCore::FactoryRestore()
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     CheckOpen();
     ZU_LOG_INFO("Restoring the factory settings");
     StopScan();
@@ -41,7 +42,7 @@ void DeskCore::FactoryRestore()
 
 void DeskCore::Restart()
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     CheckOpen();
     ZU_LOG_INFO("Restarting the sensor");
     StopScan();
@@ -55,7 +56,7 @@ void DeskCore::Restart()
 
 void DeskCore::SetNextIpConfig(wIpConfig const& config)
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     CheckOpen();
     nextIpConfig = config;
 }
@@ -76,7 +77,7 @@ ZuCommon::IMetricsReporter<>& DeskCore::GetMetricsReporter()
 
 void DeskCore::Close()
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     if (!isClosed)
     {
         StopScan();
@@ -96,13 +97,13 @@ Zu::Event<>& DeskCore::FactoryRestoreEvent()
 
 wIpConfig DeskCore::IpConfig() const
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     return ipConfig;
 }
 
 wIpConfig DeskCore::NextIpConfig() const
 {
-    std::scoped_lock const guard(operationLock);
+    Zu::MutexLock const guard(operationLock);
     return nextIpConfig;
 }
 

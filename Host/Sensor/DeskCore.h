@@ -4,8 +4,7 @@
 #include "ZuApi/Event.h"
 #include "ZuCore/Core.h"
 #include "wApi/wIpConfig.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace ZuHost
 {
@@ -57,22 +56,22 @@ public:
     wIpConfig NextIpConfig() const;
 
 private:
-    void CheckOpen() const;
-    void StartScan();
-    void StopScan();
+    void CheckOpen() const ZU_REQUIRES(operationLock);
+    void StartScan() ZU_REQUIRES(operationLock);
+    void StopScan() ZU_REQUIRES(operationLock);
 
     Sensor& sensor;
     bool const startsAtPowerUp;
     DeskMetricsReporter reporter;
 
     // Held during each operation but for the questions, also while it fires. Taken before the sensor's locks.
-    mutable std::recursive_mutex operationLock;
-    bool isClosed = false;   // guarded by operationLock, as are all below
-    bool isScanning = false; // as the events told it last
-    Zu::Event<bool> scanStartStopEvent;
+    mutable Zu::RecursiveMutex operationLock;
+    bool isClosed ZU_GUARDED_BY(operationLock) = false;
+    bool isScanning ZU_GUARDED_BY(operationLock) = false; // as the events told it last
+    Zu::Event<bool> scanStartStopEvent; // these two fire under operationLock; handlers are added before the sensor runs
     Zu::Event<> factoryRestoreEvent;
-    wIpConfig ipConfig;
-    wIpConfig nextIpConfig;
+    wIpConfig ipConfig ZU_GUARDED_BY(operationLock);
+    wIpConfig nextIpConfig ZU_GUARDED_BY(operationLock);
 };
 
 } // namespace ZuHost

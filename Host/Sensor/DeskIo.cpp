@@ -1,6 +1,7 @@
 #include "Host/Sensor/DeskIo.h"
 
 #include "ZuApi/Exception.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 namespace ZuHost
@@ -78,7 +79,7 @@ uint64 DeskIo::Count(IoType type)
 
 bool DeskIo::IsEnabled(IoType type, uint64 index) const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     bool isEnabled = false;
     WithChannel(board, type, index, [&isEnabled](auto const& channel) { isEnabled = channel.IsEnabled(); });
     return isEnabled;
@@ -86,37 +87,37 @@ bool DeskIo::IsEnabled(IoType type, uint64 index) const
 
 void DeskIo::Enable(IoType type, uint64 index, bool enable)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     WithChannel(board, type, index, [enable](auto& channel) { channel.Enable(enable); });
 }
 
 void DeskIo::UseAnalogOutput(uint64 index, std::function<void(DeskAnalogOutput&, uint64 nowUsec)> const& step)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     step(At(board.analogOutputs, index, ANALOG_OUTPUT), clock());
 }
 
 void DeskIo::UseSerialOutput(uint64 index, std::function<void(DeskSerialOutput&)> const& step)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     step(At(board.serialOutputs, index, SERIAL_OUTPUT));
 }
 
 void DeskIo::UseDigitalOutput(uint64 index, std::function<void(DeskDigitalOutput&, uint64 nowUsec)> const& step)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     step(At(board.digitalOutputs, index, DIGITAL_OUTPUT), clock());
 }
 
 void DeskIo::UseDigitalInput(uint64 index, std::function<void(DeskDigitalInput&)> const& step)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     step(At(board.digitalInputs, index, DIGITAL_INPUT));
 }
 
 uint16 DeskIo::InputBits() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     uint64 const nowUsec = clock();
     uint32 bits = 0;
     for (std::size_t i = 0; i < board.digitalInputs.size(); ++i)
@@ -130,7 +131,7 @@ uint16 DeskIo::InputBits() const
 
 void DeskIo::RestoreFactoryState()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     board = Board();
 }
 

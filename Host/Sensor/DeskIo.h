@@ -5,11 +5,11 @@
 #include "Host/Sensor/DeskDigitalOutput.h"
 #include "Host/Sensor/DeskSerialOutput.h"
 #include "ZuStdScanners/ZucSensor/IoType.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <array>
 #include <functional>
-#include <mutex>
 
 namespace ZuHost
 {
@@ -67,8 +67,8 @@ private:
     };
 
     Clock const clock;
-    mutable std::mutex lock; // a leaf but for the clock
-    Board board;             // guarded by lock
+    mutable Zu::Mutex lock; // a leaf but for the clock
+    Board board ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuHost

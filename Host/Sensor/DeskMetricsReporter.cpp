@@ -1,5 +1,7 @@
 #include "Host/Sensor/DeskMetricsReporter.h"
 
+#include "wApi/wMutex.h"
+
 namespace ZuHost
 {
 
@@ -20,7 +22,7 @@ DeskMetricsReporter::CallbackId DeskMetricsReporter::AddReportHandler(ReportHand
     CallbackId id;
     bool isFirst = false;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         bool const wasEmpty = reported.Empty();
         id = reported.Add(std::move(handler));
         isFirst = wasEmpty && !reported.Empty();
@@ -35,7 +37,7 @@ DeskMetricsReporter::CallbackId DeskMetricsReporter::AddReportHandler(ReportHand
 void DeskMetricsReporter::RemoveReportHandler(CallbackId id)
 {
     // The timer goes on: stopping it here would race with a handler that is being added, and a tick without one is cheap.
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     reported.Remove(id);
 }
 
@@ -46,7 +48,7 @@ DeskMetrics& DeskMetricsReporter::Metrics()
 
 void DeskMetricsReporter::Report()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     reported.Fire(metrics);
 }
 

@@ -3,8 +3,7 @@
 #include "Host/Sensor/DeskMetrics.h"
 #include "ZuApi/AsyncTimer.h"
 #include "ZuCommon/IMetricsReporter.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace ZuHost
 {
@@ -37,9 +36,9 @@ private:
     uint64 const periodUsec;
     DeskMetrics metrics;
 
-    std::recursive_mutex lock;                           // held while handlers run
-    Zu::Event<ZuCommon::IMetricsSource const&> reported; // guarded by lock
-    Zu::AsyncTimer timer;                                // last: its callback uses all the others
+    Zu::RecursiveMutex lock; // held while handlers run
+    Zu::Event<ZuCommon::IMetricsSource const&> reported ZU_GUARDED_BY(lock);
+    Zu::AsyncTimer timer; // last: its callback uses all the others
 };
 
 } // namespace ZuHost

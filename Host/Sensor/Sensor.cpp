@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 #include "wBeacon/wStamp.h"
 
@@ -47,7 +48,7 @@ Sensor::~Sensor()
 
 void Sensor::Start()
 {
-    std::scoped_lock const control(controlLock);
+    Zu::MutexLock const control(controlLock);
     if (isThreadThere && !HasFailed())
     {
         return;
@@ -57,14 +58,14 @@ void Sensor::Start()
     missedCount.store(0, std::memory_order_relaxed);
     encoder.store(0, std::memory_order_relaxed);
     {
-        std::scoped_lock const guard(stateLock);
+        Zu::MutexLock const guard(stateLock);
         isScanning = true;
         hasFailed = false;
         pendingTriggers = 0;
     }
     if (wStatus const status = wThread_Start(thread, &Sensor::RunThread, this); status != Zu::Status::SUCCESS)
     {
-        std::scoped_lock const guard(stateLock);
+        Zu::MutexLock const guard(stateLock);
         isScanning = false;
         ZU_THROW(status);
     }
@@ -77,9 +78,9 @@ void Sensor::Stop()
     {
         ZU_THROW(Zu::Status::WRONG_STATE, "The sensor cannot be stopped by who handles its results");
     }
-    std::scoped_lock const control(controlLock);
+    Zu::MutexLock const control(controlLock);
     {
-        std::scoped_lock const guard(stateLock);
+        Zu::MutexLock const guard(stateLock);
         isScanning = false;
         hasFailed = false;
     }
@@ -90,7 +91,7 @@ void Sensor::Stop()
 void Sensor::Trigger()
 {
     {
-        std::scoped_lock const guard(stateLock);
+        Zu::MutexLock const guard(stateLock);
         if (!isScanning || hasFailed)
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "The sensor takes a trigger only while it scans");
@@ -106,13 +107,13 @@ void Sensor::Trigger()
 
 bool Sensor::IsScanning() const
 {
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     return isScanning;
 }
 
 bool Sensor::HasFailed() const
 {
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     return hasFailed;
 }
 
@@ -142,7 +143,7 @@ int Sensor::RunThread(void* sensor)
     self.scanThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
     if (!ZU_GUARD_BOUNDARY([&self] { self.Scan(); }))
     {
-        std::scoped_lock const guard(self.stateLock);
+        Zu::MutexLock const guard(self.stateLock);
         self.hasFailed = self.isScanning; // a stop that came meanwhile leaves nothing to tell
     }
     self.scanThread.store({}, std::memory_order_relaxed);
@@ -164,13 +165,14 @@ bool Sensor::WaitForRoom()
 {
     while (!publisher.HasRoom(MAX_SETS_ALIVE))
     {
-        std::unique_lock guard(stateLock);
-        if (stateChanged.WaitUntil(guard, wTime_AfterUsec(ROOM_POLL_USEC), [this] { return !isScanning; }))
+        Zu::MutexLock const guard(stateLock);
+        if (stateChanged.WaitUntil(stateLock, wTime_AfterUsec(ROOM_POLL_USEC),
+                                   [this]() ZU_REQUIRES(stateLock) { return !isScanning; }))
         {
             return false;
         }
     }
-    std::scoped_lock const guard(stateLock);
+    Zu::MutexLock const guard(stateLock);
     pendingTriggers = 0; // the frame that comes now serves them
     return isScanning;
 }
@@ -179,8 +181,9 @@ bool Sensor::WaitUntilDue()
 {
     uint64 const deadlineUsec = DeadlineUsec();
     {
-        std::unique_lock guard(stateLock);
-        stateChanged.WaitUntil(guard, deadlineUsec, [this] { return !isScanning || pendingTriggers > 0; });
+        Zu::MutexLock const guard(stateLock);
+        stateChanged.WaitUntil(stateLock, deadlineUsec,
+                               [this]() ZU_REQUIRES(stateLock) { return !isScanning || pendingTriggers > 0; });
         if (!isScanning)
         {
             return false;

@@ -3,13 +3,12 @@
 #include "Host/Sensor/DeskIo.h"
 #include "Host/Sensor/FramePublisher.h"
 #include "Host/Sensor/IProfileSource.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 namespace ZuHost
@@ -78,7 +77,7 @@ private:
     void LeaveOutMissedFrames(uint64 lagUsec);
     void PublishFrame();
     uint64 DeadlineUsec() const;
-    void JoinThread();
+    void JoinThread() ZU_REQUIRES(controlLock);
 
     double const rateHz; // 0: as fast as the consumers take the profiles
     ProfileTool const tool;
@@ -87,16 +86,16 @@ private:
     FramePublisher publisher;                     // likewise
 
     // Taken first; held while a thread starts or ends.
-    std::mutex controlLock;
-    bool isThreadThere = false; // guarded by controlLock
-    wThread thread;             // likewise
+    Zu::Mutex controlLock;
+    bool isThreadThere ZU_GUARDED_BY(controlLock) = false;
+    wThread thread ZU_GUARDED_BY(controlLock);
 
     // A leaf.
-    mutable std::mutex stateLock;
-    wCondition stateChanged;
-    bool isScanning = false; // guarded by stateLock, as are the two below
-    uint64 pendingTriggers = 0;
-    bool hasFailed = false;
+    mutable Zu::Mutex stateLock;
+    Zu::CondVar stateChanged;
+    bool isScanning ZU_GUARDED_BY(stateLock) = false;
+    uint64 pendingTriggers ZU_GUARDED_BY(stateLock) = 0;
+    bool hasFailed ZU_GUARDED_BY(stateLock) = false;
 
     // The sensor's thread writes them, any thread reads them for show: nothing is published by them.
     std::atomic<uint64> publishedCount{0};

@@ -2,6 +2,7 @@
 
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/ControlVitals.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <utility>
@@ -47,7 +48,7 @@ void Watch::Look(uint64 nowUsec)
 
 std::vector<std::string> Watch::Faults() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     std::vector<std::string> sentences;
     sentences.reserve(faults.size());
     for (auto const& fault : faults)
@@ -65,7 +66,7 @@ void Watch::Tell(std::set<std::string> const& sentences)
         {
             Problems told{{sentence, {}}}; // made first: a problem that was told is not forgotten for want of memory
             told.begin()->second = TellNew(sentence);
-            std::scoped_lock const guard(lock);
+            Zu::MutexLock const guard(lock);
             faults.merge(told);
         }
     }
@@ -78,7 +79,7 @@ void Watch::Tell(std::set<std::string> const& sentences)
         }
         problems.Remove(fault->second);
         ZU_LOG_INFO("This is over: %s", fault->first.c_str());
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         fault = faults.erase(fault);
     }
 }

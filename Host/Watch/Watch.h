@@ -3,10 +3,10 @@
 #include "Host/Watch/Diagnosis.h"
 #include "ZuApi/AsyncTimer.h"
 #include "ZuCommon/ProblemsManager.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -58,7 +58,7 @@ private:
 
     // By their sentences. The one that looks is the only one that changes them, and needs the lock for that alone: a leaf.
     Problems faults;
-    mutable std::mutex lock;
+    mutable Zu::Mutex lock;
 
     Zu::AsyncTimer timer; // last: it uses all of the above
 };

@@ -2,12 +2,11 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <deque>
 #include <exception>
-#include <mutex>
 #include <utility>
 
 namespace Zu
@@ -49,11 +48,11 @@ public:
 private:
     std::function<void()> task; // of the thread that runs or drops it
 
-    std::mutex lock; // guards what follows
-    wCondition changed;
-    Outcome outcome = Outcome::NONE;
-    bool isAwaited = true;
-    std::exception_ptr error;
+    Zu::Mutex lock;
+    Zu::CondVar changed;
+    Outcome outcome ZU_GUARDED_BY(lock) = Outcome::NONE;
+    bool isAwaited ZU_GUARDED_BY(lock) = true;
+    std::exception_ptr error ZU_GUARDED_BY(lock);
 };
 
 void WaitedTask::Run()
@@ -68,7 +67,7 @@ void WaitedTask::Run()
         thrown = std::current_exception(); // handed over behind this block: by then the worker is done with it
     }
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         outcome = Outcome::RAN;
         if (isAwaited)
         {
@@ -86,7 +85,7 @@ void WaitedTask::Run()
 void WaitedTask::Drop() noexcept
 {
     task = nullptr; // as after a run: what the task holds ends before its caller goes on
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (outcome == Outcome::NONE)
     {
         outcome = Outcome::DROPPED;
@@ -96,15 +95,16 @@ void WaitedTask::Drop() noexcept
 
 WaitedTask::Outcome WaitedTask::Wait(uint64 timeoutUsec)
 {
-    std::unique_lock guard(lock);
-    changed.WaitUntil(guard, wTime_AfterUsec(timeoutUsec), [this] { return outcome != Outcome::NONE; });
+    Zu::MutexLock const guard(lock);
+    changed.WaitUntil(lock, wTime_AfterUsec(timeoutUsec),
+                      [this]() ZU_REQUIRES(lock) { return outcome != Outcome::NONE; });
     isAwaited = outcome != Outcome::NONE;
     return outcome;
 }
 
 std::exception_ptr WaitedTask::TakeError()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return std::exchange(error, nullptr);
 }
 
@@ -119,16 +119,16 @@ struct AsyncRunner::State
     void Work();
     Task Next();
 
-    std::mutex lock; // guards what follows; no task runs or ends under it
-    wCondition changed;
-    std::deque<Task> tasks;
-    bool ending = false;
+    Zu::Mutex lock; // no task runs or ends under it
+    Zu::CondVar changed;
+    std::deque<Task> tasks ZU_GUARDED_BY(lock);
+    bool ending ZU_GUARDED_BY(lock) = false;
 };
 
 void AsyncRunner::State::Add(Task task)
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (ending)
         {
             return;
@@ -141,7 +141,7 @@ void AsyncRunner::State::Add(Task task)
 void AsyncRunner::State::End()
 {
     std::deque<Task> dropped;
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     ending = true;
     dropped.swap(tasks);
     changed.NotifyOne();
@@ -149,8 +149,8 @@ void AsyncRunner::State::End()
 
 AsyncRunner::State::Task AsyncRunner::State::Next()
 {
-    std::unique_lock guard(lock);
-    changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this] { return ending || !tasks.empty(); });
+    Zu::MutexLock const guard(lock);
+    changed.WaitUntil(lock, wTIMEOUT_INFINITE, [this]() ZU_REQUIRES(lock) { return ending || !tasks.empty(); });
     if (ending)
     {
         return {};

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <utility>
@@ -24,26 +24,26 @@ struct AsyncTimer::State
     void Stop();
     void End();
     void Work();
-    void Tick(std::unique_lock<std::mutex>& guard);
-    void PlanNext();
+    void Tick() ZU_REQUIRES(lock);
+    void PlanNext() ZU_REQUIRES(lock);
 
     std::function<void(AsyncTimer&)> callback; // never changes
     AsyncTimer* timer = nullptr;               // handed to the callback, not touched otherwise
 
-    std::mutex lock; // guards what follows; the callback does not run under it
-    wCondition changed;
-    bool running = false;
-    bool ending = false;
-    uint64 intervalUsec = 0;
-    uint64 nextUsec = 0; // moment of the next tick
-    uint64 revision = 0; // counts starts and stops: a plan that an older one made is void
-    uint64 callsBegun = 0;
-    uint64 callsEnded = 0;
+    Zu::Mutex lock; // the callback does not run under it
+    Zu::CondVar changed;
+    bool running ZU_GUARDED_BY(lock) = false;
+    bool ending ZU_GUARDED_BY(lock) = false;
+    uint64 intervalUsec ZU_GUARDED_BY(lock) = 0;
+    uint64 nextUsec ZU_GUARDED_BY(lock) = 0; // moment of the next tick
+    uint64 revision ZU_GUARDED_BY(lock) = 0; // counts starts and stops: a plan that an older one made is void
+    uint64 callsBegun ZU_GUARDED_BY(lock) = 0;
+    uint64 callsEnded ZU_GUARDED_BY(lock) = 0;
 };
 
 void AsyncTimer::State::Start(uint64 newIntervalUsec, bool atOnce)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     running = !ending;
     intervalUsec = newIntervalUsec;
     nextUsec = wTime_AfterUsec(atOnce ? 0 : intervalUsec);
@@ -53,19 +53,20 @@ void AsyncTimer::State::Start(uint64 newIntervalUsec, bool atOnce)
 
 void AsyncTimer::State::Stop()
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock const guard(lock);
     running = false;
     ++revision;
     changed.NotifyAll();
     if (thisTimer != this)
     {
-        changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this, awaited = callsBegun] { return callsEnded >= awaited; });
+        changed.WaitUntil(lock, wTIMEOUT_INFINITE,
+                          [this, awaited = callsBegun]() ZU_REQUIRES(lock) { return callsEnded >= awaited; });
     }
 }
 
 void AsyncTimer::State::End()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     running = false;
     ending = true;
     ++revision;
@@ -75,25 +76,25 @@ void AsyncTimer::State::End()
 void AsyncTimer::State::Work()
 {
     thisTimer = this;
-    std::unique_lock guard(lock);
+    Zu::MutexLock const guard(lock);
     while (!ending)
     {
         uint64 const seen = revision;
         uint64 const deadline = running ? nextUsec : wTIMEOUT_INFINITE;
-        if (!changed.WaitUntil(guard, deadline, [this, seen] { return revision != seen; }))
+        if (!changed.WaitUntil(lock, deadline, [this, seen]() ZU_REQUIRES(lock) { return revision != seen; }))
         {
-            Tick(guard);
+            Tick();
         }
     }
 }
 
-void AsyncTimer::State::Tick(std::unique_lock<std::mutex>& guard)
+void AsyncTimer::State::Tick()
 {
     uint64 const seen = revision;
     ++callsBegun;
-    guard.unlock();
+    lock.Unlock();
     ZU_GUARD_BOUNDARY([this] { callback(*timer); });
-    guard.lock();
+    lock.Lock();
     ++callsEnded;
     changed.NotifyAll();
     if (revision == seen)
@@ -153,7 +154,7 @@ int AsyncTimer::ThreadFunction(void* argument)
 
 void AsyncTimer::StartThread()
 {
-    std::scoped_lock const guard(threadLock);
+    Zu::MutexLock const guard(threadLock);
     if (threadStarted)
     {
         return;

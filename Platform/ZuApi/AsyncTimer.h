@@ -1,12 +1,12 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
 namespace Zu
 {
@@ -42,8 +42,8 @@ private:
 
     std::shared_ptr<State> const state;
 
-    std::mutex threadLock; // guards the making of the thread; held before the state's lock
-    bool threadStarted = false;
+    Zu::Mutex threadLock; // taken before the state's lock
+    bool threadStarted ZU_GUARDED_BY(threadLock) = false;
     wThread thread;
 };
 

@@ -1,5 +1,7 @@
 #include "ZuApi/CallbackGate.h"
 
+#include "wApi/wMutex.h"
+
 namespace Zu
 {
 
@@ -14,7 +16,7 @@ CallbackGate::~CallbackGate()
 
 void CallbackGate::Close() noexcept
 {
-    std::scoped_lock const guard(state->lock);
+    Zu::MutexLock const guard(state->lock);
     state->open = false;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
 namespace Zu
 {
@@ -33,7 +33,7 @@ public:
             return {};
         }
         return [shared = state, inner = std::move(callback)](Args... args) {
-            std::scoped_lock const guard(shared->lock);
+            Zu::MutexLock const guard(shared->lock);
             if (shared->open)
             {
                 inner(args...);
@@ -46,8 +46,8 @@ public:
 private:
     struct State
     {
-        std::recursive_mutex lock; // held during each call
-        bool open = true;
+        Zu::RecursiveMutex lock; // held during each call
+        bool open ZU_GUARDED_BY(lock) = true;
     };
 
     std::shared_ptr<State> state;

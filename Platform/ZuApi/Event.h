@@ -1,20 +1,24 @@
 #pragma once
 
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
+#include <atomic>
 #include <functional>
 #include <list>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace Zu
 {
 
-/// An ordered list of handlers that are called when the event fires.
+/// An ordered list of handlers that are called when the event fires. Any thread may call any operation.
 ///
-/// It has no lock, by design: handlers are added and removed where no other thread can be firing. On the firing thread a
-/// handler may add and remove handlers, itself included: one that is removed is not called any more, one that is added is
-/// called from the next firing on. An exception of a handler leaves `Fire`, and later handlers are not called.
+/// Handlers run on the firing thread, and no lock is held during a call, so that a handler may fire, add and remove, itself
+/// included. A handler that is removed while the event fires is not called any more; `Remove` does not wait for a call that
+/// has begun, for which `CallbackGate` is there. A handler that is added while the event fires is called from the next firing
+/// on. An exception of a handler leaves `Fire`, and later handlers are not called.
 template <typename... Args>
 class Event
 {
@@ -23,7 +27,7 @@ class Event
 public:
     using Handler = std::function<void(Args...)>;
 
-    /// Names one handler. It refers to it weakly: an id that is stale, or of another event, does nothing.
+    /// Names one handler. The id does not own it: an id that is stale, or of another event, names nothing.
     struct CallbackId
     {
         std::weak_ptr<Slot> first; ///< position in the list
@@ -42,11 +46,10 @@ public:
         {
             return {};
         }
-        auto slot = std::make_shared<Slot>();
-        slot->handler = std::move(handler);
-        slot->owner = this;
+        auto slot = std::make_shared<Slot>(std::move(handler), this);
+        MutexLock const guard(lock);
         slot->position = slots.insert(slots.end(), slot);
-        ++count;
+        snapshot = nullptr;
         return {slot, true};
     }
 
@@ -54,83 +57,73 @@ public:
     void Remove(CallbackId const& id)
     {
         auto const slot = id.second ? id.first.lock() : nullptr;
-        if (slot == nullptr || slot->owner != this)
+        std::shared_ptr<Slots const> outdated; // both end behind the lock: what a handler holds may come back here
+        MutexLock const guard(lock);
+        if (slot == nullptr || slot->owner.load(std::memory_order_relaxed) != this)
         {
             return;
         }
-        slot->owner = nullptr;
-        --count;
-        if (firing == 0)
-        {
-            slots.erase(slot->position);
-        }
+        slot->owner.store(nullptr, std::memory_order_relaxed);
+        slots.erase(slot->position);
+        outdated = std::exchange(snapshot, nullptr);
     }
 
     /// Calls the handlers in order of addition on this thread.
     void Fire(Args... args)
     {
-        if (slots.empty())
+        std::shared_ptr<Slots const> const present = Snapshot();
+        if (present == nullptr)
         {
             return;
         }
-        FiringScope const scope(*this);
-        auto const last = std::prev(slots.end());
-        for (auto position = slots.begin();; ++position)
+        for (auto const& slot : *present)
         {
-            if (std::shared_ptr<Slot> const slot = *position; slot->owner == this)
+            if (slot->owner.load(std::memory_order_relaxed) == this)
             {
                 slot->handler(args...);
-            }
-            if (position == last)
-            {
-                break;
             }
         }
     }
 
     uint64 Count() const
     {
-        return count;
+        MutexLock const guard(lock);
+        return slots.size();
     }
 
     bool Empty() const
     {
-        return count == 0;
+        return Count() == 0;
     }
 
 private:
+    using Slots = std::vector<std::shared_ptr<Slot>>;
+
     struct Slot
     {
-        Handler handler;
-        Event const* owner = nullptr; // null once removed
+        Slot(Handler newHandler, Event const* newOwner) : handler(std::move(newHandler)), owner(newOwner)
+        {
+        }
+
+        Handler const handler;
+        std::atomic<Event const*> owner; // null once removed; publishes nothing
         typename std::list<std::shared_ptr<Slot>>::iterator position;
     };
 
-    /// Keeps removed slots in the list while it is walked and frees them when the outermost walk has ended.
-    struct FiringScope
+    /// The handlers at this moment; null when there are none. Allocates only for the first firing after a change.
+    std::shared_ptr<Slots const> Snapshot()
     {
-        explicit FiringScope(Event& firedEvent) : event(firedEvent)
+        MutexLock const guard(lock);
+        if (snapshot == nullptr && !slots.empty())
         {
-            ++event.firing;
+            snapshot = std::make_shared<Slots const>(slots.begin(), slots.end());
         }
+        return snapshot;
+    }
 
-        ~FiringScope()
-        {
-            if (--event.firing == 0)
-            {
-                event.slots.remove_if([](auto const& slot) { return slot->owner == nullptr; });
-            }
-        }
-
-        FiringScope(FiringScope const&) = delete;
-        FiringScope& operator=(FiringScope const&) = delete;
-
-        Event& event;
-    };
-
-    std::list<std::shared_ptr<Slot>> slots;
-    uint64 count = 0;
-    uint32 firing = 0; // nested walks
+    mutable Mutex lock; // a leaf
+    std::list<std::shared_ptr<Slot>> slots ZU_GUARDED_BY(lock);
+    std::shared_ptr<Slots const> snapshot ZU_GUARDED_BY(lock); // null while it does not match the list
 };
 
 } // namespace Zu

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ZuApi/Event.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <vector>
 
 namespace Zu
@@ -34,15 +34,16 @@ public:
             return {};
         }
         auto shared = std::make_shared<Handler>(std::move(handler));
-        std::scoped_lock const guard(lock);
-        return event.Add([this, shared = std::move(shared)](Args...) { collected->push_back(shared); });
+        Zu::MutexLock const guard(lock);
+        return event.Add([this, shared = std::move(shared)](Args...)
+                             ZU_REQUIRES(lock) { collected->push_back(shared); });
     }
 
     /// Does nothing for an id that is not valid or no longer names a handler.
     void Remove(CallbackId const& id)
     {
         auto const ending = id.first.lock(); // what the handler holds ends behind the lock: it may come back here
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         event.Remove(id);
     }
 
@@ -60,7 +61,7 @@ public:
 
     uint64 Count() const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return event.Count();
     }
 
@@ -75,16 +76,16 @@ private:
     Collected Collect(Args... args)
     {
         Collected handlers;
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         handlers.reserve(event.Count());
         collected = &handlers;
         event.Fire(args...); // calls no handler: each only says who it is
         return handlers;
     }
 
-    mutable std::mutex lock; // guards what follows
-    Event<Args...> event;
-    Collected* collected = nullptr; // of the firing that holds the lock
+    mutable Zu::Mutex lock;
+    Event<Args...> event ZU_GUARDED_BY(lock);
+    Collected* collected ZU_GUARDED_BY(lock) = nullptr; // of the firing that holds the lock
 };
 
 } // namespace Zu

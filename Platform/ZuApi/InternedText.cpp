@@ -1,11 +1,11 @@
 #include "ZuApi/InternedText.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -85,7 +85,7 @@ struct InternedText::Pool
         {
             return kept;
         }
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         Entry* const taken = TakeCounted(key);
         if (key.IsLiteral())
         {
@@ -94,7 +94,7 @@ struct InternedText::Pool
         return taken;
     }
 
-    Entry* TakeCounted(TextKey const& key)
+    Entry* TakeCounted(TextKey const& key) ZU_REQUIRES(lock)
     {
         if (Entry* const found = slots[SlotOf(key)]; found != nullptr)
         {
@@ -108,7 +108,7 @@ struct InternedText::Pool
     }
 
     /// The slot of the entry with this text, else the free one where it belongs.
-    std::size_t SlotOf(TextKey const& key) const
+    std::size_t SlotOf(TextKey const& key) const ZU_REQUIRES(lock)
     {
         std::size_t slot = key.Hash() & (slots.size() - 1);
         while (slots[slot] != nullptr && !slots[slot]->Is(key))
@@ -118,13 +118,13 @@ struct InternedText::Pool
         return slot;
     }
 
-    std::size_t Next(std::size_t slot) const
+    std::size_t Next(std::size_t slot) const ZU_REQUIRES(lock)
     {
         return (slot + 1) & (slots.size() - 1);
     }
 
     /// A free slot for a text that is not there, when at most half of them are taken.
-    std::size_t RoomFor(TextKey const& key)
+    std::size_t RoomFor(TextKey const& key) ZU_REQUIRES(lock)
     {
         if (2 * (count + 1) > slots.size())
         {
@@ -141,7 +141,7 @@ struct InternedText::Pool
     }
 
     /// Entries behind the gap move up that are looked for from there or from ahead of it.
-    void Erase(Entry const& entry)
+    void Erase(Entry const& entry) ZU_REQUIRES(lock)
     {
         std::size_t gap = SlotOf(TextKey(entry.text));
         --count;
@@ -158,10 +158,11 @@ struct InternedText::Pool
         slots[gap] = nullptr;
     }
 
-    std::mutex lock;                                       // a leaf: guards the tables alone
-    std::vector<Entry*> slots = std::vector<Entry*>(1024); // a power of two of them; half of them stay free
-    std::size_t count = 0;
-    LiteralTable literals; // some of those in the slots
+    Zu::Mutex lock; // a leaf
+    /// The number of slots is a power of two, and at least half of them are free.
+    std::vector<Entry*> slots ZU_GUARDED_BY(lock) = std::vector<Entry*>(1024);
+    std::size_t count ZU_GUARDED_BY(lock) = 0;
+    LiteralTable literals; // a part of the entries; changed under the lock, searched without it
 
     static Pool& Instance()
     {
@@ -202,7 +203,7 @@ InternedText::~InternedText()
         }
     }
     Pool& pool = Pool::Instance();
-    std::scoped_lock const guard(pool.lock);
+    Zu::MutexLock const guard(pool.lock);
     if (entry->users.fetch_sub(1, std::memory_order_acq_rel) == 1) // somebody may have found it since the load
     {
         pool.Erase(*entry);
@@ -231,7 +232,7 @@ std::string const& InternedText::TextOf(void const* detached) noexcept
 std::size_t InternedText::PoolSize()
 {
     Pool& pool = Pool::Instance();
-    std::scoped_lock const guard(pool.lock);
+    Zu::MutexLock const guard(pool.lock);
     return pool.count;
 }
 

@@ -1,11 +1,13 @@
 #include "ZuApi/LazyBuildLock.h"
 
+#include "wApi/wMutex.h"
+
 namespace Zu::Properties::Internal
 {
 
-std::recursive_mutex& LazyBuildLock()
+Zu::RecursiveMutex& LazyBuildLock()
 {
-    static auto* const lock = new std::recursive_mutex; // never freed: nodes of static storage may outlive any static
+    static auto* const lock = new Zu::RecursiveMutex; // never freed: nodes of static storage may outlive any static
     return *lock;
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "wApi/wExport.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace Zu::Properties::Internal
 {
@@ -10,6 +9,6 @@ namespace Zu::Properties::Internal
 /// Held while a node that is only read makes what it put off: its schema, the node of an attribute. Readers of one node may
 /// run side by side, so the first of them makes it and the rest find it. Recursive, since schemas contain schemas; no
 /// handler, no observer and no log line runs under it, and only the pool of texts is locked inside it.
-ZUAPI_API std::recursive_mutex& LazyBuildLock();
+ZUAPI_API Zu::RecursiveMutex& LazyBuildLock();
 
 } // namespace Zu::Properties::Internal

@@ -1,9 +1,9 @@
 #include "ZuApi/Logging.h"
 
 #include "ZuApi/FormatText.h"
+#include "wApi/wMutex.h"
 
 #include <cstdarg>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -18,8 +18,8 @@ using Sinks = std::vector<std::shared_ptr<ISink>>;
 /// The sinks of the process: an immutable list that is replaced whole, so that a line in progress keeps the one it began with.
 struct Registry
 {
-    std::mutex lock; // held for a copy or a swap of the pointer, never while a sink runs
-    std::shared_ptr<Sinks const> sinks = std::make_shared<Sinks>();
+    Zu::Mutex lock; // held for a copy or a swap of the pointer, never while a sink runs
+    std::shared_ptr<Sinks const> sinks ZU_GUARDED_BY(lock) = std::make_shared<Sinks>();
 };
 
 Registry& TheRegistry()
@@ -31,7 +31,7 @@ Registry& TheRegistry()
 constexpr uint64 ALL_KINDS[] = {FLAGS_INFO,      FLAGS_WARNING,      FLAGS_ERROR,
                                 FLAGS_USER_INFO, FLAGS_USER_WARNING, FLAGS_USER_ERROR};
 
-void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks)
+void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks) ZU_REQUIRES(registry.lock)
 {
     uint32 wanted = 0;
     for (auto const& sink : *sinks)
@@ -48,7 +48,7 @@ void Replace(Registry& registry, std::shared_ptr<Sinks const> sinks)
 std::shared_ptr<Sinks const> CurrentSinks()
 {
     Registry& registry = TheRegistry();
-    std::scoped_lock const guard(registry.lock);
+    Zu::MutexLock const guard(registry.lock);
     return registry.sinks;
 }
 
@@ -62,7 +62,7 @@ ISink::~ISink() = default;
 void AddSink(std::shared_ptr<ISink> sink)
 {
     Registry& registry = TheRegistry();
-    std::scoped_lock const guard(registry.lock);
+    Zu::MutexLock const guard(registry.lock);
     auto sinks = std::make_shared<Sinks>(*registry.sinks);
     sinks->push_back(std::move(sink));
     Replace(registry, std::move(sinks));
@@ -71,7 +71,7 @@ void AddSink(std::shared_ptr<ISink> sink)
 void RemoveSink(std::shared_ptr<ISink> const& sink)
 {
     Registry& registry = TheRegistry();
-    std::scoped_lock const guard(registry.lock);
+    Zu::MutexLock const guard(registry.lock);
     auto sinks = std::make_shared<Sinks>(*registry.sinks);
     std::erase(*sinks, sink);
     Replace(registry, std::move(sinks));

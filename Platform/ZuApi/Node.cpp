@@ -2,9 +2,9 @@
 
 #include "ZuApi/LazyBuildLock.h"
 #include "ZuApi/Structure.h"
+#include "wApi/wMutex.h"
 
 #include <memory>
-#include <mutex>
 
 namespace Zu::Properties
 {
@@ -67,7 +67,7 @@ Structure* Node::Schema() const
     {
         return made;
     }
-    std::scoped_lock const guard(Internal::LazyBuildLock());
+    Zu::MutexLock const guard(Internal::LazyBuildLock());
     Side& holder = MadeSide();
     if (holder.schema.load(std::memory_order_relaxed) == nullptr)
     {
@@ -146,7 +146,7 @@ Node::Side& Node::MadeSide() const
     {
         return *made;
     }
-    std::scoped_lock const guard(Internal::LazyBuildLock());
+    Zu::MutexLock const guard(Internal::LazyBuildLock());
     if (side.load(std::memory_order_relaxed) == nullptr)
     {
         side.store(new Side, std::memory_order_release);

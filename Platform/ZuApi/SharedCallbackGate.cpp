@@ -1,18 +1,16 @@
 #include "ZuApi/SharedCallbackGate.h"
 
-#include "wApi/wCondition.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace Zu
 {
 
 struct SharedCallbackGate::State
 {
-    std::mutex lock; // a leaf, never held during a call; guards what follows
-    wCondition left;
-    bool open = true;
-    uint64 running = 0;
+    Zu::Mutex lock; // a leaf: not held during a call
+    Zu::CondVar left;
+    bool open ZU_GUARDED_BY(lock) = true;
+    uint64 running ZU_GUARDED_BY(lock) = 0;
 };
 
 namespace
@@ -35,15 +33,16 @@ SharedCallbackGate::~SharedCallbackGate()
 void SharedCallbackGate::Close() noexcept
 {
     uint64 const own = Passage::CountOnThisThread(*state);
-    std::unique_lock guard(state->lock);
+    Zu::MutexLock const guard(state->lock);
     state->open = false;
-    state->left.WaitUntil(guard, wTIMEOUT_INFINITE, [this, own] { return state->running == own; });
+    state->left.WaitUntil(state->lock, wTIMEOUT_INFINITE,
+                          [this, own]() ZU_REQUIRES(state->lock) { return state->running == own; });
 }
 
 SharedCallbackGate::Passage::Passage(State& passedState) noexcept
     : state(passedState), outer(static_cast<Passage const*>(innermost))
 {
-    std::scoped_lock const guard(state.lock);
+    Zu::MutexLock const guard(state.lock);
     granted = state.open;
     if (granted)
     {
@@ -59,7 +58,7 @@ SharedCallbackGate::Passage::~Passage()
         return;
     }
     innermost = outer;
-    std::scoped_lock const guard(state.lock);
+    Zu::MutexLock const guard(state.lock);
     --state.running;
     state.left.NotifyAll();
 }

@@ -1,6 +1,7 @@
 #include "ZuCommon/PersistManager.h"
 
 #include "ZuApi/Exception.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,7 +25,7 @@ PersistManager::~PersistManager() = default;
 void PersistManager::LoadJob(std::string const& name)
 {
     std::string job = NameWithoutSuffix(name);
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (!std::ranges::binary_search(jobs, job))
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
@@ -34,7 +35,7 @@ void PersistManager::LoadJob(std::string const& name)
 
 std::string PersistManager::LoadedJob()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return loadedJob;
 }
 
@@ -45,7 +46,7 @@ void PersistManager::AddJob(std::string const& name)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "A job must have a name");
     }
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     auto const position = std::ranges::lower_bound(jobs, job);
     if (position == jobs.end() || *position != job)
     {
@@ -55,7 +56,7 @@ void PersistManager::AddJob(std::string const& name)
 
 std::vector<std::string> PersistManager::Jobs() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return jobs;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -41,9 +41,9 @@ public:
     static std::string NameWithoutSuffix(std::string const& name);
 
 private:
-    mutable std::mutex lock;       // a leaf: guards the members below
-    std::vector<std::string> jobs; // sorted
-    std::string loadedJob;
+    mutable Zu::Mutex lock;                            // a leaf
+    std::vector<std::string> jobs ZU_GUARDED_BY(lock); // sorted
+    std::string loadedJob ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuCommon

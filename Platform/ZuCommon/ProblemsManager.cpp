@@ -1,6 +1,7 @@
 #include "ZuCommon/ProblemsManager.h"
 
 #include "ZuApi/FormatText.h"
+#include "wApi/wMutex.h"
 
 #include <chrono>
 #include <cstdarg>
@@ -31,20 +32,20 @@ ProblemsManager::Iterator ProblemsManager::Add(int32 severity, char const* sourc
     va_end(arguments);
     Problem problem{severity, source != nullptr ? source : "", std::move(text), UsecSince1970()};
 
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     problems.emplace(++lastNumber, std::move(problem));
     return {lastNumber};
 }
 
 void ProblemsManager::Remove(Iterator problem)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     problems.erase(problem.number);
 }
 
 std::vector<ProblemsManager::Problem> ProblemsManager::List() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     std::vector<Problem> list;
     list.reserve(problems.size());
     for (auto const& [number, problem] : problems)
@@ -56,7 +57,7 @@ std::vector<ProblemsManager::Problem> ProblemsManager::List() const
 
 uint64 ProblemsManager::Count() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return problems.size();
 }
 

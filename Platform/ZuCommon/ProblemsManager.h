@@ -1,10 +1,10 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -51,9 +51,9 @@ public:
     uint64 Count() const;
 
 private:
-    mutable std::mutex lock; // a leaf: guards the two members below
-    uint64 lastNumber = 0;
-    std::map<uint64, Problem> problems; // by number, and so by age
+    mutable Zu::Mutex lock; // a leaf
+    uint64 lastNumber ZU_GUARDED_BY(lock) = 0;
+    std::map<uint64, Problem> problems ZU_GUARDED_BY(lock); // by number, and so by age
 };
 
 } // namespace ZuCommon

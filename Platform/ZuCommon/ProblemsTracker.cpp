@@ -1,6 +1,7 @@
 #include "ZuCommon/ProblemsTracker.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 
@@ -22,7 +23,7 @@ ProblemsTracker::~ProblemsTracker()
 
 void ProblemsTracker::Begin()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     brackets.push_back({std::this_thread::get_id(), {}, false});
 }
 
@@ -30,7 +31,7 @@ void ProblemsTracker::End()
 {
     Problems gone;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         auto const bracket = InnermostOfThisThread();
         if (bracket == brackets.end())
         {
@@ -53,14 +54,14 @@ void ProblemsTracker::End()
 
 void ProblemsTracker::Register(ProblemsManager::Iterator problem)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     auto const bracket = InnermostOfThisThread();
     (bracket != brackets.end() ? bracket->registered : settled).push_back(problem);
 }
 
 uint64 ProblemsTracker::Count() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     uint64 count = settled.size();
     for (Bracket const& bracket : brackets)
     {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ZuCommon/ProblemsManager.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -46,14 +46,14 @@ private:
             false; ///< another bracket that ended with problems was the last to end while this was open
     };
 
-    std::vector<Bracket>::iterator InnermostOfThisThread();
+    std::vector<Bracket>::iterator InnermostOfThisThread() ZU_REQUIRES(lock);
     void RemoveAll(Problems const& gone) noexcept;
 
     ProblemsManager* const manager;
 
-    mutable std::mutex lock; // guards the two members below; the manager's lock is not taken under it
-    Problems settled;
-    std::vector<Bracket> brackets; // of all threads, in order of opening
+    mutable Zu::Mutex lock; // the manager's lock is not taken under it
+    Problems settled ZU_GUARDED_BY(lock);
+    std::vector<Bracket> brackets ZU_GUARDED_BY(lock); // of all threads, in order of opening
 };
 
 } // namespace ZuCommon

@@ -1,6 +1,7 @@
 #include "ZuCore/ResultHandlers.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 
@@ -32,7 +33,7 @@ ResultHandlers::CallbackId ResultHandlers::Add(Handler handler)
     auto const entry = std::make_shared<Entry>();
     entry->call = entry->gate.Bind(
         Handler([inner = std::move(handler)](void* resultSet) { ZU_GUARD_BOUNDARY([&] { inner(resultSet); }); }));
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     auto changed = std::make_shared<Entries>(*entries);
     changed->push_back(entry);
     entry->id = ids.Add([](void*) {});
@@ -48,7 +49,7 @@ void ResultHandlers::Remove(CallbackId const& id)
     }
     std::shared_ptr<Entry> removed;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         auto changed = std::make_shared<Entries>(*entries);
         auto const found =
             std::ranges::find_if(*changed, [&id](auto const& entry) { return NamesTheSame(entry->id, id); });
@@ -79,7 +80,7 @@ bool ResultHandlers::Empty() const
 
 std::shared_ptr<ResultHandlers::Entries const> ResultHandlers::Present() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return entries;
 }
 

@@ -3,9 +3,9 @@
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace ZuCore
@@ -49,9 +49,9 @@ private:
 
     std::shared_ptr<Entries const> Present() const;
 
-    mutable std::mutex lock; // a leaf: guards both members
-    Zu::Event<void*> ids;    // knows which ids are still good; never fired
-    std::shared_ptr<Entries const> entries;
+    mutable Zu::Mutex lock;                   // a leaf
+    Zu::Event<void*> ids ZU_GUARDED_BY(lock); // knows which ids are still good; never fired
+    std::shared_ptr<Entries const> entries ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuCore

@@ -3,6 +3,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "wApi/wHandle.h"
+#include "wApi/wMutex.h"
 
 namespace ZuCore
 {
@@ -14,11 +15,12 @@ ResultHub::ResultHub(bool syncHandlersWanted) : syncWanted(syncHandlersWanted)
 ResultHub::~ResultHub()
 {
     {
-        std::scoped_lock const guard(queueLock);
+        Zu::MutexLock const guard(queueLock);
         stopping = true;
     }
-    queueChanged.notify_all();
+    queueChanged.NotifyAll();
     ZU_GUARD_DESTRUCTOR([this] {
+        Zu::MutexLock const guard(threadLock);
         if (started)
         {
             ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
@@ -71,13 +73,13 @@ void ResultHub::Publish(ResultSet set)
 
 uint64 ResultHub::DroppedCount() const
 {
-    std::scoped_lock const guard(queueLock);
+    Zu::MutexLock const guard(queueLock);
     return dropped;
 }
 
 void ResultHub::StartThread()
 {
-    std::scoped_lock const guard(threadLock);
+    Zu::MutexLock const guard(threadLock);
     if (started)
     {
         return;
@@ -99,7 +101,7 @@ void ResultHub::Enqueue(ResultSet set)
     wHandle<ResultSetObject> oldest;
     bool isFirstDrop = false;
     {
-        std::scoped_lock const guard(queueLock);
+        Zu::MutexLock const guard(queueLock);
         if (pendingCount == MAX_PENDING_SETS)
         {
             oldest.reset(TakeOldest());
@@ -108,7 +110,7 @@ void ResultHub::Enqueue(ResultSet set)
         pending[(firstPending + pendingCount++) % MAX_PENDING_SETS] = set;
         wObject_Share(set);
     }
-    queueChanged.notify_one();
+    queueChanged.NotifyOne();
     if (isFirstDrop) // once: a line for each would cost more than what is dropped
     {
         ZU_LOG_WARNING("Result handlers are too slow, result sets are dropped");
@@ -125,8 +127,8 @@ void ResultHub::RunThread()
 
 ResultSet ResultHub::WaitForSet()
 {
-    std::unique_lock guard(queueLock);
-    queueChanged.wait(guard, [this] { return stopping || pendingCount > 0; });
+    Zu::MutexLock const guard(queueLock);
+    queueChanged.Wait(queueLock, [this]() ZU_REQUIRES(queueLock) { return stopping || pendingCount > 0; });
     return stopping ? nullptr : TakeOldest();
 }
 

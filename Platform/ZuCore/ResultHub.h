@@ -3,11 +3,10 @@
 #include "ZuCore/ResultHandlers.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 
 #include <array>
-#include <condition_variable>
-#include <mutex>
 
 namespace ZuCore
 {
@@ -56,22 +55,22 @@ private:
     void Enqueue(ResultSet set);
     void RunThread();
     ResultSet WaitForSet();
-    ResultSet TakeOldest();
+    ResultSet TakeOldest() ZU_REQUIRES(queueLock);
 
     bool const syncWanted;
     ResultHandlers syncHandlers;
     ResultHandlers asyncHandlers;
 
-    mutable std::mutex queueLock; // a leaf: guards the members up to the thread
-    std::condition_variable queueChanged;
-    std::array<ResultSet, MAX_PENDING_SETS> pending{}; // a ring; one reference each
-    uint64 firstPending = 0;
-    uint64 pendingCount = 0;
-    uint64 dropped = 0;
-    bool stopping = false;
+    mutable Zu::Mutex queueLock; // a leaf
+    Zu::CondVar queueChanged;
+    std::array<ResultSet, MAX_PENDING_SETS> pending ZU_GUARDED_BY(queueLock){}; // a ring; one reference each
+    uint64 firstPending ZU_GUARDED_BY(queueLock) = 0;
+    uint64 pendingCount ZU_GUARDED_BY(queueLock) = 0;
+    uint64 dropped ZU_GUARDED_BY(queueLock) = 0;
+    bool stopping ZU_GUARDED_BY(queueLock) = false;
 
-    std::mutex threadLock; // guards the start of the thread
-    bool started = false;
+    Zu::Mutex threadLock;
+    bool started ZU_GUARDED_BY(threadLock) = false;
     wThread thread;
 };
 

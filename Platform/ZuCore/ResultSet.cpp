@@ -1,12 +1,12 @@
 #include "ZuCore/ResultSet.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wStatus.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <algorithm>
 #include <atomic>
 #include <bit>
-#include <mutex>
 
 namespace ZuCore
 {
@@ -62,7 +62,7 @@ public:
     ResultSet Take()
     {
         // One at a time takes: what is on top stays in the stack meanwhile, so that what lies below it does too.
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         ResultSet taken = top.load(std::memory_order_acquire);
         while (taken != nullptr && !top.compare_exchange_weak(taken, taken->nextIdle, std::memory_order_acquire))
         {
@@ -101,7 +101,7 @@ private:
         }
     }
 
-    std::mutex lock;                     // a leaf: held to take a set
+    Zu::Mutex lock;                      // a leaf: held to take a set
     std::atomic<ResultSet> top{nullptr}; // publishes the sets below it
     std::atomic<uint64> bytes{0};
 };

@@ -4,6 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuPlugin/ElfText.h"
 #include "ZuPlugin/PluginAbi.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -121,13 +122,13 @@ PluginManager::~PluginManager() = default;
 
 uint64 PluginManager::Count() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return libs.size();
 }
 
 PluginLib const& PluginManager::At(uint64 index) const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (index >= libs.size())
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no plug-in library number %llu",
@@ -138,7 +139,7 @@ PluginLib const& PluginManager::At(uint64 index) const
 
 bool PluginManager::LoadFile(std::string const& path)
 {
-    std::scoped_lock const loadGuard(loading);
+    Zu::MutexLock const loadGuard(loading);
     try
     {
         CheckFile(path);
@@ -148,7 +149,7 @@ bool PluginManager::LoadFile(std::string const& path)
             return true;
         }
         auto lib = std::make_unique<PluginLib>(path, MakePlugins(handle));
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         handles.push_back(handle);
         libs.push_back(std::move(lib));
         return true;
@@ -192,19 +193,19 @@ void PluginManager::Add(std::unique_ptr<PluginLib> lib)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "There is no plug-in library to add");
     }
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     libs.push_back(std::move(lib));
 }
 
 std::vector<PluginManager::Refusal> PluginManager::Refusals() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return refusals;
 }
 
 bool PluginManager::IsLoaded(void const* handle) const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return std::ranges::find(handles, handle) != handles.end();
 }
 
@@ -213,7 +214,7 @@ void PluginManager::Refuse(std::string const& path, char const* reason)
     ZU_LOG_USER_ERROR("Plug-in %1$s was refused: %2$s", path.c_str(), reason);
     ZU_LOG_ERROR("Plug-in %s was refused: %s", path.c_str(), reason);
     std::string text = "Plug-in " + path + " was refused: " + reason;
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     refusals.push_back({path, std::move(text)});
 }
 

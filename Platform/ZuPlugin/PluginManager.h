@@ -2,10 +2,10 @@
 
 #include "ZuPlugin/PluginLib.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -54,12 +54,12 @@ private:
     bool IsLoaded(void const* handle) const;
     void Refuse(std::string const& path, char const* reason);
 
-    std::recursive_mutex loading; // held while a library loads; its code may ask the manager what is there
+    Zu::RecursiveMutex loading; // held while a library loads; its code may ask the manager what is there
 
-    mutable std::mutex lock; // a leaf: guards the members below
-    std::vector<std::unique_ptr<PluginLib>> libs;
-    std::vector<void const*> handles; // of the files that are loaded
-    std::vector<Refusal> refusals;
+    mutable Zu::Mutex lock; // a leaf
+    std::vector<std::unique_ptr<PluginLib>> libs ZU_GUARDED_BY(lock);
+    std::vector<void const*> handles ZU_GUARDED_BY(lock); // of the files that are loaded
+    std::vector<Refusal> refusals ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuPlugin

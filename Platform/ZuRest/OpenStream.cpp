@@ -3,19 +3,20 @@
 #include "ZuApi/Guard.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
+#include "wApi/wMutex.h"
 
 #include <utility>
 
 namespace ZuRest
 {
 
-OpenStream::OpenStream(std::shared_ptr<std::mutex> sharedLock, ResourceRouter::Match streamedMatch,
+OpenStream::OpenStream(std::shared_ptr<Zu::Mutex> sharedLock, ResourceRouter::Match streamedMatch,
                        IStreamReceiver& receiver, RequestInfo const& request)
     : lock(std::move(sharedLock)),
       match(std::move(streamedMatch)),
       resource(*match.resource->StreamableProvider()) // the caller has seen that it is there
 {
-    std::scoped_lock const guard(*lock);
+    Zu::MutexLock const guard(*lock);
     id = resource.StartStream(&receiver, request);
     ZU_GUARD_BOUNDARY([this] { resource.StartEvent().Fire(id); }); // who only listens does not undo the start
 }
@@ -23,7 +24,7 @@ OpenStream::OpenStream(std::shared_ptr<std::mutex> sharedLock, ResourceRouter::M
 OpenStream::~OpenStream()
 {
     ZU_GUARD_DESTRUCTOR([this] {
-        std::scoped_lock const guard(*lock);
+        Zu::MutexLock const guard(*lock);
         resource.StopStream(id);
     });
 }

@@ -2,10 +2,10 @@
 
 #include "ZuRest/ResourceRouter.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <memory>
-#include <mutex>
 
 namespace ZuRest
 {
@@ -20,7 +20,7 @@ class ZUPLATFORM_API OpenStream
 public:
     /// Starts it. The lock excludes the starts and stops of other streams, which the resources do not do by themselves. The
     /// receiver outlives this; the match keeps the resource. Throws what the resource throws.
-    OpenStream(std::shared_ptr<std::mutex> sharedLock, ResourceRouter::Match streamedMatch, IStreamReceiver& receiver,
+    OpenStream(std::shared_ptr<Zu::Mutex> sharedLock, ResourceRouter::Match streamedMatch, IStreamReceiver& receiver,
                RequestInfo const& request);
     ~OpenStream(); ///< stops it: the receiver is called no more
 
@@ -28,7 +28,7 @@ public:
     OpenStream& operator=(OpenStream const&) = delete;
 
 private:
-    std::shared_ptr<std::mutex> const lock; // no other is taken but what the resource takes
+    std::shared_ptr<Zu::Mutex> const lock; // no other is taken but what the resource takes
     ResourceRouter::Match const match;
     IStreamableResource& resource;
     uint32 id = 0;

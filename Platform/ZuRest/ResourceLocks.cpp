@@ -1,16 +1,15 @@
 #include "ZuRest/ResourceLocks.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
+#include "wApi/wTime.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
 #include <iterator>
 #include <list>
 #include <map>
-#include <mutex>
 #include <new>
 #include <set>
 #include <thread>
@@ -39,38 +38,38 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         std::shared_ptr<Pass> pass; ///< once its turn has come
     };
 
-    bool IsChanging(Place const& place) const
+    bool IsChanging(Place const& place) const ZU_REQUIRES(lock)
     {
         auto const found = occupants.find(place);
         return closedTrees.contains(place.tree) || (found != occupants.end() && found->second.isChanging);
     }
 
     /// Whether this thread changes the whole tree, and may read in it.
-    bool IsOwnTree(std::string const& tree) const
+    bool IsOwnTree(std::string const& tree) const ZU_REQUIRES(lock)
     {
         auto const found = closedTrees.find(tree);
         return found != closedTrees.end() && found->second == std::this_thread::get_id();
     }
 
-    bool HasReaders(Place const& place) const
+    bool HasReaders(Place const& place) const ZU_REQUIRES(lock)
     {
         auto const found = occupants.find(place);
         return found != occupants.end() && found->second.readers != 0;
     }
 
-    bool HasReadersInTree(std::string const& tree) const
+    bool HasReadersInTree(std::string const& tree) const ZU_REQUIRES(lock)
     {
         return std::ranges::any_of(
             occupants, [&tree](auto const& one) { return one.first.tree == tree && one.second.readers != 0; });
     }
 
-    std::shared_ptr<Pass> Occupy(Place const& place, Mode mode, std::thread::id entrant);
-    void Leave(Place const& place, Mode mode);
-    void Reopen(std::string const& tree);
+    std::shared_ptr<Pass> Occupy(Place const& place, Mode mode, std::thread::id entrant) ZU_REQUIRES(lock);
+    void Leave(Place const& place, Mode mode) ZU_EXCLUDES(lock);
+    void Reopen(std::string const& tree) ZU_REQUIRES(lock);
 
     /// Whether this one may run now; if a change waits for readers alone, nobody passes it by.
     bool MayRun(Waiting const& one, std::set<Place>& held, std::set<std::string>& heldTrees,
-                std::set<std::string>& closingTrees) const
+                std::set<std::string>& closingTrees) const ZU_REQUIRES(lock)
     {
         if (one.mode == Mode::READ)
         {
@@ -97,7 +96,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
 
     /// Takes those out of `waiting` whose turn has come. Where the memory gives out, which `isShort` tells, the others wait
     /// for the next who comes or goes.
-    std::list<Waiting> NextTurns(bool& isShort)
+    std::list<Waiting> NextTurns(bool& isShort) ZU_REQUIRES(lock)
     {
         std::list<Waiting> turns;
         std::set<Place> held;
@@ -131,12 +130,13 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         }
     }
 
-    std::mutex lock; // a leaf: guards all below; nobody is called under it
-    std::condition_variable changeEnded;
-    std::map<Place, Occupants> occupants; // of the places where somebody runs
-    std::set<std::string> changingTrees;
-    std::map<std::string, std::thread::id> closedTrees; // those that are changed as a whole, and by whom
-    std::list<Waiting> waiting;
+    Zu::Mutex lock; // a leaf: no callback runs under it
+    Zu::CondVar changeEnded;
+    std::map<Place, Occupants> occupants ZU_GUARDED_BY(lock); // only places with a running request
+    std::set<std::string> changingTrees ZU_GUARDED_BY(lock);
+    /// The trees that a `CHANGE_TREE` is changing, each with the thread that entered it.
+    std::map<std::string, std::thread::id> closedTrees ZU_GUARDED_BY(lock);
+    std::list<Waiting> waiting ZU_GUARDED_BY(lock);
 };
 
 class ResourceLocks::Holder final : public Pass
@@ -172,10 +172,10 @@ public:
     void ShowBeforeAt(Place const& shownPlace, std::shared_ptr<nlohmann::json const> document) override
     {
         {
-            std::scoped_lock const guard(state->lock);
+            Zu::MutexLock const guard(state->lock);
             state->occupants[shownPlace].before = std::move(document);
         }
-        state->changeEnded.notify_all(); // for a read that waits it is as good
+        state->changeEnded.NotifyAll(); // for a read that waits it is as good
     }
 
 private:
@@ -222,7 +222,7 @@ void ResourceLocks::State::Leave(Place const& place, Mode mode)
 {
     std::list<Waiting> turns;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         Occupants& here = occupants[place];
         if (mode == Mode::READ)
         {
@@ -244,7 +244,7 @@ void ResourceLocks::State::Leave(Place const& place, Mode mode)
         bool isShort = false;
         turns = NextTurns(isShort);
     }
-    changeEnded.notify_all();
+    changeEnded.NotifyAll();
     Call(std::move(turns));
 }
 
@@ -261,7 +261,7 @@ ResourceLocks::ResourceLocks() : state(std::make_shared<State>())
 ResourceLocks::~ResourceLocks()
 {
     std::list<State::Waiting> forgotten; // ends when the lock is free: what was waiting may hold anything
-    std::scoped_lock const guard(state->lock);
+    Zu::MutexLock const guard(state->lock);
     forgotten.swap(state->waiting);
 }
 
@@ -270,7 +270,7 @@ void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
     std::list<State::Waiting> turns;
     bool isForgotten = false;
     {
-        std::scoped_lock const guard(state->lock);
+        Zu::MutexLock const guard(state->lock);
         state->waiting.push_back({place, mode, std::this_thread::get_id(), std::move(admitted), nullptr});
         auto const own = std::prev(state->waiting.end());
         bool isShort = false;
@@ -294,7 +294,7 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::TryEnter(Place const& place,
     std::set<std::string> heldTrees;
     std::set<std::string> closingTrees;
     State::Waiting const entrant{place, mode, std::this_thread::get_id(), {}, nullptr};
-    std::scoped_lock const guard(state->lock);
+    Zu::MutexLock const guard(state->lock);
     bool const isFirst = state->waiting.empty(); // else it is for those to say who passes whom
     return isFirst && state->MayRun(entrant, held, heldTrees, closingTrees)
                ? state->Occupy(place, mode, entrant.entrant)
@@ -303,13 +303,16 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::TryEnter(Place const& place,
 
 ResourceLocks::InnerPass ResourceLocks::EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec)
 {
-    auto const deadline = std::chrono::steady_clock::now() + std::chrono::microseconds(patienceUsec);
-    auto const before = [&] {
+    uint64 const deadlineUsec = wTime_AfterUsec(patienceUsec);
+    auto const before = [&]() ZU_REQUIRES(state->lock) {
         return takesBefore && state->IsChanging(place) ? state->occupants[place].before : nullptr;
     };
-    std::unique_lock guard(state->lock);
-    auto const mayRead = [&] { return !state->IsChanging(place) || state->IsOwnTree(place.tree); };
-    state->changeEnded.wait_until(guard, deadline, [&] { return mayRead() || before() != nullptr; });
+    auto const mayRead = [&]() ZU_REQUIRES(state->lock) {
+        return !state->IsChanging(place) || state->IsOwnTree(place.tree);
+    };
+    Zu::MutexLock const guard(state->lock);
+    state->changeEnded.WaitUntil(state->lock, deadlineUsec,
+                                 [&]() ZU_REQUIRES(state->lock) { return mayRead() || before() != nullptr; });
     if (mayRead())
     {
         return {state->Occupy(place, Mode::READ, std::this_thread::get_id()), nullptr};

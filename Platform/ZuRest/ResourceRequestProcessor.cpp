@@ -12,6 +12,7 @@
 #include "ZuRest/JsonText.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -147,7 +148,7 @@ ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRou
     : router(usedRouter),
       reader(router, locks, relationTemplate),
       makeScope(std::move(newMakeScope)),
-      streamLock(std::make_shared<std::mutex>())
+      streamLock(std::make_shared<Zu::Mutex>())
 {
 }
 

@@ -7,10 +7,10 @@
 #include "ZuRest/RequestProcessor.h"
 #include "ZuRest/ResourceLocks.h"
 #include "ZuRest/ResourceRouter.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -106,7 +106,7 @@ private:
     DocumentReader const reader;
     ScopeMaker const makeScope;
     UpdateRunner runUpdate;
-    std::shared_ptr<std::mutex> const streamLock;
+    std::shared_ptr<Zu::Mutex> const streamLock;
 };
 
 } // namespace ZuRest

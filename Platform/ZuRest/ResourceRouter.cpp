@@ -2,15 +2,14 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuRest/Path.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <boost/container/small_vector.hpp>
 
 #include <algorithm>
-#include <condition_variable>
 #include <forward_list>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -140,9 +139,9 @@ struct ResourceRouter::Node
 
 struct ResourceRouter::State
 {
-    std::mutex lock; // a leaf: guards the tree and the counts of matches
-    std::condition_variable matchEnded;
-    Node root;
+    Zu::Mutex lock; // a leaf
+    Zu::CondVar matchEnded;
+    Node root ZU_GUARDED_BY(lock);
 };
 
 ResourceRouter::ResourceRouter() : state(std::make_shared<State>())
@@ -159,7 +158,7 @@ void ResourceRouter::Register(std::string const& route, IResource& resource)
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no route", route.c_str());
     }
     auto entry = std::make_shared<Entry>(Entry{resource, {}});
-    std::scoped_lock const guard(state->lock);
+    Zu::MutexLock const guard(state->lock);
     Node* node = &state->root;
     for (std::string_view const segment : *segments)
     {
@@ -184,7 +183,7 @@ void ResourceRouter::Register(std::string const& route, IResource& resource)
 void ResourceRouter::Deregister(std::string const& route, bool subtree)
 {
     auto const segments = SegmentsOf(route);
-    std::unique_lock guard(state->lock);
+    Zu::MutexLock guard(state->lock);
     Node* node = segments.has_value() ? &state->root : nullptr;
     for (std::size_t i = 0; node != nullptr && i < segments->size(); ++i)
     {
@@ -201,7 +200,7 @@ void ResourceRouter::Deregister(std::string const& route, bool subtree)
     node->TakeEntries(subtree, taken);
     for (auto const& entry : taken)
     {
-        state->matchEnded.wait(guard, [&entry] { return entry->matches == 0; });
+        state->matchEnded.Wait(state->lock, [&entry]() ZU_REQUIRES(state->lock) { return entry->matches == 0; });
     }
 }
 
@@ -222,22 +221,22 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
     }
 
     Segments values;
-    std::unique_lock guard(state->lock);
+    Zu::MutexLock guard(state->lock);
     std::shared_ptr<Entry> const entry = state->root.Find(*segments, 0, values);
     if (entry == nullptr)
     {
         return std::nullopt;
     }
     ++entry->matches;
-    guard.unlock();
+    guard.Unlock();
 
     Match match{&entry->resource, {}, nullptr};
     match.lease = std::shared_ptr<void>(entry.get(), [entry, shared = state](void*) {
         {
-            std::scoped_lock const ending(shared->lock);
+            Zu::MutexLock const ending(shared->lock);
             --entry->matches;
         }
-        shared->matchEnded.notify_all();
+        shared->matchEnded.NotifyAll();
     });
     match.keys.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -251,7 +250,7 @@ std::vector<IResource*> ResourceRouter::Resources() const
 {
     std::set<IResource*> resources;
     {
-        std::scoped_lock const guard(state->lock);
+        Zu::MutexLock const guard(state->lock);
         state->root.Collect(resources);
     }
     return {resources.begin(), resources.end()};

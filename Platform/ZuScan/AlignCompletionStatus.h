@@ -1,9 +1,8 @@
 #pragma once
 
 #include "ZuApi/Event.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
-
-#include <mutex>
 
 namespace ZuScan
 {
@@ -46,26 +45,26 @@ public:
         {
             return {};
         }
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return handlers.Add(
             [inner = std::move(handler)](ZuScan::AlignCompletionStatus status, std::nullptr_t) { inner(status); });
     }
 
     void Remove(CallbackId const& id)
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         handlers.Remove(id);
     }
 
     void Fire(ZuScan::AlignCompletionStatus status)
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         handlers.Fire(status, nullptr);
     }
 
     uint64 Count() const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return handlers.Count();
     }
 
@@ -75,8 +74,8 @@ public:
     }
 
 private:
-    mutable std::recursive_mutex lock; // held while handlers run
-    Unlocked handlers;                 // the same without a lock; the second argument only makes it another type
+    mutable Zu::RecursiveMutex lock;       // held while handlers run
+    Unlocked handlers ZU_GUARDED_BY(lock); // the same without a lock; the second argument only makes it another type
 };
 
 } // namespace Zu

@@ -1,5 +1,6 @@
 #include "wApi/wAssembly.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wStatus.h"
 
 #include <exception>
@@ -60,7 +61,7 @@ wStatus xwAssembly_ConstructInternal(wAssembly** local, wAssembly** global, char
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     if (*global != nullptr)
     {
         return Zu::Status::WRONG_STATE;
@@ -82,7 +83,7 @@ wStatus xwAssembly_AddDependency(wAssembly* assembly, wAssemblyConstructor const
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     if (assembly->finalized)
     {
         return Zu::Status::WRONG_STATE;
@@ -109,7 +110,7 @@ wStatus xwAssembly_Finalize(wAssembly* assembly)
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     if (assembly->finalized)
     {
         return Zu::Status::WRONG_STATE;
@@ -120,7 +121,7 @@ wStatus xwAssembly_Finalize(wAssembly* assembly)
 
 bool xwAssembly_Share(wAssembly** assembly, wAssembly** global)
 {
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     if (*global == nullptr)
     {
         return false;
@@ -132,7 +133,7 @@ bool xwAssembly_Share(wAssembly** assembly, wAssembly** global)
 
 wStatus xwAssembly_VRelease(wAssembly* assembly)
 {
-    std::scoped_lock const guard(xwAssembly_Lock()); // nobody shares it between its last reference and its end
+    Zu::MutexLock const guard(xwAssembly_Lock()); // nobody shares it between its last reference and its end
     wObject_Release(assembly);
     return Zu::Status::SUCCESS;
 }
@@ -154,13 +155,13 @@ wVersion const& xwAssembly_PlatformVersion(wAssembly const* assembly)
 
 uint64 xwAssembly_DependencyCount(wAssembly const* assembly)
 {
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     return assembly->dependencies.size();
 }
 
-std::recursive_mutex& xwAssembly_Lock()
+Zu::RecursiveMutex& xwAssembly_Lock()
 {
-    static auto* const lock = new std::recursive_mutex; // never destroyed: statics of other libraries may release later
+    static auto* const lock = new Zu::RecursiveMutex; // never destroyed: statics of other libraries may release later
     return *lock;
 }
 
@@ -171,7 +172,7 @@ wStatus xwAssembly_BringUp(wAssembly** assembly, wAssembly** global, char const*
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    std::scoped_lock const guard(xwAssembly_Lock());
+    Zu::MutexLock const guard(xwAssembly_Lock());
     if (xwAssembly_Share(assembly, global))
     {
         return Zu::Status::SUCCESS;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 #include "wApi/wVersion.h"
 
-#include <mutex>
 #include <span>
 
 /// A library that has been brought up in this process: its name, its versions and the libraries that it stands on.
@@ -46,7 +46,7 @@ ZUAPI_API uint64 xwAssembly_DependencyCount(wAssembly const* assembly);
 
 /// Held while a library is brought up, so that two first calls of its constructor function make one assembly. All libraries
 /// share it, for one brings up the next on the same thread.
-ZUAPI_API std::recursive_mutex& xwAssembly_Lock();
+ZUAPI_API Zu::RecursiveMutex& xwAssembly_Lock();
 
 /// The whole of a constructor function: shares what is there, else makes the assembly of this name, of version 1.0.0.0,
 /// with these dependencies in order. A failure leaves nothing behind.

@@ -1,5 +1,6 @@
 #include "wApi/wMsgQueue.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wObject.h"
 #include "wApi/wStatus.h"
 #include "wApi/wTime.h"
@@ -18,7 +19,7 @@ void wMsgQueue::DropAll()
     DropHandler handler = nullptr;
     void* context = nullptr;
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         dropped.swap(items);
         handler = dropHandler;
         context = dropContext;
@@ -55,7 +56,7 @@ wStatus wMsgQueue_SetDropHandler(wMsgQueue& queue, wMsgQueue::DropHandler handle
     {
         return Zu::Status::WRONG_STATE;
     }
-    std::scoped_lock const guard(queue.lock);
+    Zu::MutexLock const guard(queue.lock);
     queue.dropHandler = handler;
     queue.dropContext = context;
     return Zu::Status::SUCCESS;
@@ -72,7 +73,7 @@ wStatus wMsgQueue_SetMaxCount(wMsgQueue& queue, uint64 maxCount)
         return Zu::Status::BAD_ARGUMENT;
     }
     {
-        std::scoped_lock const guard(queue.lock);
+        Zu::MutexLock const guard(queue.lock);
         queue.maxCount = maxCount;
     }
     queue.notFull.NotifyAll();
@@ -91,9 +92,9 @@ wStatus wMsgQueue_AddEx(wMsgQueue& queue, void* item, uint64 timeoutUsec)
     }
     try
     {
-        std::unique_lock guard(queue.lock);
-        auto const hasRoom = [&queue] { return queue.items.size() < queue.maxCount; };
-        if (!hasRoom() && !queue.notFull.WaitUntil(guard, wTime_AfterUsec(timeoutUsec), hasRoom))
+        Zu::MutexLock const guard(queue.lock);
+        auto const hasRoom = [&queue]() ZU_REQUIRES(queue.lock) { return queue.items.size() < queue.maxCount; };
+        if (!hasRoom() && !queue.notFull.WaitUntil(queue.lock, wTime_AfterUsec(timeoutUsec), hasRoom))
         {
             return Zu::Status::FULL;
         }
@@ -118,9 +119,9 @@ wStatus wMsgQueue_Remove(wMsgQueue& queue, void** item, uint64 timeoutUsec)
         return Zu::Status::BAD_ARGUMENT;
     }
     {
-        std::unique_lock guard(queue.lock);
-        auto const hasItem = [&queue] { return !queue.items.empty(); };
-        if (!hasItem() && !queue.notEmpty.WaitUntil(guard, wTime_AfterUsec(timeoutUsec), hasItem))
+        Zu::MutexLock const guard(queue.lock);
+        auto const hasItem = [&queue]() ZU_REQUIRES(queue.lock) { return !queue.items.empty(); };
+        if (!hasItem() && !queue.notEmpty.WaitUntil(queue.lock, wTime_AfterUsec(timeoutUsec), hasItem))
         {
             return Zu::Status::TIME_OUT;
         }
@@ -147,6 +148,6 @@ wStatus wMsgQueue_PurgeEx(wMsgQueue& queue, uint32 option)
 
 uint64 wMsgQueue_Count(wMsgQueue const& queue)
 {
-    std::scoped_lock const guard(queue.lock);
+    Zu::MutexLock const guard(queue.lock);
     return queue.items.size();
 }

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "wApi/wCondition.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <deque>
-#include <mutex>
 
 struct wClass;
 
@@ -44,13 +43,13 @@ private:
     wClass const* itemClass = nullptr;
     bool constructed = false;
 
-    mutable std::mutex lock; // guards all that follows; a leaf, no handler runs under it
-    wCondition notEmpty;
-    wCondition notFull;
-    std::deque<void*> items;
-    uint64 maxCount = UNBOUNDED;
-    DropHandler dropHandler = nullptr;
-    void* dropContext = nullptr;
+    mutable Zu::Mutex lock; // a leaf: no handler runs under it
+    Zu::CondVar notEmpty;
+    Zu::CondVar notFull;
+    std::deque<void*> items ZU_GUARDED_BY(lock);
+    uint64 maxCount ZU_GUARDED_BY(lock) = UNBOUNDED;
+    DropHandler dropHandler ZU_GUARDED_BY(lock) = nullptr;
+    void* dropContext ZU_GUARDED_BY(lock) = nullptr;
 };
 
 /// Makes `queue` ready for items of `itemClass`, null for objects of any class. The capacity is a hint, the allocator is

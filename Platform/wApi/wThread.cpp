@@ -1,13 +1,12 @@
 #include "wApi/wThread.h"
 
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wStatus.h"
 #include "wApi/wTime.h"
 
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <mutex>
 #include <new>
 #include <pthread.h>
 
@@ -23,10 +22,10 @@ struct wThread::Run
     void* argument = nullptr;
     pthread_t handle{};
 
-    std::mutex lock; // guards what follows
-    wCondition ended;
-    bool hasEnded = false;
-    int exitCode = 0;
+    Zu::Mutex lock;
+    Zu::CondVar ended;
+    bool hasEnded ZU_GUARDED_BY(lock) = false;
+    int exitCode ZU_GUARDED_BY(lock) = 0;
 };
 
 namespace
@@ -47,7 +46,7 @@ void* wThread::Run::Entry(void* argument) noexcept
         pthread_setname_np(pthread_self(), run.name.c_str());
     }
     int const exitCode = run.function(run.argument);
-    std::scoped_lock const guard(run.lock);
+    Zu::MutexLock const guard(run.lock);
     run.exitCode = exitCode;
     run.hasEnded = true;
     run.ended.NotifyAll();
@@ -143,12 +142,15 @@ wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode)
         return Zu::Status::WRONG_STATE;
     }
     wThread::Run& run = *thread.run;
+    int result = 0;
     {
-        std::unique_lock guard(run.lock);
-        if (!run.ended.WaitUntil(guard, wTime_AfterUsec(timeoutUsec), [&run] { return run.hasEnded; }))
+        Zu::MutexLock const guard(run.lock);
+        if (!run.ended.WaitUntil(run.lock, wTime_AfterUsec(timeoutUsec),
+                                 [&run]() ZU_REQUIRES(run.lock) { return run.hasEnded; }))
         {
             return Zu::Status::TIME_OUT;
         }
+        result = run.exitCode;
     }
     if (pthread_join(run.handle, nullptr) != 0) // it has nothing left to do but to end
     {
@@ -156,7 +158,7 @@ wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode)
     }
     if (exitCode != nullptr)
     {
-        *exitCode = run.exitCode;
+        *exitCode = result;
     }
     thread.run = nullptr;
     return Zu::Status::SUCCESS;

@@ -6,6 +6,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wArrayList.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -87,7 +88,7 @@ AsciiTcpProtocol::~AsciiTcpProtocol()
 Zu::Properties::Structure& AsciiTcpProtocol::UpdateMetrics()
 {
     auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     metrics.controlDrops.Set(load(counters.controlDrops));
     metrics.listening.Set(server.Endpoint());
     metrics.clients.Set(load(counters.clients));
@@ -113,7 +114,7 @@ void AsciiTcpProtocol::ResetMetrics()
 
 void AsciiTcpProtocol::ParamsUpdate()
 {
-    std::unique_lock guard(lifecycleLock);
+    Zu::MutexLock guard(lifecycleLock);
     board.SetDecimals(params.decimals.Get());
     bool const wasRunning = server.IsRunning();
     try
@@ -127,7 +128,7 @@ void AsciiTcpProtocol::ParamsUpdate()
         {
             fetcher.Stop(); // as after a start that failed
         }
-        guard.unlock(); // a handler may ask this service for anything
+        guard.Unlock(); // a handler may ask this service for anything
         if (isLost)
         {
             NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
@@ -146,7 +147,7 @@ void AsciiTcpProtocol::ResetParams()
 void AsciiTcpProtocol::Start()
 {
     {
-        std::scoped_lock const guard(lifecycleLock);
+        Zu::MutexLock const guard(lifecycleLock);
         if (server.IsRunning())
         {
             return;
@@ -171,7 +172,7 @@ void AsciiTcpProtocol::Start()
 void AsciiTcpProtocol::Stop()
 {
     {
-        std::scoped_lock const guard(lifecycleLock);
+        Zu::MutexLock const guard(lifecycleLock);
         server.Stop();
         fetcher.Stop();
     }
@@ -199,7 +200,7 @@ void AsciiTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScan
     ProtocolBase::RegisterControlScanResultsHandler(results);
     results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
     {
-        std::scoped_lock const guard(fanOutLock);
+        Zu::MutexLock const guard(fanOutLock);
         fanOut = &results;
     }
     TellClientCount();
@@ -208,7 +209,7 @@ void AsciiTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScan
 void AsciiTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
 {
     {
-        std::scoped_lock const guard(fanOutLock);
+        Zu::MutexLock const guard(fanOutLock);
         fanOut = nullptr; // not under the call below, which waits for a batch in progress
     }
     ProtocolBase::DeregisterControlScanResultsHandler(results);
@@ -231,7 +232,7 @@ std::vector<std::string> AsciiTcpProtocol::DataSourceList() const
 
 void AsciiTcpProtocol::OnStartScan()
 {
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     metrics.controlDrops.Set(
         counters.controlDrops.load(std::memory_order_relaxed)); // all that were before count as old
     ProtocolBase::OnStartScan();
@@ -340,7 +341,7 @@ AsciiServer::Settings AsciiTcpProtocol::WantedSettings() const
 
 void AsciiTcpProtocol::TakeTable()
 {
-    std::scoped_lock const guard(tableLock);
+    Zu::MutexLock const guard(tableLock);
     board.Install(OutputTable::Take(outputMap));
 }
 
@@ -352,7 +353,7 @@ void AsciiTcpProtocol::OnClientsChanged(uint64 count)
 
 void AsciiTcpProtocol::TellClientCount()
 {
-    std::scoped_lock const guard(fanOutLock);
+    Zu::MutexLock const guard(fanOutLock);
     if (fanOut != nullptr)
     {
         UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));
@@ -376,13 +377,13 @@ uint64 AsciiTcpProtocol::SendText(std::string const& text)
 
 std::string AsciiTcpProtocol::LastText()
 {
-    std::scoped_lock const guard(textLock);
+    Zu::MutexLock const guard(textLock);
     return lastText.value_or("");
 }
 
 void AsciiTcpProtocol::KeepText(std::string const& text)
 {
-    std::scoped_lock const guard(textLock);
+    Zu::MutexLock const guard(textLock);
     lastText = text;
 }
 

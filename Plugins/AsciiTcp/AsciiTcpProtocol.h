@@ -14,8 +14,8 @@
 #include "Plugins/AsciiTcp/SlowRequests.h"
 #include "Plugins/Common/StateFetcher.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -102,20 +102,19 @@ private:
 
     // Order: this lock, then `fanOutLock`, which may not be held when this one is taken. Starts, stops and changes of the
     // parameters exclude each other by it; it is held while the I/O thread is joined, which never takes it.
-    std::mutex lifecycleLock;
+    Zu::Mutex lifecycleLock;
 
     // Held while the fan-out is told the number of clients, so that an old number never comes behind a newer one. The
     // dispatcher's thread never takes it: it may be joined under the fan-out's lock.
-    std::mutex fanOutLock;
-    ZuControl::IControlScanResults* fanOut = nullptr; // while registered for results
+    Zu::Mutex fanOutLock;
+    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // while registered for results
 
-    std::mutex
-        tableLock; // held from the look at the map to the board, so that an older look never replaces a newer one
+    Zu::Mutex tableLock; // held from the look at the map to the board, so that an older look never replaces a newer one
 
-    std::mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
+    Zu::Mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
 
-    std::mutex textLock;                 // a leaf: guards the text
-    std::optional<std::string> lastText; // none until a text is sent or loaded; empty after a factory restore
+    Zu::Mutex textLock; // a leaf
+    std::optional<std::string> lastText ZU_GUARDED_BY(textLock); // none until a text is sent or loaded; empty after a restore
 
     AsciiServer server;     // behind all of the above, which its thread uses
     OperationRunner runner; // these two tell the server

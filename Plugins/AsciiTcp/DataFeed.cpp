@@ -1,5 +1,7 @@
 #include "Plugins/AsciiTcp/DataFeed.h"
 
+#include "wApi/wMutex.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -27,7 +29,7 @@ bool DataFeed::HasReaders() const
 
 void DataFeed::Publish(std::string_view line)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (line.size() > MAX_BYTES)
     {
         ++end;
@@ -43,13 +45,13 @@ void DataFeed::Publish(std::string_view line)
 
 uint64 DataFeed::End() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return end;
 }
 
 uint64 DataFeed::Read(uint64& next, std::string& appended, std::size_t limit)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     uint64 const missed = next < first ? first - next : 0;
     next += missed;
     std::size_t const before = appended.size();

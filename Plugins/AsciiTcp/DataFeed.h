@@ -1,11 +1,11 @@
 #pragma once
 
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <array>
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,19 +53,19 @@ private:
         std::size_t size = 0;
     };
 
-    Line& At(uint64 number);
-    void MakeRoom(std::size_t size);
-    void Keep(std::string_view bytes);
-    void Append(std::string& appended, Line const& line) const;
+    Line& At(uint64 number) ZU_REQUIRES(lock);
+    void MakeRoom(std::size_t size) ZU_REQUIRES(lock);
+    void Keep(std::string_view bytes) ZU_REQUIRES(lock);
+    void Append(std::string& appended, Line const& line) const ZU_REQUIRES(lock);
 
     std::atomic<uint64> readerCount{0}; // publishes nothing
 
-    mutable std::mutex lock; // guards what follows
-    std::vector<char> bytes; // a ring
-    uint64 bytesEnd = 0;
-    std::array<Line, MAX_LINES> lines; // a ring
-    uint64 first = 0;                  // numbers of lines: those that are kept
-    uint64 end = 0;
+    mutable Zu::Mutex lock;
+    std::vector<char> bytes ZU_GUARDED_BY(lock); // a ring
+    uint64 bytesEnd ZU_GUARDED_BY(lock) = 0;
+    std::array<Line, MAX_LINES> lines ZU_GUARDED_BY(lock); // a ring
+    uint64 first ZU_GUARDED_BY(lock) = 0;                  // numbers of lines: those that are kept
+    uint64 end ZU_GUARDED_BY(lock) = 0;
 };
 
 } // namespace AsciiTcp

@@ -8,6 +8,7 @@
 #include "ZuVision/ZvMeasurementMsg.h"
 #include "ZuVision/ZvStampMsg.h"
 #include "wApi/wArrayList.h"
+#include "wApi/wMutex.h"
 #include "wBeacon/wMsgInfo.h"
 #include "wBeacon/wStamp.h"
 
@@ -48,7 +49,7 @@ ResultBoard::~ResultBoard() = default;
 
 void ResultBoard::Install(std::shared_ptr<OutputTable const> newTable)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     std::vector<Reading> readings(newTable->Outputs().size());
     for (std::size_t i = 0; i < readings.size(); ++i)
     {
@@ -83,7 +84,7 @@ bool ResultBoard::Process(wArrayList const& resultSets)
         }
     }
     Count(counters.resultSets, count);
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     for (std::size_t i = 0; table == present && i < newest.size(); ++i) // results of an older table are of no use
     {
         newest[i] = ofBatch[i].state != Reading::State::NONE ? ofBatch[i] : newest[i];
@@ -93,14 +94,14 @@ bool ResultBoard::Process(wArrayList const& resultSets)
 
 bool ResultBoard::AppendReading(std::string& answer, std::string_view name) const
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock guard(lock);
     std::size_t const place = table->FindName(name);
     if (place == OutputTable::NOWHERE)
     {
         return false;
     }
     Reading const reading = newest[place];
-    guard.unlock();
+    guard.Unlock();
     AppendName(answer, name);
     answer.push_back(' ');
     AppendValue(answer, reading, decimals.load(std::memory_order_relaxed));
@@ -121,7 +122,7 @@ void ResultBoard::AppendNames(std::string& answer) const
 
 std::shared_ptr<OutputTable const> ResultBoard::Table() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return table;
 }
 

@@ -3,11 +3,11 @@
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/OutputTable.h"
 #include "Plugins/AsciiTcp/Reading.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,9 +63,9 @@ private:
     std::atomic<uint32> decimals{0}; // publishes nothing
 
     // A leaf, held for as long as readings are copied. Guards the two below.
-    mutable std::mutex lock;
-    std::shared_ptr<OutputTable const> table;
-    std::vector<Reading> newest; // one for each output of the table
+    mutable Zu::Mutex lock;
+    std::shared_ptr<OutputTable const> table ZU_GUARDED_BY(lock);
+    std::vector<Reading> newest ZU_GUARDED_BY(lock); // one for each output of the table
 
     // Of the dispatcher's thread, kept for their memory.
     std::vector<Reading> ofSet;

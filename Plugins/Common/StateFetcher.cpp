@@ -4,6 +4,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/IControlDataCache.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <algorithm>
@@ -43,7 +44,7 @@ void StateFetcher::Start()
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         isStopping = false;
         isResting = true;
     }
@@ -61,7 +62,7 @@ void StateFetcher::Stop() noexcept
     }
     ZU_GUARD_BOUNDARY([this] {
         {
-            std::scoped_lock const guard(lock);
+            Zu::MutexLock const guard(lock);
             isStopping = true;
         }
         changed.NotifyAll();
@@ -73,7 +74,7 @@ void StateFetcher::Stop() noexcept
 void StateFetcher::SetHasClients(bool newHasClients)
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         lastQuestionUsec = newHasClients && !hasClients ? wTime_NowUsec() : lastQuestionUsec; // it will ask soon
         hasClients = newHasClients;
     }
@@ -82,13 +83,13 @@ void StateFetcher::SetHasClients(bool newHasClients)
 
 StateFetcher::State StateFetcher::Latest(std::string const& wantedScannerId)
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock guard(lock);
     scannerId = wantedScannerId;
     lastQuestionUsec = wTime_NowUsec();
     if (isResting && hasClients && !isStopping)
     {
         changed.NotifyAll();
-        changed.WaitUntil(guard, wTime_AfterUsec(FIRST_WAIT_USEC), [this] {
+        changed.WaitUntil(lock, wTime_AfterUsec(FIRST_WAIT_USEC), [this]() ZU_REQUIRES(lock) {
             return !isResting || isStopping; // once for each rest, however long the sources take
         });
     }
@@ -104,22 +105,22 @@ int StateFetcher::Run(void* argument)
 
 void StateFetcher::FetchWhileWanted()
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock guard(lock);
     while (!isStopping)
     {
         if (!IsWanted())
         {
             isResting = true;
-            changed.WaitUntil(guard, wTIMEOUT_INFINITE, [this] { return isStopping || IsWanted(); });
+            changed.WaitUntil(lock, wTIMEOUT_INFINITE, [this]() ZU_REQUIRES(lock) { return isStopping || IsWanted(); });
             continue;
         }
         std::string const wantedScanner = scannerId;
-        guard.unlock();
+        guard.Unlock();
         Fetch(wantedScanner);
-        guard.lock();
+        guard.Lock();
         isResting = false;
         changed.NotifyAll();
-        changed.WaitUntil(guard, wTime_AfterUsec(PERIOD_USEC), [this] { return isStopping; });
+        changed.WaitUntil(lock, wTime_AfterUsec(PERIOD_USEC), [this]() ZU_REQUIRES(lock) { return isStopping; });
     }
 }
 
@@ -143,7 +144,7 @@ void StateFetcher::FetchSystem()
         std::memcpy(fetched.jobFileName, stats.loadedJob.data(), length);
         fetched.jobFileNameLength = static_cast<uint8>(length); // at most 64
         isSystemFailing = false;
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         state.system = fetched;
     }
     catch (...)
@@ -163,7 +164,7 @@ void StateFetcher::FetchScanner(std::string const& fetchedScannerId)
         fetched.encoderValue = info.currentEncoderValue;
         fetched.syncTime = info.currentSyncTime;
         isScannerFailing = false;
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         state.scanner = fetched;
     }
     catch (...)

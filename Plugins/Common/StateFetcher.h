@@ -2,11 +2,10 @@
 
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
 
-#include <mutex>
 #include <string>
 
 namespace ZuCommon
@@ -66,7 +65,7 @@ private:
     void Fetch(std::string const& fetchedScannerId);
     void FetchSystem();
     void FetchScanner(std::string const& fetchedScannerId);
-    bool IsWanted() const; // under the lock
+    bool IsWanted() const ZU_REQUIRES(lock); // under the lock
     void NoteFailure(bool& isFailing, char const* what);
 
     char const* const threadName;
@@ -74,14 +73,14 @@ private:
     ZuCommon::ProblemsManager& problems;
 
     // A leaf: nothing is called under it, and no fetch runs under it. Guards everything down to isStopping.
-    std::mutex lock;
-    wCondition changed;
-    State state;
-    std::string scannerId;
-    uint64 lastQuestionUsec = 0;
-    bool hasClients = false;
-    bool isResting = true; // until the first fetch after a rest has ended
-    bool isStopping = false;
+    Zu::Mutex lock;
+    Zu::CondVar changed;
+    State state ZU_GUARDED_BY(lock);
+    std::string scannerId ZU_GUARDED_BY(lock);
+    uint64 lastQuestionUsec ZU_GUARDED_BY(lock) = 0;
+    bool hasClients ZU_GUARDED_BY(lock) = false;
+    bool isResting ZU_GUARDED_BY(lock) = true; // until the first fetch after a rest has ended
+    bool isStopping ZU_GUARDED_BY(lock) = false;
 
     // Of the thread: whether the last fetch failed, so that a lasting failure is told once.
     bool isSystemFailing = false;

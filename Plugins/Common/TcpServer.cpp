@@ -3,6 +3,7 @@
 #include "Plugins/Common/ClientCounters.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 
 #include <boost/asio/io_context.hpp>
@@ -269,7 +270,7 @@ void TcpServer::Start(TcpSettings const& settings)
     }
     core = std::make_unique<Core>(*this, settings);
     applied = settings;
-    std::scoped_lock const guard(reachLock);
+    Zu::MutexLock const guard(reachLock);
     reachable = core.get();
 }
 
@@ -291,7 +292,7 @@ void TcpServer::Apply(TcpSettings const& wanted)
 void TcpServer::Stop() noexcept
 {
     {
-        std::scoped_lock const guard(reachLock);
+        Zu::MutexLock const guard(reachLock);
         reachable = nullptr;
     }
     core.reset();
@@ -299,13 +300,13 @@ void TcpServer::Stop() noexcept
 
 bool TcpServer::IsRunning() const
 {
-    std::scoped_lock const guard(reachLock);
+    Zu::MutexLock const guard(reachLock);
     return reachable != nullptr;
 }
 
 std::string TcpServer::Endpoint() const
 {
-    std::scoped_lock const guard(reachLock);
+    Zu::MutexLock const guard(reachLock);
     return reachable != nullptr
                ? EndpointText(reachable->Endpoint().address().to_string(), reachable->Endpoint().port())
                : std::string();
@@ -313,13 +314,13 @@ std::string TcpServer::Endpoint() const
 
 uint16 TcpServer::Port() const
 {
-    std::scoped_lock const guard(reachLock);
+    Zu::MutexLock const guard(reachLock);
     return reachable != nullptr ? reachable->Endpoint().port() : uint16{0};
 }
 
 bool TcpServer::PostToEach(std::function<void(ITcpConnection&)> visit)
 {
-    std::scoped_lock const guard(reachLock);
+    Zu::MutexLock const guard(reachLock);
     if (reachable == nullptr)
     {
         return false;

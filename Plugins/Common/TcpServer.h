@@ -2,6 +2,7 @@
 
 #include "Plugins/Common/ITcpConnection.h"
 #include "Plugins/Common/TcpSettings.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <utility> // the networking headers need it and do not include it
@@ -10,7 +11,6 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace PluginCommon
@@ -78,8 +78,8 @@ private:
     TcpSettings applied;
 
     // A leaf: guards the pointer, which is null before the core goes, so that nothing is posted to one that is gone.
-    mutable std::mutex reachLock;
-    Core* reachable = nullptr;
+    mutable Zu::Mutex reachLock;
+    Core* reachable ZU_GUARDED_BY(reachLock) = nullptr;
 };
 
 } // namespace PluginCommon

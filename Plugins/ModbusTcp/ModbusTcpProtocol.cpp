@@ -6,6 +6,7 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wArrayList.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -65,7 +66,7 @@ ModbusTcpProtocol::~ModbusTcpProtocol()
 
 Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
 {
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     ModbusTotals const counted = Counted();
     metrics.Show(counted.Since(atReset));
     metrics.lifetime.Show(counted);
@@ -79,7 +80,7 @@ Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
 
 void ModbusTcpProtocol::ResetMetrics()
 {
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     atReset = Counted(); // the counters themselves go on: the lifetime needs them
     counters.largestHandlingUsec.store(0, std::memory_order_relaxed);
 }
@@ -91,7 +92,7 @@ void ModbusTcpProtocol::LoadPersistDomain(ZuCommon::PersistDomain domain, nlohma
         return;
     }
     nlohmann::json const& lifetime = document.at(KEY_LIFETIME);
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     Zu::Properties::JsonSerializer::Validate(metrics.lifetime, lifetime);
     Zu::Properties::JsonSerializer::Deserialize(metrics.lifetime, lifetime);
     metrics.lifetime.Loaded(Counted());
@@ -103,14 +104,14 @@ void ModbusTcpProtocol::SavePersistDomain(ZuCommon::PersistDomain domain, nlohma
     {
         return;
     }
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     metrics.lifetime.Show(Counted());
     document[KEY_LIFETIME] = Zu::Properties::JsonSerializer::Serialize(metrics.lifetime);
 }
 
 void ModbusTcpProtocol::ParamsUpdate()
 {
-    std::unique_lock guard(lifecycleLock);
+    Zu::MutexLock guard(lifecycleLock);
     bool const wasRunning = server.IsRunning();
     try
     {
@@ -124,7 +125,7 @@ void ModbusTcpProtocol::ParamsUpdate()
         {
             fetcher.Stop(); // as after a start that failed
         }
-        guard.unlock(); // a handler may ask this service for anything
+        guard.Unlock(); // a handler may ask this service for anything
         if (isLost)
         {
             NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
@@ -143,7 +144,7 @@ void ModbusTcpProtocol::ResetParams()
 void ModbusTcpProtocol::Start()
 {
     {
-        std::scoped_lock const guard(lifecycleLock);
+        Zu::MutexLock const guard(lifecycleLock);
         if (server.IsRunning())
         {
             return;
@@ -168,7 +169,7 @@ void ModbusTcpProtocol::Start()
 void ModbusTcpProtocol::Stop()
 {
     {
-        std::scoped_lock const guard(lifecycleLock);
+        Zu::MutexLock const guard(lifecycleLock);
         server.Stop();
         fetcher.Stop();
     }
@@ -189,7 +190,7 @@ void ModbusTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlSca
     ProtocolBase::RegisterControlScanResultsHandler(results);
     results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
     {
-        std::scoped_lock const guard(fanOutLock);
+        Zu::MutexLock const guard(fanOutLock);
         fanOut = &results;
     }
     TellClientCount();
@@ -198,7 +199,7 @@ void ModbusTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlSca
 void ModbusTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
 {
     {
-        std::scoped_lock const guard(fanOutLock);
+        Zu::MutexLock const guard(fanOutLock);
         fanOut = nullptr; // not under the call below, which waits for a batch in progress
     }
     ProtocolBase::DeregisterControlScanResultsHandler(results);
@@ -213,7 +214,7 @@ void ModbusTcpProtocol::ConfigureDefaultRegisterAssembly()
 {
     ConfigureDefaultJob(assembly);
     TakeLayout();
-    std::scoped_lock const guard(fanOutLock);
+    Zu::MutexLock const guard(fanOutLock);
     if (fanOut != nullptr)
     {
         fanOut->UpdateOutputMap(EthernetProtocolId(), DataSourceList());
@@ -307,7 +308,7 @@ void ModbusTcpProtocol::OnClientsChanged(uint64 count)
 
 void ModbusTcpProtocol::TellClientCount()
 {
-    std::scoped_lock const guard(fanOutLock);
+    Zu::MutexLock const guard(fanOutLock);
     if (fanOut != nullptr)
     {
         UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));

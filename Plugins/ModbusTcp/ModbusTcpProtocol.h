@@ -14,9 +14,9 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
-#include <mutex>
 #include <string>
 
 namespace ModbusTcp
@@ -95,17 +95,17 @@ private:
 
     // Order: this lock, then `fanOutLock`, which may not be held when this one is taken. Starts, stops and changes of the
     // parameters exclude each other by it; it is held while the I/O thread is joined, which never takes it.
-    std::mutex lifecycleLock;
+    Zu::Mutex lifecycleLock;
     bool isBigEndian = true;
 
     // Held while the fan-out is told the number of clients, so that an old number never comes behind a newer one. The
     // dispatcher's thread never takes it: it may be joined under the fan-out's lock.
-    std::mutex fanOutLock;
-    ZuControl::IControlScanResults* fanOut = nullptr; // while registered for results
+    Zu::Mutex fanOutLock;
+    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // while registered for results
 
     // One update of the metrics at a time; readers of the record need no lock. The problems of the base are reported under it.
-    std::mutex metricsLock;
-    ModbusTotals atReset; // guarded by metricsLock
+    Zu::Mutex metricsLock;
+    ModbusTotals atReset ZU_GUARDED_BY(metricsLock);
 
     ModbusServer server; // last: its thread uses all of the above
 };

@@ -3,6 +3,7 @@
 #include "Plugins/Common/StateFetcher.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <array>
@@ -87,12 +88,13 @@ void RegisterMap::Read(uint16 first, std::span<uint16> registers)
     auto const present = Layout();
     if (Overlap const input(present->controlInput, first, registers); input.Exists())
     {
-        std::scoped_lock const guard(writeLock);
-        input.Fill([this](uint32 i) { return channel.Written()[i]; });
+        Zu::MutexLock const guard(writeLock);
+        auto const& written = channel.Written();
+        input.Fill([&written](uint32 i) { return written[i]; });
     }
     if (Overlap const output(present->controlOutput, first, registers); output.Exists())
     {
-        std::scoped_lock const guard(writeLock);
+        Zu::MutexLock const guard(writeLock);
         output.Encode(channel.LastResult());
     }
     Overlap const system(present->system, first, registers);
@@ -119,7 +121,7 @@ ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
     {
         return ModbusException::ILLEGAL_DATA_ADDRESS;
     }
-    std::scoped_lock const guard(writeLock);
+    Zu::MutexLock const guard(writeLock);
     uint64 const takenBefore = channel.TakenCount();
     auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
     commandCount.fetch_add(channel.TakenCount() - takenBefore, std::memory_order_relaxed);
@@ -129,7 +131,7 @@ ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
 
 void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)
 {
-    std::scoped_lock const guard(layoutLock);
+    Zu::MutexLock const guard(layoutLock);
     if (newLayout->changeCount >= layout->changeCount)
     {
         layout.swap(newLayout);
@@ -138,7 +140,7 @@ void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)
 
 void RegisterMap::ChangeOrder(bool newIsBigEndian, std::function<void()> const& change)
 {
-    std::scoped_lock const guard(writeLock);
+    Zu::MutexLock const guard(writeLock);
     change();
     isBigEndian = newIsBigEndian;
 }
@@ -155,7 +157,7 @@ uint64 RegisterMap::WrittenCount() const
 
 std::shared_ptr<RegisterLayout const> RegisterMap::Layout()
 {
-    std::scoped_lock const guard(layoutLock);
+    Zu::MutexLock const guard(layoutLock);
     return layout;
 }
 

@@ -3,12 +3,12 @@
 #include "Plugins/ModbusTcp/CommandChannel.h"
 #include "Plugins/ModbusTcp/IRegisterModel.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 namespace PluginCommon
 {
@@ -53,12 +53,12 @@ private:
 
     // Taken for each write, and by a change of the byte order; guards the channel and the order. Operations are begun
     // under it, and the assembly's lock may be taken under it.
-    std::mutex writeLock;
-    CommandChannel channel;
+    Zu::Mutex writeLock;
+    CommandChannel channel ZU_GUARDED_BY(writeLock);
     bool isBigEndian = true;
 
-    std::mutex layoutLock; // a leaf, held for the copy of the pointer, which it guards
-    std::shared_ptr<RegisterLayout const> layout;
+    Zu::Mutex layoutLock; // a leaf: held for the copy of the pointer
+    std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(layoutLock);
 
     std::atomic<uint64> commandCount{0};
     std::atomic<uint64> writtenCount{0};

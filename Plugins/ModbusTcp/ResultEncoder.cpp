@@ -7,6 +7,7 @@
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wArrayList.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 
@@ -34,7 +35,7 @@ ResultEncoder::~ResultEncoder() = default;
 
 void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (newLayout->changeCount < layout->changeCount)
     {
         return; // two threads took a view each, and this one came late
@@ -48,7 +49,7 @@ void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
 
 void ResultEncoder::Pause()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     isPaused = true;
     std::ranges::fill(image.Edit(), uint8{0});
     image.Publish();
@@ -56,13 +57,13 @@ void ResultEncoder::Pause()
 
 void ResultEncoder::Resume()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     isPaused = false;
 }
 
 void ResultEncoder::Process(wArrayList const& resultSets)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (isPaused)
     {
         return;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Plugins/ModbusTcp/RegisterLayout.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 class wArrayList;
@@ -53,16 +53,16 @@ private:
 
     // Each of these is called under the lock.
     void Carry(RegisterLayout const& from, RegisterLayout const& to);
-    bool EncodeSet(ZuCore::ResultSetObject const* resultSet);
-    bool EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item);
-    void NoteFault(ResultPlace const& place);
+    bool EncodeSet(ZuCore::ResultSetObject const* resultSet) ZU_REQUIRES(lock);
+    bool EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item) ZU_REQUIRES(lock);
+    void NoteFault(ResultPlace const& place) ZU_REQUIRES(lock);
 
     // A leaf but for the log. Guards the writer's side of the image, whose readers never take it, and what follows.
-    std::mutex lock;
+    Zu::Mutex lock;
     RegisterImage& image;
-    std::shared_ptr<RegisterLayout const> layout;
-    std::vector<RegisterLayout::Block const*> faulty; // told in the log since the last layout
-    bool isPaused = false;
+    std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(lock);
+    std::vector<RegisterLayout::Block const*> faulty ZU_GUARDED_BY(lock); // told in the log since the last layout
+    bool isPaused ZU_GUARDED_BY(lock) = false;
 
     std::atomic<uint64> resultSetCount{0};
     std::atomic<uint64> dropCount{0};

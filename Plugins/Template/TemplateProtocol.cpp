@@ -8,6 +8,7 @@
 #include "ZuCore/ResultSet.h"
 #include "ZuVision/ZvMeasurementMsg.h"
 #include "wApi/wArrayList.h"
+#include "wApi/wMutex.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <cmath>
@@ -59,7 +60,7 @@ TemplateProtocol::~TemplateProtocol()
 void TemplateProtocol::Start()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         sender.Open(params.address.Get(), params.port.Get());
         isRunning = true;
     }
@@ -69,7 +70,7 @@ void TemplateProtocol::Start()
 void TemplateProtocol::Stop()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         sender.Close();
         isRunning = false;
     }
@@ -78,7 +79,7 @@ void TemplateProtocol::Stop()
 
 void TemplateProtocol::ParamsUpdate()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (isRunning)
     {
         sender.Open(params.address.Get(), params.port.Get());
@@ -101,7 +102,7 @@ void TemplateProtocol::OutputsUpdate()
         newIds[ZuCore::DataSourceHash(item.source.Get())] = item.outputId.Get();
     }
     outputs.EndLock();
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     outputIds.swap(newIds);
 }
 
@@ -115,7 +116,7 @@ void TemplateProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScan
 void TemplateProtocol::ProcessResultSets(void* resultSets)
 {
     auto const& sets = *static_cast<wArrayList const*>(resultSets);
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     for (uint64 i = 0; i < wArrayList_Count(sets); ++i)
     {
         SendSet(wArrayList_At(sets, i));
@@ -145,7 +146,7 @@ void TemplateProtocol::SendSet(void const* resultSet)
 
 Zu::Properties::Structure& TemplateProtocol::UpdateMetrics()
 {
-    std::scoped_lock const guard(metricsLock);
+    Zu::MutexLock const guard(metricsLock);
     metrics.controlDrops.Set(dropCount.load(std::memory_order_relaxed));
     metrics.datagrams.Set(datagramCount.load(std::memory_order_relaxed));
     CheckControlDrops(); // tells the user when results are lost

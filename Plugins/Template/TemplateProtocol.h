@@ -6,9 +6,9 @@
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 
@@ -47,11 +47,11 @@ private:
     std::atomic<uint64> datagramCount{0};
     std::atomic<uint64> dropCount{0};
 
-    std::mutex lock; // a leaf: guards all below
-    bool isRunning = false;
-    UdpSender sender;
-    std::unordered_map<uint64, uint16> outputIds; // by the number of the data source
-    std::string text;                             // of a datagram; kept for its memory
+    Zu::Mutex lock; // a leaf
+    bool isRunning ZU_GUARDED_BY(lock) = false;
+    UdpSender sender ZU_GUARDED_BY(lock);
+    std::unordered_map<uint64, uint16> outputIds ZU_GUARDED_BY(lock); // by the number of the data source
+    std::string text ZU_GUARDED_BY(lock);                             // of a datagram; kept for its memory
 
-    std::mutex metricsLock; // one update of the metrics record at a time
+    Zu::Mutex metricsLock; // one update of the metrics record at a time
 };

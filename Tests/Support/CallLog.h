@@ -1,9 +1,9 @@
 #pragma once
 
+#include "wApi/wMutex.h"
+
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -22,34 +22,35 @@ public:
     void Add(std::string call)
     {
         {
-            std::scoped_lock const guard(lock);
+            Zu::MutexLock const guard(lock);
             calls.push_back(std::move(call));
         }
-        changed.notify_all();
+        changed.NotifyAll();
     }
 
     Calls All() const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return calls;
     }
 
     std::size_t Count(std::string const& call) const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return CountLocked(call);
     }
 
     /// Waits until `call` was made so many times; false when that takes too long.
     bool WaitFor(std::string const& call, std::size_t count = 1) const
     {
-        std::unique_lock guard(lock);
-        return changed.wait_for(guard, BOUND, [&] { return CountLocked(call) >= count; });
+        Zu::MutexLock const guard(lock);
+        return changed.WaitUntil(lock, std::chrono::system_clock::now() + BOUND,
+                                 [&]() ZU_REQUIRES(lock) { return CountLocked(call) >= count; });
     }
 
     void Clear()
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         calls.clear();
     }
 
@@ -59,8 +60,8 @@ private:
         return static_cast<std::size_t>(std::count(calls.begin(), calls.end(), call));
     }
 
-    mutable std::mutex lock;
-    mutable std::condition_variable changed;
+    mutable Zu::Mutex lock;
+    mutable Zu::CondVar changed;
     Calls calls;
 };
 

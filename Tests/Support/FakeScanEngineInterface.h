@@ -3,10 +3,10 @@
 #include "Support/CallLog.h"
 #include "ZuApi/Exception.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <map>
-#include <mutex>
 
 namespace ZuTest
 {
@@ -44,7 +44,7 @@ public:
     void ScannerInfo(std::string const& scannerId, ScannerStateInfo& filled) override
     {
         Note("ScannerInfo(" + scannerId + ")");
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         filled = info;
     }
 
@@ -56,7 +56,7 @@ public:
 
     void SetInfo(ScannerStateInfo newInfo)
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         info = std::move(newInfo);
     }
 
@@ -75,7 +75,7 @@ private:
     }
 
     CallLog& calls;
-    std::mutex lock; // guards what a fetch reads on another thread
+    Zu::Mutex lock; // guards what a fetch reads on another thread
     ScannerStateInfo info;
 };
 

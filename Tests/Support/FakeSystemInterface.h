@@ -2,10 +2,10 @@
 
 #include "Support/CallLog.h"
 #include "ZuControl/Control/IControlSystemInterface.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <map>
-#include <mutex>
 
 namespace ZuTest
 {
@@ -46,7 +46,7 @@ public:
     void Stats(SystemStats& filled) override
     {
         Note("Stats");
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         filled = stats;
     }
 
@@ -57,7 +57,7 @@ public:
 
     void SetStats(SystemStats newStats)
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         stats = std::move(newStats);
     }
 
@@ -74,7 +74,7 @@ private:
     }
 
     CallLog& calls;
-    std::mutex lock; // guards what a fetch reads on another thread
+    Zu::Mutex lock; // guards what a fetch reads on another thread
     SystemStats stats;
 };
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "wApi/wMutex.h"
+
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 namespace ZuTest
 {
@@ -14,22 +14,23 @@ public:
     void Open()
     {
         {
-            std::scoped_lock const guard(lock);
+            Zu::MutexLock const guard(lock);
             open = true;
         }
-        changed.notify_all();
+        changed.NotifyAll();
     }
 
     /// False when it did not open in time.
     bool Wait() const
     {
-        std::unique_lock guard(lock);
-        return changed.wait_for(guard, std::chrono::seconds(30), [this] { return open; });
+        Zu::MutexLock const guard(lock);
+        return changed.WaitUntil(lock, std::chrono::system_clock::now() + std::chrono::seconds(30),
+                                 [this]() ZU_REQUIRES(lock) { return open; });
     }
 
 private:
-    mutable std::mutex lock;
-    mutable std::condition_variable changed;
+    mutable Zu::Mutex lock;
+    mutable Zu::CondVar changed;
     bool open = false;
 };
 

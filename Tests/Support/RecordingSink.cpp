@@ -1,5 +1,7 @@
 #include "Support/RecordingSink.h"
 
+#include "wApi/wMutex.h"
+
 #include <algorithm>
 #include <ostream>
 
@@ -68,24 +70,24 @@ public:
 
     void Write(Entry const& entry) override
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         lines.push_back({entry.flags, entry.label, entry.text});
     }
 
     std::vector<LogLine> Lines() const
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         return lines;
     }
 
     void Clear()
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         lines.clear();
     }
 
 private:
-    mutable std::mutex lock;
+    mutable Zu::Mutex lock;
     std::vector<LogLine> lines;
 };
 

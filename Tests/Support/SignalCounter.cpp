@@ -1,5 +1,6 @@
 #include "Support/SignalCounter.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 namespace ZuTest
@@ -10,7 +11,7 @@ SignalCounter::~SignalCounter() = default;
 
 void SignalCounter::Signal()
 {
-    std::scoped_lock const guard(lock); // also over the call below: whoever waits may end the latch at once
+    Zu::MutexLock const guard(lock); // also over the call below: whoever waits may end the latch at once
     ++count;
     changed.NotifyAll();
 }
@@ -18,13 +19,14 @@ void SignalCounter::Signal()
 bool SignalCounter::Wait(uint64 times)
 {
     constexpr uint64 PATIENCE_USEC = 30'000'000;
-    std::unique_lock guard(lock);
-    return changed.WaitUntil(guard, wTime_AfterUsec(PATIENCE_USEC), [this, times] { return count >= times; });
+    Zu::MutexLock const guard(lock);
+    return changed.WaitUntil(lock, wTime_AfterUsec(PATIENCE_USEC),
+                             [this, times]() ZU_REQUIRES(lock) { return count >= times; });
 }
 
 uint64 SignalCounter::Count() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return count;
 }
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "wApi/wCondition.h"
-
-#include <mutex>
+#include "wApi/wMutex.h"
 
 namespace ZuTest
 {
@@ -25,8 +23,8 @@ public:
     uint64 Count() const;
 
 private:
-    mutable std::mutex lock; // guards what follows
-    wCondition changed;
+    mutable Zu::Mutex lock; // guards what follows
+    Zu::CondVar changed;
     uint64 count = 0;
 };
 

@@ -2,9 +2,9 @@
 
 #include "ZuApi/LazyBuildLock.h"
 #include "ZuApi/Properties/Value.h"
+#include "wApi/wMutex.h"
 
 #include <cstdint>
-#include <mutex>
 
 namespace Zu::Params
 {
@@ -62,7 +62,7 @@ Properties::Value<T>& NumberAttribute<T>::Node() const
     uint64 held = word.load(std::memory_order_acquire);
     if ((held & INLINE_MARK) != 0)
     {
-        std::scoped_lock const guard(Properties::Internal::LazyBuildLock());
+        Zu::MutexLock const guard(Properties::Internal::LazyBuildLock());
         held = word.load(std::memory_order_acquire);
         if ((held & INLINE_MARK) != 0)
         {

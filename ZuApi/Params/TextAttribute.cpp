@@ -3,9 +3,9 @@
 #include "ZuApi/InternedText.h"
 #include "ZuApi/LazyBuildLock.h"
 #include "ZuApi/Properties/Value.h"
+#include "wApi/wMutex.h"
 
 #include <memory>
-#include <mutex>
 
 namespace Zu::Params
 {
@@ -105,7 +105,7 @@ Properties::Value<std::string>& TextAttribute::Node() const
     std::uintptr_t held = word.load(std::memory_order_acquire);
     if (IsText(held))
     {
-        std::scoped_lock const guard(Properties::Internal::LazyBuildLock());
+        Zu::MutexLock const guard(Properties::Internal::LazyBuildLock());
         held = word.load(std::memory_order_acquire);
         if (IsText(held))
         {

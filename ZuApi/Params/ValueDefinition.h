@@ -4,8 +4,8 @@
 #include "ZuApi/LazyBuildLock.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuApi/Structure.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <type_traits>
 #include <utility>
 
@@ -302,7 +302,7 @@ typename Value<T>::Attributes& Value<T>::Make() const
     {
         return *made;
     }
-    std::scoped_lock const guard(Properties::Internal::LazyBuildLock());
+    Zu::MutexLock const guard(Properties::Internal::LazyBuildLock());
     if (Made() == nullptr)
     {
         auto made = std::make_unique<Attributes>();

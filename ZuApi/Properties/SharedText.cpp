@@ -4,6 +4,7 @@
 #include "ZuApi/IValueWriter.h"
 #include "ZuApi/NodeType.h"
 #include "ZuApi/Structure.h"
+#include "wApi/wMutex.h"
 
 #include <utility>
 
@@ -18,13 +19,13 @@ SharedText::~SharedText() = default;
 
 std::string SharedText::Get() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return text;
 }
 
 void SharedText::Set(std::string newText)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     text.swap(newText);
 }
 

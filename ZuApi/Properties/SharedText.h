@@ -2,8 +2,8 @@
 
 #include "ZuApi/ValueBase.h"
 #include "wApi/wExport.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <string>
 
 namespace Zu::Properties
@@ -27,8 +27,8 @@ public:
 private:
     static void BuildSchema(Node& node, Structure& schema);
 
-    mutable std::mutex lock; // a leaf; guards the text
-    std::string text;
+    mutable Zu::Mutex lock; // a leaf
+    std::string text ZU_GUARDED_BY(lock);
 };
 
 } // namespace Zu::Properties

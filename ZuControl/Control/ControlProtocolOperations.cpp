@@ -4,6 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuControl/Control/IControlSystemInterface.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 #include <utility>
@@ -119,7 +120,7 @@ uint64 ControlProtocolOperations::RefusedCount() const
 
 std::optional<ControlProtocolOperations::UnderWay> ControlProtocolOperations::OperationUnderWay() const
 {
-    std::scoped_lock const guard(underWayLock);
+    Zu::MutexLock const guard(underWayLock);
     return underWay;
 }
 
@@ -248,7 +249,7 @@ char const* ControlProtocolOperations::NameOf(ActionId action)
 
 bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionId action)
 {
-    std::scoped_lock const guard(underWayLock);
+    Zu::MutexLock const guard(underWayLock);
     if (!OperationBegin())
     {
         return false;
@@ -266,7 +267,7 @@ void ControlProtocolOperations::BeginAlignment(ZuEthernetProtocol protocol, std:
     };
     auto const id = event.Add(alignmentGate.Bind(callback));
     {
-        std::scoped_lock const guard(alignmentLock);
+        Zu::MutexLock const guard(alignmentLock);
         alignCallbackId = id;
     }
     scanEngineInterface.Alignment(scannerId);
@@ -280,7 +281,7 @@ bool ControlProtocolOperations::OperationBegin()
 
 int ControlProtocolOperations::OperationFinish()
 {
-    std::scoped_lock const guard(underWayLock);
+    Zu::MutexLock const guard(underWayLock);
     underWay.reset();
     return operationFlag.exchange(0);
 }
@@ -318,7 +319,7 @@ void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int 
 {
     Zu::GuardedEvent<int>* event = nullptr;
     {
-        std::scoped_lock const guard(opEndEventsLock);
+        Zu::MutexLock const guard(opEndEventsLock);
         if (auto const position = opEndEvents.find(protocol); position != opEndEvents.end())
         {
             event = &position->second;
@@ -332,7 +333,7 @@ void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int 
 
 Zu::GuardedEvent<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
 {
-    std::scoped_lock const guard(opEndEventsLock);
+    Zu::MutexLock const guard(opEndEventsLock);
     return opEndEvents[protocol];
 }
 
@@ -348,7 +349,7 @@ void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(std::string const
 {
     std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> id;
     {
-        std::scoped_lock const guard(alignmentLock);
+        Zu::MutexLock const guard(alignmentLock);
         id = alignCallbackId;
     }
     if (scannerId.empty() || !id.has_value())
@@ -360,7 +361,7 @@ void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(std::string const
     {
         event.Remove(*id);
     }
-    std::scoped_lock const guard(alignmentLock);
+    Zu::MutexLock const guard(alignmentLock);
     alignCallbackId.reset();
 }
 

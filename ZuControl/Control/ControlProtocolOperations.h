@@ -8,6 +8,7 @@
 #include "ZuControl/Export.h"
 #include "ZuScan/AlignCompletionStatus.h"
 #include "wApi/wIpConfig.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"
 
@@ -15,7 +16,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -144,13 +144,13 @@ private:
     std::unique_ptr<Zu::AsyncRunner> runner;
 
     // Leaf lock of the map alone: an event is made on first use and stays where it is.
-    std::mutex opEndEventsLock;
-    std::map<ZuEthernetProtocol, Zu::GuardedEvent<int>> opEndEvents;
+    Zu::Mutex opEndEventsLock;
+    std::map<ZuEthernetProtocol, Zu::GuardedEvent<int>> opEndEvents ZU_GUARDED_BY(opEndEventsLock);
 
     std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight; it changes under the lock below
 
-    mutable std::mutex underWayLock; // a leaf, so that what is told of an operation goes with the flag
-    std::optional<UnderWay> underWay;
+    mutable Zu::Mutex underWayLock; // a leaf, so that what is told of an operation goes with the flag
+    std::optional<UnderWay> underWay ZU_GUARDED_BY(underWayLock);
 
     std::atomic<bool> runningFlag{true};
     std::atomic<uint64> succeededCount{0}; // these three publish nothing
@@ -161,8 +161,8 @@ private:
 
     // The handler of the alignment in flight, of the worker and of the dispatcher in turn. The lock is a leaf: it matters
     // only when a scanner reports one alignment twice.
-    std::mutex alignmentLock;
-    std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> alignCallbackId;
+    Zu::Mutex alignmentLock;
+    std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> alignCallbackId ZU_GUARDED_BY(alignmentLock);
     Zu::CallbackGate alignmentGate; // handlers stay on a scanner's event for longer than this object lives
 };
 

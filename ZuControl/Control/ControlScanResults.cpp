@@ -6,6 +6,7 @@
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuCore/ResultSet.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <utility>
@@ -119,7 +120,7 @@ void ControlScanResults::UpdateOutputMap(ZuEthernetProtocol protocol, std::vecto
         AddToMap(texts, id);
     }
     std::shared_ptr<ScanOutputMap const> map = std::make_shared<ScanOutputMap const>(std::move(texts));
-    std::scoped_lock const guard(outputMapsLock);
+    Zu::MutexLock const guard(outputMapsLock);
     FindMap(protocol).swap(map);
     outputMapsChangeCount.fetch_add(1, std::memory_order_relaxed); // read again under this lock before the maps are
 }
@@ -179,7 +180,7 @@ void ControlScanResults::RemoveFromMap(ScanOutputMap::Texts& map, std::string co
 
 std::shared_ptr<DispatchCounters> ControlScanResults::FindCounters(ZuEthernetProtocol protocol)
 {
-    std::scoped_lock const guard(countersLock);
+    Zu::MutexLock const guard(countersLock);
     auto& counters = dispatchCounters[protocol];
     if (counters == nullptr)
     {
@@ -228,7 +229,7 @@ void ControlScanResults::RefreshGroups()
 
 std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> ControlScanResults::CurrentMaps()
 {
-    std::scoped_lock const guard(outputMapsLock);
+    Zu::MutexLock const guard(outputMapsLock);
     return outputMaps;
 }
 

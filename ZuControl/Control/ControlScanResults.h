@@ -10,12 +10,12 @@
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wLock.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThreadSafety.h"
 
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -63,7 +63,7 @@ private:
 
     using Dispatchers = std::map<ZuEthernetProtocol, std::shared_ptr<IControlScanResultsDispatcher>>;
 
-    std::shared_ptr<ScanOutputMap const>& FindMap(ZuEthernetProtocol protocol);
+    std::shared_ptr<ScanOutputMap const>& FindMap(ZuEthernetProtocol protocol) ZU_REQUIRES(outputMapsLock);
     static void AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     static void RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     std::shared_ptr<DispatchCounters> FindCounters(ZuEthernetProtocol protocol);
@@ -88,8 +88,8 @@ private:
 
     // Leaf lock, held for the copy or the change of a pointer and nothing else: whoever changes a map waits for no delivery.
     // The maps themselves never change; a new one takes the place of the old one.
-    std::mutex outputMapsLock;
-    std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps;
+    Zu::Mutex outputMapsLock;
+    std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps ZU_GUARDED_BY(outputMapsLock);
     std::atomic<uint64> outputMapsChangeCount{1}; // grows with each change, behind it
 
     std::atomic<uint64> setCount{0};
@@ -97,8 +97,8 @@ private:
     std::atomic<uint64> itemsHandedOnCount{0};
 
     // A leaf. What is once in the map stays there.
-    std::mutex countersLock;
-    std::map<ZuEthernetProtocol, std::shared_ptr<DispatchCounters>> dispatchCounters;
+    Zu::Mutex countersLock;
+    std::map<ZuEthernetProtocol, std::shared_ptr<DispatchCounters>> dispatchCounters ZU_GUARDED_BY(countersLock);
 
     // Order: lock, then a dispatcher's own locks, outputMapsLock or countersLock. A dispatcher that goes is joined under it, so that no
     // result handler may call what takes it.

@@ -1,5 +1,6 @@
 #include "ZuControl/Control/MetricsPulse.h"
 
+#include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
 namespace ZuControl
@@ -7,13 +8,13 @@ namespace ZuControl
 
 MetricsPulse::Round::Round(MetricsPulse& usedPulse) : pulse(usedPulse)
 {
-    std::scoped_lock const guard(pulse.lock);
+    Zu::MutexLock const guard(pulse.lock);
     pulse.metrics.roundSinceUsec = wTime_NowUsec();
 }
 
 MetricsPulse::Round::~Round()
 {
-    std::scoped_lock const guard(pulse.lock);
+    Zu::MutexLock const guard(pulse.lock);
     pulse.metrics.roundSinceUsec = 0;
     if (isDone)
     {
@@ -26,7 +27,7 @@ MetricsPulse::Round::~Round()
 
 void MetricsPulse::Round::ComeTo(std::string const& typeName)
 {
-    std::scoped_lock const guard(pulse.lock);
+    Zu::MutexLock const guard(pulse.lock);
     pulse.metrics.typeName = typeName;
 }
 
@@ -42,7 +43,7 @@ MetricsPulse::MetricsPulse()
 
 ControlVitals::Metrics MetricsPulse::Read() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return metrics;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ZuControl/Control/ControlVitals.h"
+#include "wApi/wMutex.h"
 
-#include <mutex>
 #include <string>
 
 namespace ZuControl
@@ -40,8 +40,8 @@ public:
     ControlVitals::Metrics Read() const;
 
 private:
-    mutable std::mutex lock; // a leaf: guards what follows
-    ControlVitals::Metrics metrics;
+    mutable Zu::Mutex lock; // a leaf
+    ControlVitals::Metrics metrics ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuControl

@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <iterator>
@@ -30,7 +31,7 @@ void ProtocolRegisterAssemblyGroup::Add(IProtocolRegisterAssembly& assembly, ICo
                  assembly.Id());
     }
     {
-        std::scoped_lock const lookupGuard(lookupLock);
+        Zu::MutexLock const lookupGuard(lookupLock);
         lookup.emplace(entry->first, &entry->second);
     }
     count.store(assemblies.size(), std::memory_order_relaxed);
@@ -62,7 +63,7 @@ bool ProtocolRegisterAssemblyGroup::HasRegisterAssembly(char const* id) const
     {
         return false;
     }
-    std::scoped_lock const guard(lookupLock);
+    Zu::MutexLock const guard(lookupLock);
     return lookup.contains(id);
 }
 
@@ -105,7 +106,7 @@ RegisterAssemblyInstance const& ProtocolRegisterAssemblyGroup::FindRegisterAssem
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "No register assembly has been added");
     }
-    std::scoped_lock const guard(lookupLock); // not the group's: the caller may hold the lock of an assembly
+    Zu::MutexLock const guard(lookupLock); // not the group's: the caller may hold the lock of an assembly
     auto const found = lookup.find(id);
     if (found == lookup.end())
     {

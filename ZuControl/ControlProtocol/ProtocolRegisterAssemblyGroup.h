@@ -4,12 +4,12 @@
 #include "ZuControl/ControlProtocol/RegisterAssemblyInstance.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -45,8 +45,8 @@ private:
     std::map<std::string, RegisterAssemblyInstance> assemblies ZU_GUARDED_BY(lock);
 
     // A leaf: guards the same once more, for lookups by those who hold the lock of an assembly.
-    mutable std::mutex lookupLock;
-    std::map<std::string, RegisterAssemblyInstance const*, std::less<>> lookup;
+    mutable Zu::Mutex lookupLock;
+    std::map<std::string, RegisterAssemblyInstance const*, std::less<>> lookup ZU_GUARDED_BY(lookupLock);
 
     std::atomic<uint64> count{0}; // of the map; read where no lock is taken
 };
