@@ -243,7 +243,7 @@ LoadReport JobManager::Report(std::string const& name)
     return lastReport;
 }
 
-Zu::GuardedEvent<>& JobManager::ListChangedEvent()
+Zu::Event<>& JobManager::ListChangedEvent()
 {
     return listChangedEvent;
 }

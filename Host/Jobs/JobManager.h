@@ -4,7 +4,7 @@
 #include "Host/Jobs/JobSaver.h"
 #include "Host/Jobs/LoadReport.h"
 #include "Host/Store/ArchiveFile.h"
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuCommon/PersistDomain.h"
 #include "ZuCommon/PersistManager.h"
 #include "wApi/wMutex.h"
@@ -101,7 +101,7 @@ public:
     LoadReport Report(std::string const& name);
 
     /// Fires behind each change of the list and each load, on the thread that made it. Handlers may ask for the list.
-    Zu::GuardedEvent<>& ListChangedEvent();
+    Zu::Event<>& ListChangedEvent();
 
 private:
     using Files = ArchiveContents::Files;
@@ -155,7 +155,7 @@ private:
     StartRetry& startRetry;
     DataFolder const& folder;
     AloneRunner runAlone;
-    Zu::GuardedEvent<> listChangedEvent;
+    Zu::Event<> listChangedEvent;
 
     // The modifications that are saved; none yet. Written under operationLock; the list shows it.
     std::atomic<uint64> savedCount{NEVER_SAVED};

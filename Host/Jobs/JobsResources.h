@@ -4,7 +4,7 @@
 #include "Host/Jobs/JobListResource.h"
 #include "Host/Jobs/JobReportResource.h"
 #include "Host/Jobs/JobResource.h"
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "wApi/wMutex.h"
 
 namespace ZuRest
@@ -39,7 +39,7 @@ private:
     JobReportResource report;
 
     Zu::Mutex notificationLock; // held while the list's notification fires: jobs change on several threads
-    Zu::GuardedEvent<>::CallbackId changeId;
+    Zu::Event<>::CallbackId changeId;
 };
 
 } // namespace ZuHost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuApi/Event.h"
 #include "ZuScan/AlignCompletionStatus.h"
 #include "ZuScan/AlignState.h"
 #include "wApi/wExport.h"

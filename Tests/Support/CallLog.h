@@ -1,6 +1,7 @@
 #pragma once
 
 #include "wApi/wMutex.h"
+#include "wApi/wTime.h"
 
 #include <algorithm>
 #include <chrono>
@@ -44,7 +45,7 @@ public:
     bool WaitFor(std::string const& call, std::size_t count = 1) const
     {
         Zu::MutexLock const guard(lock);
-        return changed.WaitUntil(lock, std::chrono::system_clock::now() + BOUND,
+        return changed.WaitUntil(lock, wTime_AfterUsec(static_cast<uint64>(std::chrono::microseconds(BOUND).count())),
                                  [&]() ZU_REQUIRES(lock) { return CountLocked(call) >= count; });
     }
 
@@ -55,14 +56,14 @@ public:
     }
 
 private:
-    std::size_t CountLocked(std::string const& call) const
+    std::size_t CountLocked(std::string const& call) const ZU_REQUIRES(lock)
     {
         return static_cast<std::size_t>(std::count(calls.begin(), calls.end(), call));
     }
 
     mutable Zu::Mutex lock;
     mutable Zu::CondVar changed;
-    Calls calls;
+    Calls calls ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuTest

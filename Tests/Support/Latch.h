@@ -1,8 +1,7 @@
 #pragma once
 
 #include "wApi/wMutex.h"
-
-#include <chrono>
+#include "wApi/wTime.h"
 
 namespace ZuTest
 {
@@ -24,14 +23,15 @@ public:
     bool Wait() const
     {
         Zu::MutexLock const guard(lock);
-        return changed.WaitUntil(lock, std::chrono::system_clock::now() + std::chrono::seconds(30),
-                                 [this]() ZU_REQUIRES(lock) { return open; });
+        return changed.WaitUntil(lock, wTime_AfterUsec(PATIENCE_USEC), [this]() ZU_REQUIRES(lock) { return open; });
     }
 
 private:
+    static constexpr uint64 PATIENCE_USEC = 30'000'000;
+
     mutable Zu::Mutex lock;
     mutable Zu::CondVar changed;
-    bool open = false;
+    bool open ZU_GUARDED_BY(lock) = false;
 };
 
 } // namespace ZuTest

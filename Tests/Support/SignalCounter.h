@@ -23,9 +23,9 @@ public:
     uint64 Count() const;
 
 private:
-    mutable Zu::Mutex lock; // guards what follows
+    mutable Zu::Mutex lock;
     Zu::CondVar changed;
-    uint64 count = 0;
+    uint64 count ZU_GUARDED_BY(lock) = 0;
 };
 
 } // namespace ZuTest

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuApi/SharedCallbackGate.h"
 #include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/Control/ControlInstanceMetrics.h"
@@ -131,9 +131,9 @@ private:
     IUpdateGate* const updateGate;
     IControlScanResults* const scanResults;
     // Listeners come and go while a thread of the protocol may be telling of an update.
-    Zu::GuardedEvent<std::string, bool> paramsUpdatedEvent;
-    Zu::GuardedEvent<std::string, bool> outputsUpdatedEvent;
-    Zu::GuardedEvent<std::string, std::string> registerAssemblyUpdatedEvent;
+    Zu::Event<std::string, bool> paramsUpdatedEvent;
+    Zu::Event<std::string, bool> outputsUpdatedEvent;
+    Zu::Event<std::string, std::string> registerAssemblyUpdatedEvent;
     mutable ProtocolFaults faults; // it has a lock of its own
     ControlInstanceMetrics metrics;
     ZuCommon::ProblemsManager* const problems;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuApi/SharedCallbackGate.h"
 #include "ZuControl/Control/ControlDataCache.h"
 #include "ZuControl/Control/ControlHardwareManager.h"
@@ -102,7 +102,7 @@ private:
 
     bool registered = false;
     uint64 persistHandlerId = 0;
-    Zu::GuardedEvent<PersistenceLoadOpState> persistenceLoadEvent;
+    Zu::Event<PersistenceLoadOpState> persistenceLoadEvent;
     Zu::Event<bool>* scanStartStopEvent = nullptr;
     Zu::Event<>* factoryRestoreEvent = nullptr;
     Zu::Event<bool>::CallbackId scanStartStopHandlerId;

@@ -2,7 +2,7 @@
 
 #include "ZuApi/AsyncTimer.h"
 #include "ZuApi/CallbackGate.h"
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuCommon/IMetricsReporter.h"
 #include "ZuControl/Control/MetricsPulse.h"
 #include "ZuControl/Export.h"
@@ -74,7 +74,7 @@ private:
     friend class ControlMetricsTest; // nothing else changes the intervals
 
     using Source = ZuCommon::IMetricsSource;
-    using ReportEvent = Zu::GuardedEvent<Source const&>;
+    using ReportEvent = Zu::Event<Source const&>;
 
     /// The handlers of one type. The event is shared with the report that fires it.
     struct Subscribers

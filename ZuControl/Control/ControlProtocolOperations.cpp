@@ -317,7 +317,7 @@ void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, 
 
 void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int status)
 {
-    Zu::GuardedEvent<int>* event = nullptr;
+    Zu::Event<int>* event = nullptr;
     {
         Zu::MutexLock const guard(opEndEventsLock);
         if (auto const position = opEndEvents.find(protocol); position != opEndEvents.end())
@@ -331,7 +331,7 @@ void ControlProtocolOperations::OnOperationEnd(ZuEthernetProtocol protocol, int 
     }
 }
 
-Zu::GuardedEvent<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
+Zu::Event<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol protocol)
 {
     Zu::MutexLock const guard(opEndEventsLock);
     return opEndEvents[protocol];

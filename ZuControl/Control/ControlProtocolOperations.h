@@ -2,7 +2,7 @@
 
 #include "ZuApi/AsyncRunner.h"
 #include "ZuApi/CallbackGate.h"
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuApi/Threads/MsgQueue.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
@@ -133,7 +133,7 @@ private:
 
     void NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId);
     void OnOperationEnd(ZuEthernetProtocol protocol, int status);
-    Zu::GuardedEvent<int>& OperationEndEvent(ZuEthernetProtocol protocol);
+    Zu::Event<int>& OperationEndEvent(ZuEthernetProtocol protocol);
     void AlignmentCompletedCallback(ZuEthernetProtocol protocol, std::string const& scannerId,
                                     ZuScan::AlignCompletionStatus status);
     void CleanUpAlignmentCompletedEvent(std::string const& scannerId);
@@ -145,7 +145,7 @@ private:
 
     // Leaf lock of the map alone: an event is made on first use and stays where it is.
     Zu::Mutex opEndEventsLock;
-    std::map<ZuEthernetProtocol, Zu::GuardedEvent<int>> opEndEvents ZU_GUARDED_BY(opEndEventsLock);
+    std::map<ZuEthernetProtocol, Zu::Event<int>> opEndEvents ZU_GUARDED_BY(opEndEventsLock);
 
     std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight; it changes under the lock below
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuApi/CallbackGate.h"
-#include "ZuApi/GuardedEvent.h"
+#include "ZuApi/Event.h"
 #include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
@@ -139,9 +139,9 @@ private:
     std::string const displayName;
     std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId> resultHandlerId;
     // The protocol notifies on threads of its own, also while its instance goes and takes its handlers with it.
-    Zu::GuardedEvent<bool> paramsInternalUpdateEvent;
-    Zu::GuardedEvent<ProtocolStatus> protocolStatusUpdateEvent;
-    Zu::GuardedEvent<bool> outputsInternalUpdateEvent;
+    Zu::Event<bool> paramsInternalUpdateEvent;
+    Zu::Event<ProtocolStatus> protocolStatusUpdateEvent;
+    Zu::Event<bool> outputsInternalUpdateEvent;
     std::atomic<IControlScanResults*> scanResults{nullptr}; // not owned: it publishes nothing but the address
     std::atomic<bool> operationInProgress{false};           // publishes the status below when it falls
     std::atomic<ControlRegisterCommandStatus> commandStatus{CommandStatusNone};

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace Zu
@@ -144,6 +148,55 @@ TEST_F(EventTest, LetsAnExceptionLeaveAndStaysUsable)
     event.Remove(id);
     event.Fire(2);
     EXPECT_EQ(calls, (Calls{"b2"}));
+}
+
+TEST_F(EventTest, EndsWhatAHandlerHoldsOutsideItsLock)
+{
+    std::shared_ptr<void> held(nullptr, [this](void*) {
+        calls.push_back("ended");
+        event.Remove({}); // would hang here
+    });
+    auto const id = event.Add([held](int) {});
+    held.reset();
+
+    event.Remove(id);
+
+    EXPECT_EQ(calls, (Calls{"ended"}));
+}
+
+TEST_F(EventTest, LetsHandlersOfTwoThreadsRunSideBySide)
+{
+    std::latch meeting(2);
+    event.Add([&meeting](int) { meeting.arrive_and_wait(); }); // would hang here
+
+    std::thread other([this] { event.Fire(1); });
+    event.Fire(2);
+    other.join();
+
+    EXPECT_TRUE(meeting.try_wait());
+}
+
+TEST_F(EventTest, IsChangedWhileAnotherThreadFires)
+{
+    std::atomic<bool> fire{true};
+    std::atomic<int> called{0};
+    event.Add([&called](int) { ++called; });
+    std::thread firing([&] {
+        while (fire)
+        {
+            event.Fire(1);
+        }
+    });
+
+    for (int i = 0; i < 1000 || called == 0; ++i)
+    {
+        auto const id = event.Add([&called](int) { ++called; });
+        event.Remove(id);
+    }
+    fire = false;
+    firing.join();
+
+    EXPECT_EQ(event.Count(), 1u);
 }
 
 } // namespace Zu
