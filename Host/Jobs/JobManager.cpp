@@ -114,7 +114,7 @@ std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std
 void JobManager::Run()
 {
     {
-        std::scoped_lock const guard(operationLock);
+        Zu::MutexLock const guard(operationLock);
         heldBack.clear(); // the owner has started them
     }
     saver.Start();

@@ -3,6 +3,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuRest/Place.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -81,7 +82,7 @@ void StartRetry::Run()
 void StartRetry::Stop()
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         isEnding = true;
     }
     changed.NotifyAll();
@@ -132,7 +133,7 @@ void StartRetry::RunUpdate(std::string const& path, nlohmann::json const& body, 
 
 std::map<std::string, std::string> StartRetry::Wanted() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     std::map<std::string, std::string> wanted;
     for (auto const& [typeName, wish] : wishes)
     {
@@ -162,7 +163,7 @@ void StartRetry::TryDue()
 
 uint64 StartRetry::NextUsec() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return NextUsecLocked();
 }
 
@@ -179,20 +180,20 @@ int StartRetry::Main(void* argument)
 /// False at the end.
 bool StartRetry::WaitUntilDue()
 {
-    std::unique_lock guard(lock);
-    auto const isOver = [this] { return isEnding || clock() >= NextUsecLocked(); };
+    Zu::MutexLock const guard(lock);
+    auto const isOver = [this]() ZU_REQUIRES(lock) { return isEnding || clock() >= NextUsecLocked(); };
     while (!isOver())
     {
         uint64 const nextUsec = NextUsecLocked();
-        changed.WaitUntil(guard, wTime_AfterUsec(nextUsec - clock()),
-                          [&] { return isOver() || NextUsecLocked() < nextUsec; });
+        changed.WaitUntil(lock, wTime_AfterUsec(nextUsec - clock()),
+                          [&]() ZU_REQUIRES(lock) { return isOver() || NextUsecLocked() < nextUsec; });
     }
     return !isEnding;
 }
 
 std::vector<std::string> StartRetry::TakeDue()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     uint64 const nowUsec = clock();
     std::vector<std::string> due;
     for (auto& [typeName, wish] : wishes)
@@ -225,13 +226,13 @@ void StartRetry::Try(std::string const& typeName)
 
 void StartRetry::Want(std::string const& typeName, std::string const& reason)
 {
-    std::unique_lock guard(lock);
+    Zu::MutexLock guard(lock);
     Wish& wish = wishes[typeName];
     bool const isNew = wish.waitUsec == 0;
     bool const isKnown = !isNew && wish.reason == reason;
     wish.reason = reason;
     Schedule(typeName, wish, isNew ? FIRST_WAIT_USEC : Doubled(wish.waitUsec));
-    guard.unlock();
+    guard.Unlock();
     changed.NotifyAll();
     if (isKnown)
     {
@@ -245,7 +246,7 @@ void StartRetry::Want(std::string const& typeName, std::string const& reason)
 void StartRetry::BeginAnew(std::string const& typeName)
 {
     {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         if (auto const wish = wishes.find(typeName); wish != wishes.end())
         {
             Schedule(typeName, wish->second, FIRST_WAIT_USEC);
@@ -272,7 +273,7 @@ void StartRetry::Schedule(std::string const& typeName, Wish& wish, uint64 waitUs
 /// Whether the service was wanted.
 bool StartRetry::Forget(std::string const& typeName)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     auto const wish = wishes.find(typeName);
     if (wish == wishes.end())
     {
@@ -285,7 +286,7 @@ bool StartRetry::Forget(std::string const& typeName)
 
 void StartRetry::ForgetAll()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     for (auto const& [typeName, wish] : wishes)
     {
         problems.Remove(wish.problem);
@@ -295,13 +296,13 @@ void StartRetry::ForgetAll()
 
 bool StartRetry::IsWanted(std::string const& typeName) const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return wishes.contains(typeName);
 }
 
 bool StartRetry::IsEnding() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return isEnding;
 }
 

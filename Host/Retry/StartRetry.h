@@ -2,13 +2,12 @@
 
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlVitals.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTime.h"
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
@@ -112,7 +111,7 @@ private:
     void ForgetAll();
     bool IsWanted(std::string const& typeName) const;
     bool IsEnding() const;
-    uint64 NextUsecLocked() const;
+    uint64 NextUsecLocked() const ZU_REQUIRES(lock);
     std::map<std::string, uint64> FailureCounts() const;
     std::string ReasonFor(std::string const& typeName) const;
 
@@ -120,10 +119,10 @@ private:
     Services const services;
     Clock const clock;
 
-    mutable std::mutex lock; // guards all below; the problems' lock is taken under it, and no service is called
-    wCondition changed;
-    std::map<std::string, Wish> wishes; // by type name
-    bool isEnding = false;
+    mutable Zu::Mutex lock; // the problems' lock is taken under it, and no service is called
+    Zu::CondVar changed;
+    std::map<std::string, Wish> wishes ZU_GUARDED_BY(lock); // by type name
+    bool isEnding ZU_GUARDED_BY(lock) = false;
 
     wThread thread; // last: it uses all of the above
 };

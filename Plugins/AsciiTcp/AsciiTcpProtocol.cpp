@@ -240,7 +240,7 @@ void AsciiTcpProtocol::OnStartScan()
 
 void AsciiTcpProtocol::OnFactoryRestore()
 {
-    std::scoped_lock const guard(textLock);
+    Zu::MutexLock const guard(textLock);
     if (lastText.has_value())
     {
         lastText = ""; // stored as such: a document that stays null would leave the old text in the store
@@ -251,7 +251,7 @@ void AsciiTcpProtocol::InitPersistDomain(PersistDomain domain, nlohmann::json& /
 {
     if (domain == PersistDomain::PROTOCOL)
     {
-        std::scoped_lock const guard(textLock);
+        Zu::MutexLock const guard(textLock);
         lastText.reset();
     }
 }
@@ -272,7 +272,7 @@ void AsciiTcpProtocol::LoadPersistDomain(PersistDomain domain, nlohmann::json co
 
 void AsciiTcpProtocol::SavePersistDomain(PersistDomain domain, nlohmann::json& document)
 {
-    std::scoped_lock const guard(textLock);
+    Zu::MutexLock const guard(textLock);
     if (domain == PersistDomain::PROTOCOL && lastText.has_value())
     {
         document = {{TEXT_KEY, *lastText}};

@@ -11,6 +11,7 @@
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
+#include "wApi/wMutex.h"
 
 #include <utility>
 
@@ -87,8 +88,8 @@ void ControlInstance::Enable(bool value)
         try
         {
             StartProtocol();
-            faults.Call("RegisterControlScanResultsHandler", &IProtocol::RegisterControlScanResultsHandler,
-                        protocol, *scanResults);
+            faults.Call("RegisterControlScanResultsHandler", &IProtocol::RegisterControlScanResultsHandler, protocol,
+                        *scanResults);
         }
         catch (...)
         {
@@ -388,7 +389,7 @@ void ControlInstance::SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann
 
 ControlVitals::FailedStarts ControlInstance::FailedStarts() const
 {
-    std::scoped_lock const guard(failedStartsLock);
+    Zu::MutexLock const guard(failedStartsLock);
     return failedStarts;
 }
 
@@ -396,7 +397,7 @@ ControlVitals::FailedStarts ControlInstance::FailedStarts() const
 void ControlInstance::NoteFailedStart()
 {
     std::string reason = Zu::CaughtReason();
-    std::scoped_lock const guard(failedStartsLock);
+    Zu::MutexLock const guard(failedStartsLock);
     ++failedStarts.count;
     failedStarts.lastReason = std::move(reason);
 }

@@ -8,10 +8,10 @@
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/ProtocolFaults.h"
 #include "ZuControl/Export.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace ZuCommon
@@ -142,8 +142,8 @@ private:
     Zu::Event<ProtocolStatus>::CallbackId statusHandlerId;
     Zu::Event<bool>::CallbackId outputsHandlerId;
 
-    mutable std::mutex failedStartsLock; // a leaf: guards the record
-    ControlVitals::FailedStarts failedStarts;
+    mutable Zu::Mutex failedStartsLock; // a leaf
+    ControlVitals::FailedStarts failedStarts ZU_GUARDED_BY(failedStartsLock);
 
     // Last, so that it closes first. Handlers run side by side: they call the host, under whatever lock it takes there.
     Zu::SharedCallbackGate protocolHandlersGate;

@@ -5,6 +5,7 @@
 #include "ZuApi/Structure.h"
 #include "ZuCommon/IMetricsKeeper.h"
 #include "ZuCommon/IMetricsSource.h"
+#include "wApi/wMutex.h"
 
 #include <utility>
 
@@ -94,13 +95,13 @@ bool MetricsRecord::InTurn(uint64 patienceUsec, std::function<void()> const& ste
 
 std::shared_ptr<MetricsSnapshot const> MetricsRecord::LastSnapshot() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return snapshot;
 }
 
 void MetricsRecord::Keep(std::shared_ptr<MetricsSnapshot const> newSnapshot)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     snapshot.swap(newSnapshot); // the old one ends with the argument, behind the lock
 }
 

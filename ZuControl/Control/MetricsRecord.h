@@ -1,11 +1,11 @@
 #pragma once
 
 #include "wApi/wLock.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <nlohmann/json.hpp>
 
 namespace ZuCommon
@@ -58,8 +58,8 @@ private:
     wLock turn;          // held while the live record is written or read; handlers run under it
     bool isWhole = true; // guarded by `turn`: no update broke off half way through the record
 
-    mutable std::mutex lock; // a leaf: guards the pointer
-    std::shared_ptr<MetricsSnapshot const> snapshot;
+    mutable Zu::Mutex lock; // a leaf
+    std::shared_ptr<MetricsSnapshot const> snapshot ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuControl

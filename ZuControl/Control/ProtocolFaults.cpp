@@ -1,6 +1,7 @@
 #include "ZuControl/Control/ProtocolFaults.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -38,7 +39,7 @@ ProtocolFaults::~ProtocolFaults() = default;
 
 std::vector<std::string> ProtocolFaults::Operations() const
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     return {failed.begin(), failed.end()};
 }
 
@@ -49,7 +50,7 @@ void ProtocolFaults::NoteCaught(char const* operation, bool mayRefuse) noexcept
         return;
     }
     ZU_GUARD_BOUNDARY([&] {
-        std::scoped_lock const guard(lock);
+        Zu::MutexLock const guard(lock);
         failed.insert(operation);
         hasFaults.store(true, std::memory_order_relaxed);
     });
@@ -57,7 +58,7 @@ void ProtocolFaults::NoteCaught(char const* operation, bool mayRefuse) noexcept
 
 void ProtocolFaults::Forget(char const* operation)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     failed.erase(operation);
     hasFaults.store(!failed.empty(), std::memory_order_relaxed);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ZuControl/Export.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -84,8 +84,8 @@ private:
     void Forget(char const* operation);
 
     std::atomic<bool> hasFaults{false}; // spares the lock where all is well; publishes nothing
-    mutable std::mutex lock;            // a leaf: guards what follows
-    std::set<std::string_view> failed;
+    mutable Zu::Mutex lock;             // a leaf
+    std::set<std::string_view> failed ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuControl
