@@ -3,11 +3,11 @@
 ///
 /// usage: RestServer      prints where it listens and ends with its standard input
 
-#include "Host/Http/HostResources.h"
 #include "Host/Http/HttpServer.h"
 #include "Host/Module/DeploymentQuery.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Resources/HostResources.h"
 #include "ZuCommon/ProblemsManager.h"
 #include "ZuControl/Control/ControlModule.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"

@@ -2,7 +2,6 @@
 
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
-#include "Host/Http/HostResources.h"
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
@@ -10,6 +9,7 @@
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Watch/Watch.h"
 #include "ZuCommon/ProblemsManager.h"

@@ -1,4 +1,4 @@
-#include "Host/Http/EventsResource.h"
+#include "Host/Resources/EventsResource.h"
 
 #include "ZuApi/Guard.h"
 #include "ZuRest/IStreamReceiver.h"

@@ -1,4 +1,4 @@
-#include "Host/Http/RootResource.h"
+#include "Host/Resources/RootResource.h"
 
 #include "ZuRest/ResourceRouter.h"
 #include "ZuRest/ResponseInfo.h"

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Host/Http/EventsResource.h"
-#include "Host/Http/HealthResource.h"
-#include "Host/Http/ProblemsResource.h"
-#include "Host/Http/RelationsResource.h"
-#include "Host/Http/RootResource.h"
-#include "Host/Http/ScannersResource.h"
+#include "Host/Resources/EventsResource.h"
+#include "Host/Resources/HealthResource.h"
+#include "Host/Resources/ProblemsResource.h"
+#include "Host/Resources/RelationsResource.h"
+#include "Host/Resources/RootResource.h"
+#include "Host/Resources/ScannersResource.h"
 
 namespace ZuRest
 {

@@ -1,4 +1,4 @@
-#include "Host/Http/HealthResource.h"
+#include "Host/Resources/HealthResource.h"
 
 #include "wApi/wTime.h"
 

@@ -1,4 +1,4 @@
-#include "Host/Http/RelationsResource.h"
+#include "Host/Resources/RelationsResource.h"
 
 #include "ZuApi/Exception.h"
 #include "ZuRest/Answer.h"

@@ -1,4 +1,4 @@
-#include "Host/Http/ScannersResource.h"
+#include "Host/Resources/ScannersResource.h"
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"

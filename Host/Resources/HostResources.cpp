@@ -1,4 +1,4 @@
-#include "Host/Http/HostResources.h"
+#include "Host/Resources/HostResources.h"
 
 #include "ZuRest/ResourceRouter.h"
 

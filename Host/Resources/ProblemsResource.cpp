@@ -1,4 +1,4 @@
-#include "Host/Http/ProblemsResource.h"
+#include "Host/Resources/ProblemsResource.h"
 
 #include "ZuCommon/ProblemsManager.h"
 
