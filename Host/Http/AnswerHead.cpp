@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <ctime>
 #include <string_view>
 
 namespace ZuHost::AnswerHead
@@ -24,6 +25,22 @@ void AppendHeader(std::string& text, std::string_view name, std::string_view val
 }
 
 } // namespace
+
+std::string const& Date()
+{
+    thread_local std::time_t shown = 0;
+    thread_local std::string text;
+    if (std::time_t const now = std::time(nullptr); now != shown)
+    {
+        std::tm parts{};
+        gmtime_r(&now, &parts);
+        std::array<char, 32> written{};
+        std::strftime(written.data(), written.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts); // in the "C" locale
+        text = written.data();
+        shown = now;
+    }
+    return text;
+}
 
 void Append(std::string& text, ZuRest::Answer const& answer, std::string const& date, bool isLast,
             std::optional<uint64> contentBytes)

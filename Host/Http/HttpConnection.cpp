@@ -1,702 +1,452 @@
 #include "Host/Http/HttpConnection.h"
 
 #include "Host/Http/AnswerHead.h"
-#include "Host/Http/BearerToken.h"
-#include "Host/Http/Descriptor.h"
 #include "Host/Http/EventBuffer.h"
 #include "Host/Http/IHttpService.h"
-#include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wStatus.h"
-#include "wApi/wTime.h"
 
-#include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/http/parser.hpp>
-#include <boost/beast/http/string_body.hpp>
+#include <boost/asio/dispatch.hpp>
+#include <boost/asio/error.hpp>
+#include <boost/asio/post.hpp>
 
-#include <array>
-#include <atomic>
-#include <cerrno>
-#include <optional>
-#include <sys/epoll.h>
-#include <sys/socket.h>
-#include <sys/uio.h>
+#include <algorithm>
 
 namespace ZuHost
 {
 
-namespace http = boost::beast::http;
+namespace asio = boost::asio;
 namespace HttpStatus = ZuRest::HttpStatus;
 using boost::system::error_code;
 using ZuRest::Answer;
-using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 
 namespace
 {
 
 constexpr uint64 LINGER_USEC = 2'000'000;
-constexpr uint64 STOP_LINGER_USEC = 100'000; // nobody waits long for a client when the server stops
+constexpr uint64 STOP_LINGER_USEC = 100'000; // an orderly stop does not wait long for clients
 constexpr uint64 MAX_LINGER_BYTES = 8 * HttpServer::MAX_BODY_BYTES;
-
-constexpr std::size_t HEADER_READ_BYTES = 4 * 1024; // most requests are shorter
-constexpr std::size_t BODY_READ_BYTES = 16 * 1024;
-constexpr unsigned MAX_READS = 32; // in a row: then others have their turn
-
-std::string_view TextOf(boost::beast::string_view text)
-{
-    return {text.data(), text.size()};
-}
-
-/// What a request is sent to: its target without the scheme and the host that may stand before the path.
-struct Target
-{
-    std::string_view host; // empty when the target has none
-    std::string_view pathAndQuery;
-
-    static Target Of(std::string_view text)
-    {
-        constexpr std::string_view SCHEME = "http://";
-        if (!text.starts_with(SCHEME))
-        {
-            return {"", text};
-        }
-        std::size_t const path = std::min(text.find('/', SCHEME.size()), text.size());
-        return {text.substr(SCHEME.size(), path - SCHEME.size()),
-                path != text.size() ? text.substr(path) : std::string_view("/")};
-    }
-};
+constexpr uint64 LONGEST_TIMEOUT_USEC = 1'000'000ULL * 60 * 60 * 24 * 365; // keeps deadlines within the clock's range
 
 Answer Refusal(uint32 status, int32 code, std::string detail)
 {
     return ZuRest::Problem{status, std::move(detail), code, {}}.ToAnswer();
 }
 
-/// What one read from a socket has given.
-enum class Received
-{
-    BYTES,
-    NOTHING, // for now
-    END,
-    FAILURE
-};
+} // namespace
 
-class SocketConnection final : public HttpConnection, public std::enable_shared_from_this<SocketConnection>
+/// A stream of events: the resource reports to the buffer until the stream ends.
+struct HttpConnection::EventStream
 {
-public:
-    SocketConnection(IHttpService& owningService, Descriptor acceptedSocket)
-        : service(owningService), limits(service.Limits()), socket(std::move(acceptedSocket))
+    EventStream(bool isState, std::function<void()> wake) : buffer(isState, std::move(wake))
     {
     }
 
-    ~SocketConnection() override = default;
-    SocketConnection(SocketConnection const&) = delete;
-    SocketConnection& operator=(SocketConnection const&) = delete;
-
-    void OnReady(uint32 events) override;
-    void Begin() override;
-    void Refuse(uint32 status, int32 code, std::string detail) override;
-    ZuRest::IStreamReceiver& MakeReceiver(bool isState) override;
-    void TakeOutcome(Outcome outcome) override;
-    void SendNow() override;
-    void CheckDeadline(uint64 nowUsec) override;
-    void BeginStop() override;
-    void Close() override;
-
-private:
-    enum class Phase
-    {
-        IDLE,    // between two requests
-        REQUEST, // headers or body are coming in
-        ANSWER,  // the resource has it
-        WRITE,
-        STREAM, // open, nothing to write
-        LINGER, // all is said: the client is to read it before the connection goes
-        CLOSED
-    };
-
-    /// What comes behind a write.
-    enum class Next
-    {
-        BODY,
-        REQUEST,
-        STREAM,
-        END
-    };
-
-    /// The stream behind its receiver, which outlives it.
-    struct StreamHolder
-    {
-        std::unique_ptr<EventBuffer> buffer;
-        std::unique_ptr<ZuRest::OpenStream> stream;
-    };
-
-    void Enter(Phase newPhase, uint64 timeoutUsec);
-    void GoOnSoon();
-    void GoOn();
-    void ReadRequest();
-    Received Receive(void* bytes, std::size_t capacity, std::size_t& count);
-    bool Parse();
-    bool TakeHeader();
-    bool RefuseForeign();
-    void TakeEnd();
-    void FailRead(error_code const& error);
-    void Submit();
-    ZuRest::Request TakeRequest();
-    void Send(Answer answer, bool isLast);
-    void Write(Next newNext);
-    void BeginWrite(Next newNext);
-    void WriteOn();
-    void Written();
-    void Discard();
-    void BeginStream(Answer const& answer);
-    void Flush();
-    void WriteToStream(std::string text);
-    void EndStream();
-
-    IHttpService& service;
-    HttpServer::Settings const& limits;
-    Descriptor socket;
-    bool mayHaveBytes = false; // a read may give something
-    bool hasEnded = false;     // the client, or the connection, will bring its end to a read
-    bool isGoingOnSoon = false;
-    boost::beast::flat_buffer buffer;
-    std::optional<http::request_parser<http::string_body>> parser;
-    bool hasHeader = false;
-
-    std::string head;
-    std::string body;
-    std::size_t writtenBytes = 0; // of both
-    Next next = Next::REQUEST;
-
-    Phase phase = Phase::IDLE;
-    uint64 dueUsec = 0;
-    std::atomic<bool> isWanted = true; // the request that is under way; read by who carries it out
-    StreamHolder stream;               // while a request is carried out, it belongs to who does that
-    bool hasNews = false;              // reports that came while something was being written
-    uint64 discardedBytes = 0;
+    EventBuffer buffer;
+    std::unique_ptr<ZuRest::OpenStream> source; // last: its destructor ends the reports
 };
 
-} // namespace
+HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand)
+    : service(owningService),
+      limits(service.Limits()),
+      strand(std::move(newStrand)),
+      timer(strand),
+      reader(limits.token, service.IsLocal())
+{
+}
+
+HttpConnection::~HttpConnection()
+{
+    service.Forget(*this);
+}
+
+/// The outermost frame of each handler: a connection whose handler fails is closed.
+template <typename Step>
+void HttpConnection::Guarded(Step&& step) noexcept
+{
+    if (!ZU_GUARD_BOUNDARY(std::forward<Step>(step)))
+    {
+        ZU_GUARD_BOUNDARY([this] { DoClose(); });
+    }
+}
+
+template <typename Step>
+void HttpConnection::OnStrand(Step step)
+{
+    asio::dispatch(strand, [self = shared_from_this(), step = std::move(step)]() mutable { self->Guarded(step); });
+}
 
 // In the order in which a request passes through it.
 
-/// Behind a request that has been submitted nothing is touched: it may have cost this thread the I/O.
-void SocketConnection::OnReady(uint32 events)
+void HttpConnection::Start(std::optional<Answer> refusal)
 {
-    mayHaveBytes = mayHaveBytes || (events & ~uint32{EPOLLOUT}) != 0;
-    hasEnded = hasEnded || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
-    GoOn();
-}
-
-void SocketConnection::GoOn()
-{
-    switch (phase)
-    {
-    case Phase::IDLE:
-    case Phase::REQUEST:
-        ReadRequest();
-        break;
-    case Phase::WRITE:
-        if (next == Next::STREAM)
-        {
-            Discard();
-        }
-        if (phase == Phase::WRITE)
-        {
-            WriteOn();
-        }
-        break;
-    case Phase::STREAM:
-        Discard();
-        Flush();
-        break;
-    case Phase::LINGER:
-        Discard();
-        break;
-    default:
-        break; // a request is under way: its end looks here again
-    }
-}
-
-/// Lets others have their turn first.
-void SocketConnection::GoOnSoon()
-{
-    if (std::exchange(isGoingOnSoon, true))
-    {
-        return;
-    }
-    service.Post([self = shared_from_this()] {
-        self->isGoingOnSoon = false;
-        self->GoOn();
+    OnStrand([this, refusal = std::move(refusal)]() mutable {
+        firstRefusal = std::move(refusal);
+        Enter(Phase::HANDSHAKE, limits.requestTimeoutUsec);
+        StartHandshake();
     });
 }
 
-void SocketConnection::Begin()
+void HttpConnection::OnHandshake(error_code const& error)
 {
-    parser.emplace();
-    parser->header_limit(HttpServer::MAX_HEADER_BYTES);
-    parser->body_limit(HttpServer::MAX_BODY_BYTES);
-    hasHeader = false;
-    bool const hasMore = buffer.size() != 0; // the next one came in together with the last
-    Enter(hasMore ? Phase::REQUEST : Phase::IDLE, hasMore ? limits.requestTimeoutUsec : limits.idleTimeoutUsec);
-    if (hasMore || mayHaveBytes)
-    {
-        GoOnSoon();
-    }
-}
-
-void SocketConnection::Enter(Phase newPhase, uint64 timeoutUsec)
-{
-    uint64 const nowUsec = service.NowUsec();
-    phase = newPhase;
-    dueUsec = timeoutUsec < wTIMEOUT_INFINITE - nowUsec ? nowUsec + timeoutUsec : wTIMEOUT_INFINITE;
-}
-
-void SocketConnection::ReadRequest()
-{
-    for (unsigned reads = 0; Parse(); ++reads)
-    {
-        if (reads == MAX_READS)
-        {
-            GoOnSoon();
-            return;
-        }
-        std::size_t const capacity = hasHeader ? BODY_READ_BYTES : HEADER_READ_BYTES;
-        std::size_t count = 0;
-        switch (Receive(buffer.prepare(capacity).data(), capacity, count))
-        {
-        case Received::NOTHING:
-            return;
-        case Received::END:
-            TakeEnd();
-            return;
-        case Received::FAILURE:
-            Close();
-            return;
-        case Received::BYTES:
-            break;
-        }
-        buffer.commit(count);
-        if (phase == Phase::IDLE)
-        {
-            Enter(Phase::REQUEST, limits.requestTimeoutUsec);
-        }
-    }
-}
-
-Received SocketConnection::Receive(void* bytes, std::size_t capacity, std::size_t& count)
-{
-    if (!mayHaveBytes)
-    {
-        return Received::NOTHING;
-    }
-    ssize_t const got = recv(socket.Number(), bytes, capacity, 0);
-    if (got > 0)
-    {
-        count = static_cast<std::size_t>(got);
-        mayHaveBytes = count == capacity || hasEnded; // the end is told once, and perhaps ahead of the last bytes
-        return Received::BYTES;
-    }
-    if (got == 0)
-    {
-        return Received::END;
-    }
-    if (errno == EAGAIN || errno == EINTR)
-    {
-        mayHaveBytes = errno == EINTR;
-        return Received::NOTHING;
-    }
-    return Received::FAILURE;
-}
-
-/// True when it takes more bytes to go on.
-bool SocketConnection::Parse()
-{
-    while (buffer.size() != 0)
-    {
-        error_code error;
-        buffer.consume(parser->put(buffer.data(), error));
-        if (error == http::error::need_more)
-        {
-            return true;
-        }
+    Guarded([&] {
         if (error)
         {
-            FailRead(error);
-            return false;
+            DoClose();
         }
-        if (!hasHeader && parser->is_header_done() && !TakeHeader())
+        else if (firstRefusal.has_value())
         {
-            return false;
+            Send(std::move(*firstRefusal), true);
         }
-        if (parser->is_done())
+        else
         {
-            Submit();
-            return false;
+            BeginRequest();
         }
-    }
-    return true;
+    });
 }
 
-/// False when the client has to be told something first.
-bool SocketConnection::TakeHeader()
+void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
 {
-    static constexpr std::string_view CONTINUE = "HTTP/1.1 100 Continue\r\n\r\n";
-    hasHeader = true;
-    if (RefuseForeign())
+    phase = newPhase;
+    due = Clock::now() + std::chrono::microseconds(std::min(timeoutUsec, LONGEST_TIMEOUT_USEC));
+    if (due < timerDue)
     {
-        return false;
+        SetTimer();
     }
-    auto const& request = parser->get();
-    bool const isOpenToAll = request.method() == http::verb::get && request.target() == "/health";
-    if (!isOpenToAll && !BearerToken::IsGiven(limits.token, TextOf(request[http::field::authorization])))
-    {
-        Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED,
-               "This service asks for a token: send the header Authorization: Bearer TOKEN.");
-        return false;
-    }
-    Enter(Phase::REQUEST, limits.requestTimeoutUsec);
-    parser->eager(true); // the body comes in one go
-    if (!parser->is_done() && boost::beast::iequals(request[http::field::expect], "100-continue"))
-    {
-        head = CONTINUE;
-        body.clear();
-        Write(Next::BODY);
-        return false;
-    }
-    return true;
 }
 
-/// True when the request was refused: it names no host as it must, or a page from elsewhere is behind it.
-bool SocketConnection::RefuseForeign()
+/// The timer is set for the earliest deadline so far and looks at the present one when it fires. Most phases end long before
+/// their deadlines and so cost no timer.
+void HttpConnection::SetTimer()
 {
-    auto const& request = parser->get();
-    Target const target = Target::Of(TextOf(request.target()));
-    std::size_t const hosts = request.count(http::field::host);
-    if (hosts > 1 || (hosts == 0 && request.version() > 10))
-    {
-        Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, "The request needs one header Host.");
-        return true;
-    }
-    std::string_view const host = target.host.empty() ? TextOf(request[http::field::host]) : target.host;
-    bool const namesUs = host.empty() ? hosts == 0 : RequestOrigin::IsThisMachine(host);
-    if (service.IsLocal() && !namesUs)
-    {
-        Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-               "This service answers to localhost and the loopback addresses only, not to '" + std::string(host) +
-                   "'.");
-        return true;
-    }
-    auto const origin = request.find(http::field::origin);
-    if (origin != request.end() && !RequestOrigin::IsOwn(TextOf(origin->value()), host))
-    {
-        Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-               "This service takes no requests from pages of '" + std::string(TextOf(origin->value())) + "'.");
-        return true;
-    }
-    return false;
+    timerDue = due;
+    timer.expires_at(due);
+    timer.async_wait([self = shared_from_this()](error_code const& error) {
+        if (!error)
+        {
+            self->Guarded([&self] { self->OnTimer(); });
+        }
+    });
 }
 
-/// The client sends nothing more.
-void SocketConnection::TakeEnd()
+void HttpConnection::OnTimer()
 {
-    if (!parser->got_some())
+    if (phase == Phase::CLOSED)
     {
-        Close();
         return;
     }
-    error_code error;
-    parser->put_eof(error);
-    FailRead(error ? error : make_error_code(http::error::partial_message)); // no request ends with the connection
-}
-
-void SocketConnection::FailRead(error_code const& error)
-{
-    if (error == http::error::header_limit || error == http::error::buffer_overflow)
+    timerDue = Clock::time_point::max();
+    if (Clock::now() < due)
     {
-        Refuse(HttpStatus::HEADERS_TOO_LARGE, Zu::Status::BAD_FORMAT,
-               "The headers are longer than " + std::to_string(HttpServer::MAX_HEADER_BYTES) + " bytes.");
-    }
-    else if (error == http::error::body_limit)
-    {
-        Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
-               "The body is longer than " + std::to_string(HttpServer::MAX_BODY_BYTES) + " bytes.");
+        SetTimer();
     }
     else
     {
-        Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT,
-               "The request is not valid HTTP: " + error.message() + ".");
+        PassDeadline();
     }
 }
 
-void SocketConnection::Submit()
+void HttpConnection::PassDeadline()
+{
+    switch (phase)
+    {
+    case Phase::REQUEST:
+        Send(Refusal(HttpStatus::REQUEST_TIMEOUT, Zu::Status::TIME_OUT, "The request did not come in time."), true);
+        break;
+    case Phase::ANSWER:
+        isWanted.store(false, std::memory_order_relaxed);
+        Send(Refusal(HttpStatus::SERVICE_UNAVAILABLE, Zu::Status::BUSY, "The resource did not answer in time."), true);
+        break;
+    case Phase::STREAM:
+        WriteToStream(": still here\n\n");
+        break;
+    default:
+        DoClose();
+        break;
+    }
+}
+
+void HttpConnection::BeginRequest()
+{
+    reader.Begin();
+    Enter(Phase::IDLE, limits.idleTimeoutUsec);
+    reader.HasBytes() ? ParseRequest() : Read();
+}
+
+void HttpConnection::Read()
+{
+    if (isReading)
+    {
+        return;
+    }
+    isReading = true;
+    if (phase != Phase::IDLE && phase != Phase::REQUEST)
+    {
+        reader.Discard();
+    }
+    StartRead(reader.Room());
+}
+
+void HttpConnection::OnRead(error_code const& error, std::size_t count)
+{
+    isReading = false;
+    Guarded([&] {
+        switch (phase)
+        {
+        case Phase::IDLE:
+        case Phase::REQUEST:
+            TakeBytes(error, count);
+            break;
+        case Phase::STREAM:
+        case Phase::LINGER:
+            ReadPast(error, count);
+            break;
+        case Phase::WRITE:
+            if (next == Next::STREAM)
+            {
+                ReadPast(error, count);
+            }
+            break;
+        default:
+            break;
+        }
+    });
+}
+
+void HttpConnection::TakeBytes(error_code const& error, std::size_t count)
+{
+    if (!error)
+    {
+        reader.Commit(count);
+        ParseRequest();
+    }
+    else if (error == asio::error::eof && reader.TakeEnd())
+    {
+        Send(reader.TakeRefusal(), true);
+    }
+    else
+    {
+        DoClose();
+    }
+}
+
+void HttpConnection::ParseRequest()
+{
+    bool const hadHeader = reader.HasHeader();
+    switch (reader.Parse())
+    {
+    case RequestReader::Result::NEEDS_BYTES:
+        if (phase == Phase::IDLE || reader.HasHeader() != hadHeader)
+        {
+            Enter(Phase::REQUEST, limits.requestTimeoutUsec);
+        }
+        Read();
+        break;
+    case RequestReader::Result::NEEDS_CONTINUE:
+        head = "HTTP/1.1 100 Continue\r\n\r\n";
+        body.clear();
+        Write(Next::BODY);
+        break;
+    case RequestReader::Result::REQUEST:
+        Submit();
+        break;
+    case RequestReader::Result::REFUSAL:
+        Send(reader.TakeRefusal(), true);
+        break;
+    }
+}
+
+void HttpConnection::Submit()
 {
     Enter(Phase::ANSWER, limits.answerTimeoutUsec);
-    service.Process(shared_from_this(), TakeRequest());
+    ZuRest::Request request = reader.TakeRequest();
+    request.isWanted = [this] {
+        return isWanted.load(std::memory_order_relaxed);
+    }; // the asking thread shares this object
+    service.Process(shared_from_this(), std::move(request));
 }
 
-ZuRest::Request SocketConnection::TakeRequest()
+ZuRest::IStreamReceiver& HttpConnection::MakeReceiver(bool isState)
 {
-    auto& message = parser->get();
-    ZuRest::Request request;
-    request.method = TextOf(message.method_string());
-    std::string_view const target = Target::Of(TextOf(message.target())).pathAndQuery;
-    std::size_t const mark = std::min(target.find('?'), target.size());
-    request.path = target.substr(0, mark);
-    request.query = target.substr(std::min(mark + 1, target.size()));
-    request.body = std::move(message.body());
-    request.accept = TextOf(message[http::field::accept]);
-    request.ifMatch = TextOf(message[http::field::if_match]);
-    request.ifNoneMatch = TextOf(message[http::field::if_none_match]);
-    request.isWanted = [this] { return isWanted.load(std::memory_order_relaxed); }; // who carries it out holds this
-    return request;
-}
-
-ZuRest::IStreamReceiver& SocketConnection::MakeReceiver(bool isState)
-{
-    stream.buffer = std::make_unique<EventBuffer>(isState, [&to = service, weak = weak_from_this()] {
-        to.Post([weak] {
+    stream = std::make_shared<EventStream>(isState, [strand = strand, weak = weak_from_this()] {
+        asio::post(strand, [weak] {
             if (auto const self = weak.lock())
             {
-                self->Flush();
+                self->Guarded([&self] { self->Flush(); });
             }
         });
     });
-    return *stream.buffer;
+    return stream->buffer;
 }
 
-void SocketConnection::TakeOutcome(Outcome outcome)
+void HttpConnection::TakeOutcome(Outcome outcome)
 {
-    stream.stream = std::move(outcome.stream);
+    OnStrand([this, outcome = std::move(outcome)]() mutable { ShowOutcome(std::move(outcome)); });
+}
+
+void HttpConnection::ShowOutcome(Outcome outcome)
+{
+    bool const isStream = outcome.stream != nullptr;
+    if (isStream)
+    {
+        stream->source = std::move(outcome.stream);
+    }
     if (phase != Phase::ANSWER)
     {
-        EndStream(); // nobody waits for it any more
+        EndStream(); // the client has got another answer, or is gone
     }
-    else if (stream.stream != nullptr)
+    else if (isStream)
     {
         BeginStream(outcome.answer);
     }
     else
     {
-        Send(std::move(outcome.answer), !parser->keep_alive() || service.IsStopping());
+        Send(std::move(outcome.answer), !reader.KeepsAlive() || isStopping);
     }
 }
 
-void SocketConnection::Send(Answer answer, bool isLast)
+void HttpConnection::Send(Answer answer, bool isLast)
 {
     bool const mayHaveBody = answer.status != HttpStatus::NO_CONTENT && answer.status != HttpStatus::NOT_MODIFIED;
-    bool const isAskedForBody = !parser.has_value() || parser->get().method() != http::verb::head;
     head.clear();
-    AnswerHead::Append(head, answer, service.Date(), isLast,
+    AnswerHead::Append(head, answer, AnswerHead::Date(), isLast,
                        mayHaveBody ? std::optional<uint64>(answer.body.size()) : std::nullopt);
-    body = mayHaveBody && isAskedForBody ? std::move(answer.body) : std::string();
-    BeginWrite(isLast ? Next::END : Next::REQUEST);
-    service.SendSoon(shared_from_this());
+    body = mayHaveBody && !reader.IsHead() ? std::move(answer.body) : std::string();
+    Write(isLast ? Next::END : Next::REQUEST);
 }
 
-void SocketConnection::Refuse(uint32 status, int32 code, std::string detail)
-{
-    Answer answer = Refusal(status, code, std::move(detail));
-    if (status == HttpStatus::UNAUTHORIZED)
-    {
-        answer.headers.emplace_back("WWW-Authenticate", "Bearer");
-    }
-    Send(std::move(answer), true);
-}
-
-/// Writes `head` and `body`, as far as the socket takes them at once; the rest when it takes more.
-void SocketConnection::Write(Next newNext)
-{
-    BeginWrite(newNext);
-    WriteOn();
-}
-
-void SocketConnection::BeginWrite(Next newNext)
+/// Writes `head` and `body`.
+void HttpConnection::Write(Next newNext)
 {
     Enter(Phase::WRITE, limits.writeTimeoutUsec);
     next = newNext;
-    writtenBytes = 0;
+    StartWrite({asio::buffer(head), asio::buffer(body)});
 }
 
-void SocketConnection::SendNow()
+void HttpConnection::OnWritten(error_code const& error)
 {
-    if (phase == Phase::WRITE) // else there was no need to wait, or no time
-    {
-        WriteOn();
-    }
+    Guarded([&] {
+        if (error)
+        {
+            DoClose();
+        }
+        else if (phase == Phase::WRITE)
+        {
+            GoOn();
+        }
+    });
 }
 
-void SocketConnection::WriteOn()
-{
-    while (writtenBytes != head.size() + body.size())
-    {
-        std::size_t const ofHead = std::min(writtenBytes, head.size());
-        std::size_t const ofBody = writtenBytes - ofHead;
-        std::array<iovec, 2> parts{
-            {{head.data() + ofHead, head.size() - ofHead}, {body.data() + ofBody, body.size() - ofBody}}};
-        msghdr message{};
-        message.msg_iov = parts.data();
-        message.msg_iovlen = body.empty() ? 1 : parts.size();
-        ssize_t const sent = sendmsg(socket.Number(), &message, MSG_NOSIGNAL);
-        if (sent >= 0)
-        {
-            writtenBytes += static_cast<std::size_t>(sent);
-        }
-        else if (errno == EAGAIN)
-        {
-            return;
-        }
-        else if (errno != EINTR)
-        {
-            Close();
-            return;
-        }
-    }
-    Written();
-}
-
-void SocketConnection::Written()
+void HttpConnection::GoOn()
 {
     if (next == Next::STREAM)
     {
         Enter(Phase::STREAM, limits.commentPeriodUsec);
-        if (hasNews || mayHaveBytes)
+        if (hasNews)
         {
-            GoOnSoon();
+            Flush();
         }
     }
     else if (next == Next::BODY)
     {
         Enter(Phase::REQUEST, limits.requestTimeoutUsec);
-        GoOnSoon();
+        ParseRequest();
     }
-    else if (next == Next::END || service.IsStopping())
+    else if (next == Next::END || isStopping)
     {
-        shutdown(socket.Number(), SHUT_WR); // fails for a client that is gone
-        Enter(Phase::LINGER, service.IsStopping() ? STOP_LINGER_USEC : LINGER_USEC);
-        GoOnSoon();
+        EndSending();
+        Enter(Phase::LINGER, isStopping ? STOP_LINGER_USEC : LINGER_USEC);
+        Read();
     }
     else
     {
-        Begin();
+        BeginRequest();
     }
 }
 
-/// Reads what nobody is to see. A connection that closes with unread bytes takes back what was written: those behind the last
-/// answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of the stream.
-void SocketConnection::Discard()
+/// Reads what follows the last request. A socket that is closed with unread bytes takes back what was written: those behind
+/// the last answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of the stream.
+void HttpConnection::ReadPast(error_code const& error, std::size_t count)
 {
-    std::array<char, 16 * 1024> discarded;
-    for (unsigned reads = 0; reads < MAX_READS; ++reads)
+    discardedBytes += count;
+    if (error || (phase == Phase::LINGER && discardedBytes > MAX_LINGER_BYTES))
     {
-        std::size_t count = 0;
-        Received const received = Receive(discarded.data(), discarded.size(), count);
-        if (received == Received::NOTHING)
-        {
-            return;
-        }
-        discardedBytes += count;
-        if (received != Received::BYTES || (phase == Phase::LINGER && discardedBytes > MAX_LINGER_BYTES))
-        {
-            Close();
-            return;
-        }
+        DoClose();
     }
-    GoOnSoon();
+    else
+    {
+        Read();
+    }
 }
 
-void SocketConnection::BeginStream(Answer const& answer)
+void HttpConnection::BeginStream(Answer const& answer)
 {
     head.clear();
-    AnswerHead::Append(head, answer, service.Date(), true, std::nullopt); // it ends with the connection
+    AnswerHead::Append(head, answer, AnswerHead::Date(), true, std::nullopt); // it ends with the connection
     body.clear();
     Write(Next::STREAM);
+    Read();
 }
 
-void SocketConnection::Flush()
+void HttpConnection::Flush()
 {
-    hasNews = phase != Phase::STREAM; // a write is under way, and looks here again when it ends
+    hasNews = phase != Phase::STREAM; // a pending write flushes when it ends
     if (hasNews)
     {
         return;
     }
-    if (std::string text = stream.buffer->Take(); !text.empty())
+    if (std::string text = stream->buffer.Take(); !text.empty())
     {
         WriteToStream(std::move(text));
     }
 }
 
-void SocketConnection::WriteToStream(std::string text)
+void HttpConnection::WriteToStream(std::string text)
 {
     head = std::move(text);
     body.clear();
     Write(Next::STREAM);
 }
 
-void SocketConnection::EndStream()
+void HttpConnection::EndStream()
 {
-    if (stream.stream != nullptr)
+    if (stream != nullptr)
     {
-        auto const held = std::make_shared<StreamHolder>(std::move(stream));
-        service.RunLater([held] { held->stream.reset(); }); // the resource may take its time
+        service.RunLater([held = std::move(stream)]() mutable { held.reset(); }); // the resource may block
     }
 }
 
-void SocketConnection::CheckDeadline(uint64 nowUsec)
+void HttpConnection::BeginStop()
 {
-    if (nowUsec < dueUsec)
-    {
-        return;
-    }
-    switch (phase)
-    {
-    case Phase::REQUEST:
-        Refuse(HttpStatus::REQUEST_TIMEOUT, Zu::Status::TIME_OUT, "The request did not come in time.");
-        break;
-    case Phase::ANSWER:
-        isWanted.store(false, std::memory_order_relaxed);
-        Refuse(HttpStatus::SERVICE_UNAVAILABLE, Zu::Status::BUSY, "The resource did not answer in time.");
-        break;
-    case Phase::STREAM:
-        WriteToStream(": still here\n\n");
-        break;
-    default:
-        Close();
-        break;
-    }
+    OnStrand([this] {
+        isStopping = true;
+        bool const isUnderWay = phase == Phase::ANSWER || (phase == Phase::WRITE && next != Next::STREAM);
+        if (!isUnderWay)
+        {
+            DoClose();
+        }
+    });
 }
 
-void SocketConnection::BeginStop()
+void HttpConnection::Close()
 {
-    bool const isUnderWay = phase == Phase::ANSWER || (phase == Phase::WRITE && next != Next::STREAM);
-    if (!isUnderWay)
-    {
-        Close();
-    }
+    OnStrand([this] { DoClose(); });
 }
 
-void SocketConnection::Close()
+void HttpConnection::DoClose()
 {
     if (phase == Phase::CLOSED)
     {
         return;
     }
-    bool const isStreaming = next == Next::STREAM;
     phase = Phase::CLOSED;
     isWanted.store(false, std::memory_order_relaxed);
-    socket.Close();
-    if (isStreaming)
+    CloseStream();
+    timer.cancel();
+    if (next == Next::STREAM)
     {
         EndStream();
     }
-    service.Forget(shared_from_this());
-}
-
-HttpConnection::~HttpConnection() = default;
-
-std::shared_ptr<HttpConnection> HttpConnection::Make(IHttpService& service, Descriptor socket)
-{
-    return std::make_shared<SocketConnection>(service, std::move(socket));
 }
 
 } // namespace ZuHost

@@ -1,10 +1,22 @@
 #pragma once
 
-#include "Host/Http/IIoUser.h"
+#include "Host/Http/RequestReader.h"
+#include "ZuApi/Guard.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "wApi/wTypes.h"
 
+#include <utility> // before Asio's headers, which use it without including it
+
+#include <boost/asio/basic_waitable_timer.hpp>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/strand.hpp>
+
+#include <array>
+#include <atomic>
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ZuRest
@@ -15,40 +27,135 @@ class IStreamReceiver;
 namespace ZuHost
 {
 
-class Descriptor;
 class IHttpService;
 
-/// One client, from the accept to the close. It belongs to the I/O thread, but for what is said otherwise.
-class HttpConnection : public IIoUser
+/// One client, from the accept to the close: the phases of its connection with their deadlines, and what it is sent.
+///
+/// The class knows no socket. `HttpSession` has the stream and derives from this class: it carries out the reads and writes
+/// that are started here and reports how they ended.
+/// Ownership: the pending operations of the connection share it, and so does a request that is being carried out.
+/// Threads: all data belongs to the strand. The public operations are thread-safe and go on there.
+class HttpConnection : public std::enable_shared_from_this<HttpConnection>
 {
 public:
-    /// The service outlives it. The socket does not block, and its user of all events, edge-triggered, is the connection.
-    static std::shared_ptr<HttpConnection> Make(IHttpService& service, Descriptor socket);
+    using Strand = boost::asio::strand<boost::asio::io_context::executor_type>;
+    using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 
-    ~HttpConnection() override;
+    virtual ~HttpConnection(); ///< has the service forget it
 
-    /// Waits for the first request.
-    virtual void Begin() = 0;
+    HttpConnection(HttpConnection const&) = delete;
+    HttpConnection& operator=(HttpConnection const&) = delete;
 
-    /// Sends this problem, `code` as the status of an exception, and closes.
-    virtual void Refuse(uint32 status, int32 code, std::string detail) = 0;
+    /// Waits for the first request; with a refusal sends that and closes.
+    void Start(std::optional<ZuRest::Answer> refusal);
 
-    /// Makes the receiver of the stream that its request is about to begin. Called on the thread that carries that out.
-    virtual ZuRest::IStreamReceiver& MakeReceiver(bool isState) = 0;
+    /// Makes the receiver of the stream that the present request is about to begin. Called by the thread that carries out
+    /// the request; the receiver outlives the stream.
+    ZuRest::IStreamReceiver& MakeReceiver(bool isState);
 
-    /// What came of its request.
-    virtual void TakeOutcome(ZuRest::ResourceRequestProcessor::Outcome outcome) = 0;
+    /// Sends what has come of the present request.
+    void TakeOutcome(Outcome outcome);
 
-    /// Sends the answer that it has said to the service to be ready.
-    virtual void SendNow() = 0;
+    /// Closes: at once, or behind the answer when a request is under way.
+    void BeginStop();
 
-    /// Does what is due when a phase has lasted too long.
-    virtual void CheckDeadline(uint64 nowUsec) = 0;
+    /// Closes at once.
+    void Close();
 
-    /// Closes, at once or, when a request is under way, behind its answer.
-    virtual void BeginStop() = 0;
+protected:
+    using Buffers = std::array<boost::asio::const_buffer, 2>;
 
-    virtual void Close() = 0;
+    HttpConnection(IHttpService& owningService, Strand newStrand);
+
+    // What is done with the stream, on the strand.
+    virtual void StartHandshake() = 0;                            ///< ends with `OnHandshake`
+    virtual void StartRead(boost::asio::mutable_buffer room) = 0; ///< of some bytes; ends with `OnRead`
+    virtual void StartWrite(Buffers const& buffers) = 0;          ///< of all bytes; ends with `OnWritten`
+    virtual void EndSending() noexcept = 0;                       ///< the client reads the end of the stream
+    virtual void CloseStream() noexcept = 0;                      ///< ends pending operations with an error
+
+    // How it ended, on the strand.
+    void OnHandshake(boost::system::error_code const& error);
+    void OnRead(boost::system::error_code const& error, std::size_t count);
+    void OnWritten(boost::system::error_code const& error);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    using Timer = boost::asio::basic_waitable_timer<Clock, boost::asio::wait_traits<Clock>, Strand>;
+
+    enum class Phase
+    {
+        HANDSHAKE,
+        IDLE,    // between two requests
+        REQUEST, // header or body are being received
+        ANSWER,  // the request is being carried out
+        WRITE,
+        STREAM, // open, nothing to write
+        LINGER, // all is sent, and the client reads it before the connection closes
+        CLOSED
+    };
+
+    /// What follows a write.
+    enum class Next
+    {
+        BODY,
+        REQUEST,
+        STREAM,
+        END
+    };
+
+    struct EventStream;
+
+    template <typename Step>
+    void Guarded(Step&& step) noexcept;
+    template <typename Step>
+    void OnStrand(Step step);
+
+    void Enter(Phase newPhase, uint64 timeoutUsec);
+    void SetTimer();
+    void OnTimer();
+    void PassDeadline();
+    void BeginRequest();
+    void Read();
+    void TakeBytes(boost::system::error_code const& error, std::size_t count);
+    void ParseRequest();
+    void Submit();
+    void ShowOutcome(Outcome outcome);
+    void Send(ZuRest::Answer answer, bool isLast);
+    void Write(Next newNext);
+    void GoOn();
+    void ReadPast(boost::system::error_code const& error, std::size_t count);
+    void BeginStream(ZuRest::Answer const& answer);
+    void Flush();
+    void WriteToStream(std::string text);
+    void EndStream();
+    void DoClose();
+
+    IHttpService& service;
+    HttpServer::Settings const& limits;
+    Strand const strand;
+
+    Phase phase = Phase::HANDSHAKE;
+    Next next = Next::REQUEST; // behind the present or the last write
+    bool isStopping = false;
+    Timer timer;
+    Clock::time_point due;                                 // of the phase
+    Clock::time_point timerDue = Clock::time_point::max(); // of the timer: at or before `due`
+
+    RequestReader reader;
+    bool isReading = false; // a read is pending: the reader's room belongs to it
+    uint64 discardedBytes = 0;
+
+    std::optional<ZuRest::Answer> firstRefusal;
+    std::string head;
+    std::string body;
+
+    std::atomic<bool> isWanted =
+        true; // the present request; read by the thread that carries it out, publishes nothing else
+
+    // From `Submit` to `TakeOutcome` this belongs to the thread that carries out the request.
+    std::shared_ptr<EventStream> stream;
+    bool hasNews = false; // reports came during a write
 };
 
 } // namespace ZuHost

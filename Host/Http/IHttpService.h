@@ -11,7 +11,7 @@ namespace ZuHost
 
 class HttpConnection;
 
-/// What a connection needs of its server. It is called on the I/O thread, but for `Post`.
+/// What a connection needs of its server, which outlives it. All operations are thread-safe.
 class IHttpService
 {
 public:
@@ -19,33 +19,17 @@ public:
 
     virtual HttpServer::Settings const& Limits() const = 0;
 
-    /// Whether none but this machine can reach it.
+    /// Whether only clients of this machine reach the server.
     virtual bool IsLocal() const = 0;
 
-    /// The time as the header Date has it.
-    virtual std::string const& Date() const = 0;
-
-    /// The moment of wTime, as the I/O thread has seen it last.
-    virtual uint64 NowUsec() const = 0;
-
-    /// Whether no further request is taken.
-    virtual bool IsStopping() const = 0;
-
-    /// Has the request carried out; the client gets the outcome on the I/O thread, perhaps before this returns. By then the
-    /// calling thread is perhaps not the I/O thread any more: it touches nothing of the client.
+    /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this call.
     virtual void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) = 0;
 
-    /// Has the client send its answer: now, or in a moment together with those of the others that are waiting for theirs.
-    virtual void SendSoon(std::shared_ptr<HttpConnection> const& client) = 0;
-
-    /// Runs a step that may take its time on another thread.
+    /// Runs `step`, which may block, among the requests.
     virtual void RunLater(std::function<void()> step) = 0;
 
-    /// Runs a step soon, on the I/O thread. Any thread may call.
-    virtual void Post(std::function<void()> step) = 0;
-
-    /// The connection is closed.
-    virtual void Forget(std::shared_ptr<HttpConnection> const& connection) = 0;
+    /// The connection is being destroyed.
+    virtual void Forget(HttpConnection& connection) noexcept = 0;
 };
 
 } // namespace ZuHost

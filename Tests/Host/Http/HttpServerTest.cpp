@@ -1,7 +1,6 @@
 #include "Host/Http/HttpServer.h"
 
 #include "Host/Http/TestConnection.h"
-#include "Host/Http/WorkerPool.h"
 #include "Support/AdvancedCalendar.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
@@ -15,6 +14,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <list>
 #include <map>
 #include <regex>
@@ -388,7 +389,7 @@ TEST_F(HttpServerTest, TellsOneConnectionTooManySo)
 
 TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
 {
-    constexpr unsigned READS = WorkerPool::THREADS - 2; // one thread does the I/O, another one is left
+    constexpr unsigned READS = HttpServer::THREADS - 2; // one thread is for the I/O, another one is left
     Latch finish;
     std::list<Latch> entered(READS);
     auto next = entered.begin();
@@ -428,7 +429,7 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
 {
     Prompt prompt;
     router.Register("/prompt", prompt);
-    constexpr unsigned READS = WorkerPool::THREADS - 1; // all but the one that does the I/O
+    constexpr unsigned READS = HttpServer::THREADS - 1; // all but the one that does the I/O
     Latch finish;
     std::list<Latch> entered(READS);
     std::atomic<unsigned> reads = 0;
@@ -466,7 +467,7 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
     router.Deregister("/prompt", false);
 }
 
-TEST_F(HttpServerTest, SendsTheAnswersThatItHasGatheredAlsoWhenAReadIsHeldUp)
+TEST_F(HttpServerTest, AnswersTheOthersInEachRoundWhileOneReadIsHeldUp)
 {
     constexpr unsigned QUICK = 6;
     std::atomic<Latch*> finish = nullptr;
@@ -800,16 +801,77 @@ TEST_F(HttpServerTest, LeavesTheAddressWithoutHavingBeenStarted)
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
 }
 
-TEST_F(HttpServerTest, EndsAlsoWhileItLooksAfterItsClients)
+TEST_F(HttpServerTest, StopsAtAnyMomentBehindItsStart)
 {
-    settings.sweepPeriodUsec = 1; // it is always about to
     for (unsigned i = 0; i < 200; ++i)
     {
         Start();
+        if (i % 2 == 0)
+        {
+            Connect().Write(GET_THING); // perhaps accepted, perhaps under way
+        }
         server.Stop();
     }
 
     EXPECT_EQ(server.Port(), 0U);
+}
+
+TEST_F(HttpServerTest, StopsWithinItsPatienceWhenAClientDoesNotTakeItsAnswer)
+{
+    settings.stopPatienceUsec = 100'000;
+    settings.writeTimeoutUsec = wTIMEOUT_INFINITE;
+    Latch read;
+    resources["/thing"].document = [&read](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        read.Open();
+        return Json{{"text", std::string(16 * 1024 * 1024, 'x')}}; // more than the sockets hold
+    };
+    Start();
+    TestConnection& client = Connect();
+    client.Write(GET_THING);
+    EXPECT_TRUE(read.Wait());
+
+    std::promise<void> stopped;
+    std::thread stopper([this, &stopped] {
+        server.Stop();
+        stopped.set_value();
+    });
+    bool const isInTime = stopped.get_future().wait_for(std::chrono::seconds(30)) == std::future_status::ready;
+    client.EndWriting();
+    connections.clear();
+    stopper.join();
+
+    EXPECT_TRUE(isInTime);
+}
+
+TEST_F(HttpServerTest, DropsARequestWhoseTurnComesTooLate)
+{
+    settings.answerTimeoutUsec = 200'000;
+    constexpr unsigned READS = HttpServer::THREADS - 1; // all that run at a time
+    Latch finish;
+    std::list<Latch> entered(READS);
+    std::atomic<unsigned> reads = 0;
+    Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        std::next(entered.begin(), reads++)->Open();
+        EXPECT_TRUE(finish.Wait());
+        return Json();
+    };
+    std::atomic<bool> hasRun = false;
+    resources["/thing"].document = [&hasRun](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        hasRun = true;
+        return Json();
+    };
+    Start();
+    for (Latch& one : entered)
+    {
+        Connect().Write(GET_SLOW);
+        EXPECT_TRUE(one.Wait());
+    }
+
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 503U);
+    finish.Open();
+    server.Stop(); // runs what still waits
+
+    EXPECT_FALSE(hasRun);
 }
 
 TEST_F(HttpServerTest, ListensAgainAfterAStop)

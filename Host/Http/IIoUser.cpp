@@ -1,8 +1,0 @@
-#include "Host/Http/IIoUser.h"
-
-namespace ZuHost
-{
-
-IIoUser::~IIoUser() = default;
-
-} // namespace ZuHost

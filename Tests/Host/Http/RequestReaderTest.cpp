@@ -1,0 +1,149 @@
+#include "Host/Http/RequestReader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Result = RequestReader::Result;
+
+class RequestReaderTest : public testing::Test
+{
+protected:
+    /// Hands over `bytes`, at most `step` at a time, until the reader needs no more.
+    Result Feed(std::string_view bytes, std::size_t step = std::string_view::npos)
+    {
+        Result result = Result::NEEDS_BYTES;
+        while (!bytes.empty() && result == Result::NEEDS_BYTES)
+        {
+            auto const room = reader.Room();
+            std::size_t const count = std::min({bytes.size(), step, room.size()});
+            std::memcpy(room.data(), bytes.data(), count);
+            reader.Commit(count);
+            bytes.remove_prefix(count);
+            result = reader.Parse();
+        }
+        return result;
+    }
+
+    uint32 RefusalOf(std::string_view bytes)
+    {
+        return Feed(bytes) == Result::REFUSAL ? reader.TakeRefusal().status : 0;
+    }
+
+    std::string token;
+    RequestReader reader{token, true};
+};
+
+} // namespace
+
+TEST_F(RequestReaderTest, GivesTheSameRequestHoweverItsBytesArrive)
+{
+    constexpr std::string_view TEXT = "PUT /thing/a?b=c?d HTTP/1.1\r\nHost: localhost\r\nAccept: text/plain\r\n"
+                                      "If-Match: \"1\"\r\nIf-None-Match: \"2\"\r\nContent-Length: 7\r\n\r\n{\"a\":1}";
+    for (std::size_t step = 1; step <= TEXT.size(); ++step)
+    {
+        reader.Begin();
+        ASSERT_EQ(Feed(TEXT, step), Result::REQUEST) << step;
+        ZuRest::Request const request = reader.TakeRequest();
+        EXPECT_EQ(request.method, "PUT");
+        EXPECT_EQ(request.path, "/thing/a");
+        EXPECT_EQ(request.query, "b=c?d");
+        EXPECT_EQ(request.accept, "text/plain");
+        EXPECT_EQ(request.ifMatch, "\"1\"");
+        EXPECT_EQ(request.ifNoneMatch, "\"2\"");
+        EXPECT_EQ(request.body, "{\"a\":1}");
+        EXPECT_TRUE(reader.KeepsAlive());
+        EXPECT_FALSE(reader.IsHead());
+        EXPECT_FALSE(reader.HasBytes());
+    }
+}
+
+TEST_F(RequestReaderTest, KeepsTheBytesOfTheNextRequest)
+{
+    EXPECT_EQ(Feed("HEAD /a HTTP/1.1\r\nHost: localhost\r\n\r\nGET /b HTTP/1.0\r\n\r\n"), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().path, "/a");
+    EXPECT_TRUE(reader.IsHead());
+    EXPECT_TRUE(reader.HasBytes());
+
+    reader.Begin();
+    EXPECT_EQ(reader.Parse(), Result::REQUEST);
+
+    EXPECT_EQ(reader.TakeRequest().path, "/b");
+    EXPECT_FALSE(reader.KeepsAlive());
+    EXPECT_FALSE(reader.HasBytes());
+}
+
+TEST_F(RequestReaderTest, TellsWhenTheClientWaitsForAContinue)
+{
+    EXPECT_EQ(Feed("PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\nExpect: 100-Continue\r\n\r\n"),
+              Result::NEEDS_CONTINUE);
+    EXPECT_TRUE(reader.HasHeader());
+    EXPECT_EQ(reader.Parse(), Result::NEEDS_BYTES);
+    EXPECT_EQ(Feed("[]"), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().body, "[]");
+}
+
+TEST_F(RequestReaderTest, RefusesTheEndInTheMiddleOfARequest)
+{
+    EXPECT_FALSE(reader.TakeEnd()) << "nothing has come";
+    EXPECT_EQ(Feed("GET / HTTP/1.1\r\nHos"), Result::NEEDS_BYTES);
+    EXPECT_TRUE(reader.TakeEnd());
+    EXPECT_EQ(reader.TakeRefusal().status, 400U);
+
+    reader.Begin();
+    reader.Discard();
+    EXPECT_EQ(Feed("PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n["), Result::NEEDS_BYTES);
+    EXPECT_TRUE(reader.TakeEnd());
+    EXPECT_EQ(reader.TakeRefusal().status, 400U);
+}
+
+TEST_F(RequestReaderTest, BoundsWhatWaitsForTheParser)
+{
+    constexpr std::string_view HEAD = "PUT / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n";
+
+    EXPECT_EQ(Feed(HEAD), Result::NEEDS_BYTES);
+    EXPECT_EQ(RefusalOf("1;" + std::string(2 * RequestReader::MAX_BUFFERED_BYTES, 'x')), 431U) << "an extension";
+
+    reader.Discard();
+    reader.Begin();
+    EXPECT_EQ(Feed(HEAD), Result::NEEDS_BYTES);
+    EXPECT_EQ(RefusalOf("0\r\nX: " + std::string(2 * RequestReader::MAX_BUFFERED_BYTES, 'x')), 431U) << "a trailer";
+
+    reader.Discard();
+    reader.Begin();
+    EXPECT_EQ(RefusalOf("GET / HTTP/1.1\r\nX: " + std::string(2 * RequestReader::MAX_BUFFERED_BYTES, 'x')), 431U);
+}
+
+TEST_F(RequestReaderTest, TakesABodyOfTheMostBytesAndNoMore)
+{
+    std::string const head = "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: ";
+    std::string const most = std::to_string(HttpServer::MAX_BODY_BYTES);
+
+    EXPECT_EQ(Feed(head + most + "\r\n\r\n" + std::string(HttpServer::MAX_BODY_BYTES, ' ')), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().body.size(), HttpServer::MAX_BODY_BYTES);
+
+    reader.Begin();
+    EXPECT_EQ(RefusalOf(head + std::to_string(HttpServer::MAX_BODY_BYTES + 1) + "\r\n\r\n"), 413U);
+}
+
+TEST_F(RequestReaderTest, AsksForTheTokenBeforeItTakesABody)
+{
+    token = "0123456789abcdef";
+    constexpr std::string_view HEAD = "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n";
+
+    EXPECT_EQ(Feed(std::string(HEAD) + "\r\n"), Result::REFUSAL);
+    ZuRest::Answer const refusal = reader.TakeRefusal();
+    EXPECT_EQ(refusal.status, 401U);
+    EXPECT_EQ(refusal.headers, (std::vector<std::pair<std::string, std::string>>{{"WWW-Authenticate", "Bearer"}}));
+
+    reader.Begin();
+    EXPECT_EQ(Feed(std::string(HEAD) + "Authorization: Bearer 0123456789abcdef\r\n\r\n{}"), Result::REQUEST);
+}
+
+} // namespace ZuHost
