@@ -4,19 +4,19 @@
 #include <string>
 #include <string_view>
 
-/// The token that clients from outside of this machine show.
+/// The token that clients show when the service is reachable from other machines.
 namespace ZuHost::BearerToken
 {
 
-/// Shorter ones are guessed too soon.
+/// Shorter tokens are guessed too soon.
 inline constexpr std::size_t MIN_BYTES = 16;
 
-/// The token that a file holds: its first line, without the blanks around it. Throws -997 with one clear line for a file that
-/// cannot be read and for what is no token: too short, or of other characters than a header may carry.
+/// Returns the first line of a file without the blanks around it. Throws `Zu::Status::BAD_ARGUMENT` with one clear line when
+/// the file cannot be read, and when the line is too short or has characters that a header may not carry.
 std::string ReadFile(std::filesystem::path const& file);
 
-/// Whether the value of the header Authorization shows `token`; always when that is empty. How long it takes tells nothing of
-/// the token but its length.
+/// Whether the value of the header Authorization shows `token`; true for an empty token. The time that it takes depends on
+/// the length of the token and on nothing else of it.
 bool IsGiven(std::string_view token, std::string_view header) noexcept;
 
 } // namespace ZuHost::BearerToken

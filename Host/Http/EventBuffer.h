@@ -11,18 +11,18 @@
 namespace ZuHost
 {
 
-/// Holds the reports of one stream until its client takes them, in the form of server-sent events.
+/// Holds the reports of one stream, in the form of server-sent events, until the connection sends them.
 ///
-/// It never grows beyond its bound. Where each report stands for all before it a slow client gets the newest alone; else a
-/// report that waits already is not kept twice, and beyond the bound the oldest goes. The ids count every report, so that a
-/// gap tells a client that it missed some. Any thread may call.
+/// The buffer is bounded. Where each report stands for all before it, a slow client gets the newest report only. Elsewhere a
+/// report that already waits is not kept twice, and beyond the bound the oldest report is dropped. The ids count every
+/// report, so that a gap tells a client that it missed some. All operations are thread-safe.
 class EventBuffer final : public ZuRest::IStreamReceiver
 {
 public:
     static constexpr std::size_t MAX_EVENTS = 256;
 
-    /// `newWake` is called when there is something to take, and then not again before it has been taken: on the thread of
-    /// the report, so it only hands on the news.
+    /// `newWake` is called when there is something to take, and not again before `Take`. It is called on the thread of the
+    /// report and must not block.
     EventBuffer(bool newIsState, std::function<void()> newWake);
     ~EventBuffer() override;
 
@@ -31,7 +31,7 @@ public:
 
     void Receive(nlohmann::json const& report) override;
 
-    /// All that waits, as text of the stream; empty for nothing.
+    /// Returns everything that waits as text of the stream; empty when nothing waits.
     std::string Take();
 
 private:

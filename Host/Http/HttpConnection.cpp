@@ -90,7 +90,7 @@ void HttpConnection::Start(std::optional<Answer> refusal)
 void HttpConnection::OnHandshake(error_code const& error)
 {
     Guarded([&] {
-        if (error)
+        if (error || phase != Phase::HANDSHAKE)
         {
             DoClose();
         }

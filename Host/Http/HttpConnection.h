@@ -67,14 +67,14 @@ protected:
 
     HttpConnection(IHttpService& owningService, Strand newStrand);
 
-    // What is done with the stream, on the strand.
+    // Operations of the stream. This class calls them on the strand.
     virtual void StartHandshake() = 0;                            ///< ends with `OnHandshake`
     virtual void StartRead(boost::asio::mutable_buffer room) = 0; ///< of some bytes; ends with `OnRead`
     virtual void StartWrite(Buffers const& buffers) = 0;          ///< of all bytes; ends with `OnWritten`
     virtual void EndSending() noexcept = 0;                       ///< the client reads the end of the stream
     virtual void CloseStream() noexcept = 0;                      ///< ends pending operations with an error
 
-    // How it ended, on the strand.
+    // Ends of operations. The derived class calls them on the strand.
     void OnHandshake(boost::system::error_code const& error);
     void OnRead(boost::system::error_code const& error, std::size_t count);
     void OnWritten(boost::system::error_code const& error);
@@ -150,8 +150,7 @@ private:
     std::string head;
     std::string body;
 
-    std::atomic<bool> isWanted =
-        true; // the present request; read by the thread that carries it out, publishes nothing else
+    std::atomic<bool> isWanted = true; // the thread that carries out the request asks it; publishes nothing else
 
     // From `Submit` to `TakeOutcome` this belongs to the thread that carries out the request.
     std::shared_ptr<EventStream> stream;

@@ -13,6 +13,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/beast/core/basic_stream.hpp>
+#include <boost/system/system_error.hpp>
 
 #include <array>
 #include <chrono>
@@ -92,14 +93,35 @@ public:
     Core(Core const&) = delete;
     Core& operator=(Core const&) = delete;
 
-    tcp::endpoint const& Endpoint() const;
-    bool IsServing() const;
+    tcp::endpoint const& Endpoint() const
+    {
+        return endpoint;
+    }
+
+    bool IsServing() const
+    {
+        return keepsRunning.has_value();
+    }
+
     void Serve(); ///< once
 
-    Settings const& Limits() const override;
-    bool IsLocal() const override;
+    Settings const& Limits() const override
+    {
+        return settings;
+    }
+
+    bool IsLocal() const override
+    {
+        return endpoint.address().is_loopback();
+    }
+
     void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
-    void RunLater(std::function<void()> step) override;
+
+    void RunLater(std::function<void()> step) override
+    {
+        requests.Run(std::move(step));
+    }
+
     void Forget(HttpConnection& connection) noexcept override;
 
 private:
@@ -149,14 +171,12 @@ HttpServer::Core::~Core()
     {
         return; // it has only listened
     }
-    bool const isOrderly = ZU_GUARD_DESTRUCTOR([this] {
-        asio::post(strand, [this] { BeginStop(); });
+    while (!ZU_GUARD_DESTRUCTOR([this] { // until there is memory enough for it
+        boost::asio::post(strand, [this] { BeginStop(); });
         WaitForClients();
         ForEach(&HttpConnection::Close);
-    });
-    if (!isOrderly)
+    }))
     {
-        context.stop(); // drops what is pending, since it can no longer be ended one by one
     }
     EndThreads();
 }
@@ -165,37 +185,19 @@ HttpServer::Core::~Core()
 tcp::endpoint HttpServer::Core::Listen()
 {
     tcp::endpoint const wanted(AddressOf(settings), settings.port);
-    error_code error;
-    acceptor.open(wanted.protocol(), error);
-    if (!error)
+    try
     {
-        acceptor.set_option(tcp::acceptor::reuse_address(true), error); // its last connections may still linger
+        acceptor.open(wanted.protocol());
+        acceptor.set_option(tcp::acceptor::reuse_address(true)); // the last connections may still linger
+        acceptor.bind(wanted);
+        acceptor.listen();
+        return acceptor.local_endpoint();
     }
-    if (!error)
+    catch (boost::system::system_error const& error)
     {
-        acceptor.bind(wanted, error);
+        ZU_THROW(StatusOf(error.code()), "The REST service cannot listen on %s: %s",
+                 EndpointText(settings.address, settings.port).c_str(), error.code().message().c_str());
     }
-    if (!error)
-    {
-        acceptor.listen(tcp::acceptor::max_listen_connections, error);
-    }
-    tcp::endpoint const taken = error ? tcp::endpoint() : acceptor.local_endpoint(error);
-    if (error)
-    {
-        ZU_THROW(StatusOf(error), "The REST service cannot listen on %s: %s",
-                 EndpointText(settings.address, settings.port).c_str(), error.message().c_str());
-    }
-    return taken;
-}
-
-tcp::endpoint const& HttpServer::Core::Endpoint() const
-{
-    return endpoint;
-}
-
-bool HttpServer::Core::IsServing() const
-{
-    return keepsRunning.has_value();
 }
 
 void HttpServer::Core::Serve()
@@ -299,16 +301,6 @@ void HttpServer::Core::Welcome(Socket socket)
     }
 }
 
-HttpServer::Settings const& HttpServer::Core::Limits() const
-{
-    return settings;
-}
-
-bool HttpServer::Core::IsLocal() const
-{
-    return endpoint.address().is_loopback();
-}
-
 void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
 {
     if (std::optional<Outcome> outcome = processor.ProcessPrompt(request); outcome.has_value())
@@ -323,11 +315,6 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
         [client, pending = WorkGuard(context.get_executor())](Outcome outcome) { // the threads do not end before it
         client->TakeOutcome(std::move(outcome));
         });
-}
-
-void HttpServer::Core::RunLater(std::function<void()> step)
-{
-    requests.Run(std::move(step));
 }
 
 void HttpServer::Core::Forget(HttpConnection& connection) noexcept
@@ -366,9 +353,10 @@ void HttpServer::Core::ForEach(void (HttpConnection::*step)())
     std::vector<Client> all;
     {
         std::scoped_lock const guard(mutex);
+        all.reserve(connections.size()); // so that nothing below fails and destroys a connection under the lock
         for (auto const& [connection, weak] : connections)
         {
-            all.push_back(weak.lock()); // null for one that is being destroyed
+            all.push_back(weak.lock()); // null while the connection is being destroyed
         }
     }
     for (Client const& client : all)

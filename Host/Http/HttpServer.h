@@ -24,7 +24,7 @@ namespace ZuHost
 class HttpServer final
 {
 public:
-    static constexpr uint64 THREADS = 5; ///< one of them is always left for the I/O
+    static constexpr uint64 THREADS = 4; ///< one of them is always left for the I/O
     static constexpr uint32 MAX_HEADER_BYTES = 16 * 1024;
     static constexpr uint64 MAX_BODY_BYTES = 1024 * 1024;
 

@@ -35,7 +35,7 @@ using ZuTest::TestConnection;
 constexpr char const* GET_THING = "GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n";
 constexpr char const* GET_SLOW = "GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n";
 
-/// Waits for nobody.
+/// A resource whose documents are at hand.
 class Prompt final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
 {
 public:
