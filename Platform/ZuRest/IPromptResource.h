@@ -5,10 +5,9 @@
 namespace ZuRest
 {
 
-/// Tells of a resource that its documents are at hand: to read one waits for nobody, no plug-in and no lock that is held for
-/// long. So it is read also when every thread that may wait does, beside whatever else runs at its place, perhaps on the only
-/// thread that is left for the I/O: one that waits after all stops the service. A resource has it by deriving from it beside
-/// its other bases.
+/// Marks a resource whose documents are at hand: reading one must not block, neither in a plug-in nor on a lock that is held
+/// for long. The server reads such a resource on a thread that does I/O, beside whatever else runs at its place, so that it
+/// is answered while other requests occupy all threads that they may have. A resource derives from it beside its other bases.
 class ZUPLATFORM_API IPromptResource
 {
 public:

@@ -288,19 +288,6 @@ void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
     }
 }
 
-std::shared_ptr<ResourceLocks::Pass> ResourceLocks::TryEnter(Place const& place, Mode mode)
-{
-    std::set<Place> held;
-    std::set<std::string> heldTrees;
-    std::set<std::string> closingTrees;
-    State::Waiting const entrant{place, mode, std::this_thread::get_id(), {}, nullptr};
-    Zu::MutexLock const guard(state->lock);
-    bool const isFirst = state->waiting.empty(); // else it is for those to say who passes whom
-    return isFirst && state->MayRun(entrant, held, heldTrees, closingTrees)
-               ? state->Occupy(place, mode, entrant.entrant)
-               : nullptr;
-}
-
 ResourceLocks::InnerPass ResourceLocks::EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec)
 {
     uint64 const deadlineUsec = wTime_AfterUsec(patienceUsec);

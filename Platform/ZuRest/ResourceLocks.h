@@ -59,9 +59,6 @@ public:
     /// std::bad_alloc for one who cannot be let in for want of memory, and then never calls it.
     void Enter(Place const& place, Mode mode, Admitted admitted);
 
-    /// The right to run, when its turn is now; null when it would have to wait.
-    std::shared_ptr<Pass> TryEnter(Place const& place, Mode mode);
-
     /// For a read that a running request asks for, which others may be waiting for: it passes those who only wait, and a
     /// change that is running either shows what was before, when `takesBefore`, or is waited for up to `patienceUsec`. The
     /// thread that changes a whole tree passes itself.

@@ -171,17 +171,6 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Process(Request cons
     return Carry(request, makeReceiver, *pass);
 }
 
-std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::TryProcess(Request const& request,
-                                                                                      ReceiverMaker const& makeReceiver)
-{
-    auto const pass = locks.TryEnter(Place::Of(request.path), ModeOf(request.method));
-    if (pass == nullptr)
-    {
-        return std::nullopt;
-    }
-    return Carry(request, makeReceiver, *pass);
-}
-
 std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::ProcessPrompt(Request const& request) const
 {
     auto const match = router.Find(request.path);

@@ -67,9 +67,6 @@ public:
     /// Waits for its turn and gives the answer; throws nothing that a resource throws.
     Outcome Process(Request const& request, ReceiverMaker const& makeReceiver = {});
 
-    /// The same when its turn is now; nothing, and nothing has happened, when it would have to wait for it.
-    std::optional<Outcome> TryProcess(Request const& request, ReceiverMaker const& makeReceiver);
-
     /// The answer to a read that waits for nobody (IPromptResource), at once and beside whatever runs; nothing for any other
     /// request.
     std::optional<Outcome> ProcessPrompt(Request const& request) const;

@@ -174,7 +174,8 @@ TEST_F(DocumentReaderTest, ShowsAnEmptyRecordWithItsAddress)
 TEST_F(DocumentReaderTest, ShowsWhatWasBeforeAChangeWithTheAddressThatTheOuterOneGives)
 {
     Place("/x/a").AddMember("name", "before");
-    std::shared_ptr<ResourceLocks::Pass> pass = locks.TryEnter(Place::Of("/x/a"), ResourceLocks::Mode::CHANGE);
+    std::shared_ptr<ResourceLocks::Pass> pass;
+    locks.Enter(Place::Of("/x/a"), ResourceLocks::Mode::CHANGE, [&pass](auto admitted) { pass = std::move(admitted); });
     ASSERT_NE(pass, nullptr);
     pass->ShowBefore(std::make_shared<Json const>(reader.ReadTree("/x/a")));
     resources.front().values.front() = std::string("after");

@@ -109,24 +109,6 @@ TEST_F(ResourceLocksTest, CallsThoseWhoWaitInTheOrderOfArrival)
     EXPECT_FALSE(Runs("third"));
 }
 
-TEST_F(ResourceLocksTest, LetsInAtOnceWhoNeedNotWaitAndNobodyElse)
-{
-    running["read"] = locks.TryEnter(Place::Of("/controls/x"), Mode::READ);
-    EXPECT_NE(running["read"], nullptr);
-    EXPECT_NE(locks.TryEnter(Place::Of("/controls/x"), Mode::READ), nullptr);
-    EXPECT_EQ(locks.TryEnter(Place::Of("/controls/x"), Mode::CHANGE), nullptr);
-    Enter("change", "/controls/x", Mode::CHANGE);
-    EXPECT_FALSE(Runs("change")) << "who was let in holds others up";
-    EXPECT_EQ(locks.TryEnter(Place::Of("/controls/x"), Mode::READ), nullptr) << "it would pass the change by";
-
-    Leave("read");
-    EXPECT_TRUE(Runs("change"));
-    EXPECT_EQ(locks.TryEnter(Place::Of("/controls/x"), Mode::READ), nullptr);
-    EXPECT_NE(locks.TryEnter(Place::Of("/controls/y"), Mode::READ), nullptr);
-    Leave("change");
-    EXPECT_NE(locks.TryEnter(Place::Of("/controls/x"), Mode::CHANGE), nullptr);
-}
-
 TEST_F(ResourceLocksTest, LetsAReadFromTheInsidePassThoseWhoWait)
 {
     Enter("read", "/controls/x", Mode::READ);

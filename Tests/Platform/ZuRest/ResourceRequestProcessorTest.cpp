@@ -595,28 +595,6 @@ TEST_F(ResourceRequestProcessorTest, LinksADocumentToItselfWhateverItsPath)
     EXPECT_EQ(processor.Read("/things/x", nullptr, "").at("_links"), (Json{{"self", {{"href", "/things/x"}}}}));
 }
 
-TEST_F(ResourceRequestProcessorTest, CarriesOutAtOnceOnlyWhatNeedNotWait)
-{
-    FakeResource& protocol = Place("/controls/:protocol");
-    protocol.Show(Json::object());
-    Request read;
-    read.path = "/controls/x";
-    Request readOther;
-    readOther.path = "/controls/y";
-    protocol.update = [&](RequestInfo const&, Json const&) {
-        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
-        EXPECT_TRUE(processor.TryProcess(readOther, {}).has_value());
-    };
-
-    EXPECT_EQ(Send("PUT", "/controls/x", "{}").status, 200U);
-
-    auto const outcome = processor.TryProcess(read, {});
-    ASSERT_TRUE(outcome.has_value());
-    EXPECT_EQ(outcome->answer.status, 200U);
-    read.path = "/nowhere";
-    EXPECT_EQ(processor.TryProcess(read, {})->answer.status, 404U);
-}
-
 TEST_F(ResourceRequestProcessorTest, AnswersWhatWaitsForNobodyBesideAChangeOfItsPlace)
 {
     class Prompt final : public DocumentResourceBase, public IPromptResource
@@ -644,7 +622,6 @@ TEST_F(ResourceRequestProcessorTest, AnswersWhatWaitsForNobodyBesideAChangeOfIts
     Request read;
     read.path = "/prompt";
     prompt.whileChanging = [&] {
-        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
         auto const outcome = processor.ProcessPrompt(read);
         ASSERT_TRUE(outcome.has_value());
         EXPECT_EQ(Json::parse(outcome->answer.body).at("prompt"), true);
