@@ -120,6 +120,7 @@ TEST_F(RequestQueueTest, RunsTheRestInTheOrderOfArrival)
     queue.Run([&last] { last.Open(); });
     EXPECT_TRUE(last.Wait());
     finish.Open();
+    End();
 
     ASSERT_EQ(order.size(), 100U);
     EXPECT_TRUE(std::ranges::is_sorted(order));
