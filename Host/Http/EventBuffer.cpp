@@ -1,6 +1,7 @@
 #include "Host/Http/EventBuffer.h"
 
 #include "ZuRest/JsonText.h"
+#include "wApi/wMutex.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,7 +26,7 @@ void EventBuffer::Receive(nlohmann::json const& report)
 /// True when the client is to be woken.
 bool EventBuffer::Keep(std::string text)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (isState)
     {
         events.clear();
@@ -41,7 +42,7 @@ bool EventBuffer::Keep(std::string text)
 
 std::string EventBuffer::Take()
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     isAwake = false;
     std::string text;
     for (Event const& event : events)

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "ZuRest/IStreamReceiver.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <string>
 
 namespace ZuHost
@@ -46,10 +46,10 @@ private:
     bool const isState;
     std::function<void()> const wake;
 
-    std::mutex lock; // a leaf: guards all below
-    uint64 lastId = 0;
-    bool isAwake = false;
-    std::deque<Event> events;
+    Zu::Mutex lock; // a leaf
+    uint64 lastId ZU_GUARDED_BY(lock) = 0;
+    bool isAwake ZU_GUARDED_BY(lock) = false;
+    std::deque<Event> events ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuHost

@@ -5,7 +5,7 @@
 #include "Host/Http/RequestQueue.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wCondition.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTime.h"
 
@@ -17,7 +17,6 @@
 
 #include <array>
 #include <chrono>
-#include <mutex>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -143,10 +142,11 @@ private:
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
 
-    std::mutex mutex; // a leaf: guards the three below
-    wCondition changed;
-    std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>> connections; // all that live
-    bool isStopping = false;
+    Zu::Mutex mutex; // a leaf
+    Zu::CondVar changed;
+    std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>>
+        connections ZU_GUARDED_BY(mutex); // all that live
+    bool isStopping ZU_GUARDED_BY(mutex) = false;
 
     asio::io_context context{static_cast<int>(THREADS)}; // behind the connections: its handlers share them
     RequestQueue requests{context, THREADS - 1};
@@ -282,7 +282,7 @@ void HttpServer::Core::Welcome(Socket socket)
     auto const connection = std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)));
     uint64 present = 0;
     {
-        std::scoped_lock const guard(mutex);
+        Zu::MutexLock const guard(mutex);
         present = connections.size();
         connections.emplace(connection.get(), connection);
     }
@@ -319,7 +319,7 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
 
 void HttpServer::Core::Forget(HttpConnection& connection) noexcept
 {
-    std::scoped_lock const guard(mutex);
+    Zu::MutexLock const guard(mutex);
     connections.erase(&connection);
     if (isStopping && connections.empty())
     {
@@ -333,7 +333,7 @@ void HttpServer::Core::BeginStop()
     acceptor.close(ignored);
     acceptRetry.cancel();
     {
-        std::scoped_lock const guard(mutex);
+        Zu::MutexLock const guard(mutex);
         isStopping = true;
         changed.NotifyAll();
     }
@@ -343,16 +343,16 @@ void HttpServer::Core::BeginStop()
 /// Waits until the requests that are under way have ended, within the patience.
 void HttpServer::Core::WaitForClients()
 {
-    std::unique_lock guard(mutex);
-    changed.WaitUntil(guard, wTime_AfterUsec(settings.stopPatienceUsec),
-                      [this] { return isStopping && connections.empty(); });
+    Zu::MutexLock const guard(mutex);
+    changed.WaitUntil(mutex, wTime_AfterUsec(settings.stopPatienceUsec),
+                      [this]() ZU_REQUIRES(mutex) { return isStopping && connections.empty(); });
 }
 
 void HttpServer::Core::ForEach(void (HttpConnection::*step)())
 {
     std::vector<Client> all;
     {
-        std::scoped_lock const guard(mutex);
+        Zu::MutexLock const guard(mutex);
         all.reserve(connections.size()); // so that nothing below fails and destroys a connection under the lock
         for (auto const& [connection, weak] : connections)
         {

@@ -1,6 +1,7 @@
 #include "Host/Http/RequestQueue.h"
 
 #include "ZuApi/Guard.h"
+#include "wApi/wMutex.h"
 
 #include <boost/asio/post.hpp>
 
@@ -16,7 +17,7 @@ RequestQueue::~RequestQueue() = default;
 
 void RequestQueue::Run(std::function<void()> work)
 {
-    std::scoped_lock const guard(mutex);
+    Zu::MutexLock const guard(mutex);
     waiting.push_back(std::move(work));
     if (serving == limit)
     {
@@ -47,7 +48,7 @@ void RequestQueue::Serve()
 /// False when nothing waits; the thread does not serve any more then.
 bool RequestQueue::TakeNext(std::function<void()>& work)
 {
-    std::scoped_lock const guard(mutex);
+    Zu::MutexLock const guard(mutex);
     if (waiting.empty())
     {
         --serving;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <utility> // before Asio's headers, which use it without including it
@@ -8,7 +9,6 @@
 
 #include <deque>
 #include <functional>
-#include <mutex>
 
 namespace ZuHost
 {
@@ -37,9 +37,9 @@ private:
     boost::asio::io_context& context;
     uint64 const limit;
 
-    std::mutex mutex; // a leaf: guards all below
-    std::deque<std::function<void()>> waiting;
-    uint64 serving = 0; // threads that run work, or are about to
+    Zu::Mutex mutex; // a leaf
+    std::deque<std::function<void()>> waiting ZU_GUARDED_BY(mutex);
+    uint64 serving ZU_GUARDED_BY(mutex) = 0; // threads that run work, or are about to
 };
 
 } // namespace ZuHost

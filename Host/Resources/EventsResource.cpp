@@ -2,6 +2,7 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuRest/IStreamReceiver.h"
+#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -33,14 +34,14 @@ ZuRest::IStreamableResource* EventsResource::StreamableProvider()
 
 uint32 EventsResource::StartStream(ZuRest::IStreamReceiver* receiver, ZuRest::RequestInfo const& /*request*/)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     receivers.emplace(nextId, receiver);
     return nextId++;
 }
 
 void EventsResource::StopStream(uint32 streamId)
 {
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     if (receivers.erase(streamId) == 0)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
@@ -50,7 +51,7 @@ void EventsResource::StopStream(uint32 streamId)
 void EventsResource::Tell(EventType type, std::string const& path)
 {
     nlohmann::json const report{{"type", static_cast<uint32>(type)}, {"path", path}};
-    std::scoped_lock const guard(lock);
+    Zu::MutexLock const guard(lock);
     for (auto const& [id, receiver] : receivers)
     {
         ZU_GUARD_BOUNDARY([&to = *receiver, &report] { to.Receive(report); }); // the others are to hear it all the same

@@ -3,10 +3,10 @@
 #include "ZuApi/CallbackGate.h"
 #include "ZuRest/ResourceBase.h"
 #include "ZuRest/StreamResourceBase.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <map>
-#include <mutex>
 #include <string>
 
 namespace ZuHost
@@ -34,9 +34,9 @@ public:
 private:
     void Tell(ZuRest::EventType type, std::string const& path);
 
-    std::mutex lock; // a leaf: guards the two below; receivers only hand on, and are called under it
-    uint32 nextId = 0;
-    std::map<uint32, ZuRest::IStreamReceiver*> receivers;
+    Zu::Mutex lock; // a leaf: receivers are called under it and only hand on
+    uint32 nextId ZU_GUARDED_BY(lock) = 0;
+    std::map<uint32, ZuRest::IStreamReceiver*> receivers ZU_GUARDED_BY(lock);
 
     Zu::CallbackGate gate; // last: it ends the calls first
 };
