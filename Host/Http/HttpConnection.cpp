@@ -2,7 +2,6 @@
 
 #include "Host/Http/AnswerHead.h"
 #include "Host/Http/EventBuffer.h"
-#include "Host/Http/IHttpService.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wStatus.h"
 
@@ -45,6 +44,8 @@ struct HttpConnection::EventStream
     EventBuffer buffer;
     std::unique_ptr<ZuRest::OpenStream> source; // last: its destructor ends the reports
 };
+
+IHttpService::~IHttpService() = default;
 
 HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand)
     : service(owningService),

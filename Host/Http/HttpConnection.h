@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Host/Http/HttpServer.h"
 #include "Host/Http/RequestReader.h"
 #include "ZuApi/Guard.h"
+#include "ZuRest/Request.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "wApi/wTypes.h"
 
@@ -15,6 +17,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,7 +30,28 @@ class IStreamReceiver;
 namespace ZuHost
 {
 
-class IHttpService;
+class HttpConnection;
+
+/// The server as its connections see it. It outlives them. All operations are thread-safe.
+class IHttpService
+{
+public:
+    virtual ~IHttpService();
+
+    virtual HttpServer::Settings const& Limits() const = 0;
+
+    /// Whether only clients of this machine reach the server.
+    virtual bool IsLocal() const = 0;
+
+    /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this call.
+    virtual void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) = 0;
+
+    /// Runs `step`, which may block, among the requests.
+    virtual void RunLater(std::function<void()> step) = 0;
+
+    /// The connection is being destroyed.
+    virtual void Forget(HttpConnection& connection) noexcept = 0;
+};
 
 /// One client, from the accept to the close: the phases of its connection with their deadlines, and what it is sent.
 ///

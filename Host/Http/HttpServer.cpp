@@ -1,7 +1,6 @@
 #include "Host/Http/HttpServer.h"
 
 #include "Host/Http/HttpSession.h"
-#include "Host/Http/IHttpService.h"
 #include "Host/Http/RequestQueue.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Problem.h"

@@ -1,8 +1,0 @@
-#include "Host/Http/IHttpService.h"
-
-namespace ZuHost
-{
-
-IHttpService::~IHttpService() = default;
-
-} // namespace ZuHost
