@@ -1,8 +1,8 @@
 #include "Host/Module/SensorModule.h"
 
-#include "Host/Http/HostResources.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Resources/HostResources.h"
 #include "Host/Sensor/IProfileSource.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlManager.h"

@@ -97,8 +97,9 @@ TEST_F(WantedServiceTest, IsReportedAsSkippedWithTheReason)
 
     ASSERT_EQ(report.protocols.size(), 2U);
     EXPECT_EQ(report.protocols[0],
-              (LoadReport::Protocol{"One", true, false, {"parameters"}, {}, {"enabled"}, {SENTENCE}}));
-    EXPECT_EQ(report.protocols[1], (LoadReport::Protocol{"Two", true, false, {"enabled", "parameters"}, {}, {}, {}}));
+              (LoadReport::Protocol{"One", true, false, false, {"parameters"}, {}, {"enabled"}, {SENTENCE}}));
+    EXPECT_EQ(report.protocols[1],
+              (LoadReport::Protocol{"Two", true, false, false, {"enabled", "parameters"}, {}, {}, {}}));
 }
 
 TEST_F(WantedServiceTest, IsSavedAsEnabledWithWhatElseChanges)

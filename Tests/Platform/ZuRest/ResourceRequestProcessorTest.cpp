@@ -703,10 +703,14 @@ TEST_F(ResourceRequestProcessorTest, LeavesTheUpdateToItsRunnerWhileThePlaceIsLo
             ZU_THROW(Zu::Status::BAD_ARGUMENT, "no");
         }
     };
+    ResourceRequestProcessor::Runner const readNow = [&calls](std::function<void()> const& read) {
+        calls.emplace_back("read");
+        read();
+    };
     processor.SetUpdateRunner([&](std::string const& path, Json const& body, std::function<void()> const& update) {
         Request read;
         read.path = path;
-        EXPECT_FALSE(processor.TryProcess(read, {}).has_value());
+        processor.ProcessLater(read, {}, readNow, [](auto) {}); // waits until the place is free
         calls.push_back("begin " + body.dump());
         update();
         calls.emplace_back("end");
@@ -715,8 +719,8 @@ TEST_F(ResourceRequestProcessorTest, LeavesTheUpdateToItsRunnerWhileThePlaceIsLo
     EXPECT_EQ(Send("PUT", "/controls/x", R"({"a":1})").status, 200U);
     EXPECT_EQ(Send("PATCH", "/controls/refused", R"({"a":2})").status, 422U);
 
-    EXPECT_EQ(calls, (std::vector<std::string>{R"(begin {"a":1})", "update /controls/x", "end", R"(begin {"a":2})",
-                                               "update /controls/refused"}));
+    EXPECT_EQ(calls, (std::vector<std::string>{R"(begin {"a":1})", "update /controls/x", "end", "read",
+                                               R"(begin {"a":2})", "update /controls/refused", "read"}));
 }
 
 TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
