@@ -3,12 +3,11 @@
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
-#include <atomic>
+#include <cstddef>
 #include <functional>
 #include <list>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace Zu
 {
@@ -46,10 +45,11 @@ public:
         {
             return {};
         }
-        auto slot = std::make_shared<Slot>(std::move(handler), this);
+        auto slot = std::make_shared<Slot>(std::move(handler));
         MutexLock const guard(lock);
+        slot->owner = this;
         slot->position = slots.insert(slots.end(), slot);
-        snapshot = nullptr;
+        ++count;
         return {slot, true};
     }
 
@@ -57,38 +57,34 @@ public:
     void Remove(CallbackId const& id)
     {
         auto const slot = id.second ? id.first.lock() : nullptr;
-        std::shared_ptr<Slots const> outdated; // both end behind the lock: what a handler holds may come back here
+        Slots ended; // ends behind the lock: what the handler holds may come back here
         MutexLock const guard(lock);
-        if (slot == nullptr || slot->owner.load(std::memory_order_relaxed) != this)
+        if (slot == nullptr || slot->owner != this)
         {
             return;
         }
-        slot->owner.store(nullptr, std::memory_order_relaxed);
-        slots.erase(slot->position);
-        outdated = std::exchange(snapshot, nullptr);
+        slot->owner = nullptr;
+        --count;
+        if (firing == 0)
+        {
+            ended.splice(ended.end(), slots, slot->position);
+        }
     }
 
-    /// Calls the handlers in order of addition on this thread.
+    /// Calls the handlers in order of addition on this thread. Takes no memory of its own.
     void Fire(Args... args)
     {
-        std::shared_ptr<Slots const> const present = Snapshot();
-        if (present == nullptr)
+        Walk walk(*this);
+        while (std::shared_ptr<Slot> const slot = walk.Next())
         {
-            return;
-        }
-        for (auto const& slot : *present)
-        {
-            if (slot->owner.load(std::memory_order_relaxed) == this)
-            {
-                slot->handler(args...);
-            }
+            slot->handler(args...);
         }
     }
 
     uint64 Count() const
     {
         MutexLock const guard(lock);
-        return slots.size();
+        return count;
     }
 
     bool Empty() const
@@ -97,33 +93,78 @@ public:
     }
 
 private:
-    using Slots = std::vector<std::shared_ptr<Slot>>;
+    using Slots = std::list<std::shared_ptr<Slot>>;
 
     struct Slot
     {
-        Slot(Handler newHandler, Event const* newOwner) : handler(std::move(newHandler)), owner(newOwner)
+        explicit Slot(Handler newHandler) : handler(std::move(newHandler))
         {
         }
 
         Handler const handler;
-        std::atomic<Event const*> owner; // null once removed; publishes nothing
-        typename std::list<std::shared_ptr<Slot>>::iterator position;
+        Event const* owner = nullptr; // guarded by the event's lock; null once removed
+        typename Slots::iterator position;
     };
 
-    /// The handlers at this moment; null when there are none. Allocates only for the first firing after a change.
-    std::shared_ptr<Slots const> Snapshot()
+    /// One firing: steps from handler to handler under the lock. Removed slots stay in the list until the last walk has ended,
+    /// so that each walk keeps its place.
+    class Walk
     {
-        MutexLock const guard(lock);
-        if (snapshot == nullptr && !slots.empty())
+    public:
+        explicit Walk(Event& firedEvent) : event(firedEvent)
         {
-            snapshot = std::make_shared<Slots const>(slots.begin(), slots.end());
+            MutexLock const guard(event.lock);
+            next = event.slots.begin();
+            left = event.slots.size();
+            ++event.firing;
         }
-        return snapshot;
-    }
+
+        ~Walk()
+        {
+            Slots ended; // ends behind the lock, as in Remove
+            MutexLock const guard(event.lock);
+            if (--event.firing != 0 || event.count == event.slots.size())
+            {
+                return;
+            }
+            for (auto slot = event.slots.begin(); slot != event.slots.end();)
+            {
+                auto const present = slot++;
+                if ((*present)->owner == nullptr)
+                {
+                    ended.splice(ended.end(), event.slots, present);
+                }
+            }
+        }
+
+        Walk(Walk const&) = delete;
+        Walk& operator=(Walk const&) = delete;
+
+        /// The next handler that is not removed; null at the end. Slots that were added since the walk began are behind it.
+        std::shared_ptr<Slot> Next()
+        {
+            MutexLock const guard(event.lock);
+            for (; left != 0; --left, ++next)
+            {
+                if ((*next)->owner != nullptr)
+                {
+                    --left;
+                    return *next++;
+                }
+            }
+            return nullptr;
+        }
+
+    private:
+        Event& event;
+        typename Slots::iterator next;
+        std::size_t left = 0; // slots that are not visited yet
+    };
 
     mutable Mutex lock; // a leaf
-    std::list<std::shared_ptr<Slot>> slots ZU_GUARDED_BY(lock);
-    std::shared_ptr<Slots const> snapshot ZU_GUARDED_BY(lock); // null while it does not match the list
+    Slots slots ZU_GUARDED_BY(lock);
+    uint64 count ZU_GUARDED_BY(lock) = 0;  // of the handlers that are not removed
+    uint32 firing ZU_GUARDED_BY(lock) = 0; // walks that have not ended
 };
 
 } // namespace Zu
