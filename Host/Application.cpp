@@ -50,8 +50,8 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     LetLoadsRunAlone();
     sensorModule.RequestProcessor().SetUpdateRunner(
         [this](std::string const& path, nlohmann::json const& body, auto const& update) {
-            startRetry.RunUpdate(path, body, update);
-        });
+        startRetry.RunUpdate(path, body, update);
+    });
     metricsPage.emplace(
         sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
         [this] { return sensorModule.Module().Vitals(); });
@@ -66,9 +66,9 @@ Application::Application(Options const& newOptions, std::string const& token, Da
 Application::~Application()
 {
     httpServer.Stop();
-    jobs.Close();      // ahead of all that goes: what runs now, or is to run, runs again at the next start
-    startRetry.Stop(); // behind the save, which an attempt that takes long does not hold up
-    // While the module is there: it hears of the stop, and nothing reaches the core or the hub behind it.
+    jobs.Close();      // before anything ends: services that run or are wanted are saved as enabled
+    startRetry.Stop(); // after the save, which must not wait for a long attempt
+    // The module still exists, so it sees the stop. After this no event of the core or the hub reaches it.
     ZU_GUARD_DESTRUCTOR([this] { sensorModule.Core().Close(); });
 }
 
@@ -136,7 +136,7 @@ void Application::LoadPlugins(PluginClinic::Admission const& plugins)
     {
         pluginManager.LoadFile(file.string());
     }
-    for (auto const& refusal : pluginManager.Refusals()) // changed its mind since it was tried; the log has it already
+    for (auto const& refusal : pluginManager.Refusals()) // refused although the trial had passed; already logged
     {
         RaiseComplaint(refusal.reason);
     }
@@ -157,7 +157,7 @@ void Application::BeginJob()
     heldBack = jobs.Begin(options.jobName, configured);
 }
 
-/// A load changes the protocols one after another, and what they hold must not be read meanwhile.
+/// A load changes several protocols. No request may read them meanwhile.
 void Application::LetLoadsRunAlone()
 {
     std::vector<std::string> heads{"/controls"};
@@ -184,7 +184,7 @@ StartRetry::Services Application::ServicesToRetry()
 void Application::Enable(std::string const& typeName)
 {
     FindInstance(typeName).Enable(true);
-    // The module tells of no start that is not a client's; the clients that follow `/events` are to see it.
+    // The module notifies clients only of changes that clients make. Followers of `/events` need this change too.
     std::string const path = PathOf(typeName);
     if (auto const match = sensorModule.Router().Find(path); match.has_value())
     {

@@ -28,11 +28,12 @@ namespace ZuHost
 
 class DataFolder;
 
-/// The sensor on the desk with the module in it. One thread builds, configures, starts and destroys it.
+/// The simulated sensor with the module, the jobs and the REST service. One thread builds, configures, starts and
+/// destroys it.
 class Application final
 {
 public:
-    /// A protocol, or "http", and where it listens: "127.0.0.1:1502".
+    /// A protocol, or "http", and its address: "127.0.0.1:1502".
     struct Listener
     {
         std::string name;
@@ -52,12 +53,12 @@ public:
     Application(Application const&) = delete;
     Application& operator=(Application const&) = delete;
 
-    /// Sets what `--param` asks for. Throws -997 with one clear line for a protocol, a parameter or a value that is none,
-    /// also for a protocol of `--enable`.
+    /// Applies the `--param` options. Throws `Zu::Status::BAD_ARGUMENT` with one line for an unknown protocol (also in
+    /// `--enable`), an unknown parameter or an invalid value.
     void Configure();
 
-    /// Enables what is to be enabled, scans when asked to, saves what changes and serves REST clients from then on, and tells
-    /// who listens where. A service that cannot be started is a line in the log and is tried again; the others go on.
+    /// Enables the protocols, starts the scan if asked to, starts saving changes and serving REST clients, and returns
+    /// the addresses of all listeners. A service that cannot be started is logged and tried again; the others go on.
     std::vector<Listener> Start();
 
     ZuControl::IControlManager& Controls();
@@ -72,9 +73,9 @@ private:
     ZuControl::IControlInstance& FindInstance(std::string const& typeName);
 
     Options const options;
-    std::vector<std::string> heldBack; // enabled by the job, once they are configured
+    std::vector<std::string> heldBack; // services of the job that `Start` enables, after `Configure`
 
-    // The order is that of their life: what the module is given outlives it.
+    // The order is that of construction: an object outlives the objects below, which use it.
     ZuCommon::ProblemsManager problems;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;

@@ -55,7 +55,7 @@ std::string CheckHttp(Options const& options)
     return settings.token;
 }
 
-/// `failureStatus` is always that of what is being done: the caller gives it when something throws.
+/// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
 {
@@ -63,7 +63,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
     DataFolder const dataFolder(options.dataFolder);
-    // Before the first thread is made, since it makes processes; and without a log, so that each line is told once.
+    // Before the first thread starts, because it forks; and before the log, so that each line is written once.
     auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
 
     LogScope const log(options.logLevel);

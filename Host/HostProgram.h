@@ -8,10 +8,11 @@
 namespace ZuHost
 {
 
-/// The program but for its process: reads the command line, runs the sensor until `waitForStop` returns, ends in order.
+/// The program without its process: parses the command line, runs the sensor until `waitForStop` returns, and shuts
+/// down in order.
 ///
-/// When everything listens, `output` gets one line for each address and then "ready". What goes wrong is one clear line in
-/// `errors`. Gives the exit status: 0, 1 when the sensor cannot be brought up, 2 for bad input.
+/// When all listeners are ready, writes a line for each address and then "ready" to `output`. A failure is one line in
+/// `errors`. Returns the exit status: 0, 1 when the sensor cannot start or run, 2 for bad input.
 int RunHost(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors,
             std::function<void()> const& waitForStop);
 

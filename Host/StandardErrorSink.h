@@ -13,7 +13,8 @@ class logger;
 namespace ZuHost
 {
 
-/// Writes the log to standard error, a line an entry: time, level, label, text. Any thread; a write that fails is lost.
+/// Writes the log to standard error, one line for each entry: time, level, label, text. Any thread may call; a failed
+/// write is ignored.
 class StandardErrorSink final : public Zu::Logging::ISink
 {
 public:
@@ -28,7 +29,7 @@ private:
     std::shared_ptr<spdlog::logger> logger;
 };
 
-/// A sink that is part of the log for as long as this object lives.
+/// Adds a sink to the log from construction to destruction.
 class LogScope final
 {
 public:

@@ -26,7 +26,7 @@ namespace
 using Clock = std::chrono::steady_clock;
 
 constexpr char END_OF_TEXT = '\0';
-constexpr char const* END_OF_WORK = "\1"; // the last that a child says; nothing of a work's own begins like this
+constexpr char const* END_OF_WORK = "\1"; // the child's last text; no text of the work begins like this
 
 class Descriptor final
 {
@@ -59,13 +59,13 @@ private:
 void WriteText(int descriptor, std::string const& text)
 {
     char const* next = text.c_str();
-    std::size_t left = text.size() + 1; // with the END_OF_TEXT behind it
+    std::size_t left = text.size() + 1; // including END_OF_TEXT
     while (left > 0)
     {
         ssize_t const written = write(descriptor, next, left);
         if (written < 0 && errno != EINTR)
         {
-            return; // nobody listens any more
+            return; // the parent has closed its end
         }
         next += std::max<ssize_t>(written, 0);
         left -= static_cast<std::size_t>(std::max<ssize_t>(written, 0));
@@ -74,28 +74,28 @@ void WriteText(int descriptor, std::string const& text)
 
 [[noreturn]] void BeChild(ChildProcess::Work const& work, int descriptor)
 {
-    prctl(PR_SET_PDEATHSIG, SIGKILL); // it must not outlive the one who waits for it
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // the child must not outlive the waiting parent
     rlimit const noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
-    dup2(STDERR_FILENO, STDOUT_FILENO); // standard output is the parent's, for those who read its lines
+    dup2(STDERR_FILENO, STDOUT_FILENO); // the parent's standard output is read by programs
     try
     {
         work([descriptor](std::string const& text) { WriteText(descriptor, text); });
     }
-    catch (...) // an end as any other
+    catch (...) // an exception ends the work as a return does
     {
     }
     WriteText(descriptor, END_OF_WORK);
-    _exit(0); // whatever the work left behind might die or hang while it goes
+    _exit(0); // no destructors: after the plug-in ran they might crash or hang
 }
 
-/// The C library's own function for this lacks its C linkage in some versions.
+/// The C library's function lacks C linkage in some versions.
 int OpenProcess(pid_t process)
 {
     return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
 }
 
-/// The parent's side.
+/// Reads the child's texts and waits for its end.
 class Listener final
 {
 public:
@@ -121,7 +121,7 @@ public:
     }
 
 private:
-    /// False when the child is gone or has said too much.
+    /// Returns false when the child has ended or has sent too much.
     bool WaitForMore(std::chrono::milliseconds longestSilence, bool& isSilent)
     {
         Clock::time_point const deadline = Clock::now() + longestSilence;
@@ -139,7 +139,7 @@ private:
     void ReadAll()
     {
         std::array<char, 4096> bytes;
-        while (heard <= ChildProcess::MOST_BYTES) // one who does not stop talking is never read empty
+        while (heard <= ChildProcess::MOST_BYTES) // bounded: a child may never stop sending
         {
             ssize_t const count = read(reading, bytes.data(), bytes.size());
             if (count <= 0)
@@ -192,9 +192,9 @@ private:
 
     pid_t const child;
     int const reading;
-    Descriptor const alive; // can be read when the child has ended
+    Descriptor const alive; // readable when the child has ended
     std::vector<std::string> said;
-    std::string text; // of which the end has not come yet
+    std::string text; // an incomplete text
     std::size_t heard = 0;
     bool isEnded = false;
 };
@@ -219,7 +219,7 @@ ChildProcess::End ChildProcess::Run(Work const& work, std::chrono::milliseconds 
     {
         ZU_THROW(Zu::Status::NOT_OFFERED, "the system gives no process: %s", std::strerror(errno));
     }
-    writing.reset(); // the child's end alone is left
+    writing.reset(); // only the child's end stays open
     fcntl(reading.Number(), F_SETFL, O_NONBLOCK);
     return Listener(child, reading.Number()).Listen(longestSilence);
 }

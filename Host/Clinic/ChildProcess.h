@@ -8,27 +8,28 @@
 namespace ZuHost
 {
 
-/// Work that may take its process down with it, done in a process of its own.
+/// Runs work that may crash or hang in a child process.
 ///
-/// The child is a copy of this process and is made without a new program, so it starts in a moment; this process must have
-/// a single thread when it asks for one, or the child would find locks taken by threads that it does not have.
+/// The child is a copy of this process and starts no new program, so it starts quickly. The calling process must have a
+/// single thread; otherwise the child would inherit locks held by threads that it does not have.
 class ChildProcess final
 {
 public:
-    /// Tells this process something, from within the work.
+    /// Sends a text from the work in the child to this process.
     using Say = std::function<void(std::string const& text)>;
     using Work = std::function<void(Say const& say)>;
 
-    /// How the work ended.
+    /// The result of the work.
     struct End
     {
         std::vector<std::string> said; ///< in order
-        std::string fault;             ///< empty when the work ran to its end; else what became of the process
+        std::string fault;             ///< empty if the work ran to its end; else how the process ended
     };
 
-    /// Does `work` and waits for it. A child that says nothing for `longestSilence` is killed, and so is one that says more
-    /// than MOST_BYTES. What the work throws counts as its end: who wants it told says it. Nothing of the child is destroyed.
-    /// Throws -998 when the system gives no process.
+    /// Runs `work` in a child and waits for it. Kills a child that sends nothing for `longestSilence`, or more than
+    /// MOST_BYTES in all. An exception of the work ends it without a fault: work that has to report it calls `say`. No
+    /// destructors of static objects run in the child. Throws `Zu::Status::NOT_OFFERED` when the system makes no
+    /// process.
     static End Run(Work const& work, std::chrono::milliseconds longestSilence);
 
     static constexpr std::size_t MOST_BYTES = 1U << 20;

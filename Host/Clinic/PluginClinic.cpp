@@ -20,12 +20,12 @@ namespace
 using Paths = std::vector<std::filesystem::path>;
 using Say = ChildProcess::Say;
 
-// What a child says: one of these and a text.
-constexpr char BEGINS = 'b';    // what the plug-in is being done to now: "loaded"
-constexpr char COMPLAINS = 'c'; // a sentence; the trial of this plug-in is over
-constexpr char PRAISES = 'p';   // likewise; what the plug-in offers, where that was asked for
+// Each text of a child begins with one of these.
+constexpr char BEGINS = 'b';    // a step begins; its name follows: "loaded"
+constexpr char COMPLAINS = 'c'; // this plug-in failed; a sentence follows
+constexpr char PRAISES = 'p';   // this plug-in passed; its description follows if it was asked for
 
-/// The first error that goes to the log.
+/// Keeps the first error that is logged.
 class FirstError final : public Zu::Logging::ISink
 {
 public:
@@ -59,7 +59,7 @@ std::string Sentence(std::filesystem::path const& file, std::string const& fault
     return "Plug-in " + file.string() + " " + fault + " while it was being " + station;
 }
 
-/// The outermost text, and the innermost where that is another.
+/// The outermost text of nested exceptions, and the innermost if it differs.
 std::string TextOf(std::exception const& exception)
 {
     std::string const text = exception.what();
@@ -72,14 +72,14 @@ std::string TextOf(std::exception const& exception)
         std::string const inner = TextOf(nested);
         return inner.empty() || inner == text ? text : (text.empty() ? inner : text + ": " + inner);
     }
-    catch (...) // what is no exception has no text
+    catch (...) // an object that is not a std::exception has no text
     {
     }
     int32 const status = Zu::Exception::StatusOf(exception);
     return text.empty() ? "failed with status " + std::to_string(status) : text;
 }
 
-/// The stations of one plug-in, in the child.
+/// Takes one plug-in through the steps of its life, in the child.
 class Round final
 {
 public:
@@ -88,7 +88,7 @@ public:
     {
     }
 
-    /// False when it failed, which has been said then.
+    /// Returns false when the step failed; the complaint has been sent then.
     template <typename Step>
     bool Goes(std::string const& station, Step&& step)
     {
@@ -117,7 +117,7 @@ public:
             trial.Load();
             return true;
         }
-        catch (std::exception const& exception) // the loader's sentence says all
+        catch (std::exception const& exception) // the loader's sentence is complete
         {
             say(COMPLAINS + std::string(exception.what()));
             return false;
@@ -135,7 +135,7 @@ private:
     PluginTrial trial;
 };
 
-// The rounds are not destroyed: with their child they are gone, and a plug-in that hangs in its destructor has been told.
+// The rounds are never destroyed: the child's end frees them, and a plug-in may hang in its destructor.
 
 void TryAdmission(Paths const& files, Deployment deployment, Say const& say)
 {
@@ -176,11 +176,11 @@ void TryLife(std::filesystem::path const& file, Deployment deployment, Say const
     }
 }
 
-/// What is left of a child's words.
+/// The texts of a child, sorted.
 struct Verdict
 {
-    std::vector<std::string> outcomes; ///< a complaint or a praise for each plug-in whose trial came to an end
-    std::string station;               ///< where the last one was
+    std::vector<std::string> outcomes; ///< a complaint or a praise for each plug-in that was tried to the end
+    std::string station;               ///< name of the last step that began
 };
 
 Verdict VerdictOf(std::vector<std::string> const& said)
@@ -228,7 +228,7 @@ PluginClinic::Admission PluginClinic::Admit(Paths files) const
                 admission.complaints.push_back({file, outcome.substr(1)});
             }
         }
-        if (tried < files.size()) // the child ended with the next one
+        if (tried < files.size()) // the child ended while it tried the next one
         {
             std::filesystem::path const& file = files[tried++];
             admission.complaints.push_back({file, Sentence(file, end.fault, verdict.station)});

@@ -10,16 +10,16 @@
 namespace ZuHost
 {
 
-/// Tries plug-ins out in child processes, so that one that dies, hangs or throws does so there and not in the sensor.
+/// Tries plug-ins in child processes, so that a plug-in that crashes or hangs does not take the host with it.
 ///
-/// To be asked while this process has a single thread: see ChildProcess.
+/// Call it while this process has a single thread: see ChildProcess.
 class PluginClinic final
 {
 public:
-    /// Far more than a plug-in takes that comes to an end at all.
+    /// Much longer than any step of a working plug-in takes.
     static constexpr std::chrono::milliseconds LONGEST_SILENCE{5000};
 
-    /// A plug-in that must not be taken in.
+    /// A plug-in that must not be loaded.
     struct Complaint
     {
         std::filesystem::path file;
@@ -28,24 +28,25 @@ public:
 
     struct Admission
     {
-        std::vector<std::filesystem::path> files; ///< that may be taken in, in the given order
+        std::vector<std::filesystem::path> files; ///< files that may be loaded, in the given order
         std::vector<Complaint> complaints;
     };
 
     struct CheckUp
     {
         bool isSound;
-        std::string report; ///< what the plug-in offers, in lines; or the sentence that says what failed
+        std::string report; ///< describes what the plug-in offers, or says what failed
     };
 
-    /// `longestSilence`: how long one station in the life of a plug-in may take.
+    /// `longestSilence`: how long one step in the life of a plug-in may take.
     explicit PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence = LONGEST_SILENCE);
 
-    /// Loads each file and makes its protocols. All are tried in one process; each that dies or hangs costs one more.
+    /// Loads each file and makes its protocols, all in one child. After a plug-in that crashes or hangs, the remaining
+    /// files are tried in a new child.
     Admission Admit(std::vector<std::filesystem::path> files) const;
 
-    /// Leads one plug-in through its whole life: loads, makes, starts, feeds, stops and destroys it. An error that it writes
-    /// to the log meanwhile counts as a failure too.
+    /// Runs one plug-in through its whole life: loads, makes, makes again, starts, feeds, stops and destroys it. An
+    /// error that it logs meanwhile is a failure too.
     CheckUp Check(std::filesystem::path const& file) const;
 
 private:

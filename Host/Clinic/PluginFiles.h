@@ -6,8 +6,9 @@
 namespace ZuHost
 {
 
-/// The files "*.so" of these folders, folder by folder and by name within each. For no folder those of "plugins" beside the
-/// program, or of where an installed program has its plug-ins. Throws -998 for a folder that cannot be read.
+/// Finds the files "*.so" of these folders, sorted by name within each folder. Without folders, searches "plugins"
+/// beside the program, or the plug-in folder of an installed program. Throws `Zu::Status::NOT_OFFERED` for a folder
+/// that cannot be read.
 std::vector<std::filesystem::path> FindPluginFiles(std::vector<std::filesystem::path> const& folders);
 
 } // namespace ZuHost

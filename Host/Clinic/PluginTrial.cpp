@@ -33,7 +33,7 @@ constexpr double RATE_HZ = 1000;
 constexpr std::size_t FED_SETS = 10;
 constexpr uint64 LONGEST_SCAN_USEC = 5'000'000;
 
-/// Keeps the first sets that come through a hub.
+/// Keeps the first result sets that a hub publishes.
 class SetKeeper final
 {
 public:
@@ -57,7 +57,7 @@ public:
                           [this]() ZU_REQUIRES(lock) { return kept.size() == FED_SETS; });
     }
 
-    /// The sets as a dispatcher hands them over; the list shares them.
+    /// Fills the list as a dispatcher does; the list shares the sets.
     void Fill(wArrayList& list)
     {
         Zu::MutexLock const guard(lock);
@@ -89,7 +89,8 @@ private:
     std::vector<wHandle<ZuCore::ResultSetObject>> kept ZU_GUARDED_BY(lock);
 };
 
-/// Whether the service can be told to listen where nobody else does: "port" may be 0. That of a service that sends may not.
+/// Whether the service accepts 0 as "port" and then listens on a free port. A service that sends to a port does not
+/// accept 0.
 bool TakesFreePort(IControlInstance const& instance)
 {
     nlohmann::json const schema = Zu::Properties::JsonSerializer::SerializeSchema(instance.Params()).at("properties");
@@ -114,7 +115,7 @@ std::string Line(char const* title, std::string const& text)
 
 } // namespace
 
-/// Makes what the plug-in's own factory makes, and notes it.
+/// Makes protocols with the plug-in's own factory, and notes them.
 class PluginTrial::MeetingFactory final : public ZuControl::IControlFactory
 {
 public:
@@ -135,7 +136,7 @@ private:
     std::vector<std::weak_ptr<IProtocol>>& met;
 };
 
-/// Offers what another plug-in offers.
+/// Offers the types of another plug-in, with noting factories.
 class PluginTrial::MeetingPlugin final : public ZuControl::ControlPlugin
 {
 public:

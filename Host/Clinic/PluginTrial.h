@@ -27,10 +27,10 @@ class IProtocol;
 namespace ZuHost
 {
 
-/// One plug-in library and around it all that a sensor gives to a protocol, so that each station of its life can be tried.
+/// A plug-in library in the environment of a sensor, so that each step of its life can be tried.
 ///
-/// Nothing here protects the process from the library: it is meant for a process that may end with it. The operations are
-/// called in their order, on one thread; what the library throws goes on.
+/// Nothing here protects the process from the library: use it in a child process. Call the operations in the order of
+/// their declaration, on one thread. Exceptions of the library reach the caller.
 class PluginTrial final
 {
 public:
@@ -40,26 +40,29 @@ public:
     PluginTrial(PluginTrial const&) = delete;
     PluginTrial& operator=(PluginTrial const&) = delete;
 
-    /// Throws -984 with the reason for a file that the loader refuses.
+    /// Throws `Zu::Status::BAD_FORMAT` with the reason for a file that the loader refuses.
     void Load();
 
-    /// Builds the module with what the library offers, as a sensor does when it starts.
+    /// Builds the module with the protocols of the library, as a sensor does at its start.
     void Create();
 
-    /// Lets the protocols go and makes them anew, so that this object gets to know them.
+    /// Destroys the protocols and makes them again, this time with factories that note them for `Feed` and `Destroy`.
     void CreateAnew();
 
-    /// Gives every protocol a new job, a free port if it takes the "port" 0, and enables it. Throws -998 for a
-    /// library without a protocol for this kind of system, and -1000 for a protocol that neither runs nor is about to.
+    /// For each protocol: makes a new job, sets a free port if "port" may be 0, and enables it. Throws
+    /// `Zu::Status::NOT_OFFERED` for a library without a protocol for this kind of system, and
+    /// `Zu::Status::WRONG_STATE` for a protocol that neither runs nor is starting.
     void Start();
 
-    /// Hands result sets of the simulated part to every protocol.
+    /// Hands result sets of the simulated part to each protocol.
     void Feed();
 
     void Stop();
+
+    /// Destroys the module. Throws `Zu::Status::WRONG_STATE` if a protocol is still alive afterwards.
     void Destroy();
 
-    /// What the library offers, in lines for the person who asked; while the protocols are there.
+    /// Describes for a person what the library offers. Call it while the protocols exist.
     std::string Offer();
 
 private:
@@ -70,14 +73,14 @@ private:
 
     std::filesystem::path const file;
 
-    // The order is that of their life: what the module is given outlives it.
-    std::vector<std::weak_ptr<ZuControl::ControlProtocol::IProtocol>> met; // in the order in which they were made
+    // The order is that of construction: an object outlives the objects below, which use it.
+    std::vector<std::weak_ptr<ZuControl::ControlProtocol::IProtocol>> met; // in the order of their construction
     ZuCommon::ProblemsManager problems;
     PersistRegistry persistRegistry;
     UpdateGate updateGate;
     ZuCommon::PersistManager persistManager;
     ZuPlugin::PluginManager loaded;
-    ZuPlugin::PluginManager meeting; ///< the same types, by way of factories that note what they make
+    ZuPlugin::PluginManager meeting; ///< the same types, with factories that note the protocols
     SensorModule sensorModule;
 };
 

@@ -19,7 +19,7 @@ namespace
 
 enum OptionCode : int
 {
-    HTTP = 256, // above every character: there are no short options
+    HTTP = 256, // above all characters: there are no short options
     KEEP_ALIVE,
     OPERATION_LIMIT,
     TOKEN,
@@ -118,7 +118,7 @@ uint64 ParseSeconds(char const* optionName, std::string const& text, uint64 most
     return seconds;
 }
 
-/// "127.0.0.1:8080", "[::1]:8080": whether the address is one, and may be used, is for the server to say.
+/// Splits "127.0.0.1:8080" or "[::1]:8080". The server checks whether the address is valid and may be used.
 void ParseHttp(std::string const& text, Options& options)
 {
     std::size_t const colon = std::min(text.rfind(':'), text.size());
@@ -129,7 +129,7 @@ void ParseHttp(std::string const& text, Options& options)
     }
     else if (address.find(':') != std::string::npos)
     {
-        address.clear(); // version 6 without brackets: nobody knows where it ends
+        address.clear(); // version 6 without brackets: the end of the address is ambiguous
     }
     uint16 port = 0;
     char const* const end = text.data() + text.size();
@@ -144,7 +144,7 @@ void ParseHttp(std::string const& text, Options& options)
     options.httpPort = port;
 }
 
-/// The name becomes the name of a file.
+/// The job's name must be usable as the name of a file.
 std::string ParseJobName(std::string const& text)
 {
     if (!JobName::IsValid(text))
@@ -235,7 +235,7 @@ void Apply(int code, std::string const& text, Options& options)
     }
 }
 
-/// Whether a text is asked for, which ends the command line.
+/// Whether the option shows a text; the rest of the command line is then ignored.
 bool IsToShow(Options::Request request)
 {
     return request == Options::Request::SHOW_HELP || request == Options::Request::SHOW_VERSION;
@@ -245,7 +245,7 @@ bool IsToShow(Options::Request request)
 
 Options ParseOptions(std::vector<std::string> const& words)
 {
-    std::vector<std::string> copies = words; // getopt wants words that it may write to
+    std::vector<std::string> copies = words; // getopt needs writable words
     std::vector<char*> arguments;
     for (std::string& copy : copies)
     {
@@ -255,11 +255,11 @@ Options ParseOptions(std::vector<std::string> const& words)
     int const count = static_cast<int>(copies.size());
 
     Options options;
-    optind = 0; // 0 and not 1: forget a command line read before
+    optind = 0; // 0, not 1: resets the parser after an earlier command line
     while (!IsToShow(options.request))
     {
         int const current = std::max(optind, 1);
-        // "+": nothing is moved about, so that `current` names the word at fault. ":": the texts are ours.
+        // "+": do not reorder, so that `current` is the word at fault. ":": we write the error texts.
         int const code = getopt_long(count, arguments.data(), "+:", OPTION_TABLE.data(), nullptr);
         if (code == -1)
         {

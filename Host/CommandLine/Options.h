@@ -9,7 +9,7 @@
 namespace ZuHost
 {
 
-/// The kind of system that the host tells the module it runs on.
+/// The kind of system that the host reports to the module.
 enum class Deployment
 {
     PHYSICAL_SENSOR,
@@ -19,7 +19,7 @@ enum class Deployment
     TAVRIN_SERVICE_APP
 };
 
-/// From this level up, lines go to the log.
+/// The lowest level that is logged.
 enum class LogLevel
 {
     INFO,
@@ -37,7 +37,7 @@ struct ParameterSetting
     bool operator==(ParameterSetting const&) const = default;
 };
 
-/// What the command line asks for.
+/// The command line, parsed.
 struct Options
 {
     enum class Request
@@ -54,31 +54,31 @@ struct Options
 
     Request request = Request::RUN;
     std::string httpAddress = "127.0.0.1";               ///< of the REST service
-    uint16 httpPort = 8080;                              ///< 0: a free one
-    uint64 keepAliveSeconds = 15;                        ///< a stream without news sends a comment so often
+    uint16 httpPort = 8080;                              ///< 0: a free port
+    uint64 keepAliveSeconds = 15;                        ///< interval of comments on an event stream without news
     std::filesystem::path tokenFile;                     ///< empty: the REST service asks for no token
-    std::filesystem::path dataFolder = "zucontrol-data"; ///< where jobs and settings live
+    std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     std::string jobName = "default";
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
-    std::filesystem::path checkedPlugin;              ///< of CHECK_PLUGIN
+    std::filesystem::path checkedPlugin;              ///< for CHECK_PLUGIN
     Deployment deployment = Deployment::PHYSICAL_SENSOR;
     std::filesystem::path replayFile;       ///< empty: the simulated part
     double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles
     bool start = false;                     ///< scan at once
-    uint64 operationLimitSeconds = 60;      ///< an operation on the system that takes longer is a problem
+    uint64 operationLimitSeconds = 60;      ///< a longer operation on the system is a problem
     std::vector<std::string> enabledTypes;  ///< protocols to enable, in this order
     std::vector<ParameterSetting> settings; ///< in the order given
     LogLevel logLevel = LogLevel::INFO;
 };
 
-/// Reads a command line whose first word is the program. Throws -997 with one clear line that names the option and what is
-/// wrong with it. Not to be called on two threads at once.
+/// Parses a command line; the first word is the program. Throws `Zu::Status::BAD_ARGUMENT` with one line that names the
+/// option and the fault. Not thread-safe.
 Options ParseOptions(std::vector<std::string> const& words);
 
-/// What `--help` shows, ending in a line break.
+/// The text of `--help`, with a final line break.
 std::string HelpText();
 
-/// What `--version` shows, ending in a line break.
+/// The text of `--version`, with a final line break.
 std::string VersionText();
 
 } // namespace ZuHost

@@ -6,14 +6,14 @@
 namespace ZuHost
 {
 
-/// The documents of one load or save, in memory: what is read was read from a file before, what is written goes into one
-/// afterwards. The leading slash of a path is no part of the name in the file. One thread at a time.
+/// The documents of one load or save, in memory. A load fills the store from a file beforehand; a save writes its
+/// content to a file afterwards. A name in the file is the path without its leading slash. One thread at a time.
 class DocumentStore final : public ZuCommon::IPersistStore
 {
 public:
     using Files = ArchiveContents::Files;
 
-    /// A store that holds `given`, and tells `onLookUp`, if there is one, each name that is asked for.
+    /// Makes a store that holds `given`. `onLookUp`, unless empty, is called with each name that a reader asks for.
     explicit DocumentStore(Files given = {}, std::function<void(std::string const&)> onLookUp = {});
     ~DocumentStore() override;
 
@@ -27,7 +27,7 @@ public:
 
     bool Exists(std::string const& path) const override;
 
-    /// What is in it now.
+    /// All documents that the store holds now.
     Files const& All() const;
 
 private:

@@ -9,11 +9,11 @@
 namespace ZuHost
 {
 
-/// "/jobs/:name/load" and its like: something to be done with a job. It takes no arguments.
+/// A command for one job, such as "/jobs/:name/load". It takes no arguments.
 class JobCommandResource final : public ZuRest::ResourceBase, public ZuRest::ICallableResource
 {
 public:
-    /// Gets the name of the job and gives the answer, null for none.
+    /// Gets the name of the job and returns the body of the response; null stands for no body.
     using Command = std::function<nlohmann::json(std::string const& name)>;
 
     explicit JobCommandResource(Command newCommand);

@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr std::string_view FOLDER = "controls/";
-constexpr char const* VERSION = "1"; // the only one that there is
+constexpr char const* VERSION = "1"; // the only version so far
 
 } // namespace
 

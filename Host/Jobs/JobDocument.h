@@ -9,18 +9,18 @@
 #include <string>
 #include <vector>
 
-/// The document of a service in a job, as far as the host knows it.
+/// Reads and changes the parts of a service's document that the host itself uses.
 namespace ZuHost::JobDocument
 {
 
-/// The name in the file: "controls/ModbusTcp/config.json".
+/// The name of the document in the file: "controls/ModbusTcp/config.json".
 std::string NameOf(std::string const& typeName);
 
-/// "ModbusTcp" of "controls/ModbusTcp/config.json"; the name itself where it is built differently.
+/// Returns "ModbusTcp" for "controls/ModbusTcp/config.json", and any name of another form unchanged.
 std::string TypeNameOf(std::string const& name);
 
-/// Whether a load applies `document`. A document without settings or of another version is refused whole: the service then
-/// stays as it is.
+/// Whether a load applies `document`. A load refuses a whole document when it has no settings or another version; the
+/// service then stays as it is.
 bool IsAccepted(nlohmann::json const& document);
 
 /// As above, for the text of a document.
@@ -29,12 +29,12 @@ bool IsAccepted(std::string const& text);
 /// Whether there is a document for this service that a load applies.
 bool HasAccepted(ArchiveContents::Files const& files, std::string const& typeName);
 
-/// Disables these services in their documents, and gives those that were enabled there. A document that a load refuses is
-/// left alone.
+/// Disables these services in their documents. Returns those services that were enabled there. Documents that a load
+/// refuses are not changed.
 std::vector<std::string> HoldBack(ArchiveContents::Files& files, std::set<std::string> const& typeNames);
 
-/// Writes into the documents of the services that are the keys of `wanted` that they are enabled. A service without a document
-/// is passed over.
+/// Marks the services that are the keys of `wanted` as enabled in their documents. A service without a document is
+/// skipped.
 void Enable(ArchiveContents::Files& files, std::map<std::string, std::string> const& wanted);
 
 } // namespace ZuHost::JobDocument

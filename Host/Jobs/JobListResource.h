@@ -7,7 +7,7 @@ namespace ZuHost
 
 class JobManager;
 
-/// "/jobs": the jobs by name; which is loaded and whether it has changes that are not saved yet.
+/// "/jobs": the jobs by name, with the loaded job and whether it has unsaved changes.
 class JobListResource final : public ZuRest::DocumentResourceBase
 {
 public:

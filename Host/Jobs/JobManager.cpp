@@ -29,8 +29,8 @@ using Files = ArchiveContents::Files;
 using Kind = JobProblems::Kind;
 using ZuCommon::PersistDomain;
 
-/// One load or save on behalf of somebody: nobody else changes the configuration meanwhile, and what a failed one leaves
-/// open is closed. It does not nest.
+/// Holds the gate during one load or save, so that no other thread changes the configuration. The destructor also
+/// closes brackets that a failed handler left open. Do not nest it.
 class GateBracket final
 {
 public:
@@ -57,7 +57,7 @@ private:
     ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
 }
 
-/// Tells in the report why services are skipped that are enabled and do not run.
+/// Adds to the report why enabled services were skipped: their start has failed.
 void AddWanted(LoadReport& report, std::map<std::string, std::string> const& wanted)
 {
     for (LoadReport::Protocol& protocol : report.protocols)
@@ -69,7 +69,8 @@ void AddWanted(LoadReport& report, std::map<std::string, std::string> const& wan
     }
 }
 
-/// Whether the document that was loaded differs from what is to be saved. That a wanted service does not run is no difference.
+/// Whether the loaded document differs from the one to be saved. A wanted service counts as enabled although it does
+/// not run.
 bool IsToBeReplaced(LoadReport::Protocol const& protocol, std::map<std::string, std::string> const& wanted)
 {
     bool const isWanted = wanted.contains(protocol.typeName);
@@ -95,7 +96,7 @@ JobManager::JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, Star
 JobManager::~JobManager()
 {
     ZU_GUARD_DESTRUCTOR([this] { saver.Stop(); });
-    registry.SetModifiedHandler({}); // who has registered may still modify while it is taken down
+    registry.SetModifiedHandler({}); // handlers may still report modifications while they are destroyed
 }
 
 void JobManager::SetAloneRunner(AloneRunner runner)
@@ -115,7 +116,7 @@ void JobManager::Run()
 {
     {
         Zu::MutexLock const guard(operationLock);
-        heldBack.clear(); // the owner has started them
+        heldBack.clear(); // the owner has started these services
     }
     saver.Start();
     if (registry.ModificationCount() != savedCount.load(std::memory_order_relaxed))
@@ -130,7 +131,7 @@ void JobManager::Close()
     Zu::MutexLock const guard(operationLock);
     if (isClosed || !job.has_value())
     {
-        return; // nothing has begun, or all has ended
+        return; // `Begin` has not run, or `Close` has run before
     }
     TryToSave(Scope::CHANGED);
     isClosed = true;
@@ -159,7 +160,7 @@ std::vector<JobManager::Job> JobManager::List()
     std::vector<std::string> names = folder.Jobs();
     if (!loaded.empty() && std::ranges::find(names, loaded) == names.end())
     {
-        names.insert(std::ranges::lower_bound(names, loaded), loaded); // made, and not saved yet
+        names.insert(std::ranges::lower_bound(names, loaded), loaded); // a new job that is not saved yet
     }
     bool const isModified = registry.ModificationCount() != savedCount.load(std::memory_order_relaxed);
     std::vector<Job> list;
@@ -262,7 +263,7 @@ void JobManager::BeginSettings()
         }
         catch (Zu::Exception const& exception)
         {
-            if (exception.Status() != Zu::Status::BAD_FORMAT) // the file may be good: it is not to be replaced
+            if (exception.Status() != Zu::Status::BAD_FORMAT) // the file may be sound: do not replace it
             {
                 throw;
             }
@@ -271,7 +272,7 @@ void JobManager::BeginSettings()
     }
     GateBracket const bracket(gate);
     DocumentStore store;
-    registry.Init(PersistDomain::PROTOCOL, store); // what it writes the first save writes again
+    registry.Init(PersistDomain::PROTOCOL, store); // the first save collects these documents again
 }
 
 void JobManager::BeginJob(std::string const& name, std::set<std::string> const& toHoldBack)
@@ -309,7 +310,8 @@ void JobManager::MakeNew()
     registry.Init(PersistDomain::JOB, store);
 }
 
-/// At the start nothing was loaded before: a protocol without a document that a load applies has its defaults.
+/// At the start no job was loaded before. A protocol without a document that the load applies is therefore reset to its
+/// defaults.
 void JobManager::ResetWhatIsNotLoaded(Files const& loaded)
 {
     GateBracket const bracket(gate);
@@ -346,7 +348,7 @@ void JobManager::CheckOpen() const
 void JobManager::Load(std::string const& name)
 {
     ArchiveFile file = ExistingFile(name);
-    SaveJob(Scope::CHANGED); // ahead of the read: it may be the same file
+    SaveJob(Scope::CHANGED); // before the read: it may be the same file
     std::optional<ArchiveFile::Documents> documents;
     try
     {
@@ -358,7 +360,8 @@ void JobManager::Load(std::string const& name)
         throw;
     }
     problems.Clear(Kind::LOAD);
-    // From here on what is configured belongs to the new job, also when a step fails: it must never be saved to the old one.
+    // From here on the configuration belongs to the new job, even when a step fails. It must never be saved to the
+    // previous job.
     job.emplace(Kept{std::move(file), {}});
     heldBack.clear();
     SetLoaded(name);
@@ -376,17 +379,17 @@ void JobManager::Load(std::string const& name)
 void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const& documents)
 {
     AddProblems(Kind::LOAD, documents.faults);
-    keepsReplaced = true; // until it is known that all is taken over
+    keepsReplaced = true; // until all documents are known to be taken over
     savedCount.store(NEVER_SAVED, std::memory_order_relaxed);
     uint64 const countBefore = registry.ModificationCount();
     LoadReport report;
     {
-        StartRetry::Load const load(startRetry); // first: what it logs at its end is no line of a document
+        StartRetry::Load const load(startRetry); // first: its destructor's log lines belong to no document
         GateBracket const bracket(gate);
         LoadReporter reporter;
         DocumentStore const store(documents.files, [&](std::string const& asked) { reporter.NoteLookUp(asked); });
         registry.Load(PersistDomain::JOB, store);
-        job->known = Collect(PersistDomain::JOB, {}).files; // what has none is told by the save that follows
+        job->known = Collect(PersistDomain::JOB, {}).files; // the next save reports services without a document
         report = reporter.Report(name, documents, job->known);
     }
     Wanted const wanted = startRetry.Wanted();
@@ -394,8 +397,8 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
     AddWanted(report, wanted);
     SetReport(report);
     bool const isTakenOver = IsTakenOver(documents, countBefore);
-    // To be saved as it runs now: what the job has no document for, what was refused or not taken over, and all of it when the
-    // file is to be mended.
+    // Forget the documents that the next save must store: those missing from the job or refused, those not taken over,
+    // and all of them when the file has faults.
     std::erase_if(job->known, [&](auto const& one) {
         bool const isSkipped = std::ranges::any_of(report.protocols, [&](auto const& protocol) {
             return IsToBeReplaced(protocol, wanted) && JobDocument::NameOf(protocol.typeName) == one.first;
@@ -412,7 +415,7 @@ void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const&
     saver.Note();
 }
 
-/// Whether what runs now is what the file says.
+/// Whether the running configuration equals the file.
 bool JobManager::IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const
 {
     return registry.ModificationCount() == countBefore && documents.faults.empty() &&
@@ -429,7 +432,7 @@ void JobManager::SaveChanges()
 
 void JobManager::Save(Scope scope)
 {
-    std::exception_ptr failure; // of the job; the settings are saved all the same
+    std::exception_ptr failure; // of the job; the settings are saved even if the job fails
     try
     {
         SaveJob(scope);
@@ -452,7 +455,7 @@ void JobManager::Save(Scope scope)
 
 void JobManager::SaveJob(Scope scope)
 {
-    uint64 const count = registry.ModificationCount(); // what comes behind this is perhaps not in it
+    uint64 const count = registry.ModificationCount(); // before the save, which may miss later modifications
     GuardedSave([&] { SaveFile(*job, PersistDomain::JOB, scope); });
     savedCount.store(count, std::memory_order_relaxed);
 }
@@ -481,13 +484,13 @@ void JobManager::TryToSave(Scope scope)
     }
 }
 
-/// Stores what there is, and then throws when a service has no document.
+/// Stores all documents that there are, then throws if a service has none.
 void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
 {
     bool const isJob = domain == PersistDomain::JOB;
     Collected now = [&] {
         GateBracket const bracket(gate);
-        // `ToRun` comes first: a service that an attempt starts meanwhile is saved as enabled either way.
+        // `ToRun` comes first: a service that `StartRetry` starts meanwhile is saved as enabled either way.
         return Collect(domain, domain == PersistDomain::JOB ? ToRun() : Wanted());
     }();
     std::set<std::string> due;
@@ -511,7 +514,7 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
     }
 }
 
-/// The services that are saved as enabled though they do not run.
+/// The services that are saved as enabled although they do not run.
 JobManager::Wanted JobManager::ToRun() const
 {
     Wanted services = startRetry.Wanted();
@@ -522,7 +525,7 @@ JobManager::Wanted JobManager::ToRun() const
     return services;
 }
 
-/// To be called with the gate held. In a job every service has a document.
+/// The caller holds the gate. In a job each service must have a document.
 JobManager::Collected JobManager::Collect(PersistDomain domain, Wanted const& wanted)
 {
     DocumentStore store;
@@ -537,7 +540,7 @@ JobManager::Collected JobManager::Collect(PersistDomain domain, Wanted const& wa
     std::vector<std::string> missing = registry.Controls().List();
     std::erase_if(missing,
                   [&](auto const& typeName) { return collected.files.contains(JobDocument::NameOf(typeName)); });
-    bool const isExplained = missing.size() == watch.Reasons().size(); // both are in the order of the services
+    bool const isExplained = missing.size() == watch.Reasons().size(); // both lists are in the order of the services
     collected.faults.clear();
     for (std::size_t i = 0; i < missing.size(); ++i)
     {

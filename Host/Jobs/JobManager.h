@@ -24,32 +24,35 @@ class PersistRegistry;
 class StartRetry;
 class UpdateGate;
 
-/// Keeps what is configured: one job is loaded at any time, and what changes in it is saved soon after.
+/// Loads and saves jobs. One job is loaded at any time; each change is saved shortly after it is made.
 ///
-/// A save asks all who have registered for their documents, with the update gate held, and stores those that differ from what
-/// was loaded or saved last: what a person changes in the file meanwhile stays. Settings of the protocols themselves are
-/// saved along with each job. A load takes the gate too, so that no other change falls into it. A service that is wanted
-/// although its start has failed is saved as enabled.
-/// When a service cannot save its document, the others are stored, the job counts as not saved, and the document that the
-/// service stored last is kept.
-/// Threads: any thread may call, but for `Begin`, `Run` and `Close`, which belong to the owner; one operation at a time. An
-/// operation must not be called by one who holds the update gate. What throws leaves the stored files as they were.
+/// A save holds the update gate and collects the documents of all registered handlers. It stores the documents that
+/// differ from the state last loaded or saved, so a document that a person changes in the file meanwhile is kept. The
+/// settings that belong to the protocols, not to a job, are saved with each job.
+/// A load holds the gate too, so that no other change happens during it.
+/// A service that failed to start and is being retried (see `StartRetry`) is saved as enabled.
+/// When a service cannot save its document, the other documents are stored, the job counts as not saved, and the file
+/// keeps the document that the service stored last.
+///
+/// Threads: any thread may call, except that `Begin`, `Run` and `Close` belong to the owner. Operations run one at a
+/// time. The caller must not hold the update gate. An operation that throws leaves the stored files as they were,
+/// except that a save stores the documents of the services that did not fail.
 class JobManager final : public ZuCommon::PersistManager
 {
 public:
-    /// A file with a job in it.
+    /// A job and its file.
     struct Job
     {
         std::string name;
-        uint64 bytes = 0; ///< of the file; 0 when it is not there yet
+        uint64 bytes = 0; ///< of the file; 0 while the file does not exist
         bool isLoaded = false;
-        bool isModified = false; ///< there are changes that are not saved yet
+        bool isModified = false; ///< it has unsaved changes
     };
 
-    /// Runs a load while nobody reads what it changes; empty: at once.
+    /// Runs a load while no other thread reads what the load changes. If empty, the load runs at once.
     using AloneRunner = std::function<void(std::function<void()> const& load)>;
 
-    /// All that is given outlives it.
+    /// All arguments passed by reference outlive the manager.
     JobManager(PersistRegistry& usedRegistry, UpdateGate& usedGate, StartRetry& usedRetry,
                ZuCommon::ProblemsManager& problemsManager, DataFolder const& usedFolder, JobSaver::Pace pace = {});
     ~JobManager() override;
@@ -57,72 +60,75 @@ public:
     JobManager(JobManager const&) = delete;
     JobManager& operator=(JobManager const&) = delete;
 
-    /// To be set before loads can come from other threads.
+    /// Call it before other threads can load jobs.
     void SetAloneRunner(AloneRunner runner);
 
-    /// The start: loads the settings and the job `name`, or makes a new one when there is none of this name. A damaged file
-    /// of which nothing can be read is a problem for the user, and a new job takes its place. Of the protocols `toHoldBack`
-    /// those are given that the job enables: they are not enabled, since something is to be set before they run, but saved as
-    /// enabled until `Run`. Throws what keeps a sound file from being read.
+    /// Loads the settings and then the job `name`, at the start of the host. If there is no job of this name, a new one
+    /// is made. If nothing in a file can be read, a problem tells the user, and a new job (or default settings) takes
+    /// its place. Other failures of reading are thrown.
+    ///
+    /// The services in `toHoldBack` need something to be set before they run. The load does not enable them; until
+    /// `Run` a save stores them as enabled. Returns those of them that the job enables.
     std::vector<std::string> Begin(std::string const& name, std::set<std::string> const& toHoldBack = {});
 
-    /// From now on changes are saved, also those made before. The caller has started the services that were held back.
+    /// Starts saving changes, including those made before. The caller has started the services that were held back.
     void Run();
 
-    /// The orderly end: saves, and lets nothing happen any more: loads and saves are refused with -1000 from now on. The
-    /// handlers are still registered.
+    /// Saves the job and ends operation: from now on loads and saves throw `Zu::Status::WRONG_STATE`. The handlers must
+    /// still be registered.
     void Close();
 
-    /// Saves the loaded job, then loads this one. Throws -997 for what is no name, -999 when there is no such job, -984 when
-    /// nothing of its file can be read, and what keeps the loaded one from being saved; the job before stays loaded. What a
-    /// protocol did not take over throws nothing: see `Report`.
+    /// Saves the loaded job, then loads this one. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name,
+    /// `Zu::Status::NOT_FOUND` when there is no such job, `Zu::Status::BAD_FORMAT` when nothing in its file can be
+    /// read, and the failure of saving the loaded job. In these cases the loaded job stays loaded. Settings that a
+    /// protocol does not take over are reported (see `Report`), not thrown.
     void LoadJob(std::string const& name) override;
 
     std::string LoadedJob() override;
 
-    /// All jobs, by name.
+    /// All jobs, sorted by name.
     std::vector<Job> List();
 
-    /// Saves the loaded job, all of it, and when `name` is another one, a copy under that name; the loaded one stays loaded.
-    /// It is durable when this returns.
+    /// Saves all documents of the loaded job. If `name` is another job, also copies the file to that name; the loaded
+    /// job stays loaded. The files are durable when this returns.
     void SaveAs(std::string const& name);
 
-    /// The file of a job as it is stored. Throws -999 when there is none.
+    /// Returns the file of a job as it is stored. Throws `Zu::Status::NOT_FOUND` when there is none.
     std::string Download(std::string const& name);
 
-    /// Stores the bytes of an archive as a job. Throws -984 with what is wrong with it, and -1000 for the loaded one. Gives
-    /// whether there was none of this name before.
+    /// Stores the bytes of an archive as a job. Throws `Zu::Status::BAD_FORMAT` with a description of the fault, and
+    /// `Zu::Status::WRONG_STATE` for the loaded job. Returns whether the job is new.
     bool Upload(std::string const& name, std::string const& bytes);
 
-    /// Throws -999 when there is none and -1000 for the loaded one.
+    /// Throws `Zu::Status::NOT_FOUND` when there is no such job and `Zu::Status::WRONG_STATE` for the loaded job.
     void Remove(std::string const& name);
 
-    /// What became of the job when it was loaded. Throws -999 for all but the one that was loaded last.
+    /// The report of the last load. Throws `Zu::Status::NOT_FOUND` unless `name` is the job that was loaded last.
     LoadReport Report(std::string const& name);
 
-    /// Fires behind each change of the list and each load, on the thread that made it. Handlers may ask for the list.
+    /// Fires after each change of the list and each load, on the thread that made it. Handlers may call `List`.
     Zu::Event<>& ListChangedEvent();
 
 private:
     using Files = ArchiveContents::Files;
-    using Wanted = std::map<std::string, std::string>; // services by type name, see StartRetry
+    using Wanted = std::map<std::string, std::string>; // services by type name, see `StartRetry::Wanted`
 
     static constexpr uint64 NEVER_SAVED = ~uint64{0};
 
     enum class Scope
     {
-        CHANGED, ///< what differs from what was loaded or saved last
-        ALL      ///< what differs from the file
+        CHANGED, ///< documents that differ from the state last loaded or saved
+        ALL      ///< all documents that differ from the file
     };
 
-    /// A file and what is known to be in it.
+    /// A file and the documents that it is known to hold.
     struct Kept
     {
         ArchiveFile file;
-        Files known; ///< what the protocols had to say when it was loaded or saved last
+        Files known; ///< the documents of the handlers at the last load or save
     };
 
-    /// The documents of a save, and a sentence for each service that has none.
+    /// The documents of a save, and a sentence for each service without a document.
     struct Collected
     {
         Files files;
@@ -157,22 +163,24 @@ private:
     AloneRunner runAlone;
     Zu::Event<> listChangedEvent;
 
-    // The modifications that are saved; none yet. Written under operationLock; the list shows it.
+    // The modification count that the last save covers; `NEVER_SAVED` before. Written under operationLock, read by
+    // `List`.
     std::atomic<uint64> savedCount{NEVER_SAVED};
 
-    Zu::Mutex operationLock; // held during each operation; the gate and all below are taken under it. Guards these six
+    // Held during each operation; guards the six members below. Lock order: operationLock, the gate, the leaves.
+    Zu::Mutex operationLock;
     bool isClosed = false;
     JobProblems problems;
     Kept settings;
     std::optional<Kept> job;
-    bool keepsReplaced = false;        // what was loaded has not been taken over as it stands
-    std::vector<std::string> heldBack; // services that the job enables and that the owner is yet to start
+    bool keepsReplaced = false;        // the next save keeps the documents that it replaces (see `ArchiveFile::Save`)
+    std::vector<std::string> heldBack; // services that the job enables and that the owner has yet to start
 
     Zu::Mutex stateLock; // a leaf
     std::string loadedJob ZU_GUARDED_BY(stateLock);
     LoadReport lastReport ZU_GUARDED_BY(stateLock);
 
-    JobSaver saver; // last: it uses all of the above
+    JobSaver saver; // last: it uses all members above
 };
 
 } // namespace ZuHost

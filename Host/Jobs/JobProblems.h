@@ -8,15 +8,15 @@
 namespace ZuHost
 {
 
-/// What the user is told when something is wrong with the files of the jobs: a line in the log once, and a problem for as long
-/// as it stands. One thread at a time.
+/// Tells the user about faults of the job files: one log line for each fault, and a problem that stays until `Clear`.
+/// One thread at a time.
 class JobProblems final
 {
 public:
-    /// What a problem is about; those of one kind go together.
+    /// The subject of a problem. `Clear` ends all problems of one kind.
     enum class Kind
     {
-        SETTINGS, ///< reading what belongs to the protocols
+        SETTINGS, ///< reading the settings that belong to the protocols
         LOAD,     ///< reading a job
         SAVE
     };
@@ -27,13 +27,13 @@ public:
     JobProblems(JobProblems const&) = delete;
     JobProblems& operator=(JobProblems const&) = delete;
 
-    /// Does nothing while a problem of this kind and text stands.
+    /// Does nothing if a problem of this kind and text exists already.
     void Add(Kind kind, std::string const& text);
 
-    /// Ends those of this kind.
+    /// Ends all problems of this kind.
     void Clear(Kind kind);
 
-    /// Whether one of this kind stands.
+    /// Whether a problem of this kind exists.
     bool Has(Kind kind) const;
 
 private:

@@ -21,7 +21,7 @@ char const* SourceOf(LoadReport::Protocol const& protocol)
     }
     if (protocol.isRefused)
     {
-        return "refused"; // as above
+        return "refused"; // the protocol stayed as it was
     }
     return protocol.isFromLastGood ? "lastGood" : "job";
 }

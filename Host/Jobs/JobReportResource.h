@@ -8,7 +8,7 @@ namespace ZuHost
 class JobManager;
 struct LoadReport;
 
-/// "/jobs/:name/report": what became of the job when it was loaded, protocol by protocol.
+/// "/jobs/:name/report": the result of the last load, for each protocol.
 class JobReportResource final : public ZuRest::DocumentResourceBase
 {
 public:

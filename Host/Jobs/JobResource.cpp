@@ -19,7 +19,7 @@ using ZuRest::Answer;
 namespace
 {
 
-/// The name for the file that a client makes of it (RFC 6266, RFC 8187).
+/// The file name that a client gives to the download (RFC 6266, RFC 8187).
 std::string DispositionOf(std::string const& name)
 {
     constexpr char const* DIGITS = "0123456789ABCDEF";
@@ -110,7 +110,7 @@ bool JobResource::IsPreconditionMet(ZuRest::Request const& request, std::string 
         {
             throw;
         }
-        return false; // what is not there cannot be the one that was read
+        return false; // a missing job matches no tag
     }
 }
 

@@ -8,7 +8,7 @@ namespace ZuHost
 
 class JobManager;
 
-/// "/jobs/:name": the file of a job, to be downloaded, uploaded and deleted. `ETag` and `If-Match` count as for documents.
+/// "/jobs/:name": downloads, uploads and deletes the file of a job. `ETag` and `If-Match` work as for documents.
 class JobResource final : public ZuRest::ResourceBase, public ZuRest::IContentResource
 {
 public:

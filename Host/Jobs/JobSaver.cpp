@@ -33,7 +33,7 @@ void JobSaver::Stop()
         isEnding = true;
     }
     changed.NotifyAll();
-    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // refused when it was never started
+    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // does nothing if the thread was never started
 }
 
 void JobSaver::Note()
@@ -42,7 +42,7 @@ void JobSaver::Note()
         Zu::MutexLock const guard(lock);
         if (isDue)
         {
-            return; // goes with what is due already
+            return; // the save that is due includes this change
         }
         isDue = true;
         dueUsec = wTime_AfterUsec(pace.delayUsec);
@@ -60,13 +60,13 @@ int JobSaver::Main(void* argument)
     return 1;
 }
 
-/// False at the end.
+/// Returns false when the saver ends.
 bool JobSaver::WaitUntilDue()
 {
     Zu::MutexLock const guard(lock);
     changed.WaitUntil(lock, wTIMEOUT_INFINITE, [this]() ZU_REQUIRES(lock) { return isDue || isEnding; });
     changed.WaitUntil(lock, dueUsec, [this]() ZU_REQUIRES(lock) { return isEnding; });
-    isDue = false; // what changes from now on is not in this save
+    isDue = false; // later changes need another save
     return !isEnding;
 }
 

@@ -9,33 +9,33 @@
 namespace ZuHost
 {
 
-/// Saves what has changed, soon after the first change; what cannot be saved is tried again, ever more seldom.
+/// Saves changes a moment after the first one. A failed save is tried again, each time after a longer wait.
 ///
-/// The save runs on the thread "JobSaver"; `Note` may be called on any. One thread starts and stops it.
+/// The save runs on the thread "JobSaver". Any thread may call `Note`; one thread calls `Start` and `Stop`.
 class JobSaver final
 {
 public:
     struct Pace
     {
-        uint64 delayUsec = 300'000; ///< from the first change to its save: what comes meanwhile goes with it
+        uint64 delayUsec = 300'000; ///< from the first change to its save, which includes the changes made meanwhile
         uint64 firstRetryUsec = 1'000'000;
         uint64 longestRetryUsec = 60'000'000; ///< each wait is twice the one before, up to this
     };
 
-    /// `newSave` throws when it has not saved; it tells the user itself.
+    /// `newSave` throws when the save fails, and reports the failure to the user itself.
     JobSaver(std::function<void()> newSave, Pace newPace);
-    ~JobSaver(); ///< stops
+    ~JobSaver();
 
     JobSaver(JobSaver const&) = delete;
     JobSaver& operator=(JobSaver const&) = delete;
 
     void Start();
 
-    /// Waits for a save that is running; what has not been saved by then is not saved any more. Nothing happens when it does
-    /// not run.
+    /// Ends the thread after a running save has finished. Changes that are not saved by then are not saved. Does
+    /// nothing if the thread does not run.
     void Stop();
 
-    /// Something has changed.
+    /// Notes that something has changed; the saver saves it soon.
     void Note();
 
 private:
@@ -50,10 +50,10 @@ private:
     Zu::CondVar changed;
     bool isDue ZU_GUARDED_BY(lock) = false;
     bool isEnding ZU_GUARDED_BY(lock) = false;
-    uint64 dueUsec ZU_GUARDED_BY(lock) = 0;   // when, while something is due
-    uint64 retryUsec ZU_GUARDED_BY(lock) = 0; // how long the next retry waits; 0 when the last save was a good one
+    uint64 dueUsec ZU_GUARDED_BY(lock) = 0;   // when to save, while `isDue`
+    uint64 retryUsec ZU_GUARDED_BY(lock) = 0; // wait before the next retry; 0 after a successful save
 
-    wThread thread; // last: it uses all of the above
+    wThread thread; // last: it uses all members above
 };
 
 } // namespace ZuHost

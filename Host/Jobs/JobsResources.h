@@ -15,13 +15,13 @@ class ResourceRouter;
 namespace ZuHost
 {
 
-/// The jobs as clients see them: "/jobs" and all beneath it. A change of the list is notified.
+/// Registers the resources at "/jobs" and below. Notifies clients of each change of the list.
 class JobsResources final
 {
 public:
     /// Router and manager outlive this.
     JobsResources(ZuRest::ResourceRouter& usedRouter, JobManager& usedManager);
-    ~JobsResources(); ///< takes its routes away; no job may be loaded or changed at the same time
+    ~JobsResources(); ///< removes its routes; no job may be loaded or changed at the same time
 
     JobsResources(JobsResources const&) = delete;
     JobsResources& operator=(JobsResources const&) = delete;
@@ -38,7 +38,7 @@ private:
     JobCommandResource save;
     JobReportResource report;
 
-    Zu::Mutex notificationLock; // held while the list's notification fires: jobs change on several threads
+    Zu::Mutex notificationLock; // held while the list's notification fires, because several threads change jobs
     Zu::Event<>::CallbackId changeId;
 };
 

@@ -23,8 +23,8 @@ using Protocol = LoadReport::Protocol;
 
 constexpr std::array PARTS{"enabled", "parameters", "outputs", "registerAssemblyList"};
 
-/// Whether `now` says all that `wanted` says. What a document may say beside it, and what is never shown again, counts for
-/// nothing: members that `now` has not.
+/// Whether `now` has the values of `wanted`. Members that only one of them has are ignored: some settings are never
+/// shown again.
 bool Says(Json const& now, Json const& wanted)
 {
     if (now.is_object() && wanted.is_object())
@@ -46,20 +46,20 @@ bool Says(Json const& now, Json const& wanted)
     return now == wanted;
 }
 
-/// A document as JSON; null where there is none.
+/// A document as JSON; null if there is none.
 Json DocumentIn(ArchiveContents::Files const& files, std::string const& name)
 {
     auto const found = files.find(name);
     return found == files.end() ? Json() : Json::parse(found->second, nullptr, false);
 }
 
-/// The settings in a document; null where it has none.
+/// The settings of a document; null if it has none.
 Json SettingsOf(Json const& document)
 {
     return document.is_object() && document.contains("zu:control") ? document.at("zu:control") : Json();
 }
 
-/// Of a document that was applied.
+/// Sorts the parts of an applied document into taken over, reset and skipped.
 void Compare(Protocol& protocol, Json const& wanted, Json const& now)
 {
     for (char const* const part : PARTS)
@@ -78,7 +78,7 @@ void Compare(Protocol& protocol, Json const& wanted, Json const& now)
     }
 }
 
-/// Of a document that was refused: none of its parts is taken over, whatever it names.
+/// Reports all parts of a refused document as skipped.
 void SkipAll(Protocol& protocol, Json const& wanted)
 {
     std::ranges::copy_if(PARTS, std::back_inserter(protocol.skipped),
@@ -87,7 +87,7 @@ void SkipAll(Protocol& protocol, Json const& wanted)
 
 } // namespace
 
-/// Keeps the lines for the user that this thread writes.
+/// Collects the log lines for the user that this thread writes.
 class LoadReporter::Sink final : public Zu::Logging::ISink
 {
 public:
@@ -106,7 +106,7 @@ public:
 
     void Write(Zu::Logging::Entry const& entry) override
     {
-        if (std::this_thread::get_id() == loader && !sections.empty()) // none but the loader gets past the first test
+        if (std::this_thread::get_id() == loader && !sections.empty()) // only the loader's thread reads `sections`
         {
             sections.back().lines.emplace_back(entry.text);
         }

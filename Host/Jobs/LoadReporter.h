@@ -8,10 +8,10 @@
 namespace ZuHost
 {
 
-/// Watches a load on this thread, for as long as it lives, and tells what became of it.
+/// Observes a load on the thread that made the object, from construction to destruction, and reports the result.
 ///
-/// What the user is told belongs to the protocol whose document was asked for last. What was taken over shows afterwards,
-/// when the documents as they would be saved are compared with those that were loaded.
+/// A log line for the user belongs to the protocol of the last document looked up. To find the parts that were taken
+/// over, the reporter compares the loaded documents with the documents of a save after the load.
 class LoadReporter final
 {
 public:
@@ -21,10 +21,10 @@ public:
     LoadReporter(LoadReporter const&) = delete;
     LoadReporter& operator=(LoadReporter const&) = delete;
 
-    /// The document `name` has been asked for.
+    /// The load asks for the document `name`.
     void NoteLookUp(std::string const& name);
 
-    /// `now` is what a save gives behind the load.
+    /// `now`: the documents that a save gives after the load.
     LoadReport Report(std::string job, ArchiveFile::Documents const& loaded, ArchiveContents::Files const& now) const;
 
 private:

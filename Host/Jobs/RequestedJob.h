@@ -10,7 +10,7 @@ struct RequestInfo;
 namespace ZuHost
 {
 
-/// The name of the job that a request is about, as it stands in the path. It lives as long as the record.
+/// The name of the job in the path of a request. The reference is valid as long as `info`.
 std::string const& RequestedJob(ZuRest::RequestInfo const& info);
 
 } // namespace ZuHost

@@ -11,8 +11,8 @@ namespace ZuHost
 namespace
 {
 
-// The module's loop over the services logs this line for each one that throws. The log entry of the exception is the next
-// line, and its text stands behind the first colon.
+// The module logs this line for each service that throws. The next line is the log entry of the exception; its text
+// follows the first colon.
 constexpr std::string_view LABEL = "ZuControl::ControlManager::SavePersistDomain";
 constexpr std::string_view THROWN = "EXCEPTION THROWN: ";
 constexpr std::string_view COLON = ": ";
@@ -55,7 +55,7 @@ public:
 
 private:
     std::thread::id const saver = std::this_thread::get_id();
-    bool isEntryNext = false; // this and all below: the saver alone gets past the first test
+    bool isEntryNext = false; // this and `reasons`: only the saver's thread uses them
     std::vector<std::string> reasons;
 };
 

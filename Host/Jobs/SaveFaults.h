@@ -7,10 +7,10 @@
 namespace ZuHost
 {
 
-/// Listens to a save on this thread, for as long as it lives, and tells why services could not save their documents.
+/// Observes a save on the thread that made the object, and collects why services could not save their documents.
 ///
-/// The module catches and logs what a service or the store throws, and goes on with the next service: the log is the only
-/// place where the reason stands.
+/// The module catches and logs the failure of a service or of the store, and goes on with the next service. Only the
+/// log has the reason.
 class SaveFaults final
 {
 public:
@@ -20,7 +20,7 @@ public:
     SaveFaults(SaveFaults const&) = delete;
     SaveFaults& operator=(SaveFaults const&) = delete;
 
-    /// One sentence for each service that failed, in the order of the save.
+    /// One sentence for each failed service, in the order of the save.
     std::vector<std::string> const& Reasons() const;
 
 private:

@@ -27,7 +27,7 @@ using Type = PrometheusText::Type;
 
 constexpr char const* ROUTE = "/metrics";
 constexpr char const* PREFIX = "zucontrol_";
-constexpr char const* TIME_SUFFIX = "_usec"; // of a number in microseconds
+constexpr char const* TIME_SUFFIX = "_usec"; // ending of the names of numbers in microseconds
 
 std::string TextIn(Json const& schema, char const* key)
 {
@@ -40,7 +40,8 @@ Type TypeOf(Json const& schema)
     return kind == "counter" ? Type::COUNTER : kind == "gauge" ? Type::GAUGE : Type::UNTYPED;
 }
 
-/// Adds the number `name` as users of such metrics expect it: times in seconds, counters with their ending.
+/// Adds a number in the units and names that Prometheus users expect: times in seconds, counters with the suffix
+/// "_total".
 void AddNumber(PrometheusText& text, std::string name, Json const& schema, PrometheusText::Labels const& labels,
                Json const& number)
 {
@@ -83,8 +84,8 @@ void AddRecord(PrometheusText& text, std::string const& prefix, Json const& sche
     }
 }
 
-/// Adds the record that the resource of the protocol shows. It does not go through the request processor, where it would wait
-/// while the protocol is started.
+/// Adds the record that the protocol's metrics resource shows. The request processor is not used: there the page would
+/// wait while the protocol starts.
 void AddRecordOf(PrometheusText& text, ZuRest::ResourceRouter const& router, std::string const& typeName)
 {
     constexpr bool WITH_SCHEMA = true;
@@ -108,7 +109,7 @@ void AddProtocol(PrometheusText& text, ZuRest::ResourceRouter const& router, std
     {
         AddRecordOf(text, router, typeName);
     }
-    catch (...) // whatever a protocol throws costs only its own rows, and the next one says so
+    catch (...) // a failing protocol loses only its own rows; "metrics_readable" tells so
     {
         isReadable = false;
     }
@@ -143,7 +144,7 @@ void AddModule(PrometheusText& text, ZuControl::ControlStatistics const& statist
     }
 }
 
-/// Tells how old the records are: they stand still while a protocol hangs over its own.
+/// Adds the age of the records. It grows while a protocol hangs in the update of its record.
 void AddAge(PrometheusText& text, ZuControl::ControlVitals::Metrics const& metrics)
 {
     uint64 const nowUsec = wTime_NowUsec();

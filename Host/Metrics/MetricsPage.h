@@ -15,17 +15,17 @@ class ResourceRouter;
 namespace ZuHost
 {
 
-/// What Prometheus collects, at "/metrics": the numbers of every protocol's metrics, and those of the module.
+/// "/metrics" for Prometheus: the numbers in the metrics of each protocol, and those of the module.
 ///
-/// A protocol's record says by its schema what each number is: its "kind" (a number without one is untyped), its "title", and
-/// for a record in the record under "label" what its keys are. Nothing of it names a client.
+/// The schema of a protocol's record describes each number: its "kind" (untyped if absent), its "title", and for a
+/// record of records under "label" the meaning of the keys. No label or value identifies a client.
 class MetricsPage final : public ZuRest::ResourceBase, public ZuRest::IContentResource
 {
 public:
-    /// The router outlives the page, and so does what the two functions need. From now on the page has its route.
+    /// Registers the route. The router and the objects that the two functions use outlive the page.
     MetricsPage(ZuRest::ResourceRouter& usedRouter, std::function<ZuControl::ControlStatistics()> newStatistics,
                 std::function<ZuControl::ControlVitals()> newVitals);
-    ~MetricsPage() override; ///< takes its route away
+    ~MetricsPage() override; ///< removes the route
 
     std::vector<std::string> ContentMethods() const override;
     ZuRest::Answer AnswerContent(ZuRest::Request const& request, ZuRest::RequestInfo const& info) override;

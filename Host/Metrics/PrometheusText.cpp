@@ -30,7 +30,7 @@ char const* TextOf(PrometheusText::Type type)
     return "untyped";
 }
 
-/// `text` with what would end it early escaped; a quote ends the value of a label, but no help.
+/// Escapes the characters that would end `text` early. A quote is escaped only in the value of a label.
 std::string Escaped(std::string const& text, bool isLabel)
 {
     std::string escaped;
@@ -107,7 +107,7 @@ std::string PrometheusText::Number(double number)
     {
         return std::isnan(number) ? "NaN" : (number > 0 ? "+Inf" : "-Inf");
     }
-    std::array<char, 32> digits; // the longest has 24
+    std::array<char, 32> digits; // the longest number has 24 characters
     auto const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     return {digits.data(), end};
 }

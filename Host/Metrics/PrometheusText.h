@@ -7,9 +7,9 @@
 namespace ZuHost
 {
 
-/// Metrics in the text exposition format 0.0.4 that Prometheus collects.
+/// Metrics in the text exposition format 0.0.4 of Prometheus.
 ///
-/// Samples of one name may come at any time; they are written together, under the help and the type that came first.
+/// Samples of one family may be added in any order. `Write` groups them under the help and type of the first sample.
 class PrometheusText final
 {
 public:
@@ -19,7 +19,7 @@ public:
     {
         COUNTER,
         GAUGE,
-        SUMMARY, ///< its samples are those of "..._sum" and "..._count"
+        SUMMARY, ///< its samples have the suffixes "_sum" and "_count"
         UNTYPED
     };
 
@@ -31,21 +31,22 @@ public:
     PrometheusText(PrometheusText const&) = delete;
     PrometheusText& operator=(PrometheusText const&) = delete;
 
-    /// Adds a sample to the family `name`, which holds letters, digits and underscores; label names too. `suffix` stands
-    /// behind the name in the sample alone.
+    /// Adds a sample to the family `name`. Names of families and labels consist of letters, digits and underscores.
+    /// Only the sample's name gets the `suffix`.
     void Add(std::string const& name, Type type, std::string const& help, Labels const& labels,
              std::string const& number, std::string const& suffix = {});
 
-    /// All families, by name.
+    /// All families, sorted by name.
     std::string Write() const;
 
-    /// "resultSets" as such names have it: "result_sets". What may not stand in a name becomes an underscore.
+    /// Converts a key such as "resultSets" to "result_sets". A character that is not allowed in a name becomes an
+    /// underscore.
     static std::string NameOf(std::string const& key);
 
-    /// The shortest text that reads back as `number`; "NaN", "+Inf" and "-Inf" for what is none.
+    /// The shortest text that reads back as `number`; "NaN", "+Inf" and "-Inf" for special values.
     static std::string Number(double number);
 
-    /// Microseconds as seconds, exact.
+    /// Converts microseconds to seconds, exactly.
     static std::string Seconds(unsigned long long usec);
 
 private:

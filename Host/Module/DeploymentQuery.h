@@ -6,7 +6,7 @@
 namespace ZuHost
 {
 
-/// Answers as the command line said. It never changes; any thread may ask.
+/// Returns the deployment that the command line names. It never changes; any thread may call.
 class DeploymentQuery final : public ZuControl::IDeploymentQuery
 {
 public:

@@ -17,14 +17,14 @@ namespace
 constexpr uint64 PATIENCE_USEC = 5'000'000;
 constexpr uint64 POLL_USEC = 10'000;
 
-/// Null when there are no metrics.
+/// Null if there are no metrics.
 nlohmann::json MetricsOf(ZuRest::RequestProcessor& resources, std::string const& typeName)
 {
     try
     {
         return resources.Read(ZuRest::Path::Format("/controls/:protocol/metrics", {typeName}), nullptr, "");
     }
-    catch (Zu::Exception const&) // a protocol need not have any
+    catch (Zu::Exception const&) // metrics are optional
     {
         return nullptr;
     }

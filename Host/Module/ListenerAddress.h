@@ -10,10 +10,11 @@ class RequestProcessor;
 namespace ZuHost
 {
 
-/// Where the protocol of a type listens, "127.0.0.1:1502", as its metrics tell under "listening"; waits for up to five seconds
-/// for one that says so and does not listen yet. Empty for a protocol that does not say, or does not come to listen.
+/// Returns the address on which a protocol listens, such as "127.0.0.1:1502", from "listening" in its metrics. If the
+/// protocol has this member but does not listen yet, waits up to five seconds. Returns an empty text for a protocol
+/// that has no such member or does not listen in time.
 ///
-/// It asks `resources`, as any client would: there nobody reads a record that is being written.
+/// Reads the metrics through `resources`, which never reads a record while it is being written.
 std::string WaitForListenerAddress(ZuRest::RequestProcessor& resources, std::string const& typeName);
 
 } // namespace ZuHost

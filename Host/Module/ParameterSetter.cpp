@@ -52,7 +52,7 @@ Zu::Properties::Node const& FindNode(Zu::Params::Group const& parameters, std::v
     return *node;
 }
 
-/// A document with this one value at its place.
+/// A document with only this value, nested in groups as the key says.
 nlohmann::json DocumentOf(Zu::Properties::Node const& node, std::vector<std::string> const& steps,
                           ParameterSetting const& setting)
 {
@@ -88,7 +88,7 @@ void Validate(Zu::Params::Group& parameters, nlohmann::json const& document, Par
     }
 }
 
-/// The bracket of the instance, closed also when a step in between throws.
+/// Brackets an update of the instance; the destructor closes the bracket even when a step throws.
 class Update final
 {
 public:

@@ -20,10 +20,10 @@ class IControlManager;
 namespace ZuHost
 {
 
-/// Keeps who has registered, and whether something has changed since; has them all initialise, load and save.
+/// Keeps the registered handlers and counts modifications. Calls all handlers to initialise, load or save.
 ///
-/// Any thread may call. Operations come one at a time, and a registration ends when none is running; a handler must not
-/// end its own from inside an operation.
+/// Any thread may call. `Init`, `Load` and `Save` run one at a time. `Deregister` waits for a running operation, so a
+/// handler must not call it from inside one.
 class PersistRegistry final : public ZuControl::IPersistRegistry
 {
 public:
@@ -37,24 +37,24 @@ public:
     void Deregister(uint64 id) override;
     void MarkModified(ZuCommon::IPersistHandler& handler, ZuCommon::PersistDomain domain, uint64 reserved) override;
 
-    /// Called after each modification of a job, on the thread that modifies: it only takes note. Set before the first one;
-    /// empty for nobody.
+    /// Sets the function to call after each modification, on the thread that modifies; it must return at once. Set it
+    /// before the first modification. Empty: no call.
     void SetModifiedHandler(std::function<void()> handler);
 
     void Init(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
     void Load(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store);
     void Save(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
 
-    /// The one handler that is the manager of all protocols. Throws -999 while none is registered.
+    /// Returns the registered handler that manages all protocols. Throws `Zu::Status::NOT_FOUND` while there is none.
     ZuControl::IControlManager& Controls() const;
 
-    /// How often something was said to be modified.
+    /// The number of calls of `MarkModified`.
     uint64 ModificationCount() const;
 
 private:
     void ForEachHandler(std::function<void(ZuCommon::IPersistHandler&)> const& operation);
 
-    Zu::Mutex operationLock; // held while handlers run; the other is taken under it
+    Zu::Mutex operationLock; // held while handlers run; `lock` is taken under it
 
     mutable Zu::Mutex lock; // a leaf
     uint64 lastId ZU_GUARDED_BY(lock) = 0;

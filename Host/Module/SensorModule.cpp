@@ -51,7 +51,7 @@ void SensorModule::Build(ZuPlugin::PluginManager& plugins)
     environ.core = &core;
     environ.requestProcessor = &requestProcessor;
     module.emplace(plugins, router, environ);
-    // Once, and before anything is enabled: the lists must not grow under a protocol that reads them.
+    // Once, and before any protocol is enabled: the lists must not grow while a protocol reads them.
     module->FindHardware();
 }
 

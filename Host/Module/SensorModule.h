@@ -32,14 +32,14 @@ class IProfileSource;
 class PersistRegistry;
 class UpdateGate;
 
-/// A sensor on the desk with the module in it: everything that the module is given, connected in one place.
+/// A simulated sensor and the module, connected with everything that the module needs.
 ///
-/// The sensor that runs and the trial of a plug-in both use this class, so that a plug-in finds the same surroundings in both.
+/// Both the running host and the check of a plug-in use this class, so a plug-in finds the same environment in both.
 /// One thread builds, uses and destroys it.
 class SensorModule final
 {
 public:
-    /// What the owner has beside the sensor. All of it outlives the SensorModule.
+    /// The other objects of the owner that the module needs. All of them outlive the SensorModule.
     struct Surroundings
     {
         ZuCommon::ProblemsManager& problems;
@@ -62,14 +62,14 @@ public:
     SensorModule(SensorModule const&) = delete;
     SensorModule& operator=(SensorModule const&) = delete;
 
-    /// Builds the module with what `plugins`, which outlives it, offers, and lets it find the hardware of the sensor. Throws what
-    /// a protocol throws that cannot be built.
+    /// Builds the module with the protocols of `plugins`, which outlives it, and lets it find the hardware of the
+    /// sensor. Throws what the constructor of a protocol throws.
     void Build(ZuPlugin::PluginManager& plugins);
 
-    /// Destroys the module; another one can be built.
+    /// Destroys the module. `Build` may be called again.
     void Destroy();
 
-    /// These need the module.
+    /// Call these two only while the module is built.
     ZuControl::ControlModule& Module();
     ZuControl::IControlManager& Controls();
 
@@ -82,7 +82,7 @@ public:
 private:
     Surroundings const surroundings;
 
-    // The order is that of their life: what the module is given outlives it.
+    // The order is that of construction: an object outlives the objects below, which use it.
     DeploymentQuery deployment;
     ZuCore::ResultHub resultHub;
     Sensor sensor;

@@ -11,15 +11,15 @@ namespace ZuHost
 
 /// Lets one thread at a time change the configuration.
 ///
-/// Brackets of one thread nest; another thread waits. A bracket may be left open, since what a request does may throw
-/// between its two ends: whoever carries out a request on behalf of somebody holds a `Request`, which closes what was left
-/// open on its thread.
+/// Brackets of one thread nest; other threads wait. A bracket may be left open when a handler throws between
+/// `BeginUpdate` and `EndUpdate`. Code that carries out a request therefore holds a `Request`, which closes the
+/// brackets left open on its thread.
 class UpdateGate final : public ZuControl::IUpdateGate
 {
 public:
     static constexpr uint64 DEFAULT_PATIENCE_USEC = 30'000'000;
 
-    /// One request, on one thread, for as long as this object lives.
+    /// One request on one thread, from construction to destruction.
     class Request final
     {
     public:
@@ -33,20 +33,20 @@ public:
         UpdateGate& gate;
     };
 
-    /// `newPatienceUsec`: how long a thread waits for another one's changes.
+    /// `newPatienceUsec`: how long `BeginUpdate` waits for another thread.
     explicit UpdateGate(uint64 newPatienceUsec = DEFAULT_PATIENCE_USEC);
     ~UpdateGate();
 
     UpdateGate(UpdateGate const&) = delete;
     UpdateGate& operator=(UpdateGate const&) = delete;
 
-    /// Throws -976 when another thread does not come to an end.
+    /// Throws `Zu::Status::BUSY` when another thread does not close its bracket in time.
     void BeginUpdate(bool exclusive) override;
 
-    /// Does nothing on a thread that has no bracket open.
+    /// Does nothing on a thread without an open bracket.
     void EndUpdate() override;
 
-    /// Whether any thread has a bracket open.
+    /// Whether any thread has an open bracket.
     bool IsOpen() const;
 
 private:
@@ -56,7 +56,7 @@ private:
 
     mutable Zu::Mutex lock; // a leaf
     Zu::CondVar closed;
-    std::thread::id owner ZU_GUARDED_BY(lock); // of no thread while depth is 0
+    std::thread::id owner ZU_GUARDED_BY(lock); // no thread while depth is 0
     uint64 depth ZU_GUARDED_BY(lock) = 0;
 };
 

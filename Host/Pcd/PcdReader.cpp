@@ -22,12 +22,12 @@ namespace
 using Point = RangeImage::Point;
 
 constexpr std::size_t POINT_BYTES = 12;
-constexpr std::size_t SHORTEST_ASCII_POINT = 5; // "0 0 0", the last one without a line break
+constexpr std::size_t SHORTEST_ASCII_POINT = 5; // "0 0 0" without a line break
 static_assert(sizeof(Point) == POINT_BYTES, "the points of a binary file are copied as they lie");
 
 constexpr std::string_view BLANKS = " \t\r\v\f";
 
-/// The next word of `text`, which loses it; empty at the end.
+/// Removes the next word from `text` and returns it; empty at the end.
 std::string_view TakeWord(std::string_view& text, std::string_view blanks = BLANKS)
 {
     std::size_t const begin = std::min(text.find_first_not_of(blanks), text.size());
@@ -44,7 +44,7 @@ bool ParseNumber(std::string_view word, Number& number)
     return result.ec == std::errc{} && result.ptr == word.data() + word.size();
 }
 
-/// Blanks between the words become single ones.
+/// Replaces each run of blanks with one space.
 std::string Squeezed(std::string_view text)
 {
     std::string squeezed;
@@ -75,7 +75,7 @@ private:
         ZU_THROW(Zu::Status::BAD_FORMAT, "%s: %s", name.c_str(), reason.c_str());
     }
 
-    /// Reads lines up to the one that begins the data; `bytes` then stands at the first byte behind it.
+    /// Reads the lines up to DATA; `bytes` then begins with the data.
     void ParseHeader()
     {
         bool hasData = false;
@@ -180,7 +180,7 @@ private:
 
     std::vector<Point> ParseBinary() const
     {
-        // The count is tested by a division: a product could wrap and let a small file pass for a large one.
+        // Divide instead of multiplying: a product could overflow and let a small file pass for a large one.
         if (bytes.size() / POINT_BYTES < pointCount)
         {
             Refuse("is cut short: " + std::to_string(bytes.size()) + " bytes of data for " +

@@ -8,7 +8,7 @@
 namespace ZuHost
 {
 
-/// A recorded range image: rows of points as the file has them, metres, NaN where the sensor saw nothing.
+/// A recorded range image: rows of points as in the file, in metres; NaN where the sensor saw nothing.
 class RangeImage final
 {
 public:
@@ -19,13 +19,14 @@ public:
         float z;
     };
 
-    /// `allPoints` holds `rowCount` rows of `rowLength` points; throws -997 for another number of points or none.
+    /// `allPoints` holds `rowCount` rows of `rowLength` points. Throws `Zu::Status::BAD_ARGUMENT` if the number of
+    /// points differs or is 0.
     RangeImage(uint64 rowLength, uint64 rowCount, std::vector<Point> allPoints);
 
     uint64 Width() const;
     uint64 Height() const;
 
-    /// Throws -999 for a row that is not there. Lives as long as the image.
+    /// Throws `Zu::Status::NOT_FOUND` for a row that does not exist. Valid as long as the image.
     std::span<Point const> Row(uint64 index) const;
 
 private:

@@ -25,7 +25,7 @@ uint64 Doubled(uint64 waitUsec)
     return std::min(2 * waitUsec, StartRetry::LONGEST_WAIT_USEC);
 }
 
-/// True at every moment before the attempt, so that the sentence need not change meanwhile.
+/// The sentence is true at each moment before the attempt, so it need not change meanwhile.
 std::string SentenceFor(std::string const& typeName, std::string const& reason, uint64 waitUsec)
 {
     uint64 const seconds = waitUsec / 1'000'000;
@@ -33,7 +33,7 @@ std::string SentenceFor(std::string const& typeName, std::string const& reason, 
            std::to_string(seconds) + (seconds == 1 ? " second." : " seconds.");
 }
 
-/// The service whose document `path` leads to; empty for any other document.
+/// The service that `path` addresses if it leads to the document of a service; else empty.
 std::string ServiceAt(std::string const& path)
 {
     ZuRest::Place const place = ZuRest::Place::Of(path);
@@ -86,7 +86,7 @@ void StartRetry::Stop()
         isEnding = true;
     }
     changed.NotifyAll();
-    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // refused when it was never started
+    wThread_Join(thread, wTIMEOUT_INFINITE, nullptr); // does nothing if the thread was never started
 }
 
 void StartRetry::Start(std::string const& typeName)
@@ -113,7 +113,7 @@ void StartRetry::RunUpdate(std::string const& path, nlohmann::json const& body, 
     }
     auto const end = [&] {
         Forget(typeName);
-        services.noteChange(); // last: a save that follows finds the service as it now is
+        services.noteChange(); // last: the next save must find the new state
     };
     uint64 const countBefore = FailureCounts()[typeName];
     try
@@ -152,7 +152,7 @@ void StartRetry::TryDue()
         }
         ZU_GUARD_BOUNDARY([&] {
             services.runAsChange(typeName, [&] {
-                if (IsWanted(typeName)) // a request or a load may have come first
+                if (IsWanted(typeName)) // a request or a load may have ended the wish
                 {
                     Try(typeName);
                 }
@@ -177,7 +177,7 @@ int StartRetry::Main(void* argument)
     return 1;
 }
 
-/// False at the end.
+/// Returns false when the retries end.
 bool StartRetry::WaitUntilDue()
 {
     Zu::MutexLock const guard(lock);
@@ -200,7 +200,7 @@ std::vector<std::string> StartRetry::TakeDue()
     {
         if (wish.dueUsec <= nowUsec)
         {
-            wish.dueUsec = nowUsec + Doubled(wish.waitUsec); // stands when the attempt cannot even begin
+            wish.dueUsec = nowUsec + Doubled(wish.waitUsec); // applies if the attempt cannot even begin
             due.push_back(typeName);
         }
     }
@@ -242,7 +242,7 @@ void StartRetry::Want(std::string const& typeName, std::string const& reason)
     ZU_LOG_USER_ERROR("Service %1$s cannot be started: %2$s", typeName.c_str(), reason.c_str());
 }
 
-/// A client has changed the service's settings, so that it may start now.
+/// A client has changed the service's settings, so the service may start now.
 void StartRetry::BeginAnew(std::string const& typeName)
 {
     {
@@ -255,7 +255,7 @@ void StartRetry::BeginAnew(std::string const& typeName)
     changed.NotifyAll();
 }
 
-/// To be called with the lock held.
+/// The caller holds the lock.
 void StartRetry::Schedule(std::string const& typeName, Wish& wish, uint64 waitUsec)
 {
     wish.waitUsec = waitUsec;
@@ -263,7 +263,7 @@ void StartRetry::Schedule(std::string const& typeName, Wish& wish, uint64 waitUs
     std::string sentence = SentenceFor(typeName, wish.reason, waitUsec);
     if (sentence == wish.sentence)
     {
-        return; // the problem keeps the moment since which it stands
+        return; // keeps the time at which the problem began
     }
     problems.Remove(wish.problem);
     wish.problem = problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
@@ -306,7 +306,7 @@ bool StartRetry::IsEnding() const
     return isEnding;
 }
 
-/// To be called with the lock held.
+/// The caller holds the lock.
 uint64 StartRetry::NextUsecLocked() const
 {
     uint64 nextUsec = wTIMEOUT_INFINITE;

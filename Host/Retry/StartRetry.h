@@ -15,7 +15,7 @@
 namespace ZuHost
 {
 
-/// Tries again to start the services that a job or the command line enables and whose start has failed.
+/// Tries again to start the services that a job or the command line enables but that failed to start.
 ///
 /// Such a service is wanted until an attempt succeeds, a request names its "enabled", or a job is loaded. The first attempt
 /// follows after a second, each later one after twice the wait before it, up to a minute. Meanwhile a problem tells the user
@@ -119,12 +119,12 @@ private:
     Services const services;
     Clock const clock;
 
-    mutable Zu::Mutex lock; // the problems' lock is taken under it, and no service is called
+    mutable Zu::Mutex lock; // held while problems are added and removed; never while a service is called
     Zu::CondVar changed;
     std::map<std::string, Wish> wishes ZU_GUARDED_BY(lock); // by type name
     bool isEnding ZU_GUARDED_BY(lock) = false;
 
-    wThread thread; // last: it uses all of the above
+    wThread thread; // last: it uses all members above
 };
 
 } // namespace ZuHost

@@ -9,11 +9,11 @@
 namespace ZuHost
 {
 
-/// Actions without arguments, by name. What they do takes care of its own threads.
+/// Actions without arguments, by name. Each action must be thread-safe.
 class ActionTable final : public ZuScan::ICommandTarget
 {
 public:
-    /// Gives the result, which may be null.
+    /// Returns the result, which may be null.
     using Action = std::function<std::shared_ptr<Zu::Params::Group>()>;
 
     ActionTable(std::initializer_list<std::pair<std::string, Action>> newActions);
@@ -27,7 +27,7 @@ public:
 private:
     Action const& Find(std::string const& id) const;
 
-    std::vector<std::pair<std::string, Action>> const actions; // few: searched in order
+    std::vector<std::pair<std::string, Action>> const actions; // few: linear search
 };
 
 } // namespace ZuHost

@@ -74,7 +74,7 @@ void Aligner::Run()
     Zu::MutexLock guard(lock);
     while (!isClosing)
     {
-        // The deadline is a new one with each alignment: whatever changes it ends the wait.
+        // Each alignment sets a new deadline. Any change of it ends the wait.
         uint64 const deadlineUsec = doneAtUsec;
         changed.WaitUntil(lock, deadlineUsec, [this, deadlineUsec]() ZU_REQUIRES(lock) {
             return isClosing || cancelled > 0 || doneAtUsec != deadlineUsec;
@@ -94,7 +94,7 @@ void Aligner::Run()
             state = AlignState::ALIGNED;
             doneAtUsec = wTIMEOUT_INFINITE;
         }
-        guard.Unlock(); // handlers may ask for the state, or begin the next alignment
+        guard.Unlock(); // handlers may call the aligner
         ZU_GUARD_BOUNDARY([this, status] { completedEvent.Fire(status); });
         guard.Lock();
     }

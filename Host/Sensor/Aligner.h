@@ -10,7 +10,8 @@
 namespace ZuHost
 {
 
-/// Aligns a scanner, which takes a bounded time. Any thread may call; the event fires on "Aligner".
+/// Simulates the alignment of a scanner, which takes a fixed time. Any thread may call; the event fires on the thread
+/// "Aligner".
 class Aligner final
 {
 public:
@@ -18,15 +19,15 @@ public:
 
     /// `newDurationUsec`: how long an alignment takes.
     explicit Aligner(uint64 newDurationUsec = DEFAULT_DURATION_USEC);
-    ~Aligner(); ///< ends an alignment that runs; its end is not told
+    ~Aligner(); ///< ends a running alignment without firing the event
 
     Aligner(Aligner const&) = delete;
     Aligner& operator=(Aligner const&) = delete;
 
-    /// Begins an alignment; -976 while one runs.
+    /// Begins an alignment. Throws `Zu::Status::BUSY` while one runs.
     void Begin();
 
-    /// The scanner is not aligned any more. An alignment that runs ends as cancelled.
+    /// Takes the alignment back. A running alignment ends as cancelled.
     void Clear();
 
     ZuScan::AlignState State() const;
@@ -39,17 +40,17 @@ private:
     void Run();
 
     uint64 const durationUsec;
-    Zu::Event<ZuScan::AlignCompletionStatus> completedEvent; // has a lock of its own; fired under none of ours
+    Zu::Event<ZuScan::AlignCompletionStatus> completedEvent; // has its own lock; fired without `lock`
 
-    // A leaf: guards all below but the thread.
+    // A leaf; guards all members below except the thread.
     mutable Zu::Mutex lock;
     Zu::CondVar changed;
     ZuScan::AlignState state ZU_GUARDED_BY(lock) = ZuScan::AlignState::NOT_ALIGNED;
-    uint64 doneAtUsec ZU_GUARDED_BY(lock) = wTIMEOUT_INFINITE; // when the alignment that runs is done
-    uint64 cancelled ZU_GUARDED_BY(lock) = 0;                  // alignments whose cancellation is still to be told
+    uint64 doneAtUsec ZU_GUARDED_BY(lock) = wTIMEOUT_INFINITE; // end of the running alignment
+    uint64 cancelled ZU_GUARDED_BY(lock) = 0; // cancelled alignments for which the event has yet to fire
     bool isClosing ZU_GUARDED_BY(lock) = false;
 
-    wThread thread; // last: it uses all the others
+    wThread thread; // last: it uses all members above
 };
 
 } // namespace ZuHost

@@ -9,11 +9,11 @@
 namespace ZuHost
 {
 
-/// Commands with arguments, by name. What they do takes care of its own threads.
+/// Commands with arguments, by name. Each command must be thread-safe.
 class CommandTable final : public ZuScan::ICommandTarget
 {
 public:
-    using Result = std::shared_ptr<Zu::Params::Group>; ///< null where a command has none
+    using Result = std::shared_ptr<Zu::Params::Group>; ///< null if the command has no result
 
     CommandTable();
     ~CommandTable() override;
@@ -21,7 +21,7 @@ public:
     CommandTable(CommandTable const&) = delete;
     CommandTable& operator=(CommandTable const&) = delete;
 
-    /// Adds a command whose arguments are the record `Params`. All are added before another thread sees the table.
+    /// Adds a command that takes a `Params` record. Add all commands before another thread uses the table.
     template <typename Params>
     void Offer(char const* id, std::function<Result(Params const&)> command)
     {
@@ -39,7 +39,7 @@ public:
     std::vector<ZuScan::ActionInfo> ListActions() const override;
     std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const override;
 
-    /// Throws -997 for arguments that are not of the record that the command takes.
+    /// Throws `Zu::Status::BAD_ARGUMENT` if `params` is not the record type of the command.
     Result InvokeAction(std::string const& id, std::shared_ptr<Zu::Params::Group> params) override;
 
 private:
@@ -48,13 +48,13 @@ private:
         std::string id;
         std::function<Result()> makeParams;
         std::function<bool(Zu::Params::Group const* given, Result& result)>
-            invoke; // false for arguments of another kind
+            invoke; // returns false for arguments of another type
     };
 
     void Add(Command command);
     Command const& Find(std::string const& id) const;
 
-    std::vector<Command> commands; // few: searched in order
+    std::vector<Command> commands; // few: linear search
 };
 
 } // namespace ZuHost

@@ -42,7 +42,7 @@ uint32 DeskAnalogOutput::ControlId() const
 
 void DeskAnalogOutput::Enqueue(double current, uint64 nowUsec)
 {
-    if (!(current >= MIN_CURRENT && current <= MAX_CURRENT)) // so put that it refuses what is no number too
+    if (!(current >= MIN_CURRENT && current <= MAX_CURRENT)) // written so that NaN is refused too
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "An analog output cannot drive %g mA", current);
     }
@@ -55,7 +55,7 @@ void DeskAnalogOutput::Enqueue(double current, uint64 nowUsec)
         ZU_THROW(Zu::Status::WRONG_STATE, "An analog output that events drive takes no commands");
     }
     Advance(nowUsec);
-    if (nowUsec >= heldUntilUsec) // nothing waits: the time of the present one is over
+    if (nowUsec >= heldUntilUsec) // the queue is empty and the present current has been held long enough
     {
         driven = current;
         heldUntilUsec = nowUsec + HOLD_USEC;

@@ -8,8 +8,8 @@
 namespace ZuHost
 {
 
-/// An analog output of the sensor on the desk: a current loop with a queue of currents to come, each of which it drives for
-/// HOLD_USEC at least. One thread at a time. Times are those of one clock, in microseconds; currents are milliamperes.
+/// A simulated analog output: a current loop with a queue of currents. It drives each current for at least HOLD_USEC.
+/// One thread at a time. Times are microseconds of one clock; currents are milliamperes.
 class DeskAnalogOutput final
 {
 public:
@@ -20,22 +20,24 @@ public:
     static constexpr uint64 HOLD_USEC = 10'000;
     static constexpr std::size_t CAPACITY = 16; ///< of the queue
 
-    /// Off, it drives nothing, and the queue is empty when it is on again.
+    /// While off, the output drives nothing. Switching it off empties the queue.
     void Enable(bool enable);
     bool IsEnabled() const;
 
-    /// -997 for a type that there is not.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an unknown type.
     void SetControlType(ControlType newType);
 
-    /// The event that drives it where its type is to be driven by one. The desk has no events: it is only kept.
+    /// Sets the event that drives the output if its control type asks for one. The simulated sensor has no events: the
+    /// id is only stored.
     void SetControlId(uint32 newId);
     uint32 ControlId() const;
 
-    /// Puts a current behind the others, or drives it at once when the present one has had its time. -997 out of range, -1000
-    /// while it is off or events drive it, -977 while the queue is full.
+    /// Adds a current to the queue, or drives it at once if the present one has been held long enough. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for a current out of range, `Zu::Status::WRONG_STATE` while the output is off or
+    /// driven by events, and `Zu::Status::FULL` while the queue is full.
     void Enqueue(double current, uint64 nowUsec);
 
-    /// What it drives: MIN_CURRENT until there was a first one, 0 while it is off.
+    /// The driven current: MIN_CURRENT before the first one, 0 while the output is off.
     double Current(uint64 nowUsec);
 
 private:
@@ -46,7 +48,7 @@ private:
     uint32 id = 0;
     double driven = MIN_CURRENT;
     uint64 heldUntilUsec = 0;
-    std::deque<double> queue; // what comes next
+    std::deque<double> queue; // currents to come
 };
 
 } // namespace ZuHost

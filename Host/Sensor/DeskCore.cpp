@@ -119,14 +119,14 @@ void DeskCore::StartScan()
 {
     if (sensor.HasFailed())
     {
-        StopScan(); // so that each start that is told of follows a stop
+        StopScan(); // so that each start event follows a stop event
     }
     if (isScanning)
     {
         return;
     }
     ZU_LOG_INFO("Starting the scan");
-    // Before the first frame: who counts for a scan counts from its beginning.
+    // Before the first frame, so that handlers count the scan from its beginning.
     ZU_GUARD_BOUNDARY([this] { scanStartStopEvent.Fire(true); });
     isScanning = true;
     try

@@ -11,47 +11,48 @@ namespace ZuHost
 
 class Sensor;
 
-/// The core of the sensor on the desk: starts and stops scanning, and does to the device what can be done to one that is
-/// none: a restart stops the scan, lets the next network settings come into force and begins the up-times anew.
+/// The core of the simulated sensor: starts and stops scanning, and simulates the operations on a device. A restart
+/// stops the scan, puts the next network settings into force and restarts the up-times.
 ///
-/// Threads: any thread may call. Operations exclude each other and fire the two events while they do, so a handler may call
-/// the core again but must not wait for another thread that does. Handlers are added and removed while no operation can
-/// run: before the core is handed out, and behind `Close`. What a handler throws is logged and ends no operation.
+/// Threads: any thread may call. Operations run one at a time and fire the two events while they hold the lock. A
+/// handler may call the core again, but must not wait for another thread that calls it. Add handlers before the core is
+/// handed out and remove them after `Close`, so that none runs while it is removed. An exception of a handler is logged
+/// and does not end the operation.
 class DeskCore final : public ZuCore::Core
 {
 public:
-    /// `scansAtPowerUp`: the device scans as soon as it has restarted. The sensor outlives the core.
+    /// `scansAtPowerUp`: whether the device scans after a restart. The sensor outlives the core.
     DeskCore(Sensor& controlledSensor, bool scansAtPowerUp);
     ~DeskCore() override;
 
     DeskCore(DeskCore const&) = delete;
     DeskCore& operator=(DeskCore const&) = delete;
 
-    /// Tells of the start, then scans; does nothing while it scans.
+    /// Fires the start event, then scans. Does nothing while scanning.
     void Start(bool userRequest) override;
 
-    /// Stops scanning, then tells of it; does nothing when it does not scan.
+    /// Stops scanning, then fires the stop event. Does nothing while not scanning.
     void Stop(bool force) override;
 
-    /// Stops scanning, forgets all network settings, and tells those who keep others.
+    /// Stops scanning, clears all network settings, and fires `FactoryRestoreEvent`.
     void FactoryRestore() override;
 
     void Restart() override;
     void SetNextIpConfig(wIpConfig const& config) override;
 
-    /// ERROR when the scan broke down, until the next start or stop. Waits for no operation.
+    /// Returns ERROR after the scan has failed, until the next start or stop. Does not wait for a running operation.
     ZuCore::RunState GetRunState() override;
 
     ZuCommon::IMetricsReporter<>& GetMetricsReporter() override;
 
-    /// Stops scanning for good: after this each operation is refused with -1000 and no event fires any more.
+    /// Stops scanning for good. Afterwards each operation throws `Zu::Status::WRONG_STATE` and no event fires.
     void Close();
 
-    /// True when a scan starts, false when it has stopped.
+    /// Fires true when a scan starts, and false when it has stopped.
     Zu::Event<bool>& ScanStartStopEvent();
     Zu::Event<>& FactoryRestoreEvent();
 
-    /// The settings in force, and those that the next restart brings.
+    /// The network settings in force, and the settings that the next restart applies.
     wIpConfig IpConfig() const;
     wIpConfig NextIpConfig() const;
 
@@ -64,11 +65,11 @@ private:
     bool const startsAtPowerUp;
     DeskMetricsReporter reporter;
 
-    // Held during each operation but for the questions, also while it fires. Taken before the sensor's locks.
+    // Held during each operation (queries excepted), also while events fire. Lock order: this, then the sensor's locks.
     mutable Zu::RecursiveMutex operationLock;
     bool isClosed ZU_GUARDED_BY(operationLock) = false;
-    bool isScanning ZU_GUARDED_BY(operationLock) = false; // as the events told it last
-    Zu::Event<bool> scanStartStopEvent; // these two fire under operationLock; handlers are added before the sensor runs
+    bool isScanning ZU_GUARDED_BY(operationLock) = false; // as last reported by the event
+    Zu::Event<bool> scanStartStopEvent;                   // both events fire under operationLock
     Zu::Event<> factoryRestoreEvent;
     wIpConfig ipConfig ZU_GUARDED_BY(operationLock);
     wIpConfig nextIpConfig ZU_GUARDED_BY(operationLock);

@@ -7,26 +7,27 @@
 namespace ZuHost
 {
 
-/// A digital input of the sensor on the desk: which pin it reads, and which pins give events. One thread at a time.
+/// A simulated digital input: which pin it reads, and which pins cause events. One thread at a time.
 class DeskDigitalInput final
 {
 public:
     static constexpr uint64 PIN_COUNT = 2;
 
-    /// `newFirstPin`: the pin that it reads at first and once cleared.
+    /// `newFirstPin`: the pin that it reads initially and after `Clear`.
     explicit DeskDigitalInput(uint64 newFirstPin);
 
-    /// Back to its first pin, without events. It stays on or off.
+    /// Resets the pin and disables events. The input stays on or off.
     void Clear();
 
     void Enable(bool enable);
     bool IsEnabled() const;
 
-    /// From now on it reads this pin; -997 for one that there is not.
+    /// Sets the pin to read. Throws `Zu::Status::BAD_ARGUMENT` for an unknown pin.
     void SetPin(uint64 newPin);
     uint64 Pin() const;
 
-    /// Whether changes at a pin are events, which nothing on the desk waits for; -997 for a pin that there is not.
+    /// Sets whether changes of a pin are events; the simulated sensor ignores events. Throws `Zu::Status::BAD_ARGUMENT`
+    /// for an unknown pin.
     void EnableEvents(uint64 pin, bool enable);
     bool HasEvents(uint64 pin) const;
 

@@ -13,7 +13,7 @@ void DeskDigitalOutput::Clear()
 void DeskDigitalOutput::Enable(bool enable)
 {
     isEnabled = enable;
-    settings.pulseEndUsec = 0; // a pulse does not outlive the output that gives it
+    settings.pulseEndUsec = 0; // switching the output on or off ends a pulse
 }
 
 bool DeskDigitalOutput::IsEnabled() const

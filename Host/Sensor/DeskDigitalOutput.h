@@ -6,10 +6,10 @@
 namespace ZuHost
 {
 
-/// A digital output of the sensor on the desk: what it is set to, and the level that follows for its pin. One thread at a time.
+/// A simulated digital output: its settings, and the level of its pin. One thread at a time.
 ///
-/// While the output is on, its pin is active when the state is set or a pulse runs, and the polarity says which level that is;
-/// while it is off, nothing drives the pin and it is low. Times are those of one clock, in microseconds.
+/// While the output is on, its pin is active if the state is set or a pulse runs; the polarity maps active to high or
+/// low. While it is off, the pin is low. Times are microseconds of one clock.
 class DeskDigitalOutput final
 {
 public:
@@ -18,35 +18,37 @@ public:
     static constexpr uint64 FIRST_EXPOSURE_USEC = 10'000;
     static constexpr uint64 MAX_EXPOSURE_USEC = 10'000'000;
 
-    /// Back to the settings that it begins with; a pulse ends. It stays on or off.
+    /// Restores the initial settings and ends a pulse. The output stays on or off.
     void Clear();
 
     void Enable(bool enable);
     bool IsEnabled() const;
 
-    /// -997 for a type that there is not.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an unknown type.
     void SetControlType(ControlType newType);
 
-    /// The event that drives it where its type is to be driven by one. The desk has no events: it is only kept.
+    /// Sets the event that drives the output if its control type asks for one. The simulated sensor has no events: the
+    /// id is only stored.
     void SetControlId(uint32 newId);
     uint32 ControlId() const;
 
-    /// How long the pulses to come last; -997 for 0 and above MAX_EXPOSURE_USEC.
+    /// Sets the duration of the following pulses. Throws `Zu::Status::BAD_ARGUMENT` for 0 and above MAX_EXPOSURE_USEC.
     void SetExposure(uint64 newExposureUsec);
 
     void SetPolarity(bool newIsActiveHigh);
 
-    /// -1000 while events drive it.
+    /// Throws `Zu::Status::WRONG_STATE` while events drive the output.
     void SetState(bool newState);
 
-    /// Begins a pulse; one that runs gives way. -1000 while it is off or events drive it.
+    /// Begins a pulse and ends a running one. Throws `Zu::Status::WRONG_STATE` while the output is off or driven by
+    /// events.
     void Trigger(uint64 nowUsec);
 
     /// Whether the pin is high.
     bool Level(uint64 nowUsec) const;
 
 private:
-    /// What `Clear` sets back.
+    /// The settings that `Clear` restores.
     struct Settings
     {
         ControlType type = ControlType::COMMAND;

@@ -30,7 +30,7 @@ constexpr char const* DIGITAL_INPUT = "digital input";
     ZU_THROW(Zu::Status::NOT_FOUND, "The sensor has no inputs or outputs of kind %u", static_cast<unsigned>(type));
 }
 
-/// Calls `use` with the input or output, whatever its class is.
+/// Calls `use` with the input or output of this type and index.
 template <typename Board, typename Use>
 void WithChannel(Board& board, DeskIo::IoType type, uint64 index, Use&& use)
 {
@@ -126,7 +126,7 @@ uint16 DeskIo::InputBits() const
         bool const isHigh = input.IsEnabled() && board.digitalOutputs[input.Pin()].Level(nowUsec);
         bits |= (isHigh ? 1u : 0u) << i;
     }
-    return static_cast<uint16>(bits); // one bit for each of the two
+    return static_cast<uint16>(bits); // two bits
 }
 
 void DeskIo::RestoreFactoryState()

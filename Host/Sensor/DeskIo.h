@@ -14,15 +14,15 @@
 namespace ZuHost
 {
 
-/// The inputs and outputs of the sensor on the desk, and the wires between them: the pins 0 and 1 of the digital inputs are tied
-/// to the digital outputs 0 and 1. Any thread may call, several at once.
+/// The inputs and outputs of the simulated sensor. Pins 0 and 1 of the digital inputs are wired to the digital outputs
+/// 0 and 1. All operations are thread-safe.
 class DeskIo final
 {
 public:
     using IoType = ZuStdScanners::ZucSensor::IoType;
-    using Clock = std::function<uint64()>; ///< microseconds; any thread may ask it
+    using Clock = std::function<uint64()>; ///< microseconds; thread-safe
 
-    /// Everything is on at first.
+    /// All inputs and outputs are on initially.
     DeskIo();
     explicit DeskIo(Clock newClock);
     ~DeskIo();
@@ -30,25 +30,27 @@ public:
     DeskIo(DeskIo const&) = delete;
     DeskIo& operator=(DeskIo const&) = delete;
 
-    /// How many there are of a kind; -999 for what is no kind.
+    /// The number of channels of a type. Throws `Zu::Status::NOT_FOUND` for an unknown type.
     static uint64 Count(IoType type);
 
-    // -999 behind the last of a kind.
+    // These two throw `Zu::Status::NOT_FOUND` for an index that does not exist.
 
     bool IsEnabled(IoType type, uint64 index) const;
     void Enable(IoType type, uint64 index, bool enable);
 
-    // Each runs `step` alone, on this thread; it must not come back here. Throws what `step` throws.
+    // Each runs `step` on this thread under the lock; `step` must not call this object. Exceptions of `step` reach the
+    // caller. Throws `Zu::Status::NOT_FOUND` for an index that does not exist.
 
     void UseAnalogOutput(uint64 index, std::function<void(DeskAnalogOutput&, uint64 nowUsec)> const& step);
     void UseSerialOutput(uint64 index, std::function<void(DeskSerialOutput&)> const& step);
     void UseDigitalOutput(uint64 index, std::function<void(DeskDigitalOutput&, uint64 nowUsec)> const& step);
     void UseDigitalInput(uint64 index, std::function<void(DeskDigitalInput&)> const& step);
 
-    /// The levels of the digital inputs now, as a stamp carries them: bit 0 is input 0, bit 1 input 1; 0 for one that is off.
+    /// The present levels of the digital inputs, as in a stamp: bit 0 is input 0, bit 1 is input 1. An input that is
+    /// off reads 0.
     uint16 InputBits() const;
 
-    /// As it was at first.
+    /// Restores the initial state.
     void RestoreFactoryState();
 
 private:
@@ -56,7 +58,7 @@ private:
     static constexpr std::size_t SERIAL_OUTPUTS = 1;
     static constexpr std::size_t DIGITAL_OUTPUTS = 2;
     static constexpr std::size_t DIGITAL_INPUTS = 2;
-    static_assert(DIGITAL_OUTPUTS == DeskDigitalInput::PIN_COUNT); // each pin has its wire
+    static_assert(DIGITAL_OUTPUTS == DeskDigitalInput::PIN_COUNT); // each pin is wired to an output
 
     struct Board
     {
@@ -67,7 +69,7 @@ private:
     };
 
     Clock const clock;
-    mutable Zu::Mutex lock; // a leaf but for the clock
+    mutable Zu::Mutex lock; // a leaf; only the clock is called under it
     Board board ZU_GUARDED_BY(lock);
 };
 

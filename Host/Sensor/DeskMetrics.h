@@ -8,8 +8,8 @@
 namespace ZuHost
 {
 
-/// The metrics of the sensor on the desk: up-times in seconds, and one network interface, always linked, of a gigabit a
-/// second. Nothing in it is ever written, so that any thread may read it at any time.
+/// The metrics of the simulated sensor: up-times in seconds, and one network interface that is always linked at one
+/// gigabit per second. The record is never written, so any thread may read it at any time.
 class DeskMetrics final : public ZuCommon::IMetricsSource
 {
 public:
@@ -18,7 +18,7 @@ public:
 
     Zu::Properties::Structure const& GetMetrics() const override;
 
-    /// The device restarts: both up-times begin anew. Any thread.
+    /// Restarts both up-times, as a restart of the device does. Thread-safe.
     void Restart() noexcept;
 
 private:

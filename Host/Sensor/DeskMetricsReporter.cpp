@@ -36,7 +36,8 @@ DeskMetricsReporter::CallbackId DeskMetricsReporter::AddReportHandler(ReportHand
 
 void DeskMetricsReporter::RemoveReportHandler(CallbackId id)
 {
-    // The timer goes on: stopping it here would race with a handler that is being added, and a tick without one is cheap.
+    // The timer keeps running: stopping it here would race with a handler that is being added, and a tick without
+    // handlers is cheap.
     Zu::MutexLock const guard(lock);
     reported.Remove(id);
 }

@@ -8,10 +8,10 @@
 namespace ZuHost
 {
 
-/// Reports the metrics of the sensor on the desk, each second from the first handler on.
+/// Reports the metrics of the simulated sensor once a second, beginning with the first handler.
 ///
-/// Any thread may add and remove handlers. A removal waits for a report that runs on another thread, so it must not be made
-/// under a lock that the handler takes.
+/// Any thread may add and remove handlers. A removal waits for a report that runs on another thread, so the caller must
+/// not hold a lock that the handler takes.
 class DeskMetricsReporter final : public ZuCommon::IMetricsReporter<>
 {
 public:
@@ -23,7 +23,7 @@ public:
     DeskMetricsReporter(DeskMetricsReporter const&) = delete;
     DeskMetricsReporter& operator=(DeskMetricsReporter const&) = delete;
 
-    /// The record is always up to date.
+    /// The record is always current.
     ZuCommon::IMetricsSource const& LastReport() override;
     CallbackId AddReportHandler(ReportHandler handler) override;
     void RemoveReportHandler(CallbackId id) override;
@@ -38,7 +38,7 @@ private:
 
     Zu::RecursiveMutex lock; // held while handlers run
     Zu::Event<ZuCommon::IMetricsSource const&> reported ZU_GUARDED_BY(lock);
-    Zu::AsyncTimer timer; // last: its callback uses all the others
+    Zu::AsyncTimer timer; // last: its callback uses all members above
 };
 
 } // namespace ZuHost

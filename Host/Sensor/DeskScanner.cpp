@@ -82,7 +82,7 @@ DeskScanner::Result DeskScanner::Info() const
     constexpr uint64 USEC_PER_MILLISECOND = 1000;
     auto result = std::make_shared<ScannerInfoResult>();
     result->laserEnabled = sensor.IsScanning();
-    result->currentEncoderValue = static_cast<uint64>(sensor.EncoderValue()); // never below 0
+    result->currentEncoderValue = static_cast<uint64>(sensor.EncoderValue()); // the encoder is never negative
     result->currentSyncTime = wTime_NowUsec() * TICKS_PER_MILLISECOND / USEC_PER_MILLISECOND;
     return result;
 }

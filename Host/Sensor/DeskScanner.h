@@ -17,9 +17,11 @@ namespace ZuHost
 class DeskIo;
 class Sensor;
 
-/// The one scanner of the sensor on the desk. Actions: "trigger" takes one extra frame while it scans, "scannerInfo" tells of
-/// laser, encoder and time. Commands: "align" begins an alignment, "clearAlign" takes the alignment back. Its one sensor takes
-/// the commands of the inputs and outputs, see IoCommands. Any thread may call.
+/// The only scanner of the simulated sensor. Any thread may call.
+///
+/// Actions: "trigger" takes one extra frame while scanning; "scannerInfo" returns the state of laser, encoder and time.
+/// Commands: "align" begins an alignment; "clearAlign" takes the alignment back. Its only sensor takes the commands of
+/// the inputs and outputs (see IoCommands).
 class DeskScanner final : public ZuScan::IScanner
 {
 public:
@@ -38,14 +40,14 @@ public:
     Zu::Event<ZuScan::AlignCompletionStatus>& AlignmentCompletedEvent() override;
     ZuScan::AlignState GetAlignState() override;
 
-    /// Enters an engine with this scanner and its sensor, which outlive the manager.
+    /// Adds an engine with this scanner and its sensor, which outlive the manager.
     void AddTo(ZuScan::Internal::ScanEngineManager& manager);
 
-    /// Back to a scanner that was never aligned, and to inputs and outputs that nobody has set.
+    /// Clears the alignment and restores the inputs and outputs.
     void RestoreFactoryState();
 
 private:
-    /// The camera under the laser, which has the inputs and outputs.
+    /// The scanner's camera, which carries the inputs and outputs.
     class Camera final : public ZuScan::ISensor
     {
     public:
@@ -57,7 +59,7 @@ private:
         CommandTable commands;
     };
 
-    using Result = std::shared_ptr<Zu::Params::Group>; // null where an action has none
+    using Result = std::shared_ptr<Zu::Params::Group>; // null if an action has no result
 
     Result Trigger();
     Result Info() const;

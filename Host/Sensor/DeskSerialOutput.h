@@ -9,7 +9,7 @@
 namespace ZuHost
 {
 
-/// A serial output of the sensor on the desk: what it is set to, and what has been sent. One thread at a time.
+/// A simulated serial output: its settings, and the text that was sent. One thread at a time.
 class DeskSerialOutput final
 {
 public:
@@ -22,25 +22,27 @@ public:
     void Enable(bool enable);
     bool IsEnabled() const;
 
-    /// -997 for what is not 9600, 19200, 38400, 57600 or 115200.
+    /// Throws `Zu::Status::BAD_ARGUMENT` unless the rate is 9600, 19200, 38400, 57600 or 115200.
     void SetBitRate(uint32 newBitRate);
     uint32 BitRate() const;
 
-    /// The event that drives it where its type is to be driven by one. The desk has no events: it is only kept.
+    /// Sets the event that drives the output if its control type asks for one. The simulated sensor has no events: the
+    /// id is only stored.
     void SetControlId(uint32 newId);
     uint32 ControlId() const;
 
-    /// -997 for a mode that there is not.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an unknown mode.
     void SetMode(ControlMode newMode);
     ControlMode Mode() const;
 
-    /// -997 for a type that there is not.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an unknown type.
     void SetControlType(ControlType newType);
 
-    /// Sends `text`. -997 when `size` is not its size, -1000 while it is off or events drive it.
+    /// Sends `text`. Throws `Zu::Status::BAD_ARGUMENT` if `size` is not its size, and `Zu::Status::WRONG_STATE` while
+    /// the output is off or driven by events.
     void Write(uint64 size, std::string const& text);
 
-    /// The last KEPT_BYTES that were sent, and how many there were in all.
+    /// The last KEPT_BYTES bytes that were sent, and the number of all bytes sent.
     std::string const& Sent() const;
     uint64 SentCount() const;
 

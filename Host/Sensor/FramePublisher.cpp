@@ -43,7 +43,7 @@ void Append(ZuCore::ResultSet set, wHandle<void> const& message, ZuCore::ResultI
     wHandle<wMsgInfo> msgInfo(made);
     wHandle<ZuCore::ResultInfoObject> sharedInfo = wHandle_Share(&resultInfo);
     ZU_CHECK(ZuCore::ResultSet_Add(set, msgInfo.get(), sharedInfo.get(), 0));
-    msgInfo.release(); // the set has taken both references over
+    msgInfo.release(); // the set owns both references now
     sharedInfo.release();
 }
 
@@ -53,7 +53,7 @@ bool IsAlive(ZuCore::ResultSet set)
     {
         return true;
     }
-    // Consumers that take single results let the set itself go and keep the messages.
+    // Consumers that take single results release the set and keep the messages.
     for (uint64 i = 0; i < ZuCore::ResultSet_Count(set); ++i)
     {
         if (wObject_RefCount(ZuCore::ResultItem_MsgInfo(ZuCore::ResultSet_At(set, i))) > 1)

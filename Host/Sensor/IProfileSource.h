@@ -6,13 +6,13 @@
 namespace ZuHost
 {
 
-/// What lies under the laser line. One thread at a time.
+/// Supplies the profiles under the laser line. One thread at a time.
 class IProfileSource
 {
 public:
     virtual ~IProfileSource();
 
-    /// The profile of frame `frame`, which counts from 0 since the scan start. Valid until the next call.
+    /// The profile of frame `frame`, counted from 0 at the scan start. Valid until the next call.
     virtual ProfileView ProfileAt(uint64 frame) = 0;
 };
 

@@ -34,7 +34,7 @@ namespace
 
 using Result = CommandTable::Result;
 
-// Each offers a command to one output or input, which is what `step` is given beside the arguments.
+// Each adds a command for one output or input. `step` gets the channel and the arguments.
 
 template <typename Params>
 void OfferToAnalog(CommandTable& table, DeskIo& io, char const* id,

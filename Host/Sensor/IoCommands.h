@@ -6,8 +6,9 @@ namespace ZuHost
 class CommandTable;
 class DeskIo;
 
-/// Offers the commands that drive the inputs and outputs. `io` outlives the table. A command refuses with what `DeskIo` and its
-/// inputs and outputs say: -999 for one that there is not, -997 for an argument, -1000 for a state, -977 for want of room.
+/// Adds the commands that drive the inputs and outputs. `io` outlives the table. Each command throws as the called
+/// operation of `DeskIo` or of its channel does: `Zu::Status::NOT_FOUND` for a channel, `Zu::Status::BAD_ARGUMENT` for
+/// an argument, `Zu::Status::WRONG_STATE` for a state, `Zu::Status::FULL` for a full queue.
 void OfferIoCommands(CommandTable& table, DeskIo& io);
 
 } // namespace ZuHost

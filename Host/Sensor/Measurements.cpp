@@ -39,7 +39,7 @@ ProfileTool::Results ProfileTool::Measure(ProfileView profile) const
     Results results;
     for (std::size_t i = 0; i < MEASUREMENT_COUNT; ++i)
     {
-        bool const isThere = i == POINTS || !profile.empty(); // the missing value lies within limits that are wide open
+        bool const isThere = i == POINTS || !profile.empty(); // unlimited limits would accept the missing value
         bool const isGood = isThere && values[i] >= limits[i].minimum && values[i] <= limits[i].maximum;
         results[i] = {values[i], static_cast<uint8>(isGood ? 1 : 0)};
     }

@@ -9,7 +9,7 @@
 namespace ZuHost
 {
 
-/// What is measured in a profile; the order is that of the result set.
+/// The measurements of a profile, in the order of the result set.
 enum class MeasurementKind : uint8
 {
     Z_MAX,
@@ -25,7 +25,7 @@ inline constexpr std::size_t MEASUREMENT_COUNT = 5;
 inline constexpr std::array<char const*, MEASUREMENT_COUNT> MEASUREMENT_SOURCES{
     "profile/zMax", "profile/zMin", "profile/width", "profile/meanZ", "profile/points"};
 
-/// A value between its limits, both included, is good. Wide open unless set.
+/// A value from minimum to maximum, both included, is good. By default all values are good.
 struct MeasurementLimits
 {
     double minimum = std::numeric_limits<double>::lowest();
@@ -34,7 +34,7 @@ struct MeasurementLimits
 
 struct Measurement
 {
-    /// The value of a measurement that a profile without points does not have; its decision is 0.
+    /// The value of a measurement that an empty profile does not have; its decision is 0.
     static constexpr double MISSING = std::numeric_limits<double>::lowest();
 
     double value;
@@ -43,7 +43,7 @@ struct Measurement
     bool operator==(Measurement const&) const = default;
 };
 
-/// The simulated tool: measures each profile in one pass, in double throughout, and allocates nothing.
+/// The simulated tool. It measures a profile in one pass with double precision, and does not allocate.
 class ProfileTool final
 {
 public:
@@ -53,8 +53,8 @@ public:
     ProfileTool() = default;
     explicit ProfileTool(Limits const& newLimits);
 
-    /// Largest and smallest z, largest less smallest x, mean z (summed in the order of the points, divided by their
-    /// number), all in millimetres, and the number of points.
+    /// The largest and smallest z, the difference of largest and smallest x, the mean z (sum in the order of the
+    /// points, divided by their number), all in millimetres; and the number of points.
     Results Measure(ProfileView profile) const;
 
 private:

@@ -8,7 +8,7 @@
 namespace ZuHost
 {
 
-/// A list of numbers that never changes.
+/// A constant list of numbers.
 class NumberListValue final : public ShownValue
 {
 public:

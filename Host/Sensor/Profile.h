@@ -6,7 +6,7 @@
 namespace ZuHost
 {
 
-/// A point under the laser line, millimetres.
+/// A point under the laser line, in millimetres.
 struct ProfilePoint
 {
     double x; ///< along the line
@@ -15,7 +15,7 @@ struct ProfilePoint
     bool operator==(ProfilePoint const&) const = default;
 };
 
-/// The points that the sensor saw, in the order of the line; one that was not seen is not there.
+/// The points that the sensor saw, in the order of the line. Points that it did not see are left out.
 using Profile = std::vector<ProfilePoint>;
 using ProfileView = std::span<ProfilePoint const>;
 

@@ -6,12 +6,12 @@
 namespace ZuHost
 {
 
-/// A recorded range image, a row a profile, over and over: frame n is row n modulo the number of rows.
+/// Replays a recorded range image, one row for each profile, in a loop: frame n is row n modulo the number of rows.
 class Replay final : public IProfileSource
 {
 public:
-    /// Metres become millimetres: each float widened, then times 1000. A point with a coordinate that is no number or not
-    /// finite is not there.
+    /// Converts metres to millimetres: each float is widened to double, then multiplied by 1000. Points with a
+    /// coordinate that is not finite are left out.
     explicit Replay(RangeImage const& image);
 
     ProfileView ProfileAt(uint64 frame) override;

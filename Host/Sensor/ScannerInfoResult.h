@@ -6,7 +6,7 @@
 namespace ZuHost
 {
 
-/// What the action "scannerInfo" gives.
+/// The result of the action "scannerInfo".
 class ScannerInfoResult final : public Zu::Params::Group
 {
 public:
@@ -14,8 +14,8 @@ public:
     ~ScannerInfoResult() override;
 
     Zu::Params::Value<bool> laserEnabled;
-    Zu::Params::Value<uint64> currentEncoderValue; ///< ticks; the conveyor only moves on, so there is none below 0
-    Zu::Params::Value<uint64> currentSyncTime;     ///< a thousand and twenty-fourths of a millisecond
+    Zu::Params::Value<uint64> currentEncoderValue; ///< ticks; never negative, because the conveyor only moves forward
+    Zu::Params::Value<uint64> currentSyncTime;     ///< in 1/1024 of a millisecond
 };
 
 } // namespace ZuHost

@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr double USEC_PER_SECOND = 1e6;
-constexpr uint64 ROOM_POLL_USEC = 200; // what a consumer lets go of tells nobody
+constexpr uint64 ROOM_POLL_USEC = 200; // consumers do not report the release of a set
 
 double CheckedRate(double rateHz)
 {
@@ -144,7 +144,7 @@ int Sensor::RunThread(void* sensor)
     if (!ZU_GUARD_BOUNDARY([&self] { self.Scan(); }))
     {
         Zu::MutexLock const guard(self.stateLock);
-        self.hasFailed = self.isScanning; // a stop that came meanwhile leaves nothing to tell
+        self.hasFailed = self.isScanning; // a stop in the meantime is no failure
     }
     self.scanThread.store({}, std::memory_order_relaxed);
     return Zu::Status::SUCCESS;
@@ -173,7 +173,7 @@ bool Sensor::WaitForRoom()
         }
     }
     Zu::MutexLock const guard(stateLock);
-    pendingTriggers = 0; // the frame that comes now serves them
+    pendingTriggers = 0; // the next frame serves all triggers
     return isScanning;
 }
 
@@ -190,7 +190,7 @@ bool Sensor::WaitUntilDue()
         }
         if (pendingTriggers > 0)
         {
-            --pendingTriggers; // an extra frame: the next one stays due when it was
+            --pendingTriggers; // an extra frame: the next regular one stays due at its time
             return true;
         }
     }
@@ -228,7 +228,7 @@ void Sensor::PublishFrame()
 
 uint64 Sensor::DeadlineUsec() const
 {
-    // From the scan start and not from the frame before, so that no error adds up.
+    // Computed from the scan start, not from the previous frame, so that errors do not add up.
     return startUsec + static_cast<uint64>(static_cast<double>(nextDue) * USEC_PER_SECOND / rateHz);
 }
 

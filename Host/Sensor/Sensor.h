@@ -14,28 +14,29 @@
 namespace ZuHost
 {
 
-/// The sensor: takes profiles at its rate, measures them, stamps them, publishes them. Each stamp has the levels of the digital
-/// inputs as they are when the profile is taken.
+/// The simulated sensor: takes, measures, stamps and publishes profiles at its rate. Each stamp has the levels of the
+/// digital inputs at the time of the profile.
 ///
-/// Frames are due at fixed moments after the scan start, so that a late one delays no later one. A sensor that has fallen
-/// behind by more than MAX_LAG_USEC leaves out the frames that it missed; their numbers go with them, so that a gap shows in
-/// the frame counter. At rate 0 it takes the next frame as soon as less than MAX_SETS_ALIVE of its sets are in use.
-/// Threads: any thread may call, several at once. Profiles are taken and published on "Sensor", which runs while the sensor
-/// scans; handlers of the hub that run there must neither start nor stop it.
+/// Frames are due at fixed times after the scan start, so a late frame does not delay the following ones. If the sensor
+/// is late by more than MAX_LAG_USEC, it skips the missed frames and their numbers, so the frame counter shows the gap.
+/// At rate 0 it takes the next frame as soon as fewer than MAX_SETS_ALIVE of its sets are in use.
+///
+/// Threads: any thread may call. Profiles are taken and published on the thread "Sensor", which runs while the sensor
+/// scans. Handlers of the hub that run there must not start or stop the sensor.
 class Sensor final
 {
 public:
-    static constexpr double MIN_RATE_HZ = 0.001; ///< but for 0
+    static constexpr double MIN_RATE_HZ = 0.001; ///< 0 is allowed too
     static constexpr double MAX_RATE_HZ = 100'000;
     static constexpr uint64 MAX_LAG_USEC = 100'000;
     static constexpr std::size_t MAX_SETS_ALIVE = 64;
     static constexpr uint64 MAX_PENDING_TRIGGERS = 64;
-    static constexpr int64 ENCODER_TICKS_PER_FRAME = 10; ///< the conveyor moves on by this much from frame to frame
+    static constexpr int64 ENCODER_TICKS_PER_FRAME = 10; ///< movement of the conveyor from frame to frame
 
     /// Whether the sensor can scan at this rate.
     static bool IsRate(double rateHz);
 
-    /// Throws -997 for a rate that is none. The hub outlives the sensor.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an invalid rate. The hub outlives the sensor.
     Sensor(ZuCore::ResultHub& hub, std::unique_ptr<IProfileSource> profileSource, double newRateHz,
            ProfileTool const& newTool = ProfileTool());
     ~Sensor(); ///< stops
@@ -43,29 +44,31 @@ public:
     Sensor(Sensor const&) = delete;
     Sensor& operator=(Sensor const&) = delete;
 
-    /// Starts scanning, with frame 0 and the encoder at 0; does nothing while it scans, and begins anew after a failure.
-    /// Throws the status of a thread that cannot be made.
+    /// Starts scanning; frame and encoder begin at 0. Does nothing while scanning; starts again after a failure. Throws
+    /// the status of a thread that cannot be made.
     void Start();
 
-    /// No frame is published after this; does nothing when it does not scan. Throws -1000 on the sensor's own thread.
+    /// Stops scanning; no frame is published afterwards. Does nothing while not scanning. Throws
+    /// `Zu::Status::WRONG_STATE` on the sensor's own thread.
     void Stop();
 
-    /// One extra frame, as soon as may be; at rate 0 it is the next one. Throws -1000 when it does not scan and -977 when too many triggers wait.
+    /// Takes one extra frame as soon as possible; at rate 0 this is the next frame. Throws `Zu::Status::WRONG_STATE`
+    /// while not scanning and `Zu::Status::FULL` when too many triggers wait.
     void Trigger();
 
-    /// True from a start to the next stop, also after a failure.
+    /// True from a start to the next stop, even after a failure.
     bool IsScanning() const;
 
-    /// A frame could not be taken or published and the scan ended; until the next start or stop.
+    /// True after a frame could not be taken or published, which ends the scan; until the next start or stop.
     bool HasFailed() const;
 
-    /// Ticks at the last frame.
+    /// Encoder ticks at the last frame.
     int64 EncoderValue() const;
 
-    /// What is wired to the sensor, whether it scans or not.
+    /// The inputs and outputs, usable whether the sensor scans or not.
     DeskIo& Io();
 
-    /// Frames since the scan start: those that were published, and those that were missed.
+    /// The number of published and of skipped frames since the scan start.
     uint64 PublishedCount() const;
     uint64 MissedCount() const;
 
@@ -82,8 +85,8 @@ private:
     double const rateHz; // 0: as fast as the consumers take the profiles
     ProfileTool const tool;
     DeskIo io;
-    std::unique_ptr<IProfileSource> const source; // used on the sensor's thread
-    FramePublisher publisher;                     // likewise
+    std::unique_ptr<IProfileSource> const source; // used on the thread "Sensor"
+    FramePublisher publisher;                     // used on the thread "Sensor"
 
     // Taken first; held while a thread starts or ends.
     Zu::Mutex controlLock;
@@ -97,15 +100,15 @@ private:
     uint64 pendingTriggers ZU_GUARDED_BY(stateLock) = 0;
     bool hasFailed ZU_GUARDED_BY(stateLock) = false;
 
-    // The sensor's thread writes them, any thread reads them for show: nothing is published by them.
+    // Written by the thread "Sensor", read by any thread for display. They publish no other data.
     std::atomic<uint64> publishedCount{0};
     std::atomic<uint64> missedCount{0};
     std::atomic<int64> encoder{0};
-    std::atomic<std::thread::id> scanThread{}; // so that this thread knows itself
+    std::atomic<std::thread::id> scanThread{}; // lets `Stop` detect a call on this thread
 
-    // The sensor's thread alone.
+    // Used on the thread "Sensor" only.
     uint64 startUsec = 0;
-    uint64 nextDue = 0; // which of the moments at which a frame is due comes next
+    uint64 nextDue = 0; // index of the next due time
     uint64 nextFrame = 0;
 };
 

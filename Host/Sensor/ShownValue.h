@@ -5,13 +5,13 @@
 namespace ZuHost
 {
 
-/// A value that is only ever shown: it takes nothing in, so that any thread may read it at any time.
+/// A read-only value. It is never written, so any thread may read it at any time.
 class ShownValue : public Zu::Properties::Internal::ValueBase
 {
 public:
     ~ShownValue() override;
 
-    // -996
+    // Both throw `Zu::Status::NOT_SUPPORTED`.
     void CopyValues(Zu::Properties::Node const& other) override;
     void ReadValue(Zu::Properties::IValueReader& reader) override;
     void ValidateValue(Zu::Properties::IValueReader& reader) override;

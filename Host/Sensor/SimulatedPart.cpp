@@ -10,8 +10,8 @@ namespace ZuHost
 namespace
 {
 
-/// Points at every spacing from -halfWidth to halfWidth, both included; the height is a function of the distance from
-/// the middle and negative where nothing is seen.
+/// Points at each spacing from -halfWidth to halfWidth, both included. `heightAt` maps the distance from the middle to
+/// the height; a negative height means that nothing is seen.
 template <typename HeightAt>
 Profile Section(double halfWidth, HeightAt heightAt)
 {

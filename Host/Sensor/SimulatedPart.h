@@ -7,14 +7,14 @@
 namespace ZuHost
 {
 
-/// A conveyor that carries stepped blocks of one size under a laser line, one behind the other with a gap between them.
+/// A conveyor that carries stepped blocks of one size under a laser line, with a gap between them.
 ///
 ///     z 25      ____   ____        upper step, |x| <= 20, parted by a slot, |x| < 4, from which no light comes back
 ///     z 10   __|    |_|    |__     lower step, |x| <= 30
 ///     z  0       =======           belt, |x| <= 10, seen only in the gap: the block hides it
 ///
-/// The block comes with a stretch on which it has its lower step only, then the stretch with both, then the gap. All
-/// numbers are exact in binary, so that each measurement has one right value.
+/// Each block begins with a stretch of the lower step only, followed by a stretch with both steps, then the gap. All
+/// numbers are exact in binary, so each measurement has exactly one correct value.
 class SimulatedPart final : public IProfileSource
 {
 public:
@@ -27,14 +27,14 @@ public:
     static constexpr double UPPER_HEIGHT = 25;
     static constexpr double SLOT_HALF_WIDTH = 4;
 
-    // Frames; the conveyor moves on by the same length with each.
+    // Frames; the conveyor moves by the same length in each.
     static constexpr uint64 LOWER_FRAMES = 80;
     static constexpr uint64 BOTH_FRAMES = 80;
     static constexpr uint64 GAP_FRAMES = 40;
     static constexpr uint64 FRAMES_PER_BLOCK = LOWER_FRAMES + BOTH_FRAMES + GAP_FRAMES;
 
-    /// `newNoiseDeviation`: standard deviation, in millimetres, of the Gaussian noise on each z; 0 is none. The same seed
-    /// gives the same noise. Throws -997 for a deviation that is negative or not finite.
+    /// `newNoiseDeviation`: standard deviation of the Gaussian noise on each z, in millimetres; 0 for none. The same
+    /// seed gives the same noise. Throws `Zu::Status::BAD_ARGUMENT` for a deviation that is negative or not finite.
     explicit SimulatedPart(double newNoiseDeviation = 0, uint64 noiseSeed = 1);
 
     ProfileView ProfileAt(uint64 frame) override;
@@ -45,7 +45,7 @@ private:
     Profile const both;
     Profile const gap;
     std::mt19937_64 random;
-    Profile noisy; // kept for its memory
+    Profile noisy; // kept to reuse its memory
 };
 
 } // namespace ZuHost

@@ -8,15 +8,14 @@
 namespace ZuHost
 {
 
-/// Seconds since the device was powered up or restarted, reckoned whenever somebody reads it, so that a record with it needs
-/// no update.
+/// Seconds since the device was powered up or restarted. Computed at each read, so the record needs no update.
 class UpTimeValue final : public ShownValue
 {
 public:
-    UpTimeValue(); ///< powered up now
+    UpTimeValue(); ///< starts at 0 now
     ~UpTimeValue() override;
 
-    /// The time begins anew. Any thread.
+    /// Restarts the time. Thread-safe.
     void Restart() noexcept;
 
     uint64 Seconds() const noexcept;
@@ -26,7 +25,7 @@ public:
 private:
     static void BuildSchema(Zu::Properties::Node& node, Zu::Properties::Structure& schema);
 
-    std::atomic<uint64> sinceUsec; // a number for show: it publishes nothing
+    std::atomic<uint64> sinceUsec; // for display only; it publishes no other data
 };
 
 } // namespace ZuHost

@@ -17,12 +17,12 @@ namespace
 
 using Files = ArchiveContents::Files;
 
-constexpr char const* ENTRIES = "sqlar"; // the name that the format gives
+constexpr char const* ENTRIES = "sqlar"; // name required by the format
 constexpr char const* LAST_GOOD = "lastgood";
-// What `WriteTable` makes a table of.
+// The columns of the tables that `WriteTable` makes.
 constexpr std::string_view COLUMNS = "(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB)";
 
-// The statement by which `sqlite3 FILE -A -c` makes its table, as the file keeps it.
+// The statement by which `sqlite3 FILE -A -c` makes its table, as the schema keeps it.
 constexpr std::string_view TABLE_OF_THE_TOOL = "CREATE TABLE sqlar(\n"
                                                "  name TEXT PRIMARY KEY,  -- name of the file\n"
                                                "  mode INT,               -- access permissions\n"
@@ -33,7 +33,7 @@ constexpr std::string_view TABLE_OF_THE_TOOL = "CREATE TABLE sqlar(\n"
 
 constexpr int64 MODE = S_IFREG | S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
-/// Whether a file of this name, extracted in a folder, stays in it.
+/// Whether a file of this name stays inside the folder into which it is extracted.
 bool IsSafeName(std::string_view name)
 {
     auto const isControl = [](char character) { return static_cast<unsigned char>(character) < 0x20; };
@@ -63,8 +63,8 @@ enum Column
     DATA
 };
 
-/// Whether a row of the schema is a table of an archive, or the index that comes with its primary key. The text of a table
-/// is compared whole: a table with other columns, constraints or computed values is none.
+/// Whether a row of the schema is a table of an archive or the index of its primary key. The whole text of a table is
+/// compared, so a table with other columns, constraints or computed values is not accepted.
 bool IsKnown(std::string_view type, std::string_view name, std::string_view table, std::string_view sql)
 {
     if (table != ENTRIES && table != LAST_GOOD)
@@ -80,13 +80,13 @@ bool IsKnown(std::string_view type, std::string_view name, std::string_view tabl
     return type == "table" && name == table && (isOurs || (table == ENTRIES && sql == TABLE_OF_THE_TOOL));
 }
 
-/// A folder has no content: a row that has some is a file whose mode is damaged.
+/// A folder has no content. A row with content is a file with a damaged mode.
 bool IsFolder(SqliteStatement const& row)
 {
     return (row.Number(ACCESS) & S_IFMT) == S_IFDIR && row.Bytes(DATA).empty();
 }
 
-/// Why a row is no file that may be unpacked; empty when it is one.
+/// Why a row must not be unpacked as a file; empty if it may.
 std::string FaultOf(SqliteStatement const& row)
 {
     int64 const size = row.Number(SIZE);
@@ -114,7 +114,7 @@ void NoteFault(ArchiveContents& contents, std::string name, std::string fault)
     }
 }
 
-/// A name for a person.
+/// A name as error texts show it.
 std::string Shown(std::string_view name)
 {
     return SqliteFile::Printable(name.substr(0, Archive::MAX_NAME_BYTES));
@@ -138,7 +138,7 @@ std::string Archive::FindFault()
     {
         if (std::string fault = SchemaFault(); !fault.empty())
         {
-            return fault; // ahead of the check, which would run constraints that a stranger has put in
+            return fault; // before the integrity check, which would run constraints from a foreign schema
         }
         SqliteStatement check(file, "PRAGMA integrity_check(1)");
         std::string const result(check.Step() ? check.Bytes(0) : "");
@@ -222,7 +222,7 @@ void Archive::ReadTable(char const* table, Files& files, ArchiveContents& conten
         {
             throw;
         }
-        NoteFault(contents, "", exception.what()); // what was read until here stands
+        NoteFault(contents, "", exception.what()); // the entries read so far are kept
     }
 }
 
@@ -251,7 +251,7 @@ bool Archive::HasTable(char const* name) const
     return find.Step() && IsKnown(find.Bytes(0), find.Bytes(1), find.Bytes(2), find.Bytes(3));
 }
 
-/// What is wrong with the schema; empty for nothing.
+/// Describes a fault of the schema; empty if there is none.
 std::string Archive::SchemaFault() const
 {
     SqliteStatement rows(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema");

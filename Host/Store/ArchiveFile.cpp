@@ -18,9 +18,9 @@ namespace
 using Files = ArchiveContents::Files;
 using Access = SqliteFile::Access;
 
-constexpr std::string_view REJECTED = "rejected/"; // the folder of what was replaced without having been taken over
+constexpr std::string_view REJECTED = "rejected/"; // folder of replaced documents that were never taken over
 
-/// Whether an entry is a document, and not something that a person has put beside it.
+/// Whether an entry is a document and not another file that a person has added.
 bool IsDocument(std::string_view name)
 {
     return name.starts_with("controls/") && name.ends_with(".json");
@@ -53,8 +53,8 @@ void TakeDocument(ArchiveFile::Documents& documents, ArchiveContents& contents, 
     }
 }
 
-/// The names of all that has ever been a document in the file. One that somebody has taken out is none any more, unless the
-/// file is damaged: then it may have been lost.
+/// The names of all documents of the file. A document that is only in the table of last good states was removed by a
+/// person and does not count, unless the file is damaged: then the entry may have been lost.
 std::set<std::string> NamesOf(ArchiveContents const& contents, bool isDamaged)
 {
     std::set<std::string> names;
@@ -84,7 +84,7 @@ Files DocumentsOf(Files const& entries)
     return documents;
 }
 
-/// What is wrong with the file as a whole; empty for nothing.
+/// Describes a fault of the file as a whole; empty if there is none.
 std::string FaultOf(Archive& archive, ArchiveContents const& contents)
 {
     if (std::string fault = archive.FindFault(); !fault.empty())
@@ -99,7 +99,7 @@ std::string FaultOf(Archive& archive, ArchiveContents const& contents)
     return whole != contents.faults.end() ? whole->second : "";
 }
 
-/// Throws when a table that holds `stored` could not be read again once `written` is in it.
+/// Throws when a table that holds `stored` could not be read again after adding `written`.
 void CheckBounds(std::filesystem::path const& path, Files const& stored, Files const& written)
 {
     uint64 count = written.size();
@@ -146,7 +146,7 @@ bool ArchiveFile::Exists() const
 {
     std::error_code error;
     auto const bytes = std::filesystem::file_size(path, error);
-    return !error && bytes != 0; // an empty one is what a crash leaves of a file that was about to be made
+    return !error && bytes != 0; // a crash while the file was being made leaves an empty one
 }
 
 ArchiveFile::Documents ArchiveFile::Read()
@@ -196,7 +196,7 @@ void ArchiveFile::Save(Files const& files, std::set<std::string> const& due, boo
             {
                 throw;
             }
-            isDamaged = true; // it has become so since it was read
+            isDamaged = true; // damaged since the last read
         }
     }
     Rebuild(files);
@@ -285,7 +285,7 @@ void ArchiveFile::Update(Files const& files, std::set<std::string> const& due, b
     }
     CheckBounds(path, stored.entries, entries);
     CheckBounds(path, stored.lastGood, lastGood);
-    if (isNew || !entries.empty() || !lastGood.empty()) // a new job without documents has its table all the same
+    if (isNew || !entries.empty() || !lastGood.empty()) // a new job without documents also gets its table
     {
         archive.Write(entries, lastGood);
     }
@@ -298,16 +298,16 @@ void ArchiveFile::Rebuild(Files const& files)
     {
         contents = Archive(path, Access::READ).Read();
     }
-    catch (Zu::Exception const&) // nothing of it can be read: all of it is in the file that is kept
+    catch (Zu::Exception const&) // nothing can be read; the kept file has all of it
     {
     }
-    contents.entries.merge(Files(contents.lastGood)); // what is not lost stays, whoever it belongs to
+    contents.entries.merge(Files(contents.lastGood)); // keep every entry that can be read, documents or not
     for (auto const& [name, bytes] : files)
     {
         contents.entries.insert_or_assign(name, bytes);
     }
     contents.lastGood = DocumentsOf(contents.entries);
-    CheckBounds(path, {}, contents.entries); // ahead of the copy that is kept
+    CheckBounds(path, {}, contents.entries); // before the damaged file is kept
     std::filesystem::path const kept = folder.KeepDamaged(path);
     Install(contents);
     isDamaged = false;
@@ -322,8 +322,7 @@ void ArchiveFile::Install(ArchiveContents const& contents) const
     {
         try
         {
-            Archive(path, Access::WRITE)
-                .HasTable(); // a transaction that a crash has left half done is rolled back by it
+            Archive(path, Access::WRITE).HasTable(); // rolls back a transaction that a crash interrupted
         }
         catch (Zu::Exception const& exception)
         {

@@ -13,24 +13,24 @@ namespace ZuHost
 
 class DataFolder;
 
-/// The documents of one file in the data folder, and what keeps them: nothing that was stored is lost to a bad file.
+/// The documents of one file in the data folder. A damaged file does not lose what was stored.
 ///
-/// Each document has its last good state beside it. A document that is no JSON gives way to that; a file that is damaged is
-/// kept under another name as soon as a sound one takes its place. One thread at a time.
+/// Each document has a copy of its last good state. If a document is not valid JSON, the copy is used. A damaged file
+/// is kept under another name before a sound one takes its place. One thread at a time.
 class ArchiveFile final
 {
 public:
     using Files = ArchiveContents::Files;
 
-    /// What a file was found to hold.
+    /// The documents that were read from a file, and its faults.
     struct Documents
     {
-        Files files;                        ///< good JSON each, by name: "controls/ModbusTcp/config.json"
-        std::set<std::string> fromLastGood; ///< of these the ones that are not what was last stored
-        std::vector<std::string> faults;    ///< a sentence for each thing that is wrong, for the user
+        Files files;                        ///< valid JSON each, by name: "controls/ModbusTcp/config.json"
+        std::set<std::string> fromLastGood; ///< names of the documents that are their last good state
+        std::vector<std::string> faults;    ///< a sentence for the user for each fault
     };
 
-    /// The folder outlives it.
+    /// The folder outlives this object.
     ArchiveFile(DataFolder const& usedFolder, std::filesystem::path newPath);
     ~ArchiveFile();
 
@@ -39,29 +39,30 @@ public:
     ArchiveFile(ArchiveFile const&) = delete;
     ArchiveFile& operator=(ArchiveFile const&) = delete;
 
-    /// Whether there is a file with anything in it.
+    /// Whether the file exists and is not empty.
     bool Exists() const;
 
-    /// Throws -999 when there is no file, -984 when nothing in it can be read, and what keeps it from being read.
+    /// Throws `Zu::Status::NOT_FOUND` when there is no file, `Zu::Status::BAD_FORMAT` when nothing in it can be read,
+    /// and other statuses of `SqliteFile`.
     Documents Read();
 
-    /// Stores those of `files` that `due` names, or all of them when the file is new or damaged. What differs is stored, in
-    /// one transaction, and is durable when this returns; when it throws, all is as it was. Throws `Zu::Status::FAILURE` when
-    /// the file would hold more than can be read again. With `keepsReplaced` the
-    /// documents that are replaced stay in the file, under "rejected/".
+    /// Stores those of `files` that `due` names, or all of them if the file is new or damaged. Only documents that
+    /// differ are written, in one transaction, which is durable when this returns. If this throws, the file is
+    /// unchanged. Throws `Zu::Status::FAILURE` when the file would exceed the bounds that `Archive` can read. With
+    /// `keepsReplaced`, the replaced documents stay in the file under "rejected/".
     void Save(Files const& files, std::set<std::string> const& due, bool keepsReplaced);
 
-    /// Puts these documents in the place of all that the file holds, and makes it when it is not there.
+    /// Replaces the whole content of the file with these documents. Makes the file if it does not exist.
     void Replace(Files const& files);
 
-    /// Puts what this file holds in the place of what `target` does.
+    /// Replaces the whole content of `target` with the entries of this file.
     void CopyTo(std::filesystem::path const& target) const;
 
-    /// The bytes of the file as they stand at one moment.
+    /// The bytes of the file, as of one moment.
     std::string Image() const;
 
-    /// The documents in the bytes of an archive that came from elsewhere. Throws -984 with a sentence for anything that is
-    /// wrong with it.
+    /// Reads the documents from the bytes of a foreign archive. Throws `Zu::Status::BAD_FORMAT` with a sentence for the
+    /// first fault.
     static Files Checked(std::string const& name, std::string_view bytes);
 
 private:
@@ -71,7 +72,7 @@ private:
 
     DataFolder const& folder;
     std::filesystem::path path;
-    bool isDamaged = false; // as far as is known
+    bool isDamaged = false; // as of the last read or save
 };
 
 } // namespace ZuHost

@@ -18,7 +18,7 @@ namespace
 {
 
 constexpr char const* SETTINGS_FILE = "settings.zpset";
-constexpr char const* NEW_FILE = ".new-archive"; // no job: it has a dot at its head
+constexpr char const* NEW_FILE = ".new-archive"; // cannot be a job: its name begins with a dot
 constexpr char const* JOURNAL_SUFFIX = "-journal";
 
 std::filesystem::path JournalOf(std::filesystem::path file)
@@ -52,7 +52,7 @@ DataFolder::DataFolder(std::filesystem::path newPath) : path(std::move(newPath))
         close(descriptor);
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "The data folder '%s' belongs to another host that runs", path.c_str());
     }
-    // A file system without locks, or one that can only be read, does not keep the host from starting.
+    // The host also starts on a file system that has no locks or is read-only.
 }
 
 DataFolder::~DataFolder()
@@ -93,7 +93,7 @@ std::vector<std::string> DataFolder::Jobs() const
 std::filesystem::path DataFolder::NewFile() const
 {
     std::filesystem::path file = path / NEW_FILE;
-    std::error_code error; // a folder that cannot be written says so when the file is made
+    std::error_code error; // ignored: making the file in a read-only folder fails later
     std::filesystem::remove(JournalOf(file), error);
     std::filesystem::remove(file, error);
     return file;
@@ -101,7 +101,7 @@ std::filesystem::path DataFolder::NewFile() const
 
 void DataFolder::Install(std::filesystem::path const& newFile, std::filesystem::path const& target) const
 {
-    // A journal of the file that goes would be played into the one that comes.
+    // SQLite would apply a journal of the old file to the new one.
     int const removed = unlink(JournalOf(target).c_str());
     CheckCall(removed != 0 && errno == ENOENT ? 0 : removed, "removed", JournalOf(target));
     CheckCall(std::rename(newFile.c_str(), target.c_str()), "written", target);
@@ -127,7 +127,7 @@ std::filesystem::path DataFolder::KeepDamaged(std::filesystem::path const& file)
 void DataFolder::Remove(std::filesystem::path const& file) const
 {
     CheckCall(unlink(file.c_str()), "removed", file);
-    Synchronise(); // ahead of the journal: without it a crash could leave half a transaction behind
+    Synchronise(); // before the journal goes: otherwise a crash could leave half a transaction
     unlink(JournalOf(file).c_str());
 }
 

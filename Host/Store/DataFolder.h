@@ -7,47 +7,47 @@
 namespace ZuHost
 {
 
-/// The folder in which jobs and settings live, for one host at a time.
+/// The folder of the jobs and settings. One host uses it at a time.
 ///
-/// What becomes of a file in it is durable when the operation returns. Any thread may read; one at a time changes.
+/// Each change is durable when the operation returns. Any thread may read; only one thread at a time may change files.
 class DataFolder final
 {
 public:
-    /// Makes the folder when it is not there. Throws -997 with one clear line when that fails, when it is no folder or when
-    /// another host has it.
+    /// Makes the folder if it does not exist. Throws `Zu::Status::BAD_ARGUMENT` with one line for the user when that
+    /// fails, when the path is no folder, or when another host uses it.
     explicit DataFolder(std::filesystem::path newPath);
     ~DataFolder();
 
     DataFolder(DataFolder const&) = delete;
     DataFolder& operator=(DataFolder const&) = delete;
 
-    /// Where the job of this name lives. Throws -997 for what cannot be a name.
+    /// The file of the job of this name. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name.
     std::filesystem::path JobFile(std::string const& name) const;
 
-    /// What belongs to the protocols, whatever job is loaded.
+    /// The file of the settings that belong to the protocols and not to a job.
     std::filesystem::path SettingsFile() const;
 
     /// The names of the jobs, sorted.
     std::vector<std::string> Jobs() const;
 
-    /// A name for a file that is not there yet; what a crash left of an earlier one is removed.
+    /// A path for a new file. Removes what a crash has left at this path.
     std::filesystem::path NewFile() const;
 
-    /// Puts `newFile` in the place of `target`, at one stroke.
+    /// Atomically replaces `target` with `newFile`.
     void Install(std::filesystem::path const& newFile, std::filesystem::path const& target) const;
 
-    /// Gives a damaged file a second name, ".damaged-1" behind its own, and tells which. The first one stays until a new file is
-    /// installed there.
+    /// Gives a damaged file a second name, such as ".damaged-1" after its own, and returns it. The first name stays
+    /// until a new file is installed there.
     std::filesystem::path KeepDamaged(std::filesystem::path const& file) const;
 
-    /// Removes a file and what a crash left beside it. Throws -999 when there is none.
+    /// Removes a file and its journal. Throws `Zu::Status::NOT_FOUND` when there is no file.
     void Remove(std::filesystem::path const& file) const;
 
 private:
     void Synchronise() const;
 
     std::filesystem::path const path;
-    int descriptor = -1; // of the folder: holds the lock, and is what is synchronised
+    int descriptor = -1; // of the folder: holds the lock, and is synchronised
 };
 
 } // namespace ZuHost

@@ -17,7 +17,7 @@ std::string Pack(std::string_view bytes)
     {
         ZU_THROW(Zu::Status::FAILURE, "%zu bytes cannot be deflated: %s", bytes.size(), zError(result));
     }
-    if (length >= bytes.size()) // as long as what it stands for: would be taken for it
+    if (length >= bytes.size()) // the same length marks uncompressed bytes
     {
         return std::string(bytes);
     }

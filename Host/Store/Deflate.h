@@ -5,14 +5,15 @@
 #include <string>
 #include <string_view>
 
-/// The content of a file in an SQLite archive: deflated with a zlib header when that makes it shorter, else as it is.
+/// The content of a file in an SQLite archive: compressed with a zlib header if that makes it shorter, else unchanged.
 namespace ZuHost::Deflate
 {
 
-/// `bytes` as an archive keeps them.
+/// `bytes` as an archive stores them.
 std::string Pack(std::string_view bytes);
 
-/// What was packed, `size` bytes long; nothing when it is none of that. Never more than `size` bytes of memory are used.
+/// Reverses `Pack`; `size` is the length of the result. Returns nothing for bytes that `Pack` cannot have made.
+/// Allocates at most `size` bytes.
 std::optional<std::string> Unpack(std::string_view packed, std::size_t size);
 
 } // namespace ZuHost::Deflate

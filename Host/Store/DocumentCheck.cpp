@@ -8,7 +8,7 @@ namespace ZuHost::DocumentCheck
 namespace
 {
 
-/// Keeps nothing of what it is told but the first fault.
+/// Keeps only the first fault.
 class Reader final : public nlohmann::json_sax<nlohmann::json>
 {
 public:
@@ -105,7 +105,7 @@ std::string FaultOf(std::string_view text)
     {
         return "it is longer than " + std::to_string(MAX_BYTES) + " bytes";
     }
-    if (text.find('\0') != std::string_view::npos) // the library takes it for the end
+    if (text.find('\0') != std::string_view::npos) // the library takes a zero byte for the end
     {
         return "it has a zero byte";
     }

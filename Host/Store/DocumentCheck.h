@@ -6,14 +6,14 @@
 #include <string>
 #include <string_view>
 
-/// What a document from a file must be before anybody works with it.
+/// Checks a document before any code parses or stores it.
 namespace ZuHost::DocumentCheck
 {
 
 inline constexpr std::size_t MAX_BYTES = 16 * 1024 * 1024;
-inline constexpr uint32 MAX_DEPTH = 64; ///< of arrays and objects: what works with a document goes down with it
+inline constexpr uint32 MAX_DEPTH = 64; ///< of arrays and objects: bounds the recursion of code that walks a document
 
-/// Why `text` is no document, for a person; empty for valid JSON within the bounds.
+/// Says for a person why `text` is no valid document; empty for JSON within the bounds.
 std::string FaultOf(std::string_view text);
 
 } // namespace ZuHost::DocumentCheck

@@ -17,7 +17,7 @@ bool IsForbidden(char character)
     return code < 0x20 || code == 0x7F || character == '/' || character == '\\';
 }
 
-/// How many bytes a character of UTF-8 has by its first one; 0 for what is none.
+/// The length of a UTF-8 character, by its first byte; 0 if no character begins with that byte.
 std::size_t LengthOf(unsigned char first)
 {
     if (first < 0x80)
@@ -35,7 +35,7 @@ std::size_t LengthOf(unsigned char first)
     return first >= 0xF0 && first < 0xF5 ? 4 : 0;
 }
 
-/// In form: bytes that begin a character, each with as many behind it as it says.
+/// Checks the form: each first byte is followed by the number of continuation bytes that it requires.
 bool IsUtf8(std::string_view text)
 {
     while (!text.empty())

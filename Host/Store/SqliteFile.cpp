@@ -17,7 +17,7 @@ namespace
 
 int FlagsOf(SqliteFile::Access access)
 {
-    // A file that cannot be written is opened for reading alone: SQLite sees to that by itself.
+    // SQLite itself falls back to read-only access for a file that cannot be written.
     int const flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     return access == SqliteFile::Access::CREATE ? flags | SQLITE_OPEN_CREATE : flags;
 }
@@ -30,7 +30,7 @@ int32 StatusOf(int result)
     case SQLITE_NOTADB:
     case SQLITE_FORMAT:
     case SQLITE_TOOBIG:
-    case SQLITE_ERROR: // the statements are fixed: when one cannot be compiled, the schema is not the one it was written for
+    case SQLITE_ERROR: // all statements are constant: if one fails to compile, the schema differs
         return Zu::Status::BAD_FORMAT;
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -77,7 +77,7 @@ SqliteFile::SqliteFile(std::string const& name, std::string_view bytes) : path(n
         }
         std::memcpy(copy, bytes.data(), bytes.size());
         auto const size = static_cast<sqlite3_int64>(bytes.size());
-        Check(sqlite3_deserialize(database, "main", copy, size, size, // the copy is SQLite's from here on
+        Check(sqlite3_deserialize(database, "main", copy, size, size, // SQLite owns the copy from here on
                                   SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY));
     }
     catch (...)
@@ -127,19 +127,19 @@ std::string SqliteFile::Image() const
 void SqliteFile::Open(char const* name, int flags)
 {
     Check(sqlite3_open_v2(name, &database, flags, nullptr));
-    isWritable = sqlite3_db_readonly(database, "main") == 0; // nothing is read yet
+    isWritable = sqlite3_db_readonly(database, "main") == 0; // before anything is read
     Check(sqlite3_extended_result_codes(database, 1));
     Check(sqlite3_busy_timeout(database, BUSY_TIMEOUT_MSEC));
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, MAX_VALUE_BYTES);
-    // A damaged schema is loaded as far as it can be: what is left of the file is read then. Nothing can write the schema,
-    // since the database is defensive.
+    // Load as much of a damaged schema as possible, so that the rest of the file can be read. No statement can write
+    // the schema, since the database is in defensive mode.
     Run("PRAGMA writable_schema = ON");
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr));
     Run("PRAGMA cell_size_check = ON");
-    sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr); // the load itself may fail
+    sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr); // may fail on the schema
 }
 
 std::string SqliteFile::Printable(std::string_view text)

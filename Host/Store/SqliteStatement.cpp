@@ -44,7 +44,7 @@ bool SqliteStatement::Step()
 
 void SqliteStatement::Reset()
 {
-    sqlite3_reset(statement); // says again what the step has said
+    sqlite3_reset(statement); // repeats the status of the last step
 }
 
 int64 SqliteStatement::Number(int column) const

@@ -11,9 +11,10 @@ namespace ZuHost
 
 class SqliteFile;
 
-/// A statement of a database, run as often as needed. Columns and parameters count from 0 and 1, as SQLite has it.
+/// A prepared statement of a database, which may be run repeatedly. As in SQLite, columns count from 0 and parameters
+/// from 1.
 ///
-/// What a step or a binding fails by it throws as the file does. The file outlives it.
+/// A failing step or binding throws as `SqliteFile::Fail` does. The file outlives the statement.
 class SqliteStatement final
 {
 public:
@@ -23,23 +24,23 @@ public:
     SqliteStatement(SqliteStatement const&) = delete;
     SqliteStatement& operator=(SqliteStatement const&) = delete;
 
-    /// What is bound is not copied: it stands until the next `Reset`.
+    /// Bound text and bytes are not copied. The caller keeps them valid until the next `Reset`.
     void BindText(int parameter, std::string_view text);
     void BindBytes(int parameter, std::string_view bytes);
     void BindNumber(int parameter, int64 number);
 
-    /// True while there is a row.
+    /// Returns true while there is a row.
     bool Step();
 
-    /// Ready for the next run, with the parameters that it had.
+    /// Prepares the next run. Bound parameters are kept.
     void Reset();
 
     int64 Number(int column) const;
 
-    /// Text or bytes of the row that stands; valid until the next step.
+    /// Text or bytes of the current row; valid until the next step.
     std::string_view Bytes(int column) const;
 
-    /// Whether the column holds text, bytes or nothing, and no number.
+    /// Whether the column is text, bytes or null, and not a number.
     bool HasBytes(int column) const;
 
 private:

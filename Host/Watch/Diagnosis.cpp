@@ -11,7 +11,7 @@ namespace
 using ZuControl::ControlVitals;
 using Sentences = std::set<std::string>;
 
-/// Whether what began at `sinceUsec`, 0 for nothing, lasts longer by now than it may.
+/// Whether an activity that began at `sinceUsec` (0: none) has taken longer than its limit.
 bool LastsTooLong(uint64 sinceUsec, uint64 limitUsec, uint64 nowUsec)
 {
     // `sinceUsec` may be later than `nowUsec`: the threads go on while the watch looks.
@@ -33,7 +33,7 @@ void LookAtDispatcher(ControlVitals::Dispatcher const& dispatcher, WatchLimits c
         sentences.insert(
             dispatcher.typeName +
             " gets no more results, since it failed over one. Disable it and enable it again; if that does "
-            "not help, restart the host."); // a service with a problem on record keeps its dispatcher
+            "not help, restart the host."); // a service with a recorded problem keeps its dispatcher
     }
     else if (LastsTooLong(dispatcher.busySinceUsec, limits.standstillUsec, nowUsec))
     {

@@ -13,15 +13,15 @@ struct ControlVitals;
 namespace ZuHost
 {
 
-/// How long something may take before it counts as a fault.
+/// How long an activity may take before it counts as a fault.
 struct WatchLimits
 {
-    uint64 standstillUsec = 1'000'000; ///< of the threads of the module, which come round several times a second
-    uint64 operationUsec = 60'000'000; ///< of an operation on the system
+    uint64 standstillUsec = 1'000'000; ///< of the module's threads, which loop several times a second
+    uint64 operationUsec = 60'000'000; ///< of a system operation
 };
 
-/// What is wrong with the threads of the module at `nowUsec`, a moment of `wTime_NowUsec`: sentences for the person at the
-/// screen, which stay the same for as long as the fault does.
+/// Returns a sentence for the user for each fault of the module's threads at `nowUsec` (a time of `wTime_NowUsec`). A
+/// sentence does not change as long as its fault lasts.
 std::set<std::string> Diagnose(ZuControl::ControlVitals const& vitals, WatchLimits const& limits, uint64 nowUsec);
 
 } // namespace ZuHost

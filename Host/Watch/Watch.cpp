@@ -64,7 +64,7 @@ void Watch::Tell(std::set<std::string> const& sentences)
     {
         if (!faults.contains(sentence))
         {
-            Problems told{{sentence, {}}}; // made first: a problem that was told is not forgotten for want of memory
+            Problems told{{sentence, {}}}; // made first: lack of memory must not lose a reported problem
             told.begin()->second = TellNew(sentence);
             Zu::MutexLock const guard(lock);
             faults.merge(told);
@@ -91,7 +91,7 @@ ZuCommon::ProblemsManager::Iterator Watch::TellNew(std::string const& sentence)
     return problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
 }
 
-/// Who comes late itself knows less of others: the machine was busy, or asleep, and they get as much longer.
+/// A late look extends the limits by its delay: the machine was busy or asleep, and the threads were delayed as well.
 WatchLimits Watch::LimitsAt(uint64 nowUsec)
 {
     WatchLimits limitsNow = limits;

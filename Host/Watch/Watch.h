@@ -18,30 +18,31 @@ struct ControlVitals;
 namespace ZuHost
 {
 
-/// Sees what has died or stands still in the module, and tells: a problem for as long as the fault lasts, and a line in the
-/// log when it comes and when it goes.
+/// Detects threads of the module that have died or hang. Reports each fault as a problem for as long as it lasts, and
+/// logs its begin and end.
 ///
-/// It looks four times a second on a thread of its own, "AsyncTimer", and waits for nobody: whatever stands still, the
-/// watch can be stopped. One thread starts and destroys it; any may ask for the faults.
+/// The watch looks four times a second on its own thread, "AsyncTimer", and never waits for the module. It can
+/// therefore be stopped even if the module hangs. One thread starts and destroys it; any thread may call `Faults`.
 class Watch final
 {
 public:
     static constexpr uint64 PERIOD_USEC = 250'000;
 
-    /// The problems outlive this, and so does what `newVitals` needs. It stands still until it is started.
+    /// `usedProblems` and the objects that `newVitals` uses outlive the watch. It does nothing until `Start`.
     Watch(ZuCommon::ProblemsManager& usedProblems, std::function<ZuControl::ControlVitals()> newVitals,
           WatchLimits const& newLimits);
-    ~Watch(); ///< stops, and takes its problems away
+    ~Watch(); ///< stops, and removes its problems
 
     Watch(Watch const&) = delete;
     Watch& operator=(Watch const&) = delete;
 
     void Start();
 
-    /// Looks once, at `nowUsec`, a moment of `wTime_NowUsec`. Called by the timer; by others only while that stands still.
+    /// Looks once, at `nowUsec` (a time of `wTime_NowUsec`). The timer calls it; other threads may call it only while
+    /// the timer does not run.
     void Look(uint64 nowUsec);
 
-    /// What was wrong when it last looked, a sentence each.
+    /// A sentence for each fault that the last look found.
     std::vector<std::string> Faults() const;
 
 private:
@@ -54,13 +55,13 @@ private:
     ZuCommon::ProblemsManager& problems;
     std::function<ZuControl::ControlVitals()> const vitals;
     WatchLimits const limits;
-    uint64 lastLookUsec = 0; // of the one that looks; 0 before the first look
+    uint64 lastLookUsec = 0; // used by the looking thread only; 0 before the first look
 
-    // By their sentences. The one that looks is the only one that changes them, and needs the lock for that alone: a leaf.
+    // By sentence. Only the looking thread changes them, so it needs the lock only for changes. The lock is a leaf.
     Problems faults;
     mutable Zu::Mutex lock;
 
-    Zu::AsyncTimer timer; // last: it uses all of the above
+    Zu::AsyncTimer timer; // last: it uses all members above
 };
 
 } // namespace ZuHost

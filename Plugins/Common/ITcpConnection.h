@@ -5,7 +5,7 @@
 namespace PluginCommon
 {
 
-/// One client of a TcpServer. All operations come on the server's I/O thread.
+/// A connection of a TcpServer. The server calls all operations on its I/O thread; none may block.
 class ITcpConnection
 {
 public:
@@ -13,13 +13,14 @@ public:
 
     virtual ~ITcpConnection();
 
-    /// The server knows the connection and has told that it is here: it may serve its client.
+    /// Starts serving the client. Before this call the server has added the connection and called `clientsChanged`.
     virtual void Begin() = 0;
 
-    /// Ends the connection when its client has been silent, or has taken nothing, for too long.
+    /// Ends the connection if its client has been silent for `idleTimeout`, or has not taken its responses for too
+    /// long.
     virtual void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout) = 0;
 
-    /// Closes the socket; the server has let the connection go and is told nothing.
+    /// Closes the socket. The server has removed the connection; do not call `Ended`.
     virtual void Close() = 0;
 };
 

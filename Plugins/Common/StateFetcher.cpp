@@ -16,7 +16,7 @@ namespace PluginCommon
 namespace
 {
 
-constexpr uint64 FETCH_TIMEOUT_USEC = 20'000; // of each of the two fetches
+constexpr uint64 FETCH_TIMEOUT_USEC = 20'000; // for each of the two fetches
 
 template <typename Number>
 uint8 CutTo255(Number value)
@@ -90,7 +90,7 @@ StateFetcher::State StateFetcher::Latest(std::string const& wantedScannerId)
     {
         changed.NotifyAll();
         changed.WaitUntil(lock, wTime_AfterUsec(FIRST_WAIT_USEC), [this]() ZU_REQUIRES(lock) {
-            return !isResting || isStopping; // once for each rest, however long the sources take
+            return !isResting || isStopping; // the end of one fetch suffices, even a failed one
         });
     }
     return state;
@@ -182,7 +182,7 @@ void StateFetcher::NoteFailure(bool& isFailing, char const* what)
 {
     if (Zu::CaughtStatus() == Zu::Status::BUSY || isFailing)
     {
-        return; // another protocol fetches at this moment, or it has been told
+        return; // BUSY: another protocol fetches at this moment
     }
     isFailing = true;
     ZU_LOG_CAUGHT("Unable to fetch the state of the %s", what);

@@ -21,16 +21,18 @@ class IControlDataCache;
 namespace PluginCommon
 {
 
-/// Keeps the state of system and scanner at hand, fetched by a thread of its own, so that who reads it never waits for where
-/// it comes from.
+/// Keeps recent values of the system and scanner state. Its own thread fetches them, so readers never wait for the
+/// sources.
 ///
-/// It fetches while clients are connected and somebody has asked within the last two seconds; after a rest the first to
-/// ask waits for the first fetch, for FIRST_WAIT_USEC at most. What cannot be fetched keeps its last value.
-/// Threads: any; `Start` and `Stop` belong to one at a time.
+/// It fetches while clients are connected and `Latest` was called within the last two seconds; otherwise it rests.
+/// After a rest the first call of `Latest` waits for a fetch, up to FIRST_WAIT_USEC. If a fetch fails, the last value
+/// is kept.
+///
+/// Threads: any thread may call, except that only one thread at a time may call `Start` and `Stop`.
 class StateFetcher final
 {
 public:
-    static constexpr uint64 PERIOD_USEC = 50'000; ///< a value is never older than 100 ms while the sources answer
+    static constexpr uint64 PERIOD_USEC = 50'000; ///< a value is at most 100 ms old while the sources answer
     static constexpr uint64 REST_AFTER_USEC = 2'000'000;
     static constexpr uint64 FIRST_WAIT_USEC = 50'000;
 
@@ -43,7 +45,7 @@ public:
         ScannerState scanner{};
     };
 
-    /// Cache, problems and the name of the thread outlive the object.
+    /// The name, the cache and the problems outlive the object.
     StateFetcher(char const* usedThreadName, ZuControl::IControlDataCache& usedDataCache,
                  ZuCommon::ProblemsManager& usedProblems);
     ~StateFetcher(); ///< stops
@@ -53,10 +55,11 @@ public:
     void Start();
     void Stop() noexcept;
 
-    /// Without clients nothing is fetched. The first one sets it going, ahead of its first question.
+    /// Says whether clients are connected. Without clients nothing is fetched. The first client starts fetching before
+    /// its first request.
     void SetHasClients(bool newHasClients);
 
-    /// What there is. `wantedScannerId` says of which scanner from now on; empty means the first one.
+    /// Returns the latest state. `wantedScannerId` selects the scanner from now on; empty selects the first one.
     State Latest(std::string const& wantedScannerId);
 
 private:
@@ -65,14 +68,14 @@ private:
     void Fetch(std::string const& fetchedScannerId);
     void FetchSystem();
     void FetchScanner(std::string const& fetchedScannerId);
-    bool IsWanted() const ZU_REQUIRES(lock); // under the lock
+    bool IsWanted() const ZU_REQUIRES(lock);
     void NoteFailure(bool& isFailing, char const* what);
 
     char const* const threadName;
     ZuControl::IControlDataCache& dataCache;
     ZuCommon::ProblemsManager& problems;
 
-    // A leaf: nothing is called under it, and no fetch runs under it. Guards everything down to isStopping.
+    // A leaf, which no fetch holds. Guards all members down to isStopping.
     Zu::Mutex lock;
     Zu::CondVar changed;
     State state ZU_GUARDED_BY(lock);
@@ -82,10 +85,10 @@ private:
     bool isResting ZU_GUARDED_BY(lock) = true; // until the first fetch after a rest has ended
     bool isStopping ZU_GUARDED_BY(lock) = false;
 
-    // Of the thread: whether the last fetch failed, so that a lasting failure is told once.
+    // Used on the thread only: the last fetch failed, so a lasting failure is logged once.
     bool isSystemFailing = false;
     bool isScannerFailing = false;
-    bool isStarted = false; // of who starts and stops
+    bool isStarted = false; // used by the thread that starts and stops
     wThread thread;
 };
 

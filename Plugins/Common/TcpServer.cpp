@@ -46,7 +46,8 @@ int32 StatusOf(error_code const& error)
 
 } // namespace
 
-/// What lives from a start to the next stop. All but the limits belongs to the I/O thread once it runs.
+/// The state from a start to the next stop. Once the I/O thread runs, it alone uses all members except the two limits
+/// and `endpoint`.
 class TcpServer::Core final
 {
 public:
@@ -63,7 +64,7 @@ public:
         ZU_CHECK(wThread_SetName(thread, server.service.threadName));
         Accept();
         Sweep();
-        ZU_CHECK(wThread_Start(thread, &Core::Run, this)); // last: the thread uses all of the above
+        ZU_CHECK(wThread_Start(thread, &Core::Run, this)); // last: the thread uses all members above
     }
 
     ~Core()
@@ -97,7 +98,7 @@ private:
     static int Run(void* argument)
     {
         auto& core = *static_cast<Core*>(argument);
-        while (!ZU_GUARD_BOUNDARY([&core] { core.io.run(); })) // ends when all is closed
+        while (!ZU_GUARD_BOUNDARY([&core] { core.io.run(); })) // returns when all is closed
         {
         }
         return 1;
@@ -129,7 +130,8 @@ private:
         }
     }
 
-    /// A port whose last connections still linger can be taken again; one on which somebody listens cannot.
+    /// Allows binding a port on which only connections in TIME_WAIT are left. Binding a port with a listener still
+    /// fails.
     void AllowReuse(tcp::endpoint const&, error_code& error)
     {
         acceptor.set_option(tcp::acceptor::reuse_address(true), error);
@@ -163,7 +165,8 @@ private:
         });
     }
 
-    /// Out of descriptors, say: trying again at once would only burn time that the clients need.
+    /// Waits before accepting again, for example when no descriptor is free. Retrying at once would take time from the
+    /// clients.
     void RetryAccept()
     {
         acceptRetry.expires_after(ACCEPT_RETRY);
@@ -180,13 +183,13 @@ private:
         if (connections.size() >= maxClients.load(std::memory_order_relaxed))
         {
             Count(server.counters.rejectedClients);
-            return; // the socket closes as it goes
+            return; // the socket's destructor closes it
         }
         Connection const connection =
             server.service.makeConnection(std::move(socket), [this](Connection const& gone) { Forget(gone); });
         connections.insert(connection);
         Count(server.counters.acceptedClients);
-        TellCount(); // before its first request: results flow from the moment it is here
+        TellCount(); // before the first request: results flow once a client is counted
         connection->Begin();
     }
 
@@ -205,13 +208,13 @@ private:
     void ForEach(std::function<void(ITcpConnection&)> const& visit)
     {
         std::vector<Connection> const all(connections.begin(), connections.end());
-        for (Connection const& connection : all) // a copy: one that ends leaves the set
+        for (Connection const& connection : all) // a copy: `visit` may remove a connection
         {
-            ZU_GUARD_BOUNDARY([&] { visit(*connection); }); // one that fails keeps nothing from the others
+            ZU_GUARD_BOUNDARY([&] { visit(*connection); }); // an exception must not keep `visit` from the others
         }
     }
 
-    /// One timer looks after the deadlines of all: no client costs a timer of its own with each request.
+    /// Checks the deadlines of all connections with one timer, so that a request costs no timer of its own.
     void Sweep()
     {
         std::chrono::microseconds const idleTimeout(idleTimeoutUsec.load(std::memory_order_relaxed));
@@ -228,7 +231,7 @@ private:
 
     void CloseAll()
     {
-        error_code ignored; // whatever does not close goes with the I/O context
+        error_code ignored; // the I/O context closes the rest
         acceptor.close(ignored);
         acceptRetry.cancel();
         sweep.cancel();
@@ -241,15 +244,15 @@ private:
     }
 
     TcpServer& server;
-    boost::asio::io_context io{1}; // one thread: it needs fewer locks
+    boost::asio::io_context io{1}; // one thread: fewer locks
     tcp::acceptor acceptor;
-    tcp::endpoint endpoint; // never changes once listening
+    tcp::endpoint endpoint; // constant once listening
     boost::asio::steady_timer acceptRetry;
     boost::asio::steady_timer sweep;
     std::unordered_set<Connection> connections;
-    std::atomic<uint64> maxClients; // the limits apply to what happens next; no order is promised
+    std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
     std::atomic<uint64> idleTimeoutUsec;
-    wThread thread; // last: it uses all of the above
+    wThread thread; // last: it uses all members above
 };
 
 TcpServer::TcpServer(Service servedBy, ClientCounters& serverCounters)
@@ -333,8 +336,8 @@ void TcpServer::BindAnew(TcpSettings const& wanted)
 {
     TcpSettings const before = applied;
     TcpSettings present = before;
-    present.port = Port(); // a free port was taken once: it is that one to go back to
-    Stop();                // first: the new address may cover the old one on the same port
+    present.port = Port(); // if a free port was taken, go back to that one
+    Stop();                // first: the new address may overlap the old one on the same port
     try
     {
         Start(wanted);

@@ -18,11 +18,11 @@ namespace PluginCommon
 
 struct ClientCounters;
 
-/// A TCP server: binds, listens, takes clients up to a cap and looks after their deadlines, on one I/O thread that serves
-/// them all. What is said with a client is the business of the connections that its owner makes.
+/// A TCP server: binds, listens, accepts clients up to a limit and checks their deadlines. One I/O thread serves all
+/// clients. The owner makes the connection objects, which implement the protocol.
 ///
-/// Ownership: counters and callbacks outlive the server. Threads: `Start`, `Apply` and `Stop` belong to one thread at a
-/// time, the rest to any; the callbacks run on the I/O thread.
+/// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
+/// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
 class TcpServer final
 {
 public:
@@ -32,10 +32,10 @@ public:
 
     struct Service
     {
-        char const* displayName; ///< begins the text of what cannot be started
+        char const* displayName; ///< begins the error texts
         char const* threadName;
         std::function<Connection(boost::asio::ip::tcp::socket socket, Ended whenEnded)> makeConnection;
-        std::function<void(uint64 count)> clientsChanged; ///< after each one that comes or goes
+        std::function<void(uint64 count)> clientsChanged; ///< called after each connect and disconnect
     };
 
     TcpServer(Service servedBy, ClientCounters& serverCounters);
@@ -43,28 +43,30 @@ public:
     TcpServer(TcpServer const&) = delete;
     TcpServer& operator=(TcpServer const&) = delete;
 
-    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's,
-    /// -976 for a port that is taken, 0 for another failure, each with address and port in the text. -1000 while it runs.
+    /// Starts listening. On failure nothing runs, and the text names address and port. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for an address that is invalid or not of this machine, `Zu::Status::BUSY` for a port
+    /// in use, `Zu::Status::FAILURE` for any other failure, and `Zu::Status::WRONG_STATE` while the server runs.
     void Start(TcpSettings const& settings);
 
-    /// Closes every connection and ends the I/O thread. Nothing happens when it does not run. Not to be called on the I/O
-    /// thread.
+    /// Closes all connections and ends the I/O thread. Does nothing if the server does not run. Must not be called on
+    /// the I/O thread.
     void Stop() noexcept;
 
     bool IsRunning() const;
 
-    /// Does nothing while it does not run. The limits apply in place, to clients that come from now on and to the silence of
-    /// all; another port or address is bound anew, at the price of every connection. When that fails it goes on where it
-    /// was, and throws as `Start` does; when it cannot even do that, it does not run any more.
+    /// Applies new settings; does nothing if the server does not run. New limits take effect at once: `maxClients` for
+    /// new clients, the idle timeout for all. A new address or port is bound, which closes all connections. If binding
+    /// fails, the server returns to the old address and throws as `Start` does; if that fails too, the server does not
+    /// run any more.
     void Apply(TcpSettings const& wanted);
 
-    /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
+    /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
     std::string Endpoint() const;
 
-    uint16 Port() const; ///< the true one; 0 while it does not run
+    uint16 Port() const; ///< the actual port; 0 if the server does not run
 
-    /// Calls `visit` soon for each connection that is there by then, on the I/O thread. False, and nothing is called, when
-    /// the server does not run; while it stops nothing may be called either.
+    /// Asks the I/O thread to call `visit` for each connection. Returns false, and calls nothing, if the server does
+    /// not run. While the server stops, visits may be dropped.
     bool PostToEach(std::function<void(ITcpConnection&)> visit);
 
 private:
@@ -74,10 +76,10 @@ private:
 
     Service const service;
     ClientCounters& counters;
-    std::unique_ptr<Core> core; // while it runs
+    std::unique_ptr<Core> core; // null while the server does not run
     TcpSettings applied;
 
-    // A leaf: guards the pointer, which is null before the core goes, so that nothing is posted to one that is gone.
+    // A leaf. `reachable` is set to null before the core is destroyed, so that nothing is posted to a destroyed core.
     mutable Zu::Mutex reachLock;
     Core* reachable ZU_GUARDED_BY(reachLock) = nullptr;
 };

@@ -7,13 +7,13 @@
 namespace PluginCommon
 {
 
-/// Where a server listens and whom it serves.
+/// The address and the limits of a server.
 struct TcpSettings
 {
-    std::string address;        ///< of this machine, as a number: IPv4 or IPv6
-    uint16 port = 0;            ///< 0 takes a free one
-    uint64 maxClients = 0;      ///< one more is accepted and closed at once
-    uint64 idleTimeoutUsec = 0; ///< a client that is silent for so long is dropped
+    std::string address;        ///< a numeric IPv4 or IPv6 address of this machine
+    uint16 port = 0;            ///< 0: a free port
+    uint64 maxClients = 0;      ///< a further client is accepted and closed at once
+    uint64 idleTimeoutUsec = 0; ///< a client that is silent for longer is dropped
 
     bool HasSamePlace(TcpSettings const& other) const
     {

@@ -3,7 +3,7 @@
 #include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Structure.h"
 
-/// What the protocol tells of itself. Each number says by its kind and its title what it is; any thread may read it.
+/// The metrics of the protocol. Kind and title describe each number. Any thread may read them.
 struct TemplateMetrics final : public Zu::Properties::Structure
 {
     TemplateMetrics();
@@ -11,6 +11,6 @@ struct TemplateMetrics final : public Zu::Properties::Structure
 
     using Metric = Zu::Properties::Metric;
 
-    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"}; ///< every protocol has this one
+    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"}; ///< required of each protocol
     Metric datagrams{Metric::Kind::COUNTER, "Datagrams sent"};
 };

@@ -10,7 +10,7 @@ TemplateParams::TemplateParams() : Group("")
 
 TemplateParams::~TemplateParams()
 {
-    Deregister("port"); // the members go before the base that refers to them
+    Deregister("port"); // before the members, to which the base class refers, are destroyed
     Deregister("address");
 }
 

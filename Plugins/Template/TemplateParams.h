@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// What a user sets. Each member shows in the protocol's document and its schema, and is kept with the job.
+/// The settings of the protocol. Each member appears in the protocol's document and schema, and is saved with the job.
 struct TemplateParams final : public Zu::Params::Group
 {
     TemplateParams();
@@ -14,6 +14,6 @@ struct TemplateParams final : public Zu::Params::Group
 
     void SetDefaults();
 
-    Zu::Params::Value<std::string> address; ///< of the receiver, IPv4, as a number
-    Zu::Params::Value<uint16> port;         ///< of the receiver, from 1
+    Zu::Params::Value<std::string> address; ///< IPv4 address of the receiver
+    Zu::Params::Value<uint16> port;         ///< of the receiver, 1 or more
 };

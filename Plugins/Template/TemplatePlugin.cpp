@@ -28,7 +28,7 @@ public:
             .SetDisplayName(TemplateProtocol::DISPLAY_NAME)
             .SetFactory(*factory);
         infos.push_back(info);
-        factories.push_back(factory); // the infos refer to them
+        factories.push_back(factory); // keeps the factory alive: the infos refer to it
     }
 
     static std::shared_ptr<TemplatePlugin> Make()

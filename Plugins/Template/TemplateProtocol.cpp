@@ -21,15 +21,15 @@ namespace
 {
 
 constexpr uint16 MOST_OUTPUTS = 100;
-constexpr double LARGEST_VALUE = 1e9; // millimetres
+constexpr double LARGEST_VALUE = 1e9; // in millimetres
 
-/// "3=50.000:1", behind what is there already.
+/// Appends a measurement such as "3=50.000:1" to `text`.
 void AppendMeasurement(std::string& text, uint16 outputId, void const* message)
 {
     double const value = ZuVision::ZvMeasurementMsg_Value(message);
     unsigned const decision = ZuVision::ZvMeasurementMsg_Decision(message);
     char valueText[32] = "missing";
-    if (std::abs(value) < LARGEST_VALUE) // also what could not be measured has a number, the smallest of all
+    if (std::abs(value) < LARGEST_VALUE) // a missing measurement has the lowest double as its value
     {
         std::snprintf(valueText, sizeof valueText, "%.3f", value);
     }
@@ -54,7 +54,7 @@ TemplateProtocol::TemplateProtocol(ControlProtocolEnviron const& environ)
 
 TemplateProtocol::~TemplateProtocol()
 {
-    CloseResultHandlerGate(); // no results come any more: the base would see to it when the members are gone
+    CloseResultHandlerGate(); // no more results: the base class would do this only after the members are gone
 }
 
 void TemplateProtocol::Start()
@@ -64,7 +64,7 @@ void TemplateProtocol::Start()
         sender.Open(params.address.Get(), params.port.Get());
         isRunning = true;
     }
-    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running); // not under a lock: others listen
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running); // not under the lock: it calls handlers
 }
 
 void TemplateProtocol::Stop()
@@ -95,7 +95,7 @@ void TemplateProtocol::ResetParams()
 void TemplateProtocol::OutputsUpdate()
 {
     std::unordered_map<uint64, uint16> newIds;
-    outputs.BeginLock(); // what `At` gives is good until the next change
+    outputs.BeginLock(); // items that `At` returns stay valid until `EndLock`
     for (uint64 i = 0; i < outputs.Count(); ++i)
     {
         StandardOutputItem const& item = outputs.At(i);
@@ -110,7 +110,7 @@ void TemplateProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScan
 {
     ProtocolBase::RegisterControlScanResultsHandler(results);
     results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
-    UpdateConnectedClientCount(1); // without a client no results come; there is no telling who listens to datagrams
+    UpdateConnectedClientCount(1); // results need a client; datagram receivers cannot be counted
 }
 
 void TemplateProtocol::ProcessResultSets(void* resultSets)

@@ -12,14 +12,14 @@
 #include <string>
 #include <unordered_map>
 
-/// Sends a datagram for each result set: "0=25.000:1 3=50.000:1", output id, value in millimetres, decision.
+/// Sends a datagram for each result set, such as "0=25.000:1 3=50.000:1": output id, value in millimetres, decision.
 ///
-/// Results come on the dispatcher's thread; parameters, start and stop on those of the REST service and of the host. What
-/// both touch stands behind `lock`.
+/// Results arrive on the dispatcher's thread. The threads of the REST service and of the host set parameters, start and
+/// stop. `lock` guards the state that they share.
 class TemplateProtocol final : public ZuControl::ControlProtocol::ProtocolBase
 {
 public:
-    /// Of this protocol among all; those of your own begin at 200.
+    /// The number of this protocol, unique among all protocols. Choose 200 or more for your own.
     static constexpr ZuControl::ZuEthernetProtocol PROTOCOL_ID{200};
     static constexpr char const* TYPE_NAME = "Template";
     static constexpr char const* DISPLAY_NAME = "UDP Template";
@@ -27,7 +27,7 @@ public:
     explicit TemplateProtocol(ZuControl::ControlProtocol::ControlProtocolEnviron const& environ);
     ~TemplateProtocol() override;
 
-    void Start() override; ///< throws when the address is none: the user sees the text
+    void Start() override; ///< throws for an invalid address; the user sees the text
     void Stop() override;
     void ParamsUpdate() override;
     void ResetParams() override;
@@ -51,7 +51,7 @@ private:
     bool isRunning ZU_GUARDED_BY(lock) = false;
     UdpSender sender ZU_GUARDED_BY(lock);
     std::unordered_map<uint64, uint16> outputIds ZU_GUARDED_BY(lock); // by the number of the data source
-    std::string text ZU_GUARDED_BY(lock);                             // of a datagram; kept for its memory
+    std::string text ZU_GUARDED_BY(lock);                             // of a datagram; kept to reuse its memory
 
-    Zu::Mutex metricsLock; // one update of the metrics record at a time
+    Zu::Mutex metricsLock; // held while the metrics record is updated
 };

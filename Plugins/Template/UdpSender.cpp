@@ -43,6 +43,6 @@ void UdpSender::Close() noexcept
 bool UdpSender::Send(std::string const& text) noexcept
 {
     auto const* const address =
-        reinterpret_cast<sockaddr const*>(&receiver); // the form that the socket interface takes
+        reinterpret_cast<sockaddr const*>(&receiver); // the type that the socket interface takes
     return handle >= 0 && sendto(handle, text.data(), text.size(), MSG_DONTWAIT, address, sizeof receiver) >= 0;
 }

@@ -5,23 +5,23 @@
 #include <netinet/in.h>
 #include <string>
 
-/// A socket that sends to one receiver. One thread at a time uses it.
+/// A UDP socket that sends to one receiver. One thread at a time.
 class UdpSender final
 {
 public:
     UdpSender() = default;
-    ~UdpSender(); ///< closes
+    ~UdpSender(); ///< closes the socket
 
     UdpSender(UdpSender const&) = delete;
     UdpSender& operator=(UdpSender const&) = delete;
 
-    /// From now on sends there. Throws -997 for an address that is none, 0 when there is no socket; what was open before is
-    /// closed in any case.
+    /// Opens a socket for this receiver; an open socket is closed first, even if this throws. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for an invalid address and `Zu::Status::FAILURE` when there is no socket.
     void Open(std::string const& address, uint16 port);
 
     void Close() noexcept;
 
-    /// Sends without waiting; false when that was not possible.
+    /// Sends without blocking. Returns false if the datagram was not sent.
     bool Send(std::string const& text) noexcept;
 
 private:
