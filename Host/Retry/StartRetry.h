@@ -43,8 +43,8 @@ public:
     /// A moment in microseconds, as `wTime_NowUsec`.
     using Clock = std::function<uint64()>;
 
-    /// One load of a job, on the thread that makes it. At its beginning no service is wanted any more; at its end those are
-    /// wanted whose start failed during the load.
+    /// One load of a job, on the thread that makes it. The constructor ends all wishes. After the destructor the services
+    /// that failed to start during the load are wanted.
     class Load final
     {
     public:

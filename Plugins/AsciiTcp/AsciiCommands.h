@@ -11,18 +11,19 @@
 namespace AsciiTcp
 {
 
-/// The commands of the service itself.
+/// The commands that the service itself offers.
 class AsciiCommands final : public ZuControl::IControlActionTarget
 {
 public:
     static constexpr char const* DISCONNECT_ALL = "disconnectAll";
     static constexpr char const* SEND_TEXT = "sendText";
 
-    /// Each carries out its command and gives the number of clients that it reaches; any thread may come.
+    /// Each handler carries out a command and returns the number of clients that it reaches. Handlers must be
+    /// thread-safe.
     struct Handlers
     {
         std::function<uint64()> disconnectAll;
-        std::function<uint64(std::string const& text)> sendText; ///< the text is valid
+        std::function<uint64(std::string const& text)> sendText; ///< `text` has been checked
     };
 
     explicit AsciiCommands(Handlers newHandlers);
@@ -32,10 +33,11 @@ public:
 
     std::vector<ZuControl::ControlActionInfo> ListActions() const override;
 
-    /// Throws -999 for a command that does not exist.
+    /// Throws `Zu::Status::NOT_FOUND` for an unknown command.
     std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const override;
 
-    /// The result is a ReachedClients. Throws -999 for a command that does not exist, -997 for a text that cannot be sent.
+    /// Returns a ReachedClients. Throws `Zu::Status::NOT_FOUND` for an unknown command, and `Zu::Status::BAD_ARGUMENT`
+    /// for a text that cannot be sent.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& id, Zu::Params::Group const& args) override;
 
 private:

@@ -14,7 +14,7 @@ using boost::system::error_code;
 namespace
 {
 
-constexpr int SENDS_IN_A_ROW = 16; // then the other clients have their turn
+constexpr int SENDS_IN_A_ROW = 16; // then other clients are served
 
 bool WouldBlock(error_code const& error)
 {
@@ -46,7 +46,7 @@ void AsciiConnection::Begin()
         End(false);
         return;
     }
-    error_code ignored; // without these it serves all the same: later, with older results, with clients that are gone
+    error_code ignored; // all three options are optional
     socket.set_option(tcp::no_delay(true), ignored);
     socket.set_option(tcp::socket::send_buffer_size(SEND_BUFFER_BYTES), ignored);
     socket.set_option(tcp::socket::keep_alive(true), ignored);
@@ -67,7 +67,7 @@ void AsciiConnection::CheckDeadlines(Clock::time_point now, Clock::duration idle
 void AsciiConnection::Close()
 {
     isOpen = false;
-    error_code ignored; // there is nothing left to do with a socket that does not close
+    error_code ignored; // a failed close leaves nothing to do
     socket.close(ignored);
 }
 
@@ -119,7 +119,7 @@ void AsciiConnection::WaitReadable()
     isReadAwaited = true;
     socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](error_code const&) {
         self->isReadAwaited = false;
-        // An error of the wait shows again in the read. What a handler throws costs this client its connection.
+        // The read reports an error of the wait. An exception of a handler closes this connection only.
         if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Readable(); }))
         {
             self->End(false);
@@ -159,7 +159,7 @@ void AsciiConnection::Readable()
 
 void AsciiConnection::Flush()
 {
-    conversation.TakeData(); // what is missed is counted also while nothing can be sent
+    conversation.TakeData(); // counts missed lines even while nothing can be sent
     for (int i = 0; !isWriteAwaited && !conversation.Pending().empty(); ++i)
     {
         if (i == SENDS_IN_A_ROW)
@@ -181,7 +181,7 @@ void AsciiConnection::Flush()
     WaitReadable();
 }
 
-/// False when the connection has ended.
+/// Returns false when the connection has ended.
 bool AsciiConnection::SendPending()
 {
     std::string_view const pending = conversation.Pending();

@@ -14,20 +14,22 @@
 namespace AsciiTcp
 {
 
-/// One client: its socket and its deadlines. Lives on the I/O thread, shared between the server and the operations that are
-/// outstanding on the socket.
+/// One client: its socket and its deadlines. Used on the I/O thread only. The server and the pending operations of the
+/// socket share it.
 ///
-/// A client that ends its side gets all answers, the end of its operation and, while subscribed, results for as long as it
-/// takes them; then the connection is closed.
+/// When a client closes its sending side, it still gets all answers, the end of its operation and, while subscribed,
+/// results for as long as it takes them. Then the connection is closed.
 class AsciiConnection final : public PluginCommon::ITcpConnection, public std::enable_shared_from_this<AsciiConnection>
 {
 public:
     using Ended = std::function<void(std::shared_ptr<ITcpConnection> const&)>;
 
-    /// What the system keeps of unsent bytes for one client, about: results that wait there are old when they arrive.
+    /// Approximate limit of the socket's send buffer. It is small because results that wait there are old when they
+    /// arrive.
     static constexpr int SEND_BUFFER_BYTES = 64 * 1024;
 
-    /// `whenEnded` is called once, on the I/O thread, when the connection has ended by itself; not for `Close`.
+    /// `whenEnded` is called once, on the I/O thread, when the connection has ended by itself. `Close` does not call
+    /// it.
     AsciiConnection(boost::asio::ip::tcp::socket acceptedSocket, IAsciiService& service, DataFeed& feed,
                     AsciiCounters& usedCounters, Ended whenEnded);
     ~AsciiConnection() override;
@@ -36,20 +38,20 @@ public:
 
     void Begin() override;
 
-    /// Ends the connection of a client that for `idleTimeout` has sent no request, or has taken nothing of what waits for
-    /// it. One that is subscribed, or waits for the end of its operation, need not send anything.
+    /// Ends the connection if the client has sent no request for `idleTimeout`, or has taken no pending bytes for that
+    /// time. A client that is subscribed, or waits for an operation or an answer, need not send requests.
     void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout) override;
 
     void Close() override;
 
-    /// The feed has something new.
+    /// The feed has new lines.
     void DataCame();
 
     void OperationEnded(uint64 ticket, bool isDone);
     void Answered(uint64 ticket, std::string_view line);
     void Tell(std::string_view line);
 
-    /// Ends the connection by command of the service's user.
+    /// Ends the connection because the user of the service asked for it.
     void Disconnect();
 
 private:
@@ -66,10 +68,10 @@ private:
     AsciiCounters& counters;
     Ended ended;
     uint64 answeredCount = 0;
-    Clock::time_point lastRequest; // or when the connection, or an operation that it waited for, ended or began
-    Clock::time_point lastTaken;   // when something was last sent, or when the connection began
+    Clock::time_point lastRequest; // last request, begin, or end of an operation that the client waited for
+    Clock::time_point lastTaken;   // last time that bytes were sent, or the begin
     bool isReadAwaited = false;
-    bool isWriteAwaited = false; // something waits for the client
+    bool isWriteAwaited = false; // waits until the socket is writable
     bool isOpen = true;
 };
 

@@ -114,7 +114,7 @@ void AsciiConversation::Tell(std::string_view line)
 
 bool AsciiConversation::IsOver() const
 {
-    // With nothing pending every whole line has been answered.
+    // Without pending output every complete line has been answered.
     return hasInputEnded && Pending().empty() && !subscribed && !IsWaiting();
 }
 
@@ -132,8 +132,8 @@ void AsciiConversation::AnswerAll()
     }
 }
 
-/// The next line that is to be answered; it lies in the input. One that is too long for the input to wait for its end is
-/// given as far as it has come, and its rest is passed over.
+/// Takes the next line from the input; `line` refers to the input. If a line is too long for the input, the part
+/// received so far is returned and the rest is skipped.
 bool AsciiConversation::TakeLine(std::string_view& line)
 {
     while (true)
@@ -141,7 +141,7 @@ bool AsciiConversation::TakeLine(std::string_view& line)
         std::string_view const unread(input.data() + inputFirst, inputEnd - inputFirst);
         std::size_t const end = unread.find('\n');
         bool const isWhole = end != std::string_view::npos;
-        bool const mayGrow = unread.size() <= AsciiRequest::MAX_BYTES + 1; // one more may be the carriage return
+        bool const mayGrow = unread.size() <= AsciiRequest::MAX_BYTES + 1; // one byte more may be the carriage return
         if (!isWhole && !isSkipping && mayGrow)
         {
             return false;
@@ -183,7 +183,7 @@ void AsciiConversation::Answer(std::string_view line)
     catch (...)
     {
         std::string const text = Zu::CaughtText();
-        output.resize(before); // nothing of an answer that broke off
+        output.resize(before); // removes an incomplete answer
         AppendError(output, Zu::CaughtStatus(), text.empty() ? "The request is refused" : text);
         Count(counters.errors);
     }

@@ -15,11 +15,11 @@ namespace AsciiTcp
 class DataFeed;
 struct AsciiCounters;
 
-/// What is said with one client, without a socket: bytes in, lines out.
+/// The protocol with one client, without a socket: bytes in, lines out.
 ///
-/// The caller reads into `Room`, tells `Received`, and writes what `Pending` holds, telling `Sent`. A client that sends
-/// without reading fills FULL_BYTES of answers; then nothing more is read from it. One that has subscribed and does not read
-/// gets no result lines beyond DATA_BYTES, and misses those that the feed cannot keep for it.
+/// The caller reads bytes into `Room` and calls `Received`; it writes the bytes of `Pending` and calls `Sent`. When
+/// FULL_BYTES of output are unsent, nothing more is read from the client. A subscribed client gets no result lines
+/// while DATA_BYTES are unsent; it misses the lines that the feed has dropped meanwhile.
 class AsciiConversation final
 {
 public:
@@ -32,32 +32,32 @@ public:
     AsciiConversation(AsciiConversation const&) = delete;
     AsciiConversation& operator=(AsciiConversation const&) = delete;
 
-    /// Where the next bytes go; empty while the client is to take its answers first.
+    /// The place for the next bytes; empty while the client has to take answers first, and after `InputEnded`.
     std::span<char> Room();
 
-    /// `bytes` have been put into the room. Answers every complete line that the output has room for.
+    /// `bytes` bytes were put into `Room`. Answers each complete line, as long as the output has room.
     void Received(std::size_t bytes);
 
-    /// Nothing more comes from the client. Bytes behind its last line end are no request.
+    /// The client sends nothing more. Bytes after its last line end are ignored.
     void InputEnded();
 
-    /// What has not been sent yet.
+    /// The output that was not sent yet.
     std::string_view Pending() const;
 
-    /// `bytes` of the pending ones have gone. Answers what waited in the input when there is room for it.
+    /// `bytes` bytes of `Pending` were sent. If there is room now, answers the lines that waited in the input.
     void Sent(std::size_t bytes);
 
-    /// Takes result lines from the feed as far as there is room for them, and counts those that were missed.
+    /// Takes result lines from the feed as far as there is room, and counts the missed lines.
     void TakeData();
 
-    /// The operation of this ticket has ended. True when the client is told, since it was its own.
+    /// The operation of this ticket has ended. Returns true if it was this client's, which is then told.
     bool OperationEnded(uint64 ticket, bool isDone);
 
-    /// The answer to the request of this ticket, which is one line. True when it is this client's; the requests behind it are
+    /// `line` is the answer to the request of this ticket. Returns true if it is this client's. Its later requests are
     /// answered from now on.
     bool Answered(uint64 ticketOfAnswer, std::string_view line);
 
-    /// Says a line of the service's own; a client that takes nothing misses it, which counts as a drop.
+    /// Sends a line to the client unasked. If the output is full, the line is dropped and counted.
     void Tell(std::string_view line);
 
     bool IsSubscribed() const
@@ -65,16 +65,16 @@ public:
         return subscribed;
     }
 
-    /// Whether the client waits for the end of an operation, or for an answer that takes its time.
+    /// Whether the client waits for the end of an operation or for the answer of a slow request.
     bool IsWaiting() const
     {
         return ticket != 0 || awaited != 0;
     }
 
-    /// The client has ended its side, everything is answered and sent, and nothing more can come.
+    /// Whether the client has closed its sending side, everything is answered and sent, and nothing more can follow.
     bool IsOver() const;
 
-    /// Requests answered so far.
+    /// The number of requests answered so far.
     uint64 AnsweredCount() const
     {
         return answered;
@@ -96,16 +96,16 @@ private:
     DataFeed& feed;
     AsciiCounters& counters;
     std::array<char, INPUT_BYTES> input;
-    std::size_t inputFirst = 0; // the next line begins here
+    std::size_t inputFirst = 0; // begin of the next line
     std::size_t inputEnd = 0;
-    bool isSkipping = false; // the rest of a line that is too long
+    bool isSkipping = false; // skipping the rest of a line that is too long
     bool hasInputEnded = false;
     std::string output;
-    std::size_t outputFirst = 0; // sent up to here
+    std::size_t outputFirst = 0; // bytes before it are sent
     bool subscribed = false;
-    uint64 nextLine = 0; // of the feed, while subscribed
-    uint64 ticket = 0;   // of the operation whose end the client waits for
-    uint64 awaited = 0;  // the ticket of the answer that the next request waits for
+    uint64 nextLine = 0; // number of the next line in the feed, while subscribed
+    uint64 ticket = 0;   // of the operation whose end the client waits for; 0 for none
+    uint64 awaited = 0;  // ticket of the answer that later requests wait for; 0 for none
     uint64 awaitedSinceUsec = 0;
     uint64 answered = 0;
 };

@@ -7,8 +7,8 @@
 namespace AsciiTcp
 {
 
-/// What the service tells of itself. The numbers count from the last reset, but for those that say "now". Any thread may read
-/// them while they are brought up to date.
+/// The metrics of the service. Numbers count from the last reset, unless their title says "now". Any thread may read
+/// them during an update.
 struct AsciiMetrics final : public Zu::Properties::Structure
 {
 public:
@@ -20,7 +20,7 @@ public:
     using Metric = Zu::Properties::Metric;
 
     Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"};
-    Zu::Properties::SharedText listening; ///< "127.0.0.1:5025" now, empty while stopped
+    Zu::Properties::SharedText listening; ///< current address, such as "127.0.0.1:5025"; empty while stopped
     Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
     Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
     Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
@@ -32,7 +32,7 @@ public:
     Metric resultSets{Metric::Kind::COUNTER, "Result sets taken"};
     Metric lastHandlingUsec{Metric::Kind::GAUGE, "Time from the last request to its answer"};
     Metric largestHandlingUsec{Metric::Kind::GAUGE, "Longest time from a request to its answer"};
-    Zu::Properties::SharedText lastText; ///< the last text that the command sendText sent
+    Zu::Properties::SharedText lastText; ///< the last text that the command sendText has sent
 };
 
 } // namespace AsciiTcp

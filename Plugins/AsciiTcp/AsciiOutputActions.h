@@ -7,8 +7,8 @@ namespace AsciiTcp
 
 class AsciiOutputMap;
 
-/// The actions by which clients change the output map. They are those of every map; "removeAll" leaves nothing here either,
-/// while a cleared map goes back to what a new job has.
+/// The actions of every output map. The difference: "removeAll" leaves the map empty, whereas `Clear` restores the map
+/// of a new job.
 class AsciiOutputActions final : public ZuControl::ControlProtocol::ProtocolOutputActionTarget
 {
 public:

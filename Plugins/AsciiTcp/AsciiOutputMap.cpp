@@ -23,7 +23,7 @@ AsciiOutputMap::~AsciiOutputMap() = default;
 
 void AsciiOutputMap::Clear()
 {
-    Zu::Locker const guard(lock); // nobody else sees it half done
+    Zu::Locker const guard(lock); // held across both steps, so that no other thread sees the empty map
     RemoveAll();
     for (char const* name : DEFAULT_NAMES)
     {

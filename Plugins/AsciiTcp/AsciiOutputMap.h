@@ -6,20 +6,20 @@
 namespace AsciiTcp
 {
 
-/// The output map of the service. A new job gives every protocol a cleared map; this one then holds the measurements of the
-/// profile under short names, so that the first client of a new job has something to ask for.
+/// The output map of the service. A new job clears the map of each protocol; this one then has the measurements of the
+/// profile under short names, so that the first client can read results without configuration.
 class AsciiOutputMap final : public ZuControl::ControlProtocol::TextIdStandardProtocolOutputMap
 {
 public:
     static constexpr uint16 MOST_OUTPUTS = 1024;
 
-    AsciiOutputMap(); ///< begins as the map of a new job
+    AsciiOutputMap(); ///< starts as the map of a new job
     ~AsciiOutputMap() override;
 
-    /// Goes back to the map of a new job: meanZ, points, width, zMax and zMin, each the measurement of this name.
+    /// Restores the map of a new job: meanZ, points, width, zMax and zMin, each the measurement of that name.
     void Clear() override;
 
-    /// Leaves nothing.
+    /// Empties the map.
     void RemoveAll();
 };
 

@@ -34,7 +34,7 @@ AsciiParams::~AsciiParams()
 {
     for (char const* key : {"port", "address", "maxClients", "decimals", "idleTimeout"})
     {
-        Deregister(key); // the members go before the base that refers to them
+        Deregister(key); // before the members, to which the base class refers, are destroyed
     }
 }
 

@@ -26,7 +26,7 @@ struct Form
     std::string_view word;
     AsciiRequest::Verb verb;
     Argument argument = Argument::NONE;
-    char const* needed = ""; // what is missing when a required argument is
+    char const* needed = ""; // names the missing argument in the error text
 };
 
 constexpr Form FORMS[] = {

@@ -8,10 +8,10 @@
 namespace AsciiTcp
 {
 
-/// One request line, taken apart. It refers to the line.
+/// A parsed request line. It refers to the line's bytes.
 struct AsciiRequest
 {
-    /// Longer requests are not read.
+    /// Longer requests are refused.
     static constexpr std::size_t MAX_BYTES = 1024;
 
     enum class Verb : uint8
@@ -35,14 +35,14 @@ struct AsciiRequest
     };
 
     Verb verb{};
-    std::string_view argument; ///< without the blanks around it; empty when there is none
+    std::string_view argument; ///< without blanks around it; may be empty
 
-    /// Takes a line without its end. Blanks and tabs may stand around verb and argument. Throws -997 for a line that says
-    /// nothing, has a control character in it, or has an argument too many or too few, and -996 for an unknown verb, each
-    /// with a text for the client.
+    /// Parses a line without its line end. Blanks and tabs around verb and argument are ignored. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for an empty line, a control character, or a missing or superfluous argument, and
+    /// `Zu::Status::NOT_SUPPORTED` for an unknown verb; the text is meant for the client.
     static AsciiRequest Parse(std::string_view line);
 
-    /// All requests with their arguments, on one line.
+    /// All requests with their arguments, in one line.
     static char const* Help();
 };
 

@@ -79,7 +79,7 @@ void AsciiServer::DisconnectAll()
 void AsciiServer::ToEach(std::function<void(AsciiConnection&)> visit)
 {
     server->PostToEach([visit = std::move(visit)](ITcpConnection& connection) {
-        visit(static_cast<AsciiConnection&>(connection)); // this server makes no other
+        visit(static_cast<AsciiConnection&>(connection)); // this server makes no other type
     });
 }
 

@@ -21,31 +21,30 @@ class DataFeed;
 class IAsciiService;
 struct AsciiCounters;
 
-/// The server of the line protocol: one I/O thread, "AsciiTcp.Io", that serves every client, none of which can hold up
-/// another.
+/// The server of the line protocol. One I/O thread, "AsciiTcp.Io", serves all clients; no client can block another.
 ///
-/// Ownership: service, feed, counters and callback outlive the server. Threads: `Start`, `Apply` and `Stop` belong to one
-/// thread at a time, the rest to any.
+/// Ownership: service, feed, counters and callback outlive the server. Threads: one thread at a time calls `Start`,
+/// `Apply` and `Stop`; any thread may call the rest.
 class AsciiServer final
 {
 public:
     using Settings = PluginCommon::TcpSettings;
 
-    /// `whenClientsChanged` hears of every client that comes or goes, with the number that is connected from then on.
+    /// `whenClientsChanged` is called after each connect and disconnect with the number of connected clients.
     AsciiServer(IAsciiService& service, DataFeed& feed, AsciiCounters& counters,
                 std::function<void(uint64)> whenClientsChanged);
     ~AsciiServer(); ///< stops
     AsciiServer(AsciiServer const&) = delete;
     AsciiServer& operator=(AsciiServer const&) = delete;
 
-    // As those of PluginCommon::TcpServer.
+    // As the operations of PluginCommon::TcpServer.
     void Start(Settings const& settings);
     void Apply(Settings const& wanted);
     void Stop() noexcept;
     bool IsRunning() const;
     std::string Endpoint() const;
 
-    // Each reaches the clients soon, and nobody while the server does not run.
+    // Each posts to all clients. Does nothing if the server does not run.
     void DataCame();
     void OperationEnded(uint64 ticket, bool isDone);
     void Answered(uint64 ticket, std::string_view line);

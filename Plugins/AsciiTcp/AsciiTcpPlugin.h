@@ -7,7 +7,7 @@
 namespace AsciiTcp
 {
 
-/// What this library offers: one protocol type, on every kind of system.
+/// Offers one protocol type, on all kinds of systems.
 class AsciiTcpPlugin final : public ZuControl::ControlPlugin
 {
 public:

@@ -34,7 +34,7 @@ Service& Required(Service* service, char const* name)
     return *service;
 }
 
-/// Whether the settings may hold `text`: one that was sent, or the empty one that a factory restore leaves.
+/// Whether `text` may be in the settings: a text that could be sent, or the empty text of a factory restore.
 bool IsStorable(std::string const& text)
 {
     return text.empty() || SendTextParams::IsValid(text);
@@ -80,7 +80,7 @@ AsciiTcpProtocol::AsciiTcpProtocol(ControlProtocolEnviron const& environ)
 
 AsciiTcpProtocol::~AsciiTcpProtocol()
 {
-    CloseResultHandlerGate(); // the base would do it when the members are gone
+    CloseResultHandlerGate(); // the base class would do it only after the members are destroyed
     server.Stop();
     fetcher.Stop();
 }
@@ -126,9 +126,9 @@ void AsciiTcpProtocol::ParamsUpdate()
         bool const isLost = wasRunning && !server.IsRunning();
         if (isLost)
         {
-            fetcher.Stop(); // as after a start that failed
+            fetcher.Stop(); // as after a failed start
         }
-        guard.Unlock(); // a handler may ask this service for anything
+        guard.Unlock(); // handlers may call this service
         if (isLost)
         {
             NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
@@ -139,8 +139,8 @@ void AsciiTcpProtocol::ParamsUpdate()
 
 void AsciiTcpProtocol::ResetParams()
 {
-    // What runs goes on as it is until the next update or start: a load puts the defaults back before it sets what the job
-    // says, and would drop every client on the way through another port.
+    // A running server keeps its settings until the next update or start. A load resets the parameters before it sets
+    // those of the job; applying the default port in between would drop all clients.
     params.SetDefaults();
 }
 
@@ -163,8 +163,7 @@ void AsciiTcpProtocol::Start()
             fetcher.Stop();
             throw;
         }
-        metrics.listening.Set(
-            server.Endpoint()); // at once: the host prints it, also while no metrics are brought up to date
+        metrics.listening.Set(server.Endpoint()); // at once: the host prints the address before the metrics are updated
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -186,7 +185,7 @@ void AsciiTcpProtocol::OutputsUpdate()
 
 void AsciiTcpProtocol::ProcessResultSets(void* resultSets)
 {
-    // One that leaves ends the delivery of results for good.
+    // An exception that left this function would end the delivery of results for good.
     ZU_GUARD_BOUNDARY([this, resultSets] {
         if (board.Process(*static_cast<wArrayList const*>(resultSets)))
         {
@@ -210,7 +209,7 @@ void AsciiTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlSc
 {
     {
         Zu::MutexLock const guard(fanOutLock);
-        fanOut = nullptr; // not under the call below, which waits for a batch in progress
+        fanOut = nullptr; // not held during the call below, which waits for a running batch
     }
     ProtocolBase::DeregisterControlScanResultsHandler(results);
 }
@@ -234,7 +233,7 @@ void AsciiTcpProtocol::OnStartScan()
 {
     Zu::MutexLock const guard(metricsLock);
     metrics.controlDrops.Set(
-        counters.controlDrops.load(std::memory_order_relaxed)); // all that were before count as old
+        counters.controlDrops.load(std::memory_order_relaxed)); // earlier drops do not count for this scan
     ProtocolBase::OnStartScan();
 }
 
@@ -243,7 +242,7 @@ void AsciiTcpProtocol::OnFactoryRestore()
     Zu::MutexLock const guard(textLock);
     if (lastText.has_value())
     {
-        lastText = ""; // stored as such: a document that stays null would leave the old text in the store
+        lastText = ""; // stored as empty: a null document would leave the old text in the store
     }
 }
 
@@ -321,7 +320,7 @@ uint64 AsciiTcpProtocol::Begin(Command command, std::string_view argument)
         }
         catch (...)
         {
-            SetOperationInProgress(false); // refused: the result of the operation before it stays
+            SetOperationInProgress(false); // refused: the previous operation's result stays
             throw;
         }
     });
@@ -334,7 +333,7 @@ uint64 AsciiTcpProtocol::Ask(AsciiRequest const& request)
 
 AsciiServer::Settings AsciiTcpProtocol::WantedSettings() const
 {
-    // Settings come from files too, unvalidated.
+    // Clamped, because settings from files are not validated.
     return {params.address.Get(), params.port.Get(), std::min(params.maxClients.Get(), AsciiParams::MOST_CLIENTS),
             USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, AsciiParams::LONGEST_IDLE_TIMEOUT)};
 }

@@ -22,56 +22,58 @@
 namespace AsciiTcp
 {
 
-/// The service: results by name, commands and state in lines of text over TCP.
+/// The service "ASCII over TCP": results by name, commands and state as lines of text.
 ///
-/// Results come on the dispatcher's thread and go to the board and the feed; clients are served on the server's I/O thread;
-/// the state of the system is fetched by a thread of its own, and another one carries out what may take its time. Nothing here waits for the end of an operation, so that the
-/// job that a client loads can stop and start this service.
+/// Threads: results arrive on the dispatcher's thread and go to the board and the feed. The server's I/O thread serves
+/// the clients. One thread fetches the system state, another carries out slow requests. No operation here waits for the
+/// end of a system operation, so a job that a client loads can stop and start this service.
 class AsciiTcpProtocol final : public ZuControl::ControlProtocol::ProtocolBase, private IAsciiService
 {
 public:
     static constexpr ZuControl::ZuEthernetProtocol PROTOCOL_ID{2};
     static constexpr char const* TYPE_NAME = "AsciiTcp";
     static constexpr char const* DISPLAY_NAME = "ASCII over TCP";
-    static constexpr char const* STAMP_SOURCE = "profile/stamp"; ///< gives the lines of results their frame counter
+    static constexpr char const* STAMP_SOURCE = "profile/stamp"; ///< source of the frame counter in result lines
 
-    /// Throws -997 for an `environ` without a data cache or a problems manager, beside what the base refuses.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an `environ` without a data cache or a problems manager, and as the base
+    /// class does.
     explicit AsciiTcpProtocol(ZuControl::ControlProtocol::ControlProtocolEnviron const& environ);
     ~AsciiTcpProtocol() override;
 
     Zu::Properties::Structure& UpdateMetrics() override;
     void ResetMetrics() override;
 
-    /// Another port or address while it runs is bound anew, at the price of every connection; when that fails the service
-    /// goes on where it was, and the exception says why. The rest applies in place.
+    /// Applies the parameters. A new port or address is bound, which closes all connections. If binding fails, the
+    /// service goes on at the old address and the exception tells why.
     void ParamsUpdate() override;
     void ResetParams() override;
 
-    /// Throws when it cannot listen; see AsciiServer::Start. Runs already: nothing happens.
+    /// Does nothing if the service runs. Throws as AsciiServer::Start does.
     void Start() override;
     void Stop() override;
 
     void OutputsUpdate() override;
     void ProcessResultSets(void* resultSets) override;
 
-    // Nobody else tells the fan-out the sources of a new job, nor the clients that were there before it was asked.
+    // These two also report the sources of a new job, and clients that connected earlier, to the fan-out.
     void RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
     void DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
 
     ZuControl::IControlActionTarget* ActionTarget() override;
 
-    /// The sources of the outputs, and the stamp that goes with them.
+    /// The sources of the outputs, and the source of the stamp.
     std::vector<std::string> DataSourceList() const override;
 
     void OnStartScan() override;
     void OnFactoryRestore() override;
 
-    // The last text that was sent to the clients is kept with the settings of the protocol, whatever job is loaded.
-    /// Forgets the text; `document` stays as it is, so that nothing is stored.
+    // The last text sent to the clients is saved with the settings of the protocol, not with a job.
+
+    /// Clears the text and leaves `document` unchanged, so that nothing is stored.
     void InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
-    /// Throws `Zu::Status::BAD_FORMAT` for a document whose text is neither empty nor one that could be sent.
+    /// Throws `Zu::Status::BAD_FORMAT` unless the text in `document` is empty or could be sent.
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
-    /// Leaves `document` as it is while there was never a text. After a factory restore it holds the empty text.
+    /// Leaves `document` unchanged if there was never a text. After a factory restore it stores the empty text.
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
 private:
@@ -100,24 +102,25 @@ private:
     ResultBoard board;
     PluginCommon::StateFetcher fetcher;
 
-    // Order: this lock, then `fanOutLock`, which may not be held when this one is taken. Starts, stops and changes of the
-    // parameters exclude each other by it; it is held while the I/O thread is joined, which never takes it.
+    // Lock order: this, then `fanOutLock`. Serialises starts, stops and parameter changes. It is held while the I/O
+    // thread is joined, so the I/O thread never takes it.
     Zu::Mutex lifecycleLock;
 
-    // Held while the fan-out is told the number of clients, so that an old number never comes behind a newer one. The
-    // dispatcher's thread never takes it: it may be joined under the fan-out's lock.
+    // Held while the client count is reported to the fan-out, so that counts arrive in order. The dispatcher's thread
+    // must not take it: the fan-out may join that thread under its own lock.
     Zu::Mutex fanOutLock;
-    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // while registered for results
+    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // set while registered for results
 
-    Zu::Mutex tableLock; // held from the look at the map to the board, so that an older look never replaces a newer one
+    // Held from reading the map to installing the table, so that an older table never replaces a newer one.
+    Zu::Mutex tableLock;
 
-    Zu::Mutex metricsLock; // one update of the metrics at a time; the problems of the base are reported under it
+    Zu::Mutex metricsLock; // held during an update of the metrics; problems of the base class are reported under it
 
-    Zu::Mutex textLock; // a leaf
-    std::optional<std::string> lastText ZU_GUARDED_BY(textLock); // none until a text is sent or loaded; empty after a restore
+    Zu::Mutex textLock;                                          // a leaf
+    std::optional<std::string> lastText ZU_GUARDED_BY(textLock); // nullopt until sent or loaded; "" after a restore
 
-    AsciiServer server;     // behind all of the above, which its thread uses
-    OperationRunner runner; // these two tell the server
+    AsciiServer server;     // after the members above, which its thread uses
+    OperationRunner runner; // these two call the server
     SlowRequests slowRequests;
 };
 

@@ -12,7 +12,7 @@ namespace
 
 constexpr std::string_view HEX_DIGITS = "0123456789ABCDEF";
 
-// The longest finite number has 309 digits before the point, and then there are sign, point and decimals.
+// The longest finite number has 309 digits before the point, plus sign, point and decimals.
 constexpr std::size_t LONGEST_NUMBER = 309 + 2 + MOST_DECIMALS;
 
 bool IsControl(char character)
@@ -21,7 +21,7 @@ bool IsControl(char character)
     return byte < 32 || byte == 127;
 }
 
-/// 0 to 15, else -1.
+/// Returns 0 to 15, or -1.
 int DigitOf(char character)
 {
     int digit = 0;
@@ -83,7 +83,7 @@ void AppendValue(std::string& line, Reading const& reading, uint32 decimals)
     std::string_view number(digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
     if (number.starts_with('-') && IsZero(number))
     {
-        number.remove_prefix(1); // what is rounded to zero from below
+        number.remove_prefix(1); // a negative number was rounded to zero
     }
     line.append(number);
 }

@@ -33,10 +33,10 @@ void DataFeed::Publish(std::string_view line)
     if (line.size() > MAX_BYTES)
     {
         ++end;
-        first = end; // whoever reads has missed it, and what was before it
+        first = end; // readers miss this line and all before it
         return;
     }
-    bytes.resize(MAX_BYTES); // the first time alone
+    bytes.resize(MAX_BYTES); // allocates the first time only
     MakeRoom(line.size());
     At(end) = {bytesEnd, line.size()};
     Keep(line);

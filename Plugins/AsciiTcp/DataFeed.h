@@ -13,11 +13,11 @@
 namespace AsciiTcp
 {
 
-/// The newest result lines, kept once for all clients. Each client reads on from where it is, and one that is too slow for
-/// what comes misses the oldest.
+/// The newest result lines, stored once for all clients. Each client has its own read position. A client that is too
+/// slow misses the oldest lines.
 ///
-/// Memory: MAX_BYTES, taken with the first line; nothing allocates after that. Threads: any. Its lock is a leaf, held while
-/// lines are copied in or out and never while a client is waited for.
+/// Memory: MAX_BYTES, allocated with the first line; no allocation after that. Threads: any. The lock is a leaf, held
+/// only while lines are copied.
 class DataFeed final
 {
 public:
@@ -29,27 +29,27 @@ public:
     DataFeed(DataFeed const&) = delete;
     DataFeed& operator=(DataFeed const&) = delete;
 
-    /// From now on there is one more who reads, or one less.
+    /// Changes the number of readers.
     void AddReader();
     void RemoveReader();
 
-    /// Whether anybody reads: a line that is made for nobody costs as much as any other.
+    /// Whether there are readers. Without readers the caller need not format lines.
     bool HasReaders() const;
 
-    /// Adds a line, end included. One that is longer than MAX_BYTES is missed by everybody.
+    /// Adds a line, including its end. All readers miss a line longer than MAX_BYTES.
     void Publish(std::string_view line);
 
-    /// The line behind the newest: where one who begins to read begins.
+    /// The number of the next line to come: the start position of a new reader.
     uint64 End() const;
 
-    /// Appends lines from `next` on, whole ones, for as long as fewer than `limit` bytes are appended, and moves `next` on.
-    /// Gives the number of lines that were missed before them, also when nothing is appended.
+    /// Appends whole lines from `next` on while fewer than `limit` bytes are appended, and advances `next`. Returns the
+    /// number of lines missed before them, even if nothing is appended.
     uint64 Read(uint64& next, std::string& appended, std::size_t limit);
 
 private:
     struct Line
     {
-        uint64 begin = 0; // of all bytes that were ever kept
+        uint64 begin = 0; // position among all bytes ever stored
         std::size_t size = 0;
     };
 
@@ -58,13 +58,13 @@ private:
     void Keep(std::string_view bytes) ZU_REQUIRES(lock);
     void Append(std::string& appended, Line const& line) const ZU_REQUIRES(lock);
 
-    std::atomic<uint64> readerCount{0}; // publishes nothing
+    std::atomic<uint64> readerCount{0}; // publishes no other data
 
     mutable Zu::Mutex lock;
     std::vector<char> bytes ZU_GUARDED_BY(lock); // a ring
     uint64 bytesEnd ZU_GUARDED_BY(lock) = 0;
     std::array<Line, MAX_LINES> lines ZU_GUARDED_BY(lock); // a ring
-    uint64 first ZU_GUARDED_BY(lock) = 0;                  // numbers of lines: those that are kept
+    uint64 first ZU_GUARDED_BY(lock) = 0;                  // numbers of the first stored line and of the next one
     uint64 end ZU_GUARDED_BY(lock) = 0;
 };
 

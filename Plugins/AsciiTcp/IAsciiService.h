@@ -10,7 +10,8 @@
 namespace AsciiTcp
 {
 
-/// What stands behind the conversations. All operations come on the server's I/O thread.
+/// The operations that a conversation uses to answer requests. Called on the server's I/O thread, so none may block for
+/// long.
 class IAsciiService
 {
 public:
@@ -18,20 +19,21 @@ public:
 
     virtual ~IAsciiService();
 
-    /// Appends "name value decision"; false, and nothing, when there is no such output.
+    /// Appends "name value decision". Returns false and appends nothing if there is no such output.
     virtual bool AppendReading(std::string& line, std::string_view name) = 0;
 
     /// Appends the number of outputs and their names.
     virtual void AppendNames(std::string& line) = 0;
 
-    /// Appends the state of system and service as words of the form key=value.
+    /// Appends the state of the system and the service as key=value words.
     virtual void AppendStatus(std::string& line) = 0;
 
-    /// Begins the operation and gives the ticket under which its end will be told, which is never 0. Throws what refuses it.
+    /// Begins an operation. Returns the ticket under which its end is reported, never 0. Throws if the operation is
+    /// refused.
     virtual uint64 Begin(Command command, std::string_view argument) = 0;
 
-    /// Begins a request whose answer may take its time, and gives the ticket under which the answer will come, which is never
-    /// 0. Throws what refuses it.
+    /// Begins a slow request. Returns the ticket under which its answer is reported, never 0. Throws if the request is
+    /// refused.
     virtual uint64 Ask(AsciiRequest const& request) = 0;
 };
 

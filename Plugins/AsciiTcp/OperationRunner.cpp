@@ -14,7 +14,7 @@ OperationRunner::OperationRunner(ZuControl::ControlProtocolOperations& usedOpera
 {
     auto const handler = [this, whenEnded = std::move(whenEnded)](int status) {
         uint64 const ticket = ticketInFlight.exchange(0);
-        if (ticket != 0) // a scanner may report one alignment twice
+        if (ticket != 0) // a scanner may report an alignment twice
         {
             whenEnded(ticket, status == Zu::Status::SUCCESS);
         }
@@ -25,7 +25,7 @@ OperationRunner::OperationRunner(ZuControl::ControlProtocolOperations& usedOpera
 OperationRunner::~OperationRunner()
 {
     ZU_GUARD_DESTRUCTOR([this] { operations.RemoveOpEndEventHandler(protocol, handlerId); });
-    gate.Close(); // the removal does not wait for a handler that is running
+    gate.Close(); // RemoveOpEndEventHandler does not wait for a running handler
 }
 
 uint64 OperationRunner::Begin(std::function<void()> const& start)
@@ -35,7 +35,7 @@ uint64 OperationRunner::Begin(std::function<void()> const& start)
         ZU_THROW(Zu::Status::BUSY, "An operation that a client of this service began is still running");
     }
     uint64 const ticket = ++lastTicket;
-    ticketInFlight.store(ticket); // first: the end may come before the start has returned
+    ticketInFlight.store(ticket); // first: the operation may end before `start` returns
     try
     {
         start();

@@ -16,28 +16,29 @@ class ControlProtocolOperations;
 namespace AsciiTcp
 {
 
-/// Knows which request the operation in flight belongs to, so that its end can be told to who asked for it.
+/// Remembers the request of the running operation, so that its end is reported to the client that began it.
 ///
-/// Threads: `Begin` belongs to one at a time; ends come on "CtlProtoOp.Disp".
+/// Threads: one thread at a time calls `Begin`; ends arrive on "CtlProtoOp.Disp".
 class OperationRunner final
 {
 public:
     /// `operations` outlives the object. `whenEnded` gets the ticket of the operation and whether it succeeded.
     OperationRunner(ZuControl::ControlProtocolOperations& usedOperations, ZuControl::ZuEthernetProtocol ownProtocol,
                     std::function<void(uint64 ticket, bool isDone)> whenEnded);
-    ~OperationRunner(); ///< no end is told any more
+    ~OperationRunner(); ///< no end is reported any more
     OperationRunner(OperationRunner const&) = delete;
     OperationRunner& operator=(OperationRunner const&) = delete;
 
-    /// Runs `start`, which is to begin an operation, and gives the ticket under which its end will be told. -976 with a text
-    /// while one that began here runs. What `start` throws goes on: nothing runs then.
+    /// Runs `start`, which begins an operation, and returns the ticket under which its end is reported. Throws
+    /// `Zu::Status::BUSY` with a text while an operation begun here runs. If `start` throws, no operation counts as
+    /// running and the exception reaches the caller.
     uint64 Begin(std::function<void()> const& start);
 
 private:
     ZuControl::ControlProtocolOperations& operations;
     ZuControl::ZuEthernetProtocol const protocol;
-    uint64 lastTicket = 0;                 // of who begins
-    std::atomic<uint64> ticketInFlight{0}; // 0 when none is; whoever takes it out has the end to itself
+    uint64 lastTicket = 0;                 // used by the thread that calls `Begin`
+    std::atomic<uint64> ticketInFlight{0}; // 0 for none; the thread that exchanges it for 0 reports the end
     Zu::CallbackGate gate;
     Zu::Event<int>::CallbackId handlerId;
 };

@@ -14,7 +14,7 @@ using ZuControl::ControlProtocol::TextIdStandardProtocolOutputMap;
 namespace
 {
 
-/// Holds a map's lock; not to be nested.
+/// Holds a map's lock. Do not nest it.
 class MapLock final
 {
 public:

@@ -18,8 +18,8 @@ class TextIdStandardProtocolOutputMap;
 namespace AsciiTcp
 {
 
-/// Which name stands for which data source at one moment: a flat view of the output map that never changes, so that neither
-/// a client nor a result waits for the map's lock.
+/// An immutable copy of the output map: names and data sources. With it neither clients nor results wait for the map's
+/// lock.
 class OutputTable final
 {
 public:
@@ -28,15 +28,15 @@ public:
     struct Output
     {
         std::string name;
-        std::string written; ///< the name as it stands on a line
+        std::string written; ///< the name as lines show it
         std::string source;
-        uint64 dataSource = 0; ///< the number of the source, as results carry it
+        uint64 dataSource = 0; ///< the number of the source in results
     };
 
-    /// Takes the map's lock for as long as it reads the list.
+    /// Holds the map's lock while it copies the list.
     static std::shared_ptr<OutputTable const> Take(ZuControl::ControlProtocol::TextIdStandardProtocolOutputMap& map);
 
-    /// In the order of the names' bytes.
+    /// Sorted by the bytes of the names.
     std::span<Output const> Outputs() const
     {
         return outputs;
@@ -48,7 +48,7 @@ public:
 
 private:
     std::vector<Output> outputs;
-    std::vector<std::pair<uint64, std::size_t>> places; // of the data sources, by their numbers
+    std::vector<std::pair<uint64, std::size_t>> places; // outputs' indices, sorted by the number of the source
 };
 
 } // namespace AsciiTcp

@@ -11,7 +11,7 @@ ReachedClients::ReachedClients(uint64 count) : Group("")
 
 ReachedClients::~ReachedClients()
 {
-    Deregister("clients"); // the member goes before the base that refers to it
+    Deregister("clients"); // before the member, to which the base class refers, is destroyed
 }
 
 } // namespace AsciiTcp

@@ -7,14 +7,14 @@
 namespace AsciiTcp
 {
 
-/// What a command that is meant for all clients answers.
+/// The result of a command for all clients.
 struct ReachedClients final : public Zu::Params::Group
 {
 public:
     explicit ReachedClients(uint64 count);
     ~ReachedClients() override;
 
-    Zu::Params::Value<uint64> clients; ///< connected when the command came
+    Zu::Params::Value<uint64> clients; ///< clients connected at the time of the command
 };
 
 } // namespace AsciiTcp

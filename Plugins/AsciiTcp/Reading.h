@@ -5,19 +5,19 @@
 namespace AsciiTcp
 {
 
-/// What an output reads at one moment.
+/// The value of an output at one moment.
 struct Reading
 {
     enum class State : uint8
     {
-        NONE,    ///< no result has come yet
-        INVALID, ///< a result has come that gives no number
+        NONE,    ///< no result yet
+        INVALID, ///< the last result has no number
         VALID
     };
 
     State state = State::NONE;
     uint8 decision = 0; ///< 1 within limits
-    double value = 0;   ///< finite when valid
+    double value = 0;   ///< finite if VALID
 };
 
 } // namespace AsciiTcp

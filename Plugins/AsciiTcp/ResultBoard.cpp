@@ -20,7 +20,7 @@ namespace AsciiTcp
 namespace
 {
 
-/// The stamp that `message` is; null when it is none.
+/// The stamp in `message`; null if it is none.
 wStamp const* StampOf(void const* message)
 {
     return wObject_Is(message, ZuVision::ZvStampMsg_Class) ? ZuVision::ZvMsg_StampAt(message, 0) : nullptr;
@@ -32,7 +32,7 @@ Reading Read(void const* message)
     {
         return {Reading::State::VALID, 1, static_cast<double>(stamp->stampCounter)};
     }
-    double const value = ZuVision::ZvMeasurementMsg_Value(message); // for what is no measurement: the missing one
+    double const value = ZuVision::ZvMeasurementMsg_Value(message); // the missing value for other message types
     bool const isNumber = std::isfinite(value) && value != ZuVision::MISSING_MEASUREMENT;
     uint8 const decision = ZuVision::ZvMeasurementMsg_Decision(message);
     return isNumber ? Reading{Reading::State::VALID, decision, value} : Reading{Reading::State::INVALID, decision, 0};
@@ -85,7 +85,7 @@ bool ResultBoard::Process(wArrayList const& resultSets)
     }
     Count(counters.resultSets, count);
     Zu::MutexLock const guard(lock);
-    for (std::size_t i = 0; table == present && i < newest.size(); ++i) // results of an older table are of no use
+    for (std::size_t i = 0; table == present && i < newest.size(); ++i) // readings of a replaced table are discarded
     {
         newest[i] = ofBatch[i].state != Reading::State::NONE ? ofBatch[i] : newest[i];
     }

@@ -25,11 +25,12 @@ namespace AsciiTcp
 class DataFeed;
 struct AsciiCounters;
 
-/// The newest reading of each output, and a line in the feed for each result set while somebody reads it.
+/// Keeps the newest reading of each output, and writes a line to the feed for each result set while the feed has
+/// readers.
 ///
-/// An output whose source is not in a set keeps its reading, and is left out of that set's line. A measurement reads its
-/// value and decision, a stamp its frame counter, and whatever else is "invalid".
-/// Threads: any; results come on the dispatcher's thread alone.
+/// An output with a source that is not in a set keeps its reading and is left out of that set's line. The reading of a
+/// measurement is its value and decision, of a stamp its frame counter; results of other types are "invalid".
+/// Threads: any thread may call; results arrive on the dispatcher's thread only.
 class ResultBoard final
 {
 public:
@@ -38,19 +39,19 @@ public:
     ResultBoard(ResultBoard const&) = delete;
     ResultBoard& operator=(ResultBoard const&) = delete;
 
-    /// From now on these are the outputs. One that keeps name and source keeps its reading.
+    /// Replaces the outputs. An output that keeps its name and source keeps its reading.
     void Install(std::shared_ptr<OutputTable const> newTable);
 
-    /// Applies to what is written from now on.
+    /// Takes effect with the next line or answer.
     void SetDecimals(uint32 newDecimals);
 
-    /// Takes every set of the batch, in order. True when the feed has something new.
+    /// Processes all sets of the batch in order. Returns true if the feed has new lines.
     bool Process(wArrayList const& resultSets);
 
-    /// Appends "name value decision"; false, and nothing, when there is no such output.
+    /// Appends "name value decision". Returns false and appends nothing if there is no such output.
     bool AppendReading(std::string& line, std::string_view name) const;
 
-    /// Appends the number of outputs and then their names.
+    /// Appends the number of outputs, then their names.
     void AppendNames(std::string& line) const;
 
 private:
@@ -60,17 +61,17 @@ private:
 
     DataFeed& feed;
     AsciiCounters& counters;
-    std::atomic<uint32> decimals{0}; // publishes nothing
+    std::atomic<uint32> decimals{0}; // publishes no other data
 
-    // A leaf, held for as long as readings are copied. Guards the two below.
+    // A leaf, held while readings are copied.
     mutable Zu::Mutex lock;
     std::shared_ptr<OutputTable const> table ZU_GUARDED_BY(lock);
     std::vector<Reading> newest ZU_GUARDED_BY(lock); // one for each output of the table
 
-    // Of the dispatcher's thread, kept for their memory.
+    // Used on the dispatcher's thread only; kept to reuse their memory.
     std::vector<Reading> ofSet;
     std::vector<Reading> ofBatch;
-    std::string frame; // of the set: its frame counter, or "-"
+    std::string frame; // frame counter of the set, or "-"
     std::string line;
 };
 

@@ -12,7 +12,7 @@ SendTextParams::SendTextParams() : Group("")
 
 SendTextParams::~SendTextParams()
 {
-    Deregister("text"); // the member goes before the base that refers to it
+    Deregister("text"); // before the member, to which the base class refers, is destroyed
 }
 
 bool SendTextParams::IsValid(std::string_view text)

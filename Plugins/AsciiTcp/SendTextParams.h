@@ -19,7 +19,7 @@ public:
     SendTextParams();
     ~SendTextParams() override;
 
-    /// Whether clients can be sent `text`: 1 to MOST_BYTES bytes without control characters.
+    /// Whether `text` may be sent to clients: 1 to MOST_BYTES bytes without control characters.
     static bool IsValid(std::string_view text);
 
     Zu::Params::Value<std::string> text;

@@ -21,7 +21,7 @@ using HardwareType = IControlHardware::ZuHardwareIOType;
 namespace
 {
 
-/// The first word of an argument as the index of an output, and what stands behind it.
+/// An argument, split into the index of an output and the rest.
 struct IndexedArgument
 {
     uint64 index = 0;
@@ -35,7 +35,7 @@ bool ReadNumber(std::string_view text, Number& number)
     return error == std::errc{} && end == text.data() + text.size();
 }
 
-/// False when there is no index or nothing behind it.
+/// Returns false if there is no index or nothing after it.
 bool Split(std::string_view argument, IndexedArgument& split)
 {
     std::size_t const end = argument.find_first_of(" \t");
@@ -44,7 +44,7 @@ bool Split(std::string_view argument, IndexedArgument& split)
     return end != std::string_view::npos && !split.rest.empty() && ReadNumber(argument.substr(0, end), split.index);
 }
 
-/// What a refusal without a text of its own says to the client.
+/// The text for a client if an exception has none.
 char const* TextOf(int32 status)
 {
     switch (status)

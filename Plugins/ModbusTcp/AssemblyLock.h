@@ -5,8 +5,8 @@
 namespace ModbusTcp
 {
 
-/// Holds an assembly's lock; its list may be walked meanwhile. Not to be nested: the inner end would close the list for the
-/// outer one.
+/// Holds an assembly's lock, so that its list can be iterated. Do not nest it: the inner destructor would close the
+/// list for the outer one.
 class AssemblyLock final
 {
 public:

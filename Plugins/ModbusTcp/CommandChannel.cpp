@@ -56,7 +56,7 @@ bool CommandChannel::Decode(ZuControl::ControlProtocol::ProtocolRegisterBlock& b
     }
     catch (Zu::Exception const&)
     {
-        return false; // a job without a name: request and command are decoded all the same, so it can be answered
+        return false; // a job without a name; the ids are decoded all the same, so the command is answered
     }
 }
 

@@ -16,12 +16,14 @@ struct ProtocolRegisterBlock;
 namespace ModbusTcp
 {
 
-/// The registers that a client writes commands into, and the rule when they are one.
+/// The command registers, and the rule that decides when a write is a command.
 ///
-/// A write is judged once, with all its registers in. It is a command when the request id has changed, or when it has not
-/// and the command differs from the last one taken. What is refused or fails ends as failed under its request id. The
-/// registers outlive connections and restarts: a client that comes back after a job was loaded finds its answer.
-/// Threads: one at a time.
+/// Each write request is evaluated once, after all its registers are written. It is a command if the request id has
+/// changed, or if the rest of the command differs from the last command taken. A command that is refused or fails is
+/// reported as failed under its request id. The registers survive connections and restarts of the service: a client
+/// that reconnects after a job was loaded still finds the result.
+///
+/// Threads: one thread at a time.
 class CommandChannel final
 {
 public:
@@ -34,18 +36,19 @@ public:
     CommandChannel(CommandChannel const&) = delete;
     CommandChannel& operator=(CommandChannel const&) = delete;
 
-    /// Writes `values` from register `offset` of the block on; the range lies within it. `block` decodes them, which takes
-    /// their bytes in the byte order of the service. 6 while an operation of ours runs, and then nothing is written.
+    /// Writes `values` from register `offset` of the block on; the range lies within the block. `block` decodes the
+    /// registers; `isBigEndian` is the byte order of the service. Returns SERVER_DEVICE_BUSY and writes nothing while
+    /// an operation of this service runs.
     ModbusException Write(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
                           std::size_t offset, std::span<uint16 const> values);
 
-    /// What was written, to be read back.
+    /// The registers as written, for reading them back.
     Registers const& Written() const
     {
         return registers;
     }
 
-    /// The request id of the last command that was taken, and what became of it.
+    /// The request id and the status of the last command taken.
     Result LastResult();
 
     uint64 TakenCount() const

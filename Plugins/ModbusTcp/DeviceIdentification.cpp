@@ -10,7 +10,7 @@ namespace ModbusTcp
 namespace
 {
 
-// The ways to ask. Regular (2) and extended (3) get the same: there are no objects beyond the regular ones.
+// Access codes. Regular (2) and extended (3) access return the same objects, because there are no extended ones.
 constexpr uint8 BASIC = 1;
 constexpr uint8 INDIVIDUAL = 4;
 
@@ -54,7 +54,7 @@ std::span<Object const> Choose(uint8 access, uint8 objectId)
         return position < all.size() ? all.subspan(position, 1) : std::span<Object const>{};
     }
     std::span<Object const> const offered = access == BASIC ? all.first(BASIC_COUNT) : all;
-    // A stream that is asked to begin at an object which is not there begins at the first.
+    // A stream from an object id that does not exist begins at the first object.
     return position < offered.size() ? offered.subspan(position) : offered;
 }
 
@@ -65,7 +65,7 @@ ModbusException DeviceIdentification::Read(std::span<uint8 const> request, std::
 {
     if (request.empty() || request[0] != INTERFACE_TYPE)
     {
-        return ModbusException::ILLEGAL_FUNCTION; // the other interfaces of this function are not offered
+        return ModbusException::ILLEGAL_FUNCTION; // other interfaces of this function are not offered
     }
     if (request.size() != REQUEST_BYTES || request[1] < BASIC || request[1] > INDIVIDUAL)
     {

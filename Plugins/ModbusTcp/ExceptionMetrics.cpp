@@ -26,7 +26,7 @@ ExceptionMetrics::ExceptionMetrics() : Structure(true)
 
 ExceptionMetrics::~ExceptionMetrics()
 {
-    DeregisterSchema("label"); // it goes before the base that refers to it
+    DeregisterSchema("label"); // before the member, to which the base class refers, is destroyed
 }
 
 } // namespace ModbusTcp

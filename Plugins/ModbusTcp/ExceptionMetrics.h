@@ -9,9 +9,10 @@
 namespace ModbusTcp
 {
 
-/// The requests that were refused, by the code of the exception.
+/// The refused requests by exception code.
 ///
-/// The schema says under "label" what the keys of the members are, so that a scraper sees one series with a label in place of
+/// The schema names the keys of the members under "label", so that a scraper shows one series with a label instead of
+/// several series.
 /// several.
 struct ExceptionMetrics final : public Zu::Properties::Structure
 {

@@ -6,7 +6,8 @@
 namespace ModbusTcp
 {
 
-/// Who carries out the commands that come through the registers.
+/// Carries out the commands that clients write into the registers. Called on the server's I/O thread, so no operation
+/// may block.
 class ICommandRunner
 {
 public:
@@ -15,16 +16,16 @@ public:
 
     virtual ~ICommandRunner();
 
-    /// Whether an operation that a command of ours began still runs.
+    /// Whether an operation begun by this service still runs.
     virtual bool IsRunning() const = 0;
 
-    /// Whether the two ask for the same, whatever their request ids.
+    /// Whether both commands ask for the same, ignoring their request ids.
     virtual bool IsSame(Command const& first, Command const& second) = 0;
 
-    /// Begins the command's operation and returns. Throws when it is refused.
+    /// Begins the command's operation and returns. Throws if the operation is refused.
     virtual void Run(Command const& command) = 0;
 
-    /// The last command has ended without success, or never began.
+    /// Sets the status of the last command to failed.
     virtual void Fail() = 0;
 
     virtual Status LastStatus() = 0;

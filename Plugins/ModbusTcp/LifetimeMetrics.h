@@ -7,8 +7,8 @@
 namespace ModbusTcp
 {
 
-/// The part of the metrics that counts from the first start of the system on and is kept over restarts. One thread at a time
-/// shows and loads it, any may read.
+/// The metrics that are saved and count since the first start of the system. One thread at a time calls the operations;
+/// any thread may read the numbers.
 class LifetimeMetrics final : public Zu::Properties::Structure
 {
 public:
@@ -18,10 +18,10 @@ public:
     LifetimeMetrics(LifetimeMetrics const&) = delete;
     LifetimeMetrics& operator=(LifetimeMetrics const&) = delete;
 
-    /// Shows what was loaded and all that has been counted since.
+    /// Sets the numbers to the loaded ones plus all counted since.
     void Show(ModbusTotals const& counted);
 
-    /// The numbers that stand here were loaded when so much had been counted.
+    /// Call it after loading the numbers; `counted` are the counters at that moment.
     void Loaded(ModbusTotals const& counted);
 
     using Metric = Zu::Properties::Metric;
@@ -39,7 +39,7 @@ private:
     template <typename Step>
     void ForEach(Step const& step);
 
-    ModbusTotals before; // behind a later start less than nothing, in the arithmetic of unsigned numbers
+    ModbusTotals before; // loaded numbers minus the counters then; wraps around if negative
 };
 
 } // namespace ModbusTcp

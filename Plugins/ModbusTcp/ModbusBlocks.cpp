@@ -28,13 +28,13 @@ struct BlockType
     char const* displayName;
     RegisterBlockCategory category;
     uint16 registerCount;
-    uint16 deserializedInputSize; // bytes
+    uint16 deserializedInputSize; // in bytes
     uint16 minInstanceCount;
     uint16 maxInstanceCount;
     bool hasDataSource;
 };
 
-// The Scanner block must stay as the other state blocks must: a master finds all four where it expects them.
+// Each of the first four is required exactly once, the Scanner block included: clients expect all four.
 constexpr BlockType CONTROL_INPUT{TYPE_CONTROL_INPUT, "Control Input", BlockCategoryControlInput, 66, 132, 1, 1, false};
 constexpr BlockType CONTROL_OUTPUT{
     TYPE_CONTROL_OUTPUT, "Control Output", BlockCategoryControlOutput, 2, 0, 1, 1, false};
@@ -69,7 +69,7 @@ void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
 ModbusControlInputBlock::ModbusControlInputBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
     : DefaultControlInputRegisterBlock(params, usedInfo)
 {
-    textOffset = 4; // behind the register of the command id, not inside it
+    textOffset = 4; // after the register of the command id, which has a register of its own
 }
 
 ModbusControlInputBlock::~ModbusControlInputBlock() = default;

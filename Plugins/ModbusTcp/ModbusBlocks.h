@@ -10,14 +10,14 @@ namespace ZuControl::ControlProtocol
 class IProtocolRegisterAssembly;
 }
 
-/// The block types of this service: those that every protocol has, laid out in registers of 16 bits so that no field shares
-/// a register with another.
+/// The block types of this service: the types of every protocol in a layout of 16-bit registers where no two fields
+/// share a register.
 namespace ModbusTcp
 {
 
 inline constexpr uint16 LAST_REGISTER = 9999;
 
-// Names of the types, the same as elsewhere.
+// The type names, the same as in all protocols.
 inline constexpr char const* TYPE_CONTROL_INPUT = "ControlInput";
 inline constexpr char const* TYPE_CONTROL_OUTPUT = "ControlOutput";
 inline constexpr char const* TYPE_SYSTEM = "System";
@@ -27,7 +27,7 @@ inline constexpr char const* TYPE_MEASUREMENT_VALUE = "MeasurementValue";
 inline constexpr char const* TYPE_DECISION = "Decision";
 inline constexpr char const* TYPE_MEASUREMENT = "Measurement";
 
-/// 0 request id, 1 command id, 2 to 65 text, one character a register.
+/// Registers: 0 request id, 1 command id, 2 to 65 text with one character in each.
 struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock
 {
     ModbusControlInputBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
@@ -35,7 +35,7 @@ struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::Defaul
     ~ModbusControlInputBlock() override;
 };
 
-/// 0 to 3 value, 4 first state, 5 length of the job name, 6 to 69 job name, 70 and 71 the other states.
+/// Registers: 0 to 3 up-time, 4 first state, 5 length of the job name, 6 to 69 job name, 70 and 71 the other states.
 struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock
 {
     ModbusSystemBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
@@ -43,7 +43,7 @@ struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSyste
     ~ModbusSystemBlock() override;
 };
 
-/// 0 to 3 encoder, 4 to 7 time, 8 and 9 the two states.
+/// Registers: 0 to 3 encoder, 4 to 7 time, 8 and 9 the two states.
 struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock
 {
     ModbusScannerBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
@@ -51,7 +51,7 @@ struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScan
     ~ModbusScannerBlock() override;
 };
 
-/// Gives an assembly all block types of this service.
+/// Adds all block types of this service to an assembly.
 void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
 } // namespace ModbusTcp

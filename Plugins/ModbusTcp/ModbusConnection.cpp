@@ -41,7 +41,7 @@ void ModbusConnection::Begin()
         End(false);
         return;
     }
-    socket.set_option(tcp::no_delay(true), error); // without it answers are late, and right all the same
+    socket.set_option(tcp::no_delay(true), error); // optional: it only saves time
     WaitReadable();
 }
 
@@ -58,14 +58,14 @@ void ModbusConnection::CheckDeadlines(Clock::time_point now, Clock::duration idl
 void ModbusConnection::Close()
 {
     isOpen = false;
-    boost::system::error_code ignored; // there is nothing left to do with a socket that does not close
+    boost::system::error_code ignored; // a failed close leaves nothing to do
     socket.close(ignored);
 }
 
 void ModbusConnection::WaitReadable()
 {
     socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](boost::system::error_code const&) {
-        // An error of the wait shows again in the read. What a handler throws costs this client its connection.
+        // The read reports an error of the wait. An exception of a handler closes this connection only.
         if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Readable(); }))
         {
             self->End(false);
@@ -93,7 +93,7 @@ void ModbusConnection::Readable()
         WaitReadable();
         return;
     }
-    if (error) // the end of the stream too
+    if (error) // including the end of the stream
     {
         End(false);
         return;

@@ -14,21 +14,22 @@
 namespace ModbusTcp
 {
 
-/// One client: its socket, its buffers and its deadlines. Lives on the I/O thread, shared between the server and the
-/// operation that is outstanding on the socket.
+/// One client: its socket, its buffers and its deadlines. Used on the I/O thread only. The server and the pending
+/// operation of the socket share it.
 ///
-/// At each readiness the socket is read once and every complete request is answered with as few writes as the output
-/// buffer allows. While an answer waits for a client that does not read, nothing more is read from it.
+/// Each time the socket is ready, it is read once, and all complete requests are answered with as few writes as the
+/// output buffer allows. While the client does not take an answer, nothing more is read from it.
 class ModbusConnection final : public PluginCommon::ITcpConnection,
                                public std::enable_shared_from_this<ModbusConnection>
 {
 public:
     using Ended = std::function<void(std::shared_ptr<ITcpConnection> const&)>;
 
-    /// An answer that the client has not taken after this time ends the connection.
+    /// A client that has not taken an answer after this time is disconnected.
     static constexpr std::chrono::seconds WRITE_TIMEOUT{5};
 
-    /// `whenEnded` is called once, on the I/O thread, when the connection has ended by itself; not for `Close`.
+    /// `whenEnded` is called once, on the I/O thread, when the connection has ended by itself. `Close` does not call
+    /// it.
     ModbusConnection(boost::asio::ip::tcp::socket acceptedSocket, IRegisterModel& model, ServerCounters& serverCounters,
                      Ended whenEnded);
     ~ModbusConnection() override;
@@ -37,7 +38,8 @@ public:
 
     void Begin() override;
 
-    /// Ends the connection when the client has sent no whole request for `idleTimeout`, or takes no answer.
+    /// Ends the connection if the client has sent no complete request for `idleTimeout`, or has not taken an answer for
+    /// WRITE_TIMEOUT.
     void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout) override;
 
     void Close() override;
@@ -55,9 +57,9 @@ private:
     ServerCounters& counters;
     Ended ended;
     uint64 answeredCount = 0;
-    Clock::time_point lastRequest; // or when the connection began
+    Clock::time_point lastRequest; // last request, or the begin of the connection
     Clock::time_point stalledSince;
-    bool isStalled = false; // an answer waits for the client
+    bool isStalled = false; // an answer waits until the socket is writable
     bool isOpen = true;
 };
 

@@ -12,11 +12,11 @@ namespace ModbusTcp
 
 struct ModbusFrame;
 
-/// What is said with one client, without a socket: bytes in, answers out, both in buffers that never grow.
+/// The protocol with one client, without a socket: bytes in, answers out, in buffers of fixed size.
 ///
-/// The caller reads into `Room`, tells `Received`, and writes what `Pending` holds, telling `Sent`. Answers are made for as
-/// long as the longest one has room; what waits behind that stays in the input until answers have gone, so a client that
-/// sends without reading fills its own buffers and nothing else.
+/// The caller reads bytes into `Room` and calls `Received`; it writes the bytes of `Pending` and calls `Sent`. A
+/// request is answered only if the output has room for the longest answer; otherwise it stays in the input until
+/// answers were sent. A client that sends without reading therefore fills only its own buffers.
 class ModbusConversation final
 {
 public:
@@ -28,25 +28,25 @@ public:
     ModbusConversation(ModbusConversation const&) = delete;
     ModbusConversation& operator=(ModbusConversation const&) = delete;
 
-    /// Where the next bytes go; never empty while nothing is pending and nothing is malformed.
+    /// The place for the next bytes. It is not empty while nothing is pending and the input is not malformed.
     std::span<uint8> Room();
 
-    /// `bytes` have been put into the room. Answers every complete request that the output has room for.
+    /// `bytes` bytes were put into `Room`. Answers each complete request, as long as the output has room.
     void Received(std::size_t bytes);
 
-    /// Answers that have not been sent yet.
+    /// The answers that were not sent yet.
     std::span<uint8 const> Pending() const;
 
-    /// `bytes` of the pending ones have gone. When none are left, what waited in the input is answered.
+    /// `bytes` bytes of `Pending` were sent. When none are left, answers the requests that waited in the input.
     void Sent(std::size_t bytes);
 
-    /// The client has sent what is no frame. Nothing after it is read; what was answered before may still be sent.
+    /// Whether the client has sent bytes that are no frame. Later bytes are ignored; earlier answers may still be sent.
     bool IsMalformed() const
     {
         return malformed;
     }
 
-    /// Complete requests answered so far.
+    /// The number of requests answered so far.
     uint64 AnsweredCount() const
     {
         return answered;
@@ -59,10 +59,10 @@ private:
     IRegisterModel& model;
     ServerCounters& counters;
     std::array<uint8, INPUT_BYTES> input;
-    std::size_t inputFirst = 0; // the next frame begins here
+    std::size_t inputFirst = 0; // begin of the next frame
     std::size_t inputEnd = 0;
     std::array<uint8, OUTPUT_BYTES> output;
-    std::size_t outputFirst = 0; // sent up to here
+    std::size_t outputFirst = 0; // bytes before it are sent
     std::size_t outputEnd = 0;
     uint64 answered = 0;
     bool malformed = false;

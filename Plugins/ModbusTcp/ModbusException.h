@@ -5,14 +5,14 @@
 namespace ModbusTcp
 {
 
-/// Why a request is refused, as the client sees it.
+/// The exception code by which a request is refused.
 enum class ModbusException : uint8
 {
     NONE = 0,
     ILLEGAL_FUNCTION = 1,
     ILLEGAL_DATA_ADDRESS = 2, ///< outside the registers, or a write outside the command block
-    ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of bounds, or a request whose parts contradict each other
-    SERVER_DEVICE_BUSY = 6    ///< an operation that this service has started still runs
+    ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of range, or parts of the request that contradict each other
+    SERVER_DEVICE_BUSY = 6    ///< an operation begun by this service still runs
 };
 
 } // namespace ModbusTcp

@@ -10,7 +10,7 @@ constexpr std::size_t PROTOCOL_OFFSET = 2;
 constexpr std::size_t LENGTH_OFFSET = 4;
 constexpr std::size_t UNIT_OFFSET = 6;
 constexpr uint16 MODBUS_PROTOCOL = 0;
-constexpr std::size_t UNIT_BYTES = 1; // the length on the wire counts the unit too
+constexpr std::size_t UNIT_BYTES = 1; // the length field counts the unit id too
 
 } // namespace
 

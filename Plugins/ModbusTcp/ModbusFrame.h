@@ -8,7 +8,7 @@
 namespace ModbusTcp
 {
 
-/// Modbus sends 16-bit numbers high byte first, whatever order the registers have among themselves.
+/// Modbus sends 16-bit numbers in big-endian order, independent of the register order.
 inline uint16 ReadBigEndian16(uint8 const* bytes)
 {
     return static_cast<uint16>((bytes[0] << 8) | bytes[1]);
@@ -20,8 +20,8 @@ inline void WriteBigEndian16(uint8* bytes, uint16 value)
     bytes[1] = static_cast<uint8>(value & 0xFF);
 }
 
-/// One message on the wire: the 7 bytes of header (transaction, protocol, length, unit) and a protocol data unit of 1 to
-/// 253 bytes, which begins with the function code. Refers to the bytes it was parsed from.
+/// A message: a header of 7 bytes (transaction, protocol, length, unit) and a protocol data unit of 1 to 253 bytes that
+/// begins with the function code. Refers to the parsed bytes.
 struct ModbusFrame
 {
     static constexpr std::size_t HEADER_BYTES = 7;
@@ -31,16 +31,16 @@ struct ModbusFrame
     enum class Parsed
     {
         COMPLETE,
-        INCOMPLETE, ///< so far nothing is wrong, but more bytes are needed
-        MALFORMED   ///< no later byte can mend it: the stream has lost its frames
+        INCOMPLETE, ///< valid so far, but more bytes are needed
+        MALFORMED   ///< no later byte can make it valid: the frame boundaries are lost
     };
 
-    /// Reads the frame that `bytes` begin with. `frame` is filled only when it is complete; bytes behind it belong to the
-    /// next one. What is wrong is told as early as it can be seen.
+    /// Parses the frame at the begin of `bytes`. Fills `frame` only if it is complete; further bytes belong to the next
+    /// frame. Reports MALFORMED as soon as a byte shows it.
     static Parsed Parse(std::span<uint8 const> bytes, ModbusFrame& frame);
 
-    /// Writes the header of an answer to this frame whose protocol data unit has `pduBytes` (1 to MAX_PDU_BYTES) and gives
-    /// the bytes of the whole answer.
+    /// Writes the header of an answer to this frame. `pduBytes` (1 to MAX_PDU_BYTES) is the size of the answer's
+    /// protocol data unit. Returns the size of the whole answer.
     std::size_t WriteAnswerHeader(std::span<uint8, HEADER_BYTES> header, std::size_t pduBytes) const;
 
     std::size_t Bytes() const

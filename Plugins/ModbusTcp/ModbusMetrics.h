@@ -11,8 +11,8 @@ namespace ModbusTcp
 
 struct ModbusTotals;
 
-/// What the service tells of itself. The numbers count from the last reset, but for those that say "now" and those under
-/// "lifetime". Any thread may read them while they are brought up to date.
+/// The metrics of the service. Numbers count from the last reset, except those under "lifetime" and those with "now" in
+/// their title. Any thread may read them during an update.
 class ModbusMetrics final : public Zu::Properties::Structure
 {
 public:
@@ -21,13 +21,13 @@ public:
     ModbusMetrics(ModbusMetrics const&) = delete;
     ModbusMetrics& operator=(ModbusMetrics const&) = delete;
 
-    /// Shows what has been counted since the last reset.
+    /// Sets the numbers to the counts since the last reset.
     void Show(ModbusTotals const& counted);
 
     using Metric = Zu::Properties::Metric;
 
     Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"};
-    Zu::Properties::SharedText listening; ///< "127.0.0.1:1502" now, empty while stopped
+    Zu::Properties::SharedText listening; ///< current address, such as "127.0.0.1:1502"; empty while stopped
     Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
     Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
     Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};

@@ -35,7 +35,7 @@ ModbusParams::~ModbusParams()
 {
     for (char const* key : {"port", "address", "maxClients", "registerOrder", "idleTimeout"})
     {
-        Deregister(key); // the members go before the base that refers to them
+        Deregister(key); // before the members, to which the base class refers, are destroyed
     }
 }
 

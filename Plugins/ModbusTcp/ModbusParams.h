@@ -10,18 +10,19 @@
 namespace ModbusTcp
 {
 
-/// Which register of a longer value comes first: the most significant (masters call it ABCD) or the least (CDAB).
+/// The register that comes first in a value of several registers: the most significant (clients call it ABCD) or the
+/// least significant (CDAB).
 enum RegisterOrder : int32
 {
     RegisterOrderBigEndian = 0,
     RegisterOrderLittleEndian = 1
 };
 
-/// What a user sets.
+/// The settings of the service.
 struct ModbusParams final : public Zu::Params::Group
 {
 public:
-    static constexpr uint16 DEFAULT_PORT = 1502; // 502, the registered one, needs privilege
+    static constexpr uint16 DEFAULT_PORT = 1502; // the registered port 502 needs privileges
     static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
     static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
     static constexpr uint32 MOST_CLIENTS = 512;
@@ -33,8 +34,8 @@ public:
 
     void SetDefaults();
 
-    Zu::Params::Value<uint16> port;         ///< 0 takes a free one; the metrics tell which
-    Zu::Params::Value<std::string> address; ///< IP address of this machine, as a number
+    Zu::Params::Value<uint16> port;         ///< 0: a free port, shown in the metrics
+    Zu::Params::Value<std::string> address; ///< a numeric IP address of this machine
     Zu::Params::Value<uint32> maxClients;   ///< 1 to MOST_CLIENTS
     Zu::Params::Enum<RegisterOrder> registerOrder;
     Zu::Params::Value<uint32> idleTimeout; ///< seconds, 1 to LONGEST_IDLE_TIMEOUT

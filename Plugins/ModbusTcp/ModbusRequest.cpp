@@ -20,7 +20,7 @@ constexpr uint8 READ_WRITE_MULTIPLE_REGISTERS = 23;
 constexpr uint8 ENCAPSULATED_INTERFACE = 43;
 constexpr uint8 EXCEPTION_BIT = 0x80;
 
-/// Registers [first, first + count) as a request names them.
+/// Registers [first, first + count) of a request.
 struct Range
 {
     uint16 first;
@@ -48,7 +48,7 @@ std::span<uint16 const> ReadValues(Values& values, uint8 const* bytes, uint16 co
     return std::span(values).first(count);
 }
 
-/// The byte count and the registers of a read, behind the function code.
+/// Writes the byte count and the registers of a read, after the function code.
 std::size_t WriteRegisters(IRegisterModel& model, Range range, std::span<uint8> answer)
 {
     Values values;
@@ -62,7 +62,7 @@ std::size_t WriteRegisters(IRegisterModel& model, Range range, std::span<uint8> 
     return 1 + 2 * registers.size();
 }
 
-// Each of these gets what stands behind the function code and answers from there.
+// Each of these gets the request after the function code and writes the answer after the function code.
 
 ModbusException Read(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer, std::size_t& bytes)
 {

@@ -18,41 +18,43 @@ namespace ModbusTcp
 class IRegisterModel;
 struct ServerCounters;
 
-/// The Modbus TCP server: one I/O thread that serves every client, none of which can hold up another.
+/// The Modbus TCP server. One I/O thread, "ModbusTcp.Io", serves all clients; no client can block another.
 ///
-/// Ownership: model, counters and callback outlive the server. Threads: `Start`, `Apply` and `Stop` belong to one thread
-/// at a time, the rest to any; the model and the callback are called on the I/O thread "ModbusTcp.Io".
+/// Ownership: model, counters and callback outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
+/// `Stop`; any thread may call the rest. The model and the callback are called on the I/O thread.
 class ModbusServer final
 {
 public:
     using Settings = PluginCommon::TcpSettings;
 
-    /// `whenClientsChanged` hears of every client that comes or goes, with the number that is connected from then on.
+    /// `whenClientsChanged` is called after each connect and disconnect with the number of connected clients.
     ModbusServer(IRegisterModel& registerModel, ServerCounters& serverCounters,
                  std::function<void(uint64)> whenClientsChanged);
     ~ModbusServer(); ///< stops
     ModbusServer(ModbusServer const&) = delete;
     ModbusServer& operator=(ModbusServer const&) = delete;
 
-    /// Listens from now on. Throws, and nothing runs, when it cannot: -997 for an address that is none of this machine's,
-    /// -976 for a port that is taken, 0 for another failure, each with address and port in the text. -1000 while it runs.
+    /// Starts listening. On failure nothing runs, and the text names address and port. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for an address that is invalid or not of this machine, `Zu::Status::BUSY` for a port
+    /// in use, `Zu::Status::FAILURE` for any other failure, and `Zu::Status::WRONG_STATE` while the server runs.
     void Start(Settings const& settings);
 
-    /// Closes every connection and ends the I/O thread. Nothing happens when it does not run. Not to be called on the I/O
-    /// thread.
+    /// Closes all connections and ends the I/O thread. Does nothing if the server does not run. Must not be called on
+    /// the I/O thread.
     void Stop() noexcept;
 
     bool IsRunning() const;
 
-    /// Does nothing while it does not run. The limits apply in place, to clients that come from now on and to the silence of
-    /// all; another port or address is bound anew, at the price of every connection. When that fails it goes on where it
-    /// was, and throws as `Start` does; when it cannot even do that, it does not run any more.
+    /// Applies new settings; does nothing if the server does not run. New limits take effect at once: `maxClients` for
+    /// new clients, the idle timeout for all. A new address or port is bound, which closes all connections. If binding
+    /// fails, the server returns to the old address and throws as `Start` does; if that fails too, the server does not
+    /// run any more.
     void Apply(Settings const& wanted);
 
-    /// Where it listens, with the true port: "127.0.0.1:1502", "[::1]:1502". Empty while it does not run.
+    /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
     std::string Endpoint() const;
 
-    uint16 Port() const; ///< the true one; 0 while it does not run
+    uint16 Port() const; ///< the actual port; 0 if the server does not run
 
 private:
     std::unique_ptr<PluginCommon::TcpServer> const server;

@@ -7,7 +7,7 @@
 namespace ModbusTcp
 {
 
-/// What this library offers: one protocol type, on every kind of system.
+/// Offers one protocol type, on all kinds of systems.
 class ModbusTcpPlugin final : public ZuControl::ControlPlugin
 {
 public:

@@ -59,7 +59,7 @@ ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
 
 ModbusTcpProtocol::~ModbusTcpProtocol()
 {
-    CloseResultHandlerGate(); // the base would do it when the members are gone
+    CloseResultHandlerGate(); // the base class would do it only after the members are destroyed
     server.Stop();
     fetcher.Stop();
 }
@@ -81,7 +81,7 @@ Zu::Properties::Structure& ModbusTcpProtocol::UpdateMetrics()
 void ModbusTcpProtocol::ResetMetrics()
 {
     Zu::MutexLock const guard(metricsLock);
-    atReset = Counted(); // the counters themselves go on: the lifetime needs them
+    atReset = Counted(); // the counters go on: "lifetime" needs them
     counters.largestHandlingUsec.store(0, std::memory_order_relaxed);
 }
 
@@ -123,9 +123,9 @@ void ModbusTcpProtocol::ParamsUpdate()
         bool const isLost = wasRunning && !server.IsRunning();
         if (isLost)
         {
-            fetcher.Stop(); // as after a start that failed
+            fetcher.Stop(); // as after a failed start
         }
-        guard.Unlock(); // a handler may ask this service for anything
+        guard.Unlock(); // handlers may call this service
         if (isLost)
         {
             NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
@@ -136,8 +136,8 @@ void ModbusTcpProtocol::ParamsUpdate()
 
 void ModbusTcpProtocol::ResetParams()
 {
-    // What runs goes on as it is until the next update or start: a load puts the defaults back before it sets what the job
-    // says, and would drop every client on the way through another port.
+    // A running server keeps its settings until the next update or start. A load resets the parameters before it sets
+    // those of the job; applying the default port in between would drop all clients.
     params.SetDefaults();
 }
 
@@ -160,8 +160,7 @@ void ModbusTcpProtocol::Start()
             fetcher.Stop();
             throw;
         }
-        metrics.listening.Set(
-            server.Endpoint()); // at once: the host prints it, also while no metrics are brought up to date
+        metrics.listening.Set(server.Endpoint()); // at once: the host prints the address before the metrics are updated
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -180,7 +179,7 @@ void ModbusTcpProtocol::ProcessResultSets(void* resultSets)
 {
     if (assembly.ChangeCount() != layoutChangeCount.load(std::memory_order_relaxed))
     {
-        TakeLayout(); // a change that failed half way tells nobody
+        TakeLayout(); // a change that failed halfway is not notified
     }
     encoder.Process(*static_cast<wArrayList const*>(resultSets));
 }
@@ -200,7 +199,7 @@ void ModbusTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlS
 {
     {
         Zu::MutexLock const guard(fanOutLock);
-        fanOut = nullptr; // not under the call below, which waits for a batch in progress
+        fanOut = nullptr; // not held during the call below, which waits for a running batch
     }
     ProtocolBase::DeregisterControlScanResultsHandler(results);
 }
@@ -273,7 +272,7 @@ ModbusTotals ModbusTcpProtocol::Counted() const
 
 ModbusServer::Settings ModbusTcpProtocol::WantedSettings() const
 {
-    // Settings come from files too, unvalidated.
+    // Clamped, because settings from files are not validated.
     return {params.address.Get(), params.port.Get(), std::min(params.maxClients.Get(), ModbusParams::MOST_CLIENTS),
             USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, ModbusParams::LONGEST_IDLE_TIMEOUT)};
 }
@@ -285,7 +284,7 @@ void ModbusTcpProtocol::ApplyRegisterOrder()
     {
         return;
     }
-    encoder.Pause(); // no read shall see results in two orders
+    encoder.Pause(); // no read may see results in mixed orders
     map.ChangeOrder(isWantedBigEndian,
                     [this, isWantedBigEndian] { assembly.ChangeBigEndianSupportedBlocks(isWantedBigEndian); });
     encoder.Resume();

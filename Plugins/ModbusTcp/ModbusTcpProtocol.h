@@ -22,11 +22,12 @@
 namespace ModbusTcp
 {
 
-/// The service: results, commands and state in the registers of a Modbus TCP server.
+/// The service "Modbus TCP": results, commands and state in the registers of a Modbus TCP server.
 ///
-/// Results come on the dispatcher's thread and go through the encoder into the image; clients are served on the server's
-/// I/O thread out of the register map; the state of system and scanner is fetched by a thread of its own.
-/// Nothing here waits for the end of an operation, so that the job that a client loads can stop and start this service.
+/// Threads: results arrive on the dispatcher's thread, and the encoder writes them into the register image. The
+/// server's I/O thread serves the clients from the register map. Another thread fetches the state of system and
+/// scanner. No operation here waits for the end of a system operation, so a job that a client loads can stop and start
+/// this service.
 class ModbusTcpProtocol final : public ZuControl::ControlProtocol::ProtocolBase, private ICommandRunner
 {
 public:
@@ -34,34 +35,35 @@ public:
     static constexpr char const* TYPE_NAME = "ModbusTcp";
     static constexpr char const* DISPLAY_NAME = "Modbus TCP";
 
-    /// Throws -997 for an `environ` without a data cache or a problems manager, beside what the base refuses.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an `environ` without a data cache or a problems manager, and as the base
+    /// class does.
     explicit ModbusTcpProtocol(ZuControl::ControlProtocol::ControlProtocolEnviron const& environ);
     ~ModbusTcpProtocol() override;
 
     Zu::Properties::Structure& UpdateMetrics() override;
-    void ResetMetrics() override; ///< all but what is kept over restarts
+    void ResetMetrics() override; ///< resets all numbers except those under "lifetime"
 
-    // The numbers that are kept over restarts. A document that does not hold them throws what JsonSerializer throws, and
-    // nothing changes.
+    // These two load and save the numbers under "lifetime". Loading a document without valid numbers throws as
+    // JsonSerializer does and changes nothing.
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
-    /// Another port or address while it runs is bound anew, at the price of every connection; when that fails the service
-    /// goes on where it was, and the exception says why. The rest applies in place.
+    /// Applies the parameters. A new port or address is bound, which closes all connections. If binding fails, the
+    /// service goes on at the old address and the exception tells why.
     void ParamsUpdate() override;
     void ResetParams() override;
 
-    /// Throws when it cannot listen; see ModbusServer::Start. Runs already: nothing happens.
+    /// Does nothing if the service runs. Throws as ModbusServer::Start does.
     void Start() override;
     void Stop() override;
 
     void ProcessResultSets(void* resultSets) override;
 
-    // Nobody else tells the fan-out the sources of a new job, nor the clients that were there before it was asked.
+    // These two also report the sources of a new job, and clients that connected earlier, to the fan-out.
     void RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
     void DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
 
-    /// Not to be called with the assembly's lock held, which is taken for the new view of it.
+    /// Takes the assembly's lock, so the caller must not hold it.
     void RegisterAssemblyUpdate(char const* id) override;
     void ConfigureDefaultRegisterAssembly() override;
 
@@ -83,7 +85,7 @@ private:
     ModbusMetrics metrics;
     ServerCounters counters;
 
-    // The blocks, and behind them what shares blocks: it goes first.
+    // The blocks come first: the members after them share the blocks and are destroyed before them.
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase assembly;
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyActionTarget assemblyActionTarget;
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblyGroup;
@@ -91,23 +93,24 @@ private:
     ResultEncoder encoder;
     PluginCommon::StateFetcher fetcher;
     RegisterMap map;
-    std::atomic<uint64> layoutChangeCount{0}; // of the assembly when the newest layout was taken; publishes nothing
+    std::atomic<uint64> layoutChangeCount{0}; // the assembly's count at the newest layout; publishes no other data
 
-    // Order: this lock, then `fanOutLock`, which may not be held when this one is taken. Starts, stops and changes of the
-    // parameters exclude each other by it; it is held while the I/O thread is joined, which never takes it.
+    // Lock order: this, then `fanOutLock`. Serialises starts, stops and parameter changes. It is held while the I/O
+    // thread is joined, so the I/O thread never takes it.
     Zu::Mutex lifecycleLock;
     bool isBigEndian = true;
 
-    // Held while the fan-out is told the number of clients, so that an old number never comes behind a newer one. The
-    // dispatcher's thread never takes it: it may be joined under the fan-out's lock.
+    // Held while the client count is reported to the fan-out, so that counts arrive in order. The dispatcher's thread
+    // must not take it: the fan-out may join that thread under its own lock.
     Zu::Mutex fanOutLock;
-    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // while registered for results
+    ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // set while registered for results
 
-    // One update of the metrics at a time; readers of the record need no lock. The problems of the base are reported under it.
+    // Held during an update of the metrics; readers of the record need no lock. Problems of the base class are reported
+    // under it.
     Zu::Mutex metricsLock;
     ModbusTotals atReset ZU_GUARDED_BY(metricsLock);
 
-    ModbusServer server; // last: its thread uses all of the above
+    ModbusServer server; // last: its thread uses all members above
 };
 
 } // namespace ModbusTcp

@@ -15,7 +15,7 @@ constexpr std::array MEMBERS{
     &ModbusTotals::busyRefusals,     &ModbusTotals::bytesIn,          &ModbusTotals::bytesOut,
     &ModbusTotals::resultSets,       &ModbusTotals::commands,         &ModbusTotals::registersWritten,
 };
-static_assert(sizeof(ModbusTotals) == MEMBERS.size() * sizeof(uint64)); // none is left out
+static_assert(sizeof(ModbusTotals) == MEMBERS.size() * sizeof(uint64)); // no member is missing
 
 } // namespace
 

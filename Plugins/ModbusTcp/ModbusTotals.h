@@ -5,15 +5,15 @@
 namespace ModbusTcp
 {
 
-/// What has been counted up to some moment, or between two.
+/// Counts up to a moment, or between two moments.
 struct ModbusTotals
 {
-    uint64 controlDrops = 0; ///< result sets of which a block could not be encoded
+    uint64 controlDrops = 0; ///< result sets with a block that could not be encoded
     uint64 acceptedClients = 0;
-    uint64 rejectedClients = 0; ///< beyond the cap
-    uint64 droppedClients = 0;  ///< for silence, a malformed frame or not taking answers
+    uint64 rejectedClients = 0; ///< beyond maxClients
+    uint64 droppedClients = 0;  ///< for silence, a malformed frame or answers not taken
     uint64 requests = 0;
-    uint64 exceptions = 0;       ///< requests that were refused; of these:
+    uint64 exceptions = 0;       ///< refused requests; of these:
     uint64 illegalFunctions = 0; ///< exception 1
     uint64 illegalAddresses = 0; ///< exception 2
     uint64 illegalValues = 0;    ///< exception 3
@@ -21,10 +21,10 @@ struct ModbusTotals
     uint64 bytesIn = 0;
     uint64 bytesOut = 0;
     uint64 resultSets = 0;
-    uint64 commands = 0;         ///< taken from the command block
-    uint64 registersWritten = 0; ///< by requests that were taken
+    uint64 commands = 0;         ///< commands taken from the command block
+    uint64 registersWritten = 0; ///< by accepted requests
 
-    /// What has been counted since `earlier`.
+    /// The counts since `earlier`.
     ModbusTotals Since(ModbusTotals const& earlier) const;
 };
 

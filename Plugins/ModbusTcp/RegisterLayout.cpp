@@ -17,7 +17,7 @@ RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& a
 {
     auto layout = std::make_shared<RegisterLayout>();
     AssemblyLock const guard(assembly);
-    layout->changeCount = assembly.ChangeCount(); // before the list: what changes behind it shows as a larger one
+    layout->changeCount = assembly.ChangeCount(); // before the list, so that a later change has a larger count
     for (std::shared_ptr<Block> const& block : assembly.AddedRegisterBlocks())
     {
         layout->Enter(block);
@@ -43,7 +43,7 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     uint32 const end = uint32{place.first} + place.count;
     if (end > RegisterImage::REGISTER_COUNT)
     {
-        return; // the assembly's range keeps such a block out; the image must not depend on it
+        return; // the assembly refuses such a block, but the image must not rely on it
     }
     if (block->HasDataSource())
     {

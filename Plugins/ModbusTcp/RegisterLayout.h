@@ -16,14 +16,14 @@ struct ProtocolRegisterBlock;
 namespace ModbusTcp
 {
 
-/// Where which block lies at one moment: a flat view of an assembly that never changes, so that no reader of registers and
-/// no result waits for the assembly's lock. It shares the blocks and must not outlive the assembly.
+/// An immutable list of an assembly's blocks and their registers. With it neither reads nor results wait for the
+/// assembly's lock. It shares the blocks and must not outlive the assembly.
 class RegisterLayout final
 {
 public:
     using Block = ZuControl::ControlProtocol::ProtocolRegisterBlock;
 
-    /// Registers [first, first + count) of one block; no block when there is none of this kind.
+    /// Registers [first, first + count) of a block; `block` is null if the assembly has none of this kind.
     struct Place
     {
         bool Exists() const
@@ -38,23 +38,23 @@ public:
 
     struct ResultPlace : Place
     {
-        uint64 dataSource = 0; ///< its number, as results carry it
+        uint64 dataSource = 0; ///< the number of the source in results
     };
 
-    /// Takes the assembly's lock for as long as it reads the list.
+    /// Holds the assembly's lock while it copies the list.
     static std::shared_ptr<RegisterLayout const>
     Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly);
 
-    /// The blocks that follow this data source, in the order of their registers; none is common.
+    /// The blocks of this data source, sorted by their registers; usually empty.
     std::span<ResultPlace const> Find(uint64 dataSource) const;
 
-    /// The result blocks by the number of their data source.
+    /// The result blocks, sorted by the number of their data source.
     std::span<ResultPlace const> Results() const
     {
         return results;
     }
 
-    // The first register of the result blocks and the one behind their last; equal when there is none.
+    // Result blocks lie in registers [resultsFirst, resultsEnd); equal if there is none.
     uint32 resultsFirst = 0;
     uint32 resultsEnd = 0;
 
@@ -62,12 +62,12 @@ public:
     Place controlOutput;
     Place system;
     Place scanner;
-    std::string scannerId; ///< that the scanner block names; empty for the first scanner
+    std::string scannerId; ///< of the scanner block; empty for the first scanner
 
-    uint64 changeCount = 0; ///< of the assembly when this was taken; a later one is larger
+    uint64 changeCount = 0; ///< change count of the assembly at the copy; a later layout has a larger one
 
 private:
-    /// Where the results of a data source lie in the list; free without any.
+    /// The range of a data source in `results`; unused if count is 0.
     struct Slot
     {
         uint64 dataSource = 0;
@@ -83,8 +83,8 @@ private:
         return (dataSource ^ (dataSource >> 32)) & (slots.size() - 1);
     }
 
-    std::vector<ResultPlace> results;               // by data source
-    std::vector<Slot> slots = std::vector<Slot>(1); // open addressing, at most half full, so that every walk ends
+    std::vector<ResultPlace> results;               // sorted by data source
+    std::vector<Slot> slots = std::vector<Slot>(1); // open addressing, at most half full, so each probe ends
 };
 
 } // namespace ModbusTcp

@@ -16,7 +16,7 @@ using PluginCommon::StateFetcher;
 namespace
 {
 
-/// The part of a read that falls on one block.
+/// The registers of a read that belong to one block.
 class Overlap final
 {
 public:
@@ -34,7 +34,7 @@ public:
         return place.Exists() && begin < end;
     }
 
-    /// `source(i)` gives register i of the block.
+    /// `source(i)` returns register i of the block.
     template <typename Source>
     void Fill(Source const& source) const
     {
@@ -44,11 +44,11 @@ public:
         }
     }
 
-    /// Has the block encode `record`.
+    /// Encodes `record` with the block.
     template <typename Record>
     void Encode(Record const& record) const
     {
-        std::array<uint8, MOST_BYTES> bytes{}; // what the block leaves alone reads 0
+        std::array<uint8, MOST_BYTES> bytes{}; // registers that the block does not encode read 0
         std::size_t const size = 2 * std::size_t{place.count};
         if (size > bytes.size())
         {
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t MOST_BYTES = 144; // of the system block
+    static constexpr std::size_t MOST_BYTES = 144; // of the system block, the longest
 
     RegisterLayout::Place const& place;
     std::span<uint16> registers;

@@ -20,10 +20,10 @@ namespace ModbusTcp
 
 class RegisterImage;
 
-/// The registers as a client sees them: the published results, and over them the command registers as they were written,
-/// the answer to the last command and the state of system and scanner, encoded when a read covers them.
+/// The registers that clients see: the published results, overlaid with the command registers as written, the result of
+/// the last command, and the state of system and scanner. State is encoded when a read covers it.
 ///
-/// Threads: reads and writes belong to one thread at a time, the I/O thread; the rest to any.
+/// Threads: one thread at a time calls `Read` and `Write`, the I/O thread; any thread may call the rest.
 class RegisterMap final : public IRegisterModel
 {
 public:
@@ -36,14 +36,14 @@ public:
     void Read(uint16 first, std::span<uint16> registers) override;
     ModbusException Write(uint16 first, std::span<uint16 const> values) override;
 
-    /// From now on the blocks lie where `layout` says; an older one than the present is passed over.
+    /// Replaces the layout, unless `layout` is older than the present one.
     void Install(std::shared_ptr<RegisterLayout const> newLayout);
 
-    /// Runs `change`, which is to give the blocks this byte order, while no write is being judged.
+    /// Runs `change`, which sets the byte order of the blocks, while no write is evaluated.
     void ChangeOrder(bool newIsBigEndian, std::function<void()> const& change);
 
     uint64 CommandCount() const;
-    uint64 WrittenCount() const; ///< registers, of requests that were taken
+    uint64 WrittenCount() const; ///< registers written by accepted requests
 
 private:
     std::shared_ptr<RegisterLayout const> Layout();
@@ -51,13 +51,13 @@ private:
     RegisterImage& image;
     PluginCommon::StateFetcher& fetcher;
 
-    // Taken for each write, and by a change of the byte order; guards the channel and the order. Operations are begun
-    // under it, and the assembly's lock may be taken under it.
+    // Held during each write and each change of the byte order; guards the channel and the order. Operations are begun
+    // under it. Lock order: this, then the assembly's lock.
     Zu::Mutex writeLock;
     CommandChannel channel ZU_GUARDED_BY(writeLock);
     bool isBigEndian = true;
 
-    Zu::Mutex layoutLock; // a leaf: held for the copy of the pointer
+    Zu::Mutex layoutLock; // a leaf; held to copy the pointer
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(layoutLock);
 
     std::atomic<uint64> commandCount{0};

@@ -38,7 +38,7 @@ void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
     Zu::MutexLock const guard(lock);
     if (newLayout->changeCount < layout->changeCount)
     {
-        return; // two threads took a view each, and this one came late
+        return; // another thread has installed a newer layout
     }
     Carry(*layout, *newLayout);
     layout.swap(newLayout);
@@ -93,7 +93,7 @@ void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
 {
     std::span<uint8> const bytes = image.Edit();
     std::vector<uint8> const old(bytes.begin(), bytes.end());
-    std::ranges::fill(bytes, uint8{0}); // what no block lies on any more
+    std::ranges::fill(bytes, uint8{0}); // registers without a block
     for (ResultPlace const& place : to.Results())
     {
         for (ResultPlace const& before : from.Find(place.dataSource))
@@ -132,7 +132,7 @@ bool ResultEncoder::EncodeItem(ResultPlace const& place, ZuCore::ResultItemObjec
         place.block->Serialize(bytes.data(), bytes.size(), &data, sizeof data);
         return true;
     }
-    catch (...) // one that leaves ends the delivery of results for good
+    catch (...) // an exception that left would end the delivery of results for good
     {
         std::ranges::fill(bytes, uint8{0});
         NoteFault(place);

@@ -21,11 +21,13 @@ namespace ModbusTcp
 
 class RegisterImage;
 
-/// Writes results into the register image by way of the blocks that follow them.
+/// Encodes results into the register image, using the blocks of their data sources.
 ///
-/// A data source that a set does not have keeps its registers. A block that cannot take what its source gives reads 0, is
-/// told in the log once, and counts as a drop.
-/// Threads: any; results come on the dispatcher's thread, layouts on whichever thread changed the assembly.
+/// If a set lacks a data source, its registers keep their values. If a block cannot encode a result, its registers read
+/// 0, the fault is logged once, and the set counts as a drop.
+///
+/// Threads: any thread may call. Results arrive on the dispatcher's thread, layouts on the thread that changed the
+/// assembly.
 class ResultEncoder final
 {
 public:
@@ -34,15 +36,15 @@ public:
     ResultEncoder(ResultEncoder const&) = delete;
     ResultEncoder& operator=(ResultEncoder const&) = delete;
 
-    /// From now on results go where `layout` says; an older one than the present is passed over. A block that stays keeps
-    /// its last value, wherever it lies now.
+    /// Replaces the layout, unless `layout` is older than the present one. A block in both layouts keeps its last
+    /// value, even if its registers move.
     void Install(std::shared_ptr<RegisterLayout const> layout);
 
-    /// All result registers read 0 until results come again, and none come in before `Resume`.
+    /// Clears all result registers. Results are ignored until `Resume`.
     void Pause();
     void Resume();
 
-    /// Encodes every set of the batch, in order, and publishes what stands then.
+    /// Encodes all sets of the batch in order, then publishes the image.
     void Process(wArrayList const& resultSets);
 
     uint64 ResultSetCount() const;
@@ -51,17 +53,18 @@ public:
 private:
     using ResultPlace = RegisterLayout::ResultPlace;
 
-    // Each of these is called under the lock.
+    // The caller holds the lock.
     void Carry(RegisterLayout const& from, RegisterLayout const& to);
     bool EncodeSet(ZuCore::ResultSetObject const* resultSet) ZU_REQUIRES(lock);
     bool EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item) ZU_REQUIRES(lock);
     void NoteFault(ResultPlace const& place) ZU_REQUIRES(lock);
 
-    // A leaf but for the log. Guards the writer's side of the image, whose readers never take it, and what follows.
+    // Guards the writer's side of the image, which readers use without it, and the members below. Only the log is
+    // called under it.
     Zu::Mutex lock;
     RegisterImage& image;
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(lock);
-    std::vector<RegisterLayout::Block const*> faulty ZU_GUARDED_BY(lock); // told in the log since the last layout
+    std::vector<RegisterLayout::Block const*> faulty ZU_GUARDED_BY(lock); // logged since the last layout
     bool isPaused ZU_GUARDED_BY(lock) = false;
 
     std::atomic<uint64> resultSetCount{0};

@@ -17,7 +17,7 @@ void ServerCounters::NoteHandling(uint64 usec)
     lastHandlingUsec.store(usec, std::memory_order_relaxed);
     if (usec > largestHandlingUsec.load(std::memory_order_relaxed))
     {
-        largestHandlingUsec.store(usec, std::memory_order_relaxed); // at worst undoes a reset of this moment
+        largestHandlingUsec.store(usec, std::memory_order_relaxed); // a concurrent reset may be lost
     }
 }
 

@@ -11,20 +11,20 @@ namespace ModbusTcp
 
 using PluginCommon::Count;
 
-/// What the server has done since it was built.
+/// Counters of the server since its construction.
 struct ServerCounters final : PluginCommon::ClientCounters
 {
     static constexpr std::size_t CODE_COUNT = static_cast<std::size_t>(ModbusException::SERVER_DEVICE_BUSY) + 1;
 
-    std::atomic<uint64> exceptions{0};                              ///< requests that were refused
-    std::array<std::atomic<uint64>, CODE_COUNT> exceptionsByCode{}; ///< the same, by the code that the client got
+    std::atomic<uint64> exceptions{0};                              ///< refused requests
+    std::array<std::atomic<uint64>, CODE_COUNT> exceptionsByCode{}; ///< refused requests by exception code
     std::atomic<uint64> lastHandlingUsec{0};
-    std::atomic<uint64> largestHandlingUsec{0}; ///< written by the I/O thread; somebody else may begin it anew
+    std::atomic<uint64> largestHandlingUsec{0}; ///< written on the I/O thread; another thread may reset it
 
-    /// One more request that was refused. Nothing for one that was not.
+    /// Counts a refused request; does nothing for NONE.
     void CountException(ModbusException refusal);
 
-    /// How long the last request took.
+    /// Records the duration of a request.
     void NoteHandling(uint64 usec);
 };
 
