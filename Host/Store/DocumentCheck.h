@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// Checks a document before any code parses or stores it.
+/// Checks the text of a document before other code parses or stores it.
 namespace ZuHost::DocumentCheck
 {
 

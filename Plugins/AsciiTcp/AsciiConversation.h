@@ -50,7 +50,7 @@ public:
     /// Takes result lines from the feed as far as there is room, and counts the missed lines.
     void TakeData();
 
-    /// The operation of this ticket has ended. Returns true if it was this client's, which is then told.
+    /// The operation of this ticket has ended. Returns true if it was this client's; the client then gets a line.
     bool OperationEnded(uint64 ticket, bool isDone);
 
     /// `line` is the answer to the request of this ticket. Returns true if it is this client's. Its later requests are
@@ -104,7 +104,7 @@ private:
     std::size_t outputFirst = 0; // bytes before it are sent
     bool subscribed = false;
     uint64 nextLine = 0; // number of the next line in the feed, while subscribed
-    uint64 ticket = 0;   // of the operation whose end the client waits for; 0 for none
+    uint64 ticket = 0;   // of the operation that the client waits for; 0 for none
     uint64 awaited = 0;  // ticket of the answer that later requests wait for; 0 for none
     uint64 awaitedSinceUsec = 0;
     uint64 answered = 0;

@@ -7,8 +7,8 @@ namespace AsciiTcp
 
 class AsciiOutputMap;
 
-/// The actions of every output map. The difference: "removeAll" leaves the map empty, whereas `Clear` restores the map
-/// of a new job.
+/// The actions by which clients change the output map. They are those of every map, except for "removeAll": it leaves
+/// the map empty, whereas `Clear` restores the map of a new job.
 class AsciiOutputActions final : public ZuControl::ControlProtocol::ProtocolOutputActionTarget
 {
 public:

@@ -55,7 +55,8 @@ public:
     void OutputsUpdate() override;
     void ProcessResultSets(void* resultSets) override;
 
-    // These two also report the sources of a new job, and clients that connected earlier, to the fan-out.
+    // Registration also reports the data sources and the number of clients to the fan-out, which has neither for a new
+    // job.
     void RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
     void DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results) override;
 

@@ -21,12 +21,12 @@ class IControlDataCache;
 namespace PluginCommon
 {
 
-/// Keeps recent values of the system and scanner state. Its own thread fetches them, so readers never wait for the
+/// Keeps recent values of the system and scanner state. Its own thread fetches them, so readers never wait for slow
 /// sources.
 ///
 /// It fetches while clients are connected and `Latest` was called within the last two seconds; otherwise it rests.
-/// After a rest the first call of `Latest` waits for a fetch, up to FIRST_WAIT_USEC. If a fetch fails, the last value
-/// is kept.
+/// After a rest, `Latest` waits until the first fetch has ended, at most FIRST_WAIT_USEC. If a fetch fails, the last
+/// value is kept.
 ///
 /// Threads: any thread may call, except that only one thread at a time may call `Start` and `Stop`.
 class StateFetcher final

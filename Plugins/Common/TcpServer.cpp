@@ -46,8 +46,8 @@ int32 StatusOf(error_code const& error)
 
 } // namespace
 
-/// The state from a start to the next stop. Once the I/O thread runs, it alone uses all members except the two limits
-/// and `endpoint`.
+/// The state from a start to the next stop. Once the I/O thread runs, it alone uses the members, except the two limits
+/// and `endpoint`, and except posts to `io`.
 class TcpServer::Core final
 {
 public:
