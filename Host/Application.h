@@ -42,10 +42,10 @@ public:
         bool operator==(Listener const&) const = default;
     };
 
-    /// Loads the plug-ins that were admitted, with a problem for each of the others, builds the module, loads the job or makes a
-    /// new one, and takes the address of the REST service, which asks for `token` unless that is empty. The folder outlives
-    /// this. Throws what a protocol throws that cannot be built, what a job throws that cannot be used, and what HttpServer
-    /// throws.
+    /// Binds the address of the REST service, loads the admitted plug-ins, builds the module, and loads the job or makes a
+    /// new one. Each plug-in that was not admitted becomes a problem. The REST service asks for `token` unless it is empty.
+    /// `dataFolder` outlives this. Throws as the constructor of a protocol, `JobManager::Begin` and `HttpServer::Listen`
+    /// do.
     Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
                 std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins);
     ~Application(); ///< ends the REST service, saves, stops scanning, then ends the protocols
@@ -86,7 +86,7 @@ private:
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
-    std::optional<HostResources> hostResources; // behind everybody else's: it listens to them
+    std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     HttpServer httpServer;                      // last: the first to go, as nobody may ask for what is going
 };
 

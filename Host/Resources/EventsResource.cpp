@@ -54,7 +54,7 @@ void EventsResource::Tell(EventType type, std::string const& path)
     Zu::MutexLock const guard(lock);
     for (auto const& [id, receiver] : receivers)
     {
-        ZU_GUARD_BOUNDARY([&to = *receiver, &report] { to.Receive(report); }); // the others are to hear it all the same
+        ZU_GUARD_BOUNDARY([&to = *receiver, &report] { to.Receive(report); }); // one failure must not end the loop
     }
 }
 

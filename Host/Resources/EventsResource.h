@@ -12,19 +12,19 @@
 namespace ZuHost
 {
 
-/// What the resources notify, as a stream: {"type": n, "path": "..."} for each.
+/// Streams the notifications of all resources; each report is {"type": n, "path": "..."}.
 ///
-/// It listens to each resource once and gives the news to its clients under a lock of its own.
+/// It registers one handler with each resource and passes each notification to its clients under its own lock.
 class EventsResource final : public ZuRest::ResourceBase, public ZuRest::StreamResourceBase
 {
 public:
     EventsResource();
-    ~EventsResource() override; ///< hears nothing any more; the resources may be gone by now
+    ~EventsResource() override; ///< ends the handlers; the resources may be destroyed already
 
     EventsResource(EventsResource const&) = delete;
     EventsResource& operator=(EventsResource const&) = delete;
 
-    /// From now on clients hear of `resource`. To be called before its first request, once.
+    /// Streams the notifications of `resource` from now on. Call it once for each resource, before its first request.
     void ListenTo(ZuRest::IResource& resource);
 
     ZuRest::IStreamableResource* StreamableProvider() override;
@@ -34,11 +34,11 @@ public:
 private:
     void Tell(ZuRest::EventType type, std::string const& path);
 
-    Zu::Mutex lock; // a leaf: receivers are called under it and only hand on
+    Zu::Mutex lock; // a leaf: receivers are called under it, and must only pass the report on
     uint32 nextId ZU_GUARDED_BY(lock) = 0;
     std::map<uint32, ZuRest::IStreamReceiver*> receivers ZU_GUARDED_BY(lock);
 
-    Zu::CallbackGate gate; // last: it ends the calls first
+    Zu::CallbackGate gate; // last: its destructor ends the calls first
 };
 
 } // namespace ZuHost

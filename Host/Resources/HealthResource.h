@@ -11,13 +11,14 @@
 namespace ZuHost
 {
 
-/// Tells that the host is there and answers, how long it has been there ("upTimeSec"), and what of it has died or stands still
-/// ("faults", a sentence each): "status" is "ok" without such and "faulty" with them. It answers whatever else is held up.
+/// Shows that the host runs: "upTimeSec" is the time since the start, "faults" has a sentence for each part that has
+/// died or hangs, and "status" is "ok" without faults, else "faulty". Requests are answered even while others are
+/// blocked.
 class HealthResource final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
 {
 public:
-    /// Without `newFindFaults` nothing is ever found. What it needs outlives this. Any thread may call it, and it
-    /// waits for nobody.
+    /// `newFindFaults` returns the faults; if empty, there are none. It must be thread-safe and must not wait. The
+    /// objects that it uses outlive the resource.
     explicit HealthResource(std::function<std::vector<std::string>()> newFindFaults = nullptr);
     ~HealthResource() override;
 

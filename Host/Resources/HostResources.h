@@ -15,21 +15,22 @@ class ResourceRouter;
 namespace ZuHost
 {
 
-/// What the host itself shows beside the module's tree: "/", "/health", "/problems", "/events", "/scanners", "/relations".
+/// The resources of the host itself: "/", "/health", "/problems", "/events", "/scanners", "/relations".
 ///
-/// It is built when all other resources have their routes, since it listens to each of them for "/events", and destroyed
-/// before them.
+/// Construct it after all other resources have their routes, because it registers handlers with them for "/events".
+/// Destroy it before them.
 class HostResources final
 {
 public:
-    /// Where the meaning of a relation is told, as a URI template.
+    /// URI template of the pages that explain relations.
     static constexpr char const* RELATION_TEMPLATE = "/relations/{rel}";
 
-    /// Router, problems and engines outlive this, and what `findFaults` needs does; see HealthResource.
+    /// Router, problems, engines and the objects that `findFaults` uses outlive this. See HealthResource for
+    /// `findFaults`.
     HostResources(ZuRest::ResourceRouter& usedRouter, ZuCommon::ProblemsManager const& problems,
                   ZuScan::Internal::ScanEngineManager const& scanEngines,
                   std::function<std::vector<std::string>()> findFaults = nullptr);
-    ~HostResources(); ///< takes its routes away
+    ~HostResources(); ///< removes its routes
 
     HostResources(HostResources const&) = delete;
     HostResources& operator=(HostResources const&) = delete;

@@ -10,12 +10,12 @@ class ProblemsManager;
 namespace ZuHost
 {
 
-/// The problems that stand now, the oldest first: "severity" ("warning", "error"), "source", "text" and "since", UTC with
-/// milliseconds as ISO 8601 has it.
+/// The present problems, the oldest first. Members: "severity" ("warning", "error"), "source", "text", and "since", an
+/// ISO 8601 time in UTC with milliseconds.
 class ProblemsResource final : public ZuRest::DocumentResourceBase
 {
 public:
-    /// The manager outlives this.
+    /// The manager outlives the resource.
     explicit ProblemsResource(ZuCommon::ProblemsManager const& shownProblems);
     ~ProblemsResource() override;
 

@@ -14,10 +14,10 @@ namespace ZuHost
 namespace
 {
 
-/// Plain text: nothing of it needs to be escaped in a page.
+/// Both texts are inserted into pages without escaping.
 struct Relation
 {
-    char const* name; // behind "zu:"
+    char const* name; // without the prefix "zu:"
     char const* meaning;
 };
 

@@ -6,7 +6,7 @@
 namespace ZuHost
 {
 
-/// What the `zu:` keys of documents mean, as pages for people: all of them at "/relations", one at "/relations/:rel".
+/// Pages for people that explain the `zu:` keys of documents: all keys at "/relations", one key at "/relations/:rel".
 class RelationsResource final : public ZuRest::ResourceBase, public ZuRest::IContentResource
 {
 public:

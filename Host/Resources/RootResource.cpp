@@ -13,7 +13,7 @@ namespace ZuHost
 namespace
 {
 
-/// One link: a template is expanded as RFC 6570 says, and `example` is a path of the kind that it expands to.
+/// A link. A template follows RFC 6570; `example` is a path that it could expand to, for looking up the route.
 struct Entry
 {
     char const* relation;
@@ -22,7 +22,7 @@ struct Entry
     bool asList;
 };
 
-constexpr char const* PATH = nullptr; // no template: the path itself
+constexpr char const* PATH = nullptr; // marks an entry that is a path and no template
 
 constexpr std::array ENTRIES{
     Entry{"zu:controls", "/controls", PATH, false},

@@ -10,13 +10,13 @@ class ResourceRouter;
 namespace ZuHost
 {
 
-/// Where a client begins: the document at "/" tells what runs here and links what there is.
+/// The entry point for clients: the document at "/" has product and version, and links to the other resources.
 ///
-/// What no other document links stands here as a URI template. A link is there when its route is.
+/// Resources that no other document links are linked here by a URI template. A link is shown only if its route exists.
 class RootResource final : public ZuRest::DocumentResourceBase
 {
 public:
-    /// The router outlives this.
+    /// The router outlives the resource.
     explicit RootResource(ZuRest::ResourceRouter const& usedRouter);
     ~RootResource() override;
 

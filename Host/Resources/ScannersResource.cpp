@@ -54,7 +54,7 @@ char const* NameOf(ZuScan::AlignState state)
     }
 }
 
-/// The ids of the actions, and what the one that only tells something tells.
+/// Shows the ids of the actions, and the result of the action "scannerInfo".
 void ShowActions(ZuScan::IActionTarget& target, Json& document)
 {
     Json& ids = document["actions"] = Json::array();

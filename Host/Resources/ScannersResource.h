@@ -12,16 +12,17 @@ class ScannerInstance;
 namespace ZuHost
 {
 
-/// The scanners: the list at "/scanners", each at "/scanners/:id", by its id or by its number, from 0 over all engines.
+/// The scanners: a list at "/scanners", and each scanner at "/scanners/:id", by its id or by its number. Numbers count
+/// from 0 over all engines.
 ///
-/// The hardware tree counts devices by number and knows two of them, whatever there is: the numbers below that have a
-/// document in any case, which says whether the scanner is there.
+/// The hardware tree has DEVICES devices, whether they exist or not. A scanner number below DEVICES therefore always
+/// has a document, which shows whether the scanner is present.
 class ScannersResource final : public ZuRest::DocumentResourceBase
 {
 public:
     static constexpr uint64 DEVICES = 2;
 
-    /// The engines outlive this.
+    /// The engines outlive the resource.
     explicit ScannersResource(ZuScan::Internal::ScanEngineManager const& shownEngines);
     ~ScannersResource() override;
 
