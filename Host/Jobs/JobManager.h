@@ -84,6 +84,7 @@ public:
     /// protocol does not take over are reported (see `Report`), not thrown.
     void LoadJob(std::string const& name) override;
 
+    /// The name of the loaded job; empty before `Begin`.
     std::string LoadedJob() override;
 
     /// All jobs, sorted by name.

@@ -29,6 +29,7 @@ public:
     JobSaver(JobSaver const&) = delete;
     JobSaver& operator=(JobSaver const&) = delete;
 
+    /// Starts the thread. Call it once.
     void Start();
 
     /// Ends the thread after a running save has finished. Changes that are not saved by then are not saved. Does

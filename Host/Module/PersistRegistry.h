@@ -41,6 +41,8 @@ public:
     /// before the first modification. Empty: no call.
     void SetModifiedHandler(std::function<void()> handler);
 
+    // Each calls all handlers, in the order of their registration. An exception of a handler ends the operation.
+
     void Init(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
     void Load(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store);
     void Save(ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);

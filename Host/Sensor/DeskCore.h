@@ -37,6 +37,8 @@ public:
     /// Stops scanning, clears all network settings, and fires `FactoryRestoreEvent`.
     void FactoryRestore() override;
 
+    /// Stops scanning, applies the next network settings and restarts the up-times. Then scans if the device scans at
+    /// power-up.
     void Restart() override;
     void SetNextIpConfig(wIpConfig const& config) override;
 
@@ -65,7 +67,7 @@ private:
     bool const startsAtPowerUp;
     DeskMetricsReporter reporter;
 
-    // Held during each operation (queries excepted), also while events fire. Lock order: this, then the sensor's locks.
+    // Held during each operation that changes the core, also while events fire. Lock order: this, then the sensor's locks.
     mutable Zu::RecursiveMutex operationLock;
     bool isClosed ZU_GUARDED_BY(operationLock) = false;
     bool isScanning ZU_GUARDED_BY(operationLock) = false; // as last reported by the event

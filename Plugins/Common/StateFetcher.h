@@ -52,7 +52,10 @@ public:
     StateFetcher(StateFetcher const&) = delete;
     StateFetcher& operator=(StateFetcher const&) = delete;
 
+    /// Starts the thread. Throws `Zu::Status::WRONG_STATE` while it runs.
     void Start();
+
+    /// Ends the thread after a running fetch. Does nothing if the thread does not run.
     void Stop() noexcept;
 
     /// Says whether clients are connected. Without clients nothing is fetched. The first client starts fetching before
