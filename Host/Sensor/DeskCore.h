@@ -67,7 +67,7 @@ private:
     bool const startsAtPowerUp;
     DeskMetricsReporter reporter;
 
-    // Held during each operation that changes the core, also while events fire. Lock order: this, then the sensor's locks.
+    // Held during each operation except GetRunState, also while events fire. Lock order: this, the sensor's locks.
     mutable Zu::RecursiveMutex operationLock;
     bool isClosed ZU_GUARDED_BY(operationLock) = false;
     bool isScanning ZU_GUARDED_BY(operationLock) = false; // as last reported by the event
