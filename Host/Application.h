@@ -42,10 +42,10 @@ public:
         bool operator==(Listener const&) const = default;
     };
 
-    /// Binds the address of the REST service, loads the admitted plug-ins, builds the module, and loads the job or makes a
-    /// new one. Each plug-in that was not admitted becomes a problem. The REST service asks for `token` unless it is empty.
-    /// `dataFolder` outlives this. Throws as the constructor of a protocol, `JobManager::Begin` and `HttpServer::Listen`
-    /// do.
+    /// Binds the address of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
+    /// makes a new one. Each plug-in that was not admitted becomes a problem. The REST service asks for `token` unless
+    /// it is empty. `dataFolder` outlives this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// `HttpServer::Listen` do.
     Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
                 std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins);
     ~Application(); ///< ends the REST service, saves, stops scanning, then ends the protocols

@@ -17,10 +17,10 @@ namespace ZuHost
 
 /// Tries again to start the services that a job or the command line enables but that failed to start.
 ///
-/// Such a service is wanted until an attempt succeeds, a request names its "enabled", or a job is loaded. The first attempt
-/// follows after a second, each later one after twice the wait before it, up to a minute. Meanwhile a problem tells the user
-/// why the service does not run, and the job manager saves the service as enabled. The module is not told: it shows the
-/// service as disabled.
+/// Such a service is wanted until an attempt succeeds, a request names its "enabled", or a job is loaded. The first
+/// attempt follows after a second, each later one after twice the wait before it, up to a minute. Meanwhile a problem
+/// tells the user why the service does not run, and the job manager saves the service as enabled. The module is not
+/// told: it shows the service as disabled.
 /// Threads: any thread may call, except that `Run` and `Stop` belong to the owner. The thread "StartRetry" makes the
 /// attempts, one after the other; an attempt that hangs holds up the others.
 class StartRetry final
@@ -43,8 +43,8 @@ public:
     /// A moment in microseconds, as `wTime_NowUsec`.
     using Clock = std::function<uint64()>;
 
-    /// One load of a job, on the thread that makes it. The constructor ends all wishes. After the destructor the services
-    /// that failed to start during the load are wanted.
+    /// One load of a job, on the thread that makes it. The constructor ends all wishes. After the destructor the
+    /// services that failed to start during the load are wanted.
     class Load final
     {
     public:
@@ -76,15 +76,16 @@ public:
     /// attempts.
     void Start(std::string const& typeName);
 
-    /// Carries out a client's update of a document: see ZuRest::ResourceRequestProcessor::UpdateRunner. A service is not wanted
-    /// any more after a request that names "enabled", unless the request is refused before it has started the service. After
-    /// any other change of a wanted service the waits begin anew.
+    /// Carries out a client's update of a document: see ZuRest::ResourceRequestProcessor::UpdateRunner. A service is
+    /// not wanted any more after a request that names "enabled", unless the request is refused before it has started
+    /// the service. After any other change of a wanted service the waits begin anew.
     void RunUpdate(std::string const& path, nlohmann::json const& body, std::function<void()> const& update);
 
     /// The services that are wanted, each with the sentence that tells the user about it.
     std::map<std::string, std::string> Wanted() const;
 
-    /// Makes the attempts that are due. The thread "StartRetry" calls it; other threads call it only while that does not run.
+    /// Makes the attempts that are due. The thread "StartRetry" calls it; other threads call it only while that does
+    /// not run.
     void TryDue();
 
     /// When the next attempt is due; wTIMEOUT_INFINITE while nothing is wanted.
