@@ -25,7 +25,8 @@ void ArrayBase::CopyValues(Node const& other)
     for (uint64 i = 0; i < source.Count(); ++i)
     {
         ElementAt(i).CopyValues(
-            source.ElementAt(i)); // an observer may have changed either count: hence the checked access
+            // checked access: an observer may have changed the count of either array
+            source.ElementAt(i));
     }
     CopySchema(other);
 }
@@ -67,7 +68,7 @@ void ArrayBase::Remove(uint64 index)
         ZU_THROW(Status::NOT_FOUND);
     }
     RunObservers();
-    if (index >= elements.size()) // an observer was quicker
+    if (index >= elements.size()) // an observer has removed elements meanwhile
     {
         ZU_THROW(Status::NOT_FOUND);
     }
@@ -141,7 +142,7 @@ void ArrayBase::Shrink(uint64 count)
     {
         if (items != nullptr && items->Count() == elements.size())
         {
-            items->Pop(); // before the element that it refers to
+            items->Pop(); // first the reference, then the element that it refers to
         }
         elements.pop_back();
     }

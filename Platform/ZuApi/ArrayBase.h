@@ -11,10 +11,10 @@ namespace Zu::Properties::Internal
 
 class ReferenceArray;
 
-/// A node that owns structures of one kind, one behind the other, and makes them through a factory.
+/// A node that owns an ordered list of structures of one kind and makes them through a factory.
 ///
-/// Its schema shows the elements' schemas under "items"; they are made when the schema of the array is asked for, and kept
-/// in step from then on.
+/// The schema of the array shows the schemas of its elements under "items". They are made when the schema of the array
+/// is first requested and follow the elements from then on.
 class ZUAPI_API ArrayBase : public Node
 {
 public:
@@ -22,26 +22,28 @@ public:
 
     ~ArrayBase() override;
 
-    /// As many elements as the other has, each with the contents of its counterpart.
+    /// Resizes to the count of `other` and copies each element from its counterpart. Throws std::bad_cast if `other` is
+    /// no array.
     void CopyValues(Node const& other) override;
 
-    /// Passes it on to each element there is.
+    /// Sets the mark on each present element.
     void SetWriteOnly(bool newWriteOnly) override;
 
     void Accept(INodeVisitorConst& visitor) const override;
     void Accept(INodeVisitor& visitor) override;
 
-    /// Removes elements from the end, or adds new ones. The observers run before the change, and once more behind each
-    /// element that is added; for the present count nothing runs.
+    /// Removes elements from the end, or appends new ones. The observers run before the change, and again after each
+    /// element that is added. Nothing runs if `count` is the present count. Throws `Zu::Status::BAD_ARGUMENT` if the
+    /// factory makes no element; the elements added before stay.
     virtual void Resize(uint64 count);
 
-    /// -999 behind the last.
+    /// Throws `Zu::Status::NOT_FOUND` if there is no such element.
     virtual void Remove(uint64 index);
     virtual void Clear();
 
     uint64 Count() const noexcept;
 
-    /// -999 behind the last.
+    /// Throws `Zu::Status::NOT_FOUND` if there is no such element.
     Structure& ElementAt(uint64 index);
     Structure const& ElementAt(uint64 index) const;
 

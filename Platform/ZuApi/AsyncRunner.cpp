@@ -15,10 +15,10 @@ namespace Zu
 namespace
 {
 
-/// The state of the runner whose thread this is.
+/// The state of the runner whose thread is the calling one, else null. Only compared.
 thread_local void const* thisRunner = nullptr;
 
-/// A task with somebody who waits for it; shared by both, since either may be gone before the other.
+/// A task that a caller waits for. The runner and the caller share it, because either may be gone before the other.
 class WaitedTask
 {
 public:
@@ -33,20 +33,22 @@ public:
     {
     }
 
-    /// On the worker. What the task throws is the waiting one's, or leaves here when nobody waits any more.
+    /// Runs the task on the runner's thread. Passes an exception to the caller, or lets it out if the caller has given
+    /// up.
     void Run();
 
-    /// On whatever thread sees that it will not run; nothing happens when it has.
+    /// Tells the caller that the task will not run; does nothing after `Run`. Called on the thread that drops the last
+    /// copy.
     void Drop() noexcept;
 
-    /// On the waiting thread.
+    /// Waits on the caller's thread. After `Outcome::NONE`, the time-out, the caller has given up.
     Outcome Wait(uint64 timeoutUsec);
 
-    /// What the task has thrown, null when it has not.
+    /// Returns the exception of the task, or null.
     std::exception_ptr TakeError();
 
 private:
-    std::function<void()> task; // of the thread that runs or drops it
+    std::function<void()> task; // touched only by the thread that runs or drops the task
 
     Zu::Mutex lock;
     Zu::CondVar changed;
@@ -60,11 +62,12 @@ void WaitedTask::Run()
     std::exception_ptr thrown;
     try
     {
-        std::exchange(task, nullptr)(); // what the task holds ends here, before its caller goes on
+        std::exchange(task, nullptr)(); // destroys the captures of the task before the caller goes on
     }
     catch (...)
     {
-        thrown = std::current_exception(); // handed over behind this block: by then the worker is done with it
+        // Passed on after this block, so that the runner's thread no longer refers to the exception.
+        thrown = std::current_exception();
     }
     {
         Zu::MutexLock const guard(lock);
@@ -84,7 +87,7 @@ void WaitedTask::Run()
 
 void WaitedTask::Drop() noexcept
 {
-    task = nullptr; // as after a run: what the task holds ends before its caller goes on
+    task = nullptr; // as after a run: destroys the captures before the caller goes on
     Zu::MutexLock const guard(lock);
     if (outcome == Outcome::NONE)
     {
@@ -119,7 +122,7 @@ struct AsyncRunner::State
     void Work();
     Task Next();
 
-    Zu::Mutex lock; // no task runs or ends under it
+    Zu::Mutex lock; // no task runs or is destroyed under it
     Zu::CondVar changed;
     std::deque<Task> tasks ZU_GUARDED_BY(lock);
     bool ending ZU_GUARDED_BY(lock) = false;
@@ -135,7 +138,7 @@ void AsyncRunner::State::Add(Task task)
         }
         tasks.push_back(std::move(task));
     }
-    changed.NotifyOne(); // behind the lock, which the worker would only run into
+    changed.NotifyOne(); // without the lock, for which the woken thread would only have to wait
 }
 
 void AsyncRunner::State::End()
@@ -175,12 +178,12 @@ AsyncRunner::AsyncRunner(char const* threadName) : state(std::make_shared<State>
     ZU_CHECK(wThread_SetName(thread, threadName));
     auto shared = std::make_unique<std::shared_ptr<State>>(state);
     ZU_CHECK(wThread_Start(thread, &ThreadFunction, shared.get()));
-    static_cast<void>(shared.release()); // the thread's by now
+    static_cast<void>(shared.release()); // the new thread owns it now
 }
 
 AsyncRunner::~AsyncRunner()
 {
-    state->End(); // the thread is the first member to go: it joins, or goes its own way when a task is calling here
+    state->End(); // then `~wThread` joins the thread, or detaches it when a task calls this destructor
 }
 
 void AsyncRunner::Run(std::function<void()> task)
@@ -189,7 +192,7 @@ void AsyncRunner::Run(std::function<void()> task)
     {
         ZU_THROW(Status::BAD_ARGUMENT);
     }
-    std::shared_ptr<State> const held = state; // the task may end this runner before its thread has been woken
+    std::shared_ptr<State> const held = state; // the task may destroy this runner before `Add` returns
     held->Add(std::move(task));
 }
 
@@ -206,7 +209,7 @@ void AsyncRunner::RunAndWait(std::function<void()> task, uint64 timeoutUsec)
     auto const waited = std::make_shared<WaitedTask>(std::move(task));
     {
         std::shared_ptr<State> const held = state;
-        // Its end is that of the last copy in the runner's hands: the task has run by then, or never will.
+        // The deleter runs when the runner holds no copy any more: the task has run by then, or it never will.
         std::shared_ptr<WaitedTask> queued(waited.get(), [waited](WaitedTask* ended) { ended->Drop(); });
         held->Add([queued = std::move(queued)] { queued->Run(); });
     }

@@ -10,33 +10,36 @@
 namespace Zu
 {
 
-/// Runs tasks one after the other, in order, on a thread of its own.
+/// Runs tasks one after the other, in order, on its own thread.
 ///
-/// Any thread may give it tasks, a task too. What a task throws is logged as "EXCEPTION THROWN: ", with log entry and back
-/// trace, and the next task runs.
+/// Any thread may add tasks, also from within a task. An exception of a task is logged as "EXCEPTION THROWN: ", with
+/// its log entry and back trace; then the next task runs.
 class ZUAPI_API AsyncRunner
 {
 public:
-    /// The thread's name has at most 15 bytes. Throws what the thread cannot be made or started with.
+    /// `threadName` has at most 15 bytes. Throws the failing status if the thread cannot be named or started.
     explicit AsyncRunner(char const* threadName = "AsyncRunner");
 
-    /// Waits for the task that runs, unless it is called from it, and drops those that have not begun.
+    /// Waits for the running task and drops the tasks that have not begun. Called from a task of this runner, it does
+    /// not wait for that task.
     ~AsyncRunner();
 
     AsyncRunner(AsyncRunner const&) = delete;
     AsyncRunner& operator=(AsyncRunner const&) = delete;
 
-    /// Returns at once. Throws -997 for an empty function.
+    /// Queues `task` and returns at once. Throws `Zu::Status::BAD_ARGUMENT` for an empty function.
     void Run(std::function<void()> task);
 
-    /// Waits until the task has run and passes on what it throws. Throws -993 when `timeoutUsec` microseconds have passed:
-    /// the task is not taken back, it runs to its end all the same, so that what it uses must not live on the caller's stack
-    /// alone. Throws -997 for an empty function, -1000 from a task of this runner, which would wait for itself, and when the
-    /// runner ends before the task has begun.
+    /// Waits until the task has run and rethrows its exception.
+    ///
+    /// Throws `Zu::Status::TIME_OUT` after `timeoutUsec` microseconds. The task then stays queued or goes on running,
+    /// so it must not refer to objects on the caller's stack. Throws `Zu::Status::BAD_ARGUMENT` for an empty function,
+    /// and `Zu::Status::WRONG_STATE` when called from a task of this runner, which would wait for itself, or when the
+    /// runner is destroyed before the task has begun.
     void RunAndWait(std::function<void()> task, uint64 timeoutUsec);
 
 private:
-    struct State; // shared with the thread, which may outlive this object when a task ends it
+    struct State; // shared with the thread, which outlives this object if a task destroys the runner
 
     static int ThreadFunction(void* argument);
 

@@ -13,7 +13,7 @@ namespace Zu
 namespace
 {
 
-/// The state of the timer whose thread this is.
+/// The state of the timer whose thread is the calling one, else null. Only compared.
 thread_local void const* thisTimer = nullptr;
 
 } // namespace
@@ -28,7 +28,7 @@ struct AsyncTimer::State
     void PlanNext() ZU_REQUIRES(lock);
 
     std::function<void(AsyncTimer&)> callback; // never changes
-    AsyncTimer* timer = nullptr;               // handed to the callback, not touched otherwise
+    AsyncTimer* timer = nullptr;               // passed to the callback, not dereferenced here
 
     Zu::Mutex lock; // the callback does not run under it
     Zu::CondVar changed;
@@ -36,7 +36,8 @@ struct AsyncTimer::State
     bool ending ZU_GUARDED_BY(lock) = false;
     uint64 intervalUsec ZU_GUARDED_BY(lock) = 0;
     uint64 nextUsec ZU_GUARDED_BY(lock) = 0; // moment of the next tick
-    uint64 revision ZU_GUARDED_BY(lock) = 0; // counts starts and stops: a plan that an older one made is void
+    // Counts starts and stops. A tick that sees a new revision does not plan the next one.
+    uint64 revision ZU_GUARDED_BY(lock) = 0;
     uint64 callsBegun ZU_GUARDED_BY(lock) = 0;
     uint64 callsEnded ZU_GUARDED_BY(lock) = 0;
 };
@@ -105,7 +106,8 @@ void AsyncTimer::State::Tick()
 
 void AsyncTimer::State::PlanNext()
 {
-    // In step with the first tick, so that nothing adds up; ticks that have gone by meanwhile are left out.
+    // Ticks stay multiples of the interval after the first tick, so that delays do not add up. Missed ticks are
+    // skipped.
     uint64 const now = wTime_NowUsec();
     uint64 const passed = now > nextUsec ? (now - nextUsec) / intervalUsec : 0;
     uint64 const last = nextUsec + passed * intervalUsec;
@@ -127,7 +129,8 @@ AsyncTimer::AsyncTimer(std::function<void(AsyncTimer&)> callback) : state(std::m
 AsyncTimer::~AsyncTimer()
 {
     state
-        ->End(); // the thread is the first member to go: it joins, or goes its own way when the callback is calling here
+        // Then `~wThread` joins the thread, or detaches it when the callback calls this destructor.
+        ->End();
 }
 
 void AsyncTimer::Start(uint64 intervalUsec, bool atOnce)
@@ -161,7 +164,7 @@ void AsyncTimer::StartThread()
     }
     auto shared = std::make_unique<std::shared_ptr<State>>(state);
     ZU_CHECK(wThread_Start(thread, &ThreadFunction, shared.get()));
-    static_cast<void>(shared.release()); // the thread's by now
+    static_cast<void>(shared.release()); // the new thread owns it now
     threadStarted = true;
 }
 

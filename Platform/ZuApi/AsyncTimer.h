@@ -11,31 +11,33 @@
 namespace Zu
 {
 
-/// Calls a function again and again on a thread of its own, named "AsyncTimer", which is there from the first start on.
+/// Calls a function periodically on its own thread, "AsyncTimer". The first start creates the thread.
 ///
-/// Any thread may start and stop it, the callback too. What the callback throws is logged as "EXCEPTION THROWN: ", with log
-/// entry and back trace, and the timer goes on. A callback that takes longer than the interval loses ticks; they are not
-/// made up for.
+/// Any thread may start and stop the timer, also the callback. An exception of the callback is logged as "EXCEPTION
+/// THROWN: ", with its log entry and back trace, and the timer goes on. If a callback takes longer than the interval,
+/// the ticks that it misses are skipped.
 class ZUAPI_API AsyncTimer
 {
 public:
-    /// Throws -997 for an empty function. The timer stands still until it is started.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an empty function. The timer does not run until `Start`.
     explicit AsyncTimer(std::function<void(AsyncTimer&)> callback);
 
-    ~AsyncTimer(); ///< stops; may be called from the callback
+    ~AsyncTimer(); /// stops the timer; the callback may destroy its own timer
 
     AsyncTimer(AsyncTimer const&) = delete;
     AsyncTimer& operator=(AsyncTimer const&) = delete;
 
-    /// From now on a tick every `intervalUsec` microseconds, the first one after an interval, or at once when `atOnce` is
-    /// true. A timer that runs goes on with the new interval. Throws -997 for an interval of 0.
+    /// Starts a tick every `intervalUsec` microseconds. The first tick comes after one interval, or at once if `atOnce`
+    /// is true. A running timer continues with the new interval. Throws `Zu::Status::BAD_ARGUMENT` for an interval of
+    /// 0, and the failing status if the thread cannot be started.
     void Start(uint64 intervalUsec, bool atOnce);
 
-    /// No callback begins after it has returned, and a running one has ended, unless this is called from it.
+    /// Stops the ticks. After the return no callback begins, and a running callback has ended, unless the callback
+    /// itself calls this.
     void Stop();
 
 private:
-    struct State; // shared with the thread, which may outlive this object when the callback ends it
+    struct State; // shared with the thread, which outlives this object if the callback destroys the timer
 
     static int ThreadFunction(void* argument);
     void StartThread();

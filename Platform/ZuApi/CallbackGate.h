@@ -9,12 +9,12 @@
 namespace Zu
 {
 
-/// Ends the life of callbacks before that of the object they are bound to.
+/// Makes sure that no callback runs after the object that it refers to is gone.
 ///
-/// Each callback that an object hands out goes through its gate; when the object closes the gate, in its destructor at the
-/// latest, no callback begins any more and a running one has ended: `Close` waits for a call on another thread, and does
-/// not wait for one on its own. Calls of one gate exclude each other and may nest. What is bound here may be called for as
-/// long as anybody keeps it: behind a closed gate it does nothing.
+/// The object binds every callback that it hands out to its gate and closes the gate, in its destructor at the latest.
+/// After `Close`, no callback begins, and callbacks on other threads have ended: `Close` waits for them. It does not
+/// wait for a callback on its own thread. Calls through one gate exclude each other and may nest. A bound callback may
+/// be called at any time; after `Close` it does nothing.
 class ZUAPI_API CallbackGate
 {
 public:
@@ -24,7 +24,7 @@ public:
     CallbackGate(CallbackGate const&) = delete;
     CallbackGate& operator=(CallbackGate const&) = delete;
 
-    /// `callback` behind this gate. An empty function stays empty.
+    /// Returns a function that calls `callback` while the gate is open. An empty function stays empty.
     template <typename... Args>
     std::function<void(Args...)> Bind(std::function<void(Args...)> callback) const
     {

@@ -14,10 +14,10 @@ namespace Zu
 
 /// An ordered list of handlers that are called when the event fires. Any thread may call any operation.
 ///
-/// Handlers run on the firing thread, and no lock is held during a call, so that a handler may fire, add and remove, itself
-/// included. A handler that is removed while the event fires is not called any more; `Remove` does not wait for a call that
-/// has begun, for which `CallbackGate` is there. A handler that is added while the event fires is called from the next firing
-/// on. An exception of a handler leaves `Fire`, and later handlers are not called.
+/// Handlers run on the firing thread. No lock is held during a call: a handler may fire the event and may add and
+/// remove handlers, itself included. A handler that is removed while the event fires is not called any more. `Remove`
+/// does not wait for a call that has begun; `CallbackGate` does. A handler that is added while the event fires is
+/// called from the next firing on. An exception of a handler leaves `Fire`, and later handlers are not called.
 template <typename... Args>
 class Event
 {
@@ -26,11 +26,11 @@ class Event
 public:
     using Handler = std::function<void(Args...)>;
 
-    /// Names one handler. The id does not own it: an id that is stale, or of another event, names nothing.
+    /// Identifies one handler without owning it. A stale id, or an id of another event, identifies no handler.
     struct CallbackId
     {
         std::weak_ptr<Slot> first; ///< position in the list
-        bool second = false;       ///< false for an id that was never given to a handler
+        bool second = false;       /// false if no handler was added
     };
 
     Event() = default;
@@ -38,7 +38,7 @@ public:
     Event(Event const&) = delete;
     Event& operator=(Event const&) = delete;
 
-    /// Adds `handler` behind those already there. An empty function is not stored and gives an id that is not valid.
+    /// Appends `handler`. An empty function is not stored; the returned id is then not valid.
     CallbackId Add(Handler handler)
     {
         if (!handler)
@@ -53,7 +53,7 @@ public:
         return {slot, true};
     }
 
-    /// Removes a handler in constant time; does nothing for an id that is not valid or no longer names a handler.
+    /// Removes a handler in constant time. Does nothing for an id that is not valid or identifies no handler.
     void Remove(CallbackId const& id)
     {
         auto const slot = id.second ? id.first.lock() : nullptr;

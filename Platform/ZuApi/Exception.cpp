@@ -82,9 +82,9 @@ void Exception::LogException(std::exception const& exception, uint64 /*reserved*
 
 void Exception::LogBackTrace(std::exception const& exception)
 {
-    constexpr unsigned DEEPEST = 64; // a chain that nests itself must not keep the log busy for ever
+    constexpr unsigned DEEPEST = 64; // bounds the log if a chain of exceptions contains itself
     std::exception const* current = &exception;
-    std::exception_ptr held; // keeps the nested one alive while it is looked at
+    std::exception_ptr held; // keeps the nested exception alive while it is logged
     for (unsigned depth = 0; current != nullptr && depth < DEEPEST; ++depth)
     {
         LogOrigin(*current, depth);
@@ -136,7 +136,7 @@ void LogCaught(int line, char const* file, char const* label, char const* format
             Exception::LogException(exception, 0);
             Exception::LogBackTrace(exception);
         }
-        catch (...) // no memory for a log line: there is nobody left to tell
+        catch (...) // no memory for a log line: the report is lost
         {
         }
     }
@@ -146,7 +146,7 @@ void LogCaught(int line, char const* file, char const* label, char const* format
         {
             Logging::Zu_Debug_Log(line, file, Logging::FLAGS_ERROR, label, "exception: %s", UNKNOWN_EXCEPTION);
         }
-        catch (...) // likewise
+        catch (...) // as above
         {
         }
     }

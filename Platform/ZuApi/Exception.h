@@ -11,14 +11,14 @@
 namespace Zu
 {
 
-/// The one exception type of the system. It tells where it was thrown, with which status and, if there is more to say than
-/// a log line already said, in which words.
+/// The one exception type of the system. It carries the place of the throw, a status and, unless a log line already
+/// gave the details, a text.
 class ZUAPI_API Exception : public std::exception
 {
 public:
-    /// `functionLabel` is the qualified name of the function that throws. `format` is a printf format whose placeholders are
-    /// all plain ("%u") or all positional ("%1$u"); null gives the empty text. A text that comes from elsewhere goes
-    /// through "%s", never as the format.
+    /// `functionLabel` is the qualified name of the throwing function. `format` is a printf format whose placeholders
+    /// are all plain ("%u") or all positional ("%1$u"); null gives the empty text. Pass a text from outside as an
+    /// argument of "%s", never as the format.
     Exception(int thrownLine, char const* thrownFile, int32 statusNumber, char const* functionLabel,
               char const* format = nullptr, ...) ZU_PRINTF_FORMAT(6, 7);
     Exception(Exception const&);
@@ -32,50 +32,52 @@ public:
     char const* File() const noexcept;
     int Line() const noexcept;
 
-    /// Writes the log entry of `exception`: one line at error level, under the label of the function that threw it, with
-    /// status and text. The second argument is reserved and 0.
+    /// Writes the log entry of `exception`: one line at error level, labelled with the throwing function, with status
+    /// and text. `reserved` is 0.
     static void LogException(std::exception const& exception, uint64 reserved);
 
-    /// Writes where `exception` and everything nested in it were thrown: a line at error level each, from the outside in.
+    /// Writes where `exception` and each exception nested in it were thrown: one line at error level for each,
+    /// outermost first.
     static void LogBackTrace(std::exception const& exception);
 
-    /// The status of a Zu::Exception, and 0 for any other.
+    /// Returns the status of a `Zu::Exception`, and 0 for any other exception.
     static int32 StatusOf(std::exception const& exception) noexcept;
 
 private:
     int line;
-    char const* file; // a literal of the throwing code; plug-ins stay loaded for as long as their exceptions live
+    char const* file; // a literal of the throwing code: a plug-in stays loaded as long as its exceptions exist
     int32 status;
     std::string function;
     std::string text;
 };
 
-/// Logs the exception that is being handled at error level, in the given form: the text, then its log entry and its back
-/// trace. What is no std::exception has an entry with `UNKNOWN_EXCEPTION` and no back trace. To be called from a catch block;
-/// throws nothing.
+/// Logs the exception that is being handled at error level: the formatted text, then the log entry and the back trace
+/// of the exception. An exception that is no std::exception is logged with `UNKNOWN_EXCEPTION` and without a back
+/// trace. Call it from a catch block.
 ZUAPI_API void LogCaught(int line, char const* file, char const* label, char const* format, ...) noexcept
     ZU_PRINTF_FORMAT(4, 5);
 
-/// The status that goes on with the exception that is being handled: 0 for all but a Zu::Exception.
+/// Returns the status of the exception that is being handled, and 0 if it is no `Zu::Exception`. Call it from a catch
+/// block.
 ZUAPI_API int32 CaughtStatus() noexcept;
 
-/// The text of an exception that is no std::exception and therefore has none of its own.
+/// The text that stands for an exception that is no std::exception.
 inline constexpr char const* UNKNOWN_EXCEPTION = "exception of an unknown type";
 
-/// The text of the exception that is being handled; `UNKNOWN_EXCEPTION` for what is no std::exception. To be called from a
-/// catch block.
+/// Returns the text of the exception that is being handled, or `UNKNOWN_EXCEPTION` if it is no std::exception. Call it
+/// from a catch block.
 ZUAPI_API std::string CaughtText();
 
-/// `CaughtText`, or "status N" for an exception without a text. To be called from a catch block.
+/// Returns `CaughtText()`, or "status N" for an exception without a text. Call it from a catch block.
 ZUAPI_API std::string CaughtReason();
 
 } // namespace Zu
 
-/// Throws a Zu::Exception with this status, and a text when a format is given.
+/// Throws a `Zu::Exception` with this status and, if a format is given, a text.
 #define ZU_THROW(status, ...)                                                                                          \
     throw ::Zu::Exception(__LINE__, __FILE__, (status), ZU_FUNCTION_LABEL __VA_OPT__(, ) __VA_ARGS__)
 
-/// Throws the failing status of a platform call, with no text.
+/// Throws the status of a platform call that fails, without a text.
 #define ZU_CHECK(call)                                                                                                 \
     do                                                                                                                 \
     {                                                                                                                  \
@@ -85,9 +87,10 @@ ZUAPI_API std::string CaughtReason();
         }                                                                                                              \
     } while (false)
 
-/// In a catch block: the caught exception goes on nested in a new one with this text, which keeps its status.
+/// In a catch block: throws a new exception with this text and the caught status, in which the caught exception is
+/// nested.
 #define ZU_THROW_NESTED(...)                                                                                           \
     ::std::throw_with_nested(::Zu::Exception(__LINE__, __FILE__, ::Zu::CaughtStatus(), ZU_FUNCTION_LABEL, __VA_ARGS__))
 
-/// In a catch block: logs the caught exception behind this text. See Zu::LogCaught.
+/// In a catch block: logs this text and the caught exception. See `Zu::LogCaught`.
 #define ZU_LOG_CAUGHT(...) ::Zu::LogCaught(__LINE__, __FILE__, ZU_FUNCTION_LABEL, __VA_ARGS__)

@@ -8,7 +8,7 @@
 namespace Zu
 {
 
-/// What printf would write; the empty text for a null format.
+/// Formats as printf does. A null format gives the empty text.
 ZUAPI_API std::string FormatText(char const* format, std::va_list arguments);
 
 } // namespace Zu

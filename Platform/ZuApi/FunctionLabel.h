@@ -5,15 +5,15 @@
 namespace Zu
 {
 
-/// The qualified name of a function, without return type, arguments and template arguments, cut at compile time out of
-/// what the compiler calls it: "const char* Zu::Params::Value<T>::Name() const [with T = int]" becomes
-/// "Zu::Params::Value::Name". Inside a lambda it is the name of the function around it; an unnamed namespace is left out.
+/// The qualified name of a function, without return type, arguments and template arguments. It is extracted at compile
+/// time from __PRETTY_FUNCTION__: "const char* Zu::Params::Value<T>::Name() const [with T = int]" becomes
+/// "Zu::Params::Value::Name". In a lambda it is the name of the enclosing function. Unnamed namespaces are left out.
 struct FunctionLabel
 {
     static constexpr std::size_t CAPACITY = 256;
 
     template <std::size_t Size>
-    consteval FunctionLabel(char const (&pretty)[Size]) // implicit: the macro below hands the name over as it is
+    consteval FunctionLabel(char const (&pretty)[Size]) // implicit: lets the macro below pass the literal directly
     {
         std::size_t const end = EndOfName(pretty, Size - 1);
         std::size_t length = 0;
@@ -51,7 +51,8 @@ private:
         return true;
     }
 
-    /// How many characters an unnamed namespace takes here, 0 when there is none; both compilers' spellings.
+    /// The number of characters that an unnamed namespace takes here, in the spelling of either compiler; 0 if there is
+    /// none.
     static constexpr std::size_t UnnamedNamespace(char const* where, std::size_t available)
     {
         if (StartsWith(where, available, "{anonymous}::"))
@@ -61,7 +62,7 @@ private:
         return StartsWith(where, available, "(anonymous namespace)::") ? 23 : 0;
     }
 
-    /// The argument list of the outermost function begins here.
+    /// The position at which the argument list of the outermost function begins.
     static constexpr std::size_t EndOfName(char const* pretty, std::size_t size)
     {
         int depth = 0;
@@ -83,7 +84,7 @@ private:
         return size;
     }
 
-    /// Behind the last blank that separates the return type from the name.
+    /// The position after the last blank that separates the return type from the name.
     static constexpr std::size_t StartOfName(char const* pretty, std::size_t end)
     {
         std::size_t start = 0;
@@ -99,13 +100,13 @@ private:
             depth -= pretty[i] == '>' ? 1 : 0;
             if (depth == 0 && StartsWith(pretty + i, end - i, "operator"))
             {
-                break; // "operator bool" has a blank of its own
+                break; // the blank in "operator bool" belongs to the name
             }
             start = depth == 0 && pretty[i] == ' ' ? i + 1 : start;
         }
         while (start < end && (pretty[start] == '*' || pretty[start] == '&'))
         {
-            ++start; // clang writes the star of a return type beside the name
+            ++start; // clang puts the star of a return type directly before the name
         }
         return start;
     }
@@ -113,5 +114,5 @@ private:
 
 } // namespace Zu
 
-/// The label of the function that this stands in; lives until the end of the full expression.
+/// The label of the enclosing function; valid until the end of the full expression.
 #define ZU_FUNCTION_LABEL (::Zu::FunctionLabel(__PRETTY_FUNCTION__).text)

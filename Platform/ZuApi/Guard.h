@@ -7,8 +7,8 @@
 namespace Zu
 {
 
-/// Runs one step whose exceptions must not go on: a step of a destructor, the body of a thread, a callback. What it throws
-/// is logged as `text`, log entry, back trace. True when it threw nothing.
+/// Runs one step whose exceptions must not propagate: a step of a destructor, the body of a thread, a callback. Logs an
+/// exception as `text` with its log entry and back trace. Returns true if `step` threw nothing.
 template <typename Step>
 bool GuardStep(int line, char const* file, char const* label, char const* text, Step&& step) noexcept
 {

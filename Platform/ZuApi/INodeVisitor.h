@@ -14,7 +14,7 @@ class ReferenceArray;
 class ValueBase;
 } // namespace Internal
 
-/// As INodeVisitorConst, for one who changes the nodes.
+/// As `INodeVisitorConst`, for visitors that change the nodes.
 class ZUAPI_API INodeVisitor
 {
 public:

@@ -14,8 +14,8 @@ class ReferenceArray;
 class ValueBase;
 } // namespace Internal
 
-/// Tells the kinds of node apart for one who only reads: `Node::Accept` calls the operation of its kind. A visitor walks
-/// down by itself, by asking the children for `Accept`.
+/// Visits nodes for reading: `Node::Accept` calls the operation for the kind of the node. A visitor descends by calling
+/// `Accept` on the children itself.
 class ZUAPI_API INodeVisitorConst
 {
 public:

@@ -14,13 +14,13 @@ class ZUAPI_API IValueIo
 public:
     virtual ~IValueIo();
 
-    /// Takes over what `reader` has, without validation.
+    /// Stores the value that `reader` gives, without validation.
     virtual void ReadValue(IValueReader& reader) = 0;
 
-    /// Hands over the stored value.
+    /// Writes the stored value.
     virtual void WriteValue(IValueWriter& writer) const = 0;
 
-    /// Throws when a change to what `reader` has is refused; stores nothing. A read may follow.
+    /// Throws if the value that `reader` gives must be refused. Does not change the value. `ReadValue` may follow.
     virtual void ValidateValue(IValueReader& reader) = 0;
 };
 

@@ -8,8 +8,8 @@
 namespace Zu::Properties
 {
 
-/// Where a value comes from. Each read gives the present value in the form that is asked for and throws when it has no such
-/// form. Between `BeginArray` and `EndArray` the present value is the element that the last `NextElement` moved to.
+/// The source of a value. Each read returns the present value in the requested form and throws if it has no such form.
+/// Between `BeginArray` and `EndArray` the present value is the element that the last `NextElement` moved to.
 class ZUAPI_API IValueReader
 {
 public:
@@ -23,11 +23,11 @@ public:
     virtual double ReadDouble() = 0;
     virtual std::string ReadString() = 0;
 
-    /// Steps into the present value, which must be an array; no element is present yet.
+    /// Enters the present value, which must be an array. No element is present until `NextElement`.
     virtual void BeginArray() = 0;
-    /// Moves to the next element; false when there is none.
+    /// Moves to the next element. Returns false if there is none.
     virtual bool NextElement() = 0;
-    /// Steps out again.
+    /// Leaves the array.
     virtual void EndArray() = 0;
 };
 

@@ -8,8 +8,8 @@
 namespace Zu::Properties
 {
 
-/// Where a value goes to: one write for a scalar; for an array `BeginArray`, for each element `NextElement` and its write,
-/// then `EndArray`.
+/// The destination of a value. A scalar takes one write. An array takes `BeginArray`, then `NextElement` and the write
+/// for each element, then `EndArray`.
 class ZUAPI_API IValueWriter
 {
 public:

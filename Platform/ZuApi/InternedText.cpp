@@ -25,16 +25,17 @@ struct InternedText::Entry
 
     std::string const text;
     uint64 const hash;
-    std::atomic<uint64> users{1};    // goes to 0, and up again from nothing, under the lock of the pool only
-    std::atomic<bool> isKept{false}; // never back; one user that never goes stands for all, who are not counted
+    std::atomic<uint64> users{1}; // falls to 0, and rises from 0, only under the pool's lock
+    // Never reset. The users of a kept entry are not counted: one permanent user stands for them.
+    std::atomic<bool> isKept{false};
 };
 
-/// The entries that are kept for good, for readers without a lock. A literal beyond those that it has room for is counted
-/// like any other text.
+/// The entries that are never freed, for lookup without a lock. Once the table is half full, further literals are
+/// counted like other texts.
 class InternedText::LiteralTable
 {
 public:
-    /// Null for a text that is not kept.
+    /// Returns null for a text that is not in the table.
     Entry* Find(TextKey const& key) const noexcept
     {
         std::size_t slot = key.Hash() % SLOTS;
@@ -47,14 +48,15 @@ public:
         return found;
     }
 
-    /// For one caller at a time. The entry has a user that never goes.
+    /// Adds an entry, unless the table is half full. The user that the caller has just counted becomes the permanent
+    /// user. The caller holds the pool's lock.
     void Keep(Entry& entry)
     {
         if (entry.isKept.load(std::memory_order_relaxed) || 2 * (count + 1) > SLOTS)
         {
             return;
         }
-        entry.isKept.store(true, std::memory_order_relaxed); // ahead of those who find it
+        entry.isKept.store(true, std::memory_order_relaxed); // before the slot publishes the entry
         std::size_t slot = entry.hash % SLOTS;
         while (slots[slot].load(std::memory_order_relaxed) != nullptr)
         {
@@ -65,16 +67,16 @@ public:
     }
 
 private:
-    static constexpr std::size_t SLOTS = 4096; // half of them stay free; the records of this system have some 500 texts
+    static constexpr std::size_t SLOTS = 4096; // at least half stay free; the system uses about 500 such texts
 
     std::array<std::atomic<Entry*>, SLOTS> slots{};
     std::size_t count = 0;
 };
 
-/// The texts in a flat table with open addressing.
+/// All texts, in a hash table with open addressing.
 struct InternedText::Pool
 {
-    /// The entry of this text with one more user; null for the empty text.
+    /// Returns the entry of this text with one more user, or null for the empty text.
     Entry* Take(TextKey const& key)
     {
         if (key.Text().empty())
@@ -107,7 +109,7 @@ struct InternedText::Pool
         return made.release();
     }
 
-    /// The slot of the entry with this text, else the free one where it belongs.
+    /// Returns the slot of the entry with this text, or the free slot where it belongs.
     std::size_t SlotOf(TextKey const& key) const ZU_REQUIRES(lock)
     {
         std::size_t slot = key.Hash() & (slots.size() - 1);
@@ -123,7 +125,8 @@ struct InternedText::Pool
         return (slot + 1) & (slots.size() - 1);
     }
 
-    /// A free slot for a text that is not there, when at most half of them are taken.
+    /// Returns a free slot for a text that is not in the table. Grows the table so that at least half of the slots stay
+    /// free.
     std::size_t RoomFor(TextKey const& key) ZU_REQUIRES(lock)
     {
         if (2 * (count + 1) > slots.size())
@@ -140,7 +143,7 @@ struct InternedText::Pool
         return SlotOf(key);
     }
 
-    /// Entries behind the gap move up that are looked for from there or from ahead of it.
+    /// Removes an entry and moves later entries of the same probe sequence into the gap.
     void Erase(Entry const& entry) ZU_REQUIRES(lock)
     {
         std::size_t gap = SlotOf(TextKey(entry.text));
@@ -162,11 +165,12 @@ struct InternedText::Pool
     /// The number of slots is a power of two, and at least half of them are free.
     std::vector<Entry*> slots ZU_GUARDED_BY(lock) = std::vector<Entry*>(1024);
     std::size_t count ZU_GUARDED_BY(lock) = 0;
-    LiteralTable literals; // a part of the entries; changed under the lock, searched without it
+    LiteralTable literals; // a subset of the entries; changed under the lock, searched without it
 
     static Pool& Instance()
     {
-        static auto* const pool = new Pool; // never freed: texts of static storage may outlive any static
+        // Never freed: texts in static objects may be destroyed after any other static.
+        static auto* const pool = new Pool;
         return *pool;
     }
 };
@@ -204,7 +208,7 @@ InternedText::~InternedText()
     }
     Pool& pool = Pool::Instance();
     Zu::MutexLock const guard(pool.lock);
-    if (entry->users.fetch_sub(1, std::memory_order_acq_rel) == 1) // somebody may have found it since the load
+    if (entry->users.fetch_sub(1, std::memory_order_acq_rel) == 1) // another thread may have found it since the load
     {
         pool.Erase(*entry);
         delete entry;

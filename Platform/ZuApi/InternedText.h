@@ -11,11 +11,11 @@
 namespace Zu::Properties::Internal
 {
 
-/// A text that is kept once in the process however many nodes bear it: keys and titles, which repeat with every record.
+/// A text that the process stores once, however many nodes use it: keys and titles, which repeat in every record.
 ///
-/// One word; equal texts share one immutable entry, freed with its last user, but for literals: those stay, so that finding
-/// one takes no lock and nobody counts its users. Different objects may be used on any threads at once, one object as a
-/// std::string may.
+/// The object is one pointer. Equal texts share one immutable entry, which is freed with its last user. Entries of
+/// literals are never freed, so that finding one takes no lock and its users are not counted. Threads may use different
+/// objects concurrently; one object needs the same care as a std::string.
 class ZUAPI_API InternedText
 {
 public:
@@ -37,16 +37,17 @@ public:
 
     ~InternedText();
 
-    /// Stays where it is for as long as any text equal to this one is in use.
+    /// The returned string stays valid as long as any text equal to this one is in use.
     std::string const& Get() const noexcept;
 
-    /// Equal texts have equal entries: one comparison of pointers.
+    /// Compares one pointer: equal texts have the same entry.
     bool operator==(InternedText const& other) const noexcept
     {
         return entry == other.entry;
     }
 
-    /// Gives the reference away as a word whose lowest bit is free, null for the empty text; `Attach` takes it back.
+    /// Releases ownership of the reference and returns it as a pointer whose lowest bit is 0, null for the empty text.
+    /// `Attach` takes it back.
     void* Detach() noexcept
     {
         return std::exchange(entry, nullptr);
@@ -54,10 +55,10 @@ public:
 
     static InternedText Attach(void* detached) noexcept;
 
-    /// The text of a detached reference, which stays detached.
+    /// Returns the text of a detached reference, which stays detached.
     static std::string const& TextOf(void const* detached) noexcept;
 
-    /// How many different texts are in use.
+    /// The number of different texts in use.
     static std::size_t PoolSize();
 
 private:

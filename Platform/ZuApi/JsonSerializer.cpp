@@ -27,7 +27,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// Raises the JSON library's own type error for what is no object, respectively no array.
+/// Raises the JSON library's own type error if `document` is no object; `RequireArray` likewise for an array.
 void RequireObject(Json const& document)
 {
     if (!document.is_object())
@@ -49,12 +49,12 @@ void RequireArray(Json const& document)
     ZU_THROW(Status::BAD_ARGUMENT, "%s is not a whole number in the range of %s.", document.dump().c_str(), name);
 }
 
-/// Whether what stands before the point of a fraction fits; any other conversion is undefined.
+/// Whether the integral part of `number` fits into `Integer`. A conversion that does not fit is undefined.
 template <typename Integer>
 bool IsWithinRange(double number)
 {
     double const lowest = static_cast<double>(std::numeric_limits<Integer>::min());
-    double const beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits); // one more than the largest, exact
+    double const beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits); // one more than the maximum, exactly
     return std::trunc(number) >= lowest && number < beyond;
 }
 
@@ -78,8 +78,8 @@ class JsonReader final : public IValueReader
 public:
     enum class Numbers
     {
-        CONVERTED, ///< cut to fit as the library does it: -1 is the largest of an unsigned type
-        CHECKED    ///< those that do not fit are refused
+        CONVERTED, /// converted as the library does it: -1 becomes the largest unsigned value
+        CHECKED    /// numbers that do not fit are refused
     };
 
     JsonReader(Json const& document, Numbers howNumbers) : present(&document), numbers(howNumbers)
@@ -231,10 +231,10 @@ public:
 
 private:
     Json* present;
-    std::vector<Json*> arrays; // an array does not grow while one of its elements is open
+    std::vector<Json*> arrays; // pointers stay valid: an array does not grow while one of its elements is open
 };
 
-/// Writes each value where it is to stand: nothing is built apart and moved there.
+/// Writes each value directly into its place in the document, so that no subtree is moved.
 class ValueSerializer final : public INodeVisitorConst
 {
 public:
@@ -289,7 +289,7 @@ private:
     {
         if (node.IsWriteOnly())
         {
-            return; // null is all there is to see
+            return; // the place keeps its null
         }
         Json* const outer = std::exchange(place, &inner);
         node.Accept(*this);
@@ -299,7 +299,7 @@ private:
     Json& MakeList(uint64 count)
     {
         *place = Json::array();
-        place->get_ref<Json::array_t&>().reserve(count); // what has been placed stays where it is
+        place->get_ref<Json::array_t&>().reserve(count); // no element moves while the array is filled
         return *place;
     }
 
@@ -334,7 +334,7 @@ public:
     void VisitArray(Internal::ArrayBase const& array) override
     {
         result = ValueSerializer::Run(*array.Schema());
-        Json& items = result["items"] = Json::array(); // with what is beneath the elements, too
+        Json& items = result["items"] = Json::array(); // including the schemas below the elements
         for (uint64 i = 0; i < array.Count(); ++i)
         {
             items.push_back(Run(array.ElementAt(i)));
@@ -350,7 +350,7 @@ private:
     Json result;
 };
 
-/// Walks down a node and a document side by side; what happens to a value is told by the derived class.
+/// Walks through a node and a document in parallel. The derived class defines the action on a value.
 class DocumentWalker : public INodeVisitor
 {
 public:
@@ -373,7 +373,7 @@ public:
 
     void VisitReferenceArray(Internal::ReferenceArray& /*array*/) override
     {
-        ZU_THROW(Status::NOT_SUPPORTED); // a schema is not read in
+        ZU_THROW(Status::NOT_SUPPORTED); // schemas cannot be read
     }
 
 protected:
@@ -431,7 +431,7 @@ public:
     {
         Json const& list = Document();
         RequireArray(list);
-        std::unique_ptr<Structure> added; // stands for each element that the array has not got yet
+        std::unique_ptr<Structure> added; // stands in for the elements that the array does not have yet
         for (std::size_t i = 0; i < list.size(); ++i)
         {
             if (i >= array.Count() && added == nullptr)

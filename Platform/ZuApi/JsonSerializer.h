@@ -9,31 +9,35 @@ namespace Zu::Properties
 
 class Node;
 
-/// Nodes to JSON and back. It holds nothing; the operations may be called on an object or by the name of the class.
+/// Converts nodes to JSON and back. All operations are static; the class has no state.
 ///
-/// Reading: a key that the structure does not have is ignored, and a child that the JSON does not name stays as it is. JSON
-/// of the wrong type raises the JSON library's type error 302 ("type must be string, but is number"). A boolean reads as 0
-/// or 1 where the JSON library takes it for a number. A number that an integer cannot hold, because it is out of its range
-/// or has a fraction, does not pass validation (-997); where nothing is validated it is cut to fit as the JSON library does
-/// it, so that -1 is the largest value of an unsigned type, and refused only where that has no meaning.
+/// Reading ignores a key that the structure does not have, and leaves a child unchanged that the JSON does not name.
+/// JSON of the wrong type raises the JSON library's type error 302 ("type must be string, but is number"). A boolean
+/// reads as 0 or 1 where the JSON library converts it to a number.
+///
+/// An integer may be given a number that it cannot hold: out of range, or with a fraction. Validation refuses such a
+/// number with `Zu::Status::BAD_ARGUMENT`. Without validation the number is converted as the JSON library does it: -1
+/// becomes the largest value of an unsigned type. A fraction whose integral part is out of range is refused with
+/// `Zu::Status::BAD_ARGUMENT` there too, because the conversion would be undefined.
 class ZUAPI_API JsonSerializer
 {
 public:
-    /// The values: an object with a key for each child of a structure, an array, or the stored value. Write-only ones are
-    /// left out; null for a write-only value by itself.
+    /// Returns the values: an object with a key for each child of a structure, an array, or the stored value.
+    /// Write-only children are left out. A write-only node itself gives null.
     static nlohmann::json Serialize(Node const& node);
 
-    /// The entries of the schema as an object. A structure has the schemas of its children by key under "properties", an
-    /// array those of its elements, in order, under "items".
+    /// Returns the entries of the schema as an object. A structure has the schemas of its children by key under
+    /// "properties", an array has those of its elements, in order, under "items".
     static nlohmann::json SerializeSchema(Node const& node);
 
-    /// Fills `node` from `document` without validation, storing as it goes: when it throws, what came before is stored. An
-    /// array takes the size of the JSON array.
+    /// Fills `node` from `document` without validation. Values are stored one by one: after a throw, the earlier ones
+    /// are stored. An array is resized to the JSON array.
     static void Deserialize(Node& node, nlohmann::json const& document);
 
-    /// Asks each value that `document` names whether it takes what stands there, and throws what the first one throws; so
-    /// what passes can be read with `Deserialize`. Stores nothing but the mark by which a read-only parameter ignores the
-    /// next read. Arrays keep their size: for elements to come, one that the array would add is asked.
+    /// Calls `ValidateValue` on each value that `document` names and throws the first exception. If it does not throw,
+    /// `Deserialize` accepts the document. It changes no value. Its only effect: a read-only parameter marks a rejected
+    /// value, so that it ignores the next read. Arrays keep their size: elements that `Deserialize` would add are
+    /// validated on a temporary element.
     static void Validate(Node& node, nlohmann::json const& document);
 };
 

@@ -14,18 +14,18 @@
 namespace Zu::Properties
 {
 
-/// What all records of a class have in common: their keys, in the order in which a document has them.
+/// The keys that all records of a class share, in document order.
 struct JsonTextSerializer::Shape
 {
     struct Member
     {
         Internal::InternedText key;
-        std::size_t place; // in the order of registration
+        std::size_t place; // index in the order of registration
         std::size_t labelBegin;
         std::size_t labelBytes;
     };
 
-    /// `scratch` is for writing in: what is in it goes.
+    /// `scratch` is a work buffer: its contents are lost.
     Shape(std::span<Structure::Child const> children, JsonTextWriter& scratch)
     {
         members.reserve(children.size());
@@ -60,11 +60,11 @@ struct JsonTextSerializer::Shape
     std::string labels;
 };
 
-/// Some shapes of the records that stand equally deep; the one that has been here longest makes room. Nobody looks for another
-/// one while one of them is in use: what stands deeper down has a level of its own.
+/// A cache of shapes of the records at one nesting depth; the oldest shape is replaced. A shape is never replaced while
+/// in use, because nested records use the next level.
 struct JsonTextSerializer::Level
 {
-    static constexpr std::size_t SHAPES = 4; // looking through more would cost what it saves
+    static constexpr std::size_t SHAPES = 4; // searching more would cost more than it saves
 
     Shape const& Find(std::span<Structure::Child const> children, JsonTextWriter& scratch)
     {
@@ -81,8 +81,8 @@ struct JsonTextSerializer::Level
         return shapes[next++ % SHAPES] = Shape(children, scratch);
     }
 
-    std::vector<Shape> shapes; // they stay where they are
-    std::size_t next = 0;      // to be replaced
+    std::vector<Shape> shapes; // reserved once, so references stay valid
+    std::size_t next = 0;      // index of the shape to replace next
 };
 
 JsonTextSerializer::JsonTextSerializer(JsonTextWriter& usedWriter) : writer(usedWriter)

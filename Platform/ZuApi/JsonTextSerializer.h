@@ -11,21 +11,21 @@ namespace Zu::Properties
 
 class Node;
 
-/// Nodes straight to text, for those who have no use for the document in between.
+/// Writes nodes as JSON text without building a JSON document.
 ///
-/// It remembers what the records look like that it has written: the second one of a class costs less than the first. One
-/// thread at a time; of no more use once something was thrown.
+/// It caches the keys of the record classes that it has written: the second record of a class costs less than the
+/// first. One thread at a time may use it. After an exception it must not be used again.
 class ZUAPI_API JsonTextSerializer final : private INodeVisitorConst
 {
 public:
-    /// The writer outlives it.
+    /// `usedWriter` must outlive this object.
     explicit JsonTextSerializer(JsonTextWriter& usedWriter);
     ~JsonTextSerializer() override;
 
     JsonTextSerializer(JsonTextSerializer const&) = delete;
     JsonTextSerializer& operator=(JsonTextSerializer const&) = delete;
 
-    /// Writes what `JsonSerializer::Serialize` gives, dumped on one line, with what is no UTF-8 replaced.
+    /// Writes the document of `JsonSerializer::Serialize` on one line. Bytes that are not valid UTF-8 are replaced.
     void Write(Node const& node);
 
 private:
@@ -39,7 +39,7 @@ private:
 
     JsonTextWriter& writer;
     JsonTextWriter scratch;
-    std::vector<Level> levels; // by how deep in one another records stand
+    std::vector<Level> levels; // indexed by the nesting depth of the record
     std::size_t depth = 0;
 };
 

@@ -14,12 +14,12 @@ namespace Zu::Properties
 namespace
 {
 
-constexpr std::size_t FIRST_BYTES = 1000; // more is dearer to get from the heap than to grow to
+constexpr std::size_t FIRST_BYTES = 1000; // a larger first block costs more to allocate than growing to it does
 constexpr uint64 EACH_BYTE = 0x0101010101010101U;
 
-/// Not zero when any of the eight bytes is special: beyond ASCII, a control character, a quote or a backslash. A byte less
-/// than a bound is seen by the borrow of a subtraction, which may make the byte above it look special too, but none where
-/// there is none.
+/// Not zero if any of the eight bytes is special: beyond ASCII, a control character, a quote or a backslash. The borrow
+/// of a subtraction marks a byte below a bound. The borrow may also mark the byte above it, but it marks nothing in a
+/// word without special bytes.
 uint64 SpecialBytes(uint64 word)
 {
     auto const bytesBelow = [](uint64 bytes, uint64 bound) { return (bytes - EACH_BYTE * bound) & ~bytes; };
@@ -28,7 +28,8 @@ uint64 SpecialBytes(uint64 word)
            EACH_BYTE * 0x80;
 }
 
-/// Copies the first bytes of a text, as many as a word has, and gives them as the lower bytes of one that is blank above.
+/// Copies the first `sizeof(Word)` bytes of a text. Returns them in the lower bytes of a word whose upper bytes hold
+/// blanks.
 template <typename Word>
 uint64 CopyWord(char* to, char const* from)
 {
@@ -38,8 +39,8 @@ uint64 CopyWord(char* to, char const* from)
     return word | (sizeof(word) == sizeof(uint64) ? 0 : (EACH_BYTE * ' ') << (8 * sizeof(word) % 64));
 }
 
-/// Copies a text to `to` and tells whether all its bytes stand in a string as they are. The last word overlaps with the one
-/// before it.
+/// Copies a text to `to`. Returns whether every byte may stand in a JSON string unescaped. The last word that is copied
+/// may overlap the one before it.
 bool CopyPlain(char* to, std::string_view value)
 {
     char const* const from = value.data();
@@ -214,7 +215,8 @@ void JsonTextWriter::Put(std::string_view written)
     used += written.copy(Room(written.size()), written.size());
 }
 
-/// A comma, unless it is the beginning of the array or object that `opening` opens: no element ends like that.
+/// Puts a comma, unless the text ends with `opening`, which begins the array or object: no element ends with that
+/// character.
 void JsonTextWriter::Separate(char opening)
 {
     if (text[used - 1] != opening)
@@ -226,7 +228,7 @@ void JsonTextWriter::Separate(char opening)
 template <typename Integer>
 void JsonTextWriter::PutInteger(Integer value)
 {
-    constexpr std::size_t MAX_DIGITS = std::numeric_limits<Integer>::digits10 + 2; // one may be a sign
+    constexpr std::size_t MAX_DIGITS = std::numeric_limits<Integer>::digits10 + 2; // includes a sign
     char* const begin = Room(MAX_DIGITS);
     used += static_cast<std::size_t>(std::to_chars(begin, begin + MAX_DIGITS, value).ptr - begin);
 }

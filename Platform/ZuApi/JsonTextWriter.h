@@ -9,8 +9,11 @@
 namespace Zu::Properties
 {
 
-/// Writes JSON as text, byte for byte as the JSON library dumps it on one line, with what is no UTF-8 replaced, in a fraction
-/// of its time. As a writer of values it writes each where the text ends.
+/// Writes JSON as text, byte for byte as the JSON library dumps it on one line with invalid UTF-8 replaced, in a
+/// fraction of the time. Each write appends to the text.
+///
+/// The caller provides the structure: `NextElement` before each element of an array, `NextMember` before each member of
+/// an object.
 class ZUAPI_API JsonTextWriter final : public IValueWriter
 {
 public:
@@ -32,7 +35,7 @@ public:
     void EndArray() override;
 
     void WriteInt64(int64 value);
-    void WriteText(std::string_view value); ///< as a string; not one of this text
+    void WriteText(std::string_view value); /// as a JSON string; `value` must not point into this writer's text
 
     void BeginObject();
     void NextMember(std::string_view key); ///< its value follows

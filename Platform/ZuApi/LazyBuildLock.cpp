@@ -7,7 +7,8 @@ namespace Zu::Properties::Internal
 
 Zu::RecursiveMutex& LazyBuildLock()
 {
-    static auto* const lock = new Zu::RecursiveMutex; // never freed: nodes of static storage may outlive any static
+    // Never freed: nodes in static objects may be destroyed after any other static.
+    static auto* const lock = new Zu::RecursiveMutex;
     return *lock;
 }
 

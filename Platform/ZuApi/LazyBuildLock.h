@@ -6,9 +6,10 @@
 namespace Zu::Properties::Internal
 {
 
-/// Held while a node that is only read makes what it put off: its schema, the node of an attribute. Readers of one node may
-/// run side by side, so the first of them makes it and the rest find it. Recursive, since schemas contain schemas; no
-/// handler, no observer and no log line runs under it, and only the pool of texts is locked inside it.
+/// The lock that is held while reading a node creates a part of it on demand: its schema, or the node of an attribute.
+/// Threads that read one node concurrently then find what the first of them created. It is recursive because schemas
+/// contain schemas. No handler, observer or log line runs under it. The only lock taken under it is that of the pool of
+/// texts.
 ZUAPI_API Zu::RecursiveMutex& LazyBuildLock();
 
 } // namespace Zu::Properties::Internal

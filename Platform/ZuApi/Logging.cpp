@@ -15,16 +15,16 @@ namespace
 
 using Sinks = std::vector<std::shared_ptr<ISink>>;
 
-/// The sinks of the process: an immutable list that is replaced whole, so that a line in progress keeps the one it began with.
+/// The sinks of the process: an immutable list that is replaced as a whole, so that a line in progress keeps its list.
 struct Registry
 {
-    Zu::Mutex lock; // held for a copy or a swap of the pointer, never while a sink runs
+    Zu::Mutex lock; // held to copy or replace the pointer, never while a sink runs
     std::shared_ptr<Sinks const> sinks ZU_GUARDED_BY(lock) = std::make_shared<Sinks>();
 };
 
 Registry& TheRegistry()
 {
-    static auto* const registry = new Registry; // never destroyed: lines are written until the last static is gone
+    static auto* const registry = new Registry; // never destroyed: destructors of statics may log
     return *registry;
 }
 
@@ -54,7 +54,8 @@ std::shared_ptr<Sinks const> CurrentSinks()
 
 } // namespace
 
-// A filter only: it publishes nothing. Not a part of the registry, whose making would have to be looked at with every line.
+// Relaxed access only: it filters and publishes nothing. It is not a member of the registry, so that a test of it needs
+// no check for the construction of a function-local static.
 constinit std::atomic<uint32> wantedKinds{0};
 
 ISink::~ISink() = default;

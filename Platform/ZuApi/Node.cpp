@@ -9,7 +9,7 @@
 namespace Zu::Properties
 {
 
-/// What few nodes ever need.
+/// The parts that few nodes need, created on first use.
 struct Node::Side
 {
     ~Side()
@@ -17,7 +17,7 @@ struct Node::Side
         delete schema.load(std::memory_order_relaxed);
     }
 
-    std::atomic<Structure*> schema{nullptr}; // publishes the whole schema; owned
+    std::atomic<Structure*> schema{nullptr}; // owned; publishes the complete schema
     Event<Node&> observers;
     bool writeOnly = false;
 };
@@ -28,7 +28,7 @@ Node::Node(SchemaBuilder newBuilder) noexcept : builder(newBuilder)
 
 Node::~Node()
 {
-    // The nodes that the schema refers to are members of derived classes and gone by now: nothing here looks at them.
+    // The nodes in the schema are members of derived classes, which are destroyed already: this must not access them.
     delete side.load(std::memory_order_relaxed);
 }
 
@@ -74,7 +74,7 @@ Structure* Node::Schema() const
         auto schema = std::make_unique<Structure>(false);
         if (builder != nullptr)
         {
-            builder(const_cast<Node&>(*this), *schema); // no entry of it changes what the node holds
+            builder(const_cast<Node&>(*this), *schema); // building the schema does not change the values of the node
         }
         holder.schema.store(schema.release(), std::memory_order_release);
     }

@@ -14,11 +14,12 @@ class INodeVisitor;
 class INodeVisitorConst;
 class Structure;
 
-/// One node of a tree of self-describing values: it has a schema, which is a structure of further nodes, and observers.
+/// A node in a tree of self-describing values. It has a schema, which is a structure of further nodes, and observers.
 ///
-/// A node is lean: schema and observers are made when somebody first asks for them. Nodes refer to each other by address,
-/// so none is ever copied or moved; `CopyValues` takes over contents.
-/// Threads: no lock; a tree belongs to one thread at a time. Threads that only read may do so side by side.
+/// Schema and observers are created on first use. Nodes refer to each other by address, so a node is never copied or
+/// moved; `CopyValues` copies contents.
+///
+/// Threads: no lock; one thread at a time may use a tree. Several threads may read it at the same time.
 class ZUAPI_API Node
 {
 public:
@@ -30,10 +31,10 @@ public:
     Node(Node const&) = delete;
     Node& operator=(Node const&) = delete;
 
-    /// Takes over the contents of `other`; std::bad_cast when it is of another kind.
+    /// Copies the contents of `other`. Throws std::bad_cast if `other` is of another kind.
     virtual void CopyValues(Node const& other) = 0;
 
-    /// A write-only node takes values in and gives none out: it is left out of what is serialised.
+    /// A write-only node accepts values but is left out of serialised documents.
     virtual void SetWriteOnly(bool newWriteOnly);
 
     virtual void Accept(INodeVisitorConst& visitor) const = 0;
@@ -41,44 +42,47 @@ public:
 
     bool IsWriteOnly() const;
 
-    /// Adds an entry to the schema, in place of one with the same key. `node` is not owned: deregister it before it ends.
+    /// Adds an entry to the schema, or replaces the entry with the same key. `node` is not owned: deregister it before
+    /// it is destroyed.
     void RegisterSchema(std::string const& key, Node& node);
 
-    /// The same for an entry that can go again; `isFixed` is false for it.
+    /// As above. `isFixed` is false for an optional entry, which may be deregistered later; the flag has no effect.
     void RegisterSchema(std::string const& key, Node& node, bool isFixed);
 
-    /// Removes an entry; an absent one is no error.
+    /// Removes an entry; does nothing for an absent one.
     void DeregisterSchema(std::string const& key);
 
-    /// What describes this node, owned by it and made at the first call. The schema of a schema is empty.
+    /// Returns the schema that describes this node. The node owns it and creates it on the first call. The schema of a
+    /// schema is empty.
     Structure* Schema() const;
 
-    /// Adds an observer, which runs before this node changes, on the thread that changes it. It may remove itself. An
+    /// Adds an observer. It runs before this node changes, on the thread that changes it, and may remove itself. An
     /// empty function is not stored.
     ObserverId AddObserver(Observer observer);
 
-    /// An id that is stale or not of this node does nothing.
+    /// Removes an observer. Does nothing for a stale id or an id of another node.
     void RemoveObserver(ObserverId const& id);
 
 protected:
-    /// Enters what a node of its class describes itself with, in order, into the empty `schema`. It may run at any time
-    /// once construction has ended; null for a class without entries of its own.
+    /// Adds the entries that describe a node of its class, in order, to the empty `schema`. It may run at any time
+    /// after construction. Null for a class without entries of its own.
     using SchemaBuilder = void (*)(Node& node, Structure& schema);
 
     explicit Node(SchemaBuilder builder) noexcept;
 
-    /// Copies the values of those entries that both schemas have; what the entries refer to stays. A schema that has not
-    /// been made yet has no entries but those of its builder, which the classes copy by themselves.
+    /// Copies the values of the entries that both schemas have; the nodes behind the entries stay the same. It does
+    /// nothing unless both schemas have been created: a schema that has not been created has only its builder's
+    /// entries, which the classes copy themselves.
     void CopySchema(Node const& other);
 
-    /// Runs the observers in order; they see what is still stored.
+    /// Runs the observers in order. They see the values from before the change.
     void RunObservers();
     bool HasObservers() const noexcept;
 
-    /// The schema when it has been made, else null.
+    /// Returns the schema if it has been created, else null.
     Structure* MadeSchema() const noexcept;
 
-    /// For entries that the builder of the class knows: changes the schema when it has been made already.
+    /// Adds an entry if the schema has been created. If not, the builder of the class adds it later.
     void UpdateSchema(std::string const& key, Node& node);
     void RemoveFromSchema(std::string const& key);
 
@@ -88,7 +92,7 @@ private:
     Side& MadeSide() const;
 
     SchemaBuilder const builder;
-    mutable std::atomic<Side*> side{nullptr}; // publishes what was made; owned
+    mutable std::atomic<Side*> side{nullptr}; // owned; publishes the new object
 };
 
 } // namespace Zu::Properties

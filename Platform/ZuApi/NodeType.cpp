@@ -20,7 +20,7 @@ NodeType::~NodeType() = default;
 
 NodeType& NodeType::Shared(Kind kind)
 {
-    // Never freed: values of static storage may outlive any static. The order is that of Kind.
+    // Never freed: values in static objects may be destroyed after any other static. The order is that of `Kind`.
     static auto* const nodes = new NodeType[7]{{"", true},       {"boolean", true}, {"integer", true}, {"number", true},
                                                {"string", true}, {"array", true},   {"object", true}};
     return nodes[static_cast<std::size_t>(kind)];

@@ -7,7 +7,7 @@
 namespace Zu::Properties::Internal
 {
 
-/// The JSON type name in a schema. It has no schema of its own.
+/// The JSON type name in a schema. It has no schema entries of its own.
 class ZUAPI_API NodeType final : public ValueBase
 {
 public:
@@ -25,16 +25,16 @@ public:
     explicit NodeType(std::string newName = {});
     ~NodeType() override;
 
-    /// The one node of a kind, that all values of a type refer to. It never changes.
+    /// Returns the process-wide node of a kind, which all values of that type refer to. It never changes.
     static NodeType& Shared(Kind kind);
 
-    /// Takes over the name. A shared one keeps its own: -982 when the other has a different name.
+    /// Copies the name. A shared node throws `Zu::Status::WRITE_ONLY_REFUSED` if `other` has a different name.
     void CopyValues(Node const& other) override;
 
-    /// -982 for true: a type name can always be read.
+    /// Throws `Zu::Status::WRITE_ONLY_REFUSED` for true: a type name can always be read. False does nothing.
     void SetWriteOnly(bool newWriteOnly) override;
 
-    /// -996: a type name cannot be read in.
+    /// Throws `Zu::Status::NOT_SUPPORTED`: a type name cannot be set from outside. `ValidateValue` does the same.
     void ReadValue(IValueReader& reader) override;
     void WriteValue(IValueWriter& writer) const override;
     void ValidateValue(IValueReader& reader) override;
@@ -48,7 +48,7 @@ private:
     bool const shared = false;
 };
 
-/// The name of a shared type under the name of a member, without the room that a node takes.
+/// Gives a shared type node the access of a member without the size of a node.
 class ZUAPI_API TypeHandle
 {
 public:
@@ -61,7 +61,7 @@ public:
         return Node().Get();
     }
 
-    operator std::string const&() const // reads like the value that it stands for
+    operator std::string const&() const // usable like a value of type string
     {
         return Get();
     }

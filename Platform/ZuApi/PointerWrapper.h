@@ -7,16 +7,17 @@
 namespace Zu
 {
 
-/// A counted object around a pointer, so that a plain record can go where counted objects go. It does not own what the
-/// pointer names.
+/// A counted object that holds a pointer, so that a plain record can be stored where counted objects are required. It
+/// does not own the record.
 struct PointerWrapper;
 
 extern ZUAPI_API wClass const PointerWrapper_Class;
 
-/// Makes a wrapper with one reference. The allocator is passed through. -997 when `wrapper` is null.
+/// Makes a wrapper with one reference. The allocator is ignored. Returns `Zu::Status::BAD_ARGUMENT` if `wrapper` is
+/// null.
 ZUAPI_API wStatus PointerWrapper_Construct(PointerWrapper** wrapper, void* pointer, void* allocator);
 
-/// The pointer that was wrapped; null for null.
+/// Returns the wrapped pointer; null if `wrapper` is null.
 ZUAPI_API void* PointerWrapper_Pointer(PointerWrapper const* wrapper);
 
 } // namespace Zu

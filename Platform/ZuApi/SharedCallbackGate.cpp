@@ -16,7 +16,8 @@ struct SharedCallbackGate::State
 namespace
 {
 
-/// The passage that this thread entered last, as the address of an object that only its own class looks into.
+/// The innermost `Passage` of the calling thread. Typed `void const*` because `Passage` is private; only `Passage`
+/// reads it.
 thread_local void const* innermost = nullptr;
 
 } // namespace

@@ -10,12 +10,12 @@
 namespace Zu
 {
 
-/// A CallbackGate whose calls run side by side: for callbacks that take locks of others, or wait, on threads that must not
-/// wait for each other here.
+/// A `CallbackGate` whose calls may run concurrently. For callbacks that wait or take other locks, on threads that must
+/// not wait for each other at the gate.
 ///
-/// `Close` lets no call begin any more, waits for those that run on other threads, and does not wait for those on its own
-/// thread. So it must not be called under a lock that a callback takes, and from within callbacks by one thread at most.
-/// What is bound here may be called for as long as anybody keeps it: behind a closed gate it does nothing.
+/// After `Close`, no callback begins. `Close` waits for callbacks on other threads, not for those on its own thread. It
+/// must therefore not be called under a lock that a callback takes, and only one thread at a time may call it from
+/// within a callback. A bound callback may be called at any time; after `Close` it does nothing.
 class ZUAPI_API SharedCallbackGate
 {
 public:
@@ -25,7 +25,7 @@ public:
     SharedCallbackGate(SharedCallbackGate const&) = delete;
     SharedCallbackGate& operator=(SharedCallbackGate const&) = delete;
 
-    /// `callback` behind this gate. An empty function stays empty.
+    /// Returns a function that calls `callback` while the gate is open. An empty function stays empty.
     template <typename... Args>
     std::function<void(Args...)> Bind(std::function<void(Args...)> callback) const
     {
@@ -47,7 +47,7 @@ public:
 private:
     struct State;
 
-    /// One call on its way through, counted from its construction to its destruction.
+    /// One call through the gate, counted from construction to destruction.
     class ZUAPI_API Passage
     {
     public:
@@ -62,12 +62,12 @@ private:
             return granted;
         }
 
-        /// How many passages of the calling thread lead through this gate.
+        /// The number of calls through this gate that are running on the calling thread.
         static uint64 CountOnThisThread(State const& passedState) noexcept;
 
     private:
         State& state;
-        Passage const* const outer; // the passage of this thread that this one lies in
+        Passage const* const outer; // the enclosing passage on this thread, or null
         bool granted = false;
     };
 

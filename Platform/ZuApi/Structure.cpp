@@ -33,10 +33,10 @@ void Structure::CopyValues(Node const& other)
     auto const& source = dynamic_cast<Structure const&>(other);
     for (std::size_t i = 0; i < children.size(); ++i)
     {
-        // Records of one class have their keys in the same places; only others need the search.
+        // Records of one class have the same keys in the same places; only other records need the search.
         bool const samePlace = i < source.children.size() && source.children[i].key == children[i].key;
         Node const* const from = samePlace ? source.children[i].node : source.Find(children[i].key.Get());
-        if (from != nullptr && from != children[i].node) // type nodes are shared by all values of a type
+        if (from != nullptr && from != children[i].node) // a shared type node needs no copy
         {
             children[i].node->CopyValues(*from);
         }
@@ -114,7 +114,7 @@ void Structure::BuildSchema(Node& /*node*/, Structure& schema)
 
 void Structure::Enter(Internal::InternedText key, Node& node)
 {
-    // Equal keys have one address.
+    // Equal keys share one entry, so this compares pointers.
     if (auto const found = std::ranges::find(children, key, &Child::key); found != children.end())
     {
         found->node = &node;

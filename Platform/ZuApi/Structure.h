@@ -9,8 +9,8 @@
 namespace Zu::Properties
 {
 
-/// Child nodes by key, in order of registration. It does not own them: they are members of the record that derives from
-/// it, or live elsewhere and are deregistered before they end.
+/// Child nodes by key, in order of registration. A structure does not own its children: they are members of the derived
+/// record, or they live elsewhere and are deregistered before they are destroyed.
 class ZUAPI_API Structure : public Node
 {
 public:
@@ -20,39 +20,40 @@ public:
         Node* node;
     };
 
-    /// `isDescribed` is true for a record, which shows its type in its schema, and false for a bare one inside a schema.
+    /// `isDescribed` is true for a record, whose schema shows its type, and false for a bare structure inside a schema.
     explicit Structure(bool isDescribed);
     ~Structure() override;
 
-    /// Each child takes over the other's child with the same key; one that the other lacks is passed over.
+    /// Copies each child from the child of `other` with the same key. Children that `other` lacks stay unchanged.
+    /// Throws std::bad_cast if `other` is no structure.
     void CopyValues(Node const& other) override;
 
-    /// Passes it on to each child there is.
+    /// Sets the mark on each present child.
     void SetWriteOnly(bool newWriteOnly) override;
 
     void Accept(INodeVisitorConst& visitor) const override;
     void Accept(INodeVisitor& visitor) override;
 
-    /// Adds a child behind those there are and gives it back. A key that is there keeps its place and names `node` now.
+    /// Appends a child and returns it. A key that exists keeps its place and refers to `node` from now on.
     Node& Register(std::string const& key, Node& node);
 
-    /// Removes a child; an absent one is no error.
+    /// Removes a child; does nothing for an absent key.
     void Deregister(std::string const& key);
 
     uint64 Count() const noexcept;
 
-    /// All of them, as they stand until the next change of this.
+    /// All children; valid until this structure changes.
     std::span<Child const> Children() const noexcept
     {
         return children;
     }
 
-    /// -999 behind the last.
+    /// Throws `Zu::Status::NOT_FOUND` if there is no such child. So does `At`.
     std::string const& KeyAt(uint64 index) const;
     Node& At(uint64 index);
     Node const& At(uint64 index) const;
 
-    /// Null when no child has this key.
+    /// Returns null if no child has this key.
     Node* Find(std::string const& key);
     Node const* Find(std::string const& key) const;
 
@@ -60,10 +61,10 @@ protected:
     /// For a class with schema entries of its own.
     explicit Structure(SchemaBuilder builder) noexcept;
 
-    /// Enters "type".
+    /// Adds "type" to the schema.
     static void BuildSchema(Node& node, Structure& schema);
 
-    /// As `Register`.
+    /// As `Register`, for an interned key.
     void Enter(Internal::InternedText key, Node& node);
 
 private:

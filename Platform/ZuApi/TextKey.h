@@ -10,9 +10,9 @@
 namespace Zu::Properties::Internal
 {
 
-/// A text with its hash, to look up the one that is kept for all equal ones; see `InternedText`.
+/// A text with its hash, to look up the shared entry of all equal texts; see `InternedText`.
 ///
-/// As a parameter it takes literals, whose hash the compiler works out, and texts made at run time. It keeps no copy.
+/// As a parameter it accepts literals, whose hash the compiler computes, and run-time texts. It keeps no copy.
 class TextKey
 {
 public:
@@ -25,7 +25,7 @@ public:
     {
     }
 
-    template <std::same_as<char const*> Pointer> // a plain parameter would take the literals too
+    template <std::same_as<char const*> Pointer> // a template: a plain parameter would also accept literals
     TextKey(Pointer const& text) noexcept : TextKey(std::string_view(text), false)
     {
     }
@@ -44,7 +44,7 @@ public:
         return hash;
     }
 
-    /// There are only as many literals as the program has, so that they may be kept for good.
+    /// Whether the text is a literal. A program has a bounded number of literals, so their entries are never freed.
     constexpr bool IsLiteral() const noexcept
     {
         return isLiteral;

@@ -10,16 +10,16 @@ class Structure;
 namespace ZuCommon
 {
 
-/// Who keeps a metrics record and brings it up to date.
+/// An object that owns a metrics record and keeps it up to date.
 class ZUPLATFORM_API IMetricsKeeper
 {
 public:
-    virtual ~IMetricsKeeper(); // first of the slots that plug-ins call through: never move one
+    virtual ~IMetricsKeeper(); // slot order is part of the plug-in interface: append only
 
-    /// Brings the record up to date and gives it; it stays the keeper's.
+    /// Updates the record and returns it. The keeper owns the record.
     virtual Zu::Properties::Structure& UpdateMetrics() = 0;
 
-    /// Starts counting anew.
+    /// Resets the counters.
     virtual void ResetMetrics() = 0;
 };
 

@@ -11,7 +11,8 @@ namespace ZuCommon
 
 class IMetricsSource;
 
-/// Who reports metrics at intervals. `Args` say whose, when the reporter speaks for several: none, or one name.
+/// Reports metrics periodically. A reporter for several sources takes the name of the source as `Args`; a reporter for
+/// one source has no `Args`.
 template <typename... Args>
 class IMetricsReporter
 {
@@ -19,16 +20,16 @@ public:
     using ReportHandler = std::function<void(IMetricsSource const&)>;
     using CallbackId = typename Zu::Event<IMetricsSource const&>::CallbackId;
 
-    virtual ~IMetricsReporter(); // first of the slots that others call through: never move one
+    virtual ~IMetricsReporter(); // slot order is part of the interface: append only
 
-    /// The last report. It lives as long as the reporter.
+    /// Returns the last report, which lives as long as the reporter.
     virtual IMetricsSource const& LastReport(Args... args) = 0;
 
-    /// From the next report on `handler` gets each one, on the reporter's thread. An empty function is not stored and gives
-    /// an id that is not valid.
+    /// Calls `handler` with each report from the next one on, on the reporter's thread. An empty function is not
+    /// stored; the returned id is then not valid.
     virtual CallbackId AddReportHandler(ReportHandler handler, Args... args) = 0;
 
-    /// `args` are those that the handler was added with.
+    /// Removes a handler. `args` are the arguments with which it was added.
     virtual void RemoveReportHandler(CallbackId id, Args... args) = 0;
 };
 

@@ -10,13 +10,13 @@ class Structure;
 namespace ZuCommon
 {
 
-/// Who shows a metrics record.
+/// An object with a metrics record that others may read.
 class ZUPLATFORM_API IMetricsSource
 {
 public:
-    virtual ~IMetricsSource(); // first of the slots that plug-ins call through: never move one
+    virtual ~IMetricsSource(); // slot order is part of the plug-in interface: append only
 
-    /// The record as it was last brought up to date; it stays the source's.
+    /// Returns the record as of its last update. The source owns the record.
     virtual Zu::Properties::Structure const& GetMetrics() const = 0;
 };
 

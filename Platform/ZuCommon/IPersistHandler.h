@@ -10,16 +10,16 @@ namespace ZuCommon
 
 class IPersistStore;
 
-/// Who has settings that are stored. The host calls these, one at a time.
+/// A component whose settings are stored. The host calls the operations, one at a time.
 class ZUPLATFORM_API IPersistHandler
 {
 public:
-    virtual ~IPersistHandler(); // first of the slots that others call through: never move one
+    virtual ~IPersistHandler(); // slot order is part of the interface: append only
 
-    /// Name of the component, for logs and lists.
+    /// The name of the component, for logs and lists.
     virtual std::string Component() = 0;
 
-    /// Back to the defaults of this domain, before anything is loaded.
+    /// Resets the settings of this domain to their defaults. Comes before the load.
     virtual void InitPersistDomain(PersistDomain domain, IPersistStore& store) = 0;
 
     virtual void LoadPersistDomain(PersistDomain domain, IPersistStore const& store) = 0;

@@ -9,14 +9,14 @@ namespace ZuCommon
 
 class IMetricsSource;
 
-/// A metrics record to JSON. It holds nothing; the operations may be called on an object or by the name of the class.
+/// Converts a metrics record to JSON. All operations are static; the class has no state.
 class ZUPLATFORM_API MetricsJsonSerializer
 {
 public:
-    /// The values of the record as it stands.
+    /// Returns the present values of the record.
     static nlohmann::json Serialize(IMetricsSource const& source);
 
-    /// What describes the record.
+    /// Returns the schema of the record.
     static nlohmann::json SerializeSchema(IMetricsSource const& source);
 };
 

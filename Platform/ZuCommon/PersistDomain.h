@@ -5,11 +5,11 @@
 namespace ZuCommon
 {
 
-/// What a stored setting belongs to. Values other than these are passed on as they are.
+/// The owner of a stored setting. Other values are passed on unchanged.
 enum class PersistDomain : int32
 {
-    PROTOCOL = 1, ///< the protocol itself, whatever job is loaded
-    JOB = 2       ///< the job that is loaded
+    PROTOCOL = 1, /// the protocol, independent of the loaded job
+    JOB = 2       /// the loaded job
 };
 
 } // namespace ZuCommon

@@ -9,10 +9,10 @@
 namespace ZuCommon
 {
 
-/// Knows the jobs and which one is loaded.
+/// Knows the names of the jobs and which job is loaded.
 ///
-/// This one keeps names only; a store derives from it and does the loading. A name may carry the suffix of its file,
-/// `JOB_SUFFIX`. Any thread may call, several at once.
+/// This class keeps names only; a store derives from it and loads the contents. A job name may carry the suffix of its
+/// file, `JOB_SUFFIX`. Any thread may call; several threads may call at the same time.
 class ZUPLATFORM_API PersistManager
 {
 public:
@@ -25,19 +25,21 @@ public:
     PersistManager(PersistManager const&) = delete;
     PersistManager& operator=(PersistManager const&) = delete;
 
-    /// Loads a job before it returns. Throws -999 for one that does not exist, and then the job before stays loaded.
+    /// Loads a job and returns when it is loaded. Throws `Zu::Status::NOT_FOUND` for an unknown job; the previous job
+    /// then stays loaded.
     virtual void LoadJob(std::string const& name);
 
-    /// Name of the loaded job, without the suffix; empty before the first.
+    /// Returns the name of the loaded job without the suffix; empty before the first load.
     virtual std::string LoadedJob();
 
-    /// Makes a name loadable. Nothing happens when it is already. Throws -997 for an empty one.
+    /// Makes a name loadable. Does nothing if it is loadable already. Throws `Zu::Status::BAD_ARGUMENT` for an empty
+    /// name.
     void AddJob(std::string const& name);
 
-    /// The loadable names without the suffix, sorted.
+    /// Returns the loadable names without the suffix, sorted.
     std::vector<std::string> Jobs() const;
 
-    /// `name` without the suffix.
+    /// Returns `name` without the suffix.
     static std::string NameWithoutSuffix(std::string const& name);
 
 private:

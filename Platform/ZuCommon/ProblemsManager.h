@@ -11,7 +11,7 @@
 namespace ZuCommon
 {
 
-/// The problems that stand at this moment, for the person at the screen. Any thread may call.
+/// The present problems of the system, for display to the user. Any thread may call.
 class ZUPLATFORM_API ProblemsManager
 {
 public:
@@ -21,15 +21,15 @@ public:
     struct Problem
     {
         int32 severity;
-        std::string source; ///< the part of the system that has it
+        std::string source; /// the part of the system that has the problem
         std::string text;
-        uint64 sinceUsec; ///< since when, microseconds since 1970
+        uint64 sinceUsec; /// time of `Add`, microseconds since 1970
     };
 
-    /// Names one problem. A number is given once: an iterator that is stale names nothing, and may be copied freely.
+    /// Identifies one problem. Numbers are not reused: a stale iterator identifies no problem. It may be copied freely.
     struct Iterator
     {
-        uint64 number = 0; ///< 0 names nothing
+        uint64 number = 0; /// 0 identifies no problem
     };
 
     ProblemsManager();
@@ -38,14 +38,13 @@ public:
     ProblemsManager(ProblemsManager const&) = delete;
     ProblemsManager& operator=(ProblemsManager const&) = delete;
 
-    /// Adds a problem behind those that stand. `format` is a printf format for this one text, placeholders positional
-    /// ("%1$s"); null gives the empty text.
+    /// Adds a problem. `format` is a printf format with positional placeholders ("%1$s"); null gives the empty text.
     Iterator Add(int32 severity, char const* source, char const* format, ...) ZU_PRINTF_FORMAT(4, 5);
 
-    /// Does nothing when the problem is gone already.
+    /// Removes a problem. Does nothing if it has been removed already.
     void Remove(Iterator problem);
 
-    /// A copy of what stands now, the oldest first.
+    /// Returns a copy of the present problems, the oldest first.
     std::vector<Problem> List() const;
 
     uint64 Count() const;
@@ -53,7 +52,7 @@ public:
 private:
     mutable Zu::Mutex lock; // a leaf
     uint64 lastNumber ZU_GUARDED_BY(lock) = 0;
-    std::map<uint64, Problem> problems ZU_GUARDED_BY(lock); // by number, and so by age
+    std::map<uint64, Problem> problems ZU_GUARDED_BY(lock); // by number, which is also the order of age
 };
 
 } // namespace ZuCommon

@@ -9,12 +9,14 @@
 namespace ZuCommon
 {
 
-/// Holds the problems of one activity, and lets go of them when the activity has been done anew.
+/// Holds the problems of one activity, and removes them when the activity has been repeated.
 ///
-/// An activity stands between `Begin` and `End`: the problems registered there replace those that were held before, so that
-/// one without problems clears them. Brackets nest, and a thread sees only its own; a bracket that registered nothing
-/// keeps what others settled while it was open. One that is never closed does no harm.
-/// Any thread may call. What is held goes with the tracker; the manager must outlive it.
+/// An activity runs between `Begin` and `End`. The problems registered in this bracket replace the problems held
+/// before, so an activity without problems clears them. Brackets nest, and each thread has its own. A bracket that
+/// registered no problem does not clear the problems of another bracket that ended while it was open. A bracket that is
+/// never closed does no harm.
+///
+/// Any thread may call. The destructor removes the held problems from the manager, which must outlive the tracker.
 class ZUPLATFORM_API ProblemsTracker
 {
 public:
@@ -26,13 +28,13 @@ public:
 
     void Begin();
 
-    /// Closes the bracket that this thread opened last; without one it does nothing.
+    /// Closes the innermost bracket of this thread; does nothing if there is none.
     void End();
 
-    /// Takes charge of `problem`, in the innermost bracket of this thread; without one it is held at once.
+    /// Adds `problem` to the innermost bracket of this thread. Outside of a bracket the problem is held at once.
     void Register(ProblemsManager::Iterator problem);
 
-    /// How many problems are held, those of open brackets included.
+    /// The number of held problems, including those of open brackets.
     uint64 Count() const;
 
 private:
@@ -42,8 +44,8 @@ private:
     {
         std::thread::id thread;
         Problems registered;
-        bool settledMeanwhile =
-            false; ///< another bracket that ended with problems was the last to end while this was open
+        /// Whether the last other bracket that ended while this one was open left problems behind.
+        bool settledMeanwhile = false;
     };
 
     std::vector<Bracket>::iterator InnermostOfThisThread() ZU_REQUIRES(lock);
@@ -51,9 +53,9 @@ private:
 
     ProblemsManager* const manager;
 
-    mutable Zu::Mutex lock; // the manager's lock is not taken under it
+    mutable Zu::Mutex lock; // the manager's lock is never taken under it
     Problems settled ZU_GUARDED_BY(lock);
-    std::vector<Bracket> brackets ZU_GUARDED_BY(lock); // of all threads, in order of opening
+    std::vector<Bracket> brackets ZU_GUARDED_BY(lock); // of all threads, in order of `Begin`
 };
 
 } // namespace ZuCommon

@@ -3,5 +3,5 @@
 #include "wApi/wAssembly.h"
 #include "wApi/wExport.h"
 
-/// Brings the library of persistence, problems and metrics up. See wAssemblyConstructor.
+/// Brings up the library of persistence, problems and metrics. See `wAssemblyConstructor`.
 ZUPLATFORM_API wStatus ZcLib_Construct(wAssembly** assembly);

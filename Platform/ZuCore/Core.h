@@ -11,25 +11,26 @@ namespace ZuCore
 
 /// The application's core: the sensor as a whole. The host implements it.
 ///
-/// Operations return when they are done and throw when they fail. Any thread may call, several at once.
+/// Operations return when they are complete and throw if they fail. Any thread may call; several threads may call at
+/// the same time.
 class ZUPLATFORM_API Core
 {
 public:
     virtual ~Core();
 
-    /// Starts scanning. `userRequest` is true when somebody asked for it, in contrast to a start at power-up.
+    /// Starts scanning. `userRequest` is true for a start on request, false for the start at power-up.
     virtual void Start(bool userRequest) = 0;
 
-    /// Stops scanning. `force` does not wait for data on its way.
+    /// Stops scanning. With `force` it does not wait for data in transit.
     virtual void Stop(bool force) = 0;
 
-    /// Back to the settings of the factory; everything else is lost.
+    /// Restores the factory settings. All other settings are lost.
     virtual void FactoryRestore() = 0;
 
     /// Restarts the device.
     virtual void Restart() = 0;
 
-    /// The network settings that the next restart brings into force.
+    /// Sets the network configuration that takes effect at the next restart.
     virtual void SetNextIpConfig(wIpConfig const& config) = 0;
 
     virtual RunState GetRunState() = 0;

@@ -7,7 +7,7 @@
 namespace ZuCore
 {
 
-/// The number of a data source: 64-bit FNV-1a of its id.
+/// The numeric id of a data source: the 64-bit FNV-1a hash of its id.
 constexpr uint64 DataSourceHash(std::string_view dataSourceId) noexcept
 {
     uint64 hash = 0xcbf29ce484222325;

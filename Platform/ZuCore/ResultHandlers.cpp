@@ -62,7 +62,7 @@ void ResultHandlers::Remove(CallbackId const& id)
         ids.Remove(id);
         entries = std::move(changed);
     }
-    removed->gate.Close(); // waits: the lock is free by now
+    removed->gate.Close(); // may wait, so it comes after the lock is released
 }
 
 void ResultHandlers::Fire(void* resultSet) const

@@ -11,9 +11,10 @@
 namespace ZuCore
 {
 
-/// The handlers of one kind of a hub, in order of addition. Any thread may call.
+/// The handlers of a hub for one kind of delivery, in order of addition. Any thread may call.
 ///
-/// No lock of the list is held while a handler runs. A handler that throws is logged, and the others still run.
+/// No lock of the list is held while a handler runs. An exception of a handler is logged, and the other handlers still
+/// run.
 class ZUPLATFORM_API ResultHandlers final
 {
 public:
@@ -26,11 +27,11 @@ public:
     ResultHandlers(ResultHandlers const&) = delete;
     ResultHandlers& operator=(ResultHandlers const&) = delete;
 
-    /// An empty function is not stored and gives an id that is not valid.
+    /// Adds a handler. An empty function is not stored; the returned id is then not valid.
     CallbackId Add(Handler handler);
 
-    /// When this returns the handler does not run and will not: it waits for a call on another thread, and not for one on its
-    /// own. A stale id does nothing.
+    /// Removes a handler. It waits for a call on another thread, not for a call on its own thread. After the return the
+    /// handler is not called any more. Does nothing for a stale id.
     void Remove(CallbackId const& id);
 
     void Fire(void* resultSet) const;
@@ -41,7 +42,7 @@ private:
     struct Entry
     {
         CallbackId id;
-        Handler call; // the handler behind its gate
+        Handler call; // the handler, bound to `gate`
         Zu::CallbackGate gate;
     };
 
@@ -50,7 +51,7 @@ private:
     std::shared_ptr<Entries const> Present() const;
 
     mutable Zu::Mutex lock;                   // a leaf
-    Zu::Event<void*> ids ZU_GUARDED_BY(lock); // knows which ids are still good; never fired
+    Zu::Event<void*> ids ZU_GUARDED_BY(lock); // issues the ids; never fired
     std::shared_ptr<Entries const> entries ZU_GUARDED_BY(lock);
 };
 

@@ -111,7 +111,7 @@ void ResultHub::Enqueue(ResultSet set)
         wObject_Share(set);
     }
     queueChanged.NotifyOne();
-    if (isFirstDrop) // once: a line for each would cost more than what is dropped
+    if (isFirstDrop) // logged once: a line for each dropped set would cost more than the set
     {
         ZU_LOG_WARNING("Result handlers are too slow, result sets are dropped");
     }

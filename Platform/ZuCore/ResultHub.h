@@ -11,43 +11,45 @@
 namespace ZuCore
 {
 
-/// Where the scan pipeline publishes its result sets and others listen.
+/// Distributes the result sets of the scan pipeline to handlers.
 ///
-/// Synchronous handlers run on the publishing thread, asynchronous ones on "ResultHub", a thread of the hub that starts with
-/// the first of them; a handler gets the `ResultSet` as a `void*`, borrowed for the call. What a handler throws is logged and
-/// keeps nothing from the others.
-/// Any thread may publish, add and remove. A removal waits for a call that runs on another thread, so it must not be made
-/// under a lock that the handler takes; from within a handler it does not wait. The owner ends publishing before the hub goes.
+/// Synchronous handlers run on the publishing thread. Asynchronous handlers run on the hub's thread "ResultHub", which
+/// starts when the first of them is added. A handler gets the `ResultSet` as a `void*`, borrowed for the call. An
+/// exception of a handler is logged, and the other handlers still run.
+///
+/// Any thread may publish, add and remove. Removing a handler waits for a call on another thread, so it must not be
+/// done under a lock that the handler takes; within a handler it does not wait. The owner must stop publishing before
+/// it destroys the hub.
 class ZUPLATFORM_API ResultHub
 {
 public:
     using Handler = ResultHandlers::Handler;
     using CallbackId = ResultHandlers::CallbackId;
 
-    /// How many sets may wait for the asynchronous handlers; beyond it the oldest are dropped.
+    /// The number of sets that may wait for the asynchronous handlers; beyond it the oldest set is dropped.
     static constexpr uint64 MAX_PENDING_SETS = 1024;
 
-    /// `syncHandlersWanted`: which of the two registrations this hub wants its listeners to use.
+    /// `syncHandlersWanted` is the value of `ShouldUseSyncHandler`: true if listeners should add synchronous handlers.
     explicit ResultHub(bool syncHandlersWanted);
-    ~ResultHub(); ///< ends the thread; sets that still wait are dropped
+    ~ResultHub(); /// stops the thread and drops the sets that still wait
 
     ResultHub(ResultHub const&) = delete;
     ResultHub& operator=(ResultHub const&) = delete;
 
     bool ShouldUseSyncHandler() const;
 
-    /// An empty function is not stored and gives an id that is not valid.
+    /// Adds a synchronous handler. An empty function is not stored; the returned id is then not valid.
     CallbackId AddResultHandler(Handler handler);
     void RemoveResultHandler(CallbackId const& id);
 
-    /// As above, on the hub's thread.
+    /// As above, for asynchronous handlers.
     CallbackId AddAsyncResultHandler(Handler handler);
     void RemoveAsyncResultHandler(CallbackId const& id);
 
-    /// Hands `set` to every handler. The hub takes references of its own where it needs them. Null is ignored.
+    /// Passes `set` to every handler. The hub adds the references that it needs. Does nothing for null.
     void Publish(ResultSet set);
 
-    /// Sets that the asynchronous handlers never saw because too many waited.
+    /// The number of sets that were dropped because too many waited for the asynchronous handlers.
     uint64 DroppedCount() const;
 
 private:
@@ -63,7 +65,8 @@ private:
 
     mutable Zu::Mutex queueLock; // a leaf
     Zu::CondVar queueChanged;
-    std::array<ResultSet, MAX_PENDING_SETS> pending ZU_GUARDED_BY(queueLock){}; // a ring; one reference each
+    // A ring; owns one reference to each set.
+    std::array<ResultSet, MAX_PENDING_SETS> pending ZU_GUARDED_BY(queueLock){};
     uint64 firstPending ZU_GUARDED_BY(queueLock) = 0;
     uint64 pendingCount ZU_GUARDED_BY(queueLock) = 0;
     uint64 dropped ZU_GUARDED_BY(queueLock) = 0;

@@ -11,29 +11,30 @@ namespace ZuCore
 
 struct ResultItemObject;
 
-/// One result: what it says and what it is. A counted object (see wApi/wObject.h) that never changes.
+/// One result: its message and its description. An immutable counted object (see wApi/wObject.h).
 ///
-/// An item of a set lies inside the set: a reference to the item is one to the set.
+/// An item of a set lies inside the set: a reference to the item is a reference to the set.
 using ResultItem = ResultItemObject*;
 
 extern ZUPLATFORM_API wClass const ResultItem_Class;
 
-/// What an item is made of. Whoever owns it owns a reference to each.
+/// The parts of an item. Their owner, an item or a set, owns one reference to each.
 struct ResultItemParts
 {
     wMsgInfo* msgInfo;
     ResultInfo info;
 };
 
-/// What a handle refers to. It is known here so that a question costs no call; `ResultItem_Construct` and the sets make it.
+/// The object behind a `ResultItem`. It is defined here so that the accessors are inline; only `ResultItem_Construct`
+/// and the sets make items.
 struct ResultItemObject : wObject
 {
-    /// An item of its own, whose parts lie with it.
+    /// An item outside of any set. The derived class contains the parts.
     explicit ResultItemObject(ResultItemParts const& ownParts) noexcept : wObject(ResultItem_Class), parts(&ownParts)
     {
     }
 
-    /// An item inside `set`. The parts may be filled in later, before anybody sees the item.
+    /// An item inside `set`. Its parts may be filled in later, before the set returns the item to a caller.
     ResultItemObject(wObject& set, ResultItemParts const& partsInSet) noexcept
         : wObject(ResultItem_Class, set), parts(&partsInSet)
     {
@@ -42,7 +43,8 @@ struct ResultItemObject : wObject
     ResultItemParts const* const parts;
 };
 
-/// Makes an item of its own with one reference; it takes one more reference to each of its two parts. 1 on success.
+/// Makes an item outside of any set with one reference. It adds a reference to each of its two parts. The allocator is
+/// ignored. Returns `Zu::Status::BAD_ARGUMENT` for a null pointer and `Zu::Status::FAILURE` if memory runs out.
 ZUPLATFORM_API wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo resultInfo,
                                             void* allocator);
 

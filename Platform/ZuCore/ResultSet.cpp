@@ -16,13 +16,13 @@ namespace
 
 constexpr uint64 OWN_ITEMS = ResultSetObject::OWN_ITEMS;
 constexpr uint64 CACHE_LINE = 64;
-constexpr uint64 KEPT_CHUNKS = 5; // of a set that waits for reuse: larger ones are given back
+constexpr uint64 KEPT_CHUNKS = 5; // an idle set keeps this many chunks and frees larger ones
 
-// What waits for reuse may take this much: the sets of a hundred items that sixteen protocols have under way after a burst of
-// a hundred frames.
+// The limit for the memory of all idle sets: enough for the sets of 100 items that 16 protocols hold after a burst of
+// 100 frames.
 constexpr uint64 KEPT_BYTES = 16 * 1024 * 1024;
 
-/// Chunk k holds OWN_ITEMS << k items, from number OWN_ITEMS * (2^k - 1) on.
+/// Returns the chunk of an item. Chunk k holds OWN_ITEMS << k items, from index OWN_ITEMS * (2^k - 1) on.
 constexpr uint64 ChunkOf(uint64 index)
 {
     return static_cast<uint64>(std::bit_width(index / OWN_ITEMS + 1)) - 1;
@@ -52,16 +52,17 @@ void ReleaseParts(ResultItemParts const* parts, uint64 count)
     }
 }
 
-/// Sets that wait for reuse, a stack: the one that was in use last is on top.
+/// The idle sets, which wait for reuse, as a stack: the last set that was released is on top.
 ///
-/// Those who give sets back are many, and must not hold up who publishes: they push without a lock.
+/// Many threads release sets and must not delay the publishing thread: they push without a lock.
 class IdleSets
 {
 public:
-    /// Null when none waits.
+    /// Takes the top set. Returns null if there is none.
     ResultSet Take()
     {
-        // One at a time takes: what is on top stays in the stack meanwhile, so that what lies below it does too.
+        // Only one thread at a time takes. The top set therefore stays in the stack until the exchange, and so does the
+        // set below it: `nextIdle` is still right when the exchange succeeds.
         Zu::MutexLock const guard(lock);
         ResultSet taken = top.load(std::memory_order_acquire);
         while (taken != nullptr && !top.compare_exchange_weak(taken, taken->nextIdle, std::memory_order_acquire))
@@ -75,7 +76,7 @@ public:
         return taken;
     }
 
-    /// False when enough of them wait.
+    /// Pushes a set. Returns false if the idle sets take up too much memory already.
     bool Keep(ResultSet set)
     {
         uint64 const added = set->Bytes();
@@ -92,7 +93,7 @@ public:
     }
 
 private:
-    /// The next one to be taken, most likely: the lines that are written first.
+    /// Prefetches the first cache lines of the set that will probably be taken next.
     static void FetchFront(ResultSet set)
     {
         for (uint64 ahead = 0; ahead <= ResultSetObject::FETCHED_AHEAD; ahead += CACHE_LINE)
@@ -101,12 +102,12 @@ private:
         }
     }
 
-    Zu::Mutex lock;                      // a leaf: held to take a set
+    Zu::Mutex lock;                      // a leaf: held while a set is taken
     std::atomic<ResultSet> top{nullptr}; // publishes the sets below it
     std::atomic<uint64> bytes{0};
 };
 
-/// Never destroyed: a set may be released by what is destroyed after all else.
+/// Never destroyed: destructors of statics may release sets.
 IdleSets& Idle()
 {
     static auto* const idle = new IdleSets;
@@ -131,7 +132,7 @@ wStatus ResultSetObject::OpenRoom() noexcept
     {
         return Zu::Status::FAILURE;
     }
-    uint64 const number = ChunkOf(count); // the first is left for good once it is full
+    uint64 const number = ChunkOf(count); // at least 1: `count` is at least OWN_ITEMS here
     next = &chunks[number].parts[count - FirstOf(number)];
     endOfRoom = next + (FirstOf(number + 1) - count);
     return Zu::Status::SUCCESS;

@@ -10,21 +10,24 @@ namespace ZuCore
 
 /// The results of one frame, in order. A counted object (see wApi/wObject.h).
 ///
-/// One thread fills it; once it is published nobody changes it, and any thread may read it and drop the last reference.
-/// The items lie in the set's own memory, and the memory of sets that have gone is used again: in steady state neither a set
-/// nor an item costs an allocation.
+/// One thread fills the set. After publication it must not change; any thread may then read it and release the last
+/// reference. The items lie in the memory of the set, and the memory of released sets is reused: in steady state
+/// neither a set nor an item costs an allocation.
 using ResultSet = ResultSetObject*;
 
 extern ZUPLATFORM_API wClass const ResultSet_Class;
 
-/// A new empty set with one reference. The allocator is passed through; null is the default one. 1 on success.
+/// Makes an empty set with one reference. The allocator is ignored. Returns `Zu::Status::BAD_ARGUMENT` if `set` is null
+/// and `Zu::Status::FAILURE` if memory runs out.
 ZUPLATFORM_API wStatus ResultSet_Construct(ResultSet* set, void* allocator);
 
-/// Makes room for `count` items in all. 1 on success.
+/// Makes room for `count` items in total. Returns `Zu::Status::BAD_ARGUMENT` for null, `Zu::Status::FULL` beyond the
+/// largest possible set and `Zu::Status::FAILURE` if memory runs out.
 ZUPLATFORM_API wStatus ResultSet_Reserve(ResultSet set, uint64 count);
 
-/// Appends an item. On success, 1, the set takes over one reference to each of the two objects; otherwise both stay the
-/// caller's. The last argument is reserved and 0. -997 for null.
+/// Appends an item. On success the set takes over one of the caller's references to each of the two objects; after a
+/// failure both stay the caller's. The last argument is reserved and 0. Returns `Zu::Status::BAD_ARGUMENT` for null and
+/// the statuses of `ResultSet_Reserve` if there is no room.
 inline wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo resultInfo, uint64 /*reserved*/) noexcept
 {
     if (set == nullptr || msgInfo == nullptr || resultInfo == nullptr)
@@ -38,7 +41,8 @@ inline wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo result
             return status;
         }
     }
-    wPrefetch_ForWrite(set->next, ResultSetObject::FETCHED_AHEAD); // it is in the cache of whoever gave the set back
+    // The thread that released the set may have it in its cache.
+    wPrefetch_ForWrite(set->next, ResultSetObject::FETCHED_AHEAD);
     *set->next = {msgInfo, resultInfo};
     ++set->next;
     ++set->count;
@@ -50,17 +54,18 @@ inline uint64 ResultSet_Count(ResultSetObject const* set) noexcept
     return set != nullptr ? set->count : 0;
 }
 
-/// The item, borrowed from the set, where it stays until the set goes; null for an index that is out of range.
+/// Returns the item, borrowed from the set; valid as long as the set. Null for an index out of range.
 inline ResultItem ResultSet_At(ResultSetObject const* set, uint64 index) noexcept
 {
     if (index >= ResultSet_Count(set))
     {
         return nullptr;
     }
-    return const_cast<ResultSet>(set)->Item(index); // sets are never constant objects; an item cannot be changed
+    // Allowed: sets are never const objects, and an item cannot be changed.
+    return const_cast<ResultSet>(set)->Item(index);
 }
 
-/// Whether the set comes from a live simulation and not from the sensor. A new set does not.
+/// Whether the set comes from a live simulation instead of the sensor. False for a new set and for null.
 inline bool ResultSet_FromLiveSimulation(ResultSetObject const* set) noexcept
 {
     return set != nullptr && set->fromLiveSimulation;

@@ -12,18 +12,20 @@
 namespace ZuCore
 {
 
-/// What a handle to a set refers to. It is known here so that a question costs no call; `ResultSet_Construct` alone makes it.
+/// The object behind a `ResultSet`. It is defined here so that the accessors are inline; only `ResultSet_Construct`
+/// makes one.
 ///
-/// The items lie in chunks of room and never move: handles to them are out. Adding one writes its parts and nothing else. What
-/// a handle to it refers to is made together with the room and never written again, so that a set that comes back from another
-/// core costs 16 bytes of cold memory an item. What changes with every use of a set lies together at its front.
+/// The items lie in chunks and never move, because callers hold handles to them. Adding an item writes only its parts.
+/// The `ResultItemObject` behind the handle is constructed together with the chunk and not written again: a set that
+/// another core released costs 16 bytes of cold memory per item. The members that change with every use lie together at
+/// the front.
 struct alignas(64) ResultSetObject final : wObject
 {
-    static constexpr uint64 OWN_ITEMS = 64; // in the set's own block; a power of two, and so are the chunks that follow
+    static constexpr uint64 OWN_ITEMS = 64; // items in the set's own block; a power of two, as in the chunks after it
     static constexpr uint64 MAX_CHUNKS = 26;
-    static constexpr uint64 FETCHED_AHEAD = 256; // bytes of room that are on their way before they are written
+    static constexpr uint64 FETCHED_AHEAD = 256; // distance of the prefetch before a write, in bytes
 
-    /// Room for one item, which is made when the room around it is.
+    /// Storage for one item, which is constructed together with the chunk around it.
     struct ItemRoom
     {
         alignas(ResultItemObject) std::byte bytes[sizeof(ResultItemObject)];
@@ -41,29 +43,30 @@ struct alignas(64) ResultSetObject final : wObject
     ResultSetObject(ResultSetObject const&) = delete;
     ResultSetObject& operator=(ResultSetObject const&) = delete;
 
-    /// `index` lies below the count.
+    /// Requires `index` < `count`.
     ResultItem Item(uint64 index) noexcept
     {
         return index < OWN_ITEMS ? ItemIn(own[index]) : ItemBeyondOwn(index);
     }
 
-    /// Turns to the room behind the last item when the present chunk is full. 1 on success.
+    /// Selects the chunk for the next item when the present chunk is full; makes it if needed. Returns
+    /// `Zu::Status::FULL` beyond the largest possible set and `Zu::Status::FAILURE` if memory runs out.
     ZUPLATFORM_API wStatus OpenRoom() noexcept;
 
-    /// False when there is no memory.
+    /// Makes room for `wanted` items in total. Returns false if memory runs out.
     bool Reserve(uint64 wanted) noexcept;
 
-    /// Empties the set; the room stays.
+    /// Releases the parts of all items and empties the set. Keeps the chunks.
     void Clear() noexcept;
     void GiveBackLargeChunks() noexcept;
     uint64 Bytes() const noexcept;
 
     uint64 count = 0;
-    ResultItemParts* next = nullptr; // where the next item goes, unless this is the end of the chunk
+    ResultItemParts* next = nullptr; // where the next item goes; equals `endOfRoom` when the chunk is full
     ResultItemParts* endOfRoom = nullptr;
     uint64 capacity = OWN_ITEMS;
     bool fromLiveSimulation = false;
-    ResultSetObject* nextIdle = nullptr; // of the sets that wait for reuse
+    ResultSetObject* nextIdle = nullptr; // next set in the stack of idle sets
 
 private:
     static ResultItem ItemIn(ItemRoom& room) noexcept
@@ -77,7 +80,7 @@ private:
 
     std::array<ResultItemParts, OWN_ITEMS> ownParts;
     std::array<ItemRoom, OWN_ITEMS> own;
-    std::array<Chunk, MAX_CHUNKS> chunks; // the first is never made: it is the set's own
+    std::array<Chunk, MAX_CHUNKS> chunks; // the first stays empty: `own` takes its place
 };
 
 } // namespace ZuCore

@@ -5,7 +5,7 @@
 namespace ZuCore
 {
 
-/// What the sensor is doing.
+/// The run state of the sensor.
 enum class RunState : uint32
 {
     READY = 0,

@@ -3,5 +3,5 @@
 #include "wApi/wAssembly.h"
 #include "wApi/wExport.h"
 
-/// Brings the library of running state and results up. See wAssemblyConstructor.
+/// Brings up the library of run state and results. See `wAssemblyConstructor`.
 ZUPLATFORM_API wStatus ZuCoreLib_Construct(wAssembly** assembly);

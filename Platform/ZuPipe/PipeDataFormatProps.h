@@ -7,7 +7,7 @@
 namespace ZuPipe
 {
 
-/// A form in which data of the pipeline comes.
+/// A data format of the pipeline.
 class ZUPLATFORM_API PipeDataFormatProps final : public Zu::Params::Group
 {
 public:
@@ -18,7 +18,7 @@ public:
     PipeDataFormatProps& operator=(PipeDataFormatProps const&) = delete;
 
     Zu::Params::Value<PipeDataType> type;
-    Zu::Params::Value<bool> arrayed; ///< several of them in one message
+    Zu::Params::Value<bool> arrayed; /// one message carries several values
 };
 
 } // namespace ZuPipe

@@ -7,8 +7,8 @@
 namespace ZuPipe
 {
 
-/// What kind of data a result of the pipeline is. The numbers are those of the results' types.
-/// It is exported because a template over a hidden type is hidden too.
+/// The kind of data in a result of the pipeline. The numbers are those of the result types. The enumeration is exported
+/// because a template over a hidden type is hidden too.
 enum class ZUPLATFORM_API PipeDataType : int32
 {
     NONE = 0,

@@ -98,7 +98,7 @@ void ElfText::ReadSegments()
     {
         if (segment.p_type == PT_LOAD)
         {
-            // What is mapped beyond the end of the file would end the process when it is touched.
+            // A segment beyond the end of the file would be mapped without an error and end the process on access.
             CheckRange(segment.p_offset, segment.p_filesz);
             segments.push_back(segment);
         }
@@ -146,7 +146,7 @@ std::vector<Record> ElfText::ReadRecords(uint64 offset, uint64 count)
     }
     CheckRange(offset, count * sizeof(Record));
     std::vector<Record> records(count);
-    file.seekg(static_cast<std::streamoff>(offset)); // fits: it lies in the file
+    file.seekg(static_cast<std::streamoff>(offset)); // the cast is safe: the offset lies in the file
     file.read(reinterpret_cast<char*>(records.data()), static_cast<std::streamsize>(count * sizeof(Record)));
     if (!file)
     {

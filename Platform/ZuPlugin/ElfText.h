@@ -13,25 +13,26 @@
 namespace ZuPlugin
 {
 
-/// A shared object on disk, read as data: none of its code runs.
+/// Reads a shared object from disk as data: none of its code runs.
 ///
-/// Whatever the bytes are, nothing outside of the file is touched; what does not add up is refused with -984 and a text that
-/// says why, in words that fit behind the file's name.
+/// Any bytes are safe: the class reads nothing outside of the file. It refuses inconsistent contents with
+/// `Zu::Status::BAD_FORMAT`. The text of each exception states the reason in words that may follow the file's name.
 class ZUPLATFORM_API ElfText final
 {
 public:
-    /// Opens and checks the file: a whole shared object for this machine with a table of symbols. Throws -999 when it
-    /// cannot be read.
+    /// Opens the file and checks that it is a complete shared object for this machine with a symbol table. Throws
+    /// `Zu::Status::NOT_FOUND` if the file cannot be read.
     explicit ElfText(std::string const& path);
     ~ElfText();
 
     ElfText(ElfText const&) = delete;
     ElfText& operator=(ElfText const&) = delete;
 
-    /// Whether it offers a function of this name.
+    /// Whether the file defines a function of this name.
     bool HasFunction(std::string_view name) const;
 
-    /// The constant text of this name, up to its NUL. Throws -999 when the file offers none.
+    /// Returns the constant text of this name, up to its NUL. Throws `Zu::Status::NOT_FOUND` if the file defines no
+    /// such object.
     std::string Text(std::string_view name);
 
 private:
@@ -43,7 +44,7 @@ private:
     void ReadSymbols();
     Elf64_Shdr FindSymbolSection(std::vector<Elf64_Shdr> const& sections) const;
 
-    /// Throws unless the range lies in the file.
+    /// Throws `Zu::Status::BAD_FORMAT` unless the range lies in the file.
     void CheckRange(uint64 offset, uint64 size) const;
 
     template <typename Record>
@@ -55,7 +56,7 @@ private:
     std::ifstream file;
     uint64 fileSize = 0;
     Elf64_Ehdr header{};
-    std::vector<Elf64_Phdr> segments; // those that are loaded
+    std::vector<Elf64_Phdr> segments; // the loadable segments
     std::vector<Elf64_Sym> symbols;
     std::vector<char> names;
 };

@@ -7,16 +7,16 @@
 namespace ZuPlugin
 {
 
-/// One thing that a plug-in library offers.
+/// One plug-in object that a plug-in library offers.
 class ZUPLATFORM_API IPlugin
 {
 public:
-    virtual ~IPlugin(); // first of the slots that others call through: never move one
+    virtual ~IPlugin(); // slot order is part of the plug-in interface: append only
 
-    /// What it is for, as "ZuControl.ControlPlugin".
+    /// The purpose of the plug-in, for example "ZuControl.ControlPlugin".
     virtual std::string Type() const = 0;
 
-    /// The object behind it, of a class that goes with the type; the plug-in's.
+    /// Returns the plug-in's object. Its class follows from the type. The plug-in owns it.
     virtual void const* GetObject() const = 0;
 };
 

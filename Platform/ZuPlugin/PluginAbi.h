@@ -2,8 +2,9 @@
 
 #include <nlohmann/json.hpp> // the whole header: older ones keep their version number there
 
-// What host and plug-ins must agree on, since objects of the standard and of the JSON library cross between them: fields
-// "name value", separated by ", ". The compiler is not among them. Raise the number when a class that plug-ins see changes.
+// The properties in which host and plug-ins must agree, because objects of the standard library and of the JSON library
+// cross between them. The text has fields "name value", separated by ", ". The compiler is not among them. Raise
+// `ZU_PLUGIN_ABI_NUMBER` when a class that plug-ins use changes.
 
 #define ZU_PLUGIN_ABI_QUOTE_(text) #text
 #define ZU_PLUGIN_ABI_QUOTE(text) ZU_PLUGIN_ABI_QUOTE_(text)
@@ -24,7 +25,7 @@
 
 #define ZU_PLUGIN_ABI_NUMBER "1"
 
-/// The ABI text of whatever is being compiled.
+/// The ABI text of the code that is being compiled.
 #define ZU_PLUGIN_ABI_TEXT                                                                                             \
     "ZuPlugin ABI " ZU_PLUGIN_ABI_NUMBER ", standard library " ZU_PLUGIN_ABI_LIBRARY                                   \
     ", JSON library " ZU_PLUGIN_ABI_JSON

@@ -9,19 +9,20 @@
 #include <iterator>
 #include <memory>
 
-/// The entry points of a plug-in library. Its author writes no more than `ZU_PLUGIN_ENTRY(MakeMine);`.
+/// The entry points of a plug-in library. A plug-in author only writes `ZU_PLUGIN_ENTRY(MakeMine);`.
 ///
-/// The text is data, not code, so that the loader can read it from the file before it runs anything of the library; it must
-/// say the same as `ZuPlugin_Abi()`.
+/// `ZuPlugin_AbiText` is data, so that the loader can read it from the file before it runs any code of the library. It
+/// must equal the result of `ZuPlugin_Abi()`.
 extern "C"
 {
     __attribute__((visibility("default"))) extern char const ZuPlugin_AbiText[sizeof(ZU_PLUGIN_ABI_TEXT)];
     __attribute__((visibility("default"))) char const* ZuPlugin_Abi();
 
-    /// How many plug-ins the library offers.
+    /// Returns the number of plug-ins that the library offers.
     __attribute__((visibility("default"))) uint64 ZuPlugin_Count();
 
-    /// Makes the plug-in of this number: 1, or -999 when there is none. May throw what making it throws.
+    /// Makes the plug-in with this number and stores it in `plugin`. Returns `Zu::Status::NOT_FOUND` if there is none.
+    /// Passes on an exception of the function that makes it.
     __attribute__((visibility("default"))) wStatus ZuPlugin_At(uint64 index,
                                                                std::shared_ptr<ZuPlugin::IPlugin>& plugin);
 }
@@ -31,7 +32,7 @@ namespace ZuPlugin
 
 using PluginMaker = std::shared_ptr<IPlugin> (*)();
 
-/// `Make` as the entry points call it, whatever kind of plug-in it makes.
+/// Calls `Make` and converts its result to the type that the entry points need.
 template <auto Make>
 std::shared_ptr<IPlugin> MakePlugin()
 {
@@ -40,8 +41,9 @@ std::shared_ptr<IPlugin> MakePlugin()
 
 } // namespace ZuPlugin
 
-/// Stands once in a plug-in library, outside of any namespace: the library offers what these functions, without arguments,
-/// make, in this order. Each gives a shared pointer to a class derived from ZuPlugin::IPlugin.
+/// Defines the entry points; a plug-in library uses it once, outside of any namespace. The arguments are functions
+/// without parameters. Each returns a shared pointer to a class derived from `ZuPlugin::IPlugin`. The library offers
+/// their results in this order.
 #define ZU_PLUGIN_ENTRY(...)                                                                                           \
     char const ZuPlugin_AbiText[sizeof(ZU_PLUGIN_ABI_TEXT)] = ZU_PLUGIN_ABI_TEXT;                                      \
     char const* ZuPlugin_Abi()                                                                                         \

@@ -5,7 +5,7 @@
 namespace ZuPlugin
 {
 
-/// What happened to a plug-in library.
+/// An event in the life of a plug-in library.
 enum class PluginEvent : uint32
 {
     LOAD = 0,

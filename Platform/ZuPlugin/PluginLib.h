@@ -9,12 +9,12 @@
 namespace ZuPlugin
 {
 
-/// A plug-in library that is loaded, and what it offers. Its code stays in the process until the end, so that nothing made by
-/// it outlives it.
+/// A loaded plug-in library and its plug-ins. Its code stays in the process until the end, so no object that it made
+/// outlives it.
 class ZUPLATFORM_API PluginLib final
 {
 public:
-    /// `libraryPath` is for messages; `offeredPlugins` in the order in which the library numbers them, none of them null.
+    /// `libraryPath` is for messages. `offeredPlugins` are in the library's order; none of them is null.
     PluginLib(std::string libraryPath, std::vector<std::shared_ptr<IPlugin>> offeredPlugins);
     ~PluginLib();
 
@@ -23,7 +23,7 @@ public:
 
     std::string const& Path() const;
 
-    /// Those whose `Type()` is `type`, in the library's order.
+    /// Returns the plug-ins whose `Type()` is `type`, in the library's order.
     std::vector<std::shared_ptr<IPlugin>> PluginsByType(std::string const& type) const;
 
 private:

@@ -21,7 +21,7 @@ using AbiFunction = char const* (*)();
 using CountFunction = uint64 (*)();
 using AtFunction = wStatus (*)(uint64, std::shared_ptr<IPlugin>&);
 
-/// The fields of an ABI text, without the separators.
+/// Splits an ABI text into its fields.
 std::vector<std::string_view> FieldsOf(std::string_view text)
 {
     std::vector<std::string_view> fields;
@@ -34,7 +34,7 @@ std::vector<std::string_view> FieldsOf(std::string_view text)
     return fields;
 }
 
-/// Throws, and says what differs, unless the text is the one of this host.
+/// Throws `Zu::Status::UNSUPPORTED_VERSION` and names the difference, unless the text equals this host's.
 void CheckAbi(std::string const& theirs)
 {
     if (theirs == ZU_PLUGIN_ABI_TEXT)
@@ -53,7 +53,7 @@ void CheckAbi(std::string const& theirs)
              ZU_PLUGIN_ABI_TEXT);
 }
 
-/// Throws unless it is safe to let the file's code into the process.
+/// Throws unless the file is a plug-in library of this ABI, whose code may be loaded.
 void CheckFile(std::string const& path)
 {
     ElfText elf(path);
@@ -67,10 +67,10 @@ void CheckFile(std::string const& path)
     CheckAbi(elf.Text("ZuPlugin_AbiText"));
 }
 
-/// Stays in the process for good: what it made may be anywhere.
+/// Loads a library that is never unloaded, because objects that it made may live anywhere.
 void* Open(std::string const& path)
 {
-    // A name without a slash would be looked for in the system's folders.
+    // dlopen searches the system's folders for a name without a slash.
     std::string const absolute = std::filesystem::absolute(path).string();
     void* const handle = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (handle == nullptr)

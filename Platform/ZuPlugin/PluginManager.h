@@ -14,12 +14,13 @@ namespace ZuPlugin
 
 /// Loads plug-in libraries and keeps them.
 ///
-/// A library that is not fit is refused before any of its code runs: it must be a whole shared object of this machine, offer
-/// the entry points of PluginEntry.h and agree on the ABI. Any thread may call; libraries are loaded one at a time.
+/// An unsuitable library is refused before any of its code runs. It must be a complete shared object for this machine,
+/// define the entry points of PluginEntry.h and have the same ABI text. Any thread may call; only one library loads at
+/// a time.
 class ZUPLATFORM_API PluginManager
 {
 public:
-    /// A library that was not taken in.
+    /// A library that was refused.
     struct Refusal
     {
         std::string path;
@@ -34,18 +35,19 @@ public:
 
     uint64 Count() const;
 
-    /// The library at this place, in order of loading; it stays where it is. Throws -999 when there is none.
+    /// Returns the library with this index in order of loading; valid as long as the manager. Throws
+    /// `Zu::Status::NOT_FOUND` if there is none.
     PluginLib const& At(uint64 index) const;
 
-    /// Loads one library; a file that is loaded already is not loaded again. False when it was refused: the reason is in the
-    /// log and in `Refusals`.
+    /// Loads one library. Returns true also for a file that is loaded already, and does not load it again. Returns
+    /// false if the library is refused; the reason is in the log and in `Refusals()`.
     bool LoadFile(std::string const& path);
 
-    /// Loads every "*.so" of a folder in the order of their names and gives how many are loaded now. A folder that cannot
-    /// be read is refused as a file is.
+    /// Loads every "*.so" file of a folder in order of name. Returns how many of them are loaded now. An unreadable
+    /// folder is reported as a refusal and gives 0.
     uint64 LoadFolder(std::string const& path);
 
-    /// Takes in what is in the process already.
+    /// Adds a library whose code is in the process already. Throws `Zu::Status::BAD_ARGUMENT` for null.
     void Add(std::unique_ptr<PluginLib> lib);
 
     std::vector<Refusal> Refusals() const;
@@ -54,11 +56,11 @@ private:
     bool IsLoaded(void const* handle) const;
     void Refuse(std::string const& path, char const* reason);
 
-    Zu::RecursiveMutex loading; // held while a library loads; its code may ask the manager what is there
+    Zu::RecursiveMutex loading; // held while a library loads; recursive because its code may call the manager
 
     mutable Zu::Mutex lock; // a leaf
     std::vector<std::unique_ptr<PluginLib>> libs ZU_GUARDED_BY(lock);
-    std::vector<void const*> handles ZU_GUARDED_BY(lock); // of the files that are loaded
+    std::vector<void const*> handles ZU_GUARDED_BY(lock); // of the loaded files
     std::vector<Refusal> refusals ZU_GUARDED_BY(lock);
 };
 

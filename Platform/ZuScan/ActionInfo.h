@@ -15,7 +15,7 @@ public:
     {
     }
 
-    /// The name that the action is called by.
+    /// The name under which the action is called.
     std::string const& Id() const noexcept
     {
         return id;

@@ -5,7 +5,7 @@
 namespace ZuScan
 {
 
-/// How an alignment ended.
+/// The result of an alignment.
 enum class AlignCompletionStatus : int32
 {
     SUCCESS = 0,

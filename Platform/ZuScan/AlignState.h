@@ -5,7 +5,7 @@
 namespace ZuScan
 {
 
-/// How far the alignment of a scanner has come.
+/// The alignment state of a scanner.
 enum class AlignState : uint32
 {
     NOT_ALIGNED = 0,

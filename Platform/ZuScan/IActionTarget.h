@@ -15,19 +15,20 @@ class Group;
 namespace ZuScan
 {
 
-/// What offers actions by name. Any thread may call, several at once.
+/// An object that offers actions by name. Any thread may call; several threads may call at the same time.
 class ZUPLATFORM_API IActionTarget
 {
 public:
-    virtual ~IActionTarget(); // first of the slots that others call through: never move one
+    virtual ~IActionTarget(); // slot order is part of the interface: append only
 
     virtual std::vector<ActionInfo> ListActions() const = 0;
 
-    /// A fresh group with the arguments of the action at their defaults. Throws -999 for an action that is not offered.
+    /// Returns a new group with the arguments of the action at their defaults. Throws `Zu::Status::NOT_FOUND` for an
+    /// unknown action.
     virtual std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const = 0;
 
-    /// Carries the action out with these arguments and gives its result, which may be null. Throws -999 for an action that is
-    /// not offered, and what the action throws.
+    /// Runs the action with these arguments and returns its result, which may be null. Throws `Zu::Status::NOT_FOUND`
+    /// for an unknown action, and passes on exceptions of the action.
     virtual std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& id,
                                                             std::shared_ptr<Zu::Params::Group> params) = 0;
 };

@@ -5,7 +5,7 @@
 namespace ZuScan
 {
 
-/// What takes commands by name: actions that change the state of a scanner or a sensor.
+/// An object that takes commands by name. Commands are actions that change the state of a scanner or a sensor.
 class ZUPLATFORM_API ICommandTarget : public IActionTarget
 {
 public:

@@ -10,16 +10,16 @@ namespace ZuScan
 
 class IActionTarget;
 
-/// One scanner. Any thread may call, several at once.
+/// One scanner. Any thread may call; several threads may call at the same time.
 class ZUPLATFORM_API IScanner
 {
 public:
     virtual ~IScanner();
 
-    /// Null when the scanner offers no actions; the scanner's.
+    /// Returns null if the scanner offers no actions. The scanner owns the target.
     virtual IActionTarget* ActionTarget() = 0;
 
-    /// Fires once at the end of each alignment, on a thread of the scanner. The scanner's.
+    /// Fires once at the end of each alignment, on a thread of the scanner. The scanner owns the event.
     virtual Zu::Event<AlignCompletionStatus>& AlignmentCompletedEvent() = 0;
 
     virtual AlignState GetAlignState() = 0;

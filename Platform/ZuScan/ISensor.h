@@ -7,13 +7,13 @@ namespace ZuScan
 
 class ICommandTarget;
 
-/// One sensor of a scanner. Any thread may call, several at once.
+/// One sensor of a scanner. Any thread may call; several threads may call at the same time.
 class ZUPLATFORM_API ISensor
 {
 public:
     virtual ~ISensor();
 
-    /// Null when the sensor takes no commands; the sensor's.
+    /// Returns null if the sensor takes no commands. The sensor owns the target.
     virtual ICommandTarget* CommandTarget() = 0;
 };
 

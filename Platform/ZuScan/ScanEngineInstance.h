@@ -9,7 +9,7 @@ namespace ZuScan::Internal
 
 /// A scan engine and its scanners.
 ///
-/// The host fills it before other threads see it; from then on any thread may look things up.
+/// The host fills it before other threads can access it. Afterwards any thread may read it.
 class ZUPLATFORM_API ScanEngineInstance final
 {
 public:
@@ -19,7 +19,8 @@ public:
     ScanEngineInstance(ScanEngineInstance const&) = delete;
     ScanEngineInstance& operator=(ScanEngineInstance const&) = delete;
 
-    /// Makes a scanner behind those that are there; see the constructor of ScannerInstance. Throws -987 for an id that is taken.
+    /// Makes and appends a scanner; the arguments are those of the `ScannerInstance` constructor. Throws
+    /// `Zu::Status::ALREADY_EXISTS` if the id is in use.
     ScannerInstance& AddScanner(std::string const& scannerId, IScanner& scanner, ICommandTarget* commands);
 
     /// The engine's name.
@@ -28,7 +29,7 @@ public:
     /// The ids in order of addition.
     std::vector<std::string> ListScanners() const;
 
-    /// Throws -999 for an id that is not there.
+    /// Throws `Zu::Status::NOT_FOUND` for an unknown id.
     ScannerInstance& FindScanner(std::string const& scannerId) const;
 
 private:

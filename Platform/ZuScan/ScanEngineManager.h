@@ -7,7 +7,7 @@ namespace ZuScan::Internal
 
 /// All scan engines of the application.
 ///
-/// The host fills it before other threads see it; from then on any thread may look things up.
+/// The host fills it before other threads can access it. Afterwards any thread may read it.
 class ZUPLATFORM_API ScanEngineManager final
 {
 public:
@@ -17,13 +17,13 @@ public:
     ScanEngineManager(ScanEngineManager const&) = delete;
     ScanEngineManager& operator=(ScanEngineManager const&) = delete;
 
-    /// Makes an engine behind those that are there. Throws -987 for a name that is taken.
+    /// Makes and appends an engine. Throws `Zu::Status::ALREADY_EXISTS` if the name is in use.
     ScanEngineInstance& AddEngine(std::string const& name);
 
     /// The names in order of addition.
     std::vector<std::string> List() const;
 
-    /// Throws -999 for a name that is not there.
+    /// Throws `Zu::Status::NOT_FOUND` for an unknown name.
     ScanEngineInstance& GetInstance(std::string const& name) const;
 
 private:

@@ -16,20 +16,21 @@ class ISensor;
 namespace ZuScan::Internal
 {
 
-/// A scanner of an engine and its sensors. It owns none of them: they outlive it.
+/// A scanner of an engine and its sensors. It refers to scanner, sensors and command target without owning them; they
+/// must outlive it.
 ///
-/// The host fills it before other threads see it; from then on any thread may look things up.
+/// The host fills it before other threads can access it. Afterwards any thread may read it.
 class ZUPLATFORM_API ScannerInstance final
 {
 public:
-    /// `scannerCommands` is null when the scanner takes no commands.
+    /// `scannerCommands` is null if the scanner takes no commands.
     ScannerInstance(std::string scannerId, IScanner& describedScanner, ICommandTarget* scannerCommands);
     ~ScannerInstance();
 
     ScannerInstance(ScannerInstance const&) = delete;
     ScannerInstance& operator=(ScannerInstance const&) = delete;
 
-    /// Adds a sensor behind those that are there. Throws -987 for an id that is taken.
+    /// Appends a sensor. Throws `Zu::Status::ALREADY_EXISTS` if the id is in use.
     void AddSensor(std::string const& sensorId, ISensor& sensor);
 
     std::string const& Id() const;
@@ -37,12 +38,12 @@ public:
     /// The ids in order of addition.
     std::vector<std::string> ListSensors() const;
 
-    /// Throws -999 for an id that is not there.
+    /// Throws `Zu::Status::NOT_FOUND` for an unknown id.
     ISensor& FindSensor(std::string const& sensorId) const;
 
     IScanner& Scanner() const;
 
-    /// Null when the scanner takes no commands.
+    /// Returns null if the scanner takes no commands.
     ICommandTarget* CommandTarget() const;
 
 private:

@@ -9,7 +9,8 @@
 namespace ZuVision
 {
 
-/// What the constructing functions of all messages have in common.
+/// The common body of the functions that make messages. Returns `Zu::Status::BAD_ARGUMENT` if `msg` is null and
+/// `Zu::Status::FAILURE` if memory runs out.
 template <typename Msg, typename... Args>
 wStatus ConstructMsg(Msg** msg, Args&&... args)
 {

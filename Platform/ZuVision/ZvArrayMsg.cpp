@@ -25,7 +25,7 @@ struct ZvArrayMsg final : ZvMsg
         }
     }
 
-    std::vector<void*> const elements; // one reference each
+    std::vector<void*> const elements; // owns one reference to each
 };
 
 wClass const ZvArrayMsg_Class{"ZvArrayMsg", &ZvMsg_Class, &DestroyMsg<ZvArrayMsg>};

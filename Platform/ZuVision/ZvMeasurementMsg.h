@@ -5,23 +5,23 @@
 namespace ZuVision
 {
 
-/// The value of a measurement and what was decided about it.
+/// The value of a measurement and the decision on it.
 struct ZvMeasurementMsg;
 
 extern ZUPLATFORM_API wClass const ZvMeasurementMsg_Class;
 
-/// Stands for a value that could not be measured.
+/// The value of a measurement that failed.
 inline constexpr double MISSING_MEASUREMENT = -1.7976931348623157e308;
 
-/// A new message with one reference. `decision` is 1 for a value within its limits, 0 for one outside. 1 on success; the
-/// allocator is passed through, null is the default one.
+/// Makes a message with one reference. `decision` is 1 for a value within its limits and 0 for a value outside. The
+/// allocator is ignored. Returns `Zu::Status::BAD_ARGUMENT` if `msg` is null.
 ZUPLATFORM_API wStatus ZvMeasurementMsg_Construct(ZvMeasurementMsg** msg, double value, uint8 decision,
                                                   void* allocator);
 
-/// MISSING_MEASUREMENT for what is no measurement message.
+/// Returns the value; `MISSING_MEASUREMENT` if `msg` is no measurement message.
 ZUPLATFORM_API double ZvMeasurementMsg_Value(void const* msg) noexcept;
 
-/// 0 for what is no measurement message.
+/// Returns the decision; 0 if `msg` is no measurement message.
 ZUPLATFORM_API uint8 ZvMeasurementMsg_Decision(void const* msg) noexcept;
 
 } // namespace ZuVision

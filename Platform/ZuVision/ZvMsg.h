@@ -9,11 +9,11 @@ struct wStamp;
 namespace ZuVision
 {
 
-/// Base of all messages that results carry: counted objects that never change once they are made. Handles are passed as
-/// `void*`; `wObject_Is(msg, ZvMsg_Class)` and its like tell what a message is, derived classes included.
+/// Base of all messages in results. Messages are immutable counted objects. Handles are passed as `void*`;
+/// `wObject_Is(msg, ZvMsg_Class)` and the like test for a class, derived classes included.
 struct ZUPLATFORM_API ZvMsg : wObject
 {
-    /// The stamp is part of the derived message, null for none.
+    /// The stamp, a member of the derived message; null for no stamp.
     wStamp const* const stamp;
 
 protected:
@@ -21,10 +21,10 @@ protected:
     ~ZvMsg() = default;
 };
 
-/// The base alone: no message is of this class only.
+/// The class of the base; every message has a class derived from it.
 extern ZUPLATFORM_API wClass const ZvMsg_Class;
 
-/// The message's stamp, borrowed; null when the message has none at this index, or is no message.
+/// Returns the message's stamp, borrowed; null if the message has none at this index or `msg` is no message.
 inline wStamp const* ZvMsg_StampAt(void const* msg, uint64 index) noexcept
 {
     return index == 0 && wObject_Is(msg, ZvMsg_Class) ? static_cast<ZvMsg const*>(msg)->stamp : nullptr;

@@ -5,12 +5,12 @@
 namespace ZuVision
 {
 
-/// Stands where a result should be and is not.
+/// Takes the place of a missing result.
 struct ZvNullMsg;
 
 extern ZUPLATFORM_API wClass const ZvNullMsg_Class;
 
-/// A new message with one reference. 1 on success; the allocator is passed through, null is the default one.
+/// Makes a message with one reference. The allocator is ignored. Returns `Zu::Status::BAD_ARGUMENT` if `msg` is null.
 ZUPLATFORM_API wStatus ZvNullMsg_Construct(ZvNullMsg** msg, void* allocator);
 
 } // namespace ZuVision

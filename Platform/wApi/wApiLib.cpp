@@ -3,7 +3,7 @@
 namespace
 {
 
-wAssembly* theAssembly = nullptr; // under the lock of all assemblies
+wAssembly* theAssembly = nullptr; // guarded by `xwAssembly_Lock()`
 
 } // namespace
 

@@ -2,5 +2,5 @@
 
 #include "wApi/wAssembly.h"
 
-/// Brings the library of locks, threads and containers up. See wAssemblyConstructor.
+/// Brings up the library of locks, threads and containers. See `wAssemblyConstructor`.
 ZUAPI_API wStatus wApiLib_Construct(wAssembly** assembly);

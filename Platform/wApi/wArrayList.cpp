@@ -20,7 +20,7 @@ wArrayList::wArrayList(wArrayList&& other) noexcept
 
 wArrayList& wArrayList::operator=(wArrayList&& other) noexcept
 {
-    wArrayList moved(std::move(other)); // by now the other is empty, also when it is this one
+    wArrayList moved(std::move(other)); // empties `other`, also when `other` is this list
     std::swap(itemClass, moved.itemClass);
     std::swap(constructed, moved.constructed);
     items.swap(moved.items);
@@ -50,7 +50,7 @@ wStatus wArrayList_Construct(wArrayList* list, wClass const* itemClass, uint64 c
     {
         list->items.reserve(capacity);
     }
-    catch (std::exception const&) // longer than any list can be, or than memory is left
+    catch (std::exception const&) // `capacity` exceeds the largest vector or the free memory
     {
         return Zu::Status::BAD_ARGUMENT;
     }

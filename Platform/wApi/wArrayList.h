@@ -7,10 +7,11 @@
 
 struct wClass;
 
-/// A growing list of counted objects, which owns a reference to each.
+/// A growing list of counted objects. The list owns one reference to each item.
 ///
-/// It has no lock. A move and a swap take constant time; what was moved from is empty and to be made anew. The destructor
-/// releases what is left. Where a list is handed on as `void*`, to a handler of results, that is the address of the wArrayList.
+/// Threads: no lock; a list belongs to one thread at a time. Move and swap take constant time. A moved-from list is
+/// empty and must be constructed again. The destructor releases the remaining items. An operation that passes a list as
+/// `void*`, for instance to a result handler, passes the address of the `wArrayList`.
 class ZUAPI_API wArrayList
 {
 public:
@@ -18,7 +19,7 @@ public:
     ~wArrayList();
 
     wArrayList(wArrayList&& other) noexcept;
-    wArrayList& operator=(wArrayList&& other) noexcept; ///< releases what was here
+    wArrayList& operator=(wArrayList&& other) noexcept; /// releases the items that this list held
 
     wArrayList(wArrayList const&) = delete;
     wArrayList& operator=(wArrayList const&) = delete;
@@ -39,21 +40,24 @@ private:
     std::vector<void*> items;
 };
 
-/// Makes `list` ready for items of `itemClass`, null for objects of any class, with room for `capacity` of them. The
-/// allocator is passed through. -1000 for one that is made already, -997 for a capacity beyond all memory.
+/// Makes `list` ready for items of `itemClass`, or of any class if `itemClass` is null, and reserves room for
+/// `capacity` items. The allocator is ignored. Returns `Zu::Status::WRONG_STATE` if the list is constructed already and
+/// `Zu::Status::BAD_ARGUMENT` if `list` is null or the capacity exceeds the memory.
 ZUAPI_API wStatus wArrayList_Construct(wArrayList* list, wClass const* itemClass, uint64 capacity, void* allocator);
 
-/// Puts `item` at the end, also beyond the capacity. It takes no reference: on success one of the caller's has become the
-/// list's, whether the caller had it before or adds it right behind. -997 for null or an item of another class.
+/// Appends `item`; the list may grow beyond its capacity. The call does not add a reference: on success, one reference
+/// of the caller becomes the list's. The caller takes that reference before the call or directly after it. Returns
+/// `Zu::Status::BAD_ARGUMENT` for null and for an item of another class, `Zu::Status::WRONG_STATE` for a list that is
+/// not constructed, and `Zu::Status::FAILURE` if memory runs out; the reference then stays the caller's.
 ZUAPI_API wStatus wArrayList_Add(wArrayList& list, void* item);
 
-/// Releases every item; the room stays.
+/// Releases every item and keeps the capacity.
 ZUAPI_API wStatus wArrayList_Purge(wArrayList& list);
 
 ZUAPI_API uint64 wArrayList_Count(wArrayList const& list);
 
-/// The item, borrowed: whoever keeps it takes a reference. Null beyond the end.
+/// Returns the item, borrowed: a caller that keeps it adds a reference. Returns null beyond the end.
 ZUAPI_API void* wArrayList_At(wArrayList const& list, uint64 index);
 
-/// Items that fit without another allocation.
+/// The number of items that the list holds without another allocation.
 ZUAPI_API uint64 wArrayList_Capacity(wArrayList const& list);

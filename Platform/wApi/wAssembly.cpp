@@ -18,7 +18,7 @@ struct wAssembly : wObject
     std::string const name;
     wVersion const version;
     wVersion const platformVersion;
-    std::vector<wAssembly*> dependencies; // a reference to each
+    std::vector<wAssembly*> dependencies; // one reference is owned to each
     bool finalized = false;
 };
 
@@ -90,7 +90,7 @@ wStatus xwAssembly_AddDependency(wAssembly* assembly, wAssemblyConstructor const
     }
     try
     {
-        assembly->dependencies.push_back(nullptr); // the room first: nothing can fail behind the call
+        assembly->dependencies.push_back(nullptr); // reserve first: nothing can fail after the call
     }
     catch (std::exception const&)
     {
@@ -133,7 +133,8 @@ bool xwAssembly_Share(wAssembly** assembly, wAssembly** global)
 
 wStatus xwAssembly_VRelease(wAssembly* assembly)
 {
-    Zu::MutexLock const guard(xwAssembly_Lock()); // nobody shares it between its last reference and its end
+    // Under the lock no thread can share the assembly between its last release and its destruction.
+    Zu::MutexLock const guard(xwAssembly_Lock());
     wObject_Release(assembly);
     return Zu::Status::SUCCESS;
 }
@@ -161,7 +162,8 @@ uint64 xwAssembly_DependencyCount(wAssembly const* assembly)
 
 Zu::RecursiveMutex& xwAssembly_Lock()
 {
-    static auto* const lock = new Zu::RecursiveMutex; // never destroyed: statics of other libraries may release later
+    // Never destroyed: statics of other libraries may release assemblies later.
+    static auto* const lock = new Zu::RecursiveMutex;
     return *lock;
 }
 

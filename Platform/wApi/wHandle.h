@@ -4,7 +4,7 @@
 
 #include <memory>
 
-/// Gives a reference back; see wHandle.
+/// The deleter of `wHandle`: releases one reference.
 struct wReleaseReference
 {
     void operator()(void* object) const noexcept
@@ -17,7 +17,7 @@ struct wReleaseReference
 template <typename T>
 using wHandle = std::unique_ptr<T, wReleaseReference>;
 
-/// A handle with a reference of its own to `object`, which may be null.
+/// Returns a handle with a new reference to `object`, which may be null.
 template <typename T>
 wHandle<T> wHandle_Share(T* object) noexcept
 {

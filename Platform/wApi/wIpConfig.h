@@ -4,15 +4,15 @@
 
 #include <array>
 
-/// How an interface gets at its address. All zero is the empty configuration.
+/// The IPv4 configuration of a network interface. The empty configuration is all zeros.
 struct wIpConfig
 {
-    using Address = std::array<uint8, 4>; ///< in the order in which it is written: 192, 168, 1, 10
+    using Address = std::array<uint8, 4>; /// in written order: 192, 168, 1, 10
 
     Address address{};
     Address mask{};
     Address gateway{};
-    bool dhcp = false; ///< the network gives the addresses
+    bool dhcp = false; /// the interface takes its addresses from a DHCP server
 
     bool operator==(wIpConfig const&) const = default;
 };

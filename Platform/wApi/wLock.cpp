@@ -9,17 +9,18 @@
 namespace
 {
 
-/// A number for the calling thread that no other living thread has.
+/// A number that identifies the calling thread among all living threads.
 uint64 ThisThread()
 {
-    // The address of a byte of the thread's own. Initial-exec: this library is there from the start of the process, so that
-    // the address takes an addition and no call.
+    // The address of a thread-local byte. The initial-exec model makes taking the address an addition instead of a
+    // call; it is allowed because this library is loaded when the process starts.
     [[gnu::tls_model("initial-exec")]] static thread_local uint8 const mark = 0;
     return reinterpret_cast<std::uintptr_t>(&mark);
 }
 
-/// Threads that wait for a lock with a time limit, any lock: they are rare, and one place for all of them costs the others
-/// nothing but a look at the count. It lies outside of the locks, since a lock may be destroyed as soon as it is free.
+/// The threads that wait for any lock with a time limit. Such waits are rare: one shared place for all of them costs
+/// the other operations only one load of the count. It lies outside the locks because another thread may destroy a lock
+/// as soon as the lock is free.
 struct TimedWaits
 {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -29,22 +30,24 @@ struct TimedWaits
 
 constinit TimedWaits timedWaits;
 
-/// Gives EBUSY when `deadlineUsec`, a moment of wTime, has passed. The thread sanitizer of GCC 12 does not know
-/// pthread_mutex_clocklock, hence the condition. Not inlined, so that the uncontended path saves few registers.
+/// Returns EBUSY when `deadlineUsec`, a moment of `wTime_NowUsec`, has passed. It waits on a condition because the
+/// thread sanitizer of GCC 12 does not know pthread_mutex_clocklock. Not inlined, so that the uncontended path saves
+/// few registers.
 [[gnu::noinline]] int LockBefore(pthread_mutex_t& mutex, uint64 deadlineUsec)
 {
     timespec deadline{};
     deadline.tv_sec = static_cast<time_t>(deadlineUsec / 1'000'000);
     deadline.tv_nsec = static_cast<long>(deadlineUsec % 1'000'000) * 1000;
 
-    // Counted before the mutex is tried: an exit that does not see the count has freed the mutex before it is tried.
+    // The count is raised before the mutex is tried. A thread in `wLock_Exit` that still reads 0 has therefore unlocked
+    // the mutex before this thread tries it.
     timedWaits.count.fetch_add(1);
     pthread_mutex_lock(&timedWaits.mutex);
     int result = pthread_mutex_trylock(&mutex);
     for (int waited = 0; result == EBUSY && waited == 0;)
     {
         waited = pthread_cond_clockwait(&timedWaits.released, &timedWaits.mutex, CLOCK_MONOTONIC, &deadline);
-        result = pthread_mutex_trylock(&mutex); // also when the time is over
+        result = pthread_mutex_trylock(&mutex); // also after the deadline
     }
     pthread_mutex_unlock(&timedWaits.mutex);
     timedWaits.count.fetch_sub(1);
@@ -53,7 +56,7 @@ constinit TimedWaits timedWaits;
 
 [[gnu::noinline]] void WakeTimedWaits()
 {
-    pthread_mutex_lock(&timedWaits.mutex); // no thread is between its look at a lock and its wait
+    pthread_mutex_lock(&timedWaits.mutex); // under this mutex no thread is between its try of a lock and its wait
     pthread_cond_broadcast(&timedWaits.released);
     pthread_mutex_unlock(&timedWaits.mutex);
 }
@@ -78,7 +81,8 @@ wStatus wLock_Construct(wLock* lock, void* /*allocator*/)
     {
         return Zu::Status::WRONG_STATE;
     }
-    // A plain mutex is enough: owner and depth are kept here, where a stranger's exit can be told before it harms.
+    // A plain mutex is enough: the lock itself keeps owner and depth, so that it refuses an exit by a thread that does
+    // not hold it.
     if (pthread_mutex_init(&lock->mutex, nullptr) != 0)
     {
         return Zu::Status::FAILURE;

@@ -9,8 +9,8 @@
 
 /// A recursive lock that knows its owner.
 ///
-/// It is made in two steps, as every object of this library: an empty one first, then `wLock_Construct`. Its destructor
-/// releases what was made. Any thread may call the operations; a lock must not be destroyed while it is held.
+/// Like every object of this library it is made in two steps: the constructor makes an empty lock, `wLock_Construct`
+/// makes it usable. Any thread may call the operations. A lock must not be destroyed while a thread holds it.
 class ZUAPI_API ZU_CAPABILITY("lock") wLock
 {
 public:
@@ -26,21 +26,24 @@ private:
     friend ZUAPI_API wStatus wLock_Exit(wLock& lock);
 
     pthread_mutex_t mutex{};
-    std::atomic<uint64> owner{0}; // the number of the thread that holds it, 0 when free; only that thread's own matters
-    uint32 depth = 0;             // touched by the owner alone
+    // The holder's thread number, 0 when free. Relaxed access is enough: a thread only compares it with its own number.
+    std::atomic<uint64> owner{0};
+    uint32 depth = 0; // only the holder reads or writes it
     bool constructed = false;
 };
 
-/// Makes `lock` ready for use. The allocator is passed through; null is the default one. -1000 for one that is made already.
+/// Makes `lock` ready for use. The allocator is ignored. Returns `Zu::Status::WRONG_STATE` if the lock is constructed
+/// already and `Zu::Status::BAD_ARGUMENT` for null.
 ZUAPI_API wStatus wLock_Construct(wLock* lock, void* allocator);
 
-/// Takes the lock, waiting without limit; one thread may take it any number of times.
+/// Takes the lock and waits for it without limit. The holder may take it any number of times.
 ZUAPI_API wStatus wLock_Enter(wLock& lock) ZU_ACQUIRE(lock);
 
-/// Takes the lock, or gives `Zu::Status::TIME_OUT` when `timeoutUsec` microseconds of the clock of wTime have passed; 0 does
-/// not wait, all ones has no limit. The thread-safety analysis assumes that the lock is taken: the caller tests the status
-/// (Zu::Locker does).
+/// Takes the lock, or returns `Zu::Status::TIME_OUT` after `timeoutUsec` microseconds of the clock of `wTime_NowUsec`.
+/// With 0 it does not wait; `wTIMEOUT_INFINITE` sets no limit. The thread-safety analysis assumes that the lock is
+/// taken: the caller must test the status, as `Zu::Locker` does.
 ZUAPI_API wStatus wLock_EnterEx(wLock& lock, uint64 timeoutUsec) ZU_ACQUIRE(lock);
 
-/// Gives the lock back once. -1000, and nothing changes, for a thread that does not hold it.
+/// Releases the lock once. Returns `Zu::Status::WRONG_STATE` and changes nothing if the calling thread does not hold
+/// it.
 ZUAPI_API wStatus wLock_Exit(wLock& lock) ZU_RELEASE(lock);

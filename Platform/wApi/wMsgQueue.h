@@ -10,17 +10,18 @@ struct wClass;
 
 /// A queue of counted objects between threads, first in, first out.
 ///
-/// It owns a reference to each item that it holds. Any thread may call the operations once it is made; whoever ends it sees
-/// to it that nobody waits. The destructor drops what is left. The drop handler runs on the thread that drops, without a
-/// lock of the queue.
+/// The queue owns one reference to each item in it. Once it is constructed, any thread may call the operations. Its
+/// owner must make sure that no thread uses the queue or waits on it when it is destroyed. The destructor drops the
+/// remaining items. The drop handler runs on the thread that drops, and the queue holds no lock during the call.
 class ZUAPI_API wMsgQueue
 {
 public:
-    /// Told of an item that nobody will remove; the queue gives up its reference behind it.
+    /// Called for each item that leaves the queue without being removed. The queue releases its reference after the
+    /// call.
     using DropHandler = void (*)(void* item, void* context);
 
     static constexpr uint64 UNBOUNDED = ~uint64{0};
-    static constexpr uint32 PURGE_DROP = 2; ///< option of a purge: every item goes through the drop handler
+    static constexpr uint32 PURGE_DROP = 2; /// option of a purge: the queue drops every item, through the drop handler
 
     wMsgQueue() noexcept = default;
     ~wMsgQueue();
@@ -43,7 +44,7 @@ private:
     wClass const* itemClass = nullptr;
     bool constructed = false;
 
-    mutable Zu::Mutex lock; // a leaf: no handler runs under it
+    mutable Zu::Mutex lock; // a leaf: the drop handler does not run under it
     Zu::CondVar notEmpty;
     Zu::CondVar notFull;
     std::deque<void*> items ZU_GUARDED_BY(lock);
@@ -52,26 +53,29 @@ private:
     void* dropContext ZU_GUARDED_BY(lock) = nullptr;
 };
 
-/// Makes `queue` ready for items of `itemClass`, null for objects of any class. The capacity is a hint, the allocator is
-/// passed through. The queue is unbounded until a maximum is set. -1000 for one that is made already.
+/// Makes `queue` ready for items of `itemClass`, or of any class if `itemClass` is null. The capacity and the allocator
+/// are ignored. The queue has no limit until `wMsgQueue_SetMaxCount` sets one. Returns `Zu::Status::WRONG_STATE` if the
+/// queue is constructed already and `Zu::Status::BAD_ARGUMENT` for null.
 ZUAPI_API wStatus wMsgQueue_Construct(wMsgQueue* queue, wClass const* itemClass, uint64 capacity, void* allocator);
 
-/// Who is told of each item that is dropped; null for nobody.
+/// Sets the handler that is called for each dropped item; null for none.
 ZUAPI_API wStatus wMsgQueue_SetDropHandler(wMsgQueue& queue, wMsgQueue::DropHandler handler, void* context);
 
-/// How many items the queue takes from now on, at least 1 (else -997). What it holds beyond that stays until it is removed.
+/// Sets how many items the queue accepts from now on. Items beyond a lower limit stay until they are removed. Returns
+/// `Zu::Status::BAD_ARGUMENT` for 0.
 ZUAPI_API wStatus wMsgQueue_SetMaxCount(wMsgQueue& queue, uint64 maxCount);
 
-/// Puts `item` at the end and takes over one reference from the caller. Waits for room until `timeoutUsec` microseconds have
-/// passed: then -977, and the reference stays the caller's, as after any failure. -997 for null or an item of another class.
+/// Appends `item` and takes over one reference from the caller. While the queue is full, waits for room for up to
+/// `timeoutUsec` microseconds and then returns `Zu::Status::FULL`. Returns `Zu::Status::BAD_ARGUMENT` for null and for
+/// an item of another class. After any failure the reference stays the caller's.
 ZUAPI_API wStatus wMsgQueue_AddEx(wMsgQueue& queue, void* item, uint64 timeoutUsec);
 
-/// Takes the first item and hands its reference to the caller. -993 when `timeoutUsec` microseconds have passed without
-/// one; `*item` is then left alone.
+/// Removes the first item and passes its reference to the caller. If no item comes within `timeoutUsec` microseconds,
+/// returns `Zu::Status::TIME_OUT` and leaves `*item` unchanged.
 ZUAPI_API wStatus wMsgQueue_Remove(wMsgQueue& queue, void** item, uint64 timeoutUsec);
 
-/// Empties the queue through the drop handler: the option is PURGE_DROP (else -997).
+/// Drops every item through the drop handler. Returns `Zu::Status::BAD_ARGUMENT` if `option` is not `PURGE_DROP`.
 ZUAPI_API wStatus wMsgQueue_PurgeEx(wMsgQueue& queue, uint32 option);
 
-/// Items at this moment.
+/// The number of items at this moment.
 ZUAPI_API uint64 wMsgQueue_Count(wMsgQueue const& queue);

@@ -7,8 +7,8 @@
 #include <mutex>
 #include <pthread.h>
 
-// The locks of this system. Other headers and sources do not name std::mutex, std::unique_lock or std::condition_variable:
-// clang's thread-safety analysis checks these types and cannot see those.
+// The locks of this system. Other headers and sources do not name std::mutex, std::unique_lock or
+// std::condition_variable: clang's thread-safety analysis checks the types below and cannot check those.
 
 namespace Zu
 {
@@ -38,7 +38,8 @@ private:
     std::mutex native;
 };
 
-/// A mutual exclusion lock that one thread may take any number of times, because code that runs under it may come back.
+/// A mutual exclusion lock that one thread may take any number of times, for code that calls back into itself under the
+/// lock.
 class ZU_CAPABILITY("mutex") RecursiveMutex
 {
 public:
@@ -61,8 +62,8 @@ private:
     std::recursive_mutex native;
 };
 
-/// Holds a `Mutex` or `RecursiveMutex` from its construction to its destruction. A function may release the lock in between,
-/// for a call out, and take it again.
+/// Holds a `Mutex` or `RecursiveMutex` from its construction to its destruction. A function may release the lock in
+/// between, to call other code without it, and take it again.
 template <typename Lockable>
 class ZU_SCOPED_CAPABILITY MutexLock
 {
@@ -107,8 +108,9 @@ MutexLock(Lockable&) -> MutexLock<Lockable>;
 
 /// Lets threads wait until a condition holds that a `Mutex` guards.
 ///
-/// Timed waits follow the monotonic clock of `wTime_NowUsec`: setting the machine's clock neither shortens nor lengthens them.
-/// The predicate runs under the mutex; mark it `ZU_REQUIRES(mutex)`, so that the analysis checks what it reads.
+/// Timed waits follow the monotonic clock of `wTime_NowUsec`: setting the machine's clock neither shortens nor
+/// lengthens them. The predicate runs under the mutex; mark it `ZU_REQUIRES(mutex)`, so that the analysis checks what
+/// it reads.
 class ZUAPI_API CondVar
 {
 public:
@@ -132,8 +134,8 @@ public:
         }
     }
 
-    /// As `Wait`, until the moment `deadlineUsec` of `wTime_NowUsec` at the latest; `wTIMEOUT_INFINITE` is no deadline. Returns
-    /// the last result of `isReached()`.
+    /// As `Wait`, until the moment `deadlineUsec` of `wTime_NowUsec` at the latest; `wTIMEOUT_INFINITE` is no deadline.
+    /// Returns the last result of `isReached()`.
     template <typename Predicate>
     bool WaitUntil(Mutex& mutex, uint64 deadlineUsec, Predicate isReached)
         ZU_REQUIRES(mutex) ZU_NO_THREAD_SAFETY_ANALYSIS // the predicate's own mark

@@ -7,22 +7,24 @@
 
 struct wObject;
 
-/// What all objects of one class share. There is one for each class in the process, an exported constant that is defined in
-/// a source file: classes are told apart by its address.
+/// Describes the objects of one class. There is one descriptor for each class in the process: an exported constant that
+/// is defined in a source file. Code tells classes apart by the address of the descriptor.
 struct wClass
 {
     char const* name;
-    wClass const* base;               ///< null for a class that derives from none
-    void (*destroy)(wObject* object); ///< ends and frees the object; called by whoever releases the last reference
+    wClass const* base; /// null for a class without a base
+    /// Destroys and frees the object, on the thread that releases the last reference.
+    void (*destroy)(wObject* object);
 };
 
-/// Base of all objects that count their references. It is the first base of a struct without virtual operations, so that the
-/// address of the object and that of its base are one, and a handle travels as `void*`.
+/// Base of all reference-counted objects. It must be the first base of a struct without virtual operations: the address
+/// of the object is then the address of its base, and a reference can be passed as `void*`.
 ///
-/// A new object has one reference, its maker's. Any thread may share and release, and so release the last one.
+/// A new object has one reference, which belongs to its maker. Any thread may share and release, and any thread may
+/// release the last reference.
 ///
-/// An object may be a part of another, an item inside the block of its set: it then has no count of its own, a reference to
-/// it is one to the whole.
+/// An object may be a part of another object, as an item in the memory block of its result set. Such a part has no
+/// count of its own: a reference to the part is a reference to the whole.
 struct wObject
 {
 public:
@@ -34,7 +36,7 @@ protected:
     {
     }
 
-    /// A part of `whole`, which holds it in place and outlives it. The class's `destroy` is never called for it.
+    /// Makes a part of `whole`, which contains it and outlives it. `destroy` of the part's class is never called.
     wObject(wClass const& objectClass, wObject& whole) noexcept : type(&objectClass), counted(whole.counted)
     {
     }
@@ -49,27 +51,27 @@ private:
     friend bool wObject_Is(void const* object, wClass const& objectClass) noexcept;
 
     wClass const* type;
-    wObject* counted; // whose count it is: this object, or the whole that it is a part of
+    wObject* counted; // the object whose count is used: this object, or the whole that contains it
     std::atomic<uint64> references{1};
 };
 
-/// `count` more references, in one step. Null: nothing happens.
+/// Adds `count` references in one step. Does nothing for null.
 inline void wObject_ShareMany(void* object, uint64 count) noexcept
 {
     if (object != nullptr)
     {
-        // Relaxed: whoever shares has a reference already, so that nothing is published here.
+        // Relaxed: the caller has a reference already, so nothing is published here.
         static_cast<wObject*>(object)->counted->references.fetch_add(count, std::memory_order_relaxed);
     }
 }
 
-/// One more reference. Null: nothing happens.
+/// Adds one reference. Does nothing for null.
 inline void wObject_Share(void* object) noexcept
 {
     wObject_ShareMany(object, 1);
 }
 
-/// One reference less; with the last one the object ends. Null: nothing happens.
+/// Releases one reference and destroys the object with the last one. Does nothing for null.
 inline void wObject_Release(void* object) noexcept
 {
     if (object == nullptr)
@@ -77,27 +79,28 @@ inline void wObject_Release(void* object) noexcept
         return;
     }
     wObject* const counted = static_cast<wObject*>(object)->counted;
-    // Release and acquire: what other threads did to the object comes before its end.
+    // Release and acquire: all uses of the object by other threads happen before its destruction.
     if (counted->references.fetch_sub(1, std::memory_order_acq_rel) == 1)
     {
         counted->type->destroy(counted);
     }
 }
 
-/// For the `destroy` of a class that keeps its objects for reuse: the object has one reference again.
+/// Gives an object without references one reference again. For the `destroy` of a class that keeps its objects for
+/// reuse.
 inline void wObject_Revive(void* object) noexcept
 {
     static_cast<wObject*>(object)->references.store(1, std::memory_order_relaxed);
 }
 
-/// References at this moment, 0 for null. For tests: another thread may change it at any time.
+/// The number of references at this moment; 0 for null. For tests: another thread may change it at any time.
 inline uint64 wObject_RefCount(void const* object) noexcept
 {
     return object == nullptr ? 0
                              : static_cast<wObject const*>(object)->counted->references.load(std::memory_order_relaxed);
 }
 
-/// Whether the object is of this class or of one derived from it. Null is of no class.
+/// Whether the object is of this class or of a class derived from it. False for null.
 inline bool wObject_Is(void const* object, wClass const& objectClass) noexcept
 {
     wClass const* present = object != nullptr ? static_cast<wObject const*>(object)->type : nullptr;

@@ -53,7 +53,7 @@ wStatus wStrCat(char* text, std::size_t capacity, char const* tail)
     {
         return Zu::Status::WRONG_BUFFER_SIZE;
     }
-    std::memmove(text + length, tail, tailLength); // the tail may be a part of the text itself
+    std::memmove(text + length, tail, tailLength); // memmove: `tail` may be a part of `text`
     text[length + tailLength] = '\0';
     return Zu::Status::SUCCESS;
 }

@@ -13,11 +13,11 @@
 struct wThread::Run
 {
     static void*
-    Entry(void* argument) noexcept; // noexcept: what a function lets out ends the process here, not further up
+    Entry(void* argument) noexcept; // noexcept: an exception that leaves the thread function ends the process here
     static bool IsThisThread(wThread const& thread) noexcept;
 
     std::string name;
-    wThread const* owner = nullptr; // an address to compare, no more
+    wThread const* owner = nullptr; // only compared, never dereferenced
     Function function = nullptr;
     void* argument = nullptr;
     pthread_t handle{};
@@ -31,7 +31,8 @@ struct wThread::Run
 namespace
 {
 
-/// The object whose thread this is. The handle would not do: the thread runs before its owner has stored it.
+/// The `wThread` whose thread is the calling one, else null. The native handle would not do: the new thread may run
+/// before `pthread_create` has stored it.
 thread_local wThread const* thisThread = nullptr;
 
 } // namespace
@@ -64,7 +65,7 @@ wThread::~wThread()
 {
     if (Run::IsThisThread(*this) && run != nullptr)
     {
-        thisThread = nullptr; // the address may soon be another's
+        thisThread = nullptr; // another `wThread` may get the same address
         pthread_detach(run->handle);
         return;
     }
@@ -98,7 +99,7 @@ wStatus wThread_SetName(wThread& thread, char const* name)
     thread.name = name;
     if (thread.run != nullptr)
     {
-        pthread_setname_np(thread.run->handle, name); // a thread that has just ended has no name any more
+        pthread_setname_np(thread.run->handle, name); // fails harmlessly if the thread has just ended
     }
     return Zu::Status::SUCCESS;
 }
@@ -125,7 +126,7 @@ wStatus wThread_Start(wThread& thread, int (*function)(void*), void* argument)
         {
             return Zu::Status::FAILURE;
         }
-        static_cast<void>(handedOver.release()); // the thread's by now
+        static_cast<void>(handedOver.release()); // the new thread owns it now
         thread.run = std::move(run);
         return Zu::Status::SUCCESS;
     }
@@ -152,7 +153,7 @@ wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode)
         }
         result = run.exitCode;
     }
-    if (pthread_join(run.handle, nullptr) != 0) // it has nothing left to do but to end
+    if (pthread_join(run.handle, nullptr) != 0) // returns soon: the thread has set `hasEnded`
     {
         return Zu::Status::FAILURE;
     }
@@ -170,7 +171,7 @@ wStatus wThread_Destroy(wThread* thread)
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    if (wThread::Run::IsThisThread(*thread)) // before anything is read that the owner may just be writing
+    if (wThread::Run::IsThisThread(*thread)) // first: the owner may be writing the other members
     {
         return Zu::Status::WRONG_STATE;
     }

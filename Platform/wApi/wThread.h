@@ -6,17 +6,18 @@
 #include <memory>
 #include <string>
 
-/// A thread: made with `wThread_Construct`, given a name, started, joined.
+/// A thread: constructed with `wThread_Construct`, named, started, joined.
 ///
-/// It has one owner: the operations belong to one thread at a time, but for a join by the thread itself, which is refused.
-/// The destructor joins what was started and not joined.
+/// A thread object has one owner: only one thread at a time may call the operations. The started thread itself may call
+/// `wThread_Start`, `wThread_Join` and `wThread_Destroy`, which refuse the call. The destructor joins a thread that is
+/// not joined; on the thread itself it detaches instead.
 class ZUAPI_API wThread
 {
 public:
-    /// What the thread does; its result is the exit code. No exception may leave it.
+    /// The body of the thread. Its result is the exit code. An exception that leaves it ends the process.
     using Function = int (*)(void* argument);
 
-    static constexpr uint64 LONGEST_NAME = 15; ///< bytes that the system shows of a name
+    static constexpr uint64 LONGEST_NAME = 15; /// bytes, without the NUL; the limit of the operating system
 
     wThread() noexcept;
     ~wThread();
@@ -31,29 +32,34 @@ private:
     friend ZUAPI_API wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode);
     friend ZUAPI_API wStatus wThread_Destroy(wThread* thread);
 
-    struct Run; // shared with the thread itself, which may outlive this object
+    struct Run; // shared with the running thread, which may outlive this object
 
     std::string name;
-    std::shared_ptr<Run> run; // null when there is nothing to join
+    std::shared_ptr<Run> run; // null when there is no thread to join
     bool constructed = false;
 };
 
-/// Makes `thread` ready to be started. -1000 for one that is made already.
+/// Makes `thread` ready to be started. Returns `Zu::Status::WRONG_STATE` if it is constructed already and
+/// `Zu::Status::BAD_ARGUMENT` for null.
 ZUAPI_API wStatus wThread_Construct(wThread* thread);
 
-/// The name under which the system shows the thread. -997 for a name that is null or longer than 15 bytes.
+/// Sets the name that the operating system shows for the thread. Returns `Zu::Status::BAD_ARGUMENT` if the name is null
+/// or longer than `LONGEST_NAME`.
 ZUAPI_API wStatus wThread_SetName(wThread& thread, char const* name);
 
-/// Runs `function` with `argument` on a new thread. -1000 while there is one to join.
+/// Runs `function` with `argument` on a new thread. Returns `Zu::Status::WRONG_STATE` while there is a thread to join,
+/// `Zu::Status::BAD_ARGUMENT` for a null function, and `Zu::Status::FAILURE` if the system cannot create a thread.
 ZUAPI_API wStatus wThread_Start(wThread& thread, int (*function)(void*), void* argument);
 
-/// Waits for the end of the thread and gives what its function gave; `exitCode` may be null. -993 when `timeoutUsec`
-/// microseconds have passed: the thread still runs and is to be joined again. -1000, at once, on the thread itself and
-/// where nothing was started or all is joined. After it the thread can be started anew.
+/// Waits until the thread has ended and stores the result of its function in `*exitCode`; `exitCode` may be null.
+/// Afterwards the thread can be started again. Returns `Zu::Status::TIME_OUT` after `timeoutUsec` microseconds: the
+/// thread still runs and must be joined later. Returns `Zu::Status::WRONG_STATE` at once on the thread itself and if
+/// there is no thread to join.
 ZUAPI_API wStatus wThread_Join(wThread& thread, uint64 timeoutUsec, int* exitCode);
 
-/// Joins what runs and makes the object empty again, ready for `wThread_Construct`. -1000 on the thread itself.
+/// Joins a running thread and makes the object empty again, ready for `wThread_Construct`. Returns
+/// `Zu::Status::WRONG_STATE` on the thread itself.
 ZUAPI_API wStatus wThread_Destroy(wThread* thread);
 
-/// Lets the calling thread rest for this many microseconds.
+/// Suspends the calling thread for at least `usec` microseconds.
 ZUAPI_API wStatus wThread_Sleep(uint64 usec);

@@ -15,5 +15,5 @@
 #define ZU_ACQUIRE(...) ZU_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define ZU_RELEASE(...) ZU_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define ZU_EXCLUDES(...) ZU_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
-/// For a function that the analysis cannot follow; the comment beside it says why it is right all the same.
+/// For a function that the analysis cannot follow. A comment beside it says why the function is correct.
 #define ZU_NO_THREAD_SAFETY_ANALYSIS ZU_THREAD_ANNOTATION(no_thread_safety_analysis)

@@ -13,8 +13,8 @@ using uint16 = std::uint16_t;
 using uint32 = std::uint32_t;
 using uint64 = std::uint64_t;
 
-/// Result of a platform call: 1 is success, any other number tells what went wrong (see wApi/wStatus.h).
+/// The result of a platform call: 1 is success, any other number is a failure (see wApi/wStatus.h).
 using wStatus = int32;
 
-/// A time-out that never runs out. All time-outs are microseconds.
+/// A time-out without limit. All time-outs are microseconds.
 inline constexpr uint64 wTIMEOUT_INFINITE = ~uint64{0};

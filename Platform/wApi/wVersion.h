@@ -5,7 +5,7 @@
 
 #include <compare>
 
-/// A version of four numbers, the first the most significant.
+/// A version of four numbers, the most significant first.
 struct wVersion
 {
     uint16 major = 0;
@@ -16,6 +16,6 @@ struct wVersion
     auto operator<=>(wVersion const&) const = default;
 };
 
-/// Reads "1.0.0.0": four decimal numbers up to 65535, nothing before, between or behind but the dots. -984, and `*version`
-/// is left alone, for any other text; -997 for null.
+/// Parses a version such as "1.0.0.0": exactly four decimal numbers up to 65535, separated by dots. For any other text
+/// returns `Zu::Status::BAD_FORMAT` and leaves `*version` unchanged. Returns `Zu::Status::BAD_ARGUMENT` for null.
 ZUAPI_API wStatus wVersion_Parse(wVersion* version, char const* text);

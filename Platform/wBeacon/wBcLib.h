@@ -2,5 +2,5 @@
 
 #include "wApi/wAssembly.h"
 
-/// Brings the library of messages and stamps up. See wAssemblyConstructor.
+/// Brings up the library of messages and stamps. See `wAssemblyConstructor`.
 ZUAPI_API wStatus wBcLib_Construct(wAssembly** assembly);

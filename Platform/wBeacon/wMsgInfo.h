@@ -5,8 +5,8 @@
 #include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 
-/// A message on its way, with two numbers that travel along. A counted object of the class wMsgInfo_Class; it never changes.
-/// It is known here so that a question costs no call; `wMsgInfo_Construct` alone makes it.
+/// A message in transport, with two numbers that accompany it. An immutable counted object of the class
+/// `wMsgInfo_Class`. The struct is defined here so that the accessors are inline; only `wMsgInfo_Construct` makes one.
 struct wMsgInfo final : wObject
 {
     wMsgInfo(uint64 firstNumber, uint64 secondNumber, void* carried) noexcept;
@@ -22,13 +22,13 @@ struct wMsgInfo final : wObject
 
 extern ZUAPI_API wClass const wMsgInfo_Class;
 
-/// Makes a message info with one reference around `msg`, which gains a reference and may be null. The allocator is passed
-/// through. -997 when `info` is null.
+/// Makes a message info with one reference. It adds a reference to `msg`, which may be null. The allocator is ignored.
+/// Returns `Zu::Status::BAD_ARGUMENT` if `info` is null.
 ZUAPI_API wStatus wMsgInfo_Construct(wMsgInfo** info, uint64 first, uint64 second, void* msg, void* allocator);
 
-// Of a null info the message is null and the numbers are 0.
+// For a null info, the message is null and the numbers are 0.
 
-/// The message, borrowed; null when there is none.
+/// Returns the message, borrowed, or null.
 inline void* wMsgInfo_Msg(wMsgInfo const* info)
 {
     return info != nullptr ? info->msg.get() : nullptr;

@@ -2,7 +2,7 @@
 
 #include "wApi/wTypes.h"
 
-/// When and where the sensor took one frame.
+/// The time and the position at which the sensor took one frame.
 struct wStamp
 {
     uint16 stampStatus = 0;  ///< bits of the digital inputs
