@@ -15,7 +15,7 @@ namespace Zu
 namespace
 {
 
-/// The state of the runner whose thread is the calling one, else null. Only compared.
+/// The state of the runner that owns the calling thread, else null. Only compared.
 thread_local void const* thisRunner = nullptr;
 
 /// A task that a caller waits for. The runner and the caller share it, because either may be gone before the other.

@@ -13,7 +13,7 @@ namespace Zu
 namespace
 {
 
-/// The state of the timer whose thread is the calling one, else null. Only compared.
+/// The state of the timer that owns the calling thread, else null. Only compared.
 thread_local void const* thisTimer = nullptr;
 
 } // namespace

@@ -22,7 +22,7 @@ public:
     /// Throws `Zu::Status::BAD_ARGUMENT` for an empty function. The timer does not run until `Start`.
     explicit AsyncTimer(std::function<void(AsyncTimer&)> callback);
 
-    ~AsyncTimer(); /// stops the timer; the callback may destroy its own timer
+    ~AsyncTimer(); ///< stops the timer; the callback may destroy its own timer
 
     AsyncTimer(AsyncTimer const&) = delete;
     AsyncTimer& operator=(AsyncTimer const&) = delete;

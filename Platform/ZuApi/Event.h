@@ -30,7 +30,7 @@ public:
     struct CallbackId
     {
         std::weak_ptr<Slot> first; ///< position in the list
-        bool second = false;       /// false if no handler was added
+        bool second = false;       ///< false if no handler was added
     };
 
     Event() = default;

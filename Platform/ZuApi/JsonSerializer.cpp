@@ -78,8 +78,8 @@ class JsonReader final : public IValueReader
 public:
     enum class Numbers
     {
-        CONVERTED, /// converted as the library does it: -1 becomes the largest unsigned value
-        CHECKED    /// numbers that do not fit are refused
+        CONVERTED, ///< converted as the library does it: -1 becomes the largest unsigned value
+        CHECKED    ///< numbers that do not fit are refused
     };
 
     JsonReader(Json const& document, Numbers howNumbers) : present(&document), numbers(howNumbers)

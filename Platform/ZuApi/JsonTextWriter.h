@@ -35,39 +35,39 @@ public:
     void EndArray() override;
 
     void WriteInt64(int64 value);
-    void WriteText(std::string_view value); /// as a JSON string; `value` must not point into this writer's text
+    void WriteText(std::string_view value); ///< as a JSON string; `value` must not point into this writer's text
 
     void BeginObject();
     void NextMember(std::string_view key); ///< its value follows
     void EndObject();
 
-    /// A key with its colon, which may be kept as a label for those who write the same one often.
+    /// Writes a key with its colon. A caller that writes the same key often may keep this text as a label.
     void WriteLabel(std::string_view key);
     void NextLabelledMember(std::string_view label); ///< its value follows
 
-    /// What is JSON already.
+    /// Appends text that is JSON already.
     void WriteJson(std::string_view json);
 
-    /// By the library: for what is rare and what is an art of its own, as fractions are.
+    /// Appends a value with the JSON library. For rare values and for those that are hard to format, such as fractions.
     void WriteAsLibrary(nlohmann::json const& value);
 
-    /// How many bytes it has by now.
+    /// Returns the number of bytes written so far.
     std::size_t Size() const noexcept;
 
-    /// Some of them, which stay where they are until more is written.
+    /// Returns a part of the text; valid until the next write.
     std::string_view Written(std::size_t begin, std::size_t bytes) const noexcept
     {
         return {text.data() + begin, bytes};
     }
 
-    /// Takes back what came behind the first `size` bytes.
+    /// Removes the text after the first `size` bytes.
     void Cut(std::size_t size) noexcept;
 
-    /// What was written. The writer is empty again.
+    /// Returns the text. The writer is then empty.
     std::string Take();
 
 private:
-    /// Where the next `bytes` go.
+    /// Returns the place of the next `bytes` bytes; grows the text if needed.
     char* Room(std::size_t bytes)
     {
         if (text.size() - used < bytes)
@@ -85,8 +85,8 @@ private:
     template <typename Integer>
     void PutInteger(Integer value);
 
-    std::string text;     // as long as there is room
-    std::size_t used = 0; // of it
+    std::string text;     // its size is the reserved room
+    std::size_t used = 0; // bytes of `text` that are written
 };
 
 } // namespace Zu::Properties

@@ -21,15 +21,15 @@ public:
     struct Problem
     {
         int32 severity;
-        std::string source; /// the part of the system that has the problem
+        std::string source; ///< the part of the system that has the problem
         std::string text;
-        uint64 sinceUsec; /// time of `Add`, microseconds since 1970
+        uint64 sinceUsec; ///< time of `Add`, microseconds since 1970
     };
 
     /// Identifies one problem. Numbers are not reused: a stale iterator identifies no problem. It may be copied freely.
     struct Iterator
     {
-        uint64 number = 0; /// 0 identifies no problem
+        uint64 number = 0; ///< 0 identifies no problem
     };
 
     ProblemsManager();

@@ -31,7 +31,7 @@ public:
 
     /// `syncHandlersWanted` is the value of `ShouldUseSyncHandler`: true if listeners should add synchronous handlers.
     explicit ResultHub(bool syncHandlersWanted);
-    ~ResultHub(); /// stops the thread and drops the sets that still wait
+    ~ResultHub(); ///< stops the thread and drops the sets that still wait
 
     ResultHub(ResultHub const&) = delete;
     ResultHub& operator=(ResultHub const&) = delete;

@@ -18,7 +18,7 @@ public:
     PipeDataFormatProps& operator=(PipeDataFormatProps const&) = delete;
 
     Zu::Params::Value<PipeDataType> type;
-    Zu::Params::Value<bool> arrayed; /// one message carries several values
+    Zu::Params::Value<bool> arrayed; ///< one message carries several values
 };
 
 } // namespace ZuPipe

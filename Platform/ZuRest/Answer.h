@@ -9,12 +9,12 @@
 namespace ZuRest
 {
 
-/// What a request is answered with.
+/// The answer to a request.
 struct Answer
 {
     uint32 status = HttpStatus::OK;
-    std::string contentType; ///< empty when there is no body
-    std::string body;        ///< also for HEAD, which sends only its length
+    std::string contentType; ///< empty if there is no body
+    std::string body;        ///< set for HEAD too, which sends only its length
     std::vector<std::pair<std::string, std::string>> headers;
 };
 

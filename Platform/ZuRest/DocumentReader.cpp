@@ -29,7 +29,7 @@ using References = std::vector<Reference const*>;
 constexpr char const* RELATION_PREFIX = "zu:";
 constexpr char const* EMBEDDED = "_embedded";
 constexpr char const* LINKS = "_links";
-constexpr std::size_t DEEPEST = 16; // of what is embedded in one another
+constexpr std::size_t DEEPEST = 16; // limit for the nesting of embedded documents
 
 Json LinkTo(Reference const& reference)
 {
@@ -38,14 +38,14 @@ Json LinkTo(Reference const& reference)
     return link;
 }
 
-/// The address of a resource in place of its document.
+/// Returns a document with only the address of a resource.
 Json AddressOf(Reference const& reference)
 {
     return {{LINKS, {{"self", LinkTo(reference)}}}};
 }
 
-/// Writes an object of what is referred to, by key and then in the order in which it came. A key has a list when one was asked
-/// for and when there are more of it.
+/// Writes an object of references, sorted by key, then in their given order. The value of a key is a list if the
+/// reference asks for one or if several references have that key.
 template <typename Sink, typename WriteOne>
 void WriteByKey(References references, Sink& sink, WriteOne const& writeOne)
 {
@@ -77,7 +77,7 @@ void WriteByKey(References references, Sink& sink, WriteOne const& writeOne)
     sink.EndObject();
 }
 
-/// How a document refers to itself.
+/// The reference of a document to itself.
 Reference SelfAt(std::string const& path, Json const& extra = nullptr)
 {
     return {false, "self", path, false, extra};
@@ -88,18 +88,18 @@ Reference CurieOf(std::string const& relationTemplate)
     return {false, "curies", relationTemplate, true, {{"name", "zu"}, {"templated", true}}};
 }
 
-/// Whether a text is that of an object whose members all stand behind the links.
+/// Whether `text` is an object with members that all sort after `_links`. Its members are sorted by key.
 bool MayFollowLinks(std::string_view text)
 {
     return text == "{}" || (text.starts_with("{\"") && text[2] > LINKS[0]);
 }
 
-/// The members of a document that its resource has made, in their order: a tree, or a text that stands for one.
+/// The members of a resource's document, in order: from a tree, or from a text that `JsonText::PartOf` made.
 template <typename Sink>
 class Members final
 {
 public:
-    /// Both outlive this. Null counts as an object without members.
+    /// Both arguments must outlive this object. Null counts as an object without members.
     Members(Json const& usedDocument, Sink& usedSink) : document(usedDocument), sink(usedSink)
     {
         auto const* const members = document.get_ptr<Json::object_t const*>();
@@ -107,7 +107,7 @@ public:
         end = members != nullptr ? members->end() : Iterator();
     }
 
-    /// Writes `key` behind the members that stand before it, in place of one that has this key.
+    /// Writes the members that sort before `key`, then `key` itself. A member with this key is left out.
     void Begin(char const* key)
     {
         while (next != end && next->first < key)
@@ -121,7 +121,7 @@ public:
         sink.NextMember(key);
     }
 
-    /// Behind something else: a text stands behind the links.
+    /// Writes the remaining members. `Begin` comes first: the members of a text are separated by a leading comma.
     void WriteRest()
     {
         while (next != end)
@@ -154,7 +154,7 @@ private:
     Iterator end;
 };
 
-/// Adds to a list for as long as it lives.
+/// Keeps `path` in a list during the lifetime of this object.
 class Around final
 {
 public:
@@ -177,7 +177,7 @@ private:
 
 } // namespace
 
-/// Shows one document with what it embeds to a sink. A part that fails takes back what it has shown.
+/// Writes one document, with its embedded documents, to a sink. If an embedded document fails, its output is removed.
 template <typename Sink>
 class DocumentReader::Walk final
 {
@@ -187,7 +187,7 @@ public:
     {
     }
 
-    /// `self` is how the document refers to itself.
+    /// `self` is the reference of the document to itself.
     void Show(Reference const& self, bool wantsSchema);
     void ShowMatch(ResourceRouter::Match const& match, Reference const& self, bool wantsSchema);
     void ShowUnderOwnPass(Reference const& self, bool wantsSchema);
@@ -199,9 +199,9 @@ private:
     void ShowBefore(Json const& document, Reference const& self);
 
     DocumentReader const& reader;
-    Place const place; // of the pass that is held
+    Place const place; // the place of the caller's pass
     Sink& sink;
-    std::vector<std::string const*> paths; // from the document that was asked for down to this one
+    std::vector<std::string const*> paths; // the documents from the requested one down to the current one
 };
 
 DocumentReader::DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks,

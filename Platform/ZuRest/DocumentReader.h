@@ -13,36 +13,40 @@ namespace ZuRest
 
 struct Reference;
 
-/// Makes documents as clients see them: with `_links` and `_embedded`, as HAL has it.
+/// Builds documents in the form that clients see: with `_links` and `_embedded`, in the HAL format.
 ///
-/// What it embeds lies perhaps at a place where a change is running: that shows as it was before, and as a problem beside
-/// its address when nobody knows how that was. So does what cannot be read: one broken resource does not hide the others.
+/// If an embedded resource is being changed, its document from before the change is shown. If that document is unknown,
+/// or if the resource cannot be read, its address and the problem are shown instead: one broken resource does not hide
+/// the others.
+///
 /// Any thread may call.
 class ZUPLATFORM_API DocumentReader
 {
 public:
-    /// How long a read from the inside waits for the end of a change.
+    /// The time that `ReadFromInside` waits for the end of a change.
     static constexpr uint64 PATIENCE_USEC = 1'000'000;
 
-    /// `relationTemplate` says where the meaning of a relation is told ("/relations/{rel}"); empty for nowhere. Router and
-    /// locks outlive this.
+    /// `relationTemplate` is the URI template of the pages that document the relations ("/relations/{rel}"); empty for
+    /// none. Router and locks must outlive this object.
     DocumentReader(ResourceRouter const& usedRouter, ResourceLocks& usedLocks, std::string const& relationTemplate);
     ~DocumentReader();
 
     DocumentReader(DocumentReader const&) = delete;
     DocumentReader& operator=(DocumentReader const&) = delete;
 
-    /// The document at `path` as it goes over the wire, for one who has a pass for its place. Throws what the resource throws,
-    /// and -999 when there is none; -983 for one without a document.
+    /// Returns the document at `path` as text for the network. The caller holds a pass for the place of `path`. Throws
+    /// `Zu::Status::NOT_FOUND` if there is no resource and `Zu::Status::NOT_UPDATABLE` if it has no document.
+    /// Exceptions of the resource go to the caller.
     std::string Read(std::string const& path, bool wantsSchema) const;
 
-    /// The same for one who has found the resource already.
+    /// As above, for a caller that has found the resource already.
     std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
 
-    /// The same as a tree, with the bytes of its strings as the resources gave them.
+    /// As above, as a JSON tree. Strings keep the bytes of the resources, even if they are not valid UTF-8.
     nlohmann::json ReadTree(std::string const& path) const;
 
-    /// The same for one who has no pass. Throws -976 when a change of the place does not end.
+    /// As `ReadTree`, for a caller without a pass. Throws `Zu::Status::BUSY` if a change of the place lasts longer than
+    /// `PATIENCE_USEC`.
     nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
 
 private:
@@ -51,8 +55,8 @@ private:
 
     ResourceRouter const& router;
     ResourceLocks& locks;
-    std::unique_ptr<Reference const> const curie; // where the meaning of relations is told; null for nowhere
-    std::string const curieText;                  // of the same
+    std::unique_ptr<Reference const> const curie; // link to the documentation of the relations; null for none
+    std::string const curieText;                  // `curie` as text
 };
 
 } // namespace ZuRest

@@ -17,7 +17,7 @@ using Zu::Properties::Node;
 namespace
 {
 
-/// Whether nobody looks at the document but the one who writes it.
+/// Whether only the text writer reads the document.
 bool WantsTextAlone(RequestInfo const& request)
 {
     return request.isForText && !request.wantsSchema;
@@ -74,7 +74,7 @@ void DocumentResourceBase::NodeFromJson(Node& node, nlohmann::json const& docume
 
 void DocumentResourceBase::ValidateJsonFromNode(Node const& node, nlohmann::json const& document)
 {
-    JsonSerializer::Validate(const_cast<Node&>(node), document); // for the note of a read-only value alone
+    JsonSerializer::Validate(const_cast<Node&>(node), document); // the cast only lets a read-only value set its mark
 }
 
 void DocumentResourceBase::NodeFromJsonAndValidate(Node& node, nlohmann::json const& document)

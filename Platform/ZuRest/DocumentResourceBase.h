@@ -13,7 +13,7 @@ class Node;
 namespace ZuRest
 {
 
-/// A resource with a document, and the ways between a document and the nodes that it shows.
+/// A resource with a document. Offers conversions between documents and nodes to derived classes.
 class ZUPLATFORM_API DocumentResourceBase : public ResourceBase, public IDocumentResource
 {
 public:
@@ -22,28 +22,30 @@ public:
 
     IDocumentResource* DocumentProvider() override;
 
-    /// Refuses with -983 and no text.
+    /// Throws `Zu::Status::NOT_UPDATABLE` without a text.
     void UpdateDocument(RequestInfo const& request, nlohmann::json const& document) override;
 
 protected:
-    /// The values of `node`. When the request asks for the schema an object has it too, under "_schema".
+    /// Returns the values of `node`. If the request asks for the schema, an object also contains it, under "_schema".
     static nlohmann::json NodeToJson(Zu::Properties::Node const& node, RequestInfo const& request);
 
-    /// The same for a node that nobody looks into on its way to the client, the whole document or a part of it: something that
-    /// only stands for it where that will do.
+    /// As `NodeToJson`, for a node that no code inspects before it is sent, as the whole document or as a part of it.
+    /// If the request allows, the result is a value of `JsonText::PartOf`, which only the text writer understands.
     static nlohmann::json PartToJson(Zu::Properties::Node const& node, RequestInfo const& request);
 
-    /// The same for a list of nodes, in order; none may be null.
+    /// As `PartToJson`, for a list of nodes, in order; none may be null.
     static nlohmann::json ListToJson(std::vector<Zu::Properties::Node const*> const& nodes, RequestInfo const& request);
 
-    /// Fills `node` without validation, storing as it goes. What throws, and how it is left then: JsonSerializer.
+    /// Fills `node` without validation. Values are stored one by one; `JsonSerializer::Deserialize` describes the
+    /// exceptions and the state after them.
     static void NodeFromJson(Zu::Properties::Node& node, nlohmann::json const& document);
 
-    /// Throws what the first value throws that does not take its part of `document`. No value changes and arrays keep their
-    /// size; a read-only value notes that it is to pass over the next read, so the node is constant in name only.
+    /// Validates `document` against `node` and throws the exception of the first value that refuses its part. Values
+    /// and sizes of arrays do not change. A read-only value only marks that it ignores the next read, so `node` is
+    /// const in name only.
     static void ValidateJsonFromNode(Zu::Properties::Node const& node, nlohmann::json const& document);
 
-    /// The whole validation, and only then the filling: a refusal leaves `node` as it was.
+    /// Validates the whole `document`, then fills `node`. A refusal leaves `node` unchanged.
     static void NodeFromJsonAndValidate(Zu::Properties::Node& node, nlohmann::json const& document);
 };
 

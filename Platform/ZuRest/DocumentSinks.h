@@ -10,7 +10,7 @@
 namespace ZuRest
 {
 
-/// Takes a document in as text. Resources may give it parts that are text already.
+/// Receives a document and builds text. Resources may pass parts that are JSON text already.
 class TextSink final
 {
 public:
@@ -62,13 +62,13 @@ public:
         writer.WriteJson(json);
     }
 
-    /// Where the next value begins.
+    /// Returns the position of the next value.
     Mark Here() const noexcept
     {
         return writer.Size();
     }
 
-    /// Takes back what came behind the mark.
+    /// Removes the output after the mark.
     void GoBack(Mark mark) noexcept
     {
         writer.Cut(mark);
@@ -83,7 +83,7 @@ private:
     Zu::Properties::JsonTextWriter writer;
 };
 
-/// Takes the same document in as a tree, whose strings have the bytes that the resources gave.
+/// Receives a document and builds a JSON tree. Strings keep the bytes that the resources gave.
 class TreeSink final
 {
 public:
@@ -139,7 +139,7 @@ public:
         *next = value;
     }
 
-    /// As for TextSink. What stands behind the mark is there until the next value comes.
+    /// As in `TextSink`. `GoBack` leaves the value at the mark in place; the next value overwrites it.
     Mark Here() const noexcept
     {
         return {open.size(), next};
@@ -164,8 +164,8 @@ private:
     }
 
     nlohmann::json root;
-    nlohmann::json* next = &root;      // where the next value goes
-    std::vector<nlohmann::json*> open; // objects and arrays; each is the last in the one before it
+    nlohmann::json* next = &root;      // the place of the next value
+    std::vector<nlohmann::json*> open; // the open objects and arrays; each is the last value of the one before it
 };
 
 } // namespace ZuRest

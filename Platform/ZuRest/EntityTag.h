@@ -5,14 +5,15 @@
 #include <string>
 #include <string_view>
 
-/// What tells one state of a document from another (RFC 9110).
+/// Entity tags, which identify one state of a document (RFC 9110).
 namespace ZuRest::EntityTag
 {
 
-/// The tag of a document's text, with its quotes.
+/// Returns the tag of a document's text, including the quotes.
 ZUPLATFORM_API std::string Of(std::string_view text);
 
-/// Whether the value of If-Match or If-None-Match names `tag`: in its list, or as "*". An empty value names nothing.
+/// Whether the value of an If-Match or If-None-Match header matches `tag`, by its list or as "*". An empty value
+/// matches no tag.
 ZUPLATFORM_API bool IsNamed(std::string_view header, std::string_view tag);
 
 } // namespace ZuRest::EntityTag

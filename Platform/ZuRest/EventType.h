@@ -5,11 +5,11 @@
 namespace ZuRest
 {
 
-/// What a notification tells about a resource.
+/// The kind of change that a notification reports.
 enum class EventType : uint32
 {
-    CHANGED = 2,     ///< its document reads differently
-    TREE_CHANGED = 4 ///< what is beneath it has changed too
+    CHANGED = 2,     ///< the document of the resource has changed
+    TREE_CHANGED = 4 ///< resources below it have changed too
 };
 
 } // namespace ZuRest

@@ -51,7 +51,7 @@ uint32 Of(int32 status) noexcept
     namespace Status = Zu::Status;
     static constexpr std::array<std::pair<int32, uint32>, 15> TABLE{{
         {Status::NOT_FOUND, NOT_FOUND},
-        {Status::NOT_SUPPORTED, NOT_FOUND}, // a protocol without it has no such thing
+        {Status::NOT_SUPPORTED, NOT_FOUND}, // the protocol does not have such a resource
         {Status::BAD_FORMAT, BAD_REQUEST},
         {Status::UNSUPPORTED_VERSION, BAD_REQUEST},
         {Status::BAD_ARGUMENT, UNPROCESSABLE_CONTENT},

@@ -26,10 +26,10 @@ inline constexpr uint32 INTERNAL_ERROR = 500;
 inline constexpr uint32 SERVICE_UNAVAILABLE = 503;
 inline constexpr uint32 GATEWAY_TIMEOUT = 504;
 
-/// What people call a status: "Not Found". For one that is not above "Error".
+/// Returns the name of a status, for example "Not Found"; "Error" for a status that is not listed above.
 ZUPLATFORM_API char const* Title(uint32 status) noexcept;
 
-/// The HTTP status that stands for the status of an exception.
+/// Returns the HTTP status for the status of an exception; `INTERNAL_ERROR` for a status without a mapping.
 ZUPLATFORM_API uint32 Of(int32 status) noexcept;
 
 } // namespace ZuRest::HttpStatus

@@ -9,15 +9,17 @@ namespace ZuRest
 
 struct RequestInfo;
 
-/// The face of a resource that can be called. A call counts as a change: it comes alone.
+/// The interface of a resource that can be called. A call counts as a change: no other request of its place runs
+/// meanwhile.
 class ZUPLATFORM_API ICallableResource
 {
 public:
-    /// Carries out the call with the arguments of `body`, an empty object when the client gave none. Null for no answer.
+    /// Executes the call with the arguments in `body`, an empty object if the request has no body. Runs on the thread
+    /// that processes the request. Null means an answer without a body. An exception becomes a problem document.
     virtual nlohmann::json Invoke(RequestInfo const& request,
-                                  nlohmann::json const& body) = 0; // the first slot: never move
+                                  nlohmann::json const& body) = 0; // slot order is part of the plug-in interface
 
-    virtual ~ICallableResource(); // behind the other, which keeps its place
+    virtual ~ICallableResource(); // after the other slot, which keeps its place
 };
 
 } // namespace ZuRest

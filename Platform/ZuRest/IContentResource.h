@@ -12,18 +12,20 @@ struct Answer;
 struct Request;
 struct RequestInfo;
 
-/// The face of a resource that speaks for itself: pages, files, texts, whatever is no JSON document, and methods that the
-/// other faces do not know. A resource has it by deriving from it beside its other bases.
+/// The interface of a resource that makes its own answers: pages, files, texts, other contents that are no JSON
+/// documents, and methods that the other interfaces do not offer. A resource implements it as an additional base.
 class ZUPLATFORM_API IContentResource
 {
 public:
     virtual ~IContentResource();
 
-    /// The methods that it answers, in place of the other faces: "GET" (which counts for HEAD too), "PUT", "DELETE".
+    /// The methods that the resource answers itself, in place of the other interfaces: "GET" (which includes HEAD),
+    /// "PUT", "DELETE".
     virtual std::vector<std::string> ContentMethods() const = 0;
 
-    /// Answers a request of one of these methods; HEAD comes as it is, and its body is not sent. GET and HEAD come side by
-    /// side, all others alone. Throws as the other faces do, for the same problem documents.
+    /// Answers a request with one of these methods. A HEAD request arrives as HEAD; the body of its answer is not sent.
+    /// GET and HEAD requests run concurrently, all others run alone in their place. An exception becomes a problem
+    /// document.
     virtual Answer AnswerContent(Request const& request, RequestInfo const& info) = 0;
 };
 

@@ -10,18 +10,20 @@ namespace ZuRest
 struct RequestInfo;
 class ResponseInfo;
 
-/// The face of a resource that shows a document. Reads of one part of the tree come side by side; a change comes alone.
+/// The interface of a resource with a document. Reads of one place run concurrently, on different threads. A change
+/// runs alone in its place.
 class ZUPLATFORM_API IDocumentResource
 {
 public:
-    /// The document, without its links: what it belongs to is said to `response`. Null counts as an empty one.
+    /// Returns the document without links. The resource adds its links and embedded resources to `response`. Null
+    /// counts as an empty object. An exception becomes a problem document.
     virtual nlohmann::json Document(RequestInfo const& request,
-                                    ResponseInfo& response) = 0; // the first slot: never move
+                                    ResponseInfo& response) = 0; // slot order is part of the plug-in interface
 
-    /// Takes over what `document` says. Throws -983 where nothing can be changed.
+    /// Applies the changes in `document`. Throws `Zu::Status::NOT_UPDATABLE` if the document cannot be changed.
     virtual void UpdateDocument(RequestInfo const& request, nlohmann::json const& document) = 0;
 
-    virtual ~IDocumentResource(); // behind the others, which keep their places
+    virtual ~IDocumentResource(); // after the other slots, which keep their places
 };
 
 } // namespace ZuRest

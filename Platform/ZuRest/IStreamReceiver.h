@@ -7,14 +7,14 @@
 namespace ZuRest
 {
 
-/// Takes the reports of one stream. Any thread may call; it neither blocks nor calls back into the resource.
+/// Receives the reports of one stream. Any thread may call. `Receive` does not block and does not call the resource.
 class ZUPLATFORM_API IStreamReceiver
 {
 public:
     /// Sends one report to the client. May throw.
-    virtual void Receive(nlohmann::json const& report) = 0; // the first slot: never move
+    virtual void Receive(nlohmann::json const& report) = 0; // slot order is part of the plug-in interface
 
-    virtual ~IStreamReceiver(); // behind the other, which keeps its place
+    virtual ~IStreamReceiver(); // after the other slot, which keeps its place
 };
 
 } // namespace ZuRest

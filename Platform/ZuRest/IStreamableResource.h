@@ -10,22 +10,25 @@ namespace ZuRest
 class IStreamReceiver;
 struct RequestInfo;
 
-/// The face of a resource that reports by itself. Starts and stops of all streams come one at a time.
+/// The interface of a resource that sends reports by itself. Starts and stops of all streams are serialised.
 class ZUPLATFORM_API IStreamableResource
 {
 public:
+    // Slot order is part of the plug-in interface.
     using StartNotification = Zu::Event<uint32>;
 
-    /// From now on `receiver` gets the reports, until the stream is stopped. It is not owned. Gives the id of the stream.
-    virtual uint32 StartStream(IStreamReceiver* receiver, RequestInfo const& request) = 0; // the first slot: never move
+    /// Starts a stream and returns its id. `receiver` gets the reports until the stream is stopped. The resource does
+    /// not own it.
+    virtual uint32 StartStream(IStreamReceiver* receiver, RequestInfo const& request) = 0;
 
-    /// Ends a stream: when this returns its receiver is called no more. Throws -997 for an id that names none.
+    /// Stops a stream. After the return its receiver is not called any more. Throws `Zu::Status::BAD_ARGUMENT` for an
+    /// unknown id.
     virtual void StopStream(uint32 streamId) = 0;
 
-    /// Fires with the id of a stream that has been started, on the thread that asked for it.
+    /// Fires with the id of a new stream, on the thread that started it.
     virtual StartNotification& StartEvent() = 0;
 
-    virtual ~IStreamableResource(); // behind the others, which keep their places
+    virtual ~IStreamableResource(); // after the other slots, which keep their places
 };
 
 } // namespace ZuRest

@@ -16,9 +16,9 @@ using Writer = Zu::Properties::JsonTextWriter;
 namespace
 {
 
-constexpr uint8 PART_SUBTYPE = 0x54; // of binary values, which JSON has not got: those hold text
+constexpr uint8 PART_SUBTYPE = 0x54; // marks binary values that hold JSON text; JSON itself has no binary values
 
-/// How deep the brackets of a text go that stand outside of strings.
+/// Returns the depth of the brackets outside of strings.
 uint32 DepthOf(std::string_view text)
 {
     uint32 depth = 0;
@@ -80,7 +80,7 @@ nlohmann::json Read(std::string_view text)
     {
         ZU_THROW(Zu::Status::BAD_FORMAT, "The body is nested deeper than %u levels.", MAX_DEPTH);
     }
-    if (text.find('\0') != std::string_view::npos) // the library takes it for the end
+    if (text.find('\0') != std::string_view::npos) // the JSON library takes it for the end of the text
     {
         ZU_THROW(Zu::Status::BAD_FORMAT, "The body is not valid JSON: it has a zero byte.");
     }

@@ -15,32 +15,34 @@ class JsonTextWriter;
 class Node;
 } // namespace Zu::Properties
 
-/// JSON to text and back, as it goes over the wire.
+/// Converts JSON between documents and the text on the network.
 namespace ZuRest::JsonText
 {
 
 inline constexpr std::size_t MAX_BYTES = 1024 * 1024;
-inline constexpr uint32 MAX_DEPTH = 64; ///< of arrays and objects: what reads a document goes down with it
+inline constexpr uint32 MAX_DEPTH = 64; ///< nesting of arrays and objects; bounds the recursion of all readers
 
-/// Reads what came from outside. Throws -984 with the reason for what is no JSON, too long or nested too deep.
+/// Parses JSON from outside. Throws `Zu::Status::BAD_FORMAT` with the reason for text that is no JSON, too long or
+/// nested too deep.
 ZUPLATFORM_API nlohmann::json Read(std::string_view text);
 
-/// One line; what is no UTF-8 is replaced. The parts that `PartOf` has made stand in it as the nodes that they are of.
+/// Writes a document on one line. Invalid UTF-8 is replaced. Values of `PartOf` appear as the JSON of their nodes.
 ZUPLATFORM_API std::string Write(nlohmann::json const& document);
 
-/// The same behind what `writer` has written.
+/// As `Write`, appended to the text of `writer`.
 void Append(nlohmann::json const& value, Zu::Properties::JsonTextWriter& writer);
 
-/// A value that stands for a node in a document which is only made to be written: its text. Only `Append`, `Write` and `TextOfPart` know it.
+/// Returns a value that contains the JSON text of `node`, for documents that are only written. Only `Append`, `Write`
+/// and `TextOfPart` recognise it.
 ZUPLATFORM_API nlohmann::json PartOf(Zu::Properties::Node const& node);
 
-/// The same for a list of nodes, none of which is null.
+/// As `PartOf`, for a list of nodes; none may be null.
 nlohmann::json PartOfList(std::vector<Zu::Properties::Node const*> const& nodes);
 
-/// The same for what is JSON text already.
+/// As `PartOf`, for text that is JSON already.
 nlohmann::json PartOfText(std::string_view text);
 
-/// The text of such a value; nothing for any other.
+/// Returns the text in a value of `PartOf`; no text for any other value.
 std::optional<std::string_view> TextOfPart(nlohmann::json const& value);
 
 } // namespace ZuRest::JsonText

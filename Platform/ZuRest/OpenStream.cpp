@@ -14,11 +14,11 @@ OpenStream::OpenStream(std::shared_ptr<Zu::Mutex> sharedLock, ResourceRouter::Ma
                        IStreamReceiver& receiver, RequestInfo const& request)
     : lock(std::move(sharedLock)),
       match(std::move(streamedMatch)),
-      resource(*match.resource->StreamableProvider()) // the caller has seen that it is there
+      resource(*match.resource->StreamableProvider()) // the caller has checked that it is not null
 {
     Zu::MutexLock const guard(*lock);
     id = resource.StartStream(&receiver, request);
-    ZU_GUARD_BOUNDARY([this] { resource.StartEvent().Fire(id); }); // who only listens does not undo the start
+    ZU_GUARD_BOUNDARY([this] { resource.StartEvent().Fire(id); }); // an exception of a handler does not undo the start
 }
 
 OpenStream::~OpenStream()

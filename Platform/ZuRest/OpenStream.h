@@ -14,21 +14,22 @@ class IStreamReceiver;
 class IStreamableResource;
 struct RequestInfo;
 
-/// A stream from its start to its stop.
+/// An open stream: the constructor starts it, the destructor stops it.
 class ZUPLATFORM_API OpenStream
 {
 public:
-    /// Starts it. The lock excludes the starts and stops of other streams, which the resources do not do by themselves. The
-    /// receiver outlives this; the match keeps the resource. Throws what the resource throws.
+    /// Starts the stream. `sharedLock` serialises the starts and stops of all streams, which the resources do not do
+    /// themselves. The receiver must outlive this object. The match keeps the resource alive. Exceptions of the
+    /// resource go to the caller.
     OpenStream(std::shared_ptr<Zu::Mutex> sharedLock, ResourceRouter::Match streamedMatch, IStreamReceiver& receiver,
                RequestInfo const& request);
-    ~OpenStream(); ///< stops it: the receiver is called no more
+    ~OpenStream(); ///< stops the stream; the receiver is not called any more
 
     OpenStream(OpenStream const&) = delete;
     OpenStream& operator=(OpenStream const&) = delete;
 
 private:
-    std::shared_ptr<Zu::Mutex> const lock; // no other is taken but what the resource takes
+    std::shared_ptr<Zu::Mutex> const lock; // under it only the resource takes locks
     ResourceRouter::Match const match;
     IStreamableResource& resource;
     uint32 id = 0;

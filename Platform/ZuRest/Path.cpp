@@ -13,7 +13,7 @@ namespace ZuRest
 namespace
 {
 
-/// Which characters stand for themselves in a segment of a path (RFC 3986, pchar).
+/// The characters that stand for themselves in a path segment (RFC 3986, pchar).
 constexpr std::array<bool, 256> PLAIN = [] {
     std::array<bool, 256> plain{};
     for (char const mark : std::string_view("-._~!$&'()*+,;=:@"))
@@ -56,7 +56,7 @@ void AppendEscaped(std::string& path, std::string_view value)
 std::string Path::Format(std::string_view routeTemplate, std::initializer_list<std::string_view> values)
 {
     std::string path;
-    std::size_t bytes = routeTemplate.size(); // more than it takes, unless much has to be escaped
+    std::size_t bytes = routeTemplate.size(); // enough, unless many bytes must be escaped
     for (std::string_view const value : values)
     {
         bytes += value.size();

@@ -9,17 +9,18 @@
 namespace ZuRest
 {
 
-/// The writing of resource paths.
+/// Formats and decodes resource paths.
 class ZUPLATFORM_API Path
 {
 public:
     Path() = delete;
 
-    /// The route with its keys (":protocol") replaced by `values` in order; what a segment of a path cannot hold is
-    /// percent-encoded, as UTF-8. Throws -997 when there are not as many values as keys.
+    /// Returns the route with its keys (":protocol") replaced by `values` in order. Bytes that a path segment cannot
+    /// contain are percent-encoded, as UTF-8. Throws `Zu::Status::BAD_ARGUMENT` if the number of values differs from
+    /// the number of keys.
     static std::string Format(std::string_view routeTemplate, std::initializer_list<std::string_view> values);
 
-    /// A segment with its percent escapes resolved; what is no escape stays as it is.
+    /// Returns a segment with its percent escapes decoded. An invalid escape stays unchanged.
     static std::string Decoded(std::string_view segment);
 };
 

@@ -13,9 +13,9 @@ namespace ZuRest
 namespace
 {
 
-constexpr unsigned DEEPEST_CAUSE = 32; // a chain that nests itself must come to an end
+constexpr unsigned DEEPEST_CAUSE = 32; // ends the walk if a chain of exceptions contains itself
 
-/// Calls `visit` with what is nested in `exception`, from the outside in; with null for what is no std::exception.
+/// Calls `visit` with each exception nested in `exception`, outermost first; with null if it is no std::exception.
 void VisitCauses(std::exception const& exception, std::function<void(std::exception const*)> const& visit,
                  unsigned depth = 0)
 {
@@ -44,13 +44,13 @@ bool IsJsonException(std::exception const& exception)
     return dynamic_cast<nlohmann::json::exception const*>(&exception) != nullptr;
 }
 
-/// Whether the exception is one of ours that says in words why it refuses.
+/// Whether the exception is a `Zu::Exception` with a text that gives the reason.
 bool IsRefusal(std::exception const& exception)
 {
     return dynamic_cast<Zu::Exception const*>(&exception) != nullptr && *exception.what() != '\0';
 }
 
-/// How a sentence ends for a status that came without a text.
+/// The end of the sentence for a status without a text.
 char const* PhraseOf(int32 status)
 {
     namespace Status = Zu::Status;
@@ -108,7 +108,7 @@ Problem Problem::Of(std::exception const& exception, std::string const& method, 
     problem.status = isJson ? HttpStatus::BAD_REQUEST : HttpStatus::Of(problem.code);
     if (!isJson && problem.code == Zu::Status::FAILURE && isRefusal)
     {
-        problem.status = HttpStatus::CONFLICT; // it has no number of its own, and nothing is broken all the same
+        problem.status = HttpStatus::CONFLICT; // a refusal with reasons, not an internal error
     }
     if (problem.detail.empty())
     {

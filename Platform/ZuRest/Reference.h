@@ -6,14 +6,14 @@
 namespace ZuRest
 {
 
-/// One resource that a document refers to.
+/// A reference from a document to another resource.
 struct Reference
 {
-    bool isEmbedded;      ///< shown inline, else by its address alone
+    bool isEmbedded;      ///< true: shown inline; false: as a link
     std::string key;      ///< the relation: "item", "zu:command"
     std::string path;     ///< percent-encoded
-    bool asList;          ///< the key holds a list, also with one member
-    nlohmann::json extra; ///< members of an object stand beside the address of a link; null for none
+    bool asList;          ///< the value of the key is a list, even with one member
+    nlohmann::json extra; ///< an object with further members of the link, or null
 };
 
 } // namespace ZuRest

@@ -6,18 +6,19 @@
 namespace ZuRest
 {
 
-/// A request as it came over the wire, already cut into its parts.
+/// A request from the network, split into its parts.
 struct Request
 {
     std::string method = "GET";
     std::string path;   ///< percent-encoded
-    std::string query;  ///< what stands behind the question mark
+    std::string query;  ///< the text after the question mark
     std::string body;   ///< JSON, or empty
-    std::string accept; ///< these three as the header of the name says; empty for none
+    std::string accept; ///< this and the next two: the values of the headers; empty if absent
     std::string ifMatch;
     std::string ifNoneMatch;
 
-    /// Asked when the request's turn has come, on the thread that carries it out: false drops it. Empty counts as true.
+    /// Called when the request's turn has come, on the thread that processes it. False drops the request. An empty
+    /// function counts as true.
     std::function<bool()> isWanted;
 };
 

@@ -9,10 +9,10 @@
 namespace ZuRest
 {
 
-/// What a resource is told of the request that it answers.
+/// The information that a resource gets about a request.
 struct ZUPLATFORM_API RequestInfo
 {
-    using Keys = std::vector<std::pair<std::string, std::string>>; ///< name and value, few
+    using Keys = std::vector<std::pair<std::string, std::string>>; ///< name and value; few, so searched in order
 
     RequestInfo();
     RequestInfo(std::string requestPath, Keys routeKeys, bool schemaAskedFor);
@@ -20,13 +20,15 @@ struct ZUPLATFORM_API RequestInfo
     RequestInfo& operator=(RequestInfo const&);
     ~RequestInfo();
 
-    /// The value of a key of the route, decoded; null when the path stops short of it or the route has none of that name.
+    /// Returns the decoded value of a route key. Returns null if the route has no key of that name or the path ends
+    /// before it.
     std::string const* FindKey(std::string const& name) const;
 
-    std::string path; ///< as the client wrote it, percent-encoded, without the query
+    std::string path; ///< as sent by the client: percent-encoded, without the query
     Keys keys;
     bool wantsSchema = false;
-    bool isForText = false; ///< the document is only made to be written: it, or parts of it, may be text already
+    /// The document is only written as text: it and its parts may be values of `JsonText::PartOf`.
+    bool isForText = false;
 };
 
 } // namespace ZuRest

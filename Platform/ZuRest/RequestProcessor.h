@@ -8,14 +8,16 @@
 namespace ZuRest
 {
 
-/// Reads resources from inside the process. The host implements it. Any thread may call, several at once.
+/// Reads resources from inside the process. The host implements it. Any thread may call; several threads may call at
+/// the same time.
 class ZUPLATFORM_API RequestProcessor
 {
 public:
     virtual ~RequestProcessor();
 
-    /// The document of the resource at `path`, as a client would see it. `request` is the body, null for none; `query` is what
-    /// would stand behind the question mark. Throws what the resource throws, and -999 when there is none.
+    /// Returns the document of the resource at `path` as a client sees it. `request` is the body, null for none;
+    /// `query` is the text after the question mark. Throws `Zu::Status::NOT_FOUND` if there is no resource. Exceptions
+    /// of the resource go to the caller.
     virtual nlohmann::json Read(std::string const& path, nlohmann::json const& request, std::string const& query) = 0;
 };
 

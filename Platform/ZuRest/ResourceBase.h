@@ -5,7 +5,8 @@
 namespace ZuRest
 {
 
-/// A resource that has no face yet: a derived class shows those that it has.
+/// A resource without any interface: every provider returns null. Derived classes override the providers that they
+/// need.
 class ZUPLATFORM_API ResourceBase : public IResource
 {
 public:

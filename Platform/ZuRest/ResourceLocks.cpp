@@ -26,7 +26,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     {
         uint64 readers = 0;
         bool isChanging = false;
-        std::shared_ptr<nlohmann::json const> before; // of the change that is running
+        std::shared_ptr<nlohmann::json const> before; // the document from before the running change
     };
 
     struct Waiting
@@ -35,7 +35,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         Mode mode;
         std::thread::id entrant;
         Admitted admitted;
-        std::shared_ptr<Pass> pass; ///< once its turn has come
+        std::shared_ptr<Pass> pass; ///< set when its turn has come
     };
 
     bool IsChanging(Place const& place) const ZU_REQUIRES(lock)
@@ -44,7 +44,7 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         return closedTrees.contains(place.tree) || (found != occupants.end() && found->second.isChanging);
     }
 
-    /// Whether this thread changes the whole tree, and may read in it.
+    /// Whether the calling thread is changing the whole tree, and may read in it.
     bool IsOwnTree(std::string const& tree) const ZU_REQUIRES(lock)
     {
         auto const found = closedTrees.find(tree);
@@ -67,7 +67,8 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     void Leave(Place const& place, Mode mode) ZU_EXCLUDES(lock);
     void Reopen(std::string const& tree) ZU_REQUIRES(lock);
 
-    /// Whether this one may run now; if a change waits for readers alone, nobody passes it by.
+    /// Whether `one` may run now. A change that waits only for readers is entered in `held`, `heldTrees` or
+    /// `closingTrees`, so that no later request passes it.
     bool MayRun(Waiting const& one, std::set<Place>& held, std::set<std::string>& heldTrees,
                 std::set<std::string>& closingTrees) const ZU_REQUIRES(lock)
     {
@@ -94,8 +95,8 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         return true;
     }
 
-    /// Takes those out of `waiting` whose turn has come. Where the memory gives out, which `isShort` tells, the others wait
-    /// for the next who comes or goes.
+    /// Removes the requests from `waiting` whose turn has come and returns them. If memory runs out, sets `isShort`;
+    /// the remaining requests wait until the next request enters or leaves.
     std::list<Waiting> NextTurns(bool& isShort) ZU_REQUIRES(lock)
     {
         std::list<Waiting> turns;
@@ -155,7 +156,7 @@ public:
         }
     }
 
-    /// The place is taken now, and is left at the end.
+    /// Notes that the place is occupied, so that the destructor leaves it.
     void NoteInside() noexcept
     {
         isInside = true;
@@ -175,7 +176,7 @@ public:
             Zu::MutexLock const guard(state->lock);
             state->occupants[shownPlace].before = std::move(document);
         }
-        state->changeEnded.NotifyAll(); // for a read that waits it is as good
+        state->changeEnded.NotifyAll(); // a waiting read can use it instead
     }
 
 private:
@@ -189,7 +190,8 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& p
                                                                   std::thread::id entrant)
 {
     auto const pass = std::make_shared<Holder>(shared_from_this(), place, mode);
-    Occupants& here = occupants[place]; // one without anybody, as a failure further down leaves it, says nothing
+    // An entry without readers and changes, which a failure below leaves, has no effect.
+    Occupants& here = occupants[place];
     if (mode == Mode::READ)
     {
         ++here.readers;
@@ -214,7 +216,7 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& p
         }
         here.isChanging = true;
     }
-    pass->NoteInside(); // last: nothing is taken back that was not taken
+    pass->NoteInside(); // last: the destructor must only undo a complete entry
     return pass;
 }
 
@@ -260,7 +262,7 @@ ResourceLocks::ResourceLocks() : state(std::make_shared<State>())
 
 ResourceLocks::~ResourceLocks()
 {
-    std::list<State::Waiting> forgotten; // ends when the lock is free: what was waiting may hold anything
+    std::list<State::Waiting> forgotten; // destroyed after the lock is released: the callbacks may own any object
     Zu::MutexLock const guard(state->lock);
     forgotten.swap(state->waiting);
 }
@@ -278,7 +280,7 @@ void ResourceLocks::Enter(Place const& place, Mode mode, Admitted admitted)
         isForgotten = isShort && own->pass == nullptr;
         if (isForgotten)
         {
-            state->waiting.erase(own); // perhaps nobody would come who lets it in
+            state->waiting.erase(own); // no other request might come that would admit it
         }
     }
     State::Call(std::move(turns));

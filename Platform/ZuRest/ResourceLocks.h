@@ -10,11 +10,12 @@
 namespace ZuRest
 {
 
-/// Who may run beside whom in the resource tree.
+/// Decides which requests of the resource tree may run at the same time.
 ///
-/// Reads of one place run side by side, a change of it alone; changes of one tree run one at a time. Who has to wait is
-/// called when it is his turn, in the order of arrival, and blocks no thread: a change that takes long costs none but
-/// those who ask for the same place. Any thread may call.
+/// Reads of one place run concurrently. A change runs alone in its place, and only one change of a tree runs at a time.
+/// A request that must wait does not block a thread: its callback is called when its turn comes, in the order of
+/// arrival. A long change therefore delays only requests of the same place and other changes of the same tree. Any
+/// thread may call.
 class ZUPLATFORM_API ResourceLocks
 {
 public:
@@ -22,26 +23,27 @@ public:
     {
         READ,
         CHANGE,
-        CHANGE_TREE ///< of all places of the tree: alone in it
+        CHANGE_TREE ///< a change of all places of the tree, alone in the tree
     };
 
-    /// The right to run, for as long as it lives.
+    /// The right to run, held for the lifetime of the object.
     class ZUPLATFORM_API Pass
     {
     public:
         virtual ~Pass();
 
-        /// The document at the head of the place as it was before this change: those see it who cannot wait for the end.
+        /// Sets the document at the head of the place from before this change. Reads that cannot wait for the end of
+        /// the change show it.
         virtual void ShowBefore(std::shared_ptr<nlohmann::json const> document) = 0;
 
-        /// The same for another place that this change includes.
+        /// As `ShowBefore`, for another place that this change covers.
         virtual void ShowBeforeAt(Place const& place, std::shared_ptr<nlohmann::json const> document) = 0;
     };
 
     using Admitted = std::function<void(std::shared_ptr<Pass>)>;
 
-    /// What a read from the inside gets: the right to run, or what there was before the change that is running; neither
-    /// when the change did not end in time.
+    /// The result of `EnterInner`: the right to run, or the document from before the running change. Both are null if
+    /// the change did not end in time.
     struct InnerPass
     {
         std::shared_ptr<Pass> pass;
@@ -49,14 +51,15 @@ public:
     };
 
     ResourceLocks();
-    ~ResourceLocks(); ///< nobody waits any more, and passes may outlive it
+    ~ResourceLocks(); ///< drops the waiting requests; passes may outlive it
 
     ResourceLocks(ResourceLocks const&) = delete;
     ResourceLocks& operator=(ResourceLocks const&) = delete;
 
-    /// Calls `admitted` when it is the turn of this one: at once on this thread, or on that of the one who leaves. It hands
-    /// the work on and comes back soon. A change of a whole tree is carried out on the thread that has called this. Throws
-    /// std::bad_alloc for one who cannot be let in for want of memory, and then never calls it.
+    /// Calls `admitted` when the turn of this request comes: at once on the calling thread, or later on the thread that
+    /// releases a pass. `admitted` must pass the work on and return soon. A `CHANGE_TREE` must be carried out on the
+    /// thread that calls `Enter`. Throws std::bad_alloc if memory runs out before the request is admitted; `admitted`
+    /// is then never called.
     void Enter(Place const& place, Mode mode, Admitted admitted);
 
     /// For a read that a running request asks for, which others may be waiting for: it passes those who only wait, and a
@@ -68,7 +71,7 @@ private:
     struct State;
     class Holder;
 
-    std::shared_ptr<State> const state; // shared with the passes
+    std::shared_ptr<State> const state; // shared with the passes, which may outlive this object
 };
 
 } // namespace ZuRest

@@ -62,7 +62,7 @@ RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
     return {request.path, match.keys, WantsSchema(request.query)};
 }
 
-/// The face that answers this method by itself; null when there is none.
+/// Returns the content interface if it answers this method itself, else null.
 IContentResource* ContentFaceFor(IResource& resource, std::string const& method)
 {
     auto* const face = dynamic_cast<IContentResource*>(&resource);
@@ -75,7 +75,7 @@ IContentResource* ContentFaceFor(IResource& resource, std::string const& method)
     return isKnown ? face : nullptr;
 }
 
-/// The methods that the resource knows; `isFixed` when it has just refused a change of its document.
+/// Returns the methods that the resource supports. `isFixed` is true if it has just refused a change of its document.
 std::string AllowedBy(IResource& resource, bool isFixed)
 {
     bool const hasDocument = resource.DocumentProvider() != nullptr;
@@ -122,7 +122,7 @@ ResourceLocks::Mode ModeOf(std::string const& method)
                                                                       : ResourceLocks::Mode::READ;
 }
 
-/// What `work` gives, and for what it throws the problem that the client is told.
+/// Returns the result of `work`, or the problem document for its exception.
 template <typename Work>
 ResourceRequestProcessor::Outcome Guarded(Request const& request, Work const& work)
 {
@@ -198,7 +198,7 @@ void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeR
         job->pass = std::move(pass);
         run([this, job] {
             Outcome outcome = Carry(job->request, job->makeReceiver, *job->pass);
-            job->pass.reset(); // before the client can know: what it asks for next finds the place free
+            job->pass.reset(); // first: the client's next request must find the place free
             job->done(std::move(outcome));
         });
     });
@@ -246,7 +246,7 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     {
         ZU_THROW(Zu::Status::BUSY, "The request was given up before its turn came.");
     }
-    if (request.method == "OPTIONS" && request.path == "*") // asks about the service and not about a resource
+    if (request.method == "OPTIONS" && request.path == "*") // asks about the service, not about a resource
     {
         return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", "GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS"}}}, nullptr};
     }
@@ -371,7 +371,7 @@ bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
         std::string const body = reader.Read(request.path, wantsSchema);
         return EntityTag::IsNamed(request.ifMatch, EntityTag::Of(body));
     };
-    return isNamed(false) || isNamed(true); // a client may have read either
+    return isNamed(false) || isNamed(true); // the client may have read the document with or without the schema
 }
 
 void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pass& pass) const
@@ -380,7 +380,7 @@ void ResourceRequestProcessor::KeepBefore(Place const& place, ResourceLocks::Pas
     {
         pass.ShowBeforeAt(place, std::make_shared<Json const>(reader.ReadTree(place.HeadPath())));
     }
-    catch (...) // there is none: a read that comes meanwhile has to wait
+    catch (...) // no such document: reads wait for the end of the change
     {
     }
 }

@@ -20,35 +20,37 @@ namespace ZuRest
 
 class IStreamReceiver;
 
-/// Turns requests into answers: the one place that knows both the resources and how they look on the wire.
+/// Processes requests. It is the only class that knows both the resources and their form on the network.
 ///
-/// It has no thread and no socket. Any thread may call, several at once. Who may run beside whom: ResourceLocks; each
-/// change of a document keeps the place's document from before it for those who read meanwhile.
+/// It has no thread and no socket. Any thread may call; several threads may call at the same time. `ResourceLocks`
+/// decides which requests run at the same time. During a change of a document, concurrent reads see the document from
+/// before the change.
 class ZUPLATFORM_API ResourceRequestProcessor final : public RequestProcessor
 {
 public:
-    /// The answer, and for a stream that has begun, the stream, which ends with its object.
+    /// The answer and, if the request opened a stream, the stream. Destroying the stream object stops the stream.
     struct Outcome
     {
         Answer answer;
         std::unique_ptr<OpenStream> stream;
     };
 
-    /// Runs a piece of work, now or later, on any thread.
+    /// Runs a function, now or later, on any thread.
     using Runner = std::function<void(std::function<void()>)>;
 
-    /// Makes the receiver of a stream that is about to begin. It outlives the stream. `isState` tells that each report stands
-    /// for all before it, so that a slow reader needs the newest alone.
+    /// Makes the receiver of a new stream; it must outlive the stream. `isState` is true if each report replaces all
+    /// earlier ones, so that a slow reader needs only the newest.
     using ReceiverMaker = std::function<IStreamReceiver&(bool isState)>;
 
-    /// Makes what is to live while a request is carried out, on the thread that does it.
+    /// Makes an object that lives while a request is processed, on the thread that processes it.
     using ScopeMaker = std::function<std::shared_ptr<void>()>;
 
-    /// Carries out the update of the document at `path` with `body`: calls `update`, which throws what refuses it.
+    /// Performs the update of the document at `path` with `body` by calling `update`, which throws if the resource
+    /// refuses.
     using UpdateRunner =
         std::function<void(std::string const& path, nlohmann::json const& body, std::function<void()> const& update)>;
 
-    /// `relationTemplate` as for DocumentReader. The router outlives this.
+    /// `relationTemplate` is as for `DocumentReader`. The router must outlive this object.
     explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string const& relationTemplate = {},
                                       ScopeMaker newMakeScope = {});
     ~ResourceRequestProcessor() override;
@@ -56,33 +58,35 @@ public:
     ResourceRequestProcessor(ResourceRequestProcessor const&) = delete;
     ResourceRequestProcessor& operator=(ResourceRequestProcessor const&) = delete;
 
-    /// Every update goes through `runner` from now on, while its place is locked for the change. To be set before requests
-    /// come; empty: none.
+    /// Sets a function that performs every update, while the place is locked for the change. Set it before the first
+    /// request. An empty function means that updates run directly.
     void SetUpdateRunner(UpdateRunner runner);
 
-    /// A read from inside the process: it waits for no request that waits itself, so that a protocol gets its answer while
-    /// it is being started, also of what its own start is a change of.
+    /// Reads from inside the process. It passes waiting requests, so that a protocol gets its answer while it starts,
+    /// even if its own start is a change of the place that it reads.
     nlohmann::json Read(std::string const& path, nlohmann::json const& request, std::string const& query) override;
 
-    /// Waits for its turn and gives the answer; throws nothing that a resource throws.
+    /// Waits for the request's turn and returns the answer. An exception of a resource becomes an answer.
     Outcome Process(Request const& request, ReceiverMaker const& makeReceiver = {});
 
     /// The answer to a read that waits for nobody (IPromptResource), at once and beside whatever runs; nothing for any other
     /// request.
     std::optional<Outcome> ProcessPrompt(Request const& request) const;
 
-    /// Has it carried out by `run` when its turn has come, without holding up a thread until then; `done` gets what came of
-    /// it, on the thread that carried it out. This and `run` stand until then.
+    /// Processes the request with `run` when its turn has come, without blocking a thread until then. `done` gets the
+    /// outcome on the thread that processed the request. This object must live until then.
     void ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
                       std::function<void(Outcome)> done);
 
-    /// Runs `work` on this thread while nothing of one tree is read or changed by requests: it waits for those that run, and
-    /// who comes later waits for it. `heads` are the heads of the tree's places, that of the tree first: reads from inside
-    /// find their documents as they were before. `work` may read the tree through this. What it throws goes on.
+    /// Runs `work` on the calling thread as the only activity in a tree: waits for the running requests of the tree and
+    /// delays later ones. `heads` are the heads of the tree's places, the head of the tree first. Reads from inside see
+    /// their documents from before `work`. `work` may read the tree through this object. An exception of `work` goes to
+    /// the caller.
     void RunAlone(std::vector<std::string> const& heads, std::function<void()> const& work);
 
-    /// Runs `work` on this thread as a change of the place of `path`: it waits for its turn, and nothing of the place is read
-    /// or changed by requests meanwhile. Reads from inside find the document as it was before. What it throws goes on.
+    /// Runs `work` on the calling thread as a change of the place of `path`: waits for its turn, then delays the
+    /// requests of the place. Reads from inside see the document from before `work`. An exception of `work` goes to the
+    /// caller.
     void RunAsChange(std::string const& path, std::function<void()> const& work);
 
 private:

@@ -22,7 +22,7 @@ namespace
 
 using Segments = boost::container::small_vector<std::string_view, 8>;
 
-/// The segments of a path that begins with a slash; nothing for one that does not or has an empty segment.
+/// Returns the segments of a path, or nothing if the path does not begin with a slash or has an empty segment.
 std::optional<Segments> SegmentsOf(std::string_view path)
 {
     Segments segments;
@@ -55,7 +55,7 @@ bool IsKey(std::string_view segment)
 
 } // namespace
 
-/// A route that is registered. Matches share it; the router waits until none does.
+/// A registered route. Matches share it; `Deregister` waits until `matches` is 0.
 struct ResourceRouter::Entry
 {
     IResource& resource;
@@ -63,10 +63,11 @@ struct ResourceRouter::Entry
     uint64 matches = 0;                // guarded by State::lock
 };
 
-/// A place in the tree of segments.
+/// A node in the tree of segments.
 struct ResourceRouter::Node
 {
-    /// The entry for the rest of a path, with the values of the keys on the way. A literal is tried before a key.
+    /// Returns the entry for the rest of a path and appends the values of the keys to `values`. Tries a literal before
+    /// a key.
     std::shared_ptr<Entry> Find(Segments const& segments, std::size_t position, Segments& values) const
     {
         if (position == segments.size())
@@ -93,7 +94,7 @@ struct ResourceRouter::Node
         return found;
     }
 
-    /// Takes the entry of this node, or those of the whole tree from here on, out of it.
+    /// Moves the entry of this node, or all entries from this node down, to `taken`.
     void TakeEntries(bool subtree, std::vector<std::shared_ptr<Entry>>& taken)
     {
         if (entry != nullptr)
@@ -132,7 +133,7 @@ struct ResourceRouter::Node
         }
     }
 
-    std::shared_ptr<Entry> entry; // null where no route ends
+    std::shared_ptr<Entry> entry; // null if no route ends here
     std::map<std::string, std::unique_ptr<Node>, std::less<>> literals;
     std::unique_ptr<Node> key;
 };
@@ -211,7 +212,7 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
     {
         return std::nullopt;
     }
-    std::forward_list<std::string> decoded; // of the few segments that have something to decode
+    std::forward_list<std::string> decoded; // the decoded text of segments with escapes
     for (std::string_view& segment : *segments)
     {
         if (segment.find('%') != std::string_view::npos)

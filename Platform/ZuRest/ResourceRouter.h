@@ -13,20 +13,20 @@ namespace ZuRest
 
 class IResource;
 
-/// Says which resource a path belongs to.
+/// Finds the resource for a path.
 ///
-/// A route is a path whose segments may be keys, ":protocol" for one, which match any segment. At each segment a literal wins
-/// over a key, in whatever order the routes came; a route that ends in a key also matches without it. "/" is the root. Any
-/// thread may call.
+/// A route is a path with optional keys: a key segment such as ":protocol" matches any segment. At each segment a
+/// literal takes precedence over a key, independent of the order of registration. A route that ends in a key also
+/// matches without its last segment. "/" is the root. Any thread may call.
 class ZUPLATFORM_API ResourceRouter
 {
 public:
-    /// The answer to `Find`. While it lives, its resource does: whoever deregisters the route waits for it.
+    /// The result of `Find`. The resource lives as long as the match: `Deregister` waits for it.
     struct Match
     {
         IResource* resource = nullptr;
         RequestInfo::Keys keys;      ///< the values of the route's keys, decoded, in the order of the route
-        std::shared_ptr<void> lease; ///< what the other side waits for
+        std::shared_ptr<void> lease; ///< `Deregister` waits until it is released
     };
 
     ResourceRouter();
@@ -35,18 +35,19 @@ public:
     ResourceRouter(ResourceRouter const&) = delete;
     ResourceRouter& operator=(ResourceRouter const&) = delete;
 
-    /// From now on `resource` answers the paths of `route`. Throws -997 for what is no route ("/a/:key") and -987 for one
-    /// that is there, whatever the names of its keys.
+    /// Lets `resource` answer the paths of `route`. Throws `Zu::Status::BAD_ARGUMENT` unless `route` has the form
+    /// "/a/:key", and `Zu::Status::ALREADY_EXISTS` for a route that differs from an existing one at most in the names
+    /// of its keys.
     void Register(std::string const& route, IResource& resource);
 
-    /// Takes the route away, and with `subtree` all that lie beneath it. No path finds them any more and no match is left
-    /// when this returns: it must not be called by one who holds a match of them. Does nothing where there is no route.
+    /// Removes the route and, with `subtree`, all routes below it. Waits until no match of them is left, so a caller
+    /// that holds such a match would wait forever. Does nothing if there is no such route.
     void Deregister(std::string const& route, bool subtree);
 
-    /// The resource of a path as it stands in a request, percent-encoded; nothing when no route matches.
+    /// Returns the resource of a percent-encoded request path, or nothing if no route matches.
     std::optional<Match> Find(std::string const& path) const;
 
-    /// Every resource that has a route, once, in no order. They live until their routes are deregistered.
+    /// Returns every registered resource once, in no particular order. Each lives until its routes are deregistered.
     std::vector<IResource*> Resources() const;
 
 private:
@@ -54,7 +55,7 @@ private:
     struct Node;
     struct State;
 
-    std::shared_ptr<State> const state; // shared with leases
+    std::shared_ptr<State> const state; // shared with the leases of matches
 };
 
 } // namespace ZuRest

@@ -11,9 +11,10 @@ namespace ZuRest
 
 struct Reference;
 
-/// What a resource says beside its document: to which other resources it belongs.
+/// The references of a resource's document to other resources.
 ///
-/// It keeps what was said in order. The paths need not exist yet: they are looked up when the resource has answered.
+/// It keeps the references in order. A path need not exist when it is added: paths are resolved after the resource has
+/// returned its document.
 class ZUPLATFORM_API ResponseInfo
 {
 public:
@@ -23,11 +24,11 @@ public:
     ResponseInfo(ResponseInfo const&) = delete;
     ResponseInfo& operator=(ResponseInfo const&) = delete;
 
-    /// The response shows the document of the resource at `path` inline under `key`; with `asList` the key is a list, also
-    /// with one member. `extra` is null, or an object whose members stand beside the address of the resource.
+    /// Shows the document of the resource at `path` inline under `key`. With `asList` the value of `key` is a list,
+    /// even with one member. `extra` is null, or an object with further members of the link to the resource.
     void Embed(std::string key, std::string path, bool asList, nlohmann::json const& extra);
 
-    /// As `Embed`, with the address alone.
+    /// As `Embed`, but only as a link.
     void Link(std::string key, std::string path, bool asList, nlohmann::json const& extra);
 
     std::vector<Reference> const& References() const;

@@ -5,8 +5,8 @@
 namespace ZuRest
 {
 
-/// The streaming side of a resource. It is no resource by itself, so that it can stand beside a base that is: the derived
-/// class gives it out through `StreamableProvider`.
+/// The streaming interface of a resource with its start event. It is no `IResource`, so that a class can derive from it
+/// and from a resource base. The derived class returns it from `StreamableProvider`.
 class ZUPLATFORM_API StreamResourceBase : public IStreamableResource
 {
 public:

@@ -19,7 +19,7 @@ public:
     ~wArrayList();
 
     wArrayList(wArrayList&& other) noexcept;
-    wArrayList& operator=(wArrayList&& other) noexcept; /// releases the items that this list held
+    wArrayList& operator=(wArrayList&& other) noexcept; ///< releases the items that this list held
 
     wArrayList(wArrayList const&) = delete;
     wArrayList& operator=(wArrayList const&) = delete;

@@ -21,7 +21,7 @@ public:
     using DropHandler = void (*)(void* item, void* context);
 
     static constexpr uint64 UNBOUNDED = ~uint64{0};
-    static constexpr uint32 PURGE_DROP = 2; /// option of a purge: the queue drops every item, through the drop handler
+    static constexpr uint32 PURGE_DROP = 2; ///< option of a purge: the queue drops every item, through the drop handler
 
     wMsgQueue() noexcept = default;
     ~wMsgQueue();

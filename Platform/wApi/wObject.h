@@ -12,7 +12,7 @@ struct wObject;
 struct wClass
 {
     char const* name;
-    wClass const* base; /// null for a class without a base
+    wClass const* base; ///< null for a class without a base
     /// Destroys and frees the object, on the thread that releases the last reference.
     void (*destroy)(wObject* object);
 };

@@ -31,8 +31,8 @@ struct wThread::Run
 namespace
 {
 
-/// The `wThread` whose thread is the calling one, else null. The native handle would not do: the new thread may run
-/// before `pthread_create` has stored it.
+/// The `wThread` that owns the calling thread, else null. The native handle would not do: the new thread may run before
+/// `pthread_create` has stored it.
 thread_local wThread const* thisThread = nullptr;
 
 } // namespace

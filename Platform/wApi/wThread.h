@@ -17,7 +17,7 @@ public:
     /// The body of the thread. Its result is the exit code. An exception that leaves it ends the process.
     using Function = int (*)(void* argument);
 
-    static constexpr uint64 LONGEST_NAME = 15; /// bytes, without the NUL; the limit of the operating system
+    static constexpr uint64 LONGEST_NAME = 15; ///< bytes, without the NUL; the limit of the operating system
 
     wThread() noexcept;
     ~wThread();

@@ -19,7 +19,7 @@ public:
     {
     }
 
-    /// Elements are made by `newFactory`.
+    /// Makes elements with `newFactory`.
     explicit Array(std::function<std::unique_ptr<T>()> newFactory)
         : Properties::Array<T>(&Array::BuildSchema, std::move(newFactory))
     {
@@ -30,7 +30,7 @@ public:
     Array(Array const&) = delete;
     Array& operator=(Array const&) = delete;
 
-    /// Takes over elements, attributes and marks; std::bad_cast for what is no such array.
+    /// Copies elements, attributes and marks. Throws std::bad_cast if `other` is no array of this type.
     void CopyValues(Properties::Node const& other) override
     {
         auto const& source = dynamic_cast<Array const&>(other);
@@ -40,14 +40,16 @@ public:
         extendedType.CopyFrom(source.extendedType);
     }
 
-    /// Shows in the schema whether the array is in use, which `used` tells; -997 for true when visibility is enabled.
+    /// Shows `used`, which tells whether the array is in use, in the schema. Throws `Zu::Status::BAD_ARGUMENT` for true
+    /// while visibility is enabled.
     Array& EnableUsed(bool enable)
     {
         ParamsBase::EnableUsed(this->MadeSchema(), enable);
         return *this;
     }
 
-    /// Makes the mask, 0 at first, and shows it; -997 for true when used is enabled.
+    /// Creates the `visibility` mask with the value 0 and shows it in the schema. False removes it. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for true while used is enabled.
     Array& EnableVisibility(bool enable)
     {
         ParamsBase::EnableVisibility(this->MadeSchema(), enable);
@@ -61,7 +63,7 @@ public:
         return *this;
     }
 
-    TextAttribute extendedType; ///< goes with a copy; no schema shows it
+    TextAttribute extendedType; ///< copied by `CopyValues`; not shown in the schema
 
 protected:
     static void BuildSchema(Properties::Node& node, Properties::Structure& schema)

@@ -8,7 +8,8 @@
 namespace Zu::Params
 {
 
-/// A parameter that takes one of a list of values, each with a text for display. Without any it refuses every change.
+/// A parameter whose value is one of a list of options, each with a display text. Without options it refuses every
+/// change.
 template <typename T>
 class ZUAPI_API Enum : public Value<T>
 {
@@ -26,7 +27,7 @@ public:
     Enum(Enum const&) = delete;
     Enum& operator=(Enum const&) = delete;
 
-    /// As for a value, then the lists.
+    /// Copies the base, then the lists of values and texts.
     void CopyValues(Properties::Node const& other) override
     {
         auto const& source = dynamic_cast<Enum const&>(other);
@@ -35,7 +36,7 @@ public:
         enumTexts.Set(source.enumTexts.Get());
     }
 
-    /// As for a value; then -997 for what is not in the list of values.
+    /// Runs the checks of the base, then throws `Zu::Status::BAD_ARGUMENT` if `candidate` is not in the list of values.
     void CheckValidation(T const& candidate) override
     {
         Value<T>::CheckValidation(candidate);
@@ -62,7 +63,7 @@ public:
         return *this;
     }
 
-    /// Adds a value behind the others. The lists run in parallel.
+    /// Appends an option. The two lists run in parallel.
     Enum& AddOption(T value, std::string text)
     {
         enumValues.Modify([&](std::vector<T>& values) { values.push_back(value); });
@@ -85,8 +86,8 @@ protected:
 
 } // namespace Zu::Params
 
-/// In the header of an enumeration: its parameters are compiled once, in the library that has the second line in a source.
-/// Both stand outside of any namespace.
+/// Declares the parameter templates of an enumeration, for its header. They are compiled once, in the library that uses
+/// `ZU_INSTANTIATE_ENUM_VALUE` in a source. Use both macros outside of any namespace.
 #define ZU_DECLARE_ENUM_VALUE(Enumeration)                                                                             \
     extern template class Zu::Properties::Value<Enumeration>;                                                          \
     extern template class Zu::Properties::Value<std::vector<Enumeration>>;                                             \

@@ -7,7 +7,7 @@
 namespace Zu::Params
 {
 
-/// What every record derives from.
+/// The base of every record.
 class ZUAPI_API Group : public StructBase
 {
 public:

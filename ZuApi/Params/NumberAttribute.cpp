@@ -50,7 +50,7 @@ NumberAttribute<T>& NumberAttribute<T>::Set(T newNumber)
     uint64 const wanted = static_cast<uint64>(newNumber) << INLINE_SHIFT | INLINE_MARK;
     if (held != wanted)
     {
-        // For another number alone: this drops a node that a reader makes at the same moment.
+        // Only for a different number: the store would drop a node that a reader creates at the same time.
         word.store(wanted, std::memory_order_release);
     }
     return *this;

@@ -14,9 +14,11 @@ class Value;
 namespace Zu::Params
 {
 
-/// A flag or number that describes a parameter. It reads and is written like a Zu::Properties::Value<T>, and becomes one
-/// when its node is first asked for; until then it is one word.
-/// Threads: as its parameter. Asking for the node and setting the same number may run beside readers. T: bool, uint32.
+/// A flag or number that describes a parameter. It has the access of a `Zu::Properties::Value<T>`. The first call of
+/// `Node` creates the value node; until then the attribute is one word. T is bool or uint32.
+///
+/// Threads: as for its parameter. In addition, readers may run concurrently with `Node` and with a `Set` that does not
+/// change the number.
 template <typename T>
 class ZUAPI_API NumberAttribute
 {
@@ -36,19 +38,20 @@ public:
         return Set(newNumber);
     }
 
-    operator T() const noexcept // reads like the value that it stands for
+    operator T() const noexcept // usable like a value of type T
     {
         return Get();
     }
 
-    /// The value itself, for a schema or an observer. It stays for the attribute's life.
+    /// Returns the value as a node, for a schema or an observer. The node lives as long as the attribute.
     Properties::Value<T>& Node() const;
 
 private:
     static constexpr uint64 INLINE_MARK = 1;
     static constexpr unsigned INLINE_SHIFT = 32;
 
-    // A number in the upper half with the lowest bit set, or the node that was made, which this publishes; owned.
+    // Either a number in the upper half with the lowest bit set, or the address of the created node, which is owned.
+    // The store of the address publishes the node.
     mutable std::atomic<uint64> word{INLINE_MARK};
 };
 

@@ -9,11 +9,12 @@
 namespace Zu::Params::Internal
 {
 
-/// What few parameters have: the attributes that are enabled one by one. One is enabled exactly when it is there.
+/// The attributes that few parameters have. Each is enabled separately: it is enabled exactly while its pointer is not
+/// null.
 template <typename T>
 struct OptionalAttributes
 {
-    T rejectedValue{}; ///< last presented to a read-only parameter
+    T rejectedValue{}; ///< the last value that a read-only parameter rejected
     std::unique_ptr<Properties::Value<std::string>> units;
     std::unique_ptr<Properties::Value<std::string>> description;
     std::unique_ptr<Properties::Value<T>> actual;

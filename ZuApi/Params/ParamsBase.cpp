@@ -142,7 +142,7 @@ void ParamsBase::EnableVisibility(Properties::Structure* schema, bool enable)
     {
         ZU_THROW(Status::BAD_ARGUMENT, "Used is already enabled, cannot enable visibility.");
     }
-    if (visibility == nullptr) // one may be left over that a copy has turned off
+    if (visibility == nullptr) // a copy may have disabled visibility and left its mask
     {
         visibility = std::make_unique<Properties::Value<uint32>>();
     }

@@ -11,15 +11,15 @@
 namespace Zu::Params
 {
 
-/// What every parameter has beside its value: a title, a place in the order of display, and the marks that say whether it
-/// takes writes and whether it is shown. A second base, without virtual operations.
+/// The attributes of every parameter beside its value: a title, a sort order for display, and the marks that control
+/// whether it accepts writes and whether it is shown. It is a second base without virtual operations.
 ///
-/// The marks show in the schema once they are enabled. "used" and "visibility" exclude each other.
+/// A mark appears in the schema once it is enabled. "used" and "visibility" exclude each other.
 class ZUAPI_API ParamsBase
 {
 public:
     TextAttribute title;
-    NumberAttribute<bool> readOnly; ///< while enabled and true, a validated write is ignored; may change at any time
+    NumberAttribute<bool> readOnly; ///< while enabled and true, validated writes are ignored; may change at any time
     NumberAttribute<bool> used;
     std::unique_ptr<Properties::Value<uint32>> visibility; ///< a bit mask; null until enabled
     NumberAttribute<uint32> sortOrder;
@@ -27,7 +27,7 @@ public:
     ParamsBase(ParamsBase const&) = delete;
     ParamsBase& operator=(ParamsBase const&) = delete;
 
-    /// Clears the mask; -997 when visibility is not enabled.
+    /// Sets the mask to 0. Throws `Zu::Status::BAD_ARGUMENT` if visibility is not enabled.
     void ClearVisibility();
 
     bool IsReadOnlyEnabled() const noexcept
@@ -49,10 +49,10 @@ protected:
     ParamsBase() noexcept;
     ~ParamsBase();
 
-    /// The read-only test: a write to a read-only parameter is logged and marked as rejected; it throws nothing.
+    /// Checks the read-only mark. A write to a read-only parameter is logged and marked as rejected. Throws nothing.
     void CheckValidation();
 
-    /// True once after a rejected write, for the read that follows it.
+    /// Returns true once after a rejected write, for the read that follows it.
     bool TakeReadOnlyRejected() noexcept;
 
     bool IsReadOnlyRejected() const noexcept
@@ -60,30 +60,30 @@ protected:
         return readOnlyRejected;
     }
 
-    /// Logs `logFormat` for the person at the screen and throws -997 with `exceptionFormat`; both are given the name of
-    /// the parameter. `label` is the function that refuses.
+    /// Logs `logFormat` as a user error and throws `Zu::Status::BAD_ARGUMENT` with `exceptionFormat`. The argument of
+    /// both formats is the name of the parameter. `label` is the qualified name of the refusing function.
     [[noreturn]] void Refuse(int line, char const* file, char const* label, char const* logFormat,
                              char const* exceptionFormat) const;
 
-    /// The title, or what stands for an empty one in messages.
+    /// Returns the title, or "<unnamed>" if it is empty; for messages.
     char const* Name() const noexcept;
 
-    // The owner hands over its schema where the marks may have to change it: null while it has not been made.
+    // The operations below get the owner's schema, or null if the schema has not been created yet.
 
-    /// Enters "title" and "sortOrder", and the marks that are to show.
+    /// Adds "title", "sortOrder" and the marks that are to be shown to the schema.
     void EnterParams(Properties::Structure& schema);
 
     void EnableReadOnly(Properties::Structure* schema);
 
-    /// -997 for true when visibility is enabled.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for true while visibility is enabled.
     void EnableUsed(Properties::Structure* schema, bool enable);
 
-    /// -997 for true when used is enabled; nothing when it is so already.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for true while used is enabled. Does nothing if the state does not change.
     void EnableVisibility(Properties::Structure* schema, bool enable);
 
-    /// Copies attributes and marks, and enters "readOnly" and "used" when they are enabled now: -997 when visibility is
-    /// enabled beside used. "visibility" is not entered: that is left to the constructor of the class. A mark that the
-    /// other lacks is no longer enabled, but stays in the schema.
+    /// Copies attributes and marks. Adds "readOnly" and "used" to the schema if they are enabled now; throws
+    /// `Zu::Status::BAD_ARGUMENT` if used and visibility are both enabled. It does not add "visibility": only the
+    /// constructor of the class does. A mark that `other` lacks is no longer enabled but stays in the schema.
     void CopyParams(Properties::Structure* schema, ParamsBase const& other);
 
 private:
@@ -91,7 +91,7 @@ private:
     bool readOnlyEnabled : 1 = false;
     bool usedEnabled : 1 = false;
     bool visibilityEnabled : 1 = false;
-    // Which marks show in the schema; a copy can part this from what is enabled.
+    // The marks that the schema shows. After a copy they may differ from the enabled marks.
     bool readOnlyEntered : 1 = false;
     bool usedEntered : 1 = false;
     bool visibilityEntered : 1 = false;

@@ -5,11 +5,11 @@
 namespace Zu::Params
 {
 
-/// How a client may scale a parameter for display; the model itself passes it on.
+/// How a client may scale a parameter for display. The parameter model only passes it on.
 enum class ScaleOption : uint32
 {
     NONE = 0,
-    LINEAR = 1, ///< what a parameter has as soon as its scale is enabled
+    LINEAR = 1, ///< the initial value when the scale is enabled
 };
 
 } // namespace Zu::Params

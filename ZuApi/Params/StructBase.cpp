@@ -28,7 +28,8 @@ void StructBase::CopyValues(Properties::Node const& other)
     Structure::CopyValues(other);
     CopyParams(MadeSchema(), source);
     EnableVisibility(
-        IsVisibilityEnabled()); // returns at once: the key is entered by the constructor of the record alone
+        // Returns at once: only the record's own constructor adds the key.
+        IsVisibilityEnabled());
     extendedType.CopyFrom(source.extendedType);
     nextSortOrder = source.nextSortOrder;
 }

@@ -10,30 +10,31 @@
 namespace Zu::Params
 {
 
-/// A named set of parameters, which are members of the class that derives from it.
+/// A record: a named set of parameters, which are members of the derived class.
 ///
-/// Its constructor registers them one by one; the order decides their sort order and goes on in derived records. Its own
-/// read-only mark says nothing about the members.
+/// The constructor of the record registers its members one by one. The order of registration gives their sort order and
+/// continues in derived records. The record's read-only mark does not affect its members.
 class ZUAPI_API StructBase : public Properties::Structure, public ParamsBase
 {
 public:
-    using Text = Properties::Internal::TextKey; ///< takes a literal or any other text
+    using Text = Properties::Internal::TextKey; ///< accepts literals and other texts
 
-    /// A text shows in the schema as "extendedType"; the empty one does not.
+    /// The schema shows a non-empty text as "extendedType".
     explicit StructBase(std::string const& newExtendedType);
     ~StructBase() override;
 
     StructBase(StructBase const&) = delete;
     StructBase& operator=(StructBase const&) = delete;
 
-    /// Takes over the members that both have, the attributes and marks, the type name, and where the other's registration
-    /// stands; std::bad_cast for what is no record. A copied visibility is not entered into the schema.
+    /// Copies the members that both records have, the attributes and marks, the type name and `nextSortOrder`. Throws
+    /// std::bad_cast if `other` is no record. A copied visibility is not added to the schema.
     void CopyValues(Properties::Node const& other) override;
 
-    using Properties::Structure::Register; // for a member that comes back: title and sort order stay
+    using Properties::Structure::Register; // for a member that is registered again: title and sort order stay
 
-    /// Adds `member` under `key` and gives it back. Title: the key for an empty `memberTitle`; sort order: 100 above the last.
-    /// Stores nothing in a member that has both already: a live record may be registered beside readers.
+    /// Registers `member` under `key` and returns it. The member gets `memberTitle`, or the key if that is empty, as
+    /// its title, and `nextSortOrder` as its sort order; that counter then grows by 100. The call does not write to a
+    /// member that has this title and sort order already, so other threads may read such a member meanwhile.
     template <std::derived_from<Properties::Node> Member>
     requires std::derived_from<Member, ParamsBase> Member& Register(Text key, Text memberTitle, Member& member)
     {
@@ -41,17 +42,19 @@ public:
         return member;
     }
 
-    /// Shows in the schema whether the record is in use, which `used` tells; -997 for true when visibility is enabled.
+    /// Shows `used`, which tells whether the record is in use, in the schema. Throws `Zu::Status::BAD_ARGUMENT` for
+    /// true while visibility is enabled.
     StructBase& EnableUsed(bool enable);
 
-    /// Makes the mask, 0 at first, and shows it; -997 for true when used is enabled.
+    /// Creates the `visibility` mask with the value 0 and shows it in the schema. False removes it. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for true while used is enabled.
     StructBase& EnableVisibility(bool enable);
 
     /// Shows `readOnly` in the schema.
     StructBase& EnableReadOnly();
 
     TextAttribute extendedType; ///< the record's own type name
-    uint32 nextSortOrder = 0;   ///< what the next member gets
+    uint32 nextSortOrder = 0;   ///< the sort order of the next member
 
 protected:
     static void BuildSchema(Properties::Node& node, Properties::Structure& schema);

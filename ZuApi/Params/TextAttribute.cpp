@@ -29,7 +29,7 @@ void* TextIn(std::uintptr_t word)
 
 } // namespace
 
-/// The node, and the text that it began with: another reader may still be looking at that one.
+/// The node, and the interned text from before it: another reader may still be using that text.
 struct TextAttribute::Made
 {
     explicit Made(std::string const& text) : node(text)
@@ -80,7 +80,8 @@ void TextAttribute::Share(InternedText newText)
     }
     else if (InternedText::TextOf(TextIn(held)) != newText.Get())
     {
-        Keep(newText.Detach()); // for another text alone: this drops a node that a reader makes at the same moment
+        // ^ Only for a different text: the store would drop a node that a reader creates at the same time.
+        Keep(newText.Detach());
     }
 }
 
@@ -96,7 +97,7 @@ void TextAttribute::CopyFrom(TextAttribute const& other)
     {
         InternedText borrowed = InternedText::Attach(TextIn(source));
         Share(borrowed);
-        borrowed.Detach(); // still the other's
+        borrowed.Detach(); // the reference stays the other attribute's
     }
 }
 
@@ -118,11 +119,11 @@ Properties::Value<std::string>& TextAttribute::Node() const
     return reinterpret_cast<Made*>(held)->node;
 }
 
-/// Takes over a detached text in place of the one that is held.
+/// Takes over a detached interned text and releases the previous one.
 void TextAttribute::Keep(void* text) noexcept
 {
     std::uintptr_t const marked = text != nullptr ? reinterpret_cast<std::uintptr_t>(text) | TEXT_MARK : 0;
-    std::uintptr_t const old = word.load(std::memory_order_relaxed); // the caller has the attribute to itself
+    std::uintptr_t const old = word.load(std::memory_order_relaxed); // relaxed: no other thread uses the attribute now
     word.store(marked, std::memory_order_release);
     InternedText::Attach(TextIn(old));
 }

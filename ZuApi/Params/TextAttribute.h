@@ -21,9 +21,11 @@ class InternedText;
 namespace Zu::Params
 {
 
-/// A text that describes a parameter. It reads and is written like a Zu::Properties::Value<std::string>, and becomes one
-/// when its node is first asked for; until then it is one word that names a text all equal attributes share.
-/// Threads: as its parameter. Asking for the node and setting the text that is there already may run beside readers.
+/// A text that describes a parameter. It has the access of a `Zu::Properties::Value<std::string>`. The first call of
+/// `Node` creates the value node; until then the attribute is one word, which refers to an interned text.
+///
+/// Threads: as for its parameter. In addition, readers may run concurrently with `Node` and with a `Set` that does not
+/// change the text.
 class ZUAPI_API TextAttribute
 {
 public:
@@ -37,10 +39,10 @@ public:
 
     TextAttribute& Set(std::string const& newText);
 
-    /// Sets it to a text that is interned already.
+    /// Sets an interned text.
     void Share(Properties::Internal::InternedText newText);
 
-    /// Sets it to the other's text, which the two then share.
+    /// Sets the text of `other`; both then share one interned text.
     void CopyFrom(TextAttribute const& other);
 
     TextAttribute& operator=(std::string const& newText)
@@ -48,7 +50,7 @@ public:
         return Set(newText);
     }
 
-    operator std::string const&() const noexcept // reads like the value that it stands for
+    operator std::string const&() const noexcept // usable like a value of type std::string
     {
         return Get();
     }
@@ -58,7 +60,7 @@ public:
         return Get() == other;
     }
 
-    /// The value itself, for a schema or an observer. It stays for the attribute's life.
+    /// Returns the value as a node, for a schema or an observer. The node lives as long as the attribute.
     Properties::Value<std::string>& Node() const;
 
 private:
@@ -66,7 +68,8 @@ private:
 
     void Keep(void* text) noexcept;
 
-    // Null for the empty text; a shared text with the lowest bit set; else what was made, which this publishes.
+    // 0 for the empty text; the address of an interned text with the lowest bit set; or the address of the `Made`
+    // object, which is owned. The store of the address publishes the object.
     mutable std::atomic<std::uintptr_t> word{0};
 };
 

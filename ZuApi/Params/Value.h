@@ -13,10 +13,10 @@
 namespace Zu::Params
 {
 
-/// A parameter: a value with a title and optional attributes that checks a value before it comes in from outside.
+/// A parameter: a value with a title and optional attributes, which validates values from outside.
 ///
-/// `Set` and assignment are for the program and check nothing. From outside a value is first validated and then read: see
-/// JsonSerializer. The unsigned integers are born with a minimum of 0.
+/// The program uses `Set` and assignment, which do not validate. A value from outside is first validated and then read;
+/// see `JsonSerializer`. The unsigned integers have a minimum of 0 from construction.
 template <typename T>
 class ZUAPI_API Value : public Properties::Value<T>, public ParamsBase
 {
@@ -28,24 +28,26 @@ public:
     Value(Value const&) = delete;
     Value& operator=(Value const&) = delete;
 
-    /// Takes over the other's effective value, its attributes and marks; std::bad_cast for another type of value.
+    /// Copies the effective value of `other`, its attributes and its marks. Throws std::bad_cast if `other` has another
+    /// type.
     void CopyValues(Properties::Node const& other) override;
 
-    /// Tests a value that is to come in: read-only mark, bounds. What is out of bounds is logged and refused with -997; a
-    /// write to a read-only parameter is only logged, and the read that follows ignores it.
+    /// Checks an incoming value against the read-only mark and the bounds. A value out of bounds is logged and refused
+    /// with `Zu::Status::BAD_ARGUMENT`. A write to a read-only parameter is only logged; the next `ReadValue` ignores
+    /// it.
     void CheckValidation(T const& candidate) override;
 
     Value& operator=(T const& newValue) override;
 
-    /// The value of "actual" when that is enabled, else the stored one.
+    /// Returns the value of "actual" if that attribute is enabled, else the stored value.
     T const& Get() const override;
 
     Value& Set(T const& newValue) override;
 
-    /// Takes over what `reader` has, but for one value that was refused just before because of the read-only mark.
+    /// Stores the value from `reader`, except for the value that the read-only mark has just rejected.
     void ReadValue(Properties::IValueReader& reader) override;
 
-    // Each makes or ends an attribute and its entry in the schema, and gives this object, so that calls chain.
+    // Each creates or removes an attribute and its schema entry, and returns this object, so that calls chain.
     Value& EnableUnits(bool enable);
     Value& EnableDescription(bool enable);
     Value& EnableActual(bool enable);
@@ -53,10 +55,11 @@ public:
     Value& EnableMaximum(bool enable);
     Value& EnableExclusiveMinimum(bool enable);
     Value& EnableExclusiveMaximum(bool enable);
-    Value& EnableScale(bool enable); ///< starts at 1
+    Value& EnableScale(bool enable); ///< the initial value is `ScaleOption::LINEAR`
     Value& EnableFormat(bool enable);
 
-    // -997 when the attribute is not enabled. It lives until it is disabled.
+    // Each throws `Zu::Status::BAD_ARGUMENT` if the attribute is not enabled. The returned node lives until it is
+    // disabled.
     Properties::Value<std::string>& GetUnits() const;
     Properties::Value<std::string>& GetDescription() const;
     Properties::Value<T>& GetActual() const;
@@ -67,22 +70,25 @@ public:
     Properties::Value<ScaleOption>& GetScale() const;
     Properties::Value<std::string>& GetFormat() const;
 
-    /// Stores the bound; -997 when it is not enabled.
+    /// Stores the bound. Throws `Zu::Status::BAD_ARGUMENT` if it is not enabled.
     Value& SetMinimum(T bound);
 
-    /// Stores the text, and shows it in the schema; the empty text ends the attribute.
+    /// Stores the text and shows it in the schema. The empty text removes the attribute.
     Value& SetExtendedType(std::string const& text);
 
-    /// The text of "extendedType", empty when there is none.
+    /// Returns the text of "extendedType", empty if there is none.
     std::string const& ExtendedType() const;
 
-    /// Shows in the schema whether the parameter is in use, which `used` tells; -997 for true when visibility is enabled.
+    /// Shows `used`, which tells whether the parameter is in use, in the schema. Throws `Zu::Status::BAD_ARGUMENT` for
+    /// true while visibility is enabled.
     Value& EnableUsed(bool enable);
 
-    /// Makes the mask, 0 at first, and shows it; -997 for true when used is enabled.
+    /// Creates the `visibility` mask with the value 0 and shows it in the schema. False removes it. Throws
+    /// `Zu::Status::BAD_ARGUMENT` for true while used is enabled.
     Value& EnableVisibility(bool enable);
 
-    /// Shows in the schema whether the parameter is read-only, which `readOnly` tells: false until it is set.
+    /// Shows `readOnly`, which is false until it is set, in the schema. From now on the parameter ignores validated
+    /// writes while `readOnly` is true.
     Value& EnableReadOnly();
 
 protected:
@@ -115,8 +121,8 @@ private:
     void CheckBounds(Attributes const& bounds, T const& candidate, char const* label) const;
     void CopyAttributes(Value const& source);
 
-    // Made when one is first needed, by readers too; this publishes the whole of it. While there is none the attributes
-    // are those at birth.
+    // Null until one attribute is needed, possibly by a reader; the attributes are then the initial ones. The store of
+    // the address publishes the complete object.
     mutable std::atomic<Attributes*> attributes{nullptr};
 };
 
@@ -130,5 +136,5 @@ extern template class Value<int32>;
 
 } // namespace Zu::Params
 
-// The definitions, for the enumerations of other libraries.
+// The definitions, for enumerations in other libraries.
 #include "ZuApi/Params/ValueDefinition.h"

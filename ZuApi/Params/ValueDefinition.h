@@ -51,7 +51,7 @@ void Value<T>::CheckValidation(T const& candidate)
     {
         Make().rejectedValue = candidate;
     }
-    if (Attributes const* const bounds = Made()) // the minimum at birth refuses nothing that the type can hold
+    if (Attributes const* const bounds = Made()) // the initial minimum refuses no value of the type
     {
         CheckBounds(*bounds, candidate, ZU_FUNCTION_LABEL);
     }
@@ -171,7 +171,7 @@ Properties::Value<T>& Value<T>::GetMinimum() const
 {
     if (IsMinimumEnabled())
     {
-        Make(); // the minimum at birth becomes a node at the first touch
+        Make(); // creates the node of the initial minimum
     }
     return Require(&Attributes::minimum, "Must enable 'minimum' before using it.", ZU_FUNCTION_LABEL);
 }
@@ -334,7 +334,7 @@ Value<T>& Value<T>::Enable(std::unique_ptr<Attribute> Attributes::*member, char 
 {
     if (!enable && Made() == nullptr && !HAS_MINIMUM_AT_BIRTH)
     {
-        return *this; // there is none to disable
+        return *this; // no attribute to disable
     }
     std::unique_ptr<Attribute>& attribute = Make().*member;
     if (!enable)
@@ -411,7 +411,7 @@ void Value<T>::CopyAttributes(Value const& source)
 {
     if (Made() == nullptr && source.Made() == nullptr)
     {
-        return; // both are as they were born
+        return; // both have the initial attributes
     }
     Attributes atBirth;
     SetToBirth(atBirth);

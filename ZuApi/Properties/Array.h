@@ -16,12 +16,12 @@ template <typename T>
 class ZUAPI_API Array : public Internal::ArrayBase
 {
 public:
-    /// Elements are made with their default constructor.
+    /// Makes elements with their default constructor.
     Array() : Array(&Array::MakeDefault)
     {
     }
 
-    /// Elements are made by `newFactory`.
+    /// Makes elements with `newFactory`.
     explicit Array(std::function<std::unique_ptr<T>()> newFactory) : Array(&Array::BuildSchema, std::move(newFactory))
     {
     }
@@ -31,7 +31,7 @@ public:
     Array(Array const&) = delete;
     Array& operator=(Array const&) = delete;
 
-    /// -999 behind the last.
+    /// Throws `Zu::Status::NOT_FOUND` if there is no such element.
     T& At(uint64 index)
     {
         return static_cast<T&>(ElementAt(index));
@@ -52,7 +52,7 @@ public:
         return At(index);
     }
 
-    /// Adds one element behind the others and gives it.
+    /// Appends one element and returns it.
     T& Add()
     {
         Resize(Count() + 1);

@@ -54,7 +54,7 @@ void Metric::WriteValue(IValueWriter& writer) const
 
 void Metric::ValidateValue(IValueReader& reader)
 {
-    reader.ReadUint64(); // throws what a number throws that it cannot hold
+    reader.ReadUint64(); // throws if the value is no number or does not fit
 }
 
 void Metric::BuildSchema(Node& node, Structure& schema)

@@ -10,10 +10,11 @@
 namespace Zu::Properties
 {
 
-/// A number of a metrics record, which any threads may change and read at the same time. Its observers are not called.
+/// A number in a metrics record, which any threads may change and read at the same time. It does not call observers.
 ///
-/// It describes itself: by a title, a sentence without a full stop, and as a counter, which only ever grows until it begins anew, or
-/// a gauge. Time is in microseconds, and the key says so ("...Usec"). No number says anything about another one.
+/// Its schema has a title, which is a sentence without a full stop, and a kind: a counter, which only grows until it is
+/// reset, or a gauge. Times are in microseconds, and their keys end in "Usec". Numbers are independent: one read does
+/// not order another.
 class ZUAPI_API Metric final : public Internal::ValueBase
 {
 public:
@@ -30,7 +31,7 @@ public:
     uint64 Get() const noexcept;
     void Set(uint64 newValue) noexcept;
     void Add(uint64 amount = 1) noexcept;
-    void Raise(uint64 newValue) noexcept; ///< sets it, unless it is larger already
+    void Raise(uint64 newValue) noexcept; ///< sets the number if `newValue` is larger
 
     void CopyValues(Node const& other) override;
     void ReadValue(IValueReader& reader) override;
@@ -42,7 +43,7 @@ private:
 
     Value<std::string> kind;
     Value<std::string> title;
-    std::atomic<uint64> value{0}; // relaxed: it publishes nothing
+    std::atomic<uint64> value{0}; // relaxed access: it publishes nothing
 };
 
 } // namespace Zu::Properties

@@ -46,7 +46,7 @@ void SharedText::WriteValue(IValueWriter& writer) const
 
 void SharedText::ValidateValue(IValueReader& reader)
 {
-    reader.ReadString(); // throws for what is no text
+    reader.ReadString(); // throws if the value is no text
 }
 
 void SharedText::BuildSchema(Node& /*node*/, Structure& schema)

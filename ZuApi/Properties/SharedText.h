@@ -9,7 +9,7 @@
 namespace Zu::Properties
 {
 
-/// A text of a metrics record, which any threads may change and read at the same time. Its observers are not called.
+/// A text in a metrics record, which any threads may change and read at the same time. It does not call observers.
 class ZUAPI_API SharedText final : public Internal::ValueBase
 {
 public:

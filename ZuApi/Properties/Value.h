@@ -11,7 +11,7 @@
 namespace Zu::Properties
 {
 
-/// A node with one value of type T, which describes itself by its JSON type.
+/// A node with one value of type T. Its schema shows its JSON type.
 template <typename T>
 class ZUAPI_API Value : public Internal::ValueBase, public Internal::ValueWrapper<T>
 {
@@ -36,7 +36,7 @@ public:
         CopySchema(other);
     }
 
-    /// Throws when a change to `candidate` is refused. A plain value takes everything.
+    /// Throws if the value must not change to `candidate`. A plain value accepts everything.
     virtual void CheckValidation(T const& /*candidate*/)
     {
     }
@@ -73,7 +73,8 @@ public:
         return *this;
     }
 
-    /// Stores what `change` makes of the value, without a copy where nobody observes it. Where that throws it may be half done.
+    /// Changes the value with `change`. Without observers it works in place; if `change` throws, the value may be
+    /// partly changed. With observers it works on a copy.
     template <typename Change>
     void Modify(Change const& change)
     {
@@ -93,13 +94,13 @@ public:
         Set(Internal::ValueTransfer<T>::Read(reader));
     }
 
-    /// The stored value, whatever the effective one is.
+    /// Writes the stored value, not the effective one.
     void WriteValue(IValueWriter& writer) const override
     {
         Internal::ValueTransfer<T>::Write(writer, value);
     }
 
-    /// A value that is stored already is never refused.
+    /// Checks an incoming value with `CheckValidation`, unless it equals the stored value.
     void ValidateValue(IValueReader& reader) override
     {
         T const candidate = Internal::ValueTransfer<T>::Read(reader);
@@ -110,7 +111,7 @@ public:
     }
 
     static constexpr Internal::TypeHandle type{Internal::ValueTransfer<T>::KIND};
-    static constexpr Internal::TypeHandle itemType{Internal::ItemKind<T>()}; ///< the empty name for a scalar
+    static constexpr Internal::TypeHandle itemType{Internal::ItemKind<T>()}; ///< empty for a scalar
 
 protected:
     Value(SchemaBuilder builder, T initial) : ValueBase(builder), value(std::move(initial))
@@ -126,7 +127,7 @@ protected:
         }
     }
 
-    /// Runs the observers while the old value still stands, and stores the new one last.
+    /// Runs the observers before it stores a different value. Does nothing for the stored value.
     void Store(T const& newValue)
     {
         if (value == newValue)
@@ -138,7 +139,7 @@ protected:
             value = newValue;
             return;
         }
-        T kept = newValue; // an observer may change what the reference names
+        T kept = newValue; // a copy: an observer may change the object behind the reference
         RunObservers();
         value = std::move(kept);
     }

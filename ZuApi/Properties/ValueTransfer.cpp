@@ -10,7 +10,8 @@ namespace
 
 Structure* MakeItems(NodeType::Kind kind)
 {
-    auto* const items = new Structure(false); // never freed: values of static storage may outlive any static
+    // Never freed: values in static objects may be destroyed after any other static.
+    auto* const items = new Structure(false);
     items->Register("type", NodeType::Shared(kind));
     return items;
 }

@@ -13,7 +13,8 @@
 namespace Zu::Properties::Internal
 {
 
-/// How a value of one type is described and goes through readers and writers; one specialisation for each type there is.
+/// The JSON type of a C++ type, and its transfer through readers and writers. One specialisation for each supported
+/// type.
 template <typename T>
 struct ValueTransfer;
 
@@ -115,7 +116,8 @@ struct ValueTransfer<int32>
     }
 };
 
-/// An enumeration is stored and transferred as its integer. A number that its integer type cannot hold is refused.
+/// An enumeration is stored and transferred as its integer. Reading throws `Zu::Status::BAD_ARGUMENT` for a number that
+/// its integer type cannot hold.
 template <typename T>
 requires std::is_enum_v<T>
 struct ValueTransfer<T>
@@ -176,7 +178,7 @@ struct ValueTransfer<std::vector<Element>>
     }
 };
 
-/// The schema of the elements of a value that is an array; a bare structure that all values of the type share.
+/// Returns the schema of the elements of an array value: a bare structure that all values of the type share.
 ZUAPI_API Structure& SharedItems(NodeType::Kind kind);
 
 template <typename T>

@@ -9,17 +9,17 @@
 namespace Zu::Properties::Internal
 {
 
-/// The typed face of a value: it reads and compares as its effective value and is written by `Set` or assignment.
+/// The typed access to a value: reads and comparisons use its effective value; `Set` and assignment store a value.
 template <typename T>
 class ZUAPI_API ValueWrapper
 {
 public:
     virtual ValueWrapper& operator=(T const& newValue) = 0;
 
-    /// The effective value.
+    /// Returns the effective value.
     virtual T const& Get() const = 0;
 
-    /// The stored value. A change through the second form runs no observer.
+    /// Returns the stored value. A change through the mutable reference does not run observers.
     virtual T const& RawValue() const = 0;
     virtual T& RawValue() = 0;
 
@@ -47,10 +47,11 @@ public:
         return !(Get() == other);
     }
 
-    /// Stores the value and gives the object; runs the observers of the node first when it differs from the stored one.
+    /// Stores the value and returns this object. If the value differs from the stored one, the observers of the node
+    /// run first.
     virtual ValueWrapper& Set(T const& newValue) = 0;
 
-    /// Comparison with what is no T but can be compared with one: an integer of another type, a literal text.
+    /// Compares with another type that is comparable with T: an integer of another type, a literal.
     template <typename Other>
     requires(!std::same_as<Other, T> && !std::derived_from<Other, ValueWrapper> &&
              std::equality_comparable_with<T, Other>) bool

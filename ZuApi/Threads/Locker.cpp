@@ -6,7 +6,8 @@
 namespace Zu
 {
 
-// The analysis does not see that a status other than 1 means an untaken lock; this guard is what makes it so for others.
+// The analysis cannot see that a failing status means an untaken lock. This guard throws then, so that its users need
+// not care.
 Locker::Locker(wLock& heldLock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS : lock(heldLock)
 {
     ZU_CHECK(timeoutUsec == wTIMEOUT_INFINITE ? wLock_Enter(lock) : wLock_EnterEx(lock, timeoutUsec));

@@ -7,15 +7,15 @@
 namespace Zu
 {
 
-/// Holds a lock from here to the end of the scope. It belongs to the thread that made it.
+/// Holds a lock until the end of the scope, on the thread that made the guard.
 class ZUAPI_API ZU_SCOPED_CAPABILITY Locker
 {
 public:
-    /// Waits for the lock for at most this many microseconds, by default without limit. Throws the failing status, -993 when
-    /// the time has run out, with no text.
+    /// Waits up to `timeoutUsec` microseconds for the lock, by default without limit. Throws the failing status without
+    /// a text, `Zu::Status::TIME_OUT` after the time limit.
     explicit Locker(wLock& heldLock, uint64 timeoutUsec = wTIMEOUT_INFINITE) ZU_ACQUIRE(heldLock);
 
-    /// A failure is logged and does not leave.
+    /// Releases the lock. A failure is logged and not thrown.
     ~Locker() ZU_RELEASE();
 
     Locker(Locker const&) = delete;

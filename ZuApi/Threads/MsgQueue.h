@@ -8,13 +8,14 @@
 namespace Zu
 {
 
-/// A queue of heap records between threads, first in, first out. It owns the records that it holds and frees those that
-/// nobody removes. Any thread may call the operations; failures are thrown with no text.
+/// A queue of heap records between threads, first in, first out. It owns the records in it and frees those that are not
+/// removed. Any thread may call the operations. Except for `Remove`, which returns its status, they throw the failing
+/// status without a text.
 template <typename T>
 class MsgQueue
 {
 public:
-    /// Unbounded until a maximum is set.
+    /// Makes a queue without a limit.
     MsgQueue() : core(LABELS, [](void* record) { delete static_cast<T*>(record); })
     {
     }
@@ -22,15 +23,16 @@ public:
     MsgQueue(MsgQueue const&) = delete;
     MsgQueue& operator=(MsgQueue const&) = delete;
 
-    /// Puts the record at the end, without waiting. What is refused is freed: -977 at the maximum, -997 for null.
+    /// Appends `record` without waiting. Throws `Zu::Status::FULL` at the maximum count and `Zu::Status::BAD_ARGUMENT`
+    /// for null; the record is then freed.
     void Add(std::unique_ptr<T> record)
     {
         core.Add(record.get());
-        static_cast<void>(record.release()); // the queue's by now
+        static_cast<void>(record.release()); // the queue owns it now
     }
 
-    /// Takes the first record, waiting for it for `timeoutUsec` microseconds. Any status but 1 leaves `record` alone; -993
-    /// is the time-out.
+    /// Removes the first record; waits for one up to `timeoutUsec` microseconds and then returns
+    /// `Zu::Status::TIME_OUT`. `record` only changes with `Zu::Status::SUCCESS`.
     [[nodiscard]] wStatus Remove(std::unique_ptr<T>& record, uint64 timeoutUsec)
     {
         void* removed = nullptr;
@@ -42,13 +44,14 @@ public:
         return status;
     }
 
-    /// Frees every record.
+    /// Frees every record in the queue.
     void Clear()
     {
         core.Clear();
     }
 
-    /// How many records it takes from now on, at least 1. What it holds beyond that stays until it is removed.
+    /// Sets how many records the queue accepts from now on, at least 1. Records beyond a lower limit stay until they
+    /// are removed.
     void SetMaxCount(uint64 maxCount)
     {
         core.SetMaxCount(maxCount);

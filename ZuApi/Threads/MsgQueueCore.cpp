@@ -10,7 +10,7 @@ namespace Zu::Internal
 namespace
 {
 
-/// As ZU_CHECK, under a label that names the record.
+/// As `ZU_CHECK`, with a label that names the type of the record.
 void Check(wStatus status, int line, char const* label)
 {
     if (status != Status::SUCCESS)
@@ -28,7 +28,8 @@ MsgQueueCore::MsgQueueCore(Labels const& operationLabels, void (*freeDroppedReco
     Check(wMsgQueue_SetDropHandler(queue, &MsgQueueCore::Drop, this), __LINE__, labels.construct);
 }
 
-MsgQueueCore::~MsgQueueCore() = default; // the queue is the first member to go, and drops what it holds
+// The destructor of `queue` drops the remaining records; it runs first, while `freeRecord` is still valid.
+MsgQueueCore::~MsgQueueCore() = default;
 
 void MsgQueueCore::Add(void* record)
 {
@@ -37,7 +38,7 @@ void MsgQueueCore::Add(void* record)
     Check(PointerWrapper_Construct(&made, record, nullptr), __LINE__, labels.add);
     wHandle<PointerWrapper> wrapper(made);
     Check(wMsgQueue_AddEx(queue, wrapper.get(), 0), __LINE__, labels.add);
-    static_cast<void>(wrapper.release()); // the queue's by now
+    static_cast<void>(wrapper.release()); // the queue owns it now
 }
 
 wStatus MsgQueueCore::Remove(void*& record, uint64 timeoutUsec)

@@ -7,11 +7,11 @@
 namespace Zu::Internal
 {
 
-/// What Zu::MsgQueue does without knowing the type of its records.
+/// The part of `Zu::MsgQueue` that does not depend on the type of its records.
 class ZUAPI_API MsgQueueCore
 {
 public:
-    /// Labels of what is thrown; they live for as long as the queue.
+    /// The labels of the exceptions; they must live as long as the queue.
     struct Labels
     {
         char const* construct;
@@ -20,17 +20,17 @@ public:
         char const* setMaxCount;
     };
 
-    /// `freeRecord` ends a record that is dropped.
+    /// `freeRecord` frees a record that is dropped.
     MsgQueueCore(Labels const& operationLabels, void (*freeRecord)(void* record));
     ~MsgQueueCore();
 
     MsgQueueCore(MsgQueueCore const&) = delete;
     MsgQueueCore& operator=(MsgQueueCore const&) = delete;
 
-    /// Takes the record over; when it throws, the record is still the caller's.
+    /// Takes over the record. After a throw the record is still the caller's.
     void Add(void* record);
 
-    /// On success `record` is the caller's.
+    /// After success the caller owns `record`.
     wStatus Remove(void*& record, uint64 timeoutUsec);
 
     void Clear();

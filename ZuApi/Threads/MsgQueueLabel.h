@@ -5,8 +5,9 @@
 namespace Zu::Internal
 {
 
-/// The label of an operation of a queue of records, "Zu::MsgQueue<struct ZuControl::EndOfOpResult>::Add", cut at compile time
-/// out of what the compiler calls a function template that knows the record. An unnamed namespace is left out.
+/// The label of an operation of a record queue, such as "Zu::MsgQueue<struct ZuControl::EndOfOpResult>::Add". It is
+/// extracted at compile time from __PRETTY_FUNCTION__ of a function template with the record as its parameter. Unnamed
+/// namespaces are left out.
 struct MsgQueueLabel
 {
     static constexpr std::size_t CAPACITY = 256;
@@ -58,7 +59,8 @@ private:
         return what[i] == '\0';
     }
 
-    /// How many characters an unnamed namespace takes here, 0 when there is none; both compilers' spellings.
+    /// The number of characters that an unnamed namespace takes here, in the spelling of either compiler; 0 if there is
+    /// none.
     static consteval std::size_t UnnamedNamespace(char const* where, std::size_t available)
     {
         if (StartsWith(where, available, "{anonymous}::"))
@@ -68,7 +70,7 @@ private:
         return StartsWith(where, available, "(anonymous namespace)::") ? 23 : 0;
     }
 
-    /// Behind "Record = ", which both compilers write in front of it.
+    /// The position after "Record = ", which both compilers write before the name of the record.
     static consteval std::size_t StartOfRecord(char const* pretty, std::size_t size)
     {
         std::size_t i = 0;
@@ -79,7 +81,7 @@ private:
         return i < size ? i + 9 : size;
     }
 
-    /// Both compilers end the list of template arguments, and with it the name, with the last bracket.
+    /// The position of the last bracket, with which both compilers end the template arguments and so the name.
     static consteval std::size_t EndOfRecord(char const* pretty, std::size_t size)
     {
         while (size > 0 && pretty[size - 1] != ']')

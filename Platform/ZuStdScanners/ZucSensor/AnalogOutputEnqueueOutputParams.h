@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "analogOutEnqueueOutput".
+/// The arguments of the command "analogOutEnqueueOutput".
 struct ZUPLATFORM_API AnalogOutputEnqueueOutputParams final : public IoIndexParams
 {
     AnalogOutputEnqueueOutputParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// What "analogOutQueryConstraint" gives: the range of an analog output.
+/// The result of the command "analogOutQueryConstraint": the range of an analog output.
 struct ZUPLATFORM_API AnalogOutputQueryConstraintResult final : public Zu::Params::Group
 {
     AnalogOutputQueryConstraintResult();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "analogOutSetControlId".
+/// The arguments of the command "analogOutSetControlId".
 struct ZUPLATFORM_API AnalogOutputSetControlIdParams final : public IoIndexParams
 {
     AnalogOutputSetControlIdParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "analogOutSetControlType".
+/// The arguments of the command "analogOutSetControlType".
 struct ZUPLATFORM_API AnalogOutputSetControlTypeParams final : public IoIndexParams
 {
     AnalogOutputSetControlTypeParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalInEnableEvents".
+/// The arguments of the command "digitalInEnableEvents".
 struct ZUPLATFORM_API DigitalInputEnableEventsParams final : public IoIndexParams
 {
     DigitalInputEnableEventsParams();

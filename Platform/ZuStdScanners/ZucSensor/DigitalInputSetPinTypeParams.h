@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalInSetPinType": the pin becomes an input.
+/// The arguments of the command "digitalInSetPinType", which makes the pin an input.
 struct ZUPLATFORM_API DigitalInputSetPinTypeParams final : public IoIndexParams
 {
     DigitalInputSetPinTypeParams();

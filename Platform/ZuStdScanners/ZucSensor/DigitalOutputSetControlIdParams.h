@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalOutSetControlId".
+/// The arguments of the command "digitalOutSetControlId".
 struct ZUPLATFORM_API DigitalOutputSetControlIdParams final : public IoIndexParams
 {
     DigitalOutputSetControlIdParams();

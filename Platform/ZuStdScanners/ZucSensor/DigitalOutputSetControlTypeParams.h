@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalOutSetControlType".
+/// The arguments of the command "digitalOutSetControlType".
 struct ZUPLATFORM_API DigitalOutputSetControlTypeParams final : public IoIndexParams
 {
     DigitalOutputSetControlTypeParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalOutSetExposure": how long a pulse lasts.
+/// The arguments of the command "digitalOutSetExposure", which sets the length of a pulse.
 struct ZUPLATFORM_API DigitalOutputSetExposureParams final : public IoIndexParams
 {
     DigitalOutputSetExposureParams();

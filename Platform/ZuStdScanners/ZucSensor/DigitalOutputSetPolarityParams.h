@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalOutSetPolarity".
+/// The arguments of the command "digitalOutSetPolarity".
 struct ZUPLATFORM_API DigitalOutputSetPolarityParams final : public IoIndexParams
 {
     DigitalOutputSetPolarityParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "digitalOutSetState".
+/// The arguments of the command "digitalOutSetState".
 struct ZUPLATFORM_API DigitalOutputSetStateParams final : public IoIndexParams
 {
     DigitalOutputSetStateParams();

@@ -8,7 +8,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "enableIoOutputAt": switches an input or output on or off.
+/// The arguments of the command "enableIoOutputAt", which switches an input or output on or off.
 struct ZUPLATFORM_API EnableIoOutputAtParams final : public IoIndexParams
 {
     EnableIoOutputAtParams();

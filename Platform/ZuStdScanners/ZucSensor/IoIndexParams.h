@@ -7,13 +7,13 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// Which one of a kind, and all that a command needs to know that has no other arguments.
+/// The index of an input or output within its kind; the complete arguments of a command without others.
 struct ZUPLATFORM_API IoIndexParams : public Zu::Params::Group
 {
     IoIndexParams();
     ~IoIndexParams() override;
 
-    Zu::Params::Value<uint64> index; ///< counted from 0 within the kind
+    Zu::Params::Value<uint64> index; ///< from 0, within the kind
 };
 
 } // namespace ZuStdScanners::ZucSensor

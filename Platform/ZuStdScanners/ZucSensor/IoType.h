@@ -7,8 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// The kinds of inputs and outputs of a sensor.
-/// It is exported because a template over a hidden type is hidden too.
+/// The kinds of inputs and outputs of a sensor. Exported because a template over a hidden type is hidden too.
 enum class ZUPLATFORM_API IoType : uint8
 {
     ANALOG_OUTPUT = 1,

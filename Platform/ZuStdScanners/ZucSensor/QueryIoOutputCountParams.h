@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "queryIoOutputCount", which gives a `QueryIoOutputCountResult`.
+/// The arguments of the command "queryIoOutputCount". Its result is a `QueryIoOutputCountResult`.
 struct ZUPLATFORM_API QueryIoOutputCountParams final : public Zu::Params::Group
 {
     QueryIoOutputCountParams();

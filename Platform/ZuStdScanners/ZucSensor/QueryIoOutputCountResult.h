@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// How many there are of a kind.
+/// The number of inputs or outputs of a kind.
 struct ZUPLATFORM_API QueryIoOutputCountResult final : public Zu::Params::Group
 {
     QueryIoOutputCountResult();

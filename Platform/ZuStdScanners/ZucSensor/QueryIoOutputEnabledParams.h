@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "queryIoOutputEnabledAt", which gives a `QueryIoOutputEnabledResult`.
+/// The arguments of the command "queryIoOutputEnabledAt". Its result is a `QueryIoOutputEnabledResult`.
 struct ZUPLATFORM_API QueryIoOutputEnabledParams final : public IoIndexParams
 {
     QueryIoOutputEnabledParams();

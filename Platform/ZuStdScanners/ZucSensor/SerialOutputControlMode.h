@@ -7,12 +7,11 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// How a serial output sends.
-/// It is exported because a template over a hidden type is hidden too.
+/// The format in which a serial output sends. Exported because a template over a hidden type is hidden too.
 enum class ZUPLATFORM_API SerialOutputControlMode : uint8
 {
-    TEXT = 0,  ///< characters as they come
-    BINARY = 1 ///< bytes with a length in front
+    TEXT = 0,  ///< characters, unchanged
+    BINARY = 1 ///< bytes, preceded by their length
 };
 
 } // namespace ZuStdScanners::ZucSensor

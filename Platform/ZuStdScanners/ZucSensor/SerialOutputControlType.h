@@ -7,12 +7,11 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// What drives a serial output.
-/// It is exported because a template over a hidden type is hidden too.
+/// The source that controls a serial output. Exported because a template over a hidden type is hidden too.
 enum class ZUPLATFORM_API SerialOutputControlType : uint8
 {
     COMMAND = 0, ///< the command "serialOutWrite"
-    EVENT = 1    ///< the event of the sensor that has the control id
+    EVENT = 1    ///< the sensor's event with the control id
 };
 
 } // namespace ZuStdScanners::ZucSensor

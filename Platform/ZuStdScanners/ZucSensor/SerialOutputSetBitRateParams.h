@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "serialOutSetBitRate".
+/// The arguments of the command "serialOutSetBitRate".
 struct ZUPLATFORM_API SerialOutputSetBitRateParams final : public IoIndexParams
 {
     SerialOutputSetBitRateParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "serialOutSetControlId".
+/// The arguments of the command "serialOutSetControlId".
 struct ZUPLATFORM_API SerialOutputSetControlIdParams final : public IoIndexParams
 {
     SerialOutputSetControlIdParams();

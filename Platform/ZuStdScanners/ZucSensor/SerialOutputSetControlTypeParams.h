@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "serialOutSetControlType".
+/// The arguments of the command "serialOutSetControlType".
 struct ZUPLATFORM_API SerialOutputSetControlTypeParams final : public IoIndexParams
 {
     SerialOutputSetControlTypeParams();

@@ -7,7 +7,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "serialOutSetMode".
+/// The arguments of the command "serialOutSetMode".
 struct ZUPLATFORM_API SerialOutputSetModeParams final : public IoIndexParams
 {
     SerialOutputSetModeParams();

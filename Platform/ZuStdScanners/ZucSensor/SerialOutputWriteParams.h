@@ -9,7 +9,7 @@
 namespace ZuStdScanners::ZucSensor
 {
 
-/// For the command "serialOutWrite".
+/// The arguments of the command "serialOutWrite".
 struct ZUPLATFORM_API SerialOutputWriteParams final : public IoIndexParams
 {
     SerialOutputWriteParams();
