@@ -24,9 +24,8 @@ void ArrayBase::CopyValues(Node const& other)
     Resize(source.Count());
     for (uint64 i = 0; i < source.Count(); ++i)
     {
-        ElementAt(i).CopyValues(
-            // checked access: an observer may have changed the count of either array
-            source.ElementAt(i));
+        // Checked access: an observer may have changed the count of either array.
+        ElementAt(i).CopyValues(source.ElementAt(i));
     }
     CopySchema(other);
 }

@@ -47,13 +47,13 @@ public:
     Structure& ElementAt(uint64 index);
     Structure const& ElementAt(uint64 index) const;
 
-    /// An element as `Resize` adds them, which belongs to the caller and not to the array.
+    /// Returns a new element as `Resize` makes them. The caller owns it; it does not join the array.
     std::unique_ptr<Structure> MakeElement() const;
 
 protected:
     ArrayBase(SchemaBuilder builder, Factory newFactory);
 
-    /// Enters "type" and "items".
+    /// Adds "type" and "items" to the schema.
     static void BuildSchema(Node& node, Structure& schema);
 
 private:
@@ -61,7 +61,7 @@ private:
     void Grow(uint64 count);
 
     std::vector<std::unique_ptr<Structure>> elements;
-    std::unique_ptr<ReferenceArray> items; // made with the schema
+    std::unique_ptr<ReferenceArray> items; // created with the schema
     Factory const factory;
 };
 

@@ -35,7 +35,7 @@ struct AsyncTimer::State
     bool running ZU_GUARDED_BY(lock) = false;
     bool ending ZU_GUARDED_BY(lock) = false;
     uint64 intervalUsec ZU_GUARDED_BY(lock) = 0;
-    uint64 nextUsec ZU_GUARDED_BY(lock) = 0; // moment of the next tick
+    uint64 nextUsec ZU_GUARDED_BY(lock) = 0; // moment of the next tick, of `wTime_NowUsec`
     // Counts starts and stops. A tick that sees a new revision does not plan the next one.
     uint64 revision ZU_GUARDED_BY(lock) = 0;
     uint64 callsBegun ZU_GUARDED_BY(lock) = 0;
@@ -128,9 +128,8 @@ AsyncTimer::AsyncTimer(std::function<void(AsyncTimer&)> callback) : state(std::m
 
 AsyncTimer::~AsyncTimer()
 {
-    state
-        // Then `~wThread` joins the thread, or detaches it when the callback calls this destructor.
-        ->End();
+    // Then `~wThread` joins the thread, or detaches it when the callback calls this destructor.
+    state->End();
 }
 
 void AsyncTimer::Start(uint64 intervalUsec, bool atOnce)

@@ -44,7 +44,7 @@ private:
 
     std::shared_ptr<State> const state;
 
-    Zu::Mutex threadLock; // taken before the state's lock
+    Zu::Mutex threadLock; // guards the start of the thread; never held together with the lock in `State`
     bool threadStarted ZU_GUARDED_BY(threadLock) = false;
     wThread thread;
 };

@@ -19,7 +19,7 @@ class ZUAPI_API CallbackGate
 {
 public:
     CallbackGate();
-    ~CallbackGate(); ///< closes
+    ~CallbackGate(); ///< closes the gate
 
     CallbackGate(CallbackGate const&) = delete;
     CallbackGate& operator=(CallbackGate const&) = delete;
@@ -46,7 +46,7 @@ public:
 private:
     struct State
     {
-        Zu::RecursiveMutex lock; // held during each call
+        Zu::RecursiveMutex lock; // held during each call; recursive because calls may nest
         bool open ZU_GUARDED_BY(lock) = true;
     };
 

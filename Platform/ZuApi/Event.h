@@ -14,10 +14,11 @@ namespace Zu
 
 /// An ordered list of handlers that are called when the event fires. Any thread may call any operation.
 ///
-/// Handlers run on the firing thread. No lock is held during a call: a handler may fire the event and may add and
-/// remove handlers, itself included. A handler that is removed while the event fires is not called any more. `Remove`
-/// does not wait for a call that has begun; `CallbackGate` does. A handler that is added while the event fires is
-/// called from the next firing on. An exception of a handler leaves `Fire`, and later handlers are not called.
+/// Handlers run on the firing thread; if several threads fire, they run concurrently. No lock is held during a call: a
+/// handler may fire the event and may add and remove handlers, itself included. A handler that is removed while the
+/// event fires is not called any more. `Remove` does not wait for a call that has begun; `CallbackGate` does. A handler
+/// that is added while the event fires is called from the next firing on. An exception of a handler leaves `Fire`, and
+/// later handlers are not called.
 template <typename... Args>
 class Event
 {
@@ -29,7 +30,7 @@ public:
     /// Identifies one handler without owning it. A stale id, or an id of another event, identifies no handler.
     struct CallbackId
     {
-        std::weak_ptr<Slot> first; ///< position in the list
+        std::weak_ptr<Slot> first; ///< the handler's entry in the list
         bool second = false;       ///< false if no handler was added
     };
 

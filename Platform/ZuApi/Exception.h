@@ -16,8 +16,8 @@ namespace Zu
 class ZUAPI_API Exception : public std::exception
 {
 public:
-    /// `functionLabel` is the qualified name of the throwing function. `format` is a printf format whose placeholders
-    /// are all plain ("%u") or all positional ("%1$u"); null gives the empty text. Pass a text from outside as an
+    /// `functionLabel` is the qualified name of the throwing function. `format` is a printf format; its placeholders
+    /// are all plain ("%u") or all positional ("%1$u"). Null gives the empty text. Pass a text from outside as an
     /// argument of "%s", never as the format.
     Exception(int thrownLine, char const* thrownFile, int32 statusNumber, char const* functionLabel,
               char const* format = nullptr, ...) ZU_PRINTF_FORMAT(6, 7);

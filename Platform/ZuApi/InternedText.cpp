@@ -161,7 +161,7 @@ struct InternedText::Pool
         slots[gap] = nullptr;
     }
 
-    Zu::Mutex lock; // a leaf
+    Zu::Mutex lock; // a leaf: no other lock is taken under it
     /// The number of slots is a power of two, and at least half of them are free.
     std::vector<Entry*> slots ZU_GUARDED_BY(lock) = std::vector<Entry*>(1024);
     std::size_t count ZU_GUARDED_BY(lock) = 0;

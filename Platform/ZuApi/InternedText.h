@@ -46,8 +46,8 @@ public:
         return entry == other.entry;
     }
 
-    /// Releases ownership of the reference and returns it as a pointer whose lowest bit is 0, null for the empty text.
-    /// `Attach` takes it back.
+    /// Releases ownership of the reference and returns it as a pointer, null for the empty text. The lowest bit of the
+    /// pointer is 0. `Attach` takes it back.
     void* Detach() noexcept
     {
         return std::exchange(entry, nullptr);

@@ -15,10 +15,10 @@ class Node;
 /// JSON of the wrong type raises the JSON library's type error 302 ("type must be string, but is number"). A boolean
 /// reads as 0 or 1 where the JSON library converts it to a number.
 ///
-/// An integer may be given a number that it cannot hold: out of range, or with a fraction. Validation refuses such a
-/// number with `Zu::Status::BAD_ARGUMENT`. Without validation the number is converted as the JSON library does it: -1
-/// becomes the largest value of an unsigned type. A fraction whose integral part is out of range is refused with
-/// `Zu::Status::BAD_ARGUMENT` there too, because the conversion would be undefined.
+/// A number may not fit an integer: it is out of range or has a fraction. Validation refuses it with
+/// `Zu::Status::BAD_ARGUMENT`. Without validation it is converted as the JSON library does it: -1 becomes the largest
+/// value of an unsigned type. Only a fractional number outside of the range is then still refused with
+/// `Zu::Status::BAD_ARGUMENT`, because its conversion is undefined.
 class ZUAPI_API JsonSerializer
 {
 public:

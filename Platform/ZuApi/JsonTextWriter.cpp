@@ -28,7 +28,7 @@ uint64 SpecialBytes(uint64 word)
            EACH_BYTE * 0x80;
 }
 
-/// Copies the first `sizeof(Word)` bytes of a text. Returns them in the lower bytes of a word whose upper bytes hold
+/// Copies the first `sizeof(Word)` bytes of a text. Returns them as the lower bytes of a word; the upper bytes are
 /// blanks.
 template <typename Word>
 uint64 CopyWord(char* to, char const* from)

@@ -48,7 +48,8 @@ public:
     /// Appends text that is JSON already.
     void WriteJson(std::string_view json);
 
-    /// Appends a value with the JSON library. For rare values and for those that are hard to format, such as fractions.
+    /// Appends a value as the JSON library dumps it. For rare values and for values that are hard to format, such as
+    /// fractions.
     void WriteAsLibrary(nlohmann::json const& value);
 
     /// Returns the number of bytes written so far.

@@ -18,7 +18,7 @@ using Sinks = std::vector<std::shared_ptr<ISink>>;
 /// The sinks of the process: an immutable list that is replaced as a whole, so that a line in progress keeps its list.
 struct Registry
 {
-    Zu::Mutex lock; // held to copy or replace the pointer, never while a sink runs
+    Zu::Mutex lock; // held to copy or replace the pointer. Under it `ISink::Wants` runs, but never `ISink::Write`
     std::shared_ptr<Sinks const> sinks ZU_GUARDED_BY(lock) = std::make_shared<Sinks>();
 };
 

@@ -35,7 +35,7 @@ struct Entry
     char const* file;
     uint64 flags;
     char const* label;
-    char const* text; ///< formatted
+    char const* text; ///< the formatted text
 };
 
 /// A receiver of log lines. It is called on the logging thread, possibly on several threads at once and under locks of
@@ -45,7 +45,8 @@ class ZUAPI_API ISink
 public:
     virtual ~ISink();
 
-    /// Whether the sink wants lines with these flags. The answer must not change while the sink is added.
+    /// Whether the sink wants lines with these flags. The answer must not change while the sink is added. It must not
+    /// log, add or remove sinks: `AddSink` and `RemoveSink` call it under the lock of the sinks.
     virtual bool Wants(uint64 flags) const = 0;
 
     virtual void Write(Entry const& entry) = 0;

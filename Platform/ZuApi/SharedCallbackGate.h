@@ -10,7 +10,7 @@
 namespace Zu
 {
 
-/// A `CallbackGate` whose calls may run concurrently. For callbacks that wait or take other locks, on threads that must
+/// A `CallbackGate` that lets calls run concurrently. For callbacks that wait or take other locks, on threads that must
 /// not wait for each other at the gate.
 ///
 /// After `Close`, no callback begins. `Close` waits for callbacks on other threads, not for those on its own thread. It
@@ -20,7 +20,7 @@ class ZUAPI_API SharedCallbackGate
 {
 public:
     SharedCallbackGate();
-    ~SharedCallbackGate(); ///< closes
+    ~SharedCallbackGate(); ///< closes the gate
 
     SharedCallbackGate(SharedCallbackGate const&) = delete;
     SharedCallbackGate& operator=(SharedCallbackGate const&) = delete;

@@ -20,7 +20,8 @@ public:
         Node* node;
     };
 
-    /// `isDescribed` is true for a record, whose schema shows its type, and false for a bare structure inside a schema.
+    /// `isDescribed` is true for a record, which shows its type in its schema, and false for a bare structure inside a
+    /// schema.
     explicit Structure(bool isDescribed);
     ~Structure() override;
 
@@ -58,7 +59,7 @@ public:
     Node const* Find(std::string const& key) const;
 
 protected:
-    /// For a class with schema entries of its own.
+    /// For derived classes with schema entries of their own.
     explicit Structure(SchemaBuilder builder) noexcept;
 
     /// Adds "type" to the schema.

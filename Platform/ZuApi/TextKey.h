@@ -12,7 +12,8 @@ namespace Zu::Properties::Internal
 
 /// A text with its hash, to look up the shared entry of all equal texts; see `InternedText`.
 ///
-/// As a parameter it accepts literals, whose hash the compiler computes, and run-time texts. It keeps no copy.
+/// As a parameter it accepts literals and run-time texts. The compiler computes the hash of a literal. It keeps no
+/// copy.
 class TextKey
 {
 public:

@@ -10,7 +10,8 @@ namespace ZuCommon
 
 class IPersistStore;
 
-/// A component whose settings are stored. The host calls the operations, one at a time.
+/// A component with stored settings. The host calls the operations on the thread of its own operation, one at a time.
+/// An exception ends the host's operation: later components are not called.
 class ZUPLATFORM_API IPersistHandler
 {
 public:

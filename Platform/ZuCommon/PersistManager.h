@@ -43,7 +43,7 @@ public:
     static std::string NameWithoutSuffix(std::string const& name);
 
 private:
-    mutable Zu::Mutex lock;                            // a leaf
+    mutable Zu::Mutex lock;                            // a leaf: no other lock is taken under it
     std::vector<std::string> jobs ZU_GUARDED_BY(lock); // sorted
     std::string loadedJob ZU_GUARDED_BY(lock);
 };

@@ -50,7 +50,7 @@ public:
     uint64 Count() const;
 
 private:
-    mutable Zu::Mutex lock; // a leaf
+    mutable Zu::Mutex lock; // a leaf: no other lock is taken under it
     uint64 lastNumber ZU_GUARDED_BY(lock) = 0;
     std::map<uint64, Problem> problems ZU_GUARDED_BY(lock); // by number, which is also the order of age
 };

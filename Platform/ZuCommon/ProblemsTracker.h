@@ -44,7 +44,7 @@ private:
     {
         std::thread::id thread;
         Problems registered;
-        /// Whether the last other bracket that ended while this one was open left problems behind.
+        /// Whether the last other bracket that ended while this one was open left problems in `settled`.
         bool settledMeanwhile = false;
     };
 

@@ -13,8 +13,8 @@ namespace ZuCore
 
 /// The handlers of a hub for one kind of delivery, in order of addition. Any thread may call.
 ///
-/// No lock of the list is held while a handler runs. An exception of a handler is logged, and the other handlers still
-/// run.
+/// No lock of the list is held while a handler runs. The calls of one handler do not overlap, even if several threads
+/// fire. An exception of a handler is logged, and the other handlers still run.
 class ZUPLATFORM_API ResultHandlers final
 {
 public:
@@ -50,7 +50,7 @@ private:
 
     std::shared_ptr<Entries const> Present() const;
 
-    mutable Zu::Mutex lock;                   // a leaf
+    mutable Zu::Mutex lock;                   // taken before the lock of `ids`; no handler runs under it
     Zu::Event<void*> ids ZU_GUARDED_BY(lock); // issues the ids; never fired
     std::shared_ptr<Entries const> entries ZU_GUARDED_BY(lock);
 };

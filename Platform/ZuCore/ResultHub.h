@@ -14,8 +14,9 @@ namespace ZuCore
 /// Distributes the result sets of the scan pipeline to handlers.
 ///
 /// Synchronous handlers run on the publishing thread. Asynchronous handlers run on the hub's thread "ResultHub", which
-/// starts when the first of them is added. A handler gets the `ResultSet` as a `void*`, borrowed for the call. An
-/// exception of a handler is logged, and the other handlers still run.
+/// starts when the first of them is added. A handler gets the `ResultSet` as a `void*`, borrowed for the call. The
+/// calls of one handler do not overlap, even if several threads publish. An exception of a handler is logged, and the
+/// other handlers still run.
 ///
 /// Any thread may publish, add and remove. Removing a handler waits for a call on another thread, so it must not be
 /// done under a lock that the handler takes; within a handler it does not wait. The owner must stop publishing before
@@ -63,7 +64,7 @@ private:
     ResultHandlers syncHandlers;
     ResultHandlers asyncHandlers;
 
-    mutable Zu::Mutex queueLock; // a leaf
+    mutable Zu::Mutex queueLock; // a leaf: no other lock is taken under it
     Zu::CondVar queueChanged;
     // A ring; owns one reference to each set.
     std::array<ResultSet, MAX_PENDING_SETS> pending ZU_GUARDED_BY(queueLock){};

@@ -48,13 +48,13 @@ struct ResultItemObject : wObject
 ZUPLATFORM_API wStatus ResultItem_Construct(ResultItem* item, wMsgInfo* msgInfo, ResultInfo resultInfo,
                                             void* allocator);
 
-/// Borrowed from the item; null for null.
+/// Returns the message info, borrowed from the item; null for null.
 inline wMsgInfo* ResultItem_MsgInfo(ResultItemObject const* item) noexcept
 {
     return item != nullptr ? item->parts->msgInfo : nullptr;
 }
 
-/// Borrowed from the item; null for null.
+/// Returns the result info, borrowed from the item; null for null.
 inline ResultInfo ResultItem_ResultInfo(ResultItemObject const* item) noexcept
 {
     return item != nullptr ? item->parts->info : nullptr;

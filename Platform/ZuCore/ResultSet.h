@@ -71,6 +71,7 @@ inline bool ResultSet_FromLiveSimulation(ResultSetObject const* set) noexcept
     return set != nullptr && set->fromLiveSimulation;
 }
 
+/// Marks the set before its publication. Does nothing for null.
 ZUPLATFORM_API void ResultSet_SetFromLiveSimulation(ResultSet set, bool fromLiveSimulation) noexcept;
 
 } // namespace ZuCore

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <nlohmann/json.hpp> // the whole header: older ones keep their version number there
+#include <nlohmann/json.hpp> // the whole header: older versions define their version number only there
 
 // The properties in which host and plug-ins must agree, because objects of the standard library and of the JSON library
 // cross between them. The text has fields "name value", separated by ", ". The compiler is not among them. Raise

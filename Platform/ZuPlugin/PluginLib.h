@@ -23,7 +23,7 @@ public:
 
     std::string const& Path() const;
 
-    /// Returns the plug-ins whose `Type()` is `type`, in the library's order.
+    /// Returns the plug-ins with this `Type()`, in the library's order.
     std::vector<std::shared_ptr<IPlugin>> PluginsByType(std::string const& type) const;
 
 private:

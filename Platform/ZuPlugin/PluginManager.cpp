@@ -53,7 +53,7 @@ void CheckAbi(std::string const& theirs)
              ZU_PLUGIN_ABI_TEXT);
 }
 
-/// Throws unless the file is a plug-in library of this ABI, whose code may be loaded.
+/// Throws unless the file is a plug-in library of this ABI. Only then may its code be loaded.
 void CheckFile(std::string const& path)
 {
     ElfText elf(path);

@@ -47,7 +47,7 @@ public:
     /// folder is reported as a refusal and gives 0.
     uint64 LoadFolder(std::string const& path);
 
-    /// Adds a library whose code is in the process already. Throws `Zu::Status::BAD_ARGUMENT` for null.
+    /// Adds a library from code that is in the process already. Throws `Zu::Status::BAD_ARGUMENT` for null.
     void Add(std::unique_ptr<PluginLib> lib);
 
     std::vector<Refusal> Refusals() const;
@@ -58,7 +58,7 @@ private:
 
     Zu::RecursiveMutex loading; // held while a library loads; recursive because its code may call the manager
 
-    mutable Zu::Mutex lock; // a leaf
+    mutable Zu::Mutex lock; // a leaf: no other lock is taken under it
     std::vector<std::unique_ptr<PluginLib>> libs ZU_GUARDED_BY(lock);
     std::vector<void const*> handles ZU_GUARDED_BY(lock); // of the loaded files
     std::vector<Refusal> refusals ZU_GUARDED_BY(lock);

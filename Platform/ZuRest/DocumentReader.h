@@ -15,15 +15,15 @@ struct Reference;
 
 /// Builds documents in the form that clients see: with `_links` and `_embedded`, in the HAL format.
 ///
-/// If an embedded resource is being changed, its document from before the change is shown. If that document is unknown,
-/// or if the resource cannot be read, its address and the problem are shown instead: one broken resource does not hide
-/// the others.
+/// If an embedded resource of another place is being changed, its document from before the change is shown. If that
+/// document is unknown and the change does not end in time, or if the resource cannot be read, its address and the
+/// problem are shown instead: one broken resource does not hide the others.
 ///
 /// Any thread may call.
 class ZUPLATFORM_API DocumentReader
 {
 public:
-    /// The time that `ReadFromInside` waits for the end of a change.
+    /// The limit for waiting until a change ends, for `ReadFromInside` and for each embedded resource of another place.
     static constexpr uint64 PATIENCE_USEC = 1'000'000;
 
     /// `relationTemplate` is the URI template of the pages that document the relations ("/relations/{rel}"); empty for
@@ -42,10 +42,12 @@ public:
     /// As above, for a caller that has found the resource already.
     std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
 
-    /// As above, as a JSON tree. Strings keep the bytes of the resources, even if they are not valid UTF-8.
+    /// As `Read` without the schema, as a JSON tree. Strings keep the bytes of the resources, even if they are not
+    /// valid UTF-8.
     nlohmann::json ReadTree(std::string const& path) const;
 
-    /// As `ReadTree`, for a caller without a pass. Throws `Zu::Status::BUSY` if a change of the place lasts longer than
+    /// As `ReadTree`, for a caller without a pass. During a change of the place it returns the document from before the
+    /// change, if that is known. Otherwise it waits for the end of the change and throws `Zu::Status::BUSY` after
     /// `PATIENCE_USEC`.
     nlohmann::json ReadFromInside(std::string const& path, bool wantsSchema) const;
 

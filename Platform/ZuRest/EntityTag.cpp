@@ -2,7 +2,7 @@
 
 #include "wApi/wTypes.h"
 
-#define XXH_INLINE_ALL // each document that is sent gets a tag
+#define XXH_INLINE_ALL // inlined for speed: each document that is sent gets a tag
 
 #include <algorithm>
 #include <array>

@@ -29,7 +29,8 @@ public:
     OpenStream& operator=(OpenStream const&) = delete;
 
 private:
-    std::shared_ptr<Zu::Mutex> const lock; // under it only the resource takes locks
+    // Held while the resource starts or stops the stream, and while the handlers of `StartEvent` run.
+    std::shared_ptr<Zu::Mutex> const lock;
     ResourceRouter::Match const match;
     IStreamableResource& resource;
     uint32 id = 0;

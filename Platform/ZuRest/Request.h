@@ -17,8 +17,8 @@ struct Request
     std::string ifMatch;
     std::string ifNoneMatch;
 
-    /// Called when the request's turn has come, on the thread that processes it. False drops the request. An empty
-    /// function counts as true.
+    /// Called when the request's turn has come, on the thread that processes it. If it returns false, the request is
+    /// not carried out and fails with `Zu::Status::BUSY`. An empty function counts as true.
     std::function<bool()> isWanted;
 };
 

@@ -95,8 +95,8 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         return true;
     }
 
-    /// Removes the requests from `waiting` whose turn has come and returns them. If memory runs out, sets `isShort`;
-    /// the remaining requests wait until the next request enters or leaves.
+    /// Removes the requests that may run now from `waiting` and returns them. If memory runs out, sets `isShort`; the
+    /// remaining requests wait until the next request enters or leaves.
     std::list<Waiting> NextTurns(bool& isShort) ZU_REQUIRES(lock)
     {
         std::list<Waiting> turns;

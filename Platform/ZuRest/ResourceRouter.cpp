@@ -140,7 +140,7 @@ struct ResourceRouter::Node
 
 struct ResourceRouter::State
 {
-    Zu::Mutex lock; // a leaf
+    Zu::Mutex lock; // a leaf: no other lock is taken under it
     Zu::CondVar matchEnded;
     Node root ZU_GUARDED_BY(lock);
 };

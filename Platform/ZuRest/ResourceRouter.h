@@ -35,9 +35,9 @@ public:
     ResourceRouter(ResourceRouter const&) = delete;
     ResourceRouter& operator=(ResourceRouter const&) = delete;
 
-    /// Lets `resource` answer the paths of `route`. Throws `Zu::Status::BAD_ARGUMENT` unless `route` has the form
-    /// "/a/:key", and `Zu::Status::ALREADY_EXISTS` for a route that differs from an existing one at most in the names
-    /// of its keys.
+    /// Lets `resource` answer the paths of `route`, for example "/a/:key". Throws `Zu::Status::BAD_ARGUMENT` if the
+    /// route does not begin with a slash or has an empty segment, and `Zu::Status::ALREADY_EXISTS` if it differs from
+    /// an existing route at most in the names of its keys.
     void Register(std::string const& route, IResource& resource);
 
     /// Removes the route and, with `subtree`, all routes below it. Waits until no match of them is left, so a caller

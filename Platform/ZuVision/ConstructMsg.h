@@ -29,7 +29,7 @@ wStatus ConstructMsg(Msg** msg, Args&&... args)
     }
 }
 
-/// The `destroy` of a message class.
+/// The `wClass::destroy` of a message class.
 template <typename Msg>
 void DestroyMsg(wObject* object)
 {

@@ -96,7 +96,7 @@ wStatus wLock_Enter(wLock& lock)
     return wLock_EnterEx(lock, wTIMEOUT_INFINITE);
 }
 
-wStatus wLock_EnterEx(wLock& lock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS // it is the lock itself
+wStatus wLock_EnterEx(wLock& lock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS // implements the lock
 {
     if (!lock.constructed)
     {
@@ -130,7 +130,7 @@ wStatus wLock_EnterEx(wLock& lock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALY
     return Zu::Status::SUCCESS;
 }
 
-wStatus wLock_Exit(wLock& lock) ZU_NO_THREAD_SAFETY_ANALYSIS // it is the lock itself
+wStatus wLock_Exit(wLock& lock) ZU_NO_THREAD_SAFETY_ANALYSIS // implements the lock
 {
     if (!lock.constructed || lock.owner.load(std::memory_order_relaxed) != ThisThread())
     {

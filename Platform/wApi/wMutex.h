@@ -126,7 +126,7 @@ public:
     /// Releases `mutex` and waits until `isReached()`; `mutex` is held again on return.
     template <typename Predicate>
     void Wait(Mutex& mutex, Predicate isReached)
-        ZU_REQUIRES(mutex) ZU_NO_THREAD_SAFETY_ANALYSIS // the predicate's own mark
+        ZU_REQUIRES(mutex) ZU_NO_THREAD_SAFETY_ANALYSIS // the predicate has its own annotation
     {
         while (!isReached())
         {
@@ -138,7 +138,7 @@ public:
     /// Returns the last result of `isReached()`.
     template <typename Predicate>
     bool WaitUntil(Mutex& mutex, uint64 deadlineUsec, Predicate isReached)
-        ZU_REQUIRES(mutex) ZU_NO_THREAD_SAFETY_ANALYSIS // the predicate's own mark
+        ZU_REQUIRES(mutex) ZU_NO_THREAD_SAFETY_ANALYSIS // the predicate has its own annotation
     {
         while (!isReached())
         {

@@ -51,7 +51,7 @@ private:
     friend bool wObject_Is(void const* object, wClass const& objectClass) noexcept;
 
     wClass const* type;
-    wObject* counted; // the object whose count is used: this object, or the whole that contains it
+    wObject* counted; // the object with the count: this object, or the whole that contains it
     std::atomic<uint64> references{1};
 };
 

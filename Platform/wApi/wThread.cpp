@@ -12,8 +12,8 @@
 
 struct wThread::Run
 {
-    static void*
-    Entry(void* argument) noexcept; // noexcept: an exception that leaves the thread function ends the process here
+    /// Runs the thread function. It is noexcept: an exception that leaves the function ends the process here.
+    static void* Entry(void* argument) noexcept;
     static bool IsThisThread(wThread const& thread) noexcept;
 
     std::string name;

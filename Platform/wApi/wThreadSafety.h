@@ -1,7 +1,7 @@
 #pragma once
 
-// Marks for clang's thread-safety analysis: what a lock guards, and which operation takes or needs it.
-// GCC does not know them and sees nothing.
+// Annotations for clang's thread-safety analysis: which lock guards a member, and which function takes or needs a lock.
+// They are empty for GCC, which does not know them.
 #ifdef __clang__
 #define ZU_THREAD_ANNOTATION(mark) __attribute__((mark))
 #else

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// Fixed-width integers under the names that the whole system uses; everything that leaves the process is made of them.
+// Fixed-width integers under the names that the whole system uses. All data that leaves the process consists of them.
 using int8 = std::int8_t;
 using int16 = std::int16_t;
 using int32 = std::int32_t;

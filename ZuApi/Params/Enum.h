@@ -8,8 +8,7 @@
 namespace Zu::Params
 {
 
-/// A parameter whose value is one of a list of options, each with a display text. Without options it refuses every
-/// change.
+/// A parameter with a fixed list of options, each with a display text. Without options it refuses every change.
 template <typename T>
 class ZUAPI_API Enum : public Value<T>
 {

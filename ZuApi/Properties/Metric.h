@@ -13,8 +13,8 @@ namespace Zu::Properties
 /// A number in a metrics record, which any threads may change and read at the same time. It does not call observers.
 ///
 /// Its schema has a title, which is a sentence without a full stop, and a kind: a counter, which only grows until it is
-/// reset, or a gauge. Times are in microseconds, and their keys end in "Usec". Numbers are independent: one read does
-/// not order another.
+/// reset, or a gauge. Times are in microseconds, and their keys end in "Usec". Several numbers are not read or changed
+/// as a unit.
 class ZUAPI_API Metric final : public Internal::ValueBase
 {
 public:

@@ -27,7 +27,7 @@ public:
 private:
     static void BuildSchema(Node& node, Structure& schema);
 
-    mutable Zu::Mutex lock; // a leaf
+    mutable Zu::Mutex lock; // a leaf: no other lock is taken under it
     std::string text ZU_GUARDED_BY(lock);
 };
 

@@ -6,8 +6,8 @@
 namespace Zu
 {
 
-// The analysis cannot see that a failing status means an untaken lock. This guard throws then, so that its users need
-// not care.
+// The analysis cannot see that a failing status means an untaken lock. This guard throws then, so that code under the
+// guard always holds the lock.
 Locker::Locker(wLock& heldLock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS : lock(heldLock)
 {
     ZU_CHECK(timeoutUsec == wTIMEOUT_INFINITE ? wLock_Enter(lock) : wLock_EnterEx(lock, timeoutUsec));

@@ -8,8 +8,8 @@
 namespace Zu
 {
 
-/// A queue of heap records between threads, first in, first out. It owns the records in it and frees those that are not
-/// removed. Any thread may call the operations. Except for `Remove`, which returns its status, they throw the failing
+/// A queue of heap records between threads, first in, first out. It owns the records in it: `Clear` and the destructor
+/// free them. Any thread may call the operations. Except for `Remove`, which returns its status, they throw the failing
 /// status without a text.
 template <typename T>
 class MsgQueue
