@@ -58,7 +58,8 @@ public:
     void Remove(CallbackId const& id)
     {
         auto const slot = id.second ? id.first.lock() : nullptr;
-        Slots ended; // ends behind the lock: what the handler holds may come back here
+        // Destroyed after the lock is released: a handler's captures may call this event.
+        Slots ended;
         MutexLock const guard(lock);
         if (slot == nullptr || slot->owner != this)
         {
@@ -72,7 +73,7 @@ public:
         }
     }
 
-    /// Calls the handlers in order of addition on this thread. Takes no memory of its own.
+    /// Calls the handlers in order of addition on the calling thread. Allocates no memory.
     void Fire(Args... args)
     {
         Walk walk(*this);
@@ -103,12 +104,12 @@ private:
         }
 
         Handler const handler;
-        Event const* owner = nullptr; // guarded by the event's lock; null once removed
+        Event const* owner = nullptr; // guarded by the event's lock; null after the removal
         typename Slots::iterator position;
     };
 
-    /// One firing: steps from handler to handler under the lock. Removed slots stay in the list until the last walk has ended,
-    /// so that each walk keeps its place.
+    /// One firing, which steps from handler to handler under the lock. While any walk runs, removed slots stay in the
+    /// list, so that each walk keeps its position.
     class Walk
     {
     public:
@@ -122,7 +123,7 @@ private:
 
         ~Walk()
         {
-            Slots ended; // ends behind the lock, as in Remove
+            Slots ended; // destroyed after the lock is released, as in `Remove`
             MutexLock const guard(event.lock);
             if (--event.firing != 0 || event.count == event.slots.size())
             {
@@ -141,7 +142,8 @@ private:
         Walk(Walk const&) = delete;
         Walk& operator=(Walk const&) = delete;
 
-        /// The next handler that is not removed; null at the end. Slots that were added since the walk began are behind it.
+        /// Returns the next handler that is not removed, or null at the end. Skips slots that were added after the walk
+        /// began.
         std::shared_ptr<Slot> Next()
         {
             MutexLock const guard(event.lock);
@@ -159,13 +161,13 @@ private:
     private:
         Event& event;
         typename Slots::iterator next;
-        std::size_t left = 0; // slots that are not visited yet
+        std::size_t left = 0; // the slots that are not visited yet
     };
 
-    mutable Mutex lock; // a leaf
+    mutable Mutex lock; // a leaf: no other lock is taken under it
     Slots slots ZU_GUARDED_BY(lock);
-    uint64 count ZU_GUARDED_BY(lock) = 0;  // of the handlers that are not removed
-    uint32 firing ZU_GUARDED_BY(lock) = 0; // walks that have not ended
+    uint64 count ZU_GUARDED_BY(lock) = 0;  // the handlers that are not removed
+    uint32 firing ZU_GUARDED_BY(lock) = 0; // the running walks
 };
 
 } // namespace Zu

@@ -5,9 +5,11 @@
 namespace ZuRest
 {
 
-/// Marks a resource whose documents are at hand: reading one must not block, neither in a plug-in nor on a lock that is held
-/// for long. The server reads such a resource on a thread that does I/O, beside whatever else runs at its place, so that it
-/// is answered while other requests occupy all threads that they may have. A resource derives from it beside its other bases.
+/// Marks a resource that shows its document without waiting. A resource derives from it as an additional base.
+///
+/// Reading the document must not block: no waiting for a plug-in, and no lock that is held for long. The server reads
+/// it on an I/O thread, concurrently with other requests of its place, so that it answers while other requests occupy
+/// all worker threads. A read that blocks holds up the I/O of other clients.
 class ZUPLATFORM_API IPromptResource
 {
 public:

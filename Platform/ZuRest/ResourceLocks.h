@@ -14,8 +14,8 @@ namespace ZuRest
 ///
 /// Reads of one place run concurrently. A change runs alone in its place, and only one change of a tree runs at a time.
 /// A request that must wait does not block a thread: its callback is called when its turn comes, in the order of
-/// arrival. A long change therefore delays only requests of the same place and other changes of the same tree. Any
-/// thread may call.
+/// arrival. A long `CHANGE` delays only requests of the same place and other changes of the same tree. Any thread may
+/// call.
 class ZUPLATFORM_API ResourceLocks
 {
 public:
@@ -32,8 +32,8 @@ public:
     public:
         virtual ~Pass();
 
-        /// Sets the document at the head of the place from before this change. Reads that cannot wait for the end of
-        /// the change show it.
+        /// Sets the document at the head of the place from before this change. Reads through `EnterInner` show it
+        /// during the change.
         virtual void ShowBefore(std::shared_ptr<nlohmann::json const> document) = 0;
 
         /// As `ShowBefore`, for another place that this change covers.
@@ -62,9 +62,10 @@ public:
     /// is then never called.
     void Enter(Place const& place, Mode mode, Admitted admitted);
 
-    /// For a read that a running request asks for, which others may be waiting for: it passes those who only wait, and a
-    /// change that is running either shows what was before, when `takesBefore`, or is waited for up to `patienceUsec`. The
-    /// thread that changes a whole tree passes itself.
+    /// Enters a read on behalf of a running request, which other requests may be waiting for. It therefore passes
+    /// waiting requests. During a change it returns the document from before the change, if `takesBefore` is true and
+    /// the document is known; otherwise it waits up to `patienceUsec` microseconds for the end of the change. The
+    /// thread that changes a whole tree may read in that tree at once.
     InnerPass EnterInner(Place const& place, bool takesBefore, uint64 patienceUsec);
 
 private:

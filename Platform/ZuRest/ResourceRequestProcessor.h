@@ -23,8 +23,8 @@ class IStreamReceiver;
 /// Processes requests. It is the only class that knows both the resources and their form on the network.
 ///
 /// It has no thread and no socket. Any thread may call; several threads may call at the same time. `ResourceLocks`
-/// decides which requests run at the same time. During a change of a document, concurrent reads see the document from
-/// before the change.
+/// decides which requests run at the same time. During a change of a place, reads from inside and documents of other
+/// places that embed its document show it as it was before the change.
 class ZUPLATFORM_API ResourceRequestProcessor final : public RequestProcessor
 {
 public:
@@ -69,8 +69,8 @@ public:
     /// Waits for the request's turn and returns the answer. An exception of a resource becomes an answer.
     Outcome Process(Request const& request, ReceiverMaker const& makeReceiver = {});
 
-    /// The answer to a read that waits for nobody (IPromptResource), at once and beside whatever runs; nothing for any other
-    /// request.
+    /// Answers a read of an `IPromptResource` at once, concurrently with all other requests. Returns nothing for any
+    /// other request.
     std::optional<Outcome> ProcessPrompt(Request const& request) const;
 
     /// Processes the request with `run` when its turn has come, without blocking a thread until then. `done` gets the
