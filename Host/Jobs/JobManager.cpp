@@ -441,7 +441,7 @@ void JobManager::Save(Scope scope)
     {
         failure = std::current_exception();
     }
-    GuardedSave([&] { SaveFile(settings, PersistDomain::PROTOCOL, scope); });
+    GuardedSave([&]() ZU_REQUIRES(operationLock) { SaveFile(settings, PersistDomain::PROTOCOL, scope); });
     if (failure != nullptr)
     {
         std::rethrow_exception(failure);
@@ -456,7 +456,7 @@ void JobManager::Save(Scope scope)
 void JobManager::SaveJob(Scope scope)
 {
     uint64 const count = registry.ModificationCount(); // before the save, which may miss later modifications
-    GuardedSave([&] { SaveFile(*job, PersistDomain::JOB, scope); });
+    GuardedSave([&]() ZU_REQUIRES(operationLock) { SaveFile(*job, PersistDomain::JOB, scope); });
     savedCount.store(count, std::memory_order_relaxed);
 }
 
@@ -488,7 +488,7 @@ void JobManager::TryToSave(Scope scope)
 void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
 {
     bool const isJob = domain == PersistDomain::JOB;
-    Collected now = [&] {
+    Collected now = [&]() ZU_REQUIRES(operationLock) {
         GateBracket const bracket(gate);
         // `ToRun` comes first: a service that `StartRetry` starts meanwhile is saved as enabled either way.
         return Collect(domain, domain == PersistDomain::JOB ? ToRun() : Wanted());

@@ -136,24 +136,24 @@ private:
         std::vector<std::string> faults;
     };
 
-    void BeginSettings();
-    void BeginJob(std::string const& name, std::set<std::string> const& toHoldBack);
+    void BeginSettings() ZU_REQUIRES(operationLock);
+    void BeginJob(std::string const& name, std::set<std::string> const& toHoldBack) ZU_REQUIRES(operationLock);
     void MakeNew();
     void ResetWhatIsNotLoaded(Files const& loaded);
     ArchiveFile ExistingFile(std::string const& name) const;
-    void CheckOpen() const;
-    void Load(std::string const& name);
-    void TakeOver(std::string const& name, ArchiveFile::Documents const& documents);
+    void CheckOpen() const ZU_REQUIRES(operationLock);
+    void Load(std::string const& name) ZU_REQUIRES(operationLock);
+    void TakeOver(std::string const& name, ArchiveFile::Documents const& documents) ZU_REQUIRES(operationLock);
     void SaveChanges();
-    void Save(Scope scope);
-    void SaveJob(Scope scope);
-    void GuardedSave(std::function<void()> const& save);
-    void TryToSave(Scope scope);
-    void SaveFile(Kept& kept, ZuCommon::PersistDomain domain, Scope scope);
-    Wanted ToRun() const;
+    void Save(Scope scope) ZU_REQUIRES(operationLock);
+    void SaveJob(Scope scope) ZU_REQUIRES(operationLock);
+    void GuardedSave(std::function<void()> const& save) ZU_REQUIRES(operationLock);
+    void TryToSave(Scope scope) ZU_REQUIRES(operationLock);
+    void SaveFile(Kept& kept, ZuCommon::PersistDomain domain, Scope scope) ZU_REQUIRES(operationLock);
+    Wanted ToRun() const ZU_REQUIRES(operationLock);
     Collected Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
     bool IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const;
-    void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults);
+    void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults) ZU_REQUIRES(operationLock);
     void SetLoaded(std::string const& name);
     void SetReport(LoadReport const& report);
 
@@ -168,14 +168,16 @@ private:
     // `List`.
     std::atomic<uint64> savedCount{NEVER_SAVED};
 
-    // Held during each operation; guards the six members below. Lock order: operationLock, the gate, the leaves.
+    // Held during each operation. Lock order: operationLock, the gate, the leaves.
     Zu::Mutex operationLock;
-    bool isClosed = false;
-    JobProblems problems;
-    Kept settings;
-    std::optional<Kept> job;
-    bool keepsReplaced = false;        // the next save keeps the documents that it replaces (see `ArchiveFile::Save`)
-    std::vector<std::string> heldBack; // services that the job enables and that the owner has yet to start
+    bool isClosed ZU_GUARDED_BY(operationLock) = false;
+    JobProblems problems ZU_GUARDED_BY(operationLock);
+    Kept settings ZU_GUARDED_BY(operationLock);
+    std::optional<Kept> job ZU_GUARDED_BY(operationLock);
+    /// The next save keeps the documents that it replaces (see `ArchiveFile::Save`).
+    bool keepsReplaced ZU_GUARDED_BY(operationLock) = false;
+    /// The services that the job enables and that the owner has yet to start.
+    std::vector<std::string> heldBack ZU_GUARDED_BY(operationLock);
 
     Zu::Mutex stateLock; // a leaf
     std::string loadedJob ZU_GUARDED_BY(stateLock);

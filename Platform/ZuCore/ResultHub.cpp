@@ -20,10 +20,9 @@ ResultHub::~ResultHub()
     }
     queueChanged.NotifyAll();
     ZU_GUARD_DESTRUCTOR([this] {
-        Zu::MutexLock const guard(threadLock);
-        if (started)
+        if (IsStarted())
         {
-            ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr));
+            ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); // without the lock: a handler may add another
         }
     });
     while (pendingCount > 0)
@@ -75,6 +74,12 @@ uint64 ResultHub::DroppedCount() const
 {
     Zu::MutexLock const guard(queueLock);
     return dropped;
+}
+
+bool ResultHub::IsStarted() const
+{
+    Zu::MutexLock const guard(threadLock);
+    return started;
 }
 
 void ResultHub::StartThread()

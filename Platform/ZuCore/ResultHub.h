@@ -54,6 +54,7 @@ public:
     uint64 DroppedCount() const;
 
 private:
+    bool IsStarted() const;
     void StartThread();
     void Enqueue(ResultSet set);
     void RunThread();
@@ -73,7 +74,7 @@ private:
     uint64 dropped ZU_GUARDED_BY(queueLock) = 0;
     bool stopping ZU_GUARDED_BY(queueLock) = false;
 
-    Zu::Mutex threadLock;
+    mutable Zu::Mutex threadLock;
     bool started ZU_GUARDED_BY(threadLock) = false;
     wThread thread;
 };

@@ -55,7 +55,7 @@ private:
     // under it. Lock order: this, then the assembly's lock.
     Zu::Mutex writeLock;
     CommandChannel channel ZU_GUARDED_BY(writeLock);
-    bool isBigEndian = true;
+    bool isBigEndian ZU_GUARDED_BY(writeLock) = true;
 
     Zu::Mutex layoutLock; // a leaf; held to copy the pointer
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(layoutLock);
