@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuStdScanners/ZucSensor/AnalogOutputControlType.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputRecords.h"
 #include "wApi/wTypes.h"
 
 #include <deque>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuStdScanners/ZucSensor/DigitalOutputControlType.h"
+#include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 #include "wApi/wTypes.h"
 
 namespace ZuHost

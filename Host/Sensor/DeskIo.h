@@ -4,7 +4,7 @@
 #include "Host/Sensor/DeskDigitalInput.h"
 #include "Host/Sensor/DeskDigitalOutput.h"
 #include "Host/Sensor/DeskSerialOutput.h"
-#include "ZuStdScanners/ZucSensor/IoType.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 

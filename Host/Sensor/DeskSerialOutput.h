@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ZuStdScanners/ZucSensor/SerialOutputControlMode.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputControlType.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputRecords.h"
 #include "wApi/wTypes.h"
 
 #include <string>

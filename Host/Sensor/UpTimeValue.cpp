@@ -1,6 +1,6 @@
 #include "Host/Sensor/UpTimeValue.h"
 
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 #include "ZuApi/NodeType.h"
 #include "ZuApi/Structure.h"
 #include "wApi/wTime.h"

@@ -26,4 +26,17 @@ public:
     virtual void VisitReferenceArray(Internal::ReferenceArray& array) = 0;
 };
 
+/// Visits nodes for reading: `Node::Accept` calls the operation for the kind of the node. A visitor descends by calling
+/// `Accept` on the children itself.
+class ZUAPI_API INodeVisitorConst
+{
+public:
+    virtual ~INodeVisitorConst();
+
+    virtual void VisitValue(Internal::ValueBase const& value) = 0;
+    virtual void VisitStructure(Structure const& structure) = 0;
+    virtual void VisitArray(Internal::ArrayBase const& array) = 0;
+    virtual void VisitReferenceArray(Internal::ReferenceArray const& array) = 0;
+};
+
 } // namespace Zu::Properties

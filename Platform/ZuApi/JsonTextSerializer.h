@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/INodeVisitorConst.h"
+#include "ZuApi/INodeVisitor.h"
 #include "ZuApi/JsonTextWriter.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>

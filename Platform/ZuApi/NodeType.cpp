@@ -1,7 +1,7 @@
 #include "ZuApi/NodeType.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 
 #include <utility>
 

@@ -2,7 +2,6 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/INodeVisitor.h"
-#include "ZuApi/INodeVisitorConst.h"
 
 #include <typeinfo>
 

@@ -1,7 +1,6 @@
 #include "ZuApi/ValueBase.h"
 
 #include "ZuApi/INodeVisitor.h"
-#include "ZuApi/INodeVisitorConst.h"
 
 namespace Zu::Properties::Internal
 {

@@ -1,7 +1,6 @@
 #include "ZuApi/Properties/Metric.h"
 
-#include "ZuApi/IValueReader.h"
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 #include "ZuApi/NodeType.h"
 
 namespace Zu::Properties

@@ -1,7 +1,6 @@
 #include "ZuApi/Properties/SharedText.h"
 
-#include "ZuApi/IValueReader.h"
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 #include "ZuApi/NodeType.h"
 #include "ZuApi/Structure.h"
 #include "wApi/wMutex.h"

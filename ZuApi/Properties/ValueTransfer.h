@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/IValueReader.h"
-#include "ZuApi/IValueWriter.h"
+#include "ZuApi/IValueIo.h"
 #include "ZuApi/NodeType.h"
 
 #include <string>

@@ -3,10 +3,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/HardwareResult.h"
 #include "ZuScan/ICommandTarget.h"
-#include "ZuStdScanners/ZucSensor/AnalogOutputEnqueueOutputParams.h"
-#include "ZuStdScanners/ZucSensor/AnalogOutputQueryConstraintResult.h"
-#include "ZuStdScanners/ZucSensor/AnalogOutputSetControlIdParams.h"
-#include "ZuStdScanners/ZucSensor/AnalogOutputSetControlTypeParams.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputRecords.h"
 
 namespace ZuControl
 {

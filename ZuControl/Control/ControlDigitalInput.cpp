@@ -2,8 +2,7 @@
 
 #include "ZuApi/Logging.h"
 #include "ZuScan/ICommandTarget.h"
-#include "ZuStdScanners/ZucSensor/DigitalInputEnableEventsParams.h"
-#include "ZuStdScanners/ZucSensor/DigitalInputSetPinTypeParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 
 namespace ZuControl
 {

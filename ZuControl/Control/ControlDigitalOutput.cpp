@@ -2,11 +2,7 @@
 
 #include "ZuApi/Logging.h"
 #include "ZuScan/ICommandTarget.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetControlIdParams.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetControlTypeParams.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetExposureParams.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetPolarityParams.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetStateParams.h"
+#include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 
 namespace ZuControl
 {

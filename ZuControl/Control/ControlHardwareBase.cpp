@@ -5,9 +5,7 @@
 #include "ZuControl/Control/HardwareResult.h"
 #include "ZuScan/ICommandTarget.h"
 #include "ZuScan/ISensor.h"
-#include "ZuStdScanners/ZucSensor/EnableIoOutputAtParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputEnabledParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputEnabledResult.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 namespace ZuControl
 {

@@ -10,8 +10,7 @@
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuScan/ICommandTarget.h"
 #include "ZuScan/ISensor.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <algorithm>
 #include <array>

@@ -2,11 +2,7 @@
 
 #include "ZuApi/Logging.h"
 #include "ZuScan/ICommandTarget.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputSetBitRateParams.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputSetControlIdParams.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputSetControlTypeParams.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputSetModeParams.h"
-#include "ZuStdScanners/ZucSensor/SerialOutputWriteParams.h"
+#include "ZuStdScanners/ZucSensor/SerialOutputRecords.h"
 
 #include <string>
 

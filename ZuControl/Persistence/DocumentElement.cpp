@@ -2,7 +2,7 @@
 
 #include "ZuApi/ArrayBase.h"
 #include "ZuApi/INodeVisitor.h"
-#include "ZuApi/IValueReader.h"
+#include "ZuApi/IValueIo.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/ReferenceArray.h"

@@ -8,9 +8,8 @@
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlSerialOutput.h"
 #include "ZuScan/ISensor.h"
-#include "ZuStdScanners/ZucSensor/DigitalOutputSetStateParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
+#include "ZuStdScanners/ZucSensor/DigitalRecords.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include "ZuControl/Control/ControlDigitalInput.h"
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlSerialOutput.h"
-#include "ZuStdScanners/ZucSensor/AnalogOutputQueryConstraintResult.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputEnabledResult.h"
+#include "ZuStdScanners/ZucSensor/AnalogOutputRecords.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,7 @@
 #include "ZuControl/Control/ControlDigitalInput.h"
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlSerialOutput.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountParams.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <gtest/gtest.h>
 

@@ -15,7 +15,7 @@
 #include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuScan/ScanEngineManager.h"
-#include "ZuStdScanners/ZucSensor/QueryIoOutputCountResult.h"
+#include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <gtest/gtest.h>
 

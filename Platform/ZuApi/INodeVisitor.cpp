@@ -1,8 +1,0 @@
-#include "ZuApi/INodeVisitor.h"
-
-namespace Zu::Properties
-{
-
-INodeVisitor::~INodeVisitor() = default;
-
-} // namespace Zu::Properties

@@ -1,8 +1,0 @@
-#include "ZuApi/INodeVisitorConst.h"
-
-namespace Zu::Properties
-{
-
-INodeVisitorConst::~INodeVisitorConst() = default;
-
-} // namespace Zu::Properties

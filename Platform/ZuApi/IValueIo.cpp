@@ -1,8 +1,0 @@
-#include "ZuApi/IValueIo.h"
-
-namespace Zu::Properties
-{
-
-IValueIo::~IValueIo() = default;
-
-} // namespace Zu::Properties

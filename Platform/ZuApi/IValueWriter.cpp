@@ -1,8 +1,0 @@
-#include "ZuApi/IValueWriter.h"
-
-namespace Zu::Properties
-{
-
-IValueWriter::~IValueWriter() = default;
-
-} // namespace Zu::Properties

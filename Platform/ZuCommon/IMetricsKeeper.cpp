@@ -1,8 +1,0 @@
-#include "ZuCommon/IMetricsKeeper.h"
-
-namespace ZuCommon
-{
-
-IMetricsKeeper::~IMetricsKeeper() = default;
-
-} // namespace ZuCommon

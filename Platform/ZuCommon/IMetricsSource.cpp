@@ -1,8 +1,0 @@
-#include "ZuCommon/IMetricsSource.h"
-
-namespace ZuCommon
-{
-
-IMetricsSource::~IMetricsSource() = default;
-
-} // namespace ZuCommon

@@ -1,8 +1,0 @@
-#include "ZuCommon/IPersistHandler.h"
-
-namespace ZuCommon
-{
-
-IPersistHandler::~IPersistHandler() = default;
-
-} // namespace ZuCommon

@@ -1,8 +1,0 @@
-#include "ZuCommon/IPersistStore.h"
-
-namespace ZuCommon
-{
-
-IPersistStore::~IPersistStore() = default;
-
-} // namespace ZuCommon

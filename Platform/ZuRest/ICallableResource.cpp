@@ -1,8 +1,0 @@
-#include "ZuRest/ICallableResource.h"
-
-namespace ZuRest
-{
-
-ICallableResource::~ICallableResource() = default;
-
-} // namespace ZuRest

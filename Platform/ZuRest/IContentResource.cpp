@@ -1,8 +1,0 @@
-#include "ZuRest/IContentResource.h"
-
-namespace ZuRest
-{
-
-IContentResource::~IContentResource() = default;
-
-} // namespace ZuRest

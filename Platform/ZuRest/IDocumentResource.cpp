@@ -1,8 +1,0 @@
-#include "ZuRest/IDocumentResource.h"
-
-namespace ZuRest
-{
-
-IDocumentResource::~IDocumentResource() = default;
-
-} // namespace ZuRest

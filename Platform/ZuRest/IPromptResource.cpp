@@ -1,8 +1,0 @@
-#include "ZuRest/IPromptResource.h"
-
-namespace ZuRest
-{
-
-IPromptResource::~IPromptResource() = default;
-
-} // namespace ZuRest

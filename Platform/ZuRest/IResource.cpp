@@ -1,8 +1,0 @@
-#include "ZuRest/IResource.h"
-
-namespace ZuRest
-{
-
-IResource::~IResource() = default;
-
-} // namespace ZuRest

@@ -1,8 +1,0 @@
-#include "ZuRest/IStreamReceiver.h"
-
-namespace ZuRest
-{
-
-IStreamReceiver::~IStreamReceiver() = default;
-
-} // namespace ZuRest

@@ -1,8 +1,0 @@
-#include "ZuRest/IStreamableResource.h"
-
-namespace ZuRest
-{
-
-IStreamableResource::~IStreamableResource() = default;
-
-} // namespace ZuRest

@@ -1,0 +1,33 @@
+// The destructors of this folder's interfaces.
+
+#include "ZuRest/ICallableResource.h"
+#include "ZuRest/IContentResource.h"
+#include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IPromptResource.h"
+#include "ZuRest/IResource.h"
+#include "ZuRest/IStreamReceiver.h"
+#include "ZuRest/IStreamableResource.h"
+#include "ZuRest/RequestProcessor.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ZuRest
+{
+
+ICallableResource::~ICallableResource() = default;
+
+IContentResource::~IContentResource() = default;
+
+IDocumentResource::~IDocumentResource() = default;
+
+IPromptResource::~IPromptResource() = default;
+
+IResource::~IResource() = default;
+
+IStreamReceiver::~IStreamReceiver() = default;
+
+IStreamableResource::~IStreamableResource() = default;
+
+RequestProcessor::~RequestProcessor() = default;
+
+} // namespace ZuRest

@@ -1,8 +1,0 @@
-#include "ZuScan/IActionTarget.h"
-
-namespace ZuScan
-{
-
-IActionTarget::~IActionTarget() = default;
-
-} // namespace ZuScan

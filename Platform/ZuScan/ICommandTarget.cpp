@@ -1,8 +1,0 @@
-#include "ZuScan/ICommandTarget.h"
-
-namespace ZuScan
-{
-
-ICommandTarget::~ICommandTarget() = default;
-
-} // namespace ZuScan

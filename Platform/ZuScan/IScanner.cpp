@@ -1,8 +1,0 @@
-#include "ZuScan/IScanner.h"
-
-namespace ZuScan
-{
-
-IScanner::~IScanner() = default;
-
-} // namespace ZuScan

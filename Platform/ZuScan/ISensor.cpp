@@ -1,8 +1,0 @@
-#include "ZuScan/ISensor.h"
-
-namespace ZuScan
-{
-
-ISensor::~ISensor() = default;
-
-} // namespace ZuScan
