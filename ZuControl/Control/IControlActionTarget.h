@@ -15,20 +15,37 @@ class Group;
 namespace ZuControl
 {
 
-/// Something that offers named actions, each with an argument record of its own.
+/// Offers named actions, each with an argument record of its own: the actions of a protocol, of an output map or of a
+/// register assembly.
+///
+/// Ownership: the protocol owns the target, which lives as long as the protocol. Threads: the workers of the REST
+/// service, the host's threads that load jobs, and the worker of ControlProtocolOperations; whether the protocol is
+/// enabled or not. The first two operations may run beside each other and must not block. Exceptions: a `Zu::Exception`
+/// and an exception of the JSON library reach the client as a refusal or fail the job load; any other one does so too
+/// and counts as a fault of the protocol.
 class ZUCONTROL_API IControlActionTarget
 {
 public:
     IControlActionTarget() noexcept;
     virtual ~IControlActionTarget(); // first of the slots that plug-ins call through: never move one
 
+    /// The actions in the order in which clients show them.
     virtual std::vector<ControlActionInfo> ListActions() const = 0;
 
-    /// A fresh argument record for the action, everything at its default.
+    /// A new argument record for the action, everything at its default. The caller owns it and fills it. Throws
+    /// `Zu::Status::NOT_FOUND` for an action that does not exist. Null makes the request fail with
+    /// `Zu::Status::NOT_SUPPORTED`; for the action "add", which a job load uses, null is not allowed.
     virtual std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const = 0;
 
-    /// Carries the action out and gives its result, which may be empty. `args` is the caller's record, made by
-    /// `GetActionParams` and never a constant object: an action may write into it what it handed out, ids for example.
+    /// Carries out the action. One client's action of a protocol runs at a time; the client waits, so that an action
+    /// may block but should not for long. An action of an output map or of an assembly runs inside the host's update
+    /// gate and without the lock of the map or assembly.
+    ///
+    /// `args` is the caller's record, made by `GetActionParams`; a job load calls "removeAll" of an output map with an
+    /// empty group. The values come from the client without validation: check them. `args` is never a constant object,
+    /// so that an action may write into it, for example the ids that it has assigned. Returns the result, or null for
+    /// none; the caller shares it. Throws `Zu::Status::NOT_FOUND` for an action that does not exist. What an action has
+    /// changed before it throws may stay changed.
     virtual std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& id, Zu::Params::Group const& args) = 0;
 };
 

@@ -13,13 +13,19 @@ namespace ZuControl
 
 /// State of the system and of a scanner, with a bound on the wait.
 ///
-/// A read starts a fetch, waits for it up to the caller's time-out, in microseconds, and gives the freshest that there is:
-/// what this fetch brought, or what an earlier one did. One fetch runs at a time, of either kind and for all protocols: a
-/// read that comes meanwhile is refused with -976.
+/// A read starts a fetch, waits for it up to the caller's time-out, in microseconds, and returns the freshest record:
+/// that of this fetch, or that of an earlier one when the time-out passes first. A time-out is no error. One fetch runs
+/// at a time, of either kind and for all protocols: a read throws `Zu::Status::BUSY` at once while another fetch runs,
+/// also one whose caller has stopped waiting.
+///
+/// Ownership: the module owns the cache, which outlives the protocols. Threads: any; a read blocks its caller for the
+/// time-out at most. Do not read in `IProtocol::ProcessResultSets` or `UpdateMetrics`, which must not block. States:
+/// any, also before the protocol is started. Exceptions: beside `BUSY`, the status of the queue when that fails. A
+/// fetch that fails is not reported to the caller, which waits for the whole time-out and gets the older record.
 class ZUCONTROL_API IControlDataCache
 {
 public:
-    /// As IControlSystemInterface::SystemStats; all zero and empty until something was fetched.
+    /// As IControlSystemInterface::SystemStats; all zero and empty until the first fetch has ended.
     struct DataCacheSystemStats
     {
         uint64 upTime = 0;
@@ -45,8 +51,8 @@ public:
 
     virtual DataCacheSystemStats SystemStats(uint64 timeoutUsec) = 0;
 
-    /// The cache holds one scanner at a time: -999 when that is another one than `scannerId`. The empty id takes whatever
-    /// is there.
+    /// The cache holds one scanner at a time. Throws `Zu::Status::NOT_FOUND` when it holds none, or another one than
+    /// `scannerId`. The empty id takes the scanner that the cache holds, and zeros when it holds none.
     virtual DataCacheScannerInfo ScannerInfo(std::string const& scannerId, uint64 timeoutUsec) = 0;
 };
 

@@ -14,11 +14,16 @@ struct ControlProtocolEnviron;
 } // namespace ControlProtocol
 
 /// Makes protocols of one type. Plug-ins implement it and keep their factories alive for as long as they are loaded.
+///
+/// The module calls the factory on the host's main thread while the module is constructed, once for each type that the
+/// system supports and in the order of the type names. No other thread is inside the module then.
 class ZUCONTROL_API IControlFactory
 {
 public:
-    /// A new protocol, not started. `environ` outlives it. An empty pointer or an exception ends the construction of the
-    /// whole module. Called on the host's thread.
+    /// A new protocol, not started, which the instance shares. `environ` outlives the protocol. The construction of the
+    /// module waits for this call: it must not block. An empty pointer or an exception is logged and ends the
+    /// construction of the whole module. The sensor's inputs and outputs are not known yet: `environ.hardwareManager`
+    /// is empty.
     virtual std::shared_ptr<ControlProtocol::IProtocol>
     Create(ControlProtocol::ControlProtocolEnviron const& environ) = 0;
 

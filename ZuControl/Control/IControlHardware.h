@@ -6,11 +6,13 @@
 namespace ZuControl
 {
 
-/// One input or output of the sensor. What more it can do depends on its kind: see the class that stands beside each.
+/// One input or output of the sensor. Its kind decides which further operations it has: see the class beside each kind.
 ///
-/// Every call is a command to the sensor, which alone knows the state. Any thread may call, several at once; the sensor puts
-/// the commands in order. All operations but the first throw -1000 when the sensor takes no commands, and what the sensor
-/// throws.
+/// Ownership: the hardware manager owns the object. Threads: any, several at once. Every call but the first is a
+/// command to the sensor, which alone knows the state. It runs on the caller's thread, blocks until the sensor has
+/// carried it out, and does not pass through the queue of ControlProtocolOperations; the sensor puts the commands in
+/// order. All operations but the first throw `Zu::Status::WRONG_STATE`, no text, when the sensor takes no commands, and
+/// the exceptions of the sensor.
 class ZUCONTROL_API IControlHardware
 {
 public:
@@ -26,11 +28,12 @@ public:
     IControlHardware() noexcept;
     virtual ~IControlHardware(); // first of the slots that plug-ins call through: never move one
 
+    /// Does not change. Neither blocks nor throws.
     virtual ZuHardwareIOType HardwareIoType() const = 0;
 
     virtual bool IsEnabled() = 0;
 
-    /// Switches it on or off.
+    /// Switches the input or output on or off.
     virtual void Enable(bool enable) = 0;
 };
 

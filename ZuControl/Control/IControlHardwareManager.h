@@ -9,8 +9,11 @@
 namespace ZuControl
 {
 
-/// The inputs and outputs of the sensor, by kind and index. It is filled before a protocol starts and only looked up from then
-/// on, by any thread.
+/// The inputs and outputs of the sensor, by kind and index.
+///
+/// Ownership: the module owns the manager, and the manager owns its objects; both outlive the protocols. Threads and
+/// states: the manager is empty while protocols are constructed. The host fills it before it enables a protocol; from
+/// then on the content does not change, and any thread may call. No operation blocks.
 class ZUCONTROL_API IControlHardwareManager
 {
 public:
@@ -22,11 +25,12 @@ public:
     /// The kinds of which the sensor has any; empty without a sensor.
     virtual std::list<ZuHardwareIOType> SupportedHardwareInterfaces() const = 0;
 
-    /// How many of a kind there are; -999 for what is no kind.
+    /// How many objects of a kind there are. Throws `Zu::Status::NOT_FOUND`, no text, for a value that is no kind.
     virtual uint64 GetInterfaceCount(ZuHardwareIOType kind) const = 0;
 
-    /// The object of a kind, counted from 0: it can be cast to the class of its kind, and lives as long as the manager. -999
-    /// behind the last, -997 for what is no kind; neither has a text.
+    /// The object of a kind, counted from 0. The caller may cast it to the class of its kind. Throws
+    /// `Zu::Status::NOT_FOUND` for an index behind the last object and `Zu::Status::BAD_ARGUMENT` for a value that is
+    /// no kind; neither has a text.
     virtual IControlHardware& GetHardwareInterface(ZuHardwareIOType kind, uint64 index) = 0;
 };
 

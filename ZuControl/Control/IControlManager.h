@@ -15,6 +15,10 @@ namespace ZuControl
 class IControlInstance;
 
 /// The instances of all protocol types that this system supports. The set of instances never changes.
+///
+/// Threads: any; the operations neither block nor take a lock that is held while others run. The host calls the
+/// operations of ZuCommon::IPersistHandler one at a time; they block for as long as the protocols do. What a protocol
+/// throws during them is logged and not passed on, and the other protocols go on.
 class ZUCONTROL_API IControlManager : public ZuCommon::IPersistHandler
 {
 public:
@@ -34,12 +38,16 @@ public:
     /// The type names of all instances, in byte-wise order.
     virtual std::vector<std::string> List() const = 0;
 
-    /// The instance of a type, which lives as long as the manager. -999 for an unknown or unsupported type.
+    /// The instance of a type, which lives as long as the manager. Throws `Zu::Status::NOT_FOUND` for an unknown or
+    /// unsupported type.
     virtual IControlInstance& GetInstance(std::string const& typeName) = 0;
 
-    /// Adds a handler that runs on the thread of the load, before and after it. One that throws ends the load there and
-    /// then: no change counts as a change of the job any more until a later load has run to its end.
+    /// Adds a handler that runs on the thread that loads the job or sets it to its defaults, before and after that. An
+    /// exception of a handler ends the operation at once and reaches the host. After a load that has ended so, no
+    /// change counts as a change of the job until a later load has run to its end.
     virtual CallbackId AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) = 0;
+
+    /// Does not wait for a call that has begun.
     virtual void RemovePersistenceLoadEventHandler(CallbackId id) = 0;
 };
 

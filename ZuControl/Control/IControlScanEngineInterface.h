@@ -15,8 +15,12 @@ class ISensor;
 namespace ZuControl
 {
 
-/// All that a protocol may do to, or learn about, a scanner. A scanner is named by its id; the empty id means the first
-/// scanner of the first engine that has any. Several threads may be inside at once.
+/// The operations on a scanner that the module carries out for protocols. A scanner is named by its id; the empty id
+/// means the first scanner of the first engine that has any.
+///
+/// Protocols do not call this: they use ControlProtocolOperations, IControlDataCache and IControlHardwareManager, whose
+/// workers call it, several at once. Operations block until the scanner has answered, and throw the exceptions of the
+/// scanner and `Zu::Status::NOT_FOUND` without a scanner.
 class ZUCONTROL_API IControlScanEngineInterface
 {
 public:
@@ -33,7 +37,7 @@ public:
     {
         std::string id;                ///< of the scanner that answered
         int64 currentEncoderValue = 0; ///< the lowest number: no reading
-        uint64 currentSyncTime = 0;    ///< times 1000, divided by 1024; all ones: no reading
+        uint64 currentSyncTime = 0;    ///< the scanner's number times 1000, divided by 1024; all ones: no reading
         ControlAlignmentState alignmentState = ALIGNMENT_STATE_0;
         bool laserEnabled = true;
     };
@@ -47,13 +51,13 @@ public:
     virtual void Alignment(std::string const& scannerId) = 0;
     virtual void ClearAlignment(std::string const& scannerId) = 0;
 
-    /// The event is the scanner's, which fires it on a thread of its own.
+    /// The event belongs to the scanner, which fires it on a thread of its own.
     virtual Zu::Event<ZuScan::AlignCompletionStatus>& AlignmentCompletedEvent(std::string const& scannerId) = 0;
 
-    /// Fills `info`; a scanner that tells nothing of itself leaves it as it is.
+    /// Fills `info`. A scanner that offers no information leaves `info` unchanged.
     virtual void ScannerInfo(std::string const& scannerId, ScannerStateInfo& info) = 0;
 
-    /// The first sensor that can serve, or null. It stays the engine's.
+    /// The first sensor of the first scanner that has one, or null. The engine owns it.
     virtual ZuScan::ISensor* FindSupportedSensor() = 0;
 };
 

@@ -9,33 +9,42 @@
 namespace ZuControl
 {
 
-/// Takes one protocol's result sets in and hands them out in batches on a thread of its own.
+/// Takes in the result sets of one protocol and hands them to its handlers in batches, on a thread of its own.
+///
+/// Protocols reach it through IControlScanResults. Any thread may call.
 class ZUCONTROL_API IControlScanResultsDispatcher
 {
 public:
     IControlScanResultsDispatcher() noexcept;
     virtual ~IControlScanResultsDispatcher(); // first of the slots that others call through: never move one
 
-    /// Adds a handler, which receives the `wArrayList` of the sets that have gathered. The list is valid for the call only;
-    /// who wants a set for longer takes a reference. A handler must not call this, the removal or the count on its own
-    /// dispatcher, nor stop it. An empty function is not stored and gives an id that is not valid.
+    /// Adds a handler, which receives the `wArrayList` of the sets that have gathered. The list is valid for the call
+    /// only; a handler takes a reference to a set to keep it. Waits for a running batch: a handler must not call this,
+    /// `RemoveResultHandler`, `ResultHandlerCount` or `Stop` on its own dispatcher. When a handler throws, the
+    /// exception is logged and the thread ends: nothing is delivered until `Stop` and `Start`. An empty function is not
+    /// stored and gives an id that is not valid.
     virtual Zu::Event<void*>::CallbackId AddResultHandler(std::function<void(void*)> handler) = 0;
 
     /// Waits for a running batch; does nothing for an id that is not valid.
     virtual void RemoveResultHandler(Zu::Event<void*>::CallbackId id) = 0;
 
-    /// Takes a reference to `resultSet` and returns at once, whatever the handlers do.
+    /// Takes a reference to `resultSet` and returns without waiting for the handlers. Throws the platform's status when
+    /// the list cannot grow.
     virtual void AddResult(void* resultSet) = 0;
 
+    /// Waits for a running batch.
     virtual uint64 ResultHandlerCount() = 0;
 
-    /// -1000 when it runs already.
+    /// Starts the thread. Throws `Zu::Status::WRONG_STATE` when the dispatcher runs already, also when its thread has
+    /// died.
     virtual void Start() = 0;
 
-    /// Ends the thread and drops what waits. Does nothing when it does not run.
+    /// Waits for a running batch, ends the thread and drops the sets that wait. Does nothing when the dispatcher does
+    /// not run. `Start` and `Stop` must not run beside each other.
     virtual void Stop() = 0;
 
-    /// A number that is kept for the fan-out; it changes nothing here.
+    /// Stores the number of clients for the fan-out; the dispatcher itself does not use it. Neither this nor its reader
+    /// blocks.
     virtual void SetClientCount(uint64 count) = 0;
     virtual uint64 GetClientCount() = 0;
 };

@@ -11,20 +11,23 @@
 namespace ZuControl
 {
 
-/// All that a protocol may do to, or learn about, the system as a whole. Operations run on the caller's thread until they
-/// are done and throw what fails; several threads may be inside at once.
+/// The operations on the system as a whole that the module carries out for protocols.
+///
+/// Protocols do not call this: they use ControlProtocolOperations and IControlDataCache, whose workers call it, several
+/// at once. An operation blocks until it is done and throws the exceptions of the core and of the jobs. `LoadJob`,
+/// `Start`, `Stop` and `FactoryRestore` call protocols on the calling thread.
 class ZUCONTROL_API IControlSystemInterface
 {
 public:
     /// A snapshot of the system.
     struct SystemStats
     {
-        uint64 upTime = 0;     ///< of the system, in the unit of the metric; all ones when it is not told
+        uint64 upTime = 0;     ///< of the system, in the unit of the metric; all ones when the metric is missing
         uint64 appUpTime = 0;  ///< of the application, likewise
         std::string loadedJob; ///< empty when none is loaded
         ZuCore::RunState runState{};
         std::vector<uint32> linkStatus;   ///< per network interface
-        std::vector<uint64> linkCapacity; ///< per network interface, empty when it is not told
+        std::vector<uint64> linkCapacity; ///< per network interface, empty when the metric is missing
     };
 
     IControlSystemInterface() noexcept;
@@ -36,7 +39,7 @@ public:
     virtual void Restart() = 0;
     virtual void LoadJob(std::string const& name) = 0;
 
-    /// Fills `stats`; what was filled before something failed stays filled.
+    /// Fills `stats`. Members that are filled before an exception stay filled.
     virtual void Stats(SystemStats& stats) = 0;
 
     virtual void SetNextIpConfig(wIpConfig const& config) = 0;

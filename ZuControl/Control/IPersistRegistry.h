@@ -14,17 +14,21 @@ class IPersistHandler;
 namespace ZuControl
 {
 
-/// Where those register who have something to keep. The host implements it.
+/// Registers the handlers of settings that the host stores. The host implements it, and outlives the module with it.
 class ZUCONTROL_API IPersistRegistry
 {
 public:
-    /// From now on `handler` is asked to initialise, load and save, under `name`. Gives the id of the registration.
+    /// From now on the host lets `handler` initialise, load and save its settings, under `name`. Returns the id of the
+    /// registration. The module calls this at the end of its construction; an exception ends the construction.
     virtual uint64 Register(ZuCommon::IPersistHandler& handler, std::string const& name) = 0;
 
-    /// Ends a registration; no operation of the handler begins after this.
+    /// Ends a registration. No operation of the handler begins after this, and it waits for one that is running. The
+    /// module calls this first in its destructor, and logs an exception.
     virtual void Deregister(uint64 id) = 0;
 
-    /// What `handler` keeps in `domain` differs from what was saved. `reserved` is 0.
+    /// Says that the settings of `handler` in `domain` differ from those that were saved. `reserved` is 0. Called on
+    /// any thread, also one of a protocol, and with the update gate held: it must not block. An exception reaches the
+    /// caller of the `End...` or of the notification that has changed the settings.
     virtual void MarkModified(ZuCommon::IPersistHandler& handler, ZuCommon::PersistDomain domain, uint64 reserved) = 0;
 
 protected:
