@@ -52,7 +52,7 @@ public:
     virtual DataCacheSystemStats SystemStats(uint64 timeoutUsec) = 0;
 
     /// The cache holds one scanner at a time. Throws `Zu::Status::NOT_FOUND` when it holds none, or another one than
-    /// `scannerId`. The empty id takes the scanner that the cache holds, and zeros when it holds none.
+    /// `scannerId`. The empty id takes the scanner that the cache holds, and a default record when it holds none.
     virtual DataCacheScannerInfo ScannerInfo(std::string const& scannerId, uint64 timeoutUsec) = 0;
 };
 

@@ -15,8 +15,8 @@ struct ControlProtocolEnviron;
 
 /// Makes protocols of one type. Plug-ins implement it and keep their factories alive for as long as they are loaded.
 ///
-/// The module calls the factory on the host's main thread while the module is constructed, once for each type that the
-/// system supports and in the order of the type names. No other thread is inside the module then.
+/// The module calls the factory in its constructor, on the thread that builds it (in the host, the main thread): once
+/// for each type that the system supports, in the order of the type names.
 class ZUCONTROL_API IControlFactory
 {
 public:

@@ -23,7 +23,7 @@ namespace ZuControl::ControlProtocol
 namespace
 {
 
-/// The text of a command as a text that surely ends.
+/// The command with a NUL at the end of its text.
 ControlRegisterCommandData Ended(ControlRegisterCommandData command)
 {
     command.text[ControlRegisterCommandData::TEXT_SIZE - 1] = '\0';
@@ -52,7 +52,7 @@ ProtocolBase::ProtocolBase(ZuEthernetProtocol protocol, char const* protocolDisp
     {
         scannerOptional = AskScannerOptional(*environ.deployment);
     }
-    catch (...) // the destructor will not run: what was registered goes here
+    catch (...) // the destructor will not run: the handler is removed here
     {
         operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId);
         throw;
@@ -61,7 +61,8 @@ ProtocolBase::ProtocolBase(ZuEthernetProtocol protocol, char const* protocolDisp
 
 ProtocolBase::~ProtocolBase()
 {
-    // The removal does not wait for a handler that is running; the gate does, and is closed before any member goes.
+    // The removal does not wait for a handler that is running. The gate does, and is closed before any member is
+    // destroyed.
     ZU_GUARD_DESTRUCTOR([this] { operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId); });
     opEndGate.Close();
     CloseResultHandlerGate();
@@ -258,7 +259,7 @@ void ProtocolBase::ConfigureDefaultRegisterAssembly()
 
 std::vector<std::string> ProtocolBase::DataSourceList() const
 {
-    if (registerAssemblyGroup != nullptr) // an empty group wins over the outputs, too
+    if (registerAssemblyGroup != nullptr) // an empty group has precedence over the outputs, too
     {
         return registerAssemblyGroup->DataSourceList();
     }
@@ -466,7 +467,7 @@ void ProtocolBase::OpEndEventHandler(int status)
 
 void ProtocolBase::EndCommand(ControlRegisterCommandStatus status)
 {
-    // In this order, so that nobody who sees the operation ended reads the status of the command before it.
+    // In this order: a reader that sees the end of the operation must not read the status of the previous command.
     commandStatus.store(status, std::memory_order_relaxed);
     SetOperationInProgress(false);
 }

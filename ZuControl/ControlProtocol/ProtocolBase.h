@@ -24,12 +24,14 @@ class ControlInfo;
 namespace ZuControl::ControlProtocol
 {
 
-/// What all protocols share: their parameters, outputs and register assemblies as far as they have them, three internal
-/// events, the place in the result fan-out, and the commands common to all protocols.
+/// The base of all protocols: their parameters, outputs and register assemblies as far as they have them, three
+/// internal events, the registration at the result fan-out, and the commands common to all protocols. IProtocol states
+/// the contract of each operation.
 ///
-/// A derived class calls `Init` before anybody asks for what it hands over, and gives start, stop, metrics and the
-/// parameter operations. Its destructor stops it; by then its instance has seen to it that no results come any more.
-/// Threads: no lock. Commands arrive on a thread of the protocol, their ends on "CtlProtoOp.Disp".
+/// A derived class calls `Init` in its constructor, and implements start, stop, metrics and the parameter operations.
+/// Its destructor calls `CloseResultHandlerGate` first and then stops the service.
+/// Threads: the class takes no lock around a call; the events guard their lists. Commands arrive on a thread of the
+/// protocol, their ends on "CtlProtoOp.Disp".
 class ZUCONTROL_API ProtocolBase : public IProtocol
 {
 public:
@@ -78,39 +80,42 @@ public:
     void UpdateConnectedClientCount(uint64 count) override;
     ControlRegisterCommandStatus CompletedOperationStatus() const override;
 
-    /// Throws -999, no text, where the system has none.
     IControlHardwareManager& HardwareManager() override;
     void InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
     Zu::Properties::Structure const& GetMetrics() const override;
 
-    /// The end of the operation that a command began: status 1 is success.
+    /// Ends the operation that a command began: `Zu::Status::SUCCESS` is success, any other status a failure. Called on
+    /// "CtlProtoOp.Disp", or by the derived class on its own thread. Neither blocks nor throws.
     void OperationCompleted(int status);
 
-    /// From now on no result sets reach this protocol; a batch in progress on another thread has ended. For whoever is
-    /// about to let the protocol go while the fan-out still knows it. A new registration opens the way again.
+    /// Ends the delivery of result sets to this protocol, and waits for a batch in progress on another thread. The
+    /// owner calls this before it destroys a protocol whose handler the fan-out still has. A new registration delivers
+    /// again.
     void CloseResultHandlerGate() noexcept;
 
 protected:
-    /// What `environ` refers to outlives the protocol. Throws -997 without operations or without the deployment.
+    /// The objects that `environ` points to outlive the protocol. Throws `Zu::Status::BAD_ARGUMENT` without operations
+    /// or without the deployment.
     ProtocolBase(ZuEthernetProtocol protocol, char const* protocolDisplayName, ControlProtocolEnviron const& environ);
 
     static void Describe(ControlInfo& info);
 
-    /// Replaces whatever was handed over before.
+    /// Stores the pointers of `initParams`, in place of earlier ones. Call it in the constructor: other threads read
+    /// the pointers without a lock later.
     void Init(ProtocolInitParams& initParams);
 
-    /// Begins the operation of a received command. What the operations refuse leaves as their exception, and the
-    /// operation still counts as in progress: the derived class decides what its client sees, with
-    /// `SetOperationInProgress`.
+    /// Begins the operation of a received command and does not wait for its end. A refusal, `Zu::Status::BUSY` or
+    /// `Zu::Status::BAD_ARGUMENT`, leaves as an exception, and the operation still counts as in progress: the derived
+    /// class decides what its client sees, with `SetOperationInProgress` or `OperationCompleted`.
     void ProcessReceivedCommonCommands(ControlRegisterCommandData command);
 
-    /// Whether the two ask for the same; the request id plays no part.
+    /// Whether the two commands ask for the same operation; the request id does not count.
     bool IsDuplicateCommand(ControlRegisterCommandData first, ControlRegisterCommandData second);
 
-    /// Reports control drops as a problem: at every check from the first drop on, until the next scan start. Throws -999,
-    /// no text, without a metrics record.
+    /// Reports control drops as a problem: at every check from the first drop on, until the next scan start. Call it in
+    /// `UpdateMetrics`, on one thread at a time. Throws `Zu::Status::NOT_FOUND`, no text, without a metrics record.
     void CheckControlDrops();
 
     ControlRegisterCommandStatus GetCommandStatus();
@@ -120,7 +125,7 @@ protected:
     /// Whether the system runs without a scanner of its own.
     bool ScannerIsOptional() const;
 
-    bool derivedFlag = false; ///< the derived class's to use
+    bool derivedFlag = false; ///< for the derived class; the base does not use it
     void* const allocator;
     char const* paramsVersion = "1";
 
@@ -138,12 +143,13 @@ private:
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
     std::string const displayName;
     std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId> resultHandlerId;
-    // The protocol notifies on threads of its own, also while its instance goes and takes its handlers with it.
+    // Each list is guarded: the protocol notifies on threads of its own, also while its instance is destroyed and
+    // removes its handlers.
     Zu::Event<bool> paramsInternalUpdateEvent;
     Zu::Event<ProtocolStatus> protocolStatusUpdateEvent;
     Zu::Event<bool> outputsInternalUpdateEvent;
-    std::atomic<IControlScanResults*> scanResults{nullptr}; // not owned: it publishes nothing but the address
-    std::atomic<bool> operationInProgress{false};           // publishes the status below when it falls
+    std::atomic<IControlScanResults*> scanResults{nullptr}; // not owned; publishes nothing but the address
+    std::atomic<bool> operationInProgress{false};           // publishes `commandStatus` when it becomes false
     std::atomic<ControlRegisterCommandStatus> commandStatus{CommandStatusNone};
     ControlProtocolOperations* const operations;
     Zu::Event<int>::CallbackId opEndHandlerId;

@@ -21,8 +21,8 @@ namespace ZuControl::ControlProtocol
 class IProtocolOutput;
 class IProtocolRegisterAssemblyGroup;
 
-/// What a derived protocol hands to `ProtocolBase::Init`. All of it stays the protocol's and outlives the base's use; what
-/// a protocol does not have is null.
+/// The objects that a derived protocol gives to `ProtocolBase::Init`; a pointer is null when the protocol has no such
+/// object. The derived protocol owns them and keeps them for its whole life.
 struct ProtocolInitParams
 {
     Zu::Params::Group* params = nullptr;
