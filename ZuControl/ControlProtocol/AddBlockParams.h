@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Which blocks to add.
+/// The blocks to add.
 struct ZUCONTROL_API AddBlockParams : public Zu::Params::Group
 {
     AddBlockParams();

@@ -11,13 +11,13 @@ extern template class Zu::Params::Array<ZuPipe::PipeDataFormatProps>;
 namespace ZuControl::ControlProtocol
 {
 
-/// What the records of all output maps begin with.
+/// The first members of the records of all output maps.
 struct ZUCONTROL_API CommonProtocolOutputProp : public Zu::Params::Group
 {
     CommonProtocolOutputProp();
     ~CommonProtocolOutputProp() override;
 
-    Zu::Params::Array<ZuPipe::PipeDataFormatProps> acceptedDataFormats; ///< what the protocol takes; it tells clients
+    Zu::Params::Array<ZuPipe::PipeDataFormatProps> acceptedDataFormats; ///< shown to clients
 };
 
 } // namespace ZuControl::ControlProtocol

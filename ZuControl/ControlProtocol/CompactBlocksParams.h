@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// From which output id on the blocks are to follow each other without gaps.
+/// The output id from which the blocks follow each other without gaps.
 struct ZUCONTROL_API CompactBlocksParams : public Zu::Params::Group
 {
     CompactBlocksParams();

@@ -7,7 +7,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// The commands common to all protocols; a client sends other numbers too, so a received one is kept as a plain byte.
+/// The commands common to all protocols. A client may send other numbers, so a received number is kept as a plain byte.
 enum ControlRegisterCommandId : uint8
 {
     CommandNone = 0,
@@ -25,7 +25,7 @@ struct ControlRegisterCommandData
     static constexpr std::size_t TEXT_SIZE = 64;
 
     uint16 requestId;     ///< the client's number for this request; echoed in the result
-    uint8 commandId;      ///< a ControlRegisterCommandId, or whatever else the client sent
+    uint8 commandId;      ///< a ControlRegisterCommandId, or another number that the client has sent
     char text[TEXT_SIZE]; ///< scanner id or job name: at most 63 characters and a NUL
 };
 

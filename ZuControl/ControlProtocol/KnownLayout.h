@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// An encoder whose layout the compiler knows.
+/// An encoder with a layout that is known at compile time.
 template <uint8 BYTES_PER_REGISTER, bool IS_BIG_ENDIAN>
 struct KnownLayout final
 {
@@ -19,8 +19,8 @@ struct KnownLayout final
     }
 };
 
-/// Calls `writeFields` once, with the encoder of this layout: what writes several fields does not ask for the layout again
-/// with each of them. Nothing is called for a register size that no value can be written with.
+/// Calls `writeFields` once, with the encoder of this layout, so that the layout is chosen once for several fields.
+/// Calls nothing for a register size other than 1 and 2.
 template <typename WriteFields>
 void WithLayout(uint8 bytesPerRegister, bool isBigEndian, WriteFields const& writeFields)
 {

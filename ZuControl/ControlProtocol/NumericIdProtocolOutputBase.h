@@ -7,7 +7,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// An output map whose ids are plain numbers: it hands out ids, closes gaps and makes room for an item in a run of ids.
+/// An output map with plain numbers as ids: it assigns ids, closes gaps and makes room for an item in a run of ids.
 ///
 /// A kind with records of its own includes "ZuControl/ControlProtocol/NumericIdProtocolOutputBaseDefinition.h" where it
 /// instantiates the template.
@@ -22,20 +22,21 @@ public:
     NumericIdProtocolOutputBase(NumericIdProtocolOutputBase const&) = delete;
     NumericIdProtocolOutputBase& operator=(NumericIdProtocolOutputBase const&) = delete;
 
-    /// Takes an `Outputs`, else std::bad_cast. Adds its items behind the last one, with the ids that follow; these are
-    /// written into the caller's record, also for what is refused. One bad item does not stop the others: at the end the
-    /// last failing status is thrown, -997 or -987. -977 at once when the map is full; what came in stays. Behind the invalid
-    /// id, which a shift may give to the last item, every item is refused.
+    /// Takes an `Outputs`, else throws std::bad_cast. Adds its items behind the last item, with the ids that follow.
+    /// The ids are written into the caller's record, also those of refused items. A refused item does not stop the
+    /// others: at the end the last failing status is thrown, `Zu::Status::BAD_ARGUMENT` or
+    /// `Zu::Status::ALREADY_EXISTS`. A full map throws `Zu::Status::FULL` at once. Items that are added by then stay.
+    /// When a shift has given the invalid id to the last item of the map, every new item is refused.
     void AddAll(Zu::Params::Group& outputs) override;
 
     /// The items get the ids from 0 on; their order stays.
     void CompactId() override;
 
-    /// A taken new id is no refusal of its own: the items there may shift.
+    /// A new id that is taken is not refused as such: the items there may shift.
     void UpdateId(Zu::Params::Group& outputsArgs) override;
 
-    /// Adds `item` at `index`. The items there move to the next id each, until a free one takes the shift up; the last id
-    /// of all may become the invalid one.
+    /// Adds `item` at `index`. The items from there on move to the next id each, up to the first free id. The last item
+    /// may get the invalid id.
     void OverlapInsert(uint64 index, OutputItem const& item) override;
 
     bool IsDataShiftSupported() const override; ///< true

@@ -71,7 +71,7 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
     if (count > 0)
     {
         uint16 const lastId = this->outputs.map.At(count - 1).outputId.Get();
-        // A shift may leave the invalid id as the last one. In 16 bits the id behind it is 0, which would break the order of
+        // A shift may give the last item the invalid id. In 16 bits the next id is 0, which would break the order of
         // the map: every entry is refused instead.
         nextId = lastId == OutputItem::DEFAULT_OUTPUT_ID ? lastId : static_cast<uint16>(lastId + 1);
     }

@@ -10,11 +10,11 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// What an output map looks up, beside its records: the output ids in item order, and the sources.
+/// The lookup of an output map, beside its records: the output ids in item order, and the sources.
 ///
-/// A map of many thousand items would otherwise walk all its records for every source that comes in. What it answers is what
-/// a look at the records answers: an id and a source for each item, also where an id or a source is there twice.
-/// Threads: none of its own; the map's lock guards it.
+/// Without it a map of many thousand items would walk all its records for every new source. It holds an id and a source
+/// for each item, also where two items have the same id or source.
+/// Threads: the class takes no lock; the map's lock guards it.
 template <typename OutputId>
 class ZUCONTROL_API OutputMapIndex final
 {
@@ -31,11 +31,11 @@ public:
     /// Whether there is an item at `position` and it has this id.
     bool HasIdAt(uint64 position, OutputId const& id) const;
 
-    /// Bisection: the position of an item with this id, else the place where it belongs; the count is behind the last. Ids
-    /// that are out of order lead it anywhere within the count.
+    /// Bisection: the position of an item with this id, else the position where the item belongs, up to the count. With
+    /// ids out of order the result may be any position up to the count.
     uint64 FindPlace(OutputId const& id) const;
 
-    // `position` lies within the count, for `Insert` also at it. The old source is what the item had so far.
+    // `position` is below the count, for `Insert` at most the count. The old source is the item's present source.
     void Insert(uint64 position, OutputId const& id, std::string const& source);
     void Replace(uint64 position, OutputId const& id, std::string const& oldSource, std::string const& newSource);
     void SetId(uint64 position, OutputId const& id);

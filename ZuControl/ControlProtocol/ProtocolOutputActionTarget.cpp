@@ -40,8 +40,8 @@ std::shared_ptr<Zu::Params::Group> ProtocolOutputActionTarget::GetActionParams(s
 std::shared_ptr<Zu::Params::Group> ProtocolOutputActionTarget::InvokeAction(std::string const& actionId,
                                                                             Zu::Params::Group const& params)
 {
-    // The caller gets back the ids that were handed out and the item that was moved. An argument record is never a constant
-    // object: it comes from GetActionParams.
+    // The caller's record receives the ids that are assigned and the item that is moved. An argument record is never a
+    // constant object; see IControlActionTarget.
     auto& changedParams = const_cast<Zu::Params::Group&>(params);
     if (actionId == PROTOCOL_OUTPUT_ACTION_ID_ADD)
     {

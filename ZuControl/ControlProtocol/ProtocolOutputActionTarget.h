@@ -34,11 +34,12 @@ public:
 
     std::vector<ControlActionInfo> ListActions() const override;
 
-    /// Throws -999 for an action that does not exist.
+    /// Throws `Zu::Status::NOT_FOUND` for an action that does not exist.
     std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& actionId) const override;
 
-    /// The result is empty: an action ends well or throws. "addAll" and "updateId" write into `params`, which must not be a
-    /// constant object. Throws -999 for an action that does not exist, and what the map throws.
+    /// Returns an empty group: an action succeeds or throws. "addAll" and "updateId" write into `params`, which must
+    /// not be a constant object. Throws `Zu::Status::NOT_FOUND` for an action that does not exist, and the exceptions
+    /// of the map.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;
 

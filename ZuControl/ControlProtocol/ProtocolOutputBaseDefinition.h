@@ -32,7 +32,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Begin
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::EndLock()
 {
-    lockHeld.store(0, std::memory_order_relaxed); // first: the next holder must not find its own mark cleared
+    lockHeld.store(0, std::memory_order_relaxed); // before the exit, which lets the next holder set it
     ZU_CHECK(wLock_Exit(lock));
 }
 
@@ -205,7 +205,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add_H
     }
     if (!IsDataShiftSupported() || autoShift)
     {
-        OverlapInsert(place, item); // where nothing can shift, this is what refuses
+        OverlapInsert(place, item); // a kind that cannot shift refuses here
         return;
     }
     ZU_LOG_USER_ERROR(
@@ -255,7 +255,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
         ZU_LOG_USER_ERROR(
             "Unable to update output id for data source %1$s. The specified address would cause the selected "
             "source to overlap addresses used by an existing data source.",
-            source); // no brackets round the source here
+            source); // unlike the two texts below, without brackets round the source
         ZU_LOG_ERROR("Unable to update output id for data source [%s]. The specified address would cause the selected "
                      "source to overlap addresses used by an existing data source.",
                      source);
@@ -264,7 +264,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
                  "source to overlap addresses used by an existing data source.",
                  source);
     }
-    // From here on the item is in the argument alone: what refuses it at its new id loses it.
+    // From here on the item is in the argument alone: a refusal at the new id loses it.
     EraseItem(found);
     Add_Helper(moved, autoShift);
 }
@@ -283,12 +283,12 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Shift
     }
     BeginChange();
     AddEmptyItem();
-    uint64 next = oldCount; // to be written: what stood here stands one place up already
+    uint64 next = oldCount; // the next place to write; its item has been copied one place up already
     try
     {
         for (; next > index; --next)
         {
-            // The elements stay where they are: others may observe them.
+            // Copies values and does not move elements: observers may be attached to the elements.
             outputs.map.At(next).TakeOver(outputs.map.At(next - 1));
         }
         OutputItem const& opened = outputs.map.At(index);
@@ -328,7 +328,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Inser
     uint64 const oldCount = outputs.map.Count();
     if (index == oldCount && oldCount < maxCount)
     {
-        AppendItem(item); // in order, as saved maps are: nothing has to make room
+        AppendItem(item); // the usual case, since saved maps are in order: nothing has to make room
         return;
     }
     ShiftOutputMap(index);
@@ -366,7 +366,7 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::EraseItem(uint64 index)
 {
     BeginChange();
-    lookup.Erase(index, outputs.map.At(index).source.Get()); // refuses an index behind the last item
+    lookup.Erase(index, outputs.map.At(index).source.Get()); // `At` throws for an index behind the last item
     outputs.map.Remove(index);
     EndChange();
 }
@@ -438,7 +438,7 @@ OutputItem& ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>
     }
     catch (...)
     {
-        outputs.map.Resize(oldCount); // the element may be there already when its schema finds no room
+        outputs.map.Resize(oldCount); // the element may exist already when there is no memory for its schema
         throw;
     }
 }
@@ -455,7 +455,7 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::BeginChange()
 {
     Lookup();
-    isLookupStale = true; // stays so when an observer or the memory breaks the change off
+    isLookupStale = true; // stays so when the change fails, by an observer's exception or for want of memory
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>

@@ -55,8 +55,8 @@ std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::InvokeA
 {
     if (actionId == REGISTER_ASSEMBLY_ACTION_ID_ADD)
     {
-        // The caller gets back what was settled for its blocks. An argument record is never a constant object: it comes
-        // from GetActionParams.
+        // The caller's record receives the display names and output ids of its blocks. An argument record is never a
+        // constant object; see IControlActionTarget.
         assembly.Add(const_cast<Zu::Params::Group&>(params));
     }
     else if (actionId == REGISTER_ASSEMBLY_ACTION_ID_REMOVE)

@@ -32,12 +32,12 @@ public:
 
     std::vector<ControlActionInfo> ListActions() const override;
 
-    /// Throws -999, no text, behind a log line for an action that does not exist.
+    /// Writes a log line and throws `Zu::Status::NOT_FOUND`, no text, for an action that does not exist.
     std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& actionId) const override;
 
-    /// The result is empty: an action ends well or throws. "add" fills display names and output ids into `params`, which
-    /// must not be a constant object. Throws -999, no text, for an action that does not exist, std::bad_cast for a record
-    /// of another class, and what the assembly throws.
+    /// Returns an empty group: an action succeeds or throws. "add" fills display names and output ids into `params`, which
+    /// must not be a constant object. Throws `Zu::Status::NOT_FOUND`, no text, for an action that does not exist,
+    /// std::bad_cast for a record of another class, and the exceptions of the assembly.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;
 

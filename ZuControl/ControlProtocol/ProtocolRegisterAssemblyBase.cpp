@@ -19,7 +19,7 @@ namespace ZuControl::ControlProtocol
 namespace
 {
 
-/// The last id of a block in full arithmetic; below the first of a type without registers only.
+/// The last id of a block, in 32 bits. It is below the first id only for a type without registers.
 uint32 LastIdOf(uint16 firstId, uint16 registerCount)
 {
     return uint32{firstId} - 1 + registerCount;
@@ -58,7 +58,7 @@ void ProtocolRegisterAssemblyBase::BeginLock()
 
 void ProtocolRegisterAssemblyBase::EndLock()
 {
-    lockHeld.store(false, std::memory_order_relaxed); // first: the next holder must not find its own flag cleared
+    lockHeld.store(false, std::memory_order_relaxed); // before the exit, which lets the next holder set it
     ZU_CHECK(wLock_Exit(lock));
 }
 
@@ -187,7 +187,7 @@ void ProtocolRegisterAssemblyBase::InitDefaultRegisterBlocksForRegisterAssembly(
     {
         if (type->MinInstanceCount() != 0)
         {
-            params.blocks.Add().type.Set(type->Type()); // one, also where the least number is more than one
+            params.blocks.Add().type.Set(type->Type()); // one block, also when the minimum is above one
         }
     }
     if (params.blocks.Count() > 0)
@@ -434,7 +434,7 @@ void ProtocolRegisterAssemblyBase::ShiftRegisterAddresses(Position position, uin
 {
     if (IsGlobal())
     {
-        // All registers of the tail are counted, also those of the excluded block and where gaps would take the shift up.
+        // Counts all registers of the blocks that may move, also those of the excluded block and those behind a gap.
         uint32 const needed = uint32{UsedRegistersCount(position)} + static_cast<uint16>(endId - startId + 1);
         if (needed > static_cast<uint16>(OutputIdMax() - startId + 1))
         {
@@ -484,7 +484,7 @@ void ProtocolRegisterAssemblyBase::UpdateBlockProperties(Position position, Upda
     {
         MoveBlock(position, newParams.outputId.Get(), params.autoShift.Get());
     }
-    // An empty text leaves what is there: an update can empty no field.
+    // An empty text leaves the field unchanged: an update cannot empty a field.
     if (!newParams.scannerId.Get().empty())
     {
         block->SetScannerId(newParams.scannerId.Get());
@@ -517,7 +517,7 @@ void ProtocolRegisterAssemblyBase::MoveBlock(Position position, uint16 newId, bo
         }
         newEnd = static_cast<uint16>(LastIdOf(newId, block.RegisterCount()));
     }
-    // Excluded, so that the block never conflicts with its old place.
+    // The block itself is excluded, so that it does not conflict with its old place.
     Position const target = GetInsertPosition(newId, newEnd, autoShift, block.OutputId());
     placement.Move(position, target, newId);
 }

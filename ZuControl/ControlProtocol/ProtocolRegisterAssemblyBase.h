@@ -22,17 +22,18 @@ namespace ZuControl::ControlProtocol
 struct RegisterBlockParams;
 struct UpdateBlockParams;
 
-/// The blocks of a register space, sorted by output id and never overlapping; blocks in the way can be made to move on.
+/// The blocks of a register space, sorted by output id and never overlapping. With `autoShift` a change moves the
+/// blocks that are in its way to higher ids.
 ///
-/// There are two address models. With the global address space an output id is a register address: a block takes as many
-/// ids as it has registers, all of them within the assembly's range. Without it an output id is a plain number: a block takes one
-/// and the range is not looked at.
-/// Ownership: of the types and, shared, of the blocks; neither outlives the assembly.
-/// Threads: any. `Add` and `Remove` take the lock for each element and not for the call, so that others may see a list that
-/// is half done. What a call has changed before it fails stays changed. Observers of a block's output id run under the lock
-/// while blocks are moved; they must not call `Add`, `Remove`, `Update` or `Compact`.
-/// A plug-in may also set output ids of blocks and register counts of types without the assembly, with the lock held. The
-/// assembly then goes by the new values; it does not check them.
+/// There are two address models. With the global address space an output id is a register address: a block takes as
+/// many ids as it has registers, all of them within the assembly's range. Without it an output id is a plain number: a
+/// block takes one id, and the range is not checked.
+/// Ownership: the assembly owns the types and shares the blocks; neither outlives the assembly.
+/// Threads: any. `Add` and `Remove` take the lock for each element and not for the call, so that another thread may see
+/// some of the elements changed and others not. Observers of a block's output id run under the lock while blocks are
+/// moved; they must not call `Add`, `Remove`, `Update` or `Compact`.
+/// A plug-in may also set output ids of blocks and register counts of types without the assembly, with the lock held.
+/// The assembly then goes by the new values; it does not check them.
 class ZUCONTROL_API ProtocolRegisterAssemblyBase : public IProtocolRegisterAssembly
 {
 public:
@@ -40,8 +41,8 @@ public:
     /// For names that plug-ins give to the instances of one block type.
     static constexpr char const* REGISTER_BLOCK_INSTANCE_FORMATID_DELIMITER = "-";
 
-    /// Throws -997 for a range that is none or reaches beyond the last valid id, and for an identifier that is null or
-    /// empty, in this order.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for a minimum above the maximum, a maximum above the last valid id, and an
+    /// identifier that is null or empty, in this order.
     explicit ProtocolRegisterAssemblyBase(bool isGlobalAddressSpaceUsed = false, uint16 outputIdMin = 0,
                                           uint16 outputIdMax = LAST_VALID_OUTPUT_ID,
                                           char const* id = DEFAULT_REGISTER_ASSEMBLY_ID,
@@ -61,7 +62,7 @@ public:
     void Update(Zu::Params::Group const& params) override;
     void ResetRegisterAssembly() override;
 
-    /// Gives the blocks of a new configuration. `Add` is called with the lock held.
+    /// Calls `Add` with the lock held.
     void InitDefaultRegisterBlocksForRegisterAssembly() override;
 
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> const&
@@ -79,12 +80,13 @@ public:
     std::vector<std::string> DataSourceList() const override;
     char const* Id() const override;
 
-    /// Sets the byte order of all types; blocks that are placed follow at once.
+    /// Sets the byte order of all types and with it that of the placed blocks.
     void ChangeBigEndianSupportedBlocks(bool isProtocolBigEndian);
 
-    /// Grows with every change of the list, of an id, of a register count, of a name, of a data source or of the byte order;
-    /// an id or a register count counts also when a plug-in sets it without the assembly. A protocol that keeps a view of its
-    /// own reads it before it takes the view and rebuilds the view when the number is another.
+    /// Grows with every change of the list, of an id, of a register count, of a name, of a data source or of the byte
+    /// order, also when a plug-in sets an id or a register count without the assembly. A protocol that keeps a view of
+    /// its own reads the number before it builds the view, and rebuilds the view when the number differs. Takes no
+    /// lock.
     uint64 ChangeCount() const;
 
 private:
@@ -122,15 +124,15 @@ private:
     RegisterAssemblyAttributes attributes;
     RegisterAssemblyProperties properties;
 
-    // A guard against a forgotten BeginLock, no proof of ownership: one flag for all threads.
+    // Detects a forgotten BeginLock. One flag for all threads: it does not prove that the reader holds the lock.
     std::atomic<bool> lockHeld{false};
-    // Taken behind the lock of the group; no other lock is taken under it. Recursive: the defaults are added under it.
+    // Taken after the group's lock; no other lock is taken under it. Recursive: the defaults are added under it.
     mutable wLock lock;
-    PlacementChanges placementChanges; // counted by types and blocks, which go before it
+    PlacementChanges placementChanges; // types and blocks count in it and are destroyed before it
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes ZU_GUARDED_BY(lock);
-    RegisterPlacement placement ZU_GUARDED_BY(lock); // the blocks, which go before their types
-    // Registers of all blocks, in 16 bits: Compact compares them before it takes the lock. Written under the lock. Outdated
-    // when the second number is not `placementChanges.registerCounts`.
+    RegisterPlacement placement ZU_GUARDED_BY(lock); // the blocks, which are destroyed before their types
+    // Registers of all blocks, in 16 bits, for `Compact`, which reads it before it takes the lock. Written under the
+    // lock. Outdated when `countedAtChange` differs from `placementChanges.registerCounts`.
     std::atomic<uint16> usedRegisterCount{0};
     std::atomic<uint64> countedAtChange{0};
     std::atomic<uint64> changeCount{0};

@@ -112,7 +112,7 @@ RegisterAssemblyInstance const& ProtocolRegisterAssemblyGroup::FindRegisterAssem
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "Register assembly %1$s not found", id);
     }
-    return *found->second; // stays: nothing is ever taken out of the map, whose nodes do not move
+    return *found->second; // stays valid: entries are never removed, and nodes of the map do not move
 }
 
 void ProtocolRegisterAssemblyGroup::RemoveDuplicates(std::vector<std::string>& texts) const

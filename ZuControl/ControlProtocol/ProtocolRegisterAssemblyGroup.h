@@ -16,7 +16,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// The register assemblies of a protocol by identifier. See the interface for ownership and refusals.
+/// The register assemblies of a protocol by identifier. See the interface for ownership and exceptions.
 class ZUCONTROL_API ProtocolRegisterAssemblyGroup : public IProtocolRegisterAssemblyGroup
 {
 public:
@@ -40,15 +40,15 @@ private:
     RegisterAssemblyInstance const& FindRegisterAssemblyInstance(char const* id) const;
     void RemoveDuplicates(std::vector<std::string>& texts) const;
 
-    // Order: this lock, then the assemblies' locks. Guards the map alone; nothing is ever taken out of it.
+    // Order: this lock, then the assemblies' locks. Guards the map alone; entries are never removed.
     mutable wLock lock;
     std::map<std::string, RegisterAssemblyInstance> assemblies ZU_GUARDED_BY(lock);
 
-    // A leaf: guards the same once more, for lookups by those who hold the lock of an assembly.
+    // A leaf: guards a second index of the map, for lookups by threads that hold the lock of an assembly.
     mutable Zu::Mutex lookupLock;
     std::map<std::string, RegisterAssemblyInstance const*, std::less<>> lookup ZU_GUARDED_BY(lookupLock);
 
-    std::atomic<uint64> count{0}; // of the map; read where no lock is taken
+    std::atomic<uint64> count{0}; // of the map, for readers without a lock
 };
 
 } // namespace ZuControl::ControlProtocol

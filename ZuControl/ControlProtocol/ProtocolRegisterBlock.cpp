@@ -15,7 +15,7 @@ namespace ZuControl::ControlProtocol
 namespace
 {
 
-/// How the system marks a measurement that is missing.
+/// The value of a measurement that is missing.
 constexpr double MISSING_VALUE = std::numeric_limits<double>::lowest();
 constexpr int32 INVALID_RESULT = std::numeric_limits<int32>::min();
 constexpr double TWO_TO_THE_63 = 9223372036854775808.0;
@@ -48,7 +48,7 @@ ProtocolRegisterBlock::ProtocolRegisterBlock(RegisterBlockParams const& params, 
     Register("scannerId", "Scanner Id", scannerId);
     Register("outputId", "Output Id", outputId).EnableMinimum(true).SetMinimum(0);
     type.EnableReadOnly().readOnly.Set(true);
-    // An observer, and not SetOutputId: a plug-in may also set the id through the record.
+    // In an observer and not in SetOutputId: a plug-in may also set the id through the record.
     outputId.AddObserver([&usedInfo](Zu::Properties::Node&) { usedInfo.NotePlacementChange(); });
 }
 
@@ -180,7 +180,7 @@ void ProtocolRegisterBlock::SerializeInvalidValue(uint8* buffer, size_t offset, 
         encoder.WriteExact(buffer + offset, InvalidPattern<uint64>(isSigned));
         break;
     default:
-        // The number in the text is the register size and not the width that is refused: it is known so.
+        // The text names the register size and not the refused width: readers of the log rely on it.
         ZU_LOG_WARNING("BytesPerRegister (%u) specified is not valid", unsigned{BytesPerRegister()});
         break;
     }
@@ -213,7 +213,7 @@ void ProtocolRegisterBlock::Convert64fTo32s(double value, double scale, int32& r
 {
     result = INVALID_RESULT;
     isInvalid = 0;
-    if (value == MISSING_VALUE) // looked for ahead of the scaling, which would make an infinity of it
+    if (value == MISSING_VALUE) // tested before the scaling, which would turn it into an infinity
     {
         isOutOfRange = 0;
         isInvalid = 1;
@@ -243,7 +243,7 @@ void ProtocolRegisterBlock::FormatFullJobFileName(char* fileName, size_t capacit
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
-    // The first match decides: a name with the ending twice is given it once more.
+    // The first match decides: a name that has the ending twice gets a third one.
     char const* const found = wStrFindFirst(fileName, JOB_FILE_ENDING);
     if (found != nullptr && wStrLength(found) == wStrLength(JOB_FILE_ENDING))
     {

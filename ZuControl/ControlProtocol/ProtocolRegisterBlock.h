@@ -16,23 +16,25 @@ namespace ZuControl::ControlProtocol
 struct ProtocolRegisterBlockInfo;
 struct RegisterBlockParams;
 
-/// One placed block of a register assembly, and what all kinds of blocks share: the encoding of values into registers.
+/// One placed block of a register assembly, with the encoding of values into registers that all kinds of blocks share.
 ///
-/// A block does no I/O: the protocol hands it a buffer that stands for its registers. All offsets are bytes from the start
-/// of the buffer and do not scale with the register size.
+/// A block does no I/O: the protocol hands it a buffer that stands for its registers. All offsets are bytes from the
+/// start of the buffer and do not scale with the register size.
 /// Ownership: the assembly shares it; neither it nor its type outlives the assembly.
 /// Threads: no lock; a protocol encodes on its own thread, ids and names change under the assembly's lock.
 struct ZUCONTROL_API ProtocolRegisterBlock : public Zu::Params::Group
 {
 public:
-    /// `usedInfo` outlives the block. Throws -997 when output ids are register addresses and none is given.
+    /// `usedInfo` outlives the block. Throws `Zu::Status::BAD_ARGUMENT` when output ids are register addresses and
+    /// `params` has no output id.
     ProtocolRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~ProtocolRegisterBlock() override;
 
-    // In each of the two, the first pair is what is written and the second what is read. A kind of block overrides what it
-    // does; the others refuse with -996.
+    // The protocol calls the next two on its own threads, without the assembly's lock; they must not block. Each writes
+    // the first buffer and reads the second. A kind of block overrides the direction that it supports; the base throws
+    // `Zu::Status::NOT_SUPPORTED`.
 
-    /// Writes registers from a record. A refusal for a size comes before the first byte.
+    /// Writes registers from a record. A wrong size is refused before the first byte is written.
     virtual void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize);
     /// Writes a record from registers.
     virtual void Deserialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize);
@@ -50,7 +52,7 @@ public:
 
     uint16 RegisterCount() const;
     uint8 BytesPerRegister() const;
-    /// The last output id that the block takes, in 16 bits: its own where output ids are plain numbers.
+    /// The last output id that the block takes, in 16 bits; its own id where output ids are plain numbers.
     uint16 EndAddress() const;
 
     bool HasDataSource() const;
@@ -60,9 +62,9 @@ public:
     void DecrementInstanceCount();
 
 protected:
-    /// Writes `value` as a whole number of registers in the protocol's byte order. `isSigned` names the kind of the value
-    /// and changes no byte: widening goes by the type. Throws `Zu::Status::BAD_ARGUMENT` for a register size other than 1
-    /// and 2.
+    /// Writes `value` as a whole number of registers in the protocol's byte order. `isSigned` names the kind of the
+    /// value and changes no byte: widening goes by the type. Throws `Zu::Status::BAD_ARGUMENT` for a register size
+    /// other than 1 and 2.
     template <typename T>
     void SerializeValue(uint8* buffer, size_t offset, T value, [[maybe_unused]] bool isSigned)
     {
@@ -89,7 +91,7 @@ protected:
             .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
     }
 
-    /// Writes the mark of a missing value: the smallest number when signed, all ones when not.
+    /// Writes the encoding of a missing value: the smallest number when signed, all ones when not.
     void SerializeInvalidValue(uint8* buffer, size_t offset, size_t numOfBytes, bool isSigned);
 
     // Reading is not the mirror image of writing: with two bytes a register on a big-endian protocol the low byte is
@@ -98,22 +100,22 @@ protected:
     void Deserialize16_BE(uint16& value, uint8 const* buffer, size_t offset);
     void Deserialize16_LE(uint16& value, uint8 const* buffer, size_t offset);
 
-    /// `value` times `scale`, rounded half away from zero. A value that is missing, is no number or does not fit gives the
-    /// smallest 32-bit integer and `isInvalid` 1; all but the missing one `isOutOfRange` 1 as well.
+    /// `value` times `scale`, rounded half away from zero. A value that is missing, is no number or does not fit gives
+    /// the smallest 32-bit integer and `isInvalid` 1, and unless it is missing also `isOutOfRange` 1.
     static void Convert64fTo32s(double value, double scale, int32& result, int32& isOutOfRange, int32& isInvalid);
 
-    /// Appends the ending of job files when it is missing. Throws -997, no text, for an empty name, and the status of the
-    /// platform when `capacity` does not hold the result.
+    /// Appends the ending of job files when it is missing. Throws `Zu::Status::BAD_ARGUMENT`, no text, for an empty
+    /// name, and the platform's status when the result does not fit into `capacity`.
     static void FormatFullJobFileName(char* fileName, size_t capacity);
 
-    /// The encoder for all values of one record. Throws -997 as `SerializeValue` does.
+    /// The encoder for all values of one record. Throws `Zu::Status::BAD_ARGUMENT` as `SerializeValue` does.
     RegisterEncoder ValueEncoder() const;
 
-    /// Where a value of `valueSize` bytes at `offset` ends; all ones when no buffer holds it.
+    /// The end of a value of `valueSize` bytes at `offset`; all ones when the sum overflows.
     size_t EndOfValue(size_t offset, size_t valueSize) const;
 
-    /// Whether fields that end there lie within the block's registers. True for a register size that no value can be
-    /// written with: the refusal is then the encoder's.
+    /// Whether fields that end at `endOfFields` lie within the block's registers. True for a register size other than 1
+    /// and 2, which the encoder refuses.
     bool FieldsFit(size_t endOfFields) const;
 
     ProtocolRegisterBlockInfo& info;

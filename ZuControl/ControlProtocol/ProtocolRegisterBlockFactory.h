@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Makes blocks of class `T`: ProtocolRegisterBlock or one derived from it, also through a virtual base.
+/// Makes blocks of class `T`: ProtocolRegisterBlock or a class derived from it, also through a virtual base.
 template <typename T>
 class ProtocolRegisterBlockFactory final : public IProtocolRegisterBlockFactory
 {

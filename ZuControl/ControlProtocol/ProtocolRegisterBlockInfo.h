@@ -18,23 +18,24 @@ class IProtocolRegisterBlockFactory;
 struct ProtocolRegisterBlock;
 struct RegisterBlockParams;
 
-/// How often the placement of an assembly's blocks has changed. Blocks and types count here, so that the assembly also learns
-/// of changes that a plug-in makes without it. A change is counted just before the new value is stored.
+/// How often the placement of an assembly's blocks has changed. Blocks and types count here, so that the assembly also
+/// learns of changes that a plug-in makes without it. A change is counted just before the new value is stored.
 struct PlacementChanges
 {
     std::atomic<uint64> all{0};            ///< output ids, register counts and the address model
     std::atomic<uint64> registerCounts{0}; ///< register counts alone
 };
 
-/// One block type of an assembly: what it is called, how many registers it takes and how they are laid out, how many blocks
-/// of it may exist and do exist, and how one is made. A record, so that clients can read it; all that it shows is read-only.
+/// One block type of an assembly: its names, the number and layout of its registers, how many blocks of it may exist
+/// and do exist, and the factory of its blocks. It is a record that clients can read; all its members are read-only for
+/// them.
 ///
 /// Ownership: the assembly owns its types; a block refers to its type, which outlives it.
 /// Threads: no lock; the assembly's lock covers the count of instances.
 struct ZUCONTROL_API ProtocolRegisterBlockInfo : public Zu::Params::Group
 {
 public:
-    /// Throws -997, no text, when the least number of instances is above the greatest.
+    /// Throws `Zu::Status::BAD_ARGUMENT`, no text, when the minimum of instances is above the maximum.
     explicit ProtocolRegisterBlockInfo(RegisterBlockInfoParams params);
     ~ProtocolRegisterBlockInfo() override;
 
@@ -46,12 +47,12 @@ public:
     bool HasDataSource() const;
     uint8 BytesPerRegister() const;
 
-    /// Least bytes of a source for `Deserialize`.
+    /// Minimum bytes of a source for `Deserialize`.
     uint16 DeserializedInputSize() const;
     /// Bytes of all registers of a block, in 16 bits.
     uint16 SerializedOutputSize() const;
 
-    /// Whether an output id is a register address; the assembly says so when it is given the type.
+    /// Whether an output id is a register address. The assembly sets this when the type is added.
     bool IsGlobalAddressSpaceUsed() const;
     void SetIsGlobalAddressSpaceUsed(bool newIsGlobalAddressSpaceUsed);
 
@@ -62,7 +63,7 @@ public:
     bool AtMaxInstance() const;
     bool AtMinInstance() const;
 
-    /// 16-bit arithmetic without validation: one below 0 is 65535.
+    // 16-bit arithmetic without validation: a decrement of 0 gives 65535.
     void IncrementInstanceCount();
     void DecrementInstanceCount();
     void ResetInstanceCount();
@@ -90,7 +91,7 @@ protected:
     Zu::Params::Value<bool> hasDataSource;
     uint16 deserializedInputSize;
     uint8 bytesPerRegister;
-    // Flipped under the assembly's lock while a protocol's thread encodes without it.
+    // Written under the assembly's lock, read by a protocol's thread that encodes without it.
     std::atomic<bool> isProtocolBigEndian;
     std::shared_ptr<IProtocolRegisterBlockFactory> factory;
     bool isGlobalAddressSpaceUsed = false;
@@ -98,7 +99,7 @@ protected:
 private:
     void RegisterMembers();
 
-    PlacementChanges* changes = nullptr; // the assembly's; null until the type is handed to an assembly
+    PlacementChanges* changes = nullptr; // the assembly's; null until the type is added to an assembly
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// How an assembly is called; read-only for clients.
+/// The names of an assembly; read-only for clients.
 struct ZUCONTROL_API RegisterAssemblyProperties : public Zu::Params::Group
 {
     RegisterAssemblyProperties();

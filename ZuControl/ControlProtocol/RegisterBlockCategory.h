@@ -6,7 +6,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// What a register block carries.
+/// The kind of data in a register block.
 enum RegisterBlockCategory : uint8
 {
     BlockCategoryUnknown = 0,

@@ -13,7 +13,7 @@ namespace ZuControl::ControlProtocol
 /// The arguments of one block.
 struct ZUCONTROL_API RegisterBlockParams : public Zu::Params::Group
 {
-    /// No output id is given; also above the largest real one.
+    /// Stands for "no output id"; it is above the largest valid id.
     static constexpr uint16 NO_OUTPUT_ID = 65535;
 
     RegisterBlockParams();

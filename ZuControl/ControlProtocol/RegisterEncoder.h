@@ -11,15 +11,16 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Writes integers into a protocol's registers, the layout chosen once for all values of a record.
+/// Writes integers into a protocol's registers. The layout is chosen once for all values of a record.
 ///
 /// On a big-endian protocol the most significant register comes first, and within a register of two bytes the low byte
-/// comes first: 0x11223344 is 11 22 33 44 in registers of one byte and 22 11 44 33 in registers of two. On a little-endian
-/// protocol the low byte is first throughout. It looks at no bounds: whoever makes one has checked that the fields fit.
+/// comes first: 0x11223344 is 11 22 33 44 in registers of one byte and 22 11 44 33 in registers of two. On a
+/// little-endian protocol the low byte is first throughout. No bounds checks: the caller guarantees that all fields
+/// fit.
 class RegisterEncoder final
 {
 public:
-    /// For `bytesPerRegister` other than 1 and 2 nothing may be written with it.
+    /// With `bytesPerRegister` other than 1 and 2 the encoder must not write.
     constexpr RegisterEncoder(uint8 bytesPerRegister, bool isBigEndian) noexcept
         : layout(!isBigEndian            ? Layout::LOW_BYTE_FIRST
                  : bytesPerRegister == 2 ? Layout::HIGH_REGISTER_FIRST
@@ -39,7 +40,7 @@ public:
         return valueSize < bytes ? bytes : valueSize;
     }
 
-    /// Writes `value` as a whole number of registers: where a byte meets a register of two it is widened by its own type,
+    /// Writes `value` as a whole number of registers. A byte is widened to a register of two bytes by its own type:
     /// with zeros when unsigned and with sign bits when signed.
     template <std::integral T>
     void Write(uint8* where, T value) const noexcept
@@ -56,7 +57,8 @@ public:
         WriteExact(where, static_cast<std::make_unsigned_t<T>>(value));
     }
 
-    /// Writes the bytes of `value` alone. A byte is no whole register of two: on a big-endian protocol nothing is written.
+    /// Writes the bytes of `value` alone. A byte does not fill a register of two: a big-endian protocol then writes
+    /// nothing.
     template <std::unsigned_integral T>
     void WriteExact(uint8* where, T value) const noexcept
     {

@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A register map: what clients read and what is saved.
+/// A register map, the record that clients read and that is saved.
 struct ZUCONTROL_API RegisterOutputs : public CommonProtocolOutputProp
 {
     RegisterOutputs();

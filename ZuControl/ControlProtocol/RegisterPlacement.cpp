@@ -56,7 +56,7 @@ RegisterPlacement::Position RegisterPlacement::FindInsertPosition(uint16 startId
     {
         return WalkToInsertPosition(startId, endId, excludedOutputId);
     }
-    // All blocks that end ahead of the range are passed by; the next one overlaps it or lies behind it.
+    // Skips all blocks that end before the range; the next block overlaps the range or lies behind it.
     Slot slot = std::ranges::lower_bound(index, startId, {}, &Entry::end);
     if (slot != index.end() && excludedOutputId != NOTHING_EXCLUDED && slot->start == excludedOutputId)
     {
@@ -132,7 +132,7 @@ void RegisterPlacement::Insert(Position position, std::shared_ptr<ProtocolRegist
     bool const isIndexKept = isOrdered && !isStale;
     Slot const slot = isIndexKept ? SlotOf(position) : index.end();
     auto const offset = slot - index.begin();
-    if (index.size() == index.capacity()) // what can fail comes first: list and index stay in step
+    if (index.size() == index.capacity()) // the allocation, which can fail, comes first: list and index stay in step
     {
         index.reserve(std::max<std::size_t>(8, 2 * index.size()));
     }
@@ -150,7 +150,7 @@ void RegisterPlacement::Erase(Position position)
 {
     if (isOrdered && !isStale)
     {
-        index.erase(SlotOf(position)); // what stays in order without it was in order with it
+        index.erase(SlotOf(position)); // removing an entry does not break the order
     }
     else
     {
@@ -174,7 +174,7 @@ void RegisterPlacement::Move(Position position, Position target, uint16 newOutpu
         isStale = true;
         return;
     }
-    to = to > from ? to - 1 : to; // where the entry lies when it has left its old place
+    to = to > from ? to - 1 : to; // the new place, once the entry has left its old one
     if (from < to)
     {
         std::rotate(index.begin() + from, index.begin() + from + 1, index.begin() + to + 1);

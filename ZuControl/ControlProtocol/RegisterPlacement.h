@@ -11,19 +11,19 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// The blocks of an assembly in their list, and beside it a flat index by output id, so that a large assembly is searched
-/// by bisection and not walked.
+/// The blocks of an assembly in a list, with a flat index by output id, so that a large assembly is searched by
+/// bisection.
 ///
-/// What it answers is always what a walk along the list answers. Ids that are plain numbers may wrap and leave the list
-/// unsorted: as long as that lasts it is walked.
-/// Threads: none of its own; the assembly's lock guards it.
+/// A search by the index gives the same result as a walk along the list. Ids that are plain numbers may wrap and leave
+/// the list unsorted: as long as that lasts, the list is walked.
+/// Threads: the class takes no lock; the assembly's lock guards it.
 class ZUCONTROL_INTERNAL_API RegisterPlacement final
 {
 public:
     using BlockList = std::list<std::shared_ptr<ProtocolRegisterBlock>>;
     using Position = BlockList::iterator;
 
-    /// In the place of an output id: no block is passed over.
+    /// Passed as the excluded output id: no block is skipped.
     static constexpr uint16 NOTHING_EXCLUDED = 65535;
 
     RegisterPlacement();
@@ -36,14 +36,15 @@ public:
     Position Begin();
     Position End();
 
-    /// The caller calls this before each search. `placementChangeCount` is `PlacementChanges::all`: the index is built anew
-    /// when it differs from the number of changes that this object has made itself.
+    /// The caller calls this before each search. `placementChangeCount` is `PlacementChanges::all`: the index is built
+    /// anew when it differs from the number of changes that this object has made itself.
     void Refresh(uint64 placementChangeCount);
 
     /// The first block with this output id, else the end.
     Position Find(uint16 outputId);
 
-    /// The first block that overlaps the range or lies behind it, else the end. Blocks with the excluded id are passed over.
+    /// The first block that overlaps the range or lies behind it, else the end. Blocks with the excluded id are
+    /// skipped.
     Position FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId);
 
     static bool IsOverlapping(uint16 startId, uint16 endId, ProtocolRegisterBlock const& block);
@@ -51,7 +52,7 @@ public:
     /// Registers of all blocks from `position` on, in 16 bits; gaps do not count.
     uint16 UsedRegisters(Position position);
 
-    /// Moves the blocks from `position` on to behind `endId`, until a gap takes them up.
+    /// Moves the blocks from `position` on behind `endId`, up to the first gap that is large enough.
     void Shift(Position position, uint16 endId, uint16 excludedOutputId);
 
     void Insert(Position position, std::shared_ptr<ProtocolRegisterBlock> block);
@@ -85,9 +86,9 @@ private:
 
     BlockList blocks;
     std::vector<Entry> index; // of the blocks in list order
-    // Every block ends where it begins or behind, and ahead of the next one: only then the index is searched.
+    // No block ends before its start, and each ends before the next one starts. Only then the index is searched.
     bool isOrdered = true;
-    bool isStale = false; // the index has to be made anew before it is used again
+    bool isStale = false; // the index must be rebuilt before its next use
     uint64 knownChangeCount = 0;
 };
 

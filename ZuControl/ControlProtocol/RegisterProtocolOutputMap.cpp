@@ -60,7 +60,7 @@ void RegisterProtocolOutputMap::AddAll(Zu::Params::Group& newOutputs)
         }
         else
         {
-            entry.outputId.Set(static_cast<uint16>(nextAddress)); // neither the range nor the size is looked at
+            entry.outputId.Set(static_cast<uint16>(nextAddress)); // without a check of the range or the size
             AppendItem(entry);
             ++count;
             nextAddress += NumOfRegisterOccupies(entry);
@@ -122,13 +122,13 @@ RegisterProtocolOutputMap::GetOverlappingState(Zu::Params::Group const& group) c
     uint64 const index = BSearchForInsert(item);
     if (index >= outputs.map.Count())
     {
-        return 0; // not even the length of the last item is looked at
+        return 0; // the length of the last item is not taken into account
     }
     uint32 state = 0;
     if (index > 0)
     {
-        // The raw size, which is not a number of registers, and set where the two do not touch: saved configurations were
-        // accepted and ordered by this test.
+        // Compares with the raw size, which is not a number of registers, and sets the flag where the two do not touch.
+        // Saved configurations were accepted and ordered by this test.
         RegisterOutputItem const& previous = outputs.map.At(index - 1);
         uint32 const rawEnd = uint32{previous.outputId.Get()} + previous.outputSize.Get();
         state |= address >= rawEnd ? BEHIND_PREVIOUS : 0;
@@ -165,7 +165,7 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
     auto const& item = dynamic_cast<RegisterOutputItem const&>(group);
     if (!item.IsComplete())
     {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT); // without the lines that the base writes
+        ZU_THROW(Zu::Status::BAD_ARGUMENT); // without the log lines of the base
     }
     Zu::Locker const guard(lock);
     CheckAddress(item.outputId.Get());
@@ -236,7 +236,7 @@ bool RegisterProtocolOutputMap::hasGap(uint64 index, RegisterOutputItem const& i
     uint16 const registers = NumOfRegisterOccupies(item);
     auto const free =
         static_cast<uint16>(outputs.attributes.count.Get() - item.outputId.Get() + outputs.attributes.start.Get());
-    // The new item's own length for each item that moves; what those take is not read.
+    // Counts the new item's length for each item that moves, not the moved item's own length.
     uint64 const moving = outputs.map.Count() > index ? outputs.map.Count() - index : 0;
     auto const needed = static_cast<uint16>(moving * registers);
     return uint32{registers} + needed <= free;

@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Which blocks to remove.
+/// The blocks to remove.
 struct ZUCONTROL_API RemoveBlockParams : public Zu::Params::Group
 {
     RemoveBlockParams();

@@ -23,7 +23,7 @@ void SourceTable::Add(std::string_view source)
     }
     if (2 * unusedBytes > texts.size())
     {
-        DropUnusedTexts(); // here and not where one goes: that must not want memory
+        DropUnusedTexts(); // here and not in `Remove`, which must not need memory
     }
     std::size_t const hash = HashOf(source);
     Slot& slot = slots[Find(source, hash)];
@@ -98,7 +98,7 @@ void SourceTable::Grow()
     }
 }
 
-/// Entries behind the gap move up that are looked for from there or from ahead of it.
+/// Frees the slot. Entries behind it move up when their search begins at the free slot or before it.
 void SourceTable::Vacate(std::size_t slot)
 {
     std::size_t const mask = slots.size() - 1;

@@ -13,8 +13,8 @@ namespace ZuControl::ControlProtocol
 
 /// How many items have each data source.
 ///
-/// A flat table, with the texts one behind the other: a map of many thousand items comes and goes in a few large pieces of
-/// memory. Threads: none of its own.
+/// A flat table with the texts in one string: a map of many thousand items needs a few large allocations. Threads: the
+/// class takes no lock.
 class ZUCONTROL_API SourceTable final
 {
 public:
@@ -26,10 +26,10 @@ public:
 
     bool Has(std::string_view source) const;
 
-    /// Changes nothing when it finds no memory.
+    /// Changes nothing when there is no memory.
     void Add(std::string_view source);
 
-    /// One item less has it; nothing when none has. Needs no memory.
+    /// Counts one item less for the source; does nothing for an unknown source. Needs no memory.
     void Remove(std::string_view source);
     void Clear();
 
@@ -44,7 +44,7 @@ private:
 
     static std::size_t HashOf(std::string_view source);
 
-    /// The slot of this source, else the free one where it belongs. There are slots.
+    /// The slot of this source, else the free slot where it belongs. The table must have slots.
     std::size_t Find(std::string_view source, std::size_t hash) const;
     std::size_t Next(std::size_t slot) const;
     std::string_view TextOf(Slot const& slot) const;

@@ -16,21 +16,21 @@ struct ZUCONTROL_API StandardOutputItem : public Zu::Params::Group
 {
     using OutputId = uint16;
 
-    // An item with one of these is not complete.
-    static constexpr OutputId DEFAULT_OUTPUT_ID = 65535; ///< also the one id that is not valid
+    // The defaults; an item with one of these is not complete.
+    static constexpr OutputId DEFAULT_OUTPUT_ID = 65535; ///< also the only id that is not valid
     static constexpr char const* DEFAULT_SOURCE = "";
 
     StandardOutputItem();
     ~StandardOutputItem() override;
 
-    /// Whether the item says all that a map needs of it.
+    /// Whether the item has all members that a map needs.
     bool IsComplete() const;
 
-    /// Whether the two agree in every member of this record.
+    /// Whether both items are equal in every member of this record.
     bool IsSameOutput(StandardOutputItem const& other) const;
 
-    /// Stores the other's members. `CopyValues` would take over the other's marks and sort counter too, which differ in a
-    /// record with arguments.
+    /// Copies the members of `other`. `CopyValues` would also copy the marks and the sort counter, which differ in an
+    /// argument record.
     void TakeOver(StandardOutputItem const& other);
 
     Zu::Params::Value<uint16> outputId;

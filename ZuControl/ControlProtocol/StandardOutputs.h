@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A map with numeric ids, sorted by them: what clients read and what is saved.
+/// A map with numeric ids, sorted by them, the record that clients read and that is saved.
 struct ZUCONTROL_API StandardOutputs : public CommonProtocolOutputProp
 {
     StandardOutputs();

@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// The ids that the protocol can send, as information for clients: the map takes others too.
+/// The ids that the protocol can send, as information for clients. The map accepts other ids too.
 struct ZUCONTROL_API StandardOutputsAttributes : public Zu::Params::Group
 {
     StandardOutputsAttributes();

@@ -23,7 +23,8 @@ public:
     static constexpr uint16 OUTPUT_ID_MIN = 0;
     static constexpr uint16 OUTPUT_ID_MAX = 65534;
 
-    /// The range is shown to clients and not enforced. Throws -997 for one that is none or reaches beyond OUTPUT_ID_MAX.
+    /// The range is shown to clients and not enforced. Throws `Zu::Status::BAD_ARGUMENT` for a minimum above the
+    /// maximum and for a maximum above OUTPUT_ID_MAX.
     StandardProtocolOutputMap(uint16 mostItems, uint16 minId, uint16 maxId);
     ~StandardProtocolOutputMap() override;
 

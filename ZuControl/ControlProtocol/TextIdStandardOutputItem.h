@@ -10,26 +10,26 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// One data source of a map whose ids are texts.
+/// One data source of a map with text ids.
 struct ZUCONTROL_API TextIdStandardOutputItem : public Zu::Params::Group
 {
     using OutputId = std::string;
 
-    // An item with one of these is not complete.
+    // The defaults; an item with one of these is not complete.
     static constexpr char const* DEFAULT_OUTPUT_ID = "";
     static constexpr char const* DEFAULT_SOURCE = "";
 
     TextIdStandardOutputItem();
     ~TextIdStandardOutputItem() override;
 
-    /// Whether the item says all that a map needs of it.
+    /// Whether the item has all members that a map needs.
     bool IsComplete() const;
 
-    /// Whether the two agree in every member of this record.
+    /// Whether both items are equal in every member of this record.
     bool IsSameOutput(TextIdStandardOutputItem const& other) const;
 
-    /// Stores the other's members. `CopyValues` would take over the other's marks and sort counter too, which differ in a
-    /// record with arguments.
+    /// Copies the members of `other`. `CopyValues` would also copy the marks and the sort counter, which differ in an
+    /// argument record.
     void TakeOver(TextIdStandardOutputItem const& other);
 
     Zu::Params::Value<std::string> outputId;

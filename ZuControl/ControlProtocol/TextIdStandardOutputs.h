@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A map with text ids, sorted by their bytes: what clients read and what is saved.
+/// A map with text ids, sorted by their bytes, the record that clients read and that is saved.
 struct ZUCONTROL_API TextIdStandardOutputs : public CommonProtocolOutputProp
 {
     TextIdStandardOutputs();

@@ -6,7 +6,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// The arguments for several items of a map with text ids. Such items cannot shift, so nothing says whether they may.
+/// The arguments for several items of a map with text ids. Such items cannot shift, so there is no `autoShift`.
 struct ZUCONTROL_API TextIdStandardOutputsArgs : public TextIdStandardOutputs
 {
     TextIdStandardOutputsArgs();

@@ -10,7 +10,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// What a block is to become; an empty text leaves what it has.
+/// The new values of a block; an empty text leaves the old value.
 struct ZUCONTROL_API UpdateBlockNewParams : public Zu::Params::Group
 {
     UpdateBlockNewParams();
@@ -19,7 +19,7 @@ struct ZUCONTROL_API UpdateBlockNewParams : public Zu::Params::Group
     Zu::Params::Value<std::string> dataSource;
     Zu::Params::Value<std::string> scannerId;
     Zu::Params::Value<std::string> displayName;
-    Zu::Params::Value<uint16> outputId; ///< where the block is to go; 65535: it stays
+    Zu::Params::Value<uint16> outputId; ///< the new id of the block; 65535: the id stays
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Which block to change, and into what.
+/// The block to change, and its new values.
 struct ZUCONTROL_API UpdateBlockParams : public Zu::Params::Group
 {
     UpdateBlockParams();

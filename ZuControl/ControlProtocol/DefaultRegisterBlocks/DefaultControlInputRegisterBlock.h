@@ -14,18 +14,19 @@ public:
     DefaultControlInputRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~DefaultControlInputRegisterBlock() override;
 
-    /// Makes a ControlRegisterCommandData of the registers. Text is read for the loading of a job alone; what the source
-    /// does not hold of it reads as NUL. Throws -992 for a source that is too short or another size of destination, and
-    /// -997, no text, for a job without a name: the destination then holds what was read until there.
+    /// Fills a ControlRegisterCommandData from the registers. The text is read for the command that loads a job alone;
+    /// characters that the source does not hold read as NUL. Throws `Zu::Status::WRONG_BUFFER_SIZE` for a source that
+    /// is too short or another size of destination, and `Zu::Status::BAD_ARGUMENT`, no text, for a job without a name:
+    /// the destination then holds the members that are read by then.
     void Deserialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override;
 
     // Bytes from the block's start; they do not scale with the register size.
     size_t requestIdOffset = 0;
     size_t commandIdOffset = 2;
-    size_t textOffset = 3; ///< in registers of two bytes as well, inside the command id there
+    size_t textOffset = 3; ///< also in registers of two bytes, where it lies inside the command id
 
 private:
-    /// The registers as far as they are there.
+    /// The registers of the source, as far as it reaches.
     struct Source
     {
         uint8 const* bytes;

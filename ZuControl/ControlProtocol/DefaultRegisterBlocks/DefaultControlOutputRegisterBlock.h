@@ -11,7 +11,7 @@ namespace ZuControl::ControlProtocol
 struct ZUCONTROL_API DefaultControlOutputRegisterBlock : public ProtocolRegisterBlock
 {
 public:
-    /// What `Serialize` takes as source.
+    /// The source of `Serialize`.
     struct DefaultCommandResultData
     {
         uint16 requestId; ///< echoed from the command
@@ -21,7 +21,7 @@ public:
     DefaultControlOutputRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~DefaultControlOutputRegisterBlock() override;
 
-    /// Throws -992 for another size of source or destination, the source first.
+    /// Throws `Zu::Status::WRONG_BUFFER_SIZE` for another size of source or destination; the source is checked first.
     void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override;
 
     // Bytes from the block's start; they do not scale with the register size.

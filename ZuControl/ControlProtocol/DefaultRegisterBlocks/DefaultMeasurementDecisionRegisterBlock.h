@@ -6,9 +6,10 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A block with the decision of a measurement as the message has it, whatever its value; 2 where there is no message.
+/// A block with the decision of a measurement as the message has it, also with an invalid value; 2 without a message.
 ///
-/// The base is virtual: a block with value and decision shares it. Down from ProtocolRegisterBlock goes dynamic_cast alone.
+/// The base is virtual: a block with value and decision shares it. A cast down from ProtocolRegisterBlock must be a
+/// dynamic_cast.
 struct ZUCONTROL_API DefaultMeasurementDecisionRegisterBlock : public virtual ProtocolScanOutputRegisterBlock
 {
 public:
@@ -18,9 +19,10 @@ public:
     void SerializeMeasurementMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override;
     void SerializeNullMsg(uint8* buffer, size_t offset) override;
 
-    /// `decision`, with the bit for an invalid one when it is not valid. For plug-ins.
+    /// `decision`, with the invalid bit set when it is not valid. For plug-ins.
     uint8 GetDecision(uint8 decision, bool isValid);
-    /// `resultItem` is a ZuCore::ResultItem. Throws -996, no text, when its message is no measurement.
+    /// `resultItem` is a ZuCore::ResultItem. Throws `Zu::Status::NOT_SUPPORTED`, no text, when its message is no
+    /// measurement.
     uint8 GetDecisionByte(void*& resultItem);
     void SerializeInvalidMeasurementDecision(uint8* buffer, size_t offset);
 

@@ -7,8 +7,8 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A block with value and decision of a measurement. Unlike in the block with the decision alone, no decision outlasts an
-/// invalid value.
+/// A block with value and decision of a measurement. Unlike in the block with the decision alone, an invalid value
+/// makes the decision invalid.
 struct ZUCONTROL_API DefaultMeasurementValueAndDecisionRegisterBlock : public DefaultMeasurementValueRegisterBlock,
                                                                        public DefaultMeasurementDecisionRegisterBlock
 {

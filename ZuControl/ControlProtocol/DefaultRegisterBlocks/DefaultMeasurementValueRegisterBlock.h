@@ -8,7 +8,8 @@ namespace ZuControl::ControlProtocol
 
 /// A block with the value of a measurement, times 1000. A value that is missing or does not fit is 0x80000000.
 ///
-/// The base is virtual: a block with value and decision shares it. Down from ProtocolRegisterBlock goes dynamic_cast alone.
+/// The base is virtual: a block with value and decision shares it. A cast down from ProtocolRegisterBlock must be a
+/// dynamic_cast.
 struct ZUCONTROL_API DefaultMeasurementValueRegisterBlock : public virtual ProtocolScanOutputRegisterBlock
 {
 public:
@@ -20,7 +21,8 @@ public:
     void SerializeMeasurementMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override;
     void SerializeNullMsg(uint8* buffer, size_t offset) override;
 
-    /// `resultItem` is a ZuCore::ResultItem. Throws -996, no text, when its message is no measurement.
+    /// `resultItem` is a ZuCore::ResultItem. Throws `Zu::Status::NOT_SUPPORTED`, no text, when its message is no
+    /// measurement.
     double GetMeasurementValue(void*& resultItem);
     void SerializeInvalidMeasurementValue(uint8* buffer, size_t offset);
 

@@ -44,12 +44,12 @@ size_t DefaultScannerStateRegisterBlock::EndOfFields() const
 void DefaultScannerStateRegisterBlock::SerializeScannerStateData(uint8* destination,
                                                                  DefaultScannerStateData const& source)
 {
-    ValueEncoder(); // refuses a register size that no value can be written with
+    ValueEncoder(); // throws for a register size other than 1 and 2
     WithLayout(BytesPerRegister(), info.IsProtocolBigEndian(), [&](auto fields) {
         fields.Write(destination + scannerByte0, source.scannerByte0);
         fields.Write(destination + encoderValue, source.encoderValue);
         fields.Write(destination + syncTime, source.syncTime);
-        fields.Write(destination + scannerByte1, source.scannerByte1); // last: in registers of two it meets byte 0
+        fields.Write(destination + scannerByte1, source.scannerByte1); // last: registers of two bytes overlap
     });
 }
 

@@ -10,7 +10,7 @@ namespace ZuControl::ControlProtocol
 struct ZUCONTROL_API DefaultScannerStateRegisterBlock : public ProtocolRegisterBlock
 {
 public:
-    /// What `Serialize` takes as source; the protocol chooses what the two bytes mean.
+    /// The source of `Serialize`. The protocol chooses the meaning of the two bytes.
     struct DefaultScannerStateData
     {
         uint8 scannerByte0;
@@ -22,7 +22,7 @@ public:
     DefaultScannerStateRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~DefaultScannerStateRegisterBlock() override;
 
-    /// Throws -992 for another size of source or destination, the source first.
+    /// Throws `Zu::Status::WRONG_BUFFER_SIZE` for another size of source or destination; the source is checked first.
     void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override;
 
     // Bytes from the block's start; they do not scale with the register size.

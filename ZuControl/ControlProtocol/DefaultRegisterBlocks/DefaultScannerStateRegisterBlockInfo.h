@@ -10,7 +10,7 @@ namespace ZuControl::ControlProtocol
 struct ZUCONTROL_API DefaultScannerStateRegisterBlockInfo : public ProtocolRegisterBlockInfo
 {
 public:
-    /// An optional block can be left out; one of the others must stay.
+    /// An optional block may be removed; otherwise one block must stay.
     explicit DefaultScannerStateRegisterBlockInfo(bool isOptional);
     ~DefaultScannerStateRegisterBlockInfo() override;
 };

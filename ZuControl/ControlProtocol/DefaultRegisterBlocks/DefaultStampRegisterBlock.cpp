@@ -17,7 +17,7 @@ namespace
 
 constexpr size_t ZEROS_BEHIND_INPUTS = 3;
 
-/// Where the status of a stamp tells of the first input; the second input's bits lie beside them.
+/// The bits of the first input in the status of a stamp; the bits of the second input lie beside them.
 constexpr uint16 STATUS_OF_FIRST_INPUT = 0x11;
 
 } // namespace

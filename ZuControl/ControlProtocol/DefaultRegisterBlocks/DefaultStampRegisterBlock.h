@@ -20,10 +20,11 @@ public:
     DefaultStampRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~DefaultStampRegisterBlock() override;
 
-    /// Throws -996, no text, for a message without a stamp.
+    /// Throws `Zu::Status::NOT_SUPPORTED`, no text, for a message without a stamp.
     void SerializeStampMsg(uint8* buffer, size_t offset, DefaultScanOutputInputData const* data) override;
 
-    // Bytes from the block's start; they do not scale with the register size. Three zero bytes follow the digital inputs.
+    // Bytes from the block's start; they do not scale with the register size. Three zero bytes follow the digital
+    // inputs.
     size_t digitalInputsOffset = 32;
     size_t valueOffset = 0;
     size_t encoderOffset = 8;
@@ -32,7 +33,7 @@ public:
 
 private:
     static uint8 DigitalInputStateFromStamp(wStamp const* stamp);
-    /// Time and encoder of the message where it has its own, else those of its stamp.
+    /// Time and encoder of the message when it has its own, else those of its stamp.
     static void ExtendedStamp(void* msg, uint64* time, int64* encoder);
     size_t EndOfFields() const;
 };

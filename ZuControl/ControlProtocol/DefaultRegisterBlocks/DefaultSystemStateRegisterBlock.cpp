@@ -57,11 +57,11 @@ size_t DefaultSystemStateRegisterBlock::EndOfFields() const
 
 void DefaultSystemStateRegisterBlock::SerializeSystemStatsData(uint8* destination, DefaultSystemStateData const& source)
 {
-    ValueEncoder(); // refuses a register size that no value can be written with
+    ValueEncoder(); // throws for a register size other than 1 and 2
     uint8* const name = destination + jobFileName;
     size_t const bytesPerCharacter = BytesPerRegister();
     WithLayout(BytesPerRegister(), info.IsProtocolBigEndian(), [&](auto fields) {
-        // In this order: in registers of two bytes the fields overlap, and clients know what is left of them.
+        // In this order: in registers of two bytes the fields overlap, and clients rely on the bytes that stay.
         fields.Write(destination + stateByte0, source.stateByte0);
         fields.Write(destination + value64, source.value64);
         fields.Write(destination + jobFileNameLength, source.jobFileNameLength);
@@ -70,7 +70,7 @@ void DefaultSystemStateRegisterBlock::SerializeSystemStatsData(uint8* destinatio
         ZU_CHECK(wMemSet(name, 0, bytesPerCharacter * JobFileNameMaxSize()));
         for (size_t i = 0; i < source.jobFileNameLength; ++i)
         {
-            // A character is signed: beyond ASCII a register of two bytes is filled up with ones.
+            // A character is signed: beyond ASCII the high byte of a register of two bytes is all ones.
             fields.Write(name + bytesPerCharacter * i, static_cast<int8>(source.jobFileName[i]));
         }
     });

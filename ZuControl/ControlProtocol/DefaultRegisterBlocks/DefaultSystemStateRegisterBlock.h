@@ -12,7 +12,7 @@ struct ZUCONTROL_API DefaultSystemStateRegisterBlock : public ProtocolRegisterBl
 public:
     static constexpr size_t JOB_FILE_NAME_CAPACITY = 64;
 
-    /// What `Serialize` takes as source; the protocol chooses what the state bytes and the value mean.
+    /// The source of `Serialize`. The protocol chooses the meaning of the state bytes and of the value.
     struct DefaultSystemStateData
     {
         uint8 stateByte0;
@@ -26,11 +26,12 @@ public:
     DefaultSystemStateRegisterBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo);
     ~DefaultSystemStateRegisterBlock() override;
 
-    /// Throws -992 for another size of source or destination, the source first, and -997 for a name that is too long.
+    /// Throws `Zu::Status::WRONG_BUFFER_SIZE` for another size of source or destination, the source first, and
+    /// `Zu::Status::BAD_ARGUMENT` for a name that is too long.
     void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override;
 
-    // Bytes from the block's start; they do not scale with the register size, so that fields of one byte meet in registers
-    // of two: the order of writing decides what stays.
+    // Bytes from the block's start; they do not scale with the register size. In registers of two bytes, fields of one
+    // byte therefore overlap, and the field that is written last stays.
     uint16 stateByte0 = 8;
     uint16 value64 = 0;
     uint16 jobFileNameLength = 9;
