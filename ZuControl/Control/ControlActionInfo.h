@@ -11,7 +11,7 @@ namespace ZuControl
 class ZUCONTROL_API ControlActionInfo
 {
 public:
-    /// `id` is what callers name the action by, `displayName` what a person reads.
+    /// `id` names the action for callers, `displayName` names it for a person.
     ControlActionInfo(char const* id, char const* displayName);
     ControlActionInfo(ControlActionInfo const&);
     ControlActionInfo(ControlActionInfo&&) noexcept;

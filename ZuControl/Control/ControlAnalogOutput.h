@@ -9,13 +9,13 @@ namespace ZuControl
 class ZUCONTROL_API ControlAnalogOutput final : public ControlHardwareBase
 {
 public:
-    /// What drives the output. The values are the sensor's and go there as they are:
+    /// The source that drives the output. The values belong to the sensor and are passed on unchanged:
     /// `ZuStdScanners::ZucSensor::AnalogOutputControlType`.
     enum class AnalogOutputControlType : uint8
     {
     };
 
-    /// The currents between which the output can go, as the sensor reports them.
+    /// The range of currents of the output, as the sensor reports it.
     struct AnalogOutputConstraint
     {
         double absoluteMin;
@@ -30,15 +30,15 @@ public:
 
     ZuHardwareIOType HardwareIoType() const override;
 
-    // What follows throws as the operations of the interface do.
+    // The next operations block and throw as IControlHardware says.
 
-    /// Puts a current behind those that the sensor has yet to drive; in milliamperes.
+    /// Appends a current, in milliamperes, to the sensor's queue of currents to drive.
     void EnqueueOutput(double current);
 
-    /// Asks the sensor. Throws std::bad_cast for an answer that is none.
+    /// Asks the sensor. Throws std::bad_cast for an answer of another class, or for none.
     AnalogOutputConstraint GetConstraints();
 
-    /// Which of the sensor's events drives the output, where its type is to be driven by one.
+    /// The number of the sensor's event that drives the output, for a control type that is driven by an event.
     void SetControlId(uint32 controlId);
 
     void SetControlType(AnalogOutputControlType controlType);

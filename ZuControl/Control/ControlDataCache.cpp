@@ -38,12 +38,12 @@ IControlDataCache::DataCacheSystemStats ControlDataCache::SystemStats(uint64 tim
     }
     try
     {
-        UpdateSystemStatsCache(0); // what came after its reader had stopped waiting
+        UpdateSystemStatsCache(0); // takes in the record of an earlier fetch whose reader has stopped waiting
         GetLatestSystemStats();
     }
     catch (...)
     {
-        OperationFinish(); // no fetch was begun that would do it
+        OperationFinish(); // no fetch has begun that would clear the flag
         throw;
     }
     UpdateSystemStatsCache(timeoutUsec);
@@ -124,7 +124,7 @@ void ControlDataCache::GetLatestScannerInfo(std::string const& scannerId)
         }
         catch (...)
         {
-            FinishFetch(); // nothing is logged: a scanner that cannot tell is asked again and again
+            FinishFetch(); // nothing is logged: protocols ask again and again, also a scanner that cannot answer
         }
     });
 }
@@ -143,8 +143,8 @@ void ControlDataCache::FetchSystemStats()
     {
         ZU_THROW(status, "Failed to remove item from system stats queue");
     }
-    *record = std::move(fresh); // into a leftover record where there is one
-    FinishFetch();              // before the record is there to be taken: its reader may read again at once
+    *record = std::move(fresh); // reuses a leftover record
+    FinishFetch();              // before the record is queued: the reader that takes it may read again at once
     systemQueue.Add(std::move(record));
 }
 

@@ -16,8 +16,8 @@ namespace ZuControl
 
 /// The cache behind IControlDataCache: one system record, one scanner record, and a worker that fetches them anew.
 ///
-/// The worker never touches the records: it puts what it fetched into a queue of one, and the read takes it from there. No
-/// lock is held over a wait or over a fetch.
+/// The worker never touches the two records: it puts a fetched record into a queue of one element, and the reading
+/// thread takes it from there. No lock is held during a wait or a fetch.
 class ZUCONTROL_API ControlDataCache final : public IControlDataCache
 {
 public:
@@ -25,7 +25,7 @@ public:
     ControlDataCache(IControlSystemInterface& usedSystemInterface,
                      IControlScanEngineInterface& usedScanEngineInterface);
 
-    /// Waits for a fetch that runs, however long it takes.
+    /// Waits for a running fetch, without a bound.
     ~ControlDataCache() override;
 
     ControlDataCache(ControlDataCache const&) = delete;

@@ -34,7 +34,7 @@ void ControlDigitalInput::SetPinTypeToInput(uint64 pin)
     ZuScan::ICommandTarget& target = RequireCommandTarget(ZU_FUNCTION_LABEL);
     auto const params = MakeParams<ZucSensor::DigitalInputSetPinTypeParams>();
     params->pin.Set(pin);
-    ZU_LOG_INFO("index:%d, pin:%u", ShownIndex(), static_cast<uint32>(pin)); // the command has the whole of it
+    ZU_LOG_INFO("index:%d, pin:%u", ShownIndex(), static_cast<uint32>(pin)); // the command holds all 64 bits
     target.InvokeAction("digitalInSetPinType", params);
 }
 

@@ -17,15 +17,15 @@ public:
 
     ZuHardwareIOType HardwareIoType() const override;
 
-    // What follows throws as the operations of the interface do.
+    // The next operations block and throw as IControlHardware says.
 
-    /// Back to the settings that the sensor begins with.
+    /// Restores the sensor's initial settings.
     void ClearSettings();
 
-    /// The pin of this number becomes an input.
+    /// Makes the pin with this number an input.
     void SetPinTypeToInput(uint64 pin);
 
-    /// Whether a change at the pin is an event of the sensor: any `enable` but 0 is yes.
+    /// Makes a change at the pin an event of the sensor, unless `enable` is 0.
     void EnableEvents(uint64 pin, int32 enable);
 };
 

@@ -9,7 +9,7 @@ namespace ZuControl
 class ZUCONTROL_API ControlDigitalOutput final : public ControlHardwareBase
 {
 public:
-    /// What drives the output. The values are the sensor's and go there as they are:
+    /// The source that drives the output. The values belong to the sensor and are passed on unchanged:
     /// `ZuStdScanners::ZucSensor::DigitalOutputControlType`.
     enum class DigitalOutputControlType : uint8
     {
@@ -23,14 +23,14 @@ public:
 
     ZuHardwareIOType HardwareIoType() const override;
 
-    // What follows throws as the operations of the interface do.
+    // The next operations block and throw as IControlHardware says.
 
-    /// Back to the settings that the sensor begins with.
+    /// Restores the sensor's initial settings.
     void ClearSettings();
 
     void SetControlType(DigitalOutputControlType controlType);
 
-    /// Which of the sensor's events drives the output, where its type is to be driven by one.
+    /// The number of the sensor's event that drives the output, for a control type that is driven by an event.
     void SetControlId(uint32 controlId);
 
     /// `exposure`: how long a pulse lasts, in microseconds.

@@ -48,7 +48,7 @@ uint64 ControlHardwareBase::GetIndex() const
 
 int ControlHardwareBase::ShownIndex() const
 {
-    return static_cast<int>(index); // no sensor has so many
+    return static_cast<int>(index); // fits: sensors have few inputs and outputs
 }
 
 ZuScan::ICommandTarget& ControlHardwareBase::RequireCommandTarget(char const* label) const

@@ -20,8 +20,8 @@ class ISensor;
 namespace ZuControl
 {
 
-/// What all inputs and outputs have in common: which one it is, and the way to the sensor. It keeps nothing else, so that every
-/// call starts afresh and a copy is as good as the original.
+/// The base of all inputs and outputs: the index and the sensor. The object has no other state, so a copy is equivalent
+/// to the original.
 class ZUCONTROL_API ControlHardwareBase : public IControlHardware
 {
 public:
@@ -30,23 +30,24 @@ public:
     ControlHardwareBase(ControlHardwareBase const&) = default;
     ControlHardwareBase& operator=(ControlHardwareBase const&) = delete;
 
-    /// Asks the sensor. Throws std::bad_cast for an answer that is none.
+    /// Asks the sensor. Throws std::bad_cast for an answer of another class, or for none.
     bool IsEnabled() override;
     void Enable(bool enable) override;
 
 protected:
-    /// `usedSensor` outlives the object and is not asked here.
+    /// `usedSensor` outlives the object and is not called here.
     ControlHardwareBase(uint64 newIndex, ZuScan::ISensor& usedSensor);
 
     uint64 GetIndex() const;
 
-    /// As the lines of the log show it.
+    /// The index as the log shows it.
     int ShownIndex() const;
 
-    /// Where commands go; -1000 with no text, in the name of the function `label`, when the sensor takes none.
+    /// The sensor's command target. When the sensor has none, throws `Zu::Status::WRONG_STATE` with no text, under the
+    /// name of the function `label`.
     ZuScan::ICommandTarget& RequireCommandTarget(char const* label) const;
 
-    /// The arguments of a command to this object; its others are at their defaults.
+    /// The arguments of a command, with the index of this object; the other members are at their defaults.
     template <typename Params>
     std::shared_ptr<Params> MakeParams() const
     {

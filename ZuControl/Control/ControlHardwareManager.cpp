@@ -122,7 +122,7 @@ void ControlHardwareManager::UpdateAllHardwareLists(ZuScan::ISensor& sensor)
 
 void ControlHardwareManager::UpdateHardwareList(ZuScan::ISensor& sensor, Kind kind)
 {
-    ZuScan::ICommandTarget* const target = sensor.CommandTarget(); // anew for each kind: it may come and go
+    ZuScan::ICommandTarget* const target = sensor.CommandTarget(); // asked for each kind: it may change
     if (target == nullptr)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);

@@ -23,12 +23,12 @@ class IControlScanEngineInterface;
 
 /// The catalogue of the sensor's inputs and outputs.
 ///
-/// It is empty until `FindHardware` has asked the sensor, and has no lock: that happens before any protocol can look something
-/// up, and once.
+/// It is empty until `FindHardware` has asked the sensor. It has no lock: `FindHardware` is called once, before any
+/// protocol can look something up.
 class ZUCONTROL_API ControlHardwareManager final : public IControlHardwareManager
 {
 public:
-    /// `usedScanEngines` outlives the manager and is not asked here.
+    /// `usedScanEngines` outlives the manager and is not called here.
     explicit ControlHardwareManager(IControlScanEngineInterface& usedScanEngines);
     ~ControlHardwareManager() override;
 
@@ -39,13 +39,13 @@ public:
     uint64 GetInterfaceCount(ZuHardwareIOType kind) const override;
     IControlHardware& GetHardwareInterface(ZuHardwareIOType kind, uint64 index) override;
 
-    /// The host's sensor is there: asks it what it has. What the sensor refuses is logged, and the kinds before that stay. Call
-    /// it once, before protocols start: the lists must not grow under those who read them, and a second call adds every object
-    /// a second time. Throws std::bad_cast for an answer that is none.
+    /// Asks the host's sensor for its inputs and outputs. A `Zu::Exception` of the sensor is logged; the kinds that are
+    /// read before it stay. Call this once, before protocols start: the lists have no lock, and a second call adds
+    /// every object a second time. Throws std::bad_cast for an answer of another class, or for none.
     void FindHardware();
 
 private:
-    friend class ControlHardwareManagerTest; // asking a given sensor, and clearing, comes from nowhere else
+    friend class ControlHardwareManagerTest; // only the test asks a sensor of its own and clears the lists
 
     ZuScan::ISensor* GetISensor();
     void Refresh();
@@ -60,7 +60,7 @@ private:
     std::vector<std::shared_ptr<ControlSerialOutput>> serialOutputs;
     std::vector<std::shared_ptr<ControlDigitalOutput>> digitalOutputs;
     std::vector<std::shared_ptr<ControlDigitalInput>> digitalInputs;
-    std::list<ZuHardwareIOType> kinds; // those of which there is any
+    std::list<ZuHardwareIOType> kinds; // those with at least one object
 };
 
 } // namespace ZuControl

@@ -23,7 +23,7 @@ public:
         bool tavrinServiceApp = true;
     };
 
-    // A type that shows up under these never described itself.
+    // The names of a type that has set none.
     static char const* const DEFAULT_TYPE_NAME;
     static char const* const DEFAULT_DISPLAY_NAME;
 
@@ -35,10 +35,10 @@ public:
     char const* TypeName() const;
     char const* DisplayName() const;
 
-    /// The factory that was set. It must not be called on a record without one.
+    /// The factory. The record must have one.
     IControlFactory& Factory() const;
 
-    /// A null text reads as the empty one; so does the next.
+    // For the next two, a null text counts as an empty one.
     ControlInfo& SetTypeName(char const* newTypeName);
     ControlInfo& SetDisplayName(char const* newDisplayName);
 
@@ -53,7 +53,7 @@ public:
     bool SupportedOnTavrinServiceApp() const;
 
 private:
-    friend class ControlManager; // looks whether there is a factory before it asks for one
+    friend class ControlManager; // tests whether there is a factory before it calls `Factory`
 
     std::string typeName;
     std::string displayName;

@@ -47,7 +47,7 @@ ControlInstance::ControlInstance(ControlInstanceParams& params)
     }
     catch (...)
     {
-        RemoveProtocolHandlers(); // the protocol may live on: whoever made it can hold it too
+        RemoveProtocolHandlers(); // the protocol may live on: its plug-in may share it
         throw;
     }
 }
@@ -58,7 +58,7 @@ ControlInstance::~ControlInstance()
     {
         metrics.ClearProtocol();
     }
-    protocolHandlersGate.Close(); // a removal that failed, or that came while the protocol was telling, ends here
+    protocolHandlersGate.Close(); // also ends handlers whose removal has failed, and waits for running ones
     ZU_GUARD_DESTRUCTOR([this] { EndResultDelivery(); });
 }
 
@@ -493,8 +493,9 @@ void ControlInstance::RemoveProtocolHandlers()
 
 void ControlInstance::EndResultDelivery()
 {
-    // The fan-out outlives the protocol and may still hold its handler: with a problem on record it was left there, and
-    // not every protocol stops before it goes. The protocol's own destructor would be too late for a derived class.
+    // The fan-out outlives the protocol and may still hold its handler: `Enable(false)` leaves it there with a problem
+    // on record, and the protocol may still be enabled. The destructor of ProtocolBase closes the gate too late: the
+    // members of the derived class no longer exist then.
     if (auto* const base = dynamic_cast<ControlProtocol::ProtocolBase*>(GetProtocol()))
     {
         base->CloseResultHandlerGate();
@@ -519,7 +520,7 @@ void ControlInstance::ProtocolStatusUpdateHandler(ProtocolStatus newStatus)
         ZU_LOG_USER_WARNING("%1$s protocol cannot be stopped once started. It will continue to run until the device is "
                             "restarted",
                             protocol->DisplayName());
-        return; // not a problem: this protocol is made so
+        return; // no problem: this is the designed behaviour of that protocol
     }
     problemsTracker.Begin();
     RegisterProblem(toStart ? "%1$s service failed to start." : "%1$s service failed to stop.",

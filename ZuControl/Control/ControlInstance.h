@@ -33,11 +33,12 @@ class IProtocolOutput;
 class IProtocolRegisterAssembly;
 } // namespace ControlProtocol
 
-/// Stands between one protocol and the rest of the system.
+/// Connects one protocol with the rest of the system.
 ///
-/// It begins disabled. It does not stop its protocol when it goes: that is the affair of the protocol's own destructor. No
-/// result reaches the protocol any more by then, and nothing that the protocol still tells reaches the instance. A call
-/// that the protocol is making meanwhile is waited for: whoever destroys an instance holds no lock that a listener takes.
+/// An instance begins disabled. Its destructor does not stop the protocol: the protocol's own destructor does. The
+/// destructor ends the delivery of results to the protocol and removes its handlers from the protocol's events; it
+/// waits for handlers that are running. The thread that destroys an instance therefore holds no lock that a listener
+/// takes.
 class ZUCONTROL_API ControlInstance final : public IControlInstance
 {
 public:
@@ -98,11 +99,11 @@ public:
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
-    /// The calls of `Enable(true)` that have thrown. Any thread may ask.
+    /// The calls of `Enable(true)` that have thrown. Any thread may call.
     ControlVitals::FailedStarts FailedStarts() const;
 
-    /// The operations of the protocol that failed. A caller that reaches the protocol past this instance, through what the
-    /// protocol has handed out, calls through it too.
+    /// The operations of the protocol that have failed. A caller that calls an object of the protocol directly, for
+    /// example an action target, makes that call through this record too.
     ProtocolFaults& Faults() const;
 
 private:
@@ -130,7 +131,7 @@ private:
     std::shared_ptr<ControlProtocol::IProtocol> protocol;
     IUpdateGate* const updateGate;
     IControlScanResults* const scanResults;
-    // Listeners come and go while a thread of the protocol may be telling of an update.
+    // Each list is guarded: listeners are added and removed while a thread of the protocol may notify.
     Zu::Event<std::string, bool> paramsUpdatedEvent;
     Zu::Event<std::string, bool> outputsUpdatedEvent;
     Zu::Event<std::string, std::string> registerAssemblyUpdatedEvent;
@@ -145,7 +146,8 @@ private:
     mutable Zu::Mutex failedStartsLock; // a leaf
     ControlVitals::FailedStarts failedStarts ZU_GUARDED_BY(failedStartsLock);
 
-    // Last, so that it closes first. Handlers run side by side: they call the host, under whatever lock it takes there.
+    // Last, so that it closes first. Shared, so that handlers may run beside each other: they call the host, which
+    // takes locks.
     Zu::SharedCallbackGate protocolHandlersGate;
 };
 

@@ -14,7 +14,8 @@ namespace ControlProtocol
 class IProtocol;
 }
 
-/// A protocol's metrics as others reach them: they outlast the protocol, and answer -1000 without one.
+/// Access to the metrics of a protocol. The object may outlive the protocol; without a protocol each operation throws
+/// `Zu::Status::WRONG_STATE`.
 class ZUCONTROL_API ControlInstanceMetrics final : public ZuCommon::IMetricsKeeper, public ZuCommon::IMetricsSource
 {
 public:
@@ -24,11 +25,11 @@ public:
     ControlInstanceMetrics(ControlInstanceMetrics const&) = delete;
     ControlInstanceMetrics& operator=(ControlInstanceMetrics const&) = delete;
 
-    /// `newProtocol` is not owned; whoever binds it clears it before it goes.
+    /// `newProtocol` is not owned; the caller clears it before the protocol is destroyed.
     void BindProtocol(ControlProtocol::IProtocol* newProtocol);
     void ClearProtocol();
 
-    /// A metrics record that cannot be read counts as a fault here from now on. `protocolFaults` outlives this object.
+    /// From now on a failed read of the record counts as a fault in `protocolFaults`, which outlives this object.
     void BindFaults(ProtocolFaults& protocolFaults);
 
     Zu::Properties::Structure& UpdateMetrics() override;

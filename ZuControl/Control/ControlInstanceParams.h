@@ -19,7 +19,8 @@ namespace ControlProtocol
 class IProtocol;
 }
 
-/// What an instance is made of. All pointers are set; all but `protocol` are not owned and outlive the instance.
+/// The arguments of the constructor of ControlInstance. All pointers are set; all but `protocol` are not owned and
+/// outlive the instance.
 struct ControlInstanceParams
 {
     ControlInfo const* info = nullptr;

@@ -25,7 +25,7 @@ using ZuCommon::PersistDomain;
 namespace
 {
 
-/// Answers where the host has nobody who does.
+/// Refuses every read; used when the host has no request processor.
 class NoRequestProcessor final : public ZuRest::RequestProcessor
 {
 public:
@@ -38,7 +38,7 @@ public:
 
 ZuRest::RequestProcessor& ProcessorOf(ControlModuleEnviron const& environ)
 {
-    static NoRequestProcessor none; // holds nothing
+    static NoRequestProcessor none; // stateless
     return environ.requestProcessor != nullptr ? *environ.requestProcessor : none;
 }
 
@@ -71,7 +71,7 @@ ControlManager::ControlManager(ControlRegistry& usedRegistry, IControlScanResult
     }
     catch (...)
     {
-        Unhook(ZU_FUNCTION_LABEL); // the host must not be left with handlers of what is no more
+        Unhook(ZU_FUNCTION_LABEL); // the host must not keep handlers of an object that was never constructed
         throw;
     }
 }
@@ -109,7 +109,7 @@ void ControlManager::LoadPersistDomain(PersistDomain domain, ZuCommon::IPersistS
         ForEachInstance(ZU_FUNCTION_LABEL, load);
         return;
     }
-    // Not undone when a handler throws: until a later load has run to its end, the job's state is not known to be whole.
+    // Stays set when a handler throws: until a later load has run to its end, the job may be loaded in part only.
     loadInProgress.store(true, std::memory_order_relaxed);
     OnPersistenceLoad(PersistenceLoadOpState::Begin);
     bool const succeeded = ForEachInstance(ZU_FUNCTION_LABEL, load);
@@ -117,7 +117,7 @@ void ControlManager::LoadPersistDomain(PersistDomain domain, ZuCommon::IPersistS
     loadInProgress.store(false, std::memory_order_relaxed);
     if (!succeeded)
     {
-        SetJobFileModified(); // the job no longer is what its file says
+        SetJobFileModified(); // the job differs from its file
     }
 }
 
@@ -303,7 +303,7 @@ void ControlManager::Unhook(char const* label) noexcept
 
 void ControlManager::WatchInstances()
 {
-    // Never removed: the instances go first.
+    // Never removed: the instances are destroyed before the manager's other members.
     for (auto const& entry : instances)
     {
         auto const onUpdate = [this](std::string const& /*typeName*/, bool notify) {

@@ -30,16 +30,17 @@ class ControlInfo;
 class ControlRegistry;
 class IControlScanResults;
 
-/// Owns every protocol instance and what the protocols share.
+/// Owns every protocol instance and the services that the protocols share.
 ///
-/// It builds one instance for each type of the catalogue that this system supports, hands every protocol the same environ,
-/// keeps the protocols' settings for the host, and turns the host's events into calls on each instance, in byte-wise order
-/// of the type names. It takes no lock: the set of instances is fixed when the constructor ends.
+/// It builds one instance for each type of the catalogue that this system supports, gives every protocol the same
+/// environ, loads and saves the protocols' settings for the host, and turns the host's events into calls on each
+/// instance, in byte-wise order of the type names. It takes no lock: the set of instances is fixed when the constructor
+/// ends.
 class ZUCONTROL_API ControlManager final : public IControlManager
 {
 public:
-    /// All arguments outlive the manager, and so does what `newEnviron` points to. A type whose protocol cannot be made is
-    /// logged, and the exception goes on.
+    /// All arguments, and all objects that `newEnviron` points to, outlive the manager. When the protocol of a type
+    /// cannot be made, the type is logged and the exception leaves the constructor.
     ControlManager(ControlRegistry& usedRegistry, IControlScanResults& usedScanResults,
                    ControlModuleEnviron const& newEnviron);
     ~ControlManager() override;
@@ -58,14 +59,15 @@ public:
 
     ControlProtocolOperations const& Operations() const;
 
-    /// Of all instances, by name. Any thread may ask.
+    /// The failed starts of all instances, by name. Any thread may call.
     std::vector<ControlVitals::FailedStarts> FailedStarts() const;
 
-    /// The operations of protocols that failed when they were last called. Any thread may ask.
+    /// The operations of protocols that failed when they were last called. Any thread may call.
     std::vector<ControlVitals::Fault> Faults() const;
 
-    /// The host's sensor is there: the protocols' hardware manager asks it for its inputs and outputs. Call it once, on the
-    /// thread that built the manager and before any protocol is enabled; see ControlHardwareManager.
+    /// Makes the hardware manager of the protocols ask the host's sensor for its inputs and outputs. Call it once the
+    /// sensor exists, on the thread that has built the manager and before any protocol is enabled; see
+    /// ControlHardwareManager.
     void FindHardware();
 
 private:
@@ -95,8 +97,8 @@ private:
     ControlProtocol::ControlProtocolEnviron protocolEnviron;
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;
 
-    // While the job is loaded no change counts as a change of it. Read on the thread of the load, and on any other thread
-    // whose protocol reports a change meanwhile.
+    // During a load of the job no change counts as a change of the job. Read on the thread of the load, and on any
+    // thread on which a protocol reports a change meanwhile.
     std::atomic<bool> loadInProgress{false};
     PersistControl persistControl;
 
@@ -108,7 +110,7 @@ private:
     Zu::Event<bool>::CallbackId scanStartStopHandlerId;
     Zu::Event<>::CallbackId factoryRestoreHandlerId;
 
-    // The host may fire on another thread while the manager goes.
+    // The host may fire on another thread while the manager is destroyed.
     Zu::SharedCallbackGate scanStartStopGate;
     Zu::SharedCallbackGate factoryRestoreGate;
 };

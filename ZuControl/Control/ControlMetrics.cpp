@@ -18,8 +18,8 @@ namespace
 
 constexpr uint64 PATIENCE_USEC = 1'000'000;
 
-/// How much longer a report waits for the update that runs: until its round has lasted for `PATIENCE_USEC`. An update that hangs
-/// thus delays the reports once, and not each second.
+/// How much longer a report waits for the running update: until the update's round has lasted for `PATIENCE_USEC`. An
+/// update that hangs therefore delays the reports once, and not each second.
 uint64 PatienceLeft(MetricsPulse const& pulse)
 {
     uint64 const sinceUsec = pulse.Read().roundSinceUsec;
@@ -28,7 +28,7 @@ uint64 PatienceLeft(MetricsPulse const& pulse)
     return PATIENCE_USEC > waitedUsec ? PATIENCE_USEC - waitedUsec : 0;
 }
 
-// The labels of the log: operations that share a line write it under the name of the one that callers know.
+// The labels of the log: private operations write their lines under the name of the public operation.
 constexpr char const* ADDING = "ZuControl::ControlMetrics::AddReportHandler";
 constexpr char const* REMOVING = "ZuControl::ControlMetrics::RemoveReportHandler";
 
@@ -45,7 +45,7 @@ ControlMetrics::ControlMetrics(IControlManager& usedManager) : manager(usedManag
 
 ControlMetrics::~ControlMetrics()
 {
-    // The sentence has a full stop here, unlike that of other destructors.
+    // The text ends with a full stop, unlike that of other destructors.
     Zu::GuardStep(__LINE__, __FILE__, ZU_FUNCTION_LABEL, "Exception thrown in destructor.", [this] {
         reportTimer->Stop();
         reportTimer.reset();
@@ -71,7 +71,8 @@ ControlMetrics::CallbackId ControlMetrics::AddReportHandler(ReportHandler handle
 
 void ControlMetrics::RemoveReportHandler(CallbackId id, std::string const& key)
 {
-    auto const ending = id.first.lock(); // what the handler holds ends behind the lock: it may come back here
+    // Keeps the handler until the lock is released: its destructor may call this class.
+    auto const ending = id.first.lock();
     bool isLast = false;
     std::unique_ptr<Zu::CallbackGate> gate;
     {
@@ -121,7 +122,7 @@ void ControlMetrics::UpdateMetrics()
     {
         round.ComeTo(name);
         ZuCommon::IMetricsKeeper& keeper = manager.GetInstance(name).MetricsKeeper();
-        RecordOf(name).Update(keeper); // what a protocol throws ends this round: the timer logs it
+        RecordOf(name).Update(keeper); // an exception of a protocol ends this round; the timer logs it
     }
     round.Done();
 }
@@ -134,8 +135,8 @@ void ControlMetrics::DispatchReports()
     }
 }
 
-/// So that a read finds a snapshot also when the first round of updates hangs. A record that cannot be read yet is left to the
-/// reads to come: they tell why.
+/// Takes a snapshot of each record, so that a read finds one also when the first round of updates hangs. A record that
+/// cannot be read is skipped: a later read reports the reason.
 void ControlMetrics::TakeFirstSnapshots()
 {
     for (std::string const& name : manager.List())
@@ -158,12 +159,12 @@ ControlMetrics::CallbackId ControlMetrics::Subscribe(ReportHandler handler, std:
     auto position = reportHandlers.find(key);
     if (position == reportHandlers.end())
     {
-        manager.GetInstance(key).MetricsSource(); // an unknown type is refused before anything changes
+        manager.GetInstance(key).MetricsSource(); // throws for an unknown type, before anything changes
         if (reportHandlers.empty())
         {
             StartReporting();
         }
-        position = reportHandlers.try_emplace(key).first; // also for a handler that is empty
+        position = reportHandlers.try_emplace(key).first; // also for an empty handler
     }
     CallbackId const id = position->second.event->Add(std::move(gated));
     if (id.second)
@@ -189,7 +190,7 @@ void ControlMetrics::StopReporting()
     Zu::Locker const guard(lock);
     if (!reportHandlers.empty())
     {
-        // Another thread has subscribed meanwhile, and the stop undid that start.
+        // Another thread has subscribed meanwhile, and the stop has undone its start.
         reportTimer->Start(reportInterval, false);
     }
     else if (isReporting)
@@ -223,7 +224,7 @@ ControlMetrics::SubscribedEvents() const
     return events;
 }
 
-/// Takes the handler out of the event. Gives the gate of a handler that was there, else null.
+/// Removes the handler from the event. Returns its gate, or null for an unknown handler.
 std::unique_ptr<Zu::CallbackGate> ControlMetrics::TakeOut(Subscribers& subscribers, CallbackId const& id)
 {
     subscribers.event->Remove(id);

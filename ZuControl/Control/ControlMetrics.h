@@ -24,13 +24,13 @@ class IControlManager;
 class MetricsRecord;
 struct MetricsSnapshot;
 
-/// Keeps the metrics of all services alive: has each protocol bring its record up to date four times a second, whether it is
-/// enabled or not, and gives the record of a service to the subscribers once a second.
+/// Keeps the metrics of all services up to date: calls each protocol's `UpdateMetrics` four times a second, whether the
+/// protocol is enabled or not, and gives the record of a service to its subscribers once a second.
 ///
-/// In-process readers get the protocol's live record. The updates of one service and the handlers that read its live record take
-/// turns. `Snapshot` and snapshot handlers get a copy and wait for no update: while a protocol hangs in its update, they get
-/// the copy that was made after the last one. Any thread may call; a handler may add and remove handlers, itself included. The
-/// protocols outlive this object.
+/// In-process readers get the protocol's live record. The updates of one service and the handlers that read its live
+/// record take turns. `Snapshot` and snapshot handlers get a copy and wait for no update: while a protocol hangs in its
+/// update, they get the copy that was made after the last one. Any thread may call; a handler may add and remove
+/// handlers, itself included. The protocols outlive this object.
 class ZUCONTROL_API ControlMetrics final : public ZuCommon::IMetricsReporter<std::string const&>
 {
 public:
@@ -45,33 +45,36 @@ public:
     ControlMetrics(ControlMetrics const&) = delete;
     ControlMetrics& operator=(ControlMetrics const&) = delete;
 
-    /// The live record of the type `key`. It may change while it is read, but for a report handler. Throws
-    /// `Zu::Status::NOT_FOUND` for an unknown type.
+    /// The live record of the type `key`. It may change while the caller reads it, unless the caller is a report
+    /// handler. Throws `Zu::Status::NOT_FOUND` for an unknown type.
     ZuCommon::IMetricsSource const& LastReport(std::string const& key) override;
 
-    /// From the next report on `handler` gets the live record of the type `key`, on the timer's thread. `handler` must not block.
-    /// When it throws, the handlers behind it miss this report. It misses each report during which the type's update hangs.
-    /// Throws `Zu::Status::NOT_FOUND` for an unknown type.
+    /// From the next report on `handler` gets the live record of the type `key`, on the timer's thread. `handler` must
+    /// not block. When it throws, the handlers behind it miss this report. It misses each report during which the
+    /// type's update hangs. Throws `Zu::Status::NOT_FOUND` for an unknown type.
     CallbackId AddReportHandler(ReportHandler handler, std::string const& key) override;
 
-    /// Removes a report handler or a snapshot handler. When this returns the handler does not run, unless the handler itself calls
-    /// this. An id that is not valid removes nothing. Throws `Zu::Status::BAD_ARGUMENT` for a type without subscribers.
+    /// Removes a report handler or a snapshot handler. When this returns the handler does not run, unless the handler
+    /// itself calls this. An id that is not valid removes nothing. Throws `Zu::Status::BAD_ARGUMENT` for a type without
+    /// subscribers.
     void RemoveReportHandler(CallbackId id, std::string const& key) override;
 
-    /// As `AddReportHandler`, but `handler`, which must not be empty, gets what `Snapshot` gives, also while an update hangs.
+    /// As `AddReportHandler`, but `handler`, which must not be empty, gets what `Snapshot` gives, also while an update
+    /// hangs.
     CallbackId AddSnapshotHandler(SnapshotHandler handler, std::string const& key);
 
-    /// A copy of the record of the type `key`: as it stands, or, while an update runs and after one that broke off, as the last
-    /// finished update left it; before the first update, as it was when this object was made. Waits for no update; only where
-    /// the record could never be read so far, for a second at most, and then throws `Zu::Status::TIME_OUT`. Throws
-    /// `Zu::Status::NOT_FOUND` for an unknown type, and what the protocol throws.
+    /// A copy of the record of the type `key`: its present state, or, while an update runs and after an update that has
+    /// thrown, its state after the last successful update; before the first update, its state at the construction of
+    /// this object. Does not wait for an update, unless the record has never been read so far: then it waits for a
+    /// second at most and throws `Zu::Status::TIME_OUT`. Throws `Zu::Status::NOT_FOUND` for an unknown type, and the
+    /// exceptions of the protocol.
     std::shared_ptr<MetricsSnapshot const> Snapshot(std::string const& key);
 
-    /// How the updates go. Waits for none.
+    /// The progress of the updates. Does not wait for an update.
     ControlVitals::Metrics Vitals() const;
 
 private:
-    friend class ControlMetricsTest; // nothing else changes the intervals
+    friend class ControlMetricsTest; // only the test changes the intervals
 
     using Source = ZuCommon::IMetricsSource;
     using ReportEvent = Zu::Event<Source const&>;
@@ -80,7 +83,7 @@ private:
     struct Subscribers
     {
         std::shared_ptr<ReportEvent> event = std::make_shared<ReportEvent>();
-        std::map<std::weak_ptr<void>, std::unique_ptr<Zu::CallbackGate>, std::owner_less<>> gates; // by the id's place
+        std::map<std::weak_ptr<void>, std::unique_ptr<Zu::CallbackGate>, std::owner_less<>> gates; // by id.first
     };
 
     void UpdateMetrics();
@@ -100,13 +103,13 @@ private:
     IControlManager& manager;
     MetricsPulse pulse;
 
-    // A leaf but for the timer's own lock: no handler runs under it, and no timer is stopped under it, since that waits for
-    // handlers, which may come back here.
+    // Only the timer's own lock is taken under it. No handler runs under it. No timer is stopped under it, since a stop
+    // waits for handlers, which may call this class.
     mutable wLock lock;
-    std::map<std::string, std::unique_ptr<MetricsRecord>> records ZU_GUARDED_BY(lock); // a record stays to the end
+    std::map<std::string, std::unique_ptr<MetricsRecord>> records ZU_GUARDED_BY(lock); // entries are never removed
     std::map<std::string, Subscribers>
-        reportHandlers ZU_GUARDED_BY(lock);                // an entry has a handler, or had a chance of one
-    bool isReporting ZU_GUARDED_BY(lock) = false;          // as the log has it
+        reportHandlers ZU_GUARDED_BY(lock);                // the subscribed types, also with an empty handler
+    bool isReporting ZU_GUARDED_BY(lock) = false;          // as last logged
     uint64 reportInterval ZU_GUARDED_BY(lock) = 1'000'000; // microseconds, as the next
     uint64 updateInterval ZU_GUARDED_BY(lock) = 250'000;
 

@@ -2,14 +2,13 @@
 
 #include "ZuControl/Control/IControlInstance.h"
 
-
 namespace ZuControl
 {
 
 namespace
 {
 
-/// Empty for a protocol that throws instead: it goes without numbers of its own, and the others keep theirs.
+/// The number of the protocol, or empty when the protocol throws: it then has no counters, and the others keep theirs.
 std::optional<ZuEthernetProtocol> NumberOf(IControlInstance const& instance)
 {
     try

@@ -31,10 +31,10 @@ struct ControlModuleEnviron;
 
 /// The whole module: the one object that a host constructs.
 ///
-/// It reads the catalogue of the plug-ins that are loaded, attaches to the result hub and builds an instance of every type
-/// that this system supports, keeps their metrics alive, and hangs its resources under `/controls`. One type that cannot be
-/// built ends the construction. Build and destroy it on one thread, and destroy it before the router and anything that
-/// `environ` points to.
+/// It reads the catalogue of the loaded plug-ins, subscribes to the result hub, builds an instance of every type that
+/// this system supports, keeps the metrics of the instances up to date, and registers its resources under `/controls`.
+/// A type that cannot be built ends the construction. Build and destroy the module on one thread, and destroy it before
+/// the router and all objects that `environ` points to.
 class ZUCONTROL_API ControlModule final
 {
 public:
@@ -42,15 +42,16 @@ public:
                   ControlModuleEnviron const& environ);
     ~ControlModule();
 
-    /// The host's scan engines have their sensor: see ControlManager::FindHardware.
+    /// The host calls this once its scan engines have their sensor: see ControlManager::FindHardware.
     void FindHardware();
 
     IControlManager& Controls();
 
-    /// What the module has counted so far. Any thread may ask.
+    /// The module's counters. Any thread may call.
     ControlStatistics Statistics();
 
-    /// How its services and threads fare. Any thread may ask; it waits for none of them.
+    /// The state of the services and threads of the module. Any thread may call; the call waits for no service and no
+    /// thread.
     ControlVitals Vitals();
 
     ControlModule(ControlModule const&) = delete;
@@ -60,14 +61,14 @@ private:
     struct Service
     {
         std::string typeName;
-        std::optional<ZuEthernetProtocol> protocol; // empty for a protocol that threw when it was asked
+        std::optional<ZuEthernetProtocol> protocol; // empty for a protocol that has thrown when it was asked
     };
 
-    // The order is that of their life: each relies on those above it.
+    // In this order: each member uses those above it.
     ControlRegistry registry;
     ControlScanResults scanResults;
     ControlManager manager;
-    std::vector<Service> const services; // by name; kept, since later calls must not run code of a plug-in
+    std::vector<Service> const services; // by name; stored, since `Statistics` and `Vitals` must not call a plug-in
     ControlMetrics metrics;
     Protocol::ControlDir dir;
 };

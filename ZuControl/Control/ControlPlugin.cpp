@@ -7,7 +7,7 @@ namespace ZuControl
 
 std::shared_ptr<ControlPlugin> ControlPlugin::Create()
 {
-    return std::shared_ptr<ControlPlugin>(new ControlPlugin); // the constructor is not for make_shared to call
+    return std::shared_ptr<ControlPlugin>(new ControlPlugin); // make_shared cannot call the protected constructor
 }
 
 ControlPlugin::~ControlPlugin() = default;

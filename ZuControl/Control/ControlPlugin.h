@@ -14,16 +14,16 @@ namespace ZuControl
 
 class IControlFactory;
 
-/// What a plug-in publishes: the protocol types that it offers.
+/// The protocol types that a plug-in offers.
 ///
-/// A plug-in derives from it and fills both lists in its constructor; they are only read afterwards. `GetObject` is not to be
-/// overridden: the catalogue takes what it gives for the ControlPlugin itself.
+/// A plug-in derives from this class and fills both lists in its constructor; they are only read afterwards, on the
+/// host's main thread. Do not override `GetObject`: the catalogue casts its result to ControlPlugin.
 class ZUCONTROL_API ControlPlugin : public ZuPlugin::IPlugin
 {
 public:
     static constexpr char const* TYPE = "ZuControl.ControlPlugin";
 
-    /// One that offers nothing.
+    /// A plug-in object that offers no types.
     static std::shared_ptr<ControlPlugin> Create();
 
     // First of the slots that others call through: never move one.

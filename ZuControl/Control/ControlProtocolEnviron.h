@@ -19,7 +19,8 @@ class IDeploymentQuery;
 namespace ControlProtocol
 {
 
-/// How a protocol reaches the system. One record serves all protocols of a module and outlives them; it owns nothing.
+/// The services of the system for a protocol. One record serves all protocols of a module; the record and its objects
+/// outlive them. The record owns none of the objects.
 struct ControlProtocolEnviron
 {
     ControlProtocolOperations* operations = nullptr;
@@ -28,7 +29,7 @@ struct ControlProtocolEnviron
     IControlHardwareManager* hardwareManager = nullptr;
     IDeploymentQuery* deployment = nullptr;
     ZuCommon::ProblemsManager* problems = nullptr;
-    uint32 protocolOption = 0; ///< the host's, handed on as it is
+    uint32 protocolOption = 0; ///< set by the host and passed on unchanged
     void* allocator = nullptr; ///< null is the default one
 };
 

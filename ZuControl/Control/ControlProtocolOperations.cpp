@@ -16,7 +16,7 @@ namespace
 {
 
 constexpr uint64 TEST_SLEEP_USEC = 10000;
-constexpr uint64 PAUSE_AFTER_FAILED_WAIT_USEC = 10000; // one that fails at once must not flood the log
+constexpr uint64 PAUSE_AFTER_FAILED_WAIT_USEC = 10000; // a wait that fails at once must not flood the log
 
 } // namespace
 
@@ -33,7 +33,7 @@ ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& us
 
 ControlProtocolOperations::~ControlProtocolOperations()
 {
-    runner.reset(); // first: a task that runs may still tell its end
+    runner.reset(); // first: a running task may still queue its end
     runningFlag.store(false, std::memory_order_relaxed);
     ZU_GUARD_DESTRUCTOR([this] { ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); });
     alignmentGate.Close();
@@ -148,7 +148,7 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
             catch (...)
             {
                 ZU_LOG_CAUGHT("Exception processing action id %u", unsigned{action});
-                status = Zu::Status::FAILURE; // its own status is not told
+                status = Zu::Status::FAILURE; // the status of the exception is logged and not passed on
             }
             if (IsAsynchronous(action))
             {
@@ -156,7 +156,7 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
                 {
                     return; // the end comes from the scanner's event
                 }
-                // Guarded: whatever fails here, the end must be told, or every later operation would be refused.
+                // Guarded: the end must be queued in any case, or every later operation would be refused.
                 ZU_GUARD_BOUNDARY([&] { CleanUpAlignmentCompletedEvent(params.stringArg); });
             }
             NotifyOperationEnd(protocol, status, "");
@@ -164,7 +164,7 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
     }
     catch (...)
     {
-        OperationFinish(); // nothing runs that would tell an end
+        OperationFinish(); // no task runs that would end the operation
         throw;
     }
 }
@@ -243,7 +243,7 @@ char const* ControlProtocolOperations::NameOf(ActionId action)
     case ActionRestart:
         return "restart";
     default:
-        return "test"; // no public operation leads here
+        return "test"; // the test actions; no public operation begins one
     }
 }
 
@@ -340,7 +340,7 @@ Zu::Event<int>& ControlProtocolOperations::OperationEndEvent(ZuEthernetProtocol 
 void ControlProtocolOperations::AlignmentCompletedCallback(ZuEthernetProtocol protocol, std::string const& scannerId,
                                                            ZuScan::AlignCompletionStatus status)
 {
-    // Only queues: the handler must not be removed from inside its own event.
+    // Only queues the end: the dispatcher removes the handler, outside of the event's call.
     bool const succeeded = static_cast<int64>(status) == 0;
     NotifyOperationEnd(protocol, succeeded ? Zu::Status::SUCCESS : Zu::Status::FAILURE, scannerId.c_str());
 }
@@ -390,7 +390,7 @@ int ControlProtocolOperations::DispatcherThreadFx(void* object)
             self.OnOperationEnd(record->protocol, record->status);
             if (previous != 1)
             {
-                ZU_THROW(Zu::Status::WRONG_STATE); // an end that nobody waited for
+                ZU_THROW(Zu::Status::WRONG_STATE); // an end without an operation in flight
             }
         });
     }

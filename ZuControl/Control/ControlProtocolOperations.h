@@ -27,16 +27,19 @@ class IControlSystemInterface;
 
 /// Long-running operations on the system, one at a time for all protocols.
 ///
-/// An operation is accepted or refused at once: -976 while another one is in flight, -997 for a bad argument, which is looked
-/// at first. It then runs on a worker, and its end is told to the handlers of the protocol that asked, with status 1
-/// for success. No operation is ever timed out: an alignment whose scanner never reports keeps every later one refused.
+/// A call is accepted or refused at once. It throws `Zu::Status::BAD_ARGUMENT` for a bad argument, which is checked
+/// first, and `Zu::Status::BUSY` while another operation is in flight. An accepted operation runs on a worker. At its
+/// end the handlers of the protocol that has begun it are called, with `Zu::Status::SUCCESS` or `Zu::Status::FAILURE`.
+/// No operation has a time-out: while the scanner does not report the end of an alignment, every later operation is
+/// refused.
 ///
-/// Threads: operations are called from any thread; handlers run on "CtlProtoOp.Disp". The flag is free by then, so that a
-/// handler may start the next operation.
+/// Ownership: the module owns the object, which outlives the protocols. Threads: any thread may call any operation, in
+/// each state of the service; no operation blocks. Handlers run on "CtlProtoOp.Disp". A handler may begin the next
+/// operation. It must not block: the ends of later operations wait for it.
 class ZUCONTROL_API ControlProtocolOperations final
 {
 public:
-    /// How long the dispatcher waits for a record, and so how late it notices that it shall end. No limit of an operation.
+    /// How long the dispatcher waits for a record, and so the longest delay of its end. It does not limit an operation.
     static constexpr uint64 OPERATION_TIMEOUT_USEC = 100000;
 
     /// Both interfaces outlive the object.
@@ -50,26 +53,30 @@ public:
     void StartScan(ZuEthernetProtocol protocol);
     void StopScan(ZuEthernetProtocol protocol);
 
-    /// An empty scanner id means the first scanner. Name the scanner where you can: only then is the handler on its
-    /// event removed at the end, and a later alignment does not find it there.
+    /// An empty scanner id means the first scanner. Name the scanner if possible: only then the handler at the
+    /// scanner's event is removed at the end of the alignment. Otherwise it stays, and a later alignment calls it
+    /// again.
     void Alignment(ZuEthernetProtocol protocol, char const* scannerId);
     void ClearAlignment(ZuEthernetProtocol protocol, char const* scannerId);
 
-    /// The load stops and starts protocols, possibly the one that asked: its `Stop` must not wait for the operation's end.
+    /// The load stops and starts protocols on the worker, possibly also the protocol that has begun it: its `Stop` must
+    /// not wait for the end of the operation.
     void LoadJob(ZuEthernetProtocol protocol, char const* jobName);
     void SoftwareTrigger(ZuEthernetProtocol protocol, char const* scannerId);
     void SetNextIpConfig(ZuEthernetProtocol protocol, wIpConfig const& config);
     void FactoryRestore(ZuEthernetProtocol protocol);
     void Restart(ZuEthernetProtocol protocol);
 
-    /// Adds a handler of the ends of the protocol's operations; it gets the status and nothing else. One that throws keeps
-    /// those behind it from being called for that end. An empty function is not stored and gives an id that is not valid.
+    /// Adds a handler of the ends of the protocol's operations; its argument is the status. An exception of a handler
+    /// is logged, and the handlers behind it are not called for that end. An empty function is not stored and gives an
+    /// id that is not valid.
     Zu::Event<int>::CallbackId AddOpEndEventHandler(ZuEthernetProtocol protocol, std::function<void(int)> handler);
 
-    /// Removes a handler. It does not wait for one that is running.
+    /// Removes a handler. Does not wait for a call of it that has begun.
     void RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id);
 
-    // How many operations have ended so far, and how many were refused since another one was in flight. Any thread may ask.
+    // The number of operations that have ended so far, and of those that were refused with `Zu::Status::BUSY`. Any
+    // thread may call.
     uint64 SucceededCount() const;
     uint64 FailedCount() const;
     uint64 RefusedCount() const;
@@ -77,16 +84,16 @@ public:
     /// An operation in flight.
     struct UnderWay
     {
-        ZuEthernetProtocol protocol{}; ///< who asked for it
+        ZuEthernetProtocol protocol{}; ///< the protocol that has begun it
         char const* name = "";         ///< "job load"
         uint64 sinceUsec = 0;          ///< a moment of `wTime_NowUsec`
     };
 
-    /// Any thread may ask.
+    /// The operation in flight, if any. Any thread may call.
     std::optional<UnderWay> OperationUnderWay() const;
 
 private:
-    friend class ControlProtocolOperationsTest; // the only way to the test actions
+    friend class ControlProtocolOperationsTest; // only the test begins the test actions
 
     enum ActionId : uint8
     {
@@ -116,7 +123,7 @@ private:
     {
         ZuEthernetProtocol protocol{};
         int32 status = 0;
-        std::string scannerId; // of an alignment that ended through its event
+        std::string scannerId; // of an alignment that has ended through its event
     };
 
     void RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams params);
@@ -143,13 +150,13 @@ private:
     IControlScanEngineInterface& scanEngineInterface;
     std::unique_ptr<Zu::AsyncRunner> runner;
 
-    // Leaf lock of the map alone: an event is made on first use and stays where it is.
+    // A leaf, which guards the map alone: an event is made on first use, is never removed and does not move.
     Zu::Mutex opEndEventsLock;
     std::map<ZuEthernetProtocol, Zu::Event<int>> opEndEvents ZU_GUARDED_BY(opEndEventsLock);
 
     std::atomic<int32> operationFlag{0}; // 1 while an operation is in flight; it changes under the lock below
 
-    mutable Zu::Mutex underWayLock; // a leaf, so that what is told of an operation goes with the flag
+    mutable Zu::Mutex underWayLock; // a leaf; it keeps the flag and `underWay` consistent
     std::optional<UnderWay> underWay ZU_GUARDED_BY(underWayLock);
 
     std::atomic<bool> runningFlag{true};
@@ -159,11 +166,11 @@ private:
     Zu::MsgQueue<EndOfOpResult> queue;
     wThread thread;
 
-    // The handler of the alignment in flight, of the worker and of the dispatcher in turn. The lock is a leaf: it matters
-    // only when a scanner reports one alignment twice.
+    // The handler of the alignment in flight. The worker sets it, then the dispatcher clears it; the two meet only when
+    // a scanner reports one alignment twice. The lock is a leaf.
     Zu::Mutex alignmentLock;
     std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> alignCallbackId ZU_GUARDED_BY(alignmentLock);
-    Zu::CallbackGate alignmentGate; // handlers stay on a scanner's event for longer than this object lives
+    Zu::CallbackGate alignmentGate; // handlers may stay at a scanner's event for longer than this object lives
 };
 
 } // namespace ZuControl

@@ -39,7 +39,7 @@ std::vector<ControlInfo const*> ControlRegistry::List() const
 void ControlRegistry::AttachPlugins()
 {
     ZU_LOG_INFO("ControlRegistry loading plugins...");
-    for (uint64 i = 0; i < pluginManager.Count(); ++i) // a library may appear while the one before it is read
+    for (uint64 i = 0; i < pluginManager.Count(); ++i) // a library may be loaded while the one before it is read
     {
         ProcessPluginLoad(pluginManager.At(i), ZuPlugin::PluginEvent::LOAD);
     }
@@ -47,7 +47,7 @@ void ControlRegistry::AttachPlugins()
 
 void ControlRegistry::DetachPlugins()
 {
-    // Nothing was attached that would have to be taken off: the libraries stay loaded.
+    // Nothing to detach: the libraries stay loaded.
 }
 
 void ControlRegistry::ProcessPluginLoad(ZuPlugin::PluginLib const& lib, ZuPlugin::PluginEvent event)
@@ -61,7 +61,7 @@ void ControlRegistry::ProcessPluginLoad(ZuPlugin::PluginLib const& lib, ZuPlugin
             ControlInfo const& info = offer->ControlInfoAt(i);
             if (event != ZuPlugin::PluginEvent::LOAD)
             {
-                continue; // the catalogue does not shrink when a plug-in goes
+                continue; // the catalogue keeps the types of a plug-in that is unloaded
             }
             try
             {

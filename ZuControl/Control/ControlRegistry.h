@@ -17,13 +17,13 @@ class PluginManager;
 namespace ZuControl
 {
 
-/// The catalogue of protocol types. It is filled from the loaded plug-ins when it is built and only read afterwards, from any
-/// thread; a plug-in that is loaded later is not seen.
+/// The catalogue of protocol types. The constructor fills it from the loaded plug-ins; later any thread may read it,
+/// and it does not change. A plug-in that is loaded later has no entry.
 class ZUCONTROL_API ControlRegistry final
 {
 public:
-    /// `usedPluginManager` outlives the catalogue. A type that cannot be entered is logged and passed over; what a plug-in
-    /// throws while it is asked goes on to the caller.
+    /// `usedPluginManager` outlives the catalogue. A type that cannot be added is logged and skipped; an exception of a
+    /// plug-in reaches the caller.
     explicit ControlRegistry(ZuPlugin::PluginManager& usedPluginManager);
     ~ControlRegistry();
 
@@ -37,7 +37,7 @@ public:
     std::vector<ControlInfo const*> List() const;
 
 private:
-    friend class ControlRegistryTest; // removal, and events other than a load, come from nowhere else
+    friend class ControlRegistryTest; // only the test removes a type or sends events other than a load
 
     void AttachPlugins();
     void DetachPlugins();

@@ -23,7 +23,7 @@ std::string Dump(nlohmann::json const& part)
 
 } // namespace
 
-/// One read: the caller waits for it and may have gone when the worker writes here.
+/// One read, shared by the caller and the worker: the caller may have stopped waiting when the worker writes here.
 struct ControlResourceAdaptor::Reading
 {
     std::string const path;
@@ -44,7 +44,7 @@ ControlResourceAdaptor::~ControlResourceAdaptor()
 void ControlResourceAdaptor::Read(std::string const& path, std::string& output, uint64 timeout)
 {
     auto const reading = std::make_shared<Reading>(Reading{path, {}, Zu::Status::SUCCESS});
-    if (!OperationBegin() && !OperationBegin()) // twice: a worker may be just about to end
+    if (!OperationBegin() && !OperationBegin()) // twice: the worker may clear the flag in between
     {
         ZU_THROW(Zu::Status::BUSY, "Cannot read resource data. Another read operation is already in progress.");
     }
@@ -54,7 +54,7 @@ void ControlResourceAdaptor::Read(std::string const& path, std::string& output, 
     }
     catch (...)
     {
-        // The worker may still be writing into the record: from here on it is the worker's alone.
+        // The worker may still be writing into the record: the caller must not read it from here on.
         ZU_LOG_WARNING("Failed to read resource data due to (%s)", Zu::CaughtText().c_str());
         ZU_THROW(Zu::Status::NOT_OFFERED, "Failed to read resource.");
     }
@@ -87,7 +87,7 @@ void ControlResourceAdaptor::FinishRead() noexcept
     }
 }
 
-/// Ends the read when the last copy goes; if there is no memory for it, at once.
+/// A guard that ends the read when its last copy is destroyed; without memory for the guard the read ends at once.
 std::shared_ptr<void> ControlResourceAdaptor::MakeTurn()
 {
     return {this, [](ControlResourceAdaptor* adaptor) { adaptor->FinishRead(); }};
@@ -117,9 +117,9 @@ std::string ControlResourceAdaptor::TextOf(std::string const& path)
     }
     if (fragment.find('/') == std::string::npos)
     {
-        return Dump(document[fragment]); // a member that is not there is made, as null
+        return Dump(document[fragment]); // creates a missing member, as null
     }
-    nlohmann::json leaves = document.flatten(); // of objects and arrays nothing is left but what is in them
+    nlohmann::json leaves = document.flatten(); // leaves only, without objects and arrays
     return Dump(leaves["/" + fragment]);
 }
 

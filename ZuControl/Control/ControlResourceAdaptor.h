@@ -19,16 +19,16 @@ namespace ZuControl
 
 /// Reads resources for protocols on a worker of its own while the caller waits.
 ///
-/// The caller sets the flag `busy`. It is cleared when the task of the read ends: when the worker has run it, and when it cannot
-/// be queued or is dropped. A read that took too long for its caller goes on, into a record that both share, and until its end
-/// every other read is refused.
+/// The caller sets the flag `busy`. The flag is cleared when the task of the read ends: when the worker has run it,
+/// when it cannot be queued, or when it is dropped. A read whose caller has stopped waiting goes on and writes into a
+/// record that the caller and the worker share; until its end every other read is refused.
 class ZUCONTROL_API ControlResourceAdaptor final : public IControlResourceAdaptor
 {
 public:
     /// `usedProcessor` outlives the object.
     explicit ControlResourceAdaptor(ZuRest::RequestProcessor& usedProcessor);
 
-    /// Waits for a read that runs, however long it takes.
+    /// Waits for a running read, without a bound.
     ~ControlResourceAdaptor() override;
 
     ControlResourceAdaptor(ControlResourceAdaptor const&) = delete;

@@ -112,7 +112,7 @@ ZuScan::ISensor* ControlScanEngineInterface::FindSupportedSensor()
         }
         for (std::string const& scannerId : engine.ListScanners())
         {
-            // Looked up as every id is: on the first engine with a scanner, whichever engine listed it.
+            // Looked up like every id, on the first engine with a scanner, also when another engine lists it.
             ScannerInstance& scanner = GetScannerInstance(manager, scannerId);
             if (IsGoodScanner(scanner))
             {

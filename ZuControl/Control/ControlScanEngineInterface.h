@@ -27,10 +27,10 @@ class ScannerInstance;
 namespace ZuControl
 {
 
-/// The way to the scanners, which are driven by the names of their actions and commands.
+/// Operates the scanners by the names of their actions and commands.
 ///
-/// Only the first engine that has a scanner is searched, also for an id that lives on another one. Without an engine
-/// manager everything throws -1000.
+/// Only the first engine that has a scanner is searched, also for the id of a scanner on another engine. Without an
+/// engine manager every operation throws `Zu::Status::WRONG_STATE`.
 class ZUCONTROL_API ControlScanEngineInterface final : public IControlScanEngineInterface
 {
 public:

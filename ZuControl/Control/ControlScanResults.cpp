@@ -85,9 +85,9 @@ void ControlScanResults::RemoveResultHandler(std::pair<ZuEthernetProtocol, Zu::E
         position->second->RemoveResultHandler(id.second);
         if (position->second->ResultHandlerCount() == 0)
         {
-            groups.clear(); // they refer to it
+            groups.clear(); // they refer to the dispatcher
             groupedChangeCount = 0;
-            dispatchers.erase(position); // joins its thread
+            dispatchers.erase(position); // joins the dispatcher's thread
             ZU_LOG_INFO("ControlScanResults::dispatcher removed for protocol:%d", protocol);
         }
     }
@@ -108,7 +108,7 @@ void ControlScanResults::ProcessResultSet(void* resultSet)
     RefreshGroups();
     for (Group const& group : groups)
     {
-        ZU_CHECK(Distribute(group, set)); // what comes ahead of a failure has its set
+        ZU_CHECK(Distribute(group, set)); // the protocols before a failure have their set
     }
 }
 
@@ -170,7 +170,7 @@ std::shared_ptr<ScanOutputMap const>& ControlScanResults::FindMap(ZuEthernetProt
 
 void ControlScanResults::AddToMap(ScanOutputMap::Texts& map, std::string const& dataSourceId)
 {
-    map.try_emplace(ScanOutputMap::NumericId(dataSourceId), dataSourceId); // of two with one number the first stays
+    map.try_emplace(ScanOutputMap::NumericId(dataSourceId), dataSourceId); // of two equal numbers the first stays
 }
 
 void ControlScanResults::RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId)
@@ -191,7 +191,7 @@ std::shared_ptr<DispatchCounters> ControlScanResults::FindCounters(ZuEthernetPro
 
 void ControlScanResults::RefreshGroups()
 {
-    uint64 const changeCount = outputMapsChangeCount.load(std::memory_order_relaxed); // ahead of the maps
+    uint64 const changeCount = outputMapsChangeCount.load(std::memory_order_relaxed); // read before the maps
     if (changeCount == groupedChangeCount)
     {
         return;
@@ -276,7 +276,7 @@ wStatus ControlScanResults::Distribute(Group const& group, ZuCore::ResultSet set
 
 void ControlScanResults::Dispatch(std::shared_ptr<IControlScanResultsDispatcher> const& dispatcher, void* resultSet)
 {
-    dispatcher->AddResult(resultSet); // takes a reference of its own
+    dispatcher->AddResult(resultSet); // the dispatcher takes its own reference
 }
 
 } // namespace ZuControl

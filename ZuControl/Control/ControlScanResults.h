@@ -29,10 +29,12 @@ namespace ZuControl
 
 class IControlScanResultsDispatcher;
 
-/// Gives each protocol its own reduced copy of every result set: the items whose data source it wants, while it has a client.
+/// Gives each protocol its own reduced copy of every result set: the items with the data sources that the protocol
+/// wants, while it has a client.
 ///
-/// No result data is copied and no handler is waited for: a dispatcher for each protocol hands the sets over on a thread of
-/// its own. `ProcessResultSet` runs on the hub's publishing thread, or on the hub's own.
+/// The fan-out copies no result data and waits for no handler: each protocol has a dispatcher, which hands over the
+/// sets on a thread of its own. `ProcessResultSet` runs on the thread that publishes the set, or on a thread of the
+/// hub.
 class ZUCONTROL_API ControlScanResults final : public IControlScanResults
 {
 public:
@@ -50,16 +52,16 @@ public:
     void UpdateOutputMap(ZuEthernetProtocol protocol, std::vector<std::string> dataSourceIds) override;
     void UpdateClientCount(ZuEthernetProtocol protocol, uint64 count) override;
 
-    // What has been counted so far. Any thread may ask.
-    uint64 SetCount() const;  ///< sets that came and held anything
-    uint64 ItemCount() const; ///< in them
+    // Counters. Any thread may call.
+    uint64 SetCount() const;  ///< incoming sets that are not empty
+    uint64 ItemCount() const; ///< items in them
     uint64 ItemsHandedOnCount() const;
 
-    /// Those of the dispatchers that the protocol has had; zeros while it has had none.
+    /// The counters of all dispatchers that the protocol has had; zeros before the first.
     std::shared_ptr<DispatchCounters const> CountersOf(ZuEthernetProtocol protocol);
 
 private:
-    friend class ControlScanResultsTest; // a source is taken out of a map by nobody else
+    friend class ControlScanResultsTest; // only the test removes a source from a map
 
     using Dispatchers = std::map<ZuEthernetProtocol, std::shared_ptr<IControlScanResultsDispatcher>>;
 
@@ -68,7 +70,7 @@ private:
     static void RemoveFromMap(ScanOutputMap::Texts& map, std::string const& dataSourceId);
     std::shared_ptr<DispatchCounters> FindCounters(ZuEthernetProtocol protocol);
 
-    /// Protocols that have a handler and want something, by ascending number, and which of them wants what.
+    /// Protocols that have a handler and want data sources, by ascending number, with the plan of their data sources.
     struct Group
     {
         std::vector<std::shared_ptr<IControlScanResultsDispatcher> const*> receivers; // of `dispatchers`
@@ -84,31 +86,32 @@ private:
     void* const allocator;
     ZuCore::ResultHub* const resultHub;
     Zu::Event<void*>::CallbackId hubCallbackId;
-    Zu::CallbackGate hubGate; // the hub may have been asked for the other kind of handler when this one is removed
+    // Needed beside the removal, which may address the wrong kind of handler: `ShouldUseSyncHandler` may have changed.
+    Zu::CallbackGate hubGate;
 
-    // Leaf lock, held for the copy or the change of a pointer and nothing else: whoever changes a map waits for no delivery.
-    // The maps themselves never change; a new one takes the place of the old one.
+    // A leaf, held only to copy or change a pointer, so that a change of a map waits for no delivery. A map itself
+    // never changes: a new map replaces the old one.
     Zu::Mutex outputMapsLock;
     std::map<ZuEthernetProtocol, std::shared_ptr<ScanOutputMap const>> outputMaps ZU_GUARDED_BY(outputMapsLock);
-    std::atomic<uint64> outputMapsChangeCount{1}; // grows with each change, behind it
+    std::atomic<uint64> outputMapsChangeCount{1}; // incremented after each change
 
     std::atomic<uint64> setCount{0};
     std::atomic<uint64> itemCount{0};
     std::atomic<uint64> itemsHandedOnCount{0};
 
-    // A leaf. What is once in the map stays there.
+    // A leaf. Entries are never removed.
     Zu::Mutex countersLock;
     std::map<ZuEthernetProtocol, std::shared_ptr<DispatchCounters>> dispatchCounters ZU_GUARDED_BY(countersLock);
 
-    // Order: lock, then a dispatcher's own locks, outputMapsLock or countersLock. A dispatcher that goes is joined under it, so that no
-    // result handler may call what takes it.
+    // Order: lock, then a dispatcher's own locks, outputMapsLock or countersLock. The thread of a dispatcher that is
+    // removed is joined under it, so a result handler must not call an operation that takes it.
     wLock lock;
     Dispatchers dispatchers ZU_GUARDED_BY(lock);
 
-    // Made from the two tables above when a set comes and they have changed; more than one for a great many protocols.
+    // Built from `dispatchers` and `outputMaps` when a set arrives after a change; one group for each 64 protocols.
     std::vector<Group> groups ZU_GUARDED_BY(lock);
-    uint64 groupedChangeCount ZU_GUARDED_BY(lock) = 0;           // of the output maps when that was; 0: to be made anew
-    std::vector<ReducedSets::Picked> picked ZU_GUARDED_BY(lock); // memory to work in
+    uint64 groupedChangeCount ZU_GUARDED_BY(lock) = 0;           // of the output maps at that time; 0: rebuild
+    std::vector<ReducedSets::Picked> picked ZU_GUARDED_BY(lock); // working memory
 };
 
 } // namespace ZuControl

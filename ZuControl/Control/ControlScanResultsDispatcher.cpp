@@ -36,7 +36,7 @@ ControlScanResultsDispatcher::~ControlScanResultsDispatcher()
     {
         Zu::Exception::LogException(exception, 0);
     }
-    wThread_Destroy(&thread); // a thread that could not be joined there must not outlive the lists
+    wThread_Destroy(&thread); // ends a thread that `Stop` could not join, before the lists are destroyed
 }
 
 Zu::Event<void*>::CallbackId ControlScanResultsDispatcher::AddResultHandler(std::function<void(void*)> handler)
@@ -83,8 +83,8 @@ void ControlScanResultsDispatcher::Start()
     }
     catch (...)
     {
-        wThread_Destroy(&thread);                        // else a later start would find it made already
-        running.store(false, std::memory_order_relaxed); // there is nothing that a stop could join
+        wThread_Destroy(&thread);                        // so that a later start can construct it
+        running.store(false, std::memory_order_relaxed); // there is no thread for `Stop` to join
         throw;
     }
 }
@@ -98,7 +98,7 @@ void ControlScanResultsDispatcher::Stop()
     running.store(false, std::memory_order_relaxed);
     int exitCode = 0;
     ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, &exitCode));
-    counters->hasDied.store(false, std::memory_order_relaxed); // nobody misses it any more
+    counters->hasDied.store(false, std::memory_order_relaxed); // a stopped dispatcher is not reported as dead
     if (exitCode != Zu::Status::SUCCESS)
     {
         ZU_LOG_INFO("ControlScanResultsDispatcher thread stopped with error:%d", exitCode);
@@ -106,7 +106,7 @@ void ControlScanResultsDispatcher::Stop()
     ZU_CHECK(wThread_Destroy(&thread));
     {
         Zu::Locker const guard(listLock);
-        ZU_CHECK(wArrayList_Purge(writeList)); // what was not delivered is dropped
+        ZU_CHECK(wArrayList_Purge(writeList)); // drops the sets that are not delivered
     }
     ZU_CHECK(wArrayList_Purge(readList));
 }

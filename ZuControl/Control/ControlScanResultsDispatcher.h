@@ -14,17 +14,17 @@
 namespace ZuControl
 {
 
-/// A double buffer between the result path and one protocol.
+/// A double buffer between the result fan-out and one protocol.
 ///
-/// Sets gather in one list while the thread "CtrlScnRstDisp" hands the other one to the handlers; every 2,000 microseconds
-/// the lists change places. Nobody signals: a set waits for two passes at most, and all that came between two passes
-/// arrives as one batch. Nothing is dropped but at `Stop`. A handler that throws ends the thread for good; sets then gather
-/// until `Stop`.
+/// Sets gather in one list while the thread "CtrlScnRstDisp" hands the other list to the handlers; every 2,000
+/// microseconds the lists are swapped. The thread polls and is not signalled: a set waits for two passes at most, and
+/// the sets between two passes arrive as one batch. Sets are dropped only by `Stop`. A handler that throws ends the
+/// thread for good; sets then gather until `Stop`.
 class ZUCONTROL_API ControlScanResultsDispatcher final : public IControlScanResultsDispatcher
 {
 public:
-    /// Starts at once, and counts what it does in `usedCounters`. Throws the platform's status when lock, list or thread
-    /// cannot be made.
+    /// Starts at once, and counts batches and sets in `usedCounters`. Throws the platform's status when a lock, a list
+    /// or the thread cannot be made.
     explicit ControlScanResultsDispatcher(
         void* usedAllocator, std::shared_ptr<DispatchCounters> usedCounters = std::make_shared<DispatchCounters>());
     ~ControlScanResultsDispatcher() override;
@@ -57,11 +57,11 @@ private:
     wLock handlerLock;
     Zu::Event<void*> resultEvent ZU_GUARDED_BY(handlerLock);
 
-    // Leaf lock, held for an append or a swap and nothing longer.
+    // A leaf, held only for an append or a swap.
     wLock listLock;
     wArrayList writeList ZU_GUARDED_BY(listLock);
-    uint64 writeSinceUsec ZU_GUARDED_BY(listLock) = 0; // when the list that is not empty got its first set
-    wArrayList readList; // the thread's own; it changes places with the other one under listLock
+    uint64 writeSinceUsec ZU_GUARDED_BY(listLock) = 0; // time of the first set in `writeList`
+    wArrayList readList; // used by the thread alone; swapped with `writeList` under listLock
     uint64 readSinceUsec = 0;
 
     std::atomic<bool> running{false}; // seen by the thread after one pause at the latest

@@ -9,13 +9,13 @@ namespace ZuControl
 class ZUCONTROL_API ControlSerialOutput final : public ControlHardwareBase
 {
 public:
-    /// What drives the output. The values are the sensor's and go there as they are:
+    /// The source that drives the output. The values belong to the sensor and are passed on unchanged:
     /// `ZuStdScanners::ZucSensor::SerialOutputControlType`.
     enum class SerialOutputControlType : uint8
     {
     };
 
-    /// How the output sends. The values are the sensor's and go there as they are:
+    /// How the output sends. The values belong to the sensor and are passed on unchanged:
     /// `ZuStdScanners::ZucSensor::SerialOutputControlMode`.
     enum class SerialOutputControlMode : uint8
     {
@@ -29,19 +29,19 @@ public:
 
     ZuHardwareIOType HardwareIoType() const override;
 
-    // What follows throws as the operations of the interface do.
+    // The next operations block and throw as IControlHardware says.
 
     /// In bits per second.
     void SetControlBitRate(uint32 bitRate);
 
-    /// Which of the sensor's events drives the output, where its type is to be driven by one.
+    /// The number of the sensor's event that drives the output, for a control type that is driven by an event.
     void SetControlId(uint32 controlId);
 
     void SetControlMode(SerialOutputControlMode controlMode);
 
     void SetControlType(SerialOutputControlType controlType);
 
-    /// Sends `text` up to its end, which is not sent. The empty text is a command too.
+    /// Sends `text` without its terminating NUL. An empty text is sent as a command too.
     void Write(char const* text);
 };
 

@@ -21,7 +21,8 @@ class Core;
 namespace ZuControl
 {
 
-/// The way to the core and to the jobs. Without one of them whatever needs it throws -1000.
+/// Forwards operations to the core and to the jobs. Without the object that an operation needs it throws
+/// `Zu::Status::WRONG_STATE`.
 class ZUCONTROL_API ControlSystemInterface final : public IControlSystemInterface
 {
 public:

@@ -8,22 +8,21 @@
 namespace ZuControl
 {
 
-/// How the services and the threads of the module fare at the moment of asking. Moments are those of `wTime_NowUsec`; 0 is
-/// none.
+/// The present state of the services and the threads of the module. Times are those of `wTime_NowUsec`; 0 is none.
 struct ControlVitals
 {
-    /// The way of results to one protocol.
+    /// The delivery of results to one protocol.
     struct Dispatcher
     {
         std::string typeName;
-        bool hasDied = false;     ///< its thread ended by an exception: until it starts anew nothing is handed over
-        uint64 busySinceUsec = 0; ///< when the batch that the protocol has in hand was handed over
+        bool hasDied = false;     ///< an exception has ended its thread: no results until it is started anew
+        uint64 busySinceUsec = 0; ///< when the running batch was handed to the protocol
     };
 
     /// The operation on the system that is in flight.
     struct Operation
     {
-        std::string typeName;  ///< who asked for it; empty for a protocol that is none of the module's
+        std::string typeName;  ///< the protocol that has begun it; empty for a number without a service
         char const* name = ""; ///< "job load"; empty when none is in flight
         uint64 sinceUsec = 0;
     };
@@ -31,11 +30,11 @@ struct ControlVitals
     /// The rounds in which the protocols bring their metrics up to date.
     struct Metrics
     {
-        std::string typeName;       ///< the protocol to which the newest round has come
-        uint64 roundSinceUsec = 0;  ///< when the round that runs began
-        uint64 lastDoneUsec = 0;    ///< when a round was last done; before the first one: when they were to begin
-        uint64 lastFailureUsec = 0; ///< when a protocol last threw, which ends its round
-        std::string failedTypeName; ///< which one that was
+        std::string typeName;       ///< the protocol that the newest round has reached
+        uint64 roundSinceUsec = 0;  ///< when the running round has begun
+        uint64 lastDoneUsec = 0;    ///< when a round was last finished; before that, the start of the rounds
+        uint64 lastFailureUsec = 0; ///< when a round was last ended by an exception
+        std::string failedTypeName; ///< the protocol that has thrown then
     };
 
     /// The starts of one service that have failed since the module was built.
@@ -57,7 +56,7 @@ struct ControlVitals
     Operation operation;
     Metrics metrics;
     std::vector<FailedStarts> failedStarts; ///< of all services, by name
-    std::vector<Fault> faults; ///< by protocol and operation
+    std::vector<Fault> faults;              ///< by protocol and operation
 };
 
 } // namespace ZuControl

@@ -7,17 +7,17 @@
 namespace ZuControl
 {
 
-/// What the dispatcher of one protocol has done, and how it is. They outlive the dispatchers, which come and go with the
-/// handlers. Written on the dispatcher's thread and by who starts and stops it, read anywhere: relaxed, since no number says
-/// anything about another one.
+/// Counters and state of the dispatcher of one protocol. They outlive the dispatchers, which exist while there are
+/// handlers. The dispatcher's thread and the threads that start and stop it write them, any thread reads them: relaxed,
+/// since the numbers do not depend on each other.
 struct DispatchCounters
 {
     std::atomic<uint64> batches{0}; ///< handed to the handlers
     std::atomic<uint64> resultSets{0};
-    std::atomic<uint64> ageUsec{0}; ///< of all batches together: from the first set of each to its hand-over
+    std::atomic<uint64> ageUsec{0}; ///< sum over all batches of the time from the first set to the hand-over
 
-    std::atomic<uint64> busySinceUsec{0}; ///< when the handlers got the batch that they have; 0: they have none
-    std::atomic<bool> hasDied{false};     ///< the thread has ended by an exception and has not been stopped since
+    std::atomic<uint64> busySinceUsec{0}; ///< when the running batch was handed to the handlers; 0: none is running
+    std::atomic<bool> hasDied{false};     ///< an exception has ended the thread, and `Stop` has not been called since
 };
 
 } // namespace ZuControl

@@ -8,7 +8,8 @@
 namespace ZuControl
 {
 
-/// What a command gave, as the record that it is to give; std::bad_cast for another one, or none.
+/// The result of a command as a record of class `Result`. Throws std::bad_cast for a record of another class, or for
+/// null.
 template <typename Result>
 Result const& HardwareResult(std::shared_ptr<Zu::Params::Group> const& given)
 {

@@ -29,7 +29,7 @@ uint64 UnsignedOf(double number)
 {
     if (number < TWO_TO_63 || std::isnan(number))
     {
-        return static_cast<uint64>(SignedOf(number)); // through the signed range, negative numbers included
+        return static_cast<uint64>(SignedOf(number)); // by way of the signed range, also for negative numbers
     }
     return number >= 2 * TWO_TO_63 ? std::numeric_limits<uint64>::max() : static_cast<uint64>(number);
 }

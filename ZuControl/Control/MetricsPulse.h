@@ -8,13 +8,14 @@
 namespace ZuControl
 {
 
-/// Keeps how the rounds of the metrics go: when one began, at which protocol it is, when one was done and when one failed.
+/// Records the progress of the metrics rounds: the start of the running round, the protocol that it has reached, and
+/// the times of the last successful and of the last failed round.
 ///
-/// One thread makes rounds; any may read.
+/// One thread makes rounds; any thread may read.
 class MetricsPulse final
 {
 public:
-    /// A round, from its construction to its destruction; one that is not done by then has failed.
+    /// One round, from its construction to its destruction. A round that is destroyed without `Done` has failed.
     class Round final
     {
     public:
@@ -32,7 +33,7 @@ public:
         bool isDone = false;
     };
 
-    MetricsPulse(); ///< the rounds are to begin now
+    MetricsPulse(); ///< takes the present time as that of the last successful round
 
     MetricsPulse(MetricsPulse const&) = delete;
     MetricsPulse& operator=(MetricsPulse const&) = delete;

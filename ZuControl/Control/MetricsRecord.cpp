@@ -43,7 +43,7 @@ void MetricsRecord::Update(ZuCommon::IMetricsKeeper& keeper)
         }
         catch (...)
         {
-            // The update itself is done. A record that cannot be copied is told to each of its readers, by Read.
+            // The update itself has succeeded. `Read` reports a record that cannot be copied to each reader.
         }
     });
 }
@@ -71,9 +71,10 @@ std::shared_ptr<MetricsSnapshot const> MetricsRecord::Read(ZuCommon::IMetricsSou
     return last;
 }
 
-/// Runs `step` with the turn. False, and `step` does not run, when the turn is not free within `patienceUsec` microseconds.
+/// Runs `step` while holding `turn`. Returns false without running it when `turn` is not free within `patienceUsec`
+/// microseconds.
 bool MetricsRecord::InTurn(uint64 patienceUsec, std::function<void()> const& step)
-    ZU_NO_THREAD_SAFETY_ANALYSIS // it cannot follow a lock that may not be taken
+    ZU_NO_THREAD_SAFETY_ANALYSIS // the analysis cannot follow a conditional lock
 {
     wStatus const status = wLock_EnterEx(turn, patienceUsec);
     if (status == Zu::Status::TIME_OUT)
@@ -102,7 +103,7 @@ std::shared_ptr<MetricsSnapshot const> MetricsRecord::LastSnapshot() const
 void MetricsRecord::Keep(std::shared_ptr<MetricsSnapshot const> newSnapshot)
 {
     Zu::MutexLock const guard(lock);
-    snapshot.swap(newSnapshot); // the old one ends with the argument, behind the lock
+    snapshot.swap(newSnapshot); // the old snapshot is destroyed with the argument, after the lock
 }
 
 } // namespace ZuControl

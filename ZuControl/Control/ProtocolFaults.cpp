@@ -11,7 +11,7 @@ namespace ZuControl
 namespace
 {
 
-/// Whether the exception that is being handled refuses what was asked.
+/// Whether the exception that is being handled refuses the call.
 bool IsRefusal()
 {
     try
@@ -22,7 +22,7 @@ bool IsRefusal()
     {
         return true;
     }
-    catch (nlohmann::json::exception const&) // a document that does not fit
+    catch (nlohmann::json::exception const&) // a document of a wrong form
     {
         return true;
     }

@@ -17,8 +17,9 @@ namespace ZuControl
 
 /// The operations of one protocol that failed when they were last called.
 ///
-/// Every call of the module into a protocol goes through this class. An operation counts as failed until it
-/// succeeds. Any thread may call. Operations are named by string literals.
+/// The instance, the resources and the metrics reads call a protocol through this class. Not through it go the updates
+/// and resets of the metrics, the result batches, and the addition and removal of the instance's own handlers. An
+/// operation counts as failed until it succeeds. Any thread may call. Operations are named by string literals.
 class ZUCONTROL_INTERNAL_API ProtocolFaults final
 {
 public:
@@ -28,16 +29,15 @@ public:
     ProtocolFaults(ProtocolFaults const&) = delete;
     ProtocolFaults& operator=(ProtocolFaults const&) = delete;
 
-    /// Invokes `step` with `arguments`, gives what it gives and passes on what it throws. A Zu::Exception and an exception of the
-    /// JSON library are refusals, which the caller is told; any other exception is a fault of `operation`.
+    /// Invokes `step` with `arguments`, returns its result and passes on its exceptions. A Zu::Exception and an
+    /// exception of the JSON library are refusals for the caller; any other exception is a fault of `operation`.
     template <typename Step, typename... Arguments>
     decltype(auto) Call(char const* operation, Step&& step, Arguments&&... arguments)
     {
         return Run(operation, true, std::forward<Step>(step), std::forward<Arguments>(arguments)...);
     }
 
-    /// As `Call`, for an operation that has nothing to refuse, since it only tells the protocol what has happened: any exception
-    /// is a fault.
+    /// As `Call`, for an operation that only notifies the protocol and so cannot refuse: any exception is a fault.
     template <typename Step, typename... Arguments>
     void Tell(char const* operation, Step&& step, Arguments&&... arguments)
     {
@@ -83,7 +83,7 @@ private:
     void NoteCaught(char const* operation, bool mayRefuse) noexcept;
     void Forget(char const* operation);
 
-    std::atomic<bool> hasFaults{false}; // spares the lock where all is well; publishes nothing
+    std::atomic<bool> hasFaults{false}; // avoids the lock while there are no faults; publishes nothing
     mutable Zu::Mutex lock;             // a leaf
     std::set<std::string_view> failed ZU_GUARDED_BY(lock);
 };

@@ -5,8 +5,8 @@
 namespace ZuControl
 {
 
-/// Where a protocol stands. The instance sets what it does itself, starting and stopping; only the protocol reports the
-/// rest.
+/// The status of a protocol. The instance sets `Starting`, `Stopping` and the two failures of `Start` and `Stop`; the
+/// protocol reports the others, and failures that it finds itself.
 enum class ProtocolStatus : int32
 {
     Running = 0,

@@ -68,7 +68,8 @@ void ReducedSets::MakeAll(Receivers listeners, std::vector<Picked>& picked, void
         status = status == Zu::Status::SUCCESS ? Fill(receiver, picked) : status;
         served |= status == Zu::Status::SUCCESS ? Receivers{1} << receiver : 0;
     }
-    // The references of all sets in one step: nobody else sees the sets yet, and the one that came in holds the items.
+    // Adds the references of all sets in one step: no other thread sees the sets yet, and the incoming set holds the
+    // items.
     for (Picked const& item : picked)
     {
         wObject_ShareMany(item.msgInfo, item.references);
@@ -76,7 +77,7 @@ void ReducedSets::MakeAll(Receivers listeners, std::vector<Picked>& picked, void
     }
 }
 
-/// One listener is the usual case: there is nothing to gather.
+/// One listener is the usual case: no items are gathered.
 void ReducedSets::MakeOne(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listener, void* allocator)
 {
     uint64 const receiver = FirstOf(listener);

@@ -12,26 +12,26 @@
 namespace ZuControl
 {
 
-/// What becomes of one published set on its way to several receivers: a set for each, with the items that it wants.
+/// The reduced sets of one published set: one set for each receiver, with the items that the receiver wants.
 ///
-/// A receiver whose set cannot be made or filled gets nothing, and those behind it get nothing either; those ahead of it are
-/// not touched by that. The sets go with this object, but for the references that others have taken by then.
+/// A receiver whose set cannot be made or filled gets nothing, and so do the receivers behind it; those before it keep
+/// their sets. This object releases its references to the sets when it is destroyed.
 class ZUCONTROL_INTERNAL_API ReducedSets final
 {
 public:
     using Receivers = ScanOutputPlan::Receivers;
 
-    /// An item that somebody wants.
+    /// An item that at least one receiver wants.
     struct Picked
     {
         wMsgInfo* msgInfo;
         ZuCore::ResultInfo info;
         Receivers wanting;
-        uint64 references; ///< that the sets have by now and the item has not been given yet
+        uint64 references; ///< held by the sets and not yet counted in the item
     };
 
-    /// Makes and fills the sets of `listeners`, which `plan` knows by the same bits. `picked` is memory to work in, kept by
-    /// the caller so that a set costs no allocation; what is in it does not matter.
+    /// Makes and fills the sets of `listeners`; the bits are those of `plan`. `picked` is working memory that the
+    /// caller keeps, so that a set needs no allocation; its content does not matter.
     ReducedSets(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners, std::vector<Picked>& picked,
                 void* allocator);
     ~ReducedSets();
@@ -39,19 +39,19 @@ public:
     ReducedSets(ReducedSets const&) = delete;
     ReducedSets& operator=(ReducedSets const&) = delete;
 
-    /// Those that get their set.
+    /// The receivers that get their set.
     Receivers Served() const
     {
         return served;
     }
 
-    /// 1, or the status that kept the first of those who get nothing from having a set.
+    /// `Zu::Status::SUCCESS`, or the failing status of the first receiver that gets nothing.
     wStatus Status() const
     {
         return status;
     }
 
-    /// The set of one that is served; borrowed.
+    /// The set of a served receiver, which stays this object's.
     ZuCore::ResultSet At(uint64 receiver) const
     {
         return sets[receiver];
@@ -65,10 +65,10 @@ private:
     wStatus Construct(uint64 receiver, void* allocator);
     wStatus Fill(uint64 receiver, std::vector<Picked>& picked);
 
-    Receivers made = 0;   // those that have a set here
-    Receivers served = 0; // of these, those that nothing has failed for
+    Receivers made = 0;   // the receivers with a set
+    Receivers served = 0; // of these, the receivers without a failure
     wStatus status = Zu::Status::SUCCESS;
-    std::array<ZuCore::ResultSet, ScanOutputPlan::MAX_RECEIVERS> sets; // of those that have one; the others are unset
+    std::array<ZuCore::ResultSet, ScanOutputPlan::MAX_RECEIVERS> sets; // valid for the bits in `made`
 };
 
 } // namespace ZuControl

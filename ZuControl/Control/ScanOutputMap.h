@@ -9,9 +9,10 @@
 namespace ZuControl
 {
 
-/// The data sources that one protocol wants, by their numeric ids. Never changed once it is shared: any thread may read it.
+/// The data sources that one protocol wants, by their numeric ids. It does not change once it is shared, and any thread
+/// may read it.
 ///
-/// What the fan-out looks up for each item is a plan of all maps together; see ScanOutputPlan.
+/// The fan-out does not search this map for each item, but a plan of all maps together; see ScanOutputPlan.
 class ZUCONTROL_INTERNAL_API ScanOutputMap final
 {
 public:
@@ -48,7 +49,7 @@ public:
         return texts;
     }
 
-    /// The text id behind a numeric one; null for one that is not wanted.
+    /// The text id of a numeric id; null for an id that is not wanted.
     std::string const* Text(uint64 numericId) const;
 
 private:

@@ -9,7 +9,7 @@ namespace ZuControl
 
 ScanOutputPlan::ScanOutputPlan(std::span<ScanOutputMap const* const> wanted)
 {
-    uint64 most = 0; // ids, should no two maps have one in common
+    uint64 most = 0; // upper bound of the number of ids: no two maps share one
     for (ScanOutputMap const* const map : wanted)
     {
         most += map->Count();

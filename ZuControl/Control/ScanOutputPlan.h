@@ -11,16 +11,17 @@ namespace ZuControl
 
 class ScanOutputMap;
 
-/// Which of several receivers want a data source: a flat table of the numeric ids in all their maps, so that one look-up
-/// answers for all of them. Never changed once it is made.
+/// Tells which of several receivers want a data source: a flat table of the numeric ids in all their maps, so that one
+/// look-up serves all receivers. It does not change after construction.
 class ZUCONTROL_INTERNAL_API ScanOutputPlan final
 {
 public:
-    using Receivers = uint64; ///< a bit for each
+    using Receivers = uint64; ///< one bit for each receiver
 
     static constexpr uint64 MAX_RECEIVERS = 64;
 
-    /// The receivers' maps, of which nothing is kept: bit i stands for the i-th. At most MAX_RECEIVERS.
+    /// `wanted` are the maps of the receivers, at most MAX_RECEIVERS; bit i stands for the i-th. The plan keeps no
+    /// reference to them.
     explicit ScanOutputPlan(std::span<ScanOutputMap const* const> wanted);
     ~ScanOutputPlan();
 
@@ -42,7 +43,7 @@ public:
     }
 
 private:
-    /// A free one has no receivers, whatever its id.
+    /// A free entry has no receivers; its id has no meaning.
     struct Entry
     {
         uint64 numericId = 0;
@@ -56,7 +57,7 @@ private:
 
     void Enter(uint64 numericId, Receivers receiver);
 
-    std::vector<Entry> table; // open addressing, at most half full, so that every walk ends
+    std::vector<Entry> table; // open addressing, at most half full, so that every search ends
     uint64 mask = 0;
 };
 

@@ -38,7 +38,7 @@ void Read(nlohmann::json const& document, IControlSystemInterface::SystemStats& 
     {
         stats.linkStatus.push_back(JsonNumber::ToUint32(linkStatus->at(i)));
     }
-    // As many capacities as there are states: an interface without a state is none.
+    // As many capacities as there are states: an entry without a state is no interface.
     for (std::size_t i = 0; linkCapacity != nullptr && i < count; ++i)
     {
         stats.linkCapacity.push_back(JsonNumber::ToUint64(linkCapacity->at(i)));

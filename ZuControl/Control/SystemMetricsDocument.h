@@ -8,8 +8,9 @@
 namespace ZuControl::SystemMetricsDocument
 {
 
-/// Fills the times and the links of `stats` from the core's metrics. What is missing or null reads as all ones, or as no link
-/// at all; what has a wrong type raises the JSON library's exception, and what was filled before it stays filled.
+/// Fills the times and the links of `stats` from the core's metrics. A missing or null time reads as all ones, missing
+/// links as no links. A member of a wrong type raises the JSON library's exception; the members that are filled before
+/// it stay filled.
 ZUCONTROL_INTERNAL_API void Read(nlohmann::json const& document, IControlSystemInterface::SystemStats& stats);
 
 } // namespace ZuControl::SystemMetricsDocument

@@ -32,7 +32,7 @@ wStatus Complete(wAssembly* assembly)
     return xwAssembly_Finalize(assembly);
 }
 
-/// Gives the assembly in `made`, complete and with one reference; leaves nothing behind when a step fails.
+/// Stores the complete assembly in `made`, with one reference. Releases all parts when a step fails.
 wStatus Build(wAssembly*& made)
 {
     wVersion version;
