@@ -13,12 +13,14 @@ namespace ZuControl
 
 /// A configuration document, read from its text.
 ///
-/// simdjson reads it. What that refuses is given to nlohmann::json as a whole, which knows a few numbers more, goes to any
-/// depth, and else says what is wrong: what can be read and what is thrown is up to that library.
+/// simdjson reads the text. When it refuses, nlohmann::json reads the whole text: that library accepts a few more
+/// numbers and any depth, and throws the exception for a text with an error. So nlohmann::json decides which texts are
+/// valid.
 class ZUCONTROL_INTERNAL_API ConfigurationDocument
 {
 public:
-    /// Throws the library's parse error, and its out-of-range error for a number beyond all floating point numbers.
+    /// Throws the parse error of nlohmann::json, and its out-of-range error for a number beyond all floating point
+    /// numbers.
     explicit ConfigurationDocument(std::string const& text);
     ~ConfigurationDocument();
 
@@ -27,14 +29,14 @@ public:
 
     DocumentPart Root() const;
 
-    /// All of it, made when it is first asked for; -0 is told as 0.
+    /// The whole document, made at the first call; -0 reads as 0.
     nlohmann::json const& ToJson();
 
 private:
-    simdjson::dom::parser parser; // holds what it has read
+    simdjson::dom::parser parser; // owns the elements
     simdjson::dom::element root;
     bool isRead;
-    nlohmann::json json; // when simdjson has not read it, and when it is asked for
+    nlohmann::json json; // set when simdjson has refused the text, and by ToJson
 };
 
 } // namespace ZuControl

@@ -28,7 +28,7 @@ using Type = simdjson::dom::element_type;
 namespace
 {
 
-// Recursive: simdjson refuses what is deeper than 1,024 levels.
+// Recursive: simdjson refuses documents with more than 1,024 levels.
 void Fill(Json& place, Element const& element);
 
 void FillArray(Json& place, simdjson::dom::array const& elements)
@@ -66,7 +66,7 @@ void Fill(Json& place, Element const& element)
             place = number;
             break;
         }
-        [[fallthrough]]; // from 0 on they have no sign there
+        [[fallthrough]]; // nlohmann::json stores numbers from 0 on as unsigned
     case Type::UINT64:
         place = uint64{element.get_uint64()};
         break;
@@ -85,7 +85,7 @@ void Fill(Json& place, Element const& element)
     }
 }
 
-/// Gives values of their own kind as they are; conversions and refusals are left to the serializer.
+/// Stores values of the node's own type directly. The serializer converts or refuses the others.
 class ElementReader final : public Zu::Properties::IValueReader
 {
 public:
@@ -171,7 +171,7 @@ private:
         switch (present.type())
         {
         case Type::INT64:
-            return static_cast<Integer>(int64{present.get_int64()}); // cut to fit, as everywhere without validation
+            return static_cast<Integer>(int64{present.get_int64()}); // no range check without validation
         case Type::UINT64:
             return static_cast<Integer>(uint64{present.get_uint64()});
         default:
@@ -191,7 +191,7 @@ private:
     std::vector<Level> levels;
 };
 
-/// Walks down a node and an element side by side. Where the two are of different kinds the serializer says so.
+/// Walks down a node and an element side by side. When their kinds differ, the serializer throws.
 class NodeFiller final : public Zu::Properties::INodeVisitor
 {
 public:
@@ -230,7 +230,7 @@ public:
             return;
         }
         simdjson::dom::array const list = element.get_array();
-        array.Resize(static_cast<uint64>(std::distance(list.begin(), list.end()))); // its own count has an upper end
+        array.Resize(static_cast<uint64>(std::distance(list.begin(), list.end()))); // not size(), which saturates
         uint64 next = 0;
         for (Element const inner : list)
         {

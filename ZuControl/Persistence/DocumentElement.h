@@ -14,18 +14,18 @@ class Node;
 namespace ZuControl
 {
 
-/// What simdjson has read, told as nlohmann::json would tell it: of a key that is there twice the later value counts,
-/// numbers are cut to fit, and what does not fit at all raises that library's errors.
+/// Reads simdjson elements with the rules of nlohmann::json: of a key that occurs twice the later value counts, numbers
+/// are converted without a range check, and a value of a wrong type raises that library's errors.
 class DocumentElement
 {
 public:
-    /// Nothing for what is no object and for a key that is not there.
+    /// The value of `key`; nothing when `element` is no object or has no such key.
     static std::optional<simdjson::dom::element> Find(simdjson::dom::element const& element, std::string_view key);
 
     /// As Zu::Properties::JsonSerializer::Deserialize.
     static void ReadInto(Zu::Properties::Node& node, simdjson::dom::element const& element);
 
-    /// -0 is told as 0.
+    /// -0 reads as 0.
     static nlohmann::json ToJson(simdjson::dom::element const& element);
 };
 

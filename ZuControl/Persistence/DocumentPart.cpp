@@ -34,7 +34,7 @@ std::optional<DocumentPart> DocumentPart::Find(char const* key) const
         return found ? std::optional(DocumentPart(*found)) : std::nullopt;
     }
     Json const& json = *std::get<Json const*>(value);
-    auto const found = json.find(key); // the end also for what is no object
+    auto const found = json.find(key); // the end also for a value that is no object
     return found != json.end() ? std::optional(DocumentPart(*found)) : std::nullopt;
 }
 
@@ -52,12 +52,12 @@ std::vector<DocumentPart> DocumentPart::Elements() const
     if (Element const* const element = std::get_if<Element>(&value))
     {
         Json const other = DocumentElement::ToJson(*element);
-        return DocumentPart(other).Elements(); // none, or it throws
+        return DocumentPart(other).Elements(); // no elements, or it throws
     }
     Json const& json = *std::get<Json const*>(value);
     for (std::size_t i = 0; i < json.size(); ++i)
     {
-        elements.emplace_back(json[i]); // by number: this throws for what is no array
+        elements.emplace_back(json[i]); // by index: throws for a value that is no array
     }
     return elements;
 }

@@ -18,12 +18,11 @@ class Node;
 namespace ZuControl
 {
 
-/// A value of a configuration document, with all that is in it. What is asked of it is answered, refused and thrown as
-/// nlohmann::json does it.
+/// A value of a configuration document with its members. Operations return and throw as nlohmann::json does.
 ///
-/// The many entries of a large configuration go from the text into parameter records without a JSON object for each in
-/// between: making and freeing those takes longer than all the rest of a load.
-/// A word or two, to be copied; good for as long as the document that it comes from.
+/// The entries of a large configuration are read from the text into parameter records without a JSON object for each:
+/// making and freeing those objects would take longer than the rest of a load.
+/// Small, to be copied; valid for as long as the document.
 class ZUCONTROL_INTERNAL_API DocumentPart
 {
 public:
@@ -32,13 +31,14 @@ public:
 
     bool IsArray() const;
 
-    /// What stands at `key`; nothing when this is no object or has no such key.
+    /// The value of `key`; nothing when this is no object or has no such key.
     std::optional<DocumentPart> Find(char const* key) const;
 
-    /// The values in an array. Null and {} have none; for what else is no array it throws the library's type error 305.
+    /// The values of an array. Null and {} have none. Another value that is no array raises the library's type error
+    /// 305.
     std::vector<DocumentPart> Elements() const;
 
-    /// Throws the library's type error 302 for what is no text.
+    /// Throws the library's type error 302 for a value that is no text.
     std::string Text() const;
 
     /// As Zu::Properties::JsonSerializer::Deserialize.

@@ -65,7 +65,7 @@ bool HasNul(std::string const& text)
     return text.find('\0') != std::string::npos;
 }
 
-/// `text` for interfaces that take a text up to its NUL: each NUL is shown as JSON escapes it, so that nothing is cut off.
+/// `text` with each NUL written as its JSON escape, for interfaces that read a text up to its first NUL.
 std::string WithoutNuls(std::string text)
 {
     constexpr std::string_view ESCAPED = "\\u0000";
@@ -76,7 +76,7 @@ std::string WithoutNuls(std::string text)
     return text;
 }
 
-/// Whether a protocol has put anything into its own document. An empty text and 0 are something.
+/// Whether the protocol's own document has content. An empty text and 0 are content.
 bool HasContent(Json const& document)
 {
     return !document.is_null() && !(document.is_structured() && document.empty());
@@ -87,7 +87,7 @@ bool KeepsParamsOnly(IControlInstance const& instance)
     return instance.EthernetProtocolId() == PARAMS_ONLY_PROTOCOL;
 }
 
-/// The element of one assembly in the list that is saved; its lock is held.
+/// The document of one assembly, for the saved list. The caller holds the assembly's lock.
 Json AssemblyDocument(IProtocolRegisterAssembly& assembly)
 {
     Json document;
@@ -168,7 +168,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     ValidateCfgFileVersion(instance, WithoutNuls(document.Find(KEY_VERSION)->Text()).c_str());
     instance.ResetInstance(keepEnabled, KeepsParamsOnly(instance) ? IControlInstance::DataToResetParams
                                                                   : IControlInstance::DataToResetAll);
-    // From here on the old settings are gone, whatever follows.
+    // From here on the old settings are lost, also when the load fails.
     DocumentPart const settings = *document.Find(KEY_CONTROL);
     if (settings.Find(KEY_ENABLED))
     {
@@ -189,11 +189,11 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     }
     catch (...)
     {
-        failed = true; // the lines were written where it arose
+        failed = true; // the code that has thrown has written the log lines
     }
     if (bool const wanted = properties.enabled.Get(); wanted != instance.IsEnabled())
     {
-        instance.Enable(wanted); // last, so that it starts with all that could be applied
+        instance.Enable(wanted); // last, so that the protocol starts with all applied settings
     }
     if (failed)
     {
@@ -315,9 +315,9 @@ void PersistControl::LoadOutputMapEntries(IControlInstance& instance, DocumentPa
     }
     IControlActionTarget& target = instance.OutputsActionTarget();
     target.InvokeAction(ACTION_REMOVE_ALL, Zu::Params::Group(""));
-    // One record for all entries: what an entry does not name stays as the entry before it had it.
+    // One record for all entries: a member that an entry does not name keeps the value of the entry before.
     std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
-    for (DocumentPart const& entry : map.Elements()) // what is no array and not empty is refused here
+    for (DocumentPart const& entry : map.Elements()) // throws for a value that is neither an array nor empty
     {
         entry.ReadInto(*args);
         target.InvokeAction(ACTION_ADD, *args);
@@ -335,7 +335,7 @@ void PersistControl::LoadRegisterAssemblyList(IControlInstance& instance, Docume
 void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, DocumentPart const& entry)
 {
     char const* const service = instance.TypeName();
-    std::string id; // outside: the lines below name it, as far as it is known
+    std::string id; // outside of the block, for the log lines below
     bool failed = false;
     try
     {
@@ -399,12 +399,12 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Docu
         IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id);
         std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
         entry.ReadInto(*args);
-        assembly.ResetRegisterAssembly(); // the default blocks go
+        assembly.ResetRegisterAssembly(); // removes the default blocks
         target.InvokeAction(ACTION_ADD, *args);
     }
     catch (...)
     {
-        // Guarded, so that a reset that fails too does not hide what went wrong first.
+        // Guarded, so that an exception of the reset does not hide the first one.
         ZU_GUARD_BOUNDARY([&] { instance.ResetInstance(true, IControlInstance::DataToResetRegisterAssemblies); });
         ZU_LOG_CAUGHT("Loading register assembly %s blocks for service %s", id, instance.TypeName());
         ZU_THROW_NESTED("Loading register assembly blocks");

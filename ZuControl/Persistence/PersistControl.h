@@ -20,27 +20,30 @@ class IControlInstance;
 
 /// Moves one instance to and from its configuration document, "/controls/TYPE/config.json" in the store of a domain.
 ///
-/// The document of the job domain holds enabled state, parameters, output map and register assemblies, by the keys of the
-/// records themselves; that of the protocol domain is the protocol's own. A load first brings the instance to a known
-/// state, then applies as much of the document as can be applied, and tells the user what could not be. Whoever calls
-/// logs what is thrown; what stands in the log by then says where it went wrong.
-/// Threads: no state and no lock; the caller sees to it that an instance is loaded or saved by one thread at a time. The
-/// locks of map and assemblies are held while they are saved; a load goes through the update gate.
+/// The document of the job domain holds enabled state, parameters, output map and register assemblies, by the keys of
+/// the records themselves; the protocol defines the document of the protocol domain. A load first resets the instance,
+/// then applies as much of the document as possible, and writes a log line for the user about each part that it could
+/// not apply. The caller logs exceptions; the log lines before them say where the load or save has failed.
+/// Threads: no state and no lock; the caller ensures that one thread at a time loads or saves an instance. The locks of
+/// map and assemblies are held while they are saved; a load goes through the update gate.
 class ZUCONTROL_INTERNAL_API PersistControl
 {
 public:
-    /// Job: the instance is disabled and set to its defaults, and nothing is written. Protocol: what the protocol begins
-    /// with is written, unless that is null, {} or []. Any other domain: nothing.
+    /// Job domain: disables the instance, sets it to its defaults and writes nothing. Protocol domain: writes the
+    /// initial document of the protocol, unless that is null, {} or []. Does nothing for any other domain.
     void Init(IControlInstance& instance, ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
 
-    /// Does nothing when there is no document. Throws the JSON library's parse error, -984 for a document of another form
-    /// and -989 for one of another version, all with the instance as it was; behind that, what the reset of the instance
-    /// throws, the JSON library's type error for an enabled state that is no boolean, what the start of the protocol
-    /// throws, and at last status 0, no text, when a part of the document was not applied.
+    /// Does nothing when there is no document. Throws the JSON library's parse error, `Zu::Status::BAD_FORMAT` for a
+    /// document of another form and `Zu::Status::UNSUPPORTED_VERSION` for another version; the instance is then
+    /// unchanged. After that it throws the exceptions of the reset of the instance, the JSON library's type error for
+    /// an enabled state that is no boolean, the exceptions of the start of the protocol, and at last
+    /// `Zu::Status::FAILURE`, no text, when a part of the document was not applied. A failure in the parameters leaves
+    /// outputs and assemblies at their defaults, one in the outputs the assemblies.
     void Load(IControlInstance& instance, ZuCommon::PersistDomain domain, ZuCommon::IPersistStore const& store);
 
-    /// Writes the document whole, or nothing when it cannot be made: status 0 or the failing status, with a text. In the
-    /// protocol domain null, {} and [] are not written, and what was stored stays.
+    /// Writes the whole document. When it cannot be made, writes nothing and throws `Zu::Status::FAILURE` or the
+    /// failing status, with a text. In the protocol domain null, {} and [] are not written, and the stored document
+    /// stays.
     void Save(IControlInstance& instance, ZuCommon::PersistDomain domain, ZuCommon::IPersistStore& store);
 
     /// Version of the documents of the job domain. Versions are compared by text: there is no older and no newer.
@@ -49,7 +52,7 @@ public:
 private:
     void LoadControlInstance(bool keepEnabled, IControlInstance& instance, DocumentPart const& document) const;
 
-    // What is missing is passed over and stays as the reset left it. `settings` is the object "zu:control".
+    // A missing part is skipped and keeps its defaults. `settings` is the object "zu:control".
     static void LoadControlInstanceSettings(IControlInstance& instance, DocumentPart const& settings);
     static void LoadControlInstanceParams(IControlInstance& instance, DocumentPart const& settings);
     static void LoadControlInstanceOutputs(IControlInstance& instance, DocumentPart const& settings);

@@ -7,7 +7,7 @@
 namespace ZuControl
 {
 
-/// What a configuration document says of an instance beside the settings of its protocol.
+/// The members of a configuration document that concern the instance, beside the settings of its protocol.
 struct ZUCONTROL_INTERNAL_API PersistInstanceProperties final : public Zu::Properties::Structure
 {
     PersistInstanceProperties();

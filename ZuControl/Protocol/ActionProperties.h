@@ -14,7 +14,7 @@ class Group;
 namespace ZuControl::Protocol
 {
 
-/// The document of one action: what it is called and which arguments it takes.
+/// The document of one action: its id and its arguments.
 struct ZUCONTROL_INTERNAL_API ActionProperties final : public Zu::Properties::Structure
 {
     /// `parameters` is not owned and outlives the document.
@@ -24,7 +24,7 @@ struct ZUCONTROL_INTERNAL_API ActionProperties final : public Zu::Properties::St
     Zu::Properties::Value<std::string> id;
 };
 
-/// Those of output maps and of register assemblies look the same.
+/// The actions of output maps and of register assemblies have the same document.
 using OutputsActionProperties = ActionProperties;
 using RegisterAssemblyActionProperties = ActionProperties;
 

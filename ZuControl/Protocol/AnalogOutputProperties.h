@@ -6,7 +6,7 @@
 namespace ZuControl::Protocol
 {
 
-/// How an analog output is to be driven. The sensor gives the whole numbers their meaning; here they are only kept.
+/// How an analog output is to be driven. The sensor defines the meaning of the integers; this record only stores them.
 struct ZUCONTROL_INTERNAL_API AnalogOutputProperties final : public CommonControlProps
 {
     AnalogOutputProperties();

@@ -6,7 +6,7 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware/:device/analog/:port`: how an analog output is to be driven. Every change is told.
+/// `/controls/hardware/:device/analog/:port`: how an analog output is to be driven. Every change is notified.
 class ZUCONTROL_INTERNAL_API AnalogOutputResource final : public OutputResourceBase
 {
 public:
@@ -18,7 +18,7 @@ protected:
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// What a change is told by.
+    /// The members of the record whose change is notified.
     struct Fields
     {
         bool enabled = false;
@@ -37,7 +37,7 @@ private:
     };
 
     AnalogOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last change that was told
+    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
 };
 
 } // namespace ZuControl::Protocol

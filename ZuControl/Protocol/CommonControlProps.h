@@ -6,7 +6,7 @@
 namespace ZuControl::Protocol
 {
 
-/// What the configuration records of all outputs derive from.
+/// The base of the configuration records of all outputs.
 struct ZUCONTROL_INTERNAL_API CommonControlProps : public Zu::Params::Group
 {
     CommonControlProps();

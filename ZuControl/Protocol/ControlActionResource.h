@@ -8,8 +8,8 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/:protocol/commands/:command`: the actions that a protocol offers of itself, one of them with its arguments,
-/// and its call. Such an action changes no configuration: it stands in no bracket and is told to nobody.
+/// `/controls/:protocol/commands/:command`: the protocol's own actions, one action with its arguments, and its call.
+/// Such an action changes no configuration: it opens no bracket of the update gate and sends no notification.
 class ZUCONTROL_INTERNAL_API ControlActionResource final : public ControlResourceBase, public ZuRest::ICallableResource
 {
 public:
@@ -19,7 +19,7 @@ public:
     ZuRest::ICallableResource* CallableProvider() override;
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// The arguments may stand flat in the body or under "parameters"; where they stand in both, the latter win.
+    /// The arguments are members of the body or of its member "parameters"; the latter take precedence.
     nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
 
 private:

@@ -102,7 +102,7 @@ void ControlDir::RegisterRoutes()
     }
     catch (...)
     {
-        while (registered != routes.begin()) // one by one: what is there besides belongs to somebody else
+        while (registered != routes.begin()) // not the whole tree, which may hold routes of others
         {
             --registered;
             router.Deregister(registered->first, false);

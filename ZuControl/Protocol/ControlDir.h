@@ -20,12 +20,12 @@ namespace Protocol
 
 /// The tree under `/controls`: it owns the resources and their routes.
 ///
-/// Build it when all protocols are there and destroy it before them, on one thread. Its end waits for the requests that are
-/// in it.
+/// Build it when all protocols exist and destroy it before them, on the same thread. The destructor waits for the
+/// requests that are running in the tree.
 class ZUCONTROL_INTERNAL_API ControlDir final
 {
 public:
-    /// The arguments outlive it. When a route cannot be registered, none is left behind.
+    /// The arguments outlive the object. When a route cannot be registered, all of its routes are deregistered.
     ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager, ControlMetrics& metrics);
     ~ControlDir();
 

@@ -13,24 +13,24 @@
 namespace ZuControl::Protocol
 {
 
-/// The metrics of the protocol that the path names: its last report, and a stream of all that come.
+/// The metrics of the protocol that the path names: the last report, and a stream of the following reports.
 ///
-/// It has no lock of its own: starts and stops of streams come one at a time.
+/// It has no lock of its own: the caller starts and stops streams one at a time.
 class ZUCONTROL_INTERNAL_API ControlMetricsResource final : public ZuRest::StreamResourceBase,
                                                             public ZuRest::DocumentResourceBase
 {
 public:
     /// `usedMetrics` outlives the resource.
     explicit ControlMetricsResource(ControlMetrics& usedMetrics);
-    ~ControlMetricsResource() override; ///< ends the streams that are left
+    ~ControlMetricsResource() override; ///< ends the remaining streams
 
     IStreamableResource* StreamableProvider() override;
 
-    /// The last report, and its schema under "_schema" when the request asks for it. -997 for a request that names no
-    /// protocol, -999 for an unknown one.
+    /// The last report, and its schema under "_schema" when the request asks for it. Throws `Zu::Status::BAD_ARGUMENT`
+    /// for a request without a protocol and `Zu::Status::NOT_FOUND` for an unknown protocol.
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// Refuses what `Document` refuses.
+    /// Throws as `Document` does.
     uint32 StartStream(ZuRest::IStreamReceiver* receiver, ZuRest::RequestInfo const& request) override;
     void StopStream(uint32 streamId) override;
 
@@ -42,7 +42,7 @@ private:
     };
 
     ControlMetrics& metrics;
-    uint32 nextStreamId = 0; // not used again: who stops twice stops nobody else
+    uint32 nextStreamId = 0; // ids are not reused: a second stop cannot stop another stream
     std::map<uint32, Stream> streams;
 };
 

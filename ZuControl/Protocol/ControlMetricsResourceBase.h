@@ -13,20 +13,20 @@
 namespace ZuControl::Protocol
 {
 
-/// The metrics of one thing, under a fixed name: its last report, and a stream of all that come.
+/// The metrics of one source with a fixed name: the last report, and a stream of the following reports.
 ///
-/// It has no lock of its own: starts and stops of streams come one at a time.
+/// It has no lock of its own: the caller starts and stops streams one at a time.
 class ZUCONTROL_INTERNAL_API ControlMetricsResourceBase : public ZuRest::StreamResourceBase,
                                                           public ZuRest::DocumentResourceBase
 {
 public:
-    /// `usedMetrics` outlives the resource. `newName` is what ControlMetrics knows the thing by.
+    /// `usedMetrics` outlives the resource. `newName` is the type name for ControlMetrics.
     ControlMetricsResourceBase(ControlMetrics& usedMetrics, std::string newName);
-    ~ControlMetricsResourceBase() override; ///< ends the streams that are left
+    ~ControlMetricsResourceBase() override; ///< ends the remaining streams
 
     IStreamableResource* StreamableProvider() override;
 
-    /// The last report, and its schema under "_schema" when the request asks for it. Throws what ControlMetrics throws.
+    /// The last report, and its schema under "_schema" when the request asks for it. Throws as ControlMetrics does.
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
     uint32 StartStream(ZuRest::IStreamReceiver* receiver, ZuRest::RequestInfo const& request) override;
@@ -35,7 +35,7 @@ public:
 private:
     ControlMetrics& metrics;
     std::string const name;
-    uint32 nextStreamId = 0; // not used again: who stops twice stops nobody else
+    uint32 nextStreamId = 0; // ids are not reused: a second stop cannot stop another stream
     std::map<uint32, ControlMetrics::CallbackId> streams;
 };
 

@@ -23,7 +23,7 @@ using ZuRest::Path;
 namespace
 {
 
-/// For what is done while a graver failure is on its way to the client, which is the one to be told.
+/// For steps behind a failure that the client is to see: a failure of `step` itself is dropped.
 template <typename Step>
 void RunAndForgetFailure(Step&& step)
 {
@@ -115,7 +115,7 @@ IControlActionTarget& ControlOutputsActionResource::ActionTarget(IControlInstanc
     return instance.OutputsActionTarget();
 }
 
-/// False for an "addAll" that failed. Any other failure goes on, behind a bracket that is closed.
+/// Returns false when "addAll" fails. Any other failure closes the bracket and leaves as an exception.
 bool ControlOutputsActionResource::RunAction(IControlInstance& instance, IControlActionTarget& target,
                                              std::string const& command, Zu::Params::Group const& params)
 {

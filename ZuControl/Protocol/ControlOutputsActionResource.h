@@ -10,8 +10,8 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/:protocol/outputs/commands/:command`: how the output map of a protocol is changed. It tells of each change of
-/// a map, whoever made it.
+/// `/controls/:protocol/outputs/commands/:command`: the commands that change the output map of a protocol. It notifies
+/// each change of a map, also a change that it has not made itself.
 class ZUCONTROL_INTERNAL_API ControlOutputsActionResource final : public ControlResourceBase,
                                                                   public ZuRest::ICallableResource
 {
@@ -22,8 +22,9 @@ public:
     ZuRest::ICallableResource* CallableProvider() override;
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// The body is the argument record. The fan-out hears of the change also when the action fails, so that what it did
-    /// before counts. A failed "addAll" is a warning in the log and nothing else: what could be added stays.
+    /// The body is the argument record. The protocol and the fan-out take over the map also when the action fails,
+    /// since it may have changed the map by then. A failed "addAll" is only a warning in the log: the items that are
+    /// added stay.
     nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
 
 private:

@@ -31,7 +31,7 @@ nlohmann::json ControlOutputsResource::Document(ZuRest::RequestInfo const& reque
     bool isLocked = false;
     try
     {
-        instance.OutputsMapBeginLock(); // does nothing for a protocol without a map, which is refused right behind it
+        instance.OutputsMapBeginLock(); // does nothing without a map; `OutputsMap` throws then
         isLocked = true;
         nlohmann::json document = PartToJson(instance.OutputsMap(), request);
         isLocked = false;

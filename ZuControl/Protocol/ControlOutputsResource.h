@@ -5,7 +5,7 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/:protocol/outputs`: the output map of a protocol. It only reads: the map changes through its commands.
+/// `/controls/:protocol/outputs`: the output map of a protocol. Read-only: clients change the map through its commands.
 class ZUCONTROL_INTERNAL_API ControlOutputsResource final : public ControlResourceBase
 {
 public:
@@ -14,7 +14,7 @@ public:
 
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// Refuses with -983 and no text.
+    /// Throws `Zu::Status::NOT_UPDATABLE`, no text.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
 
 private:

@@ -13,14 +13,15 @@ ZU_DECLARE_ENUM_VALUE(ZuControl::ProtocolStatus);
 namespace ZuControl::Protocol
 {
 
-/// The document of one protocol. Of its own members a client changes "enabled" alone.
+/// The document of one protocol. A client can change its member "enabled" and, under "parameters", the protocol's
+/// record.
 struct ZUCONTROL_INTERNAL_API ControlProperties final : public Zu::Params::Group
 {
     ControlProperties();
     ~ControlProperties() override;
 
-    /// Shows the protocol's own record under "parameters", behind the others. It is not owned; this record is done with it
-    /// before it ends. Title and sort order are stored in `parameters` where they differ: the first call stores them, later
+    /// Adds the protocol's own record as the last member, "parameters". The record is not owned and outlives this
+    /// object. Title and sort order are stored in `parameters` when they differ: the first call stores them, later
     /// calls only read.
     void ShowParameters(Zu::Params::Group& parameters);
 

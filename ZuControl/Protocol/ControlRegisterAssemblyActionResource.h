@@ -8,7 +8,7 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command`: how an assembly is changed.
+/// `/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command`: the commands that change an assembly.
 class ZUCONTROL_INTERNAL_API ControlRegisterAssemblyActionResource final : public ControlResourceBase,
                                                                            public ZuRest::ICallableResource
 {
@@ -19,8 +19,8 @@ public:
     ZuRest::ICallableResource* CallableProvider() override;
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// The body is the argument record. The fan-out hears of the change only when the action succeeds; that there may have
-    /// been one is told in any case.
+    /// The body is the argument record. The protocol and the fan-out take over the assembly only when the action
+    /// succeeds; a notification of a possible change is sent in any case.
     nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
 
 private:

@@ -26,7 +26,7 @@ namespace
 
 constexpr char const* ASSEMBLY_ROUTE = "/controls/:protocol/registerAssemblies/:registerAssembly";
 
-/// Holds the lock of an assembly, without which it hands none of its lists out.
+/// Holds the lock of an assembly, which a reader of its lists needs.
 class AssemblyLock
 {
 public:

@@ -14,8 +14,8 @@ class IProtocolRegisterAssembly;
 namespace ZuControl::Protocol
 {
 
-/// `/controls/:protocol/registerAssemblies`, the assemblies of a protocol, and one of them with its block types and blocks.
-/// It only reads: an assembly changes through its commands.
+/// `/controls/:protocol/registerAssemblies`, the assemblies of a protocol, and one assembly with its block types and
+/// blocks. Read-only: clients change an assembly through its commands.
 class ZUCONTROL_INTERNAL_API ControlRegisterAssemblyResource final : public ControlResourceBase
 {
 public:

@@ -38,7 +38,7 @@ void Fill(ControlProperties& properties, IControlInstance& instance)
     properties.displayName.Set(instance.Info().DisplayName());
 }
 
-/// The instance hands its record out as constant; the record itself never is.
+/// The cast is valid: the instance returns the record as constant, but the record itself is no constant object.
 Zu::Params::Group& ParametersOf(IControlInstance const& instance)
 {
     return const_cast<Zu::Params::Group&>(instance.Params());
@@ -98,7 +98,7 @@ void ControlResource::UpdateDocument(ZuRest::RequestInfo const& request, nlohman
     {
         NodeFromJson(properties, document);
     }
-    if (namesParameters) // ahead of the start: a protocol that is switched on now starts with them
+    if (namesParameters) // before the start, so that a protocol that is enabled now starts with them
     {
         NodeFromJson(parameters, document.at(PARAMETERS));
         instance.ParamsUpdate();
@@ -149,7 +149,7 @@ nlohmann::json ControlResource::ReadOne(ZuRest::RequestInfo const& request, ZuRe
     return PartToJson(properties, request);
 }
 
-/// Names what belongs to the protocol, in the order in which clients show it.
+/// Links the protocol's actions, in the order in which clients show them.
 void ControlResource::LinkActions(IControlInstance& instance, std::string const& name, ZuRest::ResponseInfo& response)
 {
     IControlActionTarget const* const target = instance.ActionTarget();
@@ -174,7 +174,7 @@ void ControlResource::RegisterParamUpdateEvent()
 
 void ControlResource::SetupParamUpdateEvents(IControlInstance& instance)
 {
-    // Stores title and sort order in the live record. Reads run side by side later; they find both as they should be and
+    // Stores title and sort order in the live record now: later reads run beside each other, and then find both set and
     // store nothing.
     ControlProperties().ShowParameters(ParametersOf(instance));
     paramUpdateEventIds[instance.TypeName()] =

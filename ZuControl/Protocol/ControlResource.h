@@ -11,8 +11,8 @@ namespace ZuControl::Protocol
 
 struct ControlProperties;
 
-/// `/controls`, the list of protocols, and `/controls/:protocol`, one of them: its state, its parameters and what belongs to
-/// it. It tells of each change of a protocol's parameters, and of the end of a load.
+/// `/controls`, the list of protocols, and `/controls/:protocol`, one protocol: its state, its parameters, and links to
+/// its outputs, assemblies and commands. It notifies each change of a protocol's parameters, and the end of a load.
 class ZUCONTROL_INTERNAL_API ControlResource final : public ControlResourceBase
 {
 public:
@@ -21,11 +21,11 @@ public:
 
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// Takes over "enabled" and "parameters". What is refused by validation has changed nothing. What fails behind that, a
-    /// protocol that does not start for one, leaves the host's update gate open.
+    /// Takes over "enabled" and "parameters". A document that the validation refuses changes nothing. A failure after
+    /// the validation, for example of the protocol's start, leaves the bracket of the host's update gate open.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
 
-    /// Behind the end of a load tells that the whole tree may read differently.
+    /// At the end of a load also notifies that the whole tree may have changed.
     void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state) override;
 
 private:

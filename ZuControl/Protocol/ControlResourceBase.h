@@ -39,11 +39,11 @@ class IControlInstance;
 namespace Protocol
 {
 
-/// What the resources of the `/controls` tree have in common: the protocols, which each request looks up anew, and the
+/// The base of the resources of the `/controls` tree: the look-up of the protocol for each request, and the
 /// notifications, which pause while a job is loaded.
 ///
-/// Threads: requests come on those of the REST service, notifications go out on the thread of the change, one at a time for
-/// each resource. A handler of a notification must not wait for a change to end.
+/// Threads: requests come on the workers of the REST service. Notifications are sent on the thread of the change, one
+/// at a time for each resource. A handler of a notification must not wait for the end of a change.
 class ZUCONTROL_INTERNAL_API ControlResourceBase : public ZuRest::DocumentResourceBase
 {
 public:
@@ -51,21 +51,22 @@ public:
     explicit ControlResourceBase(IControlManager& usedManager);
     ~ControlResourceBase() override;
 
-    /// Holds notifications back from the beginning of a load to its end; what is held back is counted and never sent.
+    /// Suppresses and counts notifications from the beginning of a load to its end; they are never sent.
     virtual void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state);
 
-    /// How many notifications the present load, or else the last one, has held back.
+    /// The number of notifications that the running load, or else the last one, has suppressed.
     uint32 SuppressedCount() const;
 
 protected:
-    /// The instance of a type. Throws what the manager throws for one that there is not.
+    /// The instance of a type. Throws `Zu::Status::NOT_FOUND` for an unknown type.
     IControlInstance& ResolveToInstance(std::string const& name);
 
-    /// The value of a key of the route; -997 with `message` when the request has none, and without a text for null.
+    /// The value of a key of the route. Throws `Zu::Status::BAD_ARGUMENT` when the request has none, with the text
+    /// `message`, or without a text when that is null.
     static std::string const& RequireKey(ZuRest::RequestInfo const& request, char const* key,
                                          char const* message = nullptr);
 
-    /// Runs `step`, which calls `operation` of something that the protocol of `instance` has handed out. A fault counts as one of
+    /// Runs `step`, which calls `operation` of an object of the protocol of `instance`. A fault counts as a fault of
     /// the protocol; see ProtocolFaults::Call.
     template <typename Step>
     static decltype(auto) CallProtocol(IControlInstance const& instance, char const* operation, Step&& step)
@@ -77,7 +78,7 @@ protected:
     static std::vector<ControlActionInfo> ActionList(IControlInstance const& instance,
                                                      IControlActionTarget const& target);
 
-    /// A fresh argument record of an action; -996 when the target has none to give.
+    /// A new argument record of an action. Throws `Zu::Status::NOT_SUPPORTED` when the target returns null.
     static std::shared_ptr<Zu::Params::Group>
     ActionParams(IControlInstance const& instance, IControlActionTarget const& target, std::string const& command);
 
@@ -85,10 +86,10 @@ protected:
                                                            IControlActionTarget& target, std::string const& command,
                                                            Zu::Params::Group const& params);
 
-    /// The document of what an action gave, null for nothing.
+    /// The document of an action's result; null for no result.
     static nlohmann::json ResultToJson(Zu::Params::Group const* result, ZuRest::RequestInfo const& request);
 
-    /// Puts the schema of `structure` under "_schema", in place of what is there.
+    /// Stores the schema of `structure` under "_schema", also when there is such a member.
     static void AppendSchema(Zu::Properties::JsonSerializer serializer, Zu::Properties::Structure& structure,
                              nlohmann::json& document);
 
@@ -96,27 +97,27 @@ protected:
     static void MakeRegisterAssemblyList(char const* routeTemplate, char const* key, std::string const& protocol,
                                          std::vector<std::string> const& assemblies, ZuRest::ResponseInfo& response);
 
-    /// Tells that the document at `path` reads differently now.
+    /// Notifies that the document at `path` has changed, unless a load suppresses it.
     void ResourceEventHandler(std::string path);
 
-    /// What the callbacks of the instances go through.
+    /// The gate of the callbacks that a derived class gives to the instances.
     Zu::CallbackGate const& Gate() const;
 
-    /// No callback begins any more, and one on another thread has ended. The first thing that the destructor of a derived
-    /// class does.
+    /// Closes the gate: no callback begins any more, and running callbacks on other threads have ended. Every
+    /// destructor of a derived class calls this first.
     void EndCallbacks() noexcept;
 
     IControlManager& controlManager;
 
 private:
-    /// Null for an instance that is none of the module's.
+    /// Null for an instance of another class than ControlInstance.
     static ProtocolFaults* FaultsOf(IControlInstance const& instance);
 
-    // Relaxed: set by the thread of the load, read by those of the changes; nothing hangs on their order.
+    // Relaxed: the thread of the load writes them, the threads of changes read them, and no other data depends on them.
     std::atomic<uint32> suspended{0};
     std::atomic<uint32> suppressedCount{0};
     IControlManager::CallbackId loadEventId;
-    Zu::CallbackGate gate; // one call at a time: what fires the notifications has no lock of its own
+    Zu::CallbackGate gate; // lets callbacks run one at a time
 };
 
 } // namespace Protocol

@@ -8,7 +8,7 @@
 namespace ZuControl::Protocol
 {
 
-/// How a digital output is to be driven. The sensor gives the whole numbers their meaning; here they are only kept.
+/// How a digital output is to be driven. The sensor defines the meaning of the integers; this record only stores them.
 struct ZUCONTROL_INTERNAL_API DigitalOutputProperties final : public CommonControlProps
 {
     DigitalOutputProperties();

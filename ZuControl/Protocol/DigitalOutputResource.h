@@ -6,7 +6,8 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware/:device/digital/:port`: how a digital output is to be driven. A change of "standardOutputs" alone is told to nobody.
+/// `/controls/hardware/:device/digital/:port`: how a digital output is to be driven. A change of "standardOutputs"
+/// alone is not notified.
 class ZUCONTROL_INTERNAL_API DigitalOutputResource final : public OutputResourceBase
 {
 public:
@@ -18,7 +19,7 @@ protected:
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// What a change is told by.
+    /// The members of the record whose change is notified.
     struct Fields
     {
         bool enabled = false;
@@ -35,7 +36,7 @@ private:
     };
 
     DigitalOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last change that was told
+    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
 };
 
 } // namespace ZuControl::Protocol

@@ -35,7 +35,7 @@ nlohmann::json HardwareControlResource::Document(ZuRest::RequestInfo const& requ
 
 void HardwareControlResource::ReadAll(ZuRest::ResponseInfo& response)
 {
-    for (char const* const device : {"0", "1"}) // always both, whatever the sensors
+    for (char const* const device : {"0", "1"}) // always both, independent of the sensors
     {
         response.Embed("item", Path::Format("/controls/hardware/:device", {device}), true, nullptr);
     }
@@ -44,7 +44,7 @@ void HardwareControlResource::ReadAll(ZuRest::ResponseInfo& response)
 nlohmann::json HardwareControlResource::ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response)
 {
     std::string const& device = RouteKey(request, "device");
-    response.Link("zu::scanner", "/scanners/" + device, false, nullptr); // two colons: the key that clients know
+    response.Link("zu::scanner", "/scanners/" + device, false, nullptr); // two colons: clients rely on this key
     EmbedOutputs(device, response);
     nlohmann::json document = JsonSerializer::Serialize(properties);
     if (request.wantsSchema)

@@ -8,15 +8,15 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware`, the list of devices, which always has two, and `/controls/hardware/:device`, one of them with the
-/// configuration of its outputs. It only reads.
+/// `/controls/hardware`, the list of devices, which always has two entries, and `/controls/hardware/:device`, one
+/// device with the configuration of its outputs. Read-only.
 class ZUCONTROL_INTERNAL_API HardwareControlResource final : public ControlResourceBase
 {
 public:
     explicit HardwareControlResource(IControlManager& usedManager);
     ~HardwareControlResource() override;
 
-    /// std::out_of_range for a request with keys and no device among them.
+    /// Throws std::out_of_range for a request that has keys but no device.
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
 private:
@@ -24,7 +24,7 @@ private:
     nlohmann::json ReadOne(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response);
     static void EmbedOutputs(std::string const& device, ZuRest::ResponseInfo& response);
 
-    HardwareProperties properties; // never changes
+    HardwareProperties properties; // does not change
 };
 
 } // namespace ZuControl::Protocol

@@ -6,8 +6,8 @@
 namespace ZuControl::Protocol
 {
 
-/// The metrics of the inputs and outputs. They are looked up like those of a protocol of the type name "hardware": as long as
-/// nothing goes by that name, each request is refused with -999.
+/// The metrics of the inputs and outputs. They are looked up like those of a protocol with the type name "hardware":
+/// while there is no such type, each request throws `Zu::Status::NOT_FOUND`.
 class ZUCONTROL_INTERNAL_API HardwareMetricsResource final : public ControlMetricsResourceBase
 {
 public:

@@ -6,7 +6,8 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware/:device/marlet/:port`: how a serial output over the link to the sensor is to be driven. Every change is told.
+/// `/controls/hardware/:device/marlet/:port`: how a serial output over the link to the sensor is to be driven. Every
+/// change is notified.
 class ZUCONTROL_INTERNAL_API MarletOutputResource final : public OutputResourceBase
 {
 public:
@@ -18,7 +19,7 @@ protected:
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// What a change is told by.
+    /// The members of the record whose change is notified.
     struct Fields
     {
         bool enabled = false;
@@ -32,7 +33,7 @@ private:
     };
 
     MarletOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last change that was told
+    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
 };
 
 } // namespace ZuControl::Protocol

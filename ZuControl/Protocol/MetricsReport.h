@@ -13,11 +13,12 @@ class IStreamReceiver;
 namespace ZuControl::Protocol::MetricsReport
 {
 
-/// The last report of `name` as a document, with its schema under "_schema" when that is wanted. Throws what ControlMetrics
-/// throws.
+/// The last report of `name` as a document, with its schema under "_schema" when `wantsSchema`. Throws as
+/// ControlMetrics::Snapshot does.
 nlohmann::json Read(ControlMetrics& metrics, std::string const& name, bool wantsSchema);
 
-/// Sends each report to `receiver`, never with its schema. What sending throws goes to the report's sender.
+/// Makes a handler that sends each report to `receiver`, without its schema. The handler passes on the exceptions of
+/// the receiver, which outlives it.
 ControlMetrics::SnapshotHandler SendTo(ZuRest::IStreamReceiver& receiver);
 
 } // namespace ZuControl::Protocol::MetricsReport

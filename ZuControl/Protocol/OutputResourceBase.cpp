@@ -47,7 +47,7 @@ void OutputResourceBase::UpdateDocument(ZuRest::RequestInfo const& request, nloh
     {
         Zu::Locker const guard(recordLock);
         NodeFromJsonAndValidate(Record(), document);
-        port = RouteKey(request, "port"); // behind the change, so that a request without one has made it
+        port = RouteKey(request, "port"); // after the change, so that a request without a port changes the record too
         device = RouteKey(request, "device");
         if (!TakeChange())
         {

@@ -13,11 +13,11 @@ namespace ZuControl::Protocol
 
 struct CommonControlProps;
 
-/// One kind of output under `/controls/hardware/:device`: a single record that all devices and ports show and change. It is
-/// kept in memory alone; nothing of it goes to the sensor.
+/// One kind of output under `/controls/hardware/:device`: a single record that all devices and ports show and change.
+/// The record is kept in memory alone; it is not sent to the sensor.
 ///
-/// A change is told with the device and the port of the request that made it, also while a job is loaded, for the record
-/// belongs to no job.
+/// A change is notified with the device and the port of the request that has made it, also while a job is loaded, since
+/// the record belongs to no job.
 class ZUCONTROL_INTERNAL_API OutputResourceBase : public ControlResourceBase
 {
 public:
@@ -25,8 +25,8 @@ public:
 
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
 
-    /// A document that is refused changes nothing. A request without a device or a port has changed the record by the time it
-    /// fails with std::out_of_range.
+    /// A refused document changes nothing. A request without a device or a port throws std::out_of_range after it has
+    /// changed the record.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
 
 protected:
@@ -35,11 +35,12 @@ protected:
 
     virtual CommonControlProps& Record() ZU_REQUIRES(recordLock) = 0;
 
-    /// Whether the record differs from what was last told, in what is told at all; it counts as told from then on.
+    /// Whether the record differs from that of the last notification, in the members whose change is notified. The
+    /// present record then counts as notified.
     virtual bool TakeChange() ZU_REQUIRES(recordLock) = 0;
 
-    // A leaf. Guards the record and what was told of it, in the derived class. No callback runs under it: a handler may come
-    // back to read.
+    // A leaf. Guards the record and its last notified state, in the derived class. No callback runs under it, since a
+    // handler may read the record.
     wLock recordLock;
 
 private:
@@ -48,7 +49,7 @@ private:
     void OutputChanged(std::string const& device, std::string const& port);
 
     char const* const route;
-    std::vector<ChangeCallback> changeCallbacks; // never changes behind the constructor
+    std::vector<ChangeCallback> changeCallbacks; // does not change after construction
 };
 
 } // namespace ZuControl::Protocol

@@ -12,8 +12,8 @@ struct RequestInfo;
 namespace ZuControl::Protocol
 {
 
-/// The value of a key of the route, which is the request's; std::out_of_range when it has none, in words that clients of the
-/// outputs know.
+/// The value of a key of the route, which stays the request's. Throws std::out_of_range when the request has none, with
+/// a text that clients of the outputs rely on.
 ZUCONTROL_INTERNAL_API std::string const& RouteKey(ZuRest::RequestInfo const& request, char const* key);
 
 } // namespace ZuControl::Protocol

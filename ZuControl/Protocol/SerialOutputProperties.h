@@ -23,7 +23,7 @@ struct ZUCONTROL_INTERNAL_API SerialOutputProperties final : public CommonContro
         Zu::Params::Value<std::string> terminator;
         Zu::Params::Value<std::string> invalidValue;
         Zu::Params::Value<std::string> customDataFormat;
-        Zu::Params::Value<bool> customFromatEnabled; ///< clients know the misspelt key
+        Zu::Params::Value<bool> customFromatEnabled; ///< clients rely on the misspelt key
         Zu::Params::Value<int32> standardFormatMode;
     };
 

@@ -6,7 +6,8 @@
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware/:device/serial/:port`: how a serial output is to be driven. A change of "format" or "standardOutputs" alone is told to nobody.
+/// `/controls/hardware/:device/serial/:port`: how a serial output is to be driven. A change of "format" or
+/// "standardOutputs" alone is not notified.
 class ZUCONTROL_INTERNAL_API SerialOutputResource final : public OutputResourceBase
 {
 public:
@@ -18,7 +19,7 @@ protected:
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// What a change is told by.
+    /// The members of the record whose change is notified.
     struct Fields
     {
         bool enabled = false;
@@ -28,7 +29,7 @@ private:
     };
 
     SerialOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last change that was told
+    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
 };
 
 } // namespace ZuControl::Protocol

@@ -10,7 +10,7 @@
 namespace ZuControl::Protocol
 {
 
-/// A data source that an output sends, and the id that it sends it under.
+/// A data source that an output sends, and its output id.
 struct ZUCONTROL_INTERNAL_API StandardOutput final : public Zu::Properties::Structure
 {
     StandardOutput();
