@@ -38,7 +38,7 @@ IControlDataCache::DataCacheSystemStats ControlDataCache::SystemStats(uint64 tim
     }
     try
     {
-        UpdateSystemStatsCache(0); // takes in the record of an earlier fetch whose reader has stopped waiting
+        UpdateSystemStatsCache(0); // takes in the record of an earlier, late fetch
         GetLatestSystemStats();
     }
     catch (...)

@@ -58,7 +58,7 @@ ControlInstance::~ControlInstance()
     {
         metrics.ClearProtocol();
     }
-    protocolHandlersGate.Close(); // also ends handlers whose removal has failed, and waits for running ones
+    protocolHandlersGate.Close(); // waits for running handlers; a failed removal is harmless
     ZU_GUARD_DESTRUCTOR([this] { EndResultDelivery(); });
 }
 

@@ -219,7 +219,7 @@ void ControlManager::Create(ControlInfo const& info)
         params.updateGate = environ.updateGate;
         params.scanResults = &scanResults;
         params.problems = environ.problems;
-        if (info.factory != nullptr) // a type without a factory fails like one whose factory makes nothing
+        if (info.factory != nullptr) // a type without a factory fails as with a factory that returns null
         {
             params.protocol = info.Factory().Create(protocolEnviron);
         }

@@ -75,8 +75,8 @@ public:
     /// Removes a handler. Does not wait for a call of it that has begun.
     void RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id);
 
-    // The number of operations that have ended so far, and of those that were refused with `Zu::Status::BUSY`. Any
-    // thread may call.
+    // The number of operations that have ended so far, and the number of calls that were refused with
+    // `Zu::Status::BUSY`. Any thread may call.
     uint64 SucceededCount() const;
     uint64 FailedCount() const;
     uint64 RefusedCount() const;

@@ -20,8 +20,8 @@ namespace ZuControl
 /// Reads resources for protocols on a worker of its own while the caller waits.
 ///
 /// The caller sets the flag `busy`. The flag is cleared when the task of the read ends: when the worker has run it,
-/// when it cannot be queued, or when it is dropped. A read whose caller has stopped waiting goes on and writes into a
-/// record that the caller and the worker share; until its end every other read is refused.
+/// when it cannot be queued, or when it is dropped. After the caller has stopped waiting, the read continues and writes
+/// into a record that the caller and the worker share; until its end every other read is refused.
 class ZUCONTROL_API ControlResourceAdaptor final : public IControlResourceAdaptor
 {
 public:

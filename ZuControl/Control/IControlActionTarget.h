@@ -44,8 +44,8 @@ public:
     /// `args` is the caller's record, made by `GetActionParams`; a job load calls "removeAll" of an output map with an
     /// empty group. The values come from the client without validation: check them. `args` is never a constant object,
     /// so that an action may write into it, for example the ids that it has assigned. Returns the result, or null for
-    /// none; the caller shares it. Throws `Zu::Status::NOT_FOUND` for an action that does not exist. What an action has
-    /// changed before it throws may stay changed.
+    /// none; the caller shares it. Throws `Zu::Status::NOT_FOUND` for an action that does not exist. Changes that an
+    /// action makes before it throws may stay.
     virtual std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& id, Zu::Params::Group const& args) = 0;
 };
 

@@ -16,7 +16,7 @@ namespace ZuControl
 /// A read starts a fetch, waits for it up to the caller's time-out, in microseconds, and returns the freshest record:
 /// that of this fetch, or that of an earlier one when the time-out passes first. A time-out is no error. One fetch runs
 /// at a time, of either kind and for all protocols: a read throws `Zu::Status::BUSY` at once while another fetch runs,
-/// also one whose caller has stopped waiting.
+/// also after the caller of that fetch has stopped waiting.
 ///
 /// Ownership: the module owns the cache, which outlives the protocols. Threads: any; a read blocks its caller for the
 /// time-out at most. Do not read in `IProtocol::ProcessResultSets` or `UpdateMetrics`, which must not block. States:

@@ -47,7 +47,7 @@ class IProtocolRegisterAssembly;
 class ZUCONTROL_API IControlInstance
 {
 public:
-    /// What a reset sets to its defaults.
+    /// The data that a reset sets to its defaults.
     enum DataToReset : uint8
     {
         DataToResetParams = 0,
@@ -109,7 +109,7 @@ public:
     virtual void BeginUpdateRegisterAssembly() = 0;
     virtual void EndUpdateRegisterAssembly(std::string const& id) = 0;
 
-    // The next two neither block nor throw. Readers and updates of the record must take turns: go through
+    // The next two neither block nor throw. Readers and updates of the record must exclude each other: use
     // ControlMetrics.
     virtual ZuCommon::IMetricsKeeper& MetricsKeeper() = 0;
     virtual ZuCommon::IMetricsSource& MetricsSource() = 0;
@@ -138,8 +138,8 @@ public:
     /// sources that it has.
     virtual void OutputsUpdate() = 0;
 
-    // The next six only read; the set of assemblies never changes. An unknown `id` makes those that
-    // return a reference throw `Zu::Status::NOT_FOUND`, a null `id` `Zu::Status::BAD_ARGUMENT`, each with a text.
+    // The next six only read; the set of assemblies never changes. The operations that return a reference throw
+    // `Zu::Status::NOT_FOUND` for an unknown `id` and `Zu::Status::BAD_ARGUMENT` for null, each with a text.
     virtual bool HasRegisterAssemblyActionTarget() const = 0;
     virtual IControlActionTarget& RegisterAssemblyActionTarget(char const* id) const = 0;
     virtual bool HasRegisterAssemblyGroup() const = 0;
@@ -164,7 +164,7 @@ public:
 
     // The manager calls these on the host's thread that fires the event, for enabled and disabled protocols. Any
     // exception, a `Zu::Exception` too, counts as a fault of the protocol and reaches the host; the instances behind
-    // this one are then not told.
+    // this one are then not notified.
     virtual void OnStartScan() = 0;
     virtual void OnStopScan() = 0;
     virtual void OnFactoryRestore() = 0;

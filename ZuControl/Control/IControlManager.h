@@ -17,8 +17,8 @@ class IControlInstance;
 /// The instances of all protocol types that this system supports. The set of instances never changes.
 ///
 /// Threads: any; no operation of this interface blocks. The host calls the
-/// operations of ZuCommon::IPersistHandler one at a time; they block for as long as the protocols do. What a protocol
-/// throws during them is logged and not passed on, and the other protocols go on.
+/// operations of ZuCommon::IPersistHandler one at a time; they block for as long as the protocols do. An exception of a
+/// protocol during them is logged and not passed on, and the other protocols follow.
 class ZUCONTROL_API IControlManager : public ZuCommon::IPersistHandler
 {
 public:

@@ -24,8 +24,8 @@ public:
     /// Stores the JSON text of the resource or part that `path` names in `output`: a string with its quotes, "null" for
     /// a part that does not exist. An exception leaves `output` unchanged.
     ///
-    /// Blocks for `timeout` microseconds at most and then throws `Zu::Status::NOT_OFFERED`. The read itself goes on to
-    /// its end: a protocol that reads a resource which waits for this protocol blocks the reads of all protocols for
+    /// Blocks for `timeout` microseconds at most and then throws `Zu::Status::NOT_OFFERED`. The read itself continues
+    /// to its end: a protocol that reads a resource which waits for this protocol blocks the reads of all protocols for
     /// that long. One read runs at a time, for all protocols: throws `Zu::Status::BUSY` at once while another one runs.
     /// Throws `Zu::Status::NOT_FOUND` when the resource cannot be read; the log says why.
     virtual void Read(std::string const& path, std::string& output, uint64 timeout) = 0;

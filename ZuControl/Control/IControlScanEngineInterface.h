@@ -18,9 +18,10 @@ namespace ZuControl
 /// The operations on a scanner that the module carries out for protocols. A scanner is named by its id; the empty id
 /// means the first scanner of the first engine that has any.
 ///
-/// Protocols do not call this: they use ControlProtocolOperations, IControlDataCache and IControlHardwareManager, whose
-/// workers call it, several at once. Operations block until the scanner has answered, and throw the exceptions of the
-/// scanner and `Zu::Status::NOT_FOUND` without a scanner.
+/// Protocols do not call this: they use ControlProtocolOperations, IControlDataCache and IControlHardwareManager. The
+/// workers of these call it, several at once; the host's main thread calls `FindSupportedSensor`. Operations block
+/// until the scanner has answered, and throw the exceptions of the scanner and `Zu::Status::NOT_FOUND` without a
+/// scanner.
 class ZUCONTROL_API IControlScanEngineInterface
 {
 public:

@@ -41,7 +41,8 @@ public:
     virtual void ProcessResultSet(void* resultSet) = 0;
 
     /// From now on the protocol wants these data sources and no others; an empty list ends its deliveries. Never waits
-    /// for a running delivery. May be called without a handler: the list is kept, also when the last handler goes.
+    /// for a running delivery. May be called without a handler: the list is kept, also after the last handler is
+    /// removed.
     virtual void UpdateOutputMap(ZuEthernetProtocol protocol, std::vector<std::string> dataSourceIds) = 0;
 
     /// A protocol without clients gets nothing. The count begins at 0 with the first handler. May wait for a removal

@@ -13,9 +13,9 @@ namespace ZuControl
 
 /// The operations on the system as a whole that the module carries out for protocols.
 ///
-/// Protocols do not call this: they use ControlProtocolOperations and IControlDataCache, whose workers call it, several
-/// at once. An operation blocks until it is done and throws the exceptions of the core and of the jobs. `LoadJob`,
-/// `Start`, `Stop` and `FactoryRestore` call protocols on the calling thread.
+/// Protocols do not call this: they use ControlProtocolOperations and IControlDataCache. The workers of these call it,
+/// several at once. An operation blocks until it is done and throws the exceptions of the core and of the jobs.
+/// `LoadJob`, `Start`, `Stop` and `FactoryRestore` call protocols on the calling thread.
 class ZUCONTROL_API IControlSystemInterface
 {
 public:

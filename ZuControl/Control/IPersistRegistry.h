@@ -22,11 +22,11 @@ public:
     /// registration. The module calls this at the end of its construction; an exception ends the construction.
     virtual uint64 Register(ZuCommon::IPersistHandler& handler, std::string const& name) = 0;
 
-    /// Ends a registration. No operation of the handler begins after this, and it waits for one that is running. The
+    /// Ends a registration. Waits for a running operation of the handler; no operation begins after this. The
     /// module calls this first in its destructor, and logs an exception.
     virtual void Deregister(uint64 id) = 0;
 
-    /// Says that the settings of `handler` in `domain` differ from those that were saved. `reserved` is 0. Called on
+    /// Says that the settings of `handler` in `domain` differ from the saved settings. `reserved` is 0. Called on
     /// any thread, also one of a protocol, and with the update gate held: it must not block. An exception reaches the
     /// caller of the `End...` or of the notification that has changed the settings.
     virtual void MarkModified(ZuCommon::IPersistHandler& handler, ZuCommon::PersistDomain domain, uint64 reserved) = 0;

@@ -17,9 +17,9 @@ namespace ZuControl
 
 /// The operations of one protocol that failed when they were last called.
 ///
-/// The instance, the resources and the metrics reads call a protocol through this class. Not through it go the updates
-/// and resets of the metrics, the result batches, and the addition and removal of the instance's own handlers. An
-/// operation counts as failed until it succeeds. Any thread may call. Operations are named by string literals.
+/// The instance, the resources and the metrics reads call a protocol through this class. Calls that bypass it: the
+/// updates and resets of the metrics, the result batches, and the handlers between protocol and instance. An operation
+/// counts as failed until it succeeds. Any thread may call. Operations are named by string literals.
 class ZUCONTROL_INTERNAL_API ProtocolFaults final
 {
 public:

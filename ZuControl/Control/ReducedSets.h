@@ -14,8 +14,8 @@ namespace ZuControl
 
 /// The reduced sets of one published set: one set for each receiver, with the items that the receiver wants.
 ///
-/// A receiver whose set cannot be made or filled gets nothing, and so do the receivers behind it; those before it keep
-/// their sets. This object releases its references to the sets when it is destroyed.
+/// When the set of a receiver cannot be made or filled, this receiver and those behind it get nothing; those before it
+/// keep their sets. This object releases its references to the sets when it is destroyed.
 class ZUCONTROL_INTERNAL_API ReducedSets final
 {
 public:

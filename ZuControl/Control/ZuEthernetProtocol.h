@@ -15,7 +15,7 @@ enum class ZuEthernetProtocol : int32
 /// problem.
 inline constexpr ZuEthernetProtocol UNSTOPPABLE_PROTOCOL{5};
 
-/// A protocol whose outputs and register assemblies are not stored.
+/// A protocol without stored outputs and register assemblies.
 inline constexpr ZuEthernetProtocol PARAMS_ONLY_PROTOCOL{6};
 
 } // namespace ZuControl

@@ -63,7 +63,7 @@ public:
     // When it throws, the timer logs the exception, clients see the metrics of the last update, and the services behind
     // this one in the order of their names miss the round.
     // `GetMetrics` is called on configuration threads and timer threads, never during an update of the same record. It
-    // must not block. What it throws reaches the reader. `ResetMetrics` may be called on any thread, also during an
+    // must not block. Its exceptions reach the reader. `ResetMetrics` may be called on any thread, also during an
     // update; the module itself does not call it.
 
     // The next two are called on any thread, also beside each other. They return the same value for the life of the
@@ -73,8 +73,8 @@ public:
 
     // The next four are called on configuration threads. Each may block; meanwhile the client or the job load waits.
 
-    /// Takes over parameters that a client or a job load has stored in `Params()`. What it throws reaches the client or
-    /// fails the load; the parameters keep the new values.
+    /// Takes over parameters that a client or a job load has stored in `Params()`. Its exceptions reach the client or
+    /// fail the load; the parameters keep the new values.
     virtual void ParamsUpdate() = 0;
 
     /// Sets all parameters to their defaults. During a load, `ParamsUpdate` follows when the job holds parameters.
@@ -129,13 +129,13 @@ public:
     virtual void NotifyOutputsInternalUpdateEventHandler(bool notify) = 0;
 
     /// Takes over an output map that a client, a job load or a reset has changed. Called on configuration threads with
-    /// no lock of the map held; may block. What it throws reaches the client or fails the load; the map stays changed.
+    /// no lock of the map held; may block. Its exceptions reach the client or fail the load; the map stays changed.
     /// Throws `Zu::Status::NOT_SUPPORTED`, no text, where a change from outside is not supported.
     virtual void OutputsUpdate() = 0;
 
-    // The next four are called on configuration threads and must not block. What a `Has...` returns never changes after
-    // the construction of the protocol. The two others throw `Zu::Status::NOT_FOUND`, no text, when there is no such
-    // object.
+    // The next four are called on configuration threads and must not block. The result of a `Has...` never changes
+    // after the construction of the protocol. The two others throw `Zu::Status::NOT_FOUND`, no text, when there is no
+    // such object.
     virtual bool HasProtocolOutput() const = 0;
     virtual IProtocolOutput& Outputs() const = 0;
     virtual bool HasOutputsActionTarget() const = 0;
@@ -161,8 +161,8 @@ public:
     virtual IControlActionTarget* ActionTarget() = 0;
 
     /// Takes over a register assembly that a client or a job load has changed. Called on configuration threads with no
-    /// lock of the assembly held; may block. `id` is never null. What it throws reaches the client or fails the load;
-    /// the assembly stays changed. Throws `Zu::Status::NOT_SUPPORTED`, no text, where a change from outside is not
+    /// lock of the assembly held; may block. `id` is never null. Its exceptions reach the client or fail the load; the
+    /// assembly stays changed. Throws `Zu::Status::NOT_SUPPORTED`, no text, where a change from outside is not
     /// supported.
     virtual void RegisterAssemblyUpdate(char const* id) = 0;
 
@@ -190,7 +190,7 @@ public:
     // The next three are called on the host's thread that starts or stops the scan or restores the factory settings,
     // for enabled and disabled services, in the order of the type names. The host may hold its lock for these
     // operations: do not call or await one of them here. They must not block. An exception ends the round: the services
-    // behind this one are not told, and the exception counts as a fault of the operation, a `Zu::Exception` too.
+    // behind this one are not notified, and the exception counts as a fault of the operation, a `Zu::Exception` too.
     virtual void OnStartScan() = 0;
     virtual void OnStopScan() = 0;
     virtual void OnFactoryRestore() = 0;
@@ -214,7 +214,7 @@ public:
     // waits. `document` belongs to the caller. The first and the third get null and fill it; null, {} and [] are not
     // written, and the stored document then stays. The second is called only when the stored document has content, and
     // must check it: it may be of another version or edited by hand. An exception is logged and fails the load or save
-    // of this service; the others go on.
+    // of this service; those of the other services continue.
     virtual void InitPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) = 0;
     virtual void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) = 0;
     virtual void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) = 0;

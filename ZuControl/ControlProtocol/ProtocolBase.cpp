@@ -272,7 +272,7 @@ std::vector<std::string> ProtocolBase::DataSourceList() const
 
 void ProtocolBase::OnStartScan()
 {
-    if (metricsData != nullptr) // a throw would keep the instances behind this one from being told
+    if (metricsData != nullptr) // an exception would end the round: later instances would miss it
     {
         lastControlDrops.store(ControlDrops(), std::memory_order_relaxed);
     }

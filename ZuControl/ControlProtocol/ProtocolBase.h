@@ -86,14 +86,14 @@ public:
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
     Zu::Properties::Structure const& GetMetrics() const override;
 
-    /// Ends the operation that a command began: `Zu::Status::SUCCESS` is success, any other status a failure. The
-    /// end event of an operation does the same on "CtlProtoOp.Disp"; a derived class calls this for an operation that has
+    /// Ends the operation that a command began: `Zu::Status::SUCCESS` is success, any other status a failure. The end
+    /// event of an operation does the same on "CtlProtoOp.Disp"; a derived class calls this for an operation that has
     /// no such end, for example behind a refusal. Any thread may call. Neither blocks nor throws.
     void OperationCompleted(int status);
 
     /// Ends the delivery of result sets to this protocol, and waits for a batch in progress on another thread. The
-    /// owner calls this before it destroys a protocol whose handler the fan-out still has. A new registration delivers
-    /// again.
+    /// owner calls this before it destroys a protocol while the fan-out still has its handler. A new registration
+    /// delivers again.
     void CloseResultHandlerGate() noexcept;
 
 protected:

@@ -63,7 +63,7 @@ public:
     /// item but its id. The move removes the old item first: when the item cannot be added at the new id, it is lost.
     void UpdateId(Zu::Params::Group& outputsArgs) override;
 
-    /// Adds an item at `index`, whose id is taken. Throws `Zu::Status::NOT_SUPPORTED`: not all kinds can make room.
+    /// Adds an item with a taken id at `index`. Throws `Zu::Status::NOT_SUPPORTED`: not all kinds can make room.
     virtual void OverlapInsert(uint64 index, OutputItem const& item);
 
     /// How the id of the item relates to those in the map: 0 is free, 1 is taken.

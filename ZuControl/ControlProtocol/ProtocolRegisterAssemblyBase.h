@@ -33,7 +33,7 @@ struct UpdateBlockParams;
 /// some of the elements changed and others not. Observers of a block's output id run under the lock while blocks are
 /// moved; they must not call `Add`, `Remove`, `Update` or `Compact`.
 /// A plug-in may also set output ids of blocks and register counts of types without the assembly, with the lock held.
-/// The assembly then goes by the new values; it does not check them.
+/// The assembly then uses the new values without checking them.
 class ZUCONTROL_API ProtocolRegisterAssemblyBase : public IProtocolRegisterAssembly
 {
 public:

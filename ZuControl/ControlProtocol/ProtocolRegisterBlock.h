@@ -63,7 +63,7 @@ public:
 
 protected:
     /// Writes `value` as a whole number of registers in the protocol's byte order. `isSigned` names the kind of the
-    /// value and changes no byte: widening goes by the type. Throws `Zu::Status::BAD_ARGUMENT` for a register size
+    /// value and changes no byte: the type decides the widening. Throws `Zu::Status::BAD_ARGUMENT` for a register size
     /// other than 1 and 2.
     template <typename T>
     void SerializeValue(uint8* buffer, size_t offset, T value, [[maybe_unused]] bool isSigned)
@@ -82,7 +82,7 @@ protected:
             .WriteExact(buffer + offset, static_cast<std::make_unsigned_t<T>>(value));
     }
 
-    /// Writes the bytes of `value`, the low one first, whatever the register size.
+    /// Writes the bytes of `value`, the low byte first, with any register size.
     template <typename T>
     void Serialize_LE(uint8* buffer, size_t offset, T value)
     {

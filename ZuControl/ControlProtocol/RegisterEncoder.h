@@ -116,7 +116,7 @@ private:
         return ((halves & EVEN_WORDS) << 16) | ((halves >> 16) & EVEN_WORDS);
     }
 
-    /// The value whose bytes in memory are those of the registers.
+    /// The value that has the bytes of the registers in memory.
     template <std::unsigned_integral T>
     constexpr T Arranged(T value) const noexcept
     {

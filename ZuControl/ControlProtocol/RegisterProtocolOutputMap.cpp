@@ -197,7 +197,7 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
             "addresses used by an existing connection.",
             source);
     }
-    index -= (state & BEHIND_PREVIOUS) != 0 ? 1 : 0; // the flag tells of a previous item
+    index -= (state & BEHIND_PREVIOUS) != 0 ? 1 : 0; // the flag is set only behind a previous item
     if ((state & RUNS_INTO_NEXT) != 0)
     {
         OverlapInsert(index, item);

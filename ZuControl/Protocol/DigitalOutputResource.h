@@ -19,7 +19,7 @@ protected:
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// The members of the record whose change is notified.
+    /// The members of the record that cause a notification when they change.
     struct Fields
     {
         bool enabled = false;

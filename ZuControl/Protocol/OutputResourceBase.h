@@ -35,7 +35,7 @@ protected:
 
     virtual CommonControlProps& Record() ZU_REQUIRES(recordLock) = 0;
 
-    /// Whether the record differs from that of the last notification, in the members whose change is notified. The
+    /// Whether the record differs from that of the last notification, in the members that clients are notified of. The
     /// present record then counts as notified.
     virtual bool TakeChange() ZU_REQUIRES(recordLock) = 0;
 
