@@ -14,7 +14,7 @@
 namespace ZuControl
 {
 
-/// The cache behind IControlDataCache: one system record, one scanner record, and a worker that fetches them anew.
+/// The cache behind IControlDataCache: one system record, one scanner record, and a worker that fetches them.
 ///
 /// The worker never touches the two records: it puts a fetched record into a queue of one element, and the reading
 /// thread takes it from there. No lock is held during a wait or a fetch.

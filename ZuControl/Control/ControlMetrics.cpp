@@ -40,7 +40,7 @@ ControlMetrics::ControlMetrics(IControlManager& usedManager) : manager(usedManag
     TakeFirstSnapshots();
     reportTimer = std::make_unique<Zu::AsyncTimer>([this](Zu::AsyncTimer&) { DispatchReports(); });
     updateTimer = std::make_unique<Zu::AsyncTimer>([this](Zu::AsyncTimer&) { UpdateMetrics(); });
-    updateTimer->Start(updateInterval, false); // last: nothing can throw behind it
+    updateTimer->Start(updateInterval, false); // last: no later step can throw
 }
 
 ControlMetrics::~ControlMetrics()

@@ -50,7 +50,7 @@ public:
     ZuCommon::IMetricsSource const& LastReport(std::string const& key) override;
 
     /// From the next report on `handler` gets the live record of the type `key`, on the timer's thread. `handler` must
-    /// not block. When it throws, the handlers behind it miss this report. It misses each report during which the
+    /// not block. When it throws, later handlers miss this report. It misses each report during which the
     /// type's update hangs. Throws `Zu::Status::NOT_FOUND` for an unknown type.
     CallbackId AddReportHandler(ReportHandler handler, std::string const& key) override;
 
@@ -59,8 +59,8 @@ public:
     /// subscribers.
     void RemoveReportHandler(CallbackId id, std::string const& key) override;
 
-    /// As `AddReportHandler`, but `handler`, which must not be empty, gets what `Snapshot` gives, also while an update
-    /// hangs.
+    /// As `AddReportHandler`, but `handler`, which must not be empty, gets the result of `Snapshot`, also while an
+    /// update hangs.
     CallbackId AddSnapshotHandler(SnapshotHandler handler, std::string const& key);
 
     /// A copy of the record of the type `key`: its present state, or, while an update runs and after an update that has

@@ -68,7 +68,7 @@ public:
     void Restart(ZuEthernetProtocol protocol);
 
     /// Adds a handler of the ends of the protocol's operations; its argument is the status. An exception of a handler
-    /// is logged, and the handlers behind it are not called for that end. An empty function is not stored and gives an
+    /// is logged, and later handlers are not called for that end. An empty function is not stored and gives an
     /// id that is not valid.
     Zu::Event<int>::CallbackId AddOpEndEventHandler(ZuEthernetProtocol protocol, std::function<void(int)> handler);
 

@@ -33,7 +33,7 @@ public:
     /// Null when the name is unknown. The record lives as long as the catalogue.
     ControlInfo const* FindByTypeName(std::string const& typeName) const;
 
-    /// All types in byte-wise order of their names, "ab" behind "a".
+    /// All types in byte-wise order of their names, "ab" after "a".
     std::vector<ControlInfo const*> List() const;
 
 private:

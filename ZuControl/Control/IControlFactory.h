@@ -22,8 +22,8 @@ class ZUCONTROL_API IControlFactory
 public:
     /// A new protocol, not started, which the instance shares. `environ` outlives the protocol. The construction of the
     /// module waits for this call: it must not block. An empty pointer or an exception is logged and ends the
-    /// construction of the whole module. The sensor's inputs and outputs are not known yet: `environ.hardwareManager`
-    /// is empty.
+    /// construction of the whole module. The sensor's inputs and outputs are not known yet: the hardware manager of
+    /// `environ` has no objects.
     virtual std::shared_ptr<ControlProtocol::IProtocol>
     Create(ControlProtocol::ControlProtocolEnviron const& environ) = 0;
 

@@ -41,7 +41,7 @@ class IProtocolRegisterAssembly;
 /// a call. An operation that calls the protocol blocks for as long as the protocol's operation does; see IProtocol for
 /// its contract.
 ///
-/// Exceptions: what the protocol throws reaches the caller. Where the protocol lacks outputs or assemblies, an
+/// Exceptions: exceptions of the protocol reach the caller. Where the protocol lacks outputs or assemblies, an
 /// operation on them throws `Zu::Status::NOT_FOUND` with no text, but the locks and `RegisterAssemblyUpdate` do
 /// nothing.
 class ZUCONTROL_API IControlInstance
@@ -76,10 +76,10 @@ public:
     virtual bool IsEnabled() const = 0;
 
     // The three update events. Any thread may add and remove handlers, also while an event fires. The handlers run in
-    // order of addition: behind an `End...` on the thread that calls it, with the update gate held, and behind a
-    // notification of the protocol on the protocol's thread. A handler must not wait for another change of the
-    // configuration. An exception of a handler reaches the caller of the `End...` or the protocol, and later handlers
-    // are not called. `Remove...` does not wait for a call that has begun.
+    // order of addition: in an `End...` on the thread that calls it, with the update gate held, and in a notification
+    // of the protocol on the protocol's thread. A handler must not wait for another change of the configuration. An
+    // exception of a handler reaches the caller of the `End...` or the protocol, and later handlers are not called.
+    // `Remove...` does not wait for a call that has begun.
 
     /// Handlers get the type name, and whether the job counts as modified.
     virtual Zu::Event<std::string, bool>::CallbackId
@@ -163,7 +163,7 @@ public:
     virtual IControlActionTarget* ActionTarget() = 0;
 
     // The manager calls these on the host's thread that fires the event, for enabled and disabled protocols. Any
-    // exception, a `Zu::Exception` too, counts as a fault of the protocol and reaches the host; the instances behind
+    // exception, a `Zu::Exception` too, counts as a fault of the protocol and reaches the host; the instances after
     // this one are then not notified.
     virtual void OnStartScan() = 0;
     virtual void OnStopScan() = 0;

@@ -60,11 +60,10 @@ public:
     //
     // `UpdateMetrics` is called four times a second on the thread "AsyncTimer", whether the protocol is enabled or not.
     // It must not block: the metrics of all services wait for it, and the host reports a call of more than a second.
-    // When it throws, the timer logs the exception, clients see the metrics of the last update, and the services behind
-    // this one in the order of their names miss the round.
-    // `GetMetrics` is called on configuration threads and timer threads, never during an update of the same record. It
-    // must not block. Its exceptions reach the reader. `ResetMetrics` may be called on any thread, also during an
-    // update; the module itself does not call it.
+    // When it throws, the timer logs the exception, clients see the metrics of the last update, and the services after
+    // this one in the order of their names miss the round. `GetMetrics` is called on configuration threads and timer
+    // threads, never during an update of the same record. It must not block. Its exceptions reach the reader.
+    // `ResetMetrics` may be called on any thread, also during an update; the module itself does not call it.
 
     // The next two are called on any thread, also beside each other. They return the same value for the life of the
     // protocol, and must neither block nor throw.
@@ -81,7 +80,7 @@ public:
     virtual void ResetParams() = 0;
 
     /// Starts the service. Called in the disabled state only; a start may follow a start that has succeeded, when the
-    /// registration of the result handler behind it has failed. A `Zu::Exception` becomes a problem with its text and
+    /// registration of the result handler after it has failed. A `Zu::Exception` becomes a problem with its text and
     /// the status `ProtocolStatus::FailedToStart`, and reaches the caller; after another exception the status stays
     /// `ProtocolStatus::Starting`. After any exception the service counts as disabled, and the host calls again later:
     /// leave nothing behind that keeps a later start from succeeding.
@@ -148,11 +147,11 @@ public:
     /// and ends the delivery of results until the service is started anew.
     virtual void ProcessResultSets(void* resultSets) = 0;
 
-    // The next two are called on configuration threads: the first by `IControlInstance::Enable` behind a `Start` that
-    // has succeeded, the second ahead of `Stop`, unless a problem of a start or stop is on record: then the
-    // handler stays registered. `results` outlives the protocol. The second waits for a batch in progress: hold no lock
-    // that `ProcessResultSets` takes. When one of them throws, the state of the service stays as it was, and no problem
-    // is recorded.
+    // The next two are called on configuration threads: the first by `IControlInstance::Enable` after a successful
+    // `Start`, the second before `Stop`. The second call is omitted while a problem of a start or stop is on record:
+    // then the handler stays registered. `results` outlives the protocol. The second waits for a batch in progress:
+    // hold no lock that `ProcessResultSets` takes. When one of them throws, the state of the service stays as it was,
+    // and no problem is recorded.
     virtual void RegisterControlScanResultsHandler(IControlScanResults& results) = 0;
     virtual void DeregisterControlScanResultsHandler(IControlScanResults& results) = 0;
 
@@ -183,14 +182,14 @@ public:
     /// `IControlScanResults::UpdateOutputMap` itself while it is registered.
     virtual void ConfigureDefaultRegisterAssembly() = 0;
 
-    /// The data sources that the protocol sends. Called on configuration threads behind each `OutputsUpdate` and
+    /// The data sources that the protocol sends. Called on configuration threads after each `OutputsUpdate` and
     /// `RegisterAssemblyUpdate` to tell the fan-out. May wait for the lock of the map or of the assemblies.
     virtual std::vector<std::string> DataSourceList() const = 0;
 
     // The next three are called on the host's thread that starts or stops the scan or restores the factory settings,
     // for enabled and disabled services, in the order of the type names. The host may hold its lock for these
     // operations: do not call or await one of them here. They must not block. An exception ends the round: the services
-    // behind this one are not notified, and the exception counts as a fault of the operation, a `Zu::Exception` too.
+    // after this one are not notified, and the exception counts as a fault of the operation, a `Zu::Exception` too.
     virtual void OnStartScan() = 0;
     virtual void OnStopScan() = 0;
     virtual void OnFactoryRestore() = 0;

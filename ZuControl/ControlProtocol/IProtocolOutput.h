@@ -65,7 +65,7 @@ public:
     /// Closes the gaps between the ids, where ids are numbers.
     virtual void CompactId() = 0;
     /// Moves the item of the first entry's id to the second entry's id. The move removes the item first: an exception
-    /// behind that loses the item.
+    /// after that loses the item.
     virtual void UpdateId(Zu::Params::Group& outputsArgs) = 0;
 };
 

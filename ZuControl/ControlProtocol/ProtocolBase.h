@@ -88,7 +88,7 @@ public:
 
     /// Ends the operation that a command began: `Zu::Status::SUCCESS` is success, any other status a failure. The end
     /// event of an operation does the same on "CtlProtoOp.Disp"; a derived class calls this for an operation that has
-    /// no such end, for example behind a refusal. Any thread may call. Neither blocks nor throws.
+    /// no such end, for example after a refusal. Any thread may call. Neither blocks nor throws.
     void OperationCompleted(int status);
 
     /// Ends the delivery of result sets to this protocol, and waits for a batch in progress on another thread. The

@@ -106,7 +106,7 @@ private:
     bool IsValidOutputId(uint16 id, uint16 registerCount) const;
     uint16 GetNextRegisterBlockOutputId() ZU_REQUIRES(lock);
     uint16 UsedRegistersCount(Position position) ZU_REQUIRES(lock);
-    /// Whether a range fits ahead of the blocks from `position` on.
+    /// Whether a range fits before the blocks from `position` on.
     bool hasGap(Position position, uint16 startId, uint16 endId) ZU_REQUIRES(lock);
     void UpdateBlockProperties(Position position, UpdateBlockParams const& params) ZU_REQUIRES(lock);
     void MoveBlock(Position position, uint16 newId, bool autoShift) ZU_REQUIRES(lock);

@@ -23,7 +23,7 @@ using ZuRest::Path;
 namespace
 {
 
-/// For steps behind a failure that the client is to see: a failure of `step` itself is dropped.
+/// For steps after a failure that the client is to see: a failure of `step` itself is dropped.
 template <typename Step>
 void RunAndForgetFailure(Step&& step)
 {
