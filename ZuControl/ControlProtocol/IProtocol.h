@@ -62,8 +62,9 @@ public:
     // It must not block: the metrics of all services wait for it, and the host reports a call of more than a second.
     // When it throws, the timer logs the exception, clients see the metrics of the last update, and the services after
     // this one in the order of their names miss the round. `GetMetrics` is called on configuration threads and timer
-    // threads, never during an update of the same record. It must not block. Its exceptions reach the reader.
-    // `ResetMetrics` may be called on any thread, also during an update; the module itself does not call it.
+    // threads; an in-process reader of the live record may call it during an update. It must not block. Its exceptions
+    // reach the reader. `ResetMetrics` may be called on any thread, also during an update; the module itself does not
+    // call it.
 
     // The next two are called on any thread, also beside each other. They return the same value for the life of the
     // protocol, and must neither block nor throw.
@@ -98,7 +99,8 @@ public:
     virtual void EndUpdateParams() = 0;
 
     /// The parameters. Called on configuration threads; must not block. Between
-    /// `IControlInstance::BeginUpdateParameters` and `EndUpdateParameters` the caller writes into the record. Throws
+    /// `IControlInstance::BeginUpdateParameters` and `EndUpdateParameters` the caller writes into the record, which has
+    /// no lock: other threads of the protocol use copies that `Start` and `ParamsUpdate` take. Throws
     /// `Zu::Status::NOT_FOUND`, no text, when there are none.
     virtual Zu::Params::Group& Params() const = 0;
 

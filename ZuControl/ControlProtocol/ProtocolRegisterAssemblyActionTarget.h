@@ -35,8 +35,8 @@ public:
     /// Writes a log line and throws `Zu::Status::NOT_FOUND`, no text, for an action that does not exist.
     std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& actionId) const override;
 
-    /// Returns an empty group: an action succeeds or throws. "add" fills display names and output ids into `params`, which
-    /// must not be a constant object. Throws `Zu::Status::NOT_FOUND`, no text, for an action that does not exist,
+    /// Returns an empty group: an action succeeds or throws. "add" fills display names and output ids into `params`,
+    /// which must not be a constant object. Throws `Zu::Status::NOT_FOUND`, no text, for an action that does not exist,
     /// std::bad_cast for a record of another class, and the exceptions of the assembly.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;

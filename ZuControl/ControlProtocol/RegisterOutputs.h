@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A register map, the record that clients read and that is saved.
+/// The record of a register map. Clients read it, and jobs store it.
 struct ZUCONTROL_API RegisterOutputs : public CommonProtocolOutputProp
 {
     RegisterOutputs();

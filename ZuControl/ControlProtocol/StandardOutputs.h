@@ -9,7 +9,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A map with numeric ids, sorted by them, the record that clients read and that is saved.
+/// The record of a map with numeric ids, sorted by id. Clients read it, and jobs store it.
 struct ZUCONTROL_API StandardOutputs : public CommonProtocolOutputProp
 {
     StandardOutputs();

@@ -8,7 +8,7 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// A map with text ids, sorted by their bytes, the record that clients read and that is saved.
+/// The record of a map with text ids, sorted by their bytes. Clients read it, and jobs store it.
 struct ZUCONTROL_API TextIdStandardOutputs : public CommonProtocolOutputProp
 {
     TextIdStandardOutputs();
