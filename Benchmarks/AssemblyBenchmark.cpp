@@ -1,12 +1,10 @@
 /// Placing blocks, finding one and changing one for another: the assembly against a walk along the list.
 
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <benchmark/benchmark.h>
 

@@ -17,8 +17,8 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Support/AllocationCounter.h"
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 #include "wApi/wArrayList.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 /// Filling an output map, whose sources are each there once, against the same records in an array that is walked for every one
 /// that comes in. Ids come in rising, falling and jumping about.
 
-#include "ZuControl/ControlProtocol/StandardOutputItemArgs.h"
+#include "ZuControl/ControlProtocol/StandardOutputs.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 
 #include <benchmark/benchmark.h>

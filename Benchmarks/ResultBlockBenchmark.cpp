@@ -5,9 +5,9 @@
 
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <benchmark/benchmark.h>
 

@@ -7,9 +7,9 @@
 #include "Plugins/ModbusTcp/CommandChannel.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "ZuApi/Exception.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <cstring>
 #include <optional>

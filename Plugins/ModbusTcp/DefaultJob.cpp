@@ -2,7 +2,7 @@
 
 #include "Plugins/ModbusTcp/AssemblyLock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 namespace ModbusTcp
 {

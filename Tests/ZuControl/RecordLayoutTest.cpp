@@ -22,7 +22,7 @@
 #include "ZuControl/ControlProtocol/RegisterAssemblyInstance.h"
 #include "ZuControl/ControlProtocol/RegisterBlockCategory.h"
 #include "ZuControl/ControlProtocol/RegisterBlockInfoParams.h"
-#include "ZuControl/ControlProtocol/RegisterOutputItem.h"
+#include "ZuControl/ControlProtocol/RegisterOutputs.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 
 #include <gtest/gtest.h>

@@ -3,11 +3,8 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
-#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 namespace ZuControl::ControlProtocol
 {

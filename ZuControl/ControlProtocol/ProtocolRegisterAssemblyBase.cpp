@@ -3,11 +3,8 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
-#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <iterator>
 #include <unordered_set>

@@ -2,7 +2,6 @@
 
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterAssemblyAttributes.h"
 #include "ZuControl/ControlProtocol/RegisterAssemblyProperties.h"
 #include "ZuControl/ControlProtocol/RegisterPlacement.h"
 #include "ZuControl/Export.h"

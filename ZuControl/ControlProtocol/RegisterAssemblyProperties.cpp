@@ -3,6 +3,31 @@
 namespace ZuControl::ControlProtocol
 {
 
+RegisterAssemblyAttributes::RegisterAssemblyAttributes() : Group("")
+{
+    Register("isGlobalAddressSpaceUsed", "Is Global Address Space Used", isGlobalAddressSpaceUsed)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+    Register("outputIdMin", "Minimum Output Id", outputIdMin)
+        .EnableMinimum(true)
+        .SetMinimum(0)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+    Register("outputIdMax", "Maximum Output Id", outputIdMax)
+        .EnableMinimum(true)
+        .SetMinimum(0)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+}
+
+RegisterAssemblyAttributes::~RegisterAssemblyAttributes()
+{
+    for (char const* const key : {"isGlobalAddressSpaceUsed", "outputIdMin", "outputIdMax"})
+    {
+        Deregister(key);
+    }
+}
+
 RegisterAssemblyProperties::RegisterAssemblyProperties() : Group("")
 {
     Register("displayName", "Register Assembly display name", displayName).EnableReadOnly().readOnly.Set(true);

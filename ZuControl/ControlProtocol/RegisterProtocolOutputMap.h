@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/NumericIdProtocolOutputBase.h"
-#include "ZuControl/ControlProtocol/RegisterOutputItemArgs.h"
-#include "ZuControl/ControlProtocol/RegisterOutputsArgs.h"
+#include "ZuControl/ControlProtocol/RegisterOutputs.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 

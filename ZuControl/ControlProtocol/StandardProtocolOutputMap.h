@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/NumericIdProtocolOutputBase.h"
-#include "ZuControl/ControlProtocol/StandardOutputItemArgs.h"
-#include "ZuControl/ControlProtocol/StandardOutputsArgs.h"
+#include "ZuControl/ControlProtocol/StandardOutputs.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/ProtocolOutputBase.h"
-#include "ZuControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
-#include "ZuControl/ControlProtocol/TextIdStandardOutputsArgs.h"
+#include "ZuControl/ControlProtocol/TextIdStandardOutputs.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 

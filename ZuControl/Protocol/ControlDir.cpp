@@ -1,7 +1,6 @@
 #include "ZuControl/Protocol/ControlDir.h"
 
 #include "ZuApi/Guard.h"
-#include "ZuControl/Protocol/AnalogOutputResource.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
 #include "ZuControl/Protocol/ControlMetricsResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
@@ -9,11 +8,9 @@
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
-#include "ZuControl/Protocol/DigitalOutputResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
 #include "ZuControl/Protocol/HardwareMetricsResource.h"
-#include "ZuControl/Protocol/MarletOutputResource.h"
-#include "ZuControl/Protocol/SerialOutputResource.h"
+#include "ZuControl/Protocol/OutputResources.h"
 #include "ZuRest/ResourceRouter.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Threads/Locker.h"
-#include "ZuControl/Protocol/CommonControlProps.h"
+#include "ZuControl/Protocol/OutputProperties.h"
 #include "ZuControl/Protocol/RouteKey.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestInfo.h"

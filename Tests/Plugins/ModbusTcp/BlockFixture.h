@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 

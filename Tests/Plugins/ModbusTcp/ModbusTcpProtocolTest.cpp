@@ -16,7 +16,7 @@
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -3,7 +3,7 @@
 #include "Support/RecordingSink.h"
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <atomic>
 #include <memory>

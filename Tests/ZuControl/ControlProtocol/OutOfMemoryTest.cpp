@@ -2,14 +2,11 @@
 #include "Support/FailAtEachAllocation.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
-#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

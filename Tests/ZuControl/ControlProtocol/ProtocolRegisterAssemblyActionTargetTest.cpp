@@ -4,12 +4,8 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
-#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RegisterBlockIdParams.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

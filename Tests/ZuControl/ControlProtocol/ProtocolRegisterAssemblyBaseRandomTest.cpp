@@ -4,12 +4,9 @@
 #include "Support/RegisterBlocks.h"
 #include "WalkedAssembly.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
-#include "ZuControl/ControlProtocol/CompactBlocksParams.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
-#include "ZuControl/ControlProtocol/UpdateBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

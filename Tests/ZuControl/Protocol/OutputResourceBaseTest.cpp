@@ -1,10 +1,7 @@
 #include "ZuControl/Protocol/OutputResourceBase.h"
 
 #include "Support/ResourceFixture.h"
-#include "ZuControl/Protocol/AnalogOutputResource.h"
-#include "ZuControl/Protocol/DigitalOutputResource.h"
-#include "ZuControl/Protocol/MarletOutputResource.h"
-#include "ZuControl/Protocol/SerialOutputResource.h"
+#include "ZuControl/Protocol/OutputResources.h"
 
 #include <stdexcept>
 #include <thread>

@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "wApi/wString.h"
 
@@ -80,5 +81,23 @@ uint8 DefaultControlInputRegisterBlock::ReadByte(Source const& source, size_t of
     }
     return static_cast<uint8>(Read16(source, offset)); // the low byte of the register
 }
+
+DefaultControlInputRegisterBlockInfo::DefaultControlInputRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "ControlInput",
+           .displayName = "Control Input",
+           .category = BlockCategoryControlInput,
+           .deserializedInputSize = 67,
+           .registerCount = 67,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 1,
+           .maxInstanceCount = 1,
+           .hasDataSource = false,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultControlInputRegisterBlock>>()})
+{
+}
+
+DefaultControlInputRegisterBlockInfo::~DefaultControlInputRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

@@ -2,6 +2,7 @@
 
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl::ControlProtocol
@@ -37,6 +38,14 @@ private:
     void DeserializeJobName(ControlRegisterCommandData& destination, Source const& source);
     uint16 Read16(Source const& source, size_t offset);
     uint8 ReadByte(Source const& source, size_t offset);
+};
+
+/// The type of the block into which a client writes its commands: one block, 67 registers of one byte.
+struct ZUCONTROL_API DefaultControlInputRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultControlInputRegisterBlockInfo();
+    ~DefaultControlInputRegisterBlockInfo() override;
 };
 
 } // namespace ZuControl::ControlProtocol

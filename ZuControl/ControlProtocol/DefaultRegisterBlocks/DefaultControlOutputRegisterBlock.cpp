@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 #include <algorithm>
@@ -42,5 +43,23 @@ void DefaultControlOutputRegisterBlock::SerializeCommandResultData(uint8* destin
     encoder.Write(destination + requestIdOffset, source.requestId);
     encoder.Write(destination + statusOffset, static_cast<uint8>(source.status));
 }
+
+DefaultControlOutputRegisterBlockInfo::DefaultControlOutputRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "ControlOutput",
+           .displayName = "Control Output",
+           .category = BlockCategoryControlOutput,
+           .deserializedInputSize = 0,
+           .registerCount = 3,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 1,
+           .maxInstanceCount = 1,
+           .hasDataSource = false,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultControlOutputRegisterBlock>>()})
+{
+}
+
+DefaultControlOutputRegisterBlockInfo::~DefaultControlOutputRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

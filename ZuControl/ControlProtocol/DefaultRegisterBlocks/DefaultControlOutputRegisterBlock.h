@@ -2,6 +2,7 @@
 
 #include "ZuControl/ControlProtocol/ControlRegisterCommandStatus.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl::ControlProtocol
@@ -33,5 +34,13 @@ private:
 };
 
 static_assert(sizeof(DefaultControlOutputRegisterBlock::DefaultCommandResultData) == 4);
+
+/// The type of the block that answers a command: one block, 3 registers of one byte.
+struct ZUCONTROL_API DefaultControlOutputRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultControlOutputRegisterBlockInfo();
+    ~DefaultControlOutputRegisterBlockInfo() override;
+};
 
 } // namespace ZuControl::ControlProtocol

@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuVision/ZvMeasurementMsg.h"
 
 namespace ZuControl::ControlProtocol
@@ -54,5 +55,23 @@ void DefaultMeasurementDecisionRegisterBlock::SerializeDecision(uint8* buffer, s
     CheckFit(EndOfValue(decisionOffset, sizeof decision));
     encoder.Write(buffer + offset + decisionOffset, decision);
 }
+
+DefaultMeasurementDecisionRegisterBlockInfo::DefaultMeasurementDecisionRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "Decision",
+           .displayName = "Decision",
+           .category = BlockCategoryMeasurement,
+           .deserializedInputSize = 0,
+           .registerCount = 1,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 0,
+           .maxInstanceCount = 65534,
+           .hasDataSource = true,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultMeasurementDecisionRegisterBlock>>()})
+{
+}
+
+DefaultMeasurementDecisionRegisterBlockInfo::~DefaultMeasurementDecisionRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

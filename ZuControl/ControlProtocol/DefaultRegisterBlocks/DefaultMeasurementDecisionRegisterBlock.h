@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/Export.h"
 
@@ -31,6 +32,14 @@ public:
 
 private:
     void SerializeDecision(uint8* buffer, size_t offset, uint8 decision);
+};
+
+/// The type of blocks with the decision of a measurement: 1 register of one byte.
+struct ZUCONTROL_API DefaultMeasurementDecisionRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultMeasurementDecisionRegisterBlockInfo();
+    ~DefaultMeasurementDecisionRegisterBlockInfo() override;
 };
 
 } // namespace ZuControl::ControlProtocol

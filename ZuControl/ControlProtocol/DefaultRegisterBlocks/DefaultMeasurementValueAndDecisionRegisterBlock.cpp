@@ -1,5 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
 
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
+
 #include <algorithm>
 
 namespace ZuControl::ControlProtocol
@@ -53,5 +55,24 @@ void DefaultMeasurementValueAndDecisionRegisterBlock::CheckBothFit() const
 {
     CheckFit(std::max(EndOfValue(valueOffset, sizeof(int32)), EndOfValue(decisionOffset, sizeof(uint8))));
 }
+
+DefaultMeasurementValueAndDecisionRegisterBlockInfo::DefaultMeasurementValueAndDecisionRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "Measurement",
+           .displayName = "Measurement and Decision",
+           .category = BlockCategoryMeasurement,
+           .deserializedInputSize = 0,
+           .registerCount = 5,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 0,
+           .maxInstanceCount = 65534,
+           .hasDataSource = true,
+           .isProtocolBigEndian = true,
+           .factory =
+               std::make_shared<ProtocolRegisterBlockFactory<DefaultMeasurementValueAndDecisionRegisterBlock>>()})
+{
+}
+
+DefaultMeasurementValueAndDecisionRegisterBlockInfo::~DefaultMeasurementValueAndDecisionRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

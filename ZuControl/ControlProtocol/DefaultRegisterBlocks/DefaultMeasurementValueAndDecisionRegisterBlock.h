@@ -2,6 +2,7 @@
 
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl::ControlProtocol
@@ -23,6 +24,14 @@ public:
 private:
     void SerializeInvalidMeasurement(uint8* buffer, size_t offset);
     void CheckBothFit() const;
+};
+
+/// The type of blocks with value and decision of a measurement: 5 registers of one byte.
+struct ZUCONTROL_API DefaultMeasurementValueAndDecisionRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultMeasurementValueAndDecisionRegisterBlockInfo();
+    ~DefaultMeasurementValueAndDecisionRegisterBlockInfo() override;
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuVision/ZvMeasurementMsg.h"
 
 #include <algorithm>
@@ -57,5 +58,23 @@ void DefaultMeasurementValueRegisterBlock::SerializeInvalidMeasurementValue(uint
     CheckFit(EndOfValue(valueOffset, width));
     SerializeInvalidValue(buffer, offset + valueOffset, width, true);
 }
+
+DefaultMeasurementValueRegisterBlockInfo::DefaultMeasurementValueRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "MeasurementValue", // its display name is the key of the type with the decision
+           .displayName = "Measurement",
+           .category = BlockCategoryMeasurement,
+           .deserializedInputSize = 0,
+           .registerCount = 4,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 0,
+           .maxInstanceCount = 65534,
+           .hasDataSource = true,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultMeasurementValueRegisterBlock>>()})
+{
+}
+
+DefaultMeasurementValueRegisterBlockInfo::~DefaultMeasurementValueRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/Export.h"
 
@@ -27,6 +28,14 @@ public:
     void SerializeInvalidMeasurementValue(uint8* buffer, size_t offset);
 
     size_t valueOffset = 0; ///< bytes from the block's start
+};
+
+/// The type of blocks with the value of a measurement: 4 registers of one byte.
+struct ZUCONTROL_API DefaultMeasurementValueRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultMeasurementValueRegisterBlockInfo();
+    ~DefaultMeasurementValueRegisterBlockInfo() override;
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 #include <algorithm>
@@ -52,5 +53,23 @@ void DefaultScannerStateRegisterBlock::SerializeScannerStateData(uint8* destinat
         fields.Write(destination + scannerByte1, source.scannerByte1); // last: registers of two bytes overlap
     });
 }
+
+DefaultScannerStateRegisterBlockInfo::DefaultScannerStateRegisterBlockInfo(bool isOptional)
+    : ProtocolRegisterBlockInfo(
+          {.type = "Scanner",
+           .displayName = "Sensor Group State",
+           .category = BlockCategoryScanner,
+           .deserializedInputSize = 0,
+           .registerCount = 18,
+           .bytesPerRegister = 1,
+           .minInstanceCount = static_cast<uint16>(isOptional ? 0 : 1),
+           .maxInstanceCount = 1,
+           .hasDataSource = false,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultScannerStateRegisterBlock>>()})
+{
+}
+
+DefaultScannerStateRegisterBlockInfo::~DefaultScannerStateRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

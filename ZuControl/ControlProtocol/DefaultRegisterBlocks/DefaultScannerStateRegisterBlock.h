@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl::ControlProtocol
@@ -37,5 +38,14 @@ private:
 };
 
 static_assert(sizeof(DefaultScannerStateRegisterBlock::DefaultScannerStateData) == 24);
+
+/// The type of the block with the state of one sensor group: 18 registers of one byte.
+struct ZUCONTROL_API DefaultScannerStateRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    /// An optional block may be removed; otherwise one block must stay.
+    explicit DefaultScannerStateRegisterBlockInfo(bool isOptional);
+    ~DefaultScannerStateRegisterBlockInfo() override;
+};
 
 } // namespace ZuControl::ControlProtocol

@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuVision/ZvDataMsg.h"
 #include "wBeacon/wStamp.h"
@@ -93,5 +94,23 @@ size_t DefaultStampRegisterBlock::EndOfFields() const
     size_t const lastWide = std::max({valueOffset, encoderOffset, timeOffset, counterOffset});
     return std::max(EndOfValue(digitalInputsOffset + ZEROS_BEHIND_INPUTS, 1), EndOfValue(lastWide, 8));
 }
+
+DefaultStampRegisterBlockInfo::DefaultStampRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "Stamp",
+           .displayName = "Stamp",
+           .category = BlockCategoryStamp,
+           .deserializedInputSize = 0,
+           .registerCount = 36,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 0,
+           .maxInstanceCount = 65534,
+           .hasDataSource = true,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultStampRegisterBlock>>()})
+{
+}
+
+DefaultStampRegisterBlockInfo::~DefaultStampRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/Export.h"
 
@@ -36,6 +37,14 @@ private:
     /// Time and encoder of the message when it has its own, else those of its stamp.
     static void ExtendedStamp(void* msg, uint64* time, int64* encoder);
     size_t EndOfFields() const;
+};
+
+/// The type of blocks with the stamp of a frame: 36 registers of one byte.
+struct ZUCONTROL_API DefaultStampRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultStampRegisterBlockInfo();
+    ~DefaultStampRegisterBlockInfo() override;
 };
 
 } // namespace ZuControl::ControlProtocol

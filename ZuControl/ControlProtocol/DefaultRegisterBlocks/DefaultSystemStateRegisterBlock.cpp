@@ -2,6 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "wApi/wString.h"
 
@@ -75,5 +76,23 @@ void DefaultSystemStateRegisterBlock::SerializeSystemStatsData(uint8* destinatio
         }
     });
 }
+
+DefaultSystemStateRegisterBlockInfo::DefaultSystemStateRegisterBlockInfo()
+    : ProtocolRegisterBlockInfo(
+          {.type = "System",
+           .displayName = "System State",
+           .category = BlockCategorySystem,
+           .deserializedInputSize = 0,
+           .registerCount = 76,
+           .bytesPerRegister = 1,
+           .minInstanceCount = 1,
+           .maxInstanceCount = 1,
+           .hasDataSource = false,
+           .isProtocolBigEndian = true,
+           .factory = std::make_shared<ProtocolRegisterBlockFactory<DefaultSystemStateRegisterBlock>>()})
+{
+}
+
+DefaultSystemStateRegisterBlockInfo::~DefaultSystemStateRegisterBlockInfo() = default;
 
 } // namespace ZuControl::ControlProtocol

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl::ControlProtocol
@@ -46,5 +47,13 @@ private:
 };
 
 static_assert(sizeof(DefaultSystemStateRegisterBlock::DefaultSystemStateData) == 80);
+
+/// The type of the block with the state of the system: one block, 76 registers of one byte.
+struct ZUCONTROL_API DefaultSystemStateRegisterBlockInfo : public ProtocolRegisterBlockInfo
+{
+public:
+    DefaultSystemStateRegisterBlockInfo();
+    ~DefaultSystemStateRegisterBlockInfo() override;
+};
 
 } // namespace ZuControl::ControlProtocol

@@ -1,12 +1,10 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/ControlProtocol/AddBlockParams.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RemoveBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

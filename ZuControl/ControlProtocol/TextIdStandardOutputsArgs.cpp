@@ -1,9 +1,0 @@
-#include "ZuControl/ControlProtocol/TextIdStandardOutputsArgs.h"
-
-namespace ZuControl::ControlProtocol
-{
-
-TextIdStandardOutputsArgs::TextIdStandardOutputsArgs() = default;
-TextIdStandardOutputsArgs::~TextIdStandardOutputsArgs() = default;
-
-} // namespace ZuControl::ControlProtocol
