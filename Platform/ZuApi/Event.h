@@ -23,6 +23,7 @@ template <typename... Args>
 class Event
 {
     struct Slot;
+    class Walk;
 
 public:
     using Handler = std::function<void(Args...)>;
@@ -35,7 +36,17 @@ public:
     };
 
     Event() = default;
-    ~Event() = default;
+
+    /// A handler may destroy the event that calls it; later handlers are not called then. The caller guarantees that no
+    /// other thread fires the event.
+    ~Event()
+    {
+        for (Walk* walk = walks; walk != nullptr; walk = walk->another)
+        {
+            walk->event = nullptr;
+        }
+    }
+
     Event(Event const&) = delete;
     Event& operator=(Event const&) = delete;
 
@@ -67,7 +78,7 @@ public:
         }
         slot->owner = nullptr;
         --count;
-        if (firing == 0)
+        if (walks == nullptr)
         {
             ended.splice(ended.end(), slots, slot->position);
         }
@@ -113,29 +124,31 @@ private:
     class Walk
     {
     public:
-        explicit Walk(Event& firedEvent) : event(firedEvent)
+        explicit Walk(Event& firedEvent) : event(&firedEvent)
         {
-            MutexLock const guard(event.lock);
-            next = event.slots.begin();
-            left = event.slots.size();
-            ++event.firing;
+            MutexLock const guard(event->lock);
+            next = event->slots.begin();
+            left = event->slots.size();
+            another = std::exchange(event->walks, this);
         }
 
         ~Walk()
         {
-            Slots ended; // destroyed after the lock is released, as in `Remove`
-            MutexLock const guard(event.lock);
-            if (--event.firing != 0 || event.count == event.slots.size())
+            if (event == nullptr)
             {
                 return;
             }
-            for (auto slot = event.slots.begin(); slot != event.slots.end();)
+            Slots ended; // destroyed after the lock is released, as in `Remove`
+            MutexLock const guard(event->lock);
+            Walk** link = &event->walks;
+            while (*link != this)
             {
-                auto const present = slot++;
-                if ((*present)->owner == nullptr)
-                {
-                    ended.splice(ended.end(), event.slots, present);
-                }
+                link = &(*link)->another;
+            }
+            *link = another;
+            if (event->walks == nullptr)
+            {
+                event->TakeRemoved(ended);
             }
         }
 
@@ -146,7 +159,11 @@ private:
         /// began.
         std::shared_ptr<Slot> Next()
         {
-            MutexLock const guard(event.lock);
+            if (event == nullptr)
+            {
+                return nullptr;
+            }
+            MutexLock const guard(event->lock);
             for (; left != 0; --left, ++next)
             {
                 if ((*next)->owner != nullptr)
@@ -159,15 +176,34 @@ private:
         }
 
     private:
-        Event& event;
+        friend class Event;
+
+        Event* event;            // null after a handler has destroyed it
+        Walk* another = nullptr; // of the same event; guarded by its lock
         typename Slots::iterator next;
         std::size_t left = 0; // the slots that are not visited yet
     };
 
+    void TakeRemoved(Slots& removed) ZU_REQUIRES(lock)
+    {
+        if (count == slots.size())
+        {
+            return;
+        }
+        for (auto slot = slots.begin(); slot != slots.end();)
+        {
+            auto const present = slot++;
+            if ((*present)->owner == nullptr)
+            {
+                removed.splice(removed.end(), slots, present);
+            }
+        }
+    }
+
     mutable Mutex lock; // a leaf: no other lock is taken under it
     Slots slots ZU_GUARDED_BY(lock);
-    uint64 count ZU_GUARDED_BY(lock) = 0;  // the handlers that are not removed
-    uint32 firing ZU_GUARDED_BY(lock) = 0; // the running walks
+    uint64 count ZU_GUARDED_BY(lock) = 0;      // the handlers that are not removed
+    Walk* walks ZU_GUARDED_BY(lock) = nullptr; // the running ones
 };
 
 } // namespace Zu

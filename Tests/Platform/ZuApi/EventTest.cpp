@@ -150,6 +150,29 @@ TEST_F(EventTest, LetsAnExceptionLeaveAndStaysUsable)
     EXPECT_EQ(calls, (Calls{"b2"}));
 }
 
+TEST_F(EventTest, MayEndWithinACallOfItsHandler)
+{
+    auto ending = std::make_unique<Event<int>>();
+    ending->Add(Noting("a"));
+    ending->Add([&ending](int) { ending.reset(); });
+    ending->Add(Noting("c"));
+
+    ending->Fire(1);
+
+    EXPECT_EQ(calls, (Calls{"a1"}));
+}
+
+TEST_F(EventTest, EndsWithinANestedCallWhileBothCallsKeepTheirPlace)
+{
+    auto ending = std::make_unique<Event<int>>();
+    ending->Add([&ending](int depth) { depth == 0 ? ending->Fire(1) : ending.reset(); });
+    ending->Add(Noting("b"));
+
+    ending->Fire(0);
+
+    EXPECT_TRUE(calls.empty());
+}
+
 TEST_F(EventTest, EndsWhatAHandlerHoldsOutsideItsLock)
 {
     std::shared_ptr<void> held(nullptr, [this](void*) {
