@@ -95,7 +95,8 @@ def fails(operation):
 
 
 NO_METRICS = "Ahead fails over its metrics; they stand still, and so may those of others."
-NO_RESULTS = "Ahead gets no more results, since it failed over one. Disable it and enable it again."
+NO_RESULTS = ("Ahead gets no more results, since it failed over one. Disable it and enable it again; if that does not help, "
+              "restart the host.")
 
 # The operation, what has it called in a host that runs, and what the host says.
 RUNNING = [
@@ -142,9 +143,10 @@ RUNNING = [
 
 # What is called when the host starts, with a job in which Ahead is enabled. The first ones keep the plug-in out.
 AT_START = [(operation, "throwing.so") for operation in
-            ("Make", "Create", "constructor", "AddParamsInternalUpdateEventHandler", "EthernetProtocolId", "Params")]
-AT_START += [(operation, fails(operation)) for operation in ("Start", "RegisterControlScanResultsHandler", "ResetParams",
-                                                             "LoadPersistDomain", "ConfigureDefaultRegisterAssembly")]
+            ("Make", "Create", "constructor", "AddParamsInternalUpdateEventHandler", "Params")]
+AT_START += [(operation, fails(operation)) for operation in
+             ("EthernetProtocolId", "Start", "RegisterControlScanResultsHandler", "ResetParams", "LoadPersistDomain",
+              "ConfigureDefaultRegisterAssembly")]
 AT_START += [("UpdateMetrics", NO_METRICS), ("GetMetrics", fails("GetMetrics"))]
 
 
