@@ -20,7 +20,7 @@
 namespace ZuBench
 {
 
-/// What a configuration has its many entries in.
+/// The kind of output map or the register assembly that holds the entries of a configuration.
 enum class EntryKind
 {
     REGISTER_MAP,
@@ -69,7 +69,7 @@ public:
 
 class ConfiguredProtocol;
 
-/// An instance of a protocol that has what the kind names, and nothing else to configure.
+/// An instance of a protocol with the map or the assembly of one `EntryKind`, and nothing else to configure.
 class ConfiguredInstance final
 {
 public:

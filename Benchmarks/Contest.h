@@ -11,8 +11,8 @@ namespace ZuBench
 
 /// Contenders that do the same work turn by turn: what else the machine does, it does to all of them.
 ///
-/// The median of the turns is printed, a line for each: "figure NAME/CONTENDER VALUE", in nanoseconds unless the contender
-/// gives something else.
+/// The median of the turns is printed, a line for each: "figure NAME/CONTENDER VALUE", in nanoseconds unless the
+/// contender gives something else.
 class Contest final
 {
 public:

@@ -1,4 +1,4 @@
-/// What can be counted and so comes out the same on every machine: allocations, bytes, system calls.
+/// Figures that are counted, not measured: allocations, bytes, system calls. They are the same on every machine.
 ///
 /// usage: Counts
 
@@ -31,7 +31,7 @@ namespace
 using namespace ZuBench;
 using ZuTest::AllocationCounter;
 
-/// Of the publishing thread, in the steady state: the most that any size of set needs.
+/// Allocations of the publishing thread per set and receiver in the steady state: the highest count of all set sizes.
 void CountFanOut()
 {
     constexpr uint64 RECEIVERS = 16;
@@ -47,7 +47,7 @@ void CountFanOut()
             fanOut.Process(frame.Set());
             return static_cast<double>(counter.Count()) / RECEIVERS;
         };
-        perSet(module); // makes the sets that are used again
+        perSet(module); // fills the pool of sets; the next pass reuses them
         frame.WaitUntilReleased(1);
         most = std::max(most, perSet(module));
         mostPlain = std::max(mostPlain, perSet(plain));

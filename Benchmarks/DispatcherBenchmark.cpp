@@ -1,8 +1,9 @@
-/// The hand-over of result sets to a protocol's thread, against a plain double buffer and against a signal for each set.
+/// The hand-over of result sets to a protocol's thread, against a plain double buffer and against a signal for each
+/// set.
 ///
 /// usage: DispatcherBenchmark [ROUNDS]      200 unless told otherwise
-/// "AddInBursts": CPU nanoseconds of the adding thread for one set. "Latency": nanoseconds from a set that is added at a random
-/// moment to its handler. "IdleWakes": how often a dispatcher's thread wakes in a second with nothing to do.
+/// "AddInBursts": CPU nanoseconds of the adding thread for one set. "Latency": nanoseconds from a set that is added at
+/// a random moment to its handler. "IdleWakes": how often a dispatcher's thread wakes in a second with nothing to do.
 
 #include "Contest.h"
 #include "PlainDoubleBuffer.h"

@@ -9,7 +9,8 @@
 namespace ZuBench
 {
 
-/// The least that a server can do: it takes so many bytes for a request, does not look at them, and sends what it was given.
+/// The least that a server can do: it takes so many bytes for a request, does not look at them, and sends what it was
+/// given.
 class EchoServer final
 {
 public:

@@ -1,6 +1,7 @@
 /// A thousand encodings of each kind, each kind in a function of its own, so that callgrind can count its instructions:
 ///   valgrind --tool=callgrind --toggle-collect=MeasuredStampFields EncoderInstructions
-/// "Fields" is what becomes of a record that is at hand, "Block" all from the result to the registers, with every check.
+/// "Fields" is what becomes of a record that is at hand, "Block" all from the result to the registers, with every
+/// check.
 
 #include "StampFrame.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"

@@ -1,9 +1,9 @@
-/// The fan-out of result sets to protocols, against the plain form, against the least that it must do, and against sockets of
-/// ZeroMQ within the process.
+/// The fan-out of result sets to protocols, against the plain form, against the least that it must do, and against
+/// sockets of ZeroMQ within the process.
 ///
 /// usage: FanOutBenchmark [ROUNDS]      200 unless told otherwise
-/// Figures are CPU nanoseconds a published set: of the publishing thread, or of the whole process where sets are released
-/// while others are published.
+/// Figures are CPU nanoseconds a published set: of the publishing thread, or of the whole process where sets are
+/// released while others are published.
 
 #include "Contest.h"
 #include "ModuleFanOut.h"

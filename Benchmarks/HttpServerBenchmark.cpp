@@ -1,9 +1,9 @@
-/// What a request costs the host's HTTP server, from the socket through router and resource and back, against a server of
-/// Boost.Beast: all send the same body, which is a fixed text there and in one of ours, and a document that is made and
-/// written for each request in the other.
+/// Cost of a request to the host's HTTP server, from the socket through router and resource and back, compared with a
+/// server built on Boost.Beast. All servers send the same body. The Beast server and one server of the host send a
+/// fixed text; the other server of the host builds and serializes a document for each request.
 ///
 /// usage: HttpServerBenchmark [ROUNDS]      30 unless told otherwise
-/// Figures are CPU nanoseconds of the server for a request, all its threads together.
+/// Figures are CPU nanoseconds of the server per request, all its threads together.
 
 #include "BeastServer.h"
 #include "ServerContest.h"
@@ -29,7 +29,7 @@ using namespace ZuBench;
 constexpr char const* REQUEST = "GET /thing HTTP/1.1\r\nHost: 127.0.0.1\r\nAccept: application/json\r\n\r\n";
 constexpr char const* ROUTE = "/thing";
 
-/// A document such as that of a protocol.
+/// A document like that of a protocol.
 class Thing final : public ZuRest::DocumentResourceBase
 {
 public:

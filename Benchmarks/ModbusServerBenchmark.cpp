@@ -1,8 +1,8 @@
-/// What a read of 35 registers costs the Modbus server, against the server of libmodbus and against a loop that knows the answer
-/// beforehand.
+/// Cost of a read of 35 registers to the Modbus server, compared with the server of libmodbus and with a loop that
+/// sends a prepared answer.
 ///
 /// usage: ModbusServerBenchmark [ROUNDS]      30 unless told otherwise
-/// Figures are CPU nanoseconds of the server for a request.
+/// Figures are CPU nanoseconds of the server per request.
 
 #include "EchoServer.h"
 #include "ServerContest.h"

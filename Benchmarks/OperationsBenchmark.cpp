@@ -1,5 +1,5 @@
-/// From an operation that is started to the handler that is told of its end, against a bare way over two threads and back, and
-/// against a thread for each operation.
+/// Time from the start of an operation to the call of the handler for its end, compared with two bare thread hops and
+/// with a new thread for each operation.
 ///
 /// usage: OperationsBenchmark [ROUNDS]      2000 unless told otherwise
 /// Figures are nanoseconds.
@@ -24,7 +24,7 @@ using namespace ZuBench;
 
 constexpr auto PROTOCOL = static_cast<ZuControl::ZuEthernetProtocol>(100);
 
-/// A system whose operations are done at once.
+/// A system with operations that end at once.
 class InstantSystem final : public ZuControl::IControlSystemInterface
 {
 public:
@@ -133,11 +133,11 @@ private:
     std::mutex lock; // guards the job
     std::condition_variable changed;
     std::function<void()> job;
-    bool isEnding = false; // the thread's own
+    bool isEnding = false; // used by `thread` only
     std::thread thread;
 };
 
-/// Where the last thread of the way says when it got there.
+/// The moment at which the last thread received the job.
 class Arrival final
 {
 public:

@@ -1,5 +1,5 @@
-/// Filling an output map, whose sources are each there once, against the same records in an array that is walked for every one
-/// that comes in. Ids come in rising, falling and jumping about.
+/// Filling an output map, which holds each source once, compared with an array of the same records that is searched
+/// from the start for every added record. Ids are added in rising, falling and scattered order.
 
 #include "ZuControl/ControlProtocol/StandardOutputs.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
@@ -59,7 +59,7 @@ void AddToMap(benchmark::State& state)
     }
 }
 
-/// The items that are behind a new one move up by their values, as in the map.
+/// The items behind a new item move up by their values, as in the map.
 void AddWithLinearTest(benchmark::State& state)
 {
     int64 const count = state.range(0);

@@ -12,8 +12,8 @@
 namespace ZuBench
 {
 
-/// A self-describing record as one would first write it: every value has its own schema from the start, and every text its
-/// own copy.
+/// A self-describing record as one would first write it: every value has its own schema from the start, and every text
+/// its own copy.
 class PlainRecord final
 {
 public:

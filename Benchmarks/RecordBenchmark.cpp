@@ -1,4 +1,5 @@
-/// A record of parameters against a JSON object with the same members, and against one that describes itself from the start.
+/// A parameter record compared with a JSON object of the same members, and with a record that builds its schema in the
+/// constructor.
 
 #include "RecordBenchmark.h"
 #include "PlainRecord.h"
@@ -16,7 +17,7 @@ using Zu::Properties::JsonSerializer;
 
 void BuildRecord(benchmark::State& state)
 {
-    Record const first; // the texts are kept once for all records
+    Record const first; // all records share one copy of each text
     for (auto _ : state)
     {
         Record record;

@@ -1,4 +1,5 @@
-/// A resource that is read: nodes to the text of a document, against a tree that is made of plain structs and dumped.
+/// Reading a resource: from nodes to the text of a document, compared with a JSON tree built from plain structs and
+/// dumped.
 
 #include "RecordBenchmark.h"
 
@@ -17,7 +18,7 @@ namespace
 using ZuBench::Record;
 using Json = nlohmann::json;
 
-/// What a document of a protocol looks like: a list of records and a few values beside it.
+/// A document like that of a protocol: a list of records and a few values beside it.
 struct Document : Zu::Params::Group
 {
     explicit Document(uint64 records)

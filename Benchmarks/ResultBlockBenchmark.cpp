@@ -1,5 +1,5 @@
-/// From a result to the blocks that follow its data source: the layout of the Modbus plug-in against a tree that is searched by
-/// text, and against a list in the order of the results, where nothing is searched at all.
+/// From a result to the blocks that follow its data source: the layout of the Modbus plug-in against a tree that is
+/// searched by text, and against a list in the order of the results, where nothing is searched at all.
 
 #include "ResultFrame.h"
 

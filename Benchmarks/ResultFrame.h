@@ -33,8 +33,8 @@ public:
     /// The data sources of every `stride`-th item.
     std::vector<std::string> Sources(uint64 stride) const;
 
-    /// Waits until nobody but the set itself has a reference to the last item of every `stride`-th. Sets give their items
-    /// back in order.
+    /// Waits until all reduced sets of every `stride`-th item are released. Polls the last such item: sets release
+    /// their items in order, so only this set still refers to any of them once only this set refers to the last.
     void WaitUntilReleased(uint64 stride) const;
 
 private:

@@ -1,5 +1,5 @@
-/// From a set published to its value readable over Modbus TCP, stage by stage: the real module with the real plug-in, a real
-/// socket, one set at a time.
+/// Latency from the publication of a set until a Modbus TCP client can read its value, stage by stage. Uses the real
+/// module, the real plug-in and a real socket, one set at a time.
 ///
 /// usage: ResultLatency [SETS]      2000 unless told otherwise
 /// Exit status 1 when the 99th percentile of the whole way exceeds the goal.
@@ -56,7 +56,7 @@ uint64 Now()
     return static_cast<uint64>(std::chrono::steady_clock::now().time_since_epoch().count());
 }
 
-/// Where the protocol listens, as its metrics tell. Nobody else is at them here.
+/// The port on which the protocol listens, read from its metrics. No other thread uses the metrics at that time.
 uint16 PortOf(ZuControl::IControlInstance& protocol)
 {
     Zu::Properties::Structure const& metrics = protocol.MetricsKeeper().UpdateMetrics();

@@ -10,8 +10,8 @@
 namespace ZuBench
 {
 
-/// Servers that answer the same request, each in a process of its own. The figure is the CPU nanoseconds of a server for one
-/// request, its threads together.
+/// Servers that answer the same request, each in a process of its own. The figure is the CPU nanoseconds of a server
+/// for one request, its threads together.
 class ServerContest final
 {
 public:

@@ -14,7 +14,8 @@ namespace ZuBench
 class ServerProcess final
 {
 public:
-    /// Starts the server on a free port of the loopback address, which it tells; the server ends with what it gives back.
+    /// Starts the server on a free port of the loopback address, which it tells; the server ends with what it gives
+    /// back.
     using Starter = std::function<std::shared_ptr<void>(uint16& port)>;
 
     explicit ServerProcess(Starter const& start);

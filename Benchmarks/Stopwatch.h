@@ -7,8 +7,8 @@
 namespace ZuBench
 {
 
-/// Time that has passed since it was made, by one of the system's clocks. A CPU clock does not run while others have the
-/// processor, so that it is the one to take on a machine that is not idle.
+/// Time that has passed since it was made, by one of the system's clocks. A CPU clock does not run while others have
+/// the processor, so that it is the one to take on a machine that is not idle.
 class Stopwatch final
 {
 public:

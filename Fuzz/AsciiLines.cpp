@@ -1,5 +1,7 @@
-// What a client of the line protocol may send, in whatever pieces it arrives: the same answers come, one line for each of its
-// lines, without a byte that would break the line, in buffers that do not grow; and a name reads back as it was written.
+// Input: the bytes that a client of the line protocol sends.
+//
+// Checks: the answers do not depend on the pieces in which the bytes arrive. Each line of the client gets one line as
+// its answer, without a byte that would break the line. The buffers do not grow. A written name reads back unchanged.
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
@@ -21,7 +23,7 @@ using namespace AsciiTcp;
 
 constexpr std::size_t LONGEST_ANSWER = 8192;
 
-/// Has the output "zMax"; refuses a job whose name begins with an x, in its own words.
+/// Has the output "zMax". Refuses a job with a name that begins with "x"; the text of the refusal has line breaks.
 class Service final : public IAsciiService
 {
 public:
@@ -67,7 +69,8 @@ private:
 class Talk final
 {
 public:
-    /// In pieces of `pieceBytes`; the answers are left lying until there is no more room for what is sent.
+    /// Sends `bytes` in pieces of `pieceBytes`. Takes the answers only when the conversation has no more room for
+    /// input.
     void Say(std::string_view bytes, std::size_t pieceBytes)
     {
         while (!bytes.empty())

@@ -1,5 +1,7 @@
-// What may stand in a job as the configuration of a protocol: it is loaded as far as it can be, what is saved then is whole,
-// and saving what was loaded from a saved document gives that document again.
+// Input: the configuration document of a protocol in a job.
+//
+// Checks: the load applies as much of the document as it can. The document saved after it is complete. Loading that
+// document and saving again gives the same document.
 //
 // The first byte of an input names the protocol, the rest is the document.
 
@@ -24,7 +26,7 @@ std::string PathOf(char const* protocol)
     return std::string("/controls/") + protocol + "/config.json";
 }
 
-/// What is saved of the state that `document` leads to.
+/// Loads `document` into a new job and returns the document that a save then writes.
 std::string Reloaded(ZuFuzz::ModuleUnderFuzz& module, char const* protocol, std::string const& document)
 {
     ZuTest::FakePersistStore store;
@@ -50,7 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
     ZU_FUZZ_CHECK(document.at("version") == "1" && document.at("zu:control").is_object());
 
     std::string const second = Reloaded(module, protocol, first);
-    // A register map may have taken items in that it does not take one by one: see how it judges what meets.
+    // A register map may hold items that it would refuse one by one, because of its rules for overlapping items. So the
+    // second load may drop some of them.
     ZU_FUZZ_CHECK(second == first || protocol == std::string_view("Registers"));
     return 0;
 }

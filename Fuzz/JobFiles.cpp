@@ -1,5 +1,7 @@
-// What may be sent as the file of a job: it is refused with a reason, or holds documents that can be read, within the bounds
-// of a job; and what is taken for a document, or for deflated bytes, is one.
+// Input: a job file that a client uploads.
+//
+// Checks: the file is refused with a reason, or it holds readable documents within the limits of a job. A document that
+// `DocumentCheck` accepts is JSON. Bytes that `Deflate` accepts inflate to the stated size.
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"

@@ -1,5 +1,7 @@
-// What a Modbus client may send, in whatever pieces it arrives: the same answers come, each of them a frame that answers a
-// request, in buffers that do not grow; and a request that is refused changes no register.
+// Input: the bytes that a Modbus client sends.
+//
+// Checks: the answers do not depend on the pieces in which the bytes arrive. Each answer is a frame that belongs to a
+// request. The buffers do not grow. A refused request changes no register.
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
@@ -18,7 +20,7 @@ namespace
 using namespace ModbusTcp;
 using Bytes = std::vector<uint8>;
 
-/// Registers of which the first 66 can be written. It takes nothing that lies outside of what it says it has.
+/// Registers, of which the first 66 are writable. Checks that reads stay within the register count that it reports.
 class Registers final : public IRegisterModel
 {
 public:
@@ -49,11 +51,11 @@ public:
     std::array<uint16, 1000> values{};
 };
 
-/// A client, a server and what has gone over the wire between them.
+/// A client, a server and the bytes that passed between them.
 class Talk final
 {
 public:
-    /// Sends as much as there is room for, and takes all answers when there is none; gives how much went.
+    /// Sends as many bytes as there is room for; without room it takes all answers. Returns the number of bytes sent.
     std::size_t Send(std::span<uint8 const> bytes)
     {
         std::span<uint8> const room = conversation.Room();
@@ -90,7 +92,7 @@ void SayWhole(Talk& talk, std::span<uint8 const> bytes)
     }
 }
 
-/// In pieces of `pieceBytes`; the answers are left lying until there is no more room for what is sent.
+/// Sends `bytes` in pieces of `pieceBytes`. Takes the answers only when the conversation has no more room for input.
 void SayInPieces(Talk& talk, std::span<uint8 const> bytes, std::size_t pieceBytes)
 {
     while (!bytes.empty() && !talk.conversation.IsMalformed())

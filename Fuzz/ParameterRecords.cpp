@@ -1,5 +1,7 @@
-// What a client may send as a parameter record: a document that is refused changes nothing, what passes the test can be read,
-// and what is read is written so that it reads the same again.
+// Input: a document that a client sends for a parameter record.
+//
+// Checks: a refused document changes nothing. A document that passes the validation can be read. Writing and reading
+// the record again gives the same record.
 //
 // The first byte of an input names the record, 'A' for the first of the list; the rest is the document.
 
@@ -61,7 +63,7 @@ constexpr std::array RECORDS{
     &Make<ZuControl::Protocol::MarletOutputProperties>,
 };
 
-/// Whether `step` went through; it may throw what a client is answered with, and nothing else.
+/// Whether `step` succeeded. It may throw only exceptions that become an answer to the client.
 template <typename Step>
 bool Passes(Step&& step)
 {
@@ -92,7 +94,7 @@ void FillTested(Zu::Params::Group& record, Json const& document)
     ZU_FUZZ_CHECK(Passes([&] { Serializer::Deserialize(record, document); }));
 }
 
-/// The record, in whatever state it is, survives on paper.
+/// Checks that the record survives being written and read, in every state.
 void CheckRoundTrip(Zu::Params::Group const& record, Record copy)
 {
     Json const document = Serializer::Serialize(record);

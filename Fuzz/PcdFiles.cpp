@@ -1,5 +1,7 @@
-// What may be in a file that is replayed: it is refused with a reason, or gives an image that the bytes can hold and that
-// reads the same when it is written again.
+// Input: a point cloud file for replay.
+//
+// Checks: the file is refused with a reason, or it gives an image that is no larger than its bytes allow and that reads
+// back equal after it was written.
 
 #include "Fuzz/Support/Check.h"
 #include "Host/Pcd/PcdReader.h"

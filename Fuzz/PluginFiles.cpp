@@ -1,5 +1,6 @@
-// What may lie in a folder of plug-ins: the file is refused with a reason, or its symbols and texts are read, and nothing
-// outside of it is touched.
+// Input: a file in a folder of plug-ins.
+//
+// Checks: the file is refused with a reason, or its symbols and texts are read. No byte outside of the file is read.
 
 #include "Fuzz/Support/Check.h"
 #include "ZuApi/Exception.h"
@@ -13,7 +14,7 @@
 namespace
 {
 
-/// A file without a place on a disk.
+/// A file in memory.
 class MemoryFile final
 {
 public:

@@ -1,5 +1,7 @@
-// What a client may write into the registers of commands, in any order and at any moment: a command that is taken has a text
-// that ends, its request id is the one that is answered, and a write that is refused changes nothing.
+// Input: writes of a client into the command registers, in any order and at any moment.
+//
+// Checks: an accepted command has a terminated text, the answer carries its request id, and a refused write changes
+// nothing.
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/FormattedLog.h"
@@ -21,7 +23,7 @@ namespace
 using namespace ModbusTcp;
 using namespace ZuControl::ControlProtocol;
 
-/// Carries out nothing; is busy and refuses as it is told.
+/// Executes no command; is busy and refuses as set by the fuzzer.
 class Runner final : public ICommandRunner
 {
 public:

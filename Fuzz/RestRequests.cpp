@@ -1,5 +1,7 @@
-// What an HTTP client may ask of the resources: every request has a whole answer that says what was wrong, a change that is
-// refused changes nothing, and a reset leads back to the new job from wherever the requests led.
+// Input: requests of an HTTP client to the resources.
+//
+// Checks: every request gets a complete answer, and a refusal names its reason. A refused change changes nothing. A
+// reset restores the new job from every state that the requests lead to.
 //
 // An input is a list of requests of two lines each: method, target and a header If-Match, then the body.
 
@@ -67,7 +69,7 @@ bool IsChange(Request const& request)
     return request.method == "PUT" || request.method == "PATCH" || request.method == "POST";
 }
 
-/// A new id is given by taking the item out and adding it again: one that cannot be added is gone.
+/// "updateId" removes the item and adds it with the new id. If the map refuses to add it, the item is lost.
 bool MayLoseAnItem(Request const& request)
 {
     return request.path.ends_with("/updateId");
@@ -84,7 +86,8 @@ void CheckAnswer(Answer const& answer)
         bool const isProblem = answer.contentType == "application/problem+json";
         ZU_FUZZ_CHECK(isProblem == (answer.status >= ZuRest::HttpStatus::BAD_REQUEST));
         ZU_FUZZ_CHECK(!isProblem || (document.at("status") == answer.status && document.at("detail") != ""));
-        // An assembly that takes none of several blocks has no number for it; nothing else may be the server's fault.
+        // An assembly that refuses all of several blocks throws status 0, which becomes this answer. No other refusal
+        // may.
         ZU_FUZZ_CHECK(answer.status != ZuRest::HttpStatus::INTERNAL_ERROR || document.at("code") == 0);
     }
     auto const isAllow = [](auto const& header) { return header.first == "Allow"; };

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// What must hold for every input. The fuzzer keeps the input that breaks it.
+/// Aborts unless `condition` holds. The fuzzer keeps the input that led to the abort.
 #define ZU_FUZZ_CHECK(condition)                                                                                       \
     do                                                                                                                 \
     {                                                                                                                  \

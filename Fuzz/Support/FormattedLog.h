@@ -9,8 +9,7 @@
 namespace ZuFuzz
 {
 
-/// Has every line of the log formatted for as long as it lives, since what a client sends stands in many of them. It keeps
-/// none.
+/// Formats every line of the log while it exists, because many lines contain text from a client. It keeps none.
 class FormattedLog final
 {
 public:
@@ -43,7 +42,7 @@ private:
         }
 
     private:
-        static constexpr std::size_t LONGEST_LINE = 4U << 20; // a client's whole body may stand in a line, no more
+        static constexpr std::size_t LONGEST_LINE = 4U << 20; // at most the whole body of a request in one line
     };
 
     std::shared_ptr<Sink> const sink;

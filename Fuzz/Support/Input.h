@@ -10,8 +10,8 @@
 namespace ZuFuzz
 {
 
-/// The bytes of one run, taken from the front, so that a corpus file reads in the order in which it acts. Behind the end
-/// everything is 0.
+/// The bytes of one run, taken from the front, so that a corpus file reads in the order of its effects. Reads behind
+/// the end return 0.
 class Input final
 {
 public:
@@ -44,7 +44,7 @@ public:
         return taken;
     }
 
-    /// The text up to the next line feed, which goes with it, or to the end.
+    /// Takes the text up to the next line feed or to the end. The line feed is taken too, but not returned.
     std::string_view TakeLine()
     {
         auto const end = std::find(bytes.begin(), bytes.end(), uint8{'\n'});

@@ -40,8 +40,8 @@ struct MapParams final : public Zu::Params::Group
     Zu::Params::Value<std::string> fixed;
 };
 
-/// A protocol that serves nobody and can be configured: parameters, an output map of class `Map`, made with
-/// these arguments, and a register assembly.
+/// A protocol without clients, for tests of its configuration: parameters, an output map of class `Map`, constructed
+/// with `MAP_ARGUMENTS`, and a register assembly.
 template <typename Map, uint16... MAP_ARGUMENTS>
 class MapProtocol final : public ZuControl::ControlProtocol::ProtocolBase
 {

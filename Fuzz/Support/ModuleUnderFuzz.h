@@ -22,8 +22,8 @@
 namespace ZuFuzz
 {
 
-/// The module as a host builds it, with one protocol for each kind of output map: "Numbers", "Registers", "Texts". It takes
-/// long to build and to end, so that one serves all runs of a process and is reset between them.
+/// The module as a host builds it, with one protocol for each kind of output map: "Numbers", "Registers", "Texts".
+/// Construction and destruction are slow: all runs of a process share one module, which is reset between them.
 class ModuleUnderFuzz final : private ZuControl::IPersistRegistry
 {
 public:
@@ -49,7 +49,7 @@ public:
     ModuleUnderFuzz(ModuleUnderFuzz const&) = delete;
     ModuleUnderFuzz& operator=(ModuleUnderFuzz const&) = delete;
 
-    /// As after the construction, with a new job.
+    /// Restores the state after construction, with a new job.
     void Reset()
     {
         for (char const* const protocol : PROTOCOLS)

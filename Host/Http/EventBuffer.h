@@ -13,16 +13,16 @@ namespace ZuHost
 
 /// Holds the reports of one stream, in the form of server-sent events, until the connection sends them.
 ///
-/// The buffer is bounded. Where each report stands for all before it, a slow client gets the newest report only. Elsewhere a
-/// report that already waits is not kept twice, and beyond the bound the oldest report is dropped. The ids count every
-/// report, so that a gap tells a client that it missed some. All operations are thread-safe.
+/// The buffer is bounded. Where each report stands for all before it, a slow client gets the newest report only.
+/// Elsewhere a report that already waits is not kept twice, and beyond the bound the oldest report is dropped. The ids
+/// count every report, so that a gap tells a client that it missed some. All operations are thread-safe.
 class EventBuffer final : public ZuRest::IStreamReceiver
 {
 public:
     static constexpr std::size_t MAX_EVENTS = 256;
 
-    /// `newWake` is called when there is something to take, and not again before `Take`. It is called on the thread of the
-    /// report and must not block.
+    /// `newWake` is called when there is something to take, and not again before `Take`. It is called on the thread of
+    /// the report and must not block.
     EventBuffer(bool newIsState, std::function<void()> newWake);
     ~EventBuffer() override;
 

@@ -61,7 +61,7 @@ HttpConnection::~HttpConnection()
     service.Forget(*this);
 }
 
-/// The outermost frame of each handler: a connection whose handler fails is closed.
+/// Runs `step`, the body of a handler. Closes the connection if the step throws.
 template <typename Step>
 void HttpConnection::Guarded(Step&& step) noexcept
 {
@@ -116,8 +116,8 @@ void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
     }
 }
 
-/// The timer is set for the earliest deadline so far and looks at the present one when it fires. Most phases end long before
-/// their deadlines and so cost no timer.
+/// The timer is set for the earliest deadline so far and looks at the present one when it fires. Most phases end long
+/// before their deadlines and so cost no timer.
 void HttpConnection::SetTimer()
 {
     timerDue = due;
@@ -365,8 +365,9 @@ void HttpConnection::GoOn()
     }
 }
 
-/// Reads what follows the last request. A socket that is closed with unread bytes takes back what was written: those behind
-/// the last answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of the stream.
+/// Reads what follows the last request. A socket that is closed with unread bytes takes back what was written: those
+/// behind the last answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of
+/// the stream.
 void HttpConnection::ReadPast(error_code const& error, std::size_t count)
 {
     discardedBytes += count;

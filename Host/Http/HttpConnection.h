@@ -43,7 +43,8 @@ public:
     /// Whether only clients of this machine reach the server.
     virtual bool IsLocal() const = 0;
 
-    /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this call.
+    /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this
+    /// call.
     virtual void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) = 0;
 
     /// Runs `step`, which may block, among the requests.
@@ -55,8 +56,8 @@ public:
 
 /// One client, from the accept to the close: the phases of its connection with their deadlines, and what it is sent.
 ///
-/// The class knows no socket. `HttpSession` has the stream and derives from this class: it carries out the reads and writes
-/// that are started here and reports how they ended.
+/// The class knows no socket. `HttpSession` has the stream and derives from this class: it carries out the reads and
+/// writes that are started here and reports how they ended.
 /// Ownership: the pending operations of the connection share it, and so does a request that is being carried out.
 /// Threads: all data belongs to the strand. The public operations are thread-safe and go on there.
 class HttpConnection : public std::enable_shared_from_this<HttpConnection>
@@ -73,8 +74,8 @@ public:
     /// Waits for the first request; with a refusal sends that and closes.
     void Start(std::optional<ZuRest::Answer> refusal);
 
-    /// Makes the receiver of the stream that the present request is about to begin. Called by the thread that carries out
-    /// the request; the receiver outlives the stream.
+    /// Makes the receiver of the stream that the present request is about to begin. Called by the thread that carries
+    /// out the request; the receiver outlives the stream.
     ZuRest::IStreamReceiver& MakeReceiver(bool isState);
 
     /// Sends what has come of the present request.
@@ -119,7 +120,7 @@ private:
         CLOSED
     };
 
-    /// What follows a write.
+    /// The step that follows a write.
     enum class Next
     {
         BODY,

@@ -15,10 +15,10 @@ namespace ZuHost
 
 /// The HTTP server of the host: gives the requests of clients to the resources and their answers to the clients.
 ///
-/// It is asynchronous: a few threads run one I/O context, and each connection has a strand. The same threads carry out the
-/// requests, all but one thread at a time, so that resources that block never hold up the I/O (RequestQueue). Everything
-/// that a client can occupy is bounded: connections, headers, bodies, reports that wait for a slow reader, and the time of
-/// each phase.
+/// It is asynchronous: a few threads run one I/O context, and each connection has a strand. The same threads carry out
+/// the requests, all but one thread at a time, so that resources that block never hold up the I/O (RequestQueue).
+/// Everything that a client can occupy is bounded: connections, headers, bodies, reports that wait for a slow reader,
+/// and the time of each phase.
 /// Ownership: the processor and the resources behind it outlive the server.
 /// Threads: "Http.Worker0" and so on, from `Start` to `Stop`. One thread at a time calls the operations.
 class HttpServer final
@@ -49,21 +49,22 @@ public:
     HttpServer(HttpServer const&) = delete;
     HttpServer& operator=(HttpServer const&) = delete;
 
-    /// Throws `Zu::Status::BAD_ARGUMENT`, with a sentence that says what to do, for a text that is no address and for an
-    /// address that may not be used without a token.
+    /// Throws `Zu::Status::BAD_ARGUMENT`, with a sentence that says what to do, for a text that is no address and for
+    /// an address that may not be used without a token.
     static void Check(Settings const& settings);
 
-    /// Takes the address. Clients that connect are answered once `Start` has been called. Throws, each with a sentence and
-    /// without having taken anything: as `Check` does; `BAD_ARGUMENT` for an address of another machine, `BUSY` for a port
-    /// that is taken, `FAILURE` for another failure of the system. Throws `WRONG_STATE` while it listens.
+    /// Takes the address. Clients that connect are answered once `Start` has been called. Throws, each with a sentence
+    /// and without having taken anything: as `Check` does; `BAD_ARGUMENT` for an address of another machine, `BUSY` for
+    /// a port that is taken, `FAILURE` for another failure of the system. Throws `WRONG_STATE` while it listens.
     void Listen(Settings const& settings);
 
-    /// Answers clients from now on. Throws `Zu::Status::WRONG_STATE` unless it listens and has not been started; throws when
-    /// the system has no thread left, and then still listens.
+    /// Answers clients from now on. Throws `Zu::Status::WRONG_STATE` unless it listens and has not been started; throws
+    /// when the system has no thread left, and then still listens.
     void Start();
 
-    /// Takes no more requests, lets those under way end, ends the streams and closes every connection. Waits for resources
-    /// that are running, also beyond the patience. Does nothing when it does not listen. No resource may call it.
+    /// Takes no more requests, lets those under way end, ends the streams and closes every connection. Waits for
+    /// resources that are running, also beyond the patience. Does nothing when it does not listen. No resource may call
+    /// it.
     void Stop() noexcept;
 
     /// Where it listens, with the true port: "127.0.0.1:8080", "[::1]:8080". Empty while it does not listen.

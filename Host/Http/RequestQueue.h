@@ -13,7 +13,8 @@
 namespace ZuHost
 {
 
-/// Runs requests on the threads of an I/O context, a limited number at a time, so that the other threads stay free for I/O.
+/// Runs requests on the threads of an I/O context, a limited number at a time, so that the other threads stay free for
+/// I/O.
 ///
 /// Work beyond the limit waits in the order of arrival and holds no thread. All operations are thread-safe.
 /// Ownership: the context outlives the queue, and the work in the queue has run before the queue goes.

@@ -17,11 +17,11 @@
 namespace ZuHost
 {
 
-/// Parses the requests of one connection and refuses those that the service does not take: malformed or too long ones,
-/// requests from foreign pages, requests without the token.
+/// Parses the requests of one connection. Refuses malformed and too long requests, requests from foreign pages and
+/// requests without the token.
 ///
-/// It has no socket and no clock. The caller receives bytes into `Room`, hands them over with `Commit` and calls `Parse`.
-/// Bytes that follow a request stay in the buffer for the next one. One thread at a time.
+/// It has no socket and no clock. The caller receives bytes into `Room`, hands them over with `Commit` and calls
+/// `Parse`. Bytes that follow a request stay in the buffer for the next one. One thread at a time.
 class RequestReader final
 {
 public:
@@ -36,8 +36,8 @@ public:
         REFUSAL         ///< `TakeRefusal` returns the answer; the connection closes behind it
     };
 
-    /// `newToken` is asked for unless it is empty, and outlives the reader. `newIsLocal`: the service is for clients of this
-    /// machine only.
+    /// `newToken` is asked for unless it is empty, and outlives the reader. `newIsLocal`: the service is for clients of
+    /// this machine only.
     RequestReader(std::string const& newToken, bool newIsLocal);
     ~RequestReader();
 

@@ -25,7 +25,7 @@ constexpr char const* ASSEMBLY_COMMANDS = "/controls/ModbusTcp/registerAssemblie
 constexpr char const* OUTPUT_COMMANDS = "/controls/AsciiTcp/outputs/commands/";
 constexpr unsigned ROUNDS = 25;
 
-/// The whole host with its protocols, and clients that all talk to it at once. Sanitizers look on.
+/// The whole host with its protocols and many concurrent clients. Meant for a run under sanitizers.
 class RestConcurrencyTest : public testing::Test
 {
 protected:
@@ -78,13 +78,13 @@ protected:
         }
     }
 
-    /// Sends one; whatever the others have done meanwhile, it is carried out or refused in words.
+    /// Sends a change. Expects that the host executes it or refuses it with a reason, regardless of the other clients.
     static void Send(TestConnection& client, std::string const& method, std::string const& path,
                      std::string const& body)
     {
         auto const answer = client.Send(method, path, body);
         ASSERT_TRUE(answer.has_value()) << path;
-        bool const isRefused = answer->status == 404 || answer->status == 409; // somebody else was there before
+        bool const isRefused = answer->status == 404 || answer->status == 409; // another client changed it first
         EXPECT_TRUE(answer->status / 100 == 2 || isRefused) << method << ' ' << path << ": " << answer->body;
     }
 

@@ -5,7 +5,8 @@
 namespace ZuTest
 {
 
-/// Counts what the thread that made it allocates from then on. A program that uses it has its own operator new.
+/// Counts the allocations of the thread that constructed it, from construction on. Replaces operator new in the program
+/// that uses it.
 class AllocationCounter
 {
 public:
@@ -13,7 +14,7 @@ public:
 
     uint64 Count() const;
 
-    /// What was asked for, whether it was given back or not.
+    /// The number of allocated bytes, freed or not.
     uint64 Bytes() const;
 
 private:

@@ -5,8 +5,8 @@
 namespace ZuTest
 {
 
-/// While it lives, one allocation of the thread that made it fails: the one of this number, counted from 1. A program that
-/// uses it has its own operator new.
+/// Makes one allocation of the constructing thread fail: allocation `number` since construction, counted from 1.
+/// Replaces operator new in the program that uses it.
 class AllocationFailure
 {
 public:
@@ -16,7 +16,7 @@ public:
     AllocationFailure(AllocationFailure const&) = delete;
     AllocationFailure& operator=(AllocationFailure const&) = delete;
 
-    /// Whether there were as many allocations.
+    /// Whether the allocation was reached and has failed.
     bool HasHappened() const;
 };
 

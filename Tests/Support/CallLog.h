@@ -11,13 +11,13 @@
 namespace ZuTest
 {
 
-/// What was called, in order, from all threads. Several fakes may share one, so that a test sees their common order.
+/// The calls of all threads, in order. Several fakes may share one log, so that a test sees their common order.
 class CallLog
 {
 public:
     using Calls = std::vector<std::string>;
 
-    /// Far beyond what any wait of a test takes, sanitizers included.
+    /// Much longer than any wait of a test, sanitizers included.
     static constexpr std::chrono::seconds BOUND{30};
 
     void Add(std::string call)

@@ -11,8 +11,8 @@ namespace ZuTest
 {
 
 /// Makes the change once for each of its allocations, which fails, and at last without a failure. Before each `prepare`
-/// makes things as they were, behind each `check` is told whether the change was refused. Gives how many allocations there
-/// were: 0 means that the change takes no memory.
+/// makes things as they were, behind each `check` is told whether the change was refused. Gives how many allocations
+/// there were: 0 means that the change takes no memory.
 template <typename Prepare, typename Change, typename Check>
 uint64 FailAtEachAllocation(Prepare&& prepare, Change&& change, Check&& check)
 {

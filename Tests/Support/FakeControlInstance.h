@@ -19,8 +19,8 @@
 namespace ZuTest
 {
 
-/// An instance that is what a test makes of its members. It notes each change that is asked of it, then runs `on[call]` when
-/// that is set, so that a test can let it throw.
+/// An instance that is what a test makes of its members. It notes each change that is asked of it, then runs `on[call]`
+/// when that is set, so that a test can let it throw.
 class FakeControlInstance final : public ZuControl::IControlInstance
 {
 public:

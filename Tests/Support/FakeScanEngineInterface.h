@@ -11,8 +11,8 @@
 namespace ZuTest
 {
 
-/// One scanner, whatever id it is asked by. Notes its calls; a call "X" then runs `on["X"]` when it is set, which a test does
-/// before a thread can call.
+/// One scanner, whatever id it is asked by. Notes its calls; a call "X" then runs `on["X"]` when it is set, which a
+/// test does before a thread can call.
 class FakeScanEngineInterface final : public ZuControl::IControlScanEngineInterface
 {
 public:

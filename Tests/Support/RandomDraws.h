@@ -10,8 +10,8 @@
 namespace ZuTest
 {
 
-/// What a random test draws. One seed gives the same draws on every machine; a failure says which it was, and
-/// `--gtest_random_seed=N` has the test begin with another or with that one again.
+/// The random numbers of a test. A seed gives the same numbers on every machine. A failing test prints its seed;
+/// `--gtest_random_seed=N` selects a seed.
 class RandomDraws final
 {
 public:
@@ -55,8 +55,8 @@ private:
     std::mt19937 generator;
 };
 
-/// How many operations a random test tries that is to try `released`: as many where they are fast, enough to meet every
-/// case where they are not.
+/// The number of operations of a random test: `released` in a release build, fewer in a slow build, where they still
+/// reach every case.
 constexpr int OperationsOf(int released)
 {
 #ifdef NDEBUG

@@ -33,12 +33,13 @@ LogLine UserInfo(std::string text);
 LogLine UserWarning(std::string text);
 LogLine UserError(std::string text);
 
-/// What a caught exception writes of itself as `LinesWithShortTraces` gives it: its log entry, and its back trace in one line.
+/// The lines that a caught exception logs, as `LinesWithShortTraces` returns them: its log entry, and its back trace in
+/// one line. `CaughtForeign` is for an exception that is no `Zu::Exception`.
 LogLine CaughtEntry(int32 status, std::string const& text);
 LogLine CaughtForeign(std::string const& text);
 LogLine BackTrace();
 
-/// Keeps every line that is written while it lives, in order, from all threads.
+/// Keeps all lines that any thread writes while the recorder exists, in order.
 class LogRecorder
 {
 public:
@@ -50,10 +51,10 @@ public:
 
     std::vector<LogLine> Lines() const;
 
-    /// The lines but for those that an exception writes of itself: its log entry and its back trace.
+    /// The lines without the log entries and back traces of exceptions.
     std::vector<LogLine> LinesWithoutTraces() const;
 
-    /// All lines, but that a log entry stands without its label, the function that threw, and a back trace as one line.
+    /// All lines. A log entry of an exception lacks its label (the throwing function); a back trace is one line.
     std::vector<LogLine> LinesWithShortTraces() const;
 
     /// How many lines have exactly this text.

@@ -9,7 +9,7 @@
 namespace ZuTest
 {
 
-/// What a refused call says.
+/// The status and the text of a refused call.
 struct Refusal
 {
     int32 status;
@@ -23,7 +23,7 @@ inline std::ostream& operator<<(std::ostream& stream, Refusal const& refusal)
     return stream << refusal.status << " \"" << refusal.text << '"';
 }
 
-/// Runs `action`, which is expected to throw a Zu::Exception, and gives what that says; status 1 when it threw nothing.
+/// Runs `action` and returns the status and text of the Zu::Exception that it throws; status 1 if it throws nothing.
 template <typename Action>
 Refusal RefusalOf(Action&& action)
 {

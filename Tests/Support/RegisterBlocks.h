@@ -18,7 +18,7 @@ namespace ZuTest
 
 using Bytes = std::vector<uint8>;
 
-/// The record of a block type of `registers` registers whose blocks are of class `Block`.
+/// The record of a block type: `registers` registers, blocks of class `Block`.
 template <typename Block = ZuControl::ControlProtocol::ProtocolRegisterBlock>
 ZuControl::ControlProtocol::RegisterBlockInfoParams TypeParams(std::string type, uint16 registers)
 {
@@ -43,8 +43,8 @@ MakeType(uint16 registers, uint8 bytesPerRegister, bool isBigEndian, bool hasDat
     return std::make_unique<ZuControl::ControlProtocol::ProtocolRegisterBlockInfo>(params);
 }
 
-/// What a block writes into registers that were full of `fill`, so that a byte left out shows. It leaves the bytes behind
-/// them alone.
+/// The registers after the block has written into them. They hold `fill` before, so that a byte left out shows. Expects
+/// that the block leaves the bytes behind them unchanged.
 inline Bytes Written(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, size_t size, void const* source,
                      size_t sourceSize, uint8 fill = 0xAA)
 {

@@ -87,7 +87,7 @@ private:
     std::vector<std::string> const ids;
 };
 
-/// What a test of a resource needs: protocols, requests, what is said beside the document, what is notified, the log.
+/// For tests of resources: protocols, requests, a response, the notifications and the log.
 class ResourceFixture : public testing::Test
 {
 protected:
@@ -114,7 +114,7 @@ protected:
         return references;
     }
 
-    /// Notes what `resource` tells, as "notify 2 /path".
+    /// Records the notifications of `resource` as "notify 2 /path".
     void Listen(ZuRest::IResource& resource)
     {
         resource.NotificationEvent().Add(
@@ -124,7 +124,8 @@ protected:
         });
     }
 
-    /// The refusals from the outside in; one that is no Zu::Exception has the status 0 here too.
+    /// The nested exceptions from the outermost to the innermost. An exception that is no Zu::Exception has the status
+    /// 0.
     template <typename Action>
     static std::vector<Refusal> CausesOf(Action&& action)
     {

@@ -36,7 +36,7 @@ inline OwnedSet MakeSet(std::vector<std::string> const& dataSources, bool fromLi
 using Item = std::pair<std::string, uint64>; // data source, index in the set that was published
 using Items = std::vector<Item>;
 
-/// What a set holds, in order.
+/// The items of a set, in order.
 inline Items ItemsOf(void const* set)
 {
     auto const* const results = static_cast<ZuCore::ResultSetObject const*>(set);
@@ -50,7 +50,7 @@ inline Items ItemsOf(void const* set)
     return items;
 }
 
-/// What a handler was given in one call: a set after the other.
+/// The sets that a handler received in one call, in order.
 inline std::vector<Items> BatchOf(void const* list)
 {
     auto const& sets = *static_cast<wArrayList const*>(list);

@@ -9,8 +9,8 @@
 namespace ZuTest
 {
 
-/// A record in pages of its own, which a test makes read-only: while they are, a store into the record ends the process with
-/// a segmentation fault. What the record has allocated elsewhere is not protected.
+/// A record in memory pages of its own, which a test can make read-only. A write to a read-only record ends the process
+/// with a segmentation fault. Memory that the record allocates elsewhere is not protected.
 template <typename Record>
 class SealedRecord
 {
@@ -35,7 +35,7 @@ public:
         return *record;
     }
 
-    /// From now on the record can be read alone.
+    /// Makes the record read-only from now on.
     bool Seal()
     {
         return Protect(PROT_READ);

@@ -11,7 +11,7 @@ SignalCounter::~SignalCounter() = default;
 
 void SignalCounter::Signal()
 {
-    Zu::MutexLock const guard(lock); // also over the call below: whoever waits may end the latch at once
+    Zu::MutexLock const guard(lock); // held during NotifyAll: a woken thread may destroy the counter at once
     ++count;
     changed.NotifyAll();
 }

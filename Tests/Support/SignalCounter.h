@@ -5,7 +5,7 @@
 namespace ZuTest
 {
 
-/// Where threads of a test meet: counts what has happened, and waits for it with a bound.
+/// Counts signals and waits for them with a bound, so that the threads of a test can meet.
 class SignalCounter
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     void Signal();
 
-    /// Waits until it was signalled `times` times in all; false when that has not come within half a minute.
+    /// Waits until `times` signals were given in all. Returns false after half a minute without them.
     [[nodiscard]] bool Wait(uint64 times = 1);
 
     uint64 Count() const;

@@ -16,14 +16,15 @@ inline std::size_t CountOfThreads(std::string const& name)
     std::size_t count = 0;
     for (auto const& task : std::filesystem::directory_iterator("/proc/self/task"))
     {
-        std::ifstream file(task.path() / "comm"); // one that has just ended has none
+        std::ifstream file(task.path() / "comm"); // fails to open if the thread has just ended
         std::string found;
         count += std::getline(file, found) && found == name ? 1u : 0u;
     }
     return count;
 }
 
-/// Waits until there are so many; a thread takes its name a moment after it was started. False when that takes too long.
+/// Waits until `count` threads have this name: a thread takes its name a moment after its start. Returns false after a
+/// timeout.
 inline bool WaitForThreads(std::string const& name, std::size_t count)
 {
     auto const bound = std::chrono::steady_clock::now() + std::chrono::seconds(30);

@@ -12,14 +12,14 @@
 namespace ZuTest
 {
 
-/// What stands for the slot of an operation that is not virtual.
+/// The result of `SlotOf` for an operation that is not virtual.
 constexpr uint64 NO_SLOT = std::numeric_limits<uint64>::max();
 
-/// Two, of the one destructor that a table has: it comes with freeing and without.
+/// A virtual destructor takes two slots: the complete-object destructor and the deleting destructor.
 constexpr uint64 SLOTS_OF_DESTRUCTOR = 2;
 
-/// The place of a virtual operation in its table, counted from 0 and read out of a pointer to member, in which the Itanium
-/// ABI keeps the offset plus one.
+/// The slot of a virtual operation in its table, counted from 0. It is read from a pointer to member, where the Itanium
+/// ABI stores the offset plus one.
 template <typename Operation>
 uint64 SlotOf(Operation operation)
 {
@@ -29,7 +29,7 @@ uint64 SlotOf(Operation operation)
     return (words[0] & 1) != 0 ? (words[0] - 1) / sizeof(void*) : NO_SLOT;
 }
 
-/// The operations have the slots from `first` on, in the order in which they are given.
+/// Succeeds if the operations have consecutive slots from `first` on, in the order of the arguments.
 template <typename... Operations>
 testing::AssertionResult StandInOrder(uint64 first, Operations... operations)
 {

@@ -31,8 +31,8 @@
 #include <type_traits>
 #include <vector>
 
-// What plug-ins were compiled with: records, numbers of enumerations and constants that no change may move. A plug-in of last
-// year's reads and writes them where they stand here.
+// The layouts of records and the values of enumerators and constants that existing plug-ins were compiled with. A
+// change to any of them breaks those plug-ins.
 
 namespace ZuControl
 {

@@ -22,19 +22,19 @@ std::filesystem::path Troubled(std::string const& trouble)
     return FileOf("tests") / trouble / (trouble + ".so");
 }
 
-/// The sentence for a file, which it names in the place of "FILE".
+/// `text` with the path of `file` in place of "FILE".
 std::string SentenceOf(std::string text, std::filesystem::path const& file)
 {
     return text.replace(text.find("FILE"), 4, file.string());
 }
 
-/// What is wrong with a plug-in, and whether the sensor finds it before it takes the plug-in in.
+/// A faulty plug-in, the sentence that reports the fault, and whether the host finds the fault at admission.
 struct TroubleCase
 {
     char const* name;
     std::filesystem::path file;
     bool isFoundAtAdmission;
-    char const* sentence; ///< a part of it
+    char const* sentence; ///< a part of the report
 };
 
 std::vector<TroubleCase> AllTroubles()

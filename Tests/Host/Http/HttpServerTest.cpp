@@ -35,7 +35,7 @@ using ZuTest::TestConnection;
 constexpr char const* GET_THING = "GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n";
 constexpr char const* GET_SLOW = "GET /slow HTTP/1.1\r\nHost: localhost\r\n\r\n";
 
-/// A resource whose documents are at hand.
+/// A resource with a document that can be read without waiting, on an I/O thread.
 class Prompt final : public ZuRest::DocumentResourceBase, public ZuRest::IPromptResource
 {
 public:
@@ -389,7 +389,7 @@ TEST_F(HttpServerTest, TellsOneConnectionTooManySo)
 
 TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)
 {
-    constexpr unsigned READS = HttpServer::THREADS - 2; // one thread is for the I/O, another one is left
+    constexpr unsigned READS = HttpServer::THREADS - 2; // one thread does the I/O, one worker stays free
     Latch finish;
     std::list<Latch> entered(READS);
     auto next = entered.begin();
@@ -429,12 +429,12 @@ TEST_F(HttpServerTest, ReadsWhatIsAtHandWhileReadsOfAllWorkersAreHeldUp)
 {
     Prompt prompt;
     router.Register("/prompt", prompt);
-    constexpr unsigned READS = HttpServer::THREADS - 1; // all but the one that does the I/O
+    constexpr unsigned READS = HttpServer::THREADS - 1; // all threads except the I/O thread
     Latch finish;
     std::list<Latch> entered(READS);
     std::atomic<unsigned> reads = 0;
     Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
-        if (unsigned const read = reads++; read < READS) // the change reads it too, when its turn comes
+        if (unsigned const read = reads++; read < READS) // the change reads the document too, once it runs
         {
             std::next(entered.begin(), read)->Open();
             EXPECT_TRUE(finish.Wait());

@@ -26,8 +26,8 @@ constexpr char const* ONE = "controls/One/config.json";
 constexpr char const* TWO = "controls/Two/config.json";
 constexpr std::size_t PAGE_BYTES = 4096;
 
-/// A value of some length, so that its document is deflated and has a checksum. Letters of every kind: the checksum of the
-/// format hardly tells one row of digits from another.
+/// A value of some length, so that its document is deflated and has a checksum. Letters of every kind: the checksum of
+/// the format hardly tells one row of digits from another.
 std::string Value(std::string text, unsigned count)
 {
     constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-";

@@ -24,7 +24,7 @@
 namespace ZuTest
 {
 
-/// Protocols that have one value each: "value" of their settings in a job, and a text of their own.
+/// Protocols with one value each, saved as "value" of their settings in a job, and with one text in their own domain.
 class ValueKeepers final : public ZuControl::IControlManager
 {
 public:
@@ -105,12 +105,12 @@ public:
         }
         for (auto const& [type, value] : values)
         {
-            Zu::GuardStep(__LINE__, __FILE__, "ZuControl::ControlManager::SavePersistDomain",
-                          "EXCEPTION THROWN: ", [&] { Write(store, type, DocumentToSave(value, !stopped.contains(type))); });
+            Zu::GuardStep(__LINE__, __FILE__, "ZuControl::ControlManager::SavePersistDomain", "EXCEPTION THROWN: ",
+                          [&] { Write(store, type, DocumentToSave(value, !stopped.contains(type))); });
         }
     }
 
-    /// As the JSON library has it: a text that is not UTF-8 throws.
+    /// Throws as the JSON library does for a text that is not UTF-8.
     static std::string DocumentToSave(std::string const& value, bool isEnabled)
     {
         nlohmann::json document = nlohmann::json::parse(DocumentWith("", isEnabled));
@@ -158,7 +158,7 @@ public:
         registry->MarkModified(*this, Domain::JOB, 0);
     }
 
-    /// A change that nobody is told of.
+    /// Changes the value of `type` without marking the job as modified.
     void Put(std::string const& type, std::string const& value)
     {
         gate->BeginUpdate(true);
@@ -167,7 +167,7 @@ public:
     }
 
     std::map<std::string, std::string> values{{"One", ""}, {"Two", ""}};
-    std::set<std::string> stopped; // those that do not run
+    std::set<std::string> stopped; // the services that do not run
     nlohmann::json own = "";
     ZuHost::PersistRegistry* registry = nullptr;
     ZuHost::UpdateGate* gate = nullptr;
@@ -189,7 +189,7 @@ private:
     std::map<std::string, std::unique_ptr<FakeControlInstance>> instances;
 };
 
-/// A job manager with all that it needs, as the host has it. It can be started again on the same folder.
+/// A job manager with its collaborators, built as in the host. A test can start it again on the same folder.
 class JobDesk final
 {
 public:

@@ -52,7 +52,7 @@ bool WaitFor(Condition isMet)
 class JobManagerTest : public testing::Test
 {
 protected:
-    /// A host that has loaded this job, and saves.
+    /// Starts a host that loads this job; with `saves` it also saves changes.
     void Start(std::string const& job = "default", bool saves = true)
     {
         desk.reset();
@@ -97,7 +97,7 @@ protected:
         return Archive(FileOf(job), Access::READ).Read().entries;
     }
 
-    /// What a person does with the tool.
+    /// Edits the job file as a user does with the command-line tool.
     void Edit(std::string const& job, std::string const& name, std::string const& text) const
     {
         Archive(FileOf(job), Access::WRITE).Write({{name, text}}, {});
@@ -186,7 +186,7 @@ TEST_F(JobManagerTest, MendsADamagedFileWithTheNextSave)
     Start();
     Stop();
     std::string bytes = BytesOf(FileOf("default"));
-    bytes[bytes.find(TWO) + 9] = 't'; // the name in the table is no longer the one in its index
+    bytes[bytes.find(TWO) + 9] = 't'; // the name in the table now differs from the name in its index
     WriteBytes(FileOf("default"), bytes);
 
     Start();

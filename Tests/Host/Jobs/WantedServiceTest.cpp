@@ -20,7 +20,7 @@ constexpr char const* SENTENCE =
 
 } // namespace
 
-/// Jobs whose service "One" cannot be started while `isPortTaken`.
+/// Jobs with a service "One", which fails to start while `isPortTaken`.
 class WantedServiceTest : public testing::Test
 {
 protected:
@@ -39,7 +39,7 @@ protected:
             .Write({{ONE, documentOfOne}, {TWO, ValueKeepers::DocumentWith("two")}}, {});
     }
 
-    /// What the module does at the end of a load: "off" is the job that disables the service.
+    /// Does the work of the module at the end of a load: starts the service, unless the job has disabled it ("off").
     void Load()
     {
         bool const isToRun = desk->keepers.values.at("One") != "off";

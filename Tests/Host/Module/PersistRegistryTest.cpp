@@ -134,7 +134,7 @@ TEST(PersistRegistry, HasNoManagerBeforeAndBehindItsRegistration)
     registry.Deregister(registry.Register(manager, ""));
 
     EXPECT_THROW(registry.Controls(), Zu::Exception);
-    registry.Deregister(7); // nobody's
+    registry.Deregister(7); // an id that was never given out is ignored
 }
 
 TEST(PersistRegistry, HasAllThatHaveRegisteredGoThroughAnOperation)

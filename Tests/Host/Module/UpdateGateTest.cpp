@@ -17,7 +17,7 @@ namespace
 
 constexpr uint64 NO_PATIENCE_USEC = 1000;
 
-/// What opening the gate on another thread gives; it is closed again there.
+/// Begins and ends an exclusive update on another thread. Returns the status of the attempt.
 int32 StatusOnAnotherThread(UpdateGate& gate)
 {
     return std::async(

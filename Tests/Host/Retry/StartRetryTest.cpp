@@ -24,7 +24,7 @@ constexpr char const* PATH = "/controls/One";
 
 } // namespace
 
-/// Services that start or fail as the test says, by a clock that the test moves.
+/// Services that start or fail as the test demands. The test sets the clock.
 class StartRetryTest : public testing::Test
 {
 protected:
@@ -57,7 +57,7 @@ protected:
         return services;
     }
 
-    /// What the module does when a service is enabled.
+    /// Does the work of the module for an enabled service: starts it, or fails as the test demands.
     void StartService(std::string const& typeName)
     {
         calls.Add("start " + typeName);
@@ -259,7 +259,7 @@ TEST_F(StartRetryTest, EndsWithARequestThatNamesEnabled)
         Free("One");
 
         Update({{"enabled", enables}}, [this] {
-            EXPECT_EQ(retry.Wanted().size(), 1U); // a save that comes meanwhile is followed by another
+            EXPECT_EQ(retry.Wanted().size(), 1U); // a save in between is followed by another save
             calls.Add("update");
         });
 
@@ -379,7 +379,7 @@ TEST_F(StartRetryTest, MakesTheAttemptsOnItsThreadUntilItIsStopped)
     retry.Start("One");
     nowUsec += SECOND;
     Take("Two", "no such address");
-    retry.Start("Two"); // wakes the thread, which the clock of a test does not
+    retry.Start("Two"); // wakes the thread; moving the clock of the test does not
     ASSERT_TRUE(calls.WaitFor("start One", 2));
 
     retry.Stop();

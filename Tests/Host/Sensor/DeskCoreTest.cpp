@@ -179,7 +179,7 @@ TEST_F(DeskCoreTest, TakesOperationsFromSeveralThreads)
         thread.join();
     }
 
-    // Each start is followed by its stop, whoever called.
+    // Each start is followed by its stop, regardless of the calling thread.
     ASSERT_EQ(calls.size() % 2, 0u);
     for (std::size_t i = 0; i < calls.size(); ++i)
     {

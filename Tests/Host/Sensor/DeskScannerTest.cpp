@@ -132,7 +132,7 @@ TEST_F(DeskScannerTest, TellsOfLaserEncoderAndTime)
     nlohmann::json const stopped = Info();
     EXPECT_EQ(stopped.at("laserEnabled"), false);
     EXPECT_EQ(stopped.at("currentEncoderValue"), 0);
-    // Who reads it takes it times 1000 and by 1024, and so has microseconds.
+    // The reader converts the value to microseconds: times 1000, divided by 1024.
     uint64 const time = stopped.at("currentSyncTime").get<uint64>() * 1000 / 1024;
     EXPECT_GE(time + 1, before);
     EXPECT_LE(time, wTime_NowUsec());

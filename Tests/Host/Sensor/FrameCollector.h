@@ -12,7 +12,7 @@
 namespace ZuTest
 {
 
-/// Listens to a hub, keeps what it sees and, on demand, the sets themselves.
+/// Listens to a hub. Keeps the content of each set and, on demand, the sets themselves.
 class FrameCollector
 {
 public:
@@ -38,12 +38,12 @@ public:
     FrameCollector(FrameCollector const&) = delete;
     FrameCollector& operator=(FrameCollector const&) = delete;
 
-    /// The first `count` frames or more; fewer when ten seconds pass without them.
+    /// Waits up to ten seconds for `count` frames. Returns all frames so far; they are fewer after a timeout.
     std::vector<Frame> WaitForFrames(std::size_t count);
 
     std::size_t Count() const;
 
-    /// From now on a reference to each set is kept, or none, and those that are kept are let go.
+    /// With true, keeps a reference to each set from now on. With false, keeps none and releases the kept references.
     void Keep(bool keepsSets);
 
 private:

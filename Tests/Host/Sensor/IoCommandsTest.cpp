@@ -40,7 +40,7 @@ public:
     CommandTable commands;
 };
 
-/// What the module sends and what the sensor on the desk does with it.
+/// Commands from the module to the sensor, and their effect on the simulated sensor.
 class IoCommands : public testing::Test
 {
 protected:

@@ -19,7 +19,7 @@ namespace ZuHost
 namespace
 {
 
-/// Gives one point whose z is the number of the frame; can be made to block or to throw.
+/// Returns one point; its z is the frame number. Can be made to block or to throw.
 class FakeSource final : public IProfileSource
 {
 public:
@@ -211,9 +211,9 @@ TEST_F(SensorTest, LeavesOutAndCountsTheFramesThatItMissed)
     auto const sensor = MakeSensor(1000);
     control.Close(true);
     sensor->Start();
-    ASSERT_TRUE(control.WaitForReader()); // frame 0 hangs in the source
+    ASSERT_TRUE(control.WaitForReader()); // the source blocks at frame 0
     uint64 const hungSince = wTime_NowUsec();
-    while (wTime_NowUsec() - hungSince < 3 * Sensor::MAX_LAG_USEC) // the lag itself is what is tested
+    while (wTime_NowUsec() - hungSince < 3 * Sensor::MAX_LAG_USEC) // the test is about the lag, so it has to pass
     {
         std::this_thread::yield();
     }

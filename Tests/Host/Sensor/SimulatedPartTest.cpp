@@ -20,8 +20,8 @@ ProfileTool::Results MeasureAt(SimulatedPart& part, uint64 frame)
     return ProfileTool().Measure(part.ProfileAt(frame));
 }
 
-// Eight points a millimetre. Lower step: 60 mm of points, both ends included. With the upper step: 80 points at 10 mm on
-// either side, 129 at 25 mm on either side of the slot. Belt: 20 mm of points.
+// Eight points a millimetre. Lower step: 60 mm of points, both ends included. With the upper step: 80 points at 10 mm
+// on either side, 129 at 25 mm on either side of the slot. Belt: 20 mm of points.
 ProfileTool::Results const LOWER{{{10, 1}, {10, 1}, {60, 1}, {10, 1}, {481, 1}}};
 ProfileTool::Results const BOTH{{{25, 1}, {10, 1}, {60, 1}, {8050.0 / 418, 1}, {418, 1}}};
 ProfileTool::Results const BELT{{{0, 1}, {0, 1}, {20, 1}, {0, 1}, {161, 1}}};

@@ -237,7 +237,7 @@ TEST_F(ArchiveFileTest, SavesAgainWhenTheSchemaWasDamagedSinceItWasRead)
     EXPECT_TRUE(Open().Read().faults.empty());
 }
 
-/// One bit at each place of the file: what comes back is what was stored, or a fault says that it is not.
+/// Flips one bit at each place of the file: reading returns the stored documents or reports a fault.
 TEST_F(ArchiveFileTest, NeverTakesAFlippedBitForWhatWasStored)
 {
     Files const stored{{ONE, Document("1")}, {TWO, Document("2")}};
@@ -283,7 +283,7 @@ TEST_F(ArchiveFileTest, SavesWhatItCouldReadOfADamagedFileAlongWithTheRest)
     std::string bytes = BytesOf(path);
     std::size_t const name = bytes.find(TWO);
     ASSERT_NE(name, std::string::npos);
-    bytes[name + 9] = 't'; // the name in the table is no longer the one in its index
+    bytes[name + 9] = 't'; // the name in the table now differs from the name in its index
     WriteBytes(path, bytes);
     ArchiveFile file = Open();
 

@@ -6,8 +6,8 @@
 namespace ZuTest
 {
 
-/// Runs the command-line tool of SQLite: `sqlite3 FILE -A ...` with these words, in this folder. Gives what it printed, and
-/// fails the test when it does not end well.
+/// Runs the command-line tool of SQLite, `sqlite3 FILE -A ...`, with these arguments in this folder. Returns its
+/// output. Fails the test if the tool fails.
 std::string RunArchiveTool(std::filesystem::path const& folder, std::filesystem::path const& file,
                            std::string const& words);
 

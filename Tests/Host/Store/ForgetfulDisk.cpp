@@ -185,7 +185,7 @@ struct DiskCalls
 
     static int Randomness(sqlite3_vfs* /*vfs*/, int size, char* bytes)
     {
-        std::memset(bytes, 7, static_cast<std::size_t>(size)); // every run alike
+        std::memset(bytes, 7, static_cast<std::size_t>(size)); // the same in every run
         return size;
     }
 
@@ -250,7 +250,7 @@ void ForgetfulDisk::Restart(Memory memory, uint32 seed)
         {
             if (chance() % 2 == 0)
             {
-                durable[name] = content; // made, or made anew
+                durable[name] = content; // created, or created again
             }
         }
         std::erase_if(durable, [&](auto const& one) { return !current.contains(one.first) && chance() % 2 == 0; });
@@ -285,7 +285,7 @@ void ForgetfulDisk::SynchroniseNames()
     durable = current;
 }
 
-/// Lets chance decide, sector by sector, what of the changes has reached the disk.
+/// Chooses at random, for each sector of each change, whether it has reached the disk.
 void ForgetfulDisk::Remember(Content& content, std::mt19937& chance)
 {
     if (content.shortest < content.durable.size() && chance() % 2 == 0)

@@ -13,19 +13,19 @@ struct sqlite3_vfs;
 namespace ZuTest
 {
 
-/// A disk in memory for SQLite that forgets at a power cut what was not synchronised: it is SQLite's default for as long as
-/// it lives.
+/// A disk in memory for SQLite that loses unsynchronised data at a power cut. While the object exists, it is SQLite's
+/// default file system.
 ///
-/// It is as strict as a disk may be: what is written counts from the synchronisation of its file on, and that a file is made
-/// or deleted from that of the folder, which comes with the first synchronisation of a journal and with a deletion that asks
-/// for it. One thread, and no file open at the cut's end.
+/// It keeps no more than a disk has to keep. Written bytes are durable once their file is synchronised. The creation or
+/// deletion of a file is durable once the folder is synchronised: at the first synchronisation of a journal, or by a
+/// deletion that requests it. For one thread. All files are closed when `Restart` is called.
 class ForgetfulDisk final
 {
 public:
-    /// What becomes of what was not synchronised.
+    /// The fate of unsynchronised data at a power cut.
     enum class Memory
     {
-        NONE, ///< all of it is lost
+        NONE, ///< all of the data is lost
         SOME  ///< each sector and each name is kept or lost by chance
     };
 
@@ -37,13 +37,13 @@ public:
     ForgetfulDisk(ForgetfulDisk const&) = delete;
     ForgetfulDisk& operator=(ForgetfulDisk const&) = delete;
 
-    /// The power goes with the `operation`-th change from now on, from 1: it and all that come later fail.
+    /// Cuts the power at the `operation`-th change from now on, counted from 1: this change and all later ones fail.
     void CutPowerAt(uint64 operation);
 
-    /// How many changes there have been since.
+    /// The number of changes since `CutPowerAt`.
     uint64 Operations() const;
 
-    /// The power is back, and everything as it was found.
+    /// Restores the power. The files then have their durable content; `SOME` adds changes at random, by `seed`.
     void Restart(Memory memory, uint32 seed);
 
 private:
@@ -59,13 +59,13 @@ private:
     {
         std::string current;
         std::string durable;
-        std::vector<Change> changes;            // of `durable`, since the last synchronisation
-        std::size_t shortest = ~std::size_t{0}; // that it was cut to since
+        std::vector<Change> changes;            // since the last synchronisation
+        std::size_t shortest = ~std::size_t{0}; // the smallest size since then
     };
 
     using Names = std::map<std::string, std::shared_ptr<Content>>;
 
-    /// Counts a change; false when the power is off.
+    /// Counts a change. Returns false if the power is off.
     bool CountChange();
     static void Synchronise(Content& content);
     void SynchroniseNames();

@@ -21,7 +21,7 @@ constexpr char const* FILE_NAME = "/job.zpjob";
 constexpr int NOTHING = -1;
 constexpr int GENERATIONS = 3;
 
-/// Two documents of several pages each, which shrink by little.
+/// Two documents of several pages each, which compress badly.
 Files DocumentsOf(int generation)
 {
     Files files;
@@ -38,7 +38,7 @@ Files DocumentsOf(int generation)
     return files;
 }
 
-/// The generation that an archive holds as a whole; nothing else may be in it.
+/// Returns the generation that an archive holds. Expects the documents of that generation and no others.
 int GenerationIn(ArchiveContents const& contents)
 {
     EXPECT_TRUE(contents.faults.empty()) << contents.faults.begin()->second;
@@ -57,7 +57,8 @@ void Save(int generation)
     Archive(FILE_NAME, Access::CREATE).Write(DocumentsOf(generation), DocumentsOf(generation));
 }
 
-/// Saves one generation after another until the power goes. Gives the last one whose save has returned.
+/// Saves one generation after another until the power fails. Returns the last generation that was saved without an
+/// error.
 int SaveUntilTheCut()
 {
     int saved = NOTHING;
@@ -75,7 +76,7 @@ int SaveUntilTheCut()
     return saved;
 }
 
-/// What there is after the restart: nothing less than what was saved, and nothing between two saves.
+/// Expects that the archive holds generation `saved` or the next one, complete.
 void ExpectAtLeast(int saved, std::string const& when)
 {
     Archive archive(FILE_NAME, Access::CREATE);
@@ -105,20 +106,20 @@ TEST_P(PowerCut, AtAnyOperationLeavesTheOldStateOrTheNewOne)
             disk.Restart(GetParam(), seed);
 
             ExpectAtLeast(saved, "at operation " + std::to_string(operation) + ", seed " + std::to_string(seed));
-            Save(GENERATIONS); // goes on
+            Save(GENERATIONS); // saving works again
             EXPECT_EQ(GenerationIn(Archive(FILE_NAME, Access::CREATE).Read()), GENERATIONS);
             ASSERT_FALSE(HasFailure());
         }
         if (done < operation)
         {
-            break; // all was saved before the power could go
+            break; // all saves ended before the power cut
         }
         ++cuts;
     }
-    EXPECT_GT(cuts, 45U); // each save has some fifteen operations or more
+    EXPECT_GT(cuts, 45U); // each save makes about fifteen operations or more
 }
 
-/// Another cut while the journal of the first is rolled back.
+/// Cuts the power again while the journal of the first cut is rolled back.
 TEST_P(PowerCut, DuringTheRecoveryFromAnotherLosesNothing)
 {
     for (uint64 first = 1; first < 60; first += 5)
@@ -150,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(EveryDisk, PowerCut, testing::Values(ForgetfulDisk::Mem
     return std::string(tested.param == ForgetfulDisk::Memory::NONE ? "ForgetsAll" : "ForgetsSome");
 });
 
-/// That the disk does forget: with less care than ours the last save is lost.
+/// Proves that the simulated disk loses data: with "synchronous = OFF" the last save is lost.
 TEST(PowerCutWithoutCare, LosesWhatWasSaidToBeSaved)
 {
     for (char const* const care : {"PRAGMA synchronous = FULL", "PRAGMA synchronous = OFF"})

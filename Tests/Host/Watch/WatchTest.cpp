@@ -33,7 +33,7 @@ protected:
         vitals.dispatchers = {{"a", false, 0}};
     }
 
-    /// All is well but for what the test has spoilt.
+    /// Runs one check of a healthy module, apart from the faults that the test has set.
     void LookAt(uint64 nowUsec)
     {
         vitals.metrics.lastDoneUsec = nowUsec;
@@ -112,7 +112,7 @@ TEST_F(WatchTest, TellsAFaultAnewThatHasComeBack)
         LookAt(BEGIN + i * Watch::PERIOD_USEC);
     }
 
-    EXPECT_EQ(log.CountOfText(DEAD), 4u); // twice, each time for both who read
+    EXPECT_EQ(log.CountOfText(DEAD), 4u); // two faults, each with a user line and a developer line
     ExpectFaults({});
 }
 

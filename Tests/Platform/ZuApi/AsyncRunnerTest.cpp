@@ -145,7 +145,7 @@ TEST(AsyncRunner, GivesUpAWaitAndRunsTheTaskAllTheSame)
         opened.Signal();
         EXPECT_TRUE(ran.Wait());
     }
-    EXPECT_EQ(log.CountOfText("EXCEPTION THROWN: "), 1u); // nobody waited for it any more
+    EXPECT_EQ(log.CountOfText("EXCEPTION THROWN: "), 1u); // logged, because no caller waits for the result
 }
 
 TEST(AsyncRunner, RefusesAnEmptyTask)
@@ -187,7 +187,7 @@ TEST(AsyncRunner, WaitsAtItsEndForWhatRunsAndDropsTheRest)
         AsyncRunner runner;
         runner.Run([&] {
             begun.Signal();
-            EXPECT_TRUE(dropped.Wait()); // the end of the runner has begun
+            EXPECT_TRUE(dropped.Wait()); // the destructor of the runner has begun
             ended = true;
         });
         std::shared_ptr<void> const held(nullptr, [&](void*) { dropped.Signal(); });
@@ -218,7 +218,7 @@ TEST(AsyncRunner, TellsWhoWaitsWhenItEndsFirst)
         status = StatusOf([&] { waitedFor.RunAndWait([held = std::move(entered)] {}, wTIMEOUT_INFINITE); });
     });
     ASSERT_TRUE(given.Wait());
-    // Either order is right: what comes to a runner that is ending is dropped, as is what it holds by then.
+    // Both orders are correct: a runner that is ending drops queued tasks and tasks that arrive later.
     std::thread ending([&] { runner.reset(); });
     waiting.join();
     ending.join();

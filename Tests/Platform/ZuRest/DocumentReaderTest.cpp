@@ -28,7 +28,7 @@ using Json = nlohmann::json;
 
 constexpr char const* RELATIONS = "/relations/{rel}";
 
-/// One thing that a document refers to.
+/// One reference of a document.
 struct Relation
 {
     bool isEmbedded;
@@ -38,7 +38,7 @@ struct Relation
     Json extra;
 };
 
-/// Shows a record, as a tree or as text, or whatever else it is told.
+/// Shows a record as a tree or as text, or another document that the test sets.
 class Shown final : public DocumentResourceBase
 {
 public:
@@ -194,7 +194,7 @@ TEST_F(DocumentReaderTest, ShowsWhatWasBeforeAChangeWithTheAddressThatTheOuterOn
 namespace
 {
 
-/// What a document looks like, put together as a tree by the rules of HAL.
+/// The reference model: builds a document as a JSON tree by the rules of HAL.
 class Model final
 {
 public:
@@ -283,7 +283,7 @@ private:
     std::vector<std::string> around;
 };
 
-/// Of a problem only what the model knows of it.
+/// Reduces each problem to its title and status, because the model knows no more of it.
 Json WithoutDetails(Json document)
 {
     if (document.is_object() && document.contains("problem"))
@@ -300,7 +300,7 @@ Json WithoutDetails(Json document)
     return document;
 }
 
-/// Draws what resources show and whom they refer to.
+/// Draws the content and the references of resources at random.
 class Dice final
 {
 public:

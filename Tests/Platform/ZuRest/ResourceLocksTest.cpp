@@ -31,7 +31,7 @@ protected:
 
     void Leave(std::string const& name)
     {
-        auto const pass = running.extract(name); // ends outside of the map, which those who come change
+        auto const pass = running.extract(name); // destroyed outside of the map: admitted requests change it
     }
 
     bool Runs(std::string const& name) const
@@ -258,7 +258,7 @@ TEST_F(ResourceLocksTest, LetsInOrRefusesWhenTheMemoryGivesOutAndKeepsNoPlaceTak
 
             pass.reset();
             locks.Enter(place, Mode::CHANGE_TREE, admitted);
-            EXPECT_NE(pass, nullptr); // nobody is left inside
+            EXPECT_NE(pass, nullptr); // admitted at once: no request is inside
         }
         EXPECT_GT(number, 1u);
     }

@@ -15,7 +15,7 @@ using ZuTest::SignalCounter;
 namespace
 {
 
-// The operations are called unpaired here on purpose: the analysis looks away.
+// The test calls the operations unpaired on purpose, so the thread-safety analysis is switched off.
 class wLockTest : public testing::Test
 {
 protected:
@@ -39,7 +39,7 @@ protected:
         return wLock_Exit(lock);
     }
 
-    /// What an operation gives on another thread.
+    /// Runs an operation on another thread and returns its status.
     static wStatus OnAnotherThread(std::function<wStatus()> operation)
     {
         wStatus status = Zu::Status::FAILURE;
@@ -125,7 +125,7 @@ TEST_F(wLockTest, IsGivenToWhoWaits)
 TEST_F(wLockTest, IsPassedOnAmongThreadsWithAndWithoutALimit)
 {
     constexpr uint64 ROUNDS = 20'000;
-    constexpr uint64 LIMIT_USEC = 60'000'000; // what a wake-up that is lost costs
+    constexpr uint64 LIMIT_USEC = 60'000'000; // a lost wake-up makes the wait last this long
     constexpr uint64 TIMEOUTS[] = {LIMIT_USEC, LIMIT_USEC, LIMIT_USEC, wTIMEOUT_INFINITE};
     uint64 const beginUsec = wTime_NowUsec();
     uint64 count = 0;

@@ -8,7 +8,8 @@
 namespace PluginCommon
 {
 
-/// A client over a plain blocking socket to 127.0.0.1. Every wait is bounded; what goes wrong throws std::runtime_error.
+/// A client over a plain blocking socket to 127.0.0.1. Every wait is bounded; what goes wrong throws
+/// std::runtime_error.
 class TcpClient
 {
 public:

@@ -72,7 +72,7 @@ private:
     wHandle<ZuCore::ResultSetObject> set;
 };
 
-/// What a dispatcher hands over in one call.
+/// The list of sets that a dispatcher passes to a handler in one call.
 class TestBatch final
 {
 public:

@@ -1,5 +1,6 @@
-// A protocol that throws an int from one of its operations: the one whose name stands in the file that the environment variable
-// ZU_TEST_THROWING_FILE names. The file is read at each call, so that a test can change its mind while the host runs.
+// A protocol that throws an int from one of its operations. The environment variable ZU_TEST_THROWING_FILE is the path
+// of a file with the name of that operation. Each call reads the file, so that a test can choose another operation
+// while the host runs.
 
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
@@ -29,7 +30,7 @@ using namespace ZuControl;
 using namespace ZuControl::ControlProtocol;
 
 constexpr ZuEthernetProtocol PROTOCOL_ID{112};
-constexpr char const* TYPE_NAME = "Ahead"; // it sorts ahead of all others, which must not miss anything by it
+constexpr char const* TYPE_NAME = "Ahead"; // sorts before all other protocols, which its failures must not affect
 
 void ThrowIn(std::string const& operation)
 {

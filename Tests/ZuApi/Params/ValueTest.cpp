@@ -24,7 +24,7 @@ using Json = nlohmann::json;
 namespace
 {
 
-/// What a refused validation writes for the person at the screen.
+/// The user line that a refused validation logs.
 LogLine Refused(std::string text)
 {
     return {0x8000000100000002, "Params validation", std::move(text)};

@@ -40,7 +40,7 @@ protected:
         scanEngines.SetInfo({"A", 5, 6, IControlScanEngineInterface::ALIGNMENT_STATE_2, false});
     }
 
-    /// Reads until no fetch runs any more that would have it refused.
+    /// Repeats the read until no fetch is running; a running fetch would refuse it.
     template <typename Read>
     auto WhenIdle(Read const& read)
     {
@@ -66,7 +66,7 @@ protected:
     ZuTest::LogRecorder log;
     ZuTest::FakeSystemInterface systemInterface{calls};
     ZuTest::FakeScanEngineInterface scanEngines{calls};
-    ZuTest::Latch release; // these outlive every fetch
+    ZuTest::Latch release; // this member and the next ones outlive every fetch
     ZuTest::Latch releaseSecond;
     std::atomic<int> fetches{0};
     ControlDataCache cache{systemInterface, scanEngines};
@@ -158,7 +158,7 @@ TEST_F(ControlDataCacheTest, TakesALateRecordInTheNextReadAndFetchesAnew)
     EXPECT_EQ(cache.SystemStats(0).upTime, 0u);
     release.Open();
 
-    // The flag is free a moment before the record is there: the record is seen in this read or in a later one.
+    // The flag is cleared shortly before the record is stored, so this read or a later one returns the record.
     auto stats = WhenIdle([this] { return cache.SystemStats(50000); });
 
     EXPECT_EQ(stats.upTime, 1u);
@@ -232,7 +232,7 @@ TEST_F(ControlDataCacheTest, WaitsAtItsEndForAFetchThatRuns)
 
 TEST_F(ControlDataCacheTest, TakesReadsFromManyThreads)
 {
-    constexpr uint64 SHORT = 100; // a record may go to another reader, and then this one waits to the end of its time
+    constexpr uint64 SHORT = 100; // a record may go to another reader; this reader then waits until its timeout
     cache.SystemStats(LONG);
     WhenIdle([this] { return cache.ScannerInfo("A", LONG); });
     std::vector<std::thread> readers;
@@ -275,7 +275,7 @@ TEST_F(ControlDataCacheTest, GivesTheOldValuesWhenItsTimeIsOverAndRefusesUntilTh
 
 TEST_F(ControlDataCacheTest, NeverHoldsTwoRecordsOfAKind)
 {
-    // What nobody took is used again: a second record would be refused, and the refusal logged.
+    // The cache reuses a record that no reader took. A second record would be refused, and the refusal logged.
     for (int i = 0; i < 200; ++i)
     {
         WhenIdle([this] { return cache.SystemStats(0); });

@@ -506,7 +506,7 @@ TEST_F(ControlInstanceTest, LeavesNoHandlerBehindWhenItCannotBeBuilt)
 
     EXPECT_EQ(RefusalOf([&] { ControlInstance{params}; }), (Refusal{-8, "full"}));
 
-    protocol->NotifyParamsInternalUpdateEventHandler(true); // would call into what is no more
+    protocol->NotifyParamsInternalUpdateEventHandler(true); // a handler left behind would call the destroyed instance
     protocol->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
     EXPECT_EQ(problems.Count(), 0u);
 }
@@ -514,7 +514,8 @@ TEST_F(ControlInstanceTest, LeavesNoHandlerBehindWhenItCannotBeBuilt)
 namespace
 {
 
-/// Takes results into a member of its own and never stops: whoever calls it too late writes into freed memory.
+/// Stores results in a member and ignores Stop. A result that arrives after destruction is a write into freed memory,
+/// which a sanitizer reports.
 class ListeningProtocol final : public ControlProtocol::ProtocolBase
 {
 public:
@@ -580,7 +581,7 @@ protected:
 
     ~ControlInstanceDelivery() override
     {
-        instance.reset(); // before the operations, as everywhere
+        instance.reset(); // before `operations`, as in the module
     }
 
     void BuildListening()
@@ -595,7 +596,7 @@ protected:
         results.UpdateClientCount(ZuEthernetProtocol{9}, 1);
     }
 
-    /// Lets the protocol fail over a result, which ends the thread of its dispatcher, and get well again.
+    /// Lets the protocol throw over a result, which ends the thread of its dispatcher. Later results no longer throw.
     void KillDispatcher()
     {
         listening.lock()->failsOverResults = true;
@@ -722,7 +723,7 @@ TEST_F(ControlInstanceTest, NestsTheExceptionOfAFailedStart)
     {
         EXPECT_EQ(RefusalOf([&] { std::rethrow_if_nested(exception); }), (Refusal{-5, "x"}));
     }
-    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}); // who catches it in the end logs it
+    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}); // the final catcher logs it
 }
 
 TEST_F(ControlInstanceTest, TellsHowManyStartsHaveFailedAndWhyTheLastOneDid)

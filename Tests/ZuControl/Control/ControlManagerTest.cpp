@@ -43,7 +43,7 @@ protected:
         environ.protocolOption = 42;
     }
 
-    /// Offers a type whose protocol notes its calls as "name.Call".
+    /// Offers a type; its protocol records its calls as "name.Call".
     void Offer(char const* name, ControlInfo::SupportedEnvironmentList const& environments = {})
     {
         plugin->Offer(ControlInfo().SetTypeName(name).SetSupportedEnvironment(environments),
@@ -154,7 +154,7 @@ TEST_F(ControlManagerTest, AsksTheSensorForItsInputsAndOutputsWhenItIsTold)
     startStop.Fire(true);
 
     IControlHardwareManager& hardware = *protocolEnviron.hardwareManager;
-    EXPECT_EQ(commands.All(), Calls{}); // nobody else asks it
+    EXPECT_EQ(commands.All(), Calls{}); // only FindHardware queries the sensor
     EXPECT_TRUE(hardware.SupportedHardwareInterfaces().empty());
 
     manager->FindHardware();

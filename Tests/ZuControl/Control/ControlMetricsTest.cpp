@@ -34,7 +34,7 @@ protected:
     using CallbackId = ControlMetrics::CallbackId;
     using Source = ZuCommon::IMetricsSource;
 
-    static constexpr uint64 NEVER_USEC = 3'600'000'000; // no tick comes by itself while a test runs
+    static constexpr uint64 NEVER_USEC = 3'600'000'000; // longer than any test: no timer fires
     static constexpr uint64 QUICK_USEC = 1'000;
 
     ControlMetricsTest()
@@ -48,16 +48,16 @@ protected:
 
     ~ControlMetricsTest() override
     {
-        metrics.reset(); // before what its threads may still use
+        metrics.reset(); // before the objects that its threads use
     }
 
-    /// With the intervals that it is built with.
+    /// Builds the metrics with their default intervals.
     void Build()
     {
         metrics = std::make_unique<ControlMetrics>(manager);
     }
 
-    /// With updates and reports at these intervals. The report timer stands still as yet, as after construction.
+    /// Builds the metrics with these intervals. The report timer is stopped, as after construction.
     void BuildWith(uint64 updateUsec, uint64 reportUsec)
     {
         Build();
@@ -72,7 +72,7 @@ protected:
         return metrics->AddReportHandler([this, name](Source const&) { calls.Add(name); }, key);
     }
 
-    /// Lets the next update of "a" carry out `step` and then hang until `release` opens.
+    /// Lets the next update of "a" run `step` and then block until `release` opens.
     void HangAtA(std::function<void()> const& step)
     {
         a.on["UpdateMetrics"] = [this, step] {
@@ -394,7 +394,7 @@ TEST_F(ControlMetricsTest, ChangesItsIntervalsAndGivesTheOldOnes)
     Build();
 
     EXPECT_EQ(ChangeReportInterval(NEVER_USEC), 1'000'000u);
-    EXPECT_TRUE(ZuTest::WaitForThreads("AsyncTimer", 2)); // it starts with nobody subscribed too
+    EXPECT_TRUE(ZuTest::WaitForThreads("AsyncTimer", 2)); // the report timer starts without a subscriber too
     EXPECT_EQ(ChangeReportInterval(QUICK_USEC), NEVER_USEC);
     EXPECT_EQ(ChangeUpdateInterval(QUICK_USEC), 250'000u);
     EXPECT_TRUE(calls.WaitFor("a.UpdateMetrics", 3));
@@ -440,7 +440,7 @@ TEST_F(ControlMetricsTest, WaitsForAHandlerThatRunsBeforeItIsRemoved)
     release.Open();
     remover.join();
 
-    // The next reports may be quicker to the handler than the remover, but none comes behind it.
+    // Further reports may call the handler before it is removed, but none after that.
     Calls const seen = calls.All();
     ASSERT_GE(seen.size(), 2u);
     EXPECT_EQ(seen.back(), "removed");

@@ -29,7 +29,7 @@ using ZuTest::RefusalOf;
 namespace
 {
 
-/// A load takes until it is released.
+/// A load blocks until the test releases it.
 class HeldJobs final : public ZuCommon::PersistManager
 {
 public:
@@ -126,7 +126,7 @@ TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
 
 TEST_F(ControlModuleTest, TellsWhatItHasDone)
 {
-    ZuTest::Latch ended; // outlives the module, whose thread opens it
+    ZuTest::Latch ended; // outlives the module: a thread of the module opens it
     ZuCore::ResultHub hub(true);
     environ.resultHub = &hub;
     auto const plugin = std::make_shared<ZuTest::FakePlugin>();
@@ -157,7 +157,7 @@ TEST_F(ControlModuleTest, TellsWhatItHasDone)
 
 TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
 {
-    HeldJobs jobs; // outlives the module, whose worker is held in it
+    HeldJobs jobs; // outlives the module: a worker of the module blocks in it
     environ.persistManager = &jobs;
     auto const plugin = std::make_shared<ZuTest::FakePlugin>();
     ControlProtocolOperations* operations = nullptr;
@@ -261,7 +261,7 @@ TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)
     EXPECT_EQ(processor.Process(request).answer.status, 200u);
 
     EXPECT_EQ(status, R"("good")");
-    EXPECT_EQ(own, "false"); // as it was before the change that is running
+    EXPECT_EQ(own, "false"); // the value before the running change
     router.Deregister("/health", false);
 }
 

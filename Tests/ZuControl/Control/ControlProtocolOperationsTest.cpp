@@ -54,7 +54,8 @@ protected:
         operations->NotifyOperationEnd(protocol, status, "");
     }
 
-    /// What the dispatcher's function gives when the end has come; on this thread, after the other one.
+    /// Clears `runningFlag`, which ends the dispatcher thread, and calls its thread function on the calling thread.
+    /// Returns the result of that call.
     int DispatchUntilTheEnd()
     {
         operations->runningFlag = false;
@@ -71,7 +72,7 @@ protected:
         return operations->operationFlag.load() == 1;
     }
 
-    /// Everything that was queued before has been delivered when this returns.
+    /// Waits until everything queued before the call is delivered.
     void WaitForTheRoadToBeEmpty()
     {
         Zu::Event<int>::CallbackId const id = ListenTo(ZuEthernetProtocol{999});
@@ -214,7 +215,7 @@ TEST_F(ControlProtocolOperationsTest, TellsAnAlignmentAsUnderWayUntilTheScannerR
     operations->Alignment(PROTOCOL_7, "s");
     ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
 
-    EXPECT_THROW(operations->Restart(PROTOCOL_8), Zu::Exception); // one that is refused takes nobody's place
+    EXPECT_THROW(operations->Restart(PROTOCOL_8), Zu::Exception); // refused: the alignment stays under way
 
     auto const underWay = operations->OperationUnderWay();
     ASSERT_TRUE(underWay.has_value());
@@ -484,7 +485,7 @@ TEST_F(ControlProtocolOperationsTest, LeavesTheHandlerOfAnAlignmentThatNamedNoSc
 
     operations->Alignment(PROTOCOL_7, "");
     ASSERT_TRUE(calls.WaitFor("Alignment()", 2));
-    CompleteAlignment(); // both handlers report: the second end is one that nobody waited for
+    CompleteAlignment(); // both handlers report an end; the second end has no operation in flight
 
     ASSERT_TRUE(calls.WaitFor("7 ended 1", 3));
     operations.reset(); // the line comes behind the handlers
@@ -544,7 +545,7 @@ TEST_F(ControlProtocolOperationsTest, NeverEndsAnOperationThatTakesLongAndSaysNo
     operations->Alignment(PROTOCOL_7, "s");
     ASSERT_TRUE(calls.WaitFor("Alignment(s)"));
 
-    wThread_Sleep(3 * ControlProtocolOperations::OPERATION_TIMEOUT_USEC); // the dispatcher's wait ends time and again
+    wThread_Sleep(3 * ControlProtocolOperations::OPERATION_TIMEOUT_USEC); // the dispatcher's wait times out repeatedly
 
     EXPECT_TRUE(IsInFlight());
     EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{});
@@ -576,7 +577,7 @@ TEST_F(ControlProtocolOperationsTest, FreesRecordsThatNobodyTook)
     ASSERT_TRUE(calls.WaitFor("held"));
     for (int i = 0; i < 3; ++i)
     {
-        QueueEnd(PROTOCOL_7, 1); // freed with the queue, or told before the dispatcher saw that it shall end
+        QueueEnd(PROTOCOL_7, 1); // freed with the queue, or delivered before the dispatcher sees the cleared flag
     }
     std::thread releasing([&] { release.Open(); });
 
@@ -600,7 +601,7 @@ TEST_F(ControlProtocolOperationsTest, GoesWhileAnAlignmentIsInFlight)
 
     operations.reset();
     EXPECT_EQ(scanEngines.event.Count(), 1u);
-    CompleteAlignment(); // would call into what is no more
+    CompleteAlignment(); // a handler left behind would call the destroyed object
 
     EXPECT_EQ(calls.Count("7 ended 1"), 0u);
 }
@@ -647,7 +648,7 @@ TEST_F(ControlProtocolOperationsTest, AddsAndRemovesHandlersWhileEndsAreTold)
     WaitForTheRoadToBeEmpty();
 
     calls.Clear();
-    QueueEnd(PROTOCOL_8, 1); // nobody is left to hear of it
+    QueueEnd(PROTOCOL_8, 1); // no handler is left
     WaitForTheRoadToBeEmpty();
 
     EXPECT_EQ(calls.Count("8 ended 1"), 0u);

@@ -28,7 +28,7 @@ namespace
 
 constexpr uint64 LONG_USEC = 30'000'000;
 
-/// Shows one document, wherever it is asked, and notes where that was.
+/// Returns the same document for every path, and records the paths.
 class FakeRequestProcessor final : public ZuRest::RequestProcessor
 {
 public:
@@ -47,7 +47,7 @@ public:
     std::function<void()> onRead;
 };
 
-/// What a path names in a document.
+/// A document, a path into it, and the text that the path selects.
 struct PathCase
 {
     char const* name;
@@ -71,7 +71,7 @@ protected:
         return text;
     }
 
-    /// Reads until no read runs any more that would have it refused.
+    /// Repeats the read until no other read is running; a running read would refuse it.
     std::string ReadWhenIdle(std::string const& path)
     {
         auto const bound = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
@@ -93,7 +93,7 @@ protected:
     }
 
     ZuTest::LogRecorder log;
-    ZuTest::Latch entered; // these outlive every read
+    ZuTest::Latch entered; // this member and the next ones outlive every read
     ZuTest::Latch release;
     FakeRequestProcessor processor;
     ControlResourceAdaptor adaptor{processor};
@@ -213,10 +213,10 @@ TEST_F(ControlResourceAdaptorTest, GivesUpWhenItsTimeIsOverAndLetsTheReadGoOn)
               (std::vector{ZuTest::Warning("ZuControl::ControlResourceAdaptor::Read",
                                            "Failed to read resource data due to (The task has not ended in time)")}));
 
-    EXPECT_EQ(RefusalOf([this] { Read("/r"); }), (Refusal{-976, BUSY})); // at once, although it might wait long
+    EXPECT_EQ(RefusalOf([this] { Read("/r"); }), (Refusal{-976, BUSY})); // refused at once, despite a long timeout
     release.Open();
     EXPECT_EQ(ReadWhenIdle("/r"), R"("late")");
-    EXPECT_EQ(text, "before"); // nothing came late into what the first caller gave
+    EXPECT_EQ(text, "before"); // the late read writes nothing into the text of the first caller
     EXPECT_EQ(log.Lines().size(), 1u);
 }
 
@@ -230,7 +230,7 @@ TEST_F(ControlResourceAdaptorTest, WritesNothingIntoWhatACallerHasTakenAway)
         EXPECT_EQ(RefusalOf([&] { adaptor.Read(*path, *text, 0); }).status, -998);
     }
 
-    release.Open(); // the read goes on with neither
+    release.Open(); // the read continues; path and text of its caller are destroyed
 
     EXPECT_EQ(ReadWhenIdle("/r").size(), 102u);
 }

@@ -80,7 +80,7 @@ protected:
 
 TEST_F(ControlScanResultsTest, MapsASourceByItsHashAndKeepsTheFirstTextOfANumber)
 {
-    // Two texts whose 64-bit hashes are one.
+    // Two texts with the same 64-bit hash.
     std::string const first = "8yn0iYCKYHlIj4-BwPqk";
     std::string const second = "GReLUrM4wMqfg9yzV3KQ";
     ASSERT_EQ(ScanOutputMap::NumericId(first), ScanOutputMap::NumericId(second));
@@ -188,7 +188,7 @@ TEST_F(ControlScanResultsTest, ReleasesAllThatItTookAndKeepsNoReferenceToTheSet)
 
 TEST_F(ControlScanResultsTest, AllocatesAtMostOnceForASetAndNeverForAnItem)
 {
-    constexpr std::size_t BURST = 50; // no more than a list of the dispatcher has room for
+    constexpr std::size_t BURST = 50; // fits into one list of the dispatcher
     std::vector<std::string> sources;
     for (int i = 0; i < 64; ++i)
     {
@@ -424,7 +424,7 @@ TEST_F(ControlScanResultsTest, TakesNoLockForASetWithNothingInIt)
 namespace
 {
 
-/// Holds whoever writes this line until it is released.
+/// Blocks a thread that logs this line until `release` opens.
 class HoldingSink final : public Zu::Logging::ISink
 {
 public:

@@ -20,7 +20,7 @@ class ReducedSetsTest : public testing::Test
 protected:
     using Sources = std::vector<std::string>;
 
-    /// The next receiver wants these.
+    /// Adds a receiver that wants these sources.
     void Want(Sources const& sources)
     {
         ScanOutputMap::Texts texts;
@@ -110,7 +110,7 @@ TEST_F(ReducedSetsTest, HoldsAReferenceOfEachSetAndGivesThemBack)
         kept = wHandle_Share(reduced.At(1));
     }
 
-    EXPECT_EQ(ReferencesOf(0), 2u); // of the one that somebody kept
+    EXPECT_EQ(ReferencesOf(0), 2u); // `kept` still refers to the item
     EXPECT_EQ(ReferencesOf(1), 1u);
     EXPECT_EQ(ItemsOf(kept.get()), (Items{{"a", 0}}));
 }

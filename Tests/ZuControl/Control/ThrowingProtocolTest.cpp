@@ -17,7 +17,8 @@
 
 #include <stdexcept>
 
-// A protocol whose operations throw, one at a time, leads the life of all protocols beside one that is sound.
+// Two protocols go through the usual calls of a protocol. In one of them, one operation at a time throws. The other
+// protocol and the module must keep working.
 
 namespace ZuControl
 {
@@ -27,7 +28,7 @@ namespace
 
 using ZuCommon::PersistDomain;
 
-/// Gives the manager away that registers.
+/// Keeps the control manager that registers itself.
 class Registry final : public IPersistRegistry
 {
 public:
@@ -80,7 +81,7 @@ protected:
         return processor.Process(request).answer.status;
     }
 
-    /// What may throw into its caller, who is the host.
+    /// Runs a step that may throw to its caller, the host.
     template <typename Step>
     static void Dare(Step&& step)
     {
@@ -149,7 +150,7 @@ TEST_P(ThrowingProtocol, LeavesTheOthersAndTheModuleAlone)
     EXPECT_EQ(Ask("GET", "/controls"), 200u);
 
     module.reset();
-    EXPECT_EQ(bad.use_count(), 1); // nobody holds on to what failed
+    EXPECT_EQ(bad.use_count(), 1); // the module keeps no reference to the failed protocol
     EXPECT_GT(calls.Count(GetParam()), 0u) << "a life does not come by here";
 }
 

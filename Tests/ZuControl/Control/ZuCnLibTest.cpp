@@ -39,7 +39,8 @@ struct Recorder
 
 Recorder* recorder = nullptr; // null: every call goes on unseen
 
-/// Notes the call, then carries it out by the function of this name behind this program; the call that is to fail does not.
+/// Notes the call, then carries it out by the function of this name behind this program; the call that is to fail does
+/// not.
 template <typename... Args>
 wStatus Record(std::string const& call, char const* symbol, Args... args)
 {

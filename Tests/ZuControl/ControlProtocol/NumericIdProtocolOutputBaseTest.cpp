@@ -159,9 +159,9 @@ TEST_F(NumericIdProtocolOutputBaseTest, HasNoIdsBehindTheLastValidOne)
                                   Error(ADD_ALL_LABEL, BadId("c"))}));
 }
 
-// The id behind 65535 is 0 in 16 bits. `AddAll` appends without a search, so an item with the id 0 would stand behind all
-// others: the map would no longer be sorted, a search would miss items, and two items could have the id 0. The order of the map
-// comes first: `AddAll` refuses every entry, as it does for the id 65535 itself.
+// The id behind 65535 is 0 in 16 bits. `AddAll` appends without a search, so an item with the id 0 would stand behind
+// all others: the map would no longer be sorted, a search would miss items, and two items could have the id 0. The
+// order of the map comes first: `AddAll` refuses every entry, as it does for the id 65535 itself.
 TEST_F(NumericIdProtocolOutputBaseTest, KeepsItsOrderBehindTheInvalidId)
 {
     PlaceAt({0, 65533, 65534});

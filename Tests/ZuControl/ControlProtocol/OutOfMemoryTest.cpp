@@ -26,13 +26,13 @@ namespace
 using Json = nlohmann::json;
 using Serializer = Zu::Properties::JsonSerializer;
 
-/// Long enough to need memory of its own.
+/// Long enough for a string to allocate.
 std::string Long(char const* text)
 {
     return "a text that does not fit into itself: " + std::string(text);
 }
 
-/// A map of each kind with three items, and what is done to it.
+/// A map of one kind with three items, and the arguments of its changes.
 struct MapCase
 {
     char const* name;
@@ -104,7 +104,7 @@ protected:
         Serializer::Deserialize(*args, list);
     }
 
-    /// The items, of which there are as many as the map counts.
+    /// The items. Expects that their number equals the map's count.
     std::vector<Json> Items() const
     {
         map->BeginLock();
@@ -114,14 +114,14 @@ protected:
         return items;
     }
 
-    /// Expects the items of `whole` without its first `gone` ones, and finds them.
+    /// Expects the items of `whole` without the first `gone` items, and expects the lookup to find each of them.
     void ExpectAllBut(std::ptrdiff_t gone, std::vector<Json> const& whole)
     {
         EXPECT_EQ(Items(), std::vector<Json>(whole.begin() + gone, whole.end()));
         ExpectEachItemToBeFound();
     }
 
-    /// Looks for each item by its id, which refuses one that the lookup does not know, and takes it out.
+    /// Removes each item by its id. The removal fails for an item that is missing in the lookup.
     void ExpectEachItemToBeFound()
     {
         for (Json const& item : Items())
@@ -152,7 +152,7 @@ TEST_P(OutOfMemoryMap, StaysAsItWasWhenAnItemCannotBeAdded)
         [this] { map->Add(*args); },
         [&](bool isRefused) {
         EXPECT_EQ(Items(), isRefused ? before : after);
-        map->Add(*args); // now it goes in, or is there already
+        map->Add(*args); // adds the item if the failed attempt did not
         EXPECT_EQ(Items(), after);
         ExpectEachItemToBeFound();
     });
@@ -287,7 +287,7 @@ protected:
         block.displayName.Set(Long(displayName));
     }
 
-    /// The blocks, in order and free of overlaps, as many as their types count.
+    /// The blocks. Expects them in order, without overlaps, and as many as their types count.
     std::vector<Place> Places()
     {
         std::vector<Place> places;
@@ -316,7 +316,7 @@ protected:
         }
     }
 
-    /// Takes each block out by its id, which refuses one that the index does not know.
+    /// Removes each block by its id. The removal fails for a block that is missing in the index.
     void ExpectEachBlockToBeFound()
     {
         for (Place const& place : Places())

@@ -43,7 +43,7 @@ constexpr ZuEthernetProtocol NUMBER{100};
 constexpr char const* COMMANDS = "ZuControl::ControlProtocol::ProtocolBase::ProcessReceivedCommonCommands";
 Refusal const NONE_SUCH{-999, ""};
 
-/// Notes what it is asked; says yes to one question at most.
+/// Records the questions; answers at most one of them with yes.
 class Deployment final : public IDeploymentQuery
 {
 public:
@@ -173,7 +173,7 @@ private:
     Zu::Params::Group group;
 };
 
-/// Opens what derived classes use.
+/// Makes the protected operations public.
 class Protocol final : public ProtocolBase
 {
 public:
@@ -270,7 +270,7 @@ protected:
         protocol->Init(params);
     }
 
-    /// Runs a command that must succeed to its end and gives what was done for it.
+    /// Runs a command to its end, expects success, and returns the calls that it caused.
     Calls Done(ControlRegisterCommandData const& command)
     {
         calls.Clear();
@@ -677,7 +677,7 @@ TEST_F(ProtocolBaseTest, GetsNoEndOfAnOperationOnceItIsGone)
     protocol.reset();
     go.Open();
 
-    EXPECT_TRUE(calls.WaitFor("end")); // the record came, and met nobody
+    EXPECT_TRUE(calls.WaitFor("end")); // the end was delivered, and the destroyed protocol was not called
     operations->RemoveOpEndEventHandler(NUMBER, id);
 }
 

@@ -148,7 +148,7 @@ constexpr bool IS_SIZED = requires(Item item)
 
 } // namespace
 
-/// A map and its model, which are asked the same.
+/// A map and its model. Both get the same calls.
 template <typename Kind>
 class ProtocolOutputBaseRandomTest : public testing::Test
 {
@@ -179,7 +179,7 @@ protected:
         return item;
     }
 
-    /// In all but at most one member.
+    /// An item that differs in at most one member.
     Walked LikeOneThatIsThere()
     {
         Walked item = walked.items[draws.IndexOf(walked.items)];
@@ -353,7 +353,7 @@ protected:
         }
     }
 
-    /// Has both do the same and compares what they say: status, text and lines of the log in their order.
+    /// Runs the same operation on both and compares status, text and log lines in their order.
     template <typename WalkedAction, typename Action>
     void Compare(WalkedAction&& expected, Action&& done)
     {
@@ -375,7 +375,7 @@ protected:
         }
     }
 
-    /// The same for what gives an answer when it is not refused.
+    /// The same for an operation that returns a value unless it is refused.
     template <typename WalkedQuestion, typename Question>
     void CompareAnswers(WalkedQuestion&& expected, Question&& asked)
     {
@@ -402,7 +402,7 @@ protected:
         for (std::size_t i = 0; i < walked.items.size(); ++i)
         {
             typename Kind::Item const& item = record.map.At(i);
-            if (!IsSame(item, walked.items[i])) // no text is copied for the many that agree
+            if (!IsSame(item, walked.items[i])) // tested first, so that equal items cost no copy of a text
             {
                 ASSERT_EQ(ReadBack(item), walked.items[i]) << "at " << i;
             }

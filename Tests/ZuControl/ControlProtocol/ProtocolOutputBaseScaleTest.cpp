@@ -13,7 +13,7 @@ namespace ZuControl::ControlProtocol
 namespace
 {
 
-/// What this thread has used of the processor, which a busy machine does not stretch.
+/// The CPU time of the calling thread. Other load on the machine does not increase it.
 double UsedSeconds()
 {
     std::timespec time{};
@@ -26,9 +26,9 @@ std::string SourceName(uint32 number)
     return "tool/" + std::to_string(number) + "/measurement";
 }
 
-using Round = std::function<double(uint32 count)>; // gives the seconds that it took
+using Round = std::function<double(uint32 count)>; // returns the seconds of CPU time
 
-/// One round adds all at once.
+/// Adds all items with one call.
 double AddInBulk(uint32 count)
 {
     StandardProtocolOutputMap map(65535, 0, 65534);
@@ -44,7 +44,7 @@ double AddInBulk(uint32 count)
     return used;
 }
 
-/// One round adds one after the other.
+/// Adds the items one by one.
 double AddOneByOne(uint32 count)
 {
     StandardProtocolOutputMap map(65535, 0, 65534);
@@ -79,7 +79,8 @@ void ExpectManyToCostAsFewDo(Round const& round)
     EXPECT_LE(many, 3 * few) << "seconds per entry: " << few << " of 100, " << many << " of 10,000";
 }
 
-/// What it takes to compare each source with all that came before it. Every twentieth is measured: it is slow.
+/// The time to compare each source with all sources before it. Only every twentieth source is measured, because this is
+/// slow.
 double CompareWithAllBefore(uint32 count)
 {
     constexpr uint32 STEP = 20;

@@ -28,7 +28,7 @@ using Lines = std::vector<LogLine>;
 char const* const ADD_LABEL = "ZuControl::ControlProtocol::ProtocolOutputBase::Add_Helper";
 char const* const UPDATE_LABEL = "ZuControl::ControlProtocol::ProtocolOutputBase::UpdateId_Helper";
 
-/// What the map says of an id that is taken, in its three wordings.
+/// The text of a refusal for a taken id; `verb` and `source` make its three variants.
 std::string Taken(std::string const& verb, std::string const& source)
 {
     return "Unable to " + verb + source +
@@ -41,7 +41,7 @@ using StandardBase =
 using TextBase = ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
                                     TextIdStandardOutputItemArgs>;
 
-/// A kind of one's own, with numbers that cannot shift.
+/// A kind of map as a plug-in may define it: numeric ids that cannot shift.
 struct OwnOutputs final : public StandardOutputs
 {
 };
@@ -57,7 +57,7 @@ public:
     }
 };
 
-/// Where an operation stands in the table that plug-ins call through. The object format keeps it in the pointer.
+/// The slot of an operation in the virtual table that plug-ins call through, read from the pointer to member.
 template <typename Operation>
 std::ptrdiff_t SlotOf(Operation operation)
 {
@@ -431,7 +431,7 @@ TEST_F(ProtocolOutputBaseTest, WantsBothIdsToBeGiven)
 
 TEST_F(ProtocolOutputBaseTest, HasNothingToDoForEqualIds)
 {
-    EXPECT_EQ(UpdateId(5, 5), done); // also one that it does not have
+    EXPECT_EQ(UpdateId(5, 5), done); // succeeds although the map has no id 5
 
     EXPECT_EQ(ArgumentItems(), (Ids{{5, ""}, {5, ""}}));
     EXPECT_EQ(log.Lines(), noLines);

@@ -25,7 +25,7 @@ namespace
 {
 
 constexpr uint16 NO_ID = ZuTest::WalkedAssembly::NO_ID;
-constexpr int32 FOREIGN = -1; // in the place of a status: the exception was none of ours
+constexpr int32 FOREIGN = -1; // in place of a status: the exception is no Zu::Exception
 
 /// One way of using an assembly.
 struct Usage
@@ -106,7 +106,7 @@ bool IsSame(ProtocolRegisterBlock const& block, WalkedBlock const& expected)
            (block.HasDataSource() ? block.DataSource() : "") == expected.dataSource;
 }
 
-/// What an operation ends with, the model's or the assembly's.
+/// The refusal that an operation of the model or of the assembly ends with.
 template <typename Action>
 Refusal OutcomeOf(Action&& action)
 {
@@ -126,7 +126,7 @@ Refusal OutcomeOf(Action&& action)
 
 } // namespace
 
-/// An assembly and its model, which are asked the same.
+/// An assembly and its model. Both get the same calls.
 class ProtocolRegisterAssemblyBaseRandomTest : public testing::TestWithParam<Usage>
 {
 protected:
@@ -138,7 +138,7 @@ protected:
         }
     }
 
-    /// An id that is asked for: mostly one near the others, at times none.
+    /// A requested id: mostly near the others, sometimes none.
     uint16 SomeId()
     {
         if (draws.OneIn(8))
@@ -166,7 +166,7 @@ protected:
         return TYPES[draws.IndexOf(TYPES)].name;
     }
 
-    /// A text with one of a few numbers, at times none.
+    /// A text with one of a few numbers, sometimes an empty text.
     std::string SomeText(char const* start)
     {
         return draws.OneIn(3) ? "" : start + std::to_string(draws.Below(20));
@@ -318,7 +318,7 @@ protected:
         }
     }
 
-    /// Has both do the same and compares what they say: status, text and lines of the log in their order.
+    /// Runs the same operation on both and compares status, text and log lines in their order.
     template <typename WalkedAction, typename Action>
     void Compare(WalkedAction&& expected, Action&& done)
     {
@@ -340,7 +340,7 @@ protected:
         auto expected = walked.blocks.begin();
         for (auto const& block : blocks)
         {
-            if (!IsSame(*block, *expected)) // no text is copied for the many that agree
+            if (!IsSame(*block, *expected)) // tested first, so that equal blocks cost no copy of a text
             {
                 ASSERT_EQ(ReadBack(*block), *expected);
             }

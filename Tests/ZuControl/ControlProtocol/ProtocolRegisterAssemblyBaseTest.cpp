@@ -37,7 +37,7 @@ Refusal const NOTHING_ADDED{0, "No register blocks were added."};
 Refusal const NOTHING_REMOVED{0, "No register blocks were removed."};
 constexpr uint16 NO_ID = 65535;
 
-/// A block whose construction fails.
+/// A block that throws a Zu::Exception in its constructor.
 struct FailingBlock : public ProtocolRegisterBlock
 {
     FailingBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
@@ -47,7 +47,7 @@ struct FailingBlock : public ProtocolRegisterBlock
     }
 };
 
-/// One that fails with what is none of ours.
+/// A block that throws another exception in its constructor.
 struct StrangeBlock : public ProtocolRegisterBlock
 {
     StrangeBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
@@ -90,7 +90,7 @@ private:
     std::function<bool()> const isFree;
 };
 
-/// One that changes how blocks are added.
+/// An assembly that overrides how blocks are added.
 class OwnAssembly final : public ProtocolRegisterAssemblyBase
 {
 public:
@@ -105,7 +105,8 @@ public:
     int calls = 0;
 };
 
-// Private and called by nobody: reached for its test through an explicit instantiation, which may name it.
+// The operation is private and has no caller. The test reaches it through an explicit instantiation, which may name
+// private members.
 using GapQuestion = bool (ProtocolRegisterAssemblyBase::*)(std::list<std::shared_ptr<ProtocolRegisterBlock>>::iterator,
                                                            uint16, uint16);
 GapQuestion gapQuestion = nullptr;
@@ -202,14 +203,15 @@ protected:
         return placed;
     }
 
-    /// The one line of a refused element.
+    /// Expects one log line, for a refused element.
     void ExpectLine(std::string const& text)
     {
         EXPECT_EQ(log.Lines(), (Lines{UserWarning(text)}));
         log.Clear();
     }
 
-    /// Whether the calling thread holds the lock: only then may it let it go, and takes it again.
+    /// Whether the calling thread holds the lock. Releases it for the test, which works only for the holder, and takes
+    /// it again.
     bool IsLockHeld()
     {
         if (RefusalOf([this] { assembly->EndLock(); }) != DONE)

@@ -41,7 +41,7 @@ struct Assembly
     ProtocolRegisterAssemblyActionTarget target{base};
 };
 
-/// An assembly that holds up whoever asks for its data sources.
+/// An assembly that blocks each call of `DataSourceList` until `answer` opens.
 class SlowAssembly final : public ProtocolRegisterAssemblyBase
 {
 public:
@@ -122,7 +122,7 @@ TEST(ProtocolRegisterAssemblyGroup, SaysWithoutItsLockWhetherItIsEmpty)
     ProtocolRegisterAssemblyActionTarget target(assembly);
     ProtocolRegisterAssemblyGroup group;
     group.Add(assembly, target);
-    std::thread asking([&] { group.DataSourceList(); }); // holds the lock of the group until it is answered
+    std::thread asking([&] { group.DataSourceList(); }); // holds the lock of the group until `answer` opens
     ASSERT_TRUE(assembly.asked.Wait());
 
     EXPECT_FALSE(group.Empty());

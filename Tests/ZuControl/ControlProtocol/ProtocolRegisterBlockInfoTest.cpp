@@ -33,7 +33,7 @@ RegisterBlockInfoParams Limited(uint16 least, uint16 most)
     return params;
 }
 
-/// What a type shows of itself.
+/// The attributes of a block type.
 struct Shown
 {
     std::string type;

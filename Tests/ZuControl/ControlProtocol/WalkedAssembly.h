@@ -21,12 +21,12 @@ struct WalkedType
     uint16 least = 0;
     uint16 most = 0;
     bool hasDataSource = false;
-    Refusal construction{1, ""};        ///< what the making of a block ends with
-    bool isConstructionForeign = false; ///< with an exception that is none of ours
+    Refusal construction{1, ""};        ///< the outcome of a block's constructor
+    bool isConstructionForeign = false; ///< the constructor throws an exception that is no Zu::Exception
     uint16 instances = 0;
 };
 
-/// A block, or the arguments of one that is to be added.
+/// A block, or the arguments for a new block.
 struct WalkedBlock
 {
     std::string type;
@@ -38,10 +38,10 @@ struct WalkedBlock
     bool operator==(WalkedBlock const&) const = default;
 };
 
-/// What a register assembly does, as it is told and with nothing beside the list of blocks: the model that an assembly is
-/// compared with.
+/// The reference model of a register assembly: a plain list of blocks that is searched from the start for every
+/// operation.
 ///
-/// A refused operation throws a `Refusal`; what it says to the log is appended to `lines`.
+/// A refused operation throws a `Refusal`; its log lines are appended to `lines`.
 class WalkedAssembly final
 {
 public:
@@ -73,7 +73,7 @@ public:
         }
     }
 
-    /// Of `given` what a block has and is not empty is taken over.
+    /// Takes over the members of `given` that are not empty and that the block's type has.
     void Update(uint16 id, WalkedBlock const& given, bool autoShift)
     {
         if (id > 65534)
@@ -193,7 +193,7 @@ public:
 private:
     using Place = std::list<WalkedBlock>::iterator;
 
-    /// Whether any of them went well; those that did not are a line each.
+    /// Whether the step succeeded for at least one element. Each refused element adds a line.
     template <typename List, typename Step>
     bool TryEach(List& list, Step&& step)
     {

@@ -5,7 +5,7 @@
 namespace ZuTest
 {
 
-/// The model of a map whose output ids are plain numbers.
+/// The reference model of a map with plain numbers as output ids.
 class WalkedNumbers : public WalkedOutputMap<uint16>
 {
 public:
@@ -18,7 +18,7 @@ public:
     void AddAll(std::vector<Item>& list) override
     {
         std::string const label = Label("NumericIdProtocolOutputBase::AddAll");
-        // Behind the invalid id, which a shift may have left behind, there is none.
+        // No id follows the invalid id, which a shift may have produced.
         uint16 nextId = items.empty() ? 0 : static_cast<uint16>(std::min(items.back().id + 1, int{NO_ID}));
         int32 status = 1;
         for (Item& entry : list)

@@ -12,7 +12,7 @@
 namespace ZuTest
 {
 
-/// An item of an output map of any kind. Only one in registers has the numbers.
+/// An item of an output map of any kind. Only items of register maps use size, offset and length.
 template <typename Id>
 struct WalkedItem
 {
@@ -25,9 +25,9 @@ struct WalkedItem
     bool operator==(WalkedItem const&) const = default;
 };
 
-/// What all output maps do, as it is told and with nothing beside the list of items: the model that a map is compared with.
+/// The reference model of an output map: a plain list of items that is searched from the start for every operation.
 ///
-/// A refused operation throws a `Refusal`; what it says to the log is appended to `lines`.
+/// A refused operation throws a `Refusal`; its log lines are appended to `lines`.
 template <typename Id>
 class WalkedOutputMap
 {

@@ -5,7 +5,7 @@
 namespace ZuTest
 {
 
-/// The model of a map whose output ids are register addresses.
+/// The reference model of a map with register addresses as output ids.
 class WalkedRegisters final : public WalkedNumbers
 {
 public:

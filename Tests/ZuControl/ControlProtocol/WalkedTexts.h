@@ -5,7 +5,7 @@
 namespace ZuTest
 {
 
-/// The model of a map whose output ids are texts, in the order of their bytes.
+/// The reference model of a map with texts as output ids, in the order of their bytes.
 class WalkedTexts final : public WalkedOutputMap<std::string>
 {
 public:

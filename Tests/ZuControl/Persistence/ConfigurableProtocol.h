@@ -20,7 +20,7 @@
 namespace ZuControl
 {
 
-/// Notes calls, and runs what a test has hung on them.
+/// Records calls, and runs the functions that a test has set for them.
 class Hooks
 {
 public:
@@ -54,7 +54,7 @@ struct ProtocolParts
     unsigned assemblies = 0; ///< "r0", "r1" and so on; those with even numbers have the global address space 0 to 999
 };
 
-/// What a protocol of a test is set to.
+/// The parameters of a protocol of a test.
 struct ConfigurableParams final : public Zu::Params::Group
 {
     ConfigurableParams();
@@ -80,8 +80,8 @@ struct ConfigurableParams final : public Zu::Params::Group
 
 /// A protocol with real parameters, a real output map and real register assemblies.
 ///
-/// What reaches it is noted in `hooks` by the name of the operation, "Map." or the id of the assembly in front where it is
-/// not the protocol's own.
+/// Its calls are recorded in `hooks` by the name of the operation. Calls to the map have the prefix "Map.", calls to an
+/// assembly the prefix of its id and a dot.
 /// The block types of an assembly are "Plain" (2 registers), "Scan" (3 registers, with a data source) and "Single" (1
 /// register; at least one, at most one).
 class ConfigurableProtocol final : public ControlProtocol::ProtocolBase

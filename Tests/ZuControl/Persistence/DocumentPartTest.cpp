@@ -35,7 +35,7 @@ struct Point : Zu::Params::Group
     Zu::Params::Value<std::string> name;
 };
 
-/// A value of each kind that there is.
+/// A value of each kind.
 struct Everything : Zu::Params::Group
 {
     Everything()
@@ -64,7 +64,7 @@ struct Everything : Zu::Params::Group
     Zu::Properties::Value<std::vector<std::string>> texts;
 };
 
-/// What was stored, and what was thrown.
+/// The stored values and the text of the exception, if any.
 template <typename Read>
 std::string Outcome(Read&& read)
 {

@@ -34,7 +34,7 @@ protected:
 
     static constexpr char const* PATH = "/controls/x/config.json";
 
-    // One for the whole suite: it does nothing here, and its end takes a while.
+    // One object for the whole suite, because its destruction is slow. The tests do not use it.
     struct Operations
     {
         ZuTest::CallLog calls;
@@ -71,7 +71,7 @@ protected:
         Forget();
     }
 
-    /// What was logged and called so far is of no interest.
+    /// Clears the recorded calls and log lines.
     void Forget()
     {
         hooks.calls.Clear();
@@ -100,7 +100,7 @@ protected:
         control.Save(*instance, ZuCommon::PersistDomain::JOB, store);
     }
 
-    /// The settings as they are saved now; nothing that this does is kept or logged.
+    /// The settings that a save writes now. The save itself leaves no recorded call or log line.
     Json Settings()
     {
         ZuTest::FakePersistStore other;

@@ -42,7 +42,7 @@ private:
         return static_cast<uint32>(generator() % limit);
     }
 
-    /// Any value of the document, with a liking for those deep inside.
+    /// A random value of the document; deeply nested values are more likely.
     Json& Pick(Json& document)
     {
         Json* picked = &document;
@@ -72,7 +72,7 @@ private:
         case 1:
             picked = Json::parse(OTHERS[Below(std::size(OTHERS))]);
             break;
-        case 2: // what stands elsewhere, so that ids and sources are there twice
+        case 2: // a copy of another value, so that ids and sources occur twice
         {
             Json const other = Pick(document);
             Pick(document) = other;
@@ -165,7 +165,7 @@ protected:
         Build({.map = MapKind::REGISTER, .assemblies = 2});
     }
 
-    /// What a load does not touch when it refuses a document as a whole.
+    /// Whether the load accepts the outer form of the document. It refuses a document of another form as a whole.
     static bool IsOfThisForm(Json const& document)
     {
         return document.is_object() && document.contains("zu:control") && document.contains("version") &&

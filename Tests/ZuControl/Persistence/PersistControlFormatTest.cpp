@@ -7,7 +7,7 @@ using ZuTest::Refusal;
 using ZuTest::RefusalOf;
 using Lines = std::vector<ZuTest::LogLine>;
 
-/// What is tested before anything of the instance is touched, and what the enabled state has to do with it.
+/// Loads refuse a document of a wrong form before they change the instance; the effect on the enabled state.
 class PersistControlFormatTest : public InstanceWithStore
 {
 protected:
@@ -34,7 +34,7 @@ protected:
         EXPECT_TRUE(instance->IsEnabled());
     }
 
-    /// What a reset with the enabled state kept does.
+    /// The calls of a reset that keeps the enabled state.
     Calls const reset{"ResetParams",
                       "Map.Clear",
                       "OutputsUpdate",

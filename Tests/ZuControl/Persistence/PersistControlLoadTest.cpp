@@ -13,7 +13,7 @@ using ZuTest::Refusal;
 using ZuTest::RefusalOf;
 using Lines = std::vector<ZuTest::LogLine>;
 
-/// What a load takes over, and what it says and leaves behind where it cannot.
+/// The values that a load applies, and the log lines and the state after a failed load.
 class PersistControlLoadTest : public InstanceWithStore
 {
 protected:
@@ -134,7 +134,7 @@ protected:
         return {{"outputId", id}, {"source", source}};
     }
 
-    /// Settings whose every part has something to apply.
+    /// Settings with a value to apply in every part.
     static Json Full()
     {
         return {{"enabled", true},

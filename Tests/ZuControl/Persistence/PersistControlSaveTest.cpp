@@ -12,11 +12,11 @@ using ZuTest::Refusal;
 using ZuTest::RefusalOf;
 using Lines = std::vector<ZuTest::LogLine>;
 
-/// What is saved, and what is said and left in the store where it cannot be.
+/// The documents that a save writes, and the log lines and the store after a failed save.
 class PersistControlSaveTest : public InstanceWithStore
 {
 protected:
-    /// Saves over an older document and expects that it still stands.
+    /// Saves over an older document and expects that the older document is unchanged. Returns the refusal.
     Refusal Refused()
     {
         store.files[PATH] = "older";

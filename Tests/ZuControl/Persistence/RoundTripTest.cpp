@@ -46,12 +46,12 @@ std::string PathOf(std::string const& name)
 ProtocolParts PartsOf(unsigned number)
 {
     constexpr MapKind KINDS[] = {MapKind::REGISTER, MapKind::STANDARD, MapKind::TEXT_ID, MapKind::NONE};
-    return {.number = number == 7 ? 6 : static_cast<int32>(100 + number), // one that saves its parameters only
+    return {.number = number == 7 ? 6 : static_cast<int32>(100 + number), // protocol 6 saves only its parameters
             .map = KINDS[number % 4],
             .assemblies = number % 3};
 }
 
-/// Carries an action out as a client does; true when it was taken.
+/// Executes an action as a client does. Returns whether it succeeded.
 bool Act(IControlActionTarget& target, char const* action, Json const& arguments)
 {
     auto const args = target.GetActionParams(action);
@@ -274,12 +274,12 @@ private:
     std::mt19937_64 generator;
 };
 
-/// What a load of `settings` is to make of them: the entries and blocks that "add" takes in the order of the file. Here it
-/// is asked of a module of its own, entry by entry.
+/// Computes the expected result of a load of `settings`: the entries and blocks that "add" accepts in the order of the
+/// file. A separate module adds them one by one.
 class Replay
 {
 public:
-    /// The settings to be found; `rejected` when an output was not taken, which ends the load there.
+    /// The expected settings. Sets `rejected` if the map refuses an output; the load ends at that output.
     Json Expected(Json const& settings, unsigned number)
     {
         IControlInstance& instance = module.Instance(number);

@@ -211,7 +211,7 @@ TEST_P(OutputResource, IsChangedByARequestThatThenFailsForWantOfAKey)
         EXPECT_EQ(Read().at("enabled"), enabled);
         EXPECT_EQ(calls.All(), Calls{});
     }
-    Write({{"enabled", true}}); // nothing new to the record, but to those who were not told
+    Write({{"enabled", true}}); // does not change the record, but listeners were not notified of this value yet
 
     EXPECT_EQ(calls.All(), (Calls{Notice("0", "0")}));
 }

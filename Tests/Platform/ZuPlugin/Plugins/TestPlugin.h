@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-/// What the plug-ins of the tests offer: an object that is a text.
+/// A plug-in of the tests; the object that it offers is a text.
 class TestPlugin final : public ZuPlugin::IPlugin
 {
 public:

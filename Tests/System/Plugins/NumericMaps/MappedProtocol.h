@@ -25,7 +25,7 @@
 namespace NumericMaps
 {
 
-/// What a protocol of these tests is called.
+/// The id and the names of a protocol of these tests.
 struct Names
 {
     ZuControl::ZuEthernetProtocol id;
@@ -33,8 +33,8 @@ struct Names
     char const* displayName;
 };
 
-/// A protocol with an output map whose ids are numbers, and nobody to send to: what it would send stands in its metrics,
-/// "sent", as "id=value" words in the order of the ids.
+/// A protocol with an output map that has numeric ids. It has no client: its metric "sent" shows the values that it
+/// would send, as "id=value" words in the order of the ids.
 template <typename Map>
 class MappedProtocol final : public ZuControl::ControlProtocol::ProtocolBase
 {

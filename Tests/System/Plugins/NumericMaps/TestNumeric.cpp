@@ -1,4 +1,4 @@
-// A protocol whose outputs are numbered: ids 0 to 200 for those who look, and 8 outputs at most.
+// A protocol with numbered outputs: ids 0 to 200, at most 8 outputs.
 
 #include "MappedProtocol.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"

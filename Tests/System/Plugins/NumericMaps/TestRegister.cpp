@@ -1,4 +1,4 @@
-// A protocol whose outputs lie in registers: 50 of them from 100 on, two bytes each, and 16 outputs at most.
+// A protocol with outputs in registers: 50 registers from address 100, two bytes each, at most 16 outputs.
 
 #include "MappedProtocol.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
