@@ -123,7 +123,7 @@ def fail(text):
 
 
 def run(command):
-    """The output of a command; one that fails or does not end ends it all."""
+    """Returns the output of a command. Ends the program if the command fails or does not end in time."""
     try:
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=SECONDS_AT_MOST)
     except subprocess.TimeoutExpired:
@@ -213,7 +213,7 @@ def judge(goal, figures):
 
 
 def machine():
-    """What the figures depend on."""
+    """Describes the machine, since the figures depend on it."""
     text = pathlib.Path("/proc/cpuinfo").read_text()
     model = re.search(r"^model name\s*: (.*)$", text, re.MULTILINE)
     load = os.getloadavg()[0]

@@ -1,4 +1,4 @@
-"""What the options of the build switch on and off. Configures only; nothing is compiled."""
+"""The build options switch targets on and off. The test only configures; it compiles nothing."""
 
 import json
 import pathlib

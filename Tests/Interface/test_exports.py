@@ -1,4 +1,4 @@
-"""What libZuControl.so offers to code that derives from its interfaces, and what it asks of a platform, by its dynamic symbols."""
+"""The dynamic symbols of libZuControl.so: its exports for code that derives from its interfaces, and its imports from a platform."""
 
 import os
 import pathlib

@@ -1,4 +1,4 @@
-"""A tree that another user has built: `run`, `scripts/build` and `cmake --install` stop with a sentence that says so."""
+"""In a tree that another user has built, `run`, `scripts/build` and `cmake --install` stop with a clear message."""
 
 import os
 import pathlib
@@ -30,7 +30,9 @@ def run(*words, **options):
 
 
 def run_as_another_user(*words):
-    """As nobody when this is root. Otherwise as this user, for whom `lock` has taken the right to write away."""
+    """Runs the command as the user "nobody" if the test runs as root.
+    
+    Otherwise runs it as the same user, without the write permissions that `lock` removes."""
     if os.geteuid() != 0:
         return run(*words)
     nobody = pwd.getpwnam("nobody")
@@ -58,7 +60,7 @@ class TreeOfAnotherUser(unittest.TestCase):
         program(self.tree / "build/release/bin/zucontrol-host", OLD_HOST)
 
     def lock(self, *names):
-        """Lets another user write everything below build but these."""
+        """Lets another user write everything below build except these files."""
         places = [self.tree / "build", *(self.tree / "build").rglob("*")]
         for place in places:
             place.chmod(place.stat().st_mode | 0o222)

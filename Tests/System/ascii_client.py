@@ -13,7 +13,7 @@ PHASES = [{"meanZ": "10.000", "points": "481.000", "width": "60.000", "zMax": "1
 
 
 def phase_of(frame):
-    """What a frame sees: 80 frames, 80 frames, 40 frames, and again."""
+    """The part in view of a frame: 80 frames, 80 frames, 40 frames, then again from the start."""
     position = frame % 200
     return PHASES[0 if position < 80 else 1 if position < 160 else 2]
 
@@ -58,7 +58,7 @@ class AsciiClient:
         return self.line()
 
     def run(self, request):
-        """Begins an operation and gives what became of it."""
+        """Begins an operation and returns its end."""
         answer = self.ask(request)
         return self.line() if answer == "OK" else answer
 

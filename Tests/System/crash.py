@@ -1,4 +1,4 @@
-"""Kills the host while clients change its configuration as fast as they can, and looks at what it finds when it starts again."""
+"""Kills the host while clients change its configuration as fast as they can, and checks the configuration after a restart."""
 
 import http.client
 import pathlib
@@ -18,7 +18,7 @@ MOST = 80_000  # of the values: the bound of the parameter is above it
 class Changer(threading.Thread):
     """Counts a parameter of one protocol up until the host is gone.
 
-    `sent` is the last value of which a change was begun, `durable` the last of which the host has said that it is saved."""
+    `sent` is the last value that was sent, `durable` the last value that the host has confirmed as saved."""
 
     def __init__(self, port, protocol, chance):
         super().__init__()
@@ -36,7 +36,7 @@ class Changer(threading.Thread):
                     self.change(rest)
         except (OSError, http.client.HTTPException):
             pass  # killed
-        except BaseException as failure:  # told to the test by the one who joins
+        except BaseException as failure:  # reported to the test by the joining thread
             self.failure = failure
 
     def change(self, rest):
@@ -50,7 +50,7 @@ class Changer(threading.Thread):
 
 
 def check_integrity(data):
-    """Of each file as it lies there, journal and all."""
+    """Checks each file as the killed host left it, with its journal."""
     for file in sorted(pathlib.Path(data).glob("*.zp*")):
         if file.name.endswith("-journal"):
             continue
@@ -61,7 +61,7 @@ def check_integrity(data):
 
 
 def crash_once(data, chance):
-    """Starts the host, has it changed, kills it at a random moment, and gives those who have changed it."""
+    """Starts the host and the changing clients, kills the host at a random moment, and returns the clients."""
     host = Host(data=data, modbus=False)
     host.__enter__()
     changers = [Changer(host.http_port, protocol, random.Random(chance.random())) for protocol in ("ModbusTcp", "AsciiTcp")]
@@ -94,7 +94,7 @@ def check_after(data, changers):
 
 
 def crash_rounds(data, rounds, seed, tell=lambda text: None):
-    """Gives how many values were durable in all, to show that there was something to be lost."""
+    """Returns the number of durable values in all, as proof that a loss was possible."""
     chance = random.Random(seed)
     durable = 0
     for number in range(1, rounds + 1):

@@ -16,7 +16,7 @@ PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer bu
 class Host:
     """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready.
 
-    Without `data` its jobs live in a folder that goes with it."""
+    Without `data` the jobs are in a temporary folder, which is deleted at the end."""
 
     def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None):
         self.scratch = tempfile.TemporaryDirectory() if data is None else None
@@ -113,7 +113,7 @@ def run_host(*arguments):
 
 
 def wait_until(condition, what="the condition"):
-    """Polls until `condition()` gives something true, within a bound, and gives that."""
+    """Polls until `condition()` returns a true value, with a bound, and returns that value."""
     deadline = time.monotonic() + PATIENCE
     while time.monotonic() < deadline:
         result = condition()

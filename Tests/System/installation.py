@@ -16,7 +16,7 @@ INCLUDE = re.compile(r"^\s*#\s*include\s+<([^>]+)>", re.MULTILINE)
 
 
 def run(*words, **options):
-    """What a program prints. A program that fails raises an AssertionError with its words."""
+    """Returns the output of a program. Raises an AssertionError with the output if the program fails."""
     done = subprocess.run([str(word) for word in words], capture_output=True, text=True, timeout=10 * PATIENCE, **options)
     if done.returncode != 0:
         raise AssertionError(f"{' '.join(map(str, words))} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
@@ -28,7 +28,7 @@ def install(prefix):
 
 
 def package_folder(prefix):
-    """What PKG_CONFIG_PATH is set to."""
+    """The value of PKG_CONFIG_PATH."""
     return next(prefix.glob("lib/**/pkgconfig"))
 
 
@@ -43,7 +43,7 @@ def library_headers():
 
 
 def hide_private_dependencies(folder):
-    """Fills `folder` with headers that stop the compiler. Gives the flag that puts them ahead of the real ones."""
+    """Fills `folder` with headers that stop the compiler. Returns the flag that makes the compiler find them before the real headers."""
     for name in library_headers():
         if name.startswith(PRIVATE_DEPENDENCIES):
             (folder / name).parent.mkdir(parents=True, exist_ok=True)

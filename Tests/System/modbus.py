@@ -48,7 +48,7 @@ class ModbusClient:
             raise ValueError("the answer to a write does not repeat the request")
 
     def request(self, pdu):
-        """Sends one PDU and gives the answer's; raises ModbusException for a refusal."""
+        """Sends one PDU and returns the PDU of the answer; raises ModbusException for a refusal."""
         self.transaction = (self.transaction + 1) & 0xFFFF
         self.socket.sendall(struct.pack(">HHHB", self.transaction, 0, len(pdu) + 1, self.unit) + pdu)
         transaction, protocol, length, unit = struct.unpack(">HHHB", self.receive(7))
@@ -72,7 +72,7 @@ class ModbusClient:
 
 
 def unsigned(registers):
-    """An unsigned number whose most significant register comes first."""
+    """An unsigned number, most significant register first."""
     number = 0
     for register in registers:
         number = number << 16 | register

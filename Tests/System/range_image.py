@@ -1,4 +1,4 @@
-"""Range images as PCD v0.7 files, and what a profile of one measures, computed apart from the host."""
+"""Range images as PCD v0.7 files, and the measurements of their profiles, computed independently of the host."""
 
 import math
 import struct

@@ -1,4 +1,4 @@
-"""A REST client on one connection, and what a valid HAL document is."""
+"""A REST client on one connection, and a check for valid HAL documents."""
 
 import http.client
 import json
@@ -88,7 +88,7 @@ def references(relations):
 
 
 def check_hal(test, document, path):
-    """Asserts that the document, and what is embedded in it, is HAL as we write it; the one at `path` has it as its `self`."""
+    """Asserts that a document and its embedded documents are valid HAL, and that the link `self` of the document is `path`."""
     test.assertIsInstance(document, dict, path)
     links = document["_links"]
     test.assertEqual(links["self"]["href"], path)

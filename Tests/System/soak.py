@@ -24,7 +24,7 @@ JOBS = ["soak-a", "soak-b"]
 NAMES = ["zMax", "zMin", "width", "meanZ", "points"]  # in the order of the registers
 MODBUS = "/controls/ModbusTcp"
 
-# Errors that the host is to write while all this goes on, and why.
+# Errors that the host is expected to log during the run, and why.
 NAMED_ERRORS = []
 
 ERROR_LINE = re.compile(r"^\S+ \S+ error ")
@@ -66,7 +66,7 @@ class Soak:
                 self.check_registers(client.read(150, 35))
 
     def check_registers(self, registers):
-        """One read is one frame. A block that a load has just placed anew reads zeros until the next frame."""
+        """Checks that one read returns one frame. A block that a load has just placed reads as zeros until the next frame."""
         counter, pairs = decode(registers)
         if counter == 0:
             self.count("reads without a frame")
@@ -125,7 +125,7 @@ class Soak:
         return int(re.search(r"VmRSS:\s*(\d+)", status).group(1))
 
     def fewest(self, kind):
-        """Of descriptors ("fd") or threads ("task"), as few as were seen within a second: requests come and go."""
+        """The smallest number of descriptors ("fd") or threads ("task") within a second, because requests come and go."""
         folder = pathlib.Path("/proc") / str(self.host.process.pid) / kind
         counts = []
         for _ in range(20):

@@ -1,4 +1,4 @@
-"""The line protocol, against the real host: values, operations, and what a client can do wrong."""
+"""The line protocol, against the real host: values, operations, and errors of clients."""
 
 import json
 import pathlib
@@ -29,7 +29,7 @@ def metrics(rest):
 
 
 def is_refused(port):
-    """Whether the port takes no client: nobody listens, or the connection is closed at once."""
+    """Whether the port refuses clients: no program listens, or the connection is closed at once."""
     try:
         with socket.create_connection(("127.0.0.1", port), timeout=PATIENCE) as client:
             return client.recv(1) == b""
@@ -46,7 +46,7 @@ def session(page, heading):
 
 
 def without_moments(lines):
-    """The lines, with what differs from one moment to the next made equal."""
+    """The lines, with values that change over time replaced by fixed texts."""
     return [re.sub(r"(^DATA|uptime=)( ?)\d+", r"\1\2N", line) for line in lines]
 
 

@@ -1,4 +1,4 @@
-"""What bad input gets: a clear answer for the one who sent it, and nothing for anybody else."""
+"""Bad input gets a clear answer and does not affect other clients."""
 
 import pathlib
 import socket

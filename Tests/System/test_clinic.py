@@ -1,4 +1,4 @@
-"""Plug-ins that would take the sensor down: it starts without them and says so; and the check of one plug-in."""
+"""The host starts without plug-ins that would crash it, and reports them; and the check of one plug-in."""
 
 import json
 import unittest

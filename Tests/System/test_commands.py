@@ -1,4 +1,4 @@
-"""The command session of the README, run with mbpoll, and what a PLC sees of it."""
+"""The command session of the README, run with mbpoll, and its effects on the registers that a PLC reads."""
 
 import pathlib
 import re
@@ -14,7 +14,7 @@ README = pathlib.Path(__file__).resolve().parents[2] / "README.md"
 
 
 def register_lines(text):
-    """The register values in what mbpoll prints."""
+    """The register values in the output of mbpoll."""
     return {int(at): int(value) for at, value in re.findall(r"^\[(\d+)\]:\s+(-?\d+)", text, re.MULTILINE)}
 
 

@@ -1,4 +1,4 @@
-"""Whatever clients configure comes back from its job after a restart, document for document, as far as it can be added in the order of its file."""
+"""A restart restores every configuration from its job, as far as its entries can be added in the order of the file."""
 
 import collections
 import copy
@@ -60,7 +60,7 @@ def edited(job, protocol, change):
 
 
 class Desk:
-    """All that is configured, as a client sees and changes it."""
+    """The whole configuration, read and changed as a client does."""
 
     def __init__(self, test, rest):
         self.test = test
@@ -84,7 +84,7 @@ class Desk:
         return documents_of(self.rest.get(f"/jobs/{job}").body)
 
     def load(self, job):
-        """Gives the parts that were not taken over as they are in the file, by protocol."""
+        """Loads a job. Returns, by protocol, the parts that were not applied as they are in the file."""
         return self.skipped(self.rest.post(f"/jobs/{job}/load"))
 
     def loaded_at_start(self, job):
@@ -101,7 +101,7 @@ class Desk:
         return {name: protocol["skipped"] for name, protocol in report["protocols"].items() if protocol["skipped"]}
 
     def call(self, path, command, arguments):
-        """Whether it was carried out; what is refused is refused by one of the stated answers."""
+        """Whether the host executed the change. A refusal must be one of the documented answers."""
         answer = self.rest.post(f"{path}/commands/{command}", arguments)
         self.test.assertIn(answer.status, (200, 204, 404, 409, 422), (path, command, arguments, answer.text))
         return answer.status < 300
@@ -112,7 +112,7 @@ class Desk:
         return True
 
     def added_in_order(self, protocol, entries):
-        """The map as it is when `entries` are added to an empty one, up to the first that is refused, and whether one was."""
+        """Adds `entries` to an empty map, up to the first refused entry. Returns the map and whether an entry was refused."""
         self.test.assertTrue(self.call(outputs_of(protocol), "removeAll", {}))
         for entry in entries:
             if not self.call(outputs_of(protocol), "add", entry):
@@ -121,7 +121,7 @@ class Desk:
 
 
 class RandomClient:
-    """Changes the configuration by whatever a client may send; what is refused is part of it."""
+    """Changes the configuration by random requests of a client. Some of them are refused."""
 
     def __init__(self, desk, seed):
         self.desk = desk
@@ -267,7 +267,7 @@ class Configurations(unittest.TestCase):
         self.assertLess(sum(lost.values()), COUNT, "hardly anything comes back as it was")
 
     def check(self, desk, name, skipped, tree, documents):
-        """Of a job that is loaded; gives the protocols whose map cannot be added in its order, when all the rest is as it was."""
+        """Checks that a load has restored the job. Returns the protocols with a map that cannot be added in the order of the file."""
         loaded_tree = desk.tree()
         loaded = desk.save(name)
         self.assertEqual(set(loaded), set(PROTOCOLS))
@@ -292,7 +292,7 @@ class Configurations(unittest.TestCase):
         return differing
 
     def loaded(self, protocol, change):
-        """Loads a job in which somebody has edited one protocol's settings; gives what was skipped and the settings then."""
+        """Loads a job with edited settings of one protocol. Returns the skipped parts and the settings after the load."""
         with self.begin() as host, RestClient(host.http_port) as rest:
             desk = Desk(self, rest)
             desk.save("edited")
@@ -302,7 +302,7 @@ class Configurations(unittest.TestCase):
             return skipped, json.loads(desk.save("edited")[protocol])["zu:control"]
 
     def loaded_map(self, protocol, entries):
-        """Loads a job with these entries; gives whether all were taken as they are, and the map then."""
+        """Loads a job with these entries. Returns whether all were applied as they are, and the map after the load."""
         def change(settings):
             settings["outputs"]["map"] = entries
         skipped, settings = self.loaded(protocol, change)
@@ -348,7 +348,7 @@ class Configurations(unittest.TestCase):
         def change(settings):
             settings["registerAssemblyList"][0]["blocks"] = [
                 first, dict(first, displayName="in its place"), {"type": "Unknown", "outputId": 5},
-                {"type": "Decision", "outputId": 7, "dataSource": "two"}]  # what it does not name it has from nobody
+                {"type": "Decision", "outputId": 7, "dataSource": "two"}]  # absent members get their defaults, not values of `first`
         skipped, settings = self.loaded(MODBUS, change)
         self.assertEqual(skipped, {MODBUS: ["registerAssemblyList"]})
         self.assertEqual(settings["registerAssemblyList"][0]["blocks"], [first, second])

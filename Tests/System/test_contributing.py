@@ -1,4 +1,4 @@
-"""The commands of CONTRIBUTING.md name what is there: presets, targets, tests, fuzzers, goals, sets of packages."""
+"""The commands of CONTRIBUTING.md name existing presets, targets, tests, fuzzers, goals and sets of packages."""
 
 import pathlib
 import re

@@ -1,4 +1,4 @@
-"""What is said to be durable survives a kill at any moment. The full test is scripts/crash-test."""
+"""Changes that the host has confirmed as saved survive a kill at any moment. The full test is scripts/crash-test."""
 
 import os
 import tempfile

@@ -1,4 +1,4 @@
-"""What a client of /events hears of changes, against the real host."""
+"""The reports of changes on /events, against the real host."""
 
 import unittest
 
@@ -18,7 +18,7 @@ def changed(path):
 
 
 class ControlEvents(EventStream):
-    """Those of the protocols: when the host saves, it tells of its jobs in between."""
+    """The reports of the protocols. Reports of the jobs are left out: they occur in between, when the host saves."""
 
     def __init__(self, host):
         super().__init__(host.http_port, "/events")

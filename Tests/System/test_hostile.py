@@ -1,6 +1,6 @@
-"""Ten thousand malformed or hostile requests, after which the real host is as it was: running, small, and configured as before.
+"""Ten thousand malformed or hostile requests. After them the real host runs, with its memory and configuration as before.
 
-What is sent is a list of kinds, each drawn from with a generator of fixed seed, so that a failure comes back. ZU_SEED takes another.
+The requests are drawn from a list of kinds with a generator of fixed seed, so that a failure can be reproduced. ZU_SEED sets another seed.
 """
 
 import collections
@@ -140,7 +140,7 @@ def smuggled(dice):
         b"Content-Length: 4\r\nContent-Length: 5", b"Content-Length: 4, 5", b"Content-Length: -4", b"Content-Length: 0x4",
         b"Content-Length: 99999999999999999999", b"Content-Length : 4", b"Transfer-Encoding: xchunked\r\nContent-Length: 4"])
     if headers.endswith(b"xchunked\r\nContent-Length: 4"):
-        hidden = b"[1]\n"  # a coding that nobody knows: the length says where the body ends
+        hidden = b"[1]\n"  # an unknown coding: Content-Length determines the end of the body
     return b"PUT /controls/ModbusTcp HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n" + headers + b"\r\n\r\n" + hidden
 
 
@@ -175,7 +175,7 @@ RARE_KINDS = [large_bodies, whole_bodies]  # they take their time
 
 
 class Attacker:
-    """Sends requests in the ways of clients that are broken or mean harm."""
+    """Sends requests as broken or hostile clients do."""
 
     def __init__(self, port, dice):
         self.address = ("127.0.0.1", port)
@@ -211,7 +211,7 @@ class Attacker:
                 pass  # closed by the other side already
 
     def stop_half_way(self, text):
-        """Half a request; its connection stays open until there are too many."""
+        """Sends half a request. Its connection stays open until there are too many connections."""
         client = self.connect()
         try:
             client.sendall(text[:self.dice.randrange(1, max(2, min(len(text) // 2, 10_000)))])
@@ -222,7 +222,7 @@ class Attacker:
             self.open.popleft().close()
 
     def leave_at_once(self, text):
-        """Closes with a reset, perhaps while the answer is on its way."""
+        """Closes the connection with a reset, perhaps while the host sends the answer."""
         with self.connect() as client:
             client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, b"\1\0\0\0\0\0\0\0")
             try:

@@ -1,4 +1,4 @@
-"""What `cmake --install` puts down: public headers that need none of our private dependencies, and versioned libraries."""
+"""`cmake --install` installs public headers that need none of the private dependencies, and versioned libraries."""
 
 import concurrent.futures
 import os

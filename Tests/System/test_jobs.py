@@ -1,4 +1,4 @@
-"""Jobs as an operator has them: over REST, with the tool of SQLite, and over a restart."""
+"""Jobs as an operator uses them: over REST, with the command-line tool of SQLite, and across a restart."""
 
 import json
 import pathlib
@@ -221,7 +221,7 @@ class Rest(unittest.TestCase):
             wait_until(lambda: client.read(66, 2) == [2, 3])
 
     def test_nobody_reads_or_changes_what_is_being_loaded(self):
-        """Readers and changers beside loads from two sides; the thread sanitizer looks on where it is built in."""
+        """Clients read and change while two sides load jobs. Meant for the thread sanitizer, where it is built in."""
         with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as plc:
             for name in ("left", "right"):
                 self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": len(name)}}).status, 200)

@@ -138,7 +138,7 @@ class Page(unittest.TestCase):
             checked = subprocess.run(["promtool", "check", "metrics"], input=page.body, capture_output=True,
                                      timeout=PATIENCE)
             self.assertEqual((checked.returncode, checked.stdout, checked.stderr), (0, b"", b""))
-            self.assertNotIn("127.0.0.1", page.text)  # whom it talks to is nobody's business
+            self.assertNotIn("127.0.0.1", page.text)  # the page must not show addresses of clients or listeners
             for protocol in ("AsciiTcp", "ModbusTcp"):
                 self.assertIn(f'zucontrol_protocol_requests_total{{protocol="{protocol}"}} 0\n', page.text)
 

@@ -1,4 +1,4 @@
-"""The output maps whose ids are numbers, each in a protocol of its own, changed and read back over REST."""
+"""Output maps with numeric ids, each in a protocol of its own, changed and read back over REST."""
 
 import time
 import unittest
@@ -34,7 +34,7 @@ class Maps(unittest.TestCase):
         self.assertEqual(answer.status, 204, answer.text)
 
     def refused(self, status, code, command, arguments):
-        """Refused with these two, and the map as it was; gives the causes."""
+        """Expects a refusal with these two values and an unchanged map. Returns the causes."""
         before = self.map()
         answer = self.call(command, arguments)
         self.assertEqual((answer.status, answer.json["code"], answer.json["detail"]),
@@ -56,7 +56,7 @@ class Maps(unittest.TestCase):
         self.assertEqual(self.map(), [])
 
     def sent(self):
-        """What the protocol would send: output id to value."""
+        """The values that the protocol would send, by output id."""
         words = self.rest.get(self.protocol + "/metrics").json["sent"].split()
         return {int(word.split("=")[0]): float(word.split("=")[1]) for word in words}
 

@@ -1,4 +1,4 @@
-"""The page for operators says what the program says."""
+"""The messages on the page for operators are those of the program."""
 
 import pathlib
 import re

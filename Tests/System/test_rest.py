@@ -1,4 +1,4 @@
-"""Configuration over REST, against the real host: what changes, and what a refused change leaves behind."""
+"""Configuration over REST, against the real host: the effects of changes, and the state after a refused change."""
 
 import pathlib
 import socket

@@ -1,4 +1,4 @@
-"""The session of the page on REST, run line by line: what is shown behind a command is what it prints."""
+"""The session of the page on REST, run line by line: each command prints the lines that the page shows."""
 
 import pathlib
 import re

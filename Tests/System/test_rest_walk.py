@@ -1,4 +1,4 @@
-"""A client that knows nothing but the root finds every resource of the real host, and each document is what it should be."""
+"""A client that starts at the root finds every resource of the real host, and each document is valid."""
 
 import unittest
 

@@ -1,4 +1,4 @@
-"""The smallest plug-in of the README is the one that is built, and it runs."""
+"""The smallest plug-in of the README equals the sample that is built, and it runs."""
 
 import pathlib
 import unittest

@@ -1,4 +1,4 @@
-"""Services whose port is taken by another program: they are tried again, and stay enabled in their job."""
+"""If another program has the port of a service, the host tries again to start it, and it stays enabled in its job."""
 
 import json
 import pathlib
@@ -20,7 +20,7 @@ FAILED_TO_START = 4
 
 
 def saved_enabled(file, service="ModbusTcp"):
-    """What the job file says of the service."""
+    """The configuration of the service in the job file."""
     with sqlite3.connect(f"file:{file}?mode=ro", uri=True) as archive:
         data, size = archive.execute(
             "SELECT data, sz FROM sqlar WHERE name = ?", (f"controls/{service}/config.json",)).fetchone()
@@ -51,7 +51,7 @@ class StartRetry(unittest.TestCase):
         return Host(*arguments, data=self.data, modbus=False)
 
     def write_job(self, **settings):
-        """Leaves a job in the data folder that enables the service on the port that is taken."""
+        """Leaves a job in the data folder that enables the service on the occupied port."""
         with self.host() as host, RestClient(host.http_port) as rest:
             self.assertEqual(rest.put(MODBUS, {"parameters": {"port": self.port, **settings}}).status, 200)
         with sqlite3.connect(self.job) as archive:

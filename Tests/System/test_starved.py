@@ -1,4 +1,4 @@
-"""A host that runs out of descriptors, and clients that send a byte now and then: the others are served, and all of it passes."""
+"""A host without free descriptors, and clients that send a byte now and then: other clients are served, and the host recovers."""
 
 import os
 import pathlib
@@ -57,7 +57,7 @@ class Starved(unittest.TestCase):
 
             before = processor_seconds(host)
             began = time.monotonic()
-            while time.monotonic() - began < 1:  # who is in goes on, and nobody burns time in waiting for a descriptor
+            while time.monotonic() - began < 1:  # connected clients are served, and no thread busy-waits for a descriptor
                 self.assertEqual(first.read(9000, 2), [0, 0])
                 time.sleep(0.01)
             self.assertLess(processor_seconds(host) - before, 0.7)

@@ -1,4 +1,4 @@
-"""A plug-in that throws an int from one of its operations: the host lives, says so, and serves all others."""
+"""A plug-in throws an int from one of its operations: the host keeps running, reports it, and serves all others."""
 
 import os
 import pathlib
@@ -18,7 +18,7 @@ LASTS = ". This lasts until the operation succeeds."
 class Session:
     """`with Session(host) as session: session.scan()`
 
-    What clients do with a host and its plug-in Ahead. Every request is answered; what becomes of it is not looked at here."""
+    The requests of clients to a host with the plug-in Ahead. Expects an answer to every request, but does not check the result."""
 
     def __init__(self, host):
         self.host = host
@@ -41,7 +41,7 @@ class Session:
         self.rest.get(AHEAD + "?schema=true")
 
     def read_metrics(self):
-        """Over REST, and by a client of another service, which is answered here and behind it."""
+        """Reads the metrics over REST and through a client of another service. That client gets an answer, and is served after it."""
         self.rest.get(AHEAD + "/metrics")
         with AsciiClient(self.host.ports["AsciiTcp"]) as client:
             for request in (f"READ {AHEAD}/metrics", "READ /health"):
@@ -98,7 +98,7 @@ NO_METRICS = "Ahead fails over its metrics; they stand still, and so may those o
 NO_RESULTS = ("Ahead gets no more results, since it failed over one. Disable it and enable it again; if that does not help, "
               "restart the host.")
 
-# The operation, what has it called in a host that runs, and what the host says.
+# The operation, the request that makes a running host call it, and the report of the host.
 RUNNING = [
     ("Start", Session.restart, fails("Start")),
     ("Stop", Session.restart, fails("Stop")),
@@ -141,7 +141,7 @@ RUNNING = [
     ("SavePersistDomain", Session.save, fails("SavePersistDomain")),
 ]
 
-# What is called when the host starts, with a job in which Ahead is enabled. The first ones keep the plug-in out.
+# The operations that a starting host calls, with a job that enables Ahead. A failure in the first ones keeps the plug-in out.
 AT_START = [(operation, "throwing.so") for operation in
             ("Make", "Create", "constructor", "AddParamsInternalUpdateEventHandler", "Params")]
 AT_START += [(operation, fails(operation)) for operation in
@@ -171,7 +171,7 @@ class Throwing(unittest.TestCase):
         wait_until(lambda: any(sentence in text for text in session.problems()), f"'{sentence}' in {session.problems()}")
 
     def check_others(self, session):
-        """All others are there and are served."""
+        """Expects that all other protocols exist and are served."""
         with ModbusClient(session.host.modbus_port) as client:
             self.assertEqual(len(client.read(0, 2)), 2)
         self.assertEqual(session.rest.get("/controls").status, 200)

@@ -1,4 +1,4 @@
-"""What has died or stands still in the module is told within two seconds, and no longer than it lasts."""
+"""The host reports dead and blocked parts of the module within two seconds, for as long as the fault lasts."""
 
 import os
 import tempfile
