@@ -103,10 +103,10 @@ public:
                           "EXCEPTION THROWN: ", [&] { Write(store, "One", own.dump()); });
             return;
         }
-        for (auto const& [type, value] : values)
+        for (auto const& one : values)
         {
             Zu::GuardStep(__LINE__, __FILE__, "ZuControl::ControlManager::SavePersistDomain", "EXCEPTION THROWN: ",
-                          [&] { Write(store, type, DocumentToSave(value, !stopped.contains(type))); });
+                          [&] { Write(store, one.first, DocumentToSave(one.second, !stopped.contains(one.first))); });
         }
     }
 
