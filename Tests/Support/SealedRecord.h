@@ -11,6 +11,7 @@ namespace ZuTest
 
 /// A record in memory pages of its own, which a test can make read-only. A write to a read-only record ends the process
 /// with a segmentation fault. Memory that the record allocates elsewhere is not protected.
+/// A death test ends its child with `std::_Exit`: a leak check would not find the pages.
 template <typename Record>
 class SealedRecord
 {

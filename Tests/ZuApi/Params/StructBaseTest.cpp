@@ -208,7 +208,7 @@ TEST(StructBase, StoresNothingInAMemberThatIsRegisteredAgainAsItStands)
     EXPECT_EXIT(
         {
             Group().Register("pen", longTitle, stroke.Get());
-            std::exit(stroke.Get().title == longTitle ? 0 : 1);
+            std::_Exit(stroke.Get().title == longTitle ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }
@@ -225,7 +225,7 @@ TEST(StructBase, StoresNothingWhenItIsRead)
         {
             bool const isSame = JsonSerializer::Serialize(palette.Get()) == document &&
                                 JsonSerializer::SerializeSchema(palette.Get()) == schema;
-            std::exit(isSame ? 0 : 1);
+            std::_Exit(isSame ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }

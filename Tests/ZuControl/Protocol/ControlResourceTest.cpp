@@ -279,7 +279,7 @@ TEST_F(ControlResourceTest, StoresNothingInTheRecordThatItReads)
     instance.params = std::shared_ptr<Zu::Params::Group>(std::shared_ptr<void>(), &record.Get());
     resource = std::make_unique<ControlResource>(manager);
     ASSERT_TRUE(record.Seal());
-    EXPECT_EXIT(std::exit(ReadOne().at("parameters").at("b") == 20 ? 0 : 1), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(std::_Exit(ReadOne().at("parameters").at("b") == 20 ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(ControlResourceTest, ShowsAndDescribesOneRecordToManyReadersAtOnce)
