@@ -1,4 +1,4 @@
-/// Placing blocks, finding one and changing one for another: the assembly against a walk along the list.
+/// Placing, finding and replacing blocks: the assembly compared with a search along a list.
 
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
@@ -30,7 +30,7 @@ RegisterBlockInfoParams TypeParams()
     return params;
 }
 
-/// The same list, where the place of a block is found from the start.
+/// A list of the same blocks, which is searched from the start for the place of a block.
 class WalkedList final
 {
 public:
@@ -77,7 +77,7 @@ private:
     std::list<std::shared_ptr<ProtocolRegisterBlock>> blocks; // gone before their type
 };
 
-/// Ids from the first one on, in an order that jumps about: a list is seldom filled from its end alone.
+/// Ids from the first one on in scattered order, because a list is seldom filled at its end only.
 uint16 IdAt(int64 index, int64 count)
 {
     constexpr int64 STRIDE = 7919; // prime, so that each id comes once
@@ -134,7 +134,7 @@ void AddToWalkedList(benchmark::State& state)
     }
 }
 
-/// An update that moves nothing finds its block and sets the name.
+/// An update that moves no block: it finds the block and sets the name.
 void FindInAssembly(benchmark::State& state)
 {
     auto const assembly = MakeAssembly();
@@ -160,7 +160,7 @@ void FindInWalkedList(benchmark::State& state)
     }
 }
 
-/// A block in the middle goes and comes again.
+/// Removes a block in the middle and adds it again.
 void ReplaceInAssembly(benchmark::State& state)
 {
     auto const assembly = MakeAssembly();

@@ -9,7 +9,7 @@ namespace ZuBench
 {
 
 /// A server of Boost.Beast as its examples show it, asynchronous on one thread: every request is answered with `body`.
-/// It listens on a free port of the loopback address and ends with what it gives back.
+/// It listens on a free port of the loopback address until the caller destroys the returned object.
 std::shared_ptr<void> StartBeastServer(std::string const& body, uint16& port);
 
 } // namespace ZuBench

@@ -1,5 +1,5 @@
-/// Large configurations: loading one against parsing it, saving one against building and dumping the same document from
-/// plain records, and the memory that the configured module takes.
+/// Large configurations: loading compared with parsing alone, saving compared with building and dumping the same
+/// document from plain records, and the memory of the configured module.
 
 #include "ConfiguredInstance.h"
 
@@ -30,7 +30,7 @@ MemoryStore StoredConfiguration(EntryKind kind)
     return store;
 }
 
-/// As at start, into a module without entries.
+/// A load at the start, into a module without entries.
 void Load(benchmark::State& state, EntryKind kind)
 {
     MemoryStore const store = StoredConfiguration(kind);
@@ -48,7 +48,7 @@ void Load(benchmark::State& state, EntryKind kind)
     }
 }
 
-/// Another job of the same size, so that all entries of the one before go too.
+/// A load of another job of the same size, which also removes all entries of the previous job.
 void Reload(benchmark::State& state, EntryKind kind)
 {
     MemoryStore const store = StoredConfiguration(kind);

@@ -81,7 +81,7 @@ public:
 
     ZuControl::IControlInstance& Instance();
 
-    /// How many entries there are.
+    /// The number of entries.
     std::size_t Count();
     void Clear();
 

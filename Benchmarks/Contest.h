@@ -9,14 +9,14 @@
 namespace ZuBench
 {
 
-/// Contenders that do the same work turn by turn: what else the machine does, it does to all of them.
+/// Runs contenders for the same work turn by turn, so that other load on the machine affects all of them alike.
 ///
 /// The median of the turns is printed, a line for each: "figure NAME/CONTENDER VALUE", in nanoseconds unless the
 /// contender gives something else.
 class Contest final
 {
 public:
-    /// Does the work once and tells what one piece of it took.
+    /// Does the work once. Returns the time for one piece of it.
     using Turn = std::function<double()>;
 
     explicit Contest(std::string newName);
@@ -27,7 +27,7 @@ public:
 
     void Enter(std::string const& contender, Turn turn);
 
-    /// One turn of each comes ahead that does not count.
+    /// Runs one turn of each contender that is not counted, then `rounds` turns of each.
     void Run(uint64 rounds);
 
 private:
@@ -42,7 +42,7 @@ private:
     std::vector<Contender> contenders;
 };
 
-/// The line by which the table of all goals learns of a figure.
+/// Prints a figure in the format that the table of goals reads.
 void PrintFigure(std::string const& name, double value);
 
 } // namespace ZuBench

@@ -1,4 +1,4 @@
-/// The hand-over of result sets to a protocol's thread, against a plain double buffer and against a signal for each
+/// The hand-over of result sets to a protocol's thread, compared with a plain double buffer and with a signal for each
 /// set.
 ///
 /// usage: DispatcherBenchmark [ROUNDS]      200 unless told otherwise

@@ -9,12 +9,11 @@
 namespace ZuBench
 {
 
-/// The least that a server can do: it takes so many bytes for a request, does not look at them, and sends what it was
-/// given.
+/// The minimum of a server: takes any `requestBytes` bytes as a request and sends a fixed answer.
 class EchoServer final
 {
 public:
-    /// On a free port of the loopback address. It runs to the end of the process.
+    /// Starts a server on a free port of the loopback address. It runs until the process ends.
     static std::shared_ptr<void> Start(std::size_t requestBytes, std::string const& answer, uint16& port);
 };
 

@@ -1,5 +1,5 @@
-/// Records into registers: the encoder against a loop over the bytes of each value, and what a block adds to it by its
-/// checks and by finding out what a result is.
+/// Encoding records into registers: the encoder compared with a loop over the bytes of each value, and the extra cost
+/// of a block, which checks the result and determines its type.
 
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
@@ -35,7 +35,7 @@ using Scanner = DefaultScannerStateRegisterBlock;
 using Stamp = DefaultStampRegisterBlock;
 using Registers = std::array<uint8, 512>;
 
-/// Writes values byte by byte, the layout asked for with every byte.
+/// Writes values byte by byte and looks up the layout for every byte.
 class ByteLoop final
 {
 public:
@@ -242,7 +242,7 @@ void StampWithBlock(benchmark::State& state)
     WriteWithBlock<Stamp>(state, 36, Stamp::DefaultScanOutputInputData{result.item.get(), 0});
 }
 
-/// It finds out what the message is as the block does: the encoding alone differs.
+/// Determines the type of the message as the block does, so that only the encoding differs.
 template <typename Writer>
 void StampWith(benchmark::State& state)
 {
@@ -269,7 +269,7 @@ void StampWith(benchmark::State& state)
     });
 }
 
-/// Bytes a register, and 1 for a big-endian protocol.
+/// Runs the benchmark for every layout. The arguments are the bytes per register, and 1 for a big-endian protocol.
 void EveryLayout(benchmark::internal::Benchmark* measured)
 {
     measured->ArgNames({"bytes", "big"})->ArgsProduct({{1, 2}, {0, 1}});

@@ -1,7 +1,7 @@
 /// A thousand encodings of each kind, each kind in a function of its own, so that callgrind can count its instructions:
 ///   valgrind --tool=callgrind --toggle-collect=MeasuredStampFields EncoderInstructions
-/// "Fields" is what becomes of a record that is at hand, "Block" all from the result to the registers, with every
-/// check.
+/// "Fields" is the encoding of a given record. "Block" is the whole way from the result to the registers, with all
+/// checks.
 
 #include "StampFrame.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
@@ -18,14 +18,14 @@ using ZuControl::ControlProtocol::WithLayout;
 
 constexpr int TIMES = 1000;
 
-/// Of a protocol, as it comes at run time: the compiler cannot choose the layout ahead.
+/// The register layout of a protocol. It is known at run time only, so the compiler cannot choose the code in advance.
 struct Layout
 {
     uint8 bytesPerRegister;
     bool isBigEndian;
 };
 
-/// Lends what only blocks may call.
+/// Makes a protected conversion of the blocks callable.
 struct Converter : ProtocolRegisterBlock
 {
     using ProtocolRegisterBlock::Convert64fTo32s;

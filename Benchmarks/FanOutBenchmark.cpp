@@ -1,8 +1,8 @@
-/// The fan-out of result sets to protocols, against the plain form, against the least that it must do, and against
-/// sockets of ZeroMQ within the process.
+/// The fan-out of result sets to protocols, compared with a plain implementation, with the minimum of work, and with
+/// ZeroMQ sockets within the process.
 ///
 /// usage: FanOutBenchmark [ROUNDS]      200 unless told otherwise
-/// Figures are CPU nanoseconds a published set: of the publishing thread, or of the whole process where sets are
+/// Figures are CPU nanoseconds per published set: of the publishing thread, or of the whole process where sets are
 /// released while others are published.
 
 #include "Contest.h"
@@ -33,10 +33,10 @@ struct Scene
     }
 
     uint64 receivers;
-    uint64 stride; // every so many items are wanted
+    uint64 stride; // every `stride`-th item is wanted
 };
 
-/// The references that sets without duplicates cannot do without, put into memory that is there.
+/// The minimum of work: the references of sets without duplicates, stored in preallocated memory.
 class LeastFanOut final
 {
 public:
@@ -81,7 +81,7 @@ private:
     std::vector<std::vector<void*>> kept;
 };
 
-/// CPU of the publishing thread for one set. Nothing is released meanwhile.
+/// CPU time of the publishing thread for one set. No set is released meanwhile.
 template <typename FanOut>
 double Publish(FanOut& fanOut, ResultFrame const& frame, uint64 sets)
 {
@@ -126,7 +126,7 @@ void Run(Scene const& scene, uint64 rounds)
 
 constexpr uint64 BURST = 100;
 
-/// CPU of the publishing thread for one set, while the receivers' threads release others.
+/// CPU time of the publishing thread for one set, while the receivers' threads release other sets.
 template <typename FanOut>
 double PublishBesideReleases(FanOut& fanOut, ResultFrame const& frame, Scene const& scene)
 {
@@ -135,7 +135,7 @@ double PublishBesideReleases(FanOut& fanOut, ResultFrame const& frame, Scene con
     return taken;
 }
 
-/// CPU of the process for one set, from its publication to its release by the receivers' threads.
+/// CPU time of the process for one set, from its publication to its release by the receivers' threads.
 template <typename FanOut>
 double PublishAndRelease(FanOut& fanOut, ResultFrame const& frame, Scene const& scene)
 {
@@ -158,7 +158,7 @@ void RunBesideReleases(Scene const& scene, uint64 rounds)
     contest.Run(rounds);
 }
 
-/// Each has the process for itself: the other's threads do not exist.
+/// Runs one fan-out at a time, so that the threads of the others do not exist.
 void RunWholeWay(Scene const& scene, uint64 rounds)
 {
     ResultFrame const frame(ITEMS);

@@ -88,7 +88,7 @@ std::shared_ptr<void> StartOurs(uint16& port, Arguments&&... arguments)
     return ours;
 }
 
-/// Header and body, when the header is whole.
+/// The length of header and body; 0 until the header is complete.
 std::size_t LengthOf(std::string_view begun)
 {
     constexpr std::string_view FIELD = "Content-Length: ";

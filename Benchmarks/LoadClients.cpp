@@ -107,7 +107,7 @@ void LoadClients::Send(Client const& client) const
     }
 }
 
-/// True when the answer is whole.
+/// Returns true when the answer is complete.
 bool LoadClients::Receive(Client& client) const
 {
     std::array<char, 16384> part;

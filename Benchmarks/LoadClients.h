@@ -11,11 +11,11 @@
 namespace ZuBench
 {
 
-/// Clients that each ask the same over and over, a request at a time, from one thread. Throws std::system_error.
+/// Clients on one thread that each repeat the same request, one at a time. Throws std::system_error.
 class LoadClients final
 {
 public:
-    /// The length of the answer that `begun` is the beginning of; 0 as long as that cannot be told.
+    /// The length of the answer that begins with `begun`; 0 until it is known.
     using LengthOf = std::function<std::size_t(std::string_view begun)>;
 
     LoadClients(uint16 port, uint64 count, std::string newRequest, LengthOf newLengthOf);
@@ -24,7 +24,7 @@ public:
     LoadClients(LoadClients const&) = delete;
     LoadClients& operator=(LoadClients const&) = delete;
 
-    /// Asks until so many answers have come in all, and gives the last one.
+    /// Sends requests until `answers` answers have arrived in all. Returns the last answer.
     std::string Ask(uint64 answers);
 
 private:

@@ -1,4 +1,4 @@
-/// A log line that no sink wants against a relaxed load, eight of each in a turn.
+/// A log line that no sink wants, compared with a relaxed load; eight of each per turn.
 
 #include "ZuApi/Logging.h"
 

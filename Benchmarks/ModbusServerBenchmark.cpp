@@ -72,7 +72,7 @@ std::shared_ptr<void> StartOurs(uint16& port)
     return ours;
 }
 
-/// One thread and `select`, as the library's own example does it.
+/// One thread with `select`, as in the example of the library.
 class LibmodbusServer final
 {
 public:

@@ -10,7 +10,7 @@
 namespace ZuBench
 {
 
-/// The module's fan-out with so many protocols, each with a client and a handler that does nothing.
+/// The module's fan-out with a number of protocols, each with a client and a handler that does nothing.
 class ModuleFanOut final
 {
 public:

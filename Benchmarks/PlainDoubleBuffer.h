@@ -13,7 +13,7 @@
 namespace ZuBench
 {
 
-/// The least that hands things to another thread every 2,000 microseconds: two vectors, a mutex, a thread.
+/// The minimum of code that passes items to another thread every 2,000 microseconds: two vectors, a mutex, a thread.
 template <typename T>
 class PlainDoubleBuffer final
 {

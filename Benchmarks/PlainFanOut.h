@@ -13,7 +13,7 @@
 namespace ZuBench
 {
 
-/// The fan-out as one would first write it: a map of the wanted ids for each receiver, an object for each item.
+/// A simple implementation of the fan-out: a map of the wanted ids for each receiver, an object for each item.
 class PlainFanOut final
 {
 public:
@@ -32,7 +32,8 @@ public:
     PlainFanOut(PlainFanOut const&) = delete;
     PlainFanOut& operator=(PlainFanOut const&) = delete;
 
-    /// The reduced sets go to a thread for each receiver, which releases them; else they stay until `Release`.
+    /// Starts a thread for each receiver, which releases the reduced sets. Without threads the sets stay until
+    /// `Release`.
     void StartThreads();
 
     void Process(ZuCore::ResultSet set);

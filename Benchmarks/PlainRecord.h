@@ -12,8 +12,8 @@
 namespace ZuBench
 {
 
-/// A self-describing record as one would first write it: every value has its own schema from the start, and every text
-/// its own copy.
+/// A simple implementation of a self-describing record: the constructor makes a schema for every value and a copy of
+/// every text.
 class PlainRecord final
 {
 public:

@@ -75,7 +75,7 @@ void SetObject(benchmark::State& state)
     }
 }
 
-/// A document is handed on as a JSON object: the object that is there already is copied for that.
+/// The result is a JSON object, so the JSON contender copies its object.
 void SerializeRecord(benchmark::State& state)
 {
     Record const record;

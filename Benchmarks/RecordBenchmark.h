@@ -8,7 +8,7 @@
 namespace ZuBench
 {
 
-/// Four numbers and a text, as the records that there are very many of.
+/// Four numbers and a text, like the records that occur in large numbers.
 struct Record : Zu::Params::Group
 {
     Record()
@@ -27,7 +27,7 @@ struct Record : Zu::Params::Group
     Zu::Params::Value<uint16> length;
 };
 
-/// The same with bounds to the size.
+/// The same record with bounds for `size`.
 struct BoundedRecord : Record
 {
     BoundedRecord()
@@ -36,7 +36,7 @@ struct BoundedRecord : Record
     }
 };
 
-/// The same as a JSON object.
+/// The same record as a JSON object.
 inline nlohmann::json MakeObject()
 {
     return {{"id", 0}, {"size", 0}, {"source", ""}, {"offset", 0}, {"length", 0}};

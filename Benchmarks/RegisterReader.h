@@ -7,7 +7,7 @@
 namespace ZuBench
 {
 
-/// The least of a Modbus client: one blocking socket, one request at a time. Throws std::system_error.
+/// A minimal Modbus client: one blocking socket, one request at a time. Throws std::system_error.
 class RegisterReader final
 {
 public:

@@ -1,5 +1,5 @@
-/// From a result to the blocks that follow its data source: the layout of the Modbus plug-in against a tree that is
-/// searched by text, and against a list in the order of the results, where nothing is searched at all.
+/// Finding the blocks for the data source of a result: the layout of the Modbus plug-in compared with a tree that is
+/// searched by text, and with a list in the order of the results, which needs no search.
 
 #include "ResultFrame.h"
 

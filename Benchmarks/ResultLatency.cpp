@@ -68,7 +68,7 @@ uint16 PortOf(ZuControl::IControlInstance& protocol)
     return static_cast<uint16>(std::strtoul(address.substr(address.rfind(':') + 1).c_str(), nullptr, 10));
 }
 
-/// The module as the host builds it, but for the sensor: sets are published by hand.
+/// The module as the host builds it, without a sensor: the benchmark publishes the sets.
 class Bench final
 {
 public:
@@ -172,7 +172,7 @@ int Run(uint64 sets)
 
     for (uint64 frame = 1; frame <= sets; ++frame)
     {
-        std::this_thread::sleep_for(std::chrono::microseconds(pause(random))); // falls anywhere between two passes
+        std::this_thread::sleep_for(std::chrono::microseconds(pause(random))); // a random moment between two passes
         uint64 const asked = Now();
         reader.Read(FIRST_RESULT_REGISTER, registers);
         uint64 const published = Now();
@@ -183,7 +183,7 @@ int Run(uint64 sets)
             reader.Read(FIRST_RESULT_REGISTER, registers);
         } while (CounterOf(registers) != frame);
         uint64 const readable = Now();
-        while (bench.encoded < published) // the handler behind the protocol's may still be on its way
+        while (bench.encoded < published) // waits for the handler that runs after the protocol's
         {
             std::this_thread::yield();
         }

@@ -8,7 +8,7 @@
 namespace ZuBench
 {
 
-/// Durations of one stage, and the figures that one quotes of them.
+/// Durations of one stage, and their statistics.
 class Samples final
 {
 public:

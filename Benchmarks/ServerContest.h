@@ -23,7 +23,7 @@ public:
     ServerContest(ServerContest const&) = delete;
     ServerContest& operator=(ServerContest const&) = delete;
 
-    /// Gives what the server answers.
+    /// Starts the server and returns its answer.
     std::string Enter(std::string const& contender, ServerProcess::Starter const& start);
 
     void Run(uint64 rounds);

@@ -72,7 +72,7 @@ ServerProcess::ServerProcess(Starter const& start)
 
 ServerProcess::~ServerProcess()
 {
-    // Its leash alone would not do: a server that was started later holds a copy of it.
+    // Closing the leash is not enough: a server that was started later has inherited a copy of it.
     kill(process, SIGKILL);
     waitpid(process, nullptr, 0);
     close(leash);

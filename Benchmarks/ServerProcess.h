@@ -10,12 +10,13 @@
 namespace ZuBench
 {
 
-/// A server in a process of its own, so that its CPU time is its own. To be made before this process starts a thread.
+/// A server in a process of its own, so that its CPU time can be measured. Must be constructed before this process
+/// starts a thread.
 class ServerProcess final
 {
 public:
-    /// Starts the server on a free port of the loopback address, which it tells; the server ends with what it gives
-    /// back.
+    /// Starts the server on a free port of the loopback address and sets `port`. The server ends when the returned
+    /// object is destroyed.
     using Starter = std::function<std::shared_ptr<void>(uint16& port)>;
 
     explicit ServerProcess(Starter const& start);
@@ -29,7 +30,7 @@ public:
         return port;
     }
 
-    /// Of all its threads, as a clock that Stopwatch takes.
+    /// The CPU clock of all threads of the server, for `Stopwatch`.
     clockid_t Clock() const
     {
         return clock;

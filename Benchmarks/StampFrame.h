@@ -12,7 +12,7 @@
 namespace ZuBench
 {
 
-/// A stamp and a measurement as they come from the pipeline, with the blocks that put them into registers of a layout.
+/// A stamp and a measurement as in the pipeline, with the blocks that encode them into registers of a layout.
 class StampFrame final
 {
 public:

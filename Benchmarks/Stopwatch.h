@@ -7,8 +7,8 @@
 namespace ZuBench
 {
 
-/// Time that has passed since it was made, by one of the system's clocks. A CPU clock does not run while others have
-/// the processor, so that it is the one to take on a machine that is not idle.
+/// The time since construction, by one of the system's clocks. A CPU clock stops while other threads have the
+/// processor, so use one on a machine that is not idle.
 class Stopwatch final
 {
 public:

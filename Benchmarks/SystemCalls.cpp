@@ -16,7 +16,7 @@ namespace ZuBench
 namespace
 {
 
-constexpr uint64 MARKER = SYS_getppid; // nothing that is measured calls it
+constexpr uint64 MARKER = SYS_getppid; // not called by the measured work
 
 [[noreturn]] void RunTraced(std::function<void()> const& prepare, std::function<void()> const& work)
 {
@@ -33,7 +33,7 @@ constexpr uint64 MARKER = SYS_getppid; // nothing that is measured calls it
     _exit(status);
 }
 
-/// Lets the child go on to its next stop; false when it has ended.
+/// Lets the child run to its next stop. Returns false if the child has ended.
 bool GoOn(pid_t child)
 {
     int status = 0;
@@ -41,7 +41,7 @@ bool GoOn(pid_t child)
            WIFSTOPPED(status);
 }
 
-/// The number of the call that the child is about to make; none when it stands elsewhere.
+/// The number of the system call that the child is about to make; a value without meaning if it is stopped elsewhere.
 uint64 CallOf(pid_t child)
 {
     __ptrace_syscall_info info{};
@@ -65,7 +65,7 @@ uint64 SystemCallsOf(std::function<void()> const& prepare, std::function<void()>
         throw std::runtime_error("the system lets nobody trace a process");
     }
     ptrace(PTRACE_SETOPTIONS, child, nullptr,
-           PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL); // else no stop tells what it is
+           PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL); // distinguishes the stops of system calls
     uint64 markers = 0;
     uint64 counted = 0;
     while (GoOn(child))

@@ -14,7 +14,7 @@ namespace ZuBench
 namespace
 {
 
-/// Empty when there is none.
+/// The folder of the thread in /proc; empty if there is no such thread.
 std::filesystem::path FolderOf(std::string const& threadName)
 {
     for (auto const& thread : std::filesystem::directory_iterator("/proc/self/task"))
@@ -50,7 +50,7 @@ double SleepsOf(std::filesystem::path const& folder)
 double WakesPerSecond(std::string const& threadName)
 {
     std::filesystem::path folder = FolderOf(threadName);
-    for (int i = 0; folder.empty() && i < 1000; ++i) // a thread names itself: it may still be about to
+    for (int i = 0; folder.empty() && i < 1000; ++i) // a new thread may not have set its name yet
     {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         folder = FolderOf(threadName);

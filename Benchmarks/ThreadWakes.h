@@ -5,8 +5,8 @@
 namespace ZuBench
 {
 
-/// How often the thread of this process with that name went to sleep of its own will within one second, as the system
-/// counts it. Throws std::runtime_error when there is no such thread.
+/// The number of voluntary context switches within one second of the thread of this process with that name. Throws
+/// std::runtime_error if there is no such thread.
 double WakesPerSecond(std::string const& threadName);
 
 } // namespace ZuBench

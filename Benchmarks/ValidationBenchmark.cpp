@@ -1,4 +1,4 @@
-/// The validation of a record against a general validator of JSON Schema.
+/// The validation of a record, compared with a general validator of JSON Schema.
 
 #include "RecordBenchmark.h"
 

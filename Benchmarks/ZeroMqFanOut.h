@@ -14,8 +14,8 @@
 namespace ZuBench
 {
 
-/// The fan-out by way of ZeroMQ: a pair of sockets within the process and a thread for each receiver. A message holds
-/// the parts of a reduced set, with a reference to each.
+/// A fan-out over ZeroMQ: a pair of sockets within the process and a thread for each receiver. A message holds the
+/// parts of a reduced set, with a reference to each.
 class ZeroMqFanOut final
 {
 public:

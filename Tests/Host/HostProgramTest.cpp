@@ -29,7 +29,8 @@ protected:
         std::filesystem::remove_all(folder, error);
     }
 
-    /// Runs the host, with no plug-ins unless the words say otherwise, and notes what it had said when it was up.
+    /// Runs the host, without plug-ins unless the arguments name some, and records its output up to the end of the
+    /// start.
     int Run(std::vector<std::string> words)
     {
         words.insert(words.begin(), {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--plugins",

@@ -141,7 +141,7 @@ TEST_F(RestConcurrencyTest, ReadsAndChangesOfAllKindsGoSideBySide)
         RunAll(port);
 
         EXPECT_NE(events.ReadUntil(R"("path":"/controls/ModbusTcp")").find("data: {"), std::string::npos);
-        TestConnection client(port); // nothing was left locked
+        TestConnection client(port); // no lock is left behind
         Send(client, "PUT", MODBUS, R"({"enabled": true, "parameters": {"maxClients": 9}})");
         EXPECT_EQ(Read(client, MODBUS).at("parameters").at("maxClients"), 9);
         Send(client, "PUT", ASCII, R"({"enabled": true})");

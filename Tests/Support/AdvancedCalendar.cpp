@@ -12,7 +12,7 @@ std::atomic<int64> advanceSec{0};
 
 } // namespace
 
-// Stands before that of the C library for all of the program, shared objects included.
+// Replaces the function of the C library in the whole program, shared objects included.
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* moment) noexcept
 {
     auto const result = static_cast<int>(syscall(SYS_clock_gettime, clock, moment));

@@ -5,10 +5,10 @@
 namespace ZuTest
 {
 
-/// While it lives, CLOCK_REALTIME is read in this program as so many seconds later than the kernel has it.
+/// While the object exists, this program reads CLOCK_REALTIME as `seconds` later than the kernel's clock.
 ///
-/// A wait until a moment that was computed from that reading lasts as much longer, as it does when the machine's clock
-/// is set back behind the computation. Waits by CLOCK_MONOTONIC are as they always are.
+/// A wait until a moment computed from such a reading lasts `seconds` longer, as if the machine's clock were set back
+/// after the computation. Waits by CLOCK_MONOTONIC do not change.
 class AdvancedCalendar final
 {
 public:

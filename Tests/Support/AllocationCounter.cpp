@@ -10,7 +10,7 @@ namespace
 
 thread_local uint64 allocations = 0;
 thread_local uint64 allocatedBytes = 0;
-thread_local uint64 untilFailure = 0; // 0: none is to fail
+thread_local uint64 untilFailure = 0; // allocations up to the failing one; 0: none fails
 
 void* CountedAllocateOrNull(std::size_t size) noexcept
 {

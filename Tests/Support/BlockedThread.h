@@ -12,13 +12,13 @@
 namespace ZuTest
 {
 
-/// The calling thread's number in the system, for `WaitUntilBlockedIn`.
+/// The system's id of the calling thread, for `WaitUntilBlockedIn`.
 inline long ThisThreadId()
 {
     return syscall(SYS_gettid);
 }
 
-/// Waits until the thread sleeps on a lock that lies within `object`. False when that takes too long.
+/// Waits until the thread sleeps on a lock inside `object`. Returns false after a timeout.
 template <typename Object>
 bool WaitUntilBlockedIn(long threadId, Object const& object)
 {

@@ -7,12 +7,12 @@
 namespace ZuTest
 {
 
-/// A counted object that tells its maker of its end.
+/// A reference-counted object that counts destructions.
 struct CountedObject : wObject
 {
     static wClass const CLASS;
 
-    /// `destroyedObjects` gains one when the object ends; it outlives the object.
+    /// The destructor increments `destroyedObjects`, which outlives the object.
     explicit CountedObject(std::atomic<int>& destroyedObjects, wClass const& objectClass = CLASS);
 
     static void Destroy(wObject* object);

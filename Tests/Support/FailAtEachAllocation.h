@@ -10,13 +10,13 @@
 namespace ZuTest
 {
 
-/// Makes the change once for each of its allocations, which fails, and at last without a failure. Before each `prepare`
-/// makes things as they were, behind each `check` is told whether the change was refused. Gives how many allocations
-/// there were: 0 means that the change takes no memory.
+/// Repeats `change`; in each run another one of its allocations fails, and in the last run none. `prepare` restores the
+/// initial state before each run. `check` is called after each run with true if the change was refused. Returns the
+/// number of allocations of the change; 0 means that it does not allocate.
 template <typename Prepare, typename Change, typename Check>
 uint64 FailAtEachAllocation(Prepare&& prepare, Change&& change, Check&& check)
 {
-    constexpr uint64 MOST_ALLOCATIONS = 10'000; // of one change: the end of a test that would have none
+    constexpr uint64 MOST_ALLOCATIONS = 10'000; // of one change; bounds the test
     for (uint64 number = 1; number < MOST_ALLOCATIONS; ++number)
     {
         SCOPED_TRACE("allocation " + std::to_string(number));

@@ -19,8 +19,8 @@
 namespace ZuTest
 {
 
-/// An instance that is what a test makes of its members. It notes each change that is asked of it, then runs `on[call]`
-/// when that is set, so that a test can let it throw.
+/// An instance with members that the test sets. It records each requested change, then runs `on[call]` if the test has
+/// set it, so that a test can let the call throw.
 class FakeControlInstance final : public ZuControl::IControlInstance
 {
 public:

@@ -11,7 +11,7 @@
 namespace ZuTest
 {
 
-/// The instances that a test puts into it.
+/// A manager of the instances that the test puts into it.
 class FakeControlManager final : public ZuControl::IControlManager
 {
 public:

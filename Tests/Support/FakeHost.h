@@ -11,7 +11,7 @@
 namespace ZuTest
 {
 
-/// Answers and notes what it is asked.
+/// Answers as the test has set, and records the questions.
 class FakeDeployment final : public ZuControl::IDeploymentQuery
 {
 public:
@@ -55,7 +55,7 @@ private:
     }
 };
 
-/// Notes registrations and marks.
+/// Records registrations and marks.
 class FakePersistRegistry final : public ZuControl::IPersistRegistry
 {
 public:

@@ -11,8 +11,8 @@
 namespace ZuTest
 {
 
-/// A store in memory. Before an operation "Read", "Write" or "Exists" does its work it runs `on[operation]` when that
-/// is set, so that a test can let it throw.
+/// A store in memory. The operations "Read", "Write" and "Exists" first run `on[operation]` if the test has set it, so
+/// that a test can let them throw.
 class FakePersistStore final : public ZuCommon::IPersistStore
 {
 public:

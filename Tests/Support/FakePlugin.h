@@ -12,7 +12,7 @@
 namespace ZuTest
 {
 
-/// Makes protocols the way a test says.
+/// Makes protocols with a function of the test.
 class FakeFactory final : public ZuControl::IControlFactory
 {
 public:

@@ -41,7 +41,7 @@ public:
     }
 };
 
-/// An output map that only notes its lock and its clearing.
+/// An output map that only records calls of its lock and of `Clear`.
 class FakeProtocolOutput final : public ZuControl::ControlProtocol::IProtocolOutput
 {
 public:
@@ -120,7 +120,7 @@ private:
     CallLog& calls;
 };
 
-/// An assembly without blocks that only notes its lock.
+/// An assembly without blocks that only records calls of its lock.
 class FakeRegisterAssembly final : public ZuControl::ControlProtocol::IProtocolRegisterAssembly
 {
 public:
@@ -216,9 +216,9 @@ private:
     Zu::Params::Group group;
 };
 
-/// A protocol that notes its calls and fails on demand.
+/// A protocol that records its calls and fails on demand.
 ///
-/// A call "X" is noted as prefix + "X", then `on["X"]` runs when it is set, so that a test can let it throw or report.
+/// A call "X" is recorded as prefix + "X". Then `on["X"]` runs if the test has set it; it may throw or report.
 class FakeProtocol final : public ZuControl::ControlProtocol::IProtocol
 {
 public:
@@ -267,7 +267,7 @@ public:
         return "Fake";
     }
 
-    /// Not noted, since it is asked for at any time.
+    /// Not recorded, because the module calls it at any time.
     ZuControl::ZuEthernetProtocol EthernetProtocolId() override
     {
         if (auto const position = on.find("EthernetProtocolId"); position != on.end())

@@ -16,7 +16,7 @@
 namespace ZuTest
 {
 
-/// A resource that does as it is told: a face is there when its function is.
+/// A resource with behaviour set by the test: it offers an interface only if the function for it is set.
 class FakeResource final : public ZuRest::DocumentResourceBase,
                            public ZuRest::ICallableResource,
                            public ZuRest::StreamResourceBase
@@ -29,7 +29,7 @@ public:
     std::function<void(RequestInfo const&, Json const&)> update;
     std::function<Json(RequestInfo const&, Json const&)> invoke;
     bool isStreamable = false;
-    std::vector<ZuRest::IStreamReceiver*> receivers; ///< by the id of their stream; null once it is stopped
+    std::vector<ZuRest::IStreamReceiver*> receivers; ///< by stream id; null once the stream is stopped
 
     ZuRest::IDocumentResource* DocumentProvider() override
     {
@@ -76,7 +76,7 @@ public:
         receivers[streamId] = nullptr;
     }
 
-    /// It shows `shown`, whatever is asked.
+    /// Sets `shown` as the document of every request.
     void Show(Json shown)
     {
         document = [shown = std::move(shown)](RequestInfo const&, ZuRest::ResponseInfo&) { return shown; };

@@ -11,8 +11,8 @@
 namespace ZuTest
 {
 
-/// One scanner, whatever id it is asked by. Notes its calls; a call "X" then runs `on["X"]` when it is set, which a
-/// test does before a thread can call.
+/// One scanner, which answers to every id. Records its calls. A call "X" then runs `on["X"]` if the test has set it.
+/// Tests set `on` before other threads call.
 class FakeScanEngineInterface final : public ZuControl::IControlScanEngineInterface
 {
 public:
@@ -75,7 +75,7 @@ private:
     }
 
     CallLog& calls;
-    Zu::Mutex lock; // guards what a fetch reads on another thread
+    Zu::Mutex lock; // guards the member below, which a fetch reads on another thread
     ScannerStateInfo info;
 };
 

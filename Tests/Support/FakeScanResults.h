@@ -8,7 +8,7 @@
 namespace ZuTest
 {
 
-/// Notes what is asked of the fan-out and does nothing.
+/// A fan-out that only records its calls.
 class FakeScanResults final : public ZuControl::IControlScanResults
 {
 public:

@@ -13,8 +13,8 @@
 namespace ZuTest
 {
 
-/// A sensor that notes each command with its arguments, as `name {"index":0}`, and answers "name" with what
-/// `on["name"]` gives, null where a test has set nothing.
+/// A sensor that records each command with its arguments, as `name {"index":0}`. It answers the command "name" with the
+/// result of `on["name"]`, or with null if the test has not set that.
 class FakeSensor final : public ZuScan::ISensor, public ZuScan::ICommandTarget
 {
 public:

@@ -10,7 +10,7 @@
 namespace ZuTest
 {
 
-/// Notes its calls; a call "X" then runs `on["X"]` when it is set. Set those before a thread can call.
+/// Records its calls. A call "X" then runs `on["X"]` if the test has set it. Tests set `on` before other threads call.
 class FakeSystemInterface final : public ZuControl::IControlSystemInterface
 {
 public:
@@ -74,7 +74,7 @@ private:
     }
 
     CallLog& calls;
-    Zu::Mutex lock; // guards what a fetch reads on another thread
+    Zu::Mutex lock; // guards the members below, which a fetch reads on another thread
     SystemStats stats;
 };
 

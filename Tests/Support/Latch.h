@@ -6,7 +6,7 @@
 namespace ZuTest
 {
 
-/// Opens once; threads wait for it with a bound.
+/// Opens once. Threads wait for it with a bound.
 class Latch
 {
 public:
@@ -19,7 +19,7 @@ public:
         changed.NotifyAll();
     }
 
-    /// False when it did not open in time.
+    /// Returns false if the latch did not open in time.
     bool Wait() const
     {
         Zu::MutexLock const guard(lock);

@@ -8,11 +8,11 @@
 namespace ZuTest
 {
 
-/// A file system in memory of its own, where this process may mount one: see `IsMounted`.
+/// A file system in memory, if this process may mount one: see `IsMounted`.
 class MountedFolder final
 {
 public:
-    /// `size` as mount has it: "64k".
+    /// `size` has the format of mount: "64k".
     explicit MountedFolder(std::string const& size)
         : isMounted(mount("tmpfs", folder.path.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0)
     {
@@ -39,7 +39,7 @@ public:
         return folder.path;
     }
 
-    /// From now on nothing in it can be written.
+    /// Makes the file system read-only from now on.
     bool MakeReadOnly() const
     {
         return mount("tmpfs", folder.path.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr) == 0;

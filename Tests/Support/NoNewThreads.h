@@ -6,7 +6,7 @@
 namespace ZuTest
 {
 
-/// While it lives the system can start no thread: each would have a stack that is larger than all memory.
+/// While the object exists, every start of a thread fails: the default stack size exceeds all memory.
 class NoNewThreads
 {
 public:

@@ -17,13 +17,13 @@
 namespace ZuTest
 {
 
-/// An output map as clients use it: arguments and contents as JSON, and the log of all that was done.
+/// An output map as clients use it: arguments and contents are JSON. Records the log.
 class OutputMapFixture : public testing::Test
 {
 protected:
     using Json = nlohmann::json;
     using Serializer = Zu::Properties::JsonSerializer;
-    using List = std::vector<Json>; // not a JSON array: braces round a single item would be no list
+    using List = std::vector<Json>; // not a JSON array, where braces around a single item do not make a list
     using Ids = std::vector<std::pair<Json, std::string>>;
 
     virtual ZuControl::ControlProtocol::IProtocolOutput& Map() = 0;
@@ -59,7 +59,7 @@ protected:
         return RefusalOf([this] { Map().UpdateId(*args); });
     }
 
-    /// Items that are there before the test begins.
+    /// Adds items before the test begins.
     void Place(List const& items)
     {
         for (Json const& item : items)
@@ -84,7 +84,7 @@ protected:
         return IdsOf(Document());
     }
 
-    /// Those of the list that was handed over last, as it came back.
+    /// Ids and sources of the list that was the last argument, as the map has left it.
     Ids ArgumentItems()
     {
         return IdsOf(Serializer::Serialize(*args));

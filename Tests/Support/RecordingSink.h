@@ -28,7 +28,7 @@ LogLine Info(std::string label, std::string text);
 LogLine Warning(std::string label, std::string text);
 LogLine Error(std::string label, std::string text);
 
-/// A line for the person at the screen.
+/// A user line.
 LogLine UserInfo(std::string text);
 LogLine UserWarning(std::string text);
 LogLine UserError(std::string text);
@@ -57,7 +57,7 @@ public:
     /// All lines. A log entry of an exception lacks its label (the throwing function); a back trace is one line.
     std::vector<LogLine> LinesWithShortTraces() const;
 
-    /// How many lines have exactly this text.
+    /// The number of lines with exactly this text.
     std::size_t CountOfText(std::string const& text) const;
 
     void Clear();

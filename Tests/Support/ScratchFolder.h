@@ -9,7 +9,7 @@
 namespace ZuTest
 {
 
-/// A folder of its own, which goes with all that is in it.
+/// A new temporary folder. The destructor deletes it with its content.
 class ScratchFolder final
 {
 public:

@@ -10,7 +10,7 @@
 namespace ZuTest
 {
 
-/// How many threads of this process have exactly this name.
+/// The number of threads of this process with exactly this name.
 inline std::size_t CountOfThreads(std::string const& name)
 {
     std::size_t count = 0;

@@ -10,7 +10,7 @@ namespace
 
 using Paths = std::vector<std::filesystem::path>;
 
-constexpr std::chrono::milliseconds SHORT_SILENCE{2000}; // long for a station, short for a test of what hangs
+constexpr std::chrono::milliseconds SHORT_SILENCE{2000}; // longer than any step, short for a test of a hang
 
 std::filesystem::path FileOf(char const* name)
 {

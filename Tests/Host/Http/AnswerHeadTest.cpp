@@ -14,7 +14,7 @@ constexpr char const* DATE = "Sun, 06 Nov 1994 08:49:37 GMT";
 
 std::string TextOf(ZuRest::Answer const& answer, bool isLast, std::optional<uint64> contentBytes)
 {
-    std::string text = "|"; // what stands there already stays
+    std::string text = "|"; // `Append` keeps the present text
     AnswerHead::Append(text, answer, DATE, isLast, contentBytes);
     return text;
 }

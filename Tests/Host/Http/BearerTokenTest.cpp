@@ -14,7 +14,7 @@ namespace ZuHost
 namespace
 {
 
-/// A file with this content, for as long as it lives.
+/// A file with this content. The destructor deletes it.
 class TemporaryFile final
 {
 public:

@@ -79,7 +79,7 @@ protected:
         return connections.emplace_back(server.Port());
     }
 
-    /// The status of the answer to these bytes; 0 when the connection closes without one.
+    /// The status of the answer to these bytes; 0 if the connection closes without an answer.
     uint32 StatusOf(std::string const& bytes)
     {
         TestConnection client(server.Port());
@@ -368,7 +368,7 @@ TEST_F(HttpServerTest, DoesNotWaitForASlowResource)
 
     auto const answer = Connect().Send("GET", "/thing");
     finish.Open();
-    server.Stop(); // the resource still looks at the latch
+    server.Stop(); // before the latch is destroyed: the resource still uses it
 
     ASSERT_TRUE(answer.has_value());
     EXPECT_EQ(answer->status, 503U);
@@ -483,7 +483,7 @@ TEST_F(HttpServerTest, AnswersTheOthersInEachRoundWhileOneReadIsHeldUp)
         auto const answer = client.ReadAnswer();
         EXPECT_TRUE(answer.has_value() && answer->status == 200U) << "round " << round;
     };
-    for (unsigned round = 0; round < 50 && !HasFailure(); ++round) // in most of them some are seen together
+    for (unsigned round = 0; round < 50 && !HasFailure(); ++round) // in most rounds some requests run together
     {
         Latch held;
         finish = &held;
@@ -501,7 +501,7 @@ TEST_F(HttpServerTest, AnswersTheOthersInEachRoundWhileOneReadIsHeldUp)
         expectAnswer(slow, round);
         if (HasFailure())
         {
-            server.Stop(); // a resource may still look at the latch
+            server.Stop(); // before the latch is destroyed: a resource may still use it
         }
     }
 }
@@ -517,7 +517,7 @@ TEST_F(HttpServerTest, AnswersALongRowOfRequestsThatCameTogether)
         together += i % 2 == 0 ? "GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n"
                                : "GET /nowhere HTTP/1.1\r\nHost: localhost\r\n\r\n";
     }
-    std::thread writer([&] { client.Write(together); }); // the answers do not fit between the two
+    std::thread writer([&] { client.Write(together); }); // the socket buffers cannot hold all answers
 
     for (unsigned i = 0; i < REQUESTS; ++i)
     {
@@ -675,7 +675,7 @@ TEST_F(HttpServerTest, SkipsASlowReaderToTheNewestState)
 
     unsigned constexpr REPORTS = 500;
     std::string const padding(64 * 1024, 'x');
-    for (unsigned i = 1; i <= REPORTS; ++i) // far more than the sockets hold, before the first is read
+    for (unsigned i = 1; i <= REPORTS; ++i) // much more than the socket buffers hold, before the client reads
     {
         state.receivers.at(0)->Receive(Json{{"number", i}, {"padding", padding}});
     }
@@ -808,7 +808,7 @@ TEST_F(HttpServerTest, StopsAtAnyMomentBehindItsStart)
         Start();
         if (i % 2 == 0)
         {
-            Connect().Write(GET_THING); // perhaps accepted, perhaps under way
+            Connect().Write(GET_THING); // the server may or may not have accepted it yet
         }
         server.Stop();
     }
@@ -823,7 +823,7 @@ TEST_F(HttpServerTest, StopsWithinItsPatienceWhenAClientDoesNotTakeItsAnswer)
     Latch read;
     resources["/thing"].document = [&read](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
         read.Open();
-        return Json{{"text", std::string(16 * 1024 * 1024, 'x')}}; // more than the sockets hold
+        return Json{{"text", std::string(16 * 1024 * 1024, 'x')}}; // more than the socket buffers hold
     };
     Start();
     TestConnection& client = Connect();
@@ -846,7 +846,7 @@ TEST_F(HttpServerTest, StopsWithinItsPatienceWhenAClientDoesNotTakeItsAnswer)
 TEST_F(HttpServerTest, DropsARequestWhoseTurnComesTooLate)
 {
     settings.answerTimeoutUsec = 200'000;
-    constexpr unsigned READS = HttpServer::THREADS - 1; // all that run at a time
+    constexpr unsigned READS = HttpServer::THREADS - 1; // the maximum of concurrent reads
     Latch finish;
     std::list<Latch> entered(READS);
     std::atomic<unsigned> reads = 0;
@@ -869,7 +869,7 @@ TEST_F(HttpServerTest, DropsARequestWhoseTurnComesTooLate)
 
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 503U);
     finish.Open();
-    server.Stop(); // runs what still waits
+    server.Stop(); // runs the waiting requests
 
     EXPECT_FALSE(hasRun);
 }

@@ -22,7 +22,7 @@ namespace
 
 using ZuTest::Latch;
 
-/// Threads that run an I/O context until the end of a test, and a queue that leaves one of them free.
+/// Threads that run an I/O context until the end of the test, and a queue that leaves one of these threads free.
 class RequestQueueTest : public testing::Test
 {
 protected:
@@ -41,7 +41,7 @@ protected:
         End();
     }
 
-    /// Runs what is left and ends the threads.
+    /// Runs the remaining work and joins the threads.
     void End()
     {
         keepsRunning.reset();
@@ -90,7 +90,7 @@ TEST_F(RequestQueueTest, RunsUpToItsLimitSideBySideAndTheRestAfterwards)
         queue.Run([&work] { work(nullptr); });
     }
 
-    Latch served; // by the thread that is left
+    Latch served; // opened by the free thread
     boost::asio::post(context, [&served] { served.Open(); });
     EXPECT_TRUE(served.Wait());
     EXPECT_EQ(running, LIMIT);

@@ -42,7 +42,7 @@ void TestConnection::Write(std::string const& bytes)
         ssize_t const some = ::send(socket, bytes.data() + written, bytes.size() - written, MSG_NOSIGNAL);
         if (some <= 0)
         {
-            return; // the other side has heard enough
+            return; // the other side has closed the connection
         }
         written += static_cast<std::size_t>(some);
     }

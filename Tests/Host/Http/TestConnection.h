@@ -12,7 +12,7 @@ namespace ZuTest
 class TestConnection final
 {
 public:
-    /// An answer as it came, its header names as they stand.
+    /// An answer as received; header names keep their case.
     struct Answer
     {
         uint32 status = 0;
@@ -32,17 +32,19 @@ public:
     void Write(std::string const& bytes);
     void EndWriting();
 
-    /// The next answer, its body by its length; nothing when the other side closes or stays silent.
+    /// The next answer, with a body of the announced length. Empty if the other side closes the connection or sends
+    /// nothing in time.
     std::optional<Answer> ReadAnswer(bool hasBody = true);
 
     /// One request with the usual head, and its answer.
     std::optional<Answer> Send(std::string const& method, std::string const& target, std::string const& body = {},
                                std::string const& moreHeaders = {});
 
-    /// Reads until `mark` has come and gives all up to its end; what came when the other side closes or stays silent.
+    /// Reads up to the end of `mark` and returns all bytes. If the other side closes the connection or sends nothing in
+    /// time, returns the bytes received so far.
     std::string ReadUntil(std::string const& mark);
 
-    /// True when the other side closes without a further byte.
+    /// Whether the other side closes the connection without sending another byte.
     bool IsClosed();
 
 private:

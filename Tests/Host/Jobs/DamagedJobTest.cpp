@@ -26,8 +26,8 @@ constexpr char const* ONE = "controls/One/config.json";
 constexpr char const* TWO = "controls/Two/config.json";
 constexpr std::size_t PAGE_BYTES = 4096;
 
-/// A value of some length, so that its document is deflated and has a checksum. Letters of every kind: the checksum of
-/// the format hardly tells one row of digits from another.
+/// A value that is long enough for its document to be deflated and to have a checksum. It has letters of every kind,
+/// because the checksum of the format hardly distinguishes rows of digits.
 std::string Value(std::string text, unsigned count)
 {
     constexpr std::string_view LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+-";
@@ -39,7 +39,7 @@ std::string Value(std::string text, unsigned count)
     return text;
 }
 
-/// How many files are damaged; the environment may ask for more.
+/// The number of damaged files; an environment variable can raise it.
 unsigned long Rounds()
 {
     char const* const asked = std::getenv("ZU_DAMAGED_JOBS");
@@ -51,7 +51,8 @@ std::size_t Below(Random& random, std::size_t end)
     return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
 }
 
-/// A place in the file. Half of the places are in the first page and not empty: there the header and the schema are.
+/// A random place in the file. Half of the places are used bytes of the first page, which has the header and the
+/// schema.
 std::size_t Place(Random& random, std::string const& bytes)
 {
     if (Below(random, 2) == 0)
@@ -89,15 +90,15 @@ void Damage(std::string& bytes, Random& random)
                     std::min<std::size_t>(512, bytes.size() - place), '\0');
         break;
     default:
-        bytes.resize(place + 1); // an empty file is a new one
+        bytes.resize(place + 1); // at least one byte: an empty file counts as new
         break;
     }
 }
 
 } // namespace
 
-/// Files of jobs that were damaged at random. A host that finds one starts, has nothing but what was stored or the
-/// defaults, tells when something is missing, and can save.
+/// Randomly damaged job files. A host with such a file starts, has only stored values or defaults, reports missing
+/// documents, and can save.
 class DamagedJobTest : public testing::TestWithParam<char const*>
 {
 protected:
@@ -109,7 +110,7 @@ protected:
         WriteBytes(scratch / TWO, ValueKeepers::DocumentWith(two));
     }
 
-    /// A job that the host or the command-line tool has made, or first the one and then the other.
+    /// A job file that was written by the host, by the command-line tool, or by one after the other.
     std::string Made(std::string const& by) const
     {
         if (by != "host")

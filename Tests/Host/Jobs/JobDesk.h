@@ -220,7 +220,7 @@ public:
     ZuHost::UpdateGate gate;
     ValueKeepers keepers;
     std::vector<ZuControl::ControlVitals::FailedStarts> failedStarts;
-    ZuHost::StartRetry startRetry; // makes no attempts
+    ZuHost::StartRetry startRetry; // makes no attempts: it has no thread and no functions here
     ZuHost::DataFolder folder;
     ZuHost::JobManager jobs;
 

@@ -30,7 +30,7 @@ TEST_P(JobDocuments, AreAcceptedWhereTheModuleAppliesThem)
     ZuTest::FakeControlInstance instance(calls, "One");
     ZuTest::FakePersistStore store;
     store.files["/controls/One/config.json"] = text;
-    instance.enabled = true; // a document that is applied and says nothing about it ends this
+    instance.enabled = true; // an applied document without this member disables the instance
 
     try
     {

@@ -267,7 +267,7 @@ TEST_F(JobManagerTest, LoadsWhatAPersonHasEditedInTheFileOfTheLoadedJob)
     Start();
     ASSERT_TRUE(WaitUntilSaved());
     Edit("default", ONE, ValueKeepers::DocumentWith("edited"));
-    Keepers().Set("Two", "changed"); // saved meanwhile, and only that
+    Keepers().Set("Two", "changed"); // the only value that is saved in between
     ASSERT_TRUE(WaitUntilSaved());
 
     Jobs().LoadJob("default");
@@ -638,7 +638,7 @@ TEST(JobManagerOnABadDisk, TriesAgainUntilThereIsRoom)
 
     std::filesystem::remove(disk.Path() / "filler");
     ASSERT_TRUE(WaitFor([&] { return log.CountOfText("The job 'default' is saved again") == 1U; }));
-    EXPECT_EQ(desk.problems.Count(), 0U); // gone ahead of the line
+    EXPECT_EQ(desk.problems.Count(), 0U); // the problem is removed before the line is logged
     EXPECT_EQ(Archive(disk.Path() / "default.zpjob", Access::READ).Read().entries.at(ONE),
               ValueKeepers::DocumentWith(large));
 }

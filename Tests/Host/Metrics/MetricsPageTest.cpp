@@ -21,7 +21,7 @@ protected:
     {
         router.Register("/controls/:protocol/metrics", metrics);
         statistics.protocols = {{"X", 0, 0, 0}};
-        vitals.metrics.lastDoneUsec = wTime_AfterUsec(HOUR_USEC); // no age but 0
+        vitals.metrics.lastDoneUsec = wTime_AfterUsec(HOUR_USEC); // in the future, so that every age is 0
         metrics.document = [this](ZuRest::RequestInfo const& request, ZuRest::ResponseInfo&) {
             EXPECT_TRUE(request.wantsSchema);
             return documents.at(*request.FindKey("protocol"));

@@ -13,7 +13,7 @@
 namespace ZuTest
 {
 
-/// An instance of the type "Fake" around a protocol that notes its calls.
+/// An instance of the type "Fake" around a protocol that records its calls.
 class InstanceFixture : public testing::Test
 {
 protected:

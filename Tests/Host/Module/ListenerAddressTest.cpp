@@ -17,7 +17,7 @@ namespace ZuHost
 namespace
 {
 
-/// Gives the metrics that a test says, and notes where they were asked for.
+/// Returns the metrics that the test has set, and records the requests for them.
 class FakeMetrics final : public ZuRest::RequestProcessor
 {
 public:

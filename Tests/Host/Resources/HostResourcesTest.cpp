@@ -91,7 +91,7 @@ TEST_F(HostResourcesTest, TellsWhatHasDiedOrStandsStill)
 
     EXPECT_EQ(Read("/health").at("status"), "faulty");
     EXPECT_EQ(Read("/health").at("faults"), (Json{"the first one stands.", "so does the second."}));
-    EXPECT_EQ(Get("/health").status, 200U); // the service lives, and says so
+    EXPECT_EQ(Get("/health").status, 200U); // the service itself works
 
     faults.clear();
     EXPECT_EQ(Read("/health").at("status"), "ok");

@@ -102,7 +102,7 @@ TEST_F(AlignerTest, SaysNothingWhenThereWasNoAlignmentToTakeBack)
 
     aligner.Clear();
     EXPECT_EQ(aligner.State(), AlignState::NOT_ALIGNED);
-    aligner.Begin(); // the marker: its end comes second, and not behind another
+    aligner.Begin(); // the marker: its end is the second one, so no other end came before it
 
     EXPECT_EQ(WaitForStatuses(2), (Statuses{AlignCompletionStatus::SUCCESS, AlignCompletionStatus::SUCCESS}));
 }

@@ -72,7 +72,7 @@ TEST(DeskDigitalOutput, BeginsAPulseAnew)
     output.SetExposure(300);
 
     output.Trigger(1000);
-    output.SetExposure(10); // for those to come
+    output.SetExposure(10); // for later pulses
     EXPECT_TRUE(output.Level(1299));
     output.Trigger(1100);
 

@@ -33,7 +33,7 @@ TEST(DeskMetricsReporter, ReportsToItsHandlersUntilTheyAreRemoved)
     EXPECT_EQ(first.get(), &reporter.Metrics());
 
     reporter.RemoveReportHandler(id);
-    int const countAtRemoval = count; // the removal has waited for a report that ran
+    int const countAtRemoval = count; // the removal waits for a running report
     int later = 0;
     reporter.AddReportHandler([&](ZuCommon::IMetricsSource const&) {
         if (++later == 2)

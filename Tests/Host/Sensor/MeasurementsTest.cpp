@@ -16,7 +16,7 @@ TEST(ProfileTool, MeasuresHeightWidthMeanAndPoints)
 
 TEST(ProfileTool, SumsTheMeanInTheOrderOfThePoints)
 {
-    // The order shows: 1e16 + 1 is 1e16 again.
+    // The result depends on the order of the sum, because 1e16 + 1 is rounded to 1e16.
     Profile const smallLast{{0, 1e16}, {0, 1}, {0, 1}};
     Profile const smallFirst{{0, 1}, {0, 1}, {0, 1e16}};
 

@@ -271,7 +271,7 @@ TEST_F(SensorTest, WaitsAtRateZeroForTheConsumersToLetSetsGo)
     sensor->Start();
     ASSERT_EQ(collector.WaitForFrames(Sensor::MAX_SETS_ALIVE).size(), Sensor::MAX_SETS_ALIVE);
 
-    sensor->Stop(); // it stops while it waits for room
+    sensor->Stop(); // stops the sensor while it waits for room
 
     EXPECT_EQ(collector.Count(), Sensor::MAX_SETS_ALIVE);
     sensor->Start(); // the sets in use still count

@@ -228,7 +228,7 @@ TEST_F(ArchiveFileTest, SavesAgainWhenTheSchemaWasDamagedSinceItWasRead)
     ArchiveFile file = Open();
     file.Read();
     std::string bytes = BytesOf(path);
-    bytes[bytes.find("sqlar(name") + 13] = 'n'; // "mtime" is "ntime" in no table of ours
+    bytes[bytes.find("sqlar(name") + 13] = 'n'; // makes the column "mtime" a "ntime"
     WriteBytes(path, bytes);
 
     file.Save({{ONE, Document("new")}}, {ONE}, false);
@@ -274,7 +274,7 @@ TEST_F(ArchiveFileTest, NeverTakesAFlippedBitForWhatWasStored)
         }
         ++found;
     }
-    EXPECT_GT(found, 100U); // the two documents alone have more bytes than that
+    EXPECT_GT(found, 100U); // the two documents alone have more bytes
 }
 
 TEST_F(ArchiveFileTest, SavesWhatItCouldReadOfADamagedFileAlongWithTheRest)
@@ -300,7 +300,7 @@ TEST_F(ArchiveFileTest, SavesWhatItCouldReadOfADamagedFileAlongWithTheRest)
 TEST_F(ArchiveFileTest, RollsBackWhatACrashHasLeftBeforeItPutsAnotherFileInItsPlace)
 {
     SaveAll({{ONE, Document("1")}});
-    WriteBytes(scratch / "job.zpjob-journal", BytesOf(path)); // no journal: passed over, and gone afterwards
+    WriteBytes(scratch / "job.zpjob-journal", BytesOf(path)); // not a journal: ignored, and deleted afterwards
 
     Open().Replace({{TWO, Document("2")}});
 
@@ -382,7 +382,7 @@ TEST(ArchiveFileOnAFullDisk, LosesNothingAndSavesAgainWhenThereIsRoom)
     file.Save({{ONE, Document("1")}}, {}, false);
     WriteBytes(disk.Path() / "filler", std::string(200'000, 'x'));
 
-    std::string text; // does not shrink much
+    std::string text; // compresses badly
     for (unsigned i = 0; text.size() < 40'000; ++i)
     {
         text += std::to_string(i * i) + ",";

@@ -35,7 +35,7 @@ protected:
         return Archive(file, Access::READ).Read();
     }
 
-    /// A row as a stranger may write it, where the columns are SQL.
+    /// A row as another program may write it; the columns are SQL expressions.
     void Insert(std::string const& name, std::string const& mode, std::string const& size, std::string const& data)
     {
         std::string row = name;

@@ -41,7 +41,7 @@ TEST(Deflate, RefusesWhatHasChanged)
         std::string flipped = packed;
         flipped[i] = static_cast<char>(flipped[i] ^ 0x10);
         auto const unpacked = Deflate::Unpack(flipped, text.size());
-        EXPECT_TRUE(!unpacked.has_value() || *unpacked == text) << i; // some bits of the header say nothing
+        EXPECT_TRUE(!unpacked.has_value() || *unpacked == text) << i; // some bits of the header have no meaning
     }
 }
 

@@ -21,14 +21,14 @@ ForgetfulDisk& DiskOf(sqlite3_vfs* vfs)
 
 } // namespace
 
-/// An open file as SQLite knows it, and its calls.
+/// An open file of SQLite, and the functions for it.
 struct DiskCalls
 {
     using Content = ForgetfulDisk::Content;
 
     struct File
     {
-        sqlite3_file base; // first: SQLite takes the whole for it
+        sqlite3_file base; // first member: SQLite uses a pointer to it for the whole object
         ForgetfulDisk* disk;
         std::shared_ptr<Content>* content;
         bool isJournal;
@@ -126,7 +126,7 @@ struct DiskCalls
 
     static int Characteristics(sqlite3_file* /*file*/)
     {
-        return 0; // promises nothing
+        return 0; // no device characteristics
     }
 
     static int Open(sqlite3_vfs* vfs, char const* name, sqlite3_file* file, int flags, int* outFlags)

@@ -26,7 +26,7 @@ constexpr char const* FAILING = "b fails over its metrics; they stand still, and
 constexpr char const* BROKEN = "Service b failed in its operation OnStopScan. This lasts until the operation succeeds.";
 constexpr char const* SILENT = "Nothing brings the metrics up to date any more.";
 
-/// A module with the protocols "a" and "b" in which all is well.
+/// A healthy module with the protocols "a" and "b".
 ControlVitals Well()
 {
     ControlVitals vitals;

@@ -112,7 +112,7 @@ TEST_F(WatchTest, TellsAFaultAnewThatHasComeBack)
         LookAt(BEGIN + i * Watch::PERIOD_USEC);
     }
 
-    EXPECT_EQ(log.CountOfText(DEAD), 4u); // two faults, each with a user line and a developer line
+    EXPECT_EQ(log.CountOfText(DEAD), 4u); // told twice, each time as a user line and a developer line
     ExpectFaults({});
 }
 
@@ -132,7 +132,7 @@ TEST_F(WatchTest, GivesOthersAsMuchLongerAsItComesLateItself)
     LookAt(BEGIN);
     vitals.dispatchers[0].busySinceUsec = BEGIN + 1;
 
-    LookAt(BEGIN + 30 * SECOND); // the machine was asleep
+    LookAt(BEGIN + 30 * SECOND); // as after a suspend of the machine
 
     ExpectFaults({});
     LookAt(BEGIN + 30 * SECOND + Watch::PERIOD_USEC);
@@ -202,7 +202,7 @@ TEST_F(WatchTest, GoesOnWhenAskingFailed)
     watch->Start();
 
     EXPECT_TRUE(lookedAgain.Wait());
-    watch.reset(); // ahead of what it looks at
+    watch.reset(); // before the objects that it watches
 }
 
 TEST_F(WatchTest, IsAskedWhileItLooks)

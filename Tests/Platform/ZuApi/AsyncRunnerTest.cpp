@@ -23,7 +23,7 @@ namespace Zu
 namespace
 {
 
-/// The status that an operation throws, 1 when it throws nothing.
+/// The status that an operation throws; 1 if it throws nothing.
 int32 StatusOf(std::function<void()> operation)
 {
     try

@@ -21,7 +21,7 @@ namespace
 {
 
 constexpr uint64 SHORT_USEC = 1'000;
-constexpr uint64 LONG_USEC = 3'600'000'000; // never comes in a test
+constexpr uint64 LONG_USEC = 3'600'000'000; // longer than any test
 
 } // namespace
 
@@ -124,7 +124,7 @@ TEST(AsyncTimer, DoesNotTickBehindAStop)
 
     timer.Stop();
     uint64 const after = ticks.Count();
-    marker.Start(20 * SHORT_USEC, false); // later than any tick that was still to come
+    marker.Start(20 * SHORT_USEC, false); // later than any remaining tick
     ASSERT_TRUE(ticks.Wait(after + 1));
     marker.Stop();
 
@@ -141,7 +141,7 @@ TEST(AsyncTimer, MayBeStoppedByItsCallback)
 
     timer.Start(SHORT_USEC, false);
     ASSERT_TRUE(ticks.Wait());
-    timer.Stop(); // waits for the callback: by now it has counted all it ever will
+    timer.Stop(); // waits for the callback, so the count is final
 
     EXPECT_EQ(ticks.Count(), 1u);
 }

@@ -57,7 +57,7 @@ class EveryType : public testing::TestWithParam<DocumentCase>
 {
 };
 
-/// Runs `action`, which is expected to raise a type error of the JSON library, and gives what that says.
+/// Runs `action`, which must throw a type error of the JSON library, and returns the text of the error.
 template <typename Action>
 std::string TypeErrorOf(Action action)
 {
@@ -101,7 +101,7 @@ struct NumberCase
     char const* name;
     char const* key;
     char const* number;
-    char const* converted; // null: refused also where nothing is validated
+    char const* converted; // null: refused even without a validation
     char const* refusal;   // of the validation; null: none
 };
 

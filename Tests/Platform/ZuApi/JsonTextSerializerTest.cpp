@@ -17,7 +17,7 @@ namespace Zu::Properties
 namespace
 {
 
-/// Keys in no order, one inside of the other.
+/// Records with unordered keys, one nested in the other.
 struct Nest : Structure
 {
     Nest() : Structure(true)

@@ -12,7 +12,7 @@ namespace Zu
 namespace
 {
 
-/// Wants errors only.
+/// A sink that wants errors only.
 class ErrorSink : public Logging::ISink
 {
 public:

@@ -124,7 +124,7 @@ TEST(SharedCallbackGate, KnowsTheCallsOfItsOwnFromThoseOfAnotherGate)
     int calls = 0;
     auto const innerCallback = inner.Bind(std::function<void()>([&] {
         ++calls;
-        outer.Close(); // its call is on this thread, around that of the other gate
+        outer.Close(); // this thread is inside its call, which encloses the call of the other gate
     }));
     auto const outerCallback = outer.Bind(std::function<void()>([&] {
         innerCallback();
@@ -154,7 +154,7 @@ TEST(SharedCallbackGate, ClosesWhileOthersCall)
     for (int i = 0; i < 100; ++i)
     {
         std::atomic<bool> call{true};
-        auto alive = std::make_unique<int>(0); // touched by calls, gone once the gate is closed
+        auto alive = std::make_unique<int>(0); // calls use it; destroyed once the gate is closed
         std::optional<SharedCallbackGate> gate(std::in_place);
         std::atomic<int> calls{0};
         auto const callback = gate->Bind(std::function<void()>([&] {

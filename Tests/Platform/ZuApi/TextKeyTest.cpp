@@ -10,7 +10,7 @@ namespace Zu::Properties::Internal
 namespace
 {
 
-/// As operations take it that are called with a literal or any other text.
+/// Takes its argument as operations do that accept a literal or any other text.
 TextKey Taken(TextKey key)
 {
     return key;

@@ -15,7 +15,7 @@ namespace ZuPlugin
 namespace
 {
 
-/// Reads all that the loader reads. The reason of a refusal, empty when the file was taken.
+/// Reads everything that the loader reads. Returns the reason of a refusal; empty if the file was accepted.
 std::string ReasonAgainst(std::string const& path)
 {
     try
@@ -90,7 +90,7 @@ TEST(ElfText, AnswersOrRefusesWhateverTheBytesAre)
     std::uniform_int_distribution<int> byte(0, 255);
     Elf64_Ehdr header{};
     std::copy_n(whole.data(), sizeof(header), reinterpret_cast<char*>(&header));
-    // The header, the segments and the table of sections: what the reader goes by.
+    // The header, the segments and the section table: the reader depends on these bytes.
     std::uniform_int_distribution<std::size_t> inFront(0, sizeof(header) + 10 * sizeof(Elf64_Phdr));
     std::uniform_int_distribution<std::size_t> inBack(header.e_shoff, whole.size() - 1);
 

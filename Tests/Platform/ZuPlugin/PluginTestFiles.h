@@ -6,12 +6,12 @@
 namespace ZuPlugin
 {
 
-/// Where the test plug-in of this name lies.
+/// The path of the test plug-in with this name.
 std::string TestPluginPath(std::string const& name);
 
 std::string ReadFile(std::string const& path);
 
-/// A folder of its own, gone with the object.
+/// A new temporary folder. The destructor deletes it.
 class TemporaryFolder final
 {
 public:
@@ -23,7 +23,7 @@ public:
 
     std::string Path(std::string const& name) const;
 
-    /// Writes a file and gives its path.
+    /// Writes a file and returns its path.
     std::string Write(std::string const& name, std::string const& bytes) const;
 
 private:

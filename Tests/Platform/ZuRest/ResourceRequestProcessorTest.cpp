@@ -118,7 +118,7 @@ TEST_F(ResourceRequestProcessorTest, LinksAndEmbedsWhatTheResourceNames)
         response.Link("zu:command", "/whole/commands/a", true, Json{{"title", "A"}});
         response.Embed("zu:first", "/part/1", false, nullptr);
         response.Link("help", "/help", false, nullptr);
-        return Json(); // a resource of links alone may have none
+        return Json(); // a resource with links only may have a null document
     };
 
     EXPECT_EQ(Get("/whole"), Json::parse(R"({

@@ -149,7 +149,7 @@ TEST_F(wObjectTest, CountsFromManyThreads)
             wObject_Release(object);
         });
     }
-    wObject_Release(object); // the last one goes on whichever thread is the last
+    wObject_Release(object); // the last release destroys the object, on any thread
     for (auto& thread : threads)
     {
         thread.join();

@@ -14,7 +14,7 @@
 namespace AsciiTcp
 {
 
-/// Has one output, "zMax", and takes every operation unless it is told to refuse it.
+/// Has one output, "zMax". Accepts every operation unless the test lets it refuse.
 class FakeService final : public IAsciiService
 {
 public:
@@ -65,13 +65,13 @@ public:
     uint64 ticket = 0;
     int32 refusal = 0;
     std::string refusalText;
-    bool isBroken = false; ///< STATUS throws what is no exception
+    bool isBroken = false; ///< STATUS throws an object that is no std::exception
 };
 
 class AsciiConversationTest : public testing::Test
 {
 protected:
-    /// Sends as much as there is room for; true when that was all.
+    /// Sends as many bytes as there is room for. Returns whether these were all.
     bool Send(std::string_view bytes)
     {
         while (!bytes.empty())
@@ -89,7 +89,7 @@ protected:
         return true;
     }
 
-    /// All that is pending, which is sent by that.
+    /// Takes all pending bytes, which then count as sent.
     std::string Take()
     {
         std::string const taken(conversation.Pending());
@@ -226,7 +226,7 @@ TEST_F(AsciiConversationTest, RefusesALineWithoutEndOnceAndPassesItsRestOver)
     }
 
     EXPECT_EQ(refused, "ERROR -997 A request has at most 1024 bytes\n");
-    EXPECT_TRUE(Send("LIST\nGET zMax\n")); // the first is still that line
+    EXPECT_TRUE(Send("LIST\nGET zMax\n")); // "LIST" still belongs to the refused line
     EXPECT_EQ(Take(), "OK zMax 25.000 1\n");
     EXPECT_EQ(counters.requests, 2u);
 }
@@ -253,7 +253,7 @@ TEST_F(AsciiConversationTest, ReadsNoMoreFromWhoTakesNoAnswers)
     EXPECT_TRUE(conversation.Room().empty());
     uint64 const before = conversation.AnsweredCount();
     conversation.Sent(conversation.Pending().size());
-    EXPECT_GT(conversation.AnsweredCount(), before); // what waited in the input
+    EXPECT_GT(conversation.AnsweredCount(), before); // the requests that waited in the input
     EXPECT_FALSE(conversation.Pending().empty());
 }
 
@@ -277,7 +277,7 @@ TEST_F(AsciiConversationTest, GivesResultsWhileSubscribed)
     EXPECT_EQ(Ask("SUBSCRIBE"), "OK\n");
     EXPECT_TRUE(feed.HasReaders());
     feed.Publish("DATA 2\n");
-    EXPECT_EQ(Ask("SUBSCRIBE"), "OK\n"); // once more: nothing is lost and nothing comes twice
+    EXPECT_EQ(Ask("SUBSCRIBE"), "OK\n"); // a second subscription loses and repeats no line
     conversation.TakeData();
     EXPECT_EQ(Take(), "DATA 2\n");
 
@@ -309,7 +309,7 @@ TEST_F(AsciiConversationTest, BoundsWhatWaitsForASlowReaderAndCountsWhatItMisses
     {
         taken += Take();
     }
-    EXPECT_EQ(taken.size(), (waiting + DataFeed::MAX_LINES) * line.size()); // all that was not counted
+    EXPECT_EQ(taken.size(), (waiting + DataFeed::MAX_LINES) * line.size()); // all lines not counted as dropped
     EXPECT_EQ(counters.controlDrops, LINES - waiting - DataFeed::MAX_LINES);
 }
 
@@ -335,7 +335,7 @@ TEST_F(AsciiConversationTest, IsOverWhenTheClientHasEndedAndAllIsSaid)
     EXPECT_FALSE(conversation.IsOver());
     EXPECT_TRUE(conversation.Room().empty());
 
-    EXPECT_EQ(Take(), "OK 1 zMax\n"); // what has no end is no request
+    EXPECT_EQ(Take(), "OK 1 zMax\n"); // a line without an end is no request
 
     EXPECT_TRUE(conversation.IsOver());
 }
@@ -405,7 +405,7 @@ TEST_F(AsciiConversationTest, TakesOnlyItsInputWhileItWaitsForAnAnswer)
 
     EXPECT_FALSE(Send(requests));
     EXPECT_EQ(Take(), "");
-    conversation.OperationEnded(1, true); // of no concern
+    conversation.OperationEnded(1, true); // no request waits for this operation
     EXPECT_TRUE(conversation.Answered(101, "OK {}"));
 
     EXPECT_TRUE(Take().starts_with("OK {}\nOK 1 zMax\n"));

@@ -36,7 +36,7 @@ using ZuCommon::PersistDomain;
 using ZuControl::ProtocolStatus;
 using ZuControl::ControlProtocol::TextIdStandardOutputItemArgs;
 
-/// The service with the module's own operations and fan-out around it, over fakes of system, scanner and cache.
+/// The service with the real operations and fan-out of the module, over fakes of system, scanner and cache.
 class AsciiTcpProtocolTest : public testing::Test
 {
 protected:
@@ -99,7 +99,7 @@ protected:
                value;
     }
 
-    /// Publishes frame after frame until `isThere` says so, with a bound.
+    /// Publishes frame after frame until `isThere` returns true, with a bound.
     template <typename Predicate>
     bool PublishUntil(Predicate isThere)
     {
@@ -114,7 +114,7 @@ protected:
         return false;
     }
 
-    /// Asks until the answer is this one, with a bound.
+    /// Repeats the request until it gets this answer, with a bound.
     bool Becomes(TcpClient& client, std::string const& request, std::string const& answer)
     {
         std::string last;
@@ -148,7 +148,7 @@ protected:
     }
 
     std::chrono::steady_clock::time_point const latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    ZuTest::Latch mayEnd; // these two outlive the worker that waits for one and opens the other
+    ZuTest::Latch mayEnd; // both latches outlive the worker, which waits for one and opens the other
     ZuTest::Latch restarted;
     ZuTest::CallLog calls;
     ZuTest::FakeSystemInterface systemInterface{calls};
@@ -209,7 +209,7 @@ TEST_F(AsciiTcpProtocolTest, TellsThatItRunsAndStops)
 TEST_F(AsciiTcpProtocolTest, GivesTheNewestValue)
 {
     TcpClient client(Start());
-    Ask(client, "HELP"); // it is counted by now
+    Ask(client, "HELP"); // after the answer the client is counted
 
     ASSERT_TRUE(PublishUntil([&] { return Ask(client, "GET zMax") != "OK zMax none 0"; }));
     scanResults.ProcessResultSet(Frame(1'000'000).Set());
@@ -234,7 +234,7 @@ TEST_F(AsciiTcpProtocolTest, SendsALineForEachSetWhileSubscribed)
     }
     EXPECT_EQ(Ask(client, "UNSUBSCRIBE"), "OK");
     scanResults.ProcessResultSet(Frame(501).Set());
-    EXPECT_TRUE(Becomes(client, "GET zMax", "OK zMax 501.000 1")); // and no line of data among the answers
+    EXPECT_TRUE(Becomes(client, "GET zMax", "OK zMax 501.000 1")); // and no data line is among the answers
     EXPECT_EQ(Metrics().controlDrops.Get(), 0u);
 }
 
@@ -253,7 +253,7 @@ TEST_F(AsciiTcpProtocolTest, ServesOthersWhileAClientDoesNotReadAndReportsTheDro
     std::string first;
     while (std::chrono::steady_clock::now() < latest && !first.starts_with("DATA"))
     {
-        first = slow.ReceiveLine(); // it is still connected, and gets what was kept for it
+        first = slow.ReceiveLine(); // the client is still connected and gets the kept lines
     }
     EXPECT_EQ(first, DataLine("1"));
     protocol->OnStartScan();
@@ -409,7 +409,7 @@ TEST_F(AsciiTcpProtocolTest, FollowsAChangedMap)
     EXPECT_EQ(Ask(client, "LIST"), "OK 6 largest%20z meanZ points width zMax zMin");
     EXPECT_EQ(Ask(client, "GET largest z"), "OK largest%20z none 0");
     EXPECT_EQ(Ask(client, "GET largest%20z"), "OK largest%20z none 0");
-    protocol->Outputs().Clear(); // as a new job does
+    protocol->Outputs().Clear(); // as the load of a new job does
     protocol->OutputsUpdate();
     EXPECT_EQ(Ask(client, "LIST"), "OK 5 meanZ points width zMax zMin");
 }
@@ -457,7 +457,7 @@ TEST_F(AsciiTcpProtocolTest, NamesTheBusyPortWhenItCannotStart)
 
     EXPECT_EQ(ZuTest::RefusalOf([this] { protocol->Start(); }).status, -976);
 
-    EXPECT_TRUE(statuses.empty()); // its instance tells that the start failed
+    EXPECT_TRUE(statuses.empty()); // the instance reports the failed start, not the protocol
     Params().port.Set(0);
     Start();
     EXPECT_EQ(statuses, std::vector<ProtocolStatus>{ProtocolStatus::Running});
@@ -628,7 +628,7 @@ TEST_F(AsciiTcpProtocolTest, CountsWhatItDoes)
     TcpClient client(Start());
     Ask(client, "LIST");
     Ask(client, "NONSENSE");
-    Ask(client, "HELP"); // what was sent before it has been counted by now
+    Ask(client, "HELP"); // after its answer all earlier lines are counted
 
     AsciiMetrics& metrics = Metrics();
 
@@ -667,11 +667,11 @@ TEST_F(AsciiTcpProtocolTest, GoesWhileResultsComeAndClientsRead)
     });
     client.ReceiveLine();
 
-    protocol.reset(); // the fan-out still knows its handler
+    protocol.reset(); // its handler is still registered with the fan-out
 
     publisher.join();
     EXPECT_THROW(
-        while (true) { client.ReceiveLine(); }, std::runtime_error); // closed behind what was sent
+        while (true) { client.ReceiveLine(); }, std::runtime_error); // closed after the sent lines
 }
 
 TEST_F(AsciiTcpProtocolTest, TakesChangesFromEverywhereWhileItServes)

@@ -27,7 +27,7 @@ protected:
         return runner->Begin([this] { operations.StartScan(OWN); });
     }
 
-    /// Tries until the operation before has ended, with a bound.
+    /// Repeats the attempt until the previous operation has ended, with a bound.
     template <typename Action>
     static bool IsTakenAtLast(Action action)
     {
@@ -97,7 +97,7 @@ TEST_F(OperationRunnerTest, KeepsSilentAboutEndsThatAreNotItsOwn)
 {
     operations.AddOpEndEventHandler(OWN, [this](int) { ends.Add("the handler behind it"); });
 
-    operations.StartScan(OWN); // not begun here
+    operations.StartScan(OWN); // not begun by the runner
 
     ASSERT_TRUE(ends.WaitFor("the handler behind it"));
     EXPECT_EQ(ends.All().size(), 1u);

@@ -163,7 +163,7 @@ TEST_F(ResultBoardTest, KeepsReadingsWhenTheOutputsChange)
     EXPECT_EQ(Get("height"), "no such output");
     EXPECT_EQ(Get("width"), "width 2.00 1");
     Connect("height", "other");
-    EXPECT_EQ(Get("height"), "height none 0"); // another source: the old reading says nothing of it
+    EXPECT_EQ(Get("height"), "height none 0"); // another source: the old reading is dropped
 }
 
 TEST_F(ResultBoardTest, TakesNewDigitsAtOnce)

@@ -14,7 +14,7 @@
 namespace AsciiTcp
 {
 
-/// Gives "content of PATH", or what the test puts in its place.
+/// Returns "content of PATH", or the text that the test has set.
 class FakeResources final : public ZuControl::IControlResourceAdaptor
 {
 public:
@@ -27,7 +27,7 @@ public:
     std::function<std::string()> read;
 };
 
-/// Has no output of any kind.
+/// A manager without outputs of any kind.
 class NoHardware final : public ZuControl::IControlHardwareManager
 {
 public:
@@ -55,7 +55,7 @@ protected:
         return AsciiRequest::Parse(line);
     }
 
-    /// The answer to `line`, which is parsed as a client's; "" when none comes.
+    /// The answer to `line`, which is parsed like a line of a client; "" if there is none.
     std::string Ask(std::string const& line, std::string const& expected)
     {
         uint64 const ticket = requests.Begin(Request(line));

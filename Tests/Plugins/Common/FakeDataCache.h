@@ -10,7 +10,7 @@
 namespace PluginCommon
 {
 
-/// Gives what it is told to give, at once; throws the status that is set.
+/// Returns the records that the test has set, without waiting, or throws the status that the test has set.
 class FakeDataCache final : public ZuControl::IControlDataCache
 {
 public:
@@ -52,7 +52,7 @@ public:
     ZuTest::CallLog calls;
 
 private:
-    std::mutex lock; // what a test sets and the fetching thread reads
+    std::mutex lock; // guards the members that a test sets and the fetching thread reads
     DataCacheSystemStats stats;
     DataCacheScannerInfo info;
     int32 failure = 0;

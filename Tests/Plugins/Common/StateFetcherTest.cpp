@@ -30,7 +30,7 @@ protected:
         cache.Set(stats, info);
     }
 
-    /// Asks until the up-time is this one, with a bound.
+    /// Repeats the question until it returns this up-time, with a bound.
     bool BecomesUpTime(uint64 upTime)
     {
         auto const latest = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -115,7 +115,7 @@ TEST_F(StateFetcherTest, FetchesNothingWithoutClients)
     fetcher.Latest("first");
     fetcher.SetHasClients(true);
 
-    // Had the first question brought a fetch, it would have come before this one.
+    // If the first question had started a fetch, that fetch would have run before this one.
     ASSERT_TRUE(cache.calls.WaitFor("ScannerInfo(first)"));
     EXPECT_EQ(cache.calls.Count("ScannerInfo(nobody)"), 0u);
 }

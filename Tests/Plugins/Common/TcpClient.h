@@ -8,14 +8,13 @@
 namespace PluginCommon
 {
 
-/// A client over a plain blocking socket to 127.0.0.1. Every wait is bounded; what goes wrong throws
-/// std::runtime_error.
+/// A client with a blocking socket to 127.0.0.1. Every wait is bounded. Every failure throws std::runtime_error.
 class TcpClient
 {
 public:
     using Bytes = std::vector<uint8>;
 
-    /// `receiveBufferBytes` is what the system may keep unread for this client; 0 leaves that to the system.
+    /// `receiveBufferBytes` is the size of the socket's receive buffer; 0 selects the default of the system.
     explicit TcpClient(uint16 port, int receiveBufferBytes = 0);
     ~TcpClient();
     TcpClient(TcpClient&& other) noexcept;
@@ -24,16 +23,16 @@ public:
     void Send(Bytes const& bytes);
     void SendText(std::string const& text);
 
-    /// Nothing more comes from here; the other direction stays open.
+    /// Closes the sending direction. The other direction stays open.
     void EndSending();
 
-    /// Exactly this many bytes.
+    /// Receives exactly this many bytes.
     Bytes Receive(std::size_t count);
 
-    /// Up to the next line feed, without it and without a carriage return before it.
+    /// Receives a line. Returns it without the line feed and without a carriage return before it.
     std::string ReceiveLine();
 
-    /// True when the server has closed the connection, with nothing sent before.
+    /// Whether the server has closed the connection without sending a byte before.
     bool IsClosedByServer();
 
 private:
@@ -41,7 +40,7 @@ private:
     std::string received; // bytes behind the last line
 };
 
-/// Binds a port of 127.0.0.1 and listens on it for as long as it lives.
+/// Binds a port of 127.0.0.1 and listens on it until destruction.
 class OccupiedPort final
 {
 public:

@@ -13,7 +13,7 @@
 namespace PluginCommon
 {
 
-/// Keeps its socket open and says nothing.
+/// Keeps its socket open and sends nothing.
 class SilentConnection final : public ITcpConnection
 {
 public:
@@ -80,7 +80,7 @@ TEST_F(TcpServerTest, TellsOfAClientBeforeItServesIt)
 TEST_F(TcpServerTest, VisitsEachClientThatIsThere)
 {
     std::atomic<int> visits{0};
-    EXPECT_FALSE(server.PostToEach([&](ITcpConnection&) { ++visits; })); // it does not run
+    EXPECT_FALSE(server.PostToEach([&](ITcpConnection&) { ++visits; })); // the server does not run
     server.Start(At(0));
     TcpClient const first(server.Port());
     TcpClient const second(server.Port());
@@ -126,7 +126,7 @@ TEST_F(TcpServerTest, GoesBackToThePortThatItHadWhenTheNewOneIsTaken)
     EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + std::to_string(port));
     TcpClient const client(port);
     EXPECT_TRUE(calls.WaitFor("Begin"));
-    server.Apply(At(0)); // the place that it has by its settings: nothing is bound anew
+    server.Apply(At(0)); // the address of its present settings: the server keeps its socket
     EXPECT_EQ(server.Port(), port);
 }
 

@@ -15,7 +15,7 @@
 namespace PluginCommon
 {
 
-/// A result set that is filled item by item, as the sensor does.
+/// A result set that a test fills item by item, as the sensor does.
 class TestFrame final
 {
 public:

@@ -11,7 +11,7 @@ namespace ModbusTcp
 
 using namespace ZuControl::ControlProtocol;
 
-/// Notes the commands; refuses and stays busy on demand.
+/// Records the commands. Refuses and stays busy on demand.
 class FakeCommandRunner final : public ICommandRunner
 {
 public:

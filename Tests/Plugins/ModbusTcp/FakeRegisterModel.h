@@ -8,7 +8,7 @@
 namespace ModbusTcp
 {
 
-/// Registers that hold their own address; the first ones can be written and keep nothing. Writes down its calls.
+/// Registers that hold their own address. Writes to the first registers succeed but change nothing. Records its calls.
 class FakeRegisterModel final : public IRegisterModel
 {
 public:

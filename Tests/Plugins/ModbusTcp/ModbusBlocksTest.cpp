@@ -27,7 +27,8 @@ class ModbusBlocksTest : public BlockFixture
 protected:
     using Registers = std::vector<uint16>;
 
-    /// The registers that `record` gives, as a master sees them. They hold 0xAAAA before: one left alone shows.
+    /// The registers of `record` as a Modbus client reads them. They hold 0xAAAA before, which shows in unwritten
+    /// registers.
     template <typename Record>
     Registers Encode(Block& block, Record const& record)
     {
@@ -171,7 +172,7 @@ TEST_F(ModbusBlocksTest, ShowTheSystemWithoutTwoFieldsInOneRegister)
     state.jobFileNameLength = 3;
     state.stateByte2 = 0x81;
     state.stateByte3 = 0xFF;
-    std::memcpy(state.jobFileName, "job!", 4); // the length counts, not what is behind
+    std::memcpy(state.jobFileName, "job!", 4); // the length counts, not the bytes behind
 
     Registers const registers = Encode(*block, state);
 

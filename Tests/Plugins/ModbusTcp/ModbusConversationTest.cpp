@@ -14,7 +14,7 @@ class ModbusConversationTest : public testing::Test
 protected:
     using Bytes = std::vector<uint8>;
 
-    /// Hands in as much as there is room for; gives how much that was.
+    /// Sends as many bytes as there is room for. Returns their number.
     std::size_t Hear(Bytes const& bytes)
     {
         std::span<uint8> const room = conversation.Room();
@@ -100,7 +100,7 @@ TEST_F(ModbusConversationTest, KeepsRequestsWaitingUntilTheirAnswersHaveRoom)
     std::size_t sent = 0;
     while (!Pending().empty())
     {
-        std::size_t const step = std::min<std::size_t>(Pending().size(), 1000); // a client that takes little at a time
+        std::size_t const step = std::min<std::size_t>(Pending().size(), 1000); // a client that reads slowly
         conversation.Sent(step);
         sent += step;
     }

@@ -19,7 +19,7 @@ struct RequestCase
     char const* name;
     Bytes request;
     Bytes answer;
-    Calls calls; ///< what reached the model
+    Calls calls; ///< the calls of the model
 };
 
 std::ostream& operator<<(std::ostream& stream, RequestCase const& given)
@@ -27,7 +27,7 @@ std::ostream& operator<<(std::ostream& stream, RequestCase const& given)
     return stream << given.name;
 }
 
-/// Registers 0 to 9999 hold their own address; 0 to 65 can be written.
+/// Registers 0 to 9999 hold their own address; 0 to 65 are writable.
 class ModbusRequestTest : public testing::TestWithParam<RequestCase>
 {
 protected:

@@ -21,7 +21,7 @@ namespace ModbusTcp
 using Bytes = TestClient::Bytes;
 using Registers = TestClient::Registers;
 
-/// Keeps the numbers of clients that the server told, and waits for one.
+/// Records the client counts that the server reports, and waits for a count.
 class ClientCounts final
 {
 public:
@@ -32,7 +32,7 @@ public:
         changed.notify_all();
     }
 
-    /// Whether the last number told becomes `count` within a bound.
+    /// Whether the last reported number becomes `count` within a bound.
     bool Becomes(uint64 count)
     {
         std::unique_lock guard(mutex);
@@ -51,7 +51,7 @@ private:
     std::vector<uint64> told;
 };
 
-/// Registers that hold their own address and can be written; register 9999 throws.
+/// Writable registers that hold their own address. Register 9999 throws.
 class EchoModel final : public IRegisterModel
 {
 public:
@@ -178,7 +178,7 @@ TEST_F(ModbusServerTest, DropsHalfAFrameFollowedBySilenceAndNoOther)
     TestClient busy(port);
     std::thread watcher([&] { EXPECT_TRUE(half.IsClosedByServer()); });
 
-    ServeUntilOneIsDropped(busy); // asks again well within its time
+    ServeUntilOneIsDropped(busy); // `busy` sends its next request well within the idle time
     watcher.join();
 
     ExpectServes(busy);
@@ -241,7 +241,7 @@ TEST_F(ModbusServerTest, ServesOthersWhileAClientTakesNoAnswers)
     {
         requests.insert(requests.end(), {0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 125});
     }
-    // It sends for as long as anything moves and reads nothing: all buffers between the two fill up.
+    // The client sends as long as it can and reads nothing, so that all buffers between client and server fill up.
     std::thread sender([&] {
         try
         {
@@ -252,7 +252,7 @@ TEST_F(ModbusServerTest, ServesOthersWhileAClientTakesNoAnswers)
         }
         catch (std::runtime_error const&)
         {
-            // dropped by the server, as it should be
+            // expected: the server has dropped the client
         }
     });
 

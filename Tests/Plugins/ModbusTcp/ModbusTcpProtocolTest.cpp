@@ -66,7 +66,7 @@ public:
     }
 };
 
-/// The service with the module's own operations and fan-out around it, over fakes of system, scanner and cache.
+/// The service with the real operations and fan-out of the module, over fakes of system, scanner and cache.
 class ModbusTcpProtocolTest : public testing::Test
 {
 protected:
@@ -116,7 +116,7 @@ protected:
         return frame;
     }
 
-    /// Publishes frame after frame until `isThere` says so, with a bound.
+    /// Publishes frame after frame until `isThere` returns true, with a bound.
     template <typename Predicate>
     bool PublishUntil(Predicate isThere)
     {
@@ -145,7 +145,7 @@ protected:
     }
 
     std::chrono::steady_clock::time_point const latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    ZuTest::Latch mayEnd; // these two outlive the worker that waits for one and opens the other
+    ZuTest::Latch mayEnd; // both latches outlive the worker, which waits for one and opens the other
     ZuTest::Latch restarted;
     ZuTest::CallLog calls;
     ZuTest::FakeSystemInterface systemInterface{calls};
@@ -195,7 +195,7 @@ TEST_F(ModbusTcpProtocolTest, TellsThatItRunsAndStops)
 TEST_F(ModbusTcpProtocolTest, ShowsResultsOfOneFrameInOneRead)
 {
     TestClient client(Start());
-    client.Read(0, 1); // it is counted by now
+    client.Read(0, 1); // after the answer the client is counted
 
     ASSERT_TRUE(PublishUntil([&] { return client.Read(165, 1)[0] > 100; }));
 
@@ -229,7 +229,7 @@ TEST_F(ModbusTcpProtocolTest, CarriesOutACommandAndAnswersUnderItsRequestId)
 
     EXPECT_TRUE(StatusBecomes(client, {41, 2}));
     EXPECT_EQ(calls.Count("Start"), 1u);
-    EXPECT_EQ(client.Read(0, 2), (Registers{41, 1})); // what was written reads back
+    EXPECT_EQ(client.Read(0, 2), (Registers{41, 1})); // written values read back
 }
 
 TEST_F(ModbusTcpProtocolTest, IsBusyWhileItsOperationRuns)
@@ -274,7 +274,7 @@ TEST_F(ModbusTcpProtocolTest, FailsWhatTheSystemRefusesAndWhatHasNoName)
     client.Write(0, {3, 99});
     EXPECT_TRUE(StatusBecomes(client, {3, 3}));
     client.Write(0, {4, 0});
-    EXPECT_TRUE(StatusBecomes(client, {4, 2})); // no command is always done
+    EXPECT_TRUE(StatusBecomes(client, {4, 2})); // the command "none" always succeeds
 
     EXPECT_EQ(calls.Count("LoadJob(gone)"), 1u);
 }
@@ -386,7 +386,7 @@ TEST_F(ModbusTcpProtocolTest, NamesTheBusyPortWhenItCannotStart)
                                                      std::to_string(taken.Number()) + ": Address already in use");
     }
 
-    EXPECT_TRUE(statuses.empty()); // its instance tells that the start failed
+    EXPECT_TRUE(statuses.empty()); // the instance reports the failed start, not the protocol
     Params().port.Set(0);
     Start();
     EXPECT_EQ(statuses, std::vector<ProtocolStatus>{ProtocolStatus::Running});
@@ -472,7 +472,7 @@ TEST_F(ModbusTcpProtocolTest, CountsAnewAfterAResetButForItsLifetime)
 
     EXPECT_EQ(metrics.requests.Get(), 1u);
     EXPECT_EQ(metrics.acceptedClients.Get(), 0u);
-    EXPECT_EQ(metrics.clients.Get(), 1u); // it says how many there are
+    EXPECT_EQ(metrics.clients.Get(), 1u); // the present number of clients
     EXPECT_EQ(metrics.lifetime.requests.Get(), 3u);
     EXPECT_EQ(metrics.lifetime.acceptedClients.Get(), 1u);
 }
@@ -481,7 +481,7 @@ TEST_F(ModbusTcpProtocolTest, KeepsTheCountsOfItsLifetimeOverARestart)
 {
     nlohmann::json document;
     protocol->InitPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
-    EXPECT_TRUE(document.is_null()); // at the first start there is nothing to keep yet
+    EXPECT_TRUE(document.is_null()); // at the first start there is no value to store yet
     {
         TestClient client(Start());
         client.Read(0, 1);
@@ -596,7 +596,7 @@ TEST_F(ModbusTcpProtocolTest, GoesWhileResultsComeAndClientsRead)
     });
     client.Read(150, 35);
 
-    protocol.reset(); // the fan-out still knows its handler
+    protocol.reset(); // its handler is still registered with the fan-out
 
     publisher.join();
     EXPECT_TRUE(client.IsClosedByServer());

@@ -7,7 +7,7 @@ namespace ModbusTcp
 
 using PluginCommon::OccupiedPort;
 
-/// A client that speaks frames; its waits and failures are those of the plain one.
+/// A Modbus client. Waits and failures are those of `TcpClient`.
 class TestClient final : public PluginCommon::TcpClient
 {
 public:
@@ -15,12 +15,12 @@ public:
 
     using TcpClient::TcpClient;
 
-    /// One request from its protocol data unit to that of the answer; checks the header.
+    /// Sends a protocol data unit and returns that of the answer. Checks the header.
     Bytes Ask(Bytes const& pdu);
 
     Registers Read(uint16 first, uint16 count);
 
-    /// Function 16. Gives the exception code, 0 when it was taken.
+    /// Function 16. Returns the exception code, 0 after a success.
     uint8 Write(uint16 first, Registers const& values);
 
 private:

@@ -1,4 +1,4 @@
-// A protocol that falls ill and gets well again as its parameter says, so that a test sees what the host makes of it.
+// A protocol with faults that its parameter "ailment" switches on and off, for tests of the host's reaction.
 
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
@@ -26,10 +26,10 @@ constexpr char const* TYPE_NAME = "Ailing";
 
 constexpr char const* RESULTS_FAIL = "results fail";
 constexpr char const* RESULTS_HANG = "results hang";
-constexpr char const* START_FAILED = "start failed"; // says so, and goes on
+constexpr char const* START_FAILED = "start failed"; // reports the status and keeps running
 constexpr char const* METRICS_FAIL = "metrics fail";
 constexpr char const* METRICS_HANG = "metrics hang";
-constexpr char const* START_HANGS = "start hangs"; // of a scan, which is an operation of the system
+constexpr char const* START_HANGS = "start hangs"; // the start of a scan, which is an operation of the system
 constexpr char const* SERVICE_FAILS = "service fails";
 constexpr char const* SERVICE_FAILS_LATE = "service fails late"; // a second after its start began
 
@@ -40,7 +40,7 @@ struct AilingParams final : Zu::Params::Group
         Register("ailment", "Ailment", ailment);
     }
 
-    Zu::Params::Value<std::string> ailment; // one of the above; anything else is good health
+    Zu::Params::Value<std::string> ailment; // one of the above; any other text means no fault
 };
 
 class AilingProtocol final : public ProtocolBase

@@ -1,3 +1,3 @@
 #include "Trouble.h"
 
-Trouble const TROUBLE = Trouble::ZU_TEST_TROUBLE; // as the build says
+Trouble const TROUBLE = Trouble::ZU_TEST_TROUBLE; // defined by the build of each plug-in

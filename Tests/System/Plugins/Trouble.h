@@ -1,6 +1,6 @@
 #pragma once
 
-/// The station of its life at which a plug-in goes wrong.
+/// The step in its life at which a plug-in fails.
 enum class Trouble
 {
     ABORTING_INITIALISER,
@@ -20,8 +20,8 @@ enum class Trouble
     ABORTING_DESTRUCTOR,
     KEPT_PROTOCOL,
     LOGGED_ERROR,
-    TAKEN_NAME,     ///< nothing else
-    NEEDED_HARDWARE ///< nothing else: its start looks up an output of the sensor
+    TAKEN_NAME,     ///< no other fault
+    NEEDED_HARDWARE ///< no other fault: its start looks up an output of the sensor
 };
 
 /// Each plug-in has its own.

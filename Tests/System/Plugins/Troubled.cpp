@@ -1,4 +1,4 @@
-// A protocol that goes wrong at one station of its life.
+// A protocol that fails at one step of its life.
 
 #include "Trouble.h"
 #include "ZuApi/Logging.h"

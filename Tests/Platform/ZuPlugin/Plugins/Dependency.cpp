@@ -1,4 +1,4 @@
-// Lies where no loader looks for it.
+// A library in a folder that no loader searches.
 
 extern "C" __attribute__((visibility("default"))) int TestDependencyNumber()
 {

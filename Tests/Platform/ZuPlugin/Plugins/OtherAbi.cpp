@@ -1,4 +1,4 @@
-// Was built against another JSON library, and tells when any of its code runs.
+// Claims to be built with another JSON library. Reports when any of its code runs.
 
 #include "ZuPlugin/IPlugin.h"
 #include "wApi/wStatus.h"
