@@ -41,7 +41,7 @@ bool GoOn(pid_t child)
            WIFSTOPPED(status);
 }
 
-/// The number of the system call that the child is about to make; a value without meaning if it is stopped elsewhere.
+/// The number of the system call that the child is about to make; the highest number if it is stopped elsewhere.
 uint64 CallOf(pid_t child)
 {
     __ptrace_syscall_info info{};

@@ -47,7 +47,7 @@ using Offsets = std::vector<std::size_t>;
 template <typename Enumeration>
 constexpr std::size_t WIDTH = sizeof(std::underlying_type_t<Enumeration>);
 
-/// The numbers of these enumerators.
+/// The numeric values of these enumerators.
 template <typename... Enumerators>
 std::vector<int64> NumbersOf(Enumerators... enumerators)
 {

@@ -228,7 +228,7 @@ TEST_F(ArchiveFileTest, SavesAgainWhenTheSchemaWasDamagedSinceItWasRead)
     ArchiveFile file = Open();
     file.Read();
     std::string bytes = BytesOf(path);
-    bytes[bytes.find("sqlar(name") + 13] = 'n'; // makes the column "mtime" a "ntime"
+    bytes[bytes.find("sqlar(name") + 13] = 'n'; // "TEXT" becomes "TEnT"
     WriteBytes(path, bytes);
 
     file.Save({{ONE, Document("new")}}, {ONE}, false);

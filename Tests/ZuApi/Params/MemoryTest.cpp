@@ -12,7 +12,7 @@ namespace Zu::Params
 namespace
 {
 
-/// As the records that there are very many of.
+/// A record like those that occur in large numbers.
 struct Item : Group
 {
     Item()

@@ -31,10 +31,10 @@ TEST(StructBase, GivesItsMembersTitleAndSortOrder)
     Brush const brush;
 
     EXPECT_EQ(brush.width.title, "Width");
-    EXPECT_EQ(brush.name.title, "name"); // the key stands for an empty title
+    EXPECT_EQ(brush.name.title, "name"); // an empty title is replaced by the key
     EXPECT_EQ(brush.width.sortOrder, 0u);
     EXPECT_EQ(brush.name.sortOrder, 100u);
-    EXPECT_EQ(brush.hard.sortOrder, 200u); // goes on where the base stopped
+    EXPECT_EQ(brush.hard.sortOrder, 200u); // continues after the last member of the base
     EXPECT_EQ(brush.nextSortOrder, 300u);
 }
 
@@ -91,7 +91,7 @@ TEST(StructBase, CopiesMembersAttributesAndItsCounter)
     source.extendedType = "Other";
     source.nextSortOrder = 900;
     source.EnableUsed(true).EnableReadOnly();
-    Stroke target; // has a part of the members
+    Stroke target; // has only some of the members
 
     target.CopyValues(source);
 
@@ -200,7 +200,7 @@ TEST(StructBase, IsDescribedToManyReadersAtOnce)
 
 TEST(StructBase, StoresNothingInAMemberThatIsRegisteredAgainAsItStands)
 {
-    std::string const longTitle(256, 't'); // not one of the texts that are kept for good
+    std::string const longTitle(256, 't'); // too long for the pool of permanent texts
     ZuTest::SealedRecord<Stroke> stroke;
     Group().Register("pen", longTitle, stroke.Get());
     ASSERT_TRUE(stroke.Seal());
@@ -251,7 +251,7 @@ TEST(StructBase, KeepsTheNodesOfAMemberThatIsRegisteredAgainBesideReaders)
     std::thread plainReader([&] {
         for (int i = 0; i < ROUNDS; ++i)
         {
-            for (int read = 0; read < 20; ++read) // so many meet the moment in which the schema is made
+            for (int read = 0; read < 20; ++read) // repeated, so that some reads meet the creation of the schema
             {
                 Group().Register("pen", longTitle, *stroke);
             }

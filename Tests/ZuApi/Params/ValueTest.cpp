@@ -45,7 +45,7 @@ std::vector<std::string> SchemaKeys(Properties::Node const& node)
     return keys;
 }
 
-/// Validates and reads, as a client's write does.
+/// Validates and deserializes, like a write of a client.
 void Write(Properties::Node& node, Json const& document)
 {
     JsonSerializer::Validate(node, document);
@@ -242,7 +242,7 @@ TEST_P(Bounds, RefuseWhatLiesOutsideInLogAndException)
     given.bound(value);
     LogRecorder log;
 
-    JsonSerializer::Validate(value, Json(1000)); // stored already, wherever the bound is
+    JsonSerializer::Validate(value, Json(1000)); // the stored value is accepted, even outside of the bounds
     Refusal const refusal = RefusalOf([&] { Write(value, Json(given.refused)); });
 
     EXPECT_EQ(refusal, (Refusal{-997, std::string("Speed") + given.sentence}));
@@ -504,7 +504,7 @@ TEST(ParamsValue, CopiesEverythingThatAnotherHas)
     early.CopyValues(source);
     late.CopyValues(source);
 
-    EXPECT_EQ(early.RawValue(), 9); // the effective one
+    EXPECT_EQ(early.RawValue(), 9); // the effective value
     EXPECT_EQ(JsonSerializer::SerializeSchema(early), JsonSerializer::SerializeSchema(source));
     EXPECT_EQ(JsonSerializer::SerializeSchema(late), JsonSerializer::SerializeSchema(source));
 }

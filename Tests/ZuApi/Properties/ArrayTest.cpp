@@ -26,7 +26,7 @@ protected:
         array.AddObserver([this](Node& node) { counts.push_back(dynamic_cast<Array<Stroke>&>(node).Count()); });
     }
 
-    /// Gives the elements the widths 1, 2 and on.
+    /// Sets the widths of the elements to 1, 2 and so on.
     void Fill(uint16 count)
     {
         array.Resize(count);
@@ -46,7 +46,7 @@ protected:
         EXPECT_EQ(widths, expected);
     }
 
-    /// The schema refers to the schemas of the elements that there are, in order.
+    /// Expects that the schema refers to the schemas of the present elements, in order.
     void ExpectItemsInStep() const
     {
         auto const& items = dynamic_cast<Internal::ReferenceArray const&>(*array.Schema()->Find("items"));
@@ -58,7 +58,7 @@ protected:
     }
 
     Array<Stroke> array;
-    std::vector<uint64> counts; // what the observers saw
+    std::vector<uint64> counts; // the counts that the observers read
 };
 
 } // namespace

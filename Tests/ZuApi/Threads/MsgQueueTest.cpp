@@ -29,7 +29,7 @@ struct Hidden
 {
 };
 
-/// A record that tells of its end.
+/// A record that counts its destruction.
 struct Noted
 {
     Noted(int givenNumber, std::atomic<int>& endedRecords) : number(givenNumber), ended(endedRecords)
@@ -99,7 +99,7 @@ TEST_F(MsgQueueTest, GivesRecordsInOrderOfAddition)
         EXPECT_EQ(record->number, expected);
     }
 
-    EXPECT_EQ(ended, 1); // the second took the place of the first
+    EXPECT_EQ(ended, 1); // the second record replaces the first, which is destroyed
 }
 
 TEST_F(MsgQueueTest, GivesTheTimeOutAndLeavesTheRecordAlone)

@@ -25,7 +25,7 @@ using ZuTest::RefusalOf;
 namespace
 {
 
-/// One of each kind, at different places.
+/// One output or input of each kind, with different indexes.
 struct Hardware
 {
     explicit Hardware(ZuScan::ISensor& sensor)

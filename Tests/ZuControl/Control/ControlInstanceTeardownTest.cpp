@@ -28,7 +28,7 @@ using Calls = ZuTest::CallLog::Calls;
 namespace
 {
 
-/// A protocol that does nothing by itself: tests tell in its name.
+/// A protocol that does nothing by itself. Tests send notifications in its name.
 class TellingProtocol final : public ControlProtocol::ProtocolBase
 {
 public:
@@ -66,7 +66,7 @@ public:
     {
     }
 
-    /// All that a protocol can tell.
+    /// Sends every notification of a protocol.
     void TellAll()
     {
         NotifyParamsInternalUpdateEventHandler(true);
@@ -135,7 +135,7 @@ TEST_F(ControlInstanceTeardown, HearsNothingMoreOfAProtocolThatTellsOnAThreadOfI
             std::this_thread::yield();
         }
 
-        instance.reset(); // `heard` goes with it
+        instance.reset(); // destroys `heard` too
 
         EXPECT_EQ(problems.Count(), 0u);
         Build();
@@ -169,7 +169,7 @@ TEST_F(ControlInstanceTeardown, WaitsForWhatTheProtocolIsJustTelling)
 
 TEST_F(ControlInstanceTeardown, LetsTwoThreadsTellSideBySide)
 {
-    std::latch meeting(2); // both are inside at once, or neither ever leaves
+    std::latch meeting(2); // passed only if both calls are inside at the same time
     instance->AddParamsUpdatedEventHandler([&](std::string const&, bool) { meeting.arrive_and_wait(); });
     instance->AddOutputsUpdatedEventHandler([&](std::string const&, bool) { meeting.arrive_and_wait(); });
 
@@ -246,7 +246,7 @@ TEST(ControlInstance, IsOutOfReachForAProtocolThatKeptItsHandlers)
 
     instance.reset();
 
-    protocol->NotifyParamsInternalUpdateEventHandler(true); // would call into what is no more
+    protocol->NotifyParamsInternalUpdateEventHandler(true); // a handler left behind would call the destroyed instance
     protocol->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
     protocol->NotifyOutputsInternalUpdateEventHandler(true);
     EXPECT_EQ(problems.Count(), 0u);

@@ -205,7 +205,7 @@ TEST_F(ControlInstanceTest, TakesARefusalForNoFault)
     EXPECT_EQ(RefusalOf([&] { instance->Enable(true); }), (Refusal{-976, "the port is taken"}));
     EXPECT_EQ(instance->Faults().Operations(), std::vector<std::string>{});
 
-    EXPECT_EQ(RefusalOf([&] { instance->OnStartScan(); }), (Refusal{-976, "not now"})); // no caller takes it for one
+    EXPECT_EQ(RefusalOf([&] { instance->OnStartScan(); }), (Refusal{-976, "not now"})); // here BUSY is a fault
     EXPECT_EQ(instance->Faults().Operations(), (std::vector<std::string>{"OnStartScan"}));
 }
 
@@ -650,7 +650,7 @@ TEST_F(ControlInstanceDelivery, EndsBeforeAnEnabledProtocolGoes)
         });
         EXPECT_TRUE(calls.WaitFor("received"));
 
-        instance.reset(); // the fan-out still has the handler
+        instance.reset(); // its handler is still registered with the fan-out
 
         EXPECT_TRUE(listening.expired());
         std::size_t const received = calls.Count("received");
@@ -695,14 +695,14 @@ TEST_F(ControlInstanceDelivery, ReachesAProtocolOnceThatWasEnabledAgainWithAProb
 {
     BuildListening();
     listening.lock()->NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
-    instance->Enable(false); // leaves its handler
+    instance->Enable(false); // leaves its handler registered
     instance->Enable(true);
     calls.Clear();
     auto const marker = results.AddResultHandler([this](void*) { calls.Add("marker"); }, ZuEthernetProtocol{9});
 
     Publish();
 
-    ASSERT_TRUE(calls.WaitFor("marker")); // behind both handlers
+    ASSERT_TRUE(calls.WaitFor("marker")); // called after both handlers
     EXPECT_EQ(calls.Count("received"), 1u);
     instance->Enable(false);
     results.RemoveResultHandler(marker);

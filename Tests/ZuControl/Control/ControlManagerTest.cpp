@@ -167,7 +167,7 @@ struct DeploymentCase
 {
     char const* name;
     bool ZuTest::FakeDeployment::*first;
-    bool ZuTest::FakeDeployment::*second; // true as well, and not asked for any more
+    bool ZuTest::FakeDeployment::*second; // true as well, but not queried after `first`
     ControlInfo::SupportedEnvironmentList environments;
     Calls asked;
 };

@@ -334,7 +334,7 @@ TEST_F(ControlMetricsTest, RefusesAnUnknownTypeBeforeAnythingChanges)
 
     EXPECT_EQ(RefusalOf([this] { metrics->RemoveReportHandler({}, "x"); }), (Refusal{-997, ""}));
     ASSERT_TRUE(calls.WaitFor("b.UpdateMetrics"));
-    EXPECT_EQ(ZuTest::CountOfThreads("AsyncTimer"), 1u); // that of the updates
+    EXPECT_EQ(ZuTest::CountOfThreads("AsyncTimer"), 1u); // the update timer
     EXPECT_TRUE(log.Lines().empty());
 }
 
@@ -459,7 +459,7 @@ TEST_F(ControlMetricsTest, LetsOthersComeAndGoWhileAHandlerRuns)
         "a");
     ASSERT_TRUE(entered.Wait());
 
-    CallbackId const id = Subscribe("b", "other"); // neither waits for the handler
+    CallbackId const id = Subscribe("b", "other"); // neither call waits for the running handler
     metrics->RemoveReportHandler(id, "b");
 
     EXPECT_EQ(calls.Count("other"), 0u);
@@ -518,7 +518,7 @@ TEST_F(ControlMetricsTest, ShowsTheOthersAsTheyStandWhileOneHangsAheadOfThem)
     BuildWith(NEVER_USEC, NEVER_USEC);
     HangAtA([] {});
 
-    listening.Set("127.0.0.1:1502"); // as a protocol does that starts meanwhile
+    listening.Set("127.0.0.1:1502"); // as a protocol does that starts in the meantime
 
     EXPECT_EQ(metrics->Snapshot("b")->values, nlohmann::json({{"listening", "127.0.0.1:1502"}}));
     release.Open();
@@ -550,7 +550,7 @@ TEST_F(ControlMetricsTest, MixesNoTwoUpdatesInASnapshot)
     };
     metrics->AddReportHandler(
         [this](Source const&) {
-        EXPECT_EQ(first.Get(), second.Get()); // the live record, in turn with the updates
+        EXPECT_EQ(first.Get(), second.Get()); // the handler reads the live record, never during an update
         calls.Add("report");
         },
         "a");
@@ -645,7 +645,7 @@ TEST_F(ControlMetricsTest, LetsSubscribersLeaveWhileAnUpdateHangs)
     ChangeUpdateInterval(QUICK_USEC);
     ASSERT_TRUE(entered.Wait());
 
-    metrics->RemoveReportHandler(id, "b"); // waits for the report that runs
+    metrics->RemoveReportHandler(id, "b"); // waits for the running report
 
     EXPECT_EQ(Stopped(), 1u);
     release.Open();
@@ -674,7 +674,7 @@ TEST_F(ControlMetricsTest, WaitsASecondForARecordThatWasNeverRead)
     uint64 const beginUsec = wTime_NowUsec();
     HangAtA([] {});
 
-    for (int i = 0; i < 3; ++i) // the first waits for a second, those behind it not at all
+    for (int i = 0; i < 3; ++i) // the first call waits one second, the later calls do not wait
     {
         EXPECT_EQ(RefusalOf([this] { metrics->Snapshot("a"); }), (Refusal{-993, ""}));
         EXPECT_GE(wTime_NowUsec() - beginUsec, 1'000'000u);

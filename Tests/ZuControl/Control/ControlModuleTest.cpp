@@ -92,7 +92,7 @@ TEST_F(ControlModuleTest, LeavesTheHubWhenATypeCannotBeMade)
               (Refusal{-999, "Failed to create protocol x"}));
 
     EXPECT_EQ(log.CountOfText("ControlScanResults constructed."), 1u);
-    hub.Publish(ZuTest::MakeSet({"a"}).get()); // would call into what is no more
+    hub.Publish(ZuTest::MakeSet({"a"}).get()); // a handler left behind would call the destroyed module
 }
 
 TEST_F(ControlModuleTest, EndsItsInstancesWithoutStoppingThem)
@@ -140,7 +140,7 @@ TEST_F(ControlModuleTest, TellsWhatItHasDone)
 
     hub.Publish(ZuTest::MakeSet({"a", "b"}).get());
     operations->AddOpEndEventHandler(ZuEthernetProtocol{3}, [&ended](int) { ended.Open(); });
-    operations->StartScan(ZuEthernetProtocol{3}); // there is no core: it fails
+    operations->StartScan(ZuEthernetProtocol{3}); // fails, because there is no core
     ASSERT_TRUE(ended.Wait());
 
     ControlStatistics const statistics = module.Statistics();

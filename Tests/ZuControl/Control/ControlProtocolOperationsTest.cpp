@@ -36,7 +36,7 @@ protected:
         ListenTo(PROTOCOL_7);
     }
 
-    /// Notes an end as "7 ended 1".
+    /// Records an end as "7 ended 1".
     Zu::Event<int>::CallbackId ListenTo(ZuEthernetProtocol protocol)
     {
         std::string const number = std::to_string(static_cast<int32>(protocol));
@@ -332,7 +332,7 @@ TEST_F(ControlProtocolOperationsTest, NeverEndsAnAsynchronousOperationByItself)
               (Refusal{-976, "Protocol 7 operation 0 rejected because another operation is in progress"}));
 
     FreeTheFlag();
-    RunTestAction(200); // runs behind it on the same worker
+    RunTestAction(200); // runs after it on the same worker
     ASSERT_TRUE(calls.WaitFor("7 ended 1"));
     WaitForTheRoadToBeEmpty();
 
@@ -461,7 +461,7 @@ TEST_F(ControlProtocolOperationsTest, RemovesTheHandlerOfAnAlignmentThatFailedTo
 TEST_F(ControlProtocolOperationsTest, TellsTheEndAlsoWhenTheCleanUpOfAFailedStartFails)
 {
     scanEngines.on["Alignment()"] = [] {};
-    operations->Alignment(PROTOCOL_7, ""); // leaves its handler and its id
+    operations->Alignment(PROTOCOL_7, ""); // leaves its handler and its id behind
     ASSERT_TRUE(calls.WaitFor("Alignment()"));
     CompleteAlignment();
     ASSERT_TRUE(calls.WaitFor("7 ended 1"));
@@ -488,7 +488,7 @@ TEST_F(ControlProtocolOperationsTest, LeavesTheHandlerOfAnAlignmentThatNamedNoSc
     CompleteAlignment(); // both handlers report an end; the second end has no operation in flight
 
     ASSERT_TRUE(calls.WaitFor("7 ended 1", 3));
-    operations.reset(); // the line comes behind the handlers
+    operations.reset(); // the dispatcher logs after it has called the handlers
     EXPECT_EQ(log.LinesWithShortTraces(), (std::vector{ZuTest::Error(DISPATCHER, "EXCEPTION THROWN: "),
                                                        ZuTest::CaughtEntry(-1000, ""), ZuTest::BackTrace()}));
 }

@@ -63,7 +63,7 @@ protected:
 namespace
 {
 
-/// Of the type that is asked for, but with nothing behind it, or worse.
+/// A plug-in of the right type with a missing or throwing object.
 class StrangePlugin final : public ZuPlugin::IPlugin
 {
 public:
@@ -161,7 +161,7 @@ TEST_F(ControlRegistryTest, SeesALibraryThatAppearsWhileTheOneBeforeItIsRead)
                if (!added)
                {
                    added = true;
-                   EXPECT_EQ(log.CountOfText("ControlRegistry loading plugins..."), 1u); // before anything is read
+                   EXPECT_EQ(log.CountOfText("ControlRegistry loading plugins..."), 1u); // before any is read
                    AddLib(manager, {late});
                }
                return nullptr;

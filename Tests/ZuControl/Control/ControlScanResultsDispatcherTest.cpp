@@ -27,7 +27,7 @@ using ZuTest::RefusalOf;
 class ControlScanResultsDispatcherTest : public testing::Test
 {
 protected:
-    /// A handler that notes the sources of the first item of each set, in batches: "a|b".
+    /// Adds a handler that records the source of the first item of each set, one entry per batch: "a|b".
     Zu::Event<void*>::CallbackId AddNoting()
     {
         return dispatcher.AddResultHandler([this](void* list) {
@@ -46,7 +46,7 @@ protected:
         dispatcher.AddResult(set.get());
     }
 
-    /// Holds the handlers' thread in a batch until `release` opens.
+    /// Blocks the thread of the handlers in a batch until `release` opens.
     void HoldInABatch()
     {
         dispatcher.AddResultHandler([this](void*) {
@@ -79,7 +79,7 @@ TEST_F(ControlScanResultsDispatcherTest, CountsBatchesAndSetsAndHowLongTheyWaite
     uint64 const beginUsec = wTime_NowUsec();
     Add("a");
     Add("b");
-    while (wTime_NowUsec() - beginUsec < 5'000) // so long they wait at least
+    while (wTime_NowUsec() - beginUsec < 5'000) // the minimum age of both sets
     {
         std::this_thread::yield();
     }
@@ -90,7 +90,7 @@ TEST_F(ControlScanResultsDispatcherTest, CountsBatchesAndSetsAndHowLongTheyWaite
     EXPECT_EQ(counters->batches, 2u);
     EXPECT_EQ(counters->resultSets, 3u);
     EXPECT_GE(counters->ageUsec, 5'000u);
-    EXPECT_LE(counters->ageUsec, 2 * 30'000'000u); // of what is not older than this test
+    EXPECT_LE(counters->ageUsec, 2 * 30'000'000u); // the sets are not older than this test
 }
 
 TEST_F(ControlScanResultsDispatcherTest, TellsSinceWhenTheHandlersHaveABatch)
@@ -128,7 +128,7 @@ TEST_F(ControlScanResultsDispatcherTest, NeverKeepsTheResultPathWaitingForAHandl
     constexpr std::size_t SETS = 1000;
     HoldInABatch();
 
-    // On another thread, so that a wait is a failure and not a test that hangs.
+    // On another thread, so that a wait fails the test and does not hang it.
     auto added = std::async(std::launch::async, [this] {
         for (std::size_t i = 0; i < SETS; ++i)
         {
@@ -142,7 +142,7 @@ TEST_F(ControlScanResultsDispatcherTest, NeverKeepsTheResultPathWaitingForAHandl
     added.wait();
 
     EXPECT_FALSE(wasKeptWaiting);
-    EXPECT_EQ(heldBatches, 1u); // the handler was still in its batch while all were added
+    EXPECT_EQ(heldBatches, 1u); // the handler was in its first batch while all sets were added
 }
 
 TEST_F(ControlScanResultsDispatcherTest, AllocatesNothingForASetOnceItIsWarm)
@@ -152,7 +152,7 @@ TEST_F(ControlScanResultsDispatcherTest, AllocatesNothingForASetOnceItIsWarm)
     dispatcher.AddResult(set.get());
 
     ZuTest::AllocationCounter const allocations;
-    for (int i = 0; i < 90; ++i) // fewer than a new list has room for
+    for (int i = 0; i < 90; ++i) // less than the capacity of a new list
     {
         dispatcher.AddResult(set.get());
     }
@@ -290,7 +290,7 @@ struct ThrowingHandler
     int32 status;
 };
 
-/// Whether it does within a bound.
+/// Whether `condition` becomes true within a bound.
 bool ComesTrue(std::function<bool()> const& condition)
 {
     auto const deadline = std::chrono::steady_clock::now() + ZuTest::CallLog::BOUND;
@@ -322,7 +322,7 @@ TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAt
     ASSERT_TRUE(calls.WaitFor("called"));
 
     dispatcher.AddResult(second.get());
-    EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{-1000, ""})); // it still counts as running
+    EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{-1000, ""})); // the dispatcher still counts as running
     EXPECT_TRUE(ComesTrue([&] { return counters->hasDied.load(); }));
     EXPECT_EQ(counters->busySinceUsec, 0u);
     dispatcher.Stop();
@@ -385,7 +385,7 @@ TEST(ControlScanResultsDispatcher, RefusesToBeStoppedByItsOwnHandler)
 namespace
 {
 
-/// Notes its end; stands where a result set stands.
+/// An object in place of a result set. Records its destruction.
 struct NotedSet final : wObject
 {
     NotedSet(wClass const& objectClass, ZuTest::CallLog& sharedCalls, std::string setName)
@@ -407,7 +407,7 @@ struct NotedSet final : wObject
 wClass const NotedSet_Class{"NotedSet", &ZuCore::ResultSet_Class, NotedSet::End};
 wClass const Stranger_Class{"Stranger", nullptr, NotedSet::End};
 
-/// Adds a set that only the dispatcher holds from then on.
+/// Adds a set and leaves the only reference to the dispatcher.
 void AddNoted(ControlScanResultsDispatcher& dispatcher, ZuTest::CallLog& calls, std::string const& name)
 {
     wHandle<NotedSet> const set(new NotedSet(NotedSet_Class, calls, name));
@@ -422,7 +422,7 @@ TEST(ControlScanResultsDispatcher, ReleasesWhatCameLaterBeforeWhatWasInHandWhenI
     ControlScanResultsDispatcher dispatcher(nullptr);
     dispatcher.AddResultHandler([&](void*) {
         calls.Add("called");
-        ZU_THROW(-3, "handler"); // the batch stays in hand
+        ZU_THROW(-3, "handler"); // the dispatcher keeps the batch
     });
     AddNoted(dispatcher, calls, "in hand");
     ASSERT_TRUE(calls.WaitFor("called"));
@@ -472,7 +472,7 @@ TEST(ControlScanResultsDispatcher, CanStartOnceThereIsAThreadForIt)
         EXPECT_EQ(RefusalOf([&] { dispatcher.Start(); }), (Refusal{0, ""}));
         EXPECT_EQ(RefusalOf([] { ControlScanResultsDispatcher{nullptr}; }), (Refusal{0, ""}));
     }
-    dispatcher.Stop(); // there is nothing to join
+    dispatcher.Stop(); // no thread to join
 
     dispatcher.Start();
     auto const set = MakeSet({"a"});

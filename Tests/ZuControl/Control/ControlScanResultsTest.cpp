@@ -27,7 +27,7 @@ class ControlScanResultsTest : public testing::Test
 protected:
     using Id = std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId>;
 
-    /// A handler that notes each set as "number:source0,source2".
+    /// Adds a handler that records each set as "number:source0,source2".
     Id Listen(int32 protocol)
     {
         return results.AddResultHandler(
@@ -259,7 +259,7 @@ TEST_F(ControlScanResultsTest, DropsTheClientCountWithTheLastHandlerAndKeepsTheM
     results.RemoveResultHandler(id);
     Listen(1);
 
-    Publish({"a"}); // no client: the count began anew
+    Publish({"a"}); // no client: the count starts at 0 again
     results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
     Publish({"b", "a"});
 
@@ -352,7 +352,7 @@ TEST_P(ControlScanResultsHub, ListensAsTheHubWantsAndLeavesNothingBehind)
 
         EXPECT_TRUE(calls.WaitFor("came"));
     }
-    hub.Publish(set.get()); // would call into what is no more
+    hub.Publish(set.get()); // a handler left behind would call the destroyed fan-out
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ControlScanResultsHub, testing::Bool(),
@@ -412,7 +412,7 @@ TEST_F(ControlScanResultsTest, TakesNoLockForASetWithNothingInIt)
     results.UpdateClientCount(ZuEthernetProtocol{1}, 1);
     Publish({"a"});
     ASSERT_TRUE(calls.WaitFor("held"));
-    std::thread removing([&] { results.RemoveResultHandler(id); }); // waits under the lock for the handler
+    std::thread removing([&] { results.RemoveResultHandler(id); }); // waits for the handler and holds the lock
 
     Publish({}); // would hang here
     results.ProcessResultSet(nullptr);
@@ -461,7 +461,7 @@ TEST_F(ControlScanResultsTest, ChangesAMapWhileASetIsOnItsWayThrough)
     auto const sink = std::make_shared<HoldingSink>("Live simulation data filtered out.");
     Zu::Logging::AddSink(sink);
     std::thread publishing([this] { Publish({"a"}, true); });
-    ASSERT_TRUE(sink->inside.Wait()); // under the lock
+    ASSERT_TRUE(sink->inside.Wait()); // the publishing thread is in the log call
 
     results.UpdateOutputMap(ZuEthernetProtocol{1}, {"b"}); // would hang here
 

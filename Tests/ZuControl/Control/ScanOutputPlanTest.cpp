@@ -91,7 +91,7 @@ TEST(ScanOutputPlan, AnswersAsTheMapsDoForAnyNumbers)
     std::mt19937_64 random(20261121);
     for (int round = 0; round < 100; ++round)
     {
-        // Few low bits, so that many meet in one slot.
+        // Few values of the low bits, so that many ids fall into one slot.
         auto const draw = [&random] { return (random() % 8) << 32 | random() % 40; };
         Maps maps;
         for (uint64 i = 0; i < 5; ++i)

@@ -46,7 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
                         false, -7, 1000},
         ScannerInfoCase{"SmallTime", R"({"currentSyncTime": 1})", true, LOWEST, 0},
         ScannerInfoCase{"Fractions", R"({"currentEncoderValue": -7.9, "currentSyncTime": 2048.5})", true, -7, 2000},
-        // 2^63 times 1000 wraps to 0, and one more to 1000.
+        // 2^63 times 1000 wraps to 0, and (2^63 + 1) times 1000 wraps to 1000.
         ScannerInfoCase{"WrappedTime", R"({"currentSyncTime": 9223372036854776832})", true, LOWEST, 1000}),
     [](auto const& tested) { return std::string(tested.param.name); });
 

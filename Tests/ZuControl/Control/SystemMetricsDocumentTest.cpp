@@ -84,7 +84,7 @@ struct BadMetricsCase
     char const* name;
     char const* document;
     int id;
-    char const* text; // its end
+    char const* text; // the end of the text of the exception
 };
 
 class SystemMetricsDocumentRefusals : public testing::TestWithParam<BadMetricsCase>
@@ -128,7 +128,7 @@ TEST(SystemMetricsDocument, KeepsWhatWasFilledBeforeAFailure)
 
     auto const bad = nlohmann::json::parse(R"({"upTime": true})");
     EXPECT_THROW(SystemMetricsDocument::Read(bad, stats), nlohmann::json::type_error);
-    EXPECT_EQ(stats.linkStatus, (Links{7})); // the old ones: it had not come to them
+    EXPECT_EQ(stats.linkStatus, (Links{7})); // unchanged: the read fails before it
     auto const late =
         nlohmann::json::parse(R"({"upTime": 3, "networkIfs": {"linkStatus": [1, 1, 1], "linkCapacity": [1, 2]}})");
     EXPECT_THROW(SystemMetricsDocument::Read(late, stats), nlohmann::json::out_of_range);

@@ -29,7 +29,7 @@ Calls const STEPS = {"wVersion_Parse 1.0.0.0",
                      "xwAssembly_AddDependency ZuCoreLib",
                      "xwAssembly_Finalize"};
 
-/// The calls of the platform's functions that this program puts in front of those of libZuApi.
+/// Records calls of platform functions. This program defines the functions itself, in front of those of libZuApi.
 struct Recorder
 {
     Calls calls;
@@ -37,10 +37,10 @@ struct Recorder
     bool isInside = false;                     // calls from inside of the platform are not recorded
 };
 
-Recorder* recorder = nullptr; // null: every call goes on unseen
+Recorder* recorder = nullptr; // null: no call is recorded
 
-/// Notes the call, then carries it out by the function of this name behind this program; the call that is to fail does
-/// not.
+/// Records the call, then calls the next function with this name, which is that of libZuApi. The failing call returns
+/// `Zu::Status::NOT_SUPPORTED` without calling it.
 template <typename... Args>
 wStatus Record(std::string const& call, char const* symbol, Args... args)
 {
@@ -169,7 +169,7 @@ TEST_F(ZuCnLibTest, StopsAtTheStepThatFailsAndReleasesWhatItHasBuilt)
         EXPECT_EQ(ZuCnLib_Construct(&assembly), Zu::Status::NOT_SUPPORTED);
 
         Calls expected(STEPS.begin(), STEPS.begin() + static_cast<std::ptrdiff_t>(step) + 1);
-        if (step > 2) // there is an assembly
+        if (step > 2) // the assembly exists
         {
             expected.push_back("xwAssembly_VRelease");
         }

@@ -47,7 +47,7 @@ protected:
         return map;
     }
 
-    /// Sources that are named after their ids.
+    /// Adds items with sources named after their ids.
     void PlaceAt(std::vector<int> const& ids)
     {
         for (int const id : ids)
@@ -184,7 +184,7 @@ TEST_F(NumericIdProtocolOutputBaseTest, StopsWhenItIsFull)
               (Refusal{-977, "Connection map is full. All data source(s) from b are not added."}));
 
     EXPECT_EQ(map.Count(), 8u);
-    EXPECT_EQ(map.At(7).source.Get(), "a"); // what came in stays
+    EXPECT_EQ(map.At(7).source.Get(), "a"); // items added before the refusal stay
     EXPECT_EQ(ArgumentItems(), (Ids{{7, "s0"}, {7, "a"}, {65535, "b"}, {65535, "c"}}));
 }
 

@@ -338,7 +338,7 @@ TEST_F(OutOfMemoryAssembly, TakesABlockWholeOrNotAtAll)
     std::string const old = Long("old");
     std::vector<Place> const with{{0, old}, {2, Long("new")}, {4, old}, {10, old}};
     std::vector<Place> const without{{0, old}, {2, old}, {10, old}};
-    std::vector<Place> const afterTheShift{{0, old}, {4, old}, {10, old}}; // which is not taken back
+    std::vector<Place> const afterTheShift{{0, old}, {4, old}, {10, old}}; // the shift is not undone
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {

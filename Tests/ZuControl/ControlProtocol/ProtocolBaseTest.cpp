@@ -414,7 +414,7 @@ TEST_F(ProtocolBaseTest, LetsAGroupThatIsEmptyWinOverTheOutputs)
     EXPECT_FALSE(protocol->HasRegisterAssemblyGroup());
     EXPECT_FALSE(protocol->HasRegisterAssembly("a"));
     EXPECT_EQ(RefusalOf([&] { protocol->RegisterAssembly("a"); }),
-              (Refusal{-999, "No register assembly has been added"})); // the group is asked all the same
+              (Refusal{-999, "No register assembly has been added"})); // thrown by the group
     EXPECT_EQ(RefusalOf([&] { protocol->RegisterAssemblyActionTarget("a"); }), NONE_SUCH);
     EXPECT_EQ(protocol->RegisterAssemblyList(), Texts{});
 }
@@ -620,7 +620,7 @@ TEST_F(ProtocolBaseTest, TellsItsClientsOnlyWhileItIsRegistered)
 TEST_F(ProtocolBaseTest, GetsResultsOfItsLatestRegistrationAlone)
 {
     protocol->RegisterControlScanResultsHandler(results);
-    protocol->RegisterControlScanResultsHandler(results); // the first handler can no longer be removed
+    protocol->RegisterControlScanResultsHandler(results); // the first handler can then no longer be removed
 
     results.ProcessResultSet(nullptr);
 
@@ -638,7 +638,7 @@ TEST_F(ProtocolBaseTest, GetsNoResultsBehindItsGate)
     results.ProcessResultSet(nullptr);
     EXPECT_EQ(calls.Count("ProcessResultSets"), 1u);
 
-    protocol.reset(); // the fan-out still has the handler
+    protocol.reset(); // its handler is still registered with the fan-out
     results.ProcessResultSet(nullptr);
     EXPECT_EQ(calls.Count("ProcessResultSets"), 1u);
 }
@@ -706,7 +706,7 @@ TEST_F(ProtocolBaseTest, ReportsDropsAgainThatCameAfterAFallOfTheCount)
 
     EXPECT_TRUE(Reports(5));
     EXPECT_TRUE(Reports(4));
-    EXPECT_FALSE(Reports(2)); // the baseline falls with it
+    EXPECT_FALSE(Reports(2)); // the baseline decreases with the count
     EXPECT_TRUE(Reports(5));
     EXPECT_EQ(problems.Count(), 1u);
 }

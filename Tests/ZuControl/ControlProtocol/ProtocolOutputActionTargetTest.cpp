@@ -23,7 +23,7 @@ protected:
     using Serializer = Zu::Properties::JsonSerializer;
     using Ids = std::vector<std::pair<int, std::string>>;
 
-    /// Runs an action with arguments from JSON, gives its result.
+    /// Runs an action with arguments from JSON and returns its result.
     Json Invoke(std::string const& action, Json const& arguments)
     {
         args = target.GetActionParams(action);

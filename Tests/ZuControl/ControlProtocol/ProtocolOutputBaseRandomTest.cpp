@@ -20,7 +20,7 @@ using ZuTest::RefusalOf;
 namespace
 {
 
-/// A map of plain numbers and its model. The shares of each kind of map together make a million operations.
+/// A map of plain numbers and its model. All kinds of maps together run a million operations.
 template <uint16 MOST_ITEMS>
 struct NumberKind
 {
@@ -35,7 +35,7 @@ struct NumberKind
 
     static uint16 MakeId(ZuTest::RandomDraws& draws)
     {
-        // Two clusters, one of them at the end of all ids, and at times the invalid one.
+        // Two clusters of ids, one of them at the end of the range, and sometimes the invalid id.
         return static_cast<uint16>(draws.OneIn(6) ? 65529 + draws.Below(7) : draws.Below(MOST_ITEMS * 5 / 3));
     }
 
@@ -57,7 +57,7 @@ struct RegisterKind
 
     static uint16 MakeId(ZuTest::RandomDraws& draws)
     {
-        // Also some ahead of the space and behind it, which in 16 bits may begin again at 0.
+        // Also some addresses before the register space and behind it; behind it 16 bits may wrap to 0.
         return draws.OneIn(48) ? Walked::NO_ID : static_cast<uint16>(START - 2U + draws.Below(COUNT + 4U));
     }
 
@@ -276,7 +276,7 @@ protected:
 
     void RemoveOne()
     {
-        Walked item = SomeItem(); // only its id counts
+        Walked item = SomeItem(); // only the id matters
         item.id = SomeId();
         typename Kind::ItemArgs args;
         Fill(args, item);

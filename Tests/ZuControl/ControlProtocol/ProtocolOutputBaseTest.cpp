@@ -192,7 +192,7 @@ TEST_F(ProtocolOutputBaseTest, HoldsNothingWhenItMayHoldNothing)
 TEST_F(ProtocolOutputBaseTest, RemovesByIdAlone)
 {
     Place({{{"outputId", 1}, {"source", "a"}}, {{"outputId", 2}, {"source", "b"}}});
-    StandardOutputItem other; // a plain item will do, and its source says nothing
+    StandardOutputItem other; // a plain item is sufficient; its source has no effect
     other.outputId.Set(1);
     other.source.Set("b");
 
@@ -281,7 +281,7 @@ TEST_F(ProtocolOutputBaseTest, KeepsOneMarkForAllLevelsOfItsLock)
     EXPECT_EQ(RefusalOf([&] { readable.OutputMap(); }), (Refusal{-1000, ""}));
     map.EndLock();
 
-    EXPECT_EQ(RefusalOf([&] { map.EndLock(); }), (Refusal{-1000, ""})); // the lock's own refusal
+    EXPECT_EQ(RefusalOf([&] { map.EndLock(); }), (Refusal{-1000, ""})); // thrown by the lock
 }
 
 TEST_F(ProtocolOutputBaseTest, LetsItsHolderUseAllOperations)
@@ -398,7 +398,7 @@ TEST_F(ProtocolOutputBaseTest, MovesAnItemToAFreeId)
     EXPECT_EQ(UpdateId(1, 7), done);
 
     EXPECT_EQ(Items(), (Ids{{2, "b"}, {7, "a"}}));
-    EXPECT_EQ(ArgumentItems(), (Ids{{1, ""}, {7, "a"}})); // the second one now says what was moved
+    EXPECT_EQ(ArgumentItems(), (Ids{{1, ""}, {7, "a"}})); // the second argument now describes the moved item
     EXPECT_EQ(log.Lines(), noLines);
 }
 
@@ -515,7 +515,7 @@ TEST_F(ProtocolOutputBaseOwnTest, MovesAnItemToAFreeIdOnly)
     Place({{{"outputId", 3}, {"source", "a"}}, {{"outputId", 4}, {"source", "b"}}});
 
     EXPECT_EQ(UpdateId(3, 4, true), (Refusal{-980, ""}));
-    EXPECT_EQ(UpdateId(7, 4, true), (Refusal{-980, ""})); // found before the old id is looked for
+    EXPECT_EQ(UpdateId(7, 4, true), (Refusal{-980, ""})); // detected before the search for the old id
     EXPECT_EQ(UpdateId(7, 8, true), (Refusal{-999, ""}));
     EXPECT_EQ(UpdateId(3, 65534, true), done);
 
@@ -525,7 +525,7 @@ TEST_F(ProtocolOutputBaseOwnTest, MovesAnItemToAFreeIdOnly)
 
 TEST(ProtocolOutputBaseSlotsTest, AreWherePluginsCallThem)
 {
-    EXPECT_EQ(SlotOf(&IProtocolOutput::BeginLock), 2); // behind the two of the destructor
+    EXPECT_EQ(SlotOf(&IProtocolOutput::BeginLock), 2); // after the two slots of the destructor
     EXPECT_EQ(SlotOf(&IProtocolOutput::EndLock), 3);
     EXPECT_EQ(SlotOf(&IProtocolOutput::OutputMap), 4);
     EXPECT_EQ(SlotOf(&IProtocolOutput::CreateOutputMapItemArgs), 5);

@@ -26,7 +26,7 @@ protected:
         assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(ZuTest::TypeParams("T", 4)));
     }
 
-    /// Runs an action with arguments from JSON, gives its result.
+    /// Runs an action with arguments from JSON and returns its result.
     nlohmann::json Invoke(std::string const& action, nlohmann::json const& arguments)
     {
         args = target.GetActionParams(action);

@@ -34,9 +34,9 @@ struct Usage
     bool isGlobal;
     uint16 leastId;
     uint16 greatestId;
-    uint16 lowest;           // of the ids that are asked for
+    uint16 lowest;           // lowest and highest requested id
     uint16 highest;          // likewise
-    bool setsPlaces = false; // ids of blocks and register counts of types, without the assembly
+    bool setsPlaces = false; // also sets ids of blocks and register counts of types through their records
 };
 
 std::ostream& operator<<(std::ostream& stream, Usage const& usage)
@@ -64,7 +64,7 @@ std::vector<WalkedType> const TYPES = {
     {"Pair", 3, 2, 6},
     {"Huge", 30'000, 0, 3},
     {"Sourced", 2, 0, 30, true},
-    {"Needed", 2, 1, 9, true}, // not to be had by itself: its blocks need a data source
+    {"Needed", 2, 1, 9, true}, // cannot be added as a default, because its blocks need a data source
     {"Refusing", 2, 0, 9, false, {-980, "Register block type Refusing must support scan output data sources"}},
     {"Foreign", 2, 0, 9, false, {FOREIGN, "the factory is broken"}, true},
 };

@@ -320,7 +320,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, PlacesBlocksWithoutAnIdOneBehindTheOthe
     assembly->Add(params);
 
     EXPECT_EQ(Placed(), (Names{"T name@100", "T name@104"}));
-    EXPECT_EQ(params.blocks.At(1).outputId.Get(), 104); // the caller sees what was settled
+    EXPECT_EQ(params.blocks.At(1).outputId.Get(), 104); // the caller's record has the chosen id
     EXPECT_EQ(params.blocks.At(1).displayName.Get(), "T name");
     EXPECT_EQ(CountOf("T"), 2);
 }
@@ -453,7 +453,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, RefusesABlockThatItsFactoryDoesNotMake)
 
     ExpectLine(""); // the refusal has no text
     EXPECT_FALSE(IsLockHeld());
-    EXPECT_EQ(Placed(), (Names{"b1@106"})); // a shift that has been made stays
+    EXPECT_EQ(Placed(), (Names{"b1@106"})); // the shift is not undone
     EXPECT_EQ(CountOf("Broken"), 0);
     EXPECT_EQ(Compact(196), DONE); // nothing of the refused block is counted
 }
@@ -484,7 +484,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, CountsTheWholeTailBeforeItShifts)
     Build(true, 100, 119);
     AddAt({100, 108, 116});
 
-    EXPECT_EQ(Add(109, true), NOTHING_ADDED); // the gap would take the shift up, and yet
+    EXPECT_EQ(Add(109, true), NOTHING_ADDED); // refused although the gap could absorb the shift
     ExpectLine("");
     EXPECT_EQ(Placed(), (Names{"b1@100", "b2@108", "b3@116"}));
 
@@ -695,7 +695,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, UpdatesABlockInPlace)
     EXPECT_EQ(Placed(), (Names{"new@100", "b2@110"}));
     update.newParams.displayName.Set("");
     update.newParams.scannerId.Set("");
-    EXPECT_EQ(Move(100, NO_ID), DONE); // stays, and keeps its names
+    EXPECT_EQ(Move(100, NO_ID), DONE); // the block keeps its place and names
     EXPECT_EQ(Placed(), (Names{"new@100", "b2@110"}));
     assembly->BeginLock();
     EXPECT_EQ(assembly->AddedRegisterBlocks().front()->ScannerId(), "scanner-1");
@@ -712,7 +712,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, MovesABlockInTheList)
     EXPECT_EQ(Placed(), (Names{"b2@110", "b3@120", "b1@130"}));
     EXPECT_EQ(Move(130, 102), DONE);
     EXPECT_EQ(Placed(), (Names{"b1@102", "b2@110", "b3@120"}));
-    EXPECT_EQ(Move(102, 104), DONE); // onto its own old place
+    EXPECT_EQ(Move(102, 104), DONE); // overlaps its own old place
     EXPECT_EQ(Move(104, 119, true), DONE);
     EXPECT_EQ(Placed(), (Names{"b2@110", "b1@119", "b3@123"}));
 }
@@ -757,7 +757,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, FindsBlocksByDataSourceAndByType)
     EXPECT_EQ(assembly->DataSourceList(), (Names{"x", "a", "x"}));
     auto const bySource = assembly->FindAddedScanOutputBlocksSortedByDataSource();
     ASSERT_EQ(bySource.size(), 2u);
-    EXPECT_EQ(bySource.at("x")->OutputId(), 105); // of two the one with the lower id
+    EXPECT_EQ(bySource.at("x")->OutputId(), 105); // of two blocks the block with the lower id
     EXPECT_EQ(bySource.at("a")->OutputId(), 107);
 
     std::vector<uint16> found;
@@ -785,7 +785,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, PlacesOneBlockOfEachTypeThatMustHaveOne
     Offer(source);
     AddAt({150});
 
-    for (int i = 0; i < 2; ++i) // again: it begins anew and meets no limit
+    for (int i = 0; i < 2; ++i) // the second run starts again and reaches no limit
     {
         log.Clear();
         assembly->InitDefaultRegisterBlocksForRegisterAssembly();
@@ -826,7 +826,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, PassesOnThatNoneOfTheDefaultsCouldBeAdd
     EXPECT_EQ(RefusalOf([&] { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); }), NOTHING_ADDED);
 
     ExpectLine("Cannot add block. A data source is required for block type S.");
-    EXPECT_EQ(Placed(), Names{}); // what was there is gone all the same
+    EXPECT_EQ(Placed(), Names{}); // the old blocks are removed despite the failure
 }
 
 TEST_F(ProtocolRegisterAssemblyBaseTest, DoesWithoutDefaultsWhereNoTypeNeedsABlock)
@@ -852,7 +852,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, HandsItsListsOutUnderItsLockAlone)
     EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), DONE);
     assembly->EndLock();
 
-    EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), wrongState); // one flag, although still held
+    EXPECT_EQ(RefusalOf([&] { assembly->AddedRegisterBlocks(); }), wrongState); // one EndLock is enough
     assembly->EndLock();
     EXPECT_EQ(RefusalOf([&] { assembly->EndLock(); }), wrongState);
 }
@@ -998,7 +998,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, SeesARegisterCountThatWasSetInATypeOfPl
     EXPECT_EQ(Placed(), (Names{"b1@184", "b2@192"}));
     SetInType({{"registerCount", 2}});
     EXPECT_EQ(Compact(197).status, -977);
-    EXPECT_EQ(Compact(196), DONE); // without an operation in between that would count the registers anew
+    EXPECT_EQ(Compact(196), DONE); // no operation in between counts the registers again
     EXPECT_EQ(Placed(), (Names{"b1@196", "b2@198"}));
 }
 
@@ -1052,7 +1052,7 @@ TEST_F(ProtocolRegisterAssemblyBaseTest, IsChangedAndReadByThreadsAtOnce)
                 end = block->EndAddress();
             }
             assembly->EndLock();
-            EXPECT_EQ(Compact(9950).status, -977); // weighs the registers without the lock
+            EXPECT_EQ(Compact(9950).status, -977); // counts the registers without the lock
         }
     });
     go.Open();

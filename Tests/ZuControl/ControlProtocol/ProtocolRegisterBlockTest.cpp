@@ -25,7 +25,7 @@ namespace
 
 constexpr uint8 GUARD = 0xAA;
 
-/// Opens what concrete blocks use.
+/// Makes the protected operations public.
 struct OpenBlock : public ProtocolRegisterBlock
 {
     using ProtocolRegisterBlock::Convert64fTo32s;
@@ -46,7 +46,7 @@ struct Layout
 
 constexpr Layout EVERY_LAYOUT[] = {{1, true}, {2, true}, {1, false}, {2, false}};
 
-/// One block with such registers.
+/// One block with registers of a layout.
 struct Registers
 {
     explicit Registers(Layout layout)
@@ -73,7 +73,7 @@ struct Registers
     OpenBlock block;
 };
 
-/// The bytes between two that stay as they were in front and the rest behind.
+/// A buffer with the written bytes from index 2 on; all other bytes are unchanged.
 Bytes Guarded(Bytes const& written)
 {
     Bytes buffer(12, GUARD);
@@ -81,7 +81,7 @@ Bytes Guarded(Bytes const& written)
     return buffer;
 }
 
-/// Byte for byte and register for register, from the top down.
+/// A simple model: register by register, byte by byte, from the most significant byte on.
 void PlainBigEndian(uint8* where, uint64 value, size_t width, size_t bytesPerRegister)
 {
     for (size_t r = 0; r < width / bytesPerRegister; ++r)
@@ -141,7 +141,7 @@ std::string FullName(std::string const& name)
     return text;
 }
 
-/// Status and text, and the function that refused.
+/// Status and text, and the function that threw.
 template <typename Action>
 void ExpectRefusalBy(std::string const& function, std::string const& text, Action action)
 {
@@ -185,7 +185,7 @@ TEST(ProtocolRegisterBlock, WidensAByteToAWholeRegisterByItsOwnType)
     {
         Registers registers({2, isBigEndian});
         EXPECT_EQ(registers.Value(uint8{0x7F}), Guarded({0x7F, 0x00}));
-        EXPECT_EQ(registers.Value(uint8{0xE9}, true), Guarded({0xE9, 0x00})); // the mark alone changes nothing
+        EXPECT_EQ(registers.Value(uint8{0xE9}, true), Guarded({0xE9, 0x00})); // isSigned alone changes nothing
         EXPECT_EQ(registers.Value(static_cast<int8>(0xE9), false), Guarded({0xE9, 0xFF}));
     }
 }
@@ -307,7 +307,7 @@ TEST(ProtocolRegisterBlock, RoundsScaledValuesHalfAwayFromZero)
     EXPECT_EQ(Convert(-1.2345), (Converted{-1235, 0, 0}));
     EXPECT_EQ(Convert(0.0005), (Converted{1, 0, 0}));
     EXPECT_EQ(Convert(0.0), (Converted{0, 0, 0}));
-    EXPECT_EQ(Convert(0.49999999999999994, 1.0), (Converted{1, 0, 0})); // one half is added, then cut
+    EXPECT_EQ(Convert(0.49999999999999994, 1.0), (Converted{1, 0, 0})); // adds one half, then truncates
 }
 
 TEST(ProtocolRegisterBlock, TellsValuesThatDoNotFit)

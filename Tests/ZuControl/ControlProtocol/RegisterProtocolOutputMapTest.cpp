@@ -226,7 +226,7 @@ TEST_F(RegisterProtocolOutputMapTest, TestsNothingBehindTheLastItem)
 {
     Place({Item(100, 20, "a")});
 
-    EXPECT_EQ(Add(Item(101, 4, "b")), done); // though the one before reaches to 109
+    EXPECT_EQ(Add(Item(101, 4, "b")), done); // although the item before it extends to 109
 
     EXPECT_EQ(Addresses(), (std::vector<int>{100, 101}));
 }
@@ -237,7 +237,7 @@ TEST_F(RegisterProtocolOutputMapTest, JudgesHowAnItemMeetsItsNeighbours)
     RegisterOutputItem item;
     item.outputSize.Set(4);
 
-    // address, flags: what lies behind the raw end of "a", 120, cannot lie ahead of "b"
+    // address, flags: an item behind the unscaled end of "a", 120, cannot be before "b"
     for (auto const& [address, flags] : std::vector<std::pair<uint16, int>>{
              {98, 0}, {99, 1}, {100, 1}, {101, 0}, {108, 0}, {109, 1}, {110, 1}, {111, 0}})
     {
@@ -316,8 +316,8 @@ TEST_F(RegisterProtocolOutputMapTest, EstimatesTheRoomByTheLengthOfTheNewItemAlo
 {
     Place({Item(140, 2, "a"), Item(141, 2, "b")});
 
-    EXPECT_EQ(Add(Shifting(140, 8, "c")), (Refusal{-977, ""})); // three times four registers, and ten are free
-    EXPECT_EQ(Add(Shifting(140, 6, "c")), done);                // three times three
+    EXPECT_EQ(Add(Shifting(140, 8, "c")), (Refusal{-977, ""})); // counts three times four registers, and ten are free
+    EXPECT_EQ(Add(Shifting(140, 6, "c")), done);                // counts three times three
     EXPECT_EQ(Add(Shifting(140, 2, "d")), done);
 
     EXPECT_EQ(Items(), (Ids{{140, "d"}, {141, "c"}, {144, "a"}, {145, "b"}}));
@@ -411,7 +411,7 @@ TEST_F(RegisterProtocolOutputMapTest, RefusesARegisterOfNoSizeWhenItCountsRegist
     list.map.Add().source.Set("b");
     list.map.Add().source.Set("c");
     EXPECT_EQ(RefusalOf([&] { sizeless.AddAll(list); }), NO_SIZE);
-    EXPECT_EQ(sizeless.DataSourceList(), (std::vector<std::string>{"b"})); // the first was in before it was counted
+    EXPECT_EQ(sizeless.DataSourceList(), (std::vector<std::string>{"b"})); // added before its size is needed
     EXPECT_EQ(list.map.At(1).outputId.Get(), 65535);
 
     EXPECT_EQ(RefusalOf([&] { sizeless.AddAll(list); }), NO_SIZE);
@@ -444,7 +444,7 @@ TEST_F(RegisterProtocolOutputMapTest, MovesItsWholeSpace)
 
     map.SetStartAddress(200);
     EXPECT_EQ(Addresses(), (std::vector<int>{200, 210, 249}));
-    map.CompactId(); // from the start that the map was made with
+    map.CompactId(); // from the start address of the constructor on
     EXPECT_EQ(Addresses(), (std::vector<int>{100, 102, 103}));
 }
 
@@ -499,7 +499,7 @@ TEST_F(RegisterProtocolOutputMapTest, MovesAnItemIntoAnotherThatLiesBehindIt)
 {
     Place({Item(100, 4, "a"), Item(110, 4, "b"), Item(130, 4, "c")});
 
-    EXPECT_EQ(UpdateId(130, 109), done); // judged as lying behind "a" and running into "b": both flags are no refusal
+    EXPECT_EQ(UpdateId(130, 109), done); // behind "a" and into "b": with both flags the map does not refuse
 
     EXPECT_EQ(Items(), (Ids{{100, "a"}, {109, "c"}, {110, "b"}}));
 }

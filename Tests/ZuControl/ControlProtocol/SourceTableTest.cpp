@@ -72,7 +72,7 @@ TEST(SourceTable, AgreesWithAMapOverManyChanges)
     std::map<std::string, int> users;
     for (int round = 0; round < 60000; ++round)
     {
-        bool const isShrinking = round / 10000 % 2 == 1; // it fills and empties in turn, so that texts fall out of use
+        bool const isShrinking = round / 10000 % 2 == 1; // fills and empties in turn, so that texts become unused
         std::string const source = "tools/tool-" + std::to_string(random() % 3000) + "/outputs/height";
         if (random() % 4 < (isShrinking ? 1u : 3u))
         {

@@ -39,7 +39,7 @@ protected:
         return map;
     }
 
-    /// The log with the place in the source cut off from back traces.
+    /// The log lines, without the source locations in back traces.
     Lines LinesWithoutPlaces() const
     {
         Lines lines = log.Lines();
@@ -139,7 +139,7 @@ TEST_F(TextIdStandardProtocolOutputMapTest, MovesAnItemToAFreeIdOnly)
     Place({{{"outputId", "b"}, {"source", "1"}}, {{"outputId", "c"}, {"source", "2"}}});
 
     EXPECT_EQ(UpdateId("b", "c"), (Refusal{-980, ""}));
-    EXPECT_EQ(UpdateId("x", "c"), (Refusal{-980, ""})); // found before the old id is looked for
+    EXPECT_EQ(UpdateId("x", "c"), (Refusal{-980, ""})); // detected before the search for the old id
     EXPECT_EQ(UpdateId("x", "y"), (Refusal{-999, ""}));
     EXPECT_EQ(UpdateId("", "y"), (Refusal{-997, "Output id is invalid."}));
     EXPECT_EQ(UpdateId("c", "a"), done);
@@ -247,7 +247,7 @@ TEST_F(TextIdStandardProtocolOutputMapTest, StaysAsItWasWhenAChangeBreaksOff)
     public:
         using TextIdStandardProtocolOutputMap::TextIdStandardProtocolOutputMap;
 
-        /// The next change of the id of the first item is refused.
+        /// Makes the next change of the first item's id throw.
         void RefuseNextId()
         {
             Zu::Locker const guard(lock);
@@ -270,7 +270,7 @@ TEST_F(TextIdStandardProtocolOutputMapTest, StaysAsItWasWhenAChangeBreaksOff)
     item.outputId.Set("a");
     item.source.Set("2");
 
-    EXPECT_THROW(observed.Add(item), std::runtime_error); // a copy of "m" has been made, and one of the two goes again
+    EXPECT_THROW(observed.Add(item), std::runtime_error); // the map had copied "m" and removes the copy again
 
     EXPECT_EQ(observed.Count(), 1u);
     EXPECT_EQ(observed.DataSourceList(), (std::vector<std::string>{"1"}));

@@ -18,7 +18,7 @@ namespace
 
 constexpr uint16 MOST_ITEMS = 65534;
 
-/// A map that notes its lock and its clearing.
+/// A map that records calls of its lock and of `Clear`.
 template <typename Map>
 class WatchedMap final : public Map
 {
@@ -56,7 +56,7 @@ private:
     Hooks& hooks;
 };
 
-/// An assembly that notes its lock and its reset.
+/// An assembly that records calls of its lock and its reset.
 class WatchedAssembly final : public ProtocolRegisterAssemblyBase
 {
 public:

@@ -45,7 +45,7 @@ enum class MapKind
     TEXT_ID
 };
 
-/// Which parts a protocol of a test has.
+/// The parts of a protocol of a test.
 struct ProtocolParts
 {
     int32 number = 100;

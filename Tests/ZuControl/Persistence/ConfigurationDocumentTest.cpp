@@ -14,7 +14,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// The text of what is thrown, and everything about what is not: value and type of each number too, but for -0.
+/// The text of the thrown exception, or the whole parsed document, with the value and type of each number except -0.
 template <typename Parse>
 std::string Outcome(Parse&& parse)
 {

@@ -25,7 +25,7 @@
 namespace ZuControl
 {
 
-/// One instance of the type "x" around a configurable protocol, with a store in memory and the log of all that is done.
+/// One instance of the type "x" around a configurable protocol, with a store in memory and the recorded log.
 class InstanceWithStore : public testing::Test
 {
 protected:

@@ -14,7 +14,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// Spoils documents, in their structure and in their bytes.
+/// Damages documents at random, in their structure and in their bytes.
 class Spoiler
 {
 public:
@@ -180,7 +180,7 @@ protected:
             return false;
         }
         Json const& enabled = settings.at("enabled");
-        return enabled.is_boolean() ? enabled.get<bool>() : before; // a type error leaves ahead of it
+        return enabled.is_boolean() ? enabled.get<bool>() : before; // a type error keeps the state
     }
 
     void ExpectSoundState()

@@ -24,7 +24,8 @@ protected:
         Build({.map = MapKind::STANDARD, .assemblies = 2});
     }
 
-    /// Loads these settings, and gives the calls from the end of the reset on and the lines.
+    /// Loads these settings. Sets `made` to the calls and `lines` to the log lines of the load, and returns its
+    /// refusal.
     Refusal Loaded(Json const& settings)
     {
         StoreSettings(settings);
@@ -40,7 +41,7 @@ protected:
         return std::find(made.begin(), made.end(), call) != made.end();
     }
 
-    /// How many brackets were opened and closed.
+    /// Expects that `count` updates were begun and ended.
     void ExpectBrackets(std::size_t count)
     {
         EXPECT_EQ(hooks.calls.Count("BeginUpdate"), count);
@@ -397,7 +398,7 @@ TEST_F(PersistControlLoadTest, KeepsTheOutputsAheadOfOneThatIsRejected)
                                             "selected source to overlap addresses used by an existing data source.")},
                              OutputsRejected(ZuTest::CaughtEntry(-997, ""))}));
     ExpectBrackets(2);
-    EXPECT_EQ(hooks.calls.Count("OutputsUpdate"), 1u); // that of the reset
+    EXPECT_EQ(hooks.calls.Count("OutputsUpdate"), 1u); // the call of the reset
     EXPECT_TRUE(instance->IsEnabled());
     EXPECT_EQ(protocol->params.port.Get(), 7);
     EXPECT_EQ(Entries(), "5 a");
@@ -409,7 +410,7 @@ TEST_F(PersistControlLoadTest, RejectsOutputsThatTheProtocolRefuses)
     BuildFull();
     uint64 updates = 0;
     hooks.on["OutputsUpdate"] = [&updates] {
-        if (++updates == 2) // the first is that of the reset
+        if (++updates == 2) // the first update is that of the reset
         {
             ZU_THROW(-996);
         }
@@ -451,7 +452,7 @@ TEST_F(PersistControlLoadTest, TakesOneRecordForAllEntriesOfTheMap)
 
     EXPECT_EQ(Loaded({{"outputs", {{"map", List({Item(5, "a"), {{"source", "b"}}})}}}}), partial);
 
-    EXPECT_EQ(Entries(), "5 a"); // the second has the id of the first
+    EXPECT_EQ(Entries(), "5 a"); // the second entry has the id of the first
     EXPECT_EQ(lines.back(), ZuTest::BackTrace());
     EXPECT_EQ(lines[lines.size() - 2], ZuTest::CaughtEntry(-997, ""));
 }
@@ -528,7 +529,7 @@ TEST_P(PersistControlWrongMap, RejectsAMapThatIsNoArrayAtItsFirstElement)
     EXPECT_EQ(lines, OutputsRejected(ZuTest::CaughtForeign("[json.exception.type_error.305] cannot use operator[] "
                                                            "with a numeric argument with " +
                                                            std::string(map.type_name()))));
-    EXPECT_EQ(hooks.calls.Count("Map.Clear"), 2u); // that of the reset and that of the load
+    EXPECT_EQ(hooks.calls.Count("Map.Clear"), 2u); // one call of the reset, one of the load
     EXPECT_EQ(Entries(), "");
 }
 
@@ -651,7 +652,7 @@ TEST_F(PersistControlLoadTest, RejectsAnAssemblyThatTheProtocolRefuses)
               partial);
 
     EXPECT_EQ(lines, AssemblyRejected("r0", ZuTest::CaughtEntry(-996, "")));
-    EXPECT_EQ(Blocks(0), "10 Plain"); // filled by then
+    EXPECT_EQ(Blocks(0), "10 Plain"); // filled before the failure
     EXPECT_EQ(Blocks(1), "0 Single");
     ExpectBrackets(3);
 }

@@ -31,7 +31,7 @@ using Json = nlohmann::json;
 using Zu::Properties::JsonSerializer;
 
 constexpr unsigned ROUNDS = 20;
-constexpr unsigned PROTOCOLS = 50; // of a module; so many configurations a round
+constexpr unsigned PROTOCOLS = 50; // in a module; each round tests as many configurations
 
 std::string NameOf(unsigned number)
 {
@@ -59,7 +59,7 @@ bool Act(IControlActionTarget& target, char const* action, Json const& arguments
     return RefusalOf([&] { target.InvokeAction(action, *args); }).status == Zu::Status::SUCCESS;
 }
 
-/// A module with many protocols, a store for its job and a host that notes when the job is marked as modified.
+/// A module with many protocols, a store for its job, and a host that counts the marks of the job as modified.
 class Module
 {
 public:
@@ -122,7 +122,7 @@ private:
     std::unique_ptr<ControlManager> manager;
 };
 
-/// Changes instances at random, the way clients change them.
+/// Changes instances at random, as clients do.
 class RandomClient
 {
 public:
@@ -190,7 +190,7 @@ private:
         instance.EndUpdateParameters();
     }
 
-    /// Ids near each other, and now and then at the end of the range.
+    /// Ids near each other, and sometimes at the end of the range.
     Json OutputId(bool isText)
     {
         if (isText)

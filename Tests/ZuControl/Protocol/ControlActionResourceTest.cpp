@@ -58,7 +58,7 @@ TEST_F(ControlActionResourceTest, TakesArgumentsFlatAndUnderParametersWhichWin)
 {
     EXPECT_EQ(Invoke(Json::parse(R"({"a": 1, "b": 2, "parameters": {"a": 3}})")), Json::object());
 
-    EXPECT_EQ(calls.All(), (Calls{"go(3,2)"})); // b is below its minimum: nothing is validated, nothing is told
+    EXPECT_EQ(calls.All(), (Calls{"go(3,2)"})); // b is below its minimum: no validation, no notification
 }
 
 TEST_F(ControlActionResourceTest, AnswersWithTheResult)

@@ -17,7 +17,7 @@ using ZuTest::RefusalOf;
 namespace
 {
 
-/// Notes what it receives, with its name before it.
+/// Records the received reports, with its name as a prefix.
 class NotingReceiver final : public ZuRest::IStreamReceiver
 {
 public:
@@ -50,7 +50,7 @@ protected:
         return manager;
     }
 
-    /// How many report timers there are: "started" lines less "stopped" ones.
+    /// The number of report timers: "started" lines minus "stopped" lines.
     std::size_t Reporting() const
     {
         return log.CountOfText("Control metrics reporting started.") -

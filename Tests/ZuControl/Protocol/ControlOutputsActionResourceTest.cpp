@@ -57,7 +57,7 @@ TEST_F(ControlOutputsActionResourceTest, ShowsTheArgumentsOfACommand)
 
 TEST_F(ControlOutputsActionResourceTest, RunsACommandInItsBracketAndAnswersNull)
 {
-    EXPECT_EQ(Invoke("add", {{"a", 5}, {"b", 2}}), Json()); // b is out of its bounds: the map judges, not the record
+    EXPECT_EQ(Invoke("add", {{"a", 5}, {"b", 2}}), Json()); // b is out of bounds: the map checks it, not the record
 
     EXPECT_EQ(calls.All(), (Calls{"BeginUpdateOutputsMap", "add(5,2)", "OutputsUpdate", "EndUpdateOutputsMap",
                                   "notify 2 /controls/a/outputs"}));
@@ -66,7 +66,7 @@ TEST_F(ControlOutputsActionResourceTest, RunsACommandInItsBracketAndAnswersNull)
 
 TEST_F(ControlOutputsActionResourceTest, CutsANumberToFitAndRefusesNone)
 {
-    Invoke("add", {{"a", -1}, {"b", 4294967301}}); // -1 is the id that says that none is given
+    Invoke("add", {{"a", -1}, {"b", 4294967301}}); // -1 means "no id"
 
     EXPECT_EQ(calls.All().at(1), "add(4294967295,5)");
 }
@@ -116,7 +116,7 @@ TEST_F(ControlOutputsActionResourceTest, FailsWhenTheUpdateCannotBeTold)
 
 TEST_F(ControlOutputsActionResourceTest, FailsWhenTheBracketCannotBeClosed)
 {
-    target.onInvoke = Failing(-987, "there"); // forgotten, with its warning
+    target.onInvoke = Failing(-987, "there"); // lost, with its warning: the failure of the end replaces it
     instance.on["EndUpdateOutputsMap"] = Failing(-6, "no");
 
     EXPECT_EQ(CausesOf([this] { Invoke("addAll"); }),
@@ -175,7 +175,7 @@ TEST_F(ControlOutputsActionResourceTest, LogsThatItCouldNotLeaveAnEvent)
     instance.on["RemoveOutputsHandler"] = Failing(-5, "no");
 
     resource.reset();
-    instance.outputsEvent.Fire("a", true); // goes nowhere
+    instance.outputsEvent.Fire("a", true); // the handler left behind does nothing
 
     EXPECT_EQ(calls.All(), (Calls{"RemoveOutputsHandler"}));
     EXPECT_EQ(

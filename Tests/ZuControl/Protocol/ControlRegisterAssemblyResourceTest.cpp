@@ -93,7 +93,7 @@ TEST_F(ControlRegisterAssemblyResourceTest, LogsThatItCouldNotLeaveAnEvent)
     instance.on["RemoveAssemblyHandler"] = Failing(-5, "no");
 
     resource.reset();
-    instance.assemblyEvent.Fire("a", "r1"); // goes nowhere
+    instance.assemblyEvent.Fire("a", "r1"); // the handler left behind does nothing
 
     EXPECT_EQ(calls.All(), (Calls{"RemoveAssemblyHandler"}));
     EXPECT_EQ(log.LinesWithoutTraces(),

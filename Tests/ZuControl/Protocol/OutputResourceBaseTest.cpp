@@ -28,12 +28,12 @@ struct Member
     char const* type;
     char const* initial;
     char const* changed; ///< another value
-    bool isTold;         ///< a change of it alone is told
+    bool isTold;         ///< a change of this member alone is notified
 };
 
 struct OutputCase
 {
-    char const* name; ///< as it stands in the route
+    char const* name; ///< as in the route
     std::unique_ptr<OutputResourceBase> (*make)(IControlManager&);
     std::vector<Member> members;
 };
@@ -255,7 +255,7 @@ TEST_P(OutputResource, PassesOnWhatAHandlerThrowsAndHoldsNoLockThen)
     EXPECT_EQ(RefusalOf([this] { Write({{"enabled", true}}); }), (Refusal{-1000, "no"}));
 
     std::thread([this] { EXPECT_EQ(Read().at("enabled"), true); }).join();
-    Write({{"enabled", true}}); // was told
+    Write({{"enabled", true}}); // unchanged, so no notification
 }
 
 TEST_P(OutputResource, ServesManyThreadsAtOnce)
@@ -282,7 +282,7 @@ TEST_P(OutputResource, ServesManyThreadsAtOnce)
 
     bool const last = Read().at("enabled").get<bool>();
     Write({{"enabled", last}});
-    EXPECT_EQ(calls.All(), Calls{}); // the last change was told
+    EXPECT_EQ(calls.All(), Calls{}); // the last change was notified already
     Write({{"enabled", !last}});
     EXPECT_EQ(calls.All(), (Calls{Notice("0", "0")}));
 }

@@ -42,7 +42,7 @@ struct Input
     ControlRegisterCommandData command;
 };
 
-/// The start of a source of this size; the rest is zero.
+/// A source of this size with these first bytes; the rest is zero.
 Bytes Source(Bytes start, size_t size = 67)
 {
     start.resize(size);
@@ -163,7 +163,7 @@ TEST(DefaultControlInputRegisterBlock, TakesNoOtherSizeOfDestination)
 
 TEST(DefaultControlInputRegisterBlock, ReadsNothingBehindTheSource)
 {
-    Input input(2, true, 0); // a type that declares no least size
+    Input input(2, true, 0); // a type without a minimum size
     std::unique_ptr<uint8[]> const source(new uint8[5]{0x00, 0x01, 0x00, 0x05, 'j'});
 
     EXPECT_EQ(RefusalOf([&] { input.block->Deserialize(&input.command, 68, source.get(), 5); }), DONE);

@@ -61,7 +61,7 @@ Message ArrayOf(std::vector<void*> const& elements)
     return Message(msg);
 }
 
-/// A result of this type around a message, and its parts.
+/// A result item of this type with a message, and its parts.
 struct Item
 {
     Item(uint16 type, void* msg)
@@ -111,7 +111,7 @@ struct Placed
     Block block;
 };
 
-/// Looks at the references while it writes.
+/// A block that checks the reference counts while it writes.
 struct WatchingBlock : public DefaultMeasurementValueRegisterBlock
 {
     WatchingBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
@@ -214,7 +214,7 @@ TEST(ProtocolScanOutputRegisterBlock, GivesBackWhatItHeldOfAnArrayOnEveryPath)
 {
     Message const element = Measurement(1, 1);
     Message const array = ArrayOf({element.get()});
-    for (uint16 const type : {MEASUREMENT, STAMP, uint16{12}}) // the two last are refused
+    for (uint16 const type : {MEASUREMENT, STAMP, uint16{12}}) // the last two are refused
     {
         Item const item(type, array.get());
         uint64 const elementReferences = wObject_RefCount(element.get());
@@ -238,7 +238,7 @@ TEST(ProtocolScanOutputRegisterBlock, HoldsOneReferenceMoreWhileItWritesAnElemen
 
     placed.Write(item);
 
-    EXPECT_NE(placed.block.resultItem, item.item.get()); // the block is given an item of its own
+    EXPECT_NE(placed.block.resultItem, item.item.get()); // the block receives an item of its own
     EXPECT_EQ(placed.block.elementReferences, elementReferences + 1);
     EXPECT_EQ(placed.block.infoReferences, infoReferences + 1);
 }
@@ -355,7 +355,7 @@ TEST(DefaultMeasurementValueAndDecisionRegisterBlock, LetsNoDecisionOutlastAnInv
 TEST(DefaultMeasurementValueAndDecisionRegisterBlock, WritesTheDecisionLastOnlyWhenItIsValid)
 {
     Placed<Both> overlapping(5);
-    overlapping.block.decisionOffset = 3; // onto the last byte of the value: what is written last stays
+    overlapping.block.decisionOffset = 3; // overlaps the last byte of the value; the later write remains
 
     EXPECT_EQ(overlapping.Write(MEASUREMENT, Measurement(1.2345, 1)), (Bytes{0x00, 0x00, 0x04, 0x01, 0xAA}));
     EXPECT_EQ(overlapping.Write(MEASUREMENT, Measurement(MISSING, 1)), (Bytes{0x80, 0x00, 0x00, 0x00, 0xAA}));

@@ -74,7 +74,7 @@ TEST(DefaultSystemStateRegisterBlock, WritesItsFieldsInTheOrderOfTheProtocol)
 {
     Bytes const big = System(76, 1, true).Write(StateWith("abc"));
     EXPECT_EQ(Part(big, 0, 14), (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 0xB0, 3, 'a', 'b', 'c', 0}));
-    EXPECT_EQ(Part(big, 13, 74), Bytes(61, 0)); // whatever an earlier and longer name left
+    EXPECT_EQ(Part(big, 13, 74), Bytes(61, 0)); // clears the rest of an earlier, longer name
     EXPECT_EQ(Part(big, 74, 76), (Bytes{0xB2, 0xB3}));
 
     Bytes const little = System(76, 1, false).Write(StateWith("abc"));
@@ -99,7 +99,7 @@ TEST(DefaultSystemStateRegisterBlock, LetsTheLaterFieldWinInRegistersOfTwo)
     Bytes const written = System(76, 2, true).Write(StateWith("a\xE9"));
 
     EXPECT_EQ(Part(written, 0, 16), (Bytes{2, 1, 4, 3, 6, 5, 8, 7, 0xB0, 2, 'a', 0x00, 0xE9, 0xFF, 0, 0}));
-    EXPECT_EQ(Part(written, 16, 138), Bytes(122, 0)); // the two last state bytes are cleared with the name
+    EXPECT_EQ(Part(written, 16, 138), Bytes(122, 0)); // the last two state bytes are cleared with the name
     EXPECT_EQ(Part(written, 138, 152), Bytes(14, 0xAA));
 }
 
