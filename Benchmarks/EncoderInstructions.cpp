@@ -139,10 +139,10 @@ int main()
     MeasuredWide(registers, LAYOUT, 0x0102030405060708);
     ZuControl::ControlProtocol::ProtocolRegisterBlockInfo type(TypeOf(LAYOUT));
     PluginBlock block({}, type);
-    block.SerializeValue(registers, 0, uint64{0}, false); // what is bound at the first call is bound by now
+    block.SerializeValue(registers, 0, uint64{0}, false); // binds the symbols of the first call before the measurement
     MeasuredSerializeValue(block, registers, 0x0102030405060708);
     StampFrame frame(LAYOUT.bytesPerRegister, LAYOUT.isBigEndian);
-    frame.EncodeStamp(); // likewise
+    frame.EncodeStamp(); // for the same reason
     frame.EncodeMeasurement();
     MeasuredStampBlock(frame);
     MeasuredMeasurementBlock(frame);

@@ -8,7 +8,7 @@
 namespace ZuBench
 {
 
-/// Four numbers and a text, like the records that occur in large numbers.
+/// Four numbers and a text: a record of a kind that occurs in large numbers.
 struct Record : Zu::Params::Group
 {
     Record()

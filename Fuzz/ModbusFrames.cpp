@@ -107,7 +107,7 @@ void SayInPieces(Talk& talk, std::span<uint8 const> bytes, std::size_t pieceByte
     talk.TakeAnswers(pieceBytes);
 }
 
-/// Every request has one answer, of its transaction and its unit and with its function code.
+/// Checks that every request has one answer with its transaction id, unit id and function code.
 void CheckAnswers(std::span<uint8 const> requests, std::span<uint8 const> answers, uint64 answeredCount)
 {
     for (uint64 i = 0; i < answeredCount; ++i)
@@ -124,7 +124,7 @@ void CheckAnswers(std::span<uint8 const> requests, std::span<uint8 const> answer
     ZU_FUZZ_CHECK(answers.empty());
 }
 
-/// The requests one by one, each against the registers from before it.
+/// Sends the requests one by one and compares the registers before and after each refused request.
 void CheckRefusals(std::span<uint8 const> requests)
 {
     Talk talk;

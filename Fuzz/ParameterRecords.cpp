@@ -82,7 +82,7 @@ bool Passes(Step&& step)
     return false;
 }
 
-/// In two passes, as the resources do it.
+/// Validates and then deserializes, as the resources do.
 void FillTested(Zu::Params::Group& record, Json const& document)
 {
     Json const before = Serializer::Serialize(record);
@@ -119,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
 
     Record const tested = make();
     FillTested(*tested, document);
-    FillTested(*tested, document); // onto what is there now
+    FillTested(*tested, document); // again, onto the filled record
     CheckRoundTrip(*tested, make());
 
     Record const untested = make();

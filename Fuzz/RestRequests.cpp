@@ -27,7 +27,7 @@ using ZuRest::Answer;
 using ZuRest::Request;
 
 constexpr std::size_t MOST_REQUESTS = 16;
-constexpr std::size_t LONGEST_ANSWER = 1U << 20; // of documents with at most a few dozen entries
+constexpr std::size_t LONGEST_ANSWER = 1U << 20; // the documents have at most a few dozen entries
 
 std::string_view TakeWord(std::string_view& line)
 {

@@ -8,15 +8,15 @@
 namespace ZuHost::BearerToken
 {
 
-/// Shorter tokens are guessed too soon.
+/// Shorter tokens are too easy to guess.
 inline constexpr std::size_t MIN_BYTES = 16;
 
 /// Returns the first line of a file without the blanks around it. Throws `Zu::Status::BAD_ARGUMENT` with one clear line
 /// when the file cannot be read, and when the line is too short or has characters that a header may not carry.
 std::string ReadFile(std::filesystem::path const& file);
 
-/// Whether the value of the header Authorization shows `token`; true for an empty token. The time that it takes depends
-/// on the length of the token and on nothing else of it.
+/// Whether the value of the header Authorization shows `token`; true for an empty token. The time of the call depends
+/// only on the length of the token, not on its content.
 bool IsGiven(std::string_view token, std::string_view header) noexcept;
 
 } // namespace ZuHost::BearerToken

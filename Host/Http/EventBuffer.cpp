@@ -23,7 +23,7 @@ void EventBuffer::Receive(nlohmann::json const& report)
     }
 }
 
-/// True when the client is to be woken.
+/// Returns true if the caller must wake the connection.
 bool EventBuffer::Keep(std::string text)
 {
     Zu::MutexLock const guard(lock);

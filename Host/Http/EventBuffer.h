@@ -13,9 +13,10 @@ namespace ZuHost
 
 /// Holds the reports of one stream, in the form of server-sent events, until the connection sends them.
 ///
-/// The buffer is bounded. Where each report stands for all before it, a slow client gets the newest report only.
-/// Elsewhere a report that already waits is not kept twice, and beyond the bound the oldest report is dropped. The ids
-/// count every report, so that a gap tells a client that it missed some. All operations are thread-safe.
+/// The buffer is bounded. In a stream of states each report replaces all earlier reports, so a slow client gets only
+/// the newest report. In other streams an equal report that already waits is not kept twice, and beyond the bound the
+/// oldest report is dropped. The ids count every report, so that a client detects missed reports by a gap. All
+/// operations are thread-safe.
 class EventBuffer final : public ZuRest::IStreamReceiver
 {
 public:
@@ -31,7 +32,7 @@ public:
 
     void Receive(nlohmann::json const& report) override;
 
-    /// Returns everything that waits as text of the stream; empty when nothing waits.
+    /// Returns all waiting reports as text of the stream; empty if none waits.
     std::string Take();
 
 private:
@@ -46,7 +47,7 @@ private:
     bool const isState;
     std::function<void()> const wake;
 
-    Zu::Mutex lock; // a leaf
+    Zu::Mutex lock; // a leaf: no other lock is taken under it
     uint64 lastId ZU_GUARDED_BY(lock) = 0;
     bool isAwake ZU_GUARDED_BY(lock) = false;
     std::deque<Event> events ZU_GUARDED_BY(lock);

@@ -116,8 +116,8 @@ void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
     }
 }
 
-/// The timer is set for the earliest deadline so far and looks at the present one when it fires. Most phases end long
-/// before their deadlines and so cost no timer.
+/// Sets the timer for the earliest deadline so far. When it fires, it checks the present deadline. Most phases end long
+/// before their deadlines, so they do not set the timer.
 void HttpConnection::SetTimer()
 {
     timerDue = due;
@@ -294,7 +294,7 @@ void HttpConnection::ShowOutcome(Outcome outcome)
     }
     if (phase != Phase::ANSWER)
     {
-        EndStream(); // the client has got another answer, or is gone
+        EndStream(); // the client has received another answer or is gone
     }
     else if (isStream)
     {
@@ -365,9 +365,9 @@ void HttpConnection::GoOn()
     }
 }
 
-/// Reads what follows the last request. A socket that is closed with unread bytes takes back what was written: those
-/// behind the last answer are read up to a bound. On a stream a client has nothing more to say: its end is the end of
-/// the stream.
+/// Reads and discards bytes that follow the last request. Closing a socket with unread bytes discards sent data that
+/// the client has not received yet, so bytes after the last answer are read up to a bound. During a stream the client
+/// sends no request: if it ends its side, the stream ends.
 void HttpConnection::ReadPast(error_code const& error, std::size_t count)
 {
     discardedBytes += count;

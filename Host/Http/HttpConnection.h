@@ -54,34 +54,34 @@ public:
     virtual void Forget(HttpConnection& connection) noexcept = 0;
 };
 
-/// One client, from the accept to the close: the phases of its connection with their deadlines, and what it is sent.
+/// The connection of one client, from the accept to the close: its phases with their deadlines, and its answers.
 ///
-/// The class knows no socket. `HttpSession` has the stream and derives from this class: it carries out the reads and
-/// writes that are started here and reports how they ended.
+/// The class has no socket. The derived class `HttpSession` has the stream: it executes the reads and writes that this
+/// class starts and reports their results.
 /// Ownership: the pending operations of the connection share it, and so does a request that is being carried out.
-/// Threads: all data belongs to the strand. The public operations are thread-safe and go on there.
+/// Threads: all data belongs to the strand. The public operations are thread-safe and continue on the strand.
 class HttpConnection : public std::enable_shared_from_this<HttpConnection>
 {
 public:
     using Strand = boost::asio::strand<boost::asio::io_context::executor_type>;
     using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 
-    virtual ~HttpConnection(); ///< has the service forget it
+    virtual ~HttpConnection(); ///< calls `IHttpService::Forget`
 
     HttpConnection(HttpConnection const&) = delete;
     HttpConnection& operator=(HttpConnection const&) = delete;
 
-    /// Waits for the first request; with a refusal sends that and closes.
+    /// Waits for the first request. With a refusal, sends the refusal and closes.
     void Start(std::optional<ZuRest::Answer> refusal);
 
     /// Makes the receiver of the stream that the present request is about to begin. Called by the thread that carries
     /// out the request; the receiver outlives the stream.
     ZuRest::IStreamReceiver& MakeReceiver(bool isState);
 
-    /// Sends what has come of the present request.
+    /// Sends the outcome of the present request.
     void TakeOutcome(Outcome outcome);
 
-    /// Closes: at once, or behind the answer when a request is under way.
+    /// Closes at once, or after the answer if a request is under way.
     void BeginStop();
 
     /// Closes at once.
@@ -116,7 +116,7 @@ private:
         ANSWER,  // the request is being carried out
         WRITE,
         STREAM, // open, nothing to write
-        LINGER, // all is sent, and the client reads it before the connection closes
+        LINGER, // everything is sent; the client reads it before the connection closes
         CLOSED
     };
 
@@ -161,7 +161,7 @@ private:
     Strand const strand;
 
     Phase phase = Phase::HANDSHAKE;
-    Next next = Next::REQUEST; // behind the present or the last write
+    Next next = Next::REQUEST; // after the present or the last write
     bool isStopping = false;
     Timer timer;
     Clock::time_point due;                                 // of the phase
@@ -175,11 +175,11 @@ private:
     std::string head;
     std::string body;
 
-    std::atomic<bool> isWanted = true; // the thread that carries out the request asks it; publishes nothing else
+    std::atomic<bool> isWanted = true; // read by the thread that executes the request; publishes nothing else
 
-    // From `Submit` to `TakeOutcome` this belongs to the thread that carries out the request.
+    // From `Submit` to `TakeOutcome` this belongs to the thread that executes the request.
     std::shared_ptr<EventStream> stream;
-    bool hasNews = false; // reports came during a write
+    bool hasNews = false; // reports arrived during a write
 };
 
 } // namespace ZuHost

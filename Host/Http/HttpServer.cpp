@@ -57,7 +57,7 @@ int32 StatusOf(error_code const& error)
     return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
 }
 
-/// The address that the settings name. Throws as `HttpServer::Check` does.
+/// The address in the settings. Throws as `HttpServer::Check` does.
 asio::ip::address AddressOf(HttpServer::Settings const& settings)
 {
     std::string const where = EndpointText(settings.address, settings.port);
@@ -79,7 +79,7 @@ asio::ip::address AddressOf(HttpServer::Settings const& settings)
 
 } // namespace
 
-/// Lives from taking the address to the next stop: the listener, the connections and the threads.
+/// The listener, the connections and the threads, from `Listen` to the next stop.
 ///
 /// The acceptor and its timer belong to the strand once the threads run.
 class HttpServer::Core final : public IHttpService
@@ -141,10 +141,10 @@ private:
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
 
-    Zu::Mutex mutex; // a leaf
+    Zu::Mutex mutex; // a leaf: no other lock is taken under it
     Zu::CondVar changed;
     std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>>
-        connections ZU_GUARDED_BY(mutex); // all that live
+        connections ZU_GUARDED_BY(mutex); // all existing connections
     bool isStopping ZU_GUARDED_BY(mutex) = false;
 
     asio::io_context context{static_cast<int>(THREADS)}; // behind the connections: its handlers share them
@@ -168,9 +168,9 @@ HttpServer::Core::~Core()
 {
     if (!IsServing())
     {
-        return; // it has only listened
+        return; // the server has listened, but was not started
     }
-    while (!ZU_GUARD_DESTRUCTOR([this] { // until there is memory enough for it
+    while (!ZU_GUARD_DESTRUCTOR([this] { // repeated until there is enough memory
         boost::asio::post(strand, [this] { BeginStop(); });
         WaitForClients();
         ForEach(&HttpConnection::Close);
@@ -180,14 +180,14 @@ HttpServer::Core::~Core()
     EndThreads();
 }
 
-/// Returns where it listens.
+/// Returns the bound address.
 tcp::endpoint HttpServer::Core::Listen()
 {
     tcp::endpoint const wanted(AddressOf(settings), settings.port);
     try
     {
         acceptor.open(wanted.protocol());
-        acceptor.set_option(tcp::acceptor::reuse_address(true)); // the last connections may still linger
+        acceptor.set_option(tcp::acceptor::reuse_address(true)); // connections of the previous run may still be closing
         acceptor.bind(wanted);
         acceptor.listen();
         return acceptor.local_endpoint();
@@ -262,7 +262,7 @@ void HttpServer::Core::OnAccept(error_code const& error, Socket socket)
     }
 }
 
-/// Waits a moment: the system has no descriptor or memory left, and the next attempt would fail too.
+/// Waits before the next attempt, which would fail at once too: the system has no descriptor or memory left.
 void HttpServer::Core::RetryAccept()
 {
     acceptRetry.expires_after(ACCEPT_RETRY);
@@ -276,7 +276,7 @@ void HttpServer::Core::RetryAccept()
 
 void HttpServer::Core::Welcome(Socket socket)
 {
-    error_code ignored; // without the option answers are only slower
+    error_code ignored; // without this option answers are slower, but correct
     socket.set_option(tcp::no_delay(true), ignored);
     auto const connection = std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)));
     uint64 present = 0;
@@ -311,7 +311,7 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
         std::move(request),
         [client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); },
         [this](auto work) { requests.Run(std::move(work)); },
-        [client, pending = WorkGuard(context.get_executor())](Outcome outcome) { // the threads do not end before it
+        [client, pending = WorkGuard(context.get_executor())](Outcome outcome) { // keeps the threads running
         client->TakeOutcome(std::move(outcome));
         });
 }
@@ -339,7 +339,7 @@ void HttpServer::Core::BeginStop()
     ForEach(&HttpConnection::BeginStop);
 }
 
-/// Waits until the requests that are under way have ended, within the patience.
+/// Waits for the end of running requests, at most `stopPatienceUsec`.
 void HttpServer::Core::WaitForClients()
 {
     Zu::MutexLock const guard(mutex);

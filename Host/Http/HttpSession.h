@@ -13,7 +13,7 @@ namespace ZuHost
 
 /// A connection over a stream of Beast, which has the strand as its executor.
 ///
-/// It only starts the operations of the stream and reports how they ended; what happens then is HttpConnection's.
+/// It starts the operations of the stream and reports their results. `HttpConnection` decides the next step.
 template <typename Stream>
 class HttpSession final : public HttpConnection
 {
@@ -54,7 +54,7 @@ private:
 
     void EndSending() noexcept override
     {
-        ErrorCode ignored; // a client that is gone
+        ErrorCode ignored; // the client may be gone
         boost::beast::get_lowest_layer(stream).socket().shutdown(boost::asio::socket_base::shutdown_send, ignored);
     }
 

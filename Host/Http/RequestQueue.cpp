@@ -21,7 +21,7 @@ void RequestQueue::Run(std::function<void()> work)
     waiting.push_back(std::move(work));
     if (serving == limit)
     {
-        return; // a serving thread takes the work when it has ended its present one
+        return; // a serving thread takes the work after its present work
     }
     try
     {
@@ -45,7 +45,7 @@ void RequestQueue::Serve()
     }
 }
 
-/// False when nothing waits; the thread does not serve any more then.
+/// Returns false if no work waits; the thread then stops serving.
 bool RequestQueue::TakeNext(std::function<void()>& work)
 {
     Zu::MutexLock const guard(mutex);

@@ -17,7 +17,7 @@ namespace ZuHost
 /// I/O.
 ///
 /// Work beyond the limit waits in the order of arrival and holds no thread. All operations are thread-safe.
-/// Ownership: the context outlives the queue, and the work in the queue has run before the queue goes.
+/// Ownership: the context outlives the queue. All queued work has run before the queue is destroyed.
 class RequestQueue final
 {
 public:
@@ -38,7 +38,7 @@ private:
     boost::asio::io_context& context;
     uint64 const limit;
 
-    Zu::Mutex mutex; // a leaf
+    Zu::Mutex mutex; // a leaf: no other lock is taken under it
     std::deque<std::function<void()>> waiting ZU_GUARDED_BY(mutex);
     uint64 serving ZU_GUARDED_BY(mutex) = 0; // threads that run work, or are about to
 };

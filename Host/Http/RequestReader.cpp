@@ -25,7 +25,7 @@ std::string_view TextOf(boost::beast::string_view text)
     return {text.data(), text.size()};
 }
 
-/// The target of a request, without the scheme and the host that may stand before the path.
+/// The target of a request, without an optional scheme and host before the path.
 struct Target
 {
     std::string_view host; // empty when the target has none
@@ -115,11 +115,11 @@ bool RequestReader::TakeEnd()
     }
     error_code error;
     parser->put_eof(error);
-    RefuseMalformed(error ? error : http::error::partial_message); // the end of a connection ends no request
+    RefuseMalformed(error ? error : http::error::partial_message); // the end of the connection cuts the request
     return true;
 }
 
-/// Anything but `NEEDS_BYTES` comes before the body.
+/// Checks the header. `NEEDS_BYTES` means that the body may follow; any other result needs an answer before the body.
 RequestReader::Result RequestReader::TakeHeader()
 {
     auto const& request = parser->get();
@@ -147,7 +147,7 @@ RequestReader::Result RequestReader::TakeHeader()
     {
         return RefuseWithoutToken();
     }
-    parser->eager(true); // a part of the body is taken as it comes
+    parser->eager(true); // accepts parts of the body as they arrive
     bool const needsContinue =
         !parser->is_done() && boost::beast::iequals(request[http::field::expect], "100-continue");
     return needsContinue ? Result::NEEDS_CONTINUE : Result::NEEDS_BYTES;

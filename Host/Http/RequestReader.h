@@ -25,7 +25,8 @@ namespace ZuHost
 class RequestReader final
 {
 public:
-    /// Bytes that wait for the parser. More than a header may have, so that the parser sees a header that is too long.
+    /// The limit for bytes that wait for the parser. Above the limit of a header, so that the parser detects a too long
+    /// header.
     static constexpr std::size_t MAX_BUFFERED_BYTES = 2 * HttpServer::MAX_HEADER_BYTES;
 
     enum class Result
@@ -36,8 +37,8 @@ public:
         REFUSAL         ///< `TakeRefusal` returns the answer; the connection closes behind it
     };
 
-    /// `newToken` is asked for unless it is empty, and outlives the reader. `newIsLocal`: the service is for clients of
-    /// this machine only.
+    /// `newToken` is required in requests unless it is empty; it outlives the reader. `newIsLocal`: the service is for
+    /// clients of this machine only.
     RequestReader(std::string const& newToken, bool newIsLocal);
     ~RequestReader();
 
@@ -47,29 +48,30 @@ public:
     /// Begins the next request.
     void Begin();
 
-    /// Where the next bytes are received. Valid until the next call, of any operation but the questions. Never empty
+    /// The buffer for the next received bytes. Valid until the next call of an operation that is not const. Never empty
     /// after `Parse` has returned `NEEDS_BYTES`.
     boost::asio::mutable_buffer Room();
 
-    /// The first `count` bytes of `Room` have been received.
+    /// Tells the reader that the first `count` bytes of `Room` were received.
     void Commit(std::size_t count);
 
-    /// Drops the bytes that wait; no more requests are parsed.
+    /// Drops the waiting bytes. No more requests are parsed.
     void Discard();
 
-    /// Parses what has been received.
+    /// Parses the received bytes.
     Result Parse();
 
-    /// The client has ended its side. True when it ended in the middle of a request: `TakeRefusal` returns the answer.
+    /// Tells the reader that the client has ended its side. Returns true if that was in the middle of a request:
+    /// `TakeRefusal` then returns the answer.
     bool TakeEnd();
 
     ZuRest::Request TakeRequest();
     ZuRest::Answer TakeRefusal();
 
     bool HasBytes() const;   ///< bytes wait to be parsed
-    bool HasHeader() const;  ///< the header of the present request is whole
+    bool HasHeader() const;  ///< the header of the present request is complete
     bool IsHead() const;     ///< the method is HEAD
-    bool KeepsAlive() const; ///< the client wants to send more requests behind the present one
+    bool KeepsAlive() const; ///< the client wants to send more requests after the present one
 
 private:
     using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;

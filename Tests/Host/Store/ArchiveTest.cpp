@@ -91,7 +91,7 @@ TEST_F(ArchiveTest, TakesWhatTheToolHasPutIn)
     ZuTest::WriteBytes(folder / DOCUMENT, large);
 
     ZuTest::RunArchiveTool(folder.path, file, std::string("-u ") + DOCUMENT);
-    ZuTest::RunArchiveTool(folder.path, file, "-i controls/ModbusTcp"); // a folder, with what is in it
+    ZuTest::RunArchiveTool(folder.path, file, "-i controls/ModbusTcp"); // a folder with its content
 
     ArchiveContents const contents = Read();
     EXPECT_EQ(contents.entries, (Files{{DOCUMENT, large}, {"controls/Other/config.json", "[]"}}));

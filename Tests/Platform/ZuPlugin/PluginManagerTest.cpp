@@ -71,7 +71,7 @@ TEST(PluginManager, LetsPluginsOutliveIt)
 struct RefusalCase
 {
     char const* name;
-    std::string reason; // what it must contain
+    std::string reason; // a part of the reason in the log
 };
 
 class PluginRefusal : public testing::TestWithParam<RefusalCase>

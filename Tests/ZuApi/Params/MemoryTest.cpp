@@ -12,7 +12,7 @@ namespace Zu::Params
 namespace
 {
 
-/// A record like those that occur in large numbers.
+/// A record of a kind that occurs in large numbers.
 struct Item : Group
 {
     Item()

@@ -137,7 +137,7 @@ TEST(SensorRecords, TakeAKindThatTheProgramSetsAndNoneFromOutside)
     QueryIoOutputCountParams params;
     EXPECT_TRUE(params.ioType.enumValues.Get().empty());
 
-    params.ioType.Set(IoType{9}); // passed on as it stands
+    params.ioType.Set(IoType{9}); // an unknown value is passed on unchanged
 
     EXPECT_EQ(params.ioType.Get(), IoType{9});
     EXPECT_EQ(ZuTest::RefusalOf([&] {
