@@ -68,7 +68,7 @@ def start_host(program, rate, clients):
 
 
 def poll(port, clients, seconds):
-    """Polls for the given time; gives (first frame, last frame, elapsed, answers by frame, reads)."""
+    """Polls for the given time. Returns (first frame, last frame, elapsed, answers by frame, reads)."""
     selector = selectors.DefaultSelector()
     pollers = [Poller(port) for _ in range(clients)]
     with ModbusClient(port) as probe:

@@ -17,7 +17,7 @@ import tempfile
 import time
 
 Goal = collections.namedtuple("Goal", "name title pairs limit against gates unit")
-"""What is to hold: each first figure of `pairs` over its second one, or by itself where there is none, is at most `limit`."""
+"""A goal: for each pair of `pairs`, the first figure divided by the second, or the first alone, is at most `limit`."""
 
 
 def ratio(name, title, against, limit, *pairs, gates=False):
@@ -141,7 +141,7 @@ def run_contest(folder, program, quick):
 
 
 def run_instructions(folder):
-    """Of one encoding of each kind. Each kind is a thousand times in a function of its own."""
+    """The instructions of one encoding of each kind. A function of its own runs each kind a thousand times."""
     figures = {}
     for kind in ("StampFields", "MeasurementFields", "StampBlock", "MeasurementBlock", "Wide", "SerializeValue"):
         with tempfile.NamedTemporaryFile() as profile:
@@ -224,7 +224,7 @@ def machine():
 
 
 def print_table(goals, figures):
-    """False when a goal that gates is missed."""
+    """Returns False if a gating goal is missed."""
     row = "{:<15} {:<36} {:>9}  {:<13} {:>9} {:>8} {:>7}  {}"
     print(row.format("goal", "what", "figure", "against", "its", "ratio", "at most", ""))
     holds = True

@@ -1,4 +1,4 @@
-"""The floors of the house: what a folder may include. Reads the #include lines and compares them with the table below."""
+"""The layers of the sources: a folder includes only its own and lower layers. Compares the #include lines with the table below."""
 
 import pathlib
 import re
@@ -6,7 +6,7 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
-# From the ground up. A folder includes what stands on its own floor or below, and nothing goes round in a circle.
+# From the lowest layer up. A folder includes only folders of its own layer or below, and there are no cycles.
 FLOORS = [
     ["Platform/wApi", "Platform/wBeacon", "Platform/ZuApi"],
     ["ZuApi/Properties", "ZuApi/Params", "ZuApi/Threads"],

@@ -1,4 +1,4 @@
-"""The written interface keeps what is promised apart from what is exported for the tests alone."""
+"""The written interface separates the supported exports from the exports for tests only."""
 
 import importlib.machinery
 import importlib.util

@@ -8,7 +8,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INSTALL = "scripts/install-dependencies clients"
 PACKAGE_OF = {"curl": "curl", "jq": "jq", "mbpoll": "mbpoll", "nc": "netcat-openbsd", "sqlite3": "sqlite3"}
-# Of a system on which nothing is installed, of the set `build`, or of this tree.
+# Programs of a bare system, of the package set `build`, or of this tree.
 THERE = {"./run", "./test", "./bench", "cd", "cmake", "cp", "echo", "editor", "head", "printf", "sleep", "tr", INSTALL.split()[0],
          "zucontrol-host", "~/zucontrol/bin/zucontrol-host"}
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]

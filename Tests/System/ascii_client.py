@@ -1,4 +1,4 @@
-"""A client of the line protocol, and what it reads of the simulated part."""
+"""A client of the line protocol, and the values that it reads of the simulated part."""
 
 import socket
 
@@ -6,7 +6,7 @@ from host import PATIENCE, Host
 
 OUTPUTS = ["meanZ", "points", "width", "zMax", "zMin"]
 
-# The lower step alone, both steps, the belt in the gap: exact, since every length of the part is.
+# The lower step alone, both steps, the belt in the gap. The values are exact, because all lengths of the part are exact.
 PHASES = [{"meanZ": "10.000", "points": "481.000", "width": "60.000", "zMax": "10.000", "zMin": "10.000"},
           {"meanZ": "19.258", "points": "418.000", "width": "60.000", "zMax": "25.000", "zMin": "10.000"},
           {"meanZ": "0.000", "points": "161.000", "width": "20.000", "zMax": "0.000", "zMin": "0.000"}]

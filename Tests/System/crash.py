@@ -87,7 +87,7 @@ def check_after(data, changers):
             if changer.failure is not None:
                 raise changer.failure
             found = rest.get(changer.path).json["parameters"]["idleTimeout"]
-            first = changer.durable == 0  # nothing was promised: the value of the round before may stand
+            first = changer.durable == 0  # no value was confirmed: the value of the previous round may remain
             assert first or changer.durable <= found <= changer.sent, \
                 f"{changer.path}: {found} found, {changer.durable} durable, {changer.sent} sent"
         assert rest.get("/problems").json["problems"] == [], rest.get("/problems").text

@@ -82,7 +82,7 @@ class Host:
         return "\n".join(line for line in self.errors if line is not None)
 
     def wait_for_log(self, text):
-        """Waits until a line of the log holds `text`, and gives that line."""
+        """Waits until a line of the log contains `text`, and returns that line."""
         def find():
             return next((line for line in list(self.errors) if line is not None and text in line), None)
         return wait_until(find, f"'{text}' in the log:\n" + self.log())
@@ -105,7 +105,7 @@ class Host:
 
 
 def run_host(*arguments):
-    """Runs the host to its end and gives (status, standard output, standard error)."""
+    """Runs the host to its end and returns (status, standard output, standard error)."""
     with tempfile.TemporaryDirectory() as data:
         words = [str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", "--data", data, *map(str, arguments)]
         done = subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE)

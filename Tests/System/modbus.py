@@ -1,4 +1,4 @@
-"""A small Modbus TCP client on nothing but the standard library, written apart from the server that it tests."""
+"""A small Modbus TCP client that uses only the standard library and shares no code with the tested server."""
 
 import socket
 import struct

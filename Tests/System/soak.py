@@ -56,7 +56,7 @@ class Soak:
                 if not self.stopping.is_set():
                     self.count(f"{client.__name__}: {type(error).__name__}")
                     self.stopping.wait(0.1)
-            except Exception as error:  # whatever it is, it is told at the end
+            except Exception as error:  # any exception is reported at the end
                 self.fault(f"{client.__name__}: {type(error).__name__}: {error}")
                 return
 
@@ -97,7 +97,7 @@ class Soak:
         for word in words[2:]:
             name, value, decision = re.fullmatch(r"(\w+)=([^:]+):(\d)", word).groups()
             number = MISSING if value == "invalid" else round(float(value) * 1000)
-            if abs(number - wanted[name][0]) > 1:  # the two round a half in different ways
+            if abs(number - wanted[name][0]) > 1:  # host and test round a half differently
                 self.fault(f"torn line: {line}")
                 return
 

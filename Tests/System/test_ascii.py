@@ -68,7 +68,7 @@ class Pages(unittest.TestCase):
                     is_shown.last = done.stdout + done.stderr
                     return without_moments(done.stdout.splitlines()) == without_moments(shown)
 
-                try:  # a value is of one moment: what the part does not show yet is asked for again
+                try:  # values change with time: asks again until the part shows the expected value
                     wait_until(is_shown)
                 except AssertionError:
                     self.fail(f"{command} shows\n{is_shown.last}")
@@ -118,7 +118,7 @@ class Values(unittest.TestCase):
                 lines = [slow.line() for _ in range(100)]
                 frames = [int(line.split(" ")[1]) for line in lines]
                 self.assertEqual(lines, [data_line(frame) for frame in frames])  # whole
-                self.assertEqual(frames, sorted(set(frames)))  # in order, with gaps wherever it was too slow
+                self.assertEqual(frames, sorted(set(frames)))  # in order, with gaps where the client was too slow
                 wait_until(lambda: metrics(rest)["clients"] == 2, "the number of clients")
             with connect(host) as client:
                 self.assertEqual(client.run("STOP"), "DONE")
@@ -168,7 +168,7 @@ class Jobs(unittest.TestCase):
             wait_until(lambda: client.status()["job"] == "spare", "the name of the job")
             self.assertEqual(rest.get(ASCII).json["parameters"]["decimals"], 3)
 
-            self.assertEqual(client.run("LOAD line7"), "DONE")  # what was changed in it was saved before
+            self.assertEqual(client.run("LOAD line7"), "DONE")  # its changes were saved before
             self.assertEqual(client.ask("LIST"), "OK 4 meanZ width zMax zMin")
             self.assertEqual(rest.get(ASCII).json["parameters"]["decimals"], 1)
 
@@ -255,7 +255,7 @@ class Configuration(unittest.TestCase):
 
     def test_another_port_is_bound_anew_and_a_busy_one_changes_nothing(self):
         with ascii_host() as host, RestClient(host.http_port) as rest, connect(host) as client:
-            client.ask("LIST")  # it is a client by now, and not only on its way
+            client.ask("LIST")  # after the answer the server has accepted the client
             with socket.create_server(("127.0.0.1", 0)) as taken:
                 busy = taken.getsockname()[1]
                 refused = rest.put(ASCII, {"parameters": {"port": busy}})

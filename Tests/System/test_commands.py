@@ -26,7 +26,7 @@ def run_mbpoll(words):
 
 
 def mbpoll(port, *arguments):
-    """Runs mbpoll once with addresses that count from 0 and gives the register values that it prints."""
+    """Runs mbpoll once with addresses that count from 0 and returns the register values that it prints."""
     return run_mbpoll(["mbpoll", "-0", "-1", "-o", "10", "-p", str(port), *map(str, arguments)])
 
 
@@ -52,7 +52,7 @@ class CommandSession(unittest.TestCase):
                 words = [str(host.modbus_port) if word == "1502" else word for word in shlex.split(command)]
                 if not shown:
                     run_mbpoll(words)
-                else:  # what takes its time is asked for again
+                else:  # asks again until the operation has ended
                     wait_until(lambda: run_mbpoll(words) == shown, f"{command} to show {shown}")
 
     def test_start_read_stop_with_mbpoll(self):

@@ -65,7 +65,7 @@ class Desk:
     def __init__(self, test, rest):
         self.test = test
         self.rest = rest
-        self.lines = {}  # of the last load, by protocol: what the user was told of it
+        self.lines = {}  # the user lines of the last load, by protocol
 
     def tree(self):
         """Parameters, enabled state, outputs and blocks of every protocol."""
@@ -78,7 +78,7 @@ class Desk:
         return self.rest.get(BLOCKS).json["blocks"]
 
     def save(self, job):
-        """Saves what is loaded as a job of this name, and gives its documents."""
+        """Saves the loaded configuration as a job of this name, and returns its documents."""
         answer = self.rest.post(f"/jobs/{job}/save")
         self.test.assertEqual(answer.status, 204, answer.text)
         return documents_of(self.rest.get(f"/jobs/{job}").body)
@@ -317,7 +317,7 @@ class Configurations(unittest.TestCase):
             rest.put("/controls/" + REGISTER, {"enabled": True})
         with self.begin() as host, RestClient(host.http_port) as rest:
             self.assertEqual([entry["outputId"] for entry in Desk(self, rest).map(REGISTER)], [100])
-            self.assertTrue(rest.get("/controls/" + REGISTER).json["enabled"])  # it runs with what could be taken over
+            self.assertTrue(rest.get("/controls/" + REGISTER).json["enabled"])  # runs with the entries that were applied
 
     def test_an_entry_without_an_id_has_that_of_the_one_before(self):
         self.assertEqual(self.loaded_map(ASCII, [{"outputId": "a", "source": "one"}, {"source": "two"}, {"outputId": "c", "source": "three"}]),

@@ -46,7 +46,7 @@ class Events(unittest.TestCase):
                 self.assertEqual(rest.post(ASCII + "/outputs/commands/remove", {"outputId": "zMax"}).status, 204)
                 expect(ASCII + "/outputs")
                 self.assertEqual(rest.put(MODBUS, {"parameters": {"maxClients": 0}}).status, 422)
-                expect(MODBUS)  # it was opened for the change and closed again
+                expect(MODBUS)  # the update was begun and ended, although the change was refused
                 self.assertEqual(rest.put("/controls/hardware/0/digital/1", {"pulseWidth": 7}).status, 200)
                 expect("/controls/hardware/0/digital/1")
                 self.assertEqual(rest.put(ASCII, {"enabled": True}).status, 200)

@@ -180,7 +180,7 @@ class Attacker:
     def __init__(self, port, dice):
         self.address = ("127.0.0.1", port)
         self.dice = dice
-        self.open = collections.deque()  # clients that never finish what they began
+        self.open = collections.deque()  # clients that never complete their requests
         self.statuses = collections.Counter()
 
     def connect(self):
@@ -195,7 +195,7 @@ class Attacker:
             try:
                 client.sendall(text)
                 if ends:
-                    client.shutdown(socket.SHUT_WR)  # so that what is no whole request is not waited for
+                    client.shutdown(socket.SHUT_WR)  # so that the host does not wait for the rest of an incomplete request
                 answer = b"".join(iter(lambda: client.recv(65536), b""))
             except ConnectionError:
                 answer = b""
@@ -248,7 +248,7 @@ class Hostile(unittest.TestCase):
             with RestClient(host.http_port) as rest:
                 before = rest.get("/controls").text
             attacker = Attacker(host.http_port, dice)
-            self.attack(attacker, REQUESTS // 10)  # what is allocated once is there behind it
+            self.attack(attacker, REQUESTS // 10)  # after it all one-time allocations are done
             memory = resident_memory(host.process)
             self.attack(attacker, REQUESTS - REQUESTS // 10)
             grown = resident_memory(host.process) - memory
@@ -261,7 +261,7 @@ class Hostile(unittest.TestCase):
                 self.assertEqual(client.read(9000, 1), [0])
             self.assertLess(grown, MEMORY_BOUND)
             self.assertEqual(attacker.statuses["500"], 0, [line for line in host.errors if line and "Request" in line])
-            for status in ("200", "400", "403", "404", "405", "409", "413", "422", "431"):  # each was met: the list is what it says
+            for status in ("200", "400", "403", "404", "405", "409", "413", "422", "431"):  # each occurred, so the kinds are effective
                 self.assertGreater(attacker.statuses[status], 0, attacker.statuses)
 
     def attack(self, attacker, count):

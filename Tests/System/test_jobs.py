@@ -28,7 +28,7 @@ def archive(file, *words):
 
 
 def configuration(rest):
-    """All that is configured, as the resources show it."""
+    """The whole configuration, as the resources show it."""
     found = {}
     for protocol in ("ModbusTcp", "AsciiTcp"):
         document = rest.get("/controls/" + protocol).json
@@ -60,7 +60,7 @@ class Files(unittest.TestCase):
             document = json.loads((self.data / DOCUMENT).read_text())
             document["zu:control"]["parameters"]["maxClients"] = 3
             (self.data / DOCUMENT).write_text(json.dumps(document, indent=4))
-            archive(job, "-i", DOCUMENT)  # -u passes over what was changed within a second
+            archive(job, "-i", DOCUMENT)  # -u skips files that were changed within a second
 
             answer = rest.post("/jobs/default/load")
 

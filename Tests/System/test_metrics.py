@@ -101,7 +101,7 @@ class Streams(unittest.TestCase):
                 after = descriptors_and_threads(host)
             self.assertTrue(self.is_quiet(host), "a stream is left:\n" + host.log())
             self.assertLessEqual(after[0], before[0], "descriptors are left")
-            self.assertLessEqual(after[1], before[1] + 1, "threads are left")  # the report timer's stays, once there was one
+            self.assertLessEqual(after[1], before[1] + 1, "threads are left")  # once started, the thread of the report timer stays
 
     @staticmethod
     def is_quiet(host):
@@ -178,7 +178,7 @@ class Page(unittest.TestCase):
 
     def check_collected(self, address):
         def ask(query):
-            """The value of a query that gives one number; None while there is none."""
+            """The value of a query with one number as its result; None while there is none."""
             try:
                 url = f"http://{address}/api/v1/query?query={urllib.parse.quote(query)}"
                 with urllib.request.urlopen(url, timeout=PATIENCE) as answer:

@@ -107,7 +107,7 @@ class Numbers(Maps):
 
     def test_an_addition_that_is_refused_changes_nothing(self):
         self.fill(5)
-        self.done("add", self.add(5, "source 5"))  # what is there already is no fault
+        self.done("add", self.add(5, "source 5"))  # adding a present item is no fault
         self.refused(409, -987, "add", self.add(6, "source 5"))
         self.refused(422, -997, "add", {"source": "without a number"})
         self.refused(422, -997, "add", {"outputId": 6})
@@ -125,7 +125,7 @@ class Numbers(Maps):
         self.assertEqual(self.refused(422, -997, "updateId", {"map": [{"outputId": 8}]}), [
             "There should be exactly 2 output id entries but there are 1. The first output id should contain the original id to "
             "change from and the second output id should contain the new id to change to."])
-        self.done("updateId", {"map": [{"outputId": 99}, {"outputId": 99}]})  # nothing to do, whatever else is there
+        self.done("updateId", {"map": [{"outputId": 99}, {"outputId": 99}]})  # equal ids: nothing to do, whether or not the item exists
         self.done("compactId")
         self.assertEqual(self.ids(), [0, 1, 2])
         self.clear()

@@ -53,7 +53,7 @@ class RestSession(unittest.TestCase):
                 command, shown = as_here(command), [as_here(line) for line in shown]
                 if " -X " in command:  # a change is made once
                     self.assertEqual(run(command), shown, command)
-                else:  # what takes its time is asked for again
+                else:  # asks again until the operation has ended
                     wait_until(lambda: run(command) == shown, f"{command} to print {shown}, and not {run(command)}")
 
 

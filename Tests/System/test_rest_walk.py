@@ -11,7 +11,7 @@ ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 
 class Walk(unittest.TestCase):
     def setUp(self):
-        self.values = {}  # what templates are filled with
+        self.values = {}  # the values for templates
         self.seen = {}
         self.templates = set()
         self.relations = set()
@@ -47,7 +47,7 @@ class Walk(unittest.TestCase):
 
     def test_from_the_root_to_every_resource(self):
         with Host() as host, RestClient(host.http_port) as rest:
-            self.visit(rest, "/controls/ModbusTcp")  # what the templates are filled with
+            self.visit(rest, "/controls/ModbusTcp")  # the values for the templates
             self.visit(rest, "/")
             self.values |= {"rel": "controls", "path": "/controls/ModbusTcp", "name": "default"}
             for template in sorted(self.templates):
@@ -57,7 +57,7 @@ class Walk(unittest.TestCase):
                 if "/outputs" in path:  # Modbus TCP has no output map
                     self.assertEqual(answer.status, 404)
                     continue
-                if answer.status == 405:  # what can only be called
+                if answer.status == 405:  # a resource that can only be called
                     self.assertIn("POST", answer.headers["Allow"], path)
                 else:
                     self.assertEqual(answer.status, 200, f"{path}: {answer.body}")

@@ -192,7 +192,7 @@ class Throwing(unittest.TestCase):
             self.check_told(session, sentence)
             self.check_others(session)
             self.throw_in("")
-            if operation != "Stop":  # a service that could not be stopped stays as it is
+            if operation != "Stop":  # a service that could not be stopped keeps its state
                 use(session)
                 session.restart()  # results come again only then
                 wait_until(lambda: session.problems() == [], f"an end of {session.problems()}")

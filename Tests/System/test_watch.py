@@ -38,7 +38,7 @@ class Watch(unittest.TestCase):
         self.fall_ill("")
 
     def health(self):
-        """The faults; the status is what they say it is."""
+        """The faults. Expects the status that belongs to them."""
         answer = self.rest.get("/health")
         self.assertEqual(answer.status, 200)
         self.assertEqual(answer.json["status"], "faulty" if answer.json["faults"] else "ok")
@@ -48,7 +48,7 @@ class Watch(unittest.TestCase):
         return [problem["text"] for problem in self.rest.get("/problems").json["problems"]]
 
     def expect_told(self, sentence, after=0.0):
-        """Told everywhere within two seconds from `after` seconds behind the fall on, and once in the log."""
+        """Expects the fault in all reports within two seconds, counted from `after` seconds after it began, and once in the log."""
         wait_until(lambda: self.health() == [sentence], f"'{sentence}' in /health: {self.health()}")
         self.assertIn(sentence, self.problems())
         self.assertLess(time.monotonic() - self.fell_ill - after, WITHIN)
@@ -58,7 +58,7 @@ class Watch(unittest.TestCase):
         self.assertEqual(len(said), 2, said)  # for the user and for the developer
 
     def expect_stays(self, sentence):
-        """The host looks at least twice more, and this is all that it finds."""
+        """Waits for at least two more checks of the host, and expects only these faults."""
         up_time = self.rest.get("/health").json["upTimeSec"]
         wait_until(lambda: self.rest.get("/health").json["upTimeSec"] > up_time + 1, "the host to grow older")
         self.assertEqual(self.health(), [sentence] if sentence else [])
@@ -72,7 +72,7 @@ class Watch(unittest.TestCase):
         self.begin("--start")
         self.fall_ill("results fail")
         self.expect_told(DEAD)
-        self.get_well()  # the thread is gone all the same
+        self.get_well()  # the thread has ended nevertheless
         self.expect_told(DEAD)
         self.rest.put(AILING, {"enabled": False})
         self.rest.put(AILING, {"enabled": True})
