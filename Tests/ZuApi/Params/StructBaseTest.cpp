@@ -200,7 +200,7 @@ TEST(StructBase, IsDescribedToManyReadersAtOnce)
 
 TEST(StructBase, StoresNothingInAMemberThatIsRegisteredAgainAsItStands)
 {
-    std::string const longTitle(256, 't'); // too long for the pool of permanent texts
+    std::string const longTitle(256, 't'); // no literal: the text pool does not keep it for good
     ZuTest::SealedRecord<Stroke> stroke;
     Group().Register("pen", longTitle, stroke.Get());
     ASSERT_TRUE(stroke.Seal());
