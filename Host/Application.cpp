@@ -50,8 +50,8 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     LetLoadsRunAlone();
     sensorModule.RequestProcessor().SetUpdateRunner(
         [this](std::string const& path, nlohmann::json const& body, auto const& update) {
-        startRetry.RunUpdate(path, body, update);
-    });
+            startRetry.RunUpdate(path, body, update);
+        });
     metricsPage.emplace(
         sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
         [this] { return sensorModule.Module().Vitals(); });

@@ -17,7 +17,7 @@ int main(int count, char** arguments)
 
     return ZuHost::RunHost(std::vector<std::string>(arguments, arguments + count), std::cout, std::cerr,
                            [&stopSignals] {
-        int received = 0;
-        sigwait(&stopSignals, &received);
-    });
+                               int received = 0;
+                               sigwait(&stopSignals, &received);
+                           });
 }

@@ -143,8 +143,8 @@ private:
 
     Zu::Mutex mutex; // a leaf: no other lock is taken under it
     Zu::CondVar changed;
-    std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>>
-        connections ZU_GUARDED_BY(mutex); // all existing connections
+    /// All existing connections.
+    std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>> connections ZU_GUARDED_BY(mutex);
     bool isStopping ZU_GUARDED_BY(mutex) = false;
 
     asio::io_context context{static_cast<int>(THREADS)}; // behind the connections: its handlers share them
@@ -312,7 +312,7 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
         [client](bool isState) -> ZuRest::IStreamReceiver& { return client->MakeReceiver(isState); },
         [this](auto work) { requests.Run(std::move(work)); },
         [client, pending = WorkGuard(context.get_executor())](Outcome outcome) { // keeps the threads running
-        client->TakeOutcome(std::move(outcome));
+            client->TakeOutcome(std::move(outcome));
         });
 }
 

@@ -120,8 +120,8 @@ void AddProtocol(PrometheusText& text, ZuRest::ResourceRouter const& router, std
 
 void AddModule(PrometheusText& text, ZuControl::ControlStatistics const& statistics)
 {
-    auto const count =
-        [&text](std::string const& name, char const* help, PrometheusText::Labels const& labels, uint64 number) {
+    auto const count = [&text](std::string const& name, char const* help, PrometheusText::Labels const& labels,
+                               uint64 number) {
         text.Add(PREFIX + name + "_total", Type::COUNTER, help, labels, std::to_string(number));
     };
     count("result_sets", "Result sets that came to the fan-out.", {}, statistics.resultSets);

@@ -27,12 +27,12 @@ public:
     {
         Add({id, [] { return std::make_shared<Params>(); },
              [inner = std::move(command)](Zu::Params::Group const* given, Result& result) {
-            auto const* const params = dynamic_cast<Params const*>(given);
-            if (params != nullptr)
-            {
-                result = inner(*params);
-            }
-            return params != nullptr;
+                 auto const* const params = dynamic_cast<Params const*>(given);
+                 if (params != nullptr)
+                 {
+                     result = inner(*params);
+                 }
+                 return params != nullptr;
              }});
     }
 
@@ -47,8 +47,8 @@ private:
     {
         std::string id;
         std::function<Result()> makeParams;
-        std::function<bool(Zu::Params::Group const* given, Result& result)>
-            invoke; // returns false for arguments of another type
+        /// Returns false for arguments of another type.
+        std::function<bool(Zu::Params::Group const* given, Result& result)> invoke;
     };
 
     void Add(Command command);

@@ -82,26 +82,21 @@ void OfferToDigitalOutputs(CommandTable& table, DeskIo& io)
     using Output = DeskDigitalOutput;
     OfferToOutput<IoIndexParams>(table, io, "digitalOutClear",
                                  [](Output& output, IoIndexParams const&, uint64) { output.Clear(); });
-    OfferToOutput<DigitalOutputSetControlTypeParams>(table, io, "digitalOutSetControlType",
-                                                     [](Output& output, auto const& params, uint64) {
-        output.SetControlType(params.controlType.Get());
-    });
-    OfferToOutput<DigitalOutputSetControlIdParams>(table, io, "digitalOutSetControlId",
-                                                   [](Output& output, auto const& params, uint64) {
-        output.SetControlId(params.controlId.Get());
-    });
-    OfferToOutput<DigitalOutputSetExposureParams>(table, io, "digitalOutSetExposure",
-                                                  [](Output& output, auto const& params, uint64) {
-        output.SetExposure(params.exposure.Get());
-    });
-    OfferToOutput<DigitalOutputSetPolarityParams>(table, io, "digitalOutSetPolarity",
-                                                  [](Output& output, auto const& params, uint64) {
-        output.SetPolarity(params.isActiveHigh.Get());
-    });
-    OfferToOutput<DigitalOutputSetStateParams>(table, io, "digitalOutSetState",
-                                               [](Output& output, auto const& params, uint64) {
-        output.SetState(params.state.Get());
-    });
+    OfferToOutput<DigitalOutputSetControlTypeParams>(
+        table, io, "digitalOutSetControlType",
+        [](Output& output, auto const& params, uint64) { output.SetControlType(params.controlType.Get()); });
+    OfferToOutput<DigitalOutputSetControlIdParams>(
+        table, io, "digitalOutSetControlId",
+        [](Output& output, auto const& params, uint64) { output.SetControlId(params.controlId.Get()); });
+    OfferToOutput<DigitalOutputSetExposureParams>(
+        table, io, "digitalOutSetExposure",
+        [](Output& output, auto const& params, uint64) { output.SetExposure(params.exposure.Get()); });
+    OfferToOutput<DigitalOutputSetPolarityParams>(
+        table, io, "digitalOutSetPolarity",
+        [](Output& output, auto const& params, uint64) { output.SetPolarity(params.isActiveHigh.Get()); });
+    OfferToOutput<DigitalOutputSetStateParams>(
+        table, io, "digitalOutSetState",
+        [](Output& output, auto const& params, uint64) { output.SetState(params.state.Get()); });
     OfferToOutput<IoIndexParams>(table, io, "digitalOutTrigger",
                                  [](Output& output, IoIndexParams const&, uint64 now) { output.Trigger(now); });
 }
@@ -112,19 +107,17 @@ void OfferToDigitalInputs(CommandTable& table, DeskIo& io)
     OfferToInput<IoIndexParams>(table, io, "digitalInClear", [](Input& input, IoIndexParams const&) { input.Clear(); });
     OfferToInput<DigitalInputSetPinTypeParams>(
         table, io, "digitalInSetPinType", [](Input& input, auto const& params) { input.SetPin(params.pin.Get()); });
-    OfferToInput<DigitalInputEnableEventsParams>(table, io, "digitalInEnableEvents",
-                                                 [](Input& input, auto const& params) {
-        input.EnableEvents(params.pin.Get(), params.enable.Get());
-    });
+    OfferToInput<DigitalInputEnableEventsParams>(
+        table, io, "digitalInEnableEvents",
+        [](Input& input, auto const& params) { input.EnableEvents(params.pin.Get(), params.enable.Get()); });
 }
 
 void OfferToAnalogOutputs(CommandTable& table, DeskIo& io)
 {
     using Output = DeskAnalogOutput;
-    OfferToAnalog<AnalogOutputEnqueueOutputParams>(table, io, "analogOutEnqueueOutput",
-                                                   [](Output& output, auto const& params, uint64 now) {
-        output.Enqueue(params.current.Get(), now);
-    });
+    OfferToAnalog<AnalogOutputEnqueueOutputParams>(
+        table, io, "analogOutEnqueueOutput",
+        [](Output& output, auto const& params, uint64 now) { output.Enqueue(params.current.Get(), now); });
     table.Offer<IoIndexParams>("analogOutQueryConstraint", [&io](IoIndexParams const& params) {
         auto result = std::make_shared<AnalogOutputQueryConstraintResult>();
         io.UseAnalogOutput(params.index.Get(), [&result](Output&, uint64) {
@@ -133,34 +126,29 @@ void OfferToAnalogOutputs(CommandTable& table, DeskIo& io)
         });
         return result;
     });
-    OfferToAnalog<AnalogOutputSetControlIdParams>(table, io, "analogOutSetControlId",
-                                                  [](Output& output, auto const& params, uint64) {
-        output.SetControlId(params.controlId.Get());
-    });
-    OfferToAnalog<AnalogOutputSetControlTypeParams>(table, io, "analogOutSetControlType",
-                                                    [](Output& output, auto const& params, uint64) {
-        output.SetControlType(params.controlType.Get());
-    });
+    OfferToAnalog<AnalogOutputSetControlIdParams>(
+        table, io, "analogOutSetControlId",
+        [](Output& output, auto const& params, uint64) { output.SetControlId(params.controlId.Get()); });
+    OfferToAnalog<AnalogOutputSetControlTypeParams>(
+        table, io, "analogOutSetControlType",
+        [](Output& output, auto const& params, uint64) { output.SetControlType(params.controlType.Get()); });
 }
 
 void OfferToSerialOutputs(CommandTable& table, DeskIo& io)
 {
     using Output = DeskSerialOutput;
-    OfferToSerial<SerialOutputSetBitRateParams>(table, io, "serialOutSetBitRate",
-                                                [](Output& output, auto const& params) {
-        output.SetBitRate(params.bitRate.Get());
-    });
-    OfferToSerial<SerialOutputSetControlIdParams>(table, io, "serialOutSetControlId",
-                                                  [](Output& output, auto const& params) {
-        output.SetControlId(params.controlId.Get());
-    });
+    OfferToSerial<SerialOutputSetBitRateParams>(
+        table, io, "serialOutSetBitRate",
+        [](Output& output, auto const& params) { output.SetBitRate(params.bitRate.Get()); });
+    OfferToSerial<SerialOutputSetControlIdParams>(
+        table, io, "serialOutSetControlId",
+        [](Output& output, auto const& params) { output.SetControlId(params.controlId.Get()); });
     OfferToSerial<SerialOutputSetModeParams>(table, io, "serialOutSetMode", [](Output& output, auto const& params) {
         output.SetMode(params.controlMode.Get());
     });
-    OfferToSerial<SerialOutputSetControlTypeParams>(table, io, "serialOutSetControlType",
-                                                    [](Output& output, auto const& params) {
-        output.SetControlType(params.controlType.Get());
-    });
+    OfferToSerial<SerialOutputSetControlTypeParams>(
+        table, io, "serialOutSetControlType",
+        [](Output& output, auto const& params) { output.SetControlType(params.controlType.Get()); });
     OfferToSerial<SerialOutputWriteParams>(table, io, "serialOutWrite", [](Output& output, auto const& params) {
         output.Write(params.size.Get(), params.buffer.Get());
     });

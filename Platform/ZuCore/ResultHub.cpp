@@ -94,8 +94,8 @@ void ResultHub::StartThread()
     ZU_CHECK(wThread_Start(
         thread,
         [](void* hub) {
-        static_cast<ResultHub*>(hub)->RunThread();
-        return 1;
+            static_cast<ResultHub*>(hub)->RunThread();
+            return 1;
         },
         this));
     started = true;

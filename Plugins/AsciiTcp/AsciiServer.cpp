@@ -12,15 +12,16 @@ using PluginCommon::TcpServer;
 
 AsciiServer::AsciiServer(IAsciiService& service, DataFeed& feed, AsciiCounters& counters,
                          std::function<void(uint64)> whenClientsChanged)
-    : server(
-          std::make_unique<TcpServer>(TcpServer::Service{.displayName = "ASCII over TCP",
-                                                         .threadName = "AsciiTcp.Io",
-                                                         .makeConnection =
-                                                             [&service, &feed, &counters](auto socket, auto whenEnded) {
-    return std::make_shared<AsciiConnection>(std::move(socket), service, feed, counters, std::move(whenEnded));
-                                                         },
-                                                         .clientsChanged = std::move(whenClientsChanged)},
-                                      counters))
+    : server(std::make_unique<TcpServer>(
+          TcpServer::Service{.displayName = "ASCII over TCP",
+                             .threadName = "AsciiTcp.Io",
+                             .makeConnection =
+                                 [&service, &feed, &counters](auto socket, auto whenEnded) {
+                                     return std::make_shared<AsciiConnection>(std::move(socket), service, feed,
+                                                                              counters, std::move(whenEnded));
+                                 },
+                             .clientsChanged = std::move(whenClientsChanged)},
+          counters))
 {
 }
 

@@ -14,8 +14,10 @@ ModbusServer::ModbusServer(IRegisterModel& model, ServerCounters& counters,
                                                             .threadName = "ModbusTcp.Io",
                                                             .makeConnection =
                                                                 [&model, &counters](auto socket, auto whenEnded) {
-    return std::make_shared<ModbusConnection>(std::move(socket), model, counters, std::move(whenEnded));
-                                                            },
+                                                                    return std::make_shared<ModbusConnection>(
+                                                                        std::move(socket), model, counters,
+                                                                        std::move(whenEnded));
+                                                                },
                                                             .clientsChanged = std::move(whenClientsChanged)},
                                          counters))
 {

@@ -152,14 +152,13 @@ TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)
     int status = 0;
     std::vector<std::string> const words{"zucontrol-host",          "--http", "127.0.0.1:0", "--log", "error", "--data",
                                          (folder / "data").string()};
-    EXPECT_EQ(RunHost(
-                  words, output, errors,
-                  [&] {
-        std::string const text = output.str();
-        taken = text.substr(15, text.find('\n') - 15); // behind "listening http "
-        status = RunHost({"zucontrol-host", "--http", taken, "--data", (folder / "inner").string()}, innerOutput,
-                         innerErrors, [] { FAIL(); });
-                  }),
+    EXPECT_EQ(RunHost(words, output, errors,
+                      [&] {
+                          std::string const text = output.str();
+                          taken = text.substr(15, text.find('\n') - 15); // behind "listening http "
+                          status = RunHost({"zucontrol-host", "--http", taken, "--data", (folder / "inner").string()},
+                                           innerOutput, innerErrors, [] { FAIL(); });
+                      }),
               0);
 
     EXPECT_EQ(status, 1);
@@ -173,12 +172,11 @@ TEST_F(HostProgramTest, TellsThatAnotherHostHasTheDataFolder)
     int status = 0;
     std::ostringstream innerErrors;
     std::string const data = (folder / "data").string();
-    EXPECT_EQ(RunHost(
-                  {"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--data", data}, output, errors,
-                  [&] {
-        status =
-            RunHost({"zucontrol-host", "--http", "127.0.0.1:0", "--data", data}, output, innerErrors, [] { FAIL(); });
-                  }),
+    EXPECT_EQ(RunHost({"zucontrol-host", "--http", "127.0.0.1:0", "--log", "error", "--data", data}, output, errors,
+                      [&] {
+                          status = RunHost({"zucontrol-host", "--http", "127.0.0.1:0", "--data", data}, output,
+                                           innerErrors, [] { FAIL(); });
+                      }),
               0);
 
     EXPECT_EQ(status, 2);

@@ -119,9 +119,9 @@ protected:
     {
         resource.NotificationEvent().Add(
             [this, &resource](ZuRest::IResource& origin, ZuRest::EventType type, std::string const& path) {
-            EXPECT_EQ(&origin, &resource);
-            calls.Add("notify " + std::to_string(static_cast<uint32>(type)) + " " + path);
-        });
+                EXPECT_EQ(&origin, &resource);
+                calls.Add("notify " + std::to_string(static_cast<uint32>(type)) + " " + path);
+            });
     }
 
     /// The nested exceptions from the outermost to the innermost. An exception that is no Zu::Exception has the status

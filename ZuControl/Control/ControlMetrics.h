@@ -107,8 +107,8 @@ private:
     // waits for handlers, which may call this class.
     mutable wLock lock;
     std::map<std::string, std::unique_ptr<MetricsRecord>> records ZU_GUARDED_BY(lock); // entries are never removed
-    std::map<std::string, Subscribers>
-        reportHandlers ZU_GUARDED_BY(lock);                // the subscribed types, also with an empty handler
+    /// The subscribed types, also with an empty handler.
+    std::map<std::string, Subscribers> reportHandlers ZU_GUARDED_BY(lock);
     bool isReporting ZU_GUARDED_BY(lock) = false;          // as last logged
     uint64 reportInterval ZU_GUARDED_BY(lock) = 1'000'000; // microseconds, as the next
     uint64 updateInterval ZU_GUARDED_BY(lock) = 250'000;

@@ -263,8 +263,8 @@ void ControlProtocolOperations::BeginAlignment(ZuEthernetProtocol protocol, std:
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
     std::function<void(ZuScan::AlignCompletionStatus)> const callback =
         [this, protocol, scannerId](ZuScan::AlignCompletionStatus status) {
-        AlignmentCompletedCallback(protocol, scannerId, status);
-    };
+            AlignmentCompletedCallback(protocol, scannerId, status);
+        };
     auto const id = event.Add(alignmentGate.Bind(callback));
     {
         Zu::MutexLock const guard(alignmentLock);

@@ -26,9 +26,9 @@ TEST(ChildProcess, TellsWhatTheWorkSaid)
 
     auto const end = ChildProcess::Run(
         [&](Say const& say) {
-        say("first");
-        say("");
-        say(longText);
+            say("first");
+            say("");
+            say(longText);
         },
         PATIENCE);
 
@@ -50,8 +50,8 @@ TEST(ChildProcess, TakesAnExceptionForAnEnd)
 {
     auto const end = ChildProcess::Run(
         [](Say const& say) {
-        say("before");
-        throw std::runtime_error("away");
+            say("before");
+            throw std::runtime_error("away");
         },
         PATIENCE);
 
@@ -63,8 +63,8 @@ TEST(ChildProcess, TellsOfASignal)
 {
     auto const end = ChildProcess::Run(
         [](Say const& say) {
-        say("before");
-        raise(SIGKILL);
+            say("before");
+            raise(SIGKILL);
         },
         PATIENCE);
 
@@ -82,11 +82,11 @@ TEST(ChildProcess, EndsWhatIsSilent)
 {
     auto const end = ChildProcess::Run(
         [](Say const& say) {
-        say("before");
-        while (true)
-        {
-            pause();
-        }
+            say("before");
+            while (true)
+            {
+                pause();
+            }
         },
         std::chrono::milliseconds(2000));
 
@@ -98,10 +98,10 @@ TEST(ChildProcess, EndsWhatDoesNotStopTalking)
 {
     auto const end = ChildProcess::Run(
         [](Say const& say) {
-        while (true)
-        {
-            say("and another thing");
-        }
+            while (true)
+            {
+                say("and another thing");
+            }
         },
         PATIENCE);
 
@@ -117,13 +117,13 @@ TEST(ChildProcess, DoesNotWaitForWhatTheWorkLeavesBehind)
 
     auto const end = ChildProcess::Run(
         [&](Say const&) {
-        if (fork() == 0) // keeps the child's descriptors until this process closes its end
-        {
-            close(lifeline[1]);
-            char byte = 0;
-            static_cast<void>(!read(lifeline[0], &byte, 1));
-            _exit(0);
-        }
+            if (fork() == 0) // keeps the child's descriptors until this process closes its end
+            {
+                close(lifeline[1]);
+                char byte = 0;
+                static_cast<void>(!read(lifeline[0], &byte, 1));
+                _exit(0);
+            }
         },
         PATIENCE);
     close(lifeline[0]);

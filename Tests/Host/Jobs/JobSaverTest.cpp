@@ -57,11 +57,11 @@ TEST(JobSaver, TriesAgainEverMoreSeldom)
     std::atomic<int> failures{4};
     JobSaver saver(
         [&] {
-        calls.Add("save");
-        if (failures-- > 0)
-        {
-            throw std::runtime_error("no room");
-        }
+            calls.Add("save");
+            if (failures-- > 0)
+            {
+                throw std::runtime_error("no room");
+            }
         },
         {1'000, 20'000, 40'000});
     saver.Start();
@@ -80,11 +80,11 @@ TEST(JobSaver, TriesAgainBehindWhatIsNoException)
     ZuTest::CallLog calls;
     JobSaver saver(
         [&calls] {
-        calls.Add("save");
-        if (calls.Count("save") == 1)
-        {
-            throw 42;
-        }
+            calls.Add("save");
+            if (calls.Count("save") == 1)
+            {
+                throw 42;
+            }
         },
         FAST);
     saver.Start();

@@ -20,20 +20,19 @@ constexpr uint64 NO_PATIENCE_USEC = 1000;
 /// Begins and ends an exclusive update on another thread. Returns the status of the attempt.
 int32 StatusOnAnotherThread(UpdateGate& gate)
 {
-    return std::async(
-               std::launch::async,
-               [&gate] {
-        try
-        {
-            gate.BeginUpdate(true);
-            gate.EndUpdate();
-            return int32{Zu::Status::SUCCESS};
-        }
-        catch (Zu::Exception const& exception)
-        {
-            return exception.Status();
-        }
-               })
+    return std::async(std::launch::async,
+                      [&gate] {
+                          try
+                          {
+                              gate.BeginUpdate(true);
+                              gate.EndUpdate();
+                              return int32{Zu::Status::SUCCESS};
+                          }
+                          catch (Zu::Exception const& exception)
+                          {
+                              return exception.Status();
+                          }
+                      })
         .get();
 }
 

@@ -148,8 +148,9 @@ TEST_P(PowerCut, DuringTheRecoveryFromAnotherLosesNothing)
 
 INSTANTIATE_TEST_SUITE_P(EveryDisk, PowerCut, testing::Values(ForgetfulDisk::Memory::NONE, ForgetfulDisk::Memory::SOME),
                          [](auto const& tested) {
-    return std::string(tested.param == ForgetfulDisk::Memory::NONE ? "ForgetsAll" : "ForgetsSome");
-});
+                             return std::string(tested.param == ForgetfulDisk::Memory::NONE ? "ForgetsAll"
+                                                                                            : "ForgetsSome");
+                         });
 
 /// Proves that the simulated disk loses data: with "synchronous = OFF" the last save is lost.
 TEST(PowerCutWithoutCare, LosesWhatWasSaidToBeSaved)

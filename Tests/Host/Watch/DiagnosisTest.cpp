@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
         DiagnosisCase{"Well", [](auto&) {}, {}},
         DiagnosisCase{"OperationOfAProtocolFailed",
                       [](auto& v) {
-    v.faults = {{"b", "OnStopScan"}};
+                          v.faults = {{"b", "OnStopScan"}};
                       },
                       {BROKEN}},
         DiagnosisCase{"DispatcherDead", [](auto& v) { v.dispatchers[0].hasDied = true; }, {DEAD}},
@@ -71,64 +71,64 @@ INSTANTIATE_TEST_SUITE_P(
         DiagnosisCase{"HandlerBusyOnlyAfterTheLook", [](auto& v) { v.dispatchers[0].busySinceUsec = NOW + 5; }, {}},
         DiagnosisCase{"OperationLong",
                       [](auto& v) {
-    v.operation = {"a", "job load", NOW - 60 * SECOND};
+                          v.operation = {"a", "job load", NOW - 60 * SECOND};
                       },
                       {}},
-    DiagnosisCase{"OperationTooLong",
-                  [](auto& v) {
-    v.operation = {"a", "job load", NOW - 60 * SECOND - 1};
-                  },
-                  {JOB}},
-    DiagnosisCase{
-        "OperationOfNobodyWeKnow",
-        [](auto& v) {
-    v.operation = {"", "restart", 1};
-        },
-        {"The restart that a service asked for has not ended within 60 seconds; every other operation is refused "
-         "meanwhile."}},
-    DiagnosisCase{"RoundLong", [](auto& v) { v.metrics.roundSinceUsec = NOW - SECOND; }, {}},
-    DiagnosisCase{"RoundTooLong",
-                  [](auto& v) {
-    v.metrics.roundSinceUsec = NOW - SECOND - 1;
-    v.metrics.lastDoneUsec = NOW - 2 * SECOND;
-                  },
-                  {STANDING}},
-    DiagnosisCase{"MetricsFailed",
-                  [](auto& v) {
-    v.metrics.lastFailureUsec = NOW - 100'000;
-    v.metrics.failedTypeName = "b";
-    v.metrics.typeName = "a";
-    v.metrics.lastDoneUsec = NOW - 90 * SECOND;
-                  },
-                  {FAILING}},
-    DiagnosisCase{"MetricsFailAgainAndAgain",
-                  [](auto& v) {
-    v.metrics.lastFailureUsec = NOW - 300'000;
-    v.metrics.failedTypeName = "b";
-    v.metrics.roundSinceUsec = NOW - 50'000;
-    v.metrics.lastDoneUsec = NOW - 90 * SECOND;
-                  },
-                  {FAILING}},
-    DiagnosisCase{"MetricsFailedLongAgo",
-                  [](auto& v) {
-    v.metrics.lastFailureUsec = NOW - SECOND - 1;
-    v.metrics.failedTypeName = "b";
-                  },
-                  {}},
-    DiagnosisCase{"RoundsEndedForGood", [](auto& v) { v.metrics.lastDoneUsec = NOW - SECOND - 1; }, {SILENT}},
-    DiagnosisCase{"RoundsEndedForGoodBehindAFailure",
-                  [](auto& v) {
-    v.metrics.lastFailureUsec = NOW - SECOND - 1;
-    v.metrics.lastDoneUsec = NOW - SECOND - 2;
-                  },
-                  {SILENT}},
-    DiagnosisCase{"AllAtOnce",
-                  [](auto& v) {
-    v.dispatchers[0] = {"a", true, NOW - 5 * SECOND};
-    v.operation = {"a", "job load", 1};
-    v.metrics.roundSinceUsec = 1;
-                  },
-                  {DEAD, JOB, STANDING}}),
+        DiagnosisCase{"OperationTooLong",
+                      [](auto& v) {
+                          v.operation = {"a", "job load", NOW - 60 * SECOND - 1};
+                      },
+                      {JOB}},
+        DiagnosisCase{
+            "OperationOfNobodyWeKnow",
+            [](auto& v) {
+                v.operation = {"", "restart", 1};
+            },
+            {"The restart that a service asked for has not ended within 60 seconds; every other operation is refused "
+             "meanwhile."}},
+        DiagnosisCase{"RoundLong", [](auto& v) { v.metrics.roundSinceUsec = NOW - SECOND; }, {}},
+        DiagnosisCase{"RoundTooLong",
+                      [](auto& v) {
+                          v.metrics.roundSinceUsec = NOW - SECOND - 1;
+                          v.metrics.lastDoneUsec = NOW - 2 * SECOND;
+                      },
+                      {STANDING}},
+        DiagnosisCase{"MetricsFailed",
+                      [](auto& v) {
+                          v.metrics.lastFailureUsec = NOW - 100'000;
+                          v.metrics.failedTypeName = "b";
+                          v.metrics.typeName = "a";
+                          v.metrics.lastDoneUsec = NOW - 90 * SECOND;
+                      },
+                      {FAILING}},
+        DiagnosisCase{"MetricsFailAgainAndAgain",
+                      [](auto& v) {
+                          v.metrics.lastFailureUsec = NOW - 300'000;
+                          v.metrics.failedTypeName = "b";
+                          v.metrics.roundSinceUsec = NOW - 50'000;
+                          v.metrics.lastDoneUsec = NOW - 90 * SECOND;
+                      },
+                      {FAILING}},
+        DiagnosisCase{"MetricsFailedLongAgo",
+                      [](auto& v) {
+                          v.metrics.lastFailureUsec = NOW - SECOND - 1;
+                          v.metrics.failedTypeName = "b";
+                      },
+                      {}},
+        DiagnosisCase{"RoundsEndedForGood", [](auto& v) { v.metrics.lastDoneUsec = NOW - SECOND - 1; }, {SILENT}},
+        DiagnosisCase{"RoundsEndedForGoodBehindAFailure",
+                      [](auto& v) {
+                          v.metrics.lastFailureUsec = NOW - SECOND - 1;
+                          v.metrics.lastDoneUsec = NOW - SECOND - 2;
+                      },
+                      {SILENT}},
+        DiagnosisCase{"AllAtOnce",
+                      [](auto& v) {
+                          v.dispatchers[0] = {"a", true, NOW - 5 * SECOND};
+                          v.operation = {"a", "job load", 1};
+                          v.metrics.roundSinceUsec = 1;
+                      },
+                      {DEAD, JOB, STANDING}}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST(DiagnosisLimits, AreThoseThatAreGiven)

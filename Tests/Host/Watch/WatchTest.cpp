@@ -168,9 +168,9 @@ TEST_F(WatchTest, LooksByItselfOnceItIsStartedAndUntilItGoes)
     watch.emplace(
         problems,
         [&] {
-        hasLookedTooLate |= hasGone;
-        looked.Open();
-        return ZuControl::ControlVitals();
+            hasLookedTooLate |= hasGone;
+            looked.Open();
+            return ZuControl::ControlVitals();
         },
         WatchLimits());
     uint64 const beginUsec = wTime_NowUsec();

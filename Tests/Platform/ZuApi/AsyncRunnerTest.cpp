@@ -135,8 +135,8 @@ TEST(AsyncRunner, GivesUpAWaitAndRunsTheTaskAllTheSame)
         EXPECT_EQ(StatusOf([&] {
                       runner.RunAndWait(
                           [&ran] {
-                ran.Signal();
-                throw std::runtime_error("too late");
+                              ran.Signal();
+                              throw std::runtime_error("too late");
                           },
                           1'000);
                   }),

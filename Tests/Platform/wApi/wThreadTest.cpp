@@ -64,10 +64,10 @@ TEST_F(wThreadTest, ShowsItsName)
     ASSERT_EQ(wThread_Start(
                   thread,
                   [](void*) {
-        std::array<char, 32> name{};
-        pthread_getname_np(pthread_self(), name.data(), name.size());
-        seen = name.data();
-        return 1;
+                      std::array<char, 32> name{};
+                      pthread_getname_np(pthread_self(), name.data(), name.size());
+                      seen = name.data();
+                      return 1;
                   },
                   nullptr),
               Zu::Status::SUCCESS);
@@ -109,10 +109,10 @@ TEST_F(wThreadTest, RefusesToJoinItself)
     ASSERT_EQ(wThread_Start(
                   thread,
                   [](void* argument) {
-        auto& given = *static_cast<Self*>(argument);
-        given.joined = wThread_Join(given.thread, wTIMEOUT_INFINITE, nullptr);
-        given.destroyed = wThread_Destroy(&given.thread);
-        return 1;
+                      auto& given = *static_cast<Self*>(argument);
+                      given.joined = wThread_Join(given.thread, wTIMEOUT_INFINITE, nullptr);
+                      given.destroyed = wThread_Destroy(&given.thread);
+                      return 1;
                   },
                   &self),
               Zu::Status::SUCCESS);
@@ -167,9 +167,9 @@ TEST_F(wThreadTest, IsJoinedByItsDestructor)
         ASSERT_EQ(wThread_Start(
                       scoped,
                       [](void*) {
-            wThread_Sleep(1000);
-            ended = true;
-            return 1;
+                          wThread_Sleep(1000);
+                          ended = true;
+                          return 1;
                       },
                       nullptr),
                   Zu::Status::SUCCESS);
@@ -191,11 +191,11 @@ TEST_F(wThreadTest, GoesItsOwnWayWhenItEndsItsObject)
     ASSERT_EQ(wThread_Start(
                   *given.thread,
                   [](void* argument) {
-        auto& shared = *static_cast<Given*>(argument);
-        static_cast<void>(shared.started.Wait());
-        shared.thread.reset();
-        shared.ended.Signal();
-        return 1;
+                      auto& shared = *static_cast<Given*>(argument);
+                      static_cast<void>(shared.started.Wait());
+                      shared.thread.reset();
+                      shared.ended.Signal();
+                      return 1;
                   },
                   &given),
               Zu::Status::SUCCESS);

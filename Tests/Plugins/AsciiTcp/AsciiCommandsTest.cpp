@@ -35,14 +35,14 @@ protected:
     std::vector<std::string> done;
     AsciiCommands commands{{.disconnectAll =
                                 [this] {
-        done.emplace_back("disconnectAll");
-        return uint64{3};
-                            },
+                                    done.emplace_back("disconnectAll");
+                                    return uint64{3};
+                                },
                             .sendText =
                                 [this](std::string const& text) {
-        done.push_back("sendText " + text);
-        return uint64{2};
-                            }}};
+                                    done.push_back("sendText " + text);
+                                    return uint64{2};
+                                }}};
 };
 
 TEST_F(AsciiCommandsTest, AreTwo)

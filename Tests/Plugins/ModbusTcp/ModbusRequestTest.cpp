@@ -111,9 +111,9 @@ INSTANTIATE_TEST_SUITE_P(
                     RequestCase{"WriteNone", {23, 0, 66, 0, 1, 0, 0, 0, 0, 0}, {0x97, 3}, {}},
                     RequestCase{"WriteTooMany",
                                 [] {
-    Bytes request = {23, 0, 66, 0, 1, 0, 0, 0, 122, 244};
-    request.resize(request.size() + 243, 0);
-    return request;
+                                    Bytes request = {23, 0, 66, 0, 1, 0, 0, 0, 122, 244};
+                                    request.resize(request.size() + 243, 0);
+                                    return request;
                                 }(),
                                 {0x97, 3},
                                 {}},

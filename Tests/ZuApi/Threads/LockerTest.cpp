@@ -99,7 +99,7 @@ TEST_F(LockerTest, LogsAnExitThatFails)
     [this]() ZU_NO_THREAD_SAFETY_ANALYSIS {
         Locker const guard(lock);
         ASSERT_EQ(wLock_Exit(lock), Status::SUCCESS);
-        }();
+    }();
 
     auto const lines = log.Lines();
     ASSERT_EQ(lines.size(), 3u); // then log entry and back trace

@@ -97,11 +97,12 @@ TEST_F(ControlDataCacheTest, FetchesAgainWhereAReadHadNoMemory)
         cache.ScannerInfo("A", LONG);
     };
 
-    uint64 const allocations = ZuTest::FailAtEachAllocation([] {}, readBoth,
-                                                            [this](bool) {
-        EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(LONG); }).upTime, 1u);
-        EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("A", LONG); }).currentEncoderValue, 5);
-    });
+    uint64 const allocations = ZuTest::FailAtEachAllocation(
+        [] {}, readBoth,
+        [this](bool) {
+            EXPECT_EQ(WhenIdle([this] { return cache.SystemStats(LONG); }).upTime, 1u);
+            EXPECT_EQ(WhenIdle([this] { return cache.ScannerInfo("A", LONG); }).currentEncoderValue, 5);
+        });
 
     EXPECT_GT(allocations, 0u);
 }

@@ -48,11 +48,12 @@ protected:
     {
         plugin->Offer(ControlInfo().SetTypeName(name).SetSupportedEnvironment(environments),
                       [this, name](ControlProtocol::ControlProtocolEnviron const& given) {
-            protocolEnviron = given;
-            auto const protocol = std::make_shared<ZuTest::FakeProtocol>(calls, ++lastNumber, std::string(name) + ".");
-            protocols[name] = protocol.get();
-            return protocol;
-        });
+                          protocolEnviron = given;
+                          auto const protocol =
+                              std::make_shared<ZuTest::FakeProtocol>(calls, ++lastNumber, std::string(name) + ".");
+                          protocols[name] = protocol.get();
+                          return protocol;
+                      });
     }
 
     void Build()

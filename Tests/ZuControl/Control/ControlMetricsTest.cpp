@@ -407,9 +407,9 @@ TEST_F(ControlMetricsTest, LetsAHandlerRemoveItselfAsTheLastOne)
     ZuTest::Latch known;
     *id = metrics->AddReportHandler(
         [this, id, &known](Source const&) {
-        known.Wait();
-        metrics->RemoveReportHandler(*id, "a");
-        calls.Add("left");
+            known.Wait();
+            metrics->RemoveReportHandler(*id, "a");
+            calls.Add("left");
         },
         "a");
     known.Open();
@@ -426,9 +426,9 @@ TEST_F(ControlMetricsTest, WaitsForAHandlerThatRunsBeforeItIsRemoved)
     BuildWith(NEVER_USEC, QUICK_USEC);
     CallbackId const id = metrics->AddReportHandler(
         [this](Source const&) {
-        entered.Open();
-        release.Wait();
-        calls.Add("handled");
+            entered.Open();
+            release.Wait();
+            calls.Add("handled");
         },
         "a");
     ASSERT_TRUE(entered.Wait());
@@ -453,8 +453,8 @@ TEST_F(ControlMetricsTest, LetsOthersComeAndGoWhileAHandlerRuns)
     BuildWith(NEVER_USEC, QUICK_USEC);
     metrics->AddReportHandler(
         [this](Source const&) {
-        entered.Open();
-        release.Wait();
+            entered.Open();
+            release.Wait();
         },
         "a");
     ASSERT_TRUE(entered.Wait());
@@ -471,9 +471,9 @@ TEST_F(ControlMetricsTest, WaitsAtItsEndForTheHandlerThatRuns)
     BuildWith(NEVER_USEC, QUICK_USEC);
     metrics->AddReportHandler(
         [this](Source const&) {
-        entered.Open();
-        release.Wait();
-        calls.Add("handled");
+            entered.Open();
+            release.Wait();
+            calls.Add("handled");
         },
         "a");
     ASSERT_TRUE(entered.Wait());
@@ -550,8 +550,8 @@ TEST_F(ControlMetricsTest, MixesNoTwoUpdatesInASnapshot)
     };
     metrics->AddReportHandler(
         [this](Source const&) {
-        EXPECT_EQ(first.Get(), second.Get()); // the handler reads the live record, never during an update
-        calls.Add("report");
+            EXPECT_EQ(first.Get(), second.Get()); // the handler reads the live record, never during an update
+            calls.Add("report");
         },
         "a");
     ChangeReportInterval(QUICK_USEC);

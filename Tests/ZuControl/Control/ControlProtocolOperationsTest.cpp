@@ -141,11 +141,11 @@ TEST_P(ControlProtocolOperationsSimple, LeavesTheTurnToTheNextWhereItHadNoMemory
     uint64 const allocations =
         ZuTest::FailAtEachAllocation([this] { calls.Clear(); }, [this] { GetParam().begin(*operations); },
                                      [this](bool isRefused) {
-        EXPECT_TRUE(isRefused || calls.WaitFor("7 ended 1"));
-        EXPECT_FALSE(IsInFlight());
-        EXPECT_FALSE(operations->OperationUnderWay().has_value());
-        EXPECT_TRUE(!isRefused || calls.All().empty());
-        });
+                                         EXPECT_TRUE(isRefused || calls.WaitFor("7 ended 1"));
+                                         EXPECT_FALSE(IsInFlight());
+                                         EXPECT_FALSE(operations->OperationUnderWay().has_value());
+                                         EXPECT_TRUE(!isRefused || calls.All().empty());
+                                     });
 
     EXPECT_GT(allocations, 0u);
 }
@@ -182,9 +182,9 @@ INSTANTIATE_TEST_SUITE_P(
                                     "SoftwareTrigger()", 5, "software trigger"},
                     SimpleOperation{"SetNextIpConfig",
                                     [](auto& o) {
-    wIpConfig config;
-    config.address = {192, 168, 1, 10};
-    o.SetNextIpConfig(PROTOCOL_7, config);
+                                        wIpConfig config;
+                                        config.address = {192, 168, 1, 10};
+                                        o.SetNextIpConfig(PROTOCOL_7, config);
                                     },
                                     "SetNextIpConfig(10)", 6, "change of the IP configuration"},
                     SimpleOperation{"FactoryRestore", [](auto& o) { o.FactoryRestore(PROTOCOL_7); }, "FactoryRestore",

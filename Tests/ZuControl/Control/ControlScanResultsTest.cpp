@@ -32,15 +32,15 @@ protected:
     {
         return results.AddResultHandler(
             [this, protocol](void* list) {
-            for (Items const& set : ZuTest::BatchOf(list))
-            {
-                std::string call = std::to_string(protocol) + ":";
-                for (ZuTest::Item const& item : set)
+                for (Items const& set : ZuTest::BatchOf(list))
                 {
-                    call += item.first + std::to_string(item.second);
+                    std::string call = std::to_string(protocol) + ":";
+                    for (ZuTest::Item const& item : set)
+                    {
+                        call += item.first + std::to_string(item.second);
+                    }
+                    calls.Add(call);
                 }
-                calls.Add(call);
-            }
             },
             ZuEthernetProtocol{protocol});
     }
@@ -196,10 +196,10 @@ TEST_F(ControlScanResultsTest, AllocatesAtMostOnceForASetAndNeverForAnItem)
     }
     results.AddResultHandler(
         [this](void* list) {
-        for (uint64 i = 0; i < wArrayList_Count(*static_cast<wArrayList*>(list)); ++i)
-        {
-            calls.Add("set");
-        }
+            for (uint64 i = 0; i < wArrayList_Count(*static_cast<wArrayList*>(list)); ++i)
+            {
+                calls.Add("set");
+            }
         },
         ZuEthernetProtocol{1});
     results.UpdateOutputMap(ZuEthernetProtocol{1}, sources);
@@ -290,8 +290,8 @@ TEST_F(ControlScanResultsTest, ChangesAMapWhileARemovalWaitsForARunningHandler)
     ZuTest::Latch release;
     auto const id = results.AddResultHandler(
         [&](void*) {
-        calls.Add("held");
-        release.Wait();
+            calls.Add("held");
+            release.Wait();
         },
         ZuEthernetProtocol{1});
     results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});
@@ -404,8 +404,8 @@ TEST_F(ControlScanResultsTest, TakesNoLockForASetWithNothingInIt)
     ZuTest::Latch release;
     auto const id = results.AddResultHandler(
         [&](void*) {
-        calls.Add("held");
-        release.Wait();
+            calls.Add("held");
+            release.Wait();
         },
         ZuEthernetProtocol{1});
     results.UpdateOutputMap(ZuEthernetProtocol{1}, {"a"});

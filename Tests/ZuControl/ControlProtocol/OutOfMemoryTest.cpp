@@ -146,16 +146,16 @@ TEST_P(OutOfMemoryMap, StaysAsItWasWhenAnItemCannotBeAdded)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        FillItem(GetParam().added);
+            Renew();
+            FillItem(GetParam().added);
         },
         [this] { map->Add(*args); },
         [&](bool isRefused) {
-        EXPECT_EQ(Items(), isRefused ? before : after);
-        map->Add(*args); // adds the item if the failed attempt did not
-        EXPECT_EQ(Items(), after);
-        ExpectEachItemToBeFound();
-    });
+            EXPECT_EQ(Items(), isRefused ? before : after);
+            map->Add(*args); // adds the item if the failed attempt did not
+            EXPECT_EQ(Items(), after);
+            ExpectEachItemToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -168,22 +168,22 @@ TEST_P(OutOfMemoryMap, TakesEachItemOfAListWholeOrNotAtAll)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        FillList(GetParam().listed);
+            Renew();
+            FillList(GetParam().listed);
         },
         [this] { map->AddAll(*args); },
         [&](bool isRefused) {
-        auto const now = Items();
-        for (Json const& item : now)
-        {
-            bool const isKnown =
-                std::ranges::any_of(all, [&](Json const& known) { return known["source"] == item["source"]; });
-            EXPECT_TRUE(isKnown) << item;
-        }
-        EXPECT_TRUE(isRefused || now == all);
-        EXPECT_GE(now.size(), GetParam().items.size());
-        ExpectEachItemToBeFound();
-    });
+            auto const now = Items();
+            for (Json const& item : now)
+            {
+                bool const isKnown =
+                    std::ranges::any_of(all, [&](Json const& known) { return known["source"] == item["source"]; });
+                EXPECT_TRUE(isKnown) << item;
+            }
+            EXPECT_TRUE(isRefused || now == all);
+            EXPECT_GE(now.size(), GetParam().items.size());
+            ExpectEachItemToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -198,15 +198,15 @@ TEST_P(OutOfMemoryMap, LosesNothingButTheItemThatIsToMove)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        FillList(GetParam().moved);
+            Renew();
+            FillList(GetParam().moved);
         },
         [this] { map->UpdateId(*args); },
         [&](bool isRefused) {
-        auto const now = Items();
-        EXPECT_TRUE(isRefused ? now == before || now == withoutIt : now == after);
-        ExpectEachItemToBeFound();
-    });
+            auto const now = Items();
+            EXPECT_TRUE(isRefused ? now == before || now == withoutIt : now == after);
+            ExpectEachItemToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -233,15 +233,15 @@ TEST_P(OutOfMemoryMap, TakesAnItemOutOrLeavesItWhereAnotherCouldNotBeAdded)
         std::vector<Json> before;
         allocations += FailAtEachAllocation(
             [&] {
-            Renew();
-            FillItem(GetParam().added);
-            {
-                ZuTest::AllocationFailure const failure(number);
-                EXPECT_NO_THROW(try { map->Add(*args); } catch (std::bad_alloc const&){});
-                hasFailed = failure.HasHappened();
-            }
-            before = Items();
-            FillItem(GetParam().items.at(0));
+                Renew();
+                FillItem(GetParam().added);
+                {
+                    ZuTest::AllocationFailure const failure(number);
+                    EXPECT_NO_THROW(try { map->Add(*args); } catch (std::bad_alloc const&){});
+                    hasFailed = failure.HasHappened();
+                }
+                before = Items();
+                FillItem(GetParam().items.at(0));
             },
             [this] { map->Remove(*args); }, [&](bool isRefused) { ExpectAllBut(isRefused ? 0 : 1, before); });
     }
@@ -342,21 +342,21 @@ TEST_F(OutOfMemoryAssembly, TakesABlockWholeOrNotAtAll)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        FillAdd(2, "new");
+            Renew();
+            FillAdd(2, "new");
         },
         [this] { assembly->Add(*added); },
         [&](bool isRefused) {
-        auto const now = Places();
-        EXPECT_TRUE(isRefused ? now == without || now == afterTheShift : now == with);
-        if (isRefused)
-        {
-            FillAdd(2, "new");
-            assembly->Add(*added);
-            EXPECT_EQ(Places(), with);
-        }
-        ExpectEachBlockToBeFound();
-    });
+            auto const now = Places();
+            EXPECT_TRUE(isRefused ? now == without || now == afterTheShift : now == with);
+            if (isRefused)
+            {
+                FillAdd(2, "new");
+                assembly->Add(*added);
+                EXPECT_EQ(Places(), with);
+            }
+            ExpectEachBlockToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -367,19 +367,19 @@ TEST_F(OutOfMemoryAssembly, KeepsItsOrderWhenABlockCannotBeChanged)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        update.outputId.Set(2);
-        update.autoShift.Set(true);
-        update.newParams.outputId.Set(10);
-        update.newParams.displayName.Set(Long("moved"));
+            Renew();
+            update.outputId.Set(2);
+            update.autoShift.Set(true);
+            update.newParams.outputId.Set(10);
+            update.newParams.displayName.Set(Long("moved"));
         },
         [this] { assembly->Update(update); },
         [&](bool isRefused) {
-        auto const now = Places();
-        EXPECT_EQ(now.size(), 3u);
-        EXPECT_TRUE(isRefused || now == after);
-        ExpectEachBlockToBeFound();
-    });
+            auto const now = Places();
+            EXPECT_EQ(now.size(), 3u);
+            EXPECT_TRUE(isRefused || now == after);
+            ExpectEachBlockToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -409,15 +409,15 @@ TEST_F(OutOfMemoryAssembly, TakesEachBlockOfAListOutOrLeavesIt)
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        FillRemove({77, 2, 78, 0});
+            Renew();
+            FillRemove({77, 2, 78, 0});
         },
         [this] { assembly->Remove(removed); },
         [&](bool isRefused) {
-        auto const now = Places();
-        EXPECT_TRUE(isRefused ? now == all || now == firstGone || now == bothGone : now == bothGone);
-        ExpectEachBlockToBeFound();
-    });
+            auto const now = Places();
+            EXPECT_TRUE(isRefused ? now == all || now == firstGone || now == bothGone : now == bothGone);
+            ExpectEachBlockToBeFound();
+        });
     EXPECT_GT(allocations, 0u);
 }
 
@@ -430,18 +430,18 @@ TEST_F(OutOfMemoryAssembly, HasTheOldBlocksOrWholeNewOnesWhereTheDefaultsCannotB
 
     uint64 const allocations = FailAtEachAllocation(
         [this] {
-        Renew();
-        auto type = ZuTest::TypeParams<>(DEFAULT_TYPE, 2);
-        type.minInstanceCount = 1;
-        assembly->AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(type));
+            Renew();
+            auto type = ZuTest::TypeParams<>(DEFAULT_TYPE, 2);
+            type.minInstanceCount = 1;
+            assembly->AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(type));
         },
         [this] { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); },
         [&](bool isRefused) {
-        auto const now = Places();
-        EXPECT_TRUE(isRefused ? now == before || now.empty() : now == after);
-        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
-        EXPECT_EQ(Places(), after);
-    });
+            auto const now = Places();
+            EXPECT_TRUE(isRefused ? now == before || now.empty() : now == after);
+            assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+            EXPECT_EQ(Places(), after);
+        });
     EXPECT_GT(allocations, 0u);
 }
 

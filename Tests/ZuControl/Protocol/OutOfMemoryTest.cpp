@@ -18,18 +18,18 @@ TEST_F(OutOfMemoryUpdate, ChangesNothingOrLeavesItsBracketForTheHostToClose)
 
     uint64 const allocations = ZuTest::FailAtEachAllocation(
         [&] {
-        params->a.Set(1);
-        params->b.Set(20);
-        calls.Clear();
+            params->a.Set(1);
+            params->b.Set(20);
+            calls.Clear();
         },
         [&] { resource.UpdateDocument(request, body); },
         [&](bool isRefused) {
-        bool const isOld = params->a.Get() == 1 && params->b.Get() == 20;
-        bool const isNew = params->a.Get() == 7 && params->b.Get() == 70;
-        bool const isClosed = calls.Count("BeginUpdateParameters") == calls.Count("EndUpdateParameters");
-        EXPECT_TRUE(isOld || isNew || !isClosed);
-        EXPECT_TRUE(isRefused || (isNew && isClosed));
-    });
+            bool const isOld = params->a.Get() == 1 && params->b.Get() == 20;
+            bool const isNew = params->a.Get() == 7 && params->b.Get() == 70;
+            bool const isClosed = calls.Count("BeginUpdateParameters") == calls.Count("EndUpdateParameters");
+            EXPECT_TRUE(isOld || isNew || !isClosed);
+            EXPECT_TRUE(isRefused || (isNew && isClosed));
+        });
     EXPECT_GT(allocations, 0u);
 }
 
