@@ -63,11 +63,10 @@ TEST_F(EventTest, RemovesTheNamedHandlerOnly)
 TEST_F(EventTest, TakesAStaleIdAsNothing)
 {
     auto const a = event.Add(Noting("a"));
-    auto const copy = a;
     event.Remove(a);
     event.Add(Noting("b"));
 
-    event.Remove(copy);
+    event.Remove(a);
     event.Fire(1);
 
     EXPECT_EQ(calls, (Calls{"b1"}));

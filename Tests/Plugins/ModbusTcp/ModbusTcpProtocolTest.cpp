@@ -199,9 +199,9 @@ TEST_F(ModbusTcpProtocolTest, ShowsResultsOfOneFrameInOneRead)
 
     ASSERT_TRUE(PublishUntil([&] { return client.Read(165, 1)[0] > 100; }));
 
-    for (int i = 0; i < 50; ++i)
+    for (uint64 i = 0; i < 50; ++i)
     {
-        scanResults.ProcessResultSet(Frame(static_cast<uint64>(1000 + i)).Set());
+        scanResults.ProcessResultSet(Frame(1000 + i).Set());
         Registers const seen = client.Read(150, 35);
         for (std::size_t block = 20; block < 35; block += 3)
         {
