@@ -87,7 +87,7 @@ private:
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
-    HttpServer httpServer;                      // last: the first to go, as nobody may ask for what is going
+    HttpServer httpServer;                      // last: no request may reach a member that is being destroyed
 };
 
 } // namespace ZuHost

@@ -491,7 +491,7 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
     Collected now = [&]() ZU_REQUIRES(operationLock) {
         GateBracket const bracket(gate);
         // `ToRun` comes first: a service that `StartRetry` starts meanwhile is saved as enabled either way.
-        return Collect(domain, domain == PersistDomain::JOB ? ToRun() : Wanted());
+        return Collect(domain, isJob ? ToRun() : Wanted());
     }();
     std::set<std::string> due;
     for (auto const& [name, bytes] : now.files)
