@@ -14,7 +14,7 @@ namespace ZuHost
 namespace
 {
 
-constexpr double USEC_PER_SECOND = 1e6;
+constexpr double USEC_A_SECOND = 1e6;
 constexpr uint64 ROOM_POLL_USEC = 200; // consumers do not report the release of a set
 
 double CheckedRate(double rateHz)
@@ -205,7 +205,7 @@ void Sensor::LeaveOutMissedFrames(uint64 lagUsec)
     {
         return;
     }
-    auto const missed = static_cast<uint64>(static_cast<double>(lagUsec) * rateHz / USEC_PER_SECOND);
+    auto const missed = static_cast<uint64>(static_cast<double>(lagUsec) * rateHz / USEC_A_SECOND);
     nextDue += missed;
     nextFrame += missed;
     missedCount.fetch_add(missed, std::memory_order_relaxed);
@@ -229,7 +229,7 @@ void Sensor::PublishFrame()
 uint64 Sensor::DeadlineUsec() const
 {
     // Computed from the scan start, not from the previous frame, so that errors do not add up.
-    return startUsec + static_cast<uint64>(static_cast<double>(nextDue) * USEC_PER_SECOND / rateHz);
+    return startUsec + static_cast<uint64>(static_cast<double>(nextDue) * USEC_A_SECOND / rateHz);
 }
 
 void Sensor::JoinThread()
