@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZuCommon/IPersistStore.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Persistence.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"

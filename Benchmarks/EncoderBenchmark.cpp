@@ -9,13 +9,9 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 #include "ZuControl/ControlProtocol/RegisterEncoder.h"
-#include "ZuVision/ZvArrayMsg.h"
-#include "ZuVision/ZvDataMsg.h"
-#include "ZuVision/ZvNullMsg.h"
-#include "ZuVision/ZvStampMsg.h"
-#include "wApi/wHandle.h"
+#include "ZuVision/ZvMessages.h"
+#include "wApi/wObject.h"
 #include "wBeacon/wMsgInfo.h"
-#include "wBeacon/wStamp.h"
 
 #include <benchmark/benchmark.h>
 

@@ -6,7 +6,7 @@
 #include "StampFrame.h"
 #include "ZuControl/ControlProtocol/KnownLayout.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
-#include "wBeacon/wStamp.h"
+#include "wBeacon/wMsgInfo.h"
 
 namespace
 {

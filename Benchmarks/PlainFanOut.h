@@ -2,7 +2,7 @@
 
 #include "PlainDoubleBuffer.h"
 #include "ZuCore/ResultSet.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <map>

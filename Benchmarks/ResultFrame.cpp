@@ -1,7 +1,7 @@
 #include "ResultFrame.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuVision/ZvMeasurementMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <chrono>

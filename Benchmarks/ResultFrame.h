@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuCore/ResultSet.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 
 #include <string>

@@ -16,16 +16,16 @@
 #include "Samples.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Structure.h"
-#include "ZuCommon/PersistManager.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Persistence.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlManager.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuPlugin/PluginManager.h"
-#include "ZuScan/ScanEngineManager.h"
-#include "wBeacon/wStamp.h"
+#include "ZuScan/ScanEngines.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <nlohmann/json.hpp>
 

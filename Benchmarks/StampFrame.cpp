@@ -3,10 +3,8 @@
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvStampMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wBeacon/wMsgInfo.h"
-#include "wBeacon/wStamp.h"
 
 namespace ZuBench
 {

@@ -4,7 +4,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuCore/ResultItem.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 
 #include <array>

@@ -10,7 +10,7 @@
 #include "Fuzz/Support/Input.h"
 #include "Fuzz/Support/ModuleUnderFuzz.h"
 #include "Support/FakePersistStore.h"
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Persistence.h"
 
 #include <nlohmann/json.hpp>
 #include <string>

@@ -12,7 +12,7 @@
 #include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Watch/Watch.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuPlugin/PluginManager.h"
 
 #include <optional>

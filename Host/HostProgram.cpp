@@ -5,7 +5,7 @@
 #include "Host/Clinic/PluginFiles.h"
 #include "Host/Http/BearerToken.h"
 #include "Host/Pcd/PcdReader.h"
-#include "Host/Sensor/Replay.h"
+#include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/StandardErrorSink.h"
 #include "Host/Store/DataFolder.h"

@@ -4,7 +4,7 @@
 #include "Support/FakeHost.h"
 #include "Support/FakePlugin.h"
 #include "Support/FakeUpdateGate.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlModule.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"

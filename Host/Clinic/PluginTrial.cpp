@@ -12,8 +12,8 @@
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
 #include "wApi/wArrayList.h"
-#include "wApi/wHandle.h"
 #include "wApi/wMutex.h"
+#include "wApi/wObject.h"
 #include "wApi/wTime.h"
 
 #include <nlohmann/json.hpp>

@@ -4,8 +4,8 @@
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
-#include "ZuCommon/PersistManager.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Persistence.h"
+#include "ZuCommon/Problems.h"
 #include "ZuPlugin/PluginManager.h"
 
 #include <filesystem>

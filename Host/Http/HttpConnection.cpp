@@ -3,7 +3,7 @@
 #include "Host/Http/AnswerHead.h"
 #include "Host/Http/EventBuffer.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/error.hpp>

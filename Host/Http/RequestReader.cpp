@@ -3,7 +3,7 @@
 #include "Host/Http/BearerToken.h"
 #include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <algorithm>
 

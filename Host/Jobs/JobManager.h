@@ -5,8 +5,7 @@
 #include "Host/Jobs/LoadReport.h"
 #include "Host/Store/ArchiveFile.h"
 #include "ZuApi/Event.h"
-#include "ZuCommon/PersistDomain.h"
-#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/Persistence.h"
 #include "wApi/wMutex.h"
 
 #include <atomic>

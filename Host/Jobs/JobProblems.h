@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 
 #include <string>
 #include <vector>

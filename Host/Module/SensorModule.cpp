@@ -3,7 +3,7 @@
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/UpdateGate.h"
 #include "Host/Resources/HostResources.h"
-#include "Host/Sensor/IProfileSource.h"
+#include "Host/Sensor/ProfileSource.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlManager.h"
 

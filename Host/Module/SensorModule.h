@@ -9,7 +9,7 @@
 #include "ZuCore/ResultHub.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "ZuRest/ResourceRouter.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
 
 #include <memory>
 #include <optional>

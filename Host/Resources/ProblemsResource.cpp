@@ -1,6 +1,6 @@
 #include "Host/Resources/ProblemsResource.h"
 
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 
 #include <nlohmann/json.hpp>
 

@@ -6,9 +6,8 @@
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResponseInfo.h"
-#include "ZuScan/IActionTarget.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
+#include "ZuScan/Sensor.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"

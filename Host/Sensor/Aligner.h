@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuScan/AlignCompletionStatus.h"
-#include "ZuScan/AlignState.h"
+#include "ZuScan/Sensor.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"

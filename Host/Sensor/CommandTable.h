@@ -1,13 +1,37 @@
 #pragma once
 
 #include "ZuApi/Params/Group.h"
-#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/Sensor.h"
 
 #include <functional>
+#include <initializer_list>
 #include <utility>
 
 namespace ZuHost
 {
+
+class DeskIo;
+
+/// Actions without arguments, by name. Each action must be thread-safe.
+class ActionTable final : public ZuScan::ICommandTarget
+{
+public:
+    /// Returns the result, which may be null.
+    using Action = std::function<std::shared_ptr<Zu::Params::Group>()>;
+
+    ActionTable(std::initializer_list<std::pair<std::string, Action>> newActions);
+    ~ActionTable() override;
+
+    std::vector<ZuScan::ActionInfo> ListActions() const override;
+    std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const override;
+    std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& id,
+                                                    std::shared_ptr<Zu::Params::Group> params) override;
+
+private:
+    Action const& Find(std::string const& id) const;
+
+    std::vector<std::pair<std::string, Action>> const actions; // few: linear search
+};
 
 /// Commands with arguments, by name. Each command must be thread-safe.
 class CommandTable final : public ZuScan::ICommandTarget
@@ -56,5 +80,10 @@ private:
 
     std::vector<Command> commands; // few: linear search
 };
+
+/// Adds the commands that drive the inputs and outputs. `io` outlives the table. Each command throws as the called
+/// operation of `DeskIo` or of its channel does: `Zu::Status::NOT_FOUND` for a channel, `Zu::Status::BAD_ARGUMENT` for
+/// an argument, `Zu::Status::WRONG_STATE` for a state, `Zu::Status::FULL` for a full queue.
+void OfferIoCommands(CommandTable& table, DeskIo& io);
 
 } // namespace ZuHost

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Sensor/DeskMetricsReporter.h"
+#include "Host/Sensor/DeskMetrics.h"
 #include "ZuApi/Event.h"
 #include "ZuCore/Core.h"
 #include "wApi/wIpConfig.h"

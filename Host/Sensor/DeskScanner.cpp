@@ -1,9 +1,9 @@
 #include "Host/Sensor/DeskScanner.h"
 
-#include "Host/Sensor/IoCommands.h"
-#include "Host/Sensor/ScannerInfoResult.h"
+#include "Host/Sensor/CommandTable.h"
 #include "Host/Sensor/Sensor.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "Host/Sensor/ShownValues.h"
+#include "ZuScan/ScanEngines.h"
 #include "wApi/wTime.h"
 
 namespace ZuHost

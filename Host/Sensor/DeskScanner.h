@@ -1,10 +1,8 @@
 #pragma once
 
-#include "Host/Sensor/ActionTable.h"
 #include "Host/Sensor/Aligner.h"
 #include "Host/Sensor/CommandTable.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 
 namespace ZuScan::Internal
 {

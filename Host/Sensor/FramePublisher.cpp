@@ -2,10 +2,8 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuCore/ResultHub.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvStampMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wBeacon/wMsgInfo.h"
-#include "wBeacon/wStamp.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "Host/Sensor/Measurements.h"
 #include "ZuCore/ResultSet.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 
 #include <array>
 #include <vector>

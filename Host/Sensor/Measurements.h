@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Sensor/Profile.h"
+#include "Host/Sensor/ProfileSource.h"
 #include "wApi/wTypes.h"
 
 #include <array>

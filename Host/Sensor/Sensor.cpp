@@ -4,7 +4,7 @@
 #include "ZuApi/Guard.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTime.h"
-#include "wBeacon/wStamp.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 
 #include "Host/Sensor/DeskIo.h"
 #include "Host/Sensor/FramePublisher.h"
-#include "Host/Sensor/IProfileSource.h"
+#include "Host/Sensor/ProfileSource.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTypes.h"

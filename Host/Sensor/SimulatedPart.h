@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Sensor/IProfileSource.h"
+#include "Host/Sensor/ProfileSource.h"
 
 #include <random>
 

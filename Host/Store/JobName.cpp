@@ -1,7 +1,7 @@
 #include "Host/Store/JobName.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/Persistence.h"
 
 #include <algorithm>
 

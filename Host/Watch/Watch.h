@@ -2,7 +2,7 @@
 
 #include "Host/Watch/Diagnosis.h"
 #include "ZuApi/AsyncTimer.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "wApi/wMutex.h"
 
 #include <functional>

@@ -2,7 +2,6 @@
 
 #include "ZuApi/FunctionLabel.h"
 #include "wApi/wExport.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <exception>

@@ -1,9 +1,7 @@
 // The destructors of this folder's interfaces.
 
-#include "ZuCommon/IMetricsKeeper.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/IPersistHandler.h"
-#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/Metrics.h"
+#include "ZuCommon/Persistence.h"
 
 namespace ZuCommon
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuCommon/IMetricsReporter.h"
+#include "ZuCommon/Metrics.h"
 #include "ZuCore/RunState.h"
 #include "wApi/wExport.h"
 

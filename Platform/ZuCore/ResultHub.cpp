@@ -2,8 +2,8 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "wApi/wHandle.h"
 #include "wApi/wMutex.h"
+#include "wApi/wObject.h"
 
 namespace ZuCore
 {

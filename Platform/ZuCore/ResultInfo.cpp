@@ -1,7 +1,7 @@
 #include "ZuCore/ResultInfo.h"
 
 #include "ZuCore/DataSourceHash.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <new>
 

@@ -1,6 +1,6 @@
 #include "ZuCore/ResultItem.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <new>

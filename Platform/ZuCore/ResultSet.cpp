@@ -1,7 +1,7 @@
 #include "ZuCore/ResultSet.h"
 
 #include "wApi/wMutex.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <algorithm>

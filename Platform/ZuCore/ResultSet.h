@@ -3,7 +3,7 @@
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSetObject.h"
 #include "wApi/wPrefetch.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 namespace ZuCore
 {

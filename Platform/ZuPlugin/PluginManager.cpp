@@ -3,7 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuPlugin/ElfText.h"
-#include "ZuPlugin/PluginAbi.h"
+#include "ZuPlugin/PluginEntry.h"
 #include "wApi/wMutex.h"
 
 #include <algorithm>

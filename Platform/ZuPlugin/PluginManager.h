@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuPlugin/PluginLib.h"
+#include "ZuPlugin/IPlugin.h"
 #include "wApi/wExport.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"

@@ -1,6 +1,6 @@
 #include "ZuRest/HttpStatus.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <algorithm>
 #include <array>

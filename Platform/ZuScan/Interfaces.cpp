@@ -1,9 +1,6 @@
 // The destructors of this folder's interfaces.
 
-#include "ZuScan/IActionTarget.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 
 namespace ZuScan
 {

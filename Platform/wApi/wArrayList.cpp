@@ -1,7 +1,7 @@
 #include "wApi/wArrayList.h"
 
 #include "wApi/wObject.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <exception>
 #include <utility>

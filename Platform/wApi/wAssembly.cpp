@@ -1,7 +1,7 @@
 #include "wApi/wAssembly.h"
 
 #include "wApi/wMutex.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <exception>
 #include <string>

@@ -1,7 +1,7 @@
 #include "wApi/wLock.h"
 
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <cerrno>
 #include <ctime>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "wApi/wExport.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>

@@ -2,8 +2,8 @@
 
 #include "wApi/wMutex.h"
 #include "wApi/wObject.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <new>
 #include <utility>

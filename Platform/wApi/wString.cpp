@@ -1,6 +1,6 @@
 #include "wApi/wString.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <cstring>
 

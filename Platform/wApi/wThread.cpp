@@ -1,8 +1,8 @@
 #include "wApi/wThread.h"
 
 #include "wApi/wMutex.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "wApi/wVersion.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <charconv>
 #include <cstring>

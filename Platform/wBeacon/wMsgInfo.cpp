@@ -1,6 +1,6 @@
 #include "wBeacon/wMsgInfo.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <new>
 

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/IControlDataCache.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTime.h"

@@ -6,7 +6,7 @@
 #include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
-#include "ZuVision/ZvMeasurementMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wApi/wArrayList.h"
 #include "wApi/wMutex.h"
 #include "wBeacon/wMsgInfo.h"

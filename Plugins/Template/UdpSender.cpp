@@ -1,7 +1,7 @@
 #include "UdpSender.h"
 
 #include "ZuApi/Exception.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <arpa/inet.h>
 #include <cerrno>

@@ -1,17 +1,13 @@
 #include "Support/VirtualSlot.h"
-#include "ZuCommon/IMetricsKeeper.h"
-#include "ZuCommon/IMetricsReporter.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/IPersistHandler.h"
-#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/Metrics.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuPlugin/IPlugin.h"
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IDocumentResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamReceiver.h"
 #include "ZuRest/IStreamableResource.h"
-#include "ZuScan/IActionTarget.h"
-#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/Sensor.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "Support/CallLog.h"
 #include "ZuApi/Exception.h"
-#include "ZuCommon/IPersistHandler.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/Control/IPersistRegistry.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuApi/Exception.h"
-#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/Persistence.h"
 
 #include <functional>
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuScan/IScanner.h"
+#include "ZuScan/Sensor.h"
 
 namespace ZuTest
 {

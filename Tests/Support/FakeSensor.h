@@ -3,8 +3,7 @@
 #include "Support/CallLog.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 
 #include <functional>
 #include <map>

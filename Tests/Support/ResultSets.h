@@ -2,7 +2,7 @@
 
 #include "ZuCore/ResultSet.h"
 #include "wApi/wArrayList.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <string>

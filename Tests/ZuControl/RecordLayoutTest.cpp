@@ -1,4 +1,4 @@
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/ControlAnalogOutput.h"
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"

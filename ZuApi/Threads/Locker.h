@@ -2,7 +2,7 @@
 
 #include "wApi/wExport.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 
 namespace Zu
 {

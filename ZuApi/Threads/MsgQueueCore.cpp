@@ -2,7 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/PointerWrapper.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 
 namespace Zu::Internal
 {

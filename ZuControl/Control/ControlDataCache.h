@@ -6,7 +6,7 @@
 #include "ZuControl/Control/IControlSystemInterface.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
 #include <memory>

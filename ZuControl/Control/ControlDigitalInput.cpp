@@ -1,7 +1,7 @@
 #include "ZuControl/Control/ControlDigitalInput.h"
 
 #include "ZuApi/Logging.h"
-#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 
 namespace ZuControl

@@ -3,8 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/HardwareResult.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 namespace ZuControl

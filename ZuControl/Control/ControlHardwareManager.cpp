@@ -8,8 +8,7 @@
 #include "ZuControl/Control/ControlSerialOutput.h"
 #include "ZuControl/Control/HardwareResult.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstanceParams.h"
 #include "ZuControl/Control/IControlScanResults.h"

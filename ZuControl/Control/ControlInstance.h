@@ -2,7 +2,7 @@
 
 #include "ZuApi/Event.h"
 #include "ZuApi/SharedCallbackGate.h"
-#include "ZuCommon/ProblemsTracker.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Control/IControlInstance.h"

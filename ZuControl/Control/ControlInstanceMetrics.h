@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ZuCommon/IMetricsKeeper.h"
-#include "ZuCommon/IMetricsSource.h"
+#include "ZuCommon/Metrics.h"
 #include "ZuControl/Export.h"
 
 namespace ZuControl

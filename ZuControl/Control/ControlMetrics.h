@@ -3,11 +3,11 @@
 #include "ZuApi/AsyncTimer.h"
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
-#include "ZuCommon/IMetricsReporter.h"
+#include "ZuCommon/Metrics.h"
 #include "ZuControl/Control/MetricsPulse.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <functional>

@@ -6,7 +6,7 @@
 #include "ZuApi/Threads/MsgQueue.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
-#include "ZuScan/AlignCompletionStatus.h"
+#include "ZuScan/Sensor.h"
 #include "wApi/wIpConfig.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"

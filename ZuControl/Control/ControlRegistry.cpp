@@ -3,7 +3,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/ControlPlugin.h"
-#include "ZuPlugin/PluginLib.h"
+#include "ZuPlugin/IPlugin.h"
 #include "ZuPlugin/PluginManager.h"
 
 namespace ZuControl

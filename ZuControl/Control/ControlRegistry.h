@@ -2,7 +2,7 @@
 
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Export.h"
-#include "ZuPlugin/PluginEvent.h"
+#include "ZuPlugin/IPlugin.h"
 
 #include <map>
 #include <string>

@@ -5,10 +5,8 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/ScannerInfoDocument.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
+#include "ZuScan/Sensor.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

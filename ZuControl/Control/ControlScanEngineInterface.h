@@ -2,7 +2,7 @@
 
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuControl/Export.h"
-#include "ZuScan/AlignState.h"
+#include "ZuScan/Sensor.h"
 
 namespace Zu::Params
 {

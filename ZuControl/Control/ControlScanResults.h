@@ -11,7 +11,6 @@
 #include "ZuCore/ResultSet.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
-#include "wApi/wThreadSafety.h"
 
 #include <atomic>
 #include <map>

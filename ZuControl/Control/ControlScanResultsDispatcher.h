@@ -5,8 +5,8 @@
 #include "ZuControl/Export.h"
 #include "wApi/wArrayList.h"
 #include "wApi/wLock.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
-#include "wApi/wThreadSafety.h"
 
 #include <atomic>
 #include <memory>

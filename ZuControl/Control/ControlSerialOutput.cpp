@@ -1,7 +1,7 @@
 #include "ZuControl/Control/ControlSerialOutput.h"
 
 #include "ZuApi/Logging.h"
-#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/SerialOutputRecords.h"
 
 #include <string>

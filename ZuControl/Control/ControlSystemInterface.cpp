@@ -3,9 +3,8 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Structure.h"
-#include "ZuCommon/IMetricsReporter.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/Metrics.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/SystemMetricsDocument.h"
 #include "ZuCore/Core.h"
 

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Event.h"
 #include "ZuControl/Export.h"
-#include "ZuScan/AlignCompletionStatus.h"
+#include "ZuScan/Sensor.h"
 #include "wApi/wTypes.h"
 
 #include <string>

@@ -3,8 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Structure.h"
-#include "ZuCommon/IMetricsKeeper.h"
-#include "ZuCommon/IMetricsSource.h"
+#include "ZuCommon/Metrics.h"
 #include "wApi/wMutex.h"
 
 #include <utility>

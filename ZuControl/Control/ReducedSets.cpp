@@ -1,6 +1,6 @@
 #include "ZuControl/Control/ReducedSets.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <bit>
 

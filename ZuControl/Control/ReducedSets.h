@@ -3,7 +3,6 @@
 #include "ZuControl/Control/ScanOutputPlan.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <array>

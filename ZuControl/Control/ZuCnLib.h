@@ -2,7 +2,7 @@
 
 #include "ZuControl/Export.h"
 #include "wApi/wAssembly.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 extern "C"
 {

@@ -3,7 +3,7 @@
 #include "ZuApi/Params/Array.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Export.h"
-#include "ZuPipe/PipeDataFormatProps.h"
+#include "ZuPipe/PipeData.h"
 
 extern template class Zu::Properties::Array<ZuPipe::PipeDataFormatProps>;
 extern template class Zu::Params::Array<ZuPipe::PipeDataFormatProps>;

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuCommon/IMetricsKeeper.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Metrics.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/ProtocolStatus.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandStatus.h"

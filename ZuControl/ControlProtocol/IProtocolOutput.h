@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuControl/Export.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <memory>

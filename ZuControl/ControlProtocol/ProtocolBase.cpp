@@ -6,7 +6,7 @@
 #include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/IControlScanResults.h"

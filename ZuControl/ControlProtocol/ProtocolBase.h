@@ -2,7 +2,7 @@
 
 #include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
-#include "ZuCommon/ProblemsTracker.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"

@@ -4,7 +4,7 @@
 #include "ZuControl/ControlProtocol/OutputMapIndex.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>

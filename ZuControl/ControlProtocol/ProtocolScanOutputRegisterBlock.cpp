@@ -3,8 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
-#include "ZuVision/ZvArrayMsg.h"
-#include "ZuVision/ZvNullMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <cstring>

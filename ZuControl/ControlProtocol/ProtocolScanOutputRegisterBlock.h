@@ -3,7 +3,7 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultItem.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wApi/wTypes.h"
 
 #include <string>

@@ -5,7 +5,7 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
-#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Export.h"
 
 #include <nlohmann/json_fwd.hpp>

@@ -2,7 +2,7 @@
 
 #include "ZuControl/Protocol/ControlResourceBase.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <string>

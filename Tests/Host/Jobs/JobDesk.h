@@ -10,8 +10,8 @@
 #include "Support/ScratchFolder.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuCommon/IPersistStore.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Persistence.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/IControlManager.h"
 
 #include <nlohmann/json.hpp>

@@ -3,7 +3,7 @@
 #include "Support/FakeProtocol.h"
 #include "Support/FakeScanResults.h"
 #include "Support/FakeUpdateGate.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/Control/ControlInstanceParams.h"

@@ -5,12 +5,12 @@
 #include "Host/Sensor/SimulatedPart.h"
 #include "Support/Refusal.h"
 #include "ZuApi/Exception.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuRest/IStreamReceiver.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResourceRequestProcessor.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "Host/Sensor/DeskMetricsReporter.h"
+#include "Host/Sensor/DeskMetrics.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlHardwareManager.h"
 #include "ZuControl/Control/ControlScanEngineInterface.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
 #include "wApi/wTime.h"
 
 #include <gtest/gtest.h>

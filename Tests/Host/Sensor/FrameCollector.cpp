@@ -1,7 +1,6 @@
 #include "Host/Sensor/FrameCollector.h"
 
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ZuCore/ResultHub.h"
-#include "wApi/wHandle.h"
-#include "wBeacon/wStamp.h"
+#include "wApi/wObject.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,13 +1,12 @@
-#include "Host/Sensor/IoCommands.h"
-
 #include "Host/Sensor/CommandTable.h"
+
 #include "Host/Sensor/DeskIo.h"
 #include "Support/Refusal.h"
 #include "ZuControl/Control/ControlAnalogOutput.h"
 #include "ZuControl/Control/ControlDigitalInput.h"
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlSerialOutput.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 

@@ -1,4 +1,4 @@
-#include "Host/Sensor/Replay.h"
+#include "Host/Sensor/ProfileSource.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "ZuApi/PointerWrapper.h"
 
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

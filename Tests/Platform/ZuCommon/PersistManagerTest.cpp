@@ -1,4 +1,4 @@
-#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/Persistence.h"
 
 #include "ZuApi/Exception.h"
 

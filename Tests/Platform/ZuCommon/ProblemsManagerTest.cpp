@@ -1,4 +1,4 @@
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ZuCommon/ProblemsTracker.h"
+#include "ZuCommon/Problems.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "Support/AllocationCounter.h"
 #include "Support/RecordingSink.h"
 #include "ZuApi/Exception.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "ZuCore/ResultSet.h"
 
 #include "Support/AllocationCounter.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "wApi/wHandle.h"
-#include "wApi/wStatus.h"
+#include "ZuVision/ZvMessages.h"
+#include "wApi/wObject.h"
+#include "wApi/wTypes.h"
 #include "wBeacon/wMsgInfo.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "ZuPipe/PipeDataFormatProps.h"
+#include "ZuPipe/PipeData.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "Platform/ZuPlugin/PluginTestFiles.h"
 #include "ZuApi/Exception.h"
-#include "ZuPlugin/PluginAbi.h"
+#include "ZuPlugin/PluginEntry.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "Platform/ZuPlugin/Plugins/TestPlugin.h"
 #include "Support/RecordingSink.h"
 #include "ZuApi/Exception.h"
-#include "ZuPlugin/PluginAbi.h"
+#include "ZuPlugin/PluginEntry.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

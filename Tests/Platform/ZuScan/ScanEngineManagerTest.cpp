@@ -1,8 +1,7 @@
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 
 #include <gtest/gtest.h>
 

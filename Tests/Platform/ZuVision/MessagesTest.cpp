@@ -1,11 +1,7 @@
-#include "ZuVision/ZvArrayMsg.h"
-#include "ZuVision/ZvDataMsg.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvNullMsg.h"
-#include "ZuVision/ZvStampMsg.h"
-#include "wApi/wHandle.h"
-#include "wApi/wStatus.h"
-#include "wBeacon/wStamp.h"
+#include "ZuVision/ZvMessages.h"
+#include "wApi/wObject.h"
+#include "wApi/wTypes.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "wApi/wArrayList.h"
 #include "Support/CountedObject.h"
-#include "wApi/wHandle.h"
-#include "wApi/wStatus.h"
+#include "wApi/wObject.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "wApi/wLock.h"
 #include "Support/AdvancedCalendar.h"
 #include "Support/SignalCounter.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "wApi/wMsgQueue.h"
 #include "Support/CountedObject.h"
 #include "Support/SignalCounter.h"
-#include "wApi/wHandle.h"
-#include "wApi/wStatus.h"
+#include "wApi/wObject.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

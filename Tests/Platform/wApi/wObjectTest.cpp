@@ -1,5 +1,5 @@
+#include "wApi/wObject.h"
 #include "Support/CountedObject.h"
-#include "wApi/wHandle.h"
 
 #include <gtest/gtest.h>
 

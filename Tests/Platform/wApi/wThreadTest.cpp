@@ -1,7 +1,7 @@
 #include "wApi/wThread.h"
 #include "Support/SignalCounter.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

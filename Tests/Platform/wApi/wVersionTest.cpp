@@ -1,5 +1,5 @@
 #include "wApi/wVersion.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "wBeacon/wBcLib.h"
 #include "wApi/wApiLib.h"
-#include "wApi/wStatus.h"
+#include "wApi/wTypes.h"
 
 #include <gtest/gtest.h>
 

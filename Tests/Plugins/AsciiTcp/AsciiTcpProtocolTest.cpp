@@ -9,7 +9,7 @@
 #include "Tests/Plugins/Common/FakeDataCache.h"
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "Tests/Plugins/Common/TestFrames.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"

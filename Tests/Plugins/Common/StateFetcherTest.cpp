@@ -1,7 +1,7 @@
 #include "Plugins/Common/StateFetcher.h"
 #include "Support/RecordingSink.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 
 #include <gtest/gtest.h>
 

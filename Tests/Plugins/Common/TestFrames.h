@@ -2,13 +2,10 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuCore/ResultSet.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvNullMsg.h"
-#include "ZuVision/ZvStampMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wApi/wArrayList.h"
-#include "wApi/wHandle.h"
+#include "wApi/wObject.h"
 #include "wBeacon/wMsgInfo.h"
-#include "wBeacon/wStamp.h"
 
 #include <string>
 

@@ -8,7 +8,7 @@
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"

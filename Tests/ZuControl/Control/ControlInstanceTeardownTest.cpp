@@ -8,7 +8,7 @@
 #include "Support/FakeUpdateGate.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstanceParams.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"

@@ -9,7 +9,7 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstanceParams.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"

@@ -10,11 +10,11 @@
 #include "Support/FakeUpdateGate.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 
 #include <gtest/gtest.h>

@@ -5,10 +5,8 @@
 #include "Support/Refusal.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
-#include "ZuScan/ScanEngineManager.h"
+#include "ZuScan/ScanEngines.h"
+#include "ZuScan/Sensor.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include "Support/Refusal.h"
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/PersistManager.h"
+#include "ZuCommon/Metrics.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuCore/Core.h"
 
 #include <gtest/gtest.h>

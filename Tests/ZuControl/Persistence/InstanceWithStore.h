@@ -7,7 +7,7 @@
 #include "Support/FakeSystemInterface.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/Control/ControlInstanceParams.h"

@@ -5,7 +5,7 @@
 #include "Support/FakeUpdateGate.h"
 #include "Support/Refusal.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuCommon/ProblemsManager.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlManager.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/IControlActionTarget.h"

@@ -4,8 +4,8 @@
 #include "ZuControl/ControlProtocol/KnownLayout.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuVision/ZvDataMsg.h"
-#include "wBeacon/wStamp.h"
+#include "ZuVision/ZvMessages.h"
+#include "wBeacon/wMsgInfo.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,6 @@
 // Claims to be built with another JSON library. Reports when any of its code runs.
 
 #include "ZuPlugin/IPlugin.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTypes.h"
 
 #include <cstdlib>

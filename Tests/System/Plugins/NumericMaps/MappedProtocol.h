@@ -13,7 +13,7 @@
 #include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
-#include "ZuVision/ZvMeasurementMsg.h"
+#include "ZuVision/ZvMessages.h"
 #include "wApi/wArrayList.h"
 #include "wBeacon/wMsgInfo.h"
 

@@ -4,14 +4,9 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
-#include "ZuVision/ZvArrayMsg.h"
-#include "ZuVision/ZvDataMsg.h"
-#include "ZuVision/ZvMeasurementMsg.h"
-#include "ZuVision/ZvNullMsg.h"
-#include "ZuVision/ZvStampMsg.h"
-#include "wApi/wHandle.h"
+#include "ZuVision/ZvMessages.h"
+#include "wApi/wObject.h"
 #include "wBeacon/wMsgInfo.h"
-#include "wBeacon/wStamp.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

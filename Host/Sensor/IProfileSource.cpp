@@ -1,8 +1,0 @@
-#include "Host/Sensor/IProfileSource.h"
-
-namespace ZuHost
-{
-
-IProfileSource::~IProfileSource() = default;
-
-} // namespace ZuHost
