@@ -12,6 +12,7 @@
 #include "SystemCalls.h"
 
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
@@ -104,7 +105,8 @@ void CountBatch()
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase assembly(true, 0, ModbusTcp::LAST_REGISTER);
     FillAssembly(assembly, frame);
     auto const image = std::make_unique<ModbusTcp::RegisterImage>();
-    ModbusTcp::ResultEncoder encoder(*image);
+    ModbusTcp::ModbusCounters counters;
+    ModbusTcp::ResultEncoder encoder(*image, counters);
     encoder.Install(ModbusTcp::RegisterLayout::Take(assembly));
     wArrayList batch;
     ZU_CHECK(wArrayList_Construct(&batch, nullptr, SETS, nullptr));
@@ -116,7 +118,7 @@ void CountBatch()
     AllocationCounter const counter;
     encoder.Process(batch);
     PrintFigure("Count/Batch/Allocations", static_cast<double>(counter.Count()));
-    if (encoder.ResultSetCount() != SETS || encoder.DropCount() != 0)
+    if (counters.resultSets != SETS || counters.controlDrops != 0)
     {
         throw std::runtime_error("the batch was not encoded");
     }

@@ -7,10 +7,11 @@
 #include "EchoServer.h"
 #include "ServerContest.h"
 
+#include "Plugins/Common/TcpServer.h"
 #include "Plugins/ModbusTcp/IRegisterModel.h"
-#include "Plugins/ModbusTcp/ModbusServer.h"
+#include "Plugins/ModbusTcp/ModbusConversation.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
-#include "Plugins/ModbusTcp/ServerCounters.h"
 
 #include <arpa/inet.h>
 #include <modbus/modbus.h>
@@ -60,8 +61,13 @@ private:
 struct OurServer
 {
     ImageModel model;
-    ModbusTcp::ServerCounters counters;
-    ModbusTcp::ModbusServer server{model, counters, [](uint64) {}};
+    ModbusTcp::ModbusCounters counters;
+    PluginCommon::TcpServer server{
+        {.displayName = "Modbus TCP",
+         .threadName = "ModbusTcp.Io",
+         .makeConversation = [this] { return std::make_unique<ModbusTcp::ModbusConversation>(model, counters); },
+         .clientsChanged = [](uint64) {}},
+        counters};
 };
 
 std::shared_ptr<void> StartOurs(uint16& port)

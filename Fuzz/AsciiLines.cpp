@@ -6,7 +6,7 @@
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
 #include "Plugins/AsciiTcp/AsciiConversation.h"
-#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
 #include "Plugins/AsciiTcp/IAsciiService.h"
@@ -141,8 +141,8 @@ extern "C" int LLVMFuzzerTestOneInput(uint8 const* data, std::size_t size)
     inPieces.Say(text, pieceBytes);
 
     ZU_FUZZ_CHECK(whole.answers == inPieces.answers);
-    ZU_FUZZ_CHECK(whole.conversation.AnsweredCount() <= static_cast<uint64>(std::ranges::count(text, '\n')) + 1);
-    CheckAnswers(whole.answers, whole.conversation.AnsweredCount());
+    ZU_FUZZ_CHECK(whole.conversation.ProgressCount() <= static_cast<uint64>(std::ranges::count(text, '\n')) + 1);
+    CheckAnswers(whole.answers, whole.conversation.ProgressCount());
     CheckName(text);
     return 0;
 }

@@ -1,6 +1,6 @@
 #include "Plugins/AsciiTcp/AsciiConversation.h"
 
-#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
 #include "ZuApi/Exception.h"
@@ -84,6 +84,7 @@ bool AsciiConversation::OperationEnded(uint64 endedTicket, bool isDone)
         return false;
     }
     ticket = 0;
+    ++ended;
     output.append(isDone ? "DONE\n" : "FAILED\n");
     return true;
 }
@@ -112,10 +113,10 @@ void AsciiConversation::Tell(std::string_view line)
     output.append(line).push_back('\n');
 }
 
-bool AsciiConversation::IsOver() const
+AsciiConversation::Step AsciiConversation::NextStep() const
 {
     // Without pending output every complete line has been answered.
-    return hasInputEnded && Pending().empty() && !subscribed && !IsWaiting();
+    return hasInputEnded && Pending().empty() && !MayBeSilent() ? Step::CLOSE : Step::CONTINUE;
 }
 
 bool AsciiConversation::HasRoomForAnswer() const
@@ -272,11 +273,7 @@ void AsciiConversation::NoteAnswered(uint64 tookUsec)
 {
     ++answered;
     Count(counters.requests);
-    counters.lastHandlingUsec.store(tookUsec, std::memory_order_relaxed);
-    if (tookUsec > counters.largestHandlingUsec.load(std::memory_order_relaxed))
-    {
-        counters.largestHandlingUsec.store(tookUsec, std::memory_order_relaxed);
-    }
+    counters.NoteHandling(tookUsec);
 }
 
 } // namespace AsciiTcp

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugins/AsciiTcp/IAsciiService.h"
+#include "Plugins/Common/ITcpConversation.h"
 #include "wApi/wTypes.h"
 
 #include <array>
@@ -15,12 +16,14 @@ namespace AsciiTcp
 class DataFeed;
 struct AsciiCounters;
 
-/// The protocol with one client, without a socket: bytes in, lines out.
+/// The protocol with one client: requests in, lines out.
 ///
-/// The caller reads bytes into `Room` and calls `Received`; it writes the bytes of `Pending` and calls `Sent`. When
-/// FULL_BYTES of output are unsent, nothing more is read from the client. A subscribed client gets no result lines
+/// When FULL_BYTES of output are unsent, nothing more is read from the client. A subscribed client gets no result lines
 /// while DATA_BYTES are unsent; it misses the lines that the feed has dropped meanwhile.
-class AsciiConversation final
+///
+/// When a client closes its sending side, it still gets all answers, the end of its operation and, while subscribed,
+/// results for as long as it takes them. Then the connection is closed.
+class AsciiConversation final : public PluginCommon::ITcpConversation
 {
 public:
     static constexpr std::size_t INPUT_BYTES = 4096;
@@ -28,27 +31,26 @@ public:
     static constexpr std::size_t DATA_BYTES = 16 * 1024;
 
     AsciiConversation(IAsciiService& usedService, DataFeed& usedFeed, AsciiCounters& usedCounters);
-    ~AsciiConversation();
+    ~AsciiConversation() override;
     AsciiConversation(AsciiConversation const&) = delete;
     AsciiConversation& operator=(AsciiConversation const&) = delete;
 
-    /// The place for the next bytes; empty while the client has to take answers first, and after `InputEnded`.
-    std::span<char> Room();
+    /// Empty while the client has to take answers first, and after `InputEnded`.
+    std::span<char> Room() override;
 
-    /// `bytes` bytes were put into `Room`. Answers each complete line, as long as the output has room.
-    void Received(std::size_t bytes);
+    /// Answers each complete line, as long as the output has room.
+    void Received(std::size_t bytes) override;
 
-    /// The client sends nothing more. Bytes after its last line end are ignored.
-    void InputEnded();
+    /// Bytes after the last line end are ignored.
+    void InputEnded() override;
 
-    /// The output that was not sent yet.
-    std::string_view Pending() const;
+    std::string_view Pending() const override;
 
-    /// `bytes` bytes of `Pending` were sent. If there is room now, answers the lines that waited in the input.
-    void Sent(std::size_t bytes);
+    /// If there is room now, answers the lines that waited in the input.
+    void Sent(std::size_t bytes) override;
 
     /// Takes result lines from the feed as far as there is room, and counts the missed lines.
-    void TakeData();
+    void TakeData() override;
 
     /// The operation of this ticket has ended. Returns true if it was this client's; the client then gets a line.
     bool OperationEnded(uint64 ticket, bool isDone);
@@ -71,13 +73,19 @@ public:
         return ticket != 0 || awaited != 0;
     }
 
-    /// Whether the client has closed its sending side, everything is answered and sent, and nothing more can follow.
-    bool IsOver() const;
-
-    /// The number of requests answered so far.
-    uint64 AnsweredCount() const
+    /// A client that is subscribed, or waits for an operation or an answer, need not send requests.
+    bool MayBeSilent() const override
     {
-        return answered;
+        return subscribed || IsWaiting();
+    }
+
+    /// CLOSE when the client has closed its sending side, everything is answered and sent, and nothing more can follow.
+    Step NextStep() const override;
+
+    /// The number of requests answered and of operations ended so far.
+    uint64 ProgressCount() const override
+    {
+        return answered + ended;
     }
 
 private:
@@ -108,6 +116,7 @@ private:
     uint64 awaited = 0;  // ticket of the answer that later requests wait for; 0 for none
     uint64 awaitedSinceUsec = 0;
     uint64 answered = 0;
+    uint64 ended = 0; // operations of the client
 };
 
 } // namespace AsciiTcp

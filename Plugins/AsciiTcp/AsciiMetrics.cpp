@@ -3,21 +3,11 @@
 namespace AsciiTcp
 {
 
-AsciiMetrics::AsciiMetrics() : Structure(true)
+AsciiMetrics::AsciiMetrics(AsciiCounters const& counters) : TcpMetrics(counters)
 {
-    Register("controlDrops", controlDrops);
-    Register("listening", listening);
-    Register("clients", clients);
-    Register("acceptedClients", acceptedClients);
-    Register("rejectedClients", rejectedClients);
-    Register("droppedClients", droppedClients);
-    Register("requests", requests);
-    Register("errors", errors);
-    Register("bytesIn", bytesIn);
-    Register("bytesOut", bytesOut);
-    Register("resultSets", resultSets);
-    Register("lastHandlingUsec", lastHandlingUsec);
-    Register("largestHandlingUsec", largestHandlingUsec);
+    AddCounter("errors", "Requests refused", counters.errors);
+    AddTraffic(counters);
+    AddHandling(counters);
     Register("lastText", lastText);
 }
 

@@ -1,10 +1,10 @@
 #include "Plugins/AsciiTcp/AsciiTcpProtocol.h"
 
+#include "Plugins/AsciiTcp/AsciiConversation.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/SendTextParams.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
-#include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wArrayList.h"
 #include "wApi/wMutex.h"
 
@@ -16,23 +16,11 @@ namespace AsciiTcp
 
 using namespace ZuControl::ControlProtocol;
 using ZuCommon::PersistDomain;
-using ZuControl::ProtocolStatus;
 
 namespace
 {
 
-constexpr uint64 USEC_PER_SECOND = 1'000'000;
 constexpr char const* TEXT_KEY = "lastText";
-
-template <typename Service>
-Service& Required(Service* service, char const* name)
-{
-    if (service == nullptr)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "ASCII over TCP cannot do without the %s", name);
-    }
-    return *service;
-}
 
 /// Whether `text` may be in the settings: a text that could be sent, or the empty text of a factory restore.
 bool IsStorable(std::string const& text)
@@ -55,127 +43,35 @@ char const* NameOfOperation(ControlRegisterCommandStatus status)
 } // namespace
 
 AsciiTcpProtocol::AsciiTcpProtocol(ControlProtocolEnviron const& environ)
-    : ProtocolBase(PROTOCOL_ID, DISPLAY_NAME, environ),
+    : TcpServiceProtocol({.number = PROTOCOL_ID, .typeName = TYPE_NAME, .displayName = DISPLAY_NAME}, environ),
       outputActions(outputMap),
-      commands({.disconnectAll = [this] { return DisconnectAll(); },
+      commands({.disconnectAll =
+                    [this] {
+                        uint64 const count = ClientCount();
+                        DisconnectAll();
+                        return count;
+                    },
                 .sendText = [this](std::string const& text) { return SendText(text); }}),
       board(feed, counters),
-      fetcher("AsciiTcp.State", Required(environ.dataCache, "data cache"),
-              Required(environ.problems, "problems manager")),
-      server(*this, feed, counters, [this](uint64 count) { OnClientsChanged(count); }),
       runner(*environ.operations, PROTOCOL_ID,
-             [this](uint64 ticket, bool isDone) { server.OperationEnded(ticket, isDone); }),
-      slowRequests(environ.hardwareManager, environ.resourceAdaptor,
-                   [this](uint64 ticket, std::string const& line) { server.Answered(ticket, line); })
+             [this](uint64 ticket, bool isDone) {
+                 ToEach([ticket, isDone](AsciiConversation& client) { return client.OperationEnded(ticket, isDone); });
+             }),
+      slowRequests(environ.hardwareManager, environ.resourceAdaptor, [this](uint64 ticket, std::string const& line) {
+          ToEach([ticket, line](AsciiConversation& client) { return client.Answered(ticket, line); });
+      })
 {
     ProtocolInitParams initParams;
-    initParams.params = &params;
     initParams.outputs = &outputMap;
     initParams.outputsActionTarget = &outputActions;
-    initParams.metricsData = &metrics;
-    Init(initParams);
+    InitService({params, metrics, counters}, initParams);
     board.SetDecimals(params.decimals.Get());
     TakeTable();
 }
 
 AsciiTcpProtocol::~AsciiTcpProtocol()
 {
-    CloseResultHandlerGate(); // the base class would do it only after the members are destroyed
-    server.Stop();
-    fetcher.Stop();
-}
-
-Zu::Properties::Structure& AsciiTcpProtocol::UpdateMetrics()
-{
-    auto const load = [](std::atomic<uint64> const& counter) { return counter.load(std::memory_order_relaxed); };
-    Zu::MutexLock const guard(metricsLock);
-    metrics.controlDrops.Set(load(counters.controlDrops));
-    metrics.listening.Set(server.Endpoint());
-    metrics.clients.Set(load(counters.clients));
-    metrics.acceptedClients.Set(load(counters.acceptedClients));
-    metrics.rejectedClients.Set(load(counters.rejectedClients));
-    metrics.droppedClients.Set(load(counters.droppedClients));
-    metrics.requests.Set(load(counters.requests));
-    metrics.errors.Set(load(counters.errors));
-    metrics.bytesIn.Set(load(counters.bytesIn));
-    metrics.bytesOut.Set(load(counters.bytesOut));
-    metrics.resultSets.Set(load(counters.resultSets));
-    metrics.lastHandlingUsec.Set(load(counters.lastHandlingUsec));
-    metrics.largestHandlingUsec.Set(load(counters.largestHandlingUsec));
-    metrics.lastText.Set(LastText());
-    CheckControlDrops();
-    return metrics;
-}
-
-void AsciiTcpProtocol::ResetMetrics()
-{
-    counters.Reset();
-}
-
-void AsciiTcpProtocol::ParamsUpdate()
-{
-    Zu::MutexLock guard(lifecycleLock);
-    board.SetDecimals(params.decimals.Get());
-    bool const wasRunning = server.IsRunning();
-    try
-    {
-        server.Apply(WantedSettings());
-    }
-    catch (...)
-    {
-        bool const isLost = wasRunning && !server.IsRunning();
-        if (isLost)
-        {
-            fetcher.Stop(); // as after a failed start
-        }
-        guard.Unlock(); // handlers may call this service
-        if (isLost)
-        {
-            NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
-        }
-        throw;
-    }
-}
-
-void AsciiTcpProtocol::ResetParams()
-{
-    // A running server keeps its settings until the next update or start. A load resets the parameters before it sets
-    // those of the job; applying the default port in between would drop all clients.
-    params.SetDefaults();
-}
-
-void AsciiTcpProtocol::Start()
-{
-    {
-        Zu::MutexLock const guard(lifecycleLock);
-        if (server.IsRunning())
-        {
-            return;
-        }
-        board.SetDecimals(params.decimals.Get());
-        fetcher.Start();
-        try
-        {
-            server.Start(WantedSettings());
-        }
-        catch (...)
-        {
-            fetcher.Stop();
-            throw;
-        }
-        metrics.listening.Set(server.Endpoint()); // at once: the host prints the address before the metrics are updated
-    }
-    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
-}
-
-void AsciiTcpProtocol::Stop()
-{
-    {
-        Zu::MutexLock const guard(lifecycleLock);
-        server.Stop();
-        fetcher.Stop();
-    }
-    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
+    EndService();
 }
 
 void AsciiTcpProtocol::OutputsUpdate()
@@ -189,29 +85,9 @@ void AsciiTcpProtocol::ProcessResultSets(void* resultSets)
     ZU_GUARD_BOUNDARY([this, resultSets] {
         if (board.Process(*static_cast<wArrayList const*>(resultSets)))
         {
-            server.DataCame();
+            ToEach([](AsciiConversation& client) { return client.IsSubscribed(); });
         }
     });
-}
-
-void AsciiTcpProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
-{
-    ProtocolBase::RegisterControlScanResultsHandler(results);
-    results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
-    {
-        Zu::MutexLock const guard(fanOutLock);
-        fanOut = &results;
-    }
-    TellClientCount();
-}
-
-void AsciiTcpProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
-{
-    {
-        Zu::MutexLock const guard(fanOutLock);
-        fanOut = nullptr; // not held during the call below, which waits for a running batch
-    }
-    ProtocolBase::DeregisterControlScanResultsHandler(results);
 }
 
 ZuControl::IControlActionTarget* AsciiTcpProtocol::ActionTarget()
@@ -227,14 +103,6 @@ std::vector<std::string> AsciiTcpProtocol::DataSourceList() const
         sources.emplace_back(STAMP_SOURCE);
     }
     return sources;
-}
-
-void AsciiTcpProtocol::OnStartScan()
-{
-    Zu::MutexLock const guard(metricsLock);
-    metrics.controlDrops.Set(
-        counters.controlDrops.load(std::memory_order_relaxed)); // earlier drops do not count for this scan
-    ProtocolBase::OnStartScan();
 }
 
 void AsciiTcpProtocol::OnFactoryRestore()
@@ -290,20 +158,20 @@ void AsciiTcpProtocol::AppendNames(std::string& line)
 
 void AsciiTcpProtocol::AppendStatus(std::string& line)
 {
-    auto const system = fetcher.Latest("").system;
+    auto const system = LatestState("").system;
     line.append("state=").append(NameOfRunState(system.stateByte0));
     line.append(" job=");
     AppendName(line, std::string_view(system.jobFileName, system.jobFileNameLength));
-    line.append(" operation=").append(NameOfOperation(GetCommandStatus()));
+    line.append(" operation=").append(NameOfOperation(CommandStatus()));
     line.append(" problems=");
     AppendNumber(line, system.stateByte3);
     line.append(" uptime=");
     AppendNumber(line, system.value64);
     line.append(" clients=");
-    AppendNumber(line, counters.clients.load(std::memory_order_relaxed));
+    AppendNumber(line, ClientCount());
 }
 
-uint64 AsciiTcpProtocol::Begin(Command command, std::string_view argument)
+uint64 AsciiTcpProtocol::Begin(IAsciiService::Command command, std::string_view argument)
 {
     if (argument.size() >= ControlRegisterCommandData::TEXT_SIZE)
     {
@@ -313,17 +181,7 @@ uint64 AsciiTcpProtocol::Begin(Command command, std::string_view argument)
     ControlRegisterCommandData data{};
     data.commandId = command;
     std::ranges::copy(argument, data.text);
-    return runner.Begin([this, &data] {
-        try
-        {
-            ProcessReceivedCommonCommands(data);
-        }
-        catch (...)
-        {
-            SetOperationInProgress(false); // refused: the previous operation's result stays
-            throw;
-        }
-    });
+    return runner.Begin([this, &data] { RunCommand(data); });
 }
 
 uint64 AsciiTcpProtocol::Ask(AsciiRequest const& request)
@@ -331,11 +189,27 @@ uint64 AsciiTcpProtocol::Ask(AsciiRequest const& request)
     return slowRequests.Begin(request);
 }
 
-AsciiServer::Settings AsciiTcpProtocol::WantedSettings() const
+std::unique_ptr<PluginCommon::ITcpConversation> AsciiTcpProtocol::MakeConversation()
 {
-    // Clamped, because settings from files are not validated.
-    return {params.address.Get(), params.port.Get(), std::min(params.maxClients.Get(), AsciiParams::MOST_CLIENTS),
-            USEC_PER_SECOND * std::clamp<uint64>(params.idleTimeout.Get(), 1, AsciiParams::LONGEST_IDLE_TIMEOUT)};
+    IAsciiService& service = *this;
+    return std::make_unique<AsciiConversation>(service, feed, counters);
+}
+
+void AsciiTcpProtocol::ApplyOwnParams()
+{
+    board.SetDecimals(params.decimals.Get());
+}
+
+void AsciiTcpProtocol::ShowMetrics()
+{
+    metrics.lastText.Set(LastText());
+}
+
+void AsciiTcpProtocol::ToEach(std::function<bool(AsciiConversation&)> visit)
+{
+    VisitEach([visit = std::move(visit)](PluginCommon::ITcpConversation& conversation) {
+        return visit(static_cast<AsciiConversation&>(conversation)); // this service makes no other type
+    });
 }
 
 void AsciiTcpProtocol::TakeTable()
@@ -344,33 +218,19 @@ void AsciiTcpProtocol::TakeTable()
     board.Install(OutputTable::Take(outputMap));
 }
 
-void AsciiTcpProtocol::OnClientsChanged(uint64 count)
+uint64 AsciiTcpProtocol::ClientCount() const
 {
-    fetcher.SetHasClients(count > 0);
-    TellClientCount();
-}
-
-void AsciiTcpProtocol::TellClientCount()
-{
-    Zu::MutexLock const guard(fanOutLock);
-    if (fanOut != nullptr)
-    {
-        UpdateConnectedClientCount(counters.clients.load(std::memory_order_relaxed));
-    }
-}
-
-uint64 AsciiTcpProtocol::DisconnectAll()
-{
-    uint64 const count = counters.clients.load(std::memory_order_relaxed);
-    server.DisconnectAll();
-    return count;
+    return counters.clients.load(std::memory_order_relaxed);
 }
 
 uint64 AsciiTcpProtocol::SendText(std::string const& text)
 {
     KeepText(text);
-    uint64 const count = counters.clients.load(std::memory_order_relaxed);
-    server.Tell("TEXT " + text);
+    uint64 const count = ClientCount();
+    ToEach([line = "TEXT " + text](AsciiConversation& client) {
+        client.Tell(line);
+        return true;
+    });
     return count;
 }
 

@@ -1,4 +1,5 @@
-#include "Plugins/AsciiTcp/AsciiTcpPlugin.h"
+#include "Plugins/AsciiTcp/AsciiTcpProtocol.h"
+#include "Plugins/Common/ProtocolPlugin.h"
 #include "ZuPlugin/PluginEntry.h"
 
-ZU_PLUGIN_ENTRY(AsciiTcp::AsciiTcpPlugin::Make);
+ZU_PLUGIN_ENTRY(PluginCommon::ProtocolPlugin<AsciiTcp::AsciiTcpProtocol>::Make);

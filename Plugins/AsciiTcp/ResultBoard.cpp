@@ -1,6 +1,6 @@
 #include "Plugins/AsciiTcp/ResultBoard.h"
 
-#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
 #include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"

@@ -26,9 +26,9 @@ uint8 CutTo255(Number value)
 
 } // namespace
 
-StateFetcher::StateFetcher(char const* usedThreadName, ZuControl::IControlDataCache& usedDataCache,
+StateFetcher::StateFetcher(std::string usedThreadName, ZuControl::IControlDataCache& usedDataCache,
                            ZuCommon::ProblemsManager& usedProblems)
-    : threadName(usedThreadName), dataCache(usedDataCache), problems(usedProblems)
+    : threadName(std::move(usedThreadName)), dataCache(usedDataCache), problems(usedProblems)
 {
 }
 
@@ -49,7 +49,7 @@ void StateFetcher::Start()
         isResting = true;
     }
     ZU_CHECK(wThread_Construct(&thread));
-    ZU_CHECK(wThread_SetName(thread, threadName));
+    ZU_CHECK(wThread_SetName(thread, threadName.c_str()));
     ZU_CHECK(wThread_Start(thread, &StateFetcher::Run, this));
     isStarted = true;
 }

@@ -45,8 +45,8 @@ public:
         ScannerState scanner{};
     };
 
-    /// The name, the cache and the problems outlive the object.
-    StateFetcher(char const* usedThreadName, ZuControl::IControlDataCache& usedDataCache,
+    /// The cache and the problems outlive the object.
+    StateFetcher(std::string usedThreadName, ZuControl::IControlDataCache& usedDataCache,
                  ZuCommon::ProblemsManager& usedProblems);
     ~StateFetcher(); ///< stops
     StateFetcher(StateFetcher const&) = delete;
@@ -74,7 +74,7 @@ private:
     bool IsWanted() const ZU_REQUIRES(lock);
     void NoteFailure(bool& isFailing, char const* what);
 
-    char const* const threadName;
+    std::string const threadName;
     ZuControl::IControlDataCache& dataCache;
     ZuCommon::ProblemsManager& problems;
 

@@ -1,6 +1,7 @@
 #include "Plugins/Common/TcpServer.h"
 
-#include "Plugins/Common/ClientCounters.h"
+#include "Plugins/Common/TcpConnection.h"
+#include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "wApi/wMutex.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <unordered_set>
 #include <vector>
 
@@ -61,7 +63,7 @@ public:
     {
         Listen(settings);
         ZU_CHECK(wThread_Construct(&thread));
-        ZU_CHECK(wThread_SetName(thread, server.service.threadName));
+        ZU_CHECK(wThread_SetName(thread, server.service.threadName.c_str()));
         Accept();
         Sweep();
         ZU_CHECK(wThread_Start(thread, &Core::Run, this)); // last: the thread uses all members above
@@ -89,12 +91,14 @@ public:
         return endpoint;
     }
 
-    void PostToEach(std::function<void(ITcpConnection&)> visit)
+    void PostToEach(std::function<void(TcpConnection&)> visit)
     {
         boost::asio::post(io, [this, visit = std::move(visit)] { ForEach(visit); });
     }
 
 private:
+    using Connection = std::shared_ptr<TcpConnection>;
+
     static int Run(void* argument)
     {
         auto& core = *static_cast<Core*>(argument);
@@ -112,7 +116,7 @@ private:
         if (error)
         {
             ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s cannot listen on %s: the address is not an IP address",
-                     server.service.displayName, where.c_str());
+                     server.service.displayName.c_str(), where.c_str());
         }
         tcp::endpoint const wanted(address, settings.port);
         acceptor.open(wanted.protocol(), error);
@@ -125,7 +129,7 @@ private:
         }
         if (error)
         {
-            ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName, where.c_str(),
+            ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName.c_str(), where.c_str(),
                      error.message().c_str());
         }
     }
@@ -185,8 +189,9 @@ private:
             Count(server.counters.rejectedClients);
             return; // the socket's destructor closes it
         }
-        Connection const connection =
-            server.service.makeConnection(std::move(socket), [this](Connection const& gone) { Forget(gone); });
+        auto const connection =
+            std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), server.counters,
+                                            [this](Connection const& gone) { Forget(gone); });
         connections.insert(connection);
         Count(server.counters.acceptedClients);
         TellCount(); // before the first request: results flow once a client is counted
@@ -205,7 +210,7 @@ private:
         ZU_GUARD_BOUNDARY([this] { server.service.clientsChanged(connections.size()); });
     }
 
-    void ForEach(std::function<void(ITcpConnection&)> const& visit)
+    void ForEach(std::function<void(TcpConnection&)> const& visit)
     {
         std::vector<Connection> const all(connections.begin(), connections.end());
         for (Connection const& connection : all) // a copy: `visit` may remove a connection
@@ -218,8 +223,9 @@ private:
     void Sweep()
     {
         std::chrono::microseconds const idleTimeout(idleTimeoutUsec.load(std::memory_order_relaxed));
-        auto const now = ITcpConnection::Clock::now();
-        ForEach([&](ITcpConnection& connection) { connection.CheckDeadlines(now, idleTimeout); });
+        auto const writeTimeout = server.service.writeTimeout.count() > 0 ? server.service.writeTimeout : idleTimeout;
+        auto const now = TcpConnection::Clock::now();
+        ForEach([&](TcpConnection& connection) { connection.CheckDeadlines(now, idleTimeout, writeTimeout); });
         sweep.expires_after(std::clamp<std::chrono::microseconds>(idleTimeout / 10, SHORTEST_SWEEP, LONGEST_SWEEP));
         sweep.async_wait([this](error_code const&) {
             if (acceptor.is_open())
@@ -255,7 +261,7 @@ private:
     wThread thread; // last: it uses all members above
 };
 
-TcpServer::TcpServer(Service servedBy, ClientCounters& serverCounters)
+TcpServer::TcpServer(Service servedBy, TcpCounters& serverCounters)
     : service(std::move(servedBy)), counters(serverCounters)
 {
 }
@@ -321,15 +327,24 @@ uint16 TcpServer::Port() const
     return reachable != nullptr ? reachable->Endpoint().port() : uint16{0};
 }
 
-bool TcpServer::PostToEach(std::function<void(ITcpConnection&)> visit)
+bool TcpServer::PostToEach(std::function<bool(ITcpConversation&)> visit)
 {
     Zu::MutexLock const guard(reachLock);
     if (reachable == nullptr)
     {
         return false;
     }
-    reachable->PostToEach(std::move(visit));
+    reachable->PostToEach([visit = std::move(visit)](TcpConnection& connection) { connection.Visit(visit); });
     return true;
+}
+
+void TcpServer::DisconnectAll()
+{
+    Zu::MutexLock const guard(reachLock);
+    if (reachable != nullptr)
+    {
+        reachable->PostToEach([](TcpConnection& connection) { connection.Drop(); });
+    }
 }
 
 void TcpServer::BindAnew(TcpSettings const& wanted)
@@ -352,7 +367,7 @@ void TcpServer::BindAnew(TcpSettings const& wanted)
         }
         catch (...)
         {
-            ZU_LOG_CAUGHT("%s cannot go back to where it listened before", service.displayName);
+            ZU_LOG_CAUGHT("%s cannot go back to where it listened before", service.displayName.c_str());
         }
         std::rethrow_exception(reason);
     }

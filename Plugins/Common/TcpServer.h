@@ -1,14 +1,10 @@
 #pragma once
 
-#include "Plugins/Common/ITcpConnection.h"
-#include "Plugins/Common/TcpSettings.h"
+#include "Plugins/Common/ITcpConversation.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
-#include <utility> // the networking headers need it and do not include it
-
-#include <boost/asio/ip/tcp.hpp>
-
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,29 +12,41 @@
 namespace PluginCommon
 {
 
-struct ClientCounters;
+struct TcpCounters;
+
+/// The address and the limits of a server.
+struct TcpSettings
+{
+    std::string address;        ///< a numeric IPv4 or IPv6 address of this machine
+    uint16 port = 0;            ///< 0: a free port
+    uint64 maxClients = 0;      ///< a further client is accepted and closed at once
+    uint64 idleTimeoutUsec = 0; ///< a client that is silent for longer is dropped
+
+    bool HasSamePlace(TcpSettings const& other) const
+    {
+        return port == other.port && address == other.address;
+    }
+};
 
 /// A TCP server: binds, listens, accepts clients up to a limit and checks their deadlines. One I/O thread serves all
-/// clients. The owner makes the connection objects, which implement the protocol.
+/// clients; no client can block another. The owner makes the conversations, which implement the protocol.
 ///
 /// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
 /// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
 class TcpServer final
 {
 public:
-    using Connection = std::shared_ptr<ITcpConnection>;
-    /// A connection calls it once, on the I/O thread, when it has ended by itself.
-    using Ended = std::function<void(Connection const&)>;
-
     struct Service
     {
-        char const* displayName; ///< begins the error texts
-        char const* threadName;
-        std::function<Connection(boost::asio::ip::tcp::socket socket, Ended whenEnded)> makeConnection;
+        std::string displayName; ///< begins the error texts
+        std::string threadName;
+        std::function<std::unique_ptr<ITcpConversation>()> makeConversation;
         std::function<void(uint64 count)> clientsChanged; ///< called after each connect and disconnect
+        /// A client that takes no pending bytes for this time is dropped. Zero: the idle timeout.
+        std::chrono::microseconds writeTimeout{0};
     };
 
-    TcpServer(Service servedBy, ClientCounters& serverCounters);
+    TcpServer(Service servedBy, TcpCounters& serverCounters);
     ~TcpServer(); ///< stops
     TcpServer(TcpServer const&) = delete;
     TcpServer& operator=(TcpServer const&) = delete;
@@ -65,9 +73,13 @@ public:
 
     uint16 Port() const; ///< the actual port; 0 if the server does not run
 
-    /// Asks the I/O thread to call `visit` for each connection. Returns false, and calls nothing, if the server does
-    /// not run. While the server stops, visits may be dropped.
-    bool PostToEach(std::function<void(ITcpConnection&)> visit);
+    /// Asks the I/O thread to call `visit` for each conversation. `visit` returns whether the conversation may have new
+    /// bytes to send. Returns false, and calls nothing, if the server does not run. While the server stops, visits may
+    /// be dropped.
+    bool PostToEach(std::function<bool(ITcpConversation&)> visit);
+
+    /// Asks the I/O thread to close all connections. They count as dropped.
+    void DisconnectAll();
 
 private:
     class Core;
@@ -75,7 +87,7 @@ private:
     void BindAnew(TcpSettings const& wanted);
 
     Service const service;
-    ClientCounters& counters;
+    TcpCounters& counters;
     std::unique_ptr<Core> core; // null while the server does not run
     TcpSettings applied;
 

@@ -8,7 +8,7 @@
 namespace ModbusTcp
 {
 
-CommandChannel::CommandChannel(ICommandRunner& commandRunner) : runner(commandRunner)
+CommandChannel::CommandChannel(PluginCommon::ICommandRunner& commandRunner) : runner(commandRunner)
 {
 }
 
@@ -21,14 +21,14 @@ ModbusException CommandChannel::Write(ZuControl::ControlProtocol::ProtocolRegist
     {
         return ModbusException::ILLEGAL_DATA_ADDRESS;
     }
-    if (runner.IsRunning())
+    if (runner.CommandStatus() == ZuControl::ControlProtocol::CommandStatusInProgress)
     {
         return ModbusException::SERVER_DEVICE_BUSY;
     }
     std::ranges::copy(values, registers.begin() + static_cast<std::ptrdiff_t>(offset));
     Command command{};
     bool const isDecoded = Decode(block, isBigEndian, command);
-    if (command.requestId != last.requestId || !runner.IsSame(command, last))
+    if (command.requestId != last.requestId || !runner.IsSameCommand(command, last))
     {
         Take(command, isDecoded);
     }
@@ -37,7 +37,7 @@ ModbusException CommandChannel::Write(ZuControl::ControlProtocol::ProtocolRegist
 
 CommandChannel::Result CommandChannel::LastResult()
 {
-    return {last.requestId, runner.LastStatus()};
+    return {last.requestId, runner.CommandStatus()};
 }
 
 bool CommandChannel::Decode(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
@@ -66,17 +66,17 @@ void CommandChannel::Take(Command const& command, bool isDecoded)
     ++takenCount;
     if (!isDecoded)
     {
-        runner.Fail();
+        runner.FailCommand();
         return;
     }
     try
     {
-        runner.Run(command);
+        runner.RunCommand(command);
     }
     catch (...)
     {
         ZU_LOG_CAUGHT("Command %u of request %u was refused", unsigned{command.commandId}, unsigned{command.requestId});
-        runner.Fail();
+        runner.FailCommand();
     }
 }
 

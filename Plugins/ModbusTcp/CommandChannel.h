@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Plugins/ModbusTcp/ICommandRunner.h"
+#include "Plugins/Common/ICommandRunner.h"
 #include "Plugins/ModbusTcp/ModbusException.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "wApi/wTypes.h"
@@ -31,7 +31,7 @@ public:
     using Registers = std::array<uint16, REGISTER_COUNT>;
     using Result = ZuControl::ControlProtocol::DefaultControlOutputRegisterBlock::DefaultCommandResultData;
 
-    explicit CommandChannel(ICommandRunner& commandRunner);
+    explicit CommandChannel(PluginCommon::ICommandRunner& commandRunner);
     ~CommandChannel();
     CommandChannel(CommandChannel const&) = delete;
     CommandChannel& operator=(CommandChannel const&) = delete;
@@ -57,12 +57,12 @@ public:
     }
 
 private:
-    using Command = ICommandRunner::Command;
+    using Command = PluginCommon::ICommandRunner::Command;
 
     bool Decode(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian, Command& command) const;
     void Take(Command const& command, bool isDecoded);
 
-    ICommandRunner& runner;
+    PluginCommon::ICommandRunner& runner;
     Registers registers{};
     Command last{};
     uint64 takenCount = 0;

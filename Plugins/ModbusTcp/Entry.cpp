@@ -1,4 +1,5 @@
-#include "Plugins/ModbusTcp/ModbusTcpPlugin.h"
+#include "Plugins/Common/ProtocolPlugin.h"
+#include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
 #include "ZuPlugin/PluginEntry.h"
 
-ZU_PLUGIN_ENTRY(ModbusTcp::ModbusTcpPlugin::Make);
+ZU_PLUGIN_ENTRY(PluginCommon::ProtocolPlugin<ModbusTcp::ModbusTcpProtocol>::Make);

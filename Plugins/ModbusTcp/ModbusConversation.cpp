@@ -1,6 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 
 #include "Plugins/ModbusTcp/ModbusFrame.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "wApi/wTime.h"
 
@@ -9,22 +10,26 @@
 namespace ModbusTcp
 {
 
-ModbusConversation::ModbusConversation(IRegisterModel& registerModel, ServerCounters& serverCounters)
+ModbusConversation::ModbusConversation(IRegisterModel& registerModel, ModbusCounters& serverCounters)
     : model(registerModel), counters(serverCounters)
 {
 }
 
 ModbusConversation::~ModbusConversation() = default;
 
-std::span<uint8> ModbusConversation::Room()
+std::span<char> ModbusConversation::Room()
 {
+    if (outputEnd > outputFirst)
+    {
+        return {};
+    }
     if (inputFirst > 0)
     {
         std::memmove(input.data(), input.data() + inputFirst, inputEnd - inputFirst);
         inputEnd -= inputFirst;
         inputFirst = 0;
     }
-    return std::span(input).subspan(inputEnd);
+    return {reinterpret_cast<char*>(input.data()) + inputEnd, input.size() - inputEnd}; // the bytes as they come
 }
 
 void ModbusConversation::Received(std::size_t bytes)
@@ -34,9 +39,14 @@ void ModbusConversation::Received(std::size_t bytes)
     AnswerAll();
 }
 
-std::span<uint8 const> ModbusConversation::Pending() const
+void ModbusConversation::InputEnded()
 {
-    return std::span(output).subspan(outputFirst, outputEnd - outputFirst);
+    step = step == Step::CONTINUE ? Step::CLOSE : step;
+}
+
+std::string_view ModbusConversation::Pending() const
+{
+    return {reinterpret_cast<char const*>(output.data()) + outputFirst, outputEnd - outputFirst};
 }
 
 void ModbusConversation::Sent(std::size_t bytes)
@@ -53,7 +63,7 @@ void ModbusConversation::Sent(std::size_t bytes)
 
 void ModbusConversation::AnswerAll()
 {
-    while (!malformed && outputEnd + ModbusFrame::MAX_BYTES <= output.size())
+    while (step != Step::DROP && outputEnd + ModbusFrame::MAX_BYTES <= output.size())
     {
         ModbusFrame frame;
         auto const parsed = ModbusFrame::Parse(std::span(input).subspan(inputFirst, inputEnd - inputFirst), frame);
@@ -63,7 +73,7 @@ void ModbusConversation::AnswerAll()
         }
         if (parsed == ModbusFrame::Parsed::MALFORMED)
         {
-            malformed = true;
+            step = Step::DROP;
             return;
         }
         Answer(frame);

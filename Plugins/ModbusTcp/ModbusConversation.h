@@ -1,53 +1,55 @@
 #pragma once
 
+#include "Plugins/Common/ITcpConversation.h"
 #include "Plugins/ModbusTcp/IRegisterModel.h"
-#include "Plugins/ModbusTcp/ServerCounters.h"
 
 #include <array>
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 namespace ModbusTcp
 {
 
+struct ModbusCounters;
 struct ModbusFrame;
 
-/// The protocol with one client, without a socket: bytes in, answers out, in buffers of fixed size.
+/// The protocol with one client: requests in, answers out, in buffers of fixed size.
 ///
-/// The caller reads bytes into `Room` and calls `Received`; it writes the bytes of `Pending` and calls `Sent`. A
-/// request is answered only if the output has room for the longest answer; otherwise it stays in the input until
-/// answers were sent. A client that sends without reading therefore fills only its own buffers.
-class ModbusConversation final
+/// A request is answered only if the output has room for the longest answer; otherwise it stays in the input until
+/// answers were sent. While the client does not take its answers, nothing more is read from it.
+class ModbusConversation final : public PluginCommon::ITcpConversation
 {
 public:
     static constexpr std::size_t INPUT_BYTES = 4096;
     static constexpr std::size_t OUTPUT_BYTES = 16384;
 
-    ModbusConversation(IRegisterModel& registerModel, ServerCounters& serverCounters);
-    ~ModbusConversation();
+    ModbusConversation(IRegisterModel& registerModel, ModbusCounters& serverCounters);
+    ~ModbusConversation() override;
     ModbusConversation(ModbusConversation const&) = delete;
     ModbusConversation& operator=(ModbusConversation const&) = delete;
 
-    /// The place for the next bytes. It is not empty while nothing is pending and the input is not malformed.
-    std::span<uint8> Room();
+    /// Empty while answers are pending.
+    std::span<char> Room() override;
 
-    /// `bytes` bytes were put into `Room`. Answers each complete request, as long as the output has room.
-    void Received(std::size_t bytes);
+    /// Answers each complete request, as long as the output has room.
+    void Received(std::size_t bytes) override;
 
-    /// The answers that were not sent yet.
-    std::span<uint8 const> Pending() const;
+    void InputEnded() override;
+    std::string_view Pending() const override;
 
-    /// `bytes` bytes of `Pending` were sent. When none are left, answers the requests that waited in the input.
-    void Sent(std::size_t bytes);
+    /// When no answer is left, answers the requests that waited in the input.
+    void Sent(std::size_t bytes) override;
 
-    /// Whether the client has sent bytes that are no frame. Later bytes are ignored; earlier answers may still be sent.
-    bool IsMalformed() const
+    /// DROP after bytes that are no frame: later bytes are ignored, and earlier answers are still sent. CLOSE after the
+    /// end of the input.
+    Step NextStep() const override
     {
-        return malformed;
+        return step;
     }
 
     /// The number of requests answered so far.
-    uint64 AnsweredCount() const
+    uint64 ProgressCount() const override
     {
         return answered;
     }
@@ -57,7 +59,7 @@ private:
     void Answer(ModbusFrame const& frame);
 
     IRegisterModel& model;
-    ServerCounters& counters;
+    ModbusCounters& counters;
     std::array<uint8, INPUT_BYTES> input;
     std::size_t inputFirst = 0; // begin of the next frame
     std::size_t inputEnd = 0;
@@ -65,7 +67,7 @@ private:
     std::size_t outputFirst = 0; // bytes before it are sent
     std::size_t outputEnd = 0;
     uint64 answered = 0;
-    bool malformed = false;
+    Step step = Step::CONTINUE;
 };
 
 } // namespace ModbusTcp

@@ -1,46 +1,66 @@
 #pragma once
 
-#include "Plugins/ModbusTcp/ExceptionMetrics.h"
-#include "Plugins/ModbusTcp/LifetimeMetrics.h"
-#include "ZuApi/Properties/Metric.h"
-#include "ZuApi/Properties/SharedText.h"
-#include "ZuApi/Structure.h"
+#include "Plugins/Common/TcpMetrics.h"
+#include "Plugins/ModbusTcp/ModbusException.h"
+#include "ZuApi/Properties/Value.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
 
 namespace ModbusTcp
 {
 
-struct ModbusTotals;
+using PluginCommon::Count;
+
+/// The counters of the service since its construction. The I/O thread counts, except for results.
+struct ModbusCounters final : PluginCommon::TcpCounters
+{
+    static constexpr std::size_t CODE_COUNT = static_cast<std::size_t>(ModbusException::SERVER_DEVICE_BUSY) + 1;
+
+    Counter exceptions{0};                              ///< refused requests
+    std::array<Counter, CODE_COUNT> exceptionsByCode{}; ///< refused requests by exception code
+    Counter commands{0};                                ///< commands taken from the command block
+    Counter registersWritten{0};                        ///< by accepted requests
+
+    /// Counts a refused request; does nothing for NONE.
+    void CountException(ModbusException refusal);
+};
+
+/// The refused requests by exception code.
+///
+/// The schema names the keys of the members under "label", so that a scraper shows one series with a label instead of
+/// several series.
+class ExceptionMetrics final : public PluginCommon::CounterMetrics
+{
+public:
+    explicit ExceptionMetrics(ModbusCounters const& counters);
+    ~ExceptionMetrics() override;
+
+private:
+    Zu::Properties::Value<std::string> label{"code"};
+};
+
+/// The metrics that are saved and count since the first start of the system.
+class LifetimeMetrics final : public PluginCommon::CounterMetrics
+{
+public:
+    explicit LifetimeMetrics(ModbusCounters const& counters);
+    ~LifetimeMetrics() override;
+};
 
 /// The metrics of the service. Numbers count from the last reset, except those under "lifetime" and those with "now" in
 /// their title. Any thread may read them during an update.
-class ModbusMetrics final : public Zu::Properties::Structure
+class ModbusMetrics final : public PluginCommon::TcpMetrics
 {
 public:
-    ModbusMetrics();
+    explicit ModbusMetrics(ModbusCounters const& counters);
     ~ModbusMetrics() override;
-    ModbusMetrics(ModbusMetrics const&) = delete;
-    ModbusMetrics& operator=(ModbusMetrics const&) = delete;
 
-    /// Sets the numbers to the counts since the last reset.
-    void Show(ModbusTotals const& counted);
+    void Show() override;
+    void Reset() override; ///< changes nothing under "lifetime"
 
-    using Metric = Zu::Properties::Metric;
-
-    Metric controlDrops{Metric::Kind::COUNTER, "Results lost on the way to clients"};
-    Zu::Properties::SharedText listening; ///< current address, such as "127.0.0.1:1502"; empty while stopped
-    Metric clients{Metric::Kind::GAUGE, "Clients connected now"};
-    Metric acceptedClients{Metric::Kind::COUNTER, "Clients accepted"};
-    Metric rejectedClients{Metric::Kind::COUNTER, "Clients closed at once, beyond the largest number of clients"};
-    Metric droppedClients{Metric::Kind::COUNTER, "Clients closed by the service"};
-    Metric requests{Metric::Kind::COUNTER, "Requests answered"};
     ExceptionMetrics exceptions;
-    Metric bytesIn{Metric::Kind::COUNTER, "Bytes received"};
-    Metric bytesOut{Metric::Kind::COUNTER, "Bytes sent"};
-    Metric resultSets{Metric::Kind::COUNTER, "Result sets taken"};
-    Metric commands{Metric::Kind::COUNTER, "Commands taken from the command block"};
-    Metric registersWritten{Metric::Kind::COUNTER, "Registers written"};
-    Metric lastHandlingUsec{Metric::Kind::GAUGE, "Time from the last request to its answer"};
-    Metric largestHandlingUsec{Metric::Kind::GAUGE, "Longest time from a request to its answer"};
     LifetimeMetrics lifetime;
 };
 

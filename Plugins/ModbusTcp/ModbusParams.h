@@ -1,11 +1,8 @@
 #pragma once
 
+#include "Plugins/Common/TcpParams.h"
 #include "ZuApi/Params/Enum.h"
-#include "ZuApi/Params/Group.h"
-#include "ZuApi/Params/Value.h"
 #include "wApi/wTypes.h"
-
-#include <string>
 
 namespace ModbusTcp
 {
@@ -19,26 +16,17 @@ enum RegisterOrder : int32
 };
 
 /// The settings of the service.
-struct ModbusParams final : public Zu::Params::Group
+struct ModbusParams final : public PluginCommon::TcpParams
 {
 public:
     static constexpr uint16 DEFAULT_PORT = 1502; // the registered port 502 needs privileges
-    static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
-    static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
-    static constexpr uint32 MOST_CLIENTS = 512;
-    static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
-    static constexpr uint32 LONGEST_IDLE_TIMEOUT = 86400;
 
     ModbusParams();
     ~ModbusParams() override;
 
-    void SetDefaults();
+    void SetDefaults() override;
 
-    Zu::Params::Value<uint16> port;         ///< 0: a free port, shown in the metrics
-    Zu::Params::Value<std::string> address; ///< a numeric IP address of this machine
-    Zu::Params::Value<uint32> maxClients;   ///< 1 to MOST_CLIENTS
     Zu::Params::Enum<RegisterOrder> registerOrder;
-    Zu::Params::Value<uint32> idleTimeout; ///< seconds, 1 to LONGEST_IDLE_TIMEOUT
 };
 
 } // namespace ModbusTcp

@@ -1,6 +1,6 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 
-#include "Plugins/Common/StateFetcher.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "wApi/wMutex.h"
@@ -70,8 +70,8 @@ private:
 
 } // namespace
 
-RegisterMap::RegisterMap(RegisterImage& usedImage, StateFetcher& usedFetcher, ICommandRunner& runner)
-    : image(usedImage), fetcher(usedFetcher), channel(runner), layout(std::make_shared<RegisterLayout const>())
+RegisterMap::RegisterMap(Sources usedSources)
+    : sources(std::move(usedSources)), channel(sources.commands), layout(std::make_shared<RegisterLayout const>())
 {
 }
 
@@ -84,7 +84,7 @@ uint32 RegisterMap::RegisterCount() const
 
 void RegisterMap::Read(uint16 first, std::span<uint16> registers)
 {
-    image.Read(first, registers);
+    sources.image.Read(first, registers);
     auto const present = Layout();
     if (Overlap const input(present->controlInput, first, registers); input.Exists())
     {
@@ -101,7 +101,7 @@ void RegisterMap::Read(uint16 first, std::span<uint16> registers)
     Overlap const scanner(present->scanner, first, registers);
     if (system.Exists() || scanner.Exists())
     {
-        StateFetcher::State const state = fetcher.Latest(present->scannerId);
+        StateFetcher::State const state = sources.latestState(present->scannerId);
         if (system.Exists())
         {
             system.Encode(state.system);
@@ -124,8 +124,8 @@ ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
     Zu::MutexLock const guard(writeLock);
     uint64 const takenBefore = channel.TakenCount();
     auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
-    commandCount.fetch_add(channel.TakenCount() - takenBefore, std::memory_order_relaxed);
-    writtenCount.fetch_add(result == ModbusException::NONE ? values.size() : 0, std::memory_order_relaxed);
+    Count(sources.counters.commands, channel.TakenCount() - takenBefore);
+    Count(sources.counters.registersWritten, result == ModbusException::NONE ? values.size() : 0);
     return result;
 }
 
@@ -143,16 +143,6 @@ void RegisterMap::ChangeOrder(bool newIsBigEndian, std::function<void()> const& 
     Zu::MutexLock const guard(writeLock);
     change();
     isBigEndian = newIsBigEndian;
-}
-
-uint64 RegisterMap::CommandCount() const
-{
-    return commandCount.load(std::memory_order_relaxed);
-}
-
-uint64 RegisterMap::WrittenCount() const
-{
-    return writtenCount.load(std::memory_order_relaxed);
 }
 
 std::shared_ptr<RegisterLayout const> RegisterMap::Layout()

@@ -1,24 +1,21 @@
 #pragma once
 
+#include "Plugins/Common/StateFetcher.h"
 #include "Plugins/ModbusTcp/CommandChannel.h"
 #include "Plugins/ModbusTcp/IRegisterModel.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
-
-namespace PluginCommon
-{
-class StateFetcher;
-}
+#include <string>
 
 namespace ModbusTcp
 {
 
 class RegisterImage;
+struct ModbusCounters;
 
 /// The registers that clients see: the published results, overlaid with the command registers as written, the result of
 /// the last command, and the state of system and scanner. State is encoded when a read covers it.
@@ -27,7 +24,16 @@ class RegisterImage;
 class RegisterMap final : public IRegisterModel
 {
 public:
-    RegisterMap(RegisterImage& usedImage, PluginCommon::StateFetcher& usedFetcher, ICommandRunner& runner);
+    /// The sources of the registers. All outlive the map.
+    struct Sources
+    {
+        RegisterImage& image;
+        PluginCommon::ICommandRunner& commands;
+        std::function<PluginCommon::StateFetcher::State(std::string const& scannerId)> latestState;
+        ModbusCounters& counters; ///< the map counts commands and written registers
+    };
+
+    explicit RegisterMap(Sources usedSources);
     ~RegisterMap() override;
     RegisterMap(RegisterMap const&) = delete;
     RegisterMap& operator=(RegisterMap const&) = delete;
@@ -42,14 +48,10 @@ public:
     /// Runs `change`, which sets the byte order of the blocks, while no write is evaluated.
     void ChangeOrder(bool newIsBigEndian, std::function<void()> const& change);
 
-    uint64 CommandCount() const;
-    uint64 WrittenCount() const; ///< registers written by accepted requests
-
 private:
     std::shared_ptr<RegisterLayout const> Layout();
 
-    RegisterImage& image;
-    PluginCommon::StateFetcher& fetcher;
+    Sources const sources;
 
     // Held during each write and each change of the byte order; guards the channel and the order. Operations are begun
     // under it. Lock order: this, then the assembly's lock.
@@ -59,9 +61,6 @@ private:
 
     Zu::Mutex layoutLock; // a leaf; held to copy the pointer
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(layoutLock);
-
-    std::atomic<uint64> commandCount{0};
-    std::atomic<uint64> writtenCount{0};
 };
 
 } // namespace ModbusTcp

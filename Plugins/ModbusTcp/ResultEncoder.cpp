@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
@@ -26,8 +27,8 @@ std::span<uint8> BytesOf(RegisterLayout::Place const& place, std::span<uint8> im
 
 } // namespace
 
-ResultEncoder::ResultEncoder(RegisterImage& usedImage)
-    : image(usedImage), layout(std::make_shared<RegisterLayout const>())
+ResultEncoder::ResultEncoder(RegisterImage& usedImage, ModbusCounters& usedCounters)
+    : image(usedImage), counters(usedCounters), layout(std::make_shared<RegisterLayout const>())
 {
 }
 
@@ -75,18 +76,8 @@ void ResultEncoder::Process(wArrayList const& resultSets)
         drops += EncodeSet(static_cast<ZuCore::ResultSetObject const*>(wArrayList_At(resultSets, i))) ? 0 : 1;
     }
     image.Publish();
-    resultSetCount.fetch_add(count, std::memory_order_relaxed);
-    dropCount.fetch_add(drops, std::memory_order_relaxed);
-}
-
-uint64 ResultEncoder::ResultSetCount() const
-{
-    return resultSetCount.load(std::memory_order_relaxed);
-}
-
-uint64 ResultEncoder::DropCount() const
-{
-    return dropCount.load(std::memory_order_relaxed);
+    Count(counters.resultSets, count);
+    Count(counters.controlDrops, drops);
 }
 
 void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)

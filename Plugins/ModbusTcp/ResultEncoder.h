@@ -4,7 +4,6 @@
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
-#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -20,6 +19,7 @@ namespace ModbusTcp
 {
 
 class RegisterImage;
+struct ModbusCounters;
 
 /// Encodes results into the register image, using the blocks of their data sources.
 ///
@@ -31,7 +31,8 @@ class RegisterImage;
 class ResultEncoder final
 {
 public:
-    explicit ResultEncoder(RegisterImage& usedImage);
+    /// Counts result sets and drops, which are sets with a block that could not be encoded.
+    ResultEncoder(RegisterImage& usedImage, ModbusCounters& usedCounters);
     ~ResultEncoder();
     ResultEncoder(ResultEncoder const&) = delete;
     ResultEncoder& operator=(ResultEncoder const&) = delete;
@@ -47,9 +48,6 @@ public:
     /// Encodes all sets of the batch in order, then publishes the image.
     void Process(wArrayList const& resultSets);
 
-    uint64 ResultSetCount() const;
-    uint64 DropCount() const; ///< sets with a block that could not be encoded
-
 private:
     using ResultPlace = RegisterLayout::ResultPlace;
 
@@ -63,12 +61,10 @@ private:
     // called under it.
     Zu::Mutex lock;
     RegisterImage& image;
+    ModbusCounters& counters;
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(lock);
     std::vector<RegisterLayout::Block const*> faulty ZU_GUARDED_BY(lock); // logged since the last layout
     bool isPaused ZU_GUARDED_BY(lock) = false;
-
-    std::atomic<uint64> resultSetCount{0};
-    std::atomic<uint64> dropCount{0};
 };
 
 } // namespace ModbusTcp

@@ -39,7 +39,7 @@ class BuildOptions(unittest.TestCase):
         not_needed = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("spdlog", "SQLite3", "ZLIB", "GTest", "Python3")]
         commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
         self.assertIn("ZuControl/Control/ControlModule.cpp", commands)
-        self.assertIn("Plugins/ModbusTcp/ModbusTcpPlugin.cpp", commands)
+        self.assertIn("Plugins/ModbusTcp/ModbusTcpProtocol.cpp", commands)
         self.assertEqual([file for file in commands if file.startswith("Host/") or file.endswith("Test.cpp")], [])
 
     def test_without_the_host_the_tests_of_the_libraries_are_built(self):

@@ -1,5 +1,5 @@
 #include "Plugins/AsciiTcp/AsciiTcpProtocol.h"
-#include "Plugins/AsciiTcp/AsciiTcpPlugin.h"
+#include "Plugins/Common/ProtocolPlugin.h"
 #include "Support/CallLog.h"
 #include "Support/FakeHost.h"
 #include "Support/FakeScanEngineInterface.h"
@@ -7,6 +7,7 @@
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
+#include "Tests/Plugins/Common/Number.h"
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "ZuCommon/Problems.h"
@@ -29,6 +30,7 @@ namespace AsciiTcp
 {
 
 using PluginCommon::FakeDataCache;
+using PluginCommon::Number;
 using PluginCommon::OccupiedPort;
 using PluginCommon::TcpClient;
 using PluginCommon::TestFrame;
@@ -235,7 +237,7 @@ TEST_F(AsciiTcpProtocolTest, SendsALineForEachSetWhileSubscribed)
     EXPECT_EQ(Ask(client, "UNSUBSCRIBE"), "OK");
     scanResults.ProcessResultSet(Frame(501).Set());
     EXPECT_TRUE(Becomes(client, "GET zMax", "OK zMax 501.000 1")); // and no data line is among the answers
-    EXPECT_EQ(Metrics().controlDrops.Get(), 0u);
+    EXPECT_EQ(Number(Metrics(), "controlDrops"), 0u);
 }
 
 TEST_F(AsciiTcpProtocolTest, ServesOthersWhileAClientDoesNotReadAndReportsTheDrops)
@@ -247,7 +249,7 @@ TEST_F(AsciiTcpProtocolTest, ServesOthersWhileAClientDoesNotReadAndReportsTheDro
     Ask(other, "HELP");
 
     ASSERT_TRUE(PublishUntil(
-        [&] { return Ask(other, "GET zMax").starts_with("OK zMax") && Metrics().controlDrops.Get() > 0; }));
+        [&] { return Ask(other, "GET zMax").starts_with("OK zMax") && Number(Metrics(), "controlDrops") > 0; }));
 
     EXPECT_EQ(problems.List().front().text, "Control drops detected for ASCII over TCP protocol.");
     std::string first;
@@ -346,7 +348,7 @@ TEST_F(AsciiTcpProtocolTest, EndsTheConnectionOfAHalfClosedClientWhenItHasItsAns
     mayEnd.Open();
     EXPECT_EQ(client.ReceiveLine(), "DONE");
     EXPECT_TRUE(client.IsClosedByServer());
-    EXPECT_EQ(Metrics().droppedClients.Get(), 0u);
+    EXPECT_EQ(Number(Metrics(), "droppedClients"), 0u);
 }
 
 TEST_F(AsciiTcpProtocolTest, SendsResultsOnToAHalfClosedSubscriber)
@@ -376,7 +378,7 @@ TEST_F(AsciiTcpProtocolTest, DropsASilentClientAndNoSubscriber)
 
     scanResults.ProcessResultSet(Frame(1).Set());
     EXPECT_EQ(subscriber.ReceiveLine(), DataLine("1"));
-    EXPECT_EQ(Metrics().droppedClients.Get(), 2u);
+    EXPECT_EQ(Number(Metrics(), "droppedClients"), 2u);
 }
 
 TEST_F(AsciiTcpProtocolTest, TurnsAwayWhoComesBeyondTheCap)
@@ -396,8 +398,8 @@ TEST_F(AsciiTcpProtocolTest, TurnsAwayWhoComesBeyondTheCap)
     protocol->ParamsUpdate();
     TcpClient fourth(port);
     EXPECT_EQ(Ask(fourth, "GET zMax"), "OK zMax none 0");
-    EXPECT_EQ(Metrics().clients.Get(), 3u);
-    EXPECT_EQ(Metrics().rejectedClients.Get(), 1u);
+    EXPECT_EQ(Number(Metrics(), "clients"), 3u);
+    EXPECT_EQ(Number(Metrics(), "rejectedClients"), 1u);
 }
 
 TEST_F(AsciiTcpProtocolTest, FollowsAChangedMap)
@@ -506,8 +508,8 @@ TEST_F(AsciiTcpProtocolTest, DisconnectsEveryClient)
     EXPECT_TRUE(second.IsClosedByServer());
     TcpClient next(port);
     EXPECT_EQ(Ask(next, "GET zMax"), "OK zMax none 0");
-    EXPECT_EQ(Metrics().droppedClients.Get(), 2u);
-    EXPECT_EQ(Metrics().clients.Get(), 1u);
+    EXPECT_EQ(Number(Metrics(), "droppedClients"), 2u);
+    EXPECT_EQ(Number(Metrics(), "clients"), 1u);
 }
 
 TEST_F(AsciiTcpProtocolTest, ReachesNobodyWithACommandWhileItIsStopped)
@@ -632,16 +634,16 @@ TEST_F(AsciiTcpProtocolTest, CountsWhatItDoes)
 
     AsciiMetrics& metrics = Metrics();
 
-    EXPECT_EQ(metrics.requests.Get(), 3u);
-    EXPECT_EQ(metrics.errors.Get(), 1u);
-    EXPECT_EQ(metrics.acceptedClients.Get(), 1u);
-    EXPECT_EQ(metrics.clients.Get(), 1u);
-    EXPECT_EQ(metrics.bytesIn.Get(), 19u);
-    EXPECT_GT(metrics.bytesOut.Get(), 50u);
-    EXPECT_GE(metrics.largestHandlingUsec.Get(), metrics.lastHandlingUsec.Get());
+    EXPECT_EQ(Number(metrics, "requests"), 3u);
+    EXPECT_EQ(Number(metrics, "errors"), 1u);
+    EXPECT_EQ(Number(metrics, "acceptedClients"), 1u);
+    EXPECT_EQ(Number(metrics, "clients"), 1u);
+    EXPECT_EQ(Number(metrics, "bytesIn"), 19u);
+    EXPECT_GT(Number(metrics, "bytesOut"), 50u);
+    EXPECT_GE(Number(metrics, "largestHandlingUsec"), Number(metrics, "lastHandlingUsec"));
     protocol->ResetMetrics();
-    EXPECT_EQ(Metrics().requests.Get(), 0u);
-    EXPECT_EQ(Metrics().clients.Get(), 1u);
+    EXPECT_EQ(Number(Metrics(), "requests"), 0u);
+    EXPECT_EQ(Number(Metrics(), "clients"), 1u);
 }
 
 TEST_F(AsciiTcpProtocolTest, NeedsADataCacheAndAProblemsManager)
@@ -703,12 +705,12 @@ TEST_F(AsciiTcpProtocolTest, TakesChangesFromEverywhereWhileItServes)
 
     publisher.join();
     changer.join();
-    EXPECT_EQ(Metrics().resultSets.Get(), 2000u);
+    EXPECT_EQ(Number(Metrics(), "resultSets"), 2000u);
 }
 
 TEST_F(AsciiTcpProtocolTest, IsMadeByThePlugin)
 {
-    auto const plugin = AsciiTcpPlugin::Make();
+    auto const plugin = PluginCommon::ProtocolPlugin<AsciiTcpProtocol>::Make();
 
     ASSERT_EQ(plugin->ControlInfoCount(), 1u);
     ZuControl::ControlInfo const& info = plugin->ControlInfoAt(0);

@@ -1,5 +1,5 @@
 #include "Plugins/AsciiTcp/ResultBoard.h"
-#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/AsciiOutputMap.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
 #include "Support/AllocationCounter.h"

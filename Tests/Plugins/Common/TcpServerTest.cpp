@@ -1,47 +1,67 @@
 #include "Plugins/Common/TcpServer.h"
-#include "Plugins/Common/ClientCounters.h"
+#include "Plugins/Common/TcpMetrics.h"
 #include "Support/CallLog.h"
 #include "Support/Refusal.h"
 #include "Tests/Plugins/Common/TcpClient.h"
+#include "ZuApi/Exception.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace PluginCommon
 {
 
-/// Keeps its socket open and sends nothing.
-class SilentConnection final : public ITcpConnection
+/// Sends back what it gets.
+class EchoConversation final : public ITcpConversation
 {
 public:
-    SilentConnection(boost::asio::ip::tcp::socket acceptedSocket, ZuTest::CallLog& usedCalls)
-        : socket(std::move(acceptedSocket)), calls(usedCalls)
+    std::span<char> Room() override
     {
+        return Pending().empty() ? std::span<char>(bytes) : std::span<char>();
     }
 
-    void Begin() override
+    void Received(std::size_t count) override
     {
-        calls.Add("Begin");
+        pending = std::string_view(bytes.data(), count);
+        progress += count > 0 ? 1 : 0;
     }
 
-    void CheckDeadlines(Clock::time_point, Clock::duration idleTimeout) override
+    void InputEnded() override
     {
-        calls.Add("CheckDeadlines " + std::to_string(idleTimeout / std::chrono::seconds(1)));
+        hasEnded = true;
     }
 
-    void Close() override
+    std::string_view Pending() const override
     {
-        calls.Add("Close");
-        boost::system::error_code ignored;
-        socket.close(ignored);
+        return pending;
+    }
+
+    void Sent(std::size_t count) override
+    {
+        pending.remove_prefix(count);
+    }
+
+    Step NextStep() const override
+    {
+        return hasEnded ? Step::CLOSE : Step::CONTINUE;
+    }
+
+    uint64 ProgressCount() const override
+    {
+        return progress;
     }
 
 private:
-    boost::asio::ip::tcp::socket socket;
-    ZuTest::CallLog& calls;
+    std::array<char, 16> bytes{};
+    std::string_view pending;
+    uint64 progress = 0;
+    bool hasEnded = false;
 };
 
 class TcpServerTest : public testing::Test
@@ -52,41 +72,68 @@ protected:
         return {"127.0.0.1", port, 16, idleSeconds * 1'000'000};
     }
 
+    static void ExpectEcho(TcpClient& client)
+    {
+        client.SendText("?");
+        EXPECT_EQ(client.Receive(1), TcpClient::Bytes{'?'});
+    }
+
     ZuTest::CallLog calls;
-    ClientCounters counters;
-    TcpServer server{
-        {.displayName = "The test",
-         .threadName = "Test.Io",
-         .makeConnection = [this](auto socket,
-                                  auto) { return std::make_shared<SilentConnection>(std::move(socket), calls); },
-         .clientsChanged = [this](uint64 count) { calls.Add(std::to_string(count)); }},
-        counters};
+    TcpCounters counters;
+    TcpServer server{{.displayName = "The test",
+                      .threadName = "Test.Io",
+                      .makeConversation =
+                          [this] {
+                              calls.Add("made");
+                              return std::make_unique<EchoConversation>();
+                          },
+                      .clientsChanged = [this](uint64 count) { calls.Add(std::to_string(count)); }},
+                     counters};
 };
 
 TEST_F(TcpServerTest, TellsOfAClientBeforeItServesIt)
 {
     server.Start(At(0));
-    TcpClient const client(server.Port());
-    ASSERT_TRUE(calls.WaitFor("Begin"));
-    EXPECT_EQ(calls.All()[0], "1");
+    TcpClient client(server.Port());
+    ExpectEcho(client);
+    EXPECT_EQ(calls.All(), (std::vector<std::string>{"made", "1"}));
 
     server.Stop();
 
-    EXPECT_EQ(calls.Count("Close"), 1u);
+    EXPECT_TRUE(client.IsClosedByServer());
     EXPECT_EQ(calls.All().back(), "0");
     EXPECT_EQ(counters.clients, 0u);
+    EXPECT_EQ(counters.droppedClients, 0u);
+}
+
+TEST_F(TcpServerTest, ClosesTheConnectionOfAClientThatHasEnded)
+{
+    server.Start(At(0));
+    TcpClient client(server.Port());
+    ExpectEcho(client);
+
+    client.EndSending();
+
+    EXPECT_TRUE(client.IsClosedByServer());
+    EXPECT_TRUE(calls.WaitFor("0"));
+    EXPECT_EQ(counters.droppedClients, 0u);
 }
 
 TEST_F(TcpServerTest, VisitsEachClientThatIsThere)
 {
     std::atomic<int> visits{0};
-    EXPECT_FALSE(server.PostToEach([&](ITcpConnection&) { ++visits; })); // the server does not run
+    auto const visit = [&](ITcpConversation&) {
+        ++visits;
+        return true;
+    };
+    EXPECT_FALSE(server.PostToEach(visit)); // the server does not run
     server.Start(At(0));
-    TcpClient const first(server.Port());
-    TcpClient const second(server.Port());
-    ASSERT_TRUE(calls.WaitFor("Begin", 2));
+    TcpClient first(server.Port());
+    TcpClient second(server.Port());
+    ExpectEcho(first);
+    ExpectEcho(second);
 
-    EXPECT_TRUE(server.PostToEach([&](ITcpConnection&) {
+    EXPECT_TRUE(server.PostToEach([&](ITcpConversation&) -> bool {
         ++visits;
         calls.Add("visit");
         throw std::runtime_error("keeps nothing from the others");
@@ -94,22 +141,57 @@ TEST_F(TcpServerTest, VisitsEachClientThatIsThere)
 
     EXPECT_TRUE(calls.WaitFor("visit", 2));
     server.Stop();
-    EXPECT_FALSE(server.PostToEach([&](ITcpConnection&) { ++visits; }));
+    EXPECT_FALSE(server.PostToEach(visit));
     EXPECT_EQ(visits, 2);
+}
+
+TEST_F(TcpServerTest, SendsWhatAVisitHasAdded)
+{
+    server.Start(At(0));
+    TcpClient client(server.Port());
+    ExpectEcho(client);
+
+    server.PostToEach([](ITcpConversation& conversation) {
+        conversation.Room()[0] = '!';
+        conversation.Received(1);
+        return true;
+    });
+
+    EXPECT_EQ(client.Receive(1), TcpClient::Bytes{'!'});
+}
+
+TEST_F(TcpServerTest, DropsAllClientsOnDemand)
+{
+    server.DisconnectAll(); // does nothing: the server does not run
+    server.Start(At(0));
+    TcpClient first(server.Port());
+    TcpClient second(server.Port());
+    ExpectEcho(first);
+    ExpectEcho(second);
+
+    server.DisconnectAll();
+
+    EXPECT_TRUE(first.IsClosedByServer());
+    EXPECT_TRUE(second.IsClosedByServer());
+    EXPECT_EQ(counters.droppedClients, 2u);
+    TcpClient third(server.Port());
+    ExpectEcho(third);
 }
 
 TEST_F(TcpServerTest, AppliesLimitsInPlace)
 {
     server.Start(At(0, 60));
     uint16 const port = server.Port();
-    TcpClient const client(port);
-    ASSERT_TRUE(calls.WaitFor("Begin"));
+    TcpClient client(port);
+    ExpectEcho(client);
+    TcpSettings settings = At(0);
+    settings.idleTimeoutUsec = 1000;
 
-    server.Apply(At(0, 7));
+    server.Apply(settings);
 
-    EXPECT_TRUE(calls.WaitFor("CheckDeadlines 7"));
+    EXPECT_TRUE(client.IsClosedByServer());
+    EXPECT_EQ(counters.droppedClients, 1u);
     EXPECT_EQ(server.Port(), port);
-    EXPECT_EQ(calls.Count("Close"), 0u);
 }
 
 TEST_F(TcpServerTest, GoesBackToThePortThatItHadWhenTheNewOneIsTaken)
@@ -124,8 +206,8 @@ TEST_F(TcpServerTest, GoesBackToThePortThatItHadWhenTheNewOneIsTaken)
 
     EXPECT_TRUE(server.IsRunning());
     EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + std::to_string(port));
-    TcpClient const client(port);
-    EXPECT_TRUE(calls.WaitFor("Begin"));
+    TcpClient client(port);
+    ExpectEcho(client);
     server.Apply(At(0)); // the address of its present settings: the server keeps its socket
     EXPECT_EQ(server.Port(), port);
 }

@@ -12,20 +12,15 @@ namespace ModbusTcp
 using namespace ZuControl::ControlProtocol;
 
 /// Records the commands. Refuses and stays busy on demand.
-class FakeCommandRunner final : public ICommandRunner
+class FakeCommandRunner final : public PluginCommon::ICommandRunner
 {
 public:
-    bool IsRunning() const override
-    {
-        return isRunning;
-    }
-
-    bool IsSame(Command const& first, Command const& second) override
+    bool IsSameCommand(Command const& first, Command const& second) override
     {
         return first.commandId == second.commandId && std::strcmp(first.text, second.text) == 0;
     }
 
-    void Run(Command const& command) override
+    void RunCommand(Command const& command) override
     {
         commands.push_back(std::to_string(command.requestId) + ":" + std::to_string(command.commandId) + ":" +
                            command.text);
@@ -36,19 +31,18 @@ public:
         status = CommandStatusDone;
     }
 
-    void Fail() override
+    void FailCommand() override
     {
         status = CommandStatusFailed;
     }
 
-    Status LastStatus() override
+    Status CommandStatus() override
     {
         return status;
     }
 
     std::vector<std::string> commands;
     Status status = CommandStatusNone;
-    bool isRunning = false;
     bool refuses = false;
 };
 
@@ -156,7 +150,6 @@ TEST_F(CommandChannelTest, FailsWhatIsRefused)
 TEST_F(CommandChannelTest, TakesAndWritesNothingWhileAnOperationRuns)
 {
     Write(0, {7, 3});
-    runner.isRunning = true;
     runner.status = CommandStatusInProgress;
 
     EXPECT_EQ(Write(0, {8, 2}), ModbusException::SERVER_DEVICE_BUSY);
@@ -164,7 +157,7 @@ TEST_F(CommandChannelTest, TakesAndWritesNothingWhileAnOperationRuns)
     EXPECT_EQ(channel.Written()[0], 7);
     EXPECT_EQ(channel.Written()[1], 3);
     ExpectResult(7, CommandStatusInProgress);
-    runner.isRunning = false;
+    runner.status = CommandStatusDone;
     EXPECT_EQ(Write(0, {8, 2}), ModbusException::NONE);
     EXPECT_EQ(runner.commands, (Commands{"7:3:", "8:2:"}));
 }

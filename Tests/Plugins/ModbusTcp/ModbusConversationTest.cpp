@@ -1,4 +1,5 @@
 #include "Plugins/ModbusTcp/ModbusConversation.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Tests/Plugins/ModbusTcp/FakeRegisterModel.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ protected:
     /// Sends as many bytes as there is room for. Returns their number.
     std::size_t Hear(Bytes const& bytes)
     {
-        std::span<uint8> const room = conversation.Room();
+        std::span<char> const room = conversation.Room();
         std::size_t const count = std::min(room.size(), bytes.size());
         std::copy_n(bytes.begin(), count, room.begin());
         conversation.Received(count);
@@ -45,7 +46,7 @@ protected:
     static constexpr std::size_t READ_MOST_ANSWER_BYTES = 259;
 
     FakeRegisterModel model;
-    ServerCounters counters;
+    ModbusCounters counters;
     ModbusConversation conversation{model, counters};
 };
 
@@ -60,7 +61,7 @@ TEST_F(ModbusConversationTest, AnswersARequestThatComesByteByByte)
     Hear({READ_ONE.back()});
 
     EXPECT_EQ(Pending(), READ_ONE_ANSWER);
-    EXPECT_EQ(conversation.AnsweredCount(), 1u);
+    EXPECT_EQ(conversation.ProgressCount(), 1u);
 }
 
 TEST_F(ModbusConversationTest, AnswersAllThatCameTogetherAndKeepsTheHalfOne)
@@ -84,7 +85,7 @@ TEST_F(ModbusConversationTest, AnswersNothingBehindWhatIsNoFrame)
 
     Hear(bytes);
 
-    EXPECT_TRUE(conversation.IsMalformed());
+    EXPECT_EQ(conversation.NextStep(), ModbusConversation::Step::DROP);
     EXPECT_EQ(Pending(), READ_ONE_ANSWER);
     conversation.Sent(Pending().size());
     EXPECT_TRUE(Pending().empty());
@@ -95,7 +96,7 @@ TEST_F(ModbusConversationTest, KeepsRequestsWaitingUntilTheirAnswersHaveRoom)
     std::size_t const asked = ModbusConversation::INPUT_BYTES / READ_MOST.size();
     Hear(Repeated(READ_MOST, asked));
     EXPECT_LE(Pending().size(), ModbusConversation::OUTPUT_BYTES);
-    EXPECT_LT(conversation.AnsweredCount(), asked);
+    EXPECT_LT(conversation.ProgressCount(), asked);
 
     std::size_t sent = 0;
     while (!Pending().empty())
@@ -106,24 +107,33 @@ TEST_F(ModbusConversationTest, KeepsRequestsWaitingUntilTheirAnswersHaveRoom)
     }
 
     EXPECT_EQ(sent, asked * READ_MOST_ANSWER_BYTES);
-    EXPECT_EQ(conversation.AnsweredCount(), asked);
+    EXPECT_EQ(conversation.ProgressCount(), asked);
 }
 
-TEST_F(ModbusConversationTest, HasNoRoomForMoreThanItsBuffersWhileNobodyTakesTheAnswers)
+TEST_F(ModbusConversationTest, HasNoRoomWhileAnswersWaitToBeTaken)
 {
-    std::size_t heard = 0;
-    for (std::size_t taken = 1; taken > 0; heard += taken)
-    {
-        taken = Hear(Repeated(READ_MOST, 50));
-    }
+    EXPECT_EQ(conversation.Room().size(), ModbusConversation::INPUT_BYTES);
 
-    EXPECT_LE(heard, ModbusConversation::INPUT_BYTES + READ_MOST.size() * ModbusConversation::OUTPUT_BYTES / 259);
+    Hear(READ_ONE);
+
     EXPECT_TRUE(conversation.Room().empty());
+    conversation.Sent(READ_ONE_ANSWER.size());
+    EXPECT_EQ(conversation.Room().size(), ModbusConversation::INPUT_BYTES);
+}
+
+TEST_F(ModbusConversationTest, IsOverWhenTheClientHasEnded)
+{
+    EXPECT_EQ(conversation.NextStep(), ModbusConversation::Step::CONTINUE);
+
+    conversation.InputEnded();
+
+    EXPECT_EQ(conversation.NextStep(), ModbusConversation::Step::CLOSE);
 }
 
 TEST_F(ModbusConversationTest, CountsRequestsExceptionsAndBytes)
 {
     Hear(READ_ONE);
+    conversation.Sent(Pending().size());
     Hear({0, 2, 0, 0, 0, 2, 1, 99});
     conversation.Sent(Pending().size());
 

@@ -1,6 +1,8 @@
-#include "Plugins/ModbusTcp/ModbusServer.h"
+#include "Plugins/Common/TcpServer.h"
 #include "Plugins/ModbusTcp/IRegisterModel.h"
-#include "Plugins/ModbusTcp/ServerCounters.h"
+#include "Plugins/ModbusTcp/ModbusConversation.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
+#include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
 #include "ZuApi/Exception.h"
 
@@ -78,6 +80,17 @@ public:
     }
 };
 
+/// The server as the service makes it.
+PluginCommon::TcpServer::Service Service(IRegisterModel& model, ModbusCounters& counters,
+                                         std::function<void(uint64)> clientsChanged)
+{
+    return {.displayName = ModbusTcpProtocol::DISPLAY_NAME,
+            .threadName = "ModbusTcp.Io",
+            .makeConversation = [&model, &counters] { return std::make_unique<ModbusConversation>(model, counters); },
+            .clientsChanged = std::move(clientsChanged),
+            .writeTimeout = ModbusTcpProtocol::WRITE_TIMEOUT};
+}
+
 class ModbusServerTest : public testing::Test
 {
 protected:
@@ -103,9 +116,9 @@ protected:
     }
 
     EchoModel model;
-    ServerCounters counters;
+    ModbusCounters counters;
     ClientCounts counts;
-    ModbusServer server{model, counters, [this](uint64 count) { counts.Tell(count); }};
+    PluginCommon::TcpServer server{Service(model, counters, [this](uint64 count) { counts.Tell(count); }), counters};
 };
 
 TEST_F(ModbusServerTest, TellsThePortThatItTookWhenAnyWillDo)
@@ -322,8 +335,8 @@ class ModbusServerAddress : public testing::TestWithParam<AddressCase>
 TEST_P(ModbusServerAddress, IsRefusedWithAReason)
 {
     EchoModel model;
-    ServerCounters counters;
-    ModbusServer server(model, counters, [](uint64) {});
+    ModbusCounters counters;
+    PluginCommon::TcpServer server(Service(model, counters, [](uint64) {}), counters);
 
     try
     {

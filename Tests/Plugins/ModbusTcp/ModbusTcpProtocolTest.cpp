@@ -1,10 +1,11 @@
 #include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
-#include "Plugins/ModbusTcp/ModbusTcpPlugin.h"
+#include "Plugins/Common/ProtocolPlugin.h"
 #include "Support/CallLog.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
+#include "Tests/Plugins/Common/Number.h"
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
 #include "ZuApi/JsonSerializer.h"
@@ -32,6 +33,7 @@ namespace ModbusTcp
 {
 
 using PluginCommon::FakeDataCache;
+using PluginCommon::Number;
 using PluginCommon::TestFrame;
 
 using Registers = TestClient::Registers;
@@ -448,14 +450,14 @@ TEST_F(ModbusTcpProtocolTest, CountsWhatItDoes)
 
     auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
 
-    EXPECT_EQ(metrics.requests.Get(), 3u);
-    EXPECT_EQ(metrics.exceptions.illegalAddresses.Get(), 1u);
-    EXPECT_EQ(metrics.exceptions.illegalFunctions.Get(), 0u);
-    EXPECT_EQ(metrics.commands.Get(), 1u);
-    EXPECT_EQ(metrics.registersWritten.Get(), 2u);
-    EXPECT_EQ(metrics.acceptedClients.Get(), 1u);
-    EXPECT_EQ(metrics.controlDrops.Get(), 0u);
-    EXPECT_GE(metrics.largestHandlingUsec.Get(), metrics.lastHandlingUsec.Get());
+    EXPECT_EQ(Number(metrics, "requests"), 3u);
+    EXPECT_EQ(Number(metrics.exceptions, "2"), 1u);
+    EXPECT_EQ(Number(metrics.exceptions, "1"), 0u);
+    EXPECT_EQ(Number(metrics, "commands"), 1u);
+    EXPECT_EQ(Number(metrics, "registersWritten"), 2u);
+    EXPECT_EQ(Number(metrics, "acceptedClients"), 1u);
+    EXPECT_EQ(Number(metrics, "controlDrops"), 0u);
+    EXPECT_GE(Number(metrics, "largestHandlingUsec"), Number(metrics, "lastHandlingUsec"));
     EXPECT_EQ(problems.Count(), 0u);
 }
 
@@ -470,11 +472,11 @@ TEST_F(ModbusTcpProtocolTest, CountsAnewAfterAResetButForItsLifetime)
     client.Read(0, 1);
     protocol->UpdateMetrics();
 
-    EXPECT_EQ(metrics.requests.Get(), 1u);
-    EXPECT_EQ(metrics.acceptedClients.Get(), 0u);
-    EXPECT_EQ(metrics.clients.Get(), 1u); // the present number of clients
-    EXPECT_EQ(metrics.lifetime.requests.Get(), 3u);
-    EXPECT_EQ(metrics.lifetime.acceptedClients.Get(), 1u);
+    EXPECT_EQ(Number(metrics, "requests"), 1u);
+    EXPECT_EQ(Number(metrics, "acceptedClients"), 0u);
+    EXPECT_EQ(Number(metrics, "clients"), 1u); // the present number of clients
+    EXPECT_EQ(Number(metrics.lifetime, "requests"), 3u);
+    EXPECT_EQ(Number(metrics.lifetime, "acceptedClients"), 1u);
 }
 
 TEST_F(ModbusTcpProtocolTest, KeepsTheCountsOfItsLifetimeOverARestart)
@@ -495,9 +497,9 @@ TEST_F(ModbusTcpProtocolTest, KeepsTheCountsOfItsLifetimeOverARestart)
     restarted.LoadPersistDomain(ZuCommon::PersistDomain::PROTOCOL, document);
 
     auto& metrics = dynamic_cast<ModbusMetrics&>(restarted.UpdateMetrics());
-    EXPECT_EQ(metrics.requests.Get(), 0u);
-    EXPECT_EQ(metrics.lifetime.requests.Get(), 2u);
-    EXPECT_EQ(metrics.lifetime.bytesIn.Get(), document.at("lifetime").at("bytesIn"));
+    EXPECT_EQ(Number(metrics, "requests"), 0u);
+    EXPECT_EQ(Number(metrics.lifetime, "requests"), 2u);
+    EXPECT_EQ(Number(metrics.lifetime, "bytesIn"), document.at("lifetime").at("bytesIn"));
     nlohmann::json again;
     restarted.SavePersistDomain(ZuCommon::PersistDomain::PROTOCOL, again);
     EXPECT_EQ(again, document);
@@ -513,8 +515,8 @@ TEST_F(ModbusTcpProtocolTest, AddsToTheCountsThatItHasLoadedLate)
     client.Read(0, 1);
     protocol->UpdateMetrics();
 
-    EXPECT_EQ(metrics.lifetime.requests.Get(), 101u);
-    EXPECT_EQ(metrics.requests.Get(), 2u);
+    EXPECT_EQ(Number(metrics.lifetime, "requests"), 101u);
+    EXPECT_EQ(Number(metrics, "requests"), 2u);
 }
 
 TEST_F(ModbusTcpProtocolTest, RefusesCountsThatAreNoneAndKeepsNothingInAJob)
@@ -534,7 +536,7 @@ TEST_F(ModbusTcpProtocolTest, RefusesCountsThatAreNoneAndKeepsNothingInAJob)
     protocol->SavePersistDomain(ZuCommon::PersistDomain::JOB, document);
 
     EXPECT_TRUE(document.is_null());
-    EXPECT_EQ(metrics.lifetime.acceptedClients.Get(), 0u);
+    EXPECT_EQ(Number(metrics.lifetime, "acceptedClients"), 0u);
 }
 
 TEST_F(ModbusTcpProtocolTest, LetsAnyThreadReadItsMetricsWhileTheyAreBroughtUpToDate)
@@ -604,7 +606,7 @@ TEST_F(ModbusTcpProtocolTest, GoesWhileResultsComeAndClientsRead)
 
 TEST_F(ModbusTcpProtocolTest, IsMadeByThePlugin)
 {
-    auto const plugin = ModbusTcpPlugin::Make();
+    auto const plugin = PluginCommon::ProtocolPlugin<ModbusTcpProtocol>::Make();
 
     ASSERT_EQ(plugin->ControlInfoCount(), 1u);
     ZuControl::ControlInfo const& info = plugin->ControlInfoAt(0);

@@ -1,4 +1,5 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
+#include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Support/RecordingSink.h"
 #include "Tests/Plugins/Common/TestFrames.h"
@@ -50,7 +51,8 @@ protected:
     }
 
     std::unique_ptr<RegisterImage> image = std::make_unique<RegisterImage>();
-    ResultEncoder encoder{*image};
+    ModbusCounters counters;
+    ResultEncoder encoder{*image, counters};
 };
 
 TEST_F(ResultEncoderTest, PutsEachResultWhereItsBlockLies)
@@ -63,7 +65,7 @@ TEST_F(ResultEncoderTest, PutsEachResultWhereItsBlockLies)
 
     EXPECT_EQ(Read(169, 5), (Registers{0, 0, 2, 1, 0}));
     EXPECT_EQ(Read(180, 1), (Registers{0}));
-    EXPECT_EQ(encoder.ResultSetCount(), 1u);
+    EXPECT_EQ(counters.resultSets, 1u);
 }
 
 TEST_F(ResultEncoderTest, ServesSeveralBlocksOfOneSource)
@@ -105,7 +107,7 @@ TEST_F(ResultEncoderTest, ShowsTheLastSetOfABatch)
     encoder.Process(batch.List());
 
     EXPECT_EQ(Read(10, 2), (Registers{0, 5}));
-    EXPECT_EQ(encoder.ResultSetCount(), 5u);
+    EXPECT_EQ(counters.resultSets, 5u);
 }
 
 TEST_F(ResultEncoderTest, CarriesTheValueOfABlockThatMovesAndClearsWhereItWas)
@@ -165,7 +167,7 @@ TEST_F(ResultEncoderTest, ClearsABlockThatCannotTakeItsResultAndTellsItOnce)
 
     EXPECT_EQ(Read(100, 20), Registers(20, 0));
     EXPECT_EQ(Read(10, 2), (Registers{0, 2}));
-    EXPECT_EQ(encoder.DropCount(), 3u);
+    EXPECT_EQ(counters.controlDrops, 3u);
     EXPECT_EQ(log.CountOfText("The block at register 100 cannot take the results of its data source"), 1u);
 }
 

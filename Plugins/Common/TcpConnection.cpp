@@ -1,11 +1,11 @@
-#include "Plugins/AsciiTcp/AsciiConnection.h"
+#include "Plugins/Common/TcpConnection.h"
 
-#include "Plugins/AsciiTcp/AsciiCounters.h"
+#include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Guard.h"
 
 #include <boost/asio/buffer.hpp>
 
-namespace AsciiTcp
+namespace PluginCommon
 {
 
 using boost::asio::ip::tcp;
@@ -24,20 +24,19 @@ bool WouldBlock(error_code const& error)
 
 } // namespace
 
-AsciiConnection::AsciiConnection(tcp::socket acceptedSocket, IAsciiService& service, DataFeed& feed,
-                                 AsciiCounters& usedCounters, Ended whenEnded)
+TcpConnection::TcpConnection(tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
+                             TcpCounters& serverCounters, Ended whenEnded)
     : socket(std::move(acceptedSocket)),
-      conversation(service, feed, usedCounters),
-      counters(usedCounters),
+      conversation(std::move(ownConversation)),
+      counters(serverCounters),
       ended(std::move(whenEnded)),
-      lastRequest(Clock::now()),
-      lastTaken(lastRequest)
+      lastProgress(Clock::now())
 {
 }
 
-AsciiConnection::~AsciiConnection() = default;
+TcpConnection::~TcpConnection() = default;
 
-void AsciiConnection::Begin()
+void TcpConnection::Begin()
 {
     error_code error;
     socket.non_blocking(true, error);
@@ -46,73 +45,46 @@ void AsciiConnection::Begin()
         End(false);
         return;
     }
-    error_code ignored; // all three options are optional
+    error_code ignored; // the options are optional
     socket.set_option(tcp::no_delay(true), ignored);
     socket.set_option(tcp::socket::send_buffer_size(SEND_BUFFER_BYTES), ignored);
     socket.set_option(tcp::socket::keep_alive(true), ignored);
     WaitReadable();
 }
 
-void AsciiConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout)
+void TcpConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout)
 {
-    bool const mayBeSilent = conversation.IsSubscribed() || conversation.IsWaiting();
-    bool const isIdle = !mayBeSilent && now - lastRequest > idleTimeout;
-    bool const isStuck = isWriteAwaited && now - lastTaken > idleTimeout;
+    bool const isIdle = !conversation->MayBeSilent() && now - lastProgress > idleTimeout;
+    bool const isStuck = isStalled && now - stalledSince > writeTimeout;
     if (isIdle || isStuck)
     {
         End(true);
     }
 }
 
-void AsciiConnection::Close()
+void TcpConnection::Visit(std::function<bool(ITcpConversation&)> const& visit)
+{
+    if (isOpen && visit(*conversation))
+    {
+        Flush();
+    }
+}
+
+void TcpConnection::Drop()
+{
+    End(true);
+}
+
+void TcpConnection::Close()
 {
     isOpen = false;
     error_code ignored; // a failed close leaves nothing to do
     socket.close(ignored);
 }
 
-void AsciiConnection::DataCame()
+void TcpConnection::WaitReadable()
 {
-    if (isOpen && conversation.IsSubscribed())
-    {
-        Flush();
-    }
-}
-
-void AsciiConnection::OperationEnded(uint64 ticket, bool isDone)
-{
-    if (isOpen && conversation.OperationEnded(ticket, isDone))
-    {
-        lastRequest = Clock::now();
-        Flush();
-    }
-}
-
-void AsciiConnection::Answered(uint64 ticket, std::string_view line)
-{
-    if (isOpen && conversation.Answered(ticket, line))
-    {
-        Flush();
-    }
-}
-
-void AsciiConnection::Tell(std::string_view line)
-{
-    if (isOpen)
-    {
-        conversation.Tell(line);
-        Flush();
-    }
-}
-
-void AsciiConnection::Disconnect()
-{
-    End(true);
-}
-
-void AsciiConnection::WaitReadable()
-{
-    if (isReadAwaited || conversation.Room().empty())
+    if (isReadAwaited || conversation->Room().empty())
     {
         return;
     }
@@ -127,11 +99,13 @@ void AsciiConnection::WaitReadable()
     });
 }
 
-void AsciiConnection::WaitWritable()
+void TcpConnection::WaitWritable()
 {
-    isWriteAwaited = true;
+    stalledSince = isTaking ? Clock::now() : stalledSince;
+    isTaking = false;
+    isStalled = true;
     socket.async_wait(tcp::socket::wait_write, [self = shared_from_this()](error_code const&) {
-        self->isWriteAwaited = false;
+        self->isStalled = false;
         if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Flush(); }))
         {
             self->End(false);
@@ -139,28 +113,28 @@ void AsciiConnection::WaitWritable()
     });
 }
 
-void AsciiConnection::Readable()
+void TcpConnection::Readable()
 {
-    std::span<char> const room = conversation.Room();
+    std::span<char> const room = conversation->Room();
     error_code error;
     std::size_t const bytes = room.empty() ? 0 : socket.read_some(boost::asio::buffer(room.data(), room.size()), error);
     if (error == boost::asio::error::eof)
     {
-        conversation.InputEnded();
+        conversation->InputEnded();
     }
     else if (error && !WouldBlock(error))
     {
         End(false);
         return;
     }
-    conversation.Received(bytes);
+    conversation->Received(bytes);
     Flush();
 }
 
-void AsciiConnection::Flush()
+void TcpConnection::Flush()
 {
-    conversation.TakeData(); // counts missed lines even while nothing can be sent
-    for (int i = 0; !isWriteAwaited && !conversation.Pending().empty(); ++i)
+    conversation->TakeData(); // counts missed data even while nothing can be sent
+    for (int i = 0; !isStalled && !conversation->Pending().empty(); ++i)
     {
         if (i == SENDS_IN_A_ROW)
         {
@@ -170,21 +144,22 @@ void AsciiConnection::Flush()
         {
             return;
         }
-        conversation.TakeData();
+        conversation->TakeData();
     }
     NoteProgress();
-    if (conversation.IsOver())
+    auto const step = conversation->NextStep();
+    if (step != ITcpConversation::Step::CONTINUE && conversation->Pending().empty())
     {
-        End(false);
+        End(step == ITcpConversation::Step::DROP);
         return;
     }
     WaitReadable();
 }
 
 /// Returns false when the connection has ended.
-bool AsciiConnection::SendPending()
+bool TcpConnection::SendPending()
 {
-    std::string_view const pending = conversation.Pending();
+    std::string_view const pending = conversation->Pending();
     error_code error;
     std::size_t const bytes = socket.write_some(boost::asio::buffer(pending.data(), pending.size()), error);
     if (WouldBlock(error))
@@ -197,21 +172,21 @@ bool AsciiConnection::SendPending()
         End(false);
         return false;
     }
-    lastTaken = Clock::now();
-    conversation.Sent(bytes);
+    isTaking = true;
+    conversation->Sent(bytes);
     return true;
 }
 
-void AsciiConnection::NoteProgress()
+void TcpConnection::NoteProgress()
 {
-    if (answeredCount != conversation.AnsweredCount())
+    if (progressCount != conversation->ProgressCount())
     {
-        answeredCount = conversation.AnsweredCount();
-        lastRequest = Clock::now();
+        progressCount = conversation->ProgressCount();
+        lastProgress = Clock::now();
     }
 }
 
-void AsciiConnection::End(bool isDropped)
+void TcpConnection::End(bool isDropped)
 {
     if (!isOpen)
     {
@@ -222,4 +197,4 @@ void AsciiConnection::End(bool isDropped)
     ended(shared_from_this());
 }
 
-} // namespace AsciiTcp
+} // namespace PluginCommon

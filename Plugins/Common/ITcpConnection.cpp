@@ -1,8 +1,0 @@
-#include "Plugins/Common/ITcpConnection.h"
-
-namespace PluginCommon
-{
-
-ITcpConnection::~ITcpConnection() = default;
-
-} // namespace PluginCommon

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Plugins/Common/ITcpConversation.h"
+#include "wApi/wTypes.h"
+
+#include <utility> // the networking headers need it and do not include it
+
+#include <boost/asio/ip/tcp.hpp>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace PluginCommon
+{
+
+struct TcpCounters;
+
+/// One client of a TcpServer: its socket, its conversation and its deadlines. Used on the I/O thread only. The server
+/// and the pending operations of the socket share it.
+///
+/// Each time the socket is ready, it is read once, and all that the conversation has to send is written with as few
+/// calls as possible.
+class TcpConnection final : public std::enable_shared_from_this<TcpConnection>
+{
+public:
+    using Clock = std::chrono::steady_clock;
+    using Ended = std::function<void(std::shared_ptr<TcpConnection> const&)>;
+
+    /// Approximate limit of the socket's send buffer. It is small because results that wait there are old when they
+    /// arrive.
+    static constexpr int SEND_BUFFER_BYTES = 64 * 1024;
+
+    /// `whenEnded` is called once when the connection has ended by itself. `Close` does not call it.
+    TcpConnection(boost::asio::ip::tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
+                  TcpCounters& serverCounters, Ended whenEnded);
+    ~TcpConnection();
+    TcpConnection(TcpConnection const&) = delete;
+    TcpConnection& operator=(TcpConnection const&) = delete;
+
+    /// Starts serving the client. Before this call the server has counted it.
+    void Begin();
+
+    /// Drops the client if it has made no progress for `idleTimeout`, or has taken no pending bytes for `writeTimeout`.
+    void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout);
+
+    /// Calls `visit` with the conversation, and sends if it returns true.
+    void Visit(std::function<bool(ITcpConversation&)> const& visit);
+
+    /// Drops the client.
+    void Drop();
+
+    /// Closes the socket. The server has removed the connection.
+    void Close();
+
+private:
+    void WaitReadable();
+    void WaitWritable();
+    void Readable();
+    void Flush();
+    bool SendPending();
+    void NoteProgress();
+    void End(bool isDropped);
+
+    boost::asio::ip::tcp::socket socket;
+    std::unique_ptr<ITcpConversation> const conversation;
+    TcpCounters& counters;
+    Ended ended;
+    uint64 progressCount = 0;
+    Clock::time_point lastProgress; // of the conversation, or the begin of the connection
+    Clock::time_point stalledSince; // the client has taken no bytes since then
+    bool isTaking = true;           // the client has taken bytes since `stalledSince`
+    bool isReadAwaited = false;
+    bool isStalled = false; // bytes wait until the socket is writable
+    bool isOpen = true;
+};
+
+} // namespace PluginCommon

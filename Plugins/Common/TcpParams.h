@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Plugins/Common/TcpServer.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+#include "wApi/wTypes.h"
+
+#include <string>
+
+namespace PluginCommon
+{
+
+/// The parameters of every TCP service. A service derives its own record from this one.
+///
+/// The constructor of the derived class registers its own parameters and then calls `RegisterLimits`: documents show
+/// the parameters in the order of registration.
+struct TcpParams : public Zu::Params::Group
+{
+public:
+    static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
+    static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
+    static constexpr uint32 MOST_CLIENTS = 512;
+    static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
+    static constexpr uint32 LONGEST_IDLE_TIMEOUT = 86400;
+
+    ~TcpParams() override;
+
+    /// Sets all parameters to their defaults. A derived record with own parameters overrides it and calls this one.
+    virtual void SetDefaults();
+
+    /// The settings of the server. Values out of bounds are clamped, because parameters from a job are not validated.
+    TcpSettings Settings() const;
+
+    Zu::Params::Value<uint16> port;         ///< 0: a free port, shown in the metrics
+    Zu::Params::Value<std::string> address; ///< a numeric IP address of this machine
+    Zu::Params::Value<uint32> maxClients;   ///< 1 to MOST_CLIENTS
+    Zu::Params::Value<uint32> idleTimeout;  ///< seconds, 1 to LONGEST_IDLE_TIMEOUT
+
+protected:
+    /// Registers port, address and maxClients.
+    explicit TcpParams(uint16 newDefaultPort);
+
+    /// Registers the idle timeout, behind the parameters of the derived record.
+    void RegisterLimits();
+
+    /// Sets both bounds of a number.
+    static void Bound(Zu::Params::Value<uint32>& value, uint32 least, uint32 most);
+
+private:
+    uint16 const defaultPort;
+};
+
+} // namespace PluginCommon

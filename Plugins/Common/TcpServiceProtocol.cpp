@@ -1,0 +1,261 @@
+#include "Plugins/Common/TcpServiceProtocol.h"
+
+#include "ZuApi/Exception.h"
+#include "ZuControl/Control/IControlScanResults.h"
+#include "wApi/wMutex.h"
+
+#include <utility>
+
+namespace PluginCommon
+{
+
+using namespace ZuControl::ControlProtocol;
+using ZuControl::ProtocolStatus;
+
+namespace
+{
+
+template <typename Needed>
+Needed& Required(Needed* needed, char const* displayName, char const* name)
+{
+    if (needed == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s cannot do without the %s", displayName, name);
+    }
+    return *needed;
+}
+
+} // namespace
+
+ITcpConversation::~ITcpConversation() = default;
+
+void ITcpConversation::TakeData()
+{
+}
+
+bool ITcpConversation::MayBeSilent() const
+{
+    return false;
+}
+
+ICommandRunner::~ICommandRunner() = default;
+
+TcpServiceProtocol::TcpServiceProtocol(Identity const& newIdentity, ControlProtocolEnviron const& environ)
+    : ProtocolBase(newIdentity.number, newIdentity.displayName, environ),
+      identity(newIdentity),
+      fetcher(std::string(newIdentity.typeName) + ".State",
+              Required(environ.dataCache, newIdentity.displayName, "data cache"),
+              Required(environ.problems, newIdentity.displayName, "problems manager"))
+{
+}
+
+TcpServiceProtocol::~TcpServiceProtocol() = default;
+
+void TcpServiceProtocol::InitService(Records const& records, ProtocolInitParams initParams)
+{
+    params = &records.params;
+    metrics = &records.metrics;
+    counters = &records.counters;
+    server = std::make_unique<TcpServer>(
+        TcpServer::Service{.displayName = identity.displayName,
+                           .threadName = std::string(identity.typeName) + ".Io",
+                           .makeConversation = [this] { return MakeConversation(); },
+                           .clientsChanged = [this](uint64 count) { OnClientsChanged(count); },
+                           .writeTimeout = identity.writeTimeout},
+        *counters);
+    initParams.params = params;
+    initParams.metricsData = metrics;
+    Init(initParams);
+}
+
+void TcpServiceProtocol::EndService() noexcept
+{
+    CloseResultHandlerGate();
+    server->Stop();
+    fetcher.Stop();
+}
+
+Zu::Properties::Structure& TcpServiceProtocol::UpdateMetrics()
+{
+    Zu::MutexLock const guard(metricsLock);
+    ShowMetrics();
+    metrics->Show();
+    metrics->listening.Set(server->Endpoint());
+    CheckControlDrops();
+    return *metrics;
+}
+
+void TcpServiceProtocol::ResetMetrics()
+{
+    Zu::MutexLock const guard(metricsLock);
+    metrics->Reset();
+    counters->largestHandlingUsec.store(0, std::memory_order_relaxed);
+}
+
+void TcpServiceProtocol::ParamsUpdate()
+{
+    Zu::MutexLock guard(lifecycleLock);
+    bool const wasRunning = server->IsRunning();
+    try
+    {
+        ApplyOwnParams();
+        server->Apply(params->Settings());
+    }
+    catch (...)
+    {
+        bool const isLost = wasRunning && !server->IsRunning();
+        if (isLost)
+        {
+            fetcher.Stop(); // as after a failed start
+        }
+        guard.Unlock(); // handlers may call this service
+        if (isLost)
+        {
+            NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::FailedToStart);
+        }
+        throw;
+    }
+}
+
+void TcpServiceProtocol::ResetParams()
+{
+    params->SetDefaults();
+}
+
+void TcpServiceProtocol::Start()
+{
+    {
+        Zu::MutexLock const guard(lifecycleLock);
+        if (server->IsRunning())
+        {
+            return;
+        }
+        ApplyOwnParams();
+        fetcher.Start();
+        try
+        {
+            server->Start(params->Settings());
+        }
+        catch (...)
+        {
+            fetcher.Stop();
+            throw;
+        }
+        metrics->listening.Set(server->Endpoint()); // at once: the host prints the address before the next update
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
+}
+
+void TcpServiceProtocol::Stop()
+{
+    {
+        Zu::MutexLock const guard(lifecycleLock);
+        server->Stop();
+        fetcher.Stop();
+    }
+    NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
+}
+
+void TcpServiceProtocol::RegisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    ProtocolBase::RegisterControlScanResultsHandler(results);
+    results.UpdateOutputMap(EthernetProtocolId(), DataSourceList());
+    {
+        Zu::MutexLock const guard(fanOutLock);
+        fanOut = &results;
+    }
+    TellClientCount();
+}
+
+void TcpServiceProtocol::DeregisterControlScanResultsHandler(ZuControl::IControlScanResults& results)
+{
+    {
+        Zu::MutexLock const guard(fanOutLock);
+        fanOut = nullptr; // not held during the call below, which waits for a running batch
+    }
+    ProtocolBase::DeregisterControlScanResultsHandler(results);
+}
+
+void TcpServiceProtocol::OnStartScan()
+{
+    Zu::MutexLock const guard(metricsLock);
+    metrics->Show(); // earlier drops do not count for this scan
+    ProtocolBase::OnStartScan();
+}
+
+void TcpServiceProtocol::ApplyOwnParams()
+{
+}
+
+void TcpServiceProtocol::ShowMetrics()
+{
+}
+
+void TcpServiceProtocol::TellDataSources()
+{
+    Zu::MutexLock const guard(fanOutLock);
+    if (fanOut != nullptr)
+    {
+        fanOut->UpdateOutputMap(EthernetProtocolId(), DataSourceList());
+    }
+}
+
+void TcpServiceProtocol::VisitEach(std::function<bool(ITcpConversation&)> visit)
+{
+    server->PostToEach(std::move(visit));
+}
+
+void TcpServiceProtocol::DisconnectAll()
+{
+    server->DisconnectAll();
+}
+
+StateFetcher::State TcpServiceProtocol::LatestState(std::string const& scannerId)
+{
+    return fetcher.Latest(scannerId);
+}
+
+void TcpServiceProtocol::RunCommand(Command const& command)
+{
+    try
+    {
+        ProcessReceivedCommonCommands(command);
+    }
+    catch (...)
+    {
+        SetOperationInProgress(false); // refused: the result of the previous operation stays
+        throw;
+    }
+}
+
+void TcpServiceProtocol::FailCommand()
+{
+    OperationCompleted(Zu::Status::FAILURE);
+}
+
+TcpServiceProtocol::Status TcpServiceProtocol::CommandStatus()
+{
+    return GetCommandStatus();
+}
+
+bool TcpServiceProtocol::IsSameCommand(Command const& first, Command const& second)
+{
+    return IsDuplicateCommand(first, second);
+}
+
+void TcpServiceProtocol::OnClientsChanged(uint64 count)
+{
+    fetcher.SetHasClients(count > 0);
+    TellClientCount();
+}
+
+void TcpServiceProtocol::TellClientCount()
+{
+    Zu::MutexLock const guard(fanOutLock);
+    if (fanOut != nullptr)
+    {
+        UpdateConnectedClientCount(counters->clients.load(std::memory_order_relaxed));
+    }
+}
+
+} // namespace PluginCommon

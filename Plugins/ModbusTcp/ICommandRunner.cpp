@@ -1,8 +1,0 @@
-#include "Plugins/ModbusTcp/ICommandRunner.h"
-
-namespace ModbusTcp
-{
-
-ICommandRunner::~ICommandRunner() = default;
-
-} // namespace ModbusTcp
