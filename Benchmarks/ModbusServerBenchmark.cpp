@@ -8,9 +8,9 @@
 #include "ServerContest.h"
 
 #include "Plugins/Common/TcpServer.h"
-#include "Plugins/ModbusTcp/IRegisterModel.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 
 #include <arpa/inet.h>

@@ -9,7 +9,6 @@
 #include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
-#include "Plugins/AsciiTcp/IAsciiService.h"
 #include "ZuApi/Exception.h"
 
 #include <algorithm>

@@ -5,10 +5,9 @@
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
-#include "Plugins/ModbusTcp/IRegisterModel.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
-#include "Plugins/ModbusTcp/ModbusFrame.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Plugins/ModbusTcp/DefaultJob.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"

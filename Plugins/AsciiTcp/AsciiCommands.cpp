@@ -1,11 +1,36 @@
 #include "Plugins/AsciiTcp/AsciiCommands.h"
 
-#include "Plugins/AsciiTcp/ReachedClients.h"
-#include "Plugins/AsciiTcp/SendTextParams.h"
+#include "Plugins/AsciiTcp/AsciiText.h"
 #include "ZuApi/Exception.h"
 
 namespace AsciiTcp
 {
+
+SendTextParams::SendTextParams() : Group("")
+{
+    Register("text", "Text", text);
+}
+
+SendTextParams::~SendTextParams()
+{
+    Deregister("text"); // before the member, to which the base class refers, is destroyed
+}
+
+bool SendTextParams::IsValid(std::string_view text)
+{
+    return !text.empty() && text.size() <= MOST_BYTES && IsPrintable(text);
+}
+
+ReachedClients::ReachedClients(uint64 count) : Group("")
+{
+    Register("clients", "Clients", clients);
+    clients.Set(count);
+}
+
+ReachedClients::~ReachedClients()
+{
+    Deregister("clients"); // before the member, to which the base class refers, is destroyed
+}
 
 AsciiCommands::AsciiCommands(Handlers newHandlers) : handlers(std::move(newHandlers))
 {

@@ -1,15 +1,44 @@
 #pragma once
 
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "wApi/wTypes.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace AsciiTcp
 {
+
+/// The argument of the command sendText.
+struct SendTextParams final : public Zu::Params::Group
+{
+public:
+    static constexpr std::size_t MOST_BYTES = 256;
+
+    SendTextParams();
+    ~SendTextParams() override;
+
+    /// Whether `text` may be sent to clients: 1 to MOST_BYTES bytes without control characters.
+    static bool IsValid(std::string_view text);
+
+    Zu::Params::Value<std::string> text;
+};
+
+/// The result of a command for all clients.
+struct ReachedClients final : public Zu::Params::Group
+{
+public:
+    explicit ReachedClients(uint64 count);
+    ~ReachedClients() override;
+
+    Zu::Params::Value<uint64> clients; ///< clients connected at the time of the command
+};
 
 /// The commands that the service itself offers.
 class AsciiCommands final : public ZuControl::IControlActionTarget

@@ -12,6 +12,8 @@
 namespace AsciiTcp
 {
 
+IAsciiService::~IAsciiService() = default;
+
 using namespace ZuControl::ControlProtocol;
 
 AsciiConversation::AsciiConversation(IAsciiService& usedService, DataFeed& usedFeed, AsciiCounters& usedCounters)

@@ -1,8 +1,8 @@
 #include "Plugins/AsciiTcp/AsciiTcpProtocol.h"
 
+#include "Plugins/AsciiTcp/AsciiCommands.h"
 #include "Plugins/AsciiTcp/AsciiConversation.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
-#include "Plugins/AsciiTcp/SendTextParams.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "wApi/wArrayList.h"

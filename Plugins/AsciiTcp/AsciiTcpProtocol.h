@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Plugins/AsciiTcp/AsciiCommands.h"
+#include "Plugins/AsciiTcp/AsciiConversation.h"
 #include "Plugins/AsciiTcp/AsciiMetrics.h"
-#include "Plugins/AsciiTcp/AsciiOutputActions.h"
 #include "Plugins/AsciiTcp/AsciiOutputMap.h"
 #include "Plugins/AsciiTcp/AsciiParams.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
-#include "Plugins/AsciiTcp/IAsciiService.h"
 #include "Plugins/AsciiTcp/OperationRunner.h"
 #include "Plugins/AsciiTcp/ResultBoard.h"
 #include "Plugins/AsciiTcp/SlowRequests.h"

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Plugins/AsciiTcp/Reading.h"
 #include "wApi/wTypes.h"
 
 #include <string>
@@ -9,6 +8,21 @@
 /// The text format of the protocol's lines. Texts are bytes; bytes above 127 are passed unchanged.
 namespace AsciiTcp
 {
+
+/// The value of an output at one moment.
+struct Reading
+{
+    enum class State : uint8
+    {
+        NONE,    ///< no result yet
+        INVALID, ///< the last result has no number
+        VALID
+    };
+
+    State state = State::NONE;
+    uint8 decision = 0; ///< 1 within limits
+    double value = 0;   ///< finite if VALID
+};
 
 /// Maximum number of digits after the decimal point.
 inline constexpr uint32 MOST_DECIMALS = 9;

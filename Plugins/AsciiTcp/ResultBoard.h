@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Plugins/AsciiTcp/AsciiOutputMap.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
-#include "Plugins/AsciiTcp/OutputTable.h"
-#include "Plugins/AsciiTcp/Reading.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 

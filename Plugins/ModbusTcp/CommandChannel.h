@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Plugins/Common/ICommandRunner.h"
-#include "Plugins/ModbusTcp/ModbusException.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
 #include "wApi/wTypes.h"
 

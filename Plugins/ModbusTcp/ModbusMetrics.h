@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Plugins/Common/TcpMetrics.h"
-#include "Plugins/ModbusTcp/ModbusException.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "ZuApi/Properties/Value.h"
 
 #include <array>

@@ -1,12 +1,51 @@
 #pragma once
 
-#include "Plugins/ModbusTcp/IRegisterModel.h"
+#include "wApi/wTypes.h"
 
 #include <cstddef>
 #include <span>
 
 namespace ModbusTcp
 {
+
+/// The exception code by which a request is refused.
+enum class ModbusException : uint8
+{
+    NONE = 0,
+    ILLEGAL_FUNCTION = 1,
+    ILLEGAL_DATA_ADDRESS = 2, ///< outside the registers, or a write outside the command block
+    ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of range, or parts of the request that contradict each other
+    SERVER_DEVICE_BUSY = 6    ///< an operation begun by this service still runs
+};
+
+/// The registers behind the server. All operations are called on the server's I/O thread and must not wait for a
+/// client.
+class IRegisterModel
+{
+public:
+    virtual ~IRegisterModel();
+
+    /// Registers 0 to RegisterCount() - 1 can be read.
+    virtual uint32 RegisterCount() const = 0;
+
+    /// Fills `registers` from `first` on with values of one moment. The range lies within RegisterCount.
+    virtual void Read(uint16 first, std::span<uint16> registers) = 0;
+
+    /// Carries out a write request completely or not at all. A refused request changes nothing.
+    virtual ModbusException Write(uint16 first, std::span<uint16 const> values) = 0;
+};
+
+/// The device identification (function 43, interface 14). Basic objects: vendor, product code and revision. Regular
+/// object: product name. Offers stream access to the basic and the regular objects, and individual access to each.
+class DeviceIdentification final
+{
+public:
+    static constexpr uint8 INTERFACE_TYPE = 14;
+
+    /// Answers `request`, the protocol data unit after the function code, into `answer`, which begins at the same
+    /// offset. `answerBytes` is set only if the result is NONE.
+    static ModbusException Read(std::span<uint8 const> request, std::span<uint8> answer, std::size_t& answerBytes);
+};
 
 /// Answers a protocol data unit from a register model.
 ///

@@ -1,6 +1,5 @@
 #include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
 
-#include "Plugins/ModbusTcp/DefaultJob.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "ZuApi/JsonSerializer.h"

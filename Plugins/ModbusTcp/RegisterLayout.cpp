@@ -1,8 +1,8 @@
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 
-#include "Plugins/ModbusTcp/AssemblyLock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
+#include "ZuApi/Guard.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuCore/DataSourceHash.h"
 
@@ -11,6 +11,17 @@
 
 namespace ModbusTcp
 {
+
+AssemblyLock::AssemblyLock(ZuControl::ControlProtocol::IProtocolRegisterAssembly& lockedAssembly)
+    : assembly(lockedAssembly)
+{
+    assembly.BeginLock();
+}
+
+AssemblyLock::~AssemblyLock()
+{
+    ZU_GUARD_DESTRUCTOR([this] { assembly.EndLock(); });
+}
 
 std::shared_ptr<RegisterLayout const>
 RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly)

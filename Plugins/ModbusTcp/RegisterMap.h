@@ -2,7 +2,7 @@
 
 #include "Plugins/Common/StateFetcher.h"
 #include "Plugins/ModbusTcp/CommandChannel.h"
-#include "Plugins/ModbusTcp/IRegisterModel.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"

@@ -1,6 +1,4 @@
 #include "Plugins/AsciiTcp/AsciiCommands.h"
-#include "Plugins/AsciiTcp/ReachedClients.h"
-#include "Plugins/AsciiTcp/SendTextParams.h"
 #include "Support/Refusal.h"
 #include "ZuApi/JsonSerializer.h"
 

@@ -1,6 +1,4 @@
 #include "Plugins/AsciiTcp/AsciiOutputMap.h"
-#include "Plugins/AsciiTcp/AsciiOutputActions.h"
-#include "Plugins/AsciiTcp/OutputTable.h"
 #include "Support/Refusal.h"
 #include "ZuCore/DataSourceHash.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Plugins/ModbusTcp/IRegisterModel.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "Plugins/ModbusTcp/ModbusFrame.h"
+#include "Plugins/ModbusTcp/ModbusConversation.h"
 
 #include <gtest/gtest.h>
 

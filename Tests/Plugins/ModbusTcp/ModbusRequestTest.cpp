@@ -1,5 +1,5 @@
 #include "Plugins/ModbusTcp/ModbusRequest.h"
-#include "Plugins/ModbusTcp/ModbusFrame.h"
+#include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "Tests/Plugins/ModbusTcp/FakeRegisterModel.h"
 
 #include <gtest/gtest.h>

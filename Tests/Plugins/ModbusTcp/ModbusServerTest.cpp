@@ -1,7 +1,7 @@
 #include "Plugins/Common/TcpServer.h"
-#include "Plugins/ModbusTcp/IRegisterModel.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
+#include "Plugins/ModbusTcp/ModbusRequest.h"
 #include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
 #include "ZuApi/Exception.h"

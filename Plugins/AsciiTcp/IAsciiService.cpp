@@ -1,8 +1,0 @@
-#include "Plugins/AsciiTcp/IAsciiService.h"
-
-namespace AsciiTcp
-{
-
-IAsciiService::~IAsciiService() = default;
-
-} // namespace AsciiTcp

@@ -1,8 +1,0 @@
-#include "Plugins/ModbusTcp/IRegisterModel.h"
-
-namespace ModbusTcp
-{
-
-IRegisterModel::~IRegisterModel() = default;
-
-} // namespace ModbusTcp
