@@ -1,5 +1,5 @@
-# What another project needs: the three libraries with their public headers, found by find_package(ZuControl) and by
-# pkg-config, and the host program with its plug-ins. The installed tree may be moved: its parts find each other.
+# What another project needs: the three libraries and the plug-in kit with their public headers, found by
+# find_package(ZuControl) and by pkg-config, and the host program with its plug-ins. The installed tree may be moved: its parts find each other.
 include(CMakePackageConfigHelpers)
 include(cmake/InstallCheck.cmake)
 
@@ -15,6 +15,7 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuApi/JsonTextWriter.h
     Platform/ZuPlugin/ElfText.h
     Platform/ZuRest/DocumentSinks.h
+    Plugins/Common/TcpConnection.h
     ZuControl/Control/HardwareResult.h
     ZuControl/Control/JsonNumber.h
     ZuControl/Control/ScannerInfoDocument.h
@@ -40,8 +41,9 @@ set_target_properties(${ZU_LIBRARIES} PROPERTIES
 )
 set_target_properties(${ZU_PLUGINS} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
 
-install(TARGETS ${ZU_LIBRARIES} EXPORT ZuControlTargets
+install(TARGETS ${ZU_LIBRARIES} PluginCommon EXPORT ZuControlTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${ZU_INCLUDE_DIR}
 )
 if(ZU_BUILD_HOST)
@@ -54,6 +56,7 @@ foreach(header IN LISTS ZU_PRIVATE_HEADERS)
     list(APPEND exclusions PATTERN ${header} EXCLUDE)
 endforeach()
 install(DIRECTORY ZuControl ZuApi Platform/ DESTINATION ${ZU_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h" ${exclusions})
+install(DIRECTORY Plugins/Common DESTINATION ${ZU_INCLUDE_DIR}/Plugins FILES_MATCHING PATTERN "*.h" ${exclusions})
 foreach(header IN LISTS ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS)
     cmake_path(GET header PARENT_PATH folder)
     install(FILES ${header} DESTINATION ${ZU_INCLUDE_DIR}/${folder})
@@ -69,5 +72,7 @@ install(FILES ${PROJECT_BINARY_DIR}/ZuControlConfig.cmake ${PROJECT_BINARY_DIR}/
 )
 
 file(RELATIVE_PATH ZU_PREFIX_FROM_PKGCONFIG /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(cmake/zucontrol.pc.in ${PROJECT_BINARY_DIR}/zucontrol.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/zucontrol.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package zucontrol zucontrol-plugin-kit)
+    configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -50,7 +50,8 @@ class Installation(unittest.TestCase):
 
     def test_no_private_header_is_installed(self):
         for header in ("ZuControl/Persistence/ConfigurationDocument.h", "ZuControl/Protocol/ControlResource.h",
-                       "ZuControl/Control/JsonNumber.h", "ZuRest/DocumentSinks.h"):
+                       "ZuControl/Control/JsonNumber.h", "ZuRest/DocumentSinks.h",
+                       "Plugins/Common/TcpConnection.h"):
             self.assertFalse((self.headers / header).exists(), header)
 
     def test_programs_ask_for_a_major_version_of_the_libraries(self):

@@ -1,4 +1,4 @@
-"""The template plug-in is built against the installed libraries, both ways, and runs as its page says."""
+"""The template plug-in is built against the installed kit, both ways, and runs as its page says."""
 
 import json
 import os
@@ -9,15 +9,8 @@ import tempfile
 import unittest
 import urllib.request
 
-from host import PATIENCE, Host
+from host import PATIENCE, Host, wait_until
 from installation import ROOT, hide_private_dependencies, install, package_folder, run
-
-
-def receiver():
-    sock = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-    sock.bind(("127.0.0.1", 0))
-    sock.settimeout(PATIENCE)
-    return sock
 
 
 class Template(unittest.TestCase):
@@ -35,31 +28,39 @@ class Template(unittest.TestCase):
 
     def copy(self, name):
         copied = pathlib.Path(self.folder.name) / name
-        shutil.copytree(ROOT / "Plugins/Template", copied)
+        shutil.copytree(ROOT / "Samples/Template", copied)
         return copied
 
-    def expect_datagrams(self, plugins):
-        with receiver() as sock, Host(
-                "--plugins", plugins, "--enable", "Template", "--start",
-                "--param", f"Template.port={sock.getsockname()[1]}",
-                modbus=False, program=self.prefix / "bin/zucontrol-host") as host:
-            request = urllib.request.Request(
-                f"http://127.0.0.1:{host.http_port}/controls/Template/outputs/commands/add",
-                data=json.dumps({"outputId": 7, "source": "profile/zMax"}).encode(), method="POST")
-            urllib.request.urlopen(request, timeout=PATIENCE).close()
-            self.assertRegex(sock.recv(2048).decode(), r"^7=(10|25)\.000:1$")
+    def expect_lines(self, plugins):
+        with Host("--plugins", plugins, "--enable", "Template", "--start", "--param", "Template.port=0",
+                  modbus=False, program=self.prefix / "bin/zucontrol-host") as host:
+            with socket.create_connection(("127.0.0.1", host.ports["Template"]), timeout=PATIENCE) as sock:
+                lines = sock.makefile("r")
+                sock.sendall(b"start it\nstop\n")
+                self.assertEqual(lines.readline(), "error the requests are start and stop\n")
+                self.assertEqual(lines.readline(), "ok\n")
+                request = urllib.request.Request(
+                    f"http://127.0.0.1:{host.http_port}/controls/Template/outputs/commands/add",
+                    data=json.dumps({"outputId": 7, "source": "profile/zMax"}).encode(), method="POST")
+                urllib.request.urlopen(request, timeout=PATIENCE).close()
+
+                def starts():  # refused until the stop has ended
+                    sock.sendall(b"start\n")
+                    return lines.readline() == "ok\n"
+                wait_until(starts, "the start")
+                self.assertRegex(lines.readline(), r"^7=(10|25)\.000:1\n$")
 
     def test_with_find_package(self):
         source = self.copy("with_cmake")
         run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
             env=self.environment)
         run("cmake", "--build", source / "build")
-        self.expect_datagrams(source / "build")
+        self.expect_lines(source / "build")
 
     def test_with_pkg_config(self):
         source = self.copy("with_make")
         run("make", "-C", source, "-j2", env=dict(self.environment, PKG_CONFIG_PATH=str(package_folder(self.prefix))))
-        self.expect_datagrams(source)
+        self.expect_lines(source)
 
     @unittest.skipUnless(shutil.which("clang++"), "needs clang++")
     def test_with_the_other_compiler(self):
@@ -70,11 +71,11 @@ class Template(unittest.TestCase):
         run("cmake", "--build", source / "build")
         self.assertIn(b"clang", (source / "build/template.so").read_bytes())
         run(self.prefix / "bin/zucontrol-host", "--check-plugin", source / "build/template.so")
-        self.expect_datagrams(source / "build")
+        self.expect_lines(source / "build")
 
     def test_the_guide_shows_what_is_built(self):
         guide = (ROOT / "docs/plugin-guide.md").read_text()
-        code = "".join(path.read_text() for path in sorted((ROOT / "Plugins/Template").glob("*")))
+        code = "".join(path.read_text() for path in sorted((ROOT / "Samples/Template").glob("*")))
         samples = [fence.removeprefix("cpp\n") for fence in guide.split("```")[1::2] if fence.startswith("cpp\n")]
         self.assertTrue(samples)
         for sample in samples:
