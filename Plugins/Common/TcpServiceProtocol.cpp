@@ -107,6 +107,7 @@ void TcpServiceProtocol::ParamsUpdate()
         if (isLost)
         {
             fetcher.Stop(); // as after a failed start
+            SetServing(false);
         }
         guard.Unlock(); // handlers may call this service
         if (isLost)
@@ -142,6 +143,7 @@ void TcpServiceProtocol::Start()
             throw;
         }
         metrics->listening.Set(server->Endpoint()); // at once: the host prints the address before the next update
+        SetServing(true);
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -152,6 +154,7 @@ void TcpServiceProtocol::Stop()
         Zu::MutexLock const guard(lifecycleLock);
         server->Stop();
         fetcher.Stop();
+        SetServing(false);
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
 }
@@ -249,12 +252,22 @@ void TcpServiceProtocol::OnClientsChanged(uint64 count)
     TellClientCount();
 }
 
+void TcpServiceProtocol::SetServing(bool newIsServing)
+{
+    {
+        Zu::MutexLock const guard(fanOutLock);
+        isServing = newIsServing;
+    }
+    TellClientCount();
+}
+
 void TcpServiceProtocol::TellClientCount()
 {
     Zu::MutexLock const guard(fanOutLock);
     if (fanOut != nullptr)
     {
-        UpdateConnectedClientCount(counters->clients.load(std::memory_order_relaxed));
+        uint64 const ownCount = isServing && identity.isLive ? 1 : 0;
+        UpdateConnectedClientCount(counters->clients.load(std::memory_order_relaxed) + ownCount);
     }
 }
 

@@ -68,6 +68,9 @@ protected:
         char const* displayName;
         /// A client that takes no pending bytes for this time is dropped. Zero: the idle timeout.
         std::chrono::microseconds writeTimeout{0};
+        /// Whether results are delivered from start to stop, also while no client is connected: for a service that shows
+        /// the newest values to masters that connect for each read. The fan-out then counts the service as a client.
+        bool isLive = false;
     };
 
     /// Members of the derived class.
@@ -122,6 +125,7 @@ protected:
 
 private:
     void OnClientsChanged(uint64 count);
+    void SetServing(bool newIsServing);
     void TellClientCount();
 
     TcpParams* params = nullptr; // this and the next two are set by `InitService` only
@@ -138,6 +142,7 @@ private:
     // must not take it: the fan-out may join that thread under its own lock.
     Zu::Mutex fanOutLock;
     ZuControl::IControlScanResults* fanOut ZU_GUARDED_BY(fanOutLock) = nullptr; // set while registered for results
+    bool isServing ZU_GUARDED_BY(fanOutLock) = false;                           // from start to stop
 
     std::unique_ptr<TcpServer> server; // made by `InitService`
 };

@@ -21,9 +21,12 @@ constexpr char const* KEY_LIFETIME = "lifetime";
 } // namespace
 
 ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
-    : TcpServiceProtocol(
-          {.number = PROTOCOL_ID, .typeName = TYPE_NAME, .displayName = DISPLAY_NAME, .writeTimeout = WRITE_TIMEOUT},
-          environ),
+    : TcpServiceProtocol({.number = PROTOCOL_ID,
+                          .typeName = TYPE_NAME,
+                          .displayName = DISPLAY_NAME,
+                          .writeTimeout = WRITE_TIMEOUT,
+                          .isLive = true},
+                         environ),
       assembly(true, 0, LAST_REGISTER),
       assemblyActionTarget(assembly),
       encoder(image, counters),
@@ -77,6 +80,12 @@ void ModbusTcpProtocol::ProcessResultSets(void* resultSets)
         TakeLayout(); // a change that failed halfway is not notified
     }
     encoder.Process(*static_cast<wArrayList const*>(resultSets));
+}
+
+void ModbusTcpProtocol::OnStartScan()
+{
+    TcpServiceProtocol::OnStartScan();
+    encoder.Blank();
 }
 
 void ModbusTcpProtocol::RegisterAssemblyUpdate(char const*)

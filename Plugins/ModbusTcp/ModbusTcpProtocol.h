@@ -42,6 +42,9 @@ public:
 
     void ProcessResultSets(void* resultSets) override;
 
+    /// Marks the values of the previous scan as missing.
+    void OnStartScan() override;
+
     /// Takes the assembly's lock, so the caller must not hold it.
     void RegisterAssemblyUpdate(char const* id) override;
     void ConfigureDefaultRegisterAssembly() override;

@@ -3,6 +3,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
@@ -15,6 +16,7 @@
 namespace ModbusTcp
 {
 
+using ZuControl::ControlProtocol::DefaultMeasurementValueRegisterBlock;
 using ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
 
 namespace
@@ -23,6 +25,18 @@ namespace
 std::span<uint8> BytesOf(RegisterLayout::Place const& place, std::span<uint8> image)
 {
     return image.subspan(2 * std::size_t{place.first}, 2 * std::size_t{place.count});
+}
+
+/// Writes what a block shows before its first result: the mark for a missing value, and 0 in all other bytes.
+void WriteBlank(RegisterLayout::Place const& place, std::span<uint8> image)
+{
+    std::span<uint8> const bytes = BytesOf(place, image);
+    std::ranges::fill(bytes, uint8{0});
+    auto* const value = dynamic_cast<DefaultMeasurementValueRegisterBlock*>(place.block.get());
+    if (value != nullptr)
+    {
+        value->SerializeInvalidMeasurementValue(bytes.data(), 0);
+    }
 }
 
 } // namespace
@@ -48,6 +62,12 @@ void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
     image.Publish();
 }
 
+void ResultEncoder::Blank()
+{
+    Zu::MutexLock const guard(lock);
+    BlankAll();
+}
+
 void ResultEncoder::Pause()
 {
     Zu::MutexLock const guard(lock);
@@ -60,6 +80,7 @@ void ResultEncoder::Resume()
 {
     Zu::MutexLock const guard(lock);
     isPaused = false;
+    BlankAll();
 }
 
 void ResultEncoder::Process(wArrayList const& resultSets)
@@ -80,6 +101,15 @@ void ResultEncoder::Process(wArrayList const& resultSets)
     Count(counters.controlDrops, drops);
 }
 
+void ResultEncoder::BlankAll()
+{
+    for (ResultPlace const& place : layout->Results())
+    {
+        WriteBlank(place, image.Edit());
+    }
+    image.Publish();
+}
+
 void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
 {
     std::span<uint8> const bytes = image.Edit();
@@ -87,6 +117,7 @@ void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
     std::ranges::fill(bytes, uint8{0}); // registers without a block
     for (ResultPlace const& place : to.Results())
     {
+        WriteBlank(place, bytes);
         for (ResultPlace const& before : from.Find(place.dataSource))
         {
             if (before.block == place.block)

@@ -23,8 +23,9 @@ struct ModbusCounters;
 
 /// Encodes results into the register image, using the blocks of their data sources.
 ///
-/// If a set lacks a data source, its registers keep their values. If a block cannot encode a result, its registers read
-/// 0, the fault is logged once, and the set counts as a drop.
+/// Before the first result of a scan, the blocks are blank: a measured value is marked as missing, and all else reads 0,
+/// the decision included. If a set lacks a data source, its registers keep their values. If a block cannot encode a
+/// result, its registers read 0, the fault is logged once, and the set counts as a drop.
 ///
 /// Threads: any thread may call. Results arrive on the dispatcher's thread, layouts on the thread that changed the
 /// assembly.
@@ -41,7 +42,11 @@ public:
     /// value, even if its registers move.
     void Install(std::shared_ptr<RegisterLayout const> layout);
 
-    /// Clears all result registers. Results are ignored until `Resume`.
+    /// Makes all blocks blank, as before the first result.
+    void Blank();
+
+    /// Sets all result registers to 0. Results are ignored until `Resume`, which makes the blocks blank. The byte order
+    /// of the blocks may change in between.
     void Pause();
     void Resume();
 
@@ -52,6 +57,7 @@ private:
     using ResultPlace = RegisterLayout::ResultPlace;
 
     // The caller holds the lock.
+    void BlankAll() ZU_REQUIRES(lock);
     void Carry(RegisterLayout const& from, RegisterLayout const& to);
     bool EncodeSet(ZuCore::ResultSetObject const* resultSet) ZU_REQUIRES(lock);
     bool EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item) ZU_REQUIRES(lock);

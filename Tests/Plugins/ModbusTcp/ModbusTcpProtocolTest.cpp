@@ -213,6 +213,37 @@ TEST_F(ModbusTcpProtocolTest, ShowsResultsOfOneFrameInOneRead)
     }
 }
 
+TEST_F(ModbusTcpProtocolTest, ShowsTheNewestResultToAMasterThatConnectsForEachRead)
+{
+    uint16 const port = Start();
+    ASSERT_TRUE(PublishUntil([&] {
+        return Number(dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics()), "resultSets") > 100;
+    })); // without a client
+
+    TestClient client(port);
+    Registers const seen = client.Read(150, 35);
+
+    EXPECT_GT(seen[15], 100);
+    EXPECT_EQ(seen[21], seen[15]);
+    EXPECT_EQ(Number(dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics()), "clients"), 1u);
+}
+
+TEST_F(ModbusTcpProtocolTest, MarksTheMeasurementsOfAnEarlierScanAsMissing)
+{
+    TestClient client(Start());
+    EXPECT_EQ(client.Read(170, 3), (Registers{0x8000, 0, 0})); // before the first frame
+    scanResults.ProcessResultSet(Frame(7).Set());
+    while (client.Read(165, 1)[0] != 7 && std::chrono::steady_clock::now() < latest)
+    {
+    }
+    EXPECT_EQ(client.Read(170, 3), (Registers{0, 7, 1}));
+
+    protocol->OnStartScan();
+
+    EXPECT_EQ(client.Read(170, 3), (Registers{0x8000, 0, 0}));
+    EXPECT_EQ(client.Read(150, 20), Registers(20, 0));
+}
+
 TEST_F(ModbusTcpProtocolTest, ReadsGapsAsZeroUpToTheLastRegister)
 {
     TestClient client(Start());

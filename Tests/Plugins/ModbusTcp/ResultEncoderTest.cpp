@@ -55,6 +55,48 @@ protected:
     ResultEncoder encoder{*image, counters};
 };
 
+TEST_F(ResultEncoderTest, MarksMeasurementsAsMissingBeforeTheFirstResult)
+{
+    Place("Measurement", 170, "a");
+    Place("MeasurementValue", 10, "b");
+    Place("Decision", 20, "c");
+    Place("Stamp", 100, "d");
+
+    Install();
+
+    EXPECT_EQ(Read(169, 5), (Registers{0, 0x8000, 0, 0, 0}));
+    EXPECT_EQ(Read(10, 2), (Registers{0x8000, 0}));
+    EXPECT_EQ(Read(20, 1), Registers{0});
+    EXPECT_EQ(Read(100, 20), Registers(20, 0));
+}
+
+TEST_F(ResultEncoderTest, MarksMeasurementsAsMissingOnDemand)
+{
+    Place("Measurement", 170, "a");
+    Place("Decision", 180, "a");
+    Install();
+    Process(TestFrame().Measurement("a", 0.002, 1));
+
+    encoder.Blank();
+
+    EXPECT_EQ(Read(170, 3), (Registers{0x8000, 0, 0}));
+    EXPECT_EQ(Read(180, 1), Registers{0});
+    Process(TestFrame().Measurement("a", 0.003, 1));
+    EXPECT_EQ(Read(170, 3), (Registers{0, 3, 1}));
+}
+
+TEST_F(ResultEncoderTest, MarksMeasurementsAsMissingInTheOrderOfTheRegisters)
+{
+    Place("MeasurementValue", 10, "a");
+    Install();
+
+    encoder.Pause();
+    assembly.ChangeBigEndianSupportedBlocks(false);
+    encoder.Resume();
+
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0x8000}));
+}
+
 TEST_F(ResultEncoderTest, PutsEachResultWhereItsBlockLies)
 {
     Place("Measurement", 170, "a");
@@ -136,7 +178,7 @@ TEST_F(ResultEncoderTest, ForgetsTheValueOfABlockThatFollowsAnotherSource)
     Move(10, 10, "b");
     Install();
 
-    EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
+    EXPECT_EQ(Read(10, 2), (Registers{0x8000, 0}));
 }
 
 TEST_F(ResultEncoderTest, PassesOverALayoutThatCameLate)
@@ -182,6 +224,7 @@ TEST_F(ResultEncoderTest, ShowsNothingFromAPauseUntilResultsComeAgain)
     Process(TestFrame().Measurement("a", 0.002));
     EXPECT_EQ(Read(10, 2), (Registers{0, 0}));
     encoder.Resume();
+    EXPECT_EQ(Read(10, 2), (Registers{0x8000, 0}));
 
     Process(TestFrame().Measurement("a", 0.003));
     EXPECT_EQ(Read(10, 2), (Registers{0, 3}));
