@@ -1,29 +1,91 @@
 #include "ZuControl/Protocol/OutputResources.h"
 
+#include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Threads/Locker.h"
+#include "ZuControl/Protocol/RouteKey.h"
+#include "ZuRest/Path.h"
+#include "ZuRest/RequestInfo.h"
+
+#include <nlohmann/json.hpp>
+
 namespace ZuControl::Protocol
 {
 
-AnalogOutputResource::AnalogOutputResource(IControlManager& usedManager)
-    : OutputResourceBase(usedManager, "/controls/hardware/:device/analog/:port")
+using Zu::Properties::JsonSerializer;
+
+OutputResourceBase::OutputResourceBase(IControlManager& usedManager, char const* newRoute)
+    : ControlResourceBase(usedManager), route(newRoute)
 {
+    ZU_CHECK(wLock_Construct(&recordLock, nullptr));
+    changeCallbacks.push_back(Gate().Bind(
+        ChangeCallback([this](std::string const& device, std::string const& port) { OutputChanged(device, port); })));
 }
 
-AnalogOutputResource::~AnalogOutputResource()
+OutputResourceBase::~OutputResourceBase()
 {
     EndCallbacks();
 }
 
-CommonControlProps& AnalogOutputResource::Record()
+nlohmann::json OutputResourceBase::Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& /*response*/)
+{
+    Zu::Locker const guard(recordLock);
+    CommonControlProps& record = Record();
+    nlohmann::json document = JsonSerializer::Serialize(record);
+    if (request.wantsSchema)
+    {
+        AppendSchema(JsonSerializer(), record, document);
+    }
+    return document;
+}
+
+void OutputResourceBase::UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document)
+{
+    std::string device;
+    std::string port;
+    {
+        Zu::Locker const guard(recordLock);
+        NodeFromJsonAndValidate(Record(), document);
+        port = RouteKey(request, "port"); // after the change, so that a request without a port changes the record too
+        device = RouteKey(request, "device");
+        if (!TakeChange())
+        {
+            return;
+        }
+    }
+    for (ChangeCallback const& callback : changeCallbacks)
+    {
+        callback(device, port);
+    }
+}
+
+void OutputResourceBase::OutputChanged(std::string const& device, std::string const& port)
+{
+    NotificationEvent().Fire(*this, ZuRest::EventType::CHANGED, ZuRest::Path::Format(route, {device, port}));
+}
+
+template <typename Properties>
+OutputResource<Properties>::OutputResource(IControlManager& usedManager)
+    : OutputResourceBase(usedManager, OutputKind<Properties>::ROUTE)
+{
+}
+
+template <typename Properties>
+OutputResource<Properties>::~OutputResource()
+{
+    EndCallbacks();
+}
+
+template <typename Properties>
+CommonControlProps& OutputResource<Properties>::Record()
 {
     return record;
 }
 
-bool AnalogOutputResource::TakeChange()
+template <typename Properties>
+bool OutputResource<Properties>::TakeChange()
 {
-    Fields const present{record.enabled.Get(),        record.signalEvent.Get(),  record.scheduleEnabled.Get(),
-                         record.currentMin.Get(),     record.currentMax.Get(),   record.invalidEnabled.Get(),
-                         record.currentInvalid.Get(), record.dataScaleMin.Get(), record.dataScaleMax.Get(),
-                         record.delay.Get(),          record.delayDomain.Get()};
+    Notified const present = NotifiedOf(record);
     if (present == told)
     {
         return false;
@@ -32,85 +94,9 @@ bool AnalogOutputResource::TakeChange()
     return true;
 }
 
-DigitalOutputResource::DigitalOutputResource(IControlManager& usedManager)
-    : OutputResourceBase(usedManager, "/controls/hardware/:device/digital/:port")
-{
-}
-
-DigitalOutputResource::~DigitalOutputResource()
-{
-    EndCallbacks();
-}
-
-CommonControlProps& DigitalOutputResource::Record()
-{
-    return record;
-}
-
-bool DigitalOutputResource::TakeChange()
-{
-    Fields const present{record.enabled.Get(),         record.signalEvent.Get(), record.signalType.Get(),
-                         record.scheduleEnabled.Get(), record.pulseWidth.Get(),  record.passMode.Get(),
-                         record.delay.Get(),           record.delayDomain.Get(), record.inverted.Get()};
-    if (present == told)
-    {
-        return false;
-    }
-    told = present;
-    return true;
-}
-
-SerialOutputResource::SerialOutputResource(IControlManager& usedManager)
-    : OutputResourceBase(usedManager, "/controls/hardware/:device/serial/:port")
-{
-}
-
-SerialOutputResource::~SerialOutputResource()
-{
-    EndCallbacks();
-}
-
-CommonControlProps& SerialOutputResource::Record()
-{
-    return record;
-}
-
-bool SerialOutputResource::TakeChange()
-{
-    Fields const present{record.enabled.Get(), record.rate.Get()};
-    if (present == told)
-    {
-        return false;
-    }
-    told = present;
-    return true;
-}
-
-MarletOutputResource::MarletOutputResource(IControlManager& usedManager)
-    : OutputResourceBase(usedManager, "/controls/hardware/:device/marlet/:port")
-{
-}
-
-MarletOutputResource::~MarletOutputResource()
-{
-    EndCallbacks();
-}
-
-CommonControlProps& MarletOutputResource::Record()
-{
-    return record;
-}
-
-bool MarletOutputResource::TakeChange()
-{
-    Fields const present{record.enabled.Get(), record.rate.Get(),    record.format.Get(),
-                         record.dataMin.Get(), record.dataMax.Get(), record.delay.Get()};
-    if (present == told)
-    {
-        return false;
-    }
-    told = present;
-    return true;
-}
+template class OutputResource<AnalogOutputProperties>;
+template class OutputResource<DigitalOutputProperties>;
+template class OutputResource<MarletOutputProperties>;
+template class OutputResource<SerialOutputProperties>;
 
 } // namespace ZuControl::Protocol

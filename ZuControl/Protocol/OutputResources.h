@@ -1,132 +1,140 @@
 #pragma once
 
+#include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuControl/Protocol/OutputProperties.h"
-#include "ZuControl/Protocol/OutputResourceBase.h"
+#include "wApi/wLock.h"
+#include "wApi/wThreadSafety.h"
+
+#include <functional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace ZuControl::Protocol
 {
 
-/// `/controls/hardware/:device/analog/:port`: how an analog output is to be driven. Every change is notified.
-class ZUCONTROL_INTERNAL_API AnalogOutputResource final : public OutputResourceBase
+/// One kind of output under `/controls/hardware/:device`: a single record that all devices and ports show and change.
+/// The record is kept in memory alone; it is not sent to the sensor.
+///
+/// A change is notified with the device and the port of the request that has made it, also while a job is loaded, since
+/// the record belongs to no job.
+class ZUCONTROL_INTERNAL_API OutputResourceBase : public ControlResourceBase
 {
 public:
-    explicit AnalogOutputResource(IControlManager& usedManager);
-    ~AnalogOutputResource() override;
+    ~OutputResourceBase() override;
+
+    nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+
+    /// A refused document changes nothing. A request without a device or a port throws std::out_of_range after it has
+    /// changed the record.
+    void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
+
+protected:
+    /// `newRoute` is a literal with the keys "device" and "port".
+    OutputResourceBase(IControlManager& usedManager, char const* newRoute);
+
+    virtual CommonControlProps& Record() ZU_REQUIRES(recordLock) = 0;
+
+    /// Whether the record differs from that of the last notification, in the members that clients are notified of. The
+    /// present record then counts as notified.
+    virtual bool TakeChange() ZU_REQUIRES(recordLock) = 0;
+
+    // A leaf. Guards the record and its last notified state, in the derived class. No callback runs under it, since a
+    // handler may read the record.
+    wLock recordLock;
+
+private:
+    using ChangeCallback = std::function<void(std::string const& device, std::string const& port)>;
+
+    void OutputChanged(std::string const& device, std::string const& port);
+
+    char const* const route;
+    std::vector<ChangeCallback> changeCallbacks; // does not change after construction
+};
+
+/// What distinguishes the kinds of output: the route, and the members of the record that are notified when they change.
+template <typename Properties>
+struct OutputKind;
+
+template <>
+struct OutputKind<AnalogOutputProperties>
+{
+    using Properties = AnalogOutputProperties;
+
+    static constexpr char ROUTE[] = "/controls/hardware/:device/analog/:port";
+    static constexpr std::tuple NOTIFIED{
+        &Properties::enabled,      &Properties::signalEvent,    &Properties::scheduleEnabled, &Properties::currentMin,
+        &Properties::currentMax,   &Properties::invalidEnabled, &Properties::currentInvalid,  &Properties::dataScaleMin,
+        &Properties::dataScaleMax, &Properties::delay,          &Properties::delayDomain}; // all
+};
+
+template <>
+struct OutputKind<DigitalOutputProperties>
+{
+    using Properties = DigitalOutputProperties;
+
+    static constexpr char ROUTE[] = "/controls/hardware/:device/digital/:port";
+    static constexpr std::tuple NOTIFIED{
+        &Properties::enabled,         &Properties::signalEvent, &Properties::signalType,
+        &Properties::scheduleEnabled, &Properties::pulseWidth,  &Properties::passMode,
+        &Properties::delay,           &Properties::delayDomain, &Properties::inverted}; // all but "standardOutputs"
+};
+
+template <>
+struct OutputKind<MarletOutputProperties>
+{
+    using Properties = MarletOutputProperties;
+
+    static constexpr char ROUTE[] = "/controls/hardware/:device/marlet/:port";
+    static constexpr std::tuple NOTIFIED{&Properties::enabled, &Properties::rate,    &Properties::format,
+                                         &Properties::dataMin, &Properties::dataMax, &Properties::delay}; // all
+};
+
+template <>
+struct OutputKind<SerialOutputProperties>
+{
+    using Properties = SerialOutputProperties;
+
+    static constexpr char ROUTE[] = "/controls/hardware/:device/serial/:port";
+    static constexpr std::tuple NOTIFIED{&Properties::enabled, &Properties::rate}; // not "format", "standardOutputs"
+};
+
+/// The values of the members that are notified.
+template <typename Properties>
+auto NotifiedOf(Properties const& properties)
+{
+    return std::apply([&properties](auto... member) { return std::tuple((properties.*member).Get()...); },
+                      OutputKind<Properties>::NOTIFIED);
+}
+
+/// The resource of one kind of output.
+template <typename Properties>
+class ZUCONTROL_INTERNAL_API OutputResource final : public OutputResourceBase
+{
+public:
+    explicit OutputResource(IControlManager& usedManager);
+    ~OutputResource() override;
 
 protected:
     CommonControlProps& Record() override ZU_REQUIRES(recordLock);
     bool TakeChange() override ZU_REQUIRES(recordLock);
 
 private:
-    /// The members of the record that cause a notification when they change.
-    struct Fields
-    {
-        bool enabled = false;
-        int32 signalEvent = 0;
-        bool scheduleEnabled = false;
-        double currentMin = 0;
-        double currentMax = 0;
-        bool invalidEnabled = false;
-        double currentInvalid = 0;
-        double dataScaleMin = 0;
-        double dataScaleMax = 0;
-        double delay = 0;
-        int32 delayDomain = 0;
+    using Notified = decltype(NotifiedOf(std::declval<Properties const&>()));
 
-        bool operator==(Fields const&) const = default;
-    };
-
-    AnalogOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
+    Properties record ZU_GUARDED_BY(recordLock);
+    Notified told ZU_GUARDED_BY(recordLock){}; // as of the last notification; all zero before the first
 };
 
-/// `/controls/hardware/:device/digital/:port`: how a digital output is to be driven. A change of "standardOutputs"
-/// alone is not notified.
-class ZUCONTROL_INTERNAL_API DigitalOutputResource final : public OutputResourceBase
-{
-public:
-    explicit DigitalOutputResource(IControlManager& usedManager);
-    ~DigitalOutputResource() override;
+extern template class OutputResource<AnalogOutputProperties>;
+extern template class OutputResource<DigitalOutputProperties>;
+extern template class OutputResource<MarletOutputProperties>;
+extern template class OutputResource<SerialOutputProperties>;
 
-protected:
-    CommonControlProps& Record() override ZU_REQUIRES(recordLock);
-    bool TakeChange() override ZU_REQUIRES(recordLock);
-
-private:
-    /// The members of the record that cause a notification when they change.
-    struct Fields
-    {
-        bool enabled = false;
-        int32 signalEvent = 0;
-        int32 signalType = 0;
-        bool scheduleEnabled = false;
-        uint32 pulseWidth = 0;
-        int32 passMode = 0;
-        double delay = 0;
-        int32 delayDomain = 0;
-        bool inverted = false;
-
-        bool operator==(Fields const&) const = default;
-    };
-
-    DigitalOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
-};
-
-/// `/controls/hardware/:device/serial/:port`: how a serial output is to be driven. A change of "format" or
-/// "standardOutputs" alone is not notified.
-class ZUCONTROL_INTERNAL_API SerialOutputResource final : public OutputResourceBase
-{
-public:
-    explicit SerialOutputResource(IControlManager& usedManager);
-    ~SerialOutputResource() override;
-
-protected:
-    CommonControlProps& Record() override ZU_REQUIRES(recordLock);
-    bool TakeChange() override ZU_REQUIRES(recordLock);
-
-private:
-    /// The members of the record that cause a notification when they change.
-    struct Fields
-    {
-        bool enabled = false;
-        uint32 rate = 0;
-
-        bool operator==(Fields const&) const = default;
-    };
-
-    SerialOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
-};
-
-/// `/controls/hardware/:device/marlet/:port`: how a serial output over the link to the sensor is to be driven. Every
-/// change is notified.
-class ZUCONTROL_INTERNAL_API MarletOutputResource final : public OutputResourceBase
-{
-public:
-    explicit MarletOutputResource(IControlManager& usedManager);
-    ~MarletOutputResource() override;
-
-protected:
-    CommonControlProps& Record() override ZU_REQUIRES(recordLock);
-    bool TakeChange() override ZU_REQUIRES(recordLock);
-
-private:
-    /// The members of the record that cause a notification when they change.
-    struct Fields
-    {
-        bool enabled = false;
-        uint32 rate = 0;
-        int32 format = 0;
-        double dataMin = 0;
-        double dataMax = 0;
-        double delay = 0;
-
-        bool operator==(Fields const&) const = default;
-    };
-
-    MarletOutputProperties record ZU_GUARDED_BY(recordLock);
-    Fields told ZU_GUARDED_BY(recordLock); // as of the last notification
-};
+using AnalogOutputResource = OutputResource<AnalogOutputProperties>;
+using DigitalOutputResource = OutputResource<DigitalOutputProperties>;
+using MarletOutputResource = OutputResource<MarletOutputProperties>; ///< the serial output over the link to the sensor
+using SerialOutputResource = OutputResource<SerialOutputProperties>;
 
 } // namespace ZuControl::Protocol
