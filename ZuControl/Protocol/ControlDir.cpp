@@ -2,14 +2,13 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
-#include "ZuControl/Protocol/ControlMetricsResource.h"
 #include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
-#include "ZuControl/Protocol/HardwareMetricsResource.h"
+#include "ZuControl/Protocol/MetricsResources.h"
 #include "ZuControl/Protocol/OutputResources.h"
 #include "ZuRest/ResourceRouter.h"
 

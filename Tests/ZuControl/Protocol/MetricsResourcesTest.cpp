@@ -1,9 +1,8 @@
-#include "ZuControl/Protocol/ControlMetricsResource.h"
+#include "ZuControl/Protocol/MetricsResources.h"
 
 #include "Support/FakeProtocol.h"
 #include "Support/ResourceFixture.h"
 #include "ZuApi/Properties/Value.h"
-#include "ZuControl/Protocol/HardwareMetricsResource.h"
 #include "ZuRest/IStreamReceiver.h"
 
 #include <stdexcept>
