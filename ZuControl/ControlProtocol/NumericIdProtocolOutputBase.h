@@ -46,6 +46,11 @@ protected:
     void AddAll(Zu::Params::Group& outputs, uint16 nextId);
     void CompactId(uint16 nextId);
 
+    /// Passes each entry of a list to `addEntry`, which adds it, or logs why not and returns the failing status. Throws
+    /// as `AddAll`, under the label `function`.
+    template <typename AddEntry>
+    void AddEntries(char const* function, Outputs& listed, AddEntry addEntry) ZU_REQUIRES(this->lock);
+
     uint16 firstId = 0;
 };
 

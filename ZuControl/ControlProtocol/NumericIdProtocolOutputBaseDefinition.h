@@ -2,6 +2,7 @@
 
 // The operations of NumericIdProtocolOutputBase, for the files that instantiate it.
 
+#include "ZuApi/Logging.h"
 #include "ZuControl/ControlProtocol/NumericIdProtocolOutputBase.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputBaseDefinition.h"
 
@@ -43,13 +44,13 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
 {
     Zu::Locker const guard(this->lock);
     this->ShiftOutputMap(index);
-    this->PutItem(index, item);
+    this->core.Put(index, item);
     auto const& map = this->outputs.map;
     uint64 i = index + 1;
     bool isPushed = true;
     while (isPushed && i < map.Count())
     {
-        this->SetOutputId(i, static_cast<uint16>(map.At(i).outputId.Get() + 1));
+        this->core.SetId(i, static_cast<uint16>(map.At(i).outputId.Get() + 1));
         ++i;
         isPushed = i < map.Count() && map.At(i - 1).outputId.Get() == map.At(i).outputId.Get();
     }
@@ -65,68 +66,56 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AddAll(Zu::Params::Group& outputs,
                                                                                            uint16 nextId)
 {
-    auto& list = dynamic_cast<Outputs&>(outputs).map;
+    auto& listed = dynamic_cast<Outputs&>(outputs);
     Zu::Locker const guard(this->lock);
-    uint64 count = this->outputs.map.Count();
-    if (count > 0)
+    if (uint64 const count = this->outputs.map.Count(); count > 0)
     {
         uint16 const lastId = this->outputs.map.At(count - 1).outputId.Get();
         // A shift may give the last item the invalid id. In 16 bits the next id is 0, which would break the order of
         // the map: every entry is refused instead.
         nextId = lastId == OutputItem::DEFAULT_OUTPUT_ID ? lastId : static_cast<uint16>(lastId + 1);
     }
-    int32 status = Zu::Status::SUCCESS;
-    for (uint64 i = 0; i < list.Count(); ++i)
-    {
-        OutputItem& entry = list.At(i);
-        char const* const source = entry.source.Get().c_str();
-        if (count >= this->maxCount)
-        {
-            ZU_THROW(Zu::Status::FULL, "Connection map is full. All data source(s) from %1$s are not added.", source);
-        }
+    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextId](OutputItem& entry) ZU_REQUIRES(this->lock) {
+        std::string const& source = entry.source.Get();
         entry.outputId.Set(nextId); // before the tests: the caller sees where a refused entry would have gone
-        if (entry.source.Get() == OutputItem::DEFAULT_SOURCE)
+        if (source == OutputItem::DEFAULT_SOURCE)
         {
-            ZU_LOG_USER_ERROR(
-                "Data source %1$s in the list of sources to add is invalid. Please correct the data source "
-                "and try again.",
-                source);
-            ZU_LOG_ERROR(
-                "Data source %s in the list of sources to add is invalid. Please correct the data source and try "
-                "again.",
-                source);
-            status = Zu::Status::BAD_ARGUMENT;
+            return OutputMapRefusal::OfBlankEntry(ZU_FUNCTION_LABEL, source);
         }
-        else if (nextId == OutputItem::DEFAULT_OUTPUT_ID)
+        if (nextId == OutputItem::DEFAULT_OUTPUT_ID)
         {
-            ZU_LOG_USER_ERROR(
-                "Data source %1$s in the list of sources to add has invalid output identifier (%2$u). Please "
-                "correct the output id and try again.",
-                source, unsigned{nextId});
-            ZU_LOG_ERROR(
-                "Data source %s in the list of sources to add has invalid output identifier (%u). Please correct "
-                "the output id and try again.",
-                source, unsigned{nextId});
-            status = Zu::Status::BAD_ARGUMENT;
+            return OutputMapRefusal::OfEntryWithoutId(ZU_FUNCTION_LABEL, source, nextId);
         }
-        else if (this->HasSource(entry.source.Get()))
+        if (this->core.HasSource(source))
         {
-            ZU_LOG_USER_WARNING("Data source %1$s already exists.", source);
-            ZU_LOG_WARNING("Data source %s already exists", source);
-            status = Zu::Status::ALREADY_EXISTS;
+            ZU_LOG_USER_WARNING("Data source %1$s already exists.", source.c_str());
+            ZU_LOG_WARNING("Data source %s already exists", source.c_str());
+            return Zu::Status::ALREADY_EXISTS;
         }
-        else
-        {
-            this->AppendItem(entry);
-            ++count;
-            ++nextId;
-        }
-    }
-    if (status != Zu::Status::SUCCESS)
+        this->core.Append(entry);
+        ++nextId;
+        return Zu::Status::SUCCESS;
+    });
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+template <typename AddEntry>
+void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AddEntries(char const* function,
+                                                                                               Outputs& listed,
+                                                                                               AddEntry addEntry)
+{
+    int32 status = Zu::Status::SUCCESS;
+    for (uint64 i = 0; i < listed.map.Count(); ++i)
     {
-        ZU_THROW(status,
-                 "One or more sources could not be added to the connection map. Logs may have additional information.");
+        OutputItem& entry = listed.map.At(i);
+        if (this->outputs.map.Count() >= this->maxCount)
+        {
+            OutputMapRefusal::OfFullMap(function, entry.source.Get());
+        }
+        int32 const added = addEntry(entry);
+        status = added == Zu::Status::SUCCESS ? status : added;
     }
+    OutputMapRefusal::UnlessAllAdded(function, status);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -136,7 +125,7 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
     uint64 const count = this->outputs.map.Count();
     for (uint64 i = 0; i < count; ++i)
     {
-        this->SetOutputId(i, nextId++);
+        this->core.SetId(i, nextId++);
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
-#include "ZuControl/ControlProtocol/OutputMapIndex.h"
+#include "ZuControl/ControlProtocol/OutputMapCore.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
@@ -52,7 +52,7 @@ public:
     /// Uses the id of the item alone. Throws `Zu::Status::BAD_ARGUMENT` without an id, `Zu::Status::NOT_FOUND` for an
     /// id that the map does not have.
     void Remove(Zu::Params::Group const& args) override;
-    uint64 Count() const override; ///< takes no lock
+    uint64 Count() const override ZU_NO_THREAD_SAFETY_ANALYSIS; ///< takes no lock
     /// The reference is valid until the next change: the caller holds the lock.
     OutputItem const& At(uint64 index) const override;
     void Clear() override;
@@ -83,22 +83,14 @@ protected:
     /// With `checkTarget`, a new id that is taken is refused with `Zu::Status::ID_CONFLICT`.
     void UpdateId_Helper(Zu::Params::Group& group, bool checkTarget);
 
-    /// Copies each item from `index` on one place up; the caller overwrites the item at `index` with `PutItem`. Throws
+    /// Copies each item from `index` on one place up; the caller overwrites the item at `index` with `core.Put`. Throws
     /// `Zu::Status::FULL` when the map is full, `Zu::Status::BAD_ARGUMENT` for an index above the count.
     void ShiftOutputMap(uint64 index) ZU_REQUIRES(lock);
 
-    // The elementary changes, which keep the lookup in step with the record. Without memory a change leaves the items
-    // as they were; `PutItem` restores them as they were before `ShiftOutputMap`.
-    void AppendItem(OutputItem const& item) ZU_REQUIRES(lock);
-    /// As `ShiftOutputMap` and `PutItem`.
+    /// Adds the item at `index`; refuses as `ShiftOutputMap`. Without memory the map stays as it was.
     void InsertItem(uint64 index, OutputItem const& item) ZU_REQUIRES(lock);
-    void PutItem(uint64 index, OutputItem const& item) ZU_REQUIRES(lock);
-    void SetOutputId(uint64 index, OutputId const& id) ZU_REQUIRES(lock);
-    void EraseItem(uint64 index) ZU_REQUIRES(lock);
 
-    bool HasSource(std::string const& source) const ZU_REQUIRES(lock);
-
-    // A derived class fills in formats and attributes of `outputs`, and changes its map through the operations alone.
+    // A derived class fills in formats and attributes of `outputs`, and changes its map through `core` alone.
     uint16 const maxCount;
     // Detects a forgotten BeginLock. One word for all threads: it does not prove that the reader holds the lock.
     std::atomic<uint32> lockHeld{0};
@@ -106,22 +98,10 @@ protected:
     // Recursive: the operations take it again while BeginLock holds it. Observers of the record run under it; no other
     // lock is taken.
     mutable wLock lock;
+    mutable OutputMapCore<OutputId> core ZU_GUARDED_BY(lock); // reading brings its index in step with the items
 
 private:
-    /// Throws unless there are two items with an id each.
-    static void CheckIdsToUpdate(OutputsArgs const& args);
-    bool HasRoomToShift(OutputId const& id) const;
-
-    /// The lookup, in step with the record; it is rebuilt first when it is stale.
-    OutputMapIndex<OutputId>& Lookup() const ZU_REQUIRES(lock);
-    OutputItem& AddEmptyItem() ZU_REQUIRES(lock);
-    void DropItem(uint64 index) ZU_REQUIRES(lock); ///< undoes a change that has failed half way
-    void BeginChange() ZU_REQUIRES(lock);
-    void EndChange() ZU_REQUIRES(lock);
-
-    std::atomic<uint64> count{0}; // of the items, for readers without the lock
-    mutable OutputMapIndex<OutputId> lookup ZU_GUARDED_BY(lock);
-    mutable bool isLookupStale ZU_GUARDED_BY(lock) = false; // a change has failed half way
+    static bool HasRoomToShift(OutputId const& id);
 };
 
 } // namespace ZuControl::ControlProtocol

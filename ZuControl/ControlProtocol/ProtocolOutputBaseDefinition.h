@@ -3,7 +3,6 @@
 // The operations of ProtocolOutputBase, for the files that instantiate it.
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputBase.h"
 
@@ -14,7 +13,7 @@ namespace ZuControl::ControlProtocol
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::ProtocolOutputBase(uint16 mostItems)
-    : maxCount(mostItems)
+    : maxCount(mostItems), core(outputs.map, OutputMapCore<OutputId>::template AccessTo<OutputItem>())
 {
     ZU_CHECK(wLock_Construct(&lock, nullptr));
 }
@@ -69,24 +68,24 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add(Z
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Remove(Zu::Params::Group const& args)
 {
-    auto const& item = dynamic_cast<OutputItem const&>(args);
-    if (item.outputId.Get() == OutputItem::DEFAULT_OUTPUT_ID)
+    OutputId const& id = dynamic_cast<OutputItem const&>(args).outputId.Get();
+    if (id == OutputItem::DEFAULT_OUTPUT_ID)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
     Zu::Locker const guard(lock);
-    uint64 const found = Lookup().FindPlace(item.outputId.Get());
-    if (!Lookup().HasIdAt(found, item.outputId.Get()))
+    uint64 const found = core.FindPlace(id);
+    if (!core.HasIdAt(found, id))
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    EraseItem(found);
+    core.Erase(found);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 uint64 ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Count() const
 {
-    return count.load(std::memory_order_relaxed);
+    return core.Count();
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -104,24 +103,14 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Clear()
 {
     Zu::Locker const guard(lock);
-    BeginChange();
-    outputs.map.Clear();
-    lookup.Clear();
-    EndChange();
+    core.Clear();
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 std::vector<std::string> ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::DataSourceList() const
 {
-    std::vector<std::string> sources;
     Zu::Locker const guard(lock);
-    uint64 const itemCount = outputs.map.Count();
-    sources.reserve(itemCount);
-    for (uint64 i = 0; i < itemCount; ++i)
-    {
-        sources.push_back(outputs.map.At(i).source.Get());
-    }
-    return sources;
+    return core.Sources();
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -149,7 +138,7 @@ ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::GetOverlap
 {
     OutputId const& id = dynamic_cast<OutputItem const&>(item).outputId.Get();
     Zu::Locker const guard(lock);
-    return Lookup().HasIdAt(Lookup().FindPlace(id), id) ? 1 : 0;
+    return core.HasId(id) ? 1 : 0;
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -163,7 +152,7 @@ uint64
 ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::BSearchForInsert(OutputItem const& item) const
 {
     Zu::Locker const guard(lock);
-    return Lookup().FindPlace(item.outputId.Get());
+    return core.FindPlace(item.outputId.Get());
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -171,7 +160,7 @@ bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::IsDup
     OutputItem const& item) const
 {
     Zu::Locker const guard(lock);
-    return HasSource(item.source.Get());
+    return core.HasSource(item.source.Get());
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -179,43 +168,33 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add_H
                                                                                       bool autoShift)
 {
     auto const& item = dynamic_cast<OutputItem const&>(group);
-    char const* const source = item.source.Get().c_str();
+    std::string const& source = item.source.Get();
     if (!item.IsComplete())
     {
-        ZU_LOG_USER_ERROR("Data source %1$s is invalid", source);
-        ZU_LOG_ERROR("Data source %s is invalid", source);
-        ZU_THROW(Zu::Status::BAD_ARGUMENT);
+        OutputMapRefusal::OfIncompleteItem(ZU_FUNCTION_LABEL, source);
     }
     Zu::Locker const guard(lock);
-    uint64 const place = Lookup().FindPlace(item.outputId.Get());
+    uint64 const place = core.FindPlace(item.outputId.Get());
     if (place < outputs.map.Count() && outputs.map.At(place).IsSameOutput(item))
     {
         return;
     }
-    if (HasSource(item.source.Get()))
+    if (core.HasSource(source))
     {
-        ZU_LOG_USER_WARNING("Data source %1$s already exists", source);
-        ZU_LOG_WARNING("Data source %s already exists", source);
-        ZU_THROW(Zu::Status::ALREADY_EXISTS);
+        OutputMapRefusal::OfKnownSource(ZU_FUNCTION_LABEL, source);
     }
     if (GetOverlappingState(group) != 1)
     {
         InsertItem(place, item);
-        return;
     }
-    if (!IsDataShiftSupported() || autoShift)
+    else if (!IsDataShiftSupported() || autoShift)
     {
         OverlapInsert(place, item); // a kind that cannot shift refuses here
-        return;
     }
-    ZU_LOG_USER_ERROR(
-        "Unable to add data source %1$s. The specified address would cause the selected source to overlap "
-        "addresses used by an existing data source.",
-        source);
-    ZU_LOG_ERROR("Unable to add data source %s. The specified address would cause the selected source to overlap "
-                 "addresses used by an existing data source.",
-                 source);
-    ZU_THROW(Zu::Status::BAD_ARGUMENT);
+    else
+    {
+        OutputMapRefusal::OfTakenId(ZU_FUNCTION_LABEL, source);
+    }
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
@@ -223,10 +202,14 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
                                                                                            bool checkTarget)
 {
     auto& args = dynamic_cast<OutputsArgs&>(group);
-    CheckIdsToUpdate(args);
+    OutputMapRefusal::UnlessTwoIds(ZU_FUNCTION_LABEL, args.map.Count());
     OutputItem& moved = args.map.At(1);
     OutputId const oldId = args.map.At(0).outputId.Get();
     OutputId const newId = moved.outputId.Get();
+    if (oldId == OutputItem::DEFAULT_OUTPUT_ID || newId == OutputItem::DEFAULT_OUTPUT_ID)
+    {
+        OutputMapRefusal::OfMissingId(ZU_FUNCTION_LABEL);
+    }
     if (oldId == newId)
     {
         return;
@@ -238,12 +221,12 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
     }
 
     Zu::Locker const guard(lock);
-    if (checkTarget && Lookup().HasIdAt(Lookup().FindPlace(newId), newId))
+    if (checkTarget && core.HasId(newId))
     {
         ZU_THROW(Zu::Status::ID_CONFLICT);
     }
-    uint64 const found = Lookup().FindPlace(oldId);
-    if (!Lookup().HasIdAt(found, oldId))
+    uint64 const found = core.FindPlace(oldId);
+    if (!core.HasIdAt(found, oldId))
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
@@ -251,153 +234,42 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
     moved.outputId.Set(newId);
     if (GetOverlappingState(moved) == 1 && IsDataShiftSupported() && !(autoShift && HasRoomToShift(newId)))
     {
-        char const* const source = moved.source.Get().c_str();
-        ZU_LOG_USER_ERROR(
-            "Unable to update output id for data source %1$s. The specified address would cause the selected "
-            "source to overlap addresses used by an existing data source.",
-            source); // unlike the two texts below, without brackets round the source
-        ZU_LOG_ERROR("Unable to update output id for data source [%s]. The specified address would cause the selected "
-                     "source to overlap addresses used by an existing data source.",
-                     source);
-        ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "Unable to update output id for data source [%1$s]. The specified address would cause the selected "
-                 "source to overlap addresses used by an existing data source.",
-                 source);
+        OutputMapRefusal::OfMoveToTakenId(ZU_FUNCTION_LABEL, moved.source.Get());
     }
     // From here on the item is in the argument alone: a refusal at the new id loses it.
-    EraseItem(found);
+    core.Erase(found);
     Add_Helper(moved, autoShift);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::ShiftOutputMap(uint64 index)
 {
-    uint64 const oldCount = outputs.map.Count();
-    if (oldCount >= maxCount)
+    if (outputs.map.Count() >= maxCount)
     {
         ZU_THROW(Zu::Status::FULL);
     }
-    if (index > oldCount)
+    if (index > outputs.map.Count())
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
-    BeginChange();
-    AddEmptyItem();
-    uint64 next = oldCount; // the next place to write; its item has been copied one place up already
-    try
-    {
-        for (; next > index; --next)
-        {
-            // Copies values and does not move elements: observers may be attached to the elements.
-            outputs.map.At(next).TakeOver(outputs.map.At(next - 1));
-        }
-        OutputItem const& opened = outputs.map.At(index);
-        lookup.Insert(index, opened.outputId.Get(), opened.source.Get());
-    }
-    catch (...)
-    {
-        DropItem(next);
-        throw;
-    }
-    EndChange();
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AppendItem(OutputItem const& item)
-{
-    BeginChange();
-    OutputItem& added = AddEmptyItem();
-    uint64 const index = outputs.map.Count() - 1;
-    try
-    {
-        added.TakeOver(item);
-        lookup.Insert(index, item.outputId.Get(), item.source.Get());
-    }
-    catch (...)
-    {
-        DropItem(index);
-        throw;
-    }
-    EndChange();
+    core.Shift(index);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::InsertItem(uint64 index,
                                                                                       OutputItem const& item)
 {
-    uint64 const oldCount = outputs.map.Count();
-    if (index == oldCount && oldCount < maxCount)
+    if (index == outputs.map.Count() && index < maxCount)
     {
-        AppendItem(item); // the usual case, since saved maps are in order: nothing has to make room
+        core.Append(item); // the usual case, since saved maps are in order: no item has to make room
         return;
     }
     ShiftOutputMap(index);
-    PutItem(index, item);
+    core.Put(index, item);
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::PutItem(uint64 index, OutputItem const& item)
-{
-    BeginChange();
-    try
-    {
-        OutputItem& place = outputs.map.At(index);
-        lookup.Replace(index, item.outputId.Get(), place.source.Get(), item.source.Get());
-        place.TakeOver(item);
-    }
-    catch (...)
-    {
-        DropItem(index);
-        throw;
-    }
-    EndChange();
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::SetOutputId(uint64 index, OutputId const& id)
-{
-    BeginChange();
-    outputs.map.At(index).outputId.Set(id);
-    lookup.SetId(index, id);
-    EndChange();
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::EraseItem(uint64 index)
-{
-    BeginChange();
-    lookup.Erase(index, outputs.map.At(index).source.Get()); // `At` throws for an index behind the last item
-    outputs.map.Remove(index);
-    EndChange();
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::HasSource(std::string const& source) const
-{
-    return Lookup().HasSource(source);
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::CheckIdsToUpdate(OutputsArgs const& args)
-{
-    if (args.map.Count() != 2)
-    {
-        ZU_THROW(
-            Zu::Status::BAD_ARGUMENT,
-            "There should be exactly 2 output id entries but there are %1$d. The first output id should contain the "
-            "original id to change from and the second output id should contain the new id to change to.",
-            static_cast<int>(args.map.Count()));
-    }
-    if (args.map.At(0).outputId.Get() == OutputItem::DEFAULT_OUTPUT_ID ||
-        args.map.At(1).outputId.Get() == OutputItem::DEFAULT_OUTPUT_ID)
-    {
-        ZU_LOG_USER_ERROR("Output id is invalid.");
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "Output id is invalid.");
-    }
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::HasRoomToShift(OutputId const& id) const
+bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::HasRoomToShift(OutputId const& id)
 {
     if constexpr (std::integral<OutputId>)
     {
@@ -407,62 +279,6 @@ bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::HasRo
     {
         return false;
     }
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-OutputMapIndex<typename OutputItem::OutputId>&
-ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Lookup() const
-{
-    uint64 const itemCount = outputs.map.Count();
-    if (isLookupStale || lookup.Count() != itemCount)
-    {
-        isLookupStale = true;
-        lookup.Clear();
-        for (uint64 i = 0; i < itemCount; ++i)
-        {
-            OutputItem const& item = outputs.map.At(i);
-            lookup.Insert(i, item.outputId.Get(), item.source.Get());
-        }
-        isLookupStale = false;
-    }
-    return lookup;
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-OutputItem& ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::AddEmptyItem()
-{
-    uint64 const oldCount = outputs.map.Count();
-    try
-    {
-        return outputs.map.Add();
-    }
-    catch (...)
-    {
-        outputs.map.Resize(oldCount); // the element may exist already when there is no memory for its schema
-        throw;
-    }
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::DropItem(uint64 index)
-{
-    outputs.map.Remove(index);
-    count.store(outputs.map.Count(), std::memory_order_relaxed);
-    isLookupStale = true;
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::BeginChange()
-{
-    Lookup();
-    isLookupStale = true; // stays so when the change fails, by an observer's exception or for want of memory
-}
-
-template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
-void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::EndChange()
-{
-    isLookupStale = false;
-    count.store(outputs.map.Count(), std::memory_order_relaxed);
 }
 
 } // namespace ZuControl::ControlProtocol

@@ -27,50 +27,27 @@ void RegisterProtocolOutputMap::Add(Zu::Params::Group const& itemArgs)
 
 void RegisterProtocolOutputMap::AddAll(Zu::Params::Group& newOutputs)
 {
-    auto& list = dynamic_cast<RegisterOutputs&>(newOutputs).map;
+    auto& listed = dynamic_cast<RegisterOutputs&>(newOutputs);
     Zu::Locker const guard(lock);
-    uint64 count = outputs.map.Count();
+    uint64 const count = outputs.map.Count();
     uint32 nextAddress = count > 0 ? EndOf(count - 1) : initialStart;
-    int32 status = Zu::Status::SUCCESS;
-    for (uint64 i = 0; i < list.Count(); ++i)
-    {
-        RegisterOutputItem& entry = list.At(i);
-        char const* const source = entry.source.Get().c_str();
-        if (count >= maxCount)
+    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextAddress](RegisterOutputItem& entry) ZU_REQUIRES(lock) {
+        std::string const& source = entry.source.Get();
+        if (source.empty())
         {
-            ZU_THROW(Zu::Status::FULL, "Connection map is full. All data source(s) from %1$s are not added.", source);
+            return OutputMapRefusal::OfBlankEntry(ZU_FUNCTION_LABEL, source);
         }
-        if (entry.source.Get().empty())
+        if (core.HasSource(source))
         {
-            ZU_LOG_USER_ERROR(
-                "Data source %1$s in the list of sources to add is invalid. Please correct the data source "
-                "and try again.",
-                source);
-            ZU_LOG_ERROR(
-                "Data source %s in the list of sources to add is invalid. Please correct the data source and try "
-                "again.",
-                source);
-            status = Zu::Status::BAD_ARGUMENT;
+            ZU_LOG_USER_WARNING("Data source %1$s already exists", source.c_str());
+            ZU_LOG_WARNING("Data source %s already exists", source.c_str());
+            return Zu::Status::ALREADY_EXISTS;
         }
-        else if (HasSource(entry.source.Get()))
-        {
-            ZU_LOG_USER_WARNING("Data source %1$s already exists", source);
-            ZU_LOG_WARNING("Data source %s already exists", source);
-            status = Zu::Status::ALREADY_EXISTS;
-        }
-        else
-        {
-            entry.outputId.Set(static_cast<uint16>(nextAddress)); // without a check of the range or the size
-            AppendItem(entry);
-            ++count;
-            nextAddress += NumOfRegisterOccupies(entry);
-        }
-    }
-    if (status != Zu::Status::SUCCESS)
-    {
-        ZU_THROW(status,
-                 "One or more sources could not be added to the connection map. Logs may have additional information.");
-    }
+        entry.outputId.Set(static_cast<uint16>(nextAddress)); // without a check of the range or the size
+        core.Append(entry);
+        nextAddress += NumOfRegisterOccupies(entry);
+        return Zu::Status::SUCCESS;
+    });
 }
 
 void RegisterProtocolOutputMap::CompactId()
@@ -80,7 +57,7 @@ void RegisterProtocolOutputMap::CompactId()
     uint64 const count = outputs.map.Count();
     for (uint64 i = 0; i < count; ++i)
     {
-        SetOutputId(i, nextAddress);
+        core.SetId(i, nextAddress);
         nextAddress = static_cast<uint16>(EndOf(i));
     }
 }
@@ -101,7 +78,7 @@ void RegisterProtocolOutputMap::OverlapInsert(uint64 index, RegisterOutputItem c
 {
     Zu::Locker const guard(lock);
     ShiftOutputMap(index, item);
-    PutItem(index, item);
+    core.Put(index, item);
     uint64 const count = outputs.map.Count();
     for (uint64 i = index; i + 1 < count; ++i)
     {
@@ -109,7 +86,7 @@ void RegisterProtocolOutputMap::OverlapInsert(uint64 index, RegisterOutputItem c
         {
             break; // the run has reached a gap
         }
-        SetOutputId(i + 1, static_cast<uint16>(EndOf(i)));
+        core.SetId(i + 1, static_cast<uint16>(EndOf(i)));
     }
 }
 
@@ -150,7 +127,7 @@ void RegisterProtocolOutputMap::SetStartAddress(uint16 newStart)
     uint64 const count = outputs.map.Count();
     for (uint64 i = 0; i < count; ++i)
     {
-        SetOutputId(i, static_cast<uint16>(outputs.map.At(i).outputId.Get() + difference));
+        core.SetId(i, static_cast<uint16>(outputs.map.At(i).outputId.Get() + difference));
     }
 }
 
@@ -174,12 +151,10 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
     {
         return;
     }
-    char const* const source = item.source.Get().c_str();
-    if (HasSource(item.source.Get()))
+    std::string const& source = item.source.Get();
+    if (core.HasSource(source))
     {
-        ZU_LOG_USER_WARNING("Data source %1$s already exists", source);
-        ZU_LOG_WARNING("Data source %s already exists", source);
-        ZU_THROW(Zu::Status::ALREADY_EXISTS);
+        OutputMapRefusal::OfKnownSource(ZU_FUNCTION_LABEL, source);
     }
     ZuProtocolOutputDataOverlapState const state = GetOverlappingState(group);
     if (state != 0 && !autoShift)
@@ -187,15 +162,15 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
         ZU_LOG_USER_WARNING(
             "Unable to add connection source %1$s. The specified address would cause the selected source "
             "to overlap addresses used by an existing connection.",
-            source);
+            source.c_str());
         ZU_LOG_WARNING("Unable to add connection source %s. The specified address would cause the selected source to "
                        "overlap addresses used by an existing connection.",
-                       source);
+                       source.c_str());
         ZU_THROW(
             Zu::Status::BAD_ARGUMENT,
             "Unable to add connection source %1$s. The specified address would cause the selected source to overlap "
             "addresses used by an existing connection.",
-            source);
+            source.c_str());
     }
     index -= (state & BEHIND_PREVIOUS) != 0 ? 1 : 0; // the flag is set only behind a previous item
     if ((state & RUNS_INTO_NEXT) != 0)

@@ -39,11 +39,7 @@ void TextIdStandardProtocolOutputMap::AddAll(Zu::Params::Group& outputs)
             }
         }
     }
-    if (status != Zu::Status::SUCCESS)
-    {
-        ZU_THROW(status,
-                 "One or more sources could not be added to the connection map. Logs may have additional information.");
-    }
+    OutputMapRefusal::UnlessAllAdded(ZU_FUNCTION_LABEL, status);
 }
 
 } // namespace ZuControl::ControlProtocol
