@@ -5,6 +5,8 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Structure.h"
 #include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -12,7 +14,7 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/Persistence/ConfigurationDocument.h"
 #include "ZuControl/Persistence/DocumentPart.h"
-#include "ZuControl/Persistence/PersistInstanceProperties.h"
+#include "ZuControl/Persistence/PersistedPart.h"
 
 #include <nlohmann/json.hpp>
 
@@ -22,7 +24,6 @@
 
 namespace ZuControl
 {
-
 using ControlProtocol::IProtocolRegisterAssembly;
 using Zu::Properties::JsonSerializer;
 using ZuCommon::PersistDomain;
@@ -30,6 +31,17 @@ using Json = nlohmann::json;
 
 namespace
 {
+
+/// The members of a configuration document that concern the instance, beside the settings of its protocol.
+struct PersistInstanceProperties final : public Zu::Properties::Structure
+{
+    PersistInstanceProperties() : Structure(true)
+    {
+        Register("enabled", enabled);
+    }
+
+    Zu::Properties::Value<bool> enabled; ///< whether the protocol runs
+};
 
 constexpr char const* CFG_VERSION = "1";
 
@@ -58,6 +70,17 @@ void WriteDocument(IControlInstance const& instance, Json const& document, ZuCom
 {
     std::string const bytes = document.dump(); // throws for a text that is not UTF-8: nothing is written then
     store.Write(DocumentPath(instance), bytes.data(), bytes.size());
+}
+
+/// A new argument record of the action "add". Throws `Zu::Status::NOT_SUPPORTED` when the protocol gives none.
+std::shared_ptr<Zu::Params::Group> AddArguments(IControlActionTarget const& target)
+{
+    auto args = target.GetActionParams(ACTION_ADD);
+    if (args == nullptr)
+    {
+        ZU_THROW(Zu::Status::NOT_SUPPORTED, "The action \"%s\" has no arguments", ACTION_ADD);
+    }
+    return args;
 }
 
 bool HasNul(std::string const& text)
@@ -99,6 +122,31 @@ Json AssemblyDocument(IProtocolRegisterAssembly& assembly)
         blocks.push_back(JsonSerializer::Serialize(*block));
     }
     return document;
+}
+
+/// Whether the protocol has the assembly `id` of an entry; else the user is told, and the entry is passed over.
+bool KnowsAssembly(IControlInstance const& instance, std::string const& id, char const* function)
+{
+    char const* const service = instance.TypeName();
+    if (id.empty())
+    {
+        ZU_LOG_LINE(Zu::Logging::FLAGS_WARNING, function, "Missing connection map identifier for service %s", service);
+        ZU_LOG_USER_WARNING("Missing connection map identifier for service %1$s. Connection map may require manual "
+                            "configuration.",
+                            service);
+        return false;
+    }
+    if (HasNul(id) || !instance.HasRegisterAssembly(id.c_str()))
+    {
+        std::string const shown = WithoutNuls(id);
+        ZU_LOG_LINE(Zu::Logging::FLAGS_WARNING, function, "Missing connection map identifier %s for service %s",
+                    shown.c_str(), service);
+        ZU_LOG_USER_WARNING("Missing connection map identifier %1$s for service %2$s. Connection map may require "
+                            "manual configuration.",
+                            shown.c_str(), service);
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -213,10 +261,8 @@ void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, Doc
 
 void PersistControl::LoadControlInstanceParams(IControlInstance& instance, DocumentPart const& settings)
 {
-    char const* const service = instance.TypeName();
-    bool failed = false;
-    try
-    {
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), nullptr, PersistedPart::LOADED_PARAMETERS);
+    part.Run([&] {
         auto const parameters = settings.Find(KEY_PARAMETERS);
         if (!parameters)
         {
@@ -227,39 +273,18 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, Docum
             ZU_THROW(Zu::Status::UNSUPPORTED_VERSION);
         }
         Zu::Params::Group& group = instance.BeginUpdateParameters();
-        try
-        {
+        part.RunStep([&] {
             parameters->ReadInto(group);
             instance.ParamsUpdate();
-        }
-        catch (...)
-        {
-            ZU_LOG_USER_WARNING(
-                "Error updating parameters for service %s. Parameters may require manual configuration.", service);
-            ZU_LOG_CAUGHT("Error updating parameters for service %s", service);
-            failed = true;
-        }
+        });
         instance.EndUpdateParameters();
-    }
-    catch (...)
-    {
-        ZU_LOG_USER_WARNING("Error loading parameters for service %1$s. Parameters may require manual configuration.",
-                            service);
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error loading parameters for service %s", service);
-    }
-    if (failed)
-    {
-        ZU_THROW(Zu::Status::FAILURE, "Error updating parameters for service %s", service);
-    }
+    });
 }
 
 void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, DocumentPart const& settings)
 {
-    char const* const service = instance.TypeName();
-    bool failed = false;
-    try
-    {
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), nullptr, PersistedPart::LOADED_OUTPUTS);
+    part.Run([&] {
         auto const outputs = settings.Find(KEY_OUTPUTS);
         if (!outputs || !instance.HasProtocolOutput())
         {
@@ -271,31 +296,12 @@ void PersistControl::LoadControlInstanceOutputs(IControlInstance& instance, Docu
             return;
         }
         instance.BeginUpdateOutputsMap();
-        try
-        {
+        part.RunStep([&] {
             LoadOutputMapEntries(instance, *map);
             instance.OutputsUpdate();
-        }
-        catch (...)
-        {
-            ZU_LOG_USER_WARNING(
-                "Error adding connections for service %1$s. Connections may require manual configuration.", service);
-            ZU_LOG_CAUGHT("Error adding connections for service %s", service);
-            failed = true;
-        }
+        });
         instance.EndUpdateOutputsMap();
-    }
-    catch (...)
-    {
-        ZU_LOG_USER_WARNING("Error loading connections for service %1$s. Connections may require manual configuration.",
-                            service);
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error loading connections for service %s", service);
-    }
-    if (failed)
-    {
-        ZU_THROW(Zu::Status::FAILURE, "Error adding connections for service %s", service);
-    }
+    });
 }
 
 void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, DocumentPart const& settings)
@@ -316,7 +322,7 @@ void PersistControl::LoadOutputMapEntries(IControlInstance& instance, DocumentPa
     IControlActionTarget& target = instance.OutputsActionTarget();
     target.InvokeAction(ACTION_REMOVE_ALL, Zu::Params::Group(""));
     // One record for all entries: a member that an entry does not name keeps the value of the entry before.
-    std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
+    std::shared_ptr<Zu::Params::Group> const args = AddArguments(target);
     for (DocumentPart const& entry : map.Elements()) // throws for a value that is neither an array nor empty
     {
         entry.ReadInto(*args);
@@ -334,61 +340,25 @@ void PersistControl::LoadRegisterAssemblyList(IControlInstance& instance, Docume
 
 void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, DocumentPart const& entry)
 {
-    char const* const service = instance.TypeName();
-    std::string id; // outside of the block, for the log lines below
-    bool failed = false;
-    try
-    {
+    std::string id;
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), &id, PersistedPart::LOADED_ASSEMBLY);
+    part.Run([&] {
         if (!entry.Find(KEY_BLOCKS))
         {
             return;
         }
         id = RegisterAssemblyIdFromCfg(entry);
-        if (id.empty())
+        if (!KnowsAssembly(instance, id, ZU_FUNCTION_LABEL))
         {
-            ZU_LOG_WARNING("Missing connection map identifier for service %s", service);
-            ZU_LOG_USER_WARNING("Missing connection map identifier for service %1$s. Connection map may require manual "
-                                "configuration.",
-                                service);
-            return;
-        }
-        if (HasNul(id) || !instance.HasRegisterAssembly(id.c_str()))
-        {
-            std::string const shown = WithoutNuls(id);
-            ZU_LOG_WARNING("Missing connection map identifier %s for service %s", shown.c_str(), service);
-            ZU_LOG_USER_WARNING("Missing connection map identifier %1$s for service %2$s. Connection map may require "
-                                "manual configuration.",
-                                shown.c_str(), service);
             return;
         }
         instance.BeginUpdateRegisterAssembly();
-        try
-        {
+        part.RunStep([&] {
             LoadRegisterAssemblyBlocks(instance, entry, id.c_str());
             instance.RegisterAssemblyUpdate(id.c_str());
-        }
-        catch (...)
-        {
-            ZU_LOG_USER_WARNING("Error filling connection map %1$s for service %2$s. Connection map may require manual "
-                                "configuration.",
-                                id.c_str(), service);
-            ZU_LOG_CAUGHT("Error filling connection map %s for service %s", id.c_str(), service);
-            failed = true;
-        }
+        });
         instance.EndUpdateRegisterAssembly(id);
-    }
-    catch (...)
-    {
-        ZU_LOG_USER_WARNING("Error loading connection map %1$s for service %2$s. Connection map may require manual "
-                            "configuration.",
-                            id.c_str(), service);
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error loading connection map %s for service %s", id.c_str(), service);
-    }
-    if (failed)
-    {
-        ZU_THROW(Zu::Status::FAILURE, "Error filling connection map %s for service %s", id.c_str(), service);
-    }
+    });
 }
 
 void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, DocumentPart const& entry, char const* id)
@@ -397,7 +367,7 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, Docu
     {
         IControlActionTarget& target = instance.RegisterAssemblyActionTarget(id);
         IProtocolRegisterAssembly& assembly = instance.RegisterAssembly(id);
-        std::shared_ptr<Zu::Params::Group> const args = target.GetActionParams(ACTION_ADD);
+        std::shared_ptr<Zu::Params::Group> const args = AddArguments(target);
         entry.ReadInto(*args);
         assembly.ResetRegisterAssembly(); // removes the default blocks
         target.InvokeAction(ACTION_ADD, *args);
@@ -465,60 +435,31 @@ void PersistControl::SaveControlInstanceSettings(IControlInstance& instance, Jso
 
 void PersistControl::SaveControlInstanceParams(IControlInstance& instance, Json& settings)
 {
-    char const* const service = instance.TypeName();
-    try
-    {
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), nullptr, PersistedPart::SAVED_PARAMETERS);
+    part.Run([&] {
         settings[KEY_PARAMETERS] = JsonSerializer::Serialize(instance.Params());
         settings[KEY_PARAMETERS_VERSION] = instance.ParamsVersion();
-    }
-    catch (...)
-    {
-        ZU_LOG_USER_WARNING("Error saving parameters for service %1$s. Please check the parameter settings.", service);
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error saving parameters for service %s", service);
-    }
+    });
 }
 
 void PersistControl::SaveControlInstanceOutputs(IControlInstance& instance, Json& settings)
 {
-    char const* const service = instance.TypeName();
-    bool failed = false;
-    try
-    {
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), nullptr, PersistedPart::SAVED_OUTPUTS);
+    part.Run([&] {
         if (!instance.HasProtocolOutput())
         {
             return;
         }
         instance.OutputsMapBeginLock();
-        try
-        {
-            settings[KEY_OUTPUTS] = JsonSerializer::Serialize(instance.OutputsMap());
-        }
-        catch (...)
-        {
-            ZU_LOG_USER_WARNING("Error saving connections for service %1$s. Please check the connections.", service);
-            ZU_LOG_CAUGHT("Error saving connections for service %s", service);
-            failed = true;
-        }
+        part.RunStep([&] { settings[KEY_OUTPUTS] = JsonSerializer::Serialize(instance.OutputsMap()); });
         instance.OutputsMapEndLock();
-    }
-    catch (...)
-    {
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error locking/unlocking connections for service %s", service);
-    }
-    if (failed)
-    {
-        ZU_THROW(Zu::Status::FAILURE, "Error saving connections for service %s", service);
-    }
+    });
 }
 
 void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& instance, Json& settings)
 {
-    char const* const service = instance.TypeName();
-    bool failed = false;
-    try
-    {
+    PersistedPart part(ZU_FUNCTION_LABEL, instance.TypeName(), nullptr, PersistedPart::SAVED_ASSEMBLIES);
+    part.Run([&] {
         if (!instance.HasRegisterAssemblyGroup())
         {
             return;
@@ -527,33 +468,15 @@ void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& insta
         for (std::string const& id : instance.RegisterAssemblyList())
         {
             instance.RegisterAssemblyBeginLock(id.c_str());
-            try
-            {
-                list.push_back(AssemblyDocument(instance.RegisterAssembly(id.c_str())));
-            }
-            catch (...)
-            {
-                ZU_LOG_USER_WARNING("Error saving connection map for service %1$s. Please check the connection map.",
-                                    service);
-                ZU_LOG_CAUGHT("Error saving connection map for service %s", service);
-                failed = true;
-            }
+            bool const isSaved =
+                part.RunStep([&] { list.push_back(AssemblyDocument(instance.RegisterAssembly(id.c_str()))); });
             instance.RegisterAssemblyEndLock(id.c_str());
-            if (failed)
+            if (!isSaved)
             {
                 break;
             }
         }
-    }
-    catch (...)
-    {
-        ZU_LOG_CAUGHT("EXCEPTION THROWN: ");
-        ZU_THROW_NESTED("Error locking/unlocking or getting list connection map for %s", service);
-    }
-    if (failed)
-    {
-        ZU_THROW(Zu::Status::FAILURE, "Error saving connection map for service %s", service);
-    }
+    });
 }
 
 void PersistControl::ValidateCfgFileVersion(IControlInstance const& instance, char const* version) const

@@ -3,7 +3,7 @@
 #include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuControl/Protocol/OutputProperties.h"
 #include "wApi/wLock.h"
-#include "wApi/wThreadSafety.h"
+#include "wApi/wMutex.h"
 
 #include <functional>
 #include <string>

@@ -104,6 +104,29 @@ private:
     Hooks& hooks;
 };
 
+/// The actions of a map or an assembly, which have no argument records.
+template <typename Target>
+class TargetWithoutArguments final : public Target
+{
+public:
+    using Target::Target;
+
+    std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& /*id*/) const override
+    {
+        return nullptr;
+    }
+};
+
+template <typename Target, typename Changed>
+std::unique_ptr<Target> MakeTarget(Changed& changed, bool hasArguments)
+{
+    if (hasArguments)
+    {
+        return std::make_unique<Target>(changed);
+    }
+    return std::make_unique<TargetWithoutArguments<Target>>(changed);
+}
+
 void AddTypes(ProtocolRegisterAssemblyBase& assembly)
 {
     assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(ZuTest::TypeParams<>("Plain", 2)));
@@ -153,7 +176,7 @@ ConfigurableProtocol::ConfigurableProtocol(ControlProtocolEnviron const& environ
     : ProtocolBase(ZuEthernetProtocol{parts.number}, "Configurable", environ), hooks(sharedHooks)
 {
     MakeMap(parts);
-    MakeAssemblies(parts.assemblies);
+    MakeAssemblies(parts);
     ProtocolInitParams init;
     init.params = &params;
     init.metricsData = &metrics;
@@ -255,18 +278,18 @@ void ConfigurableProtocol::MakeMap(ProtocolParts const& parts)
         map = std::make_unique<WatchedMap<TextIdStandardProtocolOutputMap>>(hooks, MOST_ITEMS);
         break;
     }
-    mapTarget = std::make_unique<ProtocolOutputActionTarget>(*map);
+    mapTarget = MakeTarget<ProtocolOutputActionTarget>(*map, parts.hasActionArguments);
 }
 
-void ConfigurableProtocol::MakeAssemblies(unsigned count)
+void ConfigurableProtocol::MakeAssemblies(ProtocolParts const& parts)
 {
-    for (unsigned i = 0; i < count; ++i)
+    for (unsigned i = 0; i < parts.assemblies; ++i)
     {
         bool const isGlobal = i % 2 == 0;
         uint16 const lastId = isGlobal ? 999 : ProtocolRegisterAssemblyBase::LAST_VALID_OUTPUT_ID;
         auto assembly = std::make_unique<WatchedAssembly>(hooks, isGlobal, lastId, "r" + std::to_string(i));
         AddTypes(*assembly);
-        auto target = std::make_unique<ProtocolRegisterAssemblyActionTarget>(*assembly);
+        auto target = MakeTarget<ProtocolRegisterAssemblyActionTarget>(*assembly, parts.hasActionArguments);
         assemblyGroup.Add(*assembly, *target);
         assemblies.push_back(std::move(assembly));
         assemblyTargets.push_back(std::move(target));

@@ -51,6 +51,7 @@ struct ProtocolParts
     int32 number = 100;
     MapKind map = MapKind::NONE;
     bool hasOutputsTarget = true;
+    bool hasActionArguments = true; ///< of the map and of the assemblies
     unsigned assemblies = 0; ///< "r0", "r1" and so on; those with even numbers have the global address space 0 to 999
 };
 
@@ -112,7 +113,7 @@ public:
 
 private:
     void MakeMap(ProtocolParts const& parts);
-    void MakeAssemblies(unsigned count);
+    void MakeAssemblies(ProtocolParts const& parts);
 
     Hooks& hooks;
     Zu::Properties::Structure metrics{true};

@@ -558,6 +558,17 @@ TEST_F(PersistControlLoadTest, UpdatesTheOutputsAlsoWhereNothingCanAddThem)
     EXPECT_TRUE(lines.empty());
 }
 
+TEST_F(PersistControlLoadTest, RejectsOutputsThatHaveNoArguments)
+{
+    Build({.map = MapKind::STANDARD, .hasActionArguments = false});
+
+    EXPECT_EQ(Loaded({{"outputs", {{"map", List({Item(5, "a")})}}}}), partial);
+
+    EXPECT_EQ(lines, OutputsRejected(ZuTest::CaughtEntry(-996, "The action \"add\" has no arguments")));
+    ExpectBrackets(1);
+    EXPECT_EQ(Entries(), "");
+}
+
 TEST_F(PersistControlLoadTest, IgnoresOutputsAndAssembliesOfAProtocolWithoutThem)
 {
     Build({});
@@ -639,6 +650,17 @@ TEST_F(PersistControlLoadTest, RejectsBlocksThatAreNoArray)
               Joined({BlocksRejected("r0", ZuTest::CaughtForeign("[json.exception.type_error.302] type must be array, "
                                                                  "but is null")),
                       AssemblyRejected("r0", ZuTest::CaughtEntry(0, "Loading register assembly blocks"))}));
+    EXPECT_EQ(Blocks(), "0 Single");
+}
+
+TEST_F(PersistControlLoadTest, RejectsBlocksThatHaveNoArguments)
+{
+    Build({.hasActionArguments = false, .assemblies = 1});
+
+    EXPECT_EQ(Loaded({{"registerAssemblyList", List({Assembly("r0", List({Block("Plain", 10)}))})}}), partial);
+
+    EXPECT_EQ(lines, Joined({BlocksRejected("r0", ZuTest::CaughtEntry(-996, "The action \"add\" has no arguments")),
+                             AssemblyRejected("r0", ZuTest::CaughtEntry(-996, "Loading register assembly blocks"))}));
     EXPECT_EQ(Blocks(), "0 Single");
 }
 
