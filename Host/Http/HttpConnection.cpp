@@ -52,7 +52,7 @@ HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand)
       limits(service.Limits()),
       strand(std::move(newStrand)),
       timer(strand),
-      reader(limits.token, service.IsLocal())
+      reader(limits.token, service.IsLocal(), service.Budget())
 {
 }
 

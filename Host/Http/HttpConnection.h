@@ -30,6 +30,7 @@ class IStreamReceiver;
 namespace ZuHost
 {
 
+class ByteBudget;
 class HttpConnection;
 
 /// The server as its connections see it. It outlives them. All operations are thread-safe.
@@ -42,6 +43,9 @@ public:
 
     /// Whether only clients of this machine reach the server.
     virtual bool IsLocal() const = 0;
+
+    /// For the bytes behind the headers of the requests of all connections.
+    virtual ByteBudget& Budget() = 0;
 
     /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this
     /// call.

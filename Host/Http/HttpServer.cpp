@@ -1,5 +1,6 @@
 #include "Host/Http/HttpServer.h"
 
+#include "Host/Http/ByteBudget.h"
 #include "Host/Http/HttpSession.h"
 #include "Host/Http/RequestQueue.h"
 #include "ZuApi/Guard.h"
@@ -113,6 +114,11 @@ public:
         return endpoint.address().is_loopback();
     }
 
+    ByteBudget& Budget() override
+    {
+        return budget;
+    }
+
     void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
 
     void RunLater(std::function<void()> step) override
@@ -140,6 +146,7 @@ private:
 
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
+    ByteBudget budget{MAX_BYTES_IN_ALL};
 
     Zu::Mutex mutex; // a leaf: no other lock is taken under it
     Zu::CondVar changed;

@@ -17,8 +17,8 @@ namespace ZuHost
 ///
 /// It is asynchronous: a few threads run one I/O context, and each connection has a strand. The same threads execute
 /// the requests; one thread always stays free, so that blocking resources never hold up the I/O (see `RequestQueue`).
-/// Every resource that a client can occupy is bounded: connections, headers, bodies, waiting reports of a slow client,
-/// and the time of each phase.
+/// Every resource that a client can occupy is bounded: connections, the bytes of one request and of all together,
+/// waiting reports of a slow client, and the time of each phase.
 /// Ownership: the processor and the resources behind it outlive the server.
 /// Threads: "Http.Worker0" and so on, from `Start` to `Stop`. One thread at a time calls the operations.
 class HttpServer final
@@ -27,6 +27,8 @@ public:
     static constexpr uint64 THREADS = 4; ///< one of them is always free for the I/O
     static constexpr uint32 MAX_HEADER_BYTES = 16 * 1024;
     static constexpr uint64 MAX_BODY_BYTES = 1024 * 1024;
+    static constexpr uint64 MAX_REQUEST_BYTES = 2 * MAX_BODY_BYTES; ///< with headers, chunk extensions and trailers
+    static constexpr uint64 MAX_BYTES_IN_ALL = 64 * MAX_BODY_BYTES; ///< behind the headers of all present requests
 
     struct Settings
     {

@@ -1,11 +1,15 @@
 #include "Host/Http/RequestReader.h"
 
 #include "Host/Http/BearerToken.h"
+#include "Host/Http/ByteBudget.h"
 #include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wTypes.h"
 
+#include <boost/beast/http/error.hpp>
+
 #include <algorithm>
+#include <utility>
 
 namespace ZuHost
 {
@@ -19,11 +23,6 @@ namespace
 
 constexpr std::size_t HEADER_READ_BYTES = 4 * 1024; // most requests are shorter
 constexpr std::size_t BODY_READ_BYTES = 16 * 1024;
-
-std::string_view TextOf(boost::beast::string_view text)
-{
-    return {text.data(), text.size()};
-}
 
 /// The target of a request, without an optional scheme and host before the path.
 struct Target
@@ -46,18 +45,29 @@ struct Target
 
 } // namespace
 
-RequestReader::RequestReader(std::string const& newToken, bool newIsLocal) : token(newToken), isLocal(newIsLocal)
+RequestReader::RequestReader(std::string const& newToken, bool newIsLocal, ByteBudget& sharedBudget)
+    : token(newToken), isLocal(newIsLocal), budget(sharedBudget)
 {
     Begin();
 }
 
-RequestReader::~RequestReader() = default;
+RequestReader::~RequestReader()
+{
+    GiveBack();
+}
+
+void RequestReader::GiveBack() noexcept
+{
+    budget.GiveBack(std::exchange(budgetedBytes, 0));
+}
 
 void RequestReader::Begin()
 {
+    GiveBack();
     parser.emplace();
     parser->header_limit(HttpServer::MAX_HEADER_BYTES);
     parser->body_limit(HttpServer::MAX_BODY_BYTES);
+    parsedBytes = 0;
     hasHeader = false;
 }
 
@@ -82,14 +92,20 @@ RequestReader::Result RequestReader::Parse()
     while (buffer.size() != 0)
     {
         error_code error;
-        buffer.consume(parser->put(buffer.data(), error));
-        if (error == http::error::need_more && buffer.size() < buffer.max_size())
+        std::size_t const count = parser->put(buffer.data(), error);
+        buffer.consume(count);
+        if (error && error != http::error::need_more)
         {
-            return Result::NEEDS_BYTES;
+            return RefuseMalformed(error);
+        }
+        if (Result const result = Count(count); result != Result::NEEDS_BYTES)
+        {
+            return result;
         }
         if (error)
         {
-            return RefuseMalformed(error == http::error::need_more ? http::error::buffer_overflow : error);
+            return buffer.size() < buffer.max_size() ? Result::NEEDS_BYTES
+                                                     : RefuseMalformed(http::error::buffer_overflow);
         }
         if (!hasHeader && parser->is_header_done())
         {
@@ -103,6 +119,27 @@ RequestReader::Result RequestReader::Parse()
         {
             return Result::REQUEST;
         }
+    }
+    return Result::NEEDS_BYTES;
+}
+
+/// Counts parsed bytes of the present request, since Beast limits neither chunk extensions nor trailers.
+RequestReader::Result RequestReader::Count(std::size_t bytes)
+{
+    parsedBytes += bytes;
+    if (parsedBytes > HttpServer::MAX_REQUEST_BYTES)
+    {
+        return Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
+                      "The request is longer than " + std::to_string(HttpServer::MAX_REQUEST_BYTES) + " bytes.");
+    }
+    if (hasHeader)
+    {
+        if (!budget.Take(bytes))
+        {
+            return Refuse(HttpStatus::SERVICE_UNAVAILABLE, Zu::Status::BUSY,
+                          "The requests of all clients together are too long at present.");
+        }
+        budgetedBytes += bytes;
     }
     return Result::NEEDS_BYTES;
 }
@@ -122,41 +159,52 @@ bool RequestReader::TakeEnd()
 /// Checks the header. `NEEDS_BYTES` means that the body may follow; any other result needs an answer before the body.
 RequestReader::Result RequestReader::TakeHeader()
 {
-    auto const& request = parser->get();
-    Target const target = Target::Of(TextOf(request.target()));
-    std::size_t const hosts = request.count(http::field::host);
-    if (hosts > 1 || (hosts == 0 && request.version() > 10))
+    Target const target = Target::Of(parser->target);
+    auto const& hosts = parser->At(http::field::host);
+    if (hosts.count > 1 || (hosts.count == 0 && parser->isVersion11))
     {
         return Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, "The request needs one header Host.");
     }
-    std::string_view const host = target.host.empty() ? TextOf(request[http::field::host]) : target.host;
-    bool const namesUs = host.empty() ? hosts == 0 : RequestOrigin::IsThisMachine(host);
+    std::string const host(target.host.empty() ? hosts.text : target.host);
+    bool const namesUs = host.empty() ? hosts.count == 0 : RequestOrigin::IsThisMachine(host);
     if (isLocal && !namesUs)
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-                      "This service answers to localhost and the loopback addresses only, not to '" +
-                          std::string(host) + "'.");
+                      "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
     }
-    auto const origin = request.find(http::field::origin);
-    if (origin != request.end() && !RequestOrigin::IsOwn(TextOf(origin->value()), host))
+    auto const& origin = parser->At(http::field::origin);
+    if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host))
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
-                      "This service takes no requests from pages of '" + std::string(TextOf(origin->value())) + "'.");
+                      "This service takes no requests from pages of '" + origin.text + "'.");
     }
-    if (!IsOpenToAll() && !BearerToken::IsGiven(token, TextOf(request[http::field::authorization])))
+    return IsOpenToAll() ? AdmitStranger() : AdmitClient();
+}
+
+/// Whether the request needs no token.
+bool RequestReader::IsOpenToAll() const
+{
+    return parser->method == "GET" && parser->target == "/health";
+}
+
+/// A request that needs no token has no body, so that a client without the token cannot occupy memory.
+RequestReader::Result RequestReader::AdmitStranger()
+{
+    return parser->is_done() ? Result::NEEDS_BYTES
+                             : Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
+                                      "A request of " + parser->target + " has no body.");
+}
+
+RequestReader::Result RequestReader::AdmitClient()
+{
+    if (!BearerToken::IsGiven(token, parser->At(http::field::authorization).text))
     {
         return RefuseWithoutToken();
     }
     parser->eager(true); // accepts parts of the body as they arrive
     bool const needsContinue =
-        !parser->is_done() && boost::beast::iequals(request[http::field::expect], "100-continue");
+        !parser->is_done() && boost::beast::iequals(parser->At(http::field::expect).text, "100-continue");
     return needsContinue ? Result::NEEDS_CONTINUE : Result::NEEDS_BYTES;
-}
-
-bool RequestReader::IsOpenToAll() const
-{
-    auto const& request = parser->get();
-    return request.method() == http::verb::get && request.target() == "/health";
 }
 
 RequestReader::Result RequestReader::RefuseWithoutToken()
@@ -185,23 +233,23 @@ RequestReader::Result RequestReader::RefuseMalformed(error_code const& error)
 
 RequestReader::Result RequestReader::Refuse(uint32 status, int32 code, std::string detail)
 {
+    parser->body = {}; // the answer may take its time
     refusal = ZuRest::Problem{status, std::move(detail), code, {}}.ToAnswer();
     return Result::REFUSAL;
 }
 
 ZuRest::Request RequestReader::TakeRequest()
 {
-    auto& message = parser->get();
-    std::string_view const target = Target::Of(TextOf(message.target())).pathAndQuery;
+    std::string_view const target = Target::Of(parser->target).pathAndQuery;
     std::size_t const mark = std::min(target.find('?'), target.size());
     ZuRest::Request request;
-    request.method = TextOf(message.method_string());
+    request.method = parser->method;
     request.path = target.substr(0, mark);
     request.query = target.substr(std::min(mark + 1, target.size()));
-    request.body = std::move(message.body());
-    request.accept = TextOf(message[http::field::accept]);
-    request.ifMatch = TextOf(message[http::field::if_match]);
-    request.ifNoneMatch = TextOf(message[http::field::if_none_match]);
+    request.body = std::move(parser->body);
+    request.accept = parser->At(http::field::accept).text;
+    request.ifMatch = parser->At(http::field::if_match).text;
+    request.ifNoneMatch = parser->At(http::field::if_none_match).text;
     return request;
 }
 
@@ -222,12 +270,12 @@ bool RequestReader::HasHeader() const
 
 bool RequestReader::IsHead() const
 {
-    return parser->get().method() == http::verb::head;
+    return parser->method == "HEAD";
 }
 
 bool RequestReader::KeepsAlive() const
 {
-    return parser->keep_alive();
+    return parser->keepsAlive;
 }
 
 } // namespace ZuHost

@@ -1,21 +1,20 @@
 #pragma once
 
 #include "Host/Http/HttpServer.h"
+#include "Host/Http/RequestParser.h"
 #include "ZuRest/Answer.h"
 #include "ZuRest/Request.h"
 
-#include <utility> // before Asio's headers, which use it without including it
-
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/http/parser.hpp>
-#include <boost/beast/http/string_body.hpp>
 
 #include <optional>
 #include <string>
 
 namespace ZuHost
 {
+
+class ByteBudget;
 
 /// Parses the requests of one connection. Refuses malformed and too long requests, requests from foreign pages and
 /// requests without the token.
@@ -37,9 +36,10 @@ public:
         REFUSAL         ///< `TakeRefusal` returns the answer; the connection closes behind it
     };
 
-    /// `newToken` is required in requests unless it is empty; it outlives the reader. `newIsLocal`: the service is for
-    /// clients of this machine only.
-    RequestReader(std::string const& newToken, bool newIsLocal);
+    /// `newToken` is required in requests unless it is empty. `newIsLocal`: the service is for clients of this machine
+    /// only. `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until
+    /// the next `Begin` or the end of the reader. The token and the budget outlive the reader.
+    RequestReader(std::string const& newToken, bool newIsLocal, ByteBudget& sharedBudget);
     ~RequestReader();
 
     RequestReader(RequestReader const&) = delete;
@@ -74,18 +74,23 @@ public:
     bool KeepsAlive() const; ///< the client wants to send more requests after the present one
 
 private:
-    using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
-
+    void GiveBack() noexcept;
+    Result Count(std::size_t bytes);
     Result TakeHeader();
     bool IsOpenToAll() const;
+    Result AdmitStranger();
+    Result AdmitClient();
     Result RefuseWithoutToken();
     Result RefuseMalformed(boost::system::error_code const& error);
     Result Refuse(uint32 status, int32 code, std::string detail);
 
     std::string const& token;
     bool const isLocal;
+    ByteBudget& budget;
     boost::beast::flat_buffer buffer{MAX_BUFFERED_BYTES};
-    std::optional<Parser> parser;
+    std::optional<RequestParser> parser;
+    uint64 parsedBytes = 0;   // of the present request
+    uint64 budgetedBytes = 0; // taken of the budget
     bool hasHeader = false;
     ZuRest::Answer refusal;
 };

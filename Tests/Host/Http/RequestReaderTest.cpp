@@ -1,5 +1,7 @@
 #include "Host/Http/RequestReader.h"
 
+#include "Host/Http/ByteBudget.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -36,8 +38,25 @@ protected:
         return Feed(bytes) == Result::REFUSAL ? reader.TakeRefusal().status : 0;
     }
 
+    /// Feeds `bytes` again and again until the reader refuses; returns the fed bytes.
+    uint64 FeedUntilRefusal(std::string const& bytes)
+    {
+        uint64 fed = 0;
+        for (Result result = Result::NEEDS_BYTES; result == Result::NEEDS_BYTES && fed < 100 * ALLOWANCE;)
+        {
+            result = Feed(bytes);
+            fed += bytes.size();
+        }
+        return fed;
+    }
+
+    static constexpr uint64 ALLOWANCE = HttpServer::MAX_REQUEST_BYTES;
+    static constexpr std::string_view CHUNKED =
+        "PUT / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n";
+
     std::string token;
-    RequestReader reader{token, true};
+    ByteBudget budget{3 * ALLOWANCE};
+    RequestReader reader{token, true, budget};
 };
 
 } // namespace
@@ -144,6 +163,66 @@ TEST_F(RequestReaderTest, AsksForTheTokenBeforeItTakesABody)
 
     reader.Begin();
     EXPECT_EQ(Feed(std::string(HEAD) + "Authorization: Bearer 0123456789abcdef\r\n\r\n{}"), Result::REQUEST);
+}
+
+TEST_F(RequestReaderTest, BoundsTheBytesOfARequestWithItsChunkExtensions)
+{
+    std::string const chunk = "1;" + std::string(16'000, 'x') + "\r\n \r\n";
+
+    EXPECT_EQ(Feed(CHUNKED), Result::NEEDS_BYTES);
+    uint64 const fed = FeedUntilRefusal(chunk);
+
+    EXPECT_GT(fed, ALLOWANCE - chunk.size());
+    EXPECT_LT(fed, ALLOWANCE + chunk.size());
+    EXPECT_EQ(reader.TakeRefusal().status, 413U);
+}
+
+TEST_F(RequestReaderTest, TakesNoBodyWhereItAsksForNoToken)
+{
+    token = "0123456789abcdef";
+    constexpr std::string_view HEALTH = "GET /health HTTP/1.1\r\nHost: localhost\r\n";
+
+    EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Content-Length: 1\r\n\r\n"), 413U);
+    reader.Begin();
+    EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Transfer-Encoding: chunked\r\n\r\n"), 413U);
+    reader.Begin();
+    EXPECT_EQ(Feed(std::string(HEALTH) + "Content-Length: 0\r\n\r\n"), Result::REQUEST);
+}
+
+TEST_F(RequestReaderTest, DropsTrailers)
+{
+    EXPECT_EQ(Feed(std::string(CHUNKED) + "2\r\n[]\r\n0\r\nIf-Match: \"1\"\r\nAccept: text/plain\r\n"
+                                          "Connection: close\r\nHost: evil.example\r\n\r\n"),
+              Result::REQUEST);
+    ZuRest::Request const request = reader.TakeRequest();
+
+    EXPECT_EQ(request.body, "[]");
+    EXPECT_EQ(request.ifMatch, "");
+    EXPECT_EQ(request.accept, "");
+    EXPECT_TRUE(reader.KeepsAlive());
+}
+
+TEST_F(RequestReaderTest, JoinsTheLinesOfOneField)
+{
+    EXPECT_EQ(Feed("GET / HTTP/1.1\r\nHost: localhost\r\nIf-Match: \"1\"\r\nif-match: \"2\"\r\n\r\n"), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().ifMatch, "\"1\", \"2\"");
+}
+
+TEST_F(RequestReaderTest, BoundsTheBytesOfAllRequestsTogether)
+{
+    std::string const head = "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1048576\r\n\r\n";
+    EXPECT_TRUE(budget.Take(3 * ALLOWANCE - 100)); // by other readers
+
+    EXPECT_EQ(Feed(head + std::string(100, ' ')), Result::NEEDS_BYTES);
+    EXPECT_EQ(Feed(" "), Result::REFUSAL);
+    ZuRest::Answer const refusal = reader.TakeRefusal();
+    EXPECT_EQ(refusal.status, 503U);
+    EXPECT_EQ(refusal.headers, (std::vector<std::pair<std::string, std::string>>{{"Retry-After", "1"}}));
+    reader.Begin();
+    EXPECT_EQ(Feed("GET /health HTTP/1.1\r\nHost: localhost\r\n\r\n"), Result::REQUEST) << "it has no body";
+
+    reader.Begin();
+    EXPECT_EQ(Feed(head + std::string(100, ' ')), Result::NEEDS_BYTES) << "the refused bytes count no more";
 }
 
 } // namespace ZuHost
