@@ -237,7 +237,7 @@ void HttpConnection::ParseRequest()
     switch (reader.Parse())
     {
     case RequestReader::Result::NEEDS_BYTES:
-        if (phase == Phase::IDLE || reader.HasHeader() != hadHeader)
+        if ((phase == Phase::IDLE && reader.HasBegun()) || reader.HasHeader() != hadHeader)
         {
             Enter(Phase::REQUEST, limits.requestTimeoutUsec);
         }

@@ -51,8 +51,9 @@ private:
     using Text = boost::beast::string_view;
 
     static constexpr std::array KEPT{
-        Field::accept,   Field::authorization, Field::expect, Field::host,
-        Field::if_match, Field::if_none_match, Field::origin,
+        Field::accept,        Field::authorization, Field::content_length,
+        Field::expect,        Field::host,          Field::if_match,
+        Field::if_none_match, Field::origin,        Field::transfer_encoding,
     };
 
     void on_request_impl(boost::beast::http::verb verb, Text name, Text path, int version, ErrorCode& error) override;

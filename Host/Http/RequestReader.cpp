@@ -2,6 +2,7 @@
 
 #include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
+#include "Host/Http/RequestFraming.h"
 #include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wTypes.h"
@@ -89,7 +90,8 @@ void RequestReader::Discard()
 
 RequestReader::Result RequestReader::Parse()
 {
-    while (buffer.size() != 0)
+    SkipEmptyLines();
+    while (!IsTooShort() && buffer.size() != 0)
     {
         error_code error;
         std::size_t const count = parser->put(buffer.data(), error);
@@ -121,6 +123,33 @@ RequestReader::Result RequestReader::Parse()
         }
     }
     return Result::NEEDS_BYTES;
+}
+
+/// Skips empty lines before a request, which old clients send behind a body.
+void RequestReader::SkipEmptyLines()
+{
+    constexpr std::string_view EMPTY_LINE = "\r\n";
+    while (!parser->got_some() && Buffered().starts_with(EMPTY_LINE))
+    {
+        buffer.consume(EMPTY_LINE.size());
+    }
+}
+
+/// Whether the parser must not see the buffer before more bytes are there.
+bool RequestReader::IsTooShort() const
+{
+    constexpr std::size_t LAST_CHUNK_BYTES = 5; // "0\r\n\r\n": a chunked body has no shorter end
+    if (!parser->got_some())
+    {
+        return Buffered().empty() || Buffered() == "\r"; // perhaps the first half of an empty line
+    }
+    // Beast asserts that it sees the last chunk again only with all bytes.
+    return hasHeader && parser->chunked() && buffer.size() < LAST_CHUNK_BYTES && Buffered().starts_with('0');
+}
+
+std::string_view RequestReader::Buffered() const
+{
+    return {static_cast<char const*>(buffer.data().data()), buffer.size()};
 }
 
 /// Counts parsed bytes of the present request, since Beast limits neither chunk extensions nor trailers.
@@ -159,6 +188,12 @@ bool RequestReader::TakeEnd()
 /// Checks the header. `NEEDS_BYTES` means that the body may follow; any other result needs an answer before the body.
 RequestReader::Result RequestReader::TakeHeader()
 {
+    if (uint32 const fault = RequestFraming::FaultOf(*parser); fault != 0)
+    {
+        return Refuse(
+            fault, Zu::Status::BAD_FORMAT,
+            "A body comes with one Content-Length, or in HTTP/1.1 with exactly 'Transfer-Encoding: chunked'.");
+    }
     Target const target = Target::Of(parser->target);
     auto const& hosts = parser->At(http::field::host);
     if (hosts.count > 1 || (hosts.count == 0 && parser->isVersion11))
@@ -202,8 +237,8 @@ RequestReader::Result RequestReader::AdmitClient()
         return RefuseWithoutToken();
     }
     parser->eager(true); // accepts parts of the body as they arrive
-    bool const needsContinue =
-        !parser->is_done() && boost::beast::iequals(parser->At(http::field::expect).text, "100-continue");
+    bool const needsContinue = !parser->is_done() && parser->isVersion11 &&
+                               boost::beast::iequals(parser->At(http::field::expect).text, "100-continue");
     return needsContinue ? Result::NEEDS_CONTINUE : Result::NEEDS_BYTES;
 }
 
@@ -226,6 +261,11 @@ RequestReader::Result RequestReader::RefuseMalformed(error_code const& error)
     {
         return Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
                       "The body is longer than " + std::to_string(HttpServer::MAX_BODY_BYTES) + " bytes.");
+    }
+    if (error == http::error::bad_version && RequestFraming::IsOtherVersion(Buffered()))
+    {
+        return Refuse(HttpStatus::VERSION_NOT_SUPPORTED, Zu::Status::UNSUPPORTED_VERSION,
+                      "This service speaks HTTP/1.1 and HTTP/1.0.");
     }
     return Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT,
                   "The request is not valid HTTP: " + error.message() + ".");
@@ -261,6 +301,11 @@ ZuRest::Answer RequestReader::TakeRefusal()
 bool RequestReader::HasBytes() const
 {
     return buffer.size() != 0;
+}
+
+bool RequestReader::HasBegun() const
+{
+    return parser->got_some();
 }
 
 bool RequestReader::HasHeader() const

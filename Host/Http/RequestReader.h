@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace ZuHost
 {
@@ -69,12 +70,16 @@ public:
     ZuRest::Answer TakeRefusal();
 
     bool HasBytes() const;   ///< bytes wait to be parsed
+    bool HasBegun() const;   ///< a byte of the present request has been parsed
     bool HasHeader() const;  ///< the header of the present request is complete
     bool IsHead() const;     ///< the method is HEAD
     bool KeepsAlive() const; ///< the client wants to send more requests after the present one
 
 private:
     void GiveBack() noexcept;
+    void SkipEmptyLines();
+    bool IsTooShort() const;
+    std::string_view Buffered() const;
     Result Count(std::size_t bytes);
     Result TakeHeader();
     bool IsOpenToAll() const;

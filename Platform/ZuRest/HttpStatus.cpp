@@ -23,7 +23,7 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 18> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 20> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
         {NO_CONTENT, "No Content"},
@@ -40,8 +40,10 @@ char const* Title(uint32 status) noexcept
         {UNPROCESSABLE_CONTENT, "Unprocessable Content"},
         {HEADERS_TOO_LARGE, "Request Header Fields Too Large"},
         {INTERNAL_ERROR, "Internal Server Error"},
+        {NOT_IMPLEMENTED, "Not Implemented"},
         {SERVICE_UNAVAILABLE, "Service Unavailable"},
         {GATEWAY_TIMEOUT, "Gateway Timeout"},
+        {VERSION_NOT_SUPPORTED, "HTTP Version Not Supported"},
     }};
     return Look(TITLES, status, "Error");
 }

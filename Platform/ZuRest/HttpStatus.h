@@ -23,8 +23,10 @@ inline constexpr uint32 CONTENT_TOO_LARGE = 413;
 inline constexpr uint32 UNPROCESSABLE_CONTENT = 422;
 inline constexpr uint32 HEADERS_TOO_LARGE = 431;
 inline constexpr uint32 INTERNAL_ERROR = 500;
+inline constexpr uint32 NOT_IMPLEMENTED = 501;
 inline constexpr uint32 SERVICE_UNAVAILABLE = 503;
 inline constexpr uint32 GATEWAY_TIMEOUT = 504;
+inline constexpr uint32 VERSION_NOT_SUPPORTED = 505;
 
 /// Returns the name of a status, for example "Not Found"; "Error" for a status that is not listed above.
 ZUPLATFORM_API char const* Title(uint32 status) noexcept;

@@ -186,7 +186,7 @@ TEST_F(HttpServerTest, RefusesWhatIsTooLargeOrNoHttp)
     EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\nX: " + std::string(20'000, 'x') + "\r\n\r\n"), 431U);
     EXPECT_EQ(StatusOf("GET /" + std::string(20'000, 'x') + " HTTP/1.1\r\nHost: localhost\r\n\r\n"), 431U);
     EXPECT_EQ(StatusOf("\x16\x03\x01 hello\r\n\r\n"), 400U);
-    EXPECT_EQ(StatusOf("GET /thing HTTP/3.0\r\n\r\n"), 400U);
+    EXPECT_EQ(StatusOf("GET /thing HTTP/3.0\r\n\r\n"), 505U);
     EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: -1\r\n\r\n"), 400U);
     EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"), 400U);
     EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\n\r\n"), 200U) << "and goes on";
@@ -204,6 +204,36 @@ TEST_F(HttpServerTest, RefusesWhatTwoReadersWouldCutApartInTwoWays)
               400U);
     EXPECT_EQ(StatusOf("PUT /thing HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2 3\r\n\r\n{}"), 400U);
     EXPECT_EQ(StatusOf("GET /thing HTTP/1.1\r\nHost: localhost\r\nHost : localhost\r\n\r\n"), 400U);
+}
+
+TEST_F(HttpServerTest, ReadsNoSecondRequestBehindARefusedFraming)
+{
+    Start();
+    for (auto const& [coding, status] :
+         {std::pair("gzip", 501U), std::pair("chunked, chunked", 400U), std::pair("\"chunked\"", 400U)})
+    {
+        TestConnection& client = Connect();
+        client.Write(std::string("PUT /thing HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: ") + coding +
+                     "\r\n\r\n" + GET_THING);
+
+        auto const refused = client.ReadAnswer();
+
+        EXPECT_EQ(refused->status, status) << coding;
+        EXPECT_TRUE(refused->Has("Connection: close"));
+        EXPECT_TRUE(client.IsClosed());
+    }
+}
+
+TEST_F(HttpServerTest, StaysIdleOverAnEmptyLineBehindARequest)
+{
+    settings.requestTimeoutUsec = 1'000'000; // of a request that has begun
+    settings.idleTimeoutUsec = 200'000;
+    Start();
+    TestConnection& client = Connect();
+    client.Write(std::string(GET_THING) + "\r\n");
+
+    EXPECT_EQ(client.ReadAnswer()->status, 200U);
+    EXPECT_TRUE(client.IsClosed()) << "and not a 408";
 }
 
 TEST_F(HttpServerTest, TellsTheDate)
