@@ -4,6 +4,8 @@
 #include "Host/Http/EventBuffer.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wTypes.h"
+#include "wApi/wStatus.h"
+#include "wApi/wTime.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/error.hpp>
@@ -47,10 +49,11 @@ struct HttpConnection::EventStream
 
 IHttpService::~IHttpService() = default;
 
-HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand)
+HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand, asio::ip::address newSource)
     : service(owningService),
       limits(service.Limits()),
       strand(std::move(newStrand)),
+      source(std::move(newSource)),
       timer(strand),
       reader(limits.token, service.IsLocal(), service.Budget())
 {
@@ -84,6 +87,7 @@ void HttpConnection::Start(std::optional<Answer> refusal)
     OnStrand([this, refusal = std::move(refusal)]() mutable {
         firstRefusal = std::move(refusal);
         Enter(Phase::HANDSHAKE, limits.requestTimeoutUsec);
+        firstDue = due;
         StartHandshake();
     });
 }
@@ -110,10 +114,48 @@ void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
 {
     phase = newPhase;
     due = Clock::now() + std::chrono::microseconds(std::min(timeoutUsec, LONGEST_TIMEOUT_USEC));
+    if (!hasRequested && (phase == Phase::IDLE || phase == Phase::REQUEST))
+    {
+        due = std::min(due, firstDue);
+    }
+    NoteIdle();
     if (due < timerDue)
     {
         SetTimer();
     }
+}
+
+/// Whether the client, not the server, has to act.
+bool HttpConnection::IsIdle() const
+{
+    return phase == Phase::HANDSHAKE || phase == Phase::IDLE || phase == Phase::REQUEST || phase == Phase::LINGER;
+}
+
+void HttpConnection::NoteIdle()
+{
+    if (!IsIdle())
+    {
+        CountAsBusy();
+    }
+    else if (IdleSinceUsec() == 0)
+    {
+        idleSinceUsec.store(wTime_NowUsec(), std::memory_order_relaxed);
+    }
+}
+
+uint64 HttpConnection::IdleSinceUsec() const noexcept
+{
+    return idleSinceUsec.load(std::memory_order_relaxed);
+}
+
+void HttpConnection::CountAsBusy() noexcept
+{
+    idleSinceUsec.store(0, std::memory_order_relaxed);
+}
+
+asio::ip::address const& HttpConnection::Source() const noexcept
+{
+    return source;
 }
 
 /// Sets the timer for the earliest deadline so far. When it fires, it checks the present deadline. Most phases end long
@@ -259,6 +301,7 @@ void HttpConnection::ParseRequest()
 
 void HttpConnection::Submit()
 {
+    hasRequested = true;
     Enter(Phase::ANSWER, limits.answerTimeoutUsec);
     ZuRest::Request request = reader.TakeRequest();
     request.isWanted = [this] {
@@ -435,6 +478,16 @@ void HttpConnection::Close()
     OnStrand([this] { DoClose(); });
 }
 
+void HttpConnection::CloseIfIdle()
+{
+    OnStrand([this] {
+        if (IsIdle())
+        {
+            DoClose();
+        }
+    });
+}
+
 void HttpConnection::DoClose()
 {
     if (phase == Phase::CLOSED)
@@ -442,6 +495,7 @@ void HttpConnection::DoClose()
         return;
     }
     phase = Phase::CLOSED;
+    CountAsBusy(); // it makes no room twice
     isWanted.store(false, std::memory_order_relaxed);
     CloseStream();
     timer.cancel();

@@ -12,6 +12,7 @@
 #include <boost/asio/basic_waitable_timer.hpp>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <boost/asio/strand.hpp>
 
 #include <array>
@@ -91,10 +92,23 @@ public:
     /// Closes at once.
     void Close();
 
+    /// Closes at once, unless the connection is busy.
+    void CloseIfIdle();
+
+    /// Since when the connection has been idle, on the clock of `wTime_NowUsec`; 0 while it is busy. A connection is
+    /// busy from the end of a request to the end of its answer.
+    uint64 IdleSinceUsec() const noexcept;
+
+    /// Counts the connection as busy until it is idle anew.
+    void CountAsBusy() noexcept;
+
+    /// The address of the client, as limits count it.
+    boost::asio::ip::address const& Source() const noexcept;
+
 protected:
     using Buffers = std::array<boost::asio::const_buffer, 2>;
 
-    HttpConnection(IHttpService& owningService, Strand newStrand);
+    HttpConnection(IHttpService& owningService, Strand newStrand, boost::asio::ip::address newSource);
 
     // Operations of the stream. This class calls them on the strand.
     virtual void StartHandshake() = 0;                            ///< ends with `OnHandshake`
@@ -141,6 +155,8 @@ private:
     void OnStrand(Step step);
 
     void Enter(Phase newPhase, uint64 timeoutUsec);
+    bool IsIdle() const;
+    void NoteIdle();
     void SetTimer();
     void OnTimer();
     void PassDeadline();
@@ -163,12 +179,16 @@ private:
     IHttpService& service;
     HttpServer::Settings const& limits;
     Strand const strand;
+    boost::asio::ip::address const source;
+    std::atomic<uint64> idleSinceUsec = 0; // a time alone: it publishes no other data
 
     Phase phase = Phase::HANDSHAKE;
     Next next = Next::REQUEST; // after the present or the last write
     bool isStopping = false;
     Timer timer;
     Clock::time_point due;                                 // of the phase
+    Clock::time_point firstDue;                            // of the first request, from the accept to its last byte
+    bool hasRequested = false;                             // the first request is complete
     Clock::time_point timerDue = Clock::time_point::max(); // of the timer: at or before `due`
 
     RequestReader reader;

@@ -1,13 +1,13 @@
 #include "Host/Http/HttpServer.h"
 
 #include "Host/Http/ByteBudget.h"
+#include "Host/Http/ClientSource.h"
+#include "Host/Http/ConnectionTable.h"
 #include "Host/Http/HttpSession.h"
 #include "Host/Http/RequestQueue.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
-#include "wApi/wTime.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -18,8 +18,6 @@
 #include <array>
 #include <chrono>
 #include <optional>
-#include <unordered_map>
-#include <vector>
 
 namespace ZuHost
 {
@@ -139,8 +137,8 @@ private:
     void OnAccept(error_code const& error, Socket socket);
     void RetryAccept();
     void Welcome(Socket socket);
+    bool MakeRoom();
     void BeginStop();
-    void WaitForClients();
     void ForEach(void (HttpConnection::*step)());
     void EndThreads() noexcept;
 
@@ -148,11 +146,7 @@ private:
     ZuRest::ResourceRequestProcessor& processor;
     ByteBudget budget{MAX_BYTES_IN_ALL};
 
-    Zu::Mutex mutex; // a leaf: no other lock is taken under it
-    Zu::CondVar changed;
-    /// All existing connections.
-    std::unordered_map<HttpConnection*, std::weak_ptr<HttpConnection>> connections ZU_GUARDED_BY(mutex);
-    bool isStopping ZU_GUARDED_BY(mutex) = false;
+    ConnectionTable connections;
 
     asio::io_context context{static_cast<int>(THREADS)}; // behind the connections: its handlers share them
     RequestQueue requests{context, THREADS - 1};
@@ -179,7 +173,7 @@ HttpServer::Core::~Core()
     }
     while (!ZU_GUARD_DESTRUCTOR([this] { // repeated until there is enough memory
         boost::asio::post(strand, [this] { BeginStop(); });
-        WaitForClients();
+        connections.WaitUntilEmpty(settings.stopPatienceUsec); // running requests may end
         ForEach(&HttpConnection::Close);
     }))
     {
@@ -285,18 +279,16 @@ void HttpServer::Core::Welcome(Socket socket)
 {
     error_code ignored; // without this option answers are slower, but correct
     socket.set_option(tcp::no_delay(true), ignored);
-    auto const connection = std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)));
-    uint64 present = 0;
-    {
-        Zu::MutexLock const guard(mutex);
-        present = connections.size();
-        connections.emplace(connection.get(), connection);
-    }
-    if (present < settings.maxConnections)
+    asio::ip::address source = ClientSource(socket.remote_endpoint(ignored).address());
+    auto const connection =
+        std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)), std::move(source));
+    uint64 const others = connections.Add(connection);
+    bool const isBeyondAll = others >= settings.maxConnections + MAX_REFUSED;
+    if (others < settings.maxConnections || (!isBeyondAll && MakeRoom()))
     {
         connection->Start(std::nullopt);
     }
-    else if (present < settings.maxConnections + MAX_REFUSED)
+    else if (!isBeyondAll)
     {
         std::string const limit = std::to_string(settings.maxConnections);
         connection->Start(ZuRest::Problem{
@@ -305,6 +297,17 @@ void HttpServer::Core::Welcome(Socket socket)
             Zu::Status::BUSY,
             {}}.ToAnswer());
     }
+}
+
+/// Closes an idle connection. Returns false if there is none.
+bool HttpServer::Core::MakeRoom()
+{
+    Client const idle = connections.TakeLongestIdle();
+    if (idle != nullptr)
+    {
+        idle->CloseIfIdle();
+    }
+    return idle != nullptr;
 }
 
 void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
@@ -325,12 +328,7 @@ void HttpServer::Core::Process(Client const& client, ZuRest::Request request)
 
 void HttpServer::Core::Forget(HttpConnection& connection) noexcept
 {
-    Zu::MutexLock const guard(mutex);
-    connections.erase(&connection);
-    if (isStopping && connections.empty())
-    {
-        changed.NotifyAll();
-    }
+    connections.Remove(connection);
 }
 
 void HttpServer::Core::BeginStop()
@@ -338,39 +336,15 @@ void HttpServer::Core::BeginStop()
     error_code ignored;
     acceptor.close(ignored);
     acceptRetry.cancel();
-    {
-        Zu::MutexLock const guard(mutex);
-        isStopping = true;
-        changed.NotifyAll();
-    }
+    connections.EndAdding();
     ForEach(&HttpConnection::BeginStop);
-}
-
-/// Waits for the end of running requests, at most `stopPatienceUsec`.
-void HttpServer::Core::WaitForClients()
-{
-    Zu::MutexLock const guard(mutex);
-    changed.WaitUntil(mutex, wTime_AfterUsec(settings.stopPatienceUsec),
-                      [this]() ZU_REQUIRES(mutex) { return isStopping && connections.empty(); });
 }
 
 void HttpServer::Core::ForEach(void (HttpConnection::*step)())
 {
-    std::vector<Client> all;
+    for (Client const& client : connections.All())
     {
-        Zu::MutexLock const guard(mutex);
-        all.reserve(connections.size()); // so that nothing below fails and destroys a connection under the lock
-        for (auto const& [connection, weak] : connections)
-        {
-            all.push_back(weak.lock()); // null while the connection is being destroyed
-        }
-    }
-    for (Client const& client : all)
-    {
-        if (client != nullptr)
-        {
-            ((*client).*step)();
-        }
+        ((*client).*step)();
     }
 }
 

@@ -35,10 +35,11 @@ public:
         std::string address = "127.0.0.1"; ///< of this machine, as a number: IPv4 or IPv6
         uint16 port = 8080;                ///< 0 takes a free one
         std::string token;                 ///< required for every request except GET /health; empty: not required
-        uint64 maxConnections = 512;       ///< a further connection gets the answer 503 and is closed
+        uint64 maxConnections = 512;       ///< for a further connection an idle one is closed; 503 if none is idle
 
         uint64 idleTimeoutUsec = 60'000'000;    ///< between two requests: the connection is closed
-        uint64 requestTimeoutUsec = 10'000'000; ///< for the header, and again for the body: 408
+        uint64 requestTimeoutUsec = 10'000'000; ///< for the header, and again for the body; for the whole first request
+                                                ///< since the accept: 408, or the connection is closed
         uint64 answerTimeoutUsec = 60'000'000;  ///< for the resource: 503
         uint64 writeTimeoutUsec = 30'000'000;   ///< for a client to receive its answer: the connection is closed
         uint64 commentPeriodUsec = 15'000'000;  ///< a stream without reports sends a comment after this time

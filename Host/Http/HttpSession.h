@@ -18,8 +18,9 @@ template <typename Stream>
 class HttpSession final : public HttpConnection
 {
 public:
-    HttpSession(IHttpService& owningService, Stream acceptedStream)
-        : HttpConnection(owningService, acceptedStream.get_executor()), stream(std::move(acceptedStream))
+    HttpSession(IHttpService& owningService, Stream acceptedStream, boost::asio::ip::address source)
+        : HttpConnection(owningService, acceptedStream.get_executor(), std::move(source)),
+          stream(std::move(acceptedStream))
     {
     }
 

@@ -109,6 +109,23 @@ class Flood(unittest.TestCase):
     def test_five_hundred_bodies_that_never_end(self):
         self.assertIn(503, self.attack(lambda port: self.hold_bodies(port, 500)))
 
+    def test_strangers_that_hold_connections(self):
+        self.assertEqual(self.attack(self.hold_connections), [200] * 20)
+
+    @staticmethod
+    def hold_connections(port):
+        """Holds more idle connections than the host accepts, of each kind. Returns the statuses of clients that come then."""
+        beginnings = [b"", b"GET /controls HT", CHUNKED, b"GET /health HTTP/1.1\r\nHost: localhost\r\n\r\n"]
+        statuses = []
+        with contextlib.ExitStack() as held:
+            for number in range(1000):
+                held.enter_context(connect(port)).sendall(beginnings[number % len(beginnings)])
+                if number % 50 == 49:
+                    with connect(port) as client:
+                        client.sendall(b"GET /controls HTTP/1.1\r\nHost: localhost\r\n\r\n")
+                        statuses.append(status_on(client))
+        return statuses
+
     @staticmethod
     def hold_bodies(port, count):
         """Sends all but the last byte of many large bodies, and returns the statuses of the answers."""

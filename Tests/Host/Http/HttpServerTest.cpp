@@ -74,9 +74,9 @@ protected:
         server.Start();
     }
 
-    TestConnection& Connect()
+    TestConnection& Connect(char const* source = "127.0.0.1")
     {
-        return connections.emplace_back(server.Port());
+        return connections.emplace_back(server.Port(), source);
     }
 
     /// The status of the answer to these bytes; 0 if the connection closes without an answer.
@@ -405,16 +405,90 @@ TEST_F(HttpServerTest, DoesNotWaitForASlowResource)
     EXPECT_TRUE(answer->Has("Retry-After: 1"));
 }
 
-TEST_F(HttpServerTest, TellsOneConnectionTooManySo)
+TEST_F(HttpServerTest, ClosesAConnectionThatSendsNoFirstRequest)
+{
+    settings.requestTimeoutUsec = 200'000;
+    Start();
+    TestConnection& silent = Connect();
+    TestConnection& client = Connect();
+    EXPECT_EQ(client.Send("GET", "/thing")->status, 200U);
+    uint64 const beginUsec = wTime_NowUsec();
+
+    EXPECT_TRUE(silent.IsClosed());
+
+    EXPECT_LT(wTime_NowUsec() - beginUsec, 10'000'000U) << "before the time between two requests";
+    EXPECT_EQ(client.Send("GET", "/thing")->status, 200U) << "the other one has that time";
+}
+
+TEST_F(HttpServerTest, GivesTheWholeFirstRequestOneDeadline)
+{
+    settings.requestTimeoutUsec = 2'000'000;
+    settings.idleTimeoutUsec = 1'000'000;
+    Start();
+    uint64 const beginUsec = wTime_NowUsec();
+    TestConnection& slow = Connect();
+    slow.Write("PUT /thing");
+    TestConnection& other = Connect();
+    EXPECT_EQ(other.Send("GET", "/thing")->status, 200U);
+    EXPECT_TRUE(other.IsClosed()) << "a second later";
+    slow.Write(" HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n\r\n");
+
+    EXPECT_EQ(slow.ReadAnswer()->status, 408U);
+
+    EXPECT_LT(wTime_NowUsec() - beginUsec, 2'900'000U);
+}
+
+TEST_F(HttpServerTest, LetsTheLongestIdleConnectionMakeRoom)
 {
     settings.maxConnections = 2;
     Start();
+    TestConnection& first = Connect();
+    TestConnection& second = Connect();
+
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
-    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 200U);
+
+    EXPECT_TRUE(first.IsClosed());
+    EXPECT_EQ(second.Send("GET", "/thing")->status, 200U);
+}
+
+TEST_F(HttpServerTest, LetsTheAddressWithTheMostIdleConnectionsMakeRoom)
+{
+    settings.maxConnections = 3;
+    Start();
+    TestConnection& lone = Connect("127.0.0.2");
+    TestConnection& oneOfTwo = Connect("127.0.0.3");
+    TestConnection& otherOfTwo = Connect("127.0.0.3");
+
+    EXPECT_EQ(Connect("127.0.0.4").Send("GET", "/thing")->status, 200U);
+
+    EXPECT_TRUE(oneOfTwo.IsClosed());
+    EXPECT_EQ(otherOfTwo.Send("GET", "/thing")->status, 200U);
+    EXPECT_EQ(lone.Send("GET", "/thing")->status, 200U);
+}
+
+TEST_F(HttpServerTest, TellsOneConnectionTooManySoWhenNoneIsIdle)
+{
+    settings.maxConnections = 2;
+    Place("/events").isStreamable = true;
+    Latch started;
+    Latch finish;
+    Place("/slow").document = [&](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+        return Json{{"slow", true}};
+    };
+    Start();
+    TestConnection& stream = Connect();
+    stream.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    EXPECT_EQ(stream.ReadAnswer()->status, 200U);
+    TestConnection& busy = Connect();
+    busy.Write(GET_SLOW);
+    EXPECT_TRUE(started.Wait());
 
     EXPECT_EQ(Connect().ReadAnswer()->status, 503U);
+    finish.Open();
 
-    EXPECT_EQ(connections.front().Send("GET", "/thing")->status, 200U);
+    EXPECT_EQ(Json::parse(busy.ReadAnswer()->body).at("slow"), true);
 }
 
 TEST_F(HttpServerTest, ServesOthersWhileReadsOfAllButOneWorkerAreHeldUp)

@@ -18,10 +18,12 @@ bool TestConnection::Answer::Has(std::string const& line) const
     return head.find("\r\n" + line + "\r\n") != std::string::npos;
 }
 
-TestConnection::TestConnection(uint16 port) : socket(::socket(AF_INET, SOCK_STREAM, 0))
+TestConnection::TestConnection(uint16 port, char const* source) : socket(::socket(AF_INET, SOCK_STREAM, 0))
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
+    EXPECT_EQ(::inet_pton(AF_INET, source, &address.sin_addr), 1);
+    EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr const*>(&address), sizeof(address)), 0);
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     timeval const bound{30, 0};

@@ -23,7 +23,8 @@ public:
         bool Has(std::string const& line) const;
     };
 
-    explicit TestConnection(uint16 port);
+    /// Connects from `source`, an address of this machine.
+    explicit TestConnection(uint16 port, char const* source = "127.0.0.1");
     ~TestConnection();
 
     TestConnection(TestConnection const&) = delete;
