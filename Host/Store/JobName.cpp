@@ -4,6 +4,8 @@
 #include "ZuCommon/Persistence.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 namespace ZuHost::JobName
 {
@@ -11,46 +13,78 @@ namespace ZuHost::JobName
 namespace
 {
 
-bool IsForbidden(char character)
+/// Characters from `first` to `last`.
+struct Range
 {
-    auto const code = static_cast<unsigned char>(character);
-    return code < 0x20 || code == 0x7F || character == '/' || character == '\\';
+    char32_t first;
+    char32_t last;
+};
+
+// Control characters, line and paragraph separators, and the characters that only change how others are shown (general
+// category Cf): with them two names can look alike, and a name can look like another text in a log or a list.
+constexpr std::array FORBIDDEN{
+    Range{0x00, 0x1F},       Range{'/', '/'},         Range{'\\', '\\'},       Range{0x7F, 0x9F},
+    Range{0xAD, 0xAD},       Range{0x600, 0x605},     Range{0x61C, 0x61C},     Range{0x6DD, 0x6DD},
+    Range{0x70F, 0x70F},     Range{0x890, 0x891},     Range{0x8E2, 0x8E2},     Range{0x180E, 0x180E},
+    Range{0x200B, 0x200F},   Range{0x2028, 0x202E},   Range{0x2060, 0x206F},   Range{0xFEFF, 0xFEFF},
+    Range{0xFFF9, 0xFFFB},   Range{0x110BD, 0x110BD}, Range{0x110CD, 0x110CD}, Range{0x13430, 0x1343F},
+    Range{0x1BCA0, 0x1BCA3}, Range{0x1D173, 0x1D17A}, Range{0xE0000, 0xE007F},
+};
+
+bool IsForbidden(char32_t character)
+{
+    return std::ranges::any_of(
+        FORBIDDEN, [character](Range const& range) { return character >= range.first && character <= range.last; });
 }
 
-/// The length of a UTF-8 character, by its first byte; 0 if no character begins with that byte.
-std::size_t LengthOf(unsigned char first)
+/// The form of a UTF-8 character with a first byte from `firstByte` to `lastByte`, and the least character that may use
+/// this form.
+struct Form
 {
-    if (first < 0x80)
+    unsigned char firstByte;
+    unsigned char lastByte;
+    std::size_t length;
+    char32_t least;
+};
+
+constexpr std::array FORMS{Form{0x00, 0x7F, 1, 0}, Form{0xC2, 0xDF, 2, 0x80}, Form{0xE0, 0xEF, 3, 0x800},
+                           Form{0xF0, 0xF4, 4, 0x10000}};
+
+/// Takes the first character from `text`, which is not empty. Returns nothing if the bytes are not UTF-8: a byte is
+/// missing, the form is too long, or the character is a surrogate or above U+10FFFF.
+std::optional<char32_t> TakeCharacter(std::string_view& text)
+{
+    auto const first = static_cast<unsigned char>(text.front());
+    auto const form = std::ranges::find_if(
+        FORMS, [first](Form const& one) { return first >= one.firstByte && first <= one.lastByte; });
+    if (form == FORMS.end() || form->length > text.size())
     {
-        return 1;
+        return std::nullopt;
     }
-    if (first >= 0xC2 && first < 0xE0)
+    char32_t character = form->length == 1 ? first : first & (0x7FU >> form->length);
+    for (char const next : text.substr(1, form->length - 1))
     {
-        return 2;
+        auto const byte = static_cast<unsigned char>(next);
+        if ((byte & 0xC0U) != 0x80)
+        {
+            return std::nullopt;
+        }
+        character = (character << 6U) | (byte & 0x3FU);
     }
-    if (first >= 0xE0 && first < 0xF0)
-    {
-        return 3;
-    }
-    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
+    text.remove_prefix(form->length);
+    bool const isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+    return character < form->least || isSurrogate || character > 0x10FFFF ? std::nullopt : std::optional(character);
 }
 
-/// Checks the form: each first byte is followed by the number of continuation bytes that it requires.
-bool IsUtf8(std::string_view text)
+bool HasOnlyAllowedCharacters(std::string_view text)
 {
     while (!text.empty())
     {
-        std::size_t const length = LengthOf(static_cast<unsigned char>(text.front()));
-        if (length == 0 || length > text.size())
+        std::optional<char32_t> const character = TakeCharacter(text);
+        if (!character.has_value() || IsForbidden(*character))
         {
             return false;
         }
-        std::string_view const rest = text.substr(1, length - 1);
-        if (!std::ranges::all_of(rest, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }))
-        {
-            return false;
-        }
-        text.remove_prefix(length);
     }
     return true;
 }
@@ -60,7 +94,7 @@ bool IsUtf8(std::string_view text)
 bool IsValid(std::string_view name)
 {
     return !name.empty() && name.size() <= MAX_BYTES && name.front() != '.' && name.find("..") == name.npos &&
-           std::ranges::none_of(name, IsForbidden) && IsUtf8(name);
+           HasOnlyAllowedCharacters(name);
 }
 
 std::string Checked(std::string const& name)
@@ -68,11 +102,10 @@ std::string Checked(std::string const& name)
     std::string job = ZuCommon::PersistManager::NameWithoutSuffix(name);
     if (!IsValid(job))
     {
-        ZU_THROW(
-            Zu::Status::BAD_ARGUMENT,
-            "'%s' cannot be the name of a job: 1 to %zu bytes, no '/', '\\', '..' or control character, and no dot "
-            "at the head",
-            name.c_str(), MAX_BYTES);
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "'%s' cannot be the name of a job: 1 to %zu bytes of UTF-8, no '/', '\\', '..', control or format "
+                 "character, and no dot at the head",
+                 name.c_str(), MAX_BYTES);
     }
     return job;
 }

@@ -10,7 +10,8 @@ namespace ZuHost::JobName
 
 inline constexpr std::size_t MAX_BYTES = 63;
 
-/// Whether `name` is valid: 1 to 63 bytes of UTF-8, no separator, no control character, no "..", no dot at its head.
+/// Whether `name` is valid: 1 to 63 bytes of UTF-8, no separator, no control or format character
+/// (Unicode categories Cc and Cf), no "..", no dot at its head.
 bool IsValid(std::string_view name);
 
 /// Returns `name` without the suffix ".zpjob". Throws `Zu::Status::BAD_ARGUMENT` with a sentence for an invalid name.

@@ -46,6 +46,30 @@ INSTANTIATE_TEST_SUITE_P(Table, JobNames,
                                          NameCase{"CutUtf8", "a\xC3", false}, NameCase{"Overlong", "\xC0\xAF", false}),
                          [](auto const& tested) { return std::string(tested.param.label); });
 
+INSTANTIATE_TEST_SUITE_P(Unicode, JobNames,
+                         testing::Values(NameCase{"Chinese", "\xE5\xB7\xA6", true},                 // U+5DE6
+                                         NameCase{"LastBeforeTheSurrogates", "\xED\x9F\xBF", true}, // U+D7FF
+                                         NameCase{"FirstSurrogate", "\xED\xA0\x80", false},         // U+D800
+                                         NameCase{"LastSurrogate", "\xED\xBF\xBF", false},          // U+DFFF
+                                         NameCase{"PairOfSurrogates", "\xED\xA0\xBD\xED\xB8\x80",
+                                                  false},                                      // U+D83D U+DE00
+                                         NameCase{"FourBytes", "\xF0\x9F\x98\x80", true},      // U+1F600
+                                         NameCase{"LastCharacter", "\xF4\x8F\xBF\xBF", true},  // U+10FFFF
+                                         NameCase{"BehindTheLast", "\xF4\x90\x80\x80", false}, // 110000 (hexadecimal)
+                                         NameCase{"SlashInThreeBytes", "\xE0\x80\xAF", false},
+                                         NameCase{"SlashInFourBytes", "\xF0\x80\x80\xAF", false},
+                                         NameCase{"NextLine", "a\xC2\x85", false},                // U+0085
+                                         NameCase{"SoftHyphen", "a\xC2\xAD", false},              // U+00AD
+                                         NameCase{"ArabicLetterMark", "a\xD8\x9C", false},        // U+061C
+                                         NameCase{"ZeroWidthSpace", "a\xE2\x80\x8B", false},      // U+200B
+                                         NameCase{"RightToLeftMark", "a\xE2\x80\x8F", false},     // U+200F
+                                         NameCase{"LineSeparator", "a\xE2\x80\xA8", false},       // U+2028
+                                         NameCase{"RightToLeftOverride", "a\xE2\x80\xAE", false}, // U+202E
+                                         NameCase{"IsolateEnd", "a\xE2\x81\xA9", false},          // U+2069
+                                         NameCase{"ByteOrderMark", "\xEF\xBB\xBF", false},        // U+FEFF
+                                         NameCase{"Tag", "a\xF3\xA0\x81\x81", false}),            // U+E0041
+                         [](auto const& tested) { return std::string(tested.param.label); });
+
 TEST(JobName, LosesTheSuffixOfItsFile)
 {
     EXPECT_EQ(JobName::Checked("table.zpjob"), "table");
