@@ -1,6 +1,5 @@
 #include "Host/CommandLine/Options.h"
 
-#include "Host/Store/JobName.h"
 #include "ZuApi/Exception.h"
 
 #include <algorithm>
@@ -145,15 +144,16 @@ void ParseHttp(std::string const& text, Options& options)
 }
 
 /// The job's name must be usable as the name of a file.
-std::string ParseJobName(std::string const& text)
+JobName ParseJobName(std::string const& text)
 {
-    if (!JobName::IsValid(text))
+    try
     {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "option '--job': '%s' is no job name (1 to %zu bytes, no separators, no '..', no control characters)",
-                 text.c_str(), JobName::MAX_BYTES);
+        return JobName(text);
     }
-    return text;
+    catch (Zu::Exception const& exception)
+    {
+        ZU_THROW(exception.Status(), "option '--job': %s", exception.what());
+    }
 }
 
 ParameterSetting ParseSetting(std::string const& text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Store/JobName.h"
 #include "wApi/wTypes.h"
 
 #include <filesystem>
@@ -58,7 +59,7 @@ struct Options
     uint64 keepAliveSeconds = 15;                        ///< interval of comments on an event stream without news
     std::filesystem::path tokenFile;                     ///< empty: the REST service asks for no token
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
-    std::string jobName = "default";
+    JobName jobName{"default"};
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
     std::filesystem::path checkedPlugin;              ///< for CHECK_PLUGIN
     Deployment deployment = Deployment::PHYSICAL_SENSOR;

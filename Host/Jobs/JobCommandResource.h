@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Host/Store/JobName.h"
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/ResourceBase.h"
 
 #include <functional>
-#include <string>
 
 namespace ZuHost
 {
@@ -14,7 +14,7 @@ class JobCommandResource final : public ZuRest::ResourceBase, public ZuRest::ICa
 {
 public:
     /// Gets the name of the job and returns the body of the response; null stands for no body.
-    using Command = std::function<nlohmann::json(std::string const& name)>;
+    using Command = std::function<nlohmann::json(JobName const& name)>;
 
     explicit JobCommandResource(Command newCommand);
     ~JobCommandResource() override;

@@ -29,15 +29,16 @@ Json JobListResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::R
     for (JobManager::Job const& job : manager.List())
     {
         list.push_back(
-            {{"name", job.name}, {"bytes", job.bytes}, {"loaded", job.isLoaded}, {"modified", job.isModified}});
+            {{"name", job.name.Text()}, {"bytes", job.bytes}, {"loaded", job.isLoaded}, {"modified", job.isModified}});
         if (job.bytes != 0)
         {
-            response.Link("zu:job", ZuRest::Path::Format("/jobs/:name", {job.name}), true,
-                          {{"title", job.name}, {"type", JobResource::CONTENT_TYPE}});
+            response.Link("zu:job", ZuRest::Path::Format("/jobs/:name", {job.name.Text()}), true,
+                          {{"title", job.name.Text()}, {"type", JobResource::CONTENT_TYPE}});
         }
         if (job.isLoaded)
         {
-            response.Link("zu:jobReport", ZuRest::Path::Format("/jobs/:name/report", {job.name}), false, nullptr);
+            response.Link("zu:jobReport", ZuRest::Path::Format("/jobs/:name/report", {job.name.Text()}), false,
+                          nullptr);
         }
     }
     Json const isTemplate{{"templated", true}};

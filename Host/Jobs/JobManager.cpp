@@ -8,7 +8,6 @@
 #include "Host/Module/UpdateGate.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Store/DataFolder.h"
-#include "Host/Store/JobName.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -52,9 +51,9 @@ private:
     UpdateGate::Request const request;
 };
 
-[[noreturn]] void ThrowNoJob(std::string const& name)
+[[noreturn]] void ThrowNoJob(JobName const& name)
 {
-    ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.c_str());
+    ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.Text().c_str());
 }
 
 /// Adds to the report why enabled services were skipped: their start has failed.
@@ -104,11 +103,11 @@ void JobManager::SetAloneRunner(AloneRunner runner)
     runAlone = std::move(runner);
 }
 
-std::vector<std::string> JobManager::Begin(std::string const& name, std::set<std::string> const& toHoldBack)
+std::vector<std::string> JobManager::Begin(JobName const& name, std::set<std::string> const& toHoldBack)
 {
     Zu::MutexLock const guard(operationLock);
     BeginSettings();
-    BeginJob(JobName::Checked(name), toHoldBack);
+    BeginJob(name, toHoldBack);
     return heldBack;
 }
 
@@ -139,10 +138,15 @@ void JobManager::Close()
 
 void JobManager::LoadJob(std::string const& name)
 {
+    Load(JobName(name));
+}
+
+void JobManager::Load(JobName const& name)
+{
     auto const load = [&] {
         Zu::MutexLock const guard(operationLock);
         CheckOpen();
-        Load(JobName::Checked(name));
+        LoadAlone(name);
     };
     runAlone ? runAlone(load) : load();
     listChangedEvent.Fire();
@@ -150,21 +154,21 @@ void JobManager::LoadJob(std::string const& name)
 
 std::string JobManager::LoadedJob()
 {
-    Zu::MutexLock const guard(stateLock);
-    return loadedJob;
+    std::optional<JobName> const loaded = Loaded();
+    return loaded.has_value() ? loaded->Text() : "";
 }
 
 std::vector<JobManager::Job> JobManager::List()
 {
-    std::string const loaded = LoadedJob();
-    std::vector<std::string> names = folder.Jobs();
-    if (!loaded.empty() && std::ranges::find(names, loaded) == names.end())
+    std::optional<JobName> const loaded = Loaded();
+    std::vector<JobName> names = folder.Jobs();
+    if (loaded.has_value() && std::ranges::find(names, *loaded) == names.end())
     {
-        names.insert(std::ranges::lower_bound(names, loaded), loaded); // a new job that is not saved yet
+        names.insert(std::ranges::lower_bound(names, *loaded), *loaded); // a new job that is not saved yet
     }
     bool const isModified = registry.ModificationCount() != savedCount.load(std::memory_order_relaxed);
     std::vector<Job> list;
-    for (std::string const& name : names)
+    for (JobName const& name : names)
     {
         std::error_code error;
         auto const bytes = std::filesystem::file_size(folder.JobFile(name), error);
@@ -173,39 +177,37 @@ std::vector<JobManager::Job> JobManager::List()
     return list;
 }
 
-void JobManager::SaveAs(std::string const& name)
+void JobManager::SaveAs(JobName const& name)
 {
-    std::string const copy = JobName::Checked(name);
     {
         Zu::MutexLock const guard(operationLock);
         CheckOpen();
         Save(Scope::ALL);
-        if (copy != LoadedJob())
+        if (!IsLoaded(name))
         {
-            job->file.CopyTo(folder.JobFile(copy));
+            job->file.CopyTo(folder.JobFile(name));
         }
     }
     listChangedEvent.Fire();
 }
 
-std::string JobManager::Download(std::string const& name)
+std::string JobManager::Download(JobName const& name)
 {
     return ExistingFile(name).Image();
 }
 
-bool JobManager::Upload(std::string const& name, std::string const& bytes)
+bool JobManager::Upload(JobName const& name, std::string const& bytes)
 {
-    std::string const uploaded = JobName::Checked(name);
-    Files const files = ArchiveFile::Checked(uploaded, bytes);
+    Files const files = ArchiveFile::Checked(name.Text(), bytes);
     bool isNew = false;
     {
         Zu::MutexLock const guard(operationLock);
-        if (uploaded == LoadedJob())
+        if (IsLoaded(name))
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is replaced",
-                     uploaded.c_str());
+                     name.Text().c_str());
         }
-        ArchiveFile file(folder, folder.JobFile(uploaded));
+        ArchiveFile file(folder, folder.JobFile(name));
         isNew = !file.Exists();
         file.Replace(files);
     }
@@ -213,35 +215,33 @@ bool JobManager::Upload(std::string const& name, std::string const& bytes)
     return isNew;
 }
 
-void JobManager::Remove(std::string const& name)
+void JobManager::Remove(JobName const& name)
 {
-    std::string const removed = JobName::Checked(name);
     {
         Zu::MutexLock const guard(operationLock);
-        if (removed == LoadedJob())
+        if (IsLoaded(name))
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "The job '%s' is loaded: load another one before it is deleted",
-                     removed.c_str());
+                     name.Text().c_str());
         }
-        if (!std::filesystem::exists(folder.JobFile(removed)))
+        if (!std::filesystem::exists(folder.JobFile(name)))
         {
-            ThrowNoJob(removed);
+            ThrowNoJob(name);
         }
-        folder.Remove(folder.JobFile(removed));
+        folder.Remove(folder.JobFile(name));
     }
     listChangedEvent.Fire();
 }
 
-LoadReport JobManager::Report(std::string const& name)
+LoadReport JobManager::Report(JobName const& name)
 {
-    std::string const asked = JobName::Checked(name);
     Zu::MutexLock const guard(stateLock);
-    if (lastReport.job != asked)
+    if (!lastReport.has_value() || lastReport->job != name)
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no report: the job '%s' is not the one that was loaded last",
-                 asked.c_str());
+                 name.Text().c_str());
     }
-    return lastReport;
+    return *lastReport;
 }
 
 Zu::Event<>& JobManager::ListChangedEvent()
@@ -275,7 +275,7 @@ void JobManager::BeginSettings()
     registry.Init(PersistDomain::PROTOCOL, store); // the first save collects these documents again
 }
 
-void JobManager::BeginJob(std::string const& name, std::set<std::string> const& toHoldBack)
+void JobManager::BeginJob(JobName const& name, std::set<std::string> const& toHoldBack)
 {
     job.emplace(Kept{ArchiveFile(folder, folder.JobFile(name)), {}});
     SetLoaded(name);
@@ -295,7 +295,7 @@ void JobManager::BeginJob(std::string const& name, std::set<std::string> const& 
             {
                 throw;
             }
-            problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + Zu::CaughtReason());
+            problems.Add(Kind::LOAD, "The job '" + name.Text() + "' cannot be loaded: " + Zu::CaughtReason());
         }
     }
     MakeNew();
@@ -327,7 +327,7 @@ void JobManager::ResetWhatIsNotLoaded(Files const& loaded)
     }
 }
 
-ArchiveFile JobManager::ExistingFile(std::string const& name) const
+ArchiveFile JobManager::ExistingFile(JobName const& name) const
 {
     ArchiveFile file(folder, folder.JobFile(name));
     if (!file.Exists())
@@ -345,7 +345,7 @@ void JobManager::CheckOpen() const
     }
 }
 
-void JobManager::Load(std::string const& name)
+void JobManager::LoadAlone(JobName const& name)
 {
     ArchiveFile file = ExistingFile(name);
     SaveJob(Scope::CHANGED); // before the read: it may be the same file
@@ -356,7 +356,7 @@ void JobManager::Load(std::string const& name)
     }
     catch (...)
     {
-        problems.Add(Kind::LOAD, "The job '" + name + "' cannot be loaded: " + Zu::CaughtReason());
+        problems.Add(Kind::LOAD, "The job '" + name.Text() + "' cannot be loaded: " + Zu::CaughtReason());
         throw;
     }
     problems.Clear(Kind::LOAD);
@@ -376,13 +376,13 @@ void JobManager::Load(std::string const& name)
     }
 }
 
-void JobManager::TakeOver(std::string const& name, ArchiveFile::Documents const& documents)
+void JobManager::TakeOver(JobName const& name, ArchiveFile::Documents const& documents)
 {
     AddProblems(Kind::LOAD, documents.faults);
     keepsReplaced = true; // until all documents are known to be taken over
     savedCount.store(NEVER_SAVED, std::memory_order_relaxed);
     uint64 const countBefore = registry.ModificationCount();
-    LoadReport report;
+    LoadReport report{name, {}, {}};
     {
         StartRetry::Load const load(startRetry); // first: its destructor's log lines belong to no document
         GateBracket const bracket(gate);
@@ -558,10 +558,22 @@ void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)
     }
 }
 
-void JobManager::SetLoaded(std::string const& name)
+void JobManager::SetLoaded(JobName const& name)
 {
     Zu::MutexLock const guard(stateLock);
     loadedJob = name;
+}
+
+bool JobManager::IsLoaded(JobName const& name)
+{
+    Zu::MutexLock const guard(stateLock);
+    return loadedJob == name;
+}
+
+std::optional<JobName> JobManager::Loaded()
+{
+    Zu::MutexLock const guard(stateLock);
+    return loadedJob;
 }
 
 void JobManager::SetReport(LoadReport const& report)

@@ -42,7 +42,7 @@ public:
     /// A job and its file.
     struct Job
     {
-        std::string name;
+        JobName name;
         uint64 bytes = 0; ///< of the file; 0 while the file does not exist
         bool isLoaded = false;
         bool isModified = false; ///< it has unsaved changes
@@ -68,7 +68,7 @@ public:
     ///
     /// The services in `toHoldBack` need something to be set before they run. The load does not enable them; until
     /// `Run` a save stores them as enabled. Returns those of them that the job enables.
-    std::vector<std::string> Begin(std::string const& name, std::set<std::string> const& toHoldBack = {});
+    std::vector<std::string> Begin(JobName const& name, std::set<std::string> const& toHoldBack = {});
 
     /// Starts saving changes, including those made before. The caller has started the services that were held back.
     void Run();
@@ -77,10 +77,12 @@ public:
     /// still be registered.
     void Close();
 
-    /// Saves the loaded job, then loads this one. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name,
-    /// `Zu::Status::NOT_FOUND` when there is no such job, `Zu::Status::BAD_FORMAT` when nothing in its file can be
+    /// Saves the loaded job, then loads this one. Throws `Zu::Status::NOT_FOUND` when there is no such job, `Zu::Status::BAD_FORMAT` when nothing in its file can be
     /// read, and the failure of saving the loaded job. In these cases the loaded job stays loaded. Settings that a
     /// protocol does not take over are reported (see `Report`), not thrown.
+    void Load(JobName const& name);
+
+    /// As `Load`, for the module. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name too.
     void LoadJob(std::string const& name) override;
 
     /// The name of the loaded job; empty before `Begin`.
@@ -91,20 +93,20 @@ public:
 
     /// Saves all documents of the loaded job. If `name` is another job, also copies the file to that name; the loaded
     /// job stays loaded. The files are durable when this returns.
-    void SaveAs(std::string const& name);
+    void SaveAs(JobName const& name);
 
     /// Returns the file of a job as it is stored. Throws `Zu::Status::NOT_FOUND` when there is none.
-    std::string Download(std::string const& name);
+    std::string Download(JobName const& name);
 
     /// Stores the bytes of an archive as a job. Throws `Zu::Status::BAD_FORMAT` with a description of the fault, and
     /// `Zu::Status::WRONG_STATE` for the loaded job. Returns whether the job is new.
-    bool Upload(std::string const& name, std::string const& bytes);
+    bool Upload(JobName const& name, std::string const& bytes);
 
     /// Throws `Zu::Status::NOT_FOUND` when there is no such job and `Zu::Status::WRONG_STATE` for the loaded job.
-    void Remove(std::string const& name);
+    void Remove(JobName const& name);
 
     /// The report of the last load. Throws `Zu::Status::NOT_FOUND` unless `name` is the job that was loaded last.
-    LoadReport Report(std::string const& name);
+    LoadReport Report(JobName const& name);
 
     /// Fires after each change of the list and each load, on the thread that made it. Handlers may call `List`.
     Zu::Event<>& ListChangedEvent();
@@ -136,13 +138,13 @@ private:
     };
 
     void BeginSettings() ZU_REQUIRES(operationLock);
-    void BeginJob(std::string const& name, std::set<std::string> const& toHoldBack) ZU_REQUIRES(operationLock);
+    void BeginJob(JobName const& name, std::set<std::string> const& toHoldBack) ZU_REQUIRES(operationLock);
     void MakeNew();
     void ResetWhatIsNotLoaded(Files const& loaded);
-    ArchiveFile ExistingFile(std::string const& name) const;
+    ArchiveFile ExistingFile(JobName const& name) const;
     void CheckOpen() const ZU_REQUIRES(operationLock);
-    void Load(std::string const& name) ZU_REQUIRES(operationLock);
-    void TakeOver(std::string const& name, ArchiveFile::Documents const& documents) ZU_REQUIRES(operationLock);
+    void LoadAlone(JobName const& name) ZU_REQUIRES(operationLock);
+    void TakeOver(JobName const& name, ArchiveFile::Documents const& documents) ZU_REQUIRES(operationLock);
     void SaveChanges();
     void Save(Scope scope) ZU_REQUIRES(operationLock);
     void SaveJob(Scope scope) ZU_REQUIRES(operationLock);
@@ -153,7 +155,9 @@ private:
     Collected Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
     bool IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const;
     void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults) ZU_REQUIRES(operationLock);
-    void SetLoaded(std::string const& name);
+    void SetLoaded(JobName const& name);
+    bool IsLoaded(JobName const& name);
+    std::optional<JobName> Loaded();
     void SetReport(LoadReport const& report);
 
     PersistRegistry& registry;
@@ -179,8 +183,8 @@ private:
     std::vector<std::string> heldBack ZU_GUARDED_BY(operationLock);
 
     Zu::Mutex stateLock; // a leaf
-    std::string loadedJob ZU_GUARDED_BY(stateLock);
-    LoadReport lastReport ZU_GUARDED_BY(stateLock);
+    std::optional<JobName> loadedJob ZU_GUARDED_BY(stateLock);
+    std::optional<LoadReport> lastReport ZU_GUARDED_BY(stateLock);
 
     JobSaver saver; // last: it uses all members above
 };

@@ -50,7 +50,7 @@ Json JobReportResource::DocumentOf(LoadReport const& report)
                                         {"skipped", protocol.skipped},
                                         {"lines", protocol.lines}};
     }
-    return {{"job", report.job}, {"faults", report.faults}, {"protocols", std::move(protocols)}};
+    return {{"job", report.job.Text()}, {"faults", report.faults}, {"protocols", std::move(protocols)}};
 }
 
 } // namespace ZuHost

@@ -20,12 +20,11 @@ namespace
 {
 
 /// The file name that a client gives to the download (RFC 6266, RFC 8187).
-std::string DispositionOf(std::string const& name)
+std::string DispositionOf(JobName const& name)
 {
     constexpr char const* DIGITS = "0123456789ABCDEF";
     std::string text = "attachment; filename*=UTF-8''";
-    for (char const character :
-         ZuCommon::PersistManager::NameWithoutSuffix(name) + ZuCommon::PersistManager::JOB_SUFFIX)
+    for (char const character : name.FileName())
     {
         auto const byte = static_cast<unsigned char>(character);
         if (byte < 0x80 && (std::isalnum(byte) != 0 || character == '-' || character == '_' || character == '.'))
@@ -55,12 +54,12 @@ std::vector<std::string> JobResource::ContentMethods() const
 
 Answer JobResource::AnswerContent(ZuRest::Request const& request, ZuRest::RequestInfo const& info)
 {
-    std::string const& name = RequestedJob(info);
+    JobName const name = RequestedJob(info);
     bool const isChange = request.method == "PUT" || request.method == "DELETE";
     return isChange ? Change(request, name) : Show(request, name);
 }
 
-Answer JobResource::Show(ZuRest::Request const& request, std::string const& name)
+Answer JobResource::Show(ZuRest::Request const& request, JobName const& name)
 {
     std::string bytes = manager.Download(name);
     std::string tag = ZuRest::EntityTag::Of(bytes);
@@ -74,7 +73,7 @@ Answer JobResource::Show(ZuRest::Request const& request, std::string const& name
             {{"ETag", std::move(tag)}, {"Content-Disposition", DispositionOf(name)}}};
 }
 
-Answer JobResource::Change(ZuRest::Request const& request, std::string const& name)
+Answer JobResource::Change(ZuRest::Request const& request, JobName const& name)
 {
     if (!IsPreconditionMet(request, name))
     {
@@ -94,7 +93,7 @@ Answer JobResource::Change(ZuRest::Request const& request, std::string const& na
     return {HttpStatus::CREATED, "", "", {{"Location", request.path}}};
 }
 
-bool JobResource::IsPreconditionMet(ZuRest::Request const& request, std::string const& name)
+bool JobResource::IsPreconditionMet(ZuRest::Request const& request, JobName const& name)
 {
     if (request.ifMatch.empty())
     {

@@ -7,6 +7,7 @@ namespace ZuHost
 {
 
 class JobManager;
+class JobName;
 
 /// "/jobs/:name": downloads, uploads and deletes the file of a job. `ETag` and `If-Match` work as for documents.
 class JobResource final : public ZuRest::ResourceBase, public ZuRest::IContentResource
@@ -22,9 +23,9 @@ public:
     ZuRest::Answer AnswerContent(ZuRest::Request const& request, ZuRest::RequestInfo const& info) override;
 
 private:
-    ZuRest::Answer Show(ZuRest::Request const& request, std::string const& name);
-    ZuRest::Answer Change(ZuRest::Request const& request, std::string const& name);
-    bool IsPreconditionMet(ZuRest::Request const& request, std::string const& name);
+    ZuRest::Answer Show(ZuRest::Request const& request, JobName const& name);
+    ZuRest::Answer Change(ZuRest::Request const& request, JobName const& name);
+    bool IsPreconditionMet(ZuRest::Request const& request, JobName const& name);
 
     JobManager& manager;
 };

@@ -14,11 +14,11 @@ JobsResources::JobsResources(ZuRest::ResourceRouter& usedRouter, JobManager& use
       manager(usedManager),
       list(manager),
       file(manager),
-      load([this](std::string const& name) {
-          manager.LoadJob(name);
+      load([this](JobName const& name) {
+          manager.Load(name);
           return JobReportResource::DocumentOf(manager.Report(name));
       }),
-      save([this](std::string const& name) {
+      save([this](JobName const& name) {
           manager.SaveAs(name);
           return nlohmann::json();
       }),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Host/Store/JobName.h"
+
 #include <string>
 #include <vector>
 
@@ -25,7 +27,7 @@ struct LoadReport
         bool operator==(Protocol const&) const = default;
     };
 
-    std::string job;
+    JobName job;
     std::vector<std::string> faults; ///< faults of the file
     std::vector<Protocol> protocols; ///< in the order of the load
 };

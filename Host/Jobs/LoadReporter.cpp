@@ -145,10 +145,10 @@ void LoadReporter::NoteLookUp(std::string const& name)
     sink->Begin(name);
 }
 
-LoadReport LoadReporter::Report(std::string job, ArchiveFile::Documents const& loaded,
+LoadReport LoadReporter::Report(JobName const& job, ArchiveFile::Documents const& loaded,
                                 ArchiveContents::Files const& now) const
 {
-    LoadReport report{std::move(job), loaded.faults, {}};
+    LoadReport report{job, loaded.faults, {}};
     for (Sink::Section const& section : sink->Sections())
     {
         Protocol protocol;

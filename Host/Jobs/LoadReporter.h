@@ -25,7 +25,8 @@ public:
     void NoteLookUp(std::string const& name);
 
     /// `now`: the documents that a save gives after the load.
-    LoadReport Report(std::string job, ArchiveFile::Documents const& loaded, ArchiveContents::Files const& now) const;
+    LoadReport Report(JobName const& job, ArchiveFile::Documents const& loaded,
+                      ArchiveContents::Files const& now) const;
 
 private:
     class Sink;

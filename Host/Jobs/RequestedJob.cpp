@@ -6,14 +6,14 @@
 namespace ZuHost
 {
 
-std::string const& RequestedJob(ZuRest::RequestInfo const& info)
+JobName RequestedJob(ZuRest::RequestInfo const& info)
 {
     std::string const* const name = info.FindKey("name");
     if (name == nullptr)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "The request names no job.");
     }
-    return *name;
+    return JobName(*name);
 }
 
 } // namespace ZuHost

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "Host/Store/JobName.h"
 
 namespace ZuRest
 {
@@ -10,7 +10,7 @@ struct RequestInfo;
 namespace ZuHost
 {
 
-/// The name of the job in the path of a request. The reference is valid as long as `info`.
-std::string const& RequestedJob(ZuRest::RequestInfo const& info);
+/// The name of the job in the path of a request. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name.
+JobName RequestedJob(ZuRest::RequestInfo const& info);
 
 } // namespace ZuHost

@@ -1,6 +1,5 @@
 #include "Host/Store/DataFolder.h"
 
-#include "Host/Store/JobName.h"
 #include "ZuApi/Exception.h"
 #include "ZuCommon/Persistence.h"
 
@@ -10,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ZuHost
 {
@@ -60,9 +60,9 @@ DataFolder::~DataFolder()
     close(descriptor);
 }
 
-std::filesystem::path DataFolder::JobFile(std::string const& name) const
+std::filesystem::path DataFolder::JobFile(JobName const& name) const
 {
-    return path / (JobName::Checked(name) + ZuCommon::PersistManager::JOB_SUFFIX);
+    return path / name.FileName();
 }
 
 std::filesystem::path DataFolder::SettingsFile() const
@@ -70,20 +70,16 @@ std::filesystem::path DataFolder::SettingsFile() const
     return path / SETTINGS_FILE;
 }
 
-std::vector<std::string> DataFolder::Jobs() const
+std::vector<JobName> DataFolder::Jobs() const
 {
-    std::vector<std::string> jobs;
+    std::vector<JobName> jobs;
     for (auto const& entry : std::filesystem::directory_iterator(path))
     {
-        std::string const file = entry.path().filename().string();
         std::error_code error;
-        if (file.ends_with(ZuCommon::PersistManager::JOB_SUFFIX) && entry.is_regular_file(error))
+        std::optional<JobName> name = JobName::OfFile(entry.path().filename().string());
+        if (name.has_value() && entry.is_regular_file(error))
         {
-            std::string job = ZuCommon::PersistManager::NameWithoutSuffix(file);
-            if (JobName::IsValid(job))
-            {
-                jobs.push_back(std::move(job));
-            }
+            jobs.push_back(std::move(*name));
         }
     }
     std::ranges::sort(jobs);

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Host/Store/JobName.h"
+
 #include <filesystem>
-#include <string>
 #include <vector>
 
 namespace ZuHost
@@ -21,14 +22,13 @@ public:
     DataFolder(DataFolder const&) = delete;
     DataFolder& operator=(DataFolder const&) = delete;
 
-    /// The file of the job of this name. Throws `Zu::Status::BAD_ARGUMENT` for an invalid name.
-    std::filesystem::path JobFile(std::string const& name) const;
+    std::filesystem::path JobFile(JobName const& name) const;
 
     /// The file of the settings that belong to the protocols and not to a job.
     std::filesystem::path SettingsFile() const;
 
     /// The names of the jobs, sorted.
-    std::vector<std::string> Jobs() const;
+    std::vector<JobName> Jobs() const;
 
     /// A path for a new file. Removes what a crash has left at this path.
     std::filesystem::path NewFile() const;

@@ -7,11 +7,13 @@
 #include <array>
 #include <optional>
 
-namespace ZuHost::JobName
+namespace ZuHost
 {
 
 namespace
 {
+
+using ZuCommon::PersistManager;
 
 /// Characters from `first` to `last`.
 struct Range
@@ -89,25 +91,42 @@ bool HasOnlyAllowedCharacters(std::string_view text)
     return true;
 }
 
-} // namespace
-
+/// Whether `name` is valid without the suffix of its file.
 bool IsValid(std::string_view name)
 {
-    return !name.empty() && name.size() <= MAX_BYTES && name.front() != '.' && name.find("..") == name.npos &&
-           HasOnlyAllowedCharacters(name);
+    // A suffix that is left over would be stripped when the name is given once more: two names for one job.
+    return !name.empty() && name.size() <= JobName::MAX_BYTES && name.front() != '.' && name.find("..") == name.npos &&
+           !name.ends_with(PersistManager::JOB_SUFFIX) && HasOnlyAllowedCharacters(name);
 }
 
-std::string Checked(std::string const& name)
+} // namespace
+
+JobName::JobName(std::string const& newText) : text(PersistManager::NameWithoutSuffix(newText))
 {
-    std::string job = ZuCommon::PersistManager::NameWithoutSuffix(name);
-    if (!IsValid(job))
+    if (!IsValid(text))
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT,
                  "'%s' cannot be the name of a job: 1 to %zu bytes of UTF-8, no '/', '\\', '..', control or format "
-                 "character, and no dot at the head",
-                 name.c_str(), MAX_BYTES);
+                 "character, no dot at the head, and at most one '%s' at the end",
+                 newText.c_str(), MAX_BYTES, PersistManager::JOB_SUFFIX);
     }
-    return job;
 }
 
-} // namespace ZuHost::JobName
+std::optional<JobName> JobName::OfFile(std::string const& fileName)
+{
+    bool const isJob =
+        fileName.ends_with(PersistManager::JOB_SUFFIX) && IsValid(PersistManager::NameWithoutSuffix(fileName));
+    return isJob ? std::optional(JobName(fileName)) : std::nullopt;
+}
+
+std::string const& JobName::Text() const
+{
+    return text;
+}
+
+std::string JobName::FileName() const
+{
+    return text + PersistManager::JOB_SUFFIX;
+}
+
+} // namespace ZuHost

@@ -1,20 +1,41 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
-/// The names that a job may have. Each is used as the name of a file.
-namespace ZuHost::JobName
+namespace ZuHost
 {
 
-inline constexpr std::size_t MAX_BYTES = 63;
+/// The checked name of a job. A text of a client, of the command line or of a folder becomes a `JobName` once, where
+/// the host receives it; only a `JobName` names a file.
+///
+/// A name has 1 to 63 bytes of UTF-8, no separator, no control or format character (Unicode categories Cc and Cf), no
+/// "..", no dot at its head, and not the suffix of the file at its end.
+class JobName final
+{
+public:
+    static constexpr std::size_t MAX_BYTES = 63;
 
-/// Whether `name` is valid: 1 to 63 bytes of UTF-8, no separator, no control or format character
-/// (Unicode categories Cc and Cf), no "..", no dot at its head.
-bool IsValid(std::string_view name);
+    /// Takes a name with or without the suffix ".zpjob" of its file. Throws `Zu::Status::BAD_ARGUMENT` with a sentence
+    /// for any other text.
+    explicit JobName(std::string const& newText);
 
-/// Returns `name` without the suffix ".zpjob". Throws `Zu::Status::BAD_ARGUMENT` with a sentence for an invalid name.
-std::string Checked(std::string const& name);
+    /// The job of the file of this name; nothing if it is not the file of a job.
+    static std::optional<JobName> OfFile(std::string const& fileName);
 
-} // namespace ZuHost::JobName
+    /// The name without the suffix.
+    std::string const& Text() const;
+
+    std::string FileName() const;
+
+    bool operator==(JobName const&) const = default;
+    std::strong_ordering operator<=>(JobName const&) const = default;
+
+private:
+    std::string text;
+};
+
+} // namespace ZuHost

@@ -27,7 +27,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_EQ(options.httpPort, 8080);
     EXPECT_TRUE(options.tokenFile.empty());
     EXPECT_EQ(options.dataFolder, "zucontrol-data");
-    EXPECT_EQ(options.jobName, "default");
+    EXPECT_EQ(options.jobName.Text(), "default");
     EXPECT_TRUE(options.pluginFolders.empty());
     EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
     EXPECT_TRUE(options.replayFile.empty());
@@ -54,7 +54,7 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.httpPort, 80);
     EXPECT_EQ(options.tokenFile, "secret");
     EXPECT_EQ(options.dataFolder, "d");
-    EXPECT_EQ(options.jobName, "line 3");
+    EXPECT_EQ(options.jobName.Text(), "line 3");
     EXPECT_EQ(options.pluginFolders, (std::vector<std::filesystem::path>{"a", "b"}));
     EXPECT_EQ(options.deployment, Deployment::VIRTUAL_BRACKLE);
     EXPECT_EQ(options.replayFile, "x.pcd");
@@ -199,15 +199,16 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"Level", {"--log", "INFO"}, "option '--log': 'INFO' is none of error, warning, info"},
         RefusalCase{"JobEmpty",
                     {"--job", ""},
-                    "option '--job': '' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
-        RefusalCase{
-            "JobSeparator",
-            {"--job", "a/b"},
-            "option '--job': 'a/b' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
-        RefusalCase{
-            "JobParent",
-            {"--job", ".."},
-            "option '--job': '..' is no job name (1 to 63 bytes, no separators, no '..', no control characters)"},
+                    "option '--job': '' cannot be the name of a job: 1 to 63 bytes of UTF-8, no '/', '\\', '..', "
+                    "control or format character, no dot at the head, and at most one '.zpjob' at the end"},
+        RefusalCase{"JobSeparator",
+                    {"--job", "a/b"},
+                    "option '--job': 'a/b' cannot be the name of a job: 1 to 63 bytes of UTF-8, no '/', '\\', '..', "
+                    "control or format character, no dot at the head, and at most one '.zpjob' at the end"},
+        RefusalCase{"JobParent",
+                    {"--job", ".."},
+                    "option '--job': '..' cannot be the name of a job: 1 to 63 bytes of UTF-8, no '/', '\\', '..', "
+                    "control or format character, no dot at the head, and at most one '.zpjob' at the end"},
         RefusalCase{"HttpNoPort", {"--http", "127.0.0.1"}, NO_ENDPOINT("127.0.0.1")},
         RefusalCase{"HttpEmptyPort", {"--http", "127.0.0.1:"}, NO_ENDPOINT("127.0.0.1:")},
         RefusalCase{"HttpNoAddress", {"--http", ":8080"}, NO_ENDPOINT(":8080")},
@@ -231,7 +232,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Options, TakesAJobNameOfSixtyThreeBytesAndNoLongerOne)
 {
-    EXPECT_EQ(Parse({"--job", std::string(63, 'j')}).jobName.size(), 63u);
+    EXPECT_EQ(Parse({"--job", std::string(63, 'j')}).jobName.Text().size(), 63u);
     EXPECT_THROW(Parse({"--job", std::string(64, 'j')}), Zu::Exception);
 }
 

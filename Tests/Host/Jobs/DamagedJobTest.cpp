@@ -120,10 +120,10 @@ protected:
         if (by != "tool")
         {
             JobDesk desk(scratch.path);
-            desk.jobs.Begin("default");
+            desk.jobs.Begin(JobName("default"));
             desk.keepers.Set("One", one);
             desk.keepers.Set("Two", two);
-            desk.jobs.SaveAs("default");
+            desk.jobs.SaveAs(JobName("default"));
         }
         return BytesOf(file);
     }
@@ -134,14 +134,14 @@ protected:
         std::filesystem::remove(scratch / "default.zpjob-journal");
         {
             JobDesk desk(scratch.path);
-            ASSERT_NO_THROW(desk.jobs.Begin("default"));
+            ASSERT_NO_THROW(desk.jobs.Begin(JobName("default")));
             auto const& values = desk.keepers.values;
             ExpectStored(values.at("One"), one);
             ExpectStored(values.at("Two"), two);
             EXPECT_TRUE(desk.problems.Count() > 0 || (values.at("One") == one && values.at("Two") == two))
                 << "it says what is missing";
             desk.keepers.Set("One", "new");
-            ASSERT_NO_THROW(desk.jobs.SaveAs("default"));
+            ASSERT_NO_THROW(desk.jobs.SaveAs(JobName("default")));
         }
         Archive archive(file, Access::READ);
         EXPECT_EQ(archive.FindFault(), "");

@@ -57,7 +57,7 @@ protected:
     {
         desk.reset();
         desk.emplace(scratch.path);
-        desk->jobs.Begin(job);
+        desk->jobs.Begin(JobName(job));
         if (saves)
         {
             desk->jobs.Run();
@@ -125,7 +125,7 @@ TEST_F(JobManagerTest, MakesANewJobWhenThereIsNone)
     EXPECT_EQ(In("default"),
               (Files{{ONE, ValueKeepers::DocumentWith("default")}, {TWO, ValueKeepers::DocumentWith("default")}}));
     EXPECT_EQ(Jobs().LoadedJob(), "default");
-    EXPECT_TRUE(Jobs().Report("default").protocols.empty());
+    EXPECT_TRUE(Jobs().Report(JobName("default")).protocols.empty());
     EXPECT_TRUE(ProblemTexts().empty());
 }
 
@@ -159,7 +159,7 @@ TEST_F(JobManagerTest, HoldsBackWhatIsToBeConfiguredBeforeItRuns)
     std::string loaded;
     Keepers().onRead = [&](std::string const& text) { loaded += text; };
 
-    EXPECT_EQ(Jobs().Begin("default", {"One", "Two", "Three"}), std::vector<std::string>{"One"});
+    EXPECT_EQ(Jobs().Begin(JobName("default"), {"One", "Two", "Three"}), std::vector<std::string>{"One"});
 
     EXPECT_EQ(loaded.find("\"enabled\":true"), std::string::npos) << loaded;
     EXPECT_EQ(Keepers().values.at("One"), "one");
@@ -173,7 +173,7 @@ TEST_F(JobManagerTest, SavesAsEnabledWhatItHeldBackWhenTheHostDoesNotComeUp)
     Archive(FileOf("default"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("one")}}, {});
     desk.emplace(scratch.path);
     Keepers().stopped = {"One"};
-    EXPECT_EQ(Jobs().Begin("default", {"One"}), std::vector<std::string>{"One"});
+    EXPECT_EQ(Jobs().Begin(JobName("default"), {"One"}), std::vector<std::string>{"One"});
     Keepers().Set("One", "set before it runs");
 
     Stop();
@@ -230,7 +230,7 @@ TEST_F(JobManagerTest, SavesAtTheEndAndNothingAfterIt)
     Keepers().Set("One", "taken down");
     EXPECT_EQ(RefusalOf([&] { Jobs().LoadJob("default"); }),
               (Refusal{Zu::Status::WRONG_STATE, "The host is stopping: jobs are neither loaded nor saved any more"}));
-    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs("default"); }).status, Zu::Status::WRONG_STATE);
+    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs(JobName("default")); }).status, Zu::Status::WRONG_STATE);
     Stop();
 
     EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("told to nobody"));
@@ -239,7 +239,7 @@ TEST_F(JobManagerTest, SavesAtTheEndAndNothingAfterIt)
 TEST_F(JobManagerTest, SavesThePresentJobBeforeItLoadsAnother)
 {
     Start("default", false);
-    Jobs().SaveAs("other");
+    Jobs().SaveAs(JobName("other"));
     Keepers().Set("One", "of the first");
 
     Jobs().LoadJob("other.zpjob");
@@ -281,7 +281,7 @@ TEST_F(JobManagerTest, SavesAllOfTheJobWhenAskedTo)
     ASSERT_TRUE(WaitUntilSaved());
     Edit("default", ONE, ValueKeepers::DocumentWith("edited"));
 
-    Jobs().SaveAs("default");
+    Jobs().SaveAs(JobName("default"));
 
     EXPECT_EQ(In("default").at(ONE), ValueKeepers::DocumentWith("default"));
 }
@@ -294,8 +294,8 @@ TEST_F(JobManagerTest, ReportsWhatWasTakenOver)
     ZuTest::LogRecorder const log;
     Jobs().LoadJob("default");
 
-    LoadReport const report = Jobs().Report("default");
-    EXPECT_EQ(report.job, "default");
+    LoadReport const report = Jobs().Report(JobName("default"));
+    EXPECT_EQ(report.job, JobName("default"));
     EXPECT_EQ(report.faults, std::vector<std::string>());
     ASSERT_EQ(report.protocols.size(), 2U);
     EXPECT_EQ(report.protocols[0], (LoadReport::Protocol{"One",
@@ -308,7 +308,7 @@ TEST_F(JobManagerTest, ReportsWhatWasTakenOver)
                                                          {"Error loading parameters for service One."}}));
     EXPECT_EQ(report.protocols[1],
               (LoadReport::Protocol{"Two", true, false, false, {"enabled", "parameters"}, {}, {}, {}}));
-    EXPECT_EQ(RefusalOf([&] { Jobs().Report("other"); }).status, Zu::Status::NOT_FOUND);
+    EXPECT_EQ(RefusalOf([&] { Jobs().Report(JobName("other")); }).status, Zu::Status::NOT_FOUND);
 }
 
 TEST_F(JobManagerTest, SavesAJobThatCouldNotBeTakenOverAndKeepsWhatWasRefused)
@@ -333,12 +333,12 @@ TEST_F(JobManagerTest, SavesWhatRunsInThePlaceOfADocumentThatIsRefused)
     {
         Start();
         Keepers().Set("One", "runs");
-        Jobs().SaveAs("default");
+        Jobs().SaveAs(JobName("default"));
         Edit("default", ONE, refused);
 
         Jobs().LoadJob("default");
 
-        LoadReport::Protocol const report = Jobs().Report("default").protocols[0];
+        LoadReport::Protocol const report = Jobs().Report(JobName("default")).protocols[0];
         EXPECT_TRUE(report.isInJob && report.isRefused) << refused;
         EXPECT_EQ(report.takenOver, std::vector<std::string>()) << refused;
         EXPECT_EQ(report.reset, std::vector<std::string>()) << refused;
@@ -354,14 +354,14 @@ TEST_F(JobManagerTest, SavesWhatRunsWhereTheJobHasNoDocument)
 {
     Start();
     Keepers().Set("Two", "runs");
-    Jobs().SaveAs("default");
+    Jobs().SaveAs(JobName("default"));
     Stop();
     Archive(FileOf("part"), Access::CREATE).Write({{ONE, ValueKeepers::DocumentWith("one")}}, {});
     Start();
 
     Jobs().LoadJob("part");
 
-    EXPECT_FALSE(Jobs().Report("part").protocols[1].isInJob);
+    EXPECT_FALSE(Jobs().Report(JobName("part")).protocols[1].isInJob);
     EXPECT_EQ(Keepers().values.at("Two"), "runs");
     ASSERT_TRUE(WaitUntilSaved());
     EXPECT_EQ(In("part"), (Files{{ONE, ValueKeepers::DocumentWith("one")}, {TWO, ValueKeepers::DocumentWith("runs")}}));
@@ -371,7 +371,7 @@ TEST_F(JobManagerTest, SavesAtTheEndWhatRunsInThePlaceOfADocumentThatIsRefused)
 {
     Start("default", false);
     Keepers().Set("One", "runs");
-    Jobs().SaveAs("default");
+    Jobs().SaveAs(JobName("default"));
     Edit("default", ONE, "[]");
     Jobs().LoadJob("default");
 
@@ -396,14 +396,14 @@ TEST_F(JobManagerTest, HoldsBackNoServiceWhoseDocumentIsRefused)
     Archive(FileOf("default"), Access::CREATE).Write({{ONE, refused}, {TWO, ValueKeepers::DocumentWith("two")}}, {});
     desk.emplace(scratch.path);
 
-    EXPECT_EQ(Jobs().Begin("default", {"One", "Two"}), std::vector<std::string>{"Two"});
+    EXPECT_EQ(Jobs().Begin(JobName("default"), {"One", "Two"}), std::vector<std::string>{"Two"});
 }
 
 TEST_F(JobManagerTest, TellsWhichServiceCannotBeSavedAndWhy)
 {
     Start("default", false);
     Keepers().Set("Two", "before");
-    Jobs().SaveAs("default");
+    Jobs().SaveAs(JobName("default"));
     std::string const tooLong(17 * 1024 * 1024, 'x');
     for (auto const& [value, why] :
          {std::pair<std::string, std::string>(
@@ -414,7 +414,7 @@ TEST_F(JobManagerTest, TellsWhichServiceCannotBeSavedAndWhy)
         Keepers().Set("Two", value);
         Keepers().own = "counted";
 
-        Refusal const refusal = RefusalOf([&] { Jobs().SaveAs("copy"); });
+        Refusal const refusal = RefusalOf([&] { Jobs().SaveAs(JobName("copy")); });
 
         EXPECT_EQ(refusal, (Refusal{Zu::Status::FAILURE, "service Two: " + why}));
         EXPECT_EQ(ProblemTexts(), std::vector<std::string>{"The job 'default' cannot be saved: service Two: " + why});
@@ -425,7 +425,7 @@ TEST_F(JobManagerTest, TellsWhichServiceCannotBeSavedAndWhy)
         EXPECT_EQ(Archive(scratch / "settings.zpset", Access::READ).Read().entries.at(ONE), "\"counted\"");
 
         Keepers().Set("Two", "before");
-        Jobs().SaveAs("default");
+        Jobs().SaveAs(JobName("default"));
         EXPECT_TRUE(ProblemTexts().empty());
         EXPECT_FALSE(Jobs().List()[0].isModified);
     }
@@ -436,7 +436,7 @@ TEST_F(JobManagerTest, TellsOfSettingsThatCannotBeSaved)
     Start("default", false);
     Keepers().own = "\xFF";
 
-    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs("default"); }).status, Zu::Status::FAILURE);
+    EXPECT_EQ(RefusalOf([&] { Jobs().SaveAs(JobName("default")); }).status, Zu::Status::FAILURE);
 
     ASSERT_EQ(ProblemTexts().size(), 1U);
     EXPECT_NE(ProblemTexts()[0].find("invalid UTF-8 byte at index 0"), std::string::npos) << ProblemTexts()[0];
@@ -453,8 +453,8 @@ TEST_F(JobManagerTest, UsesTheLastGoodDocumentTellsTheUserAndMendsTheFile)
     EXPECT_EQ(Keepers().values.at("One"), "good");
     ASSERT_EQ(ProblemTexts().size(), 1U);
     EXPECT_NE(ProblemTexts()[0].find("The last good one is used in its place."), std::string::npos);
-    EXPECT_TRUE(Jobs().Report("default").protocols[0].isFromLastGood);
-    EXPECT_EQ(Jobs().Report("default").faults, ProblemTexts());
+    EXPECT_TRUE(Jobs().Report(JobName("default")).protocols[0].isFromLastGood);
+    EXPECT_EQ(Jobs().Report(JobName("default")).faults, ProblemTexts());
     Jobs().Run();
     ASSERT_TRUE(WaitUntilSaved());
 
@@ -500,7 +500,7 @@ TEST_F(JobManagerTest, LeavesTheLoadedJobWhenAnotherCannotBeRead)
 TEST_F(JobManagerTest, NeverSavesALoadThatBrokeOffToTheJobBefore)
 {
     Start("default", false);
-    Jobs().SaveAs("other");
+    Jobs().SaveAs(JobName("other"));
     Edit("other", ONE, ValueKeepers::DocumentWith("of the other"));
     Keepers().onLoad = [] { throw std::runtime_error("a handler fails"); };
 
@@ -562,7 +562,7 @@ TEST_F(JobManagerTest, CopiesTheLoadedJobUnderAnotherName)
     unsigned changes = 0;
     Jobs().ListChangedEvent().Add([&changes] { ++changes; });
 
-    Jobs().SaveAs("copy");
+    Jobs().SaveAs(JobName("copy"));
 
     EXPECT_EQ(In("copy"), In("default"));
     EXPECT_EQ(In("copy").at(ONE), ValueKeepers::DocumentWith("now"));
@@ -570,39 +570,41 @@ TEST_F(JobManagerTest, CopiesTheLoadedJobUnderAnotherName)
     EXPECT_EQ(changes, 1U);
     auto const list = Jobs().List();
     ASSERT_EQ(list.size(), 2U);
-    EXPECT_TRUE(list[0].name == "copy" && !list[0].isLoaded && list[0].bytes > 0);
-    EXPECT_TRUE(list[1].name == "default" && list[1].isLoaded && !list[1].isModified);
+    EXPECT_TRUE(list[0].name.Text() == "copy" && !list[0].isLoaded && list[0].bytes > 0);
+    EXPECT_TRUE(list[1].name.Text() == "default" && list[1].isLoaded && !list[1].isModified);
 }
 
 TEST_F(JobManagerTest, GivesAndTakesJobsAsFiles)
 {
     Start();
     Keepers().Set("One", "sent");
-    Jobs().SaveAs("default");
-    std::string const bytes = Jobs().Download("default");
+    Jobs().SaveAs(JobName("default"));
+    std::string const bytes = Jobs().Download(JobName("default"));
 
-    EXPECT_TRUE(Jobs().Upload("new", bytes));
-    EXPECT_FALSE(Jobs().Upload("new", bytes));
+    EXPECT_TRUE(Jobs().Upload(JobName("new"), bytes));
+    EXPECT_FALSE(Jobs().Upload(JobName("new"), bytes));
     EXPECT_EQ(In("new"), In("default"));
     EXPECT_EQ(
-        RefusalOf([&] { Jobs().Upload("default", bytes); }),
+        RefusalOf([&] { Jobs().Upload(JobName("default"), bytes); }),
         (Refusal{Zu::Status::WRONG_STATE, "The job 'default' is loaded: load another one before it is replaced"}));
-    EXPECT_EQ(RefusalOf([&] { Jobs().Upload("new", "no archive"); }).status, Zu::Status::BAD_FORMAT);
-    EXPECT_EQ(RefusalOf([&] { Jobs().Upload(".new", bytes); }).status, Zu::Status::BAD_ARGUMENT);
-    EXPECT_EQ(RefusalOf([&] { Jobs().Download("none"); }), (Refusal{Zu::Status::NOT_FOUND, "There is no job 'none'"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Upload(JobName("new"), "no archive"); }).status, Zu::Status::BAD_FORMAT);
+    EXPECT_EQ(RefusalOf([&] { Jobs().Upload(JobName(".new"), bytes); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(RefusalOf([&] { Jobs().Download(JobName("none")); }),
+              (Refusal{Zu::Status::NOT_FOUND, "There is no job 'none'"}));
     EXPECT_EQ(In("new"), In("default"));
 }
 
 TEST_F(JobManagerTest, RemovesAllButTheLoadedJob)
 {
     Start();
-    Jobs().SaveAs("other");
+    Jobs().SaveAs(JobName("other"));
 
-    Jobs().Remove("other");
+    Jobs().Remove(JobName("other"));
 
     EXPECT_FALSE(std::filesystem::exists(FileOf("other")));
-    EXPECT_EQ(RefusalOf([&] { Jobs().Remove("other"); }), (Refusal{Zu::Status::NOT_FOUND, "There is no job 'other'"}));
-    EXPECT_EQ(RefusalOf([&] { Jobs().Remove("default"); }),
+    EXPECT_EQ(RefusalOf([&] { Jobs().Remove(JobName("other")); }),
+              (Refusal{Zu::Status::NOT_FOUND, "There is no job 'other'"}));
+    EXPECT_EQ(RefusalOf([&] { Jobs().Remove(JobName("default")); }),
               (Refusal{Zu::Status::WRONG_STATE, "The job 'default' is loaded: load another one before it is deleted"}));
 }
 
@@ -614,7 +616,7 @@ TEST(JobManagerOnABadDisk, TriesAgainUntilThereIsRoom)
         GTEST_SKIP() << "this process may not mount a file system";
     }
     ZuTest::JobDesk desk(disk.Path());
-    desk.jobs.Begin("default");
+    desk.jobs.Begin(JobName("default"));
     desk.jobs.Run();
     ZuTest::LogRecorder const log;
     WriteBytes(disk.Path() / "filler", std::string(400'000, 'x'));
@@ -652,14 +654,14 @@ TEST(JobManagerOnABadDisk, LoadsFromOneThatCannotBeWritten)
     }
     {
         ZuTest::JobDesk desk(disk.Path());
-        desk.jobs.Begin("default");
+        desk.jobs.Begin(JobName("default"));
         desk.keepers.Set("One", "kept");
-        desk.jobs.SaveAs("other");
+        desk.jobs.SaveAs(JobName("other"));
     }
     ASSERT_TRUE(disk.MakeReadOnly());
 
     ZuTest::JobDesk desk(disk.Path());
-    desk.jobs.Begin("default");
+    desk.jobs.Begin(JobName("default"));
     desk.jobs.Run();
     EXPECT_EQ(desk.keepers.values.at("One"), "kept");
     desk.jobs.LoadJob("other");

@@ -22,7 +22,7 @@ class JobsResourcesTest : public testing::Test
 protected:
     JobsResourcesTest()
     {
-        desk.jobs.Begin("default");
+        desk.jobs.Begin(JobName("default"));
     }
 
     Answer Send(std::string const& method, std::string const& path, std::string const& body = {},
@@ -143,6 +143,21 @@ TEST_F(JobsResourcesTest, RefusesWhatIsNotAllowed)
     EXPECT_EQ(Send("GET", "/jobs/default/load").status, 405U);
     EXPECT_EQ(HeaderOf(Send("POST", "/jobs/default"), "Allow"), "GET, HEAD, PUT, DELETE, OPTIONS");
     EXPECT_EQ(HeaderOf(Send("OPTIONS", "/jobs/default/load"), "Allow"), "POST, OPTIONS");
+}
+
+TEST_F(JobsResourcesTest, KeepsTheLoadedJobFromAClientThatWritesTheSuffixTwice)
+{
+    std::string const file = Send("GET", "/jobs/default").body;
+    std::string const before = ZuTest::BytesOf(scratch / "default.zpjob");
+
+    EXPECT_EQ(Send("DELETE", "/jobs/default.zpjob").status, 409U);
+    EXPECT_EQ(Send("PUT", "/jobs/default.zpjob", file).status, 409U);
+    EXPECT_EQ(Send("DELETE", "/jobs/default.zpjob.zpjob").status, 422U);
+    EXPECT_EQ(Send("PUT", "/jobs/default.zpjob.zpjob", file).status, 422U);
+    EXPECT_EQ(Send("POST", "/jobs/default.zpjob.zpjob.zpjob/save").status, 422U);
+
+    EXPECT_EQ(ZuTest::BytesOf(scratch / "default.zpjob"), before);
+    EXPECT_EQ(Send("GET", "/jobs/default").body, file);
 }
 
 TEST_F(JobsResourcesTest, NotifiesEachChangeOfTheList)

@@ -81,7 +81,7 @@ TEST_F(WantedServiceTest, StaysEnabledInItsJobThoughItsStartFails)
     std::string const written = R"({"version": "1", "zu:control": {"parameters": {"value": "one"}, "enabled": true}})";
     WriteJob("default", written);
 
-    desk->jobs.Begin("default");
+    desk->jobs.Begin(JobName("default"));
     desk->jobs.Close();
 
     EXPECT_EQ(In("default").at(ONE), written) << "nothing differs that would have to be saved";
@@ -91,9 +91,9 @@ TEST_F(WantedServiceTest, StaysEnabledInItsJobThoughItsStartFails)
 
 TEST_F(WantedServiceTest, IsReportedAsSkippedWithTheReason)
 {
-    desk->jobs.Begin("default");
+    desk->jobs.Begin(JobName("default"));
 
-    LoadReport const report = desk->jobs.Report("default");
+    LoadReport const report = desk->jobs.Report(JobName("default"));
 
     ASSERT_EQ(report.protocols.size(), 2U);
     EXPECT_EQ(report.protocols[0],
@@ -104,10 +104,10 @@ TEST_F(WantedServiceTest, IsReportedAsSkippedWithTheReason)
 
 TEST_F(WantedServiceTest, IsSavedAsEnabledWithWhatElseChanges)
 {
-    desk->jobs.Begin("default");
+    desk->jobs.Begin(JobName("default"));
     desk->keepers.Set("One", "changed");
 
-    desk->jobs.SaveAs("copy");
+    desk->jobs.SaveAs(JobName("copy"));
 
     nlohmann::json const expected = nlohmann::json::parse(ValueKeepers::DocumentWith("changed"));
     EXPECT_EQ(nlohmann::json::parse(In("default").at(ONE)), expected);
@@ -117,7 +117,7 @@ TEST_F(WantedServiceTest, IsSavedAsEnabledWithWhatElseChanges)
 
 TEST_F(WantedServiceTest, IsSavedAsItIsBehindARequestThatSaysSo)
 {
-    desk->jobs.Begin("default");
+    desk->jobs.Begin(JobName("default"));
 
     desk->startRetry.RunUpdate("/controls/One", {{"enabled", false}}, [] {});
     EXPECT_TRUE(desk->jobs.List().front().isModified);
@@ -129,7 +129,7 @@ TEST_F(WantedServiceTest, IsSavedAsItIsBehindARequestThatSaysSo)
 
 TEST_F(WantedServiceTest, IsForgottenWithTheLoadOfAnotherJobAndStaysEnabledInItsOwn)
 {
-    desk->jobs.Begin("default");
+    desk->jobs.Begin(JobName("default"));
 
     desk->jobs.LoadJob("off");
     desk->jobs.Close();
@@ -141,7 +141,7 @@ TEST_F(WantedServiceTest, IsForgottenWithTheLoadOfAnotherJobAndStaysEnabledInIts
 
 TEST_F(WantedServiceTest, IsWantedAnewByTheNextJobThatEnablesIt)
 {
-    desk->jobs.Begin("off");
+    desk->jobs.Begin(JobName("off"));
     EXPECT_EQ(ProblemCount(), 0U);
 
     desk->jobs.LoadJob("other");
@@ -155,7 +155,7 @@ TEST_F(WantedServiceTest, IsWantedAnewByTheNextJobThatEnablesIt)
 
 TEST_F(WantedServiceTest, IsWantedThoughTheLoadBreaksOff)
 {
-    desk->jobs.Begin("off");
+    desk->jobs.Begin(JobName("off"));
     desk->keepers.onLoad = [this] {
         Load();
         throw std::runtime_error("a listener failed");

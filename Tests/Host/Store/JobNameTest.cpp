@@ -27,9 +27,8 @@ TEST_P(JobNames, AreCheckedBeforeTheyBecomeFiles)
 {
     NameCase const& given = GetParam();
 
-    EXPECT_EQ(JobName::IsValid(given.name), given.isValid);
+    ZuTest::Refusal const refusal = ZuTest::RefusalOf([&] { JobName name(given.name); });
 
-    ZuTest::Refusal const refusal = ZuTest::RefusalOf([&] { JobName::Checked(given.name); });
     EXPECT_EQ(refusal.status, given.isValid ? Zu::Status::SUCCESS : Zu::Status::BAD_ARGUMENT);
 }
 
@@ -70,10 +69,26 @@ INSTANTIATE_TEST_SUITE_P(Unicode, JobNames,
                                          NameCase{"Tag", "a\xF3\xA0\x81\x81", false}),            // U+E0041
                          [](auto const& tested) { return std::string(tested.param.label); });
 
-TEST(JobName, LosesTheSuffixOfItsFile)
+TEST(JobName, LosesTheSuffixOfItsFileOnce)
 {
-    EXPECT_EQ(JobName::Checked("table.zpjob"), "table");
-    EXPECT_EQ(ZuTest::RefusalOf([] { JobName::Checked(".zpjob"); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(JobName("table.zpjob"), JobName("table"));
+    EXPECT_EQ(JobName("table.zpjob").Text(), "table");
+    EXPECT_EQ(JobName("table").FileName(), "table.zpjob");
+    EXPECT_EQ(ZuTest::RefusalOf([] { JobName name(".zpjob"); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(ZuTest::RefusalOf([] { JobName name("table.zpjob.zpjob"); }),
+              (ZuTest::Refusal{Zu::Status::BAD_ARGUMENT,
+                               "'table.zpjob.zpjob' cannot be the name of a job: 1 to 63 bytes of UTF-8, no '/', '\\', "
+                               "'..', control or format character, no dot at the head, and at most one '.zpjob' at the "
+                               "end"}));
+}
+
+TEST(JobName, IsThatOfAFileOnlyWithTheSuffixAndOnce)
+{
+    EXPECT_EQ(JobName::OfFile("table.zpjob"), JobName("table"));
+    EXPECT_EQ(JobName::OfFile("table"), std::nullopt);
+    EXPECT_EQ(JobName::OfFile("table.zpjob.zpjob"), std::nullopt);
+    EXPECT_EQ(JobName::OfFile("table.zpjob.damaged-1"), std::nullopt);
+    EXPECT_EQ(JobName::OfFile(".hidden.zpjob"), std::nullopt);
 }
 
 } // namespace ZuHost
