@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <set>
 #include <sys/stat.h>
 
 namespace ZuHost
@@ -17,6 +18,7 @@ namespace
 
 using Files = ArchiveContents::Files;
 
+constexpr int MAX_SCHEMA_ROWS = 100;     // a known schema has four
 constexpr char const* ENTRIES = "sqlar"; // name required by the format
 constexpr char const* LAST_GOOD = "lastgood";
 // The columns of the tables that `WriteTable` makes.
@@ -55,6 +57,7 @@ bool IsSafeName(std::string_view name)
     return true;
 }
 
+/// The columns of a row of files.
 enum Column
 {
     NAME,
@@ -63,21 +66,30 @@ enum Column
     DATA
 };
 
-/// Whether a row of the schema is a table of an archive or the index of its primary key. The whole text of a table is
-/// compared, so a table with other columns, constraints or computed values is not accepted.
-bool IsKnown(std::string_view type, std::string_view name, std::string_view table, std::string_view sql)
+/// The columns of a row of the schema.
+enum SchemaColumn
 {
-    if (table != ENTRIES && table != LAST_GOOD)
-    {
-        return false;
-    }
-    std::string const tableName(table);
-    if (type == "index")
-    {
-        return name == "sqlite_autoindex_" + tableName + "_1" && sql.empty();
-    }
-    bool const isOurs = sql == "CREATE TABLE " + tableName + std::string(COLUMNS);
-    return type == "table" && name == table && (isOurs || (table == ENTRIES && sql == TABLE_OF_THE_TOOL));
+    TYPE,
+    ITEM,
+    TABLE,
+    SQL
+};
+
+/// Whether a row of the schema is this table of an archive. The whole text is compared, so a table with other columns,
+/// constraints or computed values is not accepted.
+bool IsTable(std::string_view name, SqliteStatement const& row)
+{
+    std::string_view const sql = row.Bytes(SQL);
+    bool const isOurs = sql == "CREATE TABLE " + std::string(name) + std::string(COLUMNS);
+    return row.Bytes(TYPE) == "table" && row.Bytes(ITEM) == name && row.Bytes(TABLE) == name &&
+           (isOurs || (name == ENTRIES && sql == TABLE_OF_THE_TOOL));
+}
+
+/// Whether a row of the schema is the index of the primary key of this table.
+bool IsIndex(std::string_view table, SqliteStatement const& row)
+{
+    return row.Bytes(TYPE) == "index" && row.Bytes(ITEM) == "sqlite_autoindex_" + std::string(table) + "_1" &&
+           row.Bytes(TABLE) == table && row.Bytes(SQL).empty();
 }
 
 /// A folder has no content. A row with content is a file with a damaged mode.
@@ -136,7 +148,7 @@ std::string Archive::FindFault()
 {
     try
     {
-        if (std::string fault = SchemaFault(); !fault.empty())
+        if (std::string fault = ReadSchema().fault; !fault.empty())
         {
             return fault; // before the integrity check, which would run constraints from a foreign schema
         }
@@ -156,18 +168,25 @@ std::string Archive::FindFault()
 
 bool Archive::HasTable() const
 {
-    return HasTable(ENTRIES);
+    return ReadSchema().hasEntries;
 }
 
 ArchiveContents Archive::Read()
 {
     ArchiveContents contents;
-    if (std::string fault = SchemaFault(); !fault.empty())
+    Schema schema = ReadSchema();
+    if (!schema.fault.empty())
     {
-        NoteFault(contents, "", std::move(fault));
+        NoteFault(contents, "", std::move(schema.fault));
     }
-    ReadTable(ENTRIES, contents.entries, contents);
-    ReadTable(LAST_GOOD, contents.lastGood, contents);
+    if (schema.hasEntries)
+    {
+        ReadTable(ENTRIES, contents.entries, contents);
+    }
+    if (schema.hasLastGood)
+    {
+        ReadTable(LAST_GOOD, contents.lastGood, contents);
+    }
     return contents;
 }
 
@@ -186,16 +205,17 @@ std::string Archive::Image() const
 
 void Archive::ReadTable(char const* table, Files& files, ArchiveContents& contents)
 {
-    if (!HasTable(table))
-    {
-        return;
-    }
     try
     {
+        uint64 count = 0;
         uint64 totalBytes = 0;
-        SqliteStatement rows(file, std::string("SELECT name, mode, sz, data FROM ") + table);
+        SqliteStatement rows(file, std::string("SELECT name, mode, sz, data FROM ") + table + " NOT INDEXED");
         while (rows.Step())
         {
+            if (++count > MAX_ROWS)
+            {
+                ZU_THROW(Zu::Status::BAD_FORMAT, "there is too much in it");
+            }
             if (IsFolder(rows))
             {
                 continue;
@@ -244,25 +264,34 @@ void Archive::WriteTable(char const* table, Files const& files)
     }
 }
 
-bool Archive::HasTable(char const* name) const
+Archive::Schema Archive::ReadSchema() const
 {
-    SqliteStatement find(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema WHERE name = ?1");
-    find.BindText(1, name);
-    return find.Step() && IsKnown(find.Bytes(0), find.Bytes(1), find.Bytes(2), find.Bytes(3));
-}
-
-/// Describes a fault of the schema; empty if there is none.
-std::string Archive::SchemaFault() const
-{
-    SqliteStatement rows(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema");
+    Schema schema;
+    std::set<std::string> seen;
+    int count = 0;
+    // "NOT INDEXED": a hostile file can have an index over the schema itself, which hides rows from a reader.
+    SqliteStatement rows(file, "SELECT type, name, tbl_name, sql FROM sqlite_schema NOT INDEXED");
     while (rows.Step())
     {
-        if (!IsKnown(rows.Bytes(0), rows.Bytes(1), rows.Bytes(2), rows.Bytes(3)))
+        bool const isEntries = IsTable(ENTRIES, rows);
+        bool const isLastGood = IsTable(LAST_GOOD, rows);
+        schema.hasEntries = schema.hasEntries || isEntries;
+        schema.hasLastGood = schema.hasLastGood || isLastGood;
+        bool const isKnown = isEntries || isLastGood || IsIndex(ENTRIES, rows) || IsIndex(LAST_GOOD, rows);
+        if (schema.fault.empty() && (!isKnown || !seen.emplace(rows.Bytes(ITEM)).second))
         {
-            return "its schema is that of no archive: '" + Shown(rows.Bytes(1)) + "'";
+            schema.fault = "its schema is that of no archive: '" + Shown(rows.Bytes(ITEM)) + "'";
+        }
+        if (++count == MAX_SCHEMA_ROWS)
+        {
+            break; // there is a fault: a known schema has four rows
         }
     }
-    return file.IsOfLaterFormat() ? "its header has a version that cannot be written" : "";
+    if (schema.fault.empty() && file.IsOfLaterFormat())
+    {
+        schema.fault = "its header has a version that cannot be written";
+    }
+    return schema;
 }
 
 } // namespace ZuHost

@@ -13,6 +13,7 @@ class Archive final
 {
 public:
     static constexpr uint64 MAX_ENTRIES = 1'000;
+    static constexpr uint64 MAX_ROWS = 4'000; ///< of a table: entries, folders, and rows that cannot be read
     static constexpr uint64 MAX_TOTAL_BYTES = 64 * 1024 * 1024; ///< of all entries, before compression
     static constexpr std::size_t MAX_NAME_BYTES = 255;
 
@@ -47,8 +48,15 @@ public:
 private:
     void ReadTable(char const* table, ArchiveContents::Files& files, ArchiveContents& contents);
     void WriteTable(char const* table, ArchiveContents::Files const& files);
-    bool HasTable(char const* name) const;
-    std::string SchemaFault() const;
+    /// The schema, compared text by text with the schemas that the host and the command-line tool write.
+    struct Schema
+    {
+        bool hasEntries = false;  ///< the table of files is there and known
+        bool hasLastGood = false; ///< the same for the last good states
+        std::string fault;        ///< empty if nothing else is there
+    };
+
+    Schema ReadSchema() const;
 
     SqliteFile file;
 };

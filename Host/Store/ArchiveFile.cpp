@@ -225,8 +225,11 @@ Files ArchiveFile::Checked(std::string const& name, std::string_view bytes)
     try
     {
         Archive archive(name, bytes);
-        contents = archive.Read();
-        fault = FaultOf(archive, contents);
+        fault = FaultOf(archive, {}); // before a row is read
+        if (fault.empty())
+        {
+            contents = archive.Read();
+        }
     }
     catch (Zu::Exception const& exception)
     {
@@ -243,7 +246,7 @@ Files ArchiveFile::Checked(std::string const& name, std::string_view bytes)
     if (fault.empty() && !contents.faults.empty())
     {
         auto const& [entry, wrong] = *contents.faults.begin();
-        fault = "'" + entry + "': " + wrong;
+        fault = entry.empty() ? wrong : "'" + entry + "': " + wrong;
     }
     if (!fault.empty())
     {

@@ -5,8 +5,9 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
-#include <memory>
+#include <ctime>
 #include <utility>
 
 namespace ZuHost
@@ -30,7 +31,8 @@ int32 StatusOf(int result)
     case SQLITE_NOTADB:
     case SQLITE_FORMAT:
     case SQLITE_TOOBIG:
-    case SQLITE_ERROR: // all statements are constant: if one fails to compile, the schema differs
+    case SQLITE_INTERRUPT: // by `CheckUsage`
+    case SQLITE_ERROR:     // all statements are constant: if one fails to compile, the schema differs
         return Zu::Status::BAD_FORMAT;
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -40,9 +42,51 @@ int32 StatusOf(int result)
     }
 }
 
+/// No statement of the host needs more. A schema that does is not the host's, and is not even compiled.
+struct Limit
+{
+    int id;
+    int value;
+};
+
+constexpr std::array LIMITS{
+    Limit{SQLITE_LIMIT_LENGTH, SqliteFile::MAX_VALUE_BYTES},
+    Limit{SQLITE_LIMIT_SQL_LENGTH, 1'000},
+    Limit{SQLITE_LIMIT_COLUMN, 16},
+    Limit{SQLITE_LIMIT_EXPR_DEPTH, 10},
+    Limit{SQLITE_LIMIT_COMPOUND_SELECT, 2},
+    Limit{SQLITE_LIMIT_VDBE_OP, 10'000},
+    Limit{SQLITE_LIMIT_FUNCTION_ARG, 8},
+    Limit{SQLITE_LIMIT_ATTACHED, 0},
+    Limit{SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100},
+    Limit{SQLITE_LIMIT_VARIABLE_NUMBER, 8},
+    Limit{SQLITE_LIMIT_TRIGGER_DEPTH, 1},
+    Limit{SQLITE_LIMIT_WORKER_THREADS, 0},
+};
+
+constexpr int OPERATIONS_BETWEEN_CHECKS = 200; // one operation may copy a value of the largest size
+
+uint64 ThreadProcessorUsec()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<uint64>(time.tv_sec) * 1'000'000 + static_cast<uint64>(time.tv_nsec) / 1'000;
+}
+
 } // namespace
 
-SqliteFile::SqliteFile(std::filesystem::path newPath, Access access) : path(std::move(newPath))
+SqliteFile::Call::Call(SqliteFile const& file) : usage(*file.usage)
+{
+    usage.callStartUsec = ThreadProcessorUsec();
+}
+
+SqliteFile::Call::~Call()
+{
+    usage.endedUsec += ThreadProcessorUsec() - usage.callStartUsec;
+}
+
+SqliteFile::SqliteFile(std::filesystem::path newPath, Access access)
+    : path(std::move(newPath)), usage(std::make_unique<Usage>())
 {
     std::error_code error;
     if (access != Access::CREATE &&
@@ -65,7 +109,7 @@ SqliteFile::SqliteFile(std::filesystem::path newPath, Access access) : path(std:
     }
 }
 
-SqliteFile::SqliteFile(std::string const& name, std::string_view bytes) : path(name)
+SqliteFile::SqliteFile(std::string const& name, std::string_view bytes) : path(name), usage(std::make_unique<Usage>())
 {
     try
     {
@@ -94,6 +138,7 @@ SqliteFile::~SqliteFile()
 
 void SqliteFile::Run(char const* statements)
 {
+    Call const call(*this);
     Check(sqlite3_exec(database, statements, nullptr, nullptr, nullptr));
 }
 
@@ -130,7 +175,7 @@ void SqliteFile::Open(char const* name, int flags)
     isWritable = sqlite3_db_readonly(database, "main") == 0; // before anything is read
     Check(sqlite3_extended_result_codes(database, 1));
     Check(sqlite3_busy_timeout(database, BUSY_TIMEOUT_MSEC));
-    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, MAX_VALUE_BYTES);
+    SetLimits();
     // Load as much of a damaged schema as possible, so that the rest of the file can be read. No statement can write
     // the schema, since the database is in defensive mode.
     Run("PRAGMA writable_schema = ON");
@@ -139,7 +184,25 @@ void SqliteFile::Open(char const* name, int flags)
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr));
     Check(sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr));
     Run("PRAGMA cell_size_check = ON");
-    sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr); // may fail on the schema
+    Call const call(*this);
+    sqlite3_exec(database, "SELECT 1 FROM sqlite_schema LIMIT 1", nullptr, nullptr, nullptr); // may fail on the schema
+}
+
+void SqliteFile::SetLimits()
+{
+    for (Limit const& limit : LIMITS)
+    {
+        sqlite3_limit(database, limit.id, limit.value);
+    }
+    sqlite3_progress_handler(database, OPERATIONS_BETWEEN_CHECKS, &SqliteFile::CheckUsage, usage.get());
+}
+
+/// Interrupts the running statement when the time is used up.
+int SqliteFile::CheckUsage(void* usage)
+{
+    auto const& used = *static_cast<Usage const*>(usage);
+    uint64 const callUsec = ThreadProcessorUsec() - used.callStartUsec;
+    return used.endedUsec + callUsec > MAX_PROCESSOR_USEC ? 1 : 0;
 }
 
 std::string SqliteFile::Printable(std::string_view text)
@@ -162,6 +225,11 @@ sqlite3& SqliteFile::Handle() const
 
 void SqliteFile::Fail(int result) const
 {
+    if ((result & 0xFF) == SQLITE_INTERRUPT)
+    {
+        ZU_THROW(StatusOf(result), "The file '%s' cannot be used: reading it takes longer than %llu ms",
+                 path.filename().c_str(), static_cast<unsigned long long>(MAX_PROCESSOR_USEC / 1'000));
+    }
     bool const isLast = database != nullptr && sqlite3_extended_errcode(database) == result;
     std::string const reason = Printable(isLast ? sqlite3_errmsg(database) : sqlite3_errstr(result));
     ZU_THROW(StatusOf(result), "The file '%s' cannot be used: %s", path.filename().c_str(), reason.c_str());

@@ -3,6 +3,7 @@
 #include "wApi/wTypes.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,7 +12,8 @@ struct sqlite3;
 namespace ZuHost
 {
 
-/// An open SQLite database, which may be foreign: triggers and views in it are never run.
+/// An open SQLite database, which may be foreign: triggers and views in it are never run, and all statements together
+/// may use `MAX_PROCESSOR_USEC` of their thread's time. Beyond that the file counts as damaged.
 ///
 /// A transaction survives a power failure. While it runs, a rollback journal lies beside the file; afterwards there is
 /// only the file. If another program holds the file, operations wait up to BUSY_TIMEOUT_MSEC. One thread at a time.
@@ -26,7 +28,8 @@ public:
     };
 
     static constexpr int BUSY_TIMEOUT_MSEC = 5'000;
-    static constexpr int MAX_VALUE_BYTES = 32 * 1024 * 1024;
+    static constexpr int MAX_VALUE_BYTES = 17 * 1024 * 1024; ///< of a row
+    static constexpr uint64 MAX_PROCESSOR_USEC = 2'000'000;  ///< a sound file of the largest size takes less than 0.1 s
 
     /// Throws as `Fail` does, and `Zu::Status::NOT_FOUND` when there is no such file.
     SqliteFile(std::filesystem::path newPath, Access access);
@@ -53,6 +56,9 @@ public:
 
     sqlite3& Handle() const;
 
+    /// Counts the processor time of a call of SQLite, from construction to destruction.
+    class Call;
+
     /// Throws the failure `result` of the last call, with a sentence that names the file: `Zu::Status::BAD_FORMAT` for
     /// a file that is damaged or no database, `Zu::Status::BUSY` for a file that another program holds,
     /// `Zu::Status::FAILURE` for any other reason (a full disk).
@@ -62,11 +68,34 @@ public:
     void Check(int result) const;
 
 private:
+    /// The processor time of the calls on this file.
+    struct Usage
+    {
+        uint64 endedUsec = 0;     ///< of the calls that have ended
+        uint64 callStartUsec = 0; ///< the thread's time at the start of the running call
+    };
+
+    static int CheckUsage(void* usage);
     void Open(char const* name, int flags);
+    void SetLimits();
 
     std::filesystem::path const path;
+    std::unique_ptr<Usage> const usage;
     sqlite3* database = nullptr;
     bool isWritable = false; // according to the file system
+};
+
+class SqliteFile::Call final
+{
+public:
+    explicit Call(SqliteFile const& file);
+    ~Call();
+
+    Call(Call const&) = delete;
+    Call& operator=(Call const&) = delete;
+
+private:
+    Usage& usage;
 };
 
 } // namespace ZuHost

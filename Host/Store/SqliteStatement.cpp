@@ -9,6 +9,7 @@ namespace ZuHost
 
 SqliteStatement::SqliteStatement(SqliteFile const& usedFile, std::string_view text) : file(usedFile)
 {
+    SqliteFile::Call const call(file);
     file.Check(sqlite3_prepare_v2(&file.Handle(), text.data(), static_cast<int>(text.size()), &statement, nullptr));
 }
 
@@ -34,7 +35,10 @@ void SqliteStatement::BindNumber(int parameter, int64 number)
 
 bool SqliteStatement::Step()
 {
-    int const result = sqlite3_step(statement);
+    int const result = [this] {
+        SqliteFile::Call const call(file);
+        return sqlite3_step(statement);
+    }();
     if (result != SQLITE_ROW && result != SQLITE_DONE)
     {
         file.Fail(result);
