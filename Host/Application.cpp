@@ -2,6 +2,7 @@
 
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
+#include "Host/OrderlyStop.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -44,8 +45,10 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     settings.token = token;
     settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
     httpServer.Listen(settings); // first: a port that is taken is told before anything runs
+    OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
+    OrderlyStop::SetStep("reading the job");
     BeginJob();
     LetLoadsRunAlone();
     sensorModule.RequestProcessor().SetUpdateRunner(
@@ -65,9 +68,13 @@ Application::Application(Options const& newOptions, std::string const& token, Da
 
 Application::~Application()
 {
+    OrderlyStop::SetStep("ending the requests of REST clients");
     httpServer.Stop();
-    jobs.Close();      // before anything ends: services that run or are wanted are saved as enabled
+    OrderlyStop::SetStep("saving the job");
+    jobs.Close(); // before anything ends: services that run or are wanted are saved as enabled
+    OrderlyStop::SetStep("ending the attempts to start services");
     startRetry.Stop(); // after the save, which must not wait for a long attempt
+    OrderlyStop::SetStep("ending the scan and the protocols");
     // The module still exists, so it sees the stop. After this no event of the core or the hub reaches it.
     ZU_GUARD_DESTRUCTOR([this] { sensorModule.Core().Close(); });
 }
@@ -87,6 +94,7 @@ void Application::Configure()
 
 std::vector<Application::Listener> Application::Start()
 {
+    OrderlyStop::SetStep("starting the protocols");
     for (std::string const& typeName : heldBack)
     {
         startRetry.Start(typeName);

@@ -4,6 +4,7 @@
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/PluginFiles.h"
 #include "Host/Http/BearerToken.h"
+#include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
@@ -59,19 +60,29 @@ std::string CheckHttp(Options const& options)
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
 {
+    OrderlyStop::SetStep("reading the files of the command line");
     std::string const token = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
     DataFolder const dataFolder(options.dataFolder);
+    OrderlyStop::SetStep("testing the plug-ins");
     // Before the first thread starts, because it forks; and before the log, so that each line is written once.
     auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
 
+    if (OrderlyStop::IsRequested())
+    {
+        return;
+    }
     LogScope const log(options.logLevel);
     failureStatus = EXIT_BROKEN;
     Application application(options, token, dataFolder, std::move(source), plugins);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
+    if (OrderlyStop::IsRequested())
+    {
+        return;
+    }
     for (Application::Listener const& listener : application.Start())
     {
         output << "listening " << listener.name << ' ' << listener.address << '\n';
@@ -101,6 +112,7 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
     try
     {
         Options const options = ParseOptions(words);
+        OrderlyStop::SetLimit(static_cast<uint32>(options.stopLimitSeconds));
         if (options.request == Options::Request::CHECK_PLUGIN)
         {
             return CheckPlugin(options, output, errors);

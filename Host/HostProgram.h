@@ -9,7 +9,7 @@ namespace ZuHost
 {
 
 /// The program without its process: parses the command line, runs the sensor until `waitForStop` returns, and shuts
-/// down in order.
+/// down in order. If a stop is requested during the start (see `OrderlyStop`), the start ends at its next step.
 ///
 /// When all listeners are ready, writes a line for each address and then "ready" to `output`. A failure is one line in
 /// `errors`. Returns the exit status: 0, 1 when the sensor cannot start or run, 2 for bad input.

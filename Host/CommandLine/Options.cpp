@@ -21,6 +21,7 @@ enum OptionCode : int
     HTTP = 256, // above all characters: there are no short options
     KEEP_ALIVE,
     OPERATION_LIMIT,
+    STOP_LIMIT,
     TOKEN,
     DATA,
     JOB,
@@ -41,6 +42,7 @@ constexpr std::array OPTION_TABLE{
     option{"http", required_argument, nullptr, HTTP},
     option{"keep-alive", required_argument, nullptr, KEEP_ALIVE},
     option{"operation-limit", required_argument, nullptr, OPERATION_LIMIT},
+    option{"stop-limit", required_argument, nullptr, STOP_LIMIT},
     option{"token", required_argument, nullptr, TOKEN},
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
@@ -211,6 +213,9 @@ void Apply(int code, std::string const& text, Options& options)
     case OPERATION_LIMIT:
         options.operationLimitSeconds = ParseSeconds("operation-limit", text, Options::MAX_OPERATION_LIMIT_SECONDS);
         break;
+    case STOP_LIMIT:
+        options.stopLimitSeconds = ParseSeconds("stop-limit", text, Options::MAX_STOP_LIMIT_SECONDS);
+        break;
     case RATE:
         options.rateHz = ParseRate(text);
         break;
@@ -303,6 +308,7 @@ std::string HelpText()
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"
            "  --operation-limit SECONDS\n"
            "                       how long an operation on the sensor may take before it is a problem (60)\n"
+           "  --stop-limit SECONDS how long an orderly stop may take before it is given up with status 1 (30)\n"
            "  --rate HZ            profiles per second; 0: as fast as the consumers take them (50)\n"
            "  --start              start scanning at once\n"
            "  --enable TYPE        enable a protocol; may be repeated\n"

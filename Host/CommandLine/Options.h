@@ -52,6 +52,7 @@ struct Options
     static constexpr double MAX_RATE_HZ = 100'000;
     static constexpr uint64 MAX_KEEP_ALIVE_SECONDS = 3600;
     static constexpr uint64 MAX_OPERATION_LIMIT_SECONDS = 86'400;
+    static constexpr uint64 MAX_STOP_LIMIT_SECONDS = 3600;
 
     Request request = Request::RUN;
     std::string httpAddress = "127.0.0.1";               ///< of the REST service
@@ -67,6 +68,7 @@ struct Options
     double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles
     bool start = false;                     ///< scan at once
     uint64 operationLimitSeconds = 60;      ///< a longer operation on the system is a problem
+    uint64 stopLimitSeconds = 30;           ///< a stop that takes longer is given up
     std::vector<std::string> enabledTypes;  ///< protocols to enable, in this order
     std::vector<ParameterSetting> settings; ///< in the order given
     LogLevel logLevel = LogLevel::INFO;

@@ -33,6 +33,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_TRUE(options.replayFile.empty());
     EXPECT_EQ(options.keepAliveSeconds, 15u);
     EXPECT_EQ(options.operationLimitSeconds, 60u);
+    EXPECT_EQ(options.stopLimitSeconds, 30u);
     EXPECT_EQ(options.rateHz, 50);
     EXPECT_FALSE(options.start);
     EXPECT_TRUE(options.enabledTypes.empty());
@@ -42,13 +43,34 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
 
 TEST(Options, ReadsEveryOption)
 {
-    Options const options =
-        Parse({"--http",      "0.0.0.0:80",   "--token",         "secret",    "--data",
-               "d",           "--job",        "line 3",          "--plugins", "a",
-               "--plugins=b", "--deployment", "virtual-brackle", "--replay",  "x.pcd",
-               "--rate",      "0.5",          "--keep-alive",    "2",         "--operation-limit=90",
-               "--start",     "--enable",     "ModbusTcp",       "--enable",  "AsciiTcp",
-               "--log=error"});
+    Options const options = Parse({"--http",
+                                   "0.0.0.0:80",
+                                   "--token",
+                                   "secret",
+                                   "--data",
+                                   "d",
+                                   "--job",
+                                   "line 3",
+                                   "--plugins",
+                                   "a",
+                                   "--plugins=b",
+                                   "--deployment",
+                                   "virtual-brackle",
+                                   "--replay",
+                                   "x.pcd",
+                                   "--rate",
+                                   "0.5",
+                                   "--keep-alive",
+                                   "2",
+                                   "--operation-limit=90",
+                                   "--stop-limit",
+                                   "5",
+                                   "--start",
+                                   "--enable",
+                                   "ModbusTcp",
+                                   "--enable",
+                                   "AsciiTcp",
+                                   "--log=error"});
 
     EXPECT_EQ(options.httpAddress, "0.0.0.0");
     EXPECT_EQ(options.httpPort, 80);
@@ -60,6 +82,7 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.replayFile, "x.pcd");
     EXPECT_EQ(options.keepAliveSeconds, 2u);
     EXPECT_EQ(options.operationLimitSeconds, 90u);
+    EXPECT_EQ(options.stopLimitSeconds, 5u);
     EXPECT_EQ(options.rateHz, 0.5);
     EXPECT_TRUE(options.start);
     EXPECT_EQ(options.enabledTypes, (std::vector<std::string>{"ModbusTcp", "AsciiTcp"}));
@@ -112,9 +135,9 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name :
-         {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment", "--replay", "--rate",
-          "--keep-alive", "--operation-limit", "--start", "--enable", "--param", "--log", "--help", "--version"})
+    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment",
+                             "--replay", "--rate", "--keep-alive", "--operation-limit", "--stop-limit", "--start",
+                             "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }

@@ -1,0 +1,160 @@
+"""Hostile job files and job names, and a stop that does not end: the host refuses, stays healthy and ends within its bounds."""
+
+import os
+import pathlib
+import signal
+import sqlite3
+import subprocess
+import tempfile
+import threading
+import time
+import unittest
+
+import hostile_jobs
+from ascii_client import AsciiClient
+from host import BIN, PATIENCE, Host, wait_until
+from rest import RestClient
+
+MEMORY_MIB = 256  # the most that the host may ever use
+SLACK = float(os.environ.get("ZU_SLACK", "0"))
+CHECKS_MEMORY = os.environ.get("ZU_MEMORY_MIB", "64") == "64"  # a sanitizer keeps what is freed, and a shadow of it
+ENDLESS = {"slow check": hostile_jobs.slow_check, "hidden check": hostile_jobs.hidden_check,
+           "endless rows": hostile_jobs.endless_rows, "endless schema": hostile_jobs.endless_schema}
+
+
+def peak_memory(process):
+    """MiB, the most so far."""
+    text = pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
+    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("VmHWM:")) / 1024
+
+
+class Health:
+    """Asks for /health again and again while the body of the `with` runs, and keeps the longest time of an answer."""
+
+    def __init__(self, host):
+        self.port = host.http_port
+        self.longest = 0.0
+        self.failure = None
+        self.is_ending = threading.Event()
+        self.thread = threading.Thread(target=self._ask)
+
+    def __enter__(self):
+        self.thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self.is_ending.set()
+        self.thread.join()
+
+    def _ask(self):
+        try:
+            with RestClient(self.port) as rest:
+                while not self.is_ending.wait(0.02):
+                    start = time.monotonic()
+                    if rest.get("/health").status != 200:
+                        raise AssertionError("the host is not healthy")
+                    self.longest = max(self.longest, time.monotonic() - start)
+        except Exception as failure:
+            self.failure = failure
+
+
+class HostileFiles(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.data = pathlib.Path(scratch.name)
+
+    def check(self, host, health):
+        self.assertIsNone(health.failure)
+        self.assertLess(health.longest, 1 + SLACK)
+        if CHECKS_MEMORY:
+            self.assertLess(peak_memory(host.process), MEMORY_MIB)
+
+    def test_an_endless_file_is_refused_as_an_upload(self):
+        with Host() as host, RestClient(host.http_port) as rest, Health(host) as health:
+            for name, make in ENDLESS.items():
+                with self.subTest(name):
+                    start = time.monotonic()
+                    answer = rest.put("/jobs/hostile", make())
+                    print(f"{name}: {time.monotonic() - start:.2f} s", flush=True)
+                    self.assertEqual(answer.status, 400, answer.text)
+                    self.assertIn("What was sent is no job: ", answer.text)
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            self.check(host, health)
+
+    def test_an_endless_file_in_the_folder_can_be_loaded_by_nobody_and_deleted(self):
+        with Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", data=self.data) as host:
+            with RestClient(host.http_port) as rest, AsciiClient(host.ports["AsciiTcp"]) as plc, Health(host) as health:
+                for name, make in ENDLESS.items():
+                    with self.subTest(name):
+                        (self.data / "hostile.zpjob").write_bytes(make())
+                        self.assertEqual(rest.post("/jobs/hostile/load").status, 400)
+                        self.assertEqual(plc.run("LOAD hostile"), "FAILED")
+                        self.assertEqual(rest.send("DELETE", "/jobs/hostile").status, 204)
+                self.check(host, health)
+
+    def test_a_host_starts_with_an_endless_file_and_keeps_it(self):
+        for name, make in ENDLESS.items():
+            with self.subTest(name):
+                (self.data / "default.zpjob").write_bytes(make())
+                with Host(data=self.data) as host, RestClient(host.http_port) as rest:
+                    texts = [problem["text"] for problem in rest.get("/problems").json["problems"]]
+                    self.assertTrue(any("The job 'default' cannot be loaded" in text for text in texts), texts)
+                kept = sorted(self.data.glob("*.damaged-*"))
+                self.assertEqual([file.read_bytes() for file in kept], [make()])
+                kept[0].unlink()
+
+
+class Stop(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.data = pathlib.Path(scratch.name)
+
+    def start_until_the_token_is_read(self, *arguments):
+        """Starts the host with a pipe as the file of its token. Returns the process and the pipe, which the host reads."""
+        pipe = self.data / "token"
+        os.mkfifo(pipe)
+        process = subprocess.Popen([str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", "--data", str(self.data / "data"),
+                                    "--token", str(pipe), *arguments],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        return process, open(pipe, "w", encoding="ascii")  # returns when the host has opened the other end
+
+    def test_a_signal_during_the_start_ends_the_start(self):
+        process, pipe = self.start_until_the_token_is_read()
+        process.send_signal(signal.SIGTERM)
+        with pipe:
+            pipe.write("0123456789abcdef")
+        self.assertEqual(process.wait(PATIENCE), 0)
+        self.assertNotIn("ready", process.stdout.read())
+
+    def test_a_start_that_hangs_ends_behind_a_signal_with_a_line_that_says_where(self):
+        process, pipe = self.start_until_the_token_is_read("--stop-limit", "1")
+        with pipe:
+            process.send_signal(signal.SIGTERM)
+            try:
+                status = process.wait(PATIENCE)
+            finally:
+                process.kill()
+        self.assertEqual(status, 1)
+        self.assertEqual(process.stderr.read(), "zucontrol-host: the stop has not ended within its limit: it hangs while reading "
+                                                "the files of the command line\n")
+
+    def test_a_stop_that_hangs_is_given_up_with_a_line_that_says_where(self):
+        host = Host("--stop-limit", "1", data=self.data)
+        host.__enter__()
+        with RestClient(host.http_port) as rest:
+            self.assertEqual(rest.put("/controls/ModbusTcp", {"parameters": {"maxClients": 7}}).status, 200)
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            with sqlite3.connect(self.data / "default.zpjob", isolation_level=None) as other:
+                other.execute("BEGIN EXCLUSIVE")  # for longer than the limit
+                self.assertEqual(rest.put("/controls/ModbusTcp", {"parameters": {"maxClients": 9}}).status, 200)
+                self.assertEqual(host.stop(), 1)
+            other.close()
+        self.assertIn("zucontrol-host: the stop has not ended within its limit: it hangs while saving the job", host.log())
+
+
+if __name__ == "__main__":
+    unittest.main()
