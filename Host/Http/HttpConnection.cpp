@@ -3,9 +3,8 @@
 #include "Host/Http/AnswerHead.h"
 #include "Host/Http/EventBuffer.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wTypes.h"
-#include "wApi/wStatus.h"
 #include "wApi/wTime.h"
+#include "wApi/wTypes.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/error.hpp>
