@@ -149,7 +149,7 @@ void JobManager::Load(JobName const& name)
         LoadAlone(name);
     };
     runAlone ? runAlone(load) : load();
-    listChangedEvent.Fire();
+    listChangedSignal.Fire();
 }
 
 std::string JobManager::LoadedJob()
@@ -188,7 +188,7 @@ void JobManager::SaveAs(JobName const& name)
             job->file.CopyTo(folder.JobFile(name));
         }
     }
-    listChangedEvent.Fire();
+    listChangedSignal.Fire();
 }
 
 std::string JobManager::Download(JobName const& name)
@@ -211,7 +211,7 @@ bool JobManager::Upload(JobName const& name, std::string const& bytes)
         isNew = !file.Exists();
         file.Replace(files);
     }
-    listChangedEvent.Fire();
+    listChangedSignal.Fire();
     return isNew;
 }
 
@@ -230,7 +230,7 @@ void JobManager::Remove(JobName const& name)
         }
         folder.Remove(folder.JobFile(name));
     }
-    listChangedEvent.Fire();
+    listChangedSignal.Fire();
 }
 
 LoadReport JobManager::Report(JobName const& name)
@@ -244,9 +244,9 @@ LoadReport JobManager::Report(JobName const& name)
     return *lastReport;
 }
 
-Zu::Event<>& JobManager::ListChangedEvent()
+Zu::Signal<>& JobManager::ListChangedSignal()
 {
-    return listChangedEvent;
+    return listChangedSignal;
 }
 
 void JobManager::BeginSettings()

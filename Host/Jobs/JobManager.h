@@ -109,7 +109,7 @@ public:
     LoadReport Report(JobName const& name);
 
     /// Fires after each change of the list and each load, on the thread that made it. Handlers may call `List`.
-    Zu::Event<>& ListChangedEvent();
+    Zu::Signal<>& ListChangedSignal();
 
 private:
     using Files = ArchiveContents::Files;
@@ -165,7 +165,7 @@ private:
     StartRetry& startRetry;
     DataFolder const& folder;
     AloneRunner runAlone;
-    Zu::Event<> listChangedEvent;
+    Zu::Signal<> listChangedSignal;
 
     // The modification count that the last save covers; `NEVER_SAVED` before. Written under operationLock, read by
     // `List`.

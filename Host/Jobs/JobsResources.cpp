@@ -2,7 +2,6 @@
 
 #include "Host/Jobs/JobManager.h"
 #include "ZuRest/ResourceRouter.h"
-#include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -29,19 +28,14 @@ JobsResources::JobsResources(ZuRest::ResourceRouter& usedRouter, JobManager& use
     router.Register("/jobs/:name/load", load);
     router.Register("/jobs/:name/save", save);
     router.Register("/jobs/:name/report", report);
-    changeId = manager.ListChangedEvent().Add([this] { TellOfChange(); });
+    changes = manager.ListChangedSignal().Subscribe(
+        [this] { list.NotificationEvent().Fire(list, ZuRest::EventType::CHANGED, "/jobs"); });
 }
 
 JobsResources::~JobsResources()
 {
-    manager.ListChangedEvent().Remove(changeId);
+    changes.End();
     router.Deregister("/jobs", true);
-}
-
-void JobsResources::TellOfChange()
-{
-    Zu::MutexLock const guard(notificationLock);
-    list.NotificationEvent().Fire(list, ZuRest::EventType::CHANGED, "/jobs");
 }
 
 } // namespace ZuHost

@@ -4,8 +4,7 @@
 #include "Host/Jobs/JobListResource.h"
 #include "Host/Jobs/JobReportResource.h"
 #include "Host/Jobs/JobResource.h"
-#include "ZuApi/Event.h"
-#include "wApi/wMutex.h"
+#include "ZuApi/Signal.h"
 
 namespace ZuRest
 {
@@ -27,8 +26,6 @@ public:
     JobsResources& operator=(JobsResources const&) = delete;
 
 private:
-    void TellOfChange();
-
     ZuRest::ResourceRouter& router;
     JobManager& manager;
 
@@ -38,8 +35,7 @@ private:
     JobCommandResource save;
     JobReportResource report;
 
-    Zu::Mutex notificationLock; // held while the list's notification fires, because several threads change jobs
-    Zu::Event<>::CallbackId changeId;
+    Zu::Subscription changes; // of the list
 };
 
 } // namespace ZuHost

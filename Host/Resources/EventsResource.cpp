@@ -6,8 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <functional>
-
 namespace ZuHost
 {
 
@@ -16,15 +14,12 @@ using ZuRest::IResource;
 
 EventsResource::EventsResource() = default;
 
-EventsResource::~EventsResource()
-{
-    gate.Close();
-}
+EventsResource::~EventsResource() = default;
 
 void EventsResource::ListenTo(IResource& resource)
 {
-    resource.NotificationEvent().Add(gate.Bind(
-        std::function([this](IResource& /*source*/, EventType type, std::string const& path) { Tell(type, path); })));
+    subscriptions.push_back(resource.NotificationEvent().Subscribe(
+        [this](IResource& /*source*/, EventType type, std::string const& path) { Tell(type, path); }));
 }
 
 ZuRest::IStreamableResource* EventsResource::StreamableProvider()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/CallbackGate.h"
+#include "ZuApi/Signal.h"
 #include "ZuRest/ResourceBase.h"
 #include "ZuRest/StreamResourceBase.h"
 #include "wApi/wMutex.h"
@@ -8,6 +8,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace ZuHost
 {
@@ -38,7 +39,7 @@ private:
     uint32 nextId ZU_GUARDED_BY(lock) = 0;
     std::map<uint32, ZuRest::IStreamReceiver*> receivers ZU_GUARDED_BY(lock);
 
-    Zu::CallbackGate gate; // last: its destructor ends the calls first
+    std::vector<Zu::Subscription> subscriptions; // last: its destructor ends the calls first
 };
 
 } // namespace ZuHost

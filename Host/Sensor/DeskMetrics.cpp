@@ -1,6 +1,6 @@
 #include "Host/Sensor/DeskMetrics.h"
 
-#include "wApi/wMutex.h"
+#include <utility>
 
 namespace ZuHost
 {
@@ -41,15 +41,8 @@ ZuCommon::IMetricsSource const& DeskMetricsReporter::LastReport()
 
 DeskMetricsReporter::CallbackId DeskMetricsReporter::AddReportHandler(ReportHandler handler)
 {
-    CallbackId id;
-    bool isFirst = false;
-    {
-        Zu::MutexLock const guard(lock);
-        bool const wasEmpty = reported.Empty();
-        id = reported.Add(std::move(handler));
-        isFirst = wasEmpty && !reported.Empty();
-    }
-    if (isFirst)
+    CallbackId const id = reported.Add(std::move(handler));
+    if (id.second && !isStarted.exchange(true))
     {
         timer.Start(periodUsec, false);
     }
@@ -58,10 +51,7 @@ DeskMetricsReporter::CallbackId DeskMetricsReporter::AddReportHandler(ReportHand
 
 void DeskMetricsReporter::RemoveReportHandler(CallbackId id)
 {
-    // The timer keeps running: stopping it here would race with a handler that is being added, and a tick without
-    // handlers is cheap.
-    Zu::MutexLock const guard(lock);
-    reported.Remove(id);
+    reported.Remove(id); // the timer keeps running: a tick without handlers is cheap
 }
 
 DeskMetrics& DeskMetricsReporter::Metrics()
@@ -71,7 +61,6 @@ DeskMetrics& DeskMetricsReporter::Metrics()
 
 void DeskMetricsReporter::Report()
 {
-    Zu::MutexLock const guard(lock);
     reported.Fire(metrics);
 }
 

@@ -4,7 +4,8 @@
 #include "ZuApi/AsyncTimer.h"
 #include "ZuApi/Structure.h"
 #include "ZuCommon/Metrics.h"
-#include "wApi/wMutex.h"
+
+#include <atomic>
 
 namespace ZuHost
 {
@@ -59,9 +60,9 @@ private:
     uint64 const periodUsec;
     DeskMetrics metrics;
 
-    Zu::RecursiveMutex lock; // held while handlers run
-    Zu::Event<ZuCommon::IMetricsSource const&> reported ZU_GUARDED_BY(lock);
-    Zu::AsyncTimer timer; // last: its callback uses all members above
+    Zu::Event<ZuCommon::IMetricsSource const&> reported;
+    std::atomic<bool> isStarted{false}; // publishes nothing
+    Zu::AsyncTimer timer;               // last: its callback uses all members above
 };
 
 } // namespace ZuHost

@@ -5,8 +5,25 @@
 #include "wApi/wMutex.h"
 #include "wApi/wObject.h"
 
+#include <utility>
+
 namespace ZuCore
 {
+
+namespace
+{
+
+/// `handler` with its exceptions logged. An empty function stays empty.
+ResultHub::Handler Guarded(ResultHub::Handler handler)
+{
+    if (!handler)
+    {
+        return {};
+    }
+    return [inner = std::move(handler)](void* set) { ZU_GUARD_BOUNDARY([&] { inner(set); }); };
+}
+
+} // namespace
 
 ResultHub::ResultHub(bool syncHandlersWanted) : syncWanted(syncHandlersWanted)
 {
@@ -38,7 +55,7 @@ bool ResultHub::ShouldUseSyncHandler() const
 
 ResultHub::CallbackId ResultHub::AddResultHandler(Handler handler)
 {
-    return syncHandlers.Add(std::move(handler));
+    return syncHandlers.Add(Guarded(std::move(handler)));
 }
 
 void ResultHub::RemoveResultHandler(CallbackId const& id)
@@ -49,7 +66,7 @@ void ResultHub::RemoveResultHandler(CallbackId const& id)
 ResultHub::CallbackId ResultHub::AddAsyncResultHandler(Handler handler)
 {
     StartThread();
-    return asyncHandlers.Add(std::move(handler));
+    return asyncHandlers.Add(Guarded(std::move(handler)));
 }
 
 void ResultHub::RemoveAsyncResultHandler(CallbackId const& id)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuCore/ResultHandlers.h"
+#include "ZuApi/Event.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wExport.h"
 #include "wApi/wMutex.h"
@@ -14,8 +14,8 @@ namespace ZuCore
 /// Distributes the result sets of the scan pipeline to handlers.
 ///
 /// Synchronous handlers run on the publishing thread. Asynchronous handlers run on the hub's thread "ResultHub", which
-/// starts when the first of them is added. A handler gets the `ResultSet` as a `void*`, borrowed for the call. The
-/// calls of one handler do not overlap, even if several threads publish. An exception of a handler is logged, and the
+/// starts when the first of them is added. A handler gets the `ResultSet` as a `void*`, borrowed for the call. If
+/// several threads publish, they call a synchronous handler concurrently. An exception of a handler is logged, and the
 /// other handlers still run.
 ///
 /// Any thread may publish, add and remove. Removing a handler waits for a call on another thread, so it must not be
@@ -24,8 +24,8 @@ namespace ZuCore
 class ZUPLATFORM_API ResultHub
 {
 public:
-    using Handler = ResultHandlers::Handler;
-    using CallbackId = ResultHandlers::CallbackId;
+    using Handler = Zu::Event<void*>::Handler;
+    using CallbackId = Zu::Event<void*>::CallbackId;
 
     /// The number of sets that may wait for the asynchronous handlers; beyond it the oldest set is dropped.
     static constexpr uint64 MAX_PENDING_SETS = 1024;
@@ -62,8 +62,8 @@ private:
     ResultSet TakeOldest() ZU_REQUIRES(queueLock);
 
     bool const syncWanted;
-    ResultHandlers syncHandlers;
-    ResultHandlers asyncHandlers;
+    Zu::Event<void*> syncHandlers;
+    Zu::Event<void*> asyncHandlers;
 
     mutable Zu::Mutex queueLock; // a leaf: no other lock is taken under it
     Zu::CondVar queueChanged;

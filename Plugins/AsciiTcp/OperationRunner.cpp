@@ -1,7 +1,6 @@
 #include "Plugins/AsciiTcp/OperationRunner.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/Guard.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 
 namespace AsciiTcp
@@ -10,22 +9,14 @@ namespace AsciiTcp
 OperationRunner::OperationRunner(ZuControl::ControlProtocolOperations& usedOperations,
                                  ZuControl::ZuEthernetProtocol ownProtocol,
                                  std::function<void(uint64 ticket, bool isDone)> whenEnded)
-    : operations(usedOperations), protocol(ownProtocol)
 {
-    auto const handler = [this, whenEnded = std::move(whenEnded)](int status) {
+    ends = usedOperations.SubscribeToOperationEnd(ownProtocol, [this, whenEnded = std::move(whenEnded)](int status) {
         uint64 const ticket = ticketInFlight.exchange(0);
         if (ticket != 0) // a scanner may report an alignment twice
         {
             whenEnded(ticket, status == Zu::Status::SUCCESS);
         }
-    };
-    handlerId = operations.AddOpEndEventHandler(protocol, gate.Bind(std::function<void(int)>(handler)));
-}
-
-OperationRunner::~OperationRunner()
-{
-    ZU_GUARD_DESTRUCTOR([this] { operations.RemoveOpEndEventHandler(protocol, handlerId); });
-    gate.Close(); // RemoveOpEndEventHandler does not wait for a running handler
+    });
 }
 
 uint64 OperationRunner::Begin(std::function<void()> const& start)

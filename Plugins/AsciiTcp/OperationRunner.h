@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ZuApi/CallbackGate.h"
-#include "ZuApi/Event.h"
+#include "ZuApi/Signal.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "wApi/wTypes.h"
 
@@ -25,7 +24,7 @@ public:
     /// `operations` outlives the object. `whenEnded` gets the ticket of the operation and whether it succeeded.
     OperationRunner(ZuControl::ControlProtocolOperations& usedOperations, ZuControl::ZuEthernetProtocol ownProtocol,
                     std::function<void(uint64 ticket, bool isDone)> whenEnded);
-    ~OperationRunner(); ///< no end is reported any more
+    ~OperationRunner() = default; ///< no end is reported any more
     OperationRunner(OperationRunner const&) = delete;
     OperationRunner& operator=(OperationRunner const&) = delete;
 
@@ -35,12 +34,9 @@ public:
     uint64 Begin(std::function<void()> const& start);
 
 private:
-    ZuControl::ControlProtocolOperations& operations;
-    ZuControl::ZuEthernetProtocol const protocol;
     uint64 lastTicket = 0;                 // used by the thread that calls `Begin`
     std::atomic<uint64> ticketInFlight{0}; // 0 for none; the thread that exchanges it for 0 reports the end
-    Zu::CallbackGate gate;
-    Zu::Event<int>::CallbackId handlerId;
+    Zu::Subscription ends;                 // last, so that its destructor waits for a report first
 };
 
 } // namespace AsciiTcp

@@ -58,7 +58,9 @@ ControlInstance::~ControlInstance()
     {
         metrics.ClearProtocol();
     }
-    protocolHandlersGate.Close(); // waits for running handlers; a failed removal is harmless
+    paramsSubscription.End(); // waits for running handlers; a failed removal is harmless
+    statusSubscription.End();
+    outputsSubscription.End();
     ZU_GUARD_DESTRUCTOR([this] { EndResultDelivery(); });
 }
 
@@ -475,13 +477,12 @@ void ControlInstance::RegisterProblem(char const* format, char const* text)
 
 void ControlInstance::AddProtocolHandlers()
 {
-    Zu::SharedCallbackGate const& gate = protocolHandlersGate;
-    paramsHandlerId = protocol->AddParamsInternalUpdateEventHandler(
-        gate.Bind(std::function<void(bool)>([this](bool notify) { ProtocolParamsInternalUpdateHandler(notify); })));
-    statusHandlerId = protocol->AddProtocolStatusUpdateEventHandler(gate.Bind(std::function<void(ProtocolStatus)>(
-        [this](ProtocolStatus newStatus) { ProtocolStatusUpdateHandler(newStatus); })));
-    outputsHandlerId = protocol->AddOutputsInternalUpdateEventHandler(
-        gate.Bind(std::function<void(bool)>([this](bool notify) { ProtocolOutputsInternalUpdateHandler(notify); })));
+    paramsHandlerId = protocol->AddParamsInternalUpdateEventHandler(paramsSubscription.Bind(
+        std::function<void(bool)>([this](bool notify) { ProtocolParamsInternalUpdateHandler(notify); })));
+    statusHandlerId = protocol->AddProtocolStatusUpdateEventHandler(statusSubscription.Bind(
+        std::function<void(ProtocolStatus)>([this](ProtocolStatus changed) { ProtocolStatusUpdateHandler(changed); })));
+    outputsHandlerId = protocol->AddOutputsInternalUpdateEventHandler(outputsSubscription.Bind(
+        std::function<void(bool)>([this](bool notify) { ProtocolOutputsInternalUpdateHandler(notify); })));
 }
 
 void ControlInstance::RemoveProtocolHandlers()

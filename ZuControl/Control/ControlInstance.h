@@ -146,9 +146,10 @@ private:
     mutable Zu::Mutex failedStartsLock; // a leaf
     ControlVitals::FailedStarts failedStarts ZU_GUARDED_BY(failedStartsLock);
 
-    // Last, so that it closes first. Shared, so that handlers may run beside each other: they call the host, which
-    // takes locks.
-    Zu::SharedCallbackGate protocolHandlersGate;
+    // Needed beside the ids: a protocol of a plug-in may fail to remove a handler. Last, so that they end first.
+    Zu::Subscription paramsSubscription;
+    Zu::Subscription statusSubscription;
+    Zu::Subscription outputsSubscription;
 };
 
 } // namespace ZuControl

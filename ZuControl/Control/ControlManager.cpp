@@ -266,39 +266,26 @@ void ControlManager::HookUp()
         registered = true;
     }
     WatchInstances();
-    scanStartStopEvent = environ.scanStartStopEvent;
-    if (scanStartStopEvent != nullptr)
+    if (environ.scanStartStopEvent != nullptr)
     {
-        scanStartStopHandlerId = scanStartStopEvent->Add(scanStartStopGate.Bind(
-            std::function<void(bool)>([this](bool started) { LiveStartStopScanEventHandler(started); })));
+        scanStartStopSubscription =
+            environ.scanStartStopEvent->Subscribe([this](bool started) { LiveStartStopScanEventHandler(started); });
     }
-    factoryRestoreEvent = environ.factoryRestoreEvent;
-    if (factoryRestoreEvent != nullptr)
+    if (environ.factoryRestoreEvent != nullptr)
     {
-        factoryRestoreHandlerId = factoryRestoreEvent->Add(
-            factoryRestoreGate.Bind(std::function<void()>([this] { FactoryRestoreEventHandler(); })));
+        factoryRestoreSubscription = environ.factoryRestoreEvent->Subscribe([this] { FactoryRestoreEventHandler(); });
     }
 }
 
 void ControlManager::Unhook(char const* label) noexcept
 {
-    constexpr char const* TEXT = "Exception thrown in destructor";
     if (registered)
     {
-        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
+        Zu::GuardStep(__LINE__, __FILE__, label, "Exception thrown in destructor",
                       [this] { environ.persistRegistry->Deregister(persistHandlerId); });
     }
-    if (scanStartStopEvent != nullptr && scanStartStopHandlerId.second)
-    {
-        Zu::GuardStep(__LINE__, __FILE__, label, TEXT, [this] { scanStartStopEvent->Remove(scanStartStopHandlerId); });
-    }
-    if (factoryRestoreEvent != nullptr && factoryRestoreHandlerId.second)
-    {
-        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
-                      [this] { factoryRestoreEvent->Remove(factoryRestoreHandlerId); });
-    }
-    scanStartStopGate.Close();
-    factoryRestoreGate.Close();
+    scanStartStopSubscription.End(); // the host may fire on another thread meanwhile
+    factoryRestoreSubscription.End();
 }
 
 void ControlManager::WatchInstances()

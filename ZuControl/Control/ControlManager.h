@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuApi/SharedCallbackGate.h"
 #include "ZuControl/Control/ControlDataCache.h"
 #include "ZuControl/Control/ControlHardwareManager.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
@@ -105,14 +104,8 @@ private:
     bool registered = false;
     uint64 persistHandlerId = 0;
     Zu::Event<PersistenceLoadOpState> persistenceLoadEvent;
-    Zu::Event<bool>* scanStartStopEvent = nullptr;
-    Zu::Event<>* factoryRestoreEvent = nullptr;
-    Zu::Event<bool>::CallbackId scanStartStopHandlerId;
-    Zu::Event<>::CallbackId factoryRestoreHandlerId;
-
-    // The host may fire on another thread while the manager is destroyed.
-    Zu::SharedCallbackGate scanStartStopGate;
-    Zu::SharedCallbackGate factoryRestoreGate;
+    Zu::Subscription scanStartStopSubscription; // of the host's events
+    Zu::Subscription factoryRestoreSubscription;
 };
 
 } // namespace ZuControl

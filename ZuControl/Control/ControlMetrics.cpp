@@ -70,27 +70,21 @@ ControlMetrics::CallbackId ControlMetrics::AddReportHandler(ReportHandler handle
 
 void ControlMetrics::RemoveReportHandler(CallbackId id, std::string const& key)
 {
-    // Keeps the handler until the lock is released: its destructor may call this class.
-    auto const ending = id.first.lock();
+    auto const event = EventOf(key);
+    if (event == nullptr)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT);
+    }
+    event->Remove(id); // may wait, so the lock is not held
     bool isLast = false;
-    std::unique_ptr<Zu::CallbackGate> gate;
     {
         Zu::Locker const guard(lock);
-        auto const position = reportHandlers.find(key);
-        if (position == reportHandlers.end())
-        {
-            ZU_THROW(Zu::Status::BAD_ARGUMENT);
-        }
-        gate = TakeOut(position->second, id);
-        if (position->second.event->Empty())
+        auto const position = reportHandlers.find(key); // again: other threads may subscribe and leave meanwhile
+        if (position != reportHandlers.end() && position->second->Empty())
         {
             reportHandlers.erase(position);
         }
         isLast = reportHandlers.empty();
-    }
-    if (gate != nullptr)
-    {
-        gate->Close();
     }
     if (isLast)
     {
@@ -152,8 +146,6 @@ void ControlMetrics::TakeFirstSnapshots()
 
 ControlMetrics::CallbackId ControlMetrics::Subscribe(ReportHandler handler, std::string const& key)
 {
-    auto gate = std::make_unique<Zu::CallbackGate>();
-    ReportHandler gated = gate->Bind(std::move(handler));
     Zu::Locker const guard(lock);
     auto position = reportHandlers.find(key);
     if (position == reportHandlers.end())
@@ -163,14 +155,9 @@ ControlMetrics::CallbackId ControlMetrics::Subscribe(ReportHandler handler, std:
         {
             StartReporting();
         }
-        position = reportHandlers.try_emplace(key).first; // also for an empty handler
+        position = reportHandlers.emplace(key, std::make_shared<ReportEvent>()).first; // also for an empty handler
     }
-    CallbackId const id = position->second.event->Add(std::move(gated));
-    if (id.second)
-    {
-        position->second.gates.emplace(id.first, std::move(gate));
-    }
-    return id;
+    return position->second->Add(std::move(handler));
 }
 
 void ControlMetrics::StartReporting()
@@ -214,21 +201,15 @@ std::vector<std::pair<std::string, std::shared_ptr<ControlMetrics::ReportEvent>>
 ControlMetrics::SubscribedEvents() const
 {
     Zu::Locker const guard(lock);
-    std::vector<std::pair<std::string, std::shared_ptr<ReportEvent>>> events;
-    events.reserve(reportHandlers.size());
-    for (auto const& [key, subscribers] : reportHandlers)
-    {
-        events.emplace_back(key, subscribers.event);
-    }
-    return events;
+    return {reportHandlers.begin(), reportHandlers.end()};
 }
 
-/// Removes the handler from the event. Returns its gate, or null for an unknown handler.
-std::unique_ptr<Zu::CallbackGate> ControlMetrics::TakeOut(Subscribers& subscribers, CallbackId const& id)
+/// The event of a subscribed type, or null.
+std::shared_ptr<ControlMetrics::ReportEvent> ControlMetrics::EventOf(std::string const& key) const
 {
-    subscribers.event->Remove(id);
-    auto gate = subscribers.gates.extract(id.first);
-    return gate.empty() ? nullptr : std::move(gate.mapped());
+    Zu::Locker const guard(lock);
+    auto const position = reportHandlers.find(key);
+    return position != reportHandlers.end() ? position->second : nullptr;
 }
 
 uint64 ControlMetrics::ChangeReportInterval(uint64 newIntervalUsec)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ZuApi/AsyncTimer.h"
-#include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
 #include "ZuCommon/Metrics.h"
 #include "ZuControl/Control/MetricsPulse.h"
@@ -79,13 +78,6 @@ private:
     using Source = ZuCommon::IMetricsSource;
     using ReportEvent = Zu::Event<Source const&>;
 
-    /// The handlers of one type. The event is shared with the report that fires it.
-    struct Subscribers
-    {
-        std::shared_ptr<ReportEvent> event = std::make_shared<ReportEvent>();
-        std::map<std::weak_ptr<void>, std::unique_ptr<Zu::CallbackGate>, std::owner_less<>> gates; // by id.first
-    };
-
     void UpdateMetrics();
     void DispatchReports();
     std::vector<std::pair<std::string, std::shared_ptr<ReportEvent>>> SubscribedEvents() const;
@@ -94,7 +86,7 @@ private:
     void StartReporting() ZU_REQUIRES(lock);
     void StopReporting();
     MetricsRecord& RecordOf(std::string const& key);
-    static std::unique_ptr<Zu::CallbackGate> TakeOut(Subscribers& subscribers, CallbackId const& id);
+    std::shared_ptr<ReportEvent> EventOf(std::string const& key) const;
     uint64 ChangeReportInterval(uint64 newIntervalUsec);
     uint64 ChangeUpdateInterval(uint64 newIntervalUsec);
     void StopReportTimer();
@@ -107,8 +99,8 @@ private:
     // waits for handlers, which may call this class.
     mutable wLock lock;
     std::map<std::string, std::unique_ptr<MetricsRecord>> records ZU_GUARDED_BY(lock); // entries are never removed
-    /// The subscribed types, also with an empty handler.
-    std::map<std::string, Subscribers> reportHandlers ZU_GUARDED_BY(lock);
+    /// The subscribed types, also with an empty handler. An event is shared with the report that fires it.
+    std::map<std::string, std::shared_ptr<ReportEvent>> reportHandlers ZU_GUARDED_BY(lock);
     bool isReporting ZU_GUARDED_BY(lock) = false;          // as last logged
     uint64 reportInterval ZU_GUARDED_BY(lock) = 1'000'000; // microseconds, as the next
     uint64 updateInterval ZU_GUARDED_BY(lock) = 250'000;

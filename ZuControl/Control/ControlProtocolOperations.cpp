@@ -26,6 +26,10 @@ ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& us
       scanEngineInterface(usedScanEngineInterface),
       runner(std::make_unique<Zu::AsyncRunner>())
 {
+    alignmentEnded = alignmentSubscription.Bind(
+        decltype(alignmentEnded)([this](ZuEthernetProtocol protocol, std::string const& scannerId, auto status) {
+            AlignmentCompletedCallback(protocol, scannerId, status);
+        }));
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "CtlProtoOp.Disp"));
     ZU_CHECK(wThread_Start(thread, DispatcherThreadFx, this));
@@ -36,7 +40,7 @@ ControlProtocolOperations::~ControlProtocolOperations()
     runner.reset(); // first: a running task may still queue its end
     runningFlag.store(false, std::memory_order_relaxed);
     ZU_GUARD_DESTRUCTOR([this] { ZU_CHECK(wThread_Join(thread, wTIMEOUT_INFINITE, nullptr)); });
-    alignmentGate.Close();
+    alignmentSubscription.End();
     ZU_GUARD_DESTRUCTOR([this] { queue.Clear(); });
 }
 
@@ -93,6 +97,12 @@ Zu::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(ZuEth
                                                                            std::function<void(int)> handler)
 {
     return OperationEndEvent(protocol).Add(std::move(handler));
+}
+
+Zu::Subscription ControlProtocolOperations::SubscribeToOperationEnd(ZuEthernetProtocol protocol,
+                                                                    std::function<void(int)> handler)
+{
+    return OperationEndEvent(protocol).Subscribe(std::move(handler));
 }
 
 void ControlProtocolOperations::RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id)
@@ -261,11 +271,9 @@ bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionI
 void ControlProtocolOperations::BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId)
 {
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
-    std::function<void(ZuScan::AlignCompletionStatus)> const callback =
-        [this, protocol, scannerId](ZuScan::AlignCompletionStatus status) {
-            AlignmentCompletedCallback(protocol, scannerId, status);
-        };
-    auto const id = event.Add(alignmentGate.Bind(callback));
+    auto const id = event.Add([ended = alignmentEnded, protocol, scannerId](ZuScan::AlignCompletionStatus status) {
+        ended(protocol, scannerId, status);
+    });
     {
         Zu::MutexLock const guard(alignmentLock);
         alignCallbackId = id;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ZuApi/AsyncRunner.h"
-#include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
 #include "ZuApi/Threads/MsgQueue.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
@@ -72,7 +71,11 @@ public:
     /// id that is not valid.
     Zu::Event<int>::CallbackId AddOpEndEventHandler(ZuEthernetProtocol protocol, std::function<void(int)> handler);
 
-    /// Removes a handler. Does not wait for a call of it that has begun.
+    /// As above, for a handler that stays until the subscription is destroyed.
+    [[nodiscard]] Zu::Subscription SubscribeToOperationEnd(ZuEthernetProtocol protocol,
+                                                           std::function<void(int)> handler);
+
+    /// Removes a handler. Waits for a call of it on another thread.
     void RemoveOpEndEventHandler(ZuEthernetProtocol protocol, Zu::Event<int>::CallbackId id);
 
     // The number of operations that have ended so far, and the number of calls that were refused with
@@ -170,7 +173,9 @@ private:
     // a scanner reports one alignment twice. The lock is a leaf.
     Zu::Mutex alignmentLock;
     std::optional<Zu::Event<ZuScan::AlignCompletionStatus>::CallbackId> alignCallbackId ZU_GUARDED_BY(alignmentLock);
-    Zu::CallbackGate alignmentGate; // handlers may stay at a scanner's event for longer than this object lives
+    // A handler may stay at a scanner's event for longer than this object lives. All handlers call this function.
+    std::function<void(ZuEthernetProtocol, std::string const&, ZuScan::AlignCompletionStatus)> alignmentEnded;
+    Zu::Subscription alignmentSubscription; // of `alignmentEnded`
 };
 
 } // namespace ZuControl

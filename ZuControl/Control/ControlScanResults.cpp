@@ -23,7 +23,7 @@ ControlScanResults::ControlScanResults(ZuCore::ResultHub* usedResultHub, void* u
         ZU_LOG_WARNING("No resultHub to listen to.");
         return;
     }
-    auto const handler = hubGate.Bind(std::function<void(void*)>([this](void* set) { ProcessResultSet(set); }));
+    auto const handler = [this](void* set) { ProcessResultSet(set); };
     hubCallbackId = resultHub->ShouldUseSyncHandler() ? resultHub->AddResultHandler(handler)
                                                       : resultHub->AddAsyncResultHandler(handler);
     ZU_LOG_INFO("ControlScanResults constructed.");
@@ -44,7 +44,6 @@ ControlScanResults::~ControlScanResults()
             }
         });
     }
-    hubGate.Close();
 }
 
 std::pair<ZuEthernetProtocol, Zu::Event<void*>::CallbackId>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ZuApi/CallbackGate.h"
 #include "ZuApi/Event.h"
 #include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResults.h"
@@ -85,8 +84,6 @@ private:
     void* const allocator;
     ZuCore::ResultHub* const resultHub;
     Zu::Event<void*>::CallbackId hubCallbackId;
-    // Needed beside the removal, which may address the wrong kind of handler: `ShouldUseSyncHandler` may have changed.
-    Zu::CallbackGate hubGate;
 
     // A leaf, held only to copy or change a pointer, so that a change of a map waits for no delivery. A map itself
     // never changes: a new map replaces the old one.

@@ -1,7 +1,6 @@
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Properties/Value.h"
@@ -46,27 +45,12 @@ ProtocolBase::ProtocolBase(ZuEthernetProtocol protocol, char const* protocolDisp
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
-    opEndHandlerId = operations->AddOpEndEventHandler(
-        protocolId, opEndGate.Bind(std::function<void(int)>([this](int status) { OpEndEventHandler(status); })));
-    try
-    {
-        scannerOptional = AskScannerOptional(*environ.deployment);
-    }
-    catch (...) // the destructor will not run: the handler is removed here
-    {
-        operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId);
-        throw;
-    }
+    opEndSubscription =
+        operations->SubscribeToOperationEnd(protocolId, [this](int status) { OpEndEventHandler(status); });
+    scannerOptional = AskScannerOptional(*environ.deployment);
 }
 
-ProtocolBase::~ProtocolBase()
-{
-    // The removal does not wait for a handler that is running. The gate does, and is closed before any member is
-    // destroyed.
-    ZU_GUARD_DESTRUCTOR([this] { operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId); });
-    opEndGate.Close();
-    CloseResultHandlerGate();
-}
+ProtocolBase::~ProtocolBase() = default;
 
 char const* ProtocolBase::DisplayName() const
 {
@@ -186,12 +170,9 @@ void ProtocolBase::ProcessResultSets(void* /*resultSets*/)
 void ProtocolBase::RegisterControlScanResultsHandler(IControlScanResults& results)
 {
     // The fan-out may still have the handler of an earlier registration, and lives longer than this object.
-    CloseResultHandlerGate();
-    auto gate = std::make_unique<Zu::CallbackGate>();
     resultHandlerId = results.AddResultHandler(
-        gate->Bind(std::function<void(void*)>([this](void* resultSets) { ProcessResultSets(resultSets); })),
+        resultSubscription.Bind(std::function<void(void*)>([this](void* sets) { ProcessResultSets(sets); })),
         protocolId);
-    resultHandlerGate = std::move(gate);
     scanResults.store(&results, std::memory_order_relaxed);
 }
 
@@ -336,10 +317,7 @@ void ProtocolBase::OperationCompleted(int status)
 
 void ProtocolBase::CloseResultHandlerGate() noexcept
 {
-    if (resultHandlerGate != nullptr)
-    {
-        resultHandlerGate->Close();
-    }
+    resultSubscription.End();
 }
 
 void ProtocolBase::Describe(ControlInfo& info)

@@ -155,7 +155,7 @@ void ControlRegisterAssemblyResource::AddRegisterAssemblyUpdateEvent()
 void ControlRegisterAssemblyResource::SetupEvents(IControlInstance& instance)
 {
     registerAssemblyUpdateEventIds[instance.TypeName()] = instance.AddRegisterAssemblyUpdatedEventHandler(
-        Gate().Bind(std::function<void(std::string, std::string)>([this](std::string protocol, std::string id) {
+        Bind(std::function<void(std::string, std::string)>([this](std::string protocol, std::string id) {
             RegisterAssemblyUpdateEventHandler(std::move(protocol), std::move(id));
         })));
 }

@@ -178,7 +178,7 @@ void ControlResource::SetupParamUpdateEvents(IControlInstance& instance)
     // store nothing.
     ControlProperties().ShowParameters(ParametersOf(instance));
     paramUpdateEventIds[instance.TypeName()] =
-        instance.AddParamsUpdatedEventHandler(Gate().Bind(std::function<void(std::string, bool)>(
+        instance.AddParamsUpdatedEventHandler(Bind(std::function<void(std::string, bool)>(
             [this](std::string name, bool notify) { ParamUpdateEventHandler(std::move(name), notify); })));
 }
 

@@ -22,7 +22,7 @@ using State = IControlManager::PersistenceLoadOpState;
 ControlResourceBase::ControlResourceBase(IControlManager& usedManager) : controlManager(usedManager)
 {
     loadEventId = controlManager.AddPersistenceLoadEventHandler(
-        gate.Bind(std::function<void(State)>([this](State state) { OnPersistenceLoadEvent(state); })));
+        Bind(std::function<void(State)>([this](State state) { OnPersistenceLoadEvent(state); })));
 }
 
 ControlResourceBase::~ControlResourceBase()
@@ -132,14 +132,9 @@ ProtocolFaults* ControlResourceBase::FaultsOf(IControlInstance const& instance)
     return own != nullptr ? &own->Faults() : nullptr;
 }
 
-Zu::CallbackGate const& ControlResourceBase::Gate() const
-{
-    return gate;
-}
-
 void ControlResourceBase::EndCallbacks() noexcept
 {
-    gate.Close();
+    callbacks.clear();
 }
 
 } // namespace ZuControl::Protocol

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuApi/CallbackGate.h"
+#include "ZuApi/Signal.h"
 #include "ZuControl/Control/ControlActionInfo.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Control/ProtocolFaults.h"
@@ -9,9 +9,11 @@
 #include "wApi/wTypes.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Zu::Params
@@ -42,8 +44,8 @@ namespace Protocol
 /// The base of the resources of the `/controls` tree: the look-up of the protocol for each request, and the
 /// notifications, which pause while a job is loaded.
 ///
-/// Threads: requests come on the workers of the REST service. Notifications are sent on the thread of the change, one
-/// at a time for each resource. A handler of a notification must not wait for the end of a change.
+/// Threads: requests come on the workers of the REST service. Notifications are sent on the thread of the change,
+/// concurrently if several threads make changes. A handler of a notification must not wait for the end of a change.
 class ZUCONTROL_INTERNAL_API ControlResourceBase : public ZuRest::DocumentResourceBase
 {
 public:
@@ -100,11 +102,16 @@ protected:
     /// Notifies that the document at `path` has changed, unless a load suppresses it.
     void ResourceEventHandler(std::string path);
 
-    /// The gate of the callbacks that a derived class gives to the instances.
-    Zu::CallbackGate const& Gate() const;
+    /// Returns a function that calls `callback` until `EndCallbacks`. For callbacks that a derived class gives to the
+    /// instances in its constructor.
+    template <typename... Args>
+    std::function<void(Args...)> Bind(std::function<void(Args...)> callback)
+    {
+        return callbacks.emplace_back().Bind(std::move(callback));
+    }
 
-    /// Closes the gate: no callback begins any more, and running callbacks on other threads have ended. Every
-    /// destructor of a derived class calls this first.
+    /// Ends all callbacks: none begins any more, and those that run on other threads have ended. Every destructor of a
+    /// derived class calls this first.
     void EndCallbacks() noexcept;
 
     IControlManager& controlManager;
@@ -117,7 +124,7 @@ private:
     std::atomic<uint32> suspended{0};
     std::atomic<uint32> suppressedCount{0};
     IControlManager::CallbackId loadEventId;
-    Zu::CallbackGate gate; // lets callbacks run one at a time
+    std::vector<Zu::Subscription> callbacks;
 };
 
 } // namespace Protocol

@@ -18,7 +18,7 @@ OutputResourceBase::OutputResourceBase(IControlManager& usedManager, char const*
     : ControlResourceBase(usedManager), route(newRoute)
 {
     ZU_CHECK(wLock_Construct(&recordLock, nullptr));
-    changeCallbacks.push_back(Gate().Bind(
+    changeCallbacks.push_back(Bind(
         ChangeCallback([this](std::string const& device, std::string const& port) { OutputChanged(device, port); })));
 }
 

@@ -560,7 +560,7 @@ TEST_F(JobManagerTest, CopiesTheLoadedJobUnderAnotherName)
     Start("default", false);
     Keepers().Set("One", "now");
     unsigned changes = 0;
-    Jobs().ListChangedEvent().Add([&changes] { ++changes; });
+    Zu::Subscription const subscription = Jobs().ListChangedSignal().Subscribe([&changes] { ++changes; });
 
     Jobs().SaveAs(JobName("copy"));
 

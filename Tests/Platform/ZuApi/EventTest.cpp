@@ -198,6 +198,43 @@ TEST_F(EventTest, LetsHandlersOfTwoThreadsRunSideBySide)
     EXPECT_TRUE(meeting.try_wait());
 }
 
+TEST_F(EventTest, WaitsInRemoveForACallOnAnotherThread)
+{
+    std::latch inside(1);
+    std::atomic<bool> left{false};
+    auto const id = event.Add([&](int) {
+        inside.count_down();
+        while (!event.Empty())
+        {
+            std::this_thread::yield(); // until the removal has begun
+        }
+        left = true;
+    });
+    std::thread other([this] { event.Fire(1); });
+    inside.wait();
+
+    event.Remove(id);
+
+    EXPECT_TRUE(left);
+    other.join();
+}
+
+TEST_F(EventTest, LetsAHandlerOfTwoThreadsRemoveItself)
+{
+    std::latch meeting(2);
+    Event<int>::CallbackId id;
+    id = event.Add([&](int) {
+        meeting.arrive_and_wait();
+        event.Remove(id); // the second removal finds nothing, and the first waits for the second call
+    });
+
+    std::thread other([this] { event.Fire(1); });
+    event.Fire(2);
+    other.join();
+
+    EXPECT_TRUE(event.Empty());
+}
+
 TEST_F(EventTest, IsChangedWhileAnotherThreadFires)
 {
     std::atomic<bool> fire{true};
