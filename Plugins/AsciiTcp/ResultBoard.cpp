@@ -2,7 +2,6 @@
 
 #include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
-#include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
 #include "ZuVision/ZvMessages.h"

@@ -5,7 +5,6 @@
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
-#include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wArrayList.h"

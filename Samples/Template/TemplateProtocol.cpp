@@ -3,7 +3,6 @@
 #include "Plugins/Common/ProtocolPlugin.h"
 #include "ZuApi/Exception.h"
 #include "ZuCore/DataSourceHash.h"
-#include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
 #include "ZuPlugin/PluginEntry.h"

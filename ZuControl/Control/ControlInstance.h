@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuApi/SharedCallbackGate.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInstanceMetrics.h"
 #include "ZuControl/Control/ControlVitals.h"

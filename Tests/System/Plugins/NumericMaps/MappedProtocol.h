@@ -10,7 +10,6 @@
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuCore/DataSourceHash.h"
-#include "ZuCore/ResultInfo.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
 #include "ZuVision/ZvMessages.h"
