@@ -30,11 +30,6 @@ public:
     /// Sets the mask to 0. Throws `Zu::Status::BAD_ARGUMENT` if visibility is not enabled.
     void ClearVisibility();
 
-    bool IsReadOnlyEnabled() const noexcept
-    {
-        return readOnlyEnabled;
-    }
-
     bool IsUsedEnabled() const noexcept
     {
         return usedEnabled;
