@@ -4,7 +4,7 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,8 @@
 #include "ConfiguredInstance.h"
 
 #include "ZuApi/Params/Group.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
+#include "ZuControl/Control/ControlInstance.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
-#include "ZuControl/ControlProtocol/ProtocolInitParams.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"

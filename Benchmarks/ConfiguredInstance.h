@@ -4,12 +4,11 @@
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/ControlScanEngineInterface.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/ControlSystemInterface.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
-#include "ZuControl/Control/IUpdateGate.h"
 
 #include <nlohmann/json_fwd.hpp>
 

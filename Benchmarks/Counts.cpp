@@ -19,7 +19,7 @@
 #include "Support/AllocationCounter.h"
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 #include "wApi/wArrayList.h"
 
 #include <algorithm>

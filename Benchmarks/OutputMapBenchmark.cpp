@@ -1,7 +1,6 @@
 /// Filling an output map, which holds each source once, compared with an array of the same records that is searched
 /// from the start for every added record. Ids are added in rising, falling and scattered order.
 
-#include "ZuControl/ControlProtocol/StandardOutputs.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 
 #include <benchmark/benchmark.h>

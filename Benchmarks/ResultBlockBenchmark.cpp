@@ -7,7 +7,7 @@
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <benchmark/benchmark.h>
 

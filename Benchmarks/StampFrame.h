@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuCore/ResultItem.h"

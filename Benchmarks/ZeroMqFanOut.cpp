@@ -1,6 +1,6 @@
 #include "ZeroMqFanOut.h"
 
-#include "ZuControl/Control/ScanOutputMap.h"
+#include "ZuControl/Control/ScanOutputPlan.h"
 #include "wApi/wObject.h"
 
 namespace ZuBench

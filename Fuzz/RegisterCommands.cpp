@@ -11,7 +11,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <cstring>
 #include <optional>

@@ -17,9 +17,7 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuRest/DocumentSinks.h
     Plugins/Common/TcpConnection.h
     ZuControl/Control/HardwareResult.h
-    ZuControl/Control/JsonNumber.h
-    ZuControl/Control/ScannerInfoDocument.h
-    ZuControl/Control/SystemMetricsDocument.h
+    ZuControl/Control/StateDocuments.h
     ZuControl/ControlProtocol/KnownLayout.h
     ZuControl/Persistence
     ZuControl/Protocol

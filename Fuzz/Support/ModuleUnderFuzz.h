@@ -9,7 +9,6 @@
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
-#include "ZuControl/Control/IPersistRegistry.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"

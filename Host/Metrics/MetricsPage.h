@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ZuControl/Control/ControlStatistics.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/ResourceBase.h"

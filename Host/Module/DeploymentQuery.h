@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Host/CommandLine/Options.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 
 namespace ZuHost
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuControl/Control/IPersistRegistry.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "wApi/wMutex.h"
 
 #include <functional>

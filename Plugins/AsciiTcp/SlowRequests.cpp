@@ -2,10 +2,8 @@
 
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "ZuApi/Exception.h"
-#include "ZuControl/Control/ControlAnalogOutput.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
-#include "ZuControl/Control/ControlSerialOutput.h"
-#include "ZuControl/Control/IControlHardwareManager.h"
+#include "ZuControl/Control/ControlHardware.h"
+#include "ZuControl/Control/IControlHardware.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
 #include "wApi/wTypes.h"

@@ -23,15 +23,13 @@ OPEN_TO_ALL = {"ZuControl/Export.h"}
 # The interfaces and plain records through which a protocol and the configuration documents see the module. They include
 # nothing of the module's own classes.
 SEEN_FROM_BELOW = {
-    "ZuControl/Control/ControlActionInfo.h",
     "ZuControl/Control/ControlInfo.h",
-    "ZuControl/Control/ControlProtocolEnviron.h",
+    "ZuControl/Control/ControlModuleEnviron.h",
     "ZuControl/Control/ControlProtocolOperations.h",
     "ZuControl/Control/IControlActionTarget.h",
+    "ZuControl/Control/IControlFactory.h",
     "ZuControl/Control/IControlInstance.h",
     "ZuControl/Control/IControlScanResults.h",
-    "ZuControl/Control/IDeploymentQuery.h",
-    "ZuControl/Control/ProtocolStatus.h",
     "ZuControl/Control/ZuEthernetProtocol.h",
 }
 

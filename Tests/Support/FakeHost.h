@@ -5,6 +5,8 @@
 #include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/Control/IPersistRegistry.h"
+#include "ZuCommon/IPersistHandler.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 
 #include <string>
 

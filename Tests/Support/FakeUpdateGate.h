@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Support/CallLog.h"
-#include "ZuControl/Control/IUpdateGate.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 
 namespace ZuTest
 {

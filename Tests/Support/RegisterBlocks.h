@@ -3,7 +3,6 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterBlockInfoParams.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <gtest/gtest.h>

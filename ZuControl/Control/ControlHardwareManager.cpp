@@ -2,10 +2,7 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuControl/Control/ControlAnalogOutput.h"
-#include "ZuControl/Control/ControlDigitalInput.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
-#include "ZuControl/Control/ControlSerialOutput.h"
+#include "ZuControl/Control/ControlHardware.h"
 #include "ZuControl/Control/HardwareResult.h"
 #include "ZuControl/Control/IControlScanEngineInterface.h"
 #include "ZuScan/Sensor.h"

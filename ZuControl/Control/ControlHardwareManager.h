@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZuControl/Control/IControlHardwareManager.h"
+#include "ZuControl/Control/IControlHardware.h"
 #include "ZuControl/Export.h"
 
 #include <list>

@@ -16,14 +16,10 @@
 namespace ZuCommon
 {
 class ProblemsManager;
-}
+} // namespace ZuCommon
 
 namespace ZuControl
 {
-
-class IControlScanResults;
-class IUpdateGate;
-struct ControlInstanceParams;
 
 namespace ControlProtocol
 {
@@ -31,6 +27,21 @@ class IProtocol;
 class IProtocolOutput;
 class IProtocolRegisterAssembly;
 } // namespace ControlProtocol
+
+class ControlInfo;
+class IControlScanResults;
+class IUpdateGate;
+
+/// The arguments of the constructor of ControlInstance. All pointers are set; all but `protocol` are not owned and
+/// outlive the instance.
+struct ControlInstanceParams
+{
+    ControlInfo const* info = nullptr;
+    IUpdateGate* updateGate = nullptr;
+    IControlScanResults* scanResults = nullptr;
+    ZuCommon::ProblemsManager* problems = nullptr;
+    std::shared_ptr<ControlProtocol::IProtocol> protocol;
+};
 
 /// Connects one protocol with the rest of the system.
 ///

@@ -4,12 +4,10 @@
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Control/IControlScanResults.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
-#include "ZuControl/Control/IPersistRegistry.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
 #include "ZuRest/RequestProcessor.h"
 

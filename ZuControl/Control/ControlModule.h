@@ -4,7 +4,6 @@
 #include "ZuControl/Control/ControlMetrics.h"
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
-#include "ZuControl/Control/ControlStatistics.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"

@@ -7,6 +7,11 @@
 #include "ZuControl/Control/ScannerInfoDocument.h"
 #include "ZuScan/ScanEngines.h"
 #include "ZuScan/Sensor.h"
+#include "ZuControl/Control/StateDocuments.h"
+#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/IScanner.h"
+#include "ZuScan/ISensor.h"
+#include "ZuScan/ScanEngineManager.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResults.h"
+#include "ZuControl/Control/IControlScanResultsDispatcher.h"
 #include "ZuControl/Control/ReducedSets.h"
-#include "ZuControl/Control/ScanOutputMap.h"
 #include "ZuControl/Control/ScanOutputPlan.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"

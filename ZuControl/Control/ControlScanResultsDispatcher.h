@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ZuControl/Control/DispatchCounters.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
 #include "ZuControl/Export.h"
 #include "wApi/wArrayList.h"

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ZuControl/Control/ControlActionInfo.h"
 #include "ZuControl/Export.h"
 
 #include <memory>
@@ -10,10 +9,30 @@
 namespace Zu::Params
 {
 class Group;
-}
+} // namespace Zu::Params
 
 namespace ZuControl
 {
+
+/// Names one action of an action target.
+class ZUCONTROL_API ControlActionInfo
+{
+public:
+    /// `id` names the action for callers, `displayName` names it for a person.
+    ControlActionInfo(char const* id, char const* displayName);
+    ControlActionInfo(ControlActionInfo const&);
+    ControlActionInfo(ControlActionInfo&&) noexcept;
+    ControlActionInfo& operator=(ControlActionInfo const&);
+    ControlActionInfo& operator=(ControlActionInfo&&) noexcept;
+    ~ControlActionInfo();
+
+    std::string const& Id() const;
+    std::string const& DisplayName() const;
+
+private:
+    std::string id;
+    std::string displayName;
+};
 
 /// Offers named actions, each with an argument record of its own: the actions of a protocol, of an output map or of a
 /// register assembly.

@@ -1,16 +1,43 @@
 #pragma once
 
 #include "ZuControl/Export.h"
+#include "wApi/wTypes.h"
 
 #include <memory>
+
+namespace ZuCommon
+{
+class ProblemsManager;
+} // namespace ZuCommon
 
 namespace ZuControl
 {
 
+class ControlProtocolOperations;
+class IControlDataCache;
+class IControlHardwareManager;
+class IControlResourceAdaptor;
+class IDeploymentQuery;
+
 namespace ControlProtocol
 {
+
 class IProtocol;
-struct ControlProtocolEnviron;
+
+/// The services of the system for a protocol. One record serves all protocols of a module; the record and its objects
+/// outlive them. The record owns none of the objects.
+struct ControlProtocolEnviron
+{
+    ControlProtocolOperations* operations = nullptr;
+    IControlResourceAdaptor* resourceAdaptor = nullptr;
+    IControlDataCache* dataCache = nullptr;
+    IControlHardwareManager* hardwareManager = nullptr;
+    IDeploymentQuery* deployment = nullptr;
+    ZuCommon::ProblemsManager* problems = nullptr;
+    uint32 protocolOption = 0; ///< set by the host and passed on unchanged
+    void* allocator = nullptr; ///< null is the default one
+};
+
 } // namespace ControlProtocol
 
 /// Makes protocols of one type. Plug-ins implement it and keep their factories alive for as long as they are loaded.

@@ -1,11 +1,11 @@
-// Constructors and destructors of the folder's interfaces. They stand here and not in the headers so that this library
+// Constructors and destructors of the folder's interfaces, and the name of an action. They stand here and not in the headers so that this library
 // exports them and the virtual tables: an interface without a virtual destructor has no other function that would.
 
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlDataCache.h"
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Control/IControlHardware.h"
-#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
@@ -13,12 +13,30 @@
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
 #include "ZuControl/Control/IControlSystemInterface.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
-#include "ZuControl/Control/IPersistRegistry.h"
-#include "ZuControl/Control/IUpdateGate.h"
 
 namespace ZuControl
 {
+
+ControlActionInfo::ControlActionInfo(char const* idText, char const* displayNameText)
+    : id(idText != nullptr ? idText : ""), displayName(displayNameText != nullptr ? displayNameText : "")
+{
+}
+
+ControlActionInfo::ControlActionInfo(ControlActionInfo const&) = default;
+ControlActionInfo::ControlActionInfo(ControlActionInfo&&) noexcept = default;
+ControlActionInfo& ControlActionInfo::operator=(ControlActionInfo const&) = default;
+ControlActionInfo& ControlActionInfo::operator=(ControlActionInfo&&) noexcept = default;
+ControlActionInfo::~ControlActionInfo() = default;
+
+std::string const& ControlActionInfo::Id() const
+{
+    return id;
+}
+
+std::string const& ControlActionInfo::DisplayName() const
+{
+    return displayName;
+}
 
 IControlActionTarget::IControlActionTarget() noexcept = default;
 IControlActionTarget::~IControlActionTarget() = default;

@@ -4,8 +4,11 @@
 #include "ZuCommon/Metrics.h"
 #include "ZuCommon/Persistence.h"
 #include "ZuControl/Control/ProtocolStatus.h"
+#include "ZuCommon/IMetricsKeeper.h"
+#include "ZuCommon/IMetricsSource.h"
+#include "ZuCommon/PersistDomain.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
-#include "ZuControl/ControlProtocol/ControlRegisterCommandStatus.h"
+#include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/Export.h"
 
 #include <functional>

@@ -7,11 +7,11 @@
 #include "ZuApi/Structure.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/IControlScanResults.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
-#include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "wApi/wString.h"
 
 #include <utility>

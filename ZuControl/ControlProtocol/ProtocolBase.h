@@ -3,9 +3,10 @@
 #include "ZuApi/Event.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuCommon/ProblemsTracker.h"
+#include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"
-#include "ZuControl/ControlProtocol/ProtocolInitParams.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
@@ -15,13 +16,38 @@
 #include <utility>
 #include <vector>
 
+namespace Zu::Params
+{
+class Group;
+} // namespace Zu::Params
+
+namespace Zu::Properties
+{
+class Structure;
+} // namespace Zu::Properties
+
 namespace ZuControl
 {
 class ControlInfo;
-}
+class IControlActionTarget;
+} // namespace ZuControl
 
 namespace ZuControl::ControlProtocol
 {
+
+class IProtocolOutput;
+class IProtocolRegisterAssemblyGroup;
+
+/// The objects that a derived protocol gives to `ProtocolBase::Init`; a pointer is null when the protocol has no such
+/// object. The derived protocol owns them and keeps them for its whole life.
+struct ProtocolInitParams
+{
+    Zu::Params::Group* params = nullptr;
+    IProtocolOutput* outputs = nullptr;
+    IControlActionTarget* outputsActionTarget = nullptr;
+    Zu::Properties::Structure* metricsData = nullptr; ///< holds "controlDrops", a Metric or a Value<uint64>
+    IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
+};
 
 /// The base of all protocols: their parameters, outputs and register assemblies as far as they have them, three
 /// internal events, the registration at the result fan-out, and the commands common to all protocols. IProtocol states

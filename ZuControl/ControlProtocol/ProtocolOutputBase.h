@@ -1,8 +1,11 @@
 #pragma once
 
+#include "ZuApi/Params/Array.h"
+#include "ZuApi/Params/Group.h"
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
 #include "ZuControl/ControlProtocol/OutputMapCore.h"
 #include "ZuControl/Export.h"
+#include "ZuPipe/PipeDataFormatProps.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
@@ -12,8 +15,20 @@
 #include <string>
 #include <vector>
 
+extern template class Zu::Properties::Array<ZuPipe::PipeDataFormatProps>;
+extern template class Zu::Params::Array<ZuPipe::PipeDataFormatProps>;
+
 namespace ZuControl::ControlProtocol
 {
+
+/// The first members of the records of all output maps.
+struct ZUCONTROL_API CommonProtocolOutputProp : public Zu::Params::Group
+{
+    CommonProtocolOutputProp();
+    ~CommonProtocolOutputProp() override;
+
+    Zu::Params::Array<ZuPipe::PipeDataFormatProps> acceptedDataFormats; ///< shown to clients
+};
 
 /// The base of the output maps of all kinds: items sorted by output id, no source twice, at most `maxCount` items.
 ///

@@ -4,7 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 namespace ZuControl::ControlProtocol
 {

@@ -4,7 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <iterator>
 #include <unordered_set>
@@ -23,6 +23,45 @@ uint32 LastIdOf(uint16 firstId, uint16 registerCount)
 }
 
 } // namespace
+
+RegisterAssemblyAttributes::RegisterAssemblyAttributes() : Group("")
+{
+    Register("isGlobalAddressSpaceUsed", "Is Global Address Space Used", isGlobalAddressSpaceUsed)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+    Register("outputIdMin", "Minimum Output Id", outputIdMin)
+        .EnableMinimum(true)
+        .SetMinimum(0)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+    Register("outputIdMax", "Maximum Output Id", outputIdMax)
+        .EnableMinimum(true)
+        .SetMinimum(0)
+        .EnableReadOnly()
+        .readOnly.Set(true);
+}
+
+RegisterAssemblyAttributes::~RegisterAssemblyAttributes()
+{
+    for (char const* const key : {"isGlobalAddressSpaceUsed", "outputIdMin", "outputIdMax"})
+    {
+        Deregister(key);
+    }
+}
+
+RegisterAssemblyProperties::RegisterAssemblyProperties() : Group("")
+{
+    Register("displayName", "Register Assembly display name", displayName).EnableReadOnly().readOnly.Set(true);
+    Register("id", "Register Assembly Identifier", id).EnableReadOnly().readOnly.Set(true);
+}
+
+RegisterAssemblyProperties::~RegisterAssemblyProperties()
+{
+    for (char const* const key : {"displayName", "id"})
+    {
+        Deregister(key);
+    }
+}
 
 ProtocolRegisterAssemblyBase::ProtocolRegisterAssemblyBase(bool isGlobalAddressSpaceUsed, uint16 outputIdMin,
                                                            uint16 outputIdMax, char const* id, std::string displayName)

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterAssemblyProperties.h"
 #include "ZuControl/ControlProtocol/RegisterPlacement.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
@@ -20,6 +21,27 @@ namespace ZuControl::ControlProtocol
 
 struct RegisterBlockParams;
 struct UpdateBlockParams;
+
+/// The address model of an assembly; read-only for clients.
+struct ZUCONTROL_API RegisterAssemblyAttributes : public Zu::Params::Group
+{
+    RegisterAssemblyAttributes();
+    ~RegisterAssemblyAttributes() override;
+
+    Zu::Params::Value<bool> isGlobalAddressSpaceUsed; ///< an output id is a register address, not a plain number
+    Zu::Params::Value<uint16> outputIdMin;
+    Zu::Params::Value<uint16> outputIdMax;
+};
+
+/// The names of an assembly; read-only for clients.
+struct ZUCONTROL_API RegisterAssemblyProperties : public Zu::Params::Group
+{
+    RegisterAssemblyProperties();
+    ~RegisterAssemblyProperties() override;
+
+    Zu::Params::Value<std::string> displayName;
+    Zu::Params::Value<std::string> id;
+};
 
 /// The blocks of a register space, sorted by output id and never overlapping. With `autoShift` a change moves the
 /// blocks that are in its way to higher ids.

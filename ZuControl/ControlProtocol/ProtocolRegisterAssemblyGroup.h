@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ZuControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
-#include "ZuControl/ControlProtocol/RegisterAssemblyInstance.h"
+#include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/Export.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
@@ -13,8 +12,22 @@
 #include <string>
 #include <vector>
 
+namespace ZuControl
+{
+class IControlActionTarget;
+} // namespace ZuControl
+
 namespace ZuControl::ControlProtocol
 {
+
+class IProtocolRegisterAssembly;
+
+/// One assembly of a group with the action target that changes it; the protocol owns both.
+struct RegisterAssemblyInstance
+{
+    IProtocolRegisterAssembly* assembly = nullptr;
+    IControlActionTarget* actionTarget = nullptr;
+};
 
 /// The register assemblies of a protocol by identifier. See the interface for ownership and exceptions.
 class ZUCONTROL_API ProtocolRegisterAssemblyGroup : public IProtocolRegisterAssemblyGroup

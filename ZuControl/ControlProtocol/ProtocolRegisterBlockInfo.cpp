@@ -1,9 +1,11 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuControl/ControlProtocol/IProtocolRegisterBlockFactory.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 
 #include <utility>
+
+ZU_INSTANTIATE_ENUM_VALUE(ZuControl::ControlProtocol::RegisterBlockCategory);
 
 namespace ZuControl::ControlProtocol
 {

@@ -13,7 +13,6 @@
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/Persistence/ConfigurationDocument.h"
-#include "ZuControl/Persistence/DocumentPart.h"
 #include "ZuControl/Persistence/PersistedPart.h"
 
 #include <nlohmann/json.hpp>
@@ -81,22 +80,6 @@ std::shared_ptr<Zu::Params::Group> AddArguments(IControlActionTarget const& targ
         ZU_THROW(Zu::Status::NOT_SUPPORTED, "The action \"%s\" has no arguments", ACTION_ADD);
     }
     return args;
-}
-
-bool HasNul(std::string const& text)
-{
-    return text.find('\0') != std::string::npos;
-}
-
-/// `text` with each NUL written as its JSON escape, for interfaces that read a text up to its first NUL.
-std::string WithoutNuls(std::string text)
-{
-    constexpr std::string_view ESCAPED = "\\u0000";
-    for (std::size_t nul = 0; (nul = text.find('\0', nul)) != std::string::npos; nul += ESCAPED.size())
-    {
-        text.replace(nul, 1, ESCAPED);
-    }
-    return text;
 }
 
 /// Whether the protocol's own document has content. An empty text and 0 are content.

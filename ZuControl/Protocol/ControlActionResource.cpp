@@ -4,7 +4,7 @@
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlInstance.h"
-#include "ZuControl/Protocol/ActionProperties.h"
+#include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResponseInfo.h"

@@ -2,9 +2,7 @@
 
 #include "ZuApi/Guard.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
-#include "ZuControl/Protocol/ControlOutputsActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
-#include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "ZuApi/Event.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
+#include "ZuRest/ICallableResource.h"
+
+#include <map>
+#include <string>
 
 namespace ZuControl::Protocol
 {
@@ -19,6 +24,42 @@ public:
 
 private:
     static void LinkActions(IControlInstance const& instance, std::string const& name, ZuRest::ResponseInfo& response);
+};
+
+/// `/controls/:protocol/outputs/commands/:command`: the commands that change the output map of a protocol. It notifies
+/// each change of a map, also a change that it has not made itself.
+class ZUCONTROL_INTERNAL_API ControlOutputsActionResource final : public ControlResourceBase,
+                                                                  public ZuRest::ICallableResource
+{
+public:
+    explicit ControlOutputsActionResource(IControlManager& usedManager);
+    ~ControlOutputsActionResource() override;
+
+    ZuRest::ICallableResource* CallableProvider() override;
+    nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+
+    /// The body is the argument record. The protocol and the fan-out take over the map also when the action fails,
+    /// since it may have changed the map by then. A failed "addAll" is only a warning in the log: the items that are
+    /// added stay.
+    nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
+
+private:
+    using CallbackId = Zu::Event<std::string, bool>::CallbackId;
+
+    static nlohmann::json ReadAll(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::ResponseInfo& response, std::string const& name);
+    static nlohmann::json ReadOne(IControlInstance const& instance, IControlActionTarget const& target,
+                                  ZuRest::RequestInfo const& request, std::string const& command);
+    static IControlActionTarget& ActionTarget(IControlInstance const& instance);
+    static bool RunAction(IControlInstance& instance, IControlActionTarget& target, std::string const& command,
+                          Zu::Params::Group const& params);
+    static void TellOfUpdate(IControlInstance& instance);
+    void AddOutputsUpdateEventHandler();
+    void SetupEvents(IControlInstance& instance);
+    void RemoveOutputsUpdateEventHandler() noexcept;
+    void ControlOutputsActionResourceEventHandler(std::string name, bool notify);
+
+    std::map<std::string, CallbackId> outputsUpdateEventIds; // by type name
 };
 
 } // namespace ZuControl::Protocol

@@ -1,15 +1,41 @@
 #pragma once
 
 #include "ZuApi/Event.h"
+#include "ZuApi/Params/Enum.h"
+#include "ZuApi/Params/Group.h"
+#include "ZuApi/Params/Value.h"
+#include "ZuControl/Control/ZuEthernetProtocol.h"
+#include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
 
 #include <map>
 #include <string>
 
+ZU_DECLARE_ENUM_VALUE(ZuControl::ProtocolStatus);
+
 namespace ZuControl::Protocol
 {
 
-struct ControlProperties;
+/// The document of one protocol. A client can change its member "enabled" and, under "parameters", the protocol's
+/// record.
+struct ZUCONTROL_INTERNAL_API ControlProperties final : public Zu::Params::Group
+{
+    ControlProperties();
+    ~ControlProperties() override;
+
+    /// Adds the protocol's own record as the last member, "parameters". The record is not owned and outlives this
+    /// object. Title and sort order are stored in `parameters` when they differ: the first call stores them, later
+    /// calls only read.
+    void ShowParameters(Zu::Params::Group& parameters);
+
+    /// Whether `candidate` is one of the states that the schema lists.
+    bool KnowsStatus(ProtocolStatus candidate) const;
+
+    Zu::Params::Value<bool> enabled;
+    Zu::Params::Enum<ProtocolStatus> status;
+    Zu::Params::Value<std::string> id;
+    Zu::Params::Value<std::string> displayName;
+};
 
 /// `/controls`, the list of protocols, and `/controls/:protocol`, one protocol: its state, its parameters, and links to
 /// its outputs, assemblies and commands. It notifies each change of a protocol's parameters, and the end of a load.

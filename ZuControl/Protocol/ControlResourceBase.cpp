@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 namespace ZuControl::Protocol
 {
@@ -135,6 +136,25 @@ ProtocolFaults* ControlResourceBase::FaultsOf(IControlInstance const& instance)
 void ControlResourceBase::EndCallbacks() noexcept
 {
     callbacks.clear();
+}
+
+ActionProperties::ActionProperties(std::string const& actionId, Zu::Params::Group& parameters)
+    : Structure(true), id(actionId)
+{
+    Register("id", id);
+    Register("parameters", parameters);
+}
+
+ActionProperties::~ActionProperties() = default;
+
+std::string const& RouteKey(ZuRest::RequestInfo const& request, char const* key)
+{
+    std::string const* const value = request.FindKey(key);
+    if (value == nullptr)
+    {
+        throw std::out_of_range("invalid map<K, T> key");
+    }
+    return *value;
 }
 
 } // namespace ZuControl::Protocol

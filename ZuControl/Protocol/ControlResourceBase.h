@@ -2,6 +2,10 @@
 
 #include "ZuApi/Signal.h"
 #include "ZuControl/Control/ControlActionInfo.h"
+#include "ZuApi/CallbackGate.h"
+#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Structure.h"
+#include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlManager.h"
 #include "ZuControl/Control/ProtocolFaults.h"
 #include "ZuControl/Export.h"
@@ -19,7 +23,7 @@
 namespace Zu::Params
 {
 class Group;
-}
+} // namespace Zu::Params
 
 namespace Zu::Properties
 {
@@ -30,7 +34,8 @@ class Structure;
 namespace ZuRest
 {
 class ResponseInfo;
-}
+struct RequestInfo;
+} // namespace ZuRest
 
 namespace ZuControl
 {
@@ -126,6 +131,24 @@ private:
     IControlManager::CallbackId loadEventId;
     std::vector<Zu::Subscription> callbacks;
 };
+
+/// The document of one action: its id and its arguments.
+struct ZUCONTROL_INTERNAL_API ActionProperties final : public Zu::Properties::Structure
+{
+    /// `parameters` is not owned and outlives the document.
+    ActionProperties(std::string const& actionId, Zu::Params::Group& parameters);
+    ~ActionProperties() override;
+
+    Zu::Properties::Value<std::string> id;
+};
+
+/// The actions of output maps and of register assemblies have the same document.
+using OutputsActionProperties = ActionProperties;
+using RegisterAssemblyActionProperties = ActionProperties;
+
+/// The value of a key of the route, which stays the request's. Throws std::out_of_range when the request has none, with
+/// a text that clients of the outputs rely on.
+ZUCONTROL_INTERNAL_API std::string const& RouteKey(ZuRest::RequestInfo const& request, char const* key);
 
 } // namespace Protocol
 

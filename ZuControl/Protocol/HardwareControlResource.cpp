@@ -1,7 +1,7 @@
 #include "ZuControl/Protocol/HardwareControlResource.h"
 
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/Protocol/RouteKey.h"
+#include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResponseInfo.h"
@@ -10,6 +10,13 @@
 
 namespace ZuControl::Protocol
 {
+
+HardwareProperties::HardwareProperties() : Structure(true)
+{
+    Register("label", label);
+}
+
+HardwareProperties::~HardwareProperties() = default;
 
 using Zu::Properties::JsonSerializer;
 using ZuRest::Path;

@@ -1,12 +1,23 @@
 #pragma once
 
+#include "ZuApi/Properties/Value.h"
+#include "ZuApi/Structure.h"
+#include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
-#include "ZuControl/Protocol/HardwareProperties.h"
 
 #include <string>
 
 namespace ZuControl::Protocol
 {
+
+/// The document of one sensor device.
+struct ZUCONTROL_INTERNAL_API HardwareProperties final : public Zu::Properties::Structure
+{
+    HardwareProperties();
+    ~HardwareProperties() override;
+
+    Zu::Properties::Value<std::string> label; ///< empty: devices have no names of their own
+};
 
 /// `/controls/hardware`, the list of devices, which always has two entries, and `/controls/hardware/:device`, one
 /// device with the configuration of its outputs. Read-only.

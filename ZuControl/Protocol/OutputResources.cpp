@@ -3,7 +3,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Threads/Locker.h"
-#include "ZuControl/Protocol/RouteKey.h"
+#include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/RequestInfo.h"
 

@@ -6,7 +6,6 @@
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
 
 #include <gtest/gtest.h>
 

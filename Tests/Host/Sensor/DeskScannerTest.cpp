@@ -6,7 +6,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
+#include "ZuControl/Control/ControlHardware.h"
 #include "ZuControl/Control/ControlHardwareManager.h"
 #include "ZuControl/Control/ControlScanEngineInterface.h"
 #include "ZuScan/ScanEngines.h"

@@ -7,6 +7,8 @@
 #include "ZuControl/Control/ControlDigitalOutput.h"
 #include "ZuControl/Control/ControlSerialOutput.h"
 #include "ZuScan/Sensor.h"
+#include "ZuControl/Control/ControlHardware.h"
+#include "ZuScan/ISensor.h"
 #include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 

@@ -12,7 +12,6 @@
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
-#include "ZuControl/Control/ControlProtocolEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/IControlFactory.h"

@@ -3,7 +3,6 @@
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
 #include "ZuControl/Control/IControlHardware.h"
-#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
 
 #include <gtest/gtest.h>

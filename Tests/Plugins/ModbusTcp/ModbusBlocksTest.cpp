@@ -3,10 +3,10 @@
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <gtest/gtest.h>
 

@@ -11,13 +11,12 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
-#include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/IControlFactory.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

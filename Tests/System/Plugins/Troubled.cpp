@@ -8,7 +8,6 @@
 #include "ZuControl/Control/ControlPlugin.h"
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Control/IControlHardware.h"
-#include "ZuControl/Control/IControlHardwareManager.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "ZuPlugin/PluginEntry.h"
 

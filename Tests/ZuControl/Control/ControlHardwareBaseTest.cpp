@@ -3,10 +3,7 @@
 #include "Support/FakeSensor.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
-#include "ZuControl/Control/ControlAnalogOutput.h"
-#include "ZuControl/Control/ControlDigitalInput.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
-#include "ZuControl/Control/ControlSerialOutput.h"
+#include "ZuControl/Control/ControlHardware.h"
 #include "ZuStdScanners/ZucSensor/AnalogOutputRecords.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 

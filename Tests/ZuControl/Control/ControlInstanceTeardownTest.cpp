@@ -10,7 +10,6 @@
 #include "Support/RecordingSink.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 

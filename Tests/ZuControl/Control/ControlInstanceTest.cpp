@@ -11,7 +11,6 @@
 #include "Support/ResultSets.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"

@@ -12,7 +12,7 @@
 #include "Support/Refusal.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlRegistry.h"
-#include "ZuControl/Control/IControlHardwareManager.h"
+#include "ZuControl/Control/IControlHardware.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuScan/ScanEngines.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"

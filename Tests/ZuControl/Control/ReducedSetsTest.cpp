@@ -2,7 +2,7 @@
 
 #include "Support/AllocationCounter.h"
 #include "Support/ResultSets.h"
-#include "ZuControl/Control/ScanOutputMap.h"
+#include "ZuControl/Control/ScanOutputPlan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ZuControl/Control/ScanOutputMap.h"
+#include "ZuControl/Control/ScanOutputPlan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,5 @@
 #include "ZuControl/Control/ScanOutputPlan.h"
 
-#include "ZuControl/Control/ScanOutputMap.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "ZuControl/Control/ScannerInfoDocument.h"
+#include "ZuControl/Control/StateDocuments.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -3,7 +3,7 @@
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"

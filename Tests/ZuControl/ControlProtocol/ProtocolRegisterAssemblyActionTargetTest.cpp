@@ -5,7 +5,7 @@
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

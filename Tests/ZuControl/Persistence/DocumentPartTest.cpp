@@ -1,4 +1,4 @@
-#include "ZuControl/Persistence/DocumentPart.h"
+#include "ZuControl/Persistence/ConfigurationDocument.h"
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
@@ -6,7 +6,6 @@
 #include "ZuApi/Params/Enum.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
-#include "ZuControl/Persistence/ConfigurationDocument.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

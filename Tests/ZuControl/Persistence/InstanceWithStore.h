@@ -10,10 +10,9 @@
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlInstance.h"
-#include "ZuControl/Control/ControlInstanceParams.h"
-#include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
-#include "ZuControl/Control/IUpdateGate.h"
+#include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Persistence/ConfigurableProtocol.h"
 #include "ZuControl/Persistence/PersistControl.h"
 

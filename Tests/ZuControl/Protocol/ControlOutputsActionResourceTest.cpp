@@ -1,4 +1,4 @@
-#include "ZuControl/Protocol/ControlOutputsActionResource.h"
+#include "ZuControl/Protocol/ControlOutputsResource.h"
 
 #include "Support/ResourceFixture.h"
 

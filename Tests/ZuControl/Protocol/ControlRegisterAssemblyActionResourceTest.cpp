@@ -1,4 +1,4 @@
-#include "ZuControl/Protocol/ControlRegisterAssemblyActionResource.h"
+#include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 
 #include "Support/ResourceFixture.h"
 

@@ -2,8 +2,7 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "Support/Refusal.h"
 #include "Support/RegisterBlocks.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuVision/ZvMessages.h"
 #include "wApi/wObject.h"

@@ -4,7 +4,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ZuControl/Control/IControlScanEngineInterface.h"
+#include "ZuControl/Control/IControlSystemInterface.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
@@ -27,3 +29,22 @@ ZUCONTROL_INTERNAL_API uint64 ToUint64(nlohmann::json const& value);
 ZUCONTROL_INTERNAL_API uint32 ToUint32(nlohmann::json const& value);
 
 } // namespace ZuControl::JsonNumber
+
+namespace ZuControl::ScannerInfoDocument
+{
+
+/// Fills laser, encoder and time of `info` from a scanner's document. A missing or null member reads as a laser that is
+/// on, or as no reading. A member of a wrong type raises the JSON library's type error 302.
+ZUCONTROL_INTERNAL_API void Read(nlohmann::json const& document, IControlScanEngineInterface::ScannerStateInfo& info);
+
+} // namespace ZuControl::ScannerInfoDocument
+
+namespace ZuControl::SystemMetricsDocument
+{
+
+/// Fills the times and the links of `stats` from the core's metrics. A missing or null time reads as all ones, missing
+/// links as no links. A member of a wrong type raises the JSON library's exception; the members that are filled before
+/// it stay filled.
+ZUCONTROL_INTERNAL_API void Read(nlohmann::json const& document, IControlSystemInterface::SystemStats& stats);
+
+} // namespace ZuControl::SystemMetricsDocument

@@ -1,3 +1,0 @@
-#include "ZuControl/ControlProtocol/RegisterBlockCategory.h"
-
-ZU_INSTANTIATE_ENUM_VALUE(ZuControl::ControlProtocol::RegisterBlockCategory);
