@@ -24,20 +24,15 @@ using namespace ModbusTcp;
 using namespace ZuControl::ControlProtocol;
 
 /// Executes no command; is busy and refuses as set by the fuzzer.
-class Runner final : public ICommandRunner
+class Runner final : public PluginCommon::ICommandRunner
 {
 public:
-    bool IsRunning() const override
-    {
-        return isRunning;
-    }
-
-    bool IsSame(Command const& first, Command const& second) override
+    bool IsSameCommand(Command const& first, Command const& second) override
     {
         return first.commandId == second.commandId && std::strcmp(first.text, second.text) == 0;
     }
 
-    void Run(Command const& command) override
+    void RunCommand(Command const& command) override
     {
         ZU_FUZZ_CHECK(std::memchr(command.text, '\0', sizeof command.text) != nullptr);
         ZU_FUZZ_CHECK((command.commandId == CommandLoadJob) == (command.text[0] != '\0'));
@@ -46,17 +41,17 @@ public:
         {
             ZU_THROW(Zu::Status::BUSY, "%s", command.text);
         }
-        status = CommandStatusInProgress;
+        status = CommandStatusDone;
     }
 
-    void Fail() override
+    void FailCommand() override
     {
         status = CommandStatusFailed;
     }
 
-    Status LastStatus() override
+    Status CommandStatus() override
     {
-        return status;
+        return isRunning ? CommandStatusInProgress : status;
     }
 
     std::optional<Command> lastRun;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
-#include "ZuControl/ControlProtocol/ControlRegisterCommandStatus.h"
 
 namespace PluginCommon
 {

@@ -2,9 +2,6 @@
 
 #include "Plugins/Common/ICommandRunner.h"
 #include "Plugins/ModbusTcp/ModbusRequest.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
-#include "Plugins/ModbusTcp/ICommandRunner.h"
-#include "Plugins/ModbusTcp/ModbusException.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "wApi/wTypes.h"
 

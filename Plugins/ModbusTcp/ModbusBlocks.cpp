@@ -1,17 +1,13 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 
 #include "Plugins/ModbusTcp/RegisterLayout.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-#include "ZuControl/ControlProtocol/RegisterBlockCommandParams.h"
+#include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <memory>
 

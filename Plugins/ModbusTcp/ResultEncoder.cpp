@@ -3,7 +3,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Exception.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"

@@ -3,9 +3,6 @@
 #include "Support/CallLog.h"
 #include "ZuApi/Exception.h"
 #include "ZuCommon/Persistence.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
-#include "ZuControl/Control/IPersistRegistry.h"
-#include "ZuCommon/IPersistHandler.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 
 #include <string>

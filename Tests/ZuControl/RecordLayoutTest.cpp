@@ -1,7 +1,4 @@
 #include "ZuCommon/Persistence.h"
-#include "ZuControl/Control/ControlAnalogOutput.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
-#include "ZuCommon/PersistDomain.h"
 #include "ZuControl/Control/ControlHardware.h"
 #include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/IControlFactory.h"

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/HardwareResult.h"
-#include "ZuScan/ICommandTarget.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/AnalogOutputRecords.h"
 #include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 #include "ZuStdScanners/ZucSensor/SerialOutputRecords.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ZuApi/Event.h"
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Persistence.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 

@@ -4,14 +4,9 @@
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
-#include "ZuControl/Control/ScannerInfoDocument.h"
+#include "ZuControl/Control/StateDocuments.h"
 #include "ZuScan/ScanEngines.h"
 #include "ZuScan/Sensor.h"
-#include "ZuControl/Control/StateDocuments.h"
-#include "ZuScan/ICommandTarget.h"
-#include "ZuScan/IScanner.h"
-#include "ZuScan/ISensor.h"
-#include "ZuScan/ScanEngineManager.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -5,10 +5,6 @@
 #include "ZuApi/Structure.h"
 #include "ZuCommon/Metrics.h"
 #include "ZuCommon/Persistence.h"
-#include "ZuControl/Control/SystemMetricsDocument.h"
-#include "ZuCommon/IMetricsReporter.h"
-#include "ZuCommon/IMetricsSource.h"
-#include "ZuCommon/PersistManager.h"
 #include "ZuControl/Control/StateDocuments.h"
 #include "ZuCore/Core.h"
 

@@ -53,7 +53,7 @@ public:
 
     /// A new argument record for the action, everything at its default. The caller owns it and fills it. Throws
     /// `Zu::Status::NOT_FOUND` for an action that does not exist. Null makes the request fail with
-    /// `Zu::Status::NOT_SUPPORTED`; for the action "add", which a job load uses, null is not allowed.
+    /// `Zu::Status::NOT_SUPPORTED`; so does the part of a job load that uses the action "add".
     virtual std::shared_ptr<Zu::Params::Group> GetActionParams(std::string const& id) const = 0;
 
     /// Carries out the action. One client's action of a protocol runs at a time; the client waits, so that an action

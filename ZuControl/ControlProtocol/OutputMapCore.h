@@ -24,8 +24,8 @@ namespace ZuControl::ControlProtocol
 ///
 /// The index holds the ids in item order and the sources. Without it a map of many thousand items would walk all its
 /// records for every new source.
-/// A change that fails, by an observer's exception or for want of memory, leaves the items as they were, except where
-/// an operation says otherwise; the index is then rebuilt by the next operation.
+/// A change fails when an observer throws or when there is no memory. The items are then as before, except where an
+/// operation says otherwise, and the next operation rebuilds the index.
 /// Threads: the class takes no lock; the map's lock guards it. Only `Count` may run without that lock.
 template <typename OutputId>
 class ZUCONTROL_API OutputMapCore final
@@ -33,7 +33,7 @@ class ZUCONTROL_API OutputMapCore final
 public:
     using Item = Zu::Properties::Structure;
 
-    /// How the core reads and writes an item, whose type it does not know.
+    /// The functions that read and change an item of the map's kind.
     struct ItemAccess
     {
         OutputId const& (*id)(Item const& item);

@@ -2,8 +2,6 @@
 
 #include "ZuApi/Event.h"
 #include "ZuCommon/Problems.h"
-#include "ZuControl/Control/ControlProtocolEnviron.h"
-#include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/IProtocol.h"

@@ -5,7 +5,7 @@
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
 #include "ZuControl/ControlProtocol/OutputMapCore.h"
 #include "ZuControl/Export.h"
-#include "ZuPipe/PipeDataFormatProps.h"
+#include "ZuPipe/PipeData.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "ZuApi/Signal.h"
-#include "ZuControl/Control/ControlActionInfo.h"
-#include "ZuApi/CallbackGate.h"
 #include "ZuApi/Properties/Value.h"
+#include "ZuApi/Signal.h"
 #include "ZuApi/Structure.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlManager.h"

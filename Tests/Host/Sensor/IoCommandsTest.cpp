@@ -2,13 +2,8 @@
 
 #include "Host/Sensor/DeskIo.h"
 #include "Support/Refusal.h"
-#include "ZuControl/Control/ControlAnalogOutput.h"
-#include "ZuControl/Control/ControlDigitalInput.h"
-#include "ZuControl/Control/ControlDigitalOutput.h"
-#include "ZuControl/Control/ControlSerialOutput.h"
-#include "ZuScan/Sensor.h"
 #include "ZuControl/Control/ControlHardware.h"
-#include "ZuScan/ISensor.h"
+#include "ZuScan/Sensor.h"
 #include "ZuStdScanners/ZucSensor/DigitalRecords.h"
 #include "ZuStdScanners/ZucSensor/IoRecords.h"
 

@@ -2,7 +2,7 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
-#include "ZuVision/ZvMeasurementMsg.h"
+#include "ZuVision/ZvMessages.h"
 
 #include <algorithm>
 
