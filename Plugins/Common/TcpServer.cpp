@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
+#include <future>
 #include <unordered_set>
 #include <vector>
 
@@ -36,6 +37,11 @@ std::string EndpointText(std::string const& address, uint16 port)
     return (isVersion6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
 }
 
+std::string TextOf(tcp::endpoint const& endpoint)
+{
+    return EndpointText(endpoint.address().to_string(), endpoint.port());
+}
+
 int32 StatusOf(error_code const& error)
 {
     namespace errors = boost::system::errc;
@@ -48,23 +54,27 @@ int32 StatusOf(error_code const& error)
 
 } // namespace
 
-/// The state from a start to the next stop. Once the I/O thread runs, it alone uses the members, except the two limits
-/// and `endpoint`, and except posts to `io`.
+/// The state from a start to the next stop. Once the I/O thread runs, it alone uses the members, except the limits and
+/// posts to `io`. The thread that moves the server reads `listener` and `place` after it has waited for the move.
 class TcpServer::Core final
 {
 public:
     Core(TcpServer& owner, TcpSettings const& settings)
         : server(owner),
-          acceptor(io),
           acceptRetry(io),
           sweep(io),
           maxClients(settings.maxClients),
           idleTimeoutUsec(settings.idleTimeoutUsec)
     {
-        Listen(settings);
+        error_code error;
+        Listener const opened = Open(PlaceOf(settings), error);
+        if (opened == nullptr)
+        {
+            Refuse(settings, error);
+        }
+        ListenWith(opened);
         ZU_CHECK(wThread_Construct(&thread));
         ZU_CHECK(wThread_SetName(thread, server.service.threadName.c_str()));
-        Accept();
         Sweep();
         ZU_CHECK(wThread_Start(thread, &Core::Run, this)); // last: the thread uses all members above
     }
@@ -86,9 +96,25 @@ public:
         idleTimeoutUsec.store(newIdleTimeoutUsec, std::memory_order_relaxed);
     }
 
-    tcp::endpoint const& Endpoint() const
+    /// The address with the actual port. Called by the thread that starts and moves the server.
+    tcp::endpoint const& Place() const
     {
-        return endpoint;
+        return place;
+    }
+
+    /// Whether a listener is open; false after a move that could not go back.
+    bool IsListening() const
+    {
+        return listener->is_open();
+    }
+
+    /// Replaces the listener; connections stay. If the new address is refused, the old listener stays or is opened again,
+    /// and the refusal is thrown.
+    void MoveTo(TcpSettings const& wanted)
+    {
+        std::packaged_task<void()> task([this, &wanted] { Move(wanted); });
+        boost::asio::post(io, [&task] { task(); });
+        task.get_future().get();
     }
 
     void PostToEach(std::function<void(TcpConnection&)> visit)
@@ -98,6 +124,7 @@ public:
 
 private:
     using Connection = std::shared_ptr<TcpConnection>;
+    using Listener = std::shared_ptr<tcp::acceptor>; // pending operations share it
 
     static int Run(void* argument)
     {
@@ -108,76 +135,123 @@ private:
         return 1;
     }
 
-    void Listen(TcpSettings const& settings)
+    /// Throws `Zu::Status::BAD_ARGUMENT` for an invalid address.
+    tcp::endpoint PlaceOf(TcpSettings const& settings) const
     {
-        std::string const where = EndpointText(settings.address, settings.port);
         error_code error;
         auto const address = boost::asio::ip::make_address(settings.address, error);
         if (error)
         {
             ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s cannot listen on %s: the address is not an IP address",
-                     server.service.displayName.c_str(), where.c_str());
+                     server.service.displayName.c_str(), EndpointText(settings.address, settings.port).c_str());
         }
-        tcp::endpoint const wanted(address, settings.port);
-        acceptor.open(wanted.protocol(), error);
-        for (auto const step : {&Core::AllowReuse, &Core::Bind, &Core::BeginListening})
+        return {address, settings.port};
+    }
+
+    [[noreturn]] void Refuse(TcpSettings const& settings, error_code const& error) const
+    {
+        ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName.c_str(),
+                 EndpointText(settings.address, settings.port).c_str(), error.message().c_str());
+    }
+
+    /// Returns null and sets `error` if that fails.
+    Listener Open(tcp::endpoint const& wanted, error_code& error)
+    {
+        auto opened = std::make_shared<tcp::acceptor>(io);
+        opened->open(wanted.protocol(), error);
+        if (!error) // allows a port on which only connections are left; a port with a listener is still refused
         {
-            if (!error)
-            {
-                (this->*step)(wanted, error);
-            }
+            opened->set_option(tcp::acceptor::reuse_address(true), error);
         }
-        if (error)
+        if (!error)
         {
-            ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName.c_str(), where.c_str(),
-                     error.message().c_str());
+            opened->bind(wanted, error);
         }
+        if (!error)
+        {
+            opened->listen(tcp::acceptor::max_listen_connections, error);
+        }
+        return error ? nullptr : opened;
     }
 
-    /// Allows binding a port on which only connections in TIME_WAIT are left. Binding a port with a listener still
-    /// fails.
-    void AllowReuse(tcp::endpoint const&, error_code& error)
+    void ListenWith(Listener const& opened)
     {
-        acceptor.set_option(tcp::acceptor::reuse_address(true), error);
+        listener = opened;
+        place = opened->local_endpoint();
+        Accept(opened);
     }
 
-    void Bind(tcp::endpoint const& wanted, error_code& error)
+    void Move(TcpSettings const& wanted)
     {
-        acceptor.bind(wanted, error);
+        tcp::endpoint const newPlace = PlaceOf(wanted); // first: an invalid address changes nothing
+        error_code error;
+        Listener opened = Open(newPlace, error);
+        bool const mayOverlap = error == boost::system::errc::address_in_use && newPlace.port() == place.port();
+        if (mayOverlap) // the old listener itself may be in the way
+        {
+            CloseListener();
+            opened = Open(newPlace, error);
+        }
+        if (opened != nullptr)
+        {
+            CloseListener();
+            ListenWith(opened);
+            return;
+        }
+        if (mayOverlap)
+        {
+            GoBack(wanted, error);
+        }
+        Refuse(wanted, error);
     }
 
-    void BeginListening(tcp::endpoint const&, error_code& error)
+    /// Opens the old listener again. If that fails, throws a refusal that names both addresses.
+    void GoBack(TcpSettings const& wanted, error_code const& refusal)
     {
-        acceptor.listen(tcp::acceptor::max_listen_connections, error);
-        endpoint = error ? tcp::endpoint{} : acceptor.local_endpoint(error);
+        error_code error;
+        Listener const opened = Open(place, error);
+        if (opened == nullptr)
+        {
+            ZU_THROW(StatusOf(refusal), "%s cannot listen on %s: %s. It cannot go back to %s either: %s",
+                     server.service.displayName.c_str(), EndpointText(wanted.address, wanted.port).c_str(),
+                     refusal.message().c_str(), TextOf(place).c_str(), error.message().c_str());
+        }
+        ListenWith(opened);
     }
 
-    void Accept()
+    void CloseListener()
     {
-        acceptor.async_accept([this](error_code const& error, tcp::socket socket) {
-            if (!acceptor.is_open())
+        error_code ignored; // a failed close leaves nothing to do
+        listener->close(ignored);
+        acceptRetry.cancel();
+    }
+
+    void Accept(Listener const& opened)
+    {
+        opened->async_accept([this, opened](error_code const& error, tcp::socket socket) {
+            if (!opened->is_open())
             {
                 return;
             }
             if (error)
             {
-                RetryAccept();
+                RetryAccept(opened);
                 return;
             }
             ZU_GUARD_BOUNDARY([&] { Welcome(std::move(socket)); });
-            Accept();
+            Accept(opened);
         });
     }
 
     /// Waits before accepting again, for example when no descriptor is free. Retrying at once would take time from the
     /// clients.
-    void RetryAccept()
+    void RetryAccept(Listener const& opened)
     {
         acceptRetry.expires_after(ACCEPT_RETRY);
-        acceptRetry.async_wait([this](error_code const&) {
-            if (acceptor.is_open())
+        acceptRetry.async_wait([this, opened](error_code const&) {
+            if (opened->is_open())
             {
-                Accept();
+                Accept(opened);
             }
         });
     }
@@ -228,7 +302,7 @@ private:
         ForEach([&](TcpConnection& connection) { connection.CheckDeadlines(now, idleTimeout, writeTimeout); });
         sweep.expires_after(std::clamp<std::chrono::microseconds>(idleTimeout / 10, SHORTEST_SWEEP, LONGEST_SWEEP));
         sweep.async_wait([this](error_code const&) {
-            if (acceptor.is_open())
+            if (!isClosing)
             {
                 Sweep();
             }
@@ -237,9 +311,8 @@ private:
 
     void CloseAll()
     {
-        error_code ignored; // the I/O context closes the rest
-        acceptor.close(ignored);
-        acceptRetry.cancel();
+        isClosing = true;
+        CloseListener();
         sweep.cancel();
         for (auto const& connection : connections)
         {
@@ -251,11 +324,12 @@ private:
 
     TcpServer& server;
     boost::asio::io_context io{1}; // one thread: fewer locks
-    tcp::acceptor acceptor;
-    tcp::endpoint endpoint; // constant once listening
+    Listener listener;
+    tcp::endpoint place; // of the listener, or of the last one
     boost::asio::steady_timer acceptRetry;
     boost::asio::steady_timer sweep;
     std::unordered_set<Connection> connections;
+    bool isClosing = false;
     std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
     std::atomic<uint64> idleTimeoutUsec;
     wThread thread; // last: it uses all members above
@@ -279,8 +353,7 @@ void TcpServer::Start(TcpSettings const& settings)
     }
     core = std::make_unique<Core>(*this, settings);
     applied = settings;
-    Zu::MutexLock const guard(reachLock);
-    reachable = core.get();
+    NotePlace();
 }
 
 void TcpServer::Apply(TcpSettings const& wanted)
@@ -291,8 +364,7 @@ void TcpServer::Apply(TcpSettings const& wanted)
     }
     if (!wanted.HasSamePlace(applied))
     {
-        BindAnew(wanted);
-        return;
+        Move(wanted);
     }
     core->SetLimits(wanted.maxClients, wanted.idleTimeoutUsec);
     applied = wanted;
@@ -303,6 +375,8 @@ void TcpServer::Stop() noexcept
     {
         Zu::MutexLock const guard(reachLock);
         reachable = nullptr;
+        endpoint.clear();
+        port = 0;
     }
     core.reset();
 }
@@ -316,15 +390,13 @@ bool TcpServer::IsRunning() const
 std::string TcpServer::Endpoint() const
 {
     Zu::MutexLock const guard(reachLock);
-    return reachable != nullptr
-               ? EndpointText(reachable->Endpoint().address().to_string(), reachable->Endpoint().port())
-               : std::string();
+    return endpoint;
 }
 
 uint16 TcpServer::Port() const
 {
     Zu::MutexLock const guard(reachLock);
-    return reachable != nullptr ? reachable->Endpoint().port() : uint16{0};
+    return port;
 }
 
 bool TcpServer::PostToEach(std::function<bool(ITcpConversation&)> visit)
@@ -347,30 +419,29 @@ void TcpServer::DisconnectAll()
     }
 }
 
-void TcpServer::BindAnew(TcpSettings const& wanted)
+void TcpServer::Move(TcpSettings const& wanted)
 {
-    TcpSettings const before = applied;
-    TcpSettings present = before;
-    present.port = Port(); // if a free port was taken, go back to that one
-    Stop();                // first: the new address may overlap the old one on the same port
     try
     {
-        Start(wanted);
+        core->MoveTo(wanted);
     }
     catch (...)
     {
-        std::exception_ptr const reason = std::current_exception();
-        try
+        if (!core->IsListening())
         {
-            Start(present);
-            applied = before;
+            Stop();
         }
-        catch (...)
-        {
-            ZU_LOG_CAUGHT("%s cannot go back to where it listened before", service.displayName.c_str());
-        }
-        std::rethrow_exception(reason);
+        throw;
     }
+    NotePlace();
+}
+
+void TcpServer::NotePlace()
+{
+    Zu::MutexLock const guard(reachLock);
+    reachable = core.get();
+    endpoint = TextOf(core->Place());
+    port = core->Place().port();
 }
 
 } // namespace PluginCommon

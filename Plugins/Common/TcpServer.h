@@ -63,9 +63,9 @@ public:
     bool IsRunning() const;
 
     /// Applies new settings; does nothing if the server does not run. New limits take effect at once: `maxClients` for
-    /// new clients, the idle timeout for all. A new address or port is bound, which closes all connections. If binding
-    /// fails, the server returns to the old address and throws as `Start` does; if that fails too, the server does not
-    /// run any more.
+    /// new clients, the idle timeout for all. A new address or port replaces the listener; the connections stay. If it is
+    /// refused, throws as `Start` does, and the server goes on with its old settings. If the old address had to be given
+    /// up for the new one and cannot be bound again, the text names both and the server has stopped.
     void Apply(TcpSettings const& wanted);
 
     /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
@@ -84,7 +84,8 @@ public:
 private:
     class Core;
 
-    void BindAnew(TcpSettings const& wanted);
+    void Move(TcpSettings const& wanted);
+    void NotePlace();
 
     Service const service;
     TcpCounters& counters;
@@ -94,6 +95,8 @@ private:
     // A leaf. `reachable` is set to null before the core is destroyed, so that nothing is posted to a destroyed core.
     mutable Zu::Mutex reachLock;
     Core* reachable ZU_GUARDED_BY(reachLock) = nullptr;
+    std::string endpoint ZU_GUARDED_BY(reachLock); // empty while the server does not run
+    uint16 port ZU_GUARDED_BY(reachLock) = 0;
 };
 
 } // namespace PluginCommon

@@ -40,7 +40,7 @@ public:
 
     void ResetMetrics() override;
 
-    /// Applies the parameters. A new port or address is bound, which closes all connections. If binding fails, the
+    /// Applies the parameters. A new port or address replaces the listener; the connections stay. If it is refused, the
     /// service goes on at the old address and the exception tells why.
     void ParamsUpdate() override;
 

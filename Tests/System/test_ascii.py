@@ -261,13 +261,14 @@ class Configuration(unittest.TestCase):
                 refused = rest.put(ASCII, {"parameters": {"port": busy}})
                 self.assertEqual((refused.status, refused.json["detail"]), (
                     503, f"ASCII over TCP cannot listen on 127.0.0.1:{busy}: Address already in use"))
-            self.assertIsNone(client.line())
+            self.assertEqual(client.ask("GET zMax"), "OK zMax none 0")
             with connect(host) as again:
                 self.assertEqual(again.ask("GET zMax"), "OK zMax none 0")
             self.assertEqual(rest.put(ASCII, {"parameters": {"port": busy}}).status, 200)
             wait_until(lambda: metrics(rest)["listening"] == f"127.0.0.1:{busy}", "the new place")
             with AsciiClient(busy) as moved:
                 self.assertEqual(moved.ask("GET zMax"), "OK zMax none 0")
+            self.assertEqual(client.ask("GET zMax"), "OK zMax none 0")
             self.assertTrue(is_refused(host.ports["AsciiTcp"]))
 
     def test_a_text_reaches_every_client(self):

@@ -145,9 +145,10 @@ bool TcpClient::IsClosedByServer()
     return count == 0 || (count < 0 && errno == ECONNRESET);
 }
 
-OccupiedPort::OccupiedPort() : descriptor(OpenSocket()), number(0)
+OccupiedPort::OccupiedPort(char const* where, uint16 port) : descriptor(OpenSocket()), number(0)
 {
-    sockaddr_in address = Loopback(0);
+    sockaddr_in address = Loopback(port);
+    inet_pton(AF_INET, where, &address.sin_addr);
     socklen_t size = sizeof address;
     if (bind(descriptor, reinterpret_cast<sockaddr const*>(&address), size) != 0 || listen(descriptor, 1) != 0 ||
         getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0)

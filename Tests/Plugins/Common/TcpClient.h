@@ -40,11 +40,11 @@ private:
     std::string received; // bytes behind the last line
 };
 
-/// Binds a port of 127.0.0.1 and listens on it until destruction.
+/// Binds a port of a loopback address and listens on it until destruction. Port 0 takes a free one.
 class OccupiedPort final
 {
 public:
-    OccupiedPort();
+    explicit OccupiedPort(char const* address = "127.0.0.1", uint16 port = 0);
     ~OccupiedPort();
     OccupiedPort(OccupiedPort const&) = delete;
     OccupiedPort& operator=(OccupiedPort const&) = delete;

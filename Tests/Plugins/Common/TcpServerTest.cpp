@@ -194,6 +194,82 @@ TEST_F(TcpServerTest, AppliesLimitsInPlace)
     EXPECT_EQ(server.Port(), port);
 }
 
+TEST_F(TcpServerTest, KeepsItsClientsWhenItMoves)
+{
+    server.Start(At(0));
+    uint16 const before = server.Port();
+    TcpClient client(before);
+    ExpectEcho(client);
+    TcpSettings settings = At(0);
+    settings.address = "127.0.0.2";
+
+    server.Apply(settings);
+
+    EXPECT_EQ(server.Endpoint(), "127.0.0.2:" + std::to_string(server.Port()));
+    ExpectEcho(client);
+    EXPECT_THROW(TcpClient{before}, std::runtime_error); // nothing listens there any more
+    server.Apply(At(0));
+    TcpClient newcomer(server.Port());
+    ExpectEcho(newcomer);
+    ExpectEcho(client);
+    EXPECT_EQ(counters.acceptedClients, 2u);
+}
+
+TEST_F(TcpServerTest, KeepsItsClientsWhenItMovesToAnAddressThatOverlapsItsOwn)
+{
+    server.Start(At(0));
+    uint16 const port = server.Port();
+    TcpClient client(port);
+    ExpectEcho(client);
+    TcpSettings settings = At(port);
+    settings.address = "0.0.0.0";
+
+    server.Apply(settings);
+
+    EXPECT_EQ(server.Endpoint(), "0.0.0.0:" + std::to_string(port));
+    ExpectEcho(client);
+    TcpClient newcomer(port);
+    ExpectEcho(newcomer);
+}
+
+TEST_F(TcpServerTest, KeepsItsClientsWhenTheNewAddressIsInvalid)
+{
+    server.Start(At(0));
+    std::string const before = server.Endpoint();
+    TcpClient client(server.Port());
+    ExpectEcho(client);
+    TcpSettings settings = At(0);
+    settings.address = "nonsense";
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Apply(settings); }),
+              (ZuTest::Refusal{-997, "The test cannot listen on nonsense:0: the address is not an IP address"}));
+
+    EXPECT_EQ(server.Endpoint(), before);
+    ExpectEcho(client);
+    TcpClient newcomer(server.Port());
+    ExpectEcho(newcomer);
+}
+
+TEST_F(TcpServerTest, OpensItsListenerAgainWhenAnOverlappingAddressIsTaken)
+{
+    server.Start(At(0));
+    uint16 const port = server.Port();
+    OccupiedPort const taken("127.0.0.2", port);
+    TcpClient client(port);
+    ExpectEcho(client);
+    TcpSettings settings = At(port);
+    settings.address = "0.0.0.0";
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Apply(settings); }),
+              (ZuTest::Refusal{-976, "The test cannot listen on 0.0.0.0:" + std::to_string(port) +
+                                         ": Address already in use"}));
+
+    EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + std::to_string(port));
+    ExpectEcho(client);
+    TcpClient newcomer(port);
+    ExpectEcho(newcomer);
+}
+
 TEST_F(TcpServerTest, GoesBackToThePortThatItHadWhenTheNewOneIsTaken)
 {
     OccupiedPort const taken;
