@@ -90,13 +90,13 @@ private:
 class TcpMetrics : public CounterMetrics
 {
 public:
-    Zu::Properties::SharedText listening; ///< current address, such as "127.0.0.1:1502"; empty while stopped
-
-protected:
     /// Begins the record: control drops, address, clients and requests.
     explicit TcpMetrics(TcpCounters const& counters);
     ~TcpMetrics() override;
 
+    Zu::Properties::SharedText listening; ///< current address, such as "127.0.0.1:1502"; empty while stopped
+
+protected:
     /// Adds the bytes in both directions and the result sets.
     void AddTraffic(TcpCounters const& counters);
 

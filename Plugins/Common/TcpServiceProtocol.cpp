@@ -1,8 +1,11 @@
 #include "Plugins/Common/TcpServiceProtocol.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuApi/JsonSerializer.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wMutex.h"
+
+#include <nlohmann/json.hpp>
 
 #include <utility>
 
@@ -45,7 +48,9 @@ TcpServiceProtocol::TcpServiceProtocol(Identity const& newIdentity, ControlProto
       identity(newIdentity),
       fetcher(std::string(newIdentity.typeName) + ".State",
               Required(environ.dataCache, newIdentity.displayName, "data cache"),
-              Required(environ.problems, newIdentity.displayName, "problems manager"))
+              Required(environ.problems, newIdentity.displayName, "problems manager")),
+      problems(*environ.problems),
+      restoreProblem(environ.problems)
 {
 }
 
@@ -66,6 +71,8 @@ void TcpServiceProtocol::InitService(Records const& records, ProtocolInitParams 
     initParams.params = params;
     initParams.metricsData = metrics;
     Init(initParams);
+    Zu::MutexLock const guard(lifecycleLock);
+    KeepAccepted();
 }
 
 void TcpServiceProtocol::EndService() noexcept
@@ -98,11 +105,12 @@ void TcpServiceProtocol::ParamsUpdate()
     bool const wasRunning = server->IsRunning();
     try
     {
-        ApplyOwnParams();
-        server->Apply(params->Settings());
+        ApplyParams();
+        KeepAccepted();
     }
     catch (...)
     {
+        RestoreAccepted(Zu::CaughtReason());
         bool const isLost = wasRunning && !server->IsRunning();
         if (isLost)
         {
@@ -120,7 +128,9 @@ void TcpServiceProtocol::ParamsUpdate()
 
 void TcpServiceProtocol::ResetParams()
 {
+    Zu::MutexLock const guard(lifecycleLock);
     params->SetDefaults();
+    KeepAccepted();
 }
 
 void TcpServiceProtocol::Start()
@@ -144,6 +154,7 @@ void TcpServiceProtocol::Start()
         }
         metrics->listening.Set(server->Endpoint()); // at once: the host prints the address before the next update
         SetServing(true);
+        KeepAccepted();
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -244,6 +255,38 @@ TcpServiceProtocol::Status TcpServiceProtocol::CommandStatus()
 bool TcpServiceProtocol::IsSameCommand(Command const& first, Command const& second)
 {
     return IsDuplicateCommand(first, second);
+}
+
+void TcpServiceProtocol::ApplyParams()
+{
+    ApplyOwnParams();
+    server->Apply(params->Settings());
+}
+
+void TcpServiceProtocol::KeepAccepted()
+{
+    accepted = std::make_unique<nlohmann::json>(Zu::Properties::JsonSerializer::Serialize(*params));
+    restoreProblem.Begin();
+    restoreProblem.End(); // no problem any more
+}
+
+void TcpServiceProtocol::RestoreAccepted(std::string const& refusal)
+{
+    try
+    {
+        Zu::Properties::JsonSerializer::Deserialize(*params, *accepted);
+        ApplyParams();
+    }
+    catch (...)
+    {
+        std::string const failure = Zu::CaughtReason();
+        restoreProblem.Begin();
+        restoreProblem.Register(
+            problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "ZuControl",
+                         "%1$s refused new parameters (%2$s) and cannot go back to the earlier ones: %3$s",
+                         DisplayName(), refusal.c_str(), failure.c_str()));
+        restoreProblem.End();
+    }
 }
 
 void TcpServiceProtocol::OnClientsChanged(uint64 count)

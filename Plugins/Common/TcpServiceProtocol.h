@@ -6,8 +6,11 @@
 #include "Plugins/Common/TcpMetrics.h"
 #include "Plugins/Common/TcpParams.h"
 #include "Plugins/Common/TcpServer.h"
+#include "ZuCommon/ProblemsTracker.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "wApi/wMutex.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <chrono>
 #include <functional>
@@ -42,6 +45,9 @@ public:
 
     /// Applies the parameters. A new port or address replaces the listener; the connections stay. If it is refused, the
     /// service goes on at the old address and the exception tells why.
+    ///
+    /// A refused update leaves no trace: before it throws, the parameters are restored to those of the last accepted
+    /// update, start or reset, whichever came last, and applied. If that fails, too, a problem names both failures.
     void ParamsUpdate() override;
 
     /// Sets the defaults. A running service keeps its settings until the next update or start: a load resets the
@@ -124,6 +130,9 @@ protected:
     Zu::Mutex metricsLock; ///< held during an update of the metrics; problems of the base class are reported under it
 
 private:
+    void ApplyParams() ZU_REQUIRES(lifecycleLock);
+    void KeepAccepted() ZU_REQUIRES(lifecycleLock);
+    void RestoreAccepted(std::string const& refusal) ZU_REQUIRES(lifecycleLock);
     void OnClientsChanged(uint64 count);
     void SetServing(bool newIsServing);
     void TellClientCount();
@@ -133,10 +142,13 @@ private:
     TcpCounters* counters = nullptr;
     Identity const identity;
     StateFetcher fetcher;
+    ZuCommon::ProblemsManager& problems;
+    ZuCommon::ProblemsTracker restoreProblem;
 
     // Lock order: this, then `fanOutLock`. Serialises starts, stops and parameter changes. It is held while the I/O
     // thread is joined, so the I/O thread never takes it.
     Zu::Mutex lifecycleLock;
+    std::unique_ptr<nlohmann::json> accepted ZU_GUARDED_BY(lifecycleLock); // the parameters to restore
 
     // Held while the client count is reported to the fan-out, so that counts arrive in order. The dispatcher's thread
     // must not take it: the fan-out may join that thread under its own lock.

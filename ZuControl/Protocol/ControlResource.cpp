@@ -51,6 +51,24 @@ bool Names(nlohmann::json const& document, char const* key)
     return document.is_object() && document.contains(key);
 }
 
+/// Starts or stops the service. If that is refused and the request has set parameters before, the refusal says that they
+/// stay.
+void EnableWith(IControlInstance& instance, bool isEnabled, bool hasParameters)
+{
+    try
+    {
+        instance.Enable(isEnabled);
+    }
+    catch (Zu::Exception const& exception)
+    {
+        if (!hasParameters)
+        {
+            throw;
+        }
+        ZU_THROW_NESTED("%s. The parameters of the request are kept.", exception.what());
+    }
+}
+
 } // namespace
 
 ControlProperties::ControlProperties() : Group("")
@@ -134,7 +152,7 @@ void ControlResource::UpdateDocument(ZuRest::RequestInfo const& request, nlohman
     }
     if (namesEnabled && properties.enabled.Get() != instance.IsEnabled())
     {
-        instance.Enable(properties.enabled.Get());
+        EnableWith(instance, properties.enabled.Get(), namesParameters);
     }
     instance.EndUpdateParameters();
 }

@@ -442,8 +442,10 @@ TEST_F(AsciiTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenItC
         EXPECT_EQ(Port(), first);
         TcpClient client(first);
         EXPECT_EQ(Ask(client, "GET zMax"), "OK zMax none 0");
+        EXPECT_EQ(Params().port.Get(), 0); // the refused port is not kept
     }
 
+    Params().port.Set(free);
     protocol->ParamsUpdate();
 
     EXPECT_EQ(Metrics().listening.Get(), "127.0.0.1:" + std::to_string(free));

@@ -394,7 +394,9 @@ TEST_F(ModbusTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenIt
         EXPECT_EQ(client.Read(150, 1), Registers{0});
     }
     EXPECT_NE(first, 0);
+    EXPECT_EQ(Params().port.Get(), 0); // the refused port is not kept
 
+    Params().port.Set(free);
     protocol->ParamsUpdate();
 
     EXPECT_EQ(Listening(), "127.0.0.1:" + std::to_string(free));

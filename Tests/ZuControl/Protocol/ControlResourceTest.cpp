@@ -213,20 +213,40 @@ TEST_F(ControlResourceTest, WarnsOfAnotherStatusAndDoesNotApplyIt)
               (std::vector{ZuTest::Warning("Zu::Params::ParamsBase::CheckValidation", "Status is read-only.")}));
 }
 
-TEST_F(ControlResourceTest, LeavesTheBracketOpenWhenWhatComesBehindValidationFails)
+TEST_F(ControlResourceTest, LeavesTheBracketOpenWhenTheProtocolRefusesItsParameters)
 {
-    for (char const* const call : {"ParamsUpdate", "Enable(true)"})
-    {
-        calls.Clear();
-        instance.on = {{call, Failing(-5, "no")}};
+    instance.on = {{"ParamsUpdate", Failing(-5, "no")}};
 
-        EXPECT_EQ(CausesOf([this] {
-                      Update({{"enabled", true}, {"parameters", {{"a", 7}}}});
-                  }),
-                  (std::vector<Refusal>{{-5, "no"}}));
-        EXPECT_EQ(calls.Count("EndUpdateParameters"), 0u) << call;
-        EXPECT_EQ(calls.All().back(), call);
-    }
+    EXPECT_EQ(CausesOf([this] {
+                  Update({{"enabled", true}, {"parameters", {{"a", 7}}}});
+              }),
+              (std::vector<Refusal>{{-5, "no"}}));
+
+    EXPECT_EQ(calls.Count("EndUpdateParameters"), 0u);
+    EXPECT_EQ(calls.All().back(), "ParamsUpdate");
+}
+
+TEST_F(ControlResourceTest, LeavesTheBracketOpenWhenTheProtocolCannotStart)
+{
+    instance.on = {{"Enable(true)", Failing(-5, "no")}};
+
+    EXPECT_EQ(CausesOf([this] { Update({{"enabled", true}}); }), (std::vector<Refusal>{{-5, "no"}}));
+
+    EXPECT_EQ(calls.Count("EndUpdateParameters"), 0u);
+    EXPECT_EQ(calls.All().back(), "Enable(true)");
+}
+
+TEST_F(ControlResourceTest, TellsThatTheParametersStayWhenTheProtocolCannotStartWithThem)
+{
+    instance.on = {{"Enable(true)", Failing(-5, "no")}};
+
+    EXPECT_EQ(CausesOf([this] {
+                  Update({{"enabled", true}, {"parameters", {{"a", 7}}}});
+              }),
+              (std::vector<Refusal>{{-5, "no. The parameters of the request are kept."}, {-5, "no"}}));
+
+    EXPECT_EQ(params->a.Get(), 7u);
+    EXPECT_EQ(calls.Count("EndUpdateParameters"), 0u);
 }
 
 TEST_F(ControlResourceTest, TellsOfAChangeWhoeverMadeIt)
