@@ -4,6 +4,8 @@
 #include "ZuApi/Guard.h"
 
 #include <boost/asio/buffer.hpp>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 
 namespace PluginCommon
 {
@@ -45,18 +47,29 @@ void TcpConnection::Begin()
         End(false);
         return;
     }
+    address = socket.remote_endpoint(error).address(); // unspecified after an error: the client has gone
+    SetOptions();
+    WaitReadable();
+}
+
+void TcpConnection::SetOptions()
+{
     error_code ignored; // the options are optional
     socket.set_option(tcp::no_delay(true), ignored);
     socket.set_option(tcp::socket::send_buffer_size(SEND_BUFFER_BYTES), ignored);
     socket.set_option(tcp::socket::keep_alive(true), ignored);
-    WaitReadable();
+    for (auto const& [name, value] :
+         {std::pair(TCP_KEEPIDLE, KEEP_ALIVE_IDLE), std::pair(TCP_KEEPINTVL, KEEP_ALIVE_INTERVAL),
+          std::pair(TCP_KEEPCNT, KEEP_ALIVE_PROBES)})
+    {
+        setsockopt(socket.native_handle(), IPPROTO_TCP, name, &value, sizeof value);
+    }
 }
 
 void TcpConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout)
 {
-    bool const isIdle = !conversation->MayBeSilent() && now - lastProgress > idleTimeout;
     bool const isStuck = isStalled && now - stalledSince > writeTimeout;
-    if (isIdle || isStuck)
+    if (IsUnused(now, idleTimeout) || isStuck)
     {
         End(true);
     }
@@ -73,6 +86,11 @@ void TcpConnection::Visit(std::function<bool(ITcpConversation&)> const& visit)
 void TcpConnection::Drop()
 {
     End(true);
+}
+
+bool TcpConnection::IsUnused(Clock::time_point now, Clock::duration time) const
+{
+    return !conversation->MayBeSilent() && now - lastProgress > time;
 }
 
 void TcpConnection::Close()

@@ -31,6 +31,11 @@ public:
     /// arrive.
     static constexpr int SEND_BUFFER_BYTES = 64 * 1024;
 
+    // A client whose machine has vanished is noticed after KEEP_ALIVE_IDLE + KEEP_ALIVE_PROBES * KEEP_ALIVE_INTERVAL.
+    static constexpr int KEEP_ALIVE_IDLE = 30; ///< seconds
+    static constexpr int KEEP_ALIVE_INTERVAL = 10;
+    static constexpr int KEEP_ALIVE_PROBES = 3;
+
     /// `whenEnded` is called once when the connection has ended by itself. `Close` does not call it.
     TcpConnection(boost::asio::ip::tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
                   TcpCounters& serverCounters, Ended whenEnded);
@@ -50,10 +55,25 @@ public:
     /// Drops the client.
     void Drop();
 
+    /// Whether the client has made no progress for `time` without a reason.
+    bool IsUnused(Clock::time_point now, Clock::duration time) const;
+
+    Clock::time_point LastProgress() const
+    {
+        return lastProgress;
+    }
+
+    /// The address of the client.
+    boost::asio::ip::address const& Address() const
+    {
+        return address;
+    }
+
     /// Closes the socket. The server has removed the connection.
     void Close();
 
 private:
+    void SetOptions();
     void WaitReadable();
     void WaitWritable();
     void Readable();
@@ -63,6 +83,7 @@ private:
     void End(bool isDropped);
 
     boost::asio::ip::tcp::socket socket;
+    boost::asio::ip::address address;
     std::unique_ptr<ITcpConversation> const conversation;
     TcpCounters& counters;
     Ended ended;

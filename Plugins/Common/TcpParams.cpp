@@ -8,7 +8,11 @@ namespace PluginCommon
 namespace
 {
 
-constexpr uint64 USEC_PER_SECOND = 1'000'000;
+uint64 UsecOf(uint32 seconds)
+{
+    constexpr uint64 USEC_PER_SECOND = 1'000'000;
+    return USEC_PER_SECOND * std::clamp<uint32>(seconds, 1, TcpParams::LONGEST_IDLE_TIMEOUT);
+}
 
 } // namespace
 
@@ -23,7 +27,7 @@ TcpParams::TcpParams(uint16 newDefaultPort) : Group(""), defaultPort(newDefaultP
 
 TcpParams::~TcpParams()
 {
-    for (char const* key : {"port", "address", "maxClients", "idleTimeout"})
+    for (char const* key : {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter"})
     {
         Deregister(key); // before the members, to which the base class refers, are destroyed
     }
@@ -35,19 +39,26 @@ void TcpParams::SetDefaults()
     address.Set(DEFAULT_ADDRESS);
     maxClients.Set(DEFAULT_MAX_CLIENTS);
     idleTimeout.Set(DEFAULT_IDLE_TIMEOUT);
+    makeRoomAfter.Set(DEFAULT_MAKE_ROOM_AFTER);
 }
 
 TcpSettings TcpParams::Settings() const
 {
-    return {address.Get(), port.Get(), std::min(maxClients.Get(), MOST_CLIENTS),
-            USEC_PER_SECOND * std::clamp<uint64>(idleTimeout.Get(), 1, LONGEST_IDLE_TIMEOUT)};
+    return {address.Get(), port.Get(), std::min(maxClients.Get(), MOST_CLIENTS), UsecOf(idleTimeout.Get()),
+            UsecOf(makeRoomAfter.Get())};
 }
 
 void TcpParams::RegisterLimits()
 {
-    Register("idleTimeout", "Idle Timeout", idleTimeout);
-    Bound(idleTimeout, 1, LONGEST_IDLE_TIMEOUT);
-    idleTimeout.EnableUnits(true).GetUnits().Set("s");
+    RegisterTime("idleTimeout", "Idle Timeout", idleTimeout);
+    RegisterTime("makeRoomAfter", "Idle Time Until a Client Makes Room", makeRoomAfter);
+}
+
+void TcpParams::RegisterTime(char const* key, char const* title, Zu::Params::Value<uint32>& value)
+{
+    Register(key, title, value);
+    Bound(value, 1, LONGEST_IDLE_TIMEOUT);
+    value.EnableUnits(true).GetUnits().Set("s");
 }
 
 void TcpParams::Bound(Zu::Params::Value<uint32>& value, uint32 least, uint32 most)

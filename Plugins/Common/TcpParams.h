@@ -22,6 +22,7 @@ public:
     static constexpr uint32 MOST_CLIENTS = 512;
     static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
     static constexpr uint32 LONGEST_IDLE_TIMEOUT = 86400;
+    static constexpr uint32 DEFAULT_MAKE_ROOM_AFTER = 10;
 
     ~TcpParams() override;
 
@@ -36,17 +37,22 @@ public:
     Zu::Params::Value<uint32> maxClients;   ///< 1 to MOST_CLIENTS
     Zu::Params::Value<uint32> idleTimeout;  ///< seconds, 1 to LONGEST_IDLE_TIMEOUT
 
+    /// Seconds without a complete request after which a client makes room for a new one, 1 to LONGEST_IDLE_TIMEOUT.
+    Zu::Params::Value<uint32> makeRoomAfter;
+
 protected:
     /// Registers port, address and maxClients.
     explicit TcpParams(uint16 newDefaultPort);
 
-    /// Registers the idle timeout, behind the parameters of the derived record.
+    /// Registers the times, behind the parameters of the derived record.
     void RegisterLimits();
 
     /// Sets both bounds of a number.
     static void Bound(Zu::Params::Value<uint32>& value, uint32 least, uint32 most);
 
 private:
+    void RegisterTime(char const* key, char const* title, Zu::Params::Value<uint32>& value);
+
     uint16 const defaultPort;
 };
 

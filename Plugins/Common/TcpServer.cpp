@@ -15,6 +15,7 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <map>
 #include <unordered_set>
 #include <vector>
 
@@ -64,7 +65,8 @@ public:
           acceptRetry(io),
           sweep(io),
           maxClients(settings.maxClients),
-          idleTimeoutUsec(settings.idleTimeoutUsec)
+          idleTimeoutUsec(settings.idleTimeoutUsec),
+          makeRoomAfterUsec(settings.makeRoomAfterUsec)
     {
         error_code error;
         Listener const opened = Open(PlaceOf(settings), error);
@@ -90,10 +92,11 @@ public:
     Core(Core const&) = delete;
     Core& operator=(Core const&) = delete;
 
-    void SetLimits(uint64 newMaxClients, uint64 newIdleTimeoutUsec)
+    void SetLimits(TcpSettings const& settings)
     {
-        maxClients.store(newMaxClients, std::memory_order_relaxed);
-        idleTimeoutUsec.store(newIdleTimeoutUsec, std::memory_order_relaxed);
+        maxClients.store(settings.maxClients, std::memory_order_relaxed);
+        idleTimeoutUsec.store(settings.idleTimeoutUsec, std::memory_order_relaxed);
+        makeRoomAfterUsec.store(settings.makeRoomAfterUsec, std::memory_order_relaxed);
     }
 
     /// The address with the actual port. Called by the thread that starts and moves the server.
@@ -258,10 +261,21 @@ private:
 
     void Welcome(tcp::socket socket)
     {
-        if (connections.size() >= maxClients.load(std::memory_order_relaxed))
+        error_code error;
+        auto const address = socket.remote_endpoint(error).address();
+        if (error)
         {
-            Count(server.counters.rejectedClients);
-            return; // the socket's destructor closes it
+            return; // the client has gone
+        }
+        while (connections.size() >= maxClients.load(std::memory_order_relaxed))
+        {
+            Connection const leaving = Displaced(address);
+            if (leaving == nullptr)
+            {
+                Count(server.counters.rejectedClients);
+                return; // the socket's destructor closes it
+            }
+            leaving->Drop();
         }
         auto const connection =
             std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), server.counters,
@@ -270,6 +284,45 @@ private:
         Count(server.counters.acceptedClients);
         TellCount(); // before the first request: results flow once a client is counted
         connection->Begin();
+    }
+
+    /// The connection that makes room for a client of this address; null if there is none.
+    Connection Displaced(boost::asio::ip::address const& newcomer) const
+    {
+        auto const now = TcpConnection::Clock::now();
+        std::chrono::microseconds const after(makeRoomAfterUsec.load(std::memory_order_relaxed));
+        Connection const idle = Oldest([&](TcpConnection const& client) { return client.IsUnused(now, after); });
+        if (idle != nullptr)
+        {
+            return idle;
+        }
+        std::map<boost::asio::ip::address, uint64> counts{{newcomer, 0}};
+        for (Connection const& connection : connections)
+        {
+            ++counts[connection->Address()];
+        }
+        uint64 const share = maxClients.load(std::memory_order_relaxed) / counts.size();
+        if (counts[newcomer] >= share)
+        {
+            return nullptr;
+        }
+        auto const most = std::ranges::max_element(counts, {}, [](auto const& entry) { return entry.second; });
+        return Oldest([&](TcpConnection const& client) { return client.Address() == most->first; });
+    }
+
+    /// Of the connections that `isMeant` selects, the one that has made no progress for the longest time.
+    template <typename Predicate>
+    Connection Oldest(Predicate const& isMeant) const
+    {
+        Connection oldest;
+        for (Connection const& connection : connections)
+        {
+            if (isMeant(*connection) && (oldest == nullptr || connection->LastProgress() < oldest->LastProgress()))
+            {
+                oldest = connection;
+            }
+        }
+        return oldest;
     }
 
     void Forget(Connection const& connection)
@@ -332,6 +385,7 @@ private:
     bool isClosing = false;
     std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
     std::atomic<uint64> idleTimeoutUsec;
+    std::atomic<uint64> makeRoomAfterUsec;
     wThread thread; // last: it uses all members above
 };
 
@@ -366,7 +420,7 @@ void TcpServer::Apply(TcpSettings const& wanted)
     {
         Move(wanted);
     }
-    core->SetLimits(wanted.maxClients, wanted.idleTimeoutUsec);
+    core->SetLimits(wanted);
     applied = wanted;
 }
 

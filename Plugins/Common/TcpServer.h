@@ -17,10 +17,11 @@ struct TcpCounters;
 /// The address and the limits of a server.
 struct TcpSettings
 {
-    std::string address;        ///< a numeric IPv4 or IPv6 address of this machine
-    uint16 port = 0;            ///< 0: a free port
-    uint64 maxClients = 0;      ///< a further client is accepted and closed at once
-    uint64 idleTimeoutUsec = 0; ///< a client that is silent for longer is dropped
+    std::string address;                   ///< a numeric IPv4 or IPv6 address of this machine
+    uint16 port = 0;                       ///< 0: a free port
+    uint64 maxClients = 0;                 ///< a further client needs another one to make room
+    uint64 idleTimeoutUsec = 0;            ///< a client that is silent for longer is dropped
+    uint64 makeRoomAfterUsec = 10'000'000; ///< a client that is silent for longer makes room for a new one
 
     bool HasSamePlace(TcpSettings const& other) const
     {
@@ -30,6 +31,11 @@ struct TcpSettings
 
 /// A TCP server: binds, listens, accepts clients up to a limit and checks their deadlines. One I/O thread serves all
 /// clients; no client can block another. The owner makes the conversations, which implement the protocol.
+///
+/// When `maxClients` are connected, a new client takes the place of the one that has made no progress for the longest
+/// time, if that time is longer than `makeRoomAfterUsec`. If none is that idle, each address has an equal share of the
+/// places: a client of an address that has less than its share takes the place of a client of the address that has most
+/// clients. Otherwise the new client is closed at once.
 ///
 /// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
 /// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.

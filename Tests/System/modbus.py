@@ -13,8 +13,8 @@ class ModbusException(Exception):
 
 
 class ModbusClient:
-    def __init__(self, port, address="127.0.0.1", timeout=10.0, unit=1):
-        self.socket = socket.create_connection((address, port), timeout=timeout)
+    def __init__(self, port, address="127.0.0.1", timeout=10.0, unit=1, source=None):
+        self.socket = socket.create_connection((address, port), timeout=timeout, source_address=source and (source, 0))
         self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         self.unit = unit
         self.transaction = 0

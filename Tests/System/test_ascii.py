@@ -314,8 +314,25 @@ class Strangers(unittest.TestCase):
                 client.end_sending()
                 self.assertEqual([client.line() for _ in range(3)], ["OK", "DONE", None])
 
-    def test_a_hundred_clients_beyond_the_cap_are_turned_away(self):
-        with ascii_host("--param", "AsciiTcp.maxClients=4") as host, RestClient(host.http_port) as rest:
+    def test_idle_clients_make_room_and_subscribers_do_not(self):
+        with ascii_host("--param", "AsciiTcp.maxClients=2", "--param", "AsciiTcp.makeRoomAfter=1") as host, \
+                connect(host) as subscriber, connect(host) as idle:
+            self.assertEqual(subscriber.ask("SUBSCRIBE"), "OK")
+            self.assertEqual(idle.ask("GET zMax"), "OK zMax none 0")
+
+            def is_served():
+                try:
+                    with connect(host) as client:
+                        return client.ask("GET zMax") == "OK zMax none 0"
+                except OSError:
+                    return False
+
+            wait_until(is_served, "the place of the idle client")
+            self.assertIsNone(idle.line())
+            self.assertEqual(subscriber.ask("GET zMax"), "OK zMax none 0")
+
+    def test_a_hundred_clients_beyond_the_cap_are_turned_away_while_all_others_are_in_use(self):
+        with ascii_host("--param", "AsciiTcp.maxClients=4", "--param", "AsciiTcp.makeRoomAfter=600") as host, RestClient(host.http_port) as rest:
             kept = [connect(host) for _ in range(4)]
             for client in kept:
                 self.assertEqual(client.ask("GET zMax"), "OK zMax none 0")

@@ -1,12 +1,13 @@
 """Bad input gets a clear answer and does not affect other clients."""
 
+import os
 import pathlib
 import socket
 import struct
 import tempfile
 import unittest
 
-from host import BIN, Host, run_host, wait_until
+from host import BIN, PATIENCE, Host, run_host, wait_until
 from modbus import ModbusClient, ModbusException
 from range_image import write_pcd
 
@@ -41,14 +42,47 @@ class Network(unittest.TestCase):
             with ModbusClient(host.modbus_port) as client:
                 self.assertEqual(client.read(9000, 1), [0])
 
-    def test_more_clients_than_allowed_are_turned_away(self):
-        with Host("--param", "ModbusTcp.maxClients=2") as host:
-            with ModbusClient(host.modbus_port) as first, ModbusClient(host.modbus_port) as second:
-                first.read(0, 1)
-                second.read(0, 1)
-                with socket.create_connection(("127.0.0.1", host.modbus_port), timeout=10) as third:
-                    self.assertEqual(third.recv(1), b"")
-                first.read(0, 1)
+    def test_idle_clients_make_room_and_busy_ones_do_not(self):
+        with Host("--param", "ModbusTcp.maxClients=2", "--param", "ModbusTcp.makeRoomAfter=1") as host:
+            with ModbusClient(host.modbus_port) as busy, ModbusClient(host.modbus_port) as idle:
+                idle.read(0, 1)
+                busy.read(0, 1)
+
+                def plc_is_served():
+                    busy.read(0, 1)
+                    try:
+                        with ModbusClient(host.modbus_port) as plc:
+                            return plc.read(0, 1) == [0]
+                    except OSError:  # the idle client has been idle for less than a second
+                        return False
+
+                wait_until(plc_is_served, "the place of the idle client")
+                busy.read(0, 1)
+                with self.assertRaises(OSError):
+                    idle.read(0, 1)
+
+    def test_strangers_that_take_all_places_do_not_keep_another_machine_out(self):
+        with Host("--param", "ModbusTcp.maxClients=4", "--param", "ModbusTcp.makeRoomAfter=600") as host:
+            strangers = [ModbusClient(host.modbus_port) for _ in range(4)]
+            for stranger in strangers:
+                stranger.read(0, 1)
+            with socket.create_connection(("127.0.0.1", host.modbus_port), timeout=PATIENCE) as fifth:
+                self.assertEqual(fifth.recv(1), b"")  # each of the four is in use
+            with ModbusClient(host.modbus_port, source="127.0.0.2") as plc:
+                self.assertEqual(plc.read(0, 1), [0])
+            for stranger in strangers:
+                stranger.close()
+
+    def test_a_master_whose_machine_vanishes_is_noticed(self):
+        """The kernel asks a silent master after 30 s whether it is still there."""
+        with Host() as host, ModbusClient(host.modbus_port) as client:
+            client.read(0, 1)
+            rows = [line.split() for line in pathlib.Path("/proc/net/tcp").read_text().splitlines()[1:]]
+            ours = [row for row in rows if row[1].endswith(f":{host.modbus_port:04X}") and row[3] == "01"]
+            self.assertEqual(len(ours), 1)
+            timer, left = ours[0][5].split(":")
+            self.assertEqual(timer, "02")  # keep-alive
+            self.assertLessEqual(int(left, 16), 30 * os.sysconf("SC_CLK_TCK"))
 
     def test_a_busy_port_is_one_clear_line_and_the_host_goes_on(self):
         with socket.create_server(("127.0.0.1", 0)) as taken:

@@ -22,7 +22,7 @@ MOST_OPEN = 100  # slow clients at a time
 MODBUS = "/controls/ModbusTcp"
 ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 COMMANDS = [f"{ASSEMBLY}/commands/{command}" for command in ("add", "remove", "update")]
-PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout")
+PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter")
 
 
 def request(method, path, body=b"", *headers):

@@ -18,7 +18,7 @@ TEST(AsciiParams, AreBornWithTheirDefaults)
     AsciiParams const params;
 
     EXPECT_EQ(JsonSerializer::Serialize(params), json::parse(R"({
-        "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60})"));
+        "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60, "makeRoomAfter": 10})"));
 }
 
 struct RefusedParams
@@ -50,14 +50,16 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedParams{"TooManyClients", R"({"maxClients": 513})", "Maximum Number of Clients"},
                     RefusedParams{"TooManyDecimals", R"({"decimals": 10})", "Digits Behind the Point"},
                     RefusedParams{"NoTime", R"({"idleTimeout": 0})", "Idle Timeout"},
-                    RefusedParams{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"}),
+                    RefusedParams{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"},
+                    RefusedParams{"NoTimeToMakeRoom", R"({"makeRoomAfter": 0})", "Makes Room"},
+                    RefusedParams{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST(AsciiParams, TakeTheEndsOfTheirBounds)
 {
     AsciiParams params;
     json const document = json::parse(R"({
-        "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400})");
+        "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400, "makeRoomAfter": 86400})");
 
     JsonSerializer::Validate(params, document);
     JsonSerializer::Deserialize(params, document);

@@ -43,7 +43,7 @@ int OpenSocket()
 
 } // namespace
 
-TcpClient::TcpClient(uint16 port, int receiveBufferBytes) : descriptor(OpenSocket())
+TcpClient::TcpClient(uint16 port, int receiveBufferBytes, char const* ownAddress) : descriptor(OpenSocket())
 {
     if (receiveBufferBytes > 0)
     {
@@ -54,6 +54,9 @@ TcpClient::TcpClient(uint16 port, int receiveBufferBytes) : descriptor(OpenSocke
     setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
     int const noDelay = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
+    sockaddr_in own = Loopback(0);
+    inet_pton(AF_INET, ownAddress, &own.sin_addr);
+    bind(descriptor, reinterpret_cast<sockaddr const*>(&own), sizeof own);
     sockaddr_in const address = Loopback(port);
     if (connect(descriptor, reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0)
     {

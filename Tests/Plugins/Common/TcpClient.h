@@ -15,7 +15,8 @@ public:
     using Bytes = std::vector<uint8>;
 
     /// `receiveBufferBytes` is the size of the socket's receive buffer; 0 selects the default of the system.
-    explicit TcpClient(uint16 port, int receiveBufferBytes = 0);
+    /// `ownAddress` is the loopback address of the client.
+    explicit TcpClient(uint16 port, int receiveBufferBytes = 0, char const* ownAddress = "127.0.0.1");
     ~TcpClient();
     TcpClient(TcpClient&& other) noexcept;
     TcpClient& operator=(TcpClient&&) = delete;

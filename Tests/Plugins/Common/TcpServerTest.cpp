@@ -78,6 +78,30 @@ protected:
         EXPECT_EQ(client.Receive(1), TcpClient::Bytes{'?'});
     }
 
+    static TcpSettings For(uint64 maxClients, uint64 makeRoomAfterUsec)
+    {
+        return {"127.0.0.1", 0, maxClients, 60'000'000, makeRoomAfterUsec};
+    }
+
+    /// Connects until a client is idle for long enough to make room.
+    TcpClient ConnectUntilServed()
+    {
+        for (uint64 rejected = counters.rejectedClients;; rejected = counters.rejectedClients)
+        {
+            TcpClient client(server.Port());
+            client.SendText("?");
+            try
+            {
+                client.Receive(1);
+                return client;
+            }
+            catch (std::runtime_error const&)
+            {
+                EXPECT_GT(counters.rejectedClients, rejected);
+            }
+        }
+    }
+
     ZuTest::CallLog calls;
     TcpCounters counters;
     TcpServer server{{.displayName = "The test",
@@ -286,6 +310,68 @@ TEST_F(TcpServerTest, GoesBackToThePortThatItHadWhenTheNewOneIsTaken)
     ExpectEcho(client);
     server.Apply(At(0)); // the address of its present settings: the server keeps its socket
     EXPECT_EQ(server.Port(), port);
+}
+
+TEST_F(TcpServerTest, LetsTheClientThatIsIdleForLongestMakeRoom)
+{
+    server.Start(For(2, 1000));
+    TcpClient first(server.Port());
+    ExpectEcho(first);
+    TcpClient second(server.Port());
+    ExpectEcho(second);
+
+    TcpClient third = ConnectUntilServed();
+
+    EXPECT_TRUE(first.IsClosedByServer());
+    ExpectEcho(second);
+    ExpectEcho(third);
+    EXPECT_EQ(counters.droppedClients, 1u);
+    EXPECT_EQ(counters.clients, 2u);
+}
+
+TEST_F(TcpServerTest, TurnsANewClientAwayWhileAllOthersAreInUse)
+{
+    server.Start(For(2, 60'000'000));
+    TcpClient first(server.Port());
+    ExpectEcho(first);
+    TcpClient second(server.Port());
+    ExpectEcho(second);
+
+    TcpClient third(server.Port());
+
+    EXPECT_TRUE(third.IsClosedByServer());
+    ExpectEcho(first);
+    ExpectEcho(second);
+    EXPECT_EQ(counters.rejectedClients, 1u);
+    EXPECT_EQ(counters.droppedClients, 0u);
+}
+
+TEST_F(TcpServerTest, GivesEachAddressItsShareOfThePlaces)
+{
+    server.Start(For(4, 60'000'000));
+    std::vector<TcpClient> greedy;
+    for (int i = 0; i < 4; ++i)
+    {
+        greedy.emplace_back(server.Port());
+        ExpectEcho(greedy.back());
+    }
+    TcpClient fifth(server.Port());
+    EXPECT_TRUE(fifth.IsClosedByServer()); // the address has its share
+
+    TcpClient first(server.Port(), 0, "127.0.0.2");
+    ExpectEcho(first);
+    TcpClient second(server.Port(), 0, "127.0.0.2");
+    ExpectEcho(second);
+    TcpClient third(server.Port(), 0, "127.0.0.2");
+
+    EXPECT_TRUE(third.IsClosedByServer()); // two of four
+    EXPECT_TRUE(greedy[0].IsClosedByServer());
+    EXPECT_TRUE(greedy[1].IsClosedByServer());
+    ExpectEcho(greedy[2]);
+    ExpectEcho(greedy[3]);
+    ExpectEcho(first);
+    EXPECT_EQ(counters.rejectedClients, 2u);
+    EXPECT_EQ(counters.droppedClients, 2u);
 }
 
 TEST_F(TcpServerTest, ListensOnVersion6)

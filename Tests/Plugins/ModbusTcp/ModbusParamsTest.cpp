@@ -17,7 +17,7 @@ TEST(ModbusParams, AreBornWithTheirDefaults)
     ModbusParams const params;
 
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(params), json::parse(R"({
-        "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60})"));
+        "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10})"));
 }
 
 struct RefusedCase
@@ -50,20 +50,22 @@ TEST_P(RefusedModbusParams, AreNamedAndChangeNothing)
               Zu::Properties::JsonSerializer::Serialize(ModbusParams()));
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryBound, RefusedModbusParams,
-                         testing::Values(RefusedCase{"NoClients", R"({"maxClients": 0})", "Maximum Number of Clients"},
-                                         RefusedCase{"TooManyClients", R"({"maxClients": 513})",
-                                                     "Maximum Number of Clients"},
-                                         RefusedCase{"NoTime", R"({"idleTimeout": 0})", "Idle Timeout"},
-                                         RefusedCase{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"},
-                                         RefusedCase{"UnknownOrder", R"({"registerOrder": 2})", "Register Order"}),
-                         [](auto const& tested) { return std::string(tested.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    EveryBound, RefusedModbusParams,
+    testing::Values(RefusedCase{"NoClients", R"({"maxClients": 0})", "Maximum Number of Clients"},
+                    RefusedCase{"TooManyClients", R"({"maxClients": 513})", "Maximum Number of Clients"},
+                    RefusedCase{"NoTime", R"({"idleTimeout": 0})", "Idle Timeout"},
+                    RefusedCase{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"},
+                    RefusedCase{"NoTimeToMakeRoom", R"({"makeRoomAfter": 0})", "Makes Room"},
+                    RefusedCase{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"},
+                    RefusedCase{"UnknownOrder", R"({"registerOrder": 2})", "Register Order"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST(ModbusParams, TakeTheEndsOfTheirBounds)
 {
     ModbusParams params;
     json const document = json::parse(R"({
-        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400})");
+        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400})");
 
     Zu::Properties::JsonSerializer::Validate(params, document);
     Zu::Properties::JsonSerializer::Deserialize(params, document);
