@@ -61,4 +61,9 @@ DocumentStore::Files const& DocumentStore::All() const
     return files;
 }
 
+DocumentStore::Files DocumentStore::Take()
+{
+    return std::exchange(files, {});
+}
+
 } // namespace ZuHost

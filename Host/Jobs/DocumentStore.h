@@ -30,6 +30,9 @@ public:
     /// All documents that the store holds now.
     Files const& All() const;
 
+    /// Takes all documents out of the store.
+    Files Take();
+
 private:
     Files files;
     std::function<void(std::string const&)> const lookedUp;

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <malloc.h>
 #include <utility>
 
 namespace ZuHost
@@ -49,6 +50,22 @@ public:
 private:
     UpdateGate& gate;
     UpdateGate::Request const request;
+};
+
+/// Its destructor gives the freed memory of the process back to the system. A load or an upload may have unpacked
+/// `Archive::MAX_TOTAL_BYTES`, which the allocator would keep.
+class MemoryReturn final
+{
+public:
+    MemoryReturn() = default;
+
+    ~MemoryReturn()
+    {
+        malloc_trim(0);
+    }
+
+    MemoryReturn(MemoryReturn const&) = delete;
+    MemoryReturn& operator=(MemoryReturn const&) = delete;
 };
 
 [[noreturn]] void ThrowNoJob(JobName const& name)
@@ -105,6 +122,7 @@ void JobManager::SetAloneRunner(AloneRunner runner)
 
 std::vector<std::string> JobManager::Begin(JobName const& name, std::set<std::string> const& toHoldBack)
 {
+    MemoryReturn const memoryReturn;
     Zu::MutexLock const guard(operationLock);
     BeginSettings();
     BeginJob(name, toHoldBack);
@@ -143,6 +161,7 @@ void JobManager::LoadJob(std::string const& name)
 
 void JobManager::Load(JobName const& name)
 {
+    MemoryReturn const memoryReturn;
     auto const load = [&] {
         Zu::MutexLock const guard(operationLock);
         CheckOpen();
@@ -198,9 +217,11 @@ std::string JobManager::Download(JobName const& name)
 
 bool JobManager::Upload(JobName const& name, std::string const& bytes)
 {
-    Files const files = ArchiveFile::Checked(name.Text(), bytes);
+    MemoryReturn const memoryReturn;
     bool isNew = false;
     {
+        Zu::MutexLock const uploadGuard(uploadLock);
+        Files const files = ArchiveFile::Checked(name.Text(), bytes);
         Zu::MutexLock const guard(operationLock);
         if (IsLoaded(name))
         {
@@ -286,7 +307,7 @@ void JobManager::BeginJob(JobName const& name, std::set<std::string> const& toHo
             ArchiveFile::Documents documents = job->file.Read();
             heldBack = JobDocument::HoldBack(documents.files, toHoldBack);
             ResetWhatIsNotLoaded(documents.files);
-            TakeOver(name, documents);
+            TakeOver(name, std::move(documents));
             return;
         }
         catch (Zu::Exception const& exception)
@@ -367,7 +388,7 @@ void JobManager::LoadAlone(JobName const& name)
     SetLoaded(name);
     try
     {
-        TakeOver(name, *documents);
+        TakeOver(name, std::move(*documents));
     }
     catch (...)
     {
@@ -376,7 +397,7 @@ void JobManager::LoadAlone(JobName const& name)
     }
 }
 
-void JobManager::TakeOver(JobName const& name, ArchiveFile::Documents const& documents)
+void JobManager::TakeOver(JobName const& name, ArchiveFile::Documents documents)
 {
     AddProblems(Kind::LOAD, documents.faults);
     keepsReplaced = true; // until all documents are known to be taken over
@@ -387,8 +408,9 @@ void JobManager::TakeOver(JobName const& name, ArchiveFile::Documents const& doc
         StartRetry::Load const load(startRetry); // first: its destructor's log lines belong to no document
         GateBracket const bracket(gate);
         LoadReporter reporter;
-        DocumentStore const store(documents.files, [&](std::string const& asked) { reporter.NoteLookUp(asked); });
+        DocumentStore store(std::move(documents.files), [&](std::string const& asked) { reporter.NoteLookUp(asked); });
         registry.Load(PersistDomain::JOB, store);
+        documents.files = store.Take();
         job->known = Collect(PersistDomain::JOB, {}).files; // the next save reports services without a document
         report = reporter.Report(name, documents, job->known);
     }

@@ -144,7 +144,7 @@ private:
     ArchiveFile ExistingFile(JobName const& name) const;
     void CheckOpen() const ZU_REQUIRES(operationLock);
     void LoadAlone(JobName const& name) ZU_REQUIRES(operationLock);
-    void TakeOver(JobName const& name, ArchiveFile::Documents const& documents) ZU_REQUIRES(operationLock);
+    void TakeOver(JobName const& name, ArchiveFile::Documents documents) ZU_REQUIRES(operationLock);
     void SaveChanges();
     void Save(Scope scope) ZU_REQUIRES(operationLock);
     void SaveJob(Scope scope) ZU_REQUIRES(operationLock);
@@ -171,7 +171,11 @@ private:
     // `List`.
     std::atomic<uint64> savedCount{NEVER_SAVED};
 
-    // Held during each operation. Lock order: operationLock, the gate, the leaves.
+    // Held while a file of a client is unpacked: one at a time may use that memory. Lock order: uploadLock,
+    // operationLock, the gate, the leaves.
+    Zu::Mutex uploadLock;
+
+    // Held during each operation that uses the loaded job or changes a file.
     Zu::Mutex operationLock;
     bool isClosed ZU_GUARDED_BY(operationLock) = false;
     JobProblems problems ZU_GUARDED_BY(operationLock);

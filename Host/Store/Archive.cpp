@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <set>
 #include <sys/stat.h>
 
@@ -32,6 +33,8 @@ constexpr std::string_view TABLE_OF_THE_TOOL = "CREATE TABLE sqlar(\n"
                                                "  sz INT,                 -- original file size\n"
                                                "  data BLOB               -- compressed content\n"
                                                ")";
+
+constexpr char const* DAMAGED_CONTENT = "its content is damaged";
 
 constexpr int64 MODE = S_IFREG | S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
@@ -92,6 +95,11 @@ bool IsIndex(std::string_view table, SqliteStatement const& row)
            row.Bytes(TABLE) == table && row.Bytes(SQL).empty();
 }
 
+bool IsAny(std::string_view /*name*/)
+{
+    return true;
+}
+
 /// A folder has no content. A row with content is a file with a damaged mode.
 bool IsFolder(SqliteStatement const& row)
 {
@@ -115,12 +123,12 @@ std::string FaultOf(SqliteStatement const& row)
     {
         return "it is longer than " + std::to_string(DocumentCheck::MAX_BYTES) + " bytes";
     }
-    return {};
+    return Deflate::CanUnpack(row.Bytes(DATA).size(), static_cast<std::size_t>(size)) ? "" : DAMAGED_CONTENT;
 }
 
 void NoteFault(ArchiveContents& contents, std::string name, std::string fault)
 {
-    if (contents.faults.size() < Archive::MAX_ENTRIES)
+    if (name.empty() || contents.faults.size() < Archive::MAX_ENTRIES) // the fault of the file as a whole always counts
     {
         contents.faults.emplace(std::move(name), std::move(fault));
     }
@@ -173,6 +181,16 @@ bool Archive::HasTable() const
 
 ArchiveContents Archive::Read()
 {
+    ArchiveContents contents = ReadEntries();
+    if (ReadSchema().hasLastGood)
+    {
+        ReadTable(LAST_GOOD, contents.lastGood, contents);
+    }
+    return contents;
+}
+
+ArchiveContents Archive::ReadEntries()
+{
     ArchiveContents contents;
     Schema schema = ReadSchema();
     if (!schema.fault.empty())
@@ -183,18 +201,32 @@ ArchiveContents Archive::Read()
     {
         ReadTable(ENTRIES, contents.entries, contents);
     }
-    if (schema.hasLastGood)
+    return contents;
+}
+
+Files Archive::ReadLastGood()
+{
+    ArchiveContents contents;
+    if (ReadSchema().hasLastGood)
     {
         ReadTable(LAST_GOOD, contents.lastGood, contents);
     }
-    return contents;
+    return std::move(contents.lastGood);
 }
 
 void Archive::Write(Files const& entries, Files const& lastGood)
 {
     file.Run("BEGIN IMMEDIATE");
-    WriteTable(ENTRIES, entries);
-    WriteTable(LAST_GOOD, lastGood);
+    WriteTable(ENTRIES, entries, IsAny);
+    WriteTable(LAST_GOOD, lastGood, IsAny);
+    file.Run("COMMIT");
+}
+
+void Archive::WriteGood(Files const& entries, NameFilter isDocument)
+{
+    file.Run("BEGIN IMMEDIATE");
+    WriteTable(ENTRIES, entries, IsAny);
+    WriteTable(LAST_GOOD, entries, isDocument);
     file.Run("COMMIT");
 }
 
@@ -220,18 +252,22 @@ void Archive::ReadTable(char const* table, Files& files, ArchiveContents& conten
             {
                 continue;
             }
-            std::string fault = FaultOf(rows);
-            auto const size = static_cast<uint64>(rows.Number(SIZE));
-            auto bytes = fault.empty() ? Deflate::Unpack(rows.Bytes(DATA), size) : std::nullopt;
-            if (!bytes.has_value())
+            if (std::string fault = FaultOf(rows); !fault.empty())
             {
-                NoteFault(contents, Shown(rows.Bytes(NAME)), fault.empty() ? "its content is damaged" : fault);
+                NoteFault(contents, Shown(rows.Bytes(NAME)), std::move(fault));
                 continue;
             }
-            totalBytes += size;
+            auto const size = static_cast<uint64>(rows.Number(SIZE));
+            totalBytes += size; // as claimed, before anything is allocated for it
             if (files.size() == MAX_ENTRIES || totalBytes > MAX_TOTAL_BYTES)
             {
                 ZU_THROW(Zu::Status::BAD_FORMAT, "there is too much in it");
+            }
+            std::optional<std::string> bytes = Deflate::Unpack(rows.Bytes(DATA), size);
+            if (!bytes.has_value())
+            {
+                NoteFault(contents, Shown(rows.Bytes(NAME)), DAMAGED_CONTENT);
+                continue;
             }
             files.emplace(rows.Bytes(NAME), std::move(*bytes));
         }
@@ -246,13 +282,17 @@ void Archive::ReadTable(char const* table, Files& files, ArchiveContents& conten
     }
 }
 
-void Archive::WriteTable(char const* table, Files const& files)
+void Archive::WriteTable(char const* table, Files const& files, NameFilter isWritten)
 {
     file.Run((std::string("CREATE TABLE IF NOT EXISTS ") + table + std::string(COLUMNS)).c_str());
     SqliteStatement replace(file, std::string("REPLACE INTO ") + table +
                                       "(name, mode, mtime, sz, data) VALUES(?1, ?2, ?3, ?4, ?5)");
     for (auto const& [name, bytes] : files)
     {
+        if (!isWritten(name))
+        {
+            continue;
+        }
         std::string const packed = Deflate::Pack(bytes);
         replace.BindText(1, name);
         replace.BindNumber(2, MODE);

@@ -39,15 +39,27 @@ public:
     /// as a whole. Throws `Zu::Status::BAD_FORMAT` if the file is no database.
     ArchiveContents Read();
 
+    /// As `Read`, without the last good states.
+    ArchiveContents ReadEntries();
+
+    /// The last good states that can be read.
+    ArchiveContents::Files ReadLastGood();
+
     /// Adds or replaces these entries and last good states in one transaction, which is durable when this returns. If
     /// this throws, the file is unchanged once the archive object is destroyed.
     void Write(ArchiveContents::Files const& entries, ArchiveContents::Files const& lastGood);
+
+    /// Chooses files by their names.
+    using NameFilter = bool (*)(std::string_view name);
+
+    /// As `Write`, for entries that are all good: the documents among them are their own last good states.
+    void WriteGood(ArchiveContents::Files const& entries, NameFilter isDocument);
 
     std::string Image() const;
 
 private:
     void ReadTable(char const* table, ArchiveContents::Files& files, ArchiveContents& contents);
-    void WriteTable(char const* table, ArchiveContents::Files const& files);
+    void WriteTable(char const* table, ArchiveContents::Files const& files, NameFilter isWritten);
     /// The schema, compared text by text with the schemas that the host and the command-line tool write.
     struct Schema
     {

@@ -6,7 +6,7 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 
-#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace ZuHost
@@ -26,8 +26,9 @@ bool IsDocument(std::string_view name)
     return name.starts_with("controls/") && name.ends_with(".json");
 }
 
+/// `readLastGood` is called only for a document that has a fault.
 void TakeDocument(ArchiveFile::Documents& documents, ArchiveContents& contents, std::string const& name,
-                  std::string const& file)
+                  std::string const& file, std::function<Files&()> const& readLastGood)
 {
     auto const entry = contents.entries.find(name);
     auto const unread = contents.faults.find(name);
@@ -41,7 +42,7 @@ void TakeDocument(ArchiveFile::Documents& documents, ArchiveContents& contents, 
             return;
         }
     }
-    auto lastGood = contents.lastGood.extract(name);
+    auto lastGood = readLastGood().extract(name);
     bool const isThere = !lastGood.empty() && DocumentCheck::FaultOf(lastGood.mapped()).empty();
     documents.faults.push_back(
         "The document '" + name + "' of '" + file + "' cannot be read (" + fault + "). " +
@@ -53,9 +54,8 @@ void TakeDocument(ArchiveFile::Documents& documents, ArchiveContents& contents, 
     }
 }
 
-/// The names of all documents of the file. A document that is only in the table of last good states was removed by a
-/// person and does not count, unless the file is damaged: then the entry may have been lost.
-std::set<std::string> NamesOf(ArchiveContents const& contents, bool isDamaged)
+/// The names of all documents in `contents`.
+std::set<std::string> NamesOf(ArchiveContents const& contents)
 {
     std::set<std::string> names;
     auto const add = [&names](Files const& files) {
@@ -69,19 +69,8 @@ std::set<std::string> NamesOf(ArchiveContents const& contents, bool isDamaged)
     };
     add(contents.entries);
     add(contents.faults);
-    if (isDamaged)
-    {
-        add(contents.lastGood);
-    }
+    add(contents.lastGood);
     return names;
-}
-
-Files DocumentsOf(Files const& entries)
-{
-    Files documents;
-    std::ranges::copy_if(entries, std::inserter(documents, documents.end()),
-                         [](auto const& entry) { return IsDocument(entry.first); });
-    return documents;
 }
 
 /// Describes a fault of the file as a whole; empty if there is none.
@@ -156,17 +145,27 @@ ArchiveFile::Documents ArchiveFile::Read()
     try
     {
         Archive archive(path, Access::READ);
-        ArchiveContents contents = archive.Read();
+        ArchiveContents contents = archive.ReadEntries();
         std::string const fault = FaultOf(archive, contents);
         contents.faults.erase("");
         isDamaged = !fault.empty();
+        bool hasLastGood = false;
+        auto const readLastGood = [&]() -> Files& {
+            if (!std::exchange(hasLastGood, true))
+            {
+                contents.lastGood = archive.ReadLastGood();
+            }
+            return contents.lastGood;
+        };
         if (isDamaged)
         {
             documents.faults.push_back("The file '" + file + "' is damaged (" + fault + ").");
+            // A document that has only a last good state may have lost its entry. In a sound file a person removed it.
+            readLastGood();
         }
-        for (std::string const& name : NamesOf(contents, isDamaged))
+        for (std::string const& name : NamesOf(contents))
         {
-            TakeDocument(documents, contents, name, file);
+            TakeDocument(documents, contents, name, file, readLastGood);
         }
     }
     catch (Zu::Exception const& exception)
@@ -204,13 +203,13 @@ void ArchiveFile::Save(Files const& files, std::set<std::string> const& due, boo
 
 void ArchiveFile::Replace(Files const& files)
 {
-    Install({files, DocumentsOf(files), {}});
+    Install(files);
     isDamaged = false;
 }
 
 void ArchiveFile::CopyTo(std::filesystem::path const& target) const
 {
-    ArchiveFile(folder, target).Replace(Archive(path, Access::READ).Read().entries);
+    ArchiveFile(folder, target).Replace(Archive(path, Access::READ).ReadEntries().entries);
 }
 
 std::string ArchiveFile::Image() const
@@ -228,7 +227,7 @@ Files ArchiveFile::Checked(std::string const& name, std::string_view bytes)
         fault = FaultOf(archive, {}); // before a row is read
         if (fault.empty())
         {
-            contents = archive.Read();
+            contents = archive.ReadEntries();
         }
     }
     catch (Zu::Exception const& exception)
@@ -304,23 +303,22 @@ void ArchiveFile::Rebuild(Files const& files)
     catch (Zu::Exception const&) // nothing can be read; the kept file has all of it
     {
     }
-    contents.entries.merge(Files(contents.lastGood)); // keep every entry that can be read, documents or not
+    contents.entries.merge(contents.lastGood); // keep every entry that can be read, documents or not
     for (auto const& [name, bytes] : files)
     {
         contents.entries.insert_or_assign(name, bytes);
     }
-    contents.lastGood = DocumentsOf(contents.entries);
     CheckBounds(path, {}, contents.entries); // before the damaged file is kept
     std::filesystem::path const kept = folder.KeepDamaged(path);
-    Install(contents);
+    Install(contents.entries);
     isDamaged = false;
     ZU_LOG_USER_WARNING("The damaged file '%1$s' is kept as '%2$s'; a new one has taken its place",
                         path.filename().c_str(), kept.filename().c_str());
 }
 
-void ArchiveFile::Install(ArchiveContents const& contents) const
+void ArchiveFile::Install(Files const& files) const
 {
-    CheckBounds(path, {}, contents.entries);
+    CheckBounds(path, {}, files);
     if (Exists())
     {
         try
@@ -336,7 +334,7 @@ void ArchiveFile::Install(ArchiveContents const& contents) const
         }
     }
     std::filesystem::path const made = folder.NewFile();
-    Archive(made, Access::CREATE).Write(contents.entries, contents.lastGood);
+    Archive(made, Access::CREATE).WriteGood(files, IsDocument);
     folder.Install(made, path);
 }
 

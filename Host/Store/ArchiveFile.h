@@ -68,7 +68,7 @@ public:
 private:
     void Update(Files const& files, std::set<std::string> const& due, bool keepsReplaced);
     void Rebuild(Files const& files);
-    void Install(ArchiveContents const& contents) const;
+    void Install(Files const& files) const;
 
     DataFolder const& folder;
     std::filesystem::path path;

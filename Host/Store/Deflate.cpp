@@ -2,10 +2,21 @@
 
 #include "ZuApi/Exception.h"
 
+#include <array>
+#include <memory>
+#include <utility>
 #include <zlib.h>
 
 namespace ZuHost::Deflate
 {
+
+namespace
+{
+
+constexpr std::size_t LONGEST_RATIO = 1'032; // a match of 258 bytes takes two bits at least
+constexpr uInt STEP_BYTES = 16 * 1024;
+
+} // namespace
 
 std::string Pack(std::string_view bytes)
 {
@@ -25,21 +36,36 @@ std::string Pack(std::string_view bytes)
     return packed;
 }
 
+bool CanUnpack(std::size_t packedSize, std::size_t size)
+{
+    return packedSize <= size && size / LONGEST_RATIO <= packedSize;
+}
+
 std::optional<std::string> Unpack(std::string_view packed, std::size_t size)
 {
     if (packed.size() == size)
     {
         return std::string(packed);
     }
-    if (packed.size() > size)
+    z_stream stream{};
+    if (!CanUnpack(packed.size(), size) || inflateInit(&stream) != Z_OK)
     {
         return std::nullopt;
     }
-    std::string bytes(size, '\0');
-    uLongf length = size;
-    int const result = uncompress(reinterpret_cast<Bytef*>(bytes.data()), &length,
-                                  reinterpret_cast<Bytef const*>(packed.data()), packed.size());
-    return result == Z_OK && length == size ? std::optional(std::move(bytes)) : std::nullopt;
+    std::unique_ptr<z_stream, int (*)(z_stream*)> const end(&stream, inflateEnd);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data())); // zlib does not write there
+    stream.avail_in = static_cast<uInt>(packed.size());
+    std::string bytes;
+    std::array<char, STEP_BYTES> step{};
+    int result = Z_OK;
+    while (result == Z_OK && bytes.size() <= size)
+    {
+        stream.next_out = reinterpret_cast<Bytef*>(step.data());
+        stream.avail_out = STEP_BYTES;
+        result = inflate(&stream, Z_NO_FLUSH);
+        bytes.append(step.data(), STEP_BYTES - stream.avail_out);
+    }
+    return result == Z_STREAM_END && bytes.size() == size ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 } // namespace ZuHost::Deflate

@@ -12,8 +12,11 @@ namespace ZuHost::Deflate
 /// `bytes` as an archive stores them.
 std::string Pack(std::string_view bytes);
 
+/// Whether `packedSize` bytes can unpack to `size` bytes.
+bool CanUnpack(std::size_t packedSize, std::size_t size);
+
 /// Reverses `Pack`; `size` is the length of the result. Returns nothing for bytes that `Pack` cannot have made.
-/// Allocates at most `size` bytes.
+/// Allocates only for bytes that are there, as it unpacks them.
 std::optional<std::string> Unpack(std::string_view packed, std::size_t size);
 
 } // namespace ZuHost::Deflate

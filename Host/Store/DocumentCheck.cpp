@@ -14,42 +14,42 @@ class Reader final : public nlohmann::json_sax<nlohmann::json>
 public:
     bool null() override
     {
-        return true;
+        return Count();
     }
 
     bool boolean(bool /*value*/) override
     {
-        return true;
+        return Count();
     }
 
     bool number_integer(number_integer_t /*value*/) override
     {
-        return true;
+        return Count();
     }
 
     bool number_unsigned(number_unsigned_t /*value*/) override
     {
-        return true;
+        return Count();
     }
 
     bool number_float(number_float_t /*value*/, string_t const& /*text*/) override
     {
-        return true;
+        return Count();
     }
 
     bool string(string_t& /*value*/) override
     {
-        return true;
+        return Count();
     }
 
     bool binary(binary_t& /*value*/) override
     {
-        return true;
+        return Count();
     }
 
     bool start_object(std::size_t /*elements*/) override
     {
-        return Descend();
+        return Count() && Descend();
     }
 
     bool key(string_t& /*value*/) override
@@ -65,7 +65,7 @@ public:
 
     bool start_array(std::size_t /*elements*/) override
     {
-        return Descend();
+        return Count() && Descend();
     }
 
     bool end_array() override
@@ -84,6 +84,16 @@ public:
     std::string fault;
 
 private:
+    bool Count()
+    {
+        if (++values > MAX_VALUES)
+        {
+            fault = "it has more than " + std::to_string(MAX_VALUES) + " values";
+            return false;
+        }
+        return true;
+    }
+
     bool Descend()
     {
         if (++depth > MAX_DEPTH)
@@ -94,6 +104,7 @@ private:
         return true;
     }
 
+    uint32 values = 0;
     uint32 depth = 0;
 };
 

@@ -13,7 +13,7 @@ TABLE = "CREATE TABLE sqlar(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, 
 
 
 def made(*statements, rows=()):
-    """The bytes of a database. `rows` are name, claimed size and data."""
+    """The bytes of a database. `rows` are name, claimed size and data; their mode is 0."""
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder) / "file"
         database = sqlite3.connect(path)
@@ -21,7 +21,7 @@ def made(*statements, rows=()):
         database.execute("PRAGMA ignore_check_constraints = ON")
         for statement in statements:
             database.execute(statement)
-        database.executemany("INSERT INTO sqlar VALUES(?, 33188, 0, ?, ?)", rows)
+        database.executemany("INSERT INTO sqlar VALUES(?, 0, 0, ?, ?)", rows)
         database.commit()
         database.close()
         return path.read_bytes()
@@ -83,9 +83,11 @@ def endless_schema():
     return endless_tree(1)
 
 
-def claims(rows=38_000, size=16 * 1024 * 1024):
-    """Rows that claim this size each and hold nothing of it."""
-    return made(TABLE, rows=[(number, size, b"x") for number in range(rows)])
+def claims(rows=28_000, size=16 * 1024 * 1024):
+    """Rows that claim this size each and hold one byte of it: 28,000 of them fit into an upload."""
+    digits = "0123456789abcdefghijklmnopqrstuvwxyz"
+    names = (digits[number // 1296] + digits[number // 36 % 36] + digits[number % 36] for number in range(rows))
+    return made(TABLE, rows=[(name, size, b"x") for name in names])
 
 
 def bomb(*texts):

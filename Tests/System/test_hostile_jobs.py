@@ -22,10 +22,18 @@ ENDLESS = {"slow check": hostile_jobs.slow_check, "hidden check": hostile_jobs.h
            "endless rows": hostile_jobs.endless_rows, "endless schema": hostile_jobs.endless_schema}
 
 
-def peak_memory(process):
-    """MiB, the most so far."""
+def memory(process, key):
+    """MiB."""
     text = pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
-    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("VmHWM:")) / 1024
+    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith(key)) / 1024
+
+
+def peak_memory(process):
+    return memory(process, "VmHWM:")
+
+
+def resident_memory(process):
+    return memory(process, "VmRSS:")
 
 
 class Health:
@@ -92,6 +100,45 @@ class HostileFiles(unittest.TestCase):
                         self.assertEqual(plc.run("LOAD hostile"), "FAILED")
                         self.assertEqual(rest.send("DELETE", "/jobs/hostile").status, 204)
                 self.check(host, health)
+
+    def test_rows_that_claim_more_than_they_hold_cost_nothing(self):
+        sent = hostile_jobs.claims()
+        with Host() as host, RestClient(host.http_port) as rest, Health(host) as health:
+            start = time.monotonic()
+            answer = rest.put("/jobs/hostile", sent)
+            seconds = time.monotonic() - start
+            print(f"{len(sent)} bytes: {seconds:.2f} s, {peak_memory(host.process):.0f} MiB", flush=True)
+            self.assertEqual(answer.status, 400, answer.text)
+            self.assertLess(seconds, 5 + SLACK)
+            self.check(host, health)
+
+    def test_documents_that_unpack_a_thousandfold_stay_within_the_bounds(self):
+        size = 16 * 1024 * 1024
+        blank = b"{}" + b" " * (size - 2)
+        crowd = b"[" + b"[]," * (size // 3 - 2) + b"[]]"
+        with Host(data=self.data) as host, RestClient(host.http_port) as rest, Health(host) as health:
+            before = resident_memory(host.process)
+            for name, sent, status in (("too much", hostile_jobs.bomb(*[blank] * 5), 400),
+                                       ("crowded", hostile_jobs.bomb(crowd, crowd, crowd), 400),
+                                       ("the most", hostile_jobs.bomb(*[blank] * 4), 201)):
+                with self.subTest(name):
+                    answer = rest.put("/jobs/large", sent)
+                    print(f"{name}: {len(sent)} bytes, {peak_memory(host.process):.0f} MiB", flush=True)
+                    self.assertEqual(answer.status, status, answer.text)
+            clients = [threading.Thread(target=self.upload, args=(host, hostile_jobs.bomb(*[blank] * 4))) for _ in range(8)]
+            for client in clients:
+                client.start()
+            for client in clients:
+                client.join()
+            self.assertEqual(rest.post("/jobs/large/load").status, 200)
+            print(f"loaded: {peak_memory(host.process):.0f} MiB, then {resident_memory(host.process):.0f} MiB", flush=True)
+            self.check(host, health)
+            if CHECKS_MEMORY:
+                self.assertLess(resident_memory(host.process), before + 32, "a load gives its memory back")
+
+    def upload(self, host, sent):
+        with RestClient(host.http_port) as rest:
+            rest.put("/jobs/large", sent)
 
     def test_a_host_starts_with_an_endless_file_and_keeps_it(self):
         for name, make in ENDLESS.items():

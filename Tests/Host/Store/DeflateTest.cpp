@@ -31,6 +31,19 @@ TEST(Deflate, RefusesWhatIsNotAsLongAsItIsSaidToBe)
     EXPECT_EQ(Deflate::Unpack(packed, packed.size() - 1), std::nullopt);
 }
 
+TEST(Deflate, KnowsWhatSoFewBytesCannotHold)
+{
+    constexpr std::size_t SIZE = 16 * 1024 * 1024;
+    std::size_t const packed = Deflate::Pack(std::string(SIZE, 'x')).size();
+
+    EXPECT_TRUE(Deflate::CanUnpack(packed, SIZE));
+    EXPECT_FALSE(Deflate::CanUnpack(packed * 99 / 100, SIZE));
+    EXPECT_TRUE(Deflate::CanUnpack(0, 0));
+    EXPECT_TRUE(Deflate::CanUnpack(5, 5));
+    EXPECT_FALSE(Deflate::CanUnpack(6, 5));
+    EXPECT_EQ(Deflate::Unpack(std::string(2, 'x'), SIZE), std::nullopt);
+}
+
 TEST(Deflate, RefusesWhatHasChanged)
 {
     std::string const text(5'000, 'x');

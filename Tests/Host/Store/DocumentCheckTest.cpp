@@ -47,4 +47,17 @@ TEST(DocumentCheck, BoundsTheSize)
               "it is longer than 16777216 bytes");
 }
 
+TEST(DocumentCheck, BoundsTheNumberOfValues)
+{
+    std::string const pairs(2 * (DocumentCheck::MAX_VALUES - 2), '1'); // becomes "1,1,...": each second byte a comma
+    std::string most = pairs;
+    for (std::size_t i = 1; i < most.size(); i += 2)
+    {
+        most[i] = ',';
+    }
+
+    EXPECT_EQ(DocumentCheck::FaultOf("[" + most + "1]"), ""); // the list counts too
+    EXPECT_EQ(DocumentCheck::FaultOf("[" + most + "1,1]"), "it has more than 250000 values");
+}
+
 } // namespace ZuHost

@@ -3,6 +3,7 @@
 #include "Host/Store/Archive.h"
 #include "Host/Store/ArchiveFile.h"
 #include "Host/Store/DataFolder.h"
+#include "Host/Store/DocumentCheck.h"
 #include "Support/Refusal.h"
 #include "Support/ScratchFolder.h"
 
@@ -105,5 +106,25 @@ INSTANTIATE_TEST_SUITE_P(
                     HostileCase{"EndlessSchema", ZuTest::ArchiveWithEndlessSchema,
                                 "The file 'job' cannot be used: reading it takes longer than 2000 ms"}),
     [](auto const& tested) { return std::string(tested.param.label); });
+
+TEST(HostileArchive, IsRefusedBeforeMemoryIsAllocatedForWhatItClaims)
+{
+    constexpr unsigned ROWS = 3'000; // without a check of the claims, each row costs the filling of 16 MiB
+    std::string const bytes = ZuTest::ArchiveOfClaims(ROWS, DocumentCheck::MAX_BYTES);
+    Stopwatch const watch;
+
+    Refusal const refusal = RefusalOf([&] { ArchiveFile::Checked("job", bytes); });
+
+    EXPECT_EQ(refusal, (Refusal{Zu::Status::BAD_FORMAT, "What was sent is no job: '1': its content is damaged"}));
+    EXPECT_LT(watch.Seconds(), 1.0);
+}
+
+TEST(HostileArchive, IsRefusedWhenItHasMoreRowsThanMayBeRead)
+{
+    std::string const bytes = ZuTest::ArchiveOfClaims(Archive::MAX_ROWS + 1, DocumentCheck::MAX_BYTES);
+
+    EXPECT_EQ(RefusalOf([&] { ArchiveFile::Checked("job", bytes); }),
+              (Refusal{Zu::Status::BAD_FORMAT, "What was sent is no job: there is too much in it"}));
+}
 
 } // namespace ZuHost
