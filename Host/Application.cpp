@@ -12,6 +12,8 @@
 #include "ZuRest/Path.h"
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace ZuHost
 {
@@ -68,15 +70,36 @@ Application::Application(Options const& newOptions, std::string const& token, Da
 
 Application::~Application()
 {
+    ZU_GUARD_DESTRUCTOR([this] { Stop(); });
+}
+
+void Application::Stop()
+{
+    if (std::exchange(isStopped, true))
+    {
+        return;
+    }
     OrderlyStop::SetStep("ending the requests of REST clients");
     httpServer.Stop();
     OrderlyStop::SetStep("saving the job");
-    jobs.Close(); // before anything ends: services that run or are wanted are saved as enabled
+    std::exception_ptr failure;
+    try
+    {
+        jobs.Close(); // before anything ends: services that run or are wanted are saved as enabled
+    }
+    catch (...)
+    {
+        failure = std::current_exception();
+    }
     OrderlyStop::SetStep("ending the attempts to start services");
     startRetry.Stop(); // after the save, which must not wait for a long attempt
     OrderlyStop::SetStep("ending the scan and the protocols");
     // The module still exists, so it sees the stop. After this no event of the core or the hub reaches it.
     ZU_GUARD_DESTRUCTOR([this] { sensorModule.Core().Close(); });
+    if (failure != nullptr)
+    {
+        std::rethrow_exception(failure);
+    }
 }
 
 void Application::Configure()

@@ -48,7 +48,7 @@ public:
     /// `HttpServer::Listen` do.
     Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
                 std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins);
-    ~Application(); ///< ends the REST service, saves, stops scanning, then ends the protocols
+    ~Application(); ///< stops, then ends the protocols
 
     Application(Application const&) = delete;
     Application& operator=(Application const&) = delete;
@@ -60,6 +60,10 @@ public:
     /// Enables the protocols, starts the scan if asked to, starts saving changes and serving REST clients, and returns
     /// the addresses of all listeners. A service that cannot be started is logged and tried again; the others go on.
     std::vector<Listener> Start();
+
+    /// Ends the REST service, saves the job and stops scanning. Throws if the job could not be saved; all the rest has
+    /// happened then too. Does nothing the second time.
+    void Stop();
 
     ZuControl::IControlManager& Controls();
 
@@ -73,6 +77,7 @@ private:
     ZuControl::IControlInstance& FindInstance(std::string const& typeName);
 
     Options const options;
+    bool isStopped = false;
     std::vector<std::string> heldBack; // services of the job that `Start` enables, after `Configure`
 
     // The order is that of construction: an object outlives the objects below, which use it.

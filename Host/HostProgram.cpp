@@ -89,6 +89,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     output << "ready" << std::endl;
     waitForStop();
+    application.Stop();
 }
 
 int CheckPlugin(Options const& options, std::ostream& output, std::ostream& errors)

@@ -12,7 +12,8 @@ namespace ZuHost
 /// down in order. If a stop is requested during the start (see `OrderlyStop`), the start ends at its next step.
 ///
 /// When all listeners are ready, writes a line for each address and then "ready" to `output`. A failure is one line in
-/// `errors`. Returns the exit status: 0, 1 when the sensor cannot start or run, 2 for bad input.
+/// `errors`. Returns the exit status: 0, 1 when the sensor cannot start or run or its job
+/// cannot be saved at the end, 2 for bad input.
 int RunHost(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors,
             std::function<void()> const& waitForStop);
 

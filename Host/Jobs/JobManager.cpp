@@ -150,8 +150,8 @@ void JobManager::Close()
     {
         return; // `Begin` has not run, or `Close` has run before
     }
-    TryToSave(Scope::CHANGED);
     isClosed = true;
+    Save(Scope::CHANGED);
 }
 
 void JobManager::LoadJob(std::string const& name)

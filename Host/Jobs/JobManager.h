@@ -73,8 +73,8 @@ public:
     /// Starts saving changes, including those made before. The caller has started the services that were held back.
     void Run();
 
-    /// Saves the job and ends operation: from now on loads and saves throw `Zu::Status::WRONG_STATE`. The handlers must
-    /// still be registered.
+    /// Saves the job and ends operation: from now on loads and saves throw `Zu::Status::WRONG_STATE`, also when this
+    /// throws because of the save. The handlers must still be registered.
     void Close();
 
     /// Saves the loaded job, then loads this one. Throws `Zu::Status::NOT_FOUND` when there is no such job, `Zu::Status::BAD_FORMAT` when nothing in its file can be

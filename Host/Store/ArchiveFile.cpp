@@ -203,7 +203,7 @@ void ArchiveFile::Save(Files const& files, std::set<std::string> const& due, boo
 
 void ArchiveFile::Replace(Files const& files)
 {
-    Install(files);
+    folder.InstallCopy(Make(files), path);
     isDamaged = false;
 }
 
@@ -310,13 +310,13 @@ void ArchiveFile::Rebuild(Files const& files)
     }
     CheckBounds(path, {}, contents.entries); // before the damaged file is kept
     std::filesystem::path const kept = folder.KeepDamaged(path);
-    Install(contents.entries);
+    folder.Install(Make(contents.entries), path);
     isDamaged = false;
     ZU_LOG_USER_WARNING("The damaged file '%1$s' is kept as '%2$s'; a new one has taken its place",
                         path.filename().c_str(), kept.filename().c_str());
 }
 
-void ArchiveFile::Install(Files const& files) const
+std::filesystem::path ArchiveFile::Make(Files const& files) const
 {
     CheckBounds(path, {}, files);
     if (Exists())
@@ -333,9 +333,9 @@ void ArchiveFile::Install(Files const& files) const
             }
         }
     }
-    std::filesystem::path const made = folder.NewFile();
+    std::filesystem::path made = folder.NewFile();
     Archive(made, Access::CREATE).WriteGood(files, IsDocument);
-    folder.Install(made, path);
+    return made;
 }
 
 } // namespace ZuHost

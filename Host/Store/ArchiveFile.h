@@ -52,10 +52,11 @@ public:
     /// `keepsReplaced`, the replaced documents stay in the file under "rejected/".
     void Save(Files const& files, std::set<std::string> const& due, bool keepsReplaced);
 
-    /// Replaces the whole content of the file with these documents. Makes the file if it does not exist.
+    /// Replaces the whole content of the file with these documents. Makes the file if it does not exist. Throws
+    /// `Zu::Status::FULL` as `DataFolder::InstallCopy` does.
     void Replace(Files const& files);
 
-    /// Replaces the whole content of `target` with the entries of this file.
+    /// As `Replace`, for the file `target` and the entries of this file.
     void CopyTo(std::filesystem::path const& target) const;
 
     /// The bytes of the file, as of one moment.
@@ -68,7 +69,8 @@ public:
 private:
     void Update(Files const& files, std::set<std::string> const& due, bool keepsReplaced);
     void Rebuild(Files const& files);
-    void Install(Files const& files) const;
+    /// Makes a new file with these entries, which is to take the place of the present one.
+    std::filesystem::path Make(Files const& files) const;
 
     DataFolder const& folder;
     std::filesystem::path path;

@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/statvfs.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -24,6 +27,11 @@ constexpr char const* JOURNAL_SUFFIX = "-journal";
 std::filesystem::path JournalOf(std::filesystem::path file)
 {
     return file += JOURNAL_SUFFIX;
+}
+
+std::filesystem::path KeptName(std::filesystem::path file, uint64 number)
+{
+    return file += ".damaged-" + std::to_string(number);
 }
 
 void CheckCall(int result, char const* what, std::filesystem::path const& file)
@@ -104,20 +112,93 @@ void DataFolder::Install(std::filesystem::path const& newFile, std::filesystem::
     Synchronise();
 }
 
+void DataFolder::InstallCopy(std::filesystem::path const& newFile, std::filesystem::path const& target) const
+{
+    try
+    {
+        CheckRoom(newFile, target);
+    }
+    catch (...)
+    {
+        unlink(newFile.c_str());
+        throw;
+    }
+    Install(newFile, target);
+}
+
+/// `newFile` exists and takes its room already.
+void DataFolder::CheckRoom(std::filesystem::path const& newFile, std::filesystem::path const& target) const
+{
+    std::size_t jobs = 1;
+    uint64 bytes = 0;
+    uint64 largest = 0;
+    for (auto const& entry : std::filesystem::directory_iterator(path))
+    {
+        std::error_code error;
+        uint64 const size = entry.is_regular_file(error) ? entry.file_size(error) : 0;
+        if (error || entry.path() == target)
+        {
+            continue;
+        }
+        jobs += JobName::OfFile(entry.path().filename().string()).has_value() ? 1 : 0;
+        bytes += size;
+        largest = std::max(largest, size);
+    }
+    if (jobs > MAX_JOBS || bytes > QUOTA_BYTES)
+    {
+        ZU_THROW(Zu::Status::FULL,
+                 "The data folder would hold %zu jobs and %llu bytes in all; it may hold %zu and %llu: delete a job",
+                 jobs, static_cast<unsigned long long>(bytes), MAX_JOBS, static_cast<unsigned long long>(QUOTA_BYTES));
+    }
+    struct statvfs disk = {};
+    CheckCall(statvfs(newFile.c_str(), &disk), "written", newFile);
+    uint64 const room = static_cast<uint64>(disk.f_bavail) * disk.f_frsize;
+    uint64 const reserve = std::max(LEAST_RESERVE_BYTES, 2 * largest);
+    bool const isKnown = disk.f_blocks != 0; // some file systems do not tell
+    if (isKnown && room < reserve)
+    {
+        ZU_THROW(Zu::Status::FULL,
+                 "The disk would have room for %llu bytes; %llu are reserved for the loaded job: delete a job",
+                 static_cast<unsigned long long>(room), static_cast<unsigned long long>(reserve));
+    }
+}
+
 std::filesystem::path DataFolder::KeepDamaged(std::filesystem::path const& file) const
 {
-    for (unsigned number = 1;; ++number)
+    std::vector<uint64> const numbers = KeptNumbers(file);
+    std::filesystem::path kept = KeptName(file, numbers.empty() ? 1 : numbers.back() + 1);
+    CheckCall(link(file.c_str(), kept.c_str()), "kept", file);
+    for (std::size_t i = 0; i + KEPT_FILES <= numbers.size(); ++i)
     {
-        std::filesystem::path kept = file;
-        kept += ".damaged-" + std::to_string(number);
-        int const result = link(file.c_str(), kept.c_str());
-        if (result == 0 || errno != EEXIST)
+        unlink(KeptName(file, numbers[i]).c_str()); // a failure leaves the file for the next time
+    }
+    Synchronise();
+    return kept;
+}
+
+/// The numbers of the kept damaged files of `file`, the oldest first.
+std::vector<uint64> DataFolder::KeptNumbers(std::filesystem::path const& file) const
+{
+    std::vector<uint64> numbers;
+    std::string const head = KeptName(file, 0).filename().string();
+    std::string_view const start = std::string_view(head).substr(0, head.size() - 1);
+    for (auto const& entry : std::filesystem::directory_iterator(path))
+    {
+        std::string const name = entry.path().filename().string();
+        uint32 number = 0; // of 32 bits, so that the next one is a number too
+        if (!name.starts_with(start))
         {
-            CheckCall(result, "kept", file);
-            Synchronise();
-            return kept;
+            continue;
+        }
+        char const* const end = name.data() + name.size();
+        auto const result = std::from_chars(name.data() + start.size(), end, number);
+        if (result.ec == std::errc{} && result.ptr == end)
+        {
+            numbers.push_back(number);
         }
     }
+    std::ranges::sort(numbers);
+    return numbers;
 }
 
 void DataFolder::Remove(std::filesystem::path const& file) const

@@ -6,7 +6,7 @@
 #include "Plugins/Common/TcpMetrics.h"
 #include "Plugins/Common/TcpParams.h"
 #include "Plugins/Common/TcpServer.h"
-#include "ZuCommon/ProblemsTracker.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "wApi/wMutex.h"
 

@@ -113,7 +113,7 @@ class HostileFiles(unittest.TestCase):
             self.check(host, health)
 
     def test_documents_that_unpack_a_thousandfold_stay_within_the_bounds(self):
-        size = 16 * 1024 * 1024
+        size = 16 * 1024 * 1024 - 16 * 1024  # four of them leave room for the documents of the host
         blank = b"{}" + b" " * (size - 2)
         crowd = b"[" + b"[]," * (size // 3 - 2) + b"[]]"
         with Host(data=self.data) as host, RestClient(host.http_port) as rest, Health(host) as health:
@@ -151,6 +151,45 @@ class HostileFiles(unittest.TestCase):
                 self.assertEqual([file.read_bytes() for file in kept], [make()])
                 kept[0].unlink()
 
+    def test_a_damaged_file_is_kept_five_times(self):
+        for number in range(8):
+            (self.data / "default.zpjob").write_bytes(f"damaged {number}".encode() * 100)
+            with Host(data=self.data):
+                pass
+        kept = sorted(self.data.glob("default.zpjob.damaged-*"))
+        self.assertEqual([file.name[-1] for file in kept], ["4", "5", "6", "7", "8"])
+        self.assertEqual(kept[-1].read_bytes(), b"damaged 7" * 100)
+
+    def test_copies_are_refused_beyond_a_thousand_jobs(self):
+        for number in range(999):
+            (self.data / f"{number}.zpjob").write_bytes(b"")
+        with Host(data=self.data) as host, RestClient(host.http_port) as rest:
+            answer = rest.post("/jobs/copy/save")
+            self.assertEqual(answer.status, 409, answer.text)
+            self.assertIn("delete a job", answer.json["detail"])
+            self.assertEqual(rest.put("/jobs/sent", rest.get("/jobs/default").body).status, 409)
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            self.assertEqual(rest.send("DELETE", "/jobs/0").status, 204)
+            self.assertEqual(rest.post("/jobs/copy/save").status, 204)
+
+
+class Names(unittest.TestCase):
+    def test_the_loaded_job_is_kept_from_a_client_that_writes_the_suffix_twice(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            before = rest.get("/jobs/default").body
+            self.assertEqual(rest.send("DELETE", "/jobs/default.zpjob").status, 409)
+            self.assertEqual(rest.send("DELETE", "/jobs/default.zpjob.zpjob").status, 422)
+            self.assertEqual(rest.put("/jobs/default.zpjob.zpjob", before).status, 422)
+            self.assertEqual(rest.get("/jobs/default").body, before)
+
+    def test_names_that_show_as_others_are_refused(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            for name in ("a%E2%80%AEb", "a%E2%80%8Bb", "%EF%BB%BFa", "a%C2%AD", "a%ED%A0%80", "a%ED%A0%BD%ED%B8%80", "a%C2%85"):
+                with self.subTest(name):
+                    self.assertIn(rest.post(f"/jobs/{name}/save").status, (400, 422))
+            self.assertEqual([job["name"] for job in rest.get("/jobs").json["jobs"]], ["default"])
+
 
 class Stop(unittest.TestCase):
     def setUp(self):
@@ -168,6 +207,18 @@ class Stop(unittest.TestCase):
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.stderr.close)
         return process, open(pipe, "w", encoding="ascii")  # returns when the host has opened the other end
+
+    def test_a_stop_whose_last_save_fails_tells_so(self):
+        host = Host(data=self.data)
+        host.__enter__()
+        with RestClient(host.http_port) as rest:
+            self.assertEqual(rest.post("/jobs/default/save").status, 204)
+            with sqlite3.connect(self.data / "default.zpjob", isolation_level=None) as other:
+                other.execute("BEGIN EXCLUSIVE")
+                self.assertEqual(rest.put("/controls/ModbusTcp", {"parameters": {"maxClients": 9}}).status, 200)
+                self.assertEqual(host.stop(), 1)
+            other.close()
+        self.assertIn("zucontrol-host: The file 'default.zpjob' cannot be used: database is locked", host.log())
 
     def test_a_signal_during_the_start_ends_the_start(self):
         process, pipe = self.start_until_the_token_is_read()

@@ -208,7 +208,7 @@ public:
 
     ~JobDesk()
     {
-        jobs.Close();
+        ZU_GUARD_DESTRUCTOR([this] { jobs.Close(); });
         registry.Deregister(id);
     }
 

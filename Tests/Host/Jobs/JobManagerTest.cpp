@@ -645,9 +645,59 @@ TEST(JobManagerOnABadDisk, TriesAgainUntilThereIsRoom)
               ValueKeepers::DocumentWith(large));
 }
 
+TEST(JobManagerOnABadDisk, LeavesRoomForTheLoadedJobWhateverClientsCopy)
+{
+    ZuTest::MountedFolder const disk("6m");
+    if (!disk.IsMounted())
+    {
+        GTEST_SKIP() << "this process may not mount a file system";
+    }
+    ZuTest::JobDesk desk(disk.Path());
+    desk.jobs.Begin(JobName("default"));
+    std::string large; // compresses badly
+    for (unsigned i = 0; large.size() < 200'000; ++i)
+    {
+        large += std::to_string(i * i * 7919U);
+    }
+    desk.keepers.Set("One", large);
+    desk.jobs.SaveAs(JobName("default"));
+    std::string const uploaded = desk.jobs.Download(JobName("default"));
+
+    Refusal refusal;
+    for (int number = 0; number < 100 && refusal.status != Zu::Status::FULL; ++number)
+    {
+        refusal = RefusalOf([&] { desk.jobs.SaveAs(JobName("copy" + std::to_string(number))); });
+    }
+
+    EXPECT_EQ(refusal.status, Zu::Status::FULL) << refusal.text;
+    EXPECT_EQ(RefusalOf([&] { desk.jobs.Upload(JobName("sent"), uploaded); }).status, Zu::Status::FULL);
+    std::ranges::reverse(large);
+    desk.keepers.Set("One", large + large);
+    desk.jobs.SaveAs(JobName("default"));
+    EXPECT_EQ(desk.problems.Count(), 0U);
+}
+
+TEST(JobManagerOnABadDisk, EndsWithTheReasonWhenTheLastSaveFails)
+{
+    ZuTest::MountedFolder const disk("8m");
+    if (!disk.IsMounted())
+    {
+        GTEST_SKIP() << "this process may not mount a file system";
+    }
+    ZuTest::JobDesk desk(disk.Path());
+    desk.jobs.Begin(JobName("default"));
+    desk.keepers.Set("One", "changed");
+    ASSERT_TRUE(disk.MakeReadOnly());
+
+    EXPECT_EQ(RefusalOf([&] { desk.jobs.Close(); }),
+              (Refusal{Zu::Status::FAILURE,
+                       "The file 'default.zpjob' cannot be used: attempt to write a readonly database"}));
+    EXPECT_EQ(RefusalOf([&] { desk.jobs.SaveAs(JobName("default")); }).status, Zu::Status::WRONG_STATE);
+}
+
 TEST(JobManagerOnABadDisk, LoadsFromOneThatCannotBeWritten)
 {
-    ZuTest::MountedFolder const disk("1m");
+    ZuTest::MountedFolder const disk("8m");
     if (!disk.IsMounted())
     {
         GTEST_SKIP() << "this process may not mount a file system";

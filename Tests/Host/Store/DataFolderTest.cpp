@@ -93,6 +93,67 @@ TEST(DataFolder, KeepsEachDamagedFileUnderANameOfItsOwn)
     EXPECT_EQ(BytesOf(scratch / "job.zpjob"), "damaged");
 }
 
+TEST(DataFolder, KeepsTheFiveNewestDamagedFilesOfAFile)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    WriteBytes(scratch / "other.zpjob.damaged-1", "of another job");
+    WriteBytes(scratch / "job.zpjob.damaged-x", "of a person");
+
+    for (int number = 1; number <= 12; ++number)
+    {
+        WriteBytes(scratch / "job.zpjob", std::to_string(number));
+        folder.KeepDamaged(folder.JobFile(JobName("job")));
+        std::filesystem::remove(scratch / "job.zpjob");
+    }
+
+    for (int number = 1; number <= 12; ++number)
+    {
+        std::string const name = "job.zpjob.damaged-" + std::to_string(number);
+        EXPECT_EQ(BytesOf(scratch / name), number > 7 ? std::to_string(number) : "") << name;
+    }
+    EXPECT_TRUE(std::filesystem::exists(scratch / "other.zpjob.damaged-1"));
+    EXPECT_TRUE(std::filesystem::exists(scratch / "job.zpjob.damaged-x"));
+}
+
+TEST(DataFolder, TakesACopyOnlyWithinTheQuota)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    WriteBytes(scratch / "large.zpjob", "");
+    std::filesystem::resize_file(scratch / "large.zpjob", DataFolder::QUOTA_BYTES); // takes no room on the disk
+    WriteBytes(folder.NewFile(), "new");
+
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { folder.InstallCopy(scratch / ".new-archive", folder.JobFile(JobName("copy"))); }),
+        (ZuTest::Refusal{Zu::Status::FULL, "The data folder would hold 2 jobs and 1073741827 bytes in all; it may "
+                                           "hold 1000 and 1073741824: delete a job"}));
+    EXPECT_FALSE(std::filesystem::exists(scratch / ".new-archive"));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "copy.zpjob"));
+
+    WriteBytes(folder.NewFile(), "new");
+    folder.InstallCopy(scratch / ".new-archive", folder.JobFile(JobName("large"))); // in the place of the large one
+    EXPECT_EQ(BytesOf(scratch / "large.zpjob"), "new");
+}
+
+TEST(DataFolder, TakesAThousandJobs)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    for (std::size_t number = 0; number < DataFolder::MAX_JOBS; ++number)
+    {
+        WriteBytes(scratch / (std::to_string(number) + ".zpjob"), "");
+    }
+    WriteBytes(folder.NewFile(), "new");
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { folder.InstallCopy(scratch / ".new-archive", folder.JobFile(JobName("copy"))); }),
+              (ZuTest::Refusal{Zu::Status::FULL, "The data folder would hold 1001 jobs and 3 bytes in all; it may hold "
+                                                 "1000 and 1073741824: delete a job"}));
+    WriteBytes(folder.NewFile(), "new");
+    folder.InstallCopy(scratch / ".new-archive", folder.JobFile(JobName("0")));
+    EXPECT_EQ(BytesOf(scratch / "0.zpjob"), "new");
+}
+
 TEST(DataFolder, RemovesAFileWithWhatACrashLeftBesideIt)
 {
     ZuTest::ScratchFolder const scratch;

@@ -7,10 +7,10 @@
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
-#include "ZuCommon/ProblemsManager.h"
-#include "ZuControl/Control/ControlProtocolEnviron.h"
+#include "ZuCommon/Problems.h"
+#include "ZuControl/Control/ControlModuleEnviron.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
-#include "ZuControl/Control/IDeploymentQuery.h"
+#include "ZuControl/Control/IControlFactory.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
