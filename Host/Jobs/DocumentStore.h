@@ -2,6 +2,8 @@
 
 #include "Host/Store/ArchiveContents.h"
 #include "ZuCommon/Persistence.h"
+#include "Host/Store/Archive.h"
+#include "ZuCommon/IPersistStore.h"
 
 namespace ZuHost
 {

@@ -2,16 +2,13 @@
 
 #include "Host/Jobs/DocumentStore.h"
 #include "Host/Jobs/JobDocument.h"
-#include "Host/Jobs/LoadReporter.h"
-#include "Host/Jobs/SaveFaults.h"
+#include "Host/Jobs/JobLoad.h"
+#include "Host/Jobs/SavedDocuments.h"
 #include "Host/Module/PersistRegistry.h"
-#include "Host/Module/UpdateGate.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Store/DataFolder.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuControl/Control/IControlInstance.h"
-#include "ZuControl/Control/IControlManager.h"
 #include "wApi/wMutex.h"
 
 #include <algorithm>
@@ -28,29 +25,6 @@ namespace
 using Files = ArchiveContents::Files;
 using Kind = JobProblems::Kind;
 using ZuCommon::PersistDomain;
-
-/// Holds the gate during one load or save, so that no other thread changes the configuration. The destructor also
-/// closes brackets that a failed handler left open. Do not nest it.
-class GateBracket final
-{
-public:
-    explicit GateBracket(UpdateGate& usedGate) : gate(usedGate), request(usedGate)
-    {
-        gate.BeginUpdate(true);
-    }
-
-    ~GateBracket()
-    {
-        gate.EndUpdate();
-    }
-
-    GateBracket(GateBracket const&) = delete;
-    GateBracket& operator=(GateBracket const&) = delete;
-
-private:
-    UpdateGate& gate;
-    UpdateGate::Request const request;
-};
 
 /// Its destructor gives the freed memory of the process back to the system. A load or an upload may have unpacked
 /// `Archive::MAX_TOTAL_BYTES`, which the allocator would keep.
@@ -71,27 +45,6 @@ public:
 [[noreturn]] void ThrowNoJob(JobName const& name)
 {
     ZU_THROW(Zu::Status::NOT_FOUND, "There is no job '%s'", name.Text().c_str());
-}
-
-/// Adds to the report why enabled services were skipped: their start has failed.
-void AddWanted(LoadReport& report, std::map<std::string, std::string> const& wanted)
-{
-    for (LoadReport::Protocol& protocol : report.protocols)
-    {
-        if (auto const found = wanted.find(protocol.typeName); found != wanted.end())
-        {
-            protocol.lines.push_back(found->second);
-        }
-    }
-}
-
-/// Whether the loaded document differs from the one to be saved. A wanted service counts as enabled although it does
-/// not run.
-bool IsToBeReplaced(LoadReport::Protocol const& protocol, std::map<std::string, std::string> const& wanted)
-{
-    bool const isWanted = wanted.contains(protocol.typeName);
-    return std::ranges::any_of(protocol.skipped,
-                               [isWanted](std::string const& part) { return !isWanted || part != "enabled"; });
 }
 
 } // namespace
@@ -306,7 +259,7 @@ void JobManager::BeginJob(JobName const& name, std::set<std::string> const& toHo
         {
             ArchiveFile::Documents documents = job->file.Read();
             heldBack = JobDocument::HoldBack(documents.files, toHoldBack);
-            ResetWhatIsNotLoaded(documents.files);
+            JobLoad(registry, gate, startRetry).ResetWhatIsNotIn(documents.files);
             TakeOver(name, std::move(documents));
             return;
         }
@@ -329,23 +282,6 @@ void JobManager::MakeNew()
     GateBracket const bracket(gate);
     DocumentStore store;
     registry.Init(PersistDomain::JOB, store);
-}
-
-/// At the start no job was loaded before. A protocol without a document that the load applies is therefore reset to its
-/// defaults.
-void JobManager::ResetWhatIsNotLoaded(Files const& loaded)
-{
-    GateBracket const bracket(gate);
-    ZuControl::IControlManager& controls = registry.Controls();
-    for (std::string const& typeName : controls.List())
-    {
-        if (!JobDocument::HasAccepted(loaded, typeName))
-        {
-            ZU_GUARD_BOUNDARY([&] {
-                controls.GetInstance(typeName).ResetInstance(true, ZuControl::IControlInstance::DataToResetAll);
-            });
-        }
-    }
 }
 
 ArchiveFile JobManager::ExistingFile(JobName const& name) const
@@ -402,48 +338,16 @@ void JobManager::TakeOver(JobName const& name, ArchiveFile::Documents documents)
     AddProblems(Kind::LOAD, documents.faults);
     keepsReplaced = true; // until all documents are known to be taken over
     savedCount.store(NEVER_SAVED, std::memory_order_relaxed);
-    uint64 const countBefore = registry.ModificationCount();
-    LoadReport report{name, {}, {}};
-    {
-        StartRetry::Load const load(startRetry); // first: its destructor's log lines belong to no document
-        GateBracket const bracket(gate);
-        LoadReporter reporter;
-        DocumentStore store(std::move(documents.files), [&](std::string const& asked) { reporter.NoteLookUp(asked); });
-        registry.Load(PersistDomain::JOB, store);
-        documents.files = store.Take();
-        job->known = Collect(PersistDomain::JOB, {}).files; // the next save reports services without a document
-        report = reporter.Report(name, documents, job->known);
-    }
-    Wanted const wanted = startRetry.Wanted();
-    JobDocument::Enable(job->known, ToRun());
-    AddWanted(report, wanted);
-    SetReport(report);
-    bool const isTakenOver = IsTakenOver(documents, countBefore);
-    // Forget the documents that the next save must store: those missing from the job or refused, those not taken over,
-    // and all of them when the file has faults.
-    std::erase_if(job->known, [&](auto const& one) {
-        bool const isSkipped = std::ranges::any_of(report.protocols, [&](auto const& protocol) {
-            return IsToBeReplaced(protocol, wanted) && JobDocument::NameOf(protocol.typeName) == one.first;
-        });
-        return !JobDocument::HasAccepted(documents.files, JobDocument::TypeNameOf(one.first)) ||
-               (!isTakenOver && (isSkipped || !documents.faults.empty()));
-    });
-    if (isTakenOver)
+    JobLoad::Result result = JobLoad(registry, gate, startRetry).Run(name, std::move(documents), heldBack);
+    job->known = std::move(result.known);
+    SetReport(result.report);
+    if (result.isTakenOver)
     {
         keepsReplaced = false;
-        savedCount.store(countBefore, std::memory_order_relaxed);
+        savedCount.store(result.modificationCount, std::memory_order_relaxed);
         return;
     }
     saver.Note();
-}
-
-/// Whether the running configuration equals the file.
-bool JobManager::IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const
-{
-    return registry.ModificationCount() == countBefore && documents.faults.empty() &&
-           std::ranges::all_of(registry.Controls().List(), [&](std::string const& typeName) {
-               return JobDocument::HasAccepted(documents.files, typeName);
-           });
 }
 
 void JobManager::SaveChanges()
@@ -510,10 +414,11 @@ void JobManager::TryToSave(Scope scope)
 void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
 {
     bool const isJob = domain == PersistDomain::JOB;
-    Collected now = [&]() ZU_REQUIRES(operationLock) {
+    SavedDocuments now = [&]() ZU_REQUIRES(operationLock) {
         GateBracket const bracket(gate);
         // `ToRun` comes first: a service that `StartRetry` starts meanwhile is saved as enabled either way.
-        return Collect(domain, isJob ? ToRun() : Wanted());
+        SavedDocuments::Wanted const wanted = SavedDocuments::ToRun(startRetry, heldBack);
+        return SavedDocuments::Collect(registry, domain, isJob ? wanted : SavedDocuments::Wanted());
     }();
     std::set<std::string> due;
     for (auto const& [name, bytes] : now.files)
@@ -534,42 +439,6 @@ void JobManager::SaveFile(Kept& kept, PersistDomain domain, Scope scope)
     {
         ZU_THROW(Zu::Status::FAILURE, "%s", now.faults.front().c_str());
     }
-}
-
-/// The services that are saved as enabled although they do not run.
-JobManager::Wanted JobManager::ToRun() const
-{
-    Wanted services = startRetry.Wanted();
-    for (std::string const& typeName : heldBack)
-    {
-        services.emplace(typeName, "");
-    }
-    return services;
-}
-
-/// The caller holds the gate. In a job each service must have a document.
-JobManager::Collected JobManager::Collect(PersistDomain domain, Wanted const& wanted)
-{
-    DocumentStore store;
-    SaveFaults const watch;
-    registry.Save(domain, store);
-    Collected collected{store.All(), watch.Reasons()};
-    JobDocument::Enable(collected.files, wanted);
-    if (domain != PersistDomain::JOB)
-    {
-        return collected;
-    }
-    std::vector<std::string> missing = registry.Controls().List();
-    std::erase_if(missing,
-                  [&](auto const& typeName) { return collected.files.contains(JobDocument::NameOf(typeName)); });
-    bool const isExplained = missing.size() == watch.Reasons().size(); // both lists are in the order of the services
-    collected.faults.clear();
-    for (std::size_t i = 0; i < missing.size(); ++i)
-    {
-        collected.faults.push_back("service " + missing[i] + ": " +
-                                   (isExplained ? watch.Reasons()[i] : "it has no document"));
-    }
-    return collected;
 }
 
 void JobManager::AddProblems(Kind kind, std::vector<std::string> const& faults)

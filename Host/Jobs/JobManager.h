@@ -9,7 +9,6 @@
 #include "wApi/wMutex.h"
 
 #include <atomic>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -113,7 +112,6 @@ public:
 
 private:
     using Files = ArchiveContents::Files;
-    using Wanted = std::map<std::string, std::string>; // services by type name, see `StartRetry::Wanted`
 
     static constexpr uint64 NEVER_SAVED = ~uint64{0};
 
@@ -130,17 +128,9 @@ private:
         Files known; ///< the documents of the handlers at the last load or save
     };
 
-    /// The documents of a save, and a sentence for each service without a document.
-    struct Collected
-    {
-        Files files;
-        std::vector<std::string> faults;
-    };
-
     void BeginSettings() ZU_REQUIRES(operationLock);
     void BeginJob(JobName const& name, std::set<std::string> const& toHoldBack) ZU_REQUIRES(operationLock);
     void MakeNew();
-    void ResetWhatIsNotLoaded(Files const& loaded);
     ArchiveFile ExistingFile(JobName const& name) const;
     void CheckOpen() const ZU_REQUIRES(operationLock);
     void LoadAlone(JobName const& name) ZU_REQUIRES(operationLock);
@@ -151,9 +141,6 @@ private:
     void GuardedSave(std::function<void()> const& save) ZU_REQUIRES(operationLock);
     void TryToSave(Scope scope) ZU_REQUIRES(operationLock);
     void SaveFile(Kept& kept, ZuCommon::PersistDomain domain, Scope scope) ZU_REQUIRES(operationLock);
-    Wanted ToRun() const ZU_REQUIRES(operationLock);
-    Collected Collect(ZuCommon::PersistDomain domain, Wanted const& wanted);
-    bool IsTakenOver(ArchiveFile::Documents const& documents, uint64 countBefore) const;
     void AddProblems(JobProblems::Kind kind, std::vector<std::string> const& faults) ZU_REQUIRES(operationLock);
     void SetLoaded(JobName const& name);
     bool IsLoaded(JobName const& name);

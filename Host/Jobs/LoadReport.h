@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Host/Store/ArchiveFile.h"
 #include "Host/Store/JobName.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,6 +32,32 @@ struct LoadReport
     JobName job;
     std::vector<std::string> faults; ///< faults of the file
     std::vector<Protocol> protocols; ///< in the order of the load
+};
+
+/// Observes a load on the thread that made the object, from construction to destruction, and reports the result.
+///
+/// A log line for the user belongs to the protocol of the last document looked up. To find the parts that were taken
+/// over, the reporter compares the loaded documents with the documents of a save after the load.
+class LoadReporter final
+{
+public:
+    LoadReporter();
+    ~LoadReporter();
+
+    LoadReporter(LoadReporter const&) = delete;
+    LoadReporter& operator=(LoadReporter const&) = delete;
+
+    /// The load asks for the document `name`.
+    void NoteLookUp(std::string const& name);
+
+    /// `now`: the documents that a save gives after the load.
+    LoadReport Report(JobName const& job, ArchiveFile::Documents const& loaded,
+                      ArchiveContents::Files const& now) const;
+
+private:
+    class Sink;
+
+    std::shared_ptr<Sink> const sink;
 };
 
 } // namespace ZuHost

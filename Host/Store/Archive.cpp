@@ -2,7 +2,7 @@
 
 #include "Host/Store/Deflate.h"
 #include "Host/Store/DocumentCheck.h"
-#include "Host/Store/SqliteStatement.h"
+#include "Host/Store/SqliteFile.h"
 #include "ZuApi/Exception.h"
 
 #include <algorithm>

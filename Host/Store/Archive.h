@@ -1,10 +1,24 @@
 #pragma once
 
-#include "Host/Store/ArchiveContents.h"
 #include "Host/Store/SqliteFile.h"
+
+#include <functional>
+#include <map>
+#include <string>
 
 namespace ZuHost
 {
+
+/// The entries of an archive, and its faults.
+struct ArchiveContents
+{
+    /// Bytes by name: "controls/ModbusTcp/config.json".
+    using Files = std::map<std::string, std::string, std::less<>>;
+
+    Files entries;
+    Files lastGood; ///< the last state of an entry that was known to be good
+    Files faults;   ///< entries that cannot be read, and why; an empty name stands for the file as a whole
+};
 
 /// An SQLite archive: a database that holds files. `sqlite3 FILE -A` can list, extract and replace them.
 ///

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/Store/ArchiveContents.h"
+#include "Host/Store/Archive.h"
 
 #include <filesystem>
 #include <set>

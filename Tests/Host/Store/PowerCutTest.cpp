@@ -1,6 +1,6 @@
 #include "Host/Store/Archive.h"
 #include "Host/Store/ForgetfulDisk.h"
-#include "Host/Store/SqliteStatement.h"
+#include "Host/Store/SqliteFile.h"
 #include "ZuApi/Exception.h"
 
 #include <gtest/gtest.h>

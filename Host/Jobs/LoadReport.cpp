@@ -1,14 +1,13 @@
-#include "Host/Jobs/LoadReporter.h"
+#include "Host/Jobs/LoadReport.h"
 
 #include "Host/Jobs/JobDocument.h"
 #include "ZuApi/Logging.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <thread>
 #include <utility>
 
