@@ -70,7 +70,7 @@ std::shared_ptr<Zu::Params::Group> AsciiCommands::InvokeAction(std::string const
     if (!SendTextParams::IsValid(text))
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "A text has 1 to %u bytes and no control character",
-                 static_cast<unsigned>(SendTextParams::MOST_BYTES));
+                 SendTextParams::MOST_BYTES);
     }
     return std::make_shared<ReachedClients>(handlers.sendText(text));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugins/Common/TextLimits.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuControl/Control/IControlActionTarget.h"
@@ -19,7 +20,7 @@ namespace AsciiTcp
 struct SendTextParams final : public Zu::Params::Group
 {
 public:
-    static constexpr std::size_t MOST_BYTES = 256;
+    static constexpr uint32 MOST_BYTES = 256;
 
     SendTextParams();
     ~SendTextParams() override;
@@ -27,7 +28,7 @@ public:
     /// Whether `text` may be sent to clients: 1 to MOST_BYTES bytes without control characters.
     static bool IsValid(std::string_view text);
 
-    Zu::Params::Value<std::string> text;
+    PluginCommon::LimitedText text{MOST_BYTES};
 };
 
 /// The result of a command for all clients.

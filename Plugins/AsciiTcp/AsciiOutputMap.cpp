@@ -1,6 +1,7 @@
 #include "Plugins/AsciiTcp/AsciiOutputMap.h"
 
 #include "Plugins/AsciiTcp/AsciiText.h"
+#include "Plugins/Common/TextLimits.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
@@ -55,6 +56,7 @@ AsciiOutputActions::~AsciiOutputActions() = default;
 std::shared_ptr<Zu::Params::Group> AsciiOutputActions::InvokeAction(std::string const& actionId,
                                                                     Zu::Params::Group const& params)
 {
+    PluginCommon::CheckTexts(params);
     if (actionId != PROTOCOL_OUTPUT_ACTION_ID_REMOVE_ALL)
     {
         return ProtocolOutputActionTarget::InvokeAction(actionId, params);

@@ -33,7 +33,7 @@ public:
 };
 
 /// The actions by which clients change the output map. They are those of every map, except for "removeAll": it leaves
-/// the map empty, whereas `Clear` restores the map of a new job.
+/// the map empty, whereas `Clear` restores the map of a new job. Texts are limited to `PluginCommon::MOST_TEXT_BYTES`.
 class AsciiOutputActions final : public ZuControl::ControlProtocol::ProtocolOutputActionTarget
 {
 public:

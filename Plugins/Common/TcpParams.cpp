@@ -44,8 +44,8 @@ void TcpParams::SetDefaults()
 
 TcpSettings TcpParams::Settings() const
 {
-    return {address.Get(), port.Get(), std::min(maxClients.Get(), MOST_CLIENTS), UsecOf(idleTimeout.Get()),
-            UsecOf(makeRoomAfter.Get())};
+    return {address.Get().substr(0, LONGEST_ADDRESS + 1), port.Get(), std::min(maxClients.Get(), MOST_CLIENTS),
+            UsecOf(idleTimeout.Get()), UsecOf(makeRoomAfter.Get())};
 }
 
 void TcpParams::RegisterLimits()

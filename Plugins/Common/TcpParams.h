@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugins/Common/TcpServer.h"
+#include "Plugins/Common/TextLimits.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "wApi/wTypes.h"
@@ -18,6 +19,7 @@ struct TcpParams : public Zu::Params::Group
 {
 public:
     static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
+    static constexpr uint32 LONGEST_ADDRESS = 64; ///< bytes; an IPv6 address with a scope fits
     static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
     static constexpr uint32 MOST_CLIENTS = 512;
     static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
@@ -32,10 +34,10 @@ public:
     /// The settings of the server. Values out of bounds are clamped, because parameters from a job are not validated.
     TcpSettings Settings() const;
 
-    Zu::Params::Value<uint16> port;         ///< 0: a free port, shown in the metrics
-    Zu::Params::Value<std::string> address; ///< a numeric IP address of this machine
-    Zu::Params::Value<uint32> maxClients;   ///< 1 to MOST_CLIENTS
-    Zu::Params::Value<uint32> idleTimeout;  ///< seconds, 1 to LONGEST_IDLE_TIMEOUT
+    Zu::Params::Value<uint16> port;        ///< 0: a free port, shown in the metrics
+    LimitedText address{LONGEST_ADDRESS};  ///< a numeric IP address of this machine
+    Zu::Params::Value<uint32> maxClients;  ///< 1 to MOST_CLIENTS
+    Zu::Params::Value<uint32> idleTimeout; ///< seconds, 1 to LONGEST_IDLE_TIMEOUT
 
     /// Seconds without a complete request after which a client makes room for a new one, 1 to LONGEST_IDLE_TIMEOUT.
     Zu::Params::Value<uint32> makeRoomAfter;

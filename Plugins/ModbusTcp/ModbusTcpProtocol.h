@@ -60,7 +60,7 @@ private:
 
     // The blocks come first: the members after them share the blocks and are destroyed before them.
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase assembly;
-    ZuControl::ControlProtocol::ProtocolRegisterAssemblyActionTarget assemblyActionTarget;
+    PluginCommon::LimitedActions<ZuControl::ControlProtocol::ProtocolRegisterAssemblyActionTarget> assemblyActionTarget;
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblyGroup;
     RegisterImage image;
     ResultEncoder encoder;

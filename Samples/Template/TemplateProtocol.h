@@ -62,7 +62,7 @@ private:
     TemplateCounters counters;
     TemplateMetrics metrics{counters};
     ZuControl::ControlProtocol::StandardProtocolOutputMap outputs;
-    ZuControl::ControlProtocol::ProtocolOutputActionTarget outputsActionTarget;
+    PluginCommon::LimitedActions<ZuControl::ControlProtocol::ProtocolOutputActionTarget> outputsActionTarget;
     std::atomic<int> decimals{0}; // what the dispatcher's thread uses; publishes no other data
 
     Zu::Mutex lock;                                                   // a leaf

@@ -47,6 +47,23 @@ class Parameters(unittest.TestCase):
                 plc.read(0, 1)
                 self.assertTrue(client.ask("LIST").startswith("OK "))
 
+    def test_long_texts_are_refused_and_not_echoed(self):
+        long = "x" * 100_000
+        with Host(*BOTH) as host, RestClient(host.http_port) as rest:
+            before = {service: self.parameters(rest, service) for service in SERVICES}
+            changes = [("PUT", f"/controls/{service}", {"parameters": {"address": long}}) for service in SERVICES]
+            changes += [
+                ("POST", "/controls/AsciiTcp/outputs/commands/add", {"outputId": "a", "source": long}),
+                ("POST", "/controls/AsciiTcp/outputs/commands/add", {"outputId": long, "source": "profile/zMax"}),
+                ("POST", "/controls/AsciiTcp/commands/sendText", {"text": long}),
+                ("POST", "/controls/ModbusTcp/registerAssemblies/registerAssembly-0/commands/add",
+                 {"blocks": [{"type": "Measurement", "outputId": 500, "dataSource": long}]})]
+            for method, path, body in changes:
+                answer = rest.send(method, path, body)
+                self.assertEqual(answer.status, 422, (path, answer.text[:300]))
+                self.assertLess(len(answer.body), 1000, path)
+            self.assertEqual({service: self.parameters(rest, service) for service in SERVICES}, before)
+
     def test_a_service_that_cannot_start_keeps_its_new_parameters(self):
         taken, port = occupied()
         with taken, Host() as host, RestClient(host.http_port) as rest:
