@@ -59,7 +59,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
         });
     metricsPage.emplace(
         sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
-        [this] { return sensorModule.Module().Vitals(); });
+        [this] { return sensorModule.Module().Vitals(); }, [this] { return httpServer.WrongTokenCount(); });
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(

@@ -84,7 +84,7 @@ void HttpConnection::OnStrand(Step step)
 void HttpConnection::Start(std::optional<Answer> refusal)
 {
     OnStrand([this, refusal = std::move(refusal)]() mutable {
-        firstRefusal = std::move(refusal);
+        heldRefusal = std::move(refusal);
         Enter(Phase::HANDSHAKE, limits.requestTimeoutUsec);
         firstDue = due;
         StartHandshake();
@@ -98,9 +98,9 @@ void HttpConnection::OnHandshake(error_code const& error)
         {
             DoClose();
         }
-        else if (firstRefusal.has_value())
+        else if (heldRefusal.has_value())
         {
-            Send(std::move(*firstRefusal), true);
+            Send(std::move(*heldRefusal), true);
         }
         else
         {
@@ -124,10 +124,11 @@ void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
     }
 }
 
-/// Whether the client, not the server, has to act.
+/// Whether the connection may be closed for a further client: the server has nothing to do for this one.
 bool HttpConnection::IsIdle() const
 {
-    return phase == Phase::HANDSHAKE || phase == Phase::IDLE || phase == Phase::REQUEST || phase == Phase::LINGER;
+    return phase == Phase::HANDSHAKE || phase == Phase::IDLE || phase == Phase::REQUEST || phase == Phase::DELAY ||
+           phase == Phase::LINGER;
 }
 
 void HttpConnection::NoteIdle()
@@ -194,6 +195,9 @@ void HttpConnection::PassDeadline()
     {
     case Phase::REQUEST:
         Send(Refusal(HttpStatus::REQUEST_TIMEOUT, Zu::Status::TIME_OUT, "The request did not come in time."), true);
+        break;
+    case Phase::DELAY:
+        Send(std::move(*heldRefusal), true);
         break;
     case Phase::ANSWER:
         isWanted.store(false, std::memory_order_relaxed);
@@ -295,6 +299,22 @@ void HttpConnection::ParseRequest()
     case RequestReader::Result::REFUSAL:
         Send(reader.TakeRefusal(), true);
         break;
+    case RequestReader::Result::WRONG_TOKEN:
+        DelayRefusal();
+        break;
+    }
+}
+
+void HttpConnection::DelayRefusal()
+{
+    heldRefusal = reader.TakeRefusal();
+    if (uint64 const delayUsec = service.NoteWrongToken(source); delayUsec != 0)
+    {
+        Enter(Phase::DELAY, delayUsec);
+    }
+    else
+    {
+        Send(std::move(*heldRefusal), true);
     }
 }
 

@@ -48,6 +48,9 @@ public:
     /// For the bytes behind the headers of the requests of all connections.
     virtual ByteBudget& Budget() = 0;
 
+    /// Notes a request of `source` with a wrong token. Returns the time for which its refusal waits.
+    virtual uint64 NoteWrongToken(boost::asio::ip::address const& source) = 0;
+
     /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this
     /// call.
     virtual void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) = 0;
@@ -131,6 +134,7 @@ private:
         HANDSHAKE,
         IDLE,    // between two requests
         REQUEST, // header or body are being received
+        DELAY,   // the refusal of a wrong token waits
         ANSWER,  // the request is being carried out
         WRITE,
         STREAM, // open, nothing to write
@@ -164,6 +168,7 @@ private:
     void Read();
     void TakeBytes(boost::system::error_code const& error, std::size_t count);
     void ParseRequest();
+    void DelayRefusal();
     void Submit();
     void ShowOutcome(Outcome outcome);
     void Send(ZuRest::Answer answer, bool isLast);
@@ -195,7 +200,7 @@ private:
     bool isReading = false; // a read is pending: the reader's room belongs to it
     uint64 discardedBytes = 0;
 
-    std::optional<ZuRest::Answer> firstRefusal;
+    std::optional<ZuRest::Answer> heldRefusal; // sent behind the handshake or the delay
     std::string head;
     std::string body;
 

@@ -5,9 +5,11 @@
 #include "Host/Http/ConnectionTable.h"
 #include "Host/Http/HttpSession.h"
 #include "Host/Http/RequestQueue.h"
+#include "Host/Http/WrongTokens.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wThread.h"
+#include "wApi/wTime.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -84,7 +86,7 @@ asio::ip::address AddressOf(HttpServer::Settings const& settings)
 class HttpServer::Core final : public IHttpService
 {
 public:
-    Core(ZuRest::ResourceRequestProcessor& usedProcessor, Settings const& usedSettings);
+    Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens, Settings const& usedSettings);
     ~Core() override;
 
     Core(Core const&) = delete;
@@ -117,6 +119,11 @@ public:
         return budget;
     }
 
+    uint64 NoteWrongToken(asio::ip::address const& source) override
+    {
+        return wrongTokens.Note(source, wTime_NowUsec());
+    }
+
     void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
 
     void RunLater(std::function<void()> step) override
@@ -144,6 +151,7 @@ private:
 
     Settings const settings;
     ZuRest::ResourceRequestProcessor& processor;
+    WrongTokens& wrongTokens;
     ByteBudget budget{MAX_BYTES_IN_ALL};
 
     ConnectionTable connections;
@@ -160,8 +168,9 @@ private:
     uint64 started = 0;
 };
 
-HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, Settings const& usedSettings)
-    : settings(usedSettings), processor(usedProcessor), endpoint(Listen())
+HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens,
+                       Settings const& usedSettings)
+    : settings(usedSettings), processor(usedProcessor), wrongTokens(usedTokens), endpoint(Listen())
 {
 }
 
@@ -348,7 +357,8 @@ void HttpServer::Core::ForEach(void (HttpConnection::*step)())
     }
 }
 
-HttpServer::HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor) : processor(usedProcessor)
+HttpServer::HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor)
+    : processor(usedProcessor), wrongTokens(std::make_unique<WrongTokens>())
 {
 }
 
@@ -368,7 +378,7 @@ void HttpServer::Listen(Settings const& settings)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    core = std::make_unique<Core>(processor, settings);
+    core = std::make_unique<Core>(processor, *wrongTokens, settings);
 }
 
 void HttpServer::Start()
@@ -389,6 +399,11 @@ std::string HttpServer::Endpoint() const
 {
     return core != nullptr ? EndpointText(core->Endpoint().address().to_string(), core->Endpoint().port())
                            : std::string();
+}
+
+uint64 HttpServer::WrongTokenCount() const
+{
+    return wrongTokens->Count();
 }
 
 uint16 HttpServer::Port() const

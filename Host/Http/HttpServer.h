@@ -13,6 +13,8 @@ class ResourceRequestProcessor;
 namespace ZuHost
 {
 
+class WrongTokens;
+
 /// The HTTP server of the host: passes the requests of clients to the resources, and the answers to the clients.
 ///
 /// It is asynchronous: a few threads run one I/O context, and each connection has a strand. The same threads execute
@@ -74,12 +76,16 @@ public:
     /// The address with the real port: "127.0.0.1:8080", "[::1]:8080". Empty while the server does not listen.
     std::string Endpoint() const;
 
+    /// The number of requests with a wrong token since the server was made. Any thread may call.
+    uint64 WrongTokenCount() const;
+
     uint16 Port() const; ///< the real port; 0 while the server does not listen
 
 private:
     class Core;
 
     ZuRest::ResourceRequestProcessor& processor;
+    std::unique_ptr<WrongTokens> const wrongTokens;
     std::unique_ptr<Core> core; // exists while the server listens
 };
 

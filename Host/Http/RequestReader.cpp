@@ -247,7 +247,7 @@ RequestReader::Result RequestReader::RefuseWithoutToken()
     Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED,
            "This service asks for a token: send the header Authorization: Bearer TOKEN.");
     refusal.headers.emplace_back("WWW-Authenticate", "Bearer");
-    return Result::REFUSAL;
+    return parser->At(http::field::authorization).count == 0 ? Result::REFUSAL : Result::WRONG_TOKEN;
 }
 
 RequestReader::Result RequestReader::RefuseMalformed(error_code const& error)

@@ -34,7 +34,8 @@ public:
         NEEDS_BYTES,    ///< there is no whole request yet
         NEEDS_CONTINUE, ///< the client waits for "100 Continue" before it sends the body
         REQUEST,        ///< `TakeRequest` returns it
-        REFUSAL         ///< `TakeRefusal` returns the answer; the connection closes behind it
+        REFUSAL,        ///< `TakeRefusal` returns the answer; the connection closes behind it
+        WRONG_TOKEN     ///< as `REFUSAL`, for a request that shows a wrong token
     };
 
     /// `newToken` is required in requests unless it is empty. `newIsLocal`: the service is for clients of this machine

@@ -158,8 +158,12 @@ void AddAge(PrometheusText& text, ZuControl::ControlVitals::Metrics const& metri
 
 MetricsPage::MetricsPage(ZuRest::ResourceRouter& usedRouter,
                          std::function<ZuControl::ControlStatistics()> newStatistics,
-                         std::function<ZuControl::ControlVitals()> newVitals)
-    : router(usedRouter), statistics(std::move(newStatistics)), vitals(std::move(newVitals))
+                         std::function<ZuControl::ControlVitals()> newVitals,
+                         std::function<uint64()> newCountWrongTokens)
+    : router(usedRouter),
+      statistics(std::move(newStatistics)),
+      vitals(std::move(newVitals)),
+      countWrongTokens(std::move(newCountWrongTokens))
 {
     router.Register(ROUTE, *this);
 }
@@ -180,6 +184,8 @@ ZuRest::Answer MetricsPage::AnswerContent(ZuRest::Request const& /*request*/, Zu
     PrometheusText text;
     AddModule(text, counted);
     AddAge(text, vitals().metrics);
+    text.Add(std::string(PREFIX) + "http_wrong_tokens_total", Type::COUNTER, "REST requests with a wrong token.", {},
+             std::to_string(countWrongTokens()));
     for (auto const& protocol : counted.protocols)
     {
         AddProtocol(text, router, protocol.typeName);

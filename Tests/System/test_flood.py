@@ -2,12 +2,15 @@
 
 import contextlib
 import os
+import pathlib
 import socket
+import tempfile
 import threading
 import time
 import unittest
 
 from host import PATIENCE, Host
+from rest import RestClient
 
 PEAK_MIB = int(os.environ.get("ZU_PEAK_MIB", "256"))  # of the whole process
 HEALTH_SECONDS = 1 + float(os.environ.get("ZU_SLACK", "0"))
@@ -138,6 +141,34 @@ class Flood(unittest.TestCase):
                 except ConnectionError:
                     pass
             return {status_on(client) for client in clients}
+
+
+class WrongTokens(unittest.TestCase):
+    SECONDS = 3
+
+    def test_they_are_slowed_counted_and_told_once(self):
+        with tempfile.TemporaryDirectory() as folder:
+            token = pathlib.Path(folder) / "token"
+            token.write_text("0123456789abcdef\n", encoding="ascii")
+            with Host("--token", token) as host:
+                guessed = self.guess(host.http_port)
+                with RestClient(host.http_port) as rest:
+                    page = rest.get("/metrics", Authorization="Bearer 0123456789abcdef").text
+                lines = [line for line in host.errors if line and "wrong token" in line]
+        print(f"{guessed} wrong tokens in {self.SECONDS} s", flush=True)
+        self.assertIn(guessed, range(1, 11))
+        self.assertIn(f"\nzucontrol_http_wrong_tokens_total {guessed}\n", page)
+        self.assertEqual(len(lines), 1, lines)
+
+    def guess(self, port):
+        """Shows as many wrong tokens as the host answers for some seconds, and returns their number."""
+        end = time.monotonic() + self.SECONDS
+        guessed = 0
+        while time.monotonic() < end:
+            with RestClient(port) as rest:
+                self.assertEqual(rest.get("/controls", Authorization=f"Bearer {guessed:016}").status, 401)
+            guessed += 1
+        return guessed
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 #include "Host/Http/HttpServer.h"
 
 #include "Host/Http/TestConnection.h"
+#include "Host/Http/WrongTokens.h"
 #include "Support/AdvancedCalendar.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
@@ -694,6 +695,40 @@ TEST_F(HttpServerTest, AsksForItsToken)
     EXPECT_EQ(Connect().Send("GET", "/health?a")->status, 401U);
     EXPECT_EQ(Connect().Send("GET", "/health")->status, 200U);
     EXPECT_EQ(Connect().Send("GET", "/thing", "", "Authorization: Bearer secret\r\n")->status, 200U);
+}
+
+TEST_F(HttpServerTest, SlowsWrongTokensDown)
+{
+    settings.token = "secret";
+    Start();
+    uint64 const beginUsec = wTime_NowUsec();
+    for (uint64 i = 0; i <= WrongTokens::PROMPT_REFUSALS; ++i)
+    {
+        Connect().Write("GET /thing HTTP/1.1\r\nHost: localhost\r\nAuthorization: Bearer wrong\r\n\r\n");
+    }
+    for (TestConnection& client : connections)
+    {
+        EXPECT_EQ(client.ReadAnswer()->status, 401U);
+    }
+
+    EXPECT_GE(wTime_NowUsec() - beginUsec, WrongTokens::PERIOD_USEC);
+    EXPECT_EQ(server.WrongTokenCount(), WrongTokens::PROMPT_REFUSALS + 1);
+}
+
+TEST_F(HttpServerTest, ServesTheRightTokenAtOnceBesideWrongOnes)
+{
+    settings.token = "secret";
+    Start();
+    for (uint64 i = 0; i < 3 * WrongTokens::PROMPT_REFUSALS; ++i)
+    {
+        Connect().Write("GET /thing HTTP/1.1\r\nHost: localhost\r\nAuthorization: Bearer wrong\r\n\r\n");
+    }
+    uint64 const beginUsec = wTime_NowUsec();
+
+    EXPECT_EQ(Connect().Send("GET", "/thing", "", "Authorization: Bearer secret\r\n")->status, 200U);
+    EXPECT_EQ(Connect().Send("GET", "/thing")->status, 401U) << "without a token";
+
+    EXPECT_LT(wTime_NowUsec() - beginUsec, WrongTokens::PERIOD_USEC);
 }
 
 TEST_F(HttpServerTest, StreamsReportsAsEvents)

@@ -35,6 +35,7 @@ bool ReadOn(RequestReader& reader, std::string& reading)
             add("100");
             break;
         case Result::REFUSAL:
+        case Result::WRONG_TOKEN:
             add(std::to_string(reader.TakeRefusal().status));
             return false;
         case Result::REQUEST:

@@ -162,6 +162,10 @@ TEST_F(RequestReaderTest, AsksForTheTokenBeforeItTakesABody)
     EXPECT_EQ(refusal.headers, (std::vector<std::pair<std::string, std::string>>{{"WWW-Authenticate", "Bearer"}}));
 
     reader.Begin();
+    EXPECT_EQ(Feed(std::string(HEAD) + "Authorization: Bearer 0123456789abcdee\r\n\r\n{}"), Result::WRONG_TOKEN);
+    EXPECT_EQ(reader.TakeRefusal().status, 401U);
+    reader.Begin();
+    reader.Discard();
     EXPECT_EQ(Feed(std::string(HEAD) + "Authorization: Bearer 0123456789abcdef\r\n\r\n{}"), Result::REQUEST);
 }
 

@@ -65,12 +65,14 @@ protected:
     std::map<std::string, nlohmann::json> documents;
     ZuControl::ControlStatistics statistics;
     ZuControl::ControlVitals vitals;
-    MetricsPage page{router, [this] { return statistics; }, [this] { return vitals; }};
+    uint64 wrongTokens = 0;
+    MetricsPage page{router, [this] { return statistics; }, [this] { return vitals; }, [this] { return wrongTokens; }};
 };
 
 TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
 {
     statistics = {7, 42, 30, 3, 2, 1, {{"X", 5, 6, 12'500}, {"Y", 0, 0, 0}}};
+    wrongTokens = 4;
     documents = {{"X", nlohmann::json::object()}, {"Y", nlohmann::json::object()}};
 
     ZuRest::Answer const answer = Get();
@@ -94,6 +96,9 @@ TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
         "# TYPE zucontrol_dispatcher_result_sets_total counter\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"X\"} 6\n"
         "zucontrol_dispatcher_result_sets_total{protocol=\"Y\"} 0\n"
+        "# HELP zucontrol_http_wrong_tokens_total REST requests with a wrong token.\n"
+        "# TYPE zucontrol_http_wrong_tokens_total counter\n"
+        "zucontrol_http_wrong_tokens_total 4\n"
         "# HELP zucontrol_metrics_age_seconds Time since the metrics of all protocols were last brought up to date.\n"
         "# TYPE zucontrol_metrics_age_seconds gauge\n"
         "zucontrol_metrics_age_seconds 0.000000\n"
@@ -208,7 +213,7 @@ TEST_F(MetricsPageTest, HasItsRouteForAsLongAsItLives)
     ZuRest::ResourceRouter other;
     {
         MetricsPage const shortLived(
-            other, [this] { return statistics; }, [this] { return vitals; });
+            other, [this] { return statistics; }, [this] { return vitals; }, [] { return uint64{0}; });
         EXPECT_TRUE(other.Find("/metrics").has_value());
     }
     EXPECT_FALSE(other.Find("/metrics").has_value());
