@@ -7,6 +7,7 @@
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamReceiver.h"
 #include "ZuRest/IStreamableResource.h"
+#include "ZuRest/IUpdatableResource.h"
 #include "ZuRest/RequestProcessor.h"
 
 #include <nlohmann/json.hpp>
@@ -27,6 +28,8 @@ IResource::~IResource() = default;
 IStreamReceiver::~IStreamReceiver() = default;
 
 IStreamableResource::~IStreamableResource() = default;
+
+IUpdatableResource::~IUpdatableResource() = default;
 
 RequestProcessor::~RequestProcessor() = default;
 

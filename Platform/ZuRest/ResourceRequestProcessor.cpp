@@ -9,6 +9,7 @@
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
+#include "ZuRest/IUpdatableResource.h"
 #include "ZuRest/JsonText.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
@@ -75,21 +76,29 @@ IContentResource* ContentFaceFor(IResource& resource, std::string const& method)
     return isKnown ? face : nullptr;
 }
 
-/// Returns the methods that the resource supports. `isFixed` is true if it has just refused a change of its document.
-std::string AllowedBy(IResource& resource, bool isFixed)
+bool IsUpdatable(ResourceRouter::Match const& match)
 {
+    auto const* const updatable = dynamic_cast<IUpdatableResource const*>(match.resource);
+    return match.isComplete && updatable != nullptr && updatable->IsUpdatable();
+}
+
+/// Returns the methods that the resource supports. `isFixed` is true if it has just refused a change of its document.
+std::string AllowedBy(ResourceRouter::Match const& match, bool isFixed)
+{
+    IResource& resource = *match.resource;
     bool const hasDocument = resource.DocumentProvider() != nullptr;
+    bool const takesUpdates = hasDocument && !isFixed && IsUpdatable(match);
     auto const has = [&resource](char const* method) { return ContentFaceFor(resource, method) != nullptr; };
     std::string allowed;
     if (hasDocument || resource.StreamableProvider() != nullptr || has("GET"))
     {
         allowed += "GET, HEAD, ";
     }
-    if ((hasDocument && !isFixed) || has("PUT"))
+    if (takesUpdates || has("PUT"))
     {
         allowed += "PUT, ";
     }
-    if ((hasDocument && !isFixed) || has("PATCH"))
+    if (takesUpdates || has("PATCH"))
     {
         allowed += "PATCH, ";
     }
@@ -104,7 +113,7 @@ std::string AllowedBy(IResource& resource, bool isFixed)
     return allowed + "OPTIONS";
 }
 
-Answer RefuseMethod(Request const& request, IResource& resource, bool isFixed, std::string detail)
+Answer RefuseMethod(Request const& request, ResourceRouter::Match const& match, bool isFixed, std::string detail)
 {
     if (detail.empty())
     {
@@ -112,7 +121,7 @@ Answer RefuseMethod(Request const& request, IResource& resource, bool isFixed, s
     }
     Answer answer =
         Problem{HttpStatus::METHOD_NOT_ALLOWED, std::move(detail), Zu::Status::NOT_UPDATABLE, {}}.ToAnswer();
-    answer.headers.emplace_back("Allow", AllowedBy(resource, isFixed));
+    answer.headers.emplace_back("Allow", AllowedBy(match, isFixed));
     return answer;
 }
 
@@ -258,7 +267,7 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     IResource& resource = *match->resource;
     if (request.method == "OPTIONS")
     {
-        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(resource, false)}}}, nullptr};
+        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(*match, false)}}}, nullptr};
     }
     if (IContentResource* const face = ContentFaceFor(resource, request.method); face != nullptr)
     {
@@ -274,7 +283,7 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     {
         return {Change(request, *match, pass), nullptr};
     }
-    return {RefuseMethod(request, resource, false, {}), nullptr};
+    return {RefuseMethod(request, *match, false, {}), nullptr};
 }
 
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& request, ResourceRouter::Match match,
@@ -320,7 +329,7 @@ Answer ResourceRequestProcessor::Change(Request const& request, ResourceRouter::
             throw;
         }
         std::string detail = Problem::Of(exception, request.method, request.path).detail;
-        return RefuseMethod(request, *match.resource, IsUpdate(request.method), std::move(detail));
+        return RefuseMethod(request, match, IsUpdate(request.method), std::move(detail));
     }
 }
 

@@ -231,7 +231,7 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
     ++entry->matches;
     guard.Unlock();
 
-    Match match{&entry->resource, {}, nullptr};
+    Match match{&entry->resource, {}, nullptr, values.size() == entry->keyNames.size()};
     match.lease = std::shared_ptr<void>(entry.get(), [entry, shared = state](void*) {
         {
             Zu::MutexLock const ending(shared->lock);

@@ -27,6 +27,7 @@ public:
         IResource* resource = nullptr;
         RequestInfo::Keys keys;      ///< the values of the route's keys, decoded, in the order of the route
         std::shared_ptr<void> lease; ///< `Deregister` waits until it is released
+        bool isComplete = false;     ///< the path has all segments of the route
     };
 
     ResourceRouter();

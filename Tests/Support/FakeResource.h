@@ -4,6 +4,7 @@
 #include "ZuRest/DocumentResourceBase.h"
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IStreamReceiver.h"
+#include "ZuRest/IUpdatableResource.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResponseInfo.h"
 #include "ZuRest/StreamResourceBase.h"
@@ -19,7 +20,8 @@ namespace ZuTest
 /// A resource with behaviour set by the test: it offers an interface only if the function for it is set.
 class FakeResource final : public ZuRest::DocumentResourceBase,
                            public ZuRest::ICallableResource,
-                           public ZuRest::StreamResourceBase
+                           public ZuRest::StreamResourceBase,
+                           public ZuRest::IUpdatableResource
 {
 public:
     using Json = nlohmann::json;
@@ -54,6 +56,11 @@ public:
     void UpdateDocument(RequestInfo const& request, Json const& body) override
     {
         update ? update(request, body) : DocumentResourceBase::UpdateDocument(request, body);
+    }
+
+    bool IsUpdatable() const noexcept override
+    {
+        return static_cast<bool>(update);
     }
 
     Json Invoke(RequestInfo const& request, Json const& body) override

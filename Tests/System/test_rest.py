@@ -14,6 +14,24 @@ ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 
 
 class Configuration(unittest.TestCase):
+    READ_ONLY = ["/", "/health", "/problems", "/scanners", "/scanners/0", "/scanners/scanner-0", "/controls", "/controls/hardware",
+                 "/controls/hardware/0", "/controls/hardware/metrics", "/controls/hardware/0/digital", "/controls/ModbusTcp/metrics",
+                 "/controls/AsciiTcp/outputs", "/controls/ModbusTcp/registerAssemblies/registerAssembly-0", "/controls/ModbusTcp/commands",
+                 "/jobs", "/relations", "/metrics"]
+
+    def test_allow_names_the_methods_that_a_resource_takes(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            for path in self.READ_ONLY:
+                for method in ("OPTIONS", "PUT", "DELETE"):
+                    answer = rest.send(method, path, None if method == "OPTIONS" else {})
+                    self.assertEqual(answer.status, 204 if method == "OPTIONS" else 405, (method, path))
+                    methods = answer.headers["Allow"].split(", ")
+                    self.assertEqual(methods[0:2] + methods[-1:], ["GET", "HEAD", "OPTIONS"], path)
+                    self.assertFalse({"PUT", "PATCH", "DELETE"} & set(methods), (method, path, methods))
+            for path in ("/controls/ModbusTcp", "/controls/hardware/0/digital/1"):
+                self.assertEqual(rest.send("OPTIONS", path).headers["Allow"], "GET, HEAD, PUT, PATCH, OPTIONS")
+                self.assertEqual(rest.send("DELETE", path).headers["Allow"], "GET, HEAD, PUT, PATCH, OPTIONS")
+
     def test_the_schema_tells_bounds_and_titles(self):
         with Host() as host, RestClient(host.http_port) as rest:
             document = rest.get(MODBUS + "?schema=true").json

@@ -7,6 +7,7 @@
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
+#include "ZuRest/IUpdatableResource.h"
 
 #include <map>
 #include <string>
@@ -39,7 +40,7 @@ struct ZUCONTROL_INTERNAL_API ControlProperties final : public Zu::Params::Group
 
 /// `/controls`, the list of protocols, and `/controls/:protocol`, one protocol: its state, its parameters, and links to
 /// its outputs, assemblies and commands. It notifies each change of a protocol's parameters, and the end of a load.
-class ZUCONTROL_INTERNAL_API ControlResource final : public ControlResourceBase
+class ZUCONTROL_INTERNAL_API ControlResource final : public ControlResourceBase, public ZuRest::IUpdatableResource
 {
 public:
     explicit ControlResource(IControlManager& usedManager);
@@ -50,6 +51,11 @@ public:
     /// Takes over "enabled" and "parameters". A document that the validation refuses changes nothing. A failure after
     /// the validation, for example of the protocol's start, leaves the bracket of the host's update gate open.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
+
+    bool IsUpdatable() const noexcept override
+    {
+        return true;
+    }
 
     /// At the end of a load also notifies that the whole tree may have changed.
     void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state) override;

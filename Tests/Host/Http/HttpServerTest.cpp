@@ -256,7 +256,7 @@ TEST_F(HttpServerTest, TellsTheMethodsOfAResourceAndOfTheService)
 
     auto const options = client.Send("OPTIONS", "/thing");
     EXPECT_EQ(options->status, 204U);
-    EXPECT_TRUE(options->Has("Allow: GET, HEAD, PUT, PATCH, OPTIONS")) << options->head;
+    EXPECT_TRUE(options->Has("Allow: GET, HEAD, OPTIONS")) << options->head;
     auto const all = client.Send("OPTIONS", "*");
     EXPECT_EQ(all->status, 204U);
     EXPECT_TRUE(all->Has("Allow: GET, HEAD, PUT, PATCH, POST, DELETE, OPTIONS")) << all->head;
@@ -264,7 +264,7 @@ TEST_F(HttpServerTest, TellsTheMethodsOfAResourceAndOfTheService)
     {
         auto const refused = client.Send(method, "/thing");
         EXPECT_EQ(refused->status, 405U) << method;
-        EXPECT_TRUE(refused->Has("Allow: GET, HEAD, PUT, PATCH, OPTIONS")) << refused->head;
+        EXPECT_TRUE(refused->Has("Allow: GET, HEAD, OPTIONS")) << refused->head;
     }
 }
 
