@@ -277,7 +277,8 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
     {
         return Get(request, std::move(*match), makeReceiver);
     }
-    bool const canChange = (IsUpdate(request.method) && resource.DocumentProvider() != nullptr) ||
+    // A path without the last segment of its route shows a list, which no client changes.
+    bool const canChange = (IsUpdate(request.method) && resource.DocumentProvider() != nullptr && match->isComplete) ||
                            (request.method == "POST" && resource.CallableProvider() != nullptr);
     if (canChange)
     {

@@ -59,11 +59,14 @@ class Configurations(unittest.TestCase):
             self.assertEqual(rest.get(f"{DEVICE}/digital/0").text, before)
             self.assertEqual(rest.put(DEVICE, {"label": "mine"}).status, 405)
 
-    def test_a_request_without_a_port_has_changed_the_record_by_the_time_it_fails(self):
+    def test_an_update_without_a_port_is_refused_before_it_changes_the_record(self):
         with Host() as host, RestClient(host.http_port) as rest:
-            refused = rest.put(f"{DEVICE}/marlet", {"rate": 9600})
-            self.assertEqual((refused.status, refused.json["detail"]), (500, "invalid map<K, T> key"))
-            self.assertEqual(rest.get(f"{DEVICE}/marlet/0").json["rate"], 9600)
+            for kind in OUTPUTS.values():
+                before = rest.get(f"{DEVICE}/{kind}")
+                refused = rest.put(f"{DEVICE}/{kind}", {"enabled": True})
+                self.assertEqual((before.status, refused.status, refused.headers["Allow"]), (200, 405, "GET, HEAD, OPTIONS"), kind)
+                self.assertEqual(rest.get(f"{DEVICE}/{kind}").text, before.text)
+            self.assertEqual([line for line in host.errors if line and " ERROR " in line.upper()], [])
 
 
 if __name__ == "__main__":

@@ -208,6 +208,27 @@ TEST_F(ResourceRequestProcessorTest, CallsWithTheBodyAndAnswersWithTheResult)
     EXPECT_EQ(bodies, (std::vector<Json>{Json{{"a", 1}}, Json::object()}));
 }
 
+TEST_F(ResourceRequestProcessorTest, AsksNoResourceToUpdateAList)
+{
+    unsigned updates = 0;
+    FakeResource& port = Place("/devices/:device/ports/:port");
+    port.Show(Json{{"a", 1}});
+    port.update = [&updates](RequestInfo const&, Json const&) { ++updates; };
+
+    EXPECT_EQ(Send("GET", "/devices/0/ports").status, 200U);
+    for (char const* const method : {"PUT", "PATCH"})
+    {
+        Answer const refused = Send(method, "/devices/0/ports", "{}");
+        EXPECT_EQ(HeaderOf(refused, "Allow"), "GET, HEAD, OPTIONS");
+        ExpectProblem(refused, std::string(R"({"title": "Method Not Allowed", "status": 405, "code": -983,
+            "detail": "The resource at /devices/0/ports does not know the method )") +
+                                   method + R"(."})");
+    }
+    EXPECT_EQ(updates, 0U);
+    EXPECT_EQ(Send("PUT", "/devices/0/ports/1", "{}").status, 200U);
+    EXPECT_EQ(updates, 1U);
+}
+
 TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
 {
     FakeResource& thing = Place("/thing");
