@@ -17,6 +17,8 @@ namespace
 
 constexpr bool RESULTS_ON_THE_SENSORS_THREAD = true;
 
+constexpr char const* HARDWARE = "/controls/hardware"; // its records belong to no protocol and to no job
+
 } // namespace
 
 SensorModule::SensorModule(Surroundings const& givenSurroundings, Settings const& settings,
@@ -28,7 +30,8 @@ SensorModule::SensorModule(Surroundings const& givenSurroundings, Settings const
       scanner(sensor),
       core(sensor, settings.scansAtPowerUp),
       requestProcessor(router, HostResources::RELATION_TEMPLATE,
-                       [this] { return std::make_shared<UpdateGate::Request>(surroundings.updateGate); })
+                       [this] { return std::make_shared<UpdateGate::Request>(surroundings.updateGate); },
+                       {ZuRest::Place::Of(HARDWARE)})
 {
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });

@@ -22,6 +22,11 @@ ResourceLocks::Pass::~Pass() = default;
 
 struct ResourceLocks::State : std::enable_shared_from_this<State>
 {
+    explicit State(std::vector<Place> const& independentPlaces)
+        : independent(independentPlaces.begin(), independentPlaces.end())
+    {
+    }
+
     struct Occupants
     {
         uint64 readers = 0;
@@ -37,6 +42,12 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
         Admitted admitted;
         std::shared_ptr<Pass> pass; ///< set when its turn has come
     };
+
+    /// The changes that wait for each other have one writer: that of the tree, or of an independent place.
+    Place WriterOf(Place const& place) const
+    {
+        return independent.contains(place) ? place : Place{place.tree, ""};
+    }
 
     bool IsChanging(Place const& place) const ZU_REQUIRES(lock)
     {
@@ -67,32 +78,66 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     void Leave(Place const& place, Mode mode) ZU_EXCLUDES(lock);
     void Reopen(std::string const& tree) ZU_REQUIRES(lock);
 
-    /// Whether `one` may run now. A change that waits only for readers is entered in `held`, `heldTrees` or
-    /// `closingTrees`, so that no later request passes it.
-    bool MayRun(Waiting const& one, std::set<Place>& held, std::set<std::string>& heldTrees,
-                std::set<std::string>& closingTrees) const ZU_REQUIRES(lock)
+    /// The places and writers of changes that wait only for readers, so that no later request passes them.
+    struct Held
     {
-        if (one.mode == Mode::READ)
+        std::set<Place> places;
+        std::set<Place> writers;
+        std::set<std::string> trees;        // of a waiting `CHANGE_TREE`: no later change enters
+        std::set<std::string> closingTrees; // and no later read
+    };
+
+    static bool HasAny(std::set<Place> const& places, std::string const& tree)
+    {
+        return std::ranges::any_of(places, [&tree](Place const& place) { return place.tree == tree; });
+    }
+
+    bool MayRun(Waiting const& one, Held& held) const ZU_REQUIRES(lock)
+    {
+        switch (one.mode)
         {
-            return !IsChanging(one.place) && !held.contains(one.place) && !closingTrees.contains(one.place.tree);
+        case Mode::READ:
+            return !IsChanging(one.place) && !held.places.contains(one.place) &&
+                   !held.closingTrees.contains(one.place.tree);
+        case Mode::CHANGE:
+            return MayChange(one.place, held);
+        case Mode::CHANGE_TREE:
+            break;
         }
-        if (changingTrees.contains(one.place.tree) || heldTrees.contains(one.place.tree))
+        return MayChangeTree(one.place.tree, held);
+    }
+
+    bool MayChange(Place const& place, Held& held) const ZU_REQUIRES(lock)
+    {
+        Place const writer = WriterOf(place);
+        if (writers.contains(writer) || closedTrees.contains(place.tree) || held.writers.contains(writer) ||
+            held.trees.contains(place.tree))
         {
             return false;
         }
-        if (one.mode == Mode::CHANGE_TREE && HasReadersInTree(one.place.tree))
+        if (HasReaders(place))
         {
-            closingTrees.insert(one.place.tree);
-            heldTrees.insert(one.place.tree);
-            return false;
-        }
-        if (HasReaders(one.place))
-        {
-            held.insert(one.place);
-            heldTrees.insert(one.place.tree);
+            held.places.insert(place);
+            held.writers.insert(writer);
             return false;
         }
         return true;
+    }
+
+    bool MayChangeTree(std::string const& tree, Held& held) const ZU_REQUIRES(lock)
+    {
+        bool const isEarlier = !HasAny(held.writers, tree) && !held.trees.contains(tree);
+        bool const hasWriters = HasAny(writers, tree);
+        if (isEarlier && !hasWriters && !HasReadersInTree(tree))
+        {
+            return true;
+        }
+        held.trees.insert(tree);
+        if (isEarlier && !hasWriters)
+        {
+            held.closingTrees.insert(tree);
+        }
+        return false;
     }
 
     /// Removes the requests that may run now from `waiting` and returns them. If memory runs out, sets `isShort`; the
@@ -100,16 +145,14 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     std::list<Waiting> NextTurns(bool& isShort) ZU_REQUIRES(lock)
     {
         std::list<Waiting> turns;
-        std::set<Place> held;
-        std::set<std::string> heldTrees;
-        std::set<std::string> closingTrees;
+        Held held;
         isShort = false;
         try
         {
             for (auto next = waiting.begin(); next != waiting.end();)
             {
                 auto const one = next++;
-                if (MayRun(*one, held, heldTrees, closingTrees))
+                if (MayRun(*one, held))
                 {
                     one->pass = Occupy(one->place, one->mode, one->entrant);
                     turns.splice(turns.end(), waiting, one);
@@ -134,7 +177,8 @@ struct ResourceLocks::State : std::enable_shared_from_this<State>
     Zu::Mutex lock; // a leaf: no callback runs under it
     Zu::CondVar changeEnded;
     std::map<Place, Occupants> occupants ZU_GUARDED_BY(lock); // only places with a running request
-    std::set<std::string> changingTrees ZU_GUARDED_BY(lock);
+    std::set<Place> const independent;
+    std::set<Place> writers ZU_GUARDED_BY(lock); // of the running changes
     /// The trees that a `CHANGE_TREE` is changing, each with the thread that entered it.
     std::map<std::string, std::thread::id> closedTrees ZU_GUARDED_BY(lock);
     std::list<Waiting> waiting ZU_GUARDED_BY(lock);
@@ -204,7 +248,7 @@ std::shared_ptr<ResourceLocks::Pass> ResourceLocks::State::Occupy(Place const& p
         }
         try
         {
-            changingTrees.insert(place.tree);
+            writers.insert(WriterOf(place));
         }
         catch (...)
         {
@@ -233,7 +277,7 @@ void ResourceLocks::State::Leave(Place const& place, Mode mode)
         else
         {
             here = {};
-            changingTrees.erase(place.tree);
+            writers.erase(WriterOf(place));
         }
         if (here.readers == 0 && here.before == nullptr)
         {
@@ -256,7 +300,7 @@ void ResourceLocks::State::Reopen(std::string const& tree)
     std::erase_if(occupants, [&tree](auto const& one) { return one.first.tree == tree && one.second.readers == 0; });
 }
 
-ResourceLocks::ResourceLocks() : state(std::make_shared<State>())
+ResourceLocks::ResourceLocks(std::vector<Place> const& independent) : state(std::make_shared<State>(independent))
 {
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
+#include <vector>
 
 namespace ZuRest
 {
@@ -13,6 +14,7 @@ namespace ZuRest
 /// Decides which requests of the resource tree may run at the same time.
 ///
 /// Reads of one place run concurrently. A change runs alone in its place, and only one change of a tree runs at a time.
+/// A change of an independent place runs beside the other changes of its tree, except for a `CHANGE_TREE`.
 /// A request that must wait does not block a thread: its callback is called when its turn comes, in the order of
 /// arrival. A long `CHANGE` delays only requests of the same place and other changes of the same tree. Any thread may
 /// call.
@@ -50,7 +52,8 @@ public:
         std::shared_ptr<nlohmann::json const> before;
     };
 
-    ResourceLocks();
+    /// `independent`: places whose changes share no state with the rest of their tree.
+    explicit ResourceLocks(std::vector<Place> const& independent = {});
     ~ResourceLocks(); ///< drops the waiting requests; passes may outlive it
 
     ResourceLocks(ResourceLocks const&) = delete;

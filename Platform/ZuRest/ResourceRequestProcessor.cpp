@@ -153,8 +153,10 @@ ResourceRequestProcessor::Outcome Guarded(Request const& request, Work const& wo
 } // namespace
 
 ResourceRequestProcessor::ResourceRequestProcessor(ResourceRouter const& usedRouter,
-                                                   std::string const& relationTemplate, ScopeMaker newMakeScope)
+                                                   std::string const& relationTemplate, ScopeMaker newMakeScope,
+                                                   std::vector<Place> const& independent)
     : router(usedRouter),
+      locks(independent),
       reader(router, locks, relationTemplate),
       makeScope(std::move(newMakeScope)),
       streamLock(std::make_shared<Zu::Mutex>())

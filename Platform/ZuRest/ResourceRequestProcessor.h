@@ -50,9 +50,10 @@ public:
     using UpdateRunner =
         std::function<void(std::string const& path, nlohmann::json const& body, std::function<void()> const& update)>;
 
-    /// `relationTemplate` is as for `DocumentReader`. The router must outlive this object.
+    /// `relationTemplate` is as for `DocumentReader`, `independent` as for `ResourceLocks`. The router must outlive this
+    /// object.
     explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string const& relationTemplate = {},
-                                      ScopeMaker newMakeScope = {});
+                                      ScopeMaker newMakeScope = {}, std::vector<Place> const& independent = {});
     ~ResourceRequestProcessor() override;
 
     ResourceRequestProcessor(ResourceRequestProcessor const&) = delete;

@@ -40,7 +40,7 @@ protected:
     }
 
     std::map<std::string, std::shared_ptr<ResourceLocks::Pass>> running; // passes may outlive the locks
-    ResourceLocks locks;
+    ResourceLocks locks{{Place::Of("/tree/free")}};
 };
 
 TEST_F(ResourceLocksTest, LetsReadsOfOnePlaceRunSideBySide)
@@ -262,6 +262,50 @@ TEST_F(ResourceLocksTest, LetsInOrRefusesWhenTheMemoryGivesOutAndKeepsNoPlaceTak
         }
         EXPECT_GT(number, 1u);
     }
+}
+
+TEST_F(ResourceLocksTest, RunsChangesOfAnIndependentPlaceBesideThoseOfItsTree)
+{
+    Enter("slow", "/tree/a", Mode::CHANGE);
+    Enter("other", "/tree/b", Mode::CHANGE);
+    Enter("independent", "/tree/free/x", Mode::CHANGE);
+    Enter("second", "/tree/free/y", Mode::CHANGE);
+    Enter("read", "/tree/free/x", Mode::READ);
+
+    EXPECT_TRUE(Runs("slow"));
+    EXPECT_FALSE(Runs("other"));
+    EXPECT_TRUE(Runs("independent"));
+    EXPECT_FALSE(Runs("second")) << "of the same place";
+    EXPECT_FALSE(Runs("read"));
+    Leave("independent");
+    EXPECT_TRUE(Runs("second"));
+    Leave("slow");
+    EXPECT_TRUE(Runs("other"));
+}
+
+TEST_F(ResourceLocksTest, ChangesAWholeTreeWithItsIndependentPlaces)
+{
+    Enter("independent", "/tree/free", Mode::CHANGE);
+    Enter("load", "/tree", Mode::CHANGE_TREE);
+    Enter("late", "/tree/free", Mode::CHANGE);
+    EXPECT_FALSE(Runs("load"));
+    Leave("independent");
+    EXPECT_TRUE(Runs("load"));
+    EXPECT_FALSE(Runs("late"));
+    Leave("load");
+    EXPECT_TRUE(Runs("late"));
+}
+
+TEST_F(ResourceLocksTest, LetsNoIndependentChangePassAWaitingChangeOfTheTree)
+{
+    Enter("slow", "/tree/a", Mode::CHANGE);
+    Enter("load", "/tree", Mode::CHANGE_TREE);
+    Enter("late", "/tree/free", Mode::CHANGE);
+    EXPECT_FALSE(Runs("late"));
+    Leave("slow");
+    EXPECT_TRUE(Runs("load"));
+    Leave("load");
+    EXPECT_TRUE(Runs("late"));
 }
 
 } // namespace ZuRest

@@ -208,6 +208,34 @@ TEST_F(ResourceRequestProcessorTest, CallsWithTheBodyAndAnswersWithTheResult)
     EXPECT_EQ(bodies, (std::vector<Json>{Json{{"a", 1}}, Json::object()}));
 }
 
+TEST_F(ResourceRequestProcessorTest, UpdatesAnIndependentPlaceWhileAnotherOfTheTreeIsSlow)
+{
+    ZuTest::Latch started;
+    ZuTest::Latch finish;
+    FakeResource& slow = Place("/tree/:name");
+    slow.Show(Json::object());
+    slow.update = [&](RequestInfo const&, Json const&) {
+        started.Open();
+        EXPECT_TRUE(finish.Wait());
+    };
+    FakeResource& quick = Place("/tree/free/:port");
+    quick.Show(Json::object());
+    quick.update = [](RequestInfo const&, Json const&) {};
+    ResourceRequestProcessor processor(router, {}, {}, {ZuRest::Place::Of("/tree/free")});
+    Request request;
+    request.method = "PUT";
+    request.body = "{}";
+    request.path = "/tree/a";
+    std::thread other([&processor, request] { EXPECT_EQ(processor.Process(request).answer.status, 200U); });
+    EXPECT_TRUE(started.Wait());
+
+    request.path = "/tree/free/0";
+    EXPECT_EQ(processor.Process(request).answer.status, 200U);
+
+    finish.Open();
+    other.join();
+}
+
 TEST_F(ResourceRequestProcessorTest, AsksNoResourceToUpdateAList)
 {
     unsigned updates = 0;
