@@ -23,7 +23,7 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 20> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 21> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
         {NO_CONTENT, "No Content"},
@@ -33,6 +33,7 @@ char const* Title(uint32 status) noexcept
         {FORBIDDEN, "Forbidden"},
         {NOT_FOUND, "Not Found"},
         {METHOD_NOT_ALLOWED, "Method Not Allowed"},
+        {NOT_ACCEPTABLE, "Not Acceptable"},
         {REQUEST_TIMEOUT, "Request Timeout"},
         {CONFLICT, "Conflict"},
         {PRECONDITION_FAILED, "Precondition Failed"},

@@ -16,6 +16,7 @@ inline constexpr uint32 UNAUTHORIZED = 401;
 inline constexpr uint32 FORBIDDEN = 403;
 inline constexpr uint32 NOT_FOUND = 404;
 inline constexpr uint32 METHOD_NOT_ALLOWED = 405;
+inline constexpr uint32 NOT_ACCEPTABLE = 406;
 inline constexpr uint32 REQUEST_TIMEOUT = 408;
 inline constexpr uint32 CONFLICT = 409;
 inline constexpr uint32 PRECONDITION_FAILED = 412;

@@ -13,6 +13,7 @@
 #include "ZuRest/JsonText.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
+#include "ZuRest/RequestPreferences.h"
 #include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
@@ -304,6 +305,15 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& r
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Stream(Request const& request, ResourceRouter::Match match,
                                                                    ReceiverMaker const& makeReceiver)
 {
+    if (!RequestPreferences::Admits(request.accept, EVENT_STREAM))
+    {
+        return {Problem{HttpStatus::NOT_ACCEPTABLE,
+                        "The resource at " + request.path + " is a stream of the type " + EVENT_STREAM + ".",
+                        Zu::Status::NOT_SUPPORTED,
+                        {}}
+                    .ToAnswer(),
+                nullptr};
+    }
     Answer const answer{HttpStatus::OK, EVENT_STREAM, "", {{"Cache-Control", "no-cache"}}};
     if (request.method == "HEAD")
     {

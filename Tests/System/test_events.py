@@ -52,6 +52,12 @@ class Events(unittest.TestCase):
                 self.assertEqual(rest.put(ASCII, {"enabled": True}).status, 200)
                 expect(ASCII)
 
+    def test_a_client_that_accepts_no_stream_gets_none(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            refused = rest.get("/events", Accept="application/hal+json")
+            self.assertEqual((refused.status, refused.json["detail"]),
+                             (406, "The resource at /events is a stream of the type text/event-stream."))
+
     def test_a_load_is_told_when_it_has_ended_and_in_no_other_way(self):
         with Host("--job", "line7") as host, RestClient(host.http_port) as rest:
             self.assertEqual(rest.post("/jobs/line7/save").status // 100, 2)

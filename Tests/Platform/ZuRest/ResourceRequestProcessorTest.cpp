@@ -257,6 +257,21 @@ TEST_F(ResourceRequestProcessorTest, AsksNoResourceToUpdateAList)
     EXPECT_EQ(updates, 1U);
 }
 
+TEST_F(ResourceRequestProcessorTest, OpensNoStreamForAClientThatDoesNotAcceptIt)
+{
+    Place("/events").isStreamable = true;
+    Request request;
+    request.path = "/events";
+    request.accept = "application/hal+json, text/html";
+    for (char const* const method : {"GET", "HEAD"})
+    {
+        request.method = method;
+        Answer const refused = processor.Process(request).answer;
+        ExpectProblem(refused, R"({"title": "Not Acceptable", "status": 406, "code": -996,
+            "detail": "The resource at /events is a stream of the type text/event-stream."})");
+    }
+}
+
 TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
 {
     FakeResource& thing = Place("/thing");
