@@ -32,12 +32,12 @@ bool HasUnknownCoding(std::string const& value)
 
 uint32 FaultOf(RequestParser const& request)
 {
-    auto const& encoding = request.At(http::field::transfer_encoding);
+    auto const& encoding = request.At<http::field::transfer_encoding>();
     if (encoding.count == 0)
     {
         return 0;
     }
-    if (!request.isVersion11 || request.At(http::field::content_length).count != 0)
+    if (!request.isVersion11 || request.At<http::field::content_length>().count != 0)
     {
         return HttpStatus::BAD_REQUEST;
     }

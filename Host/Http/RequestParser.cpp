@@ -1,7 +1,5 @@
 #include "Host/Http/RequestParser.h"
 
-#include <algorithm>
-
 namespace ZuHost
 {
 
@@ -9,11 +7,6 @@ namespace http = boost::beast::http;
 
 RequestParser::RequestParser() = default;
 RequestParser::~RequestParser() = default;
-
-RequestParser::Lines const& RequestParser::At(Field field) const
-{
-    return kept[static_cast<std::size_t>(std::ranges::find(KEPT, field) - KEPT.begin())];
-}
 
 void RequestParser::on_request_impl(http::verb /*verb*/, Text name, Text path, int version, ErrorCode& /*error*/)
 {
@@ -29,12 +22,12 @@ void RequestParser::on_response_impl(int /*code*/, Text /*reason*/, int /*versio
 
 void RequestParser::on_field_impl(Field field, Text /*name*/, Text value, ErrorCode& /*error*/)
 {
-    auto const found = std::ranges::find(KEPT, field);
-    if (is_header_done() || found == KEPT.end()) // behind the header: a trailer
+    std::size_t const place = PlaceOf(field);
+    if (is_header_done() || place == KEPT.size()) // behind the header: a trailer
     {
         return;
     }
-    Lines& lines = kept[static_cast<std::size_t>(found - KEPT.begin())];
+    Lines& lines = kept[place];
     lines.text.append(lines.count++ == 0 ? "" : ", ").append(value.data(), value.size());
 }
 

@@ -7,6 +7,7 @@
 #include <boost/beast/http/basic_parser.hpp>
 #include <boost/beast/http/field.hpp>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -43,18 +44,28 @@ public:
     bool keepsAlive = false; ///< the client wants to send more requests after this one
     std::string body;        ///< grows until `is_done()`
 
-    /// Returns the lines of `field`, one of `KEPT`.
-    Lines const& At(Field field) const;
+    /// Returns the lines of `FIELD`, one of `KEPT`.
+    template <Field FIELD>
+    Lines const& At() const
+    {
+        constexpr std::size_t PLACE = PlaceOf(FIELD);
+        static_assert(PLACE < KEPT.size());
+        return kept[PLACE];
+    }
 
 private:
     using ErrorCode = boost::system::error_code;
     using Text = boost::beast::string_view;
 
     static constexpr std::array KEPT{
-        Field::accept,        Field::authorization, Field::content_length,
-        Field::expect,        Field::host,          Field::if_match,
-        Field::if_none_match, Field::origin,        Field::transfer_encoding,
+        Field::accept,   Field::authorization, Field::content_length, Field::expect, Field::host,
+        Field::if_match, Field::if_none_match, Field::origin,         Field::prefer, Field::transfer_encoding,
     };
+
+    static constexpr std::size_t PlaceOf(Field field)
+    {
+        return static_cast<std::size_t>(std::ranges::find(KEPT, field) - KEPT.begin());
+    }
 
     void on_request_impl(boost::beast::http::verb verb, Text name, Text path, int version, ErrorCode& error) override;
     void on_response_impl(int code, Text reason, int version, ErrorCode& error) override;

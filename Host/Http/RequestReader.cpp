@@ -195,7 +195,7 @@ RequestReader::Result RequestReader::TakeHeader()
             "A body comes with one Content-Length, or in HTTP/1.1 with exactly 'Transfer-Encoding: chunked'.");
     }
     Target const target = Target::Of(parser->target);
-    auto const& hosts = parser->At(http::field::host);
+    auto const& hosts = parser->At<http::field::host>();
     if (hosts.count > 1 || (hosts.count == 0 && parser->isVersion11))
     {
         return Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, "The request needs one header Host.");
@@ -207,7 +207,7 @@ RequestReader::Result RequestReader::TakeHeader()
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
                       "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
     }
-    auto const& origin = parser->At(http::field::origin);
+    auto const& origin = parser->At<http::field::origin>();
     if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host))
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
@@ -232,13 +232,13 @@ RequestReader::Result RequestReader::AdmitStranger()
 
 RequestReader::Result RequestReader::AdmitClient()
 {
-    if (!BearerToken::IsGiven(token, parser->At(http::field::authorization).text))
+    if (!BearerToken::IsGiven(token, parser->At<http::field::authorization>().text))
     {
         return RefuseWithoutToken();
     }
     parser->eager(true); // accepts parts of the body as they arrive
     bool const needsContinue = !parser->is_done() && parser->isVersion11 &&
-                               boost::beast::iequals(parser->At(http::field::expect).text, "100-continue");
+                               boost::beast::iequals(parser->At<http::field::expect>().text, "100-continue");
     return needsContinue ? Result::NEEDS_CONTINUE : Result::NEEDS_BYTES;
 }
 
@@ -247,7 +247,7 @@ RequestReader::Result RequestReader::RefuseWithoutToken()
     Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED,
            "This service asks for a token: send the header Authorization: Bearer TOKEN.");
     refusal.headers.emplace_back("WWW-Authenticate", "Bearer");
-    return parser->At(http::field::authorization).count == 0 ? Result::REFUSAL : Result::WRONG_TOKEN;
+    return parser->At<http::field::authorization>().count == 0 ? Result::REFUSAL : Result::WRONG_TOKEN;
 }
 
 RequestReader::Result RequestReader::RefuseMalformed(error_code const& error)
@@ -287,9 +287,10 @@ ZuRest::Request RequestReader::TakeRequest()
     request.path = target.substr(0, mark);
     request.query = target.substr(std::min(mark + 1, target.size()));
     request.body = std::move(parser->body);
-    request.accept = parser->At(http::field::accept).text;
-    request.ifMatch = parser->At(http::field::if_match).text;
-    request.ifNoneMatch = parser->At(http::field::if_none_match).text;
+    request.accept = parser->At<http::field::accept>().text;
+    request.ifMatch = parser->At<http::field::if_match>().text;
+    request.ifNoneMatch = parser->At<http::field::if_none_match>().text;
+    request.prefer = parser->At<http::field::prefer>().text;
     return request;
 }
 

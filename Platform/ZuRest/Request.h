@@ -13,9 +13,10 @@ struct Request
     std::string path;   ///< percent-encoded
     std::string query;  ///< the text after the question mark
     std::string body;   ///< JSON, or empty
-    std::string accept; ///< this and the next two: the values of the headers; empty if absent
+    std::string accept; ///< this and the next three: the values of the headers; empty if absent
     std::string ifMatch;
     std::string ifNoneMatch;
+    std::string prefer;
 
     /// Called when the request's turn has come, on the thread that processes it. If it returns false, the request is
     /// not carried out and fails with `Zu::Status::BUSY`. An empty function counts as true.

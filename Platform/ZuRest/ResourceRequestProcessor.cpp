@@ -14,6 +14,7 @@
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/RequestPreferences.h"
+#include "ZuRest/StrictBody.h"
 #include "wApi/wMutex.h"
 
 #include <nlohmann/json.hpp>
@@ -123,6 +124,12 @@ Answer RefuseMethod(Request const& request, ResourceRouter::Match const& match, 
     Answer answer =
         Problem{HttpStatus::METHOD_NOT_ALLOWED, std::move(detail), Zu::Status::NOT_UPDATABLE, {}}.ToAnswer();
     answer.headers.emplace_back("Allow", AllowedBy(match, isFixed));
+    return answer;
+}
+
+Answer AsStrict(Answer answer)
+{
+    answer.headers.emplace_back("Preference-Applied", "handling=strict");
     return answer;
 }
 
@@ -355,10 +362,24 @@ Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::
         return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + request.path + " has changed.", 0, {}}
             .ToAnswer();
     }
+    bool const isStrict = RequestPreferences::IsStrict(request.prefer) && IsUpdatable(match);
+    if (std::string const fault = isStrict ? StrictFault(request, match, body) : std::string(); !fault.empty())
+    {
+        return AsStrict(Problem{HttpStatus::UNPROCESSABLE_CONTENT, fault, Zu::Status::BAD_ARGUMENT, {}}.ToAnswer());
+    }
     KeepBefore(Place::Of(request.path), pass);
     auto const update = [&] { match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body); };
     runUpdate ? runUpdate(request.path, body, update) : update();
-    return ShowDocument(request, match);
+    Answer answer = ShowDocument(request, match);
+    return isStrict ? AsStrict(std::move(answer)) : answer;
+}
+
+/// Returns a sentence on the first member of `body` that the update would ignore or convert; empty if there is none.
+std::string ResourceRequestProcessor::StrictFault(Request const& request, ResourceRouter::Match const& match,
+                                                  Json const& body) const
+{
+    constexpr bool WITH_SCHEMA = true;
+    return StrictBody::FaultIn(body, Json::parse(reader.Read(match, request.path, WITH_SCHEMA)));
 }
 
 Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Match const& match)

@@ -98,6 +98,8 @@ private:
     Outcome Stream(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
     Answer Change(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
     Answer Update(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
+    std::string StrictFault(Request const& request, ResourceRouter::Match const& match,
+                            nlohmann::json const& body) const;
     Answer Call(Request const& request, ResourceRouter::Match const& match);
     Answer ShowDocument(Request const& request, ResourceRouter::Match const& match) const;
     bool IsPreconditionMet(Request const& request) const;

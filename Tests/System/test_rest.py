@@ -14,6 +14,23 @@ ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 
 
 class Configuration(unittest.TestCase):
+    def test_a_strict_client_is_told_what_an_update_would_lose(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            body = {"foo": 1, "parameters": {"bar": 1}}
+            self.assertEqual(rest.put(MODBUS, body).status, 200)
+            for lost, detail in (
+                    (body, "There is no member 'foo'."),
+                    ({"parameters": {"bar": 1}}, "There is no member 'parameters.bar'."),
+                    ({"parameters": {"maxClients": 3.0}}, "The value of 'parameters.maxClients' is not of the type integer."),
+                    ({"enabled": 1}, "The value of 'enabled' is not of the type boolean.")):
+                refused = rest.put(MODBUS, lost, Prefer="handling=strict")
+                self.assertEqual((refused.status, refused.json["detail"]), (422, detail))
+                self.assertEqual(refused.headers["Preference-Applied"], "handling=strict")
+            for path in (MODBUS, "/controls/AsciiTcp", "/controls/hardware/0/digital/0", "/controls/hardware/0/serial/0"):
+                for query in ("", "?schema=true"):
+                    whole = rest.put(path, rest.get(path + query).text, Prefer="handling=strict")
+                    self.assertEqual((whole.status, whole.headers["Preference-Applied"]), (200, "handling=strict"), whole.text)
+
     READ_ONLY = ["/", "/health", "/problems", "/scanners", "/scanners/0", "/scanners/scanner-0", "/controls", "/controls/hardware",
                  "/controls/hardware/0", "/controls/hardware/metrics", "/controls/hardware/0/digital", "/controls/ModbusTcp/metrics",
                  "/controls/AsciiTcp/outputs", "/controls/ModbusTcp/registerAssemblies/registerAssembly-0", "/controls/ModbusTcp/commands",

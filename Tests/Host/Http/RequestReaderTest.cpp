@@ -63,8 +63,9 @@ protected:
 
 TEST_F(RequestReaderTest, GivesTheSameRequestHoweverItsBytesArrive)
 {
-    constexpr std::string_view TEXT = "PUT /thing/a?b=c?d HTTP/1.1\r\nHost: localhost\r\nAccept: text/plain\r\n"
-                                      "If-Match: \"1\"\r\nIf-None-Match: \"2\"\r\nContent-Length: 7\r\n\r\n{\"a\":1}";
+    constexpr std::string_view TEXT =
+        "PUT /thing/a?b=c?d HTTP/1.1\r\nHost: localhost\r\nAccept: text/plain\r\n"
+        "If-Match: \"1\"\r\nIf-None-Match: \"2\"\r\nPrefer: a\r\nContent-Length: 7\r\n\r\n{\"a\":1}";
     for (std::size_t step = 1; step <= TEXT.size(); ++step)
     {
         reader.Begin();
@@ -76,6 +77,7 @@ TEST_F(RequestReaderTest, GivesTheSameRequestHoweverItsBytesArrive)
         EXPECT_EQ(request.accept, "text/plain");
         EXPECT_EQ(request.ifMatch, "\"1\"");
         EXPECT_EQ(request.ifNoneMatch, "\"2\"");
+        EXPECT_EQ(request.prefer, "a");
         EXPECT_EQ(request.body, "{\"a\":1}");
         EXPECT_TRUE(reader.KeepsAlive());
         EXPECT_FALSE(reader.IsHead());

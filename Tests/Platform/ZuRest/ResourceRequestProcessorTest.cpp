@@ -272,6 +272,32 @@ TEST_F(ResourceRequestProcessorTest, OpensNoStreamForAClientThatDoesNotAcceptIt)
     }
 }
 
+TEST_F(ResourceRequestProcessorTest, RefusesAnUpdateThatWouldLoseSomethingForAStrictClient)
+{
+    FakeResource& thing = Place("/thing");
+    thing.Show(Json{{"a", 1}});
+    unsigned updates = 0;
+    thing.update = [&updates](RequestInfo const&, Json const&) { ++updates; };
+    Request request;
+    request.method = "PUT";
+    request.path = "/thing";
+    request.body = R"({"a": 2, "b": 1})";
+
+    EXPECT_EQ(processor.Process(request).answer.status, 200U) << "the client has no such wish";
+    request.prefer = "handling=strict";
+    Answer const refused = processor.Process(request).answer;
+    EXPECT_EQ(HeaderOf(refused, "Preference-Applied"), "handling=strict");
+    ExpectProblem(refused, R"({"title": "Unprocessable Content", "status": 422, "code": -997,
+        "detail": "There is no member 'b'."})");
+    EXPECT_EQ(updates, 1U);
+
+    request.body = Send("GET", "/thing").body;
+    Answer const taken = processor.Process(request).answer;
+    EXPECT_EQ(taken.status, 200U) << taken.body;
+    EXPECT_EQ(HeaderOf(taken, "Preference-Applied"), "handling=strict");
+    EXPECT_EQ(updates, 2U);
+}
+
 TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
 {
     FakeResource& thing = Place("/thing");
