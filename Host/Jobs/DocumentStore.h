@@ -1,9 +1,7 @@
 #pragma once
 
-#include "Host/Store/ArchiveContents.h"
-#include "ZuCommon/Persistence.h"
 #include "Host/Store/Archive.h"
-#include "ZuCommon/IPersistStore.h"
+#include "ZuCommon/Persistence.h"
 
 namespace ZuHost
 {

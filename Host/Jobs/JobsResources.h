@@ -1,12 +1,8 @@
 #pragma once
 
-#include "Host/Jobs/JobCommandResource.h"
-#include "Host/Jobs/JobListResource.h"
-#include "Host/Jobs/JobReportResource.h"
-#include "Host/Jobs/JobResource.h"
-#include "ZuApi/Signal.h"
 #include "Host/Store/JobName.h"
 #include "ZuApi/Event.h"
+#include "ZuApi/Signal.h"
 #include "ZuRest/DocumentResourceBase.h"
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"

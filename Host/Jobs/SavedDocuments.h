@@ -2,7 +2,7 @@
 
 #include "Host/Module/UpdateGate.h"
 #include "Host/Store/Archive.h"
-#include "ZuCommon/PersistDomain.h"
+#include "ZuCommon/Persistence.h"
 
 #include <map>
 #include <string>

@@ -70,7 +70,7 @@ void AddRecord(PrometheusText& text, std::string const& prefix, Json const& sche
         std::string name = prefix + '_' + PrometheusText::NameOf(key);
         if (!label.empty())
         {
-            all.emplace_back(PrometheusText::NameOf(label), key);
+            PrometheusText::AddLabel(all, label, key);
             name = prefix;
         }
         if (value.is_object())

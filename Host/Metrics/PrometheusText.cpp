@@ -1,5 +1,8 @@
 #include "Host/Metrics/PrometheusText.h"
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <charconv>
@@ -30,11 +33,19 @@ char const* TextOf(PrometheusText::Type type)
     return "untyped";
 }
 
-/// Escapes the characters that would end `text` early. A quote is escaped only in the value of a label.
+/// Replaces bytes that are no UTF-8.
+std::string ValidText(std::string const& text)
+{
+    using Json = nlohmann::json;
+    return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
+}
+
+/// Escapes the characters that would end `text` early. A quote is escaped only in the value of a label. Other control
+/// characters, which some readers take for the end of a line, become blanks.
 std::string Escaped(std::string const& text, bool isLabel)
 {
     std::string escaped;
-    for (char const character : text)
+    for (char const character : ValidText(text))
     {
         if (character == '\n')
         {
@@ -45,7 +56,7 @@ std::string Escaped(std::string const& text, bool isLabel)
         {
             escaped += '\\';
         }
-        escaped += character;
+        escaped += std::iscntrl(static_cast<unsigned char>(character)) != 0 ? ' ' : character;
     }
     return escaped;
 }
@@ -68,8 +79,12 @@ PrometheusText::~PrometheusText() = default;
 void PrometheusText::Add(std::string const& name, Type type, std::string const& help, Labels const& labels,
                          std::string const& number, std::string const& suffix)
 {
-    Family& family = families.try_emplace(name, Family{type, help, {}}).first->second;
-    family.samples += name + suffix + TextOf(labels) + ' ' + number + '\n';
+    std::string const sample = name + suffix + TextOf(labels);
+    if (sampleNames.insert(sample).second)
+    {
+        Family& family = families.try_emplace(name, Family{type, help, {}}).first->second;
+        family.samples += sample + ' ' + number + '\n';
+    }
 }
 
 std::string PrometheusText::Write() const
@@ -99,6 +114,20 @@ std::string PrometheusText::NameOf(std::string const& key)
         name += std::isalnum(code) != 0 ? static_cast<char>(std::tolower(code)) : '_';
     }
     return name;
+}
+
+void PrometheusText::AddLabel(Labels& labels, std::string const& key, std::string const& value)
+{
+    std::string name = NameOf(key);
+    if (name.empty() || std::isalpha(static_cast<unsigned char>(name.front())) == 0) // names in "__" are reserved
+    {
+        name = "label_" + name;
+    }
+    while (std::ranges::any_of(labels, [&name](auto const& label) { return label.first == name; }))
+    {
+        name += '_';
+    }
+    labels.emplace_back(std::move(name), value);
 }
 
 std::string PrometheusText::Number(double number)

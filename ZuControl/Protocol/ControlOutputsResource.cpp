@@ -221,7 +221,7 @@ void ControlOutputsActionResource::AddOutputsUpdateEventHandler()
 void ControlOutputsActionResource::SetupEvents(IControlInstance& instance)
 {
     outputsUpdateEventIds[instance.TypeName()] = instance.AddOutputsUpdatedEventHandler(
-        Gate().Bind(std::function<void(std::string, bool)>([this](std::string name, bool notify) {
+        Bind(std::function<void(std::string, bool)>([this](std::string name, bool notify) {
             ControlOutputsActionResourceEventHandler(std::move(name), notify);
         })));
 }

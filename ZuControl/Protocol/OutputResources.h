@@ -2,6 +2,7 @@
 
 #include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuControl/Protocol/OutputProperties.h"
+#include "ZuRest/IUpdatableResource.h"
 #include "wApi/wLock.h"
 #include "wApi/wMutex.h"
 
@@ -19,7 +20,7 @@ namespace ZuControl::Protocol
 ///
 /// A change is notified with the device and the port of the request that has made it, also while a job is loaded, since
 /// the record belongs to no job.
-class ZUCONTROL_INTERNAL_API OutputResourceBase : public ControlResourceBase
+class ZUCONTROL_INTERNAL_API OutputResourceBase : public ControlResourceBase, public ZuRest::IUpdatableResource
 {
 public:
     ~OutputResourceBase() override;
@@ -29,6 +30,11 @@ public:
     /// A refused document changes nothing. A request without a device or a port throws std::out_of_range after it has
     /// changed the record.
     void UpdateDocument(ZuRest::RequestInfo const& request, nlohmann::json const& document) override;
+
+    bool IsUpdatable() const noexcept override
+    {
+        return true;
+    }
 
 protected:
     /// `newRoute` is a literal with the keys "device" and "port".

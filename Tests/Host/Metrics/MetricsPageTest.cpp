@@ -9,6 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <set>
+#include <sstream>
+
 namespace ZuHost
 {
 
@@ -189,6 +193,50 @@ TEST_F(MetricsPageTest, LeavesOutTheRowsOfAProtocolThatCannotBeReadAndSaysSo)
               "zucontrol_metrics_readable{protocol=\"None\"} 0\n"
               "zucontrol_metrics_readable{protocol=\"Odd\"} 0\n"
               "zucontrol_metrics_readable{protocol=\"X\"} 1\n");
+}
+
+TEST_F(MetricsPageTest, StaysWellFormedWhateverKeysAndLabelsAreCalled)
+{
+    std::string const typeName = "X\"\\\n\r\xFF";
+    statistics.protocols = {{typeName, 0, 0, 0}};
+    metrics.document = [](ZuRest::RequestInfo const&, ZuRest::ResponseInfo&) {
+        nlohmann::json record = nlohmann::json::parse(R"({
+            "resultSets": 1, "result_sets": 2, "result sets": 3, "": 4, "\u00e4": 5, "a\nb": 6, "x} 1\nevil": 7,
+            "twice": {"1": {"2": 8}}, "odd": {"k\"\\\n\r": 9}, "number": {"a": 10}, "none": {"a": 11}, "own": {"a": 12},
+            "kindA": 13, "kind_a_total": 14,
+            "_schema": {"properties": {
+                "twice": {"label": "code", "properties": {"1": {"label": "code", "properties": {"2": {}}}}},
+                "odd": {"label": "a b\nc"}, "number": {"label": "1st"}, "none": {"label": "__"}, "own": {"label": "protocol"},
+                "resultSets": {"title": "A\nB\rC\\"}, "kindA": {"kind": "counter"}, "kind_a_total": {"kind": "gauge"}}}})");
+        record["bad"]["\xFE"] = 15;
+        record["_schema"]["properties"]["bad"] = {{"label", "l"}, {"title", "\xFD"}};
+        return record;
+    };
+
+    std::string const body = Get().body;
+
+    std::set<std::string> samples;
+    std::istringstream lines(body);
+    std::regex const comment(R"(# (HELP|TYPE) [a-z_][a-z0-9_]* [^\r]+)");
+    std::string const label = R"([a-z][a-z0-9_]*="([^"\\\r]|\\\\|\\"|\\n)*")";
+    std::regex const sample("([a-z_][a-z0-9_]*(\\{" + label + "(," + label + ")*\\})?) [-+.0-9eInfNa]+");
+    for (std::string line; std::getline(lines, line);)
+    {
+        std::smatch parts;
+        bool const isSample = std::regex_match(line, parts, sample);
+        EXPECT_TRUE(isSample || std::regex_match(line, comment)) << line;
+        EXPECT_TRUE(!isSample || samples.insert(parts[1]).second) << "twice: " << line;
+    }
+    std::string const escaped = R"(protocol="X\"\\\n )"
+                                "\xEF\xBF\xBD\"";
+    for (std::string const& expected :
+         {"result_sets{" + escaped + "} 3", "twice{" + escaped + R"(,code="1",code_="2"} 8)",
+          "odd{" + escaped + R"(,a_b_c="k\"\\\n "} 9)", "number{" + escaped + R"(,label_1st="a"} 10)",
+          "none{" + escaped + R"(,label___="a"} 11)", "own{" + escaped + R"(,protocol_="a"} 12)",
+          "bad{" + escaped + ",l=\"\xEF\xBF\xBD\"} 15"})
+    {
+        EXPECT_NE(body.find("\nzucontrol_protocol_" + expected + "\n"), std::string::npos) << expected << "\n" << body;
+    }
 }
 
 TEST_F(MetricsPageTest, TellsHowLongTheMetricsHaveStoodStill)
