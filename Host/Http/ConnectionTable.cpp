@@ -63,7 +63,7 @@ ConnectionTable::Client ConnectionTable::TakeLongestIdle()
     Zu::MutexLock const guard(mutex);
     for (auto const& [connection, weak] : connections) // none is destroyed before `Remove` gets the lock
     {
-        if (uint64 const sinceUsec = connection->IdleSinceUsec(); sinceUsec != 0)
+        if (uint64 const sinceUsec = connection->Idle().SinceUsec(); sinceUsec != 0)
         {
             groups[connection->Source()].Add(*connection, sinceUsec);
         }
@@ -74,7 +74,7 @@ ConnectionTable::Client ConnectionTable::TakeLongestIdle()
     {
         return nullptr;
     }
-    most->second.oldest->CountAsBusy();
+    most->second.oldest->Idle().Note(false);
     return connections.at(most->second.oldest).lock();
 }
 

@@ -30,8 +30,8 @@ public:
     /// The connection is being destroyed.
     void Remove(HttpConnection& connection) noexcept;
 
-    /// Returns the connection that makes room for a newcomer, or null if no connection is idle: of the address with the
-    /// most idle connections the one that has been idle longest. It is not chosen again before it is busy.
+    /// Returns the connection that makes room for a further one: the longest idle connection of the address with the
+    /// most idle connections. It is not chosen again before it is busy. Returns null if no connection is idle.
     Client TakeLongestIdle();
 
     std::vector<Client> All(); ///< without connections that are being destroyed

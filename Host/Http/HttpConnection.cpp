@@ -3,7 +3,6 @@
 #include "Host/Http/AnswerHead.h"
 #include "Host/Http/EventBuffer.h"
 #include "ZuRest/Problem.h"
-#include "wApi/wTime.h"
 #include "wApi/wTypes.h"
 
 #include <boost/asio/dispatch.hpp>
@@ -117,7 +116,7 @@ void HttpConnection::Enter(Phase newPhase, uint64 timeoutUsec)
     {
         due = std::min(due, firstDue);
     }
-    NoteIdle();
+    idle.Note(IsIdle());
     if (due < timerDue)
     {
         SetTimer();
@@ -129,33 +128,6 @@ bool HttpConnection::IsIdle() const
 {
     return phase == Phase::HANDSHAKE || phase == Phase::IDLE || phase == Phase::REQUEST || phase == Phase::DELAY ||
            phase == Phase::LINGER;
-}
-
-void HttpConnection::NoteIdle()
-{
-    if (!IsIdle())
-    {
-        CountAsBusy();
-    }
-    else if (IdleSinceUsec() == 0)
-    {
-        idleSinceUsec.store(wTime_NowUsec(), std::memory_order_relaxed);
-    }
-}
-
-uint64 HttpConnection::IdleSinceUsec() const noexcept
-{
-    return idleSinceUsec.load(std::memory_order_relaxed);
-}
-
-void HttpConnection::CountAsBusy() noexcept
-{
-    idleSinceUsec.store(0, std::memory_order_relaxed);
-}
-
-asio::ip::address const& HttpConnection::Source() const noexcept
-{
-    return source;
 }
 
 /// Sets the timer for the earliest deadline so far. When it fires, it checks the present deadline. Most phases end long
@@ -514,7 +486,7 @@ void HttpConnection::DoClose()
         return;
     }
     phase = Phase::CLOSED;
-    CountAsBusy(); // it makes no room twice
+    idle.Note(false); // it makes no room twice
     isWanted.store(false, std::memory_order_relaxed);
     CloseStream();
     timer.cancel();

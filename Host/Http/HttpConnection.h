@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Host/Http/HttpServer.h"
+#include "Host/Http/IdleClock.h"
 #include "Host/Http/RequestReader.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Request.h"
@@ -98,15 +99,17 @@ public:
     /// Closes at once, unless the connection is busy.
     void CloseIfIdle();
 
-    /// Since when the connection has been idle, on the clock of `wTime_NowUsec`; 0 while it is busy. A connection is
-    /// busy from the end of a request to the end of its answer.
-    uint64 IdleSinceUsec() const noexcept;
-
-    /// Counts the connection as busy until it is idle anew.
-    void CountAsBusy() noexcept;
+    /// Runs except from the end of a request to the end of its answer.
+    IdleClock& Idle() noexcept
+    {
+        return idle;
+    }
 
     /// The address of the client, as limits count it.
-    boost::asio::ip::address const& Source() const noexcept;
+    boost::asio::ip::address const& Source() const noexcept
+    {
+        return source;
+    }
 
 protected:
     using Buffers = std::array<boost::asio::const_buffer, 2>;
@@ -160,7 +163,6 @@ private:
 
     void Enter(Phase newPhase, uint64 timeoutUsec);
     bool IsIdle() const;
-    void NoteIdle();
     void SetTimer();
     void OnTimer();
     void PassDeadline();
@@ -185,7 +187,7 @@ private:
     HttpServer::Settings const& limits;
     Strand const strand;
     boost::asio::ip::address const source;
-    std::atomic<uint64> idleSinceUsec = 0; // a time alone: it publishes no other data
+    IdleClock idle;
 
     Phase phase = Phase::HANDSHAKE;
     Next next = Next::REQUEST; // after the present or the last write

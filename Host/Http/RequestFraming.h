@@ -9,7 +9,8 @@ namespace ZuHost
 
 class RequestParser;
 
-/// Tells requests whose version or end another server on the way may read differently (RFC 9112, 2.3 and 6.1 to 6.3).
+/// Finds requests with a version or an end that another server on the way may read differently (RFC 9112, 2.3 and 6.1
+/// to 6.3).
 ///
 /// Beast's parser takes such requests: it reads an unknown transfer coding as a request without a body. Behind a proxy
 /// that reads them differently, one request would become two.

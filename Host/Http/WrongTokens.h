@@ -20,7 +20,7 @@ class WrongTokens final
 {
 public:
     static constexpr uint64 PERIOD_USEC = 1'000'000; ///< between two refusals to one source
-    static constexpr uint64 PROMPT_REFUSALS = 5;     ///< so many in a row come at once, for a person who mistypes
+    static constexpr uint64 PROMPT_REFUSALS = 5;     ///< so many come at once, for mistyped tokens
     static constexpr uint64 MAX_DELAY_USEC = 10 * PERIOD_USEC;
     static constexpr uint64 LOG_PERIOD_USEC = 60 * PERIOD_USEC;
     static constexpr std::size_t MAX_SOURCES = 1024; ///< remembered; further ones are slowed together

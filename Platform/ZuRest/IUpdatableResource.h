@@ -5,7 +5,7 @@
 namespace ZuRest
 {
 
-/// Marks a resource whose document clients can change, so that `Allow` names PUT and PATCH. A resource derives from it
+/// Marks a resource with a document that clients can change, so that `Allow` names PUT and PATCH. A resource derives from it
 /// as an additional base. Any thread may call.
 class ZUPLATFORM_API IUpdatableResource
 {

@@ -52,7 +52,7 @@ public:
         std::shared_ptr<nlohmann::json const> before;
     };
 
-    /// `independent`: places whose changes share no state with the rest of their tree.
+    /// The changes of an `independent` place share no state with the rest of the tree.
     explicit ResourceLocks(std::vector<Place> const& independent = {});
     ~ResourceLocks(); ///< drops the waiting requests; passes may outlive it
 
