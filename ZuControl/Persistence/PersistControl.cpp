@@ -23,6 +23,7 @@
 
 namespace ZuControl
 {
+
 using ControlProtocol::IProtocolRegisterAssembly;
 using Zu::Properties::JsonSerializer;
 using ZuCommon::PersistDomain;
