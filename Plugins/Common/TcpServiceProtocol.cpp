@@ -110,11 +110,13 @@ void TcpServiceProtocol::ParamsUpdate()
     }
     catch (...)
     {
-        RestoreAccepted(Zu::CaughtReason());
+        std::string const refusal = Zu::CaughtReason();
+        RestoreAccepted(refusal);
         bool const isLost = wasRunning && !server->IsRunning();
         if (isLost)
         {
-            fetcher.Stop(); // as after a failed start
+            Report(refusal); // it names the new address and the old one
+            fetcher.Stop();  // as after a failed start
             SetServing(false);
         }
         guard.Unlock(); // handlers may call this service
@@ -279,14 +281,18 @@ void TcpServiceProtocol::RestoreAccepted(std::string const& refusal)
     }
     catch (...)
     {
-        std::string const failure = Zu::CaughtReason();
-        restoreProblem.Begin();
-        restoreProblem.Register(
-            problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "ZuControl",
-                         "%1$s refused new parameters (%2$s) and cannot go back to the earlier ones: %3$s",
-                         DisplayName(), refusal.c_str(), failure.c_str()));
-        restoreProblem.End();
+        Report(std::string(DisplayName()) + " refused new parameters (" + refusal +
+               ") and cannot go back to the earlier ones: " + Zu::CaughtReason());
     }
+}
+
+/// Replaces the problem of an earlier restoration.
+void TcpServiceProtocol::Report(std::string const& problem)
+{
+    restoreProblem.Begin();
+    restoreProblem.Register(
+        problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "ZuControl", "%1$s", problem.c_str()));
+    restoreProblem.End();
 }
 
 void TcpServiceProtocol::OnClientsChanged(uint64 count)

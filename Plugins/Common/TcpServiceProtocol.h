@@ -133,6 +133,7 @@ private:
     void ApplyParams() ZU_REQUIRES(lifecycleLock);
     void KeepAccepted() ZU_REQUIRES(lifecycleLock);
     void RestoreAccepted(std::string const& refusal) ZU_REQUIRES(lifecycleLock);
+    void Report(std::string const& problem);
     void OnClientsChanged(uint64 count);
     void SetServing(bool newIsServing);
     void TellClientCount();
