@@ -11,6 +11,7 @@ import urllib.request
 
 from host import PATIENCE, Host, wait_until
 from installation import ROOT, hide_private_dependencies, install, package_folder, run
+from rest import RestClient
 
 
 class Template(unittest.TestCase):
@@ -48,6 +49,11 @@ class Template(unittest.TestCase):
                     sock.sendall(b"start\n")
                     return lines.readline() == "ok\n"
                 wait_until(starts, "the start")
+                with RestClient(host.http_port) as rest:
+                    before = rest.get("/controls/Template").json["parameters"]
+                    refused = rest.put("/controls/Template", {"parameters": {"address": "nonsense", "maxClients": 3}})
+                    self.assertEqual(refused.status, 422)
+                    self.assertEqual(rest.get("/controls/Template").json["parameters"], before)
                 self.assertRegex(lines.readline(), r"^7=(10|25)\.000:1\n$")
 
     def test_with_find_package(self):
