@@ -15,6 +15,7 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuApi/JsonTextWriter.h
     Platform/ZuPlugin/ElfText.h
     Platform/ZuRest/DocumentSinks.h
+    Plugins/Common/TcpClients.h
     Plugins/Common/TcpConnection.h
     ZuControl/Control/HardwareResult.h
     ZuControl/Control/StateDocuments.h

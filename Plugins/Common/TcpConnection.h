@@ -31,7 +31,7 @@ public:
     /// arrive.
     static constexpr int SEND_BUFFER_BYTES = 64 * 1024;
 
-    // A client whose machine has vanished is noticed after KEEP_ALIVE_IDLE + KEEP_ALIVE_PROBES * KEEP_ALIVE_INTERVAL.
+    // The kernel ends a connection to a vanished machine after KEEP_ALIVE_IDLE + KEEP_ALIVE_PROBES * KEEP_ALIVE_INTERVAL.
     static constexpr int KEEP_ALIVE_IDLE = 30; ///< seconds
     static constexpr int KEEP_ALIVE_INTERVAL = 10;
     static constexpr int KEEP_ALIVE_PROBES = 3;
@@ -64,7 +64,7 @@ public:
     }
 
     /// The address of the client.
-    boost::asio::ip::address const& Address() const
+    boost::asio::ip::address const& RemoteAddress() const
     {
         return address;
     }

@@ -1,6 +1,6 @@
 #include "Plugins/Common/TcpServer.h"
 
-#include "Plugins/Common/TcpConnection.h"
+#include "Plugins/Common/TcpClients.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
@@ -15,9 +15,6 @@
 #include <atomic>
 #include <functional>
 #include <future>
-#include <map>
-#include <unordered_set>
-#include <vector>
 
 namespace PluginCommon
 {
@@ -126,7 +123,7 @@ public:
     }
 
 private:
-    using Connection = std::shared_ptr<TcpConnection>;
+    using Connection = TcpClients::Connection;
     using Listener = std::shared_ptr<tcp::acceptor>; // pending operations share it
 
     static int Run(void* argument)
@@ -267,9 +264,11 @@ private:
         {
             return; // the client has gone
         }
-        while (connections.size() >= maxClients.load(std::memory_order_relaxed))
+        uint64 const places = maxClients.load(std::memory_order_relaxed);
+        std::chrono::microseconds const unusedAfter(makeRoomAfterUsec.load(std::memory_order_relaxed));
+        while (clients.Count() >= places)
         {
-            Connection const leaving = Displaced(address);
+            Connection const leaving = clients.Displaced(address, places, unusedAfter);
             if (leaving == nullptr)
             {
                 Count(server.counters.rejectedClients);
@@ -280,67 +279,27 @@ private:
         auto const connection =
             std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), server.counters,
                                             [this](Connection const& gone) { Forget(gone); });
-        connections.insert(connection);
+        clients.Add(connection);
         Count(server.counters.acceptedClients);
         TellCount(); // before the first request: results flow once a client is counted
         connection->Begin();
     }
 
-    /// The connection that makes room for a client of this address; null if there is none.
-    Connection Displaced(boost::asio::ip::address const& newcomer) const
-    {
-        auto const now = TcpConnection::Clock::now();
-        std::chrono::microseconds const after(makeRoomAfterUsec.load(std::memory_order_relaxed));
-        Connection const idle = Oldest([&](TcpConnection const& client) { return client.IsUnused(now, after); });
-        if (idle != nullptr)
-        {
-            return idle;
-        }
-        std::map<boost::asio::ip::address, uint64> counts{{newcomer, 0}};
-        for (Connection const& connection : connections)
-        {
-            ++counts[connection->Address()];
-        }
-        uint64 const share = maxClients.load(std::memory_order_relaxed) / counts.size();
-        if (counts[newcomer] >= share)
-        {
-            return nullptr;
-        }
-        auto const most = std::ranges::max_element(counts, {}, [](auto const& entry) { return entry.second; });
-        return Oldest([&](TcpConnection const& client) { return client.Address() == most->first; });
-    }
-
-    /// Of the connections that `isMeant` selects, the one that has made no progress for the longest time.
-    template <typename Predicate>
-    Connection Oldest(Predicate const& isMeant) const
-    {
-        Connection oldest;
-        for (Connection const& connection : connections)
-        {
-            if (isMeant(*connection) && (oldest == nullptr || connection->LastProgress() < oldest->LastProgress()))
-            {
-                oldest = connection;
-            }
-        }
-        return oldest;
-    }
-
     void Forget(Connection const& connection)
     {
-        connections.erase(connection);
+        clients.Remove(connection);
         TellCount();
     }
 
     void TellCount()
     {
-        server.counters.clients.store(connections.size(), std::memory_order_relaxed);
-        ZU_GUARD_BOUNDARY([this] { server.service.clientsChanged(connections.size()); });
+        server.counters.clients.store(clients.Count(), std::memory_order_relaxed);
+        ZU_GUARD_BOUNDARY([this] { server.service.clientsChanged(clients.Count()); });
     }
 
     void ForEach(std::function<void(TcpConnection&)> const& visit)
     {
-        std::vector<Connection> const all(connections.begin(), connections.end());
-        for (Connection const& connection : all) // a copy: `visit` may remove a connection
+        for (Connection const& connection : clients.All()) // a copy: `visit` may remove a connection
         {
             ZU_GUARD_BOUNDARY([&] { visit(*connection); }); // an exception must not keep `visit` from the others
         }
@@ -367,11 +326,11 @@ private:
         isClosing = true;
         CloseListener();
         sweep.cancel();
-        for (auto const& connection : connections)
+        for (Connection const& connection : clients.All())
         {
             connection->Close();
         }
-        connections.clear();
+        clients.Clear();
         TellCount();
     }
 
@@ -381,7 +340,7 @@ private:
     tcp::endpoint place; // of the listener, or of the last one
     boost::asio::steady_timer acceptRetry;
     boost::asio::steady_timer sweep;
-    std::unordered_set<Connection> connections;
+    TcpClients clients;
     bool isClosing = false;
     std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
     std::atomic<uint64> idleTimeoutUsec;

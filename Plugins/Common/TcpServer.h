@@ -32,10 +32,10 @@ struct TcpSettings
 /// A TCP server: binds, listens, accepts clients up to a limit and checks their deadlines. One I/O thread serves all
 /// clients; no client can block another. The owner makes the conversations, which implement the protocol.
 ///
-/// When `maxClients` are connected, a new client takes the place of the one that has made no progress for the longest
-/// time, if that time is longer than `makeRoomAfterUsec`. If none is that idle, each address has an equal share of the
-/// places: a client of an address that has less than its share takes the place of a client of the address that has most
-/// clients. Otherwise the new client is closed at once.
+/// When `maxClients` are connected, a new client displaces the client without progress for the longest time, if that
+/// time is longer than `makeRoomAfterUsec`. If all clients are in use, each address has an equal share of the places: a
+/// new client of an address below its share displaces a client of the address with most clients. Otherwise the server
+/// closes the new connection at once.
 ///
 /// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
 /// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.

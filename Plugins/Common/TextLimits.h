@@ -38,7 +38,7 @@ inline constexpr std::size_t MOST_TEXT_BYTES = 256;
 /// arguments of an action.
 void CheckTexts(Zu::Params::Group const& args);
 
-/// The actions of `Target`, an action target, without those whose texts are too long.
+/// The actions of `Target`, an action target. Refuses arguments with a text that is too long.
 template <typename Target>
 class LimitedActions final : public Target
 {

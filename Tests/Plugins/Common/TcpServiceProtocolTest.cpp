@@ -138,7 +138,7 @@ public:
 
     LevelParams params;
     uint32 highestLevel = 5;
-    std::vector<uint32> levels; ///< those that were applied
+    std::vector<uint32> levels; ///< all applied levels
 
 private:
     std::unique_ptr<ITcpConversation> MakeConversation() override
