@@ -183,9 +183,7 @@ TEST(RequestFraming, Section5_FieldSyntax)
 TEST(RequestFraming, Section6_1_TransferEncoding)
 {
     constexpr char const* BODY = "2\r\n[]\r\n0\r\n\r\n";
-    auto const coded = [BODY](std::string const& value) {
-        return Put("Transfer-Encoding:" + value + "\r\n", BODY) + NEXT;
-    };
+    auto const coded = [](std::string const& value) { return Put("Transfer-Encoding:" + value + "\r\n", BODY) + NEXT; };
     Check({
         {coded(" chunked"), "PUT /a [], GET /b"},
         {coded("chunked"), "PUT /a [], GET /b"},
