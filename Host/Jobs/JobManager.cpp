@@ -104,7 +104,14 @@ void JobManager::Close()
         return; // `Begin` has not run, or `Close` has run before
     }
     isClosed = true;
-    Save(Scope::CHANGED);
+    try
+    {
+        Save(Scope::CHANGED);
+    }
+    catch (Zu::Exception const& exception)
+    {
+        ZU_THROW(exception.Status(), "The job '%s' cannot be saved: %s", LoadedJob().c_str(), exception.what());
+    }
 }
 
 void JobManager::LoadJob(std::string const& name)

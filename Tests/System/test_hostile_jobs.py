@@ -90,7 +90,7 @@ class HostileFiles(unittest.TestCase):
             self.assertEqual(rest.post("/jobs/default/save").status, 204)
             self.check(host, health)
 
-    def test_an_endless_file_in_the_folder_can_be_loaded_by_nobody_and_deleted(self):
+    def test_an_endless_file_in_the_folder_is_not_loaded_and_can_be_deleted(self):
         with Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", data=self.data) as host:
             with RestClient(host.http_port) as rest, AsciiClient(host.ports["AsciiTcp"]) as plc, Health(host) as health:
                 for name, make in ENDLESS.items():
@@ -218,7 +218,7 @@ class Stop(unittest.TestCase):
                 self.assertEqual(rest.put("/controls/ModbusTcp", {"parameters": {"maxClients": 9}}).status, 200)
                 self.assertEqual(host.stop(), 1)
             other.close()
-        self.assertIn("zucontrol-host: The file 'default.zpjob' cannot be used: database is locked", host.log())
+        self.assertIn("zucontrol-host: The job 'default' cannot be saved: The file 'default.zpjob' cannot be used: database is locked", host.log())
 
     def test_a_signal_during_the_start_ends_the_start(self):
         process, pipe = self.start_until_the_token_is_read()

@@ -197,14 +197,22 @@ class Throwing(unittest.TestCase):
                 session.restart()  # results come again only then
                 wait_until(lambda: session.problems() == [], f"an end of {session.problems()}")
             self.throw_in(operation)
-            self.assertEqual(host.stop(), 0)
+            self.check_stop(host)
+
+    def check_stop(self, host):
+        """The status is 1 when the operation keeps the service from being saved, and 0 otherwise."""
+        host.expected_status = host.stop()
+        lines = [line for line in host.errors if line is not None and line.startswith("zucontrol-host: ")]
+        self.assertEqual(host.expected_status, len(lines), lines)
+        for line in lines:
+            self.assertIn("The job 'default' cannot be saved: ", line)
 
     def check_start(self, operation, sentence):
         self.throw_in(operation)
         with self.start() as host, Session(host) as session:
             self.check_told(session, sentence)
             self.check_others(session)
-            self.assertEqual(host.stop(), 0)
+            self.check_stop(host)
 
     def test_starting_a_new_job_with_InitPersistDomain(self):
         self.check_start("InitPersistDomain", fails("InitPersistDomain"))

@@ -94,6 +94,7 @@ class Watch(unittest.TestCase):
 
             self.begin("--start", data=data)  # and this does
             self.expect_stays(None)
+            self.host.stop()  # before the folder of its job is deleted
 
     def test_a_handler_hangs(self):
         sentence = "Ailing does not come to an end with its results; newer ones wait for it."

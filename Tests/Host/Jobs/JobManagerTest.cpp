@@ -691,7 +691,8 @@ TEST(JobManagerOnABadDisk, EndsWithTheReasonWhenTheLastSaveFails)
 
     EXPECT_EQ(RefusalOf([&] { desk.jobs.Close(); }),
               (Refusal{Zu::Status::FAILURE,
-                       "The file 'default.zpjob' cannot be used: attempt to write a readonly database"}));
+                       "The job 'default' cannot be saved: The file 'default.zpjob' cannot be used: attempt to write a "
+                       "readonly database"}));
     EXPECT_EQ(RefusalOf([&] { desk.jobs.SaveAs(JobName("default")); }).status, Zu::Status::WRONG_STATE);
 }
 
