@@ -144,6 +144,13 @@ std::string Shown(std::string_view name)
 
 Archive::Archive(std::filesystem::path const& path, SqliteFile::Access access) : file(path, access)
 {
+    std::error_code error;
+    auto const bytes = std::filesystem::file_size(path, error);
+    if (!error && bytes > MAX_FILE_BYTES)
+    {
+        ZU_THROW(Zu::Status::BAD_FORMAT, "The file '%s' is longer than %llu bytes", path.filename().c_str(),
+                 static_cast<unsigned long long>(MAX_FILE_BYTES));
+    }
 }
 
 Archive::Archive(std::string const& name, std::string_view bytes) : file(name, bytes)

@@ -29,9 +29,11 @@ public:
     static constexpr uint64 MAX_ENTRIES = 1'000;
     static constexpr uint64 MAX_ROWS = 4'000; ///< of a table: entries, folders, and rows that cannot be read
     static constexpr uint64 MAX_TOTAL_BYTES = 64 * 1024 * 1024; ///< of all entries, before compression
+    static constexpr uint64 MAX_FILE_BYTES = 256 * 1024 * 1024; ///< twice the largest file that the host writes
     static constexpr std::size_t MAX_NAME_BYTES = 255;
 
-    /// This and all operations throw as `SqliteFile::Fail` does.
+    /// This and all operations throw as `SqliteFile::Fail` does. This throws `Zu::Status::BAD_FORMAT` too for a file of
+    /// more than `MAX_FILE_BYTES`.
     Archive(std::filesystem::path const& path, SqliteFile::Access access);
 
     /// Opens the bytes of an archive for reading; `name` stands in error texts.

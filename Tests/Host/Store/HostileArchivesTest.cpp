@@ -127,4 +127,18 @@ TEST(HostileArchive, IsRefusedWhenItHasMoreRowsThanMayBeRead)
               (Refusal{Zu::Status::BAD_FORMAT, "What was sent is no job: there is too much in it"}));
 }
 
+TEST(HostileArchive, IsNeitherReadNorCopiedToMemoryWhenItsFileIsTooLong)
+{
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const folder(scratch.path);
+    ArchiveFile file(folder, scratch / "job.zpjob");
+    file.Save({{DOCUMENT, "{}"}}, {DOCUMENT}, false);
+    std::filesystem::resize_file(scratch / "job.zpjob", Archive::MAX_FILE_BYTES + 1); // takes no room on the disk
+
+    Refusal const expected{Zu::Status::BAD_FORMAT, "The file 'job.zpjob' is longer than 268435456 bytes"};
+    EXPECT_EQ(RefusalOf([&] { file.Read(); }), expected);
+    EXPECT_EQ(RefusalOf([&] { file.Image(); }), expected);
+    EXPECT_EQ(RefusalOf([&] { file.CopyTo(scratch / "copy.zpjob"); }), expected);
+}
+
 } // namespace ZuHost
