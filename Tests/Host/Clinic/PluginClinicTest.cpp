@@ -137,13 +137,14 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
         PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("plugins/modbustcp.so"));
 
     EXPECT_TRUE(checkUp.isSound);
-    EXPECT_EQ(checkUp.report.find(FileOf("plugins/modbustcp.so").string() +
-                                  " offers\n"
-                                  "  ModbusTcp (Modbus TCP), protocol number 1\n"
-                                  "    parameters: port, address, maxClients, registerOrder, idleTimeout\n"
-                                  "    register assemblies: registerAssembly-0\n"
-                                  "    listens on: 127.0.0.1:"),
-              0u)
+    EXPECT_EQ(
+        checkUp.report.find(FileOf("plugins/modbustcp.so").string() +
+                            " offers\n"
+                            "  ModbusTcp (Modbus TCP), protocol number 1\n"
+                            "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter\n"
+                            "    register assemblies: registerAssembly-0\n"
+                            "    listens on: 127.0.0.1:"),
+        0u)
         << checkUp.report;
 }
 
