@@ -158,26 +158,27 @@ class Files(unittest.TestCase):
             self.assertFalse(rest.get(MODBUS).json["enabled"])
 
     def test_a_service_that_is_too_large_for_its_document_is_told_and_the_last_good_state_kept(self):
-        outputs = "/controls/TestNumeric/outputs"  # a service without a limit on its texts
+        outputs = "/controls/TestRegister/outputs"  # a service without a limit on its texts
         with Host("--plugins", BIN / "tests/numericmaps", modbus=False, data=self.data) as host, \
                 RestClient(host.http_port) as rest:
-            self.assertEqual(rest.post(outputs + "/commands/add", {"outputId": 0, "source": "s"}).status // 100, 2)
+            self.assertEqual(rest.post(outputs + "/commands/add", {"outputId": 140, "source": "s", "outputSize": 2}).status // 100, 2)
             self.assertEqual(rest.post("/jobs/default/save").status, 204)
             kept = len(rest.get(outputs).json["map"])
-            for number in range(20):
-                entry = {"outputId": 100 + number, "source": f"{number} " + "x" * 1_000_000}
-                self.assertEqual(rest.post(outputs + "/commands/add", entry).status // 100, 2)
+            for number in range(18):
+                entry = {"outputId": 100 + number, "source": f"{number} " + "x" * 1_000_000, "outputSize": 2}
+                answer = rest.post(outputs + "/commands/add", entry)
+                self.assertEqual(answer.status // 100, 2, answer.text[:300])
 
             answer = rest.post("/jobs/big/save")
 
             self.assertEqual(answer.status, 409, answer.text)
-            self.assertIn("service TestNumeric: The document", answer.json["detail"])
+            self.assertIn("service TestRegister: The document", answer.json["detail"])
             self.assertIn("it is longer than 16777216 bytes", answer.json["detail"])
             texts = [problem["text"] for problem in rest.get("/problems").json["problems"]]
-            self.assertTrue(any("The job 'default' cannot be saved: service TestNumeric" in text for text in texts), texts)
+            self.assertTrue(any("The job 'default' cannot be saved: service TestRegister" in text for text in texts), texts)
             self.assertEqual([(job["name"], job["modified"]) for job in rest.get("/jobs").json["jobs"]],
                              [("default", True)])
-            for number in range(20):
+            for number in range(18):
                 self.assertEqual(rest.post(outputs + "/commands/remove", {"outputId": 100 + number}).status // 100, 2)
             self.assertEqual(rest.post("/jobs/big/save").status, 204)
             self.assertEqual(rest.get("/problems").json["problems"], [])

@@ -34,7 +34,8 @@ class Replay(unittest.TestCase):
     def check_scene(self, path, reads, frames):
         expected = [measure(row) for row in read_pcd(path)]
         with Host("--start", "--rate", 1000, "--replay", path) as host, ModbusClient(host.modbus_port) as client:
-            wait_until(lambda: any(client.read(150, 35)), "the first result")
+            # Before the first frame the values hold the mark for a missing one; the file's rows have different heights.
+            wait_until(lambda: unsigned(client.read(150, 35)[12:16]) > 0, "the first result")
             seen = set()
             for _ in range(reads):
                 registers = client.read(150, 35)
@@ -61,7 +62,7 @@ class Replay(unittest.TestCase):
         with Host("--start", "--rate", 0) as host, ModbusClient(host.modbus_port) as client:
             self.assertEqual(client.read(186, 100, function=3), [0] * 100)
             self.assertEqual(client.read(186, 100, function=4), [0] * 100)
-            wait_until(lambda: any(client.read(150, 35, function=4)), "a result over function 4")
+            wait_until(lambda: any(client.read(150, 16, function=4)), "a result over function 4")
 
 
 if __name__ == "__main__":

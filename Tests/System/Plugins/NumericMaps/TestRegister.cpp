@@ -16,7 +16,7 @@ struct TestRegisterFactory final : ZuControl::IControlFactory
     {
         using Map = ZuControl::ControlProtocol::RegisterProtocolOutputMap;
         return std::make_shared<NumericMaps::MappedProtocol<Map>>(NAMES, environ, uint16{100}, uint16{50}, uint16{2},
-                                                                  uint16{16});
+                                                                  uint16{20});
     }
 };
 
