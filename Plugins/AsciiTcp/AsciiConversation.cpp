@@ -3,11 +3,13 @@
 #include "Plugins/AsciiTcp/AsciiMetrics.h"
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
+#include "Plugins/AsciiTcp/ForeignClient.h"
 #include "ZuApi/Exception.h"
 #include "wApi/wTime.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace AsciiTcp
 {
@@ -28,7 +30,7 @@ AsciiConversation::~AsciiConversation()
 
 std::span<char> AsciiConversation::Room()
 {
-    if (hasInputEnded || !HasRoomForAnswer())
+    if (hasInputEnded || isForeign || !HasRoomForAnswer())
     {
         return {};
     }
@@ -117,6 +119,10 @@ void AsciiConversation::Tell(std::string_view line)
 
 AsciiConversation::Step AsciiConversation::NextStep() const
 {
+    if (isForeign)
+    {
+        return Step::DROP;
+    }
     // Without pending output every complete line has been answered.
     return hasInputEnded && Pending().empty() && !MayBeSilent() ? Step::CLOSE : Step::CONTINUE;
 }
@@ -136,12 +142,18 @@ void AsciiConversation::AnswerAll()
 }
 
 /// Takes the next line from the input; `line` refers to the input. If a line is too long for the input, the part
-/// received so far is returned and the rest is skipped.
+/// received so far is returned and the rest is skipped. Returns false when there is no line yet, and when the client is
+/// turned away.
 bool AsciiConversation::TakeLine(std::string_view& line)
 {
     while (true)
     {
         std::string_view const unread(input.data() + inputFirst, inputEnd - inputFirst);
+        if (!isSkipping && IsTlsHello(unread)) // it need not have a line end
+        {
+            TurnAway();
+            return false;
+        }
         std::size_t const end = unread.find('\n');
         bool const isWhole = end != std::string_view::npos;
         bool const mayGrow = unread.size() <= AsciiRequest::MAX_BYTES + 1; // one byte more may be the carriage return
@@ -149,19 +161,39 @@ bool AsciiConversation::TakeLine(std::string_view& line)
         {
             return false;
         }
-        bool const isRest = isSkipping;
+        bool const isRest = std::exchange(isSkipping, !isWhole);
+        line = unread.substr(0, end);
         inputFirst += isWhole ? end + 1 : unread.size();
-        isSkipping = !isWhole;
-        if (!isRest)
+        NoteEnd(line, !isRest);
+        if ((!isRest && IsHostField(line)) || (isWhole && EndsInHttpVersion(lineEnd)))
         {
-            line = unread.substr(0, end);
-            return true;
+            TurnAway();
         }
-        if (!isWhole)
+        if (!isRest) // a line that is too long is refused first, whatever the pieces in which it comes
+        {
+            return !isForeign || line.size() > AsciiRequest::MAX_BYTES + 1;
+        }
+        if (!isWhole || isForeign)
         {
             return false;
         }
     }
+}
+
+/// Keeps the last bytes of the line up to `part`.
+void AsciiConversation::NoteEnd(std::string_view part, bool isBegin)
+{
+    lineEnd.resize(isBegin ? 0 : lineEnd.size());
+    lineEnd.append(part.substr(part.size() - std::min(part.size(), HTTP_VERSION_BYTES)));
+    lineEnd.erase(0, lineEnd.size() - std::min(lineEnd.size(), HTTP_VERSION_BYTES));
+}
+
+/// Ignores all further input of the client. `NextStep` then closes the connection.
+void AsciiConversation::TurnAway()
+{
+    isForeign = true;
+    inputFirst = inputEnd;
+    Unsubscribe();
 }
 
 void AsciiConversation::Answer(std::string_view line)

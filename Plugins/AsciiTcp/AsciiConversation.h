@@ -49,6 +49,9 @@ struct AsciiCounters;
 /// When FULL_BYTES of output are unsent, nothing more is read from the client. A subscribed client gets no result lines
 /// while DATA_BYTES are unsent; it misses the lines that the feed has dropped meanwhile.
 ///
+/// A client that sends a line of HTTP or the hello of TLS is dropped: that line and all later ones are ignored. Answers
+/// that wait are sent first.
+///
 /// When a client closes its sending side, it still gets all answers, the end of its operation and, while subscribed,
 /// results for as long as it takes them. Then the connection is closed.
 class AsciiConversation final : public PluginCommon::ITcpConversation
@@ -63,7 +66,7 @@ public:
     AsciiConversation(AsciiConversation const&) = delete;
     AsciiConversation& operator=(AsciiConversation const&) = delete;
 
-    /// Empty while the client has to take answers first, and after `InputEnded`.
+    /// Empty while the client has to take answers first, after `InputEnded`, and after bytes of another protocol.
     std::span<char> Room() override;
 
     /// Answers each complete line, as long as the output has room.
@@ -108,6 +111,7 @@ public:
     }
 
     /// CLOSE when the client has closed its sending side, everything is answered and sent, and nothing more can follow.
+    /// DROP after bytes of another protocol.
     Step NextStep() const override;
 
     /// The number of requests answered and of operations ended so far.
@@ -120,6 +124,8 @@ private:
     bool HasRoomForAnswer() const;
     void AnswerAll();
     bool TakeLine(std::string_view& line);
+    void NoteEnd(std::string_view part, bool isBegin);
+    void TurnAway();
     void Answer(std::string_view line);
     void CarryOut(AsciiRequest const& request);
     void Get(std::string_view argument);
@@ -135,6 +141,8 @@ private:
     std::size_t inputFirst = 0; // begin of the next line
     std::size_t inputEnd = 0;
     bool isSkipping = false; // skipping the rest of a line that is too long
+    std::string lineEnd;     // the last bytes of the line so far
+    bool isForeign = false;  // the client speaks another protocol
     bool hasInputEnded = false;
     std::string output;
     std::size_t outputFirst = 0; // bytes before it are sent

@@ -240,6 +240,70 @@ TEST_F(AsciiConversationTest, RefusesALongLineInTheMiddleOfOthers)
     EXPECT_EQ(Take(), "OK 1 zMax\nERROR -997 A request has at most 1024 bytes\nOK 1 zMax\n");
 }
 
+TEST_F(AsciiConversationTest, TurnsAwayAWebPageBeforeAnythingOfItsRequestRuns)
+{
+    EXPECT_TRUE(Send("POST / HTTP/1.1\r\nContent-Type: text/plain\r\n\r\nSTART\nREAD /health\nSUBSCRIBE\n"));
+
+    EXPECT_EQ(Take(), "");
+    EXPECT_TRUE(service.begun.empty());
+    EXPECT_TRUE(service.asked.empty());
+    EXPECT_FALSE(conversation.IsSubscribed());
+    EXPECT_TRUE(conversation.Room().empty());
+    EXPECT_EQ(conversation.NextStep(), Step::DROP);
+}
+
+TEST_F(AsciiConversationTest, TurnsAwayAWebPageWhateverThePieces)
+{
+    for (std::string const head : {"POST / HTTP/1.1\r\n", "host: sensor\r\n", "Host: sensor\n", "\x16\x03\x01\x02"})
+    {
+        AsciiConversation stranger(service, feed, counters);
+        for (char const byte : head + "START\n")
+        {
+            std::span<char> const room = stranger.Room();
+            if (!room.empty())
+            {
+                room.front() = byte;
+                stranger.Received(1);
+            }
+        }
+        EXPECT_EQ(stranger.NextStep(), Step::DROP) << head;
+        EXPECT_EQ(stranger.Pending(), "") << head;
+    }
+    EXPECT_TRUE(service.begun.empty());
+}
+
+TEST_F(AsciiConversationTest, TurnsAwayAWebPageWithALongPath)
+{
+    std::string const tooLong = "ERROR -997 A request has at most 1024 bytes\n";
+    for (std::size_t const bytes : {1100, 4090, 5000, 100'000})
+    {
+        AsciiConversation stranger(service, feed, counters);
+        std::string_view rest;
+        std::string const request = "GET /" + std::string(bytes, 'a') + " HTTP/1.1\r\nSTART\n";
+        for (rest = request; !rest.empty() && !stranger.Room().empty();)
+        {
+            std::size_t const count = std::min(stranger.Room().size(), rest.size());
+            std::memcpy(stranger.Room().data(), rest.data(), count);
+            rest.remove_prefix(count);
+            stranger.Received(count);
+        }
+        EXPECT_EQ(stranger.NextStep(), Step::DROP) << bytes;
+        EXPECT_EQ(stranger.Pending(), tooLong) << bytes;
+    }
+    EXPECT_TRUE(service.begun.empty());
+}
+
+TEST_F(AsciiConversationTest, SendsTheAnswersOfEarlierRequestsBeforeItDropsTheClient)
+{
+    EXPECT_TRUE(Send("SUBSCRIBE\nLIST\nGET / HTTP/1.1\nLIST\n"));
+    feed.Publish("DATA 1\n");
+    conversation.TakeData();
+
+    EXPECT_EQ(Take(), "OK\nOK 1 zMax\n");
+    EXPECT_EQ(conversation.NextStep(), Step::DROP);
+    EXPECT_FALSE(feed.HasReaders());
+}
+
 TEST_F(AsciiConversationTest, ReadsNoMoreFromWhoTakesNoAnswers)
 {
     service.names = "1 " + std::string(1000, 'n');
