@@ -61,6 +61,10 @@ public:
         ZU_THROW(Zu::Status::NOT_OFFERED, "nothing here takes its time");
     }
 
+    void Abandon(uint64) override
+    {
+    }
+
 private:
     uint64 ticket = 0;
 };

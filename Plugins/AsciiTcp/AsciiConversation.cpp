@@ -25,6 +25,10 @@ AsciiConversation::AsciiConversation(IAsciiService& usedService, DataFeed& usedF
 
 AsciiConversation::~AsciiConversation()
 {
+    if (awaited != 0)
+    {
+        service.Abandon(awaited);
+    }
     Unsubscribe();
 }
 

@@ -39,6 +39,9 @@ public:
     /// Begins a slow request. Returns the ticket under which its answer is reported, never 0. Throws if the request is
     /// refused.
     virtual uint64 Ask(AsciiRequest const& request) = 0;
+
+    /// The client of the slow request has gone: drops the request if it has not begun to run. Must not throw.
+    virtual void Abandon(uint64 ticket) = 0;
 };
 
 class DataFeed;

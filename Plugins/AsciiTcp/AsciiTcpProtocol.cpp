@@ -189,6 +189,11 @@ uint64 AsciiTcpProtocol::Ask(AsciiRequest const& request)
     return slowRequests.Begin(request);
 }
 
+void AsciiTcpProtocol::Abandon(uint64 ticket)
+{
+    slowRequests.Abandon(ticket);
+}
+
 std::unique_ptr<PluginCommon::ITcpConversation> AsciiTcpProtocol::MakeConversation()
 {
     IAsciiService& service = *this;

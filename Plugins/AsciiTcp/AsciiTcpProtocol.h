@@ -63,6 +63,7 @@ private:
     void AppendStatus(std::string& line) override;
     uint64 Begin(IAsciiService::Command command, std::string_view argument) override;
     uint64 Ask(AsciiRequest const& request) override;
+    void Abandon(uint64 ticket) override;
 
     std::unique_ptr<PluginCommon::ITcpConversation> MakeConversation() override;
     void ApplyOwnParams() override;

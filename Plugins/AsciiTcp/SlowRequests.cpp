@@ -2,6 +2,7 @@
 
 #include "Plugins/AsciiTcp/AsciiText.h"
 #include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
 #include "ZuControl/Control/ControlHardware.h"
 #include "ZuControl/Control/IControlHardware.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
@@ -91,14 +92,53 @@ SlowRequests::SlowRequests(ZuControl::IControlHardwareManager* usedHardware,
 {
 }
 
-SlowRequests::~SlowRequests() = default;
+SlowRequests::~SlowRequests()
+{
+    Zu::MutexLock const guard(lock);
+    waiting.clear(); // the worker runs no further request
+}
 
 uint64 SlowRequests::Begin(AsciiRequest const& request)
 {
     Task task = TaskOf(request);
-    uint64 const ticket = ++lastTicket;
-    worker.Run([this, ticket, task = std::move(task)] { answered(ticket, AnswerOf(task)); });
-    return ticket;
+    Zu::MutexLock const guard(lock);
+    if (waiting.size() >= MOST_WAITING)
+    {
+        ZU_THROW(Zu::Status::BUSY, "Too many requests wait for the sensor or the application");
+    }
+    waiting.push_back({++lastTicket, std::move(task)});
+    if (!isWorking)
+    {
+        worker.Run([this] { RunAll(); });
+        isWorking = true;
+    }
+    return lastTicket;
+}
+
+void SlowRequests::Abandon(uint64 ticket)
+{
+    Zu::MutexLock const guard(lock);
+    std::erase_if(waiting, [ticket](Waiting const& request) { return request.ticket == ticket; });
+}
+
+bool SlowRequests::TakeNext(Waiting& next)
+{
+    Zu::MutexLock const guard(lock);
+    isWorking = !waiting.empty();
+    if (isWorking)
+    {
+        next = std::move(waiting.front());
+        waiting.pop_front();
+    }
+    return isWorking;
+}
+
+void SlowRequests::RunAll()
+{
+    for (Waiting next; TakeNext(next);)
+    {
+        ZU_GUARD_BOUNDARY([&] { answered(next.ticket, AnswerOf(next.task)); }); // the next request runs after all
+    }
 }
 
 SlowRequests::Task SlowRequests::TaskOf(AsciiRequest const& request)

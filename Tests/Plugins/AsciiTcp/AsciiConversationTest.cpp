@@ -58,8 +58,14 @@ public:
         return ++askTicket;
     }
 
+    void Abandon(uint64 abandonedTicket) override
+    {
+        abandoned.push_back(abandonedTicket);
+    }
+
     std::string names = "1 zMax";
     std::vector<std::string> asked;
+    std::vector<uint64> abandoned;
     uint64 askTicket = 100;
     std::vector<std::string> begun;
     uint64 ticket = 0;
@@ -488,6 +494,24 @@ TEST_F(AsciiConversationTest, WaitsForItsAnswerWhenTheClientHasEnded)
 
     EXPECT_EQ(Take(), "OK {}\nOK 1 zMax\n");
     EXPECT_EQ(conversation.NextStep(), Step::CLOSE);
+}
+
+TEST_F(AsciiConversationTest, AbandonsTheRequestWhoseAnswerItStillAwaitsWhenItGoes)
+{
+    {
+        AsciiConversation gone(service, feed, counters);
+        std::string_view const requests = "READ /a\nREAD /b\n";
+        std::memcpy(gone.Room().data(), requests.data(), requests.size());
+        gone.Received(requests.size());
+        EXPECT_TRUE(gone.Answered(101, "OK"));
+    }
+    EXPECT_EQ(service.asked, (std::vector<std::string>{"/a", "/b"}));
+    EXPECT_EQ(service.abandoned, (std::vector<uint64>{102}));
+
+    {
+        AsciiConversation const idle(service, feed, counters);
+    }
+    EXPECT_EQ(service.abandoned.size(), 1u);
 }
 
 TEST_F(AsciiConversationTest, RefusesAtOnceWhatCannotBegin)

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
 
@@ -126,6 +127,63 @@ TEST_F(SlowRequestsTest, DoesNotHoldUpWhoBegins)
     mayEnd.Open();
     EXPECT_TRUE(answers.WaitFor("2 OK late"));
     EXPECT_EQ(answers.All(), (ZuTest::CallLog::Calls{"1 OK late", "2 OK late"}));
+}
+
+/// The worker is in the read of "/first" until the test opens `mayEnd`.
+class BusySlowRequestsTest : public SlowRequestsTest
+{
+protected:
+    void SetUp() override
+    {
+        resources.read = [this] {
+            reads.fetch_add(1);
+            hasBegun.Open();
+            mayEnd.Wait();
+            return std::string("read");
+        };
+        requests.Begin(Request("READ /first"));
+        ASSERT_TRUE(hasBegun.Wait());
+    }
+
+    ZuTest::Latch hasBegun;
+    std::atomic<int> reads{0};
+};
+
+TEST_F(BusySlowRequestsTest, DropsAnAbandonedRequestBeforeItRuns)
+{
+    uint64 const abandoned = requests.Begin(Request("READ /second"));
+    uint64 const kept = requests.Begin(Request("READ /third"));
+
+    requests.Abandon(abandoned);
+
+    mayEnd.Open();
+    EXPECT_TRUE(answers.WaitFor(std::to_string(kept) + " OK read"));
+    EXPECT_EQ(answers.All(), (ZuTest::CallLog::Calls{"1 OK read", "3 OK read"}));
+    EXPECT_EQ(reads.load(), 2);
+}
+
+TEST_F(BusySlowRequestsTest, RunsARequestToItsEndThatIsAbandonedTooLate)
+{
+    requests.Abandon(1);
+
+    mayEnd.Open();
+    EXPECT_TRUE(answers.WaitFor("1 OK read"));
+}
+
+TEST_F(BusySlowRequestsTest, RefusesMoreRequestsThanMayWait)
+{
+    for (std::size_t i = 0; i < SlowRequests::MOST_WAITING; ++i)
+    {
+        requests.Begin(Request("READ /other"));
+    }
+
+    EXPECT_EQ(ZuTest::RefusalOf([this] { requests.Begin(Request("DOUT 0 1")); }),
+              (ZuTest::Refusal{-976, "Too many requests wait for the sensor or the application"}));
+
+    requests.Abandon(2);
+    EXPECT_EQ(requests.Begin(Request("READ /last")), 2 + SlowRequests::MOST_WAITING);
+    mayEnd.Open();
+    EXPECT_TRUE(answers.WaitFor(std::to_string(2 + SlowRequests::MOST_WAITING) + " OK read"));
 }
 
 struct BadArgument
