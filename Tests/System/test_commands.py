@@ -8,6 +8,7 @@ import unittest
 
 from host import PATIENCE, Host, wait_until
 from modbus import ModbusClient, ModbusException, signed, text, unsigned
+from rest import RestClient
 
 NONE, IN_PROGRESS, DONE, FAILED = 0, 1, 2, 3
 README = pathlib.Path(__file__).resolve().parents[2] / "README.md"
@@ -95,6 +96,41 @@ class CommandSession(unittest.TestCase):
             self.assertEqual(client.read(66, 2), [4, FAILED])
             client.write(0, [5, 9])
             self.assertEqual(client.read(66, 2), [5, FAILED])
+
+    def test_a_request_id_alone_repeats_the_last_command(self):
+        with Host() as host, ModbusClient(host.modbus_port) as client:
+            client.write(0, [1, 5] + characters("nowhere"))
+            wait_until(lambda: client.read(66, 2) == [1, FAILED], "the load to fail")
+            client.write_one(0, 2)
+            wait_until(lambda: client.read(66, 2) == [2, FAILED], "the load to fail again")
+
+    def test_single_writes_with_the_command_last_run_it_once(self):
+        with Host() as host, ModbusClient(host.modbus_port) as client:
+            client.write(0, [4, 6])
+            wait_until(lambda: client.read(66, 2) == [4, FAILED], "the trigger to be refused")
+            client.write_one(1, 0)
+            self.assertEqual(client.read(66, 2), [4, DONE])
+            client.write_one(0, 5)
+            self.assertEqual(client.read(66, 2), [5, DONE])  # command 0, not the trigger
+            client.write_one(1, 1)
+            wait_until(lambda: client.read(66, 2) == [5, DONE] and client.read(72, 1) == [1], "the start")
+
+    def test_a_second_master_with_the_request_of_another_reads_the_status_of_the_other(self):
+        with Host() as host, ModbusClient(host.modbus_port) as first, ModbusClient(host.modbus_port) as second:
+            first.write(0, [7, 6])
+            wait_until(lambda: first.read(66, 2) == [7, FAILED], "the trigger to be refused")
+            first.write(0, [8, 1])
+            wait_until(lambda: first.read(66, 2) == [8, DONE], "the start")
+            second.write(0, [8, 1])
+            self.assertEqual(second.read(66, 2), [8, DONE])
+            second.write(0, [2008, 1])
+            wait_until(lambda: second.read(66, 2) == [2008, DONE], "the start of the second master")
+            wait_until(lambda: self.taken_commands(host) == 3, "one command of the second master")
+
+    @staticmethod
+    def taken_commands(host):
+        with RestClient(host.http_port) as rest:
+            return rest.get("/controls/ModbusTcp/metrics").json["commands"]
 
     def test_a_trigger_is_refused_when_stopped_and_gives_a_frame_when_scanning(self):
         with Host() as host, ModbusClient(host.modbus_port) as client:
