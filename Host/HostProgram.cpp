@@ -94,7 +94,9 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
 
 int CheckPlugin(Options const& options, std::ostream& output, std::ostream& errors)
 {
-    PluginClinic::CheckUp const checkUp = PluginClinic(options.deployment).Check(options.checkedPlugin);
+    CheckPluginFolders(options);
+    PluginClinic::CheckUp const checkUp =
+        PluginClinic(options.deployment).Check(options.checkedPlugin, FindPluginFiles(options.pluginFolders));
     if (!checkUp.isSound)
     {
         errors << "zucontrol-host: " << checkUp.report << std::endl;

@@ -5,8 +5,9 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "wApi/wMutex.h"
+#include "wApi/wTypes.h"
 
-#include <algorithm>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -19,9 +20,11 @@ namespace
 
 using Paths = std::vector<std::filesystem::path>;
 using Say = ChildProcess::Say;
+using ProtocolType = PluginTrial::ProtocolType;
 
 // Each text of a child begins with one of these.
 constexpr char BEGINS = 'b';    // a step begins; its name follows: "loaded"
+constexpr char OFFERS = 'o';    // a protocol of the plug-in; its number and type name follow: "1 ModbusTcp"
 constexpr char COMPLAINS = 'c'; // this plug-in failed; a sentence follows
 constexpr char PRAISES = 'p';   // this plug-in passed; its description follows if it was asked for
 
@@ -124,6 +127,17 @@ public:
         }
     }
 
+    bool IsMade()
+    {
+        return Goes("made", [this](PluginTrial&) {
+            trial.Create();
+            for (ProtocolType const& type : trial.Types())
+            {
+                say(OFFERS + std::to_string(type.number) + " " + type.name);
+            }
+        });
+    }
+
     void Complain(std::string const& station, std::string const& fault)
     {
         say(COMPLAINS + Sentence(file, fault, station));
@@ -142,7 +156,7 @@ void TryAdmission(Paths const& files, Deployment deployment, Say const& say)
     for (std::filesystem::path const& file : files)
     {
         auto* const round = new Round(file, deployment, say);
-        if (round->Loads() && round->Goes("made", [](PluginTrial& trial) { trial.Create(); }))
+        if (round->Loads() && round->IsMade())
         {
             say(std::string(1, PRAISES));
         }
@@ -159,7 +173,8 @@ void TryLife(std::filesystem::path const& file, Deployment deployment, Say const
     auto const errors = std::make_shared<FirstError>();
     Zu::Logging::AddSink(errors);
     std::string offer;
-    bool const goes = round->Goes("made", [](PluginTrial& trial) { trial.Create(); }) &&
+    bool const goes = round->IsMade() &&
+                      round->Goes("asked for its names", [](PluginTrial& trial) { trial.CheckNames(); }) &&
                       round->Goes("made a second time", [](PluginTrial& trial) { trial.CreateAnew(); }) &&
                       round->Goes("started", [](PluginTrial& trial) { trial.Start(); }) &&
                       round->Goes("asked what it offers", [&](PluginTrial& trial) { offer = trial.Offer(); }) &&
@@ -176,69 +191,164 @@ void TryLife(std::filesystem::path const& file, Deployment deployment, Say const
     }
 }
 
+/// The end of the trial of one plug-in.
+struct Outcome
+{
+    std::string text; ///< a complaint or a praise
+    std::vector<ProtocolType> types;
+};
+
 /// The texts of a child, sorted.
 struct Verdict
 {
-    std::vector<std::string> outcomes; ///< a complaint or a praise for each plug-in that was tried to the end
-    std::string station;               ///< name of the last step that began
+    std::vector<Outcome> outcomes; ///< of the plug-ins that were tried to the end
+    std::string station;           ///< name of the last step that began
 };
+
+ProtocolType TypeOf(std::string const& offer)
+{
+    std::size_t const blank = offer.find(' ');
+    return {offer.substr(blank + 1), std::stoi(offer.substr(1, blank))};
+}
 
 Verdict VerdictOf(std::vector<std::string> const& said)
 {
     Verdict verdict;
+    std::vector<ProtocolType> types;
     for (std::string const& text : said)
     {
         if (text.front() == BEGINS)
         {
             verdict.station = text.substr(1);
         }
+        else if (text.front() == OFFERS)
+        {
+            types.push_back(TypeOf(text));
+        }
         else
         {
-            verdict.outcomes.push_back(text);
+            verdict.outcomes.push_back({text, std::exchange(types, {})});
         }
     }
     return verdict;
 }
 
+/// The protocols of several plug-ins, by number and by name.
+class Catalogue final
+{
+public:
+    /// Adds the protocols of a plug-in. If one of them has the number of another protocol, adds nothing and returns a
+    /// sentence that names both. Of two protocols with one name the module has the first only; the second has no number.
+    std::string Add(std::filesystem::path const& file, std::vector<ProtocolType> const& types)
+    {
+        std::map<int32, Owner> added = byNumber;
+        for (ProtocolType const& type : types)
+        {
+            if (byName.contains(type.name))
+            {
+                continue;
+            }
+            auto const [first, isNew] = added.try_emplace(type.number, Owner{type.name, file});
+            if (!isNew)
+            {
+                return "Plug-in " + file.string() + " was refused: its protocol " + type.name + " has the number " +
+                       std::to_string(type.number) + " of " + first->second.typeName + " in " +
+                       first->second.file.string();
+            }
+        }
+        byNumber = std::move(added);
+        for (ProtocolType const& type : types)
+        {
+            byName.try_emplace(type.name, file);
+        }
+        return "";
+    }
+
+    /// A sentence about a protocol of a plug-in that has the name of another protocol; empty if there is none.
+    std::string TakenName(std::filesystem::path const& file, std::vector<ProtocolType> const& types) const
+    {
+        for (ProtocolType const& type : types)
+        {
+            if (auto const first = byName.find(type.name); first != byName.end())
+            {
+                return "Plug-in " + file.string() + " was refused: its protocol " + type.name +
+                       " has the type name of a protocol in " + first->second.string();
+            }
+        }
+        return "";
+    }
+
+private:
+    struct Owner
+    {
+        std::string typeName;
+        std::filesystem::path file;
+    };
+
+    std::map<int32, Owner> byNumber;
+    std::map<std::string, std::filesystem::path> byName;
+};
+
 } // namespace
+
+/// The trial of one plug-in.
+struct PluginClinic::Attempt
+{
+    std::filesystem::path file;
+    std::string complaint; ///< empty for a plug-in that passed
+    std::vector<ProtocolType> types;
+};
 
 PluginClinic::PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence)
     : deployment(deploymentKind), silence(longestSilence)
 {
 }
 
-PluginClinic::Admission PluginClinic::Admit(Paths files) const
+PluginClinic::Admission PluginClinic::Admit(Paths const& files) const
 {
     Admission admission;
+    Catalogue catalogue;
+    for (Attempt const& attempt : Try(files))
+    {
+        std::string const complaint =
+            attempt.complaint.empty() ? catalogue.Add(attempt.file, attempt.types) : attempt.complaint;
+        if (complaint.empty())
+        {
+            admission.files.push_back(attempt.file);
+        }
+        else
+        {
+            admission.complaints.push_back({attempt.file, complaint});
+        }
+    }
+    return admission;
+}
+
+std::vector<PluginClinic::Attempt> PluginClinic::Try(Paths files) const
+{
+    std::vector<Attempt> attempts;
     while (!files.empty())
     {
         ChildProcess::End const end =
             ChildProcess::Run([&](Say const& say) { TryAdmission(files, deployment, say); }, silence);
         Verdict const verdict = VerdictOf(end.said);
         std::size_t tried = 0;
-        for (std::string const& outcome : verdict.outcomes)
+        for (Outcome const& outcome : verdict.outcomes)
         {
-            std::filesystem::path const& file = files.at(tried++);
-            if (outcome.front() == PRAISES)
-            {
-                admission.files.push_back(file);
-            }
-            else
-            {
-                admission.complaints.push_back({file, outcome.substr(1)});
-            }
+            bool const isPraised = outcome.text.front() == PRAISES;
+            attempts.push_back({files.at(tried++), isPraised ? "" : outcome.text.substr(1), outcome.types});
         }
         if (tried < files.size()) // the child ended while it tried the next one
         {
             std::filesystem::path const& file = files[tried++];
-            admission.complaints.push_back({file, Sentence(file, end.fault, verdict.station)});
+            attempts.push_back({file, Sentence(file, end.fault, verdict.station), {}});
         }
         files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(tried));
     }
-    return admission;
+    return attempts;
 }
 
-PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file) const
+PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Paths others) const
 {
     ChildProcess::End const end = ChildProcess::Run([&](Say const& say) { TryLife(file, deployment, say); }, silence);
     Verdict const verdict = VerdictOf(end.said);
@@ -246,8 +356,20 @@ PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file) con
     {
         return {false, Sentence(file, end.fault, verdict.station)};
     }
-    std::string const& outcome = verdict.outcomes.front();
-    return {outcome.front() == PRAISES, outcome.substr(1)};
+    Outcome const& outcome = verdict.outcomes.front();
+    if (outcome.text.front() != PRAISES)
+    {
+        return {false, outcome.text.substr(1)};
+    }
+    Catalogue catalogue;
+    std::erase_if(others, [&](auto const& other) { return other.filename() == file.filename(); });
+    for (Attempt const& attempt : Try(others))
+    {
+        catalogue.Add(attempt.file, attempt.types);
+    }
+    std::string const taken = catalogue.TakenName(file, outcome.types);
+    std::string const complaint = taken.empty() ? catalogue.Add(file, outcome.types) : taken;
+    return complaint.empty() ? CheckUp{true, outcome.text.substr(1)} : CheckUp{false, complaint};
 }
 
 } // namespace ZuHost

@@ -43,13 +43,24 @@ public:
 
     /// Loads each file and makes its protocols, all in one child. After a plug-in that crashes or hangs, the remaining
     /// files are tried in a new child.
-    Admission Admit(std::vector<std::filesystem::path> files) const;
+    ///
+    /// A plug-in is refused if one of its protocols has the number of another protocol, of this plug-in or of one admitted
+    /// before: the module distinguishes protocols by their numbers, which are known only when the protocols exist.
+    Admission Admit(std::vector<std::filesystem::path> const& files) const;
 
     /// Runs one plug-in through its whole life: loads, makes, makes again, starts, feeds, stops and destroys it. An
-    /// error that it logs meanwhile is a failure too.
-    CheckUp Check(std::filesystem::path const& file) const;
+    /// error that it logs meanwhile is a failure too, and so is a type name with other characters than letters and
+    /// digits.
+    ///
+    /// A plug-in with the protocol number or the type name of one of `others` fails too. Of those, a file of the same name
+    /// is left out: it is another version of the plug-in.
+    CheckUp Check(std::filesystem::path const& file, std::vector<std::filesystem::path> others = {}) const;
 
 private:
+    struct Attempt;
+
+    std::vector<Attempt> Try(std::vector<std::filesystem::path> files) const;
+
     Deployment const deployment;
     std::chrono::milliseconds const silence;
 };

@@ -16,6 +16,7 @@
 #include "wApi/wObject.h"
 #include "wApi/wTime.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -96,6 +97,12 @@ bool TakesFreePort(IControlInstance const& instance)
     nlohmann::json const schema = Zu::Properties::JsonSerializer::SerializeSchema(instance.Params()).at("properties");
     auto const port = schema.find("port");
     return port != schema.end() && port->value("minimum", 1) == 0;
+}
+
+bool IsLetterOrDigit(char character)
+{
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9');
 }
 
 std::string KeysOf(Zu::Params::Group const& params)
@@ -244,6 +251,29 @@ void PluginTrial::Destroy()
         if (!protocol.expired())
         {
             ZU_THROW(Zu::Status::WRONG_STATE, "it keeps a protocol that nobody needs any more");
+        }
+    }
+}
+
+std::vector<PluginTrial::ProtocolType> PluginTrial::Types()
+{
+    std::vector<ProtocolType> types;
+    for (std::string const& typeName : sensorModule.Controls().List())
+    {
+        auto const number = sensorModule.Controls().GetInstance(typeName).EthernetProtocolId();
+        types.push_back({typeName, static_cast<int32>(number)});
+    }
+    return types;
+}
+
+void PluginTrial::CheckNames()
+{
+    for (std::string const& typeName : sensorModule.Controls().List())
+    {
+        if (typeName.empty() || !std::ranges::all_of(typeName, IsLetterOrDigit))
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "the type name \"%s\" may have letters and digits only",
+                     typeName.c_str());
         }
     }
 }

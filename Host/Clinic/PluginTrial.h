@@ -7,6 +7,7 @@
 #include "ZuCommon/Persistence.h"
 #include "ZuCommon/Problems.h"
 #include "ZuPlugin/PluginManager.h"
+#include "wApi/wTypes.h"
 
 #include <filesystem>
 #include <memory>
@@ -61,6 +62,20 @@ public:
 
     /// Destroys the module. Throws `Zu::Status::WRONG_STATE` if a protocol is still alive afterwards.
     void Destroy();
+
+    /// A protocol type that the library offers for this kind of system, and its number.
+    struct ProtocolType
+    {
+        std::string name;
+        int32 number;
+    };
+
+    /// In the order of the names. Call it while the protocols exist.
+    std::vector<ProtocolType> Types();
+
+    /// Throws `Zu::Status::BAD_ARGUMENT` unless the name of each type consists of letters and digits: names are parts of
+    /// paths, of options and of metrics.
+    void CheckNames();
 
     /// Describes for a person what the library offers. Call it while the protocols exist.
     std::string Offer();

@@ -6,6 +6,7 @@ import urllib.request
 
 from host import BIN, PATIENCE, Host, run_host
 from modbus import ModbusClient
+from rest import RestClient
 
 
 def problems(host):
@@ -26,6 +27,18 @@ class Start(unittest.TestCase):
                                          "failed (no licence for this sensor) while it was being made")):
                 self.assertTrue(text.endswith(end), text)
                 host.wait_for_log(text)
+
+    def test_the_second_of_two_plug_ins_with_one_number_is_left_out_and_both_are_named(self):
+        with Host("--plugins", BIN / "plugins", "--plugins", BIN / "tests/takennumber") as host, \
+                ModbusClient(host.modbus_port) as client:
+            client.read(0, 1)
+            sentence = (f"Plug-in {BIN}/tests/takennumber/takennumber.so was refused: its protocol Troubled has the number 1 "
+                        f"of ModbusTcp in {BIN}/plugins/modbustcp.so")
+            self.assertIn(sentence, [problem["text"] for problem in problems(host)])
+            host.wait_for_log(sentence)
+            with RestClient(host.http_port) as rest:
+                self.assertEqual(rest.get("/controls/Troubled").status, 404)
+                self.assertEqual(rest.get("/controls/ModbusTcp").status, 200)
 
     def test_a_file_that_is_no_plug_in_is_a_problem(self):
         with Host("--plugins", BIN / "plugins", "--plugins", BIN / "TestPlugins") as host:
@@ -50,6 +63,14 @@ class Check(unittest.TestCase):
         status, output, error = run_host("--check-plugin", BIN / "tests/neededhardware/neededhardware.so")
         self.assertEqual((status, error), (0, ""))
         self.assertIn("Troubled", output)
+
+    def test_a_protocol_number_of_another_plug_in_in_the_folder_is_refused(self):
+        checked = BIN / "tests/takennumber/takennumber.so"
+        status, output, error = run_host("--check-plugin", checked)
+        self.assertEqual((status, output), (1, ""))
+        self.assertIn("its protocol Troubled has the number 1 of ModbusTcp in ", error)
+        status, _, error = run_host("--check-plugin", checked, "--plugins", BIN / "samples")
+        self.assertEqual((status, error), (0, ""))
 
     def test_a_kind_of_system_may_be_named(self):
         status, _, _ = run_host("--check-plugin", BIN / "plugins/modbustcp.so", "--deployment", "virtual-sensor")

@@ -69,6 +69,16 @@ std::vector<TroubleCase> AllTroubles()
          "Plug-in FILE failed (no licence for this sensor) while it was being made"},
         {"AbortingConstructor", Troubled("abortingconstructor"), AT_ADMISSION,
          "Plug-in FILE ended the process with signal 6 (Aborted) while it was being made"},
+        {"TakenNumber", Troubled("takennumber"), AT_ADMISSION,
+         "Plug-in FILE was refused: its protocol Troubled has the number 1 of ModbusTcp in "},
+        {"TwinNumbers", Troubled("twinnumbers"), AT_ADMISSION,
+         "Plug-in FILE was refused: its protocol Twin has the number 110 of Troubled in "},
+        {"BadName", Troubled("badname"), LATER,
+         "Plug-in FILE failed (the type name \"Troubled type\" may have letters and digits only) while it was being "
+         "asked for "
+         "its names"},
+        {"TakenName", Troubled("takenname"), LATER,
+         "Plug-in FILE was refused: its protocol ModbusTcp has the type name of a protocol in "},
         {"NoProtocol", FileOf("TestPlugins/Good.so"), LATER,
          "Plug-in FILE failed (it offers no protocol for this kind of system) while it was being started"},
         {"ThrowingStart", Troubled("throwingstart"), LATER, "no cable) while it was being started"},
@@ -97,8 +107,8 @@ class TroubledPlugin : public testing::TestWithParam<TroubleCase>
 
 TEST_P(TroubledPlugin, IsFoundByTheCheckWithASentence)
 {
-    PluginClinic::CheckUp const checkUp =
-        PluginClinic(Deployment::PHYSICAL_SENSOR, SHORT_SILENCE).Check(GetParam().file);
+    PluginClinic::CheckUp const checkUp = PluginClinic(Deployment::PHYSICAL_SENSOR, SHORT_SILENCE)
+                                              .Check(GetParam().file, {FileOf("plugins/modbustcp.so")});
 
     EXPECT_FALSE(checkUp.isSound);
     std::string const sentence = GetParam().sentence;
@@ -146,6 +156,29 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
                             "    listens on: 127.0.0.1:"),
         0u)
         << checkUp.report;
+}
+
+TEST(PluginClinic, TakesAFileOfTheSameNameForAnotherVersionOfThePlugin)
+{
+    PluginClinic::CheckUp const checkUp =
+        PluginClinic(Deployment::PHYSICAL_SENSOR)
+            .Check(FileOf("plugins/modbustcp.so"), {FileOf("plugins/../plugins/modbustcp.so"), Troubled("badname")});
+
+    EXPECT_TRUE(checkUp.isSound) << checkUp.report;
+}
+
+TEST(PluginClinic, AdmitsTheFirstOfTwoPluginsWithOneNumber)
+{
+    Paths const files{Troubled("takennumber"), FileOf("plugins/modbustcp.so"), FileOf("samples/example.so")};
+
+    PluginClinic::Admission const admission = PluginClinic(Deployment::PHYSICAL_SENSOR).Admit(files);
+
+    EXPECT_EQ(admission.files, (Paths{files[0], files[2]}));
+    ASSERT_EQ(admission.complaints.size(), 1u);
+    EXPECT_EQ(admission.complaints[0].sentence, "Plug-in " + files[1].string() +
+                                                    " was refused: its protocol ModbusTcp has the number 1 of "
+                                                    "Troubled in " +
+                                                    files[0].string());
 }
 
 TEST(PluginClinic, FindsTheSmallestPluginSound)

@@ -21,6 +21,9 @@ enum class Trouble
     KEPT_PROTOCOL,
     LOGGED_ERROR,
     TAKEN_NAME,     ///< no other fault
+    TAKEN_NUMBER,   ///< no other fault: the number of ModbusTcp
+    TWIN_NUMBERS,   ///< no other fault: two types with one number
+    BAD_NAME,       ///< no other fault: a blank in the type name
     NEEDED_HARDWARE ///< no other fault: its start looks up an output of the sensor
 };
 

@@ -22,6 +22,21 @@ using namespace ZuControl;
 using namespace ZuControl::ControlProtocol;
 
 constexpr char const* TYPE_NAME = "Troubled";
+constexpr ZuEthernetProtocol NUMBER{110};
+constexpr ZuEthernetProtocol NUMBER_OF_MODBUS{1};
+
+char const* NameOfType()
+{
+    switch (TROUBLE)
+    {
+    case Trouble::TAKEN_NAME:
+        return "ModbusTcp";
+    case Trouble::BAD_NAME:
+        return "Troubled type";
+    default:
+        return TYPE_NAME;
+    }
+}
 
 [[noreturn]] void Hang()
 {
@@ -54,7 +69,7 @@ class TroubledProtocol final : public ProtocolBase
 {
 public:
     explicit TroubledProtocol(ControlProtocolEnviron const& environ)
-        : ProtocolBase(ZuEthernetProtocol{110}, TYPE_NAME, environ)
+        : ProtocolBase(TROUBLE == Trouble::TAKEN_NUMBER ? NUMBER_OF_MODBUS : NUMBER, TYPE_NAME, environ)
     {
         metrics.Register("controlDrops", controlDrops);
         ProtocolInitParams init;
@@ -175,12 +190,16 @@ public:
     {
         factories.push_back(std::make_shared<TroubledFactory>());
         ControlInfo info;
-        info.SetTypeName(TROUBLE == Trouble::TAKEN_NAME ? "ModbusTcp" : TYPE_NAME).SetDisplayName(TYPE_NAME);
+        info.SetTypeName(NameOfType()).SetDisplayName(TYPE_NAME);
         if (TROUBLE != Trouble::MISSING_FACTORY)
         {
             info.SetFactory(*factories.back());
         }
         infos.push_back(info);
+        if (TROUBLE == Trouble::TWIN_NUMBERS)
+        {
+            infos.push_back(info.SetTypeName("Twin"));
+        }
     }
 };
 
