@@ -40,7 +40,8 @@ std::unique_ptr<IProfileSource> MakeSource(Options const& options)
 {
     if (options.replayFile.empty())
     {
-        return std::make_unique<SimulatedPart>();
+        using Conveyor = SimulatedPart::Conveyor;
+        return std::make_unique<SimulatedPart>(options.partStandsStill ? Conveyor::STANDS_STILL : Conveyor::MOVES);
     }
     return std::make_unique<Replay>(ReadPcd(options.replayFile));
 }

@@ -29,6 +29,7 @@ enum OptionCode : int
     CHECK_PLUGIN,
     DEPLOYMENT,
     REPLAY,
+    STILL,
     RATE,
     START,
     ENABLE,
@@ -50,6 +51,7 @@ constexpr std::array OPTION_TABLE{
     option{"check-plugin", required_argument, nullptr, CHECK_PLUGIN},
     option{"deployment", required_argument, nullptr, DEPLOYMENT},
     option{"replay", required_argument, nullptr, REPLAY},
+    option{"still", no_argument, nullptr, STILL},
     option{"rate", required_argument, nullptr, RATE},
     option{"start", no_argument, nullptr, START},
     option{"enable", required_argument, nullptr, ENABLE},
@@ -207,6 +209,9 @@ void Apply(int code, std::string const& text, Options& options)
     case REPLAY:
         options.replayFile = ParseNotEmpty("replay", text);
         break;
+    case STILL:
+        options.partStandsStill = true;
+        break;
     case KEEP_ALIVE:
         options.keepAliveSeconds = ParseSeconds("keep-alive", text, Options::MAX_KEEP_ALIVE_SECONDS);
         break;
@@ -286,6 +291,10 @@ Options ParseOptions(std::vector<std::string> const& words)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no option", words[static_cast<std::size_t>(optind)].c_str());
     }
+    if (options.partStandsStill && !options.replayFile.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "options '--still' and '--replay' exclude each other");
+    }
     return options;
 }
 
@@ -306,6 +315,8 @@ std::string HelpText()
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
            "                       tavrin-service-app (physical-sensor)\n"
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, instead of the simulated part\n"
+           "  --still              the simulated part stands still under the laser, so that its measurements never "
+           "change\n"
            "  --operation-limit SECONDS\n"
            "                       how long an operation on the sensor may take before it is a problem (60)\n"
            "  --stop-limit SECONDS how long an orderly stop may take before it is given up with status 1 (30)\n"

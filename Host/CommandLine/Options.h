@@ -65,6 +65,7 @@ struct Options
     std::filesystem::path checkedPlugin;              ///< for CHECK_PLUGIN
     Deployment deployment = Deployment::PHYSICAL_SENSOR;
     std::filesystem::path replayFile;       ///< empty: the simulated part
+    bool partStandsStill = false;           ///< the simulated part does not move
     double rateHz = 50;                     ///< 0: as fast as the consumers take the profiles
     bool start = false;                     ///< scan at once
     uint64 operationLimitSeconds = 60;      ///< a longer operation on the system is a problem

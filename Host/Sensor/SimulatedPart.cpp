@@ -48,8 +48,18 @@ double BothStepsAt(double distance)
 
 } // namespace
 
+SimulatedPart::SimulatedPart(Conveyor newConveyor) : SimulatedPart(newConveyor, 0, 1)
+{
+}
+
 SimulatedPart::SimulatedPart(double newNoiseDeviation, uint64 noiseSeed)
-    : noiseDeviation(CheckedDeviation(newNoiseDeviation)),
+    : SimulatedPart(Conveyor::MOVES, newNoiseDeviation, noiseSeed)
+{
+}
+
+SimulatedPart::SimulatedPart(Conveyor newConveyor, double newNoiseDeviation, uint64 noiseSeed)
+    : conveyor(newConveyor),
+      noiseDeviation(CheckedDeviation(newNoiseDeviation)),
       lower(Section(LOWER_HALF_WIDTH, [](double) { return LOWER_HEIGHT; })),
       both(Section(LOWER_HALF_WIDTH, BothStepsAt)),
       gap(Section(BELT_HALF_WIDTH, [](double) { return 0.0; })),
@@ -59,8 +69,7 @@ SimulatedPart::SimulatedPart(double newNoiseDeviation, uint64 noiseSeed)
 
 ProfileView SimulatedPart::ProfileAt(uint64 frame)
 {
-    uint64 const phase = frame % FRAMES_PER_BLOCK;
-    Profile const& exact = phase < LOWER_FRAMES ? lower : phase < LOWER_FRAMES + BOTH_FRAMES ? both : gap;
+    Profile const& exact = ExactProfileAt(frame);
     if (noiseDeviation == 0)
     {
         return exact;
@@ -72,6 +81,16 @@ ProfileView SimulatedPart::ProfileAt(uint64 frame)
         noisy.push_back({point.x, point.z + noise(random)});
     }
     return noisy;
+}
+
+Profile const& SimulatedPart::ExactProfileAt(uint64 frame) const
+{
+    if (conveyor == Conveyor::STANDS_STILL)
+    {
+        return both;
+    }
+    uint64 const phase = frame % FRAMES_PER_BLOCK;
+    return phase < LOWER_FRAMES ? lower : phase < LOWER_FRAMES + BOTH_FRAMES ? both : gap;
 }
 
 } // namespace ZuHost

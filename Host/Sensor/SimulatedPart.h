@@ -13,8 +13,9 @@ namespace ZuHost
 ///     z 10   __|    |_|    |__     lower step, |x| <= 30
 ///     z  0       =======           belt, |x| <= 10, seen only in the gap: the block hides it
 ///
-/// Each block begins with a stretch of the lower step only, followed by a stretch with both steps, then the gap. All
-/// numbers are exact in binary, so each measurement has exactly one correct value.
+/// Each block begins with a stretch of the lower step only, followed by a stretch with both steps, then the gap. When the
+/// conveyor stands still, every profile shows both steps. All numbers are exact in binary, so each measurement has
+/// exactly one correct value.
 class SimulatedPart final : public IProfileSource
 {
 public:
@@ -33,13 +34,27 @@ public:
     static constexpr uint64 GAP_FRAMES = 40;
     static constexpr uint64 FRAMES_PER_BLOCK = LOWER_FRAMES + BOTH_FRAMES + GAP_FRAMES;
 
-    /// `newNoiseDeviation`: standard deviation of the Gaussian noise on each z, in millimetres; 0 for none. The same
+    enum class Conveyor
+    {
+        MOVES,
+        STANDS_STILL
+    };
+
+    /// A part without noise.
+    explicit SimulatedPart(Conveyor newConveyor);
+
+    /// A moving conveyor. `newNoiseDeviation`: standard deviation of the Gaussian noise on each z, in millimetres; 0 for none. The same
     /// seed gives the same noise. Throws `Zu::Status::BAD_ARGUMENT` for a deviation that is negative or not finite.
     explicit SimulatedPart(double newNoiseDeviation = 0, uint64 noiseSeed = 1);
 
     ProfileView ProfileAt(uint64 frame) override;
 
 private:
+    SimulatedPart(Conveyor newConveyor, double newNoiseDeviation, uint64 noiseSeed);
+
+    Profile const& ExactProfileAt(uint64 frame) const;
+
+    Conveyor const conveyor;
     double const noiseDeviation;
     Profile const lower;
     Profile const both;

@@ -1,11 +1,9 @@
 """The line protocol, against the real host: values, operations, and errors of clients."""
 
 import json
-import pathlib
 import random
 import re
 import socket
-import subprocess
 import tempfile
 import time
 import unittest
@@ -13,10 +11,10 @@ import unittest
 from ascii_client import OUTPUTS, PHASES, AsciiClient, ascii_host, data_line
 from host import PATIENCE, wait_until
 from modbus import ModbusClient
+from pages import expect, session, session_host
 from rest import RestClient
 
 ASCII = "/controls/AsciiTcp"
-ROOT = pathlib.Path(__file__).resolve().parents[2]
 TOO_LONG = "ERROR -997 A request has at most 1024 bytes"
 
 
@@ -37,41 +35,19 @@ def is_refused(port):
         return True
 
 
-def session(page, heading):
-    """(command, lines that the page shows behind it) of the session under this heading, in order."""
-    section = (ROOT / page).read_text().split(f"\n## {heading}\n")[1].split("\n## ")[0]
-    for block in re.findall(r"^```\n(.*?)^```", section, re.MULTILINE | re.DOTALL):
-        for command, shown in re.findall(r"^(printf .*)\n((?:(?!printf).*\n)*)", block, re.MULTILINE):
-            yield command, shown.splitlines()
-
-
-def without_moments(lines):
-    """The lines, with values that change over time replaced by fixed texts."""
-    return [re.sub(r"(^DATA|uptime=)( ?)\d+", r"\1\2N", line) for line in lines]
-
-
 class Pages(unittest.TestCase):
     def test_the_session_of_the_page(self):
-        self.run_session(list(session("docs/ascii.md", "A session with nc")), 9)
+        self.run_session("docs/ascii.md", "A session with nc", 9)
 
     def test_the_session_of_the_readme(self):
-        self.run_session(list(session("README.md", "A session with a script")), 2)
+        self.run_session("README.md", "A session with a script", 2)
 
-    def run_session(self, steps, count):
+    def run_session(self, page, heading, count):
+        arguments, steps = session(page, heading)
         self.assertEqual(len(steps), count)
-        with ascii_host() as host:
+        with session_host(arguments, {"AsciiTcp": "5025"}) as as_here:
             for command, shown in steps:
-                line = command.replace("5025", str(host.ports["AsciiTcp"]))
-
-                def is_shown():
-                    done = subprocess.run(["bash", "-c", line], capture_output=True, text=True, timeout=PATIENCE)
-                    is_shown.last = done.stdout + done.stderr
-                    return without_moments(done.stdout.splitlines()) == without_moments(shown)
-
-                try:  # values change with time: asks again until the part shows the expected value
-                    wait_until(is_shown)
-                except AssertionError:
-                    self.fail(f"{command} shows\n{is_shown.last}")
+                expect(as_here(command), shown)
 
 
 class Values(unittest.TestCase):

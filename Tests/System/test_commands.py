@@ -1,17 +1,15 @@
 """The command session of the README, run with mbpoll, and its effects on the registers that a PLC reads."""
 
-import pathlib
 import re
-import shlex
 import subprocess
 import unittest
 
 from host import PATIENCE, Host, wait_until
 from modbus import ModbusClient, ModbusException, signed, text, unsigned
 from rest import RestClient
+from pages import expect, session, session_host
 
 NONE, IN_PROGRESS, DONE, FAILED = 0, 1, 2, 3
-README = pathlib.Path(__file__).resolve().parents[2] / "README.md"
 
 
 def register_lines(text):
@@ -31,30 +29,17 @@ def mbpoll(port, *arguments):
     return run_mbpoll(["mbpoll", "-0", "-1", "-o", "10", "-p", str(port), *map(str, arguments)])
 
 
-def readme_session():
-    """(command, register values that the page shows behind it) of the README's session, in order."""
-    section = README.read_text().split("## A session with a PLC")[1].split("\n## ")[0]
-    blocks = re.findall(r"^```\n(.*?)^```", section, re.MULTILINE | re.DOTALL)
-    for block in blocks:
-        for command, shown in re.findall(r"^(mbpoll .*)\n((?:\[.*\n)*)", block, re.MULTILINE):
-            yield command, register_lines(shown)
-
-
 def characters(name):
     return [ord(character) for character in name] + [0]
 
 
 class CommandSession(unittest.TestCase):
     def test_the_session_of_the_readme(self):
-        steps = list(readme_session())
+        arguments, steps = session("README.md", "A session with a PLC")
         self.assertGreaterEqual(len(steps), 8)
-        with Host() as host:
+        with session_host(arguments, {"ModbusTcp": "1502"}) as as_here:
             for command, shown in steps:
-                words = [str(host.modbus_port) if word == "1502" else word for word in shlex.split(command)]
-                if not shown:
-                    run_mbpoll(words)
-                else:  # asks again until the operation has ended
-                    wait_until(lambda: run_mbpoll(words) == shown, f"{command} to show {shown}")
+                expect(as_here(command), shown)
 
     def test_start_read_stop_with_mbpoll(self):
         with Host() as host:

@@ -11,6 +11,7 @@ import urllib.request
 
 from host import PATIENCE, Host, wait_until
 from installation import ROOT, hide_private_dependencies, install, package_folder, run
+from pages import expect, session, session_host
 from rest import RestClient
 
 
@@ -54,7 +55,15 @@ class Template(unittest.TestCase):
                     refused = rest.put("/controls/Template", {"parameters": {"address": "nonsense", "maxClients": 3}})
                     self.assertEqual(refused.status, 422)
                     self.assertEqual(rest.get("/controls/Template").json["parameters"], before)
-                self.assertRegex(lines.readline(), r"^7=(10|25)\.000:1\n$")
+                self.assertRegex(lines.readline(), r"^7=(0|10|25)\.000:1\n$")
+
+    def expect_the_session_of_the_guide(self, plugins):
+        arguments, steps = session("docs/plugin-guide.md", "4. Run it")
+        self.assertEqual([command.split()[0] for command, _ in steps], ["curl", "nc"])
+        arguments[arguments.index("--plugins") + 1] = plugins
+        with session_host(arguments, {"Template": "9150"}, program=self.prefix / "bin/zucontrol-host") as as_here:
+            for command, shown in steps:
+                expect(as_here(command), shown)
 
     def test_with_find_package(self):
         source = self.copy("with_cmake")
@@ -62,6 +71,7 @@ class Template(unittest.TestCase):
             env=self.environment)
         run("cmake", "--build", source / "build")
         self.expect_lines(source / "build")
+        self.expect_the_session_of_the_guide(source / "build")
 
     def test_with_pkg_config(self):
         source = self.copy("with_make")

@@ -31,6 +31,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_TRUE(options.pluginFolders.empty());
     EXPECT_EQ(options.deployment, Deployment::PHYSICAL_SENSOR);
     EXPECT_TRUE(options.replayFile.empty());
+    EXPECT_FALSE(options.partStandsStill);
     EXPECT_EQ(options.keepAliveSeconds, 15u);
     EXPECT_EQ(options.operationLimitSeconds, 60u);
     EXPECT_EQ(options.stopLimitSeconds, 30u);
@@ -89,6 +90,11 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.logLevel, LogLevel::ERROR);
 }
 
+TEST(Options, LetsTheSimulatedPartStandStill)
+{
+    EXPECT_TRUE(Parse({"--still"}).partStandsStill);
+}
+
 TEST(Options, TakesTheAddressOfVersionSixOutOfItsBrackets)
 {
     Options const options = Parse({"--http", "[::1]:0"});
@@ -136,8 +142,8 @@ TEST(Options, NamesEveryOptionInItsHelp)
     std::string const help = HelpText();
 
     for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment",
-                             "--replay", "--rate", "--keep-alive", "--operation-limit", "--stop-limit", "--start",
-                             "--enable", "--param", "--log", "--help", "--version"})
+                             "--replay", "--still", "--rate", "--keep-alive", "--operation-limit", "--stop-limit",
+                             "--start", "--enable", "--param", "--log", "--help", "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -248,6 +254,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{
             "ParamNoPoint", {"--param", "A=1.5"}, "option '--param': 'A=1.5' is not of the form TYPE.KEY=VALUE"},
         RefusalCase{"ParamNoType", {"--param", ".b=1"}, "option '--param': '.b=1' is not of the form TYPE.KEY=VALUE"},
+        RefusalCase{
+            "ReplayAndStill", {"--replay", "x.pcd", "--still"}, "options '--still' and '--replay' exclude each other"},
         RefusalCase{"ParamNoKey", {"--param", "A.=1"}, "option '--param': 'A.=1' is not of the form TYPE.KEY=VALUE"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 

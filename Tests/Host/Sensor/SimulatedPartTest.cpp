@@ -39,6 +39,16 @@ TEST(SimulatedPart, HasAnExactValueForEachMeasurementInEachFrame)
     }
 }
 
+TEST(SimulatedPart, ShowsBothStepsInEachFrameWhenTheConveyorStandsStill)
+{
+    SimulatedPart part(SimulatedPart::Conveyor::STANDS_STILL);
+
+    for (uint64 frame = 0; frame < 2 * 200; ++frame)
+    {
+        ASSERT_EQ(MeasureAt(part, frame), BOTH) << frame;
+    }
+}
+
 TEST(SimulatedPart, ShowsTheSlotAsAGapInTheLine)
 {
     SimulatedPart part;
