@@ -1,0 +1,66 @@
+"""What the page of registers says of the server: how a PLC gets in, states, commands, device identification."""
+
+import re
+import unittest
+
+from host import Host, wait_until
+from modbus import ModbusClient, ModbusException
+from pages import section, session, session_host
+
+PAGE = "docs/registers.md"
+FAILED = 3
+
+
+def identify(client, access, first):
+    """The objects that function 43/14 answers, by id."""
+    answer = client.request(bytes((43, 14, access, first)))
+    objects, at = {}, 7
+    for _ in range(answer[6]):
+        number, length = answer[at:at + 2]
+        objects[number] = answer[at + 2:at + 2 + length].decode()
+        at += 2 + length
+    return objects
+
+
+class Registers(unittest.TestCase):
+    def test_a_plc_on_another_machine_gets_in(self):
+        arguments, _ = session(PAGE, "Connect a PLC")
+        here = "127.0.0.2"  # stands in for every address of the sensor: a test listens on no other
+        with session_host([word.replace("0.0.0.0", here) for word in arguments], {"ModbusTcp": "1502"}) as as_here:
+            with ModbusClient(int(as_here("1502")), address=here) as plc:
+                plc.read(0, 1)
+
+    def test_the_states_of_the_sensor(self):
+        text = section(PAGE, "Blocks, register by register")
+        self.assertIn("0 not aligned, 1 being aligned, 2 aligned", text)
+        self.assertIn("always reports 1, linked", text)
+        with Host() as host, ModbusClient(host.modbus_port) as plc:
+            wait_until(lambda: plc.read(138, 1) == [1], "the link status")
+            self.assertEqual(plc.read(148, 1), [0])
+            plc.write(0, [1, 3])
+            wait_until(lambda: plc.read(148, 1) == [1], "the alignment to begin")
+            wait_until(lambda: plc.read(148, 1) == [2], "the alignment to end")
+
+    def test_an_unknown_command_fails(self):
+        self.assertIn("| another id | nothing; the status is 3, failed |", section(PAGE, "Blocks, register by register"))
+        with Host() as host, ModbusClient(host.modbus_port) as plc:
+            for request, command in ((1, 7), (2, 99), (3, 255)):
+                plc.write(0, [request, command])
+                self.assertEqual(plc.read(66, 2), [request, FAILED])
+
+    def test_the_device_identification(self):
+        rows = re.findall(r"^\| (\d+) \| [a-z ]+ \| `(.+)` \|$", section(PAGE, "Device identification"), re.MULTILINE)
+        shown = {int(number): text for number, text in rows}
+        self.assertEqual(len(shown), 4)
+        with Host() as host, ModbusClient(host.modbus_port) as plc:
+            self.assertEqual(identify(plc, 1, 0), {number: shown[number] for number in (0, 1, 2)})
+            self.assertEqual(identify(plc, 2, 0), shown)
+            self.assertEqual(identify(plc, 3, 0), shown)
+            self.assertEqual(identify(plc, 4, 4), {4: shown[4]})
+            with self.assertRaises(ModbusException) as refusal:
+                identify(plc, 4, 3)
+            self.assertEqual(refusal.exception.code, 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
