@@ -36,6 +36,13 @@ class Parameters(unittest.TestCase):
             with Host(*BOTH, data=data) as host:
                 self.assertEqual(set(host.ports), {"http", *SERVICES})
 
+    def test_of_two_bad_values_the_first_registered_is_told(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            for bad in ({"idleTimeout": 0, "maxClients": 0}, {"maxClients": 0, "idleTimeout": 0}):
+                answer = rest.put("/controls/ModbusTcp", {"parameters": bad})
+                self.assertEqual(answer.status, 422)
+                self.assertEqual(answer.json["detail"], "Maximum Number of Clients was set to be less than its minimum.")
+
     def test_a_change_of_address_keeps_the_connected_clients(self):
         with Host(*BOTH) as host, RestClient(host.http_port) as rest, \
                 ModbusClient(host.modbus_port) as plc, AsciiClient(host.ports["AsciiTcp"]) as client:
