@@ -150,6 +150,11 @@ TEST(Options, NamesEveryOptionInItsHelp)
     EXPECT_EQ(VersionText().find("zucontrol-host 1."), 0u);
 }
 
+TEST(Options, TellsTheUnitOfAReplayedFile)
+{
+    EXPECT_NE(HelpText().find("a recorded range image, a row a profile, in metres"), std::string::npos);
+}
+
 struct RefusalCase
 {
     char const* name;
@@ -249,13 +254,13 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"DataEmpty", {"--data="}, "option '--data' needs a value that is not empty"},
         RefusalCase{"PluginsEmpty", {"--plugins", ""}, "option '--plugins' needs a value that is not empty"},
         RefusalCase{"ReplayEmpty", {"--replay="}, "option '--replay' needs a value that is not empty"},
+        RefusalCase{
+            "ReplayAndStill", {"--replay", "x.pcd", "--still"}, "options '--still' and '--replay' exclude each other"},
         RefusalCase{"EnableEmpty", {"--enable", ""}, "option '--enable' needs a value that is not empty"},
         RefusalCase{"ParamNoEquals", {"--param", "A.b"}, "option '--param': 'A.b' is not of the form TYPE.KEY=VALUE"},
         RefusalCase{
             "ParamNoPoint", {"--param", "A=1.5"}, "option '--param': 'A=1.5' is not of the form TYPE.KEY=VALUE"},
         RefusalCase{"ParamNoType", {"--param", ".b=1"}, "option '--param': '.b=1' is not of the form TYPE.KEY=VALUE"},
-        RefusalCase{
-            "ReplayAndStill", {"--replay", "x.pcd", "--still"}, "options '--still' and '--replay' exclude each other"},
         RefusalCase{"ParamNoKey", {"--param", "A.=1"}, "option '--param': 'A.=1' is not of the form TYPE.KEY=VALUE"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
