@@ -2,9 +2,11 @@
 
 import pathlib
 import re
+import tempfile
 import unittest
 
-from host import run_host
+from host import Host, run_host
+from rest import RestClient
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGE = (ROOT / "docs/operations.md").read_text()
@@ -18,6 +20,21 @@ class Operations(unittest.TestCase):
         self.assertEqual(status, 0)
         rows = "\n".join(line for line in PAGE.splitlines() if line.startswith("| `--"))
         self.assertEqual(set(re.findall(r"`(--[a-z-]+)", rows)), set(re.findall(r"^ *(--[a-z-]+)", shown, re.MULTILINE)))
+
+    def test_the_state_survives_in_the_data_folder_and_a_new_folder_starts_clean(self):
+        self.assertIn("### Start clean", PAGE)
+        with tempfile.TemporaryDirectory() as data:
+            with Host("--param", "ModbusTcp.maxClients=3", data=data):
+                pass
+            with Host(modbus=False, data=data) as host, RestClient(host.http_port) as rest:
+                self.assertIn("ModbusTcp", host.ports)
+                self.assertEqual(rest.get("/controls/ModbusTcp").json["parameters"]["maxClients"], 3)
+            with Host("--job", "other", modbus=False, data=data) as host:
+                self.assertNotIn("ModbusTcp", host.ports)
+            self.assertLessEqual({"default.zpjob", "other.zpjob"}, {path.name for path in pathlib.Path(data).iterdir()})
+        with Host(modbus=False) as host, RestClient(host.http_port) as rest:
+            self.assertNotIn("ModbusTcp", host.ports)
+            self.assertEqual(rest.get("/controls/ModbusTcp").json["parameters"]["maxClients"], 16)
 
     def test_each_problem_of_the_page_is_one_that_the_program_tells(self):
         section = PAGE[PAGE.index("| problem |"):PAGE.index("After a load")]
