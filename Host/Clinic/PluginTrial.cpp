@@ -6,7 +6,9 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuApi/Structure.h"
 #include "ZuControl/Control/ControlPlugin.h"
+#include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlFactory.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlManager.h"
@@ -105,14 +107,48 @@ bool IsLetterOrDigit(char character)
            (character >= '0' && character <= '9');
 }
 
-std::string KeysOf(Zu::Params::Group const& params)
+void Append(std::string& list, std::string const& word)
+{
+    list.append(list.empty() ? "" : ", ").append(word);
+}
+
+std::string KeysOf(Zu::Properties::Structure const& record)
 {
     std::string keys;
-    for (uint64 i = 0; i < params.Count(); ++i)
+    for (uint64 i = 0; i < record.Count(); ++i)
     {
-        keys.append(keys.empty() ? "" : ", ").append(params.KeyAt(i));
+        Append(keys, record.KeyAt(i));
     }
     return keys;
+}
+
+std::string CommandsOf(IControlInstance& instance)
+{
+    std::string ids;
+    if (auto const* const target = instance.ActionTarget(); target != nullptr)
+    {
+        for (ZuControl::ControlActionInfo const& action : target->ListActions())
+        {
+            Append(ids, action.Id());
+        }
+    }
+    return ids;
+}
+
+std::string MetricsOf(IControlInstance& instance)
+{
+    try
+    {
+        return KeysOf(instance.MetricsSource().GetMetrics());
+    }
+    catch (Zu::Exception const& exception)
+    {
+        if (exception.Status() == Zu::Status::NOT_FOUND)
+        {
+            return ""; // a protocol without a metrics record
+        }
+        throw;
+    }
 }
 
 std::string Line(char const* title, std::string const& text)
@@ -294,12 +330,13 @@ std::string PluginTrial::OfferOf(IControlInstance& instance)
     for (std::string const& id :
          instance.HasRegisterAssemblyGroup() ? instance.RegisterAssemblyList() : std::vector<std::string>{})
     {
-        assemblies.append(assemblies.empty() ? "" : ", ").append(id);
+        Append(assemblies, id);
     }
     return "  " + std::string(instance.TypeName()) + " (" + instance.Info().DisplayName() + "), protocol number " +
            std::to_string(static_cast<int32>(instance.EthernetProtocolId())) + "\n" +
            Line("parameters", KeysOf(instance.Params())) +
            Line("output map", instance.HasProtocolOutput() ? "yes" : "") + Line("register assemblies", assemblies) +
+           Line("commands", CommandsOf(instance)) + Line("metrics", MetricsOf(instance)) +
            Line("listens on", WaitForListenerAddress(sensorModule.RequestProcessor(), instance.TypeName()));
 }
 

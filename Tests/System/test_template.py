@@ -3,15 +3,18 @@
 import json
 import os
 import pathlib
+import re
+import shlex
 import shutil
 import socket
+import subprocess
 import tempfile
 import unittest
 import urllib.request
 
 from host import PATIENCE, Host, wait_until
 from installation import ROOT, hide_private_dependencies, install, package_folder, run
-from pages import expect, session, session_host
+from pages import expect, section, session, session_host
 from rest import RestClient
 
 
@@ -65,6 +68,14 @@ class Template(unittest.TestCase):
             for command, shown in steps:
                 expect(as_here(command), shown)
 
+    def expect_the_offer_of_the_guide(self, source):
+        fence = section("docs/plugin-guide.md", "12. Test and debug").split("```")[1]
+        command, shown = fence.strip().split("\n", 1)
+        command = command.replace("~/zucontrol", str(self.prefix))
+        done = subprocess.run(shlex.split(command), cwd=source, capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(re.sub(r":\d+$", ":40123", done.stdout.strip()), shown)
+
     def test_with_find_package(self):
         source = self.copy("with_cmake")
         run("cmake", "-S", source, "-B", source / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={self.prefix}",
@@ -72,6 +83,7 @@ class Template(unittest.TestCase):
         run("cmake", "--build", source / "build")
         self.expect_lines(source / "build")
         self.expect_the_session_of_the_guide(source / "build")
+        self.expect_the_offer_of_the_guide(source)
 
     def test_with_pkg_config(self):
         source = self.copy("with_make")
@@ -91,7 +103,8 @@ class Template(unittest.TestCase):
 
     def test_the_guide_shows_what_is_built(self):
         guide = (ROOT / "docs/plugin-guide.md").read_text()
-        code = "".join(path.read_text() for path in sorted((ROOT / "Samples/Template").glob("*")))
+        code = "".join(path.read_text() for folder in ("Samples/Template", "Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp")
+                       for path in sorted((ROOT / folder).glob("*")))
         samples = [fence.removeprefix("cpp\n") for fence in guide.split("```")[1::2] if fence.startswith("cpp\n")]
         self.assertTrue(samples)
         for sample in samples:

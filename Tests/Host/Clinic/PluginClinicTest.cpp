@@ -153,6 +153,10 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
                             "  ModbusTcp (Modbus TCP), protocol number 1\n"
                             "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter\n"
                             "    register assemblies: registerAssembly-0\n"
+                            "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
+                            "droppedClients, requests, "
+                            "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, lastHandlingUsec, "
+                            "largestHandlingUsec, lifetime\n"
                             "    listens on: 127.0.0.1:"),
         0u)
         << checkUp.report;
@@ -181,13 +185,22 @@ TEST(PluginClinic, AdmitsTheFirstOfTwoPluginsWithOneNumber)
                                                     files[0].string());
 }
 
+TEST(PluginClinic, ListsTheCommandsOfAPlugin)
+{
+    PluginClinic::CheckUp const checkUp =
+        PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("plugins/asciitcp.so"));
+
+    EXPECT_TRUE(checkUp.isSound);
+    EXPECT_NE(checkUp.report.find("    commands: disconnectAll, sendText\n"), std::string::npos) << checkUp.report;
+}
+
 TEST(PluginClinic, FindsTheSmallestPluginSound)
 {
     PluginClinic::CheckUp const checkUp = PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("samples/example.so"));
 
     EXPECT_TRUE(checkUp.isSound);
-    EXPECT_EQ(checkUp.report,
-              FileOf("samples/example.so").string() + " offers\n  Example (Example), protocol number 100\n");
+    EXPECT_EQ(checkUp.report, FileOf("samples/example.so").string() +
+                                  " offers\n  Example (Example), protocol number 100\n    metrics: controlDrops\n");
 }
 
 TEST(PluginClinic, FindsAPluginSoundThatLooksUpHardwareInItsStart)

@@ -279,6 +279,17 @@ TEST(ProtocolScanOutputRegisterBlock, RefusesATypeWithTooFewRegisters)
     EXPECT_EQ(Placed<Stamp>(18, 2).Refused(STAMP, StampOf({})), NO_ROOM);
 }
 
+TEST(ProtocolScanOutputRegisterBlock, NeedsALeastNumberOfRegistersOfTwo)
+{
+    EXPECT_NO_THROW(Placed<Stamp>(19, 2).Write(STAMP, StampOf({})));
+    EXPECT_EQ(Placed<Stamp>(18, 2).Refused(STAMP, StampOf({})), NO_ROOM);
+    EXPECT_NO_THROW(Placed<Value>(2, 2).Write(MEASUREMENT, Measurement(1, 1)));
+    EXPECT_EQ(Placed<Value>(1, 2).Refused(MEASUREMENT, Measurement(1, 1)), NO_ROOM);
+    EXPECT_NO_THROW(Placed<Decision>(1, 2).Write(MEASUREMENT, Measurement(1, 1)));
+    EXPECT_NO_THROW(Placed<Both>(3, 2).Write(MEASUREMENT, Measurement(1, 1)));
+    EXPECT_EQ(Placed<Both>(2, 2).Refused(MEASUREMENT, Measurement(1, 1)), NO_ROOM);
+}
+
 TEST(ProtocolScanOutputRegisterBlock, RefusesOtherRegisterSizesWithTheFirstValue)
 {
     Refusal const three{-997, "Invalid bytes per register found (3)"};

@@ -142,6 +142,16 @@ TEST(DefaultSystemStateRegisterBlock, RefusesATypeWithTooFewRegisters)
               (Refusal{-997, "Invalid bytes per register found (3)"}));
 }
 
+TEST(DefaultStateRegisterBlocks, NeedALeastNumberOfRegistersOfTwo)
+{
+    EXPECT_NO_THROW(System(69, 2, true).Write(StateWith("")));
+    EXPECT_EQ(RefusalOf([] { System(68, 2, true).Write(StateWith("")); }),
+              (Refusal{-992, "Insufficient destination buffer size available for data serialization output."}));
+    EXPECT_NO_THROW(Scanner(10, 2, true).Write(ScannerData{}));
+    EXPECT_EQ(RefusalOf([] { Scanner(9, 2, true).Write(ScannerData{}); }),
+              (Refusal{-992, "Insufficient destination buffer sizes available for data serialization output."}));
+}
+
 TEST(DefaultScannerStateRegisterBlock, WritesItsFields)
 {
     ScannerData const data{0xA0, 0xA1, -1, 0x0102030405060708};
