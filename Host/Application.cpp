@@ -1,5 +1,6 @@
 #include "Host/Application.h"
 
+#include "Host/Log/StandardErrorSink.h"
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
 #include "Host/OrderlyStop.h"
@@ -32,7 +33,8 @@ std::string PathOf(std::string const& typeName)
 } // namespace
 
 Application::Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
-                         std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins)
+                         std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins,
+                         LogScope const& log)
     : options(newOptions),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
@@ -63,7 +65,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(
-        problems, [this] { return sensorModule.Module().Vitals(); }, limits);
+        problems, [this] { return sensorModule.Module().Vitals(); }, limits, [&log] { return log.Faults(); });
     hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
                           [this] { return watch->Faults(); });
 }

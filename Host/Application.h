@@ -27,6 +27,7 @@ namespace ZuHost
 {
 
 class DataFolder;
+class LogScope;
 
 /// The simulated sensor with the module, the jobs and the REST service. One thread builds, configures, starts and
 /// destroys it.
@@ -44,10 +45,10 @@ public:
 
     /// Binds the address of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
     /// makes a new one. Each plug-in that was not admitted becomes a problem. The REST service asks for `token` unless
-    /// it is empty. `dataFolder` outlives this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// it is empty. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
     /// `HttpServer::Listen` do.
     Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
-                std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins);
+                std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins, LogScope const& log);
     ~Application(); ///< stops, then ends the protocols
 
     Application(Application const&) = delete;

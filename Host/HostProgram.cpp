@@ -4,11 +4,11 @@
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/PluginFiles.h"
 #include "Host/Http/BearerToken.h"
+#include "Host/Log/StandardErrorSink.h"
 #include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
-#include "Host/StandardErrorSink.h"
 #include "Host/Store/DataFolder.h"
 #include "ZuApi/Exception.h"
 
@@ -76,7 +76,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     LogScope const log(options.logLevel);
     failureStatus = EXIT_BROKEN;
-    Application application(options, token, dataFolder, std::move(source), plugins);
+    Application application(options, token, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;

@@ -1,5 +1,7 @@
 #include "Host/OrderlyStop.h"
 
+#include "Host/Log/LogWriter.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -16,6 +18,7 @@ namespace
 {
 
 constexpr int EXIT_BROKEN = 1;
+constexpr uint32 LOG_PATIENCE_MSEC = 200;
 
 // Signal handlers use these variables, so they are lock-free and constructed before `main`.
 std::atomic<char const*> step{"starting"};
@@ -49,6 +52,7 @@ void OnLimit(int /*signal*/)
 {
     char line[256] = "zucontrol-host: the stop has not ended within its limit: it hangs while ";
     std::strncat(line, step.load(), sizeof line - std::strlen(line) - 2);
+    LogWriter::AwaitWritten(LOG_PATIENCE_MSEC); // the last lines of the log may say why
     WriteWithoutBlocking(std::strcat(line, "\n"));
     _exit(EXIT_BROKEN);
 }

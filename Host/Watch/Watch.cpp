@@ -18,10 +18,11 @@ constexpr char const* PROBLEM_SOURCE = "Watch";
 } // namespace
 
 Watch::Watch(ZuCommon::ProblemsManager& usedProblems, std::function<ZuControl::ControlVitals()> newVitals,
-             WatchLimits const& newLimits)
+             WatchLimits const& newLimits, FindFaults newOtherFaults)
     : problems(usedProblems),
       vitals(std::move(newVitals)),
       limits(newLimits),
+      otherFaults(std::move(newOtherFaults)),
       timer([this](Zu::AsyncTimer&) { Look(wTime_NowUsec()); })
 {
 }
@@ -43,7 +44,12 @@ void Watch::Start()
 void Watch::Look(uint64 nowUsec)
 {
     WatchLimits const limitsNow = LimitsAt(nowUsec);
-    Tell(Diagnose(vitals(), limitsNow, nowUsec));
+    std::set<std::string> sentences = Diagnose(vitals(), limitsNow, nowUsec);
+    if (otherFaults)
+    {
+        sentences.merge(otherFaults());
+    }
+    Tell(sentences);
 }
 
 std::vector<std::string> Watch::Faults() const

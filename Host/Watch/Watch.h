@@ -18,7 +18,7 @@ struct ControlVitals;
 namespace ZuHost
 {
 
-/// Detects threads of the module that have died or hang. Reports each fault as a problem for as long as it lasts, and
+/// Detects threads of the module that have died or hang, and faults that other parts of the host find. Reports each fault as a problem for as long as it lasts, and
 /// logs its begin and end.
 ///
 /// The watch looks four times a second on its own thread, "AsyncTimer", and never waits for the module. It can
@@ -28,9 +28,13 @@ class Watch final
 public:
     static constexpr uint64 PERIOD_USEC = 250'000;
 
-    /// `usedProblems` and the objects that `newVitals` uses outlive the watch. It does nothing until `Start`.
+    /// Returns a sentence for each present fault. It must not wait and must not throw.
+    using FindFaults = std::function<std::set<std::string>()>;
+
+    /// `usedProblems` and the objects that the functions use outlive the watch. It does nothing until `Start`.
+    /// `newOtherFaults` may be empty.
     Watch(ZuCommon::ProblemsManager& usedProblems, std::function<ZuControl::ControlVitals()> newVitals,
-          WatchLimits const& newLimits);
+          WatchLimits const& newLimits, FindFaults newOtherFaults = nullptr);
     ~Watch(); ///< stops, and removes its problems
 
     Watch(Watch const&) = delete;
@@ -55,6 +59,7 @@ private:
     ZuCommon::ProblemsManager& problems;
     std::function<ZuControl::ControlVitals()> const vitals;
     WatchLimits const limits;
+    FindFaults const otherFaults;
     uint64 lastLookUsec = 0; // used by the looking thread only; 0 before the first look
 
     // By sentence. Only the looking thread changes them, so it needs the lock only for changes. The lock is a leaf.

@@ -16,9 +16,11 @@ PATIENCE = float(os.environ.get("ZU_PATIENCE", "30"))  # seconds; a sanitizer bu
 class Host:
     """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready.
 
-    Without `data` the jobs are in a temporary folder, which is deleted at the end."""
+    Without `data` the jobs are in a temporary folder, which is deleted at the end. With `log`, the host writes its log to
+    that file descriptor, which the host object does not read."""
 
-    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None):
+    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None, log=None):
+        self.log_descriptor = log
         self.scratch = tempfile.TemporaryDirectory() if data is None else None
         self.data = pathlib.Path(data or self.scratch.name)
         self.arguments = [str(program), "--http", "127.0.0.1:0", "--data", str(self.data)]
@@ -33,10 +35,10 @@ class Host:
 
     def __enter__(self):
         self.process = subprocess.Popen(
-            self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, bufsize=1)
-        self.readers = [
-            threading.Thread(target=self._read, args=(self.process.stdout, self.lines.put)),
-            threading.Thread(target=self._read, args=(self.process.stderr, self.errors.append))]
+            self.arguments, stdout=subprocess.PIPE, text=True, bufsize=1,
+            stderr=subprocess.PIPE if self.log_descriptor is None else self.log_descriptor)
+        streams = [(self.process.stdout, self.lines.put), (self.process.stderr, self.errors.append)]
+        self.readers = [threading.Thread(target=self._read, args=stream) for stream in streams if stream[0] is not None]
         for reader in self.readers:
             reader.start()
         try:
@@ -99,7 +101,8 @@ class Host:
         for reader in self.readers:
             reader.join()
         self.process.stdout.close()
-        self.process.stderr.close()
+        if self.process.stderr is not None:
+            self.process.stderr.close()
         if self.scratch is not None:
             self.scratch.cleanup()
         return status

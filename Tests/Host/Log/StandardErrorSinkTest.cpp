@@ -1,4 +1,4 @@
-#include "Host/StandardErrorSink.h"
+#include "Host/Log/StandardErrorSink.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,8 @@
-#include "Host/StandardErrorSink.h"
+#include "Host/Log/StandardErrorSink.h"
 
-#include <spdlog/logger.h>
-#include <spdlog/sinks/stdout_sinks.h>
+#include "Host/Log/LogLine.h"
+
+#include <unistd.h>
 
 namespace ZuHost
 {
@@ -22,26 +23,10 @@ LogLevel LevelOf(uint64 flags)
     }
 }
 
-spdlog::level::level_enum LoggerLevelOf(LogLevel level)
-{
-    switch (level)
-    {
-    case LogLevel::INFO:
-        return spdlog::level::info;
-    case LogLevel::WARNING:
-        return spdlog::level::warn;
-    default:
-        return spdlog::level::err;
-    }
-}
-
 } // namespace
 
-StandardErrorSink::StandardErrorSink(LogLevel lowestLevel)
-    : lowest(lowestLevel),
-      logger(std::make_shared<spdlog::logger>("host", std::make_shared<spdlog::sinks::stderr_sink_mt>()))
+StandardErrorSink::StandardErrorSink(LogLevel lowestLevel) : lowest(lowestLevel), writer(STDERR_FILENO)
 {
-    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %-7l %v");
 }
 
 StandardErrorSink::~StandardErrorSink() = default;
@@ -53,7 +38,12 @@ bool StandardErrorSink::Wants(uint64 flags) const
 
 void StandardErrorSink::Write(Zu::Logging::Entry const& entry)
 {
-    logger->log(LoggerLevelOf(LevelOf(entry.flags)), "[{}] {}", entry.label, entry.text);
+    writer.Append(LogLine(LevelOf(entry.flags), entry.label, entry.text));
+}
+
+bool StandardErrorSink::IsStalled() const
+{
+    return writer.IsStalled();
 }
 
 LogScope::LogScope(LogLevel lowestLevel) : sink(std::make_shared<StandardErrorSink>(lowestLevel))
@@ -64,6 +54,15 @@ LogScope::LogScope(LogLevel lowestLevel) : sink(std::make_shared<StandardErrorSi
 LogScope::~LogScope()
 {
     Zu::Logging::RemoveSink(sink);
+}
+
+std::set<std::string> LogScope::Faults() const
+{
+    if (!sink->IsStalled())
+    {
+        return {};
+    }
+    return {"The reader of the log on standard error does not keep up; lines of the log wait or are lost."};
 }
 
 } // namespace ZuHost

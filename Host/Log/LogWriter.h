@@ -1,0 +1,64 @@
+#pragma once
+
+#include "wApi/wMutex.h"
+#include "wApi/wThread.h"
+
+#include <atomic>
+#include <string>
+
+namespace ZuHost
+{
+
+/// Writes lines to a file descriptor on a thread of its own, so that a slow reader of the log never blocks a thread that
+/// logs.
+///
+/// The lines that wait are bounded. While they are at the bound, new lines are lost; a line that gives their number
+/// takes their place. If a write fails, its lines are dropped without notice.
+/// Threads: "LogWriter", from construction to destruction. Any thread may call the operations.
+class LogWriter final
+{
+public:
+    static constexpr uint64 MAX_WAITING_BYTES = 1024 * 1024; ///< as much again may be in the hands of the thread
+    static constexpr uint64 STALL_USEC = 1'000'000;
+    static constexpr uint64 STOP_PATIENCE_USEC = 2'000'000;
+
+    /// `descriptor` stays open while the writer exists. Throws if the system cannot start a thread.
+    explicit LogWriter(int newDescriptor);
+
+    /// Writes the lines that wait. Drops those that the reader does not take within `STOP_PATIENCE_USEC`.
+    ~LogWriter();
+
+    LogWriter(LogWriter const&) = delete;
+    LogWriter& operator=(LogWriter const&) = delete;
+
+    /// `line` ends with a line feed. Never waits for the reader.
+    void Append(std::string const& line) noexcept;
+
+    /// Whether the reader has taken nothing for `STALL_USEC` although lines wait for it, or lines are lost at present.
+    bool IsStalled() const;
+
+    /// Returns when every line of every writer has been written, after `timeoutMsec` at the latest. A signal handler
+    /// may call it.
+    static void AwaitWritten(uint32 timeoutMsec) noexcept;
+
+private:
+    static int Main(void* argument);
+    void Run();
+    std::string TakeWaiting() ZU_REQUIRES(lock);
+    void WriteAll(std::string const& text) noexcept;
+    bool MustGiveUp() const;
+
+    int const descriptor;
+    std::atomic<uint64> stalledSinceUsec{0};                  // the last progress of the present write; 0 without
+    std::atomic<uint64> writeDeadlineUsec{wTIMEOUT_INFINITE}; // set by the destructor
+
+    mutable Zu::Mutex lock; // a leaf
+    Zu::CondVar awake;
+    std::string waiting ZU_GUARDED_BY(lock);
+    uint64 lostLines ZU_GUARDED_BY(lock) = 0; // since `waiting` was last taken
+    bool isEnding ZU_GUARDED_BY(lock) = false;
+
+    wThread thread; // last: it uses all members above
+};
+
+} // namespace ZuHost

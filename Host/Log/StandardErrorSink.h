@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Host/CommandLine/Options.h"
+#include "Host/Log/CrashSignals.h"
+#include "Host/Log/LogWriter.h"
+#include "ZuApi/Logging.h"
+
+#include <memory>
+#include <set>
+#include <string>
+
+namespace ZuHost
+{
+
+/// Writes the log to standard error, one line for each entry: time, level, label, text. Any thread may call; no call
+/// waits for the reader of the log.
+class StandardErrorSink final : public Zu::Logging::ISink
+{
+public:
+    explicit StandardErrorSink(LogLevel lowestLevel);
+    ~StandardErrorSink() override; ///< as the destructor of LogWriter
+
+    bool Wants(uint64 flags) const override;
+    void Write(Zu::Logging::Entry const& entry) override;
+
+    bool IsStalled() const; ///< as `LogWriter::IsStalled`
+
+private:
+    LogLevel const lowest;
+    LogWriter writer;
+};
+
+/// Writes the log of the process to standard error from construction to destruction, also ahead of a crash.
+class LogScope final
+{
+public:
+    explicit LogScope(LogLevel lowestLevel);
+    ~LogScope();
+
+    LogScope(LogScope const&) = delete;
+    LogScope& operator=(LogScope const&) = delete;
+
+    /// A sentence for the user if the reader of the log does not keep up, else none. Any thread may call.
+    std::set<std::string> Faults() const;
+
+private:
+    std::shared_ptr<StandardErrorSink> sink;
+    CrashSignals crashSignals; // behind the sink, whose destructor may wait for its reader
+};
+
+} // namespace ZuHost

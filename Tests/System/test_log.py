@@ -1,0 +1,91 @@
+"""The log on standard error: its reader may stall, and no client can flood or forge it."""
+
+import fcntl
+import os
+import re
+import signal
+import threading
+import time
+import unittest
+
+from ascii_client import AsciiClient
+from host import PATIENCE, Host, wait_until
+from modbus import ModbusClient
+from rest import RestClient
+
+STALLED = "The reader of the log on standard error does not keep up; lines of the log wait or are lost."
+
+
+class StalledReader:
+    """A pipe that is full. `resume` reads it from then on."""
+
+    def __enter__(self):
+        self.reader, self.writer = os.pipe()
+        flags = fcntl.fcntl(self.writer, fcntl.F_GETFL)
+        fcntl.fcntl(self.writer, fcntl.F_SETFL, flags | os.O_NONBLOCK)
+        try:
+            while True:
+                os.write(self.writer, b"." * 4096)
+        except BlockingIOError:
+            fcntl.fcntl(self.writer, fcntl.F_SETFL, flags)
+        self.thread = None
+        self.text = b""
+        return self
+
+    def __exit__(self, *_):
+        os.close(self.writer)
+        if self.thread is not None:
+            self.thread.join()
+        os.close(self.reader)
+
+    def resume(self):
+        self.thread = threading.Thread(target=self._read)
+        self.thread.start()
+
+    def _read(self):
+        while part := os.read(self.reader, 65536):
+            self.text += part
+
+
+class Log(unittest.TestCase):
+    def test_a_reader_that_stalls_does_not_stop_control(self):
+        with StalledReader() as pipe:
+            with Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", "--start", log=pipe.writer) as host, \
+                    RestClient(host.http_port) as rest:
+                for limit in range(1, 9):
+                    answer = rest.put("/controls/ModbusTcp", {"parameters": {"maxClients": limit}})
+                    self.assertEqual(answer.status, 200, answer.text)
+                with ModbusClient(host.modbus_port) as modbus:
+                    modbus.read(0, 1)
+                with AsciiClient(host.ports["AsciiTcp"]) as client:
+                    self.assertNotIn("ERROR", client.ask("STOP"))
+                    self.assertNotIn("ERROR", client.ask("START"))
+                wait_until(lambda: rest.get("/health").json["faults"] == [STALLED], "the fault in /health")
+                self.assertIn(STALLED, [problem["text"] for problem in rest.get("/problems").json["problems"]])
+
+                begin = time.monotonic()
+                self.assertEqual(host.stop(), 0)
+                self.assertLess(time.monotonic() - begin, PATIENCE / 2)
+
+    def test_the_fault_ends_when_the_reader_goes_on_and_no_line_is_missing(self):
+        with StalledReader() as pipe:
+            with Host("--start", log=pipe.writer) as host, RestClient(host.http_port) as rest:
+                wait_until(lambda: rest.get("/health").json["faults"] == [STALLED], "the fault in /health")
+                pipe.resume()
+                wait_until(lambda: rest.get("/health").json["faults"] == [], "the end of the fault")
+                wait_until(lambda: f"This is over: {STALLED}".encode() in pipe.text, "the line about the end")
+                self.assertIn(b"\n", pipe.text.lstrip(b"."))
+
+    def test_a_signal_that_aborts_leaves_the_lines_ahead_of_it(self):
+        host = Host("--start")
+        with self.assertRaises(AssertionError):
+            with host:
+                host.process.send_signal(signal.SIGABRT)
+                host.process.wait(PATIENCE)
+                raise AssertionError("the host has ended")
+        self.assertEqual(host.process.returncode, -signal.SIGABRT)
+        self.assertTrue(any(re.search(r" info +\[", line) for line in host.errors if line is not None), host.log())
+
+
+if __name__ == "__main__":
+    unittest.main()
