@@ -36,9 +36,17 @@ set(ZU_PLUGINS AsciiTcp ModbusTcp)
 set_target_properties(${ZU_LIBRARIES} PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
-    INSTALL_RPATH "$ORIGIN"
 )
-set_target_properties(${ZU_PLUGINS} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
+
+# Installed targets have one search path, for the build tree and the installed tree. With two paths CMake would edit the file
+# at the installation and, in the build tree, end the path with a colon: the loader takes the empty place behind it for the
+# working directory.
+function(zu_find_libraries_in folders)
+    set_target_properties(${ARGN} PROPERTIES INSTALL_RPATH "${folders}" BUILD_WITH_INSTALL_RPATH ON)
+endfunction()
+
+zu_find_libraries_in("$ORIGIN" ${ZU_LIBRARIES})
+zu_find_libraries_in("$ORIGIN/..;$ORIGIN/../.." ${ZU_PLUGINS})
 
 install(TARGETS ${ZU_LIBRARIES} PluginCommon EXPORT ZuControlTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -46,7 +54,7 @@ install(TARGETS ${ZU_LIBRARIES} PluginCommon EXPORT ZuControlTargets
     INCLUDES DESTINATION ${ZU_INCLUDE_DIR}
 )
 if(ZU_BUILD_HOST)
-    set_target_properties(zucontrol-host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    zu_find_libraries_in("$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}" zucontrol-host)
     install(TARGETS zucontrol-host)
 endif()
 install(TARGETS ${ZU_PLUGINS} LIBRARY DESTINATION ${ZU_PLUGIN_DIR})

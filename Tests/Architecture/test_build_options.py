@@ -35,6 +35,11 @@ class BuildOptions(unittest.TestCase):
         commands = configure("--preset", "debug")
         self.assertEqual([file for file, command in commands.items() if "-Werror" not in command], [])
 
+    def test_the_release_preset_hardens_all_of_the_code(self):
+        commands = configure("--preset", "release")
+        for flag in ("-D_FORTIFY_SOURCE=2", "-fstack-protector-strong", "-fstack-clash-protection"):
+            self.assertEqual([file for file, command in commands.items() if flag not in command], [], flag)
+
     def test_the_libraries_alone_need_nothing_of_the_host_or_the_tests(self):
         not_needed = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("SQLite3", "ZLIB", "GTest", "Python3")]
         commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
