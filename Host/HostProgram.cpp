@@ -4,6 +4,7 @@
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/PluginFiles.h"
 #include "Host/Http/BearerToken.h"
+#include "Host/Log/LogLine.h"
 #include "Host/Log/StandardErrorSink.h"
 #include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
@@ -100,7 +101,7 @@ int CheckPlugin(Options const& options, std::ostream& output, std::ostream& erro
         PluginClinic(options.deployment).Check(options.checkedPlugin, FindPluginFiles(options.pluginFolders));
     if (!checkUp.isSound)
     {
-        errors << "zucontrol-host: " << checkUp.report << std::endl;
+        errors << "zucontrol-host: " << Printable(checkUp.report) << std::endl;
         return EXIT_BROKEN;
     }
     output << checkUp.report;
@@ -133,7 +134,7 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
     }
     catch (...)
     {
-        errors << "zucontrol-host: " << Zu::CaughtReason() << std::endl;
+        errors << "zucontrol-host: " << Printable(Zu::CaughtReason()) << std::endl;
         return failureStatus;
     }
 }

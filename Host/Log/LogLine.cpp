@@ -39,12 +39,100 @@ char const* LevelText(LogLevel level)
     }
 }
 
+/// The character that `text` begins with, and its bytes; 0 bytes if it is no UTF-8.
+struct Character
+{
+    uint32 code = 0;
+    std::size_t bytes = 0;
+};
+
+Character FirstOf(std::string_view text)
+{
+    auto const lead = static_cast<unsigned char>(text.front());
+    if (lead < 0x80)
+    {
+        return {lead, 1};
+    }
+    std::size_t const bytes = lead >= 0xF0 && lead < 0xF5 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead >= 0xF5 || text.size() < bytes)
+    {
+        return {};
+    }
+    uint32 code = lead & (0x7FU >> bytes);
+    for (std::size_t i = 1; i < bytes; ++i)
+    {
+        auto const next = static_cast<unsigned char>(text[i]);
+        if ((next & 0xC0) != 0x80)
+        {
+            return {};
+        }
+        code = code << 6 | (next & 0x3F);
+    }
+    return {code, bytes};
+}
+
+bool IsPrintable(uint32 code)
+{
+    bool const isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
+    bool const isSeparatorOrDirection = code == 0x061C || code == 0x200E || code == 0x200F ||
+                                        (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return !isControl && !isSeparatorOrDirection;
+}
+
+void AppendEscape(std::string& shown, uint32 code, bool isCharacter)
+{
+    switch (code)
+    {
+    case '\n':
+        shown += "\\n";
+        return;
+    case '\r':
+        shown += "\\r";
+        return;
+    case '\t':
+        shown += "\\t";
+        return;
+    default:
+        std::array<char, 16> text{};
+        std::snprintf(text.data(), text.size(), isCharacter && code >= 0x80 ? "\\u%04x" : "\\x%02x", code);
+        shown += text.data();
+    }
+}
+
 } // namespace
+
+std::string Printable(std::string_view text)
+{
+    std::string shown;
+    shown.reserve(text.size());
+    while (!text.empty())
+    {
+        Character const character = FirstOf(text);
+        std::size_t const bytes = character.bytes > 0 ? character.bytes : 1;
+        if (character.bytes > 0 && IsPrintable(character.code))
+        {
+            shown += text.substr(0, bytes);
+        }
+        else
+        {
+            uint32 const code = character.bytes > 0 ? character.code : static_cast<unsigned char>(text.front());
+            AppendEscape(shown, code, character.bytes > 0);
+        }
+        text.remove_prefix(bytes);
+    }
+    return shown;
+}
 
 std::string LogLine(LogLevel level, std::string_view label, std::string_view text)
 {
     std::string line = TimeText();
-    line.append(" ").append(LevelText(level)).append(" [").append(label).append("] ").append(text).append("\n");
+    line.append(" ")
+        .append(LevelText(level))
+        .append(" [")
+        .append(Printable(label))
+        .append("] ")
+        .append(Printable(text))
+        .append("\n");
     return line;
 }
 
