@@ -17,6 +17,7 @@ namespace ZuHost
 namespace
 {
 
+constexpr uint64 WORK_PERIOD_USEC = 1'000'000;
 constexpr int POLL_MSEC = 100; // a stop is noticed within this time while the reader stalls
 
 // The bytes that all writers hold. A signal handler reads it, so it is no member.
@@ -24,7 +25,8 @@ constinit std::atomic<uint64> unwrittenBytes{0};
 
 } // namespace
 
-LogWriter::LogWriter(int newDescriptor) : descriptor(newDescriptor)
+LogWriter::LogWriter(int newDescriptor, std::function<void()> newWork)
+    : descriptor(newDescriptor), work(std::move(newWork))
 {
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "LogWriter"));
@@ -87,17 +89,20 @@ int LogWriter::Main(void* argument)
 
 void LogWriter::Run()
 {
+    uint64 workUsec = wTime_AfterUsec(WORK_PERIOD_USEC);
     Zu::MutexLock guard(lock);
-    while (true)
+    while (!isEnding || !waiting.empty() || lostLines > 0)
     {
-        awake.Wait(lock, [this]() ZU_REQUIRES(lock) { return isEnding || !waiting.empty() || lostLines > 0; });
-        if (waiting.empty() && lostLines == 0)
-        {
-            return;
-        }
+        awake.WaitUntil(lock, work ? workUsec : wTIMEOUT_INFINITE,
+                        [this]() ZU_REQUIRES(lock) { return isEnding || !waiting.empty() || lostLines > 0; });
         std::string const text = TakeWaiting();
         guard.Unlock();
         WriteAll(text);
+        if (work && wTime_NowUsec() >= workUsec)
+        {
+            work();
+            workUsec = wTime_AfterUsec(WORK_PERIOD_USEC);
+        }
         guard.Lock();
     }
 }

@@ -4,6 +4,7 @@
 #include "wApi/wThread.h"
 
 #include <atomic>
+#include <functional>
 #include <string>
 
 namespace ZuHost
@@ -22,8 +23,9 @@ public:
     static constexpr uint64 STALL_USEC = 1'000'000;
     static constexpr uint64 STOP_PATIENCE_USEC = 2'000'000;
 
-    /// `descriptor` stays open while the writer exists. Throws if the system cannot start a thread.
-    explicit LogWriter(int newDescriptor);
+    /// `newDescriptor` stays open while the writer exists. The thread calls `newWork`, if any, about once a second, but
+    /// not while the reader stalls; it must not throw. Throws if the system cannot start a thread.
+    explicit LogWriter(int newDescriptor, std::function<void()> newWork = nullptr);
 
     /// Writes the lines that wait. Drops those that the reader does not take within `STOP_PATIENCE_USEC`.
     ~LogWriter();
@@ -49,6 +51,7 @@ private:
     bool MustGiveUp() const;
 
     int const descriptor;
+    std::function<void()> const work;
     std::atomic<uint64> stalledSinceUsec{0};                  // the last progress of the present write; 0 without
     std::atomic<uint64> writeDeadlineUsec{wTIMEOUT_INFINITE}; // set by the destructor
 

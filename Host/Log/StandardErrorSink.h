@@ -2,6 +2,7 @@
 
 #include "Host/CommandLine/Options.h"
 #include "Host/Log/CrashSignals.h"
+#include "Host/Log/LogBudget.h"
 #include "Host/Log/LogWriter.h"
 #include "ZuApi/Logging.h"
 
@@ -12,11 +13,13 @@
 namespace ZuHost
 {
 
-/// Writes the log to standard error, one line for each entry: time, level, label, text. Any thread may call; no call
-/// waits for the reader of the log.
+/// Writes the log to standard error, one line for each entry: time, level, label, text. Each place in the program has a
+/// budget; one line stands for the lines beyond it. Any thread may call; no call waits for the reader of the log.
 class StandardErrorSink final : public Zu::Logging::ISink
 {
 public:
+    static constexpr uint64 MAX_TEXT_BYTES = 16 * 1024; ///< the end of a longer text is left out
+
     explicit StandardErrorSink(LogLevel lowestLevel);
     ~StandardErrorSink() override; ///< as the destructor of LogWriter
 
@@ -26,8 +29,12 @@ public:
     bool IsStalled() const; ///< as `LogWriter::IsStalled`
 
 private:
+    void TellLeftOut(bool isEnd);
+
     LogLevel const lowest;
-    LogWriter writer;
+    Zu::Mutex budgetLock; // a leaf
+    LogBudget budget ZU_GUARDED_BY(budgetLock);
+    LogWriter writer; // last: its thread uses all members above
 };
 
 /// Writes the log of the process to standard error from construction to destruction, also ahead of a crash.

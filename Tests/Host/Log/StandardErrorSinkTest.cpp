@@ -37,4 +37,38 @@ TEST(StandardErrorSink, WritesALineWithLevelLabelAndText)
     EXPECT_EQ(written.find("not any more"), std::string::npos);
 }
 
+TEST(StandardErrorSink, GathersTheLinesOfAPlaceBeyondItsBudget)
+{
+    testing::internal::CaptureStderr();
+    {
+        LogScope const scope(LogLevel::INFO);
+        for (uint64 i = 0; i < LogBudget::MAX_LINES + 20'000; ++i)
+        {
+            Zu::Logging::Zu_Debug_Log(1, "file", Zu::Logging::FLAGS_ERROR, "The::Label", "the same");
+        }
+        Zu::Logging::Zu_Debug_Log(2, "file", Zu::Logging::FLAGS_ERROR, "The::Label", "another place");
+    }
+
+    std::string const written = testing::internal::GetCapturedStderr();
+
+    EXPECT_LT(written.size(), 20'000u);
+    EXPECT_NE(written.find("another place\n"), std::string::npos);
+    EXPECT_NE(written.find("[The::Label] ... 20000 more in the last "), std::string::npos) << written;
+}
+
+TEST(StandardErrorSink, ShortensALongText)
+{
+    std::string const text(1'000'000, 'x');
+    testing::internal::CaptureStderr();
+    {
+        LogScope const scope(LogLevel::INFO);
+        Zu::Logging::Zu_Debug_Log(1, "file", Zu::Logging::FLAGS_ERROR, "The::Label", "%s", text.c_str());
+    }
+
+    std::string const written = testing::internal::GetCapturedStderr();
+
+    EXPECT_LT(written.size(), 17'000u);
+    EXPECT_TRUE(written.ends_with("x... (983616 bytes more)\n"));
+}
+
 } // namespace ZuHost
