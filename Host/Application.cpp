@@ -152,6 +152,11 @@ std::vector<Application::Listener> Application::Start()
     return listeners;
 }
 
+void Application::SetToken(std::string const& token)
+{
+    httpServer.SetToken(token);
+}
+
 ZuControl::IControlManager& Application::Controls()
 {
     return sensorModule.Controls();

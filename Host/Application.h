@@ -66,6 +66,9 @@ public:
     /// happened then too. Does nothing the second time.
     void Stop();
 
+    /// As `HttpServer::SetToken`.
+    void SetToken(std::string const& token);
+
     ZuControl::IControlManager& Controls();
 
 private:

@@ -12,6 +12,7 @@
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/Store/DataFolder.h"
 #include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
 
 #include <ostream>
 
@@ -58,6 +59,25 @@ std::string CheckHttp(Options const& options)
     return settings.token;
 }
 
+/// Keeps the present token if the file has none.
+void ReadTokenAgain(Options const& options, Application& application)
+{
+    if (options.tokenFile.empty())
+    {
+        ZU_LOG_INFO("The hang-up signal has no effect: there is no token file");
+        return;
+    }
+    try
+    {
+        application.SetToken(BearerToken::ReadFile(options.tokenFile));
+        ZU_LOG_INFO("The token file has been read again");
+    }
+    catch (std::exception const&)
+    {
+        ZU_LOG_ERROR("The token stays as it was: %s", Zu::CaughtReason().c_str());
+    }
+}
+
 /// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
@@ -90,7 +110,9 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         output << "listening " << listener.name << ' ' << listener.address << '\n';
     }
     output << "ready" << std::endl;
+    OrderlyStop::SetHangUpHandler([&] { ReadTokenAgain(options, application); });
     waitForStop();
+    OrderlyStop::SetHangUpHandler(nullptr);
     application.Stop();
 }
 

@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <semaphore.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ZuHost::OrderlyStop
 {
@@ -24,7 +25,9 @@ constexpr uint32 LOG_PATIENCE_MSEC = 200;
 std::atomic<char const*> step{"starting"};
 std::atomic<uint32> limitSeconds{DEFAULT_LIMIT_SECONDS};
 std::atomic<bool> isRequested{false};
-sem_t requested;
+std::atomic<bool> hasHungUp{false};
+sem_t requested;                // posted for a stop and for each SIGHUP
+std::function<void()> onHangUp; // of the main thread
 
 void OnStop(int /*signal*/)
 {
@@ -34,6 +37,14 @@ void OnStop(int /*signal*/)
         alarm(limitSeconds.load());
         sem_post(&requested);
     }
+    errno = savedError;
+}
+
+void OnHangUp(int /*signal*/)
+{
+    int const savedError = errno;
+    hasHungUp.store(true);
+    sem_post(&requested);
     errno = savedError;
 }
 
@@ -76,6 +87,7 @@ void Install()
     Handle(SIGALRM, OnLimit);
     Handle(SIGTERM, OnStop);
     Handle(SIGINT, OnStop);
+    Handle(SIGHUP, OnHangUp);
 }
 
 void SetLimit(uint32 seconds)
@@ -88,6 +100,11 @@ void SetStep(char const* literal)
     step.store(literal);
 }
 
+void SetHangUpHandler(std::function<void()> handler)
+{
+    onHangUp = std::move(handler);
+}
+
 bool IsRequested()
 {
     return isRequested.load();
@@ -95,8 +112,15 @@ bool IsRequested()
 
 void Wait()
 {
-    while (sem_wait(&requested) != 0) // interrupted by a handler
+    while (!isRequested.load())
     {
+        while (sem_wait(&requested) != 0) // interrupted by a handler
+        {
+        }
+        if (hasHungUp.exchange(false) && onHangUp)
+        {
+            onHangUp();
+        }
     }
 }
 

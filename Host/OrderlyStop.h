@@ -2,6 +2,8 @@
 
 #include "wApi/wTypes.h"
 
+#include <functional>
+
 /// The orderly stop of the process, which SIGTERM or SIGINT asks for.
 ///
 /// The first of these signals starts a clock. If the process has not ended when the limit is over, it writes a line to
@@ -24,6 +26,9 @@ void SetStep(char const* literal);
 
 /// Whether a signal has asked for a stop.
 bool IsRequested();
+
+/// `Wait` calls `handler` after each SIGHUP, also after one that came before. Call it before `Wait`, on its thread.
+void SetHangUpHandler(std::function<void()> handler);
 
 /// Returns when a signal asks for a stop, or has asked for one before.
 void Wait();

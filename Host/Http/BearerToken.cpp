@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 namespace ZuHost::BearerToken
 {
@@ -70,3 +71,26 @@ bool IsGiven(std::string_view token, std::string_view header) noexcept
 }
 
 } // namespace ZuHost::BearerToken
+
+namespace ZuHost
+{
+
+CurrentToken::CurrentToken(std::string newToken) : token(std::move(newToken))
+{
+}
+
+CurrentToken::~CurrentToken() = default;
+
+void CurrentToken::Set(std::string newToken)
+{
+    Zu::MutexLock const guard(lock);
+    token = std::move(newToken);
+}
+
+bool CurrentToken::IsGiven(std::string_view header) const noexcept
+{
+    Zu::MutexLock const guard(lock);
+    return BearerToken::IsGiven(token, header);
+}
+
+} // namespace ZuHost

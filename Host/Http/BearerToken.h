@@ -1,5 +1,7 @@
 #pragma once
 
+#include "wApi/wMutex.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -20,3 +22,28 @@ std::string ReadFile(std::filesystem::path const& file);
 bool IsGiven(std::string_view token, std::string_view header) noexcept;
 
 } // namespace ZuHost::BearerToken
+
+namespace ZuHost
+{
+
+/// A token that may be replaced while requests are checked. Any thread may call.
+class CurrentToken final
+{
+public:
+    explicit CurrentToken(std::string newToken);
+    ~CurrentToken();
+
+    CurrentToken(CurrentToken const&) = delete;
+    CurrentToken& operator=(CurrentToken const&) = delete;
+
+    void Set(std::string newToken);
+
+    /// As `BearerToken::IsGiven`.
+    bool IsGiven(std::string_view header) const noexcept;
+
+private:
+    mutable Zu::Mutex lock; // a leaf
+    std::string token ZU_GUARDED_BY(lock);
+};
+
+} // namespace ZuHost

@@ -53,7 +53,7 @@ HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand, as
       strand(std::move(newStrand)),
       source(std::move(newSource)),
       timer(strand),
-      reader(limits.token, service.IsLocal(), service.Budget())
+      reader(service.Token(), service.IsLocal(), service.Budget())
 {
 }
 

@@ -33,6 +33,7 @@ namespace ZuHost
 {
 
 class ByteBudget;
+class CurrentToken;
 class HttpConnection;
 
 /// The server as its connections see it. It outlives them. All operations are thread-safe.
@@ -42,6 +43,9 @@ public:
     virtual ~IHttpService();
 
     virtual HttpServer::Settings const& Limits() const = 0;
+
+    /// The token that requests must show now.
+    virtual CurrentToken const& Token() const = 0;
 
     /// Whether only clients of this machine reach the server.
     virtual bool IsLocal() const = 0;

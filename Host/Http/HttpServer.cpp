@@ -1,5 +1,6 @@
 #include "Host/Http/HttpServer.h"
 
+#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/ClientSource.h"
 #include "Host/Http/ConnectionTable.h"
@@ -109,6 +110,16 @@ public:
         return settings;
     }
 
+    CurrentToken const& Token() const override
+    {
+        return token;
+    }
+
+    void SetToken(std::string newToken)
+    {
+        token.Set(std::move(newToken));
+    }
+
     bool IsLocal() const override
     {
         return endpoint.address().is_loopback();
@@ -150,6 +161,7 @@ private:
     void EndThreads() noexcept;
 
     Settings const settings;
+    CurrentToken token{settings.token};
     ZuRest::ResourceRequestProcessor& processor;
     WrongTokens& wrongTokens;
     ByteBudget budget{MAX_BYTES_IN_ALL};
@@ -393,6 +405,14 @@ void HttpServer::Start()
 void HttpServer::Stop() noexcept
 {
     core.reset();
+}
+
+void HttpServer::SetToken(std::string token)
+{
+    if (core != nullptr)
+    {
+        core->SetToken(std::move(token));
+    }
 }
 
 std::string HttpServer::Endpoint() const

@@ -76,6 +76,10 @@ public:
     /// The address with the real port: "127.0.0.1:8080", "[::1]:8080". Empty while the server does not listen.
     std::string Endpoint() const;
 
+    /// Requests that begin from now on must show `token` in place of the previous one. An open stream stays open. Does
+    /// nothing while the server does not listen. Any thread may call between `Listen` and `Stop`.
+    void SetToken(std::string token);
+
     /// The number of requests with a wrong token since the server was made. Any thread may call.
     uint64 WrongTokenCount() const;
 

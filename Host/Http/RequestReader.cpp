@@ -46,7 +46,7 @@ struct Target
 
 } // namespace
 
-RequestReader::RequestReader(std::string const& newToken, bool newIsLocal, ByteBudget& sharedBudget)
+RequestReader::RequestReader(CurrentToken const& newToken, bool newIsLocal, ByteBudget& sharedBudget)
     : token(newToken), isLocal(newIsLocal), budget(sharedBudget)
 {
     Begin();
@@ -232,7 +232,7 @@ RequestReader::Result RequestReader::AdmitStranger()
 
 RequestReader::Result RequestReader::AdmitClient()
 {
-    if (!BearerToken::IsGiven(token, parser->At<http::field::authorization>().text))
+    if (!token.IsGiven(parser->At<http::field::authorization>().text))
     {
         return RefuseWithoutToken();
     }

@@ -16,6 +16,7 @@ namespace ZuHost
 {
 
 class ByteBudget;
+class CurrentToken;
 
 /// Parses the requests of one connection. Refuses malformed and too long requests, requests from foreign pages and
 /// requests without the token.
@@ -41,7 +42,7 @@ public:
     /// `newToken` is required in requests unless it is empty. `newIsLocal`: the service is for clients of this machine
     /// only. `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until
     /// the next `Begin` or the end of the reader. The token and the budget outlive the reader.
-    RequestReader(std::string const& newToken, bool newIsLocal, ByteBudget& sharedBudget);
+    RequestReader(CurrentToken const& newToken, bool newIsLocal, ByteBudget& sharedBudget);
     ~RequestReader();
 
     RequestReader(RequestReader const&) = delete;
@@ -90,7 +91,7 @@ private:
     Result RefuseMalformed(boost::system::error_code const& error);
     Result Refuse(uint32 status, int32 code, std::string detail);
 
-    std::string const& token;
+    CurrentToken const& token;
     bool const isLocal;
     ByteBudget& budget;
     boost::beast::flat_buffer buffer{MAX_BUFFERED_BYTES};

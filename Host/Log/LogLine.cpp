@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 
 namespace ZuHost
@@ -11,7 +12,7 @@ namespace ZuHost
 namespace
 {
 
-/// The present time: "2026-02-03 14:05:06.789", of the machine's time zone.
+/// The present time as in RFC 3339: "2026-02-03T14:05:06.789+01:00", of the machine's time zone.
 std::string TimeText()
 {
     auto const now = std::chrono::system_clock::now();
@@ -20,8 +21,10 @@ std::string TimeText()
     std::tm local{};
     localtime_r(&seconds, &local);
     std::array<char, 64> text{};
-    std::size_t const size = std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);
-    std::snprintf(text.data() + size, text.size() - size, ".%03d", static_cast<int>(msec));
+    std::size_t const size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &local);
+    long const zoneMinutes = std::labs(local.tm_gmtoff) / 60;
+    std::snprintf(text.data() + size, text.size() - size, ".%03d%c%02ld:%02ld", static_cast<int>(msec),
+                  local.tm_gmtoff < 0 ? '-' : '+', zoneMinutes / 60, zoneMinutes % 60);
     return text.data();
 }
 

@@ -2,8 +2,10 @@
 
 import fcntl
 import os
+import pathlib
 import re
 import signal
+import tempfile
 import threading
 import time
 import unittest
@@ -85,6 +87,43 @@ class Log(unittest.TestCase):
                 raise AssertionError("the host has ended")
         self.assertEqual(host.process.returncode, -signal.SIGABRT)
         self.assertTrue(any(re.search(r" info +\[", line) for line in host.errors if line is not None), host.log())
+
+    def test_times_carry_the_zone(self):
+        with Host() as host:
+            pass
+        lines = [line for line in host.errors if line]
+        self.assertGreater(len(lines), 0)
+        for line in lines:
+            self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d (info   |warning|error  ) \[")
+
+
+class HangUp(unittest.TestCase):
+    def status(self, host, token):
+        with RestClient(host.http_port) as rest:
+            return rest.get("/", Authorization=f"Bearer {token}").status
+
+    def test_the_token_file_is_read_again_and_the_host_goes_on(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "token"
+            file.write_text("the-first-token-0\n")
+            with Host("--token", file) as host:
+                self.assertEqual(self.status(host, "the-first-token-0"), 200)
+                file.write_text("another-token-011\n")
+                host.process.send_signal(signal.SIGHUP)
+                host.wait_for_log("The token file has been read again")
+                self.assertEqual(self.status(host, "the-first-token-0"), 401)
+                self.assertEqual(self.status(host, "another-token-011"), 200)
+
+                file.write_text("short\n")
+                host.process.send_signal(signal.SIGHUP)
+                host.wait_for_log("The token stays as it was: ")
+                self.assertEqual(self.status(host, "another-token-011"), 200)
+
+    def test_without_a_token_file_the_host_goes_on(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            host.process.send_signal(signal.SIGHUP)
+            host.wait_for_log("The hang-up signal has no effect")
+            self.assertEqual(rest.get("/health").status, 200)
 
 
 if __name__ == "__main__":

@@ -1,3 +1,4 @@
+#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/RequestReader.h"
 
@@ -55,7 +56,7 @@ bool ReadOn(RequestReader& reader, std::string& reading)
 /// Gives the reader up to `step` bytes at a time.
 std::string ReadingOf(std::string_view bytes, std::size_t step)
 {
-    std::string const token;
+    CurrentToken const token{""};
     ByteBudget budget(HttpServer::MAX_BYTES_IN_ALL);
     RequestReader reader(token, true, budget);
     std::string reading;

@@ -1,5 +1,6 @@
 #include "Host/Http/RequestReader.h"
 
+#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +55,7 @@ protected:
     static constexpr std::string_view CHUNKED =
         "PUT / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n";
 
-    std::string token;
+    CurrentToken token{""};
     ByteBudget budget{3 * ALLOWANCE};
     RequestReader reader{token, true, budget};
 };
@@ -155,7 +156,7 @@ TEST_F(RequestReaderTest, TakesABodyOfTheMostBytesAndNoMore)
 
 TEST_F(RequestReaderTest, AsksForTheTokenBeforeItTakesABody)
 {
-    token = "0123456789abcdef";
+    token.Set("0123456789abcdef");
     constexpr std::string_view HEAD = "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n";
 
     EXPECT_EQ(Feed(std::string(HEAD) + "\r\n"), Result::REFUSAL);
@@ -185,7 +186,7 @@ TEST_F(RequestReaderTest, BoundsTheBytesOfARequestWithItsChunkExtensions)
 
 TEST_F(RequestReaderTest, TakesNoBodyWhereItAsksForNoToken)
 {
-    token = "0123456789abcdef";
+    token.Set("0123456789abcdef");
     constexpr std::string_view HEALTH = "GET /health HTTP/1.1\r\nHost: localhost\r\n";
 
     EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Content-Length: 1\r\n\r\n"), 413U);

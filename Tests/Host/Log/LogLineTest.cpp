@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <ctime>
+#include <regex>
+#include <utility>
+
 namespace ZuHost
 {
 
@@ -37,6 +42,24 @@ TEST(LogLine, IsOneLineWhateverLabelAndTextAre)
 
     EXPECT_TRUE(line.ends_with(" info    [a\\nb] c\\nd\n")) << line;
     EXPECT_EQ(line.find('\n'), line.size() - 1);
+}
+
+TEST(LogLine, BeginsWithTheTimeAndItsZone)
+{
+    std::regex const form(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}(.\d\d:\d\d) error   \[a\] b\n)");
+    for (auto const& [zone, shown] : {std::pair{"Somewhere-5:45", "+05:45"}, std::pair{"Elsewhere3:30", "-03:30"}})
+    {
+        setenv("TZ", zone, 1);
+        tzset();
+
+        std::string const line = LogLine(LogLevel::ERROR, "a", "b");
+
+        std::smatch parts;
+        EXPECT_TRUE(std::regex_match(line, parts, form)) << line;
+        EXPECT_EQ(parts.str(1), shown);
+    }
+    unsetenv("TZ");
+    tzset();
 }
 
 } // namespace ZuHost
