@@ -170,6 +170,12 @@ void Application::LoadPlugins(PluginClinic::Admission const& plugins)
         ZU_LOG_ERROR("%s", complaint.sentence.c_str());
         RaiseComplaint(complaint.sentence);
     }
+    for (std::string const& warning : plugins.warnings)
+    {
+        ZU_LOG_USER_WARNING("%1$s", warning.c_str());
+        ZU_LOG_WARNING("%s", warning.c_str());
+        problems.Add(ZuCommon::ProblemsManager::SEVERITY_WARNING, PROBLEM_SOURCE, "%1$s", warning.c_str());
+    }
     for (std::filesystem::path const& file : plugins.files)
     {
         pluginManager.LoadFile(file.string());

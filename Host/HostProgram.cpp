@@ -15,6 +15,7 @@
 #include "ZuApi/Logging.h"
 
 #include <ostream>
+#include <unistd.h>
 
 namespace ZuHost
 {
@@ -96,6 +97,10 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         return;
     }
     LogScope const log(options.logLevel);
+    if (geteuid() == 0)
+    {
+        ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
+    }
     failureStatus = EXIT_BROKEN;
     Application application(options, token, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;

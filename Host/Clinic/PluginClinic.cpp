@@ -1,6 +1,7 @@
 #include "Host/Clinic/PluginClinic.h"
 
 #include "Host/Clinic/ChildProcess.h"
+#include "Host/Clinic/PluginAccess.h"
 #include "Host/Clinic/PluginTrial.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
@@ -304,9 +305,21 @@ PluginClinic::PluginClinic(Deployment deploymentKind, std::chrono::milliseconds 
 {
 }
 
-PluginClinic::Admission PluginClinic::Admit(Paths const& files) const
+PluginClinic::Admission PluginClinic::Admit(Paths files) const
 {
     Admission admission;
+    std::erase_if(files, [&admission](std::filesystem::path const& file) {
+        PluginAccess const access = PluginAccess::Of(file);
+        if (access.writers == PluginAccess::Writers::EVERYONE)
+        {
+            admission.complaints.push_back({file, access.sentence});
+        }
+        else if (access.writers == PluginAccess::Writers::GROUP)
+        {
+            admission.warnings.push_back(access.sentence);
+        }
+        return access.writers == PluginAccess::Writers::EVERYONE;
+    });
     Catalogue catalogue;
     for (Attempt const& attempt : Try(files))
     {
@@ -350,6 +363,10 @@ std::vector<PluginClinic::Attempt> PluginClinic::Try(Paths files) const
 
 PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Paths others) const
 {
+    if (PluginAccess const access = PluginAccess::Of(file); access.writers == PluginAccess::Writers::EVERYONE)
+    {
+        return {false, access.sentence};
+    }
     ChildProcess::End const end = ChildProcess::Run([&](Say const& say) { TryLife(file, deployment, say); }, silence);
     Verdict const verdict = VerdictOf(end.said);
     if (verdict.outcomes.empty())
@@ -362,7 +379,10 @@ PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Pat
         return {false, outcome.text.substr(1)};
     }
     Catalogue catalogue;
-    std::erase_if(others, [&](auto const& other) { return other.filename() == file.filename(); });
+    std::erase_if(others, [&](auto const& other) {
+        return other.filename() == file.filename() ||
+               PluginAccess::Of(other).writers == PluginAccess::Writers::EVERYONE; // the host does not run it either
+    });
     for (Attempt const& attempt : Try(others))
     {
         catalogue.Add(attempt.file, attempt.types);

@@ -30,6 +30,7 @@ public:
     {
         std::vector<std::filesystem::path> files; ///< files that may be loaded, in the given order
         std::vector<Complaint> complaints;
+        std::vector<std::string> warnings; ///< sentences about plug-ins that a group can write
     };
 
     struct CheckUp
@@ -41,12 +42,13 @@ public:
     /// `longestSilence`: how long one step in the life of a plug-in may take.
     explicit PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence = LONGEST_SILENCE);
 
-    /// Loads each file and makes its protocols, all in one child. After a plug-in that crashes or hangs, the remaining
+    /// Refuses each file that everyone can write (see PluginAccess). Loads the others and makes their protocols, all in
+    /// one child. After a plug-in that crashes or hangs, the remaining
     /// files are tried in a new child.
     ///
     /// A plug-in is refused if one of its protocols has the number of another protocol, of this plug-in or of one admitted
     /// before: the module distinguishes protocols by their numbers, which are known only when the protocols exist.
-    Admission Admit(std::vector<std::filesystem::path> const& files) const;
+    Admission Admit(std::vector<std::filesystem::path> files) const;
 
     /// Runs one plug-in through its whole life: loads, makes, makes again, starts, feeds, stops and destroys it. An
     /// error that it logs meanwhile is a failure too, and so is a type name with other characters than letters and

@@ -1,6 +1,10 @@
 """The host starts without plug-ins that would crash it, and reports them; and the check of one plug-in."""
 
 import json
+import os
+import pathlib
+import shutil
+import tempfile
 import unittest
 import urllib.request
 
@@ -39,6 +43,29 @@ class Start(unittest.TestCase):
             with RestClient(host.http_port) as rest:
                 self.assertEqual(rest.get("/controls/Troubled").status, 404)
                 self.assertEqual(rest.get("/controls/ModbusTcp").status, 200)
+
+    def test_a_plug_in_that_everyone_can_write_is_refused_and_one_of_a_group_is_a_problem(self):
+        with tempfile.TemporaryDirectory() as folder:
+            open_to_all = pathlib.Path(shutil.copy(BIN / "plugins/modbustcp.so", folder))
+            of_group = pathlib.Path(shutil.copy(BIN / "plugins/asciitcp.so", folder))
+            open_to_all.chmod(0o646)
+            of_group.chmod(0o664)
+            with Host("--plugins", folder, modbus=False) as host:
+                found = [problem["text"] for problem in problems(host) if problem["source"] == "Plug-ins"]
+                self.assertEqual(found, [
+                    f"Plug-in {open_to_all} was refused: everyone can write {open_to_all}."
+                    f" Take that right away with: chmod o-w {open_to_all}",
+                    f"Plug-in {of_group} can be changed by the group of {of_group}."
+                    f" If only its owner is to change it: chmod g-w {of_group}"])
+                with urllib.request.urlopen(f"http://127.0.0.1:{host.http_port}/controls", timeout=PATIENCE) as answer:
+                    controls = answer.read().decode()
+                self.assertIn("AsciiTcp", controls)
+                self.assertNotIn("ModbusTcp", controls)
+            self.assertEqual(sum("The host runs as root" in line for line in host.errors if line), int(os.geteuid() == 0))
+
+            status, _, errors = run_host("--check-plugin", open_to_all)
+            self.assertEqual(status, 1)
+            self.assertIn("everyone can write", errors)
 
     def test_a_file_that_is_no_plug_in_is_a_problem(self):
         with Host("--plugins", BIN / "plugins", "--plugins", BIN / "TestPlugins") as host:
