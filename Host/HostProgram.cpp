@@ -96,12 +96,12 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     {
         return;
     }
+    failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
     if (geteuid() == 0)
     {
         ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
     }
-    failureStatus = EXIT_BROKEN;
     Application application(options, token, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();

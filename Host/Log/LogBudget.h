@@ -21,7 +21,7 @@ public:
     static constexpr uint64 MAX_BYTES = 64 * 1024; ///< the first line of a window may be longer
     static constexpr uint64 MAX_PLACES = 1024;     ///< all further places share one budget
 
-    /// What a place has left out in one window.
+    /// The lines of one window of a place that were left out.
     struct LeftOut
     {
         uint64 flags;

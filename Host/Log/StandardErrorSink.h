@@ -52,7 +52,7 @@ public:
 
 private:
     std::shared_ptr<StandardErrorSink> sink;
-    CrashSignals crashSignals; // behind the sink, whose destructor may wait for its reader
+    CrashSignals crashSignals; // ends before the sink: a crash then waits for no writer that is being destroyed
 };
 
 } // namespace ZuHost

@@ -1,5 +1,6 @@
 """The log on standard error: its reader may stall, and no client can flood or forge it."""
 
+import collections
 import fcntl
 import os
 import pathlib
@@ -87,6 +88,23 @@ class Log(unittest.TestCase):
                 raise AssertionError("the host has ended")
         self.assertEqual(host.process.returncode, -signal.SIGABRT)
         self.assertTrue(any(re.search(r" info +\[", line) for line in host.errors if line is not None), host.log())
+
+    def test_a_client_cannot_flood_the_log(self):
+        with Host("--log", "error") as host, RestClient(host.http_port) as rest:
+            for _ in range(400):
+                self.assertGreaterEqual(rest.put("/controls/ModbusTcp", {"parameters": {"address": "nonsense"}}).status, 400)
+        texts = collections.Counter(line.split("[", 1)[1] for line in host.errors if line)
+        self.assertGreater(len(texts), 0)
+        self.assertLessEqual(max(texts.values()), 100, texts)
+        self.assertRegex("\n".join(texts), r"\.\.\. [23]\d\d more in the last \d+ s, the first: .*nonsense")
+
+    def test_a_client_cannot_forge_a_line_or_send_escapes_to_the_terminal(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            forged = "1.2.3.4\n2026-01-01T00:00:00.000+00:00 info    [Forged] \x1b[31mall is well"
+            self.assertGreaterEqual(rest.put("/controls/ModbusTcp", {"parameters": {"address": forged}}).status, 400)
+        self.assertFalse(any(re.match(r"\S+ info +\[Forged\]", line) for line in host.errors if line), host.log())
+        self.assertNotIn("\x1b", host.log())
+        self.assertIn("[Forged] \\x1b[31mall is well", host.log())
 
     def test_times_carry_the_zone(self):
         with Host() as host:

@@ -15,6 +15,7 @@ namespace
 
 using std::filesystem::perms;
 using Writers = PluginAccess::Writers;
+using ZuTest::ScratchFolder;
 
 class PluginAccessTest : public testing::Test
 {
