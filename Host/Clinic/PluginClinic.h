@@ -43,8 +43,7 @@ public:
     explicit PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence = LONGEST_SILENCE);
 
     /// Refuses each file that everyone can write (see PluginAccess). Loads the others and makes their protocols, all in
-    /// one child. After a plug-in that crashes or hangs, the remaining
-    /// files are tried in a new child.
+    /// one child. After a plug-in that crashes or hangs, the remaining files are tried in a new child.
     ///
     /// A plug-in is refused if one of its protocols has the number of another protocol, of this plug-in or of one admitted
     /// before: the module distinguishes protocols by their numbers, which are known only when the protocols exist.
