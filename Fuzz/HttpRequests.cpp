@@ -7,6 +7,7 @@
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
+#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/RequestReader.h"
 
@@ -23,8 +24,8 @@ namespace
 using Result = ZuHost::RequestReader::Result;
 
 constexpr uint64 BUDGET = 1U << 20;
-std::string const TOKEN = "0123456789abcdef";
-std::string const NO_TOKEN;
+ZuHost::CurrentToken const TOKEN("0123456789abcdef");
+ZuHost::CurrentToken const NO_TOKEN("");
 
 /// A client that sends pieces of up to `step` bytes.
 class Conversation

@@ -8,7 +8,7 @@ namespace AsciiTcp
 namespace
 {
 
-constexpr std::string_view BLANKS = " \t\r";
+constexpr std::string_view LINE_BLANKS = " \t\r";
 constexpr std::string_view HTTP = " HTTP/";
 constexpr std::string_view VERSION_CHARACTERS = "0123456789.";
 constexpr std::string_view HOST = "host:";
@@ -23,14 +23,14 @@ char SmallLetter(char character)
 
 bool EndsInHttpVersion(std::string_view line)
 {
-    std::string_view const text = line.substr(0, line.find_last_not_of(BLANKS) + 1);
+    std::string_view const text = line.substr(0, line.find_last_not_of(LINE_BLANKS) + 1);
     std::string_view const beforeVersion = text.substr(0, text.find_last_not_of(VERSION_CHARACTERS) + 1);
     return beforeVersion.size() < text.size() && beforeVersion.ends_with(HTTP);
 }
 
 bool IsHostField(std::string_view line)
 {
-    std::string_view const text = line.substr(std::min(line.find_first_not_of(BLANKS), line.size()));
+    std::string_view const text = line.substr(std::min(line.find_first_not_of(LINE_BLANKS), line.size()));
     return std::ranges::equal(text.substr(0, HOST.size()), HOST, {}, SmallLetter);
 }
 

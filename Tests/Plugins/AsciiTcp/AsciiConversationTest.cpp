@@ -281,7 +281,7 @@ TEST_F(AsciiConversationTest, TurnsAwayAWebPageWhateverThePieces)
 TEST_F(AsciiConversationTest, TurnsAwayAWebPageWithALongPath)
 {
     std::string const tooLong = "ERROR -997 A request has at most 1024 bytes\n";
-    for (std::size_t const bytes : {1100, 4090, 5000, 100'000})
+    for (unsigned const bytes : {1100U, 4090U, 5000U, 100'000U})
     {
         AsciiConversation stranger(service, feed, counters);
         std::string_view rest;
