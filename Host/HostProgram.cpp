@@ -98,10 +98,6 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
-    if (geteuid() == 0)
-    {
-        ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
-    }
     Application application(options, token, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
@@ -115,6 +111,10 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         output << "listening " << listener.name << ' ' << listener.address << '\n';
     }
     output << "ready" << std::endl;
+    if (geteuid() == 0)
+    {
+        ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
+    }
     OrderlyStop::SetHangUpHandler([&] { ReadTokenAgain(options, application); });
     waitForStop();
     OrderlyStop::SetHangUpHandler(nullptr);

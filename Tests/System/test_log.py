@@ -62,7 +62,7 @@ class Log(unittest.TestCase):
                     modbus.read(0, 1)
                 with AsciiClient(host.ports["AsciiTcp"]) as client:
                     self.assertNotIn("ERROR", client.ask("STOP"))
-                    self.assertNotIn("ERROR", client.ask("START"))
+                    wait_until(lambda: "ERROR" not in client.ask("START"), "the end of the stop")
                 wait_until(lambda: rest.get("/health").json["faults"] == [STALLED], "the fault in /health")
                 self.assertIn(STALLED, [problem["text"] for problem in rest.get("/problems").json["problems"]])
 
@@ -91,20 +91,24 @@ class Log(unittest.TestCase):
 
     def test_a_client_cannot_flood_the_log(self):
         with Host("--log", "error") as host, RestClient(host.http_port) as rest:
-            for _ in range(400):
-                self.assertGreaterEqual(rest.put("/controls/ModbusTcp", {"parameters": {"address": "nonsense"}}).status, 400)
+            for _ in range(200):
+                self.add_twice(rest, "nonsense")
         texts = collections.Counter(line.split("[", 1)[1] for line in host.errors if line)
         self.assertGreater(len(texts), 0)
         self.assertLessEqual(max(texts.values()), 100, texts)
-        self.assertRegex("\n".join(texts), r"\.\.\. [23]\d\d more in the last \d+ s, the first: .*nonsense")
+        self.assertRegex("\n".join(texts), r"\.\.\. [123]\d\d more in the last \d+ s, the first: .*nonsense")
 
     def test_a_client_cannot_forge_a_line_or_send_escapes_to_the_terminal(self):
         with Host() as host, RestClient(host.http_port) as rest:
-            forged = "1.2.3.4\n2026-01-01T00:00:00.000+00:00 info    [Forged] \x1b[31mall is well"
-            self.assertGreaterEqual(rest.put("/controls/ModbusTcp", {"parameters": {"address": forged}}).status, 400)
+            self.add_twice(rest, "x\n2026-01-01T00:00:00.000+00:00 info    [Forged] \x1b[31mall is well")
         self.assertFalse(any(re.match(r"\S+ info +\[Forged\]", line) for line in host.errors if line), host.log())
         self.assertNotIn("\x1b", host.log())
         self.assertIn("[Forged] \\x1b[31mall is well", host.log())
+
+    def add_twice(self, rest, source):
+        """The second output is refused with lines in the log that name the source."""
+        entries = [{"outputId": name, "source": source} for name in ("a", "b")]
+        self.assertEqual(rest.post("/controls/AsciiTcp/outputs/commands/addAll", {"map": entries}).status, 204)
 
     def test_times_carry_the_zone(self):
         with Host() as host:

@@ -143,9 +143,9 @@ RUNNING = [
 
 # The operations that a starting host calls, with a job that enables Ahead. A failure in the first ones keeps the plug-in out.
 AT_START = [(operation, "throwing.so") for operation in
-            ("Make", "Create", "constructor", "AddParamsInternalUpdateEventHandler", "Params")]
+            ("Make", "Create", "constructor", "AddParamsInternalUpdateEventHandler", "Params", "EthernetProtocolId")]
 AT_START += [(operation, fails(operation)) for operation in
-             ("EthernetProtocolId", "Start", "RegisterControlScanResultsHandler", "ResetParams", "LoadPersistDomain",
+             ("Start", "RegisterControlScanResultsHandler", "ResetParams", "LoadPersistDomain",
               "ConfigureDefaultRegisterAssembly")]
 AT_START += [("UpdateMetrics", NO_METRICS), ("GetMetrics", fails("GetMetrics"))]
 
