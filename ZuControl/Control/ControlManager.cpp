@@ -264,26 +264,37 @@ void ControlManager::HookUp()
         registered = true;
     }
     WatchInstances();
-    if (environ.scanStartStopEvent != nullptr)
+    scanStartStopEvent = environ.scanStartStopEvent;
+    if (scanStartStopEvent != nullptr)
     {
-        scanStartStopSubscription =
-            environ.scanStartStopEvent->Subscribe([this](bool started) { LiveStartStopScanEventHandler(started); });
+        scanStartStopHandlerId =
+            scanStartStopEvent->Add([this](bool started) { LiveStartStopScanEventHandler(started); });
     }
-    if (environ.factoryRestoreEvent != nullptr)
+    factoryRestoreEvent = environ.factoryRestoreEvent;
+    if (factoryRestoreEvent != nullptr)
     {
-        factoryRestoreSubscription = environ.factoryRestoreEvent->Subscribe([this] { FactoryRestoreEventHandler(); });
+        factoryRestoreHandlerId = factoryRestoreEvent->Add([this] { FactoryRestoreEventHandler(); });
     }
 }
 
 void ControlManager::Unhook(char const* label) noexcept
 {
+    constexpr char const* TEXT = "Exception thrown in destructor";
     if (registered)
     {
-        Zu::GuardStep(__LINE__, __FILE__, label, "Exception thrown in destructor",
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
                       [this] { environ.persistRegistry->Deregister(persistHandlerId); });
     }
-    scanStartStopSubscription.End(); // the host may fire on another thread meanwhile
-    factoryRestoreSubscription.End();
+    // Both removals wait for a handler that runs on a thread of the host.
+    if (scanStartStopEvent != nullptr && scanStartStopHandlerId.second)
+    {
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT, [this] { scanStartStopEvent->Remove(scanStartStopHandlerId); });
+    }
+    if (factoryRestoreEvent != nullptr && factoryRestoreHandlerId.second)
+    {
+        Zu::GuardStep(__LINE__, __FILE__, label, TEXT,
+                      [this] { factoryRestoreEvent->Remove(factoryRestoreHandlerId); });
+    }
 }
 
 void ControlManager::WatchInstances()

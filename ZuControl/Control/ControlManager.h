@@ -104,8 +104,10 @@ private:
     bool registered = false;
     uint64 persistHandlerId = 0;
     Zu::Event<PersistenceLoadOpState> persistenceLoadEvent;
-    Zu::Subscription scanStartStopSubscription; // of the host's events
-    Zu::Subscription factoryRestoreSubscription;
+    Zu::Event<bool>* scanStartStopEvent = nullptr;
+    Zu::Event<>* factoryRestoreEvent = nullptr;
+    Zu::Event<bool>::CallbackId scanStartStopHandlerId;
+    Zu::Event<>::CallbackId factoryRestoreHandlerId;
 };
 
 } // namespace ZuControl

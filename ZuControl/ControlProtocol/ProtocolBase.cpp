@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuApi/Properties/Metric.h"
 #include "ZuApi/Properties/Value.h"
@@ -45,12 +46,23 @@ ProtocolBase::ProtocolBase(ZuEthernetProtocol protocol, char const* protocolDisp
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
-    opEndSubscription =
-        operations->SubscribeToOperationEnd(protocolId, [this](int status) { OpEndEventHandler(status); });
-    scannerOptional = AskScannerOptional(*environ.deployment);
+    opEndHandlerId = operations->AddOpEndEventHandler(protocolId, [this](int status) { OpEndEventHandler(status); });
+    try
+    {
+        scannerOptional = AskScannerOptional(*environ.deployment);
+    }
+    catch (...) // the destructor will not run: the handler is removed here
+    {
+        operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId);
+        throw;
+    }
 }
 
-ProtocolBase::~ProtocolBase() = default;
+ProtocolBase::~ProtocolBase()
+{
+    // The removal waits for a handler that is running, so it comes before any member is destroyed.
+    ZU_GUARD_DESTRUCTOR([this] { operations->RemoveOpEndEventHandler(protocolId, opEndHandlerId); });
+}
 
 char const* ProtocolBase::DisplayName() const
 {

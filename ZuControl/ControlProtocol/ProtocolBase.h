@@ -176,15 +176,15 @@ private:
     std::atomic<bool> operationInProgress{false};           // publishes `commandStatus` when it becomes false
     std::atomic<ControlRegisterCommandStatus> commandStatus{CommandStatusNone};
     ControlProtocolOperations* const operations;
+    Zu::Event<int>::CallbackId opEndHandlerId;
     IControlHardwareManager* const hardwareManager;
     ZuCommon::ProblemsManager* const problems;
     ZuCommon::ProblemsTracker problemsTracker;
     std::atomic<uint64> lastControlDrops{0};
     bool scannerOptional = false;
 
-    // Last, so that they end first: the fan-out and the operations may still hold a handler of this object.
+    // Last, so that it ends first: the fan-out may still hold a handler of this object.
     Zu::Subscription resultSubscription; // of the latest registration; an earlier one delivers no more
-    Zu::Subscription opEndSubscription;
 };
 
 } // namespace ZuControl::ControlProtocol
