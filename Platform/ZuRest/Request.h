@@ -1,10 +1,13 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace ZuRest
 {
+
+struct Caller;
 
 /// A request from the network, split into its parts.
 struct Request
@@ -17,6 +20,8 @@ struct Request
     std::string ifMatch;
     std::string ifNoneMatch;
     std::string prefer;
+
+    std::shared_ptr<Caller const> caller; ///< null: the process itself asks
 
     /// Called when the request's turn has come, on the thread that processes it. If it returns false, the request is
     /// not carried out and fails with `Zu::Status::BUSY`. An empty function counts as true.

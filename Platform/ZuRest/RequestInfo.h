@@ -2,12 +2,15 @@
 
 #include "wApi/wExport.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace ZuRest
 {
+
+struct Caller;
 
 /// The information that a resource gets about a request.
 struct ZUPLATFORM_API RequestInfo
@@ -29,6 +32,7 @@ struct ZUPLATFORM_API RequestInfo
     bool wantsSchema = false;
     /// The document is only written as text: it and its parts may be values of `JsonText::PartOf`.
     bool isForText = false;
+    std::shared_ptr<Caller const> caller; ///< the sender of the request; null: the process itself reads
 };
 
 } // namespace ZuRest

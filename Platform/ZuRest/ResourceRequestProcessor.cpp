@@ -62,7 +62,9 @@ bool WantsSchema(std::string_view query)
 
 RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
 {
-    return {request.path, match.keys, WantsSchema(request.query)};
+    RequestInfo info(request.path, match.keys, WantsSchema(request.query));
+    info.caller = request.caller;
+    return info;
 }
 
 /// Returns the content interface if it answers this method itself, else null.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+namespace ZuHost
+{
+
+/// One entry of the trail: what was done, by whom, from where, and with what result. All texts are UTF-8.
+struct TrailEntry
+{
+    std::string who;    ///< as `ZuRest::Caller::name`; a protocol ("ModbusTcp"); "host" for the host itself
+    std::string from;   ///< protocol and address: "https 192.0.2.7", "ModbusTcp 192.0.2.9"; empty for the host itself
+    std::string what;   ///< "POST /jobs/a/commands/load", "login", "start", "certificate"
+    std::string before; ///< parameters before, as JSON with secrets masked; empty if there are none
+    std::string after;  ///< parameters after, or arguments, in the same form
+    std::string result; ///< "200", "401", "done", "refused: ..."
+};
+
+/// Takes notes of what is done to the system.
+class ITrail
+{
+public:
+    virtual ~ITrail() = default;
+
+    /// Any thread may call. Does not wait for the disk and does not throw: an entry that cannot be kept goes to the log.
+    virtual void Note(TrailEntry entry) noexcept = 0;
+};
+
+} // namespace ZuHost
