@@ -15,6 +15,9 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuApi/JsonTextWriter.h
     Platform/ZuPlugin/ElfText.h
     Platform/ZuRest/DocumentSinks.h
+    Platform/ZuTls/OpenSsl.h
+    Platform/ZuTls/PeerCheck.h
+    Platform/ZuTls/TicketKeys.h
     Plugins/Common/TcpClients.h
     Plugins/Common/TcpConnection.h
     ZuControl/Control/HardwareResult.h

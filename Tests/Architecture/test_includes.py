@@ -11,7 +11,7 @@ FLOORS = [
     ["Platform/wApi", "Platform/wBeacon", "Platform/ZuApi"],
     ["ZuApi/Properties", "ZuApi/Params", "ZuApi/Threads"],
     ["Platform/ZuCommon", "Platform/ZuPlugin", "Platform/ZuRest", "Platform/ZuVision", "Platform/ZuPipe", "Platform/ZuCore",
-     "Platform/ZuScan", "Platform/ZuStdScanners/ZucSensor"],
+     "Platform/ZuScan", "Platform/ZuStdScanners/ZucSensor", "Platform/ZuTls"],
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
     ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence"],
     ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Http",
