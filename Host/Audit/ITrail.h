@@ -11,9 +11,12 @@ struct TrailEntry
     std::string who;    ///< as `ZuRest::Caller::name`; a protocol ("ModbusTcp"); "host" for the host itself
     std::string from;   ///< protocol and address: "https 192.0.2.7", "ModbusTcp 192.0.2.9"; empty for the host itself
     std::string what;   ///< "POST /jobs/a/commands/load", "login", "start", "certificate"
-    std::string before; ///< parameters before, as JSON with secrets masked; empty if there are none
+    std::string before; ///< parameters before, as JSON; empty if there are none
     std::string after;  ///< parameters after, or arguments, in the same form
     std::string result; ///< "200", "401", "done", "refused: ..."
+
+    /// The entry may come many times a second: entries that differ only in `before` and `after` may be gathered.
+    bool comesInBursts = false;
 };
 
 /// Takes notes of what is done to the system.
@@ -23,6 +26,9 @@ public:
     virtual ~ITrail() = default;
 
     /// Any thread may call. Does not wait for the disk and does not throw: an entry that cannot be kept goes to the log.
+    ///
+    /// The trail masks members with the names of secrets and cuts long texts. Equal entries within a second may be
+    /// gathered: the first is written at once, the others as one entry with their number.
     virtual void Note(TrailEntry entry) noexcept = 0;
 };
 

@@ -20,7 +20,10 @@ namespace ZuHost
 namespace
 {
 
+using Perms = std::filesystem::perms;
+
 constexpr char const* SETTINGS_FILE = "settings.zpset";
+constexpr char const* TRAIL_FILE = "audit.zplog";
 constexpr char const* NEW_FILE = ".new-archive"; // cannot be a job: its name begins with a dot
 constexpr char const* JOURNAL_SUFFIX = "-journal";
 
@@ -32,6 +35,15 @@ std::filesystem::path JournalOf(std::filesystem::path file)
 std::filesystem::path KeptName(std::filesystem::path file, uint64 number)
 {
     return file += ".damaged-" + std::to_string(number);
+}
+
+/// Takes the rights of other users away. Ignores a file that does not exist or belongs to another user.
+void RestrictToOwner(std::filesystem::path const& file)
+{
+    std::error_code error;
+    std::filesystem::permissions(file, Perms::owner_read | Perms::owner_write,
+                                 std::filesystem::perm_options::replace | std::filesystem::perm_options::nofollow,
+                                 error);
 }
 
 void CheckCall(int result, char const* what, std::filesystem::path const& file)
@@ -48,7 +60,10 @@ void CheckCall(int result, char const* what, std::filesystem::path const& file)
 DataFolder::DataFolder(std::filesystem::path newPath) : path(std::move(newPath))
 {
     std::error_code error;
-    std::filesystem::create_directories(path, error);
+    if (std::filesystem::create_directories(path, error))
+    {
+        std::filesystem::permissions(path, Perms::owner_all, error);
+    }
     descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
     {
@@ -61,6 +76,8 @@ DataFolder::DataFolder(std::filesystem::path newPath) : path(std::move(newPath))
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "The data folder '%s' belongs to another host that runs", path.c_str());
     }
     // The host also starts on a file system that has no locks or is read-only.
+    RestrictToOwner(SettingsFile()); // it may hold secrets
+    RestrictToOwner(TrailFile());
 }
 
 DataFolder::~DataFolder()
@@ -76,6 +93,23 @@ std::filesystem::path DataFolder::JobFile(JobName const& name) const
 std::filesystem::path DataFolder::SettingsFile() const
 {
     return path / SETTINGS_FILE;
+}
+
+std::filesystem::path DataFolder::TrailFile() const
+{
+    return path / TRAIL_FILE;
+}
+
+std::string DataFolder::WideAccess() const
+{
+    std::error_code error;
+    Perms const rights = std::filesystem::status(path, error).permissions();
+    if (error || (rights & (Perms::group_all | Perms::others_all)) == Perms::none)
+    {
+        return {};
+    }
+    return "Other users can reach the data folder '" + path.string() + "'. To keep them out: chmod 700 " +
+           path.string();
 }
 
 std::vector<JobName> DataFolder::Jobs() const
@@ -108,6 +142,10 @@ void DataFolder::Install(std::filesystem::path const& newFile, std::filesystem::
     // SQLite would apply a journal of the old file to the new one.
     int const removed = unlink(JournalOf(target).c_str());
     CheckCall(removed != 0 && errno == ENOENT ? 0 : removed, "removed", JournalOf(target));
+    if (target == SettingsFile())
+    {
+        RestrictToOwner(newFile);
+    }
     CheckCall(std::rename(newFile.c_str(), target.c_str()), "written", target);
     Synchronise();
 }
@@ -142,7 +180,7 @@ void DataFolder::CheckRoom(std::filesystem::path const& newFile, std::filesystem
         }
         jobs += JobName::OfFile(entry.path().filename().string()).has_value() ? 1 : 0;
         bytes += size;
-        largest = std::max(largest, size);
+        largest = entry.path() == TrailFile() ? largest : std::max(largest, size); // no job
     }
     if (jobs > MAX_JOBS || bytes > QUOTA_BYTES)
     {

@@ -13,7 +13,8 @@ namespace ZuHost
 ///
 /// Jobs that clients add have a quota, and leave a reserve on the disk for the saves of the loaded job.
 ///
-/// Each change is durable when the operation returns. Any thread may read; only one thread at a time may change files.
+/// Each change is durable when the operation returns. Any thread may read; only one thread at a time may change files,
+/// apart from the trail's.
 class DataFolder final
 {
 public:
@@ -22,7 +23,7 @@ public:
     static constexpr uint64 LEAST_RESERVE_BYTES = 4 * 1024 * 1024; ///< of the disk
     static constexpr std::size_t KEPT_FILES = 5;                   ///< damaged files that are kept for each file
 
-    /// Makes the folder if it does not exist. Throws `Zu::Status::BAD_ARGUMENT` with one line for the user when that
+    /// Makes the folder if it does not exist, for its owner alone. Throws `Zu::Status::BAD_ARGUMENT` with one line for the user when that
     /// fails, when the path is no folder, or when another host uses it.
     explicit DataFolder(std::filesystem::path newPath);
     ~DataFolder();
@@ -34,6 +35,12 @@ public:
 
     /// The file of the settings that belong to the protocols and not to a job.
     std::filesystem::path SettingsFile() const;
+
+    /// The file of the trail. Its own thread writes and replaces it.
+    std::filesystem::path TrailFile() const;
+
+    /// A sentence for the user if other users can read or write the folder; empty if they cannot.
+    std::string WideAccess() const;
 
     /// The names of the jobs, sorted.
     std::vector<JobName> Jobs() const;
