@@ -32,9 +32,9 @@ std::string PathOf(std::string const& typeName)
 
 } // namespace
 
-Application::Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
-                         std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins,
-                         LogScope const& log)
+Application::Application(Options const& newOptions, HttpServer::Settings const& httpSettings,
+                         DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
+                         PluginClinic::Admission const& plugins, LogScope const& log)
     : options(newOptions),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
@@ -43,12 +43,7 @@ Application::Application(Options const& newOptions, std::string const& token, Da
       jobsResources(sensorModule.Router(), jobs),
       httpServer(sensorModule.RequestProcessor())
 {
-    HttpServer::Settings settings;
-    settings.address = options.httpAddress;
-    settings.port = options.httpPort;
-    settings.token = token;
-    settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
-    httpServer.Listen(settings); // first: a port that is taken is told before anything runs
+    ListenForRestClients(httpSettings); // first: a port that is taken is told before anything runs
     OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
@@ -68,6 +63,19 @@ Application::Application(Options const& newOptions, std::string const& token, Da
         problems, [this] { return sensorModule.Module().Vitals(); }, limits, [&log] { return log.Faults(); });
     hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
                           [this] { return watch->Faults(); });
+}
+
+void Application::ListenForRestClients(HttpServer::Settings const& settings)
+{
+    httpServer.Listen(settings);
+    if (!httpServer.IsPlainLocal())
+    {
+        problems.Add(
+            ZuCommon::ProblemsManager::SEVERITY_WARNING, "REST service",
+            "The REST service on %1$s is not encrypted (--insecure): everyone on the network can read its tokens "
+            "and change its answers",
+            httpServer.Endpoint().c_str());
+    }
 }
 
 Application::~Application()
@@ -137,6 +145,10 @@ std::vector<Application::Listener> Application::Start()
     watch->Start();
     httpServer.Start(); // a client finds what was asked for on the command line done
     std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
+    if (std::string const endpoint = httpServer.EncryptedEndpoint(); !endpoint.empty())
+    {
+        listeners.push_back({"https", endpoint});
+    }
     for (std::string const& typeName : Controls().List())
     {
         ZuControl::IControlInstance& instance = Controls().GetInstance(typeName);

@@ -34,7 +34,7 @@ class LogScope;
 class Application final
 {
 public:
-    /// A protocol, or "http", and its address: "127.0.0.1:1502".
+    /// A protocol, or "http" or "https", and its address: "127.0.0.1:1502".
     struct Listener
     {
         std::string name;
@@ -43,11 +43,11 @@ public:
         bool operator==(Listener const&) const = default;
     };
 
-    /// Binds the address of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
-    /// makes a new one. Each plug-in that was not admitted becomes a problem. The REST service asks for `token` unless
-    /// it is empty. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// Binds the addresses of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
+    /// makes a new one. Each plug-in that was not admitted becomes a problem. REST beyond this machine without
+    /// encryption is a problem. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
     /// `HttpServer::Listen` do.
-    Application(Options const& newOptions, std::string const& token, DataFolder const& dataFolder,
+    Application(Options const& newOptions, HttpServer::Settings const& httpSettings, DataFolder const& dataFolder,
                 std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins, LogScope const& log);
     ~Application(); ///< stops, then ends the protocols
 
@@ -73,6 +73,7 @@ public:
 
 private:
     void LoadPlugins(PluginClinic::Admission const& plugins);
+    void ListenForRestClients(HttpServer::Settings const& settings);
     void RaiseComplaint(std::string const& sentence);
     void BeginJob();
     void LetLoadsRunAlone();

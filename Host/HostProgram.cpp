@@ -13,6 +13,7 @@
 #include "Host/Store/DataFolder.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
+#include "ZuTls/Context.h"
 
 #include <ostream>
 #include <unistd.h>
@@ -26,6 +27,7 @@ namespace
 constexpr int EXIT_FINE = 0;
 constexpr int EXIT_BROKEN = 1;
 constexpr int EXIT_BAD_INPUT = 2;
+constexpr uint64 USEC_PER_SECOND = 1'000'000;
 
 void CheckPluginFolders(Options const& options)
 {
@@ -49,15 +51,27 @@ std::unique_ptr<IProfileSource> MakeSource(Options const& options)
     return std::make_unique<Replay>(ReadPcd(options.replayFile));
 }
 
-/// The token that REST clients are asked for; refuses an address that may not be used without one.
-std::string CheckHttp(Options const& options)
+/// The addresses of the REST service, its token and its certificate. Refuses an address that may not be used without them.
+HttpServer::Settings CheckHttp(Options const& options)
 {
     HttpServer::Settings settings;
     settings.address = options.httpAddress;
     settings.port = options.httpPort;
+    settings.isInsecure = options.isInsecure;
+    settings.httpsAddress = options.httpsAddress;
+    settings.httpsPort = options.httpsPort;
     settings.token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
     HttpServer::Check(settings);
-    return settings.token;
+    return settings;
+}
+
+std::shared_ptr<ZuTls::Context const> ReadCertificate(Options const& options)
+{
+    ZuTls::Settings settings;
+    settings.certificateFile = options.certificateFile;
+    settings.keyFile = options.keyFile;
+    return std::make_shared<ZuTls::Context>(ZuTls::Side::SERVER, settings);
 }
 
 /// Keeps the present token if the file has none.
@@ -84,7 +98,11 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
                int& failureStatus)
 {
     OrderlyStop::SetStep("reading the files of the command line");
-    std::string const token = CheckHttp(options);
+    HttpServer::Settings httpSettings = CheckHttp(options);
+    if (!options.httpsAddress.empty())
+    {
+        httpSettings.tls = ReadCertificate(options);
+    }
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
     DataFolder const dataFolder(options.dataFolder);
@@ -98,7 +116,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
-    Application application(options, token, dataFolder, std::move(source), plugins, log);
+    Application application(options, httpSettings, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;

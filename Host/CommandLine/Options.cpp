@@ -19,6 +19,10 @@ namespace
 enum OptionCode : int
 {
     HTTP = 256, // above all characters: there are no short options
+    HTTPS,
+    CERTIFICATE,
+    KEY,
+    INSECURE,
     KEEP_ALIVE,
     OPERATION_LIMIT,
     STOP_LIMIT,
@@ -41,6 +45,10 @@ enum OptionCode : int
 
 constexpr std::array OPTION_TABLE{
     option{"http", required_argument, nullptr, HTTP},
+    option{"https", required_argument, nullptr, HTTPS},
+    option{"certificate", required_argument, nullptr, CERTIFICATE},
+    option{"key", required_argument, nullptr, KEY},
+    option{"insecure", no_argument, nullptr, INSECURE},
     option{"keep-alive", required_argument, nullptr, KEEP_ALIVE},
     option{"operation-limit", required_argument, nullptr, OPERATION_LIMIT},
     option{"stop-limit", required_argument, nullptr, STOP_LIMIT},
@@ -122,7 +130,7 @@ uint64 ParseSeconds(char const* optionName, std::string const& text, uint64 most
 }
 
 /// Splits "127.0.0.1:8080" or "[::1]:8080". The server checks whether the address is valid and may be used.
-void ParseHttp(std::string const& text, Options& options)
+void ParseEndpoint(char const* optionName, std::string const& text, std::string& parsedAddress, uint16& parsedPort)
 {
     std::size_t const colon = std::min(text.rfind(':'), text.size());
     std::string address = text.substr(0, colon);
@@ -140,11 +148,11 @@ void ParseHttp(std::string const& text, Options& options)
     if (address.empty() || result.ec != std::errc{} || result.ptr != end)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "option '--http': '%s' is not of the form ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080",
-                 text.c_str());
+                 "option '--%s': '%s' is not of the form ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080",
+                 optionName, text.c_str());
     }
-    options.httpAddress = std::move(address);
-    options.httpPort = port;
+    parsedAddress = std::move(address);
+    parsedPort = port;
 }
 
 /// The job's name must be usable as the name of a file.
@@ -185,7 +193,19 @@ void Apply(int code, std::string const& text, Options& options)
     switch (code)
     {
     case HTTP:
-        ParseHttp(text, options);
+        ParseEndpoint("http", text, options.httpAddress, options.httpPort);
+        break;
+    case HTTPS:
+        ParseEndpoint("https", text, options.httpsAddress, options.httpsPort);
+        break;
+    case CERTIFICATE:
+        options.certificateFile = ParseNotEmpty("certificate", text);
+        break;
+    case KEY:
+        options.keyFile = ParseNotEmpty("key", text);
+        break;
+    case INSECURE:
+        options.isInsecure = true;
         break;
     case TOKEN:
         options.tokenFile = ParseNotEmpty("token", text);
@@ -251,6 +271,22 @@ bool IsToShow(Options::Request request)
     return request == Options::Request::SHOW_HELP || request == Options::Request::SHOW_VERSION;
 }
 
+void CheckTogether(Options const& options)
+{
+    if (options.partStandsStill && !options.replayFile.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "options '--still' and '--replay' exclude each other");
+    }
+    if (options.certificateFile.empty() != options.keyFile.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "options '--certificate' and '--key' need each other");
+    }
+    if (!options.certificateFile.empty() && options.httpsAddress.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--certificate' needs '--https', which serves it");
+    }
+}
+
 } // namespace
 
 Options ParseOptions(std::vector<std::string> const& words)
@@ -291,10 +327,7 @@ Options ParseOptions(std::vector<std::string> const& words)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "'%s' is no option", words[static_cast<std::size_t>(optind)].c_str());
     }
-    if (options.partStandsStill && !options.replayFile.empty())
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "options '--still' and '--replay' exclude each other");
-    }
+    CheckTogether(options);
     return options;
 }
 
@@ -304,6 +337,10 @@ std::string HelpText()
            "A scanning sensor on the desk, joined to factory automation.\n"
            "\n"
            "  --http ADDRESS:PORT  where the REST service listens; port 0: a free one (127.0.0.1:8080)\n"
+           "  --https ADDRESS:PORT where the REST service listens for HTTPS as well; port 0: a free one\n"
+           "  --certificate FILE   the certificate for HTTPS, with the authorities between it and the root\n"
+           "  --key FILE           the private key of the certificate\n"
+           "  --insecure           let --http take any address, without encryption\n"
            "  --keep-alive SECONDS how often a stream without news sends a comment (15)\n"
            "  --token FILE         ask REST clients for the bearer token in this file; any address but one of this\n"
            "                       machine alone needs it\n"

@@ -55,10 +55,15 @@ struct Options
     static constexpr uint64 MAX_STOP_LIMIT_SECONDS = 3600;
 
     Request request = Request::RUN;
-    std::string httpAddress = "127.0.0.1";               ///< of the REST service
-    uint16 httpPort = 8080;                              ///< 0: a free port
-    uint64 keepAliveSeconds = 15;                        ///< interval of comments on an event stream without news
-    std::filesystem::path tokenFile;                     ///< empty: the REST service asks for no token
+    std::string httpAddress = "127.0.0.1"; ///< of the REST service
+    uint16 httpPort = 8080;                ///< 0: a free port
+    bool isInsecure = false;               ///< the REST service may be open beyond this machine without TLS
+    std::string httpsAddress;              ///< of the REST service over TLS; empty: none
+    uint16 httpsPort = 0;                  ///< 0: a free port
+    std::filesystem::path certificateFile; ///< for TLS; empty: the host makes its own
+    std::filesystem::path keyFile;         ///< empty if and only if there is no certificate file
+    uint64 keepAliveSeconds = 15;          ///< interval of comments on an event stream without news
+    std::filesystem::path tokenFile;       ///< empty: the REST service asks for no token
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     JobName jobName{"default"};
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program

@@ -47,13 +47,13 @@ struct HttpConnection::EventStream
 
 IHttpService::~IHttpService() = default;
 
-HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand, asio::ip::address newSource)
+HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand, HttpClient newClient)
     : service(owningService),
       limits(service.Limits()),
       strand(std::move(newStrand)),
-      source(std::move(newSource)),
+      peer(std::move(newClient)),
       timer(strand),
-      reader(service.Token(), service.IsLocal(), service.Budget())
+      reader(service.Token(), peer.isLocal, peer.isEncrypted, service.Budget())
 {
 }
 
@@ -105,6 +105,14 @@ void HttpConnection::OnHandshake(error_code const& error)
         {
             BeginRequest();
         }
+    });
+}
+
+void HttpConnection::OnRefusedHandshake(std::string sentence)
+{
+    Guarded([&] {
+        heldRefusal = Refusal(HttpStatus::BAD_REQUEST, Zu::Status::BAD_FORMAT, std::move(sentence));
+        OnHandshake({});
     });
 }
 
@@ -280,7 +288,7 @@ void HttpConnection::ParseRequest()
 void HttpConnection::DelayRefusal()
 {
     heldRefusal = reader.TakeRefusal();
-    if (uint64 const delayUsec = service.NoteWrongToken(source); delayUsec != 0)
+    if (uint64 const delayUsec = service.NoteWrongToken(peer.source); delayUsec != 0)
     {
         Enter(Phase::DELAY, delayUsec);
     }

@@ -36,6 +36,14 @@ class ByteBudget;
 class CurrentToken;
 class HttpConnection;
 
+/// The other end of a connection.
+struct HttpClient
+{
+    boost::asio::ip::address source; ///< its address, as limits count it: see `ClientSource`
+    bool isLocal = false;            ///< only clients of this machine reach the listener
+    bool isEncrypted = false;        ///< the connection is
+};
+
 /// The server as its connections see it. It outlives them. All operations are thread-safe.
 class IHttpService
 {
@@ -47,14 +55,14 @@ public:
     /// The token that requests must show now.
     virtual CurrentToken const& Token() const = 0;
 
-    /// Whether only clients of this machine reach the server.
-    virtual bool IsLocal() const = 0;
-
     /// For the bytes behind the headers of the requests of all connections.
     virtual ByteBudget& Budget() = 0;
 
     /// Notes a request of `source` with a wrong token. Returns the time for which its refusal waits.
     virtual uint64 NoteWrongToken(boost::asio::ip::address const& source) = 0;
+
+    /// Notes a TLS handshake with `source` that failed for `reason`, a part of a sentence.
+    virtual void NoteHandshakeFault(boost::asio::ip::address const& source, std::string const& reason) = 0;
 
     /// Carries out a request of `client`. Calls `HttpConnection::TakeOutcome` once, on any thread, perhaps within this
     /// call.
@@ -69,8 +77,8 @@ public:
 
 /// The connection of one client, from the accept to the close: its phases with their deadlines, and its answers.
 ///
-/// The class has no socket. The derived class `HttpSession` has the stream: it executes the reads and writes that this
-/// class starts and reports their results.
+/// The class has no socket. The derived classes `HttpSession` and `TlsSession` have the stream: they execute the reads and
+/// writes that this class starts and report their results.
 /// Ownership: the pending operations of the connection share it, and so does a request that is being carried out.
 /// Threads: all data belongs to the strand. The public operations are thread-safe and continue on the strand.
 class HttpConnection : public std::enable_shared_from_this<HttpConnection>
@@ -112,13 +120,18 @@ public:
     /// The address of the client, as limits count it.
     boost::asio::ip::address const& Source() const noexcept
     {
-        return source;
+        return peer.source;
     }
 
 protected:
     using Buffers = std::array<boost::asio::const_buffer, 2>;
 
-    HttpConnection(IHttpService& owningService, Strand newStrand, boost::asio::ip::address newSource);
+    HttpConnection(IHttpService& owningService, Strand newStrand, HttpClient newClient);
+
+    IHttpService& Service() noexcept
+    {
+        return service;
+    }
 
     // Operations of the stream. This class calls them on the strand.
     virtual void StartHandshake() = 0;                            ///< ends with `OnHandshake`
@@ -129,6 +142,7 @@ protected:
 
     // Ends of operations. The derived class calls them on the strand.
     void OnHandshake(boost::system::error_code const& error);
+    void OnRefusedHandshake(std::string sentence); ///< writes a 400 with the sentence, and closes
     void OnRead(boost::system::error_code const& error, std::size_t count);
     void OnWritten(boost::system::error_code const& error);
 
@@ -190,7 +204,7 @@ private:
     IHttpService& service;
     HttpServer::Settings const& limits;
     Strand const strand;
-    boost::asio::ip::address const source;
+    HttpClient const peer;
     IdleClock idle;
 
     Phase phase = Phase::HANDSHAKE;

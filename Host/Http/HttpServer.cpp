@@ -4,22 +4,26 @@
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/ClientSource.h"
 #include "Host/Http/ConnectionTable.h"
+#include "Host/Http/HandshakeFaults.h"
+#include "Host/Http/HttpListener.h"
 #include "Host/Http/HttpSession.h"
 #include "Host/Http/RequestQueue.h"
+#include "Host/Http/TlsSession.h"
 #include "Host/Http/WrongTokens.h"
 #include "ZuApi/Guard.h"
 #include "ZuRest/Problem.h"
+#include "ZuTls/Context.h"
+#include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 #include "wApi/wTime.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/beast/core/basic_stream.hpp>
-#include <boost/system/system_error.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <openssl/ssl.h>
 
 #include <array>
-#include <chrono>
 #include <optional>
 
 namespace ZuHost
@@ -34,68 +38,106 @@ using Outcome = ZuRest::ResourceRequestProcessor::Outcome;
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
 using Strand = HttpConnection::Strand;
-using Socket = asio::basic_stream_socket<tcp, Strand>;
-using TcpStream = boost::beast::basic_stream<tcp, Strand>;
+using Socket = HttpListener::Socket;
+using TcpStream = TlsSession::TcpStream;
+using TlsContext = std::shared_ptr<asio::ssl::context>;
 
-constexpr std::chrono::milliseconds ACCEPT_RETRY{100};
 constexpr uint64 MAX_REFUSED =
     64; // connections beyond the limit that are answered 503; further ones are closed at once
 
-std::string EndpointText(std::string const& address, uint16 port)
+asio::ip::address ParseAddress(std::string const& text, uint16 port)
 {
-    bool const isVersion6 = address.find(':') != std::string::npos;
-    return (isVersion6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
-}
-
-int32 StatusOf(error_code const& error)
-{
-    namespace errors = boost::system::errc;
-    if (error == errors::address_in_use)
-    {
-        return Zu::Status::BUSY;
-    }
-    return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
-}
-
-/// The address in the settings. Throws as `HttpServer::Check` does.
-asio::ip::address AddressOf(HttpServer::Settings const& settings)
-{
-    std::string const where = EndpointText(settings.address, settings.port);
     error_code error;
-    auto const address = asio::ip::make_address(settings.address, error);
+    auto const address = asio::ip::make_address(text, error);
     if (error)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "The REST service cannot listen on %s: the address is not an IP address",
-                 where.c_str());
-    }
-    if (!address.is_loopback() && settings.token.empty())
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
-                 where.c_str(), unsigned{settings.port});
+                 HttpListener::TextOf(text, port).c_str());
     }
     return address;
 }
 
+void CheckToken(asio::ip::address const& address, uint16 port, std::string const& token)
+{
+    if (!address.is_loopback() && token.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
+                 HttpListener::TextOf(address.to_string(), port).c_str(), unsigned{port});
+    }
+}
+
+/// The address of the listener for HTTP. Throws as `HttpServer::Check` does.
+asio::ip::address PlainAddress(HttpServer::Settings const& settings)
+{
+    auto const address = ParseAddress(settings.address, settings.port);
+    if (!address.is_loopback() && !settings.isInsecure)
+    {
+        std::string const where = HttpListener::TextOf(settings.address, settings.port);
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "The REST service does not listen on %s without encryption: give --https %s in place of --http, or "
+                 "--insecure as well",
+                 where.c_str(), where.c_str());
+    }
+    CheckToken(address, settings.port, settings.token);
+    return address;
+}
+
+/// As `PlainAddress`, of the listener for HTTPS.
+asio::ip::address EncryptedAddress(HttpServer::Settings const& settings)
+{
+    auto const address = ParseAddress(settings.httpsAddress, settings.httpsPort);
+    CheckToken(address, settings.httpsPort, settings.token);
+    return address;
+}
+
+/// Empty for null.
+std::string TextOf(HttpListener const* listener)
+{
+    return listener == nullptr
+               ? std::string()
+               : HttpListener::TextOf(listener->Endpoint().address().to_string(), listener->Endpoint().port());
+}
+
+/// Asio's view of a context: it shares the inner object of OpenSSL.
+TlsContext ShareWithAsio(ZuTls::Context const& tls)
+{
+    SSL_CTX_up_ref(tls.Native());
+    return std::make_shared<asio::ssl::context>(tls.Native());
+}
+
+HttpClient ClientOf(Socket& socket, bool isLocal, bool isEncrypted)
+{
+    error_code ignored;
+    socket.set_option(tcp::no_delay(true), ignored); // without this option answers are slower, but correct
+    return {ClientSource(socket.remote_endpoint(ignored).address()), isLocal, isEncrypted};
+}
+
 } // namespace
 
-/// The listener, the connections and the threads, from `Listen` to the next stop.
+/// The listeners, the connections and the threads, from `Listen` to the next stop.
 ///
-/// The acceptor and its timer belong to the strand once the threads run.
+/// The listeners belong to the strand once the threads run.
 class HttpServer::Core final : public IHttpService
 {
 public:
-    Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens, Settings const& usedSettings);
+    Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens, HandshakeFaults& usedFaults,
+         Settings const& usedSettings);
     ~Core() override;
 
     Core(Core const&) = delete;
     Core& operator=(Core const&) = delete;
 
-    tcp::endpoint const& Endpoint() const
+    HttpListener const& Plain() const
     {
-        return endpoint;
+        return plain;
+    }
+
+    /// Null if there is no HTTPS.
+    HttpListener const* Encrypted() const
+    {
+        return encrypted.has_value() ? &*encrypted : nullptr;
     }
 
     bool IsServing() const
@@ -120,9 +162,11 @@ public:
         token.Set(std::move(newToken));
     }
 
-    bool IsLocal() const override
+    void SetTls(ZuTls::Context const& newTls)
     {
-        return endpoint.address().is_loopback();
+        TlsContext shared = ShareWithAsio(newTls);
+        Zu::MutexLock const guard(tlsMutex);
+        tls.swap(shared);
     }
 
     ByteBudget& Budget() override
@@ -133,6 +177,11 @@ public:
     uint64 NoteWrongToken(asio::ip::address const& source) override
     {
         return wrongTokens.Note(source, wTime_NowUsec());
+    }
+
+    void NoteHandshakeFault(asio::ip::address const& source, std::string const& reason) override
+    {
+        handshakeFaults.Note(source.to_string(), reason, wTime_NowUsec());
     }
 
     void Process(std::shared_ptr<HttpConnection> const& client, ZuRest::Request request) override;
@@ -150,11 +199,10 @@ private:
 
     static int RunThread(void* argument);
 
-    tcp::endpoint Listen();
-    void Accept();
-    void OnAccept(error_code const& error, Socket socket);
-    void RetryAccept();
-    void Welcome(Socket socket);
+    TlsContext Tls() const;
+    void WelcomePlain(Socket socket);
+    void WelcomeEncrypted(Socket socket);
+    void Welcome(Client const& connection);
     bool MakeRoom();
     void BeginStop();
     void ForEach(void (HttpConnection::*step)());
@@ -164,6 +212,7 @@ private:
     CurrentToken token{settings.token};
     ZuRest::ResourceRequestProcessor& processor;
     WrongTokens& wrongTokens;
+    HandshakeFaults& handshakeFaults;
     ByteBudget budget{MAX_BYTES_IN_ALL};
 
     ConnectionTable connections;
@@ -171,9 +220,10 @@ private:
     asio::io_context context{static_cast<int>(THREADS)}; // behind the connections: its handlers share them
     RequestQueue requests{context, THREADS - 1};
     Strand strand{asio::make_strand(context)};
-    asio::basic_socket_acceptor<tcp, Strand> acceptor{strand};
-    asio::basic_waitable_timer<Clock, asio::wait_traits<Clock>, Strand> acceptRetry{strand};
-    tcp::endpoint const endpoint;
+    mutable Zu::Mutex tlsMutex; // a leaf
+    TlsContext tls ZU_GUARDED_BY(tlsMutex);
+    HttpListener plain;
+    std::optional<HttpListener> encrypted;
 
     std::optional<WorkGuard> keepsRunning; // from `Serve` on. Of the owner, as the two below
     std::array<wThread, THREADS> threads;
@@ -181,9 +231,20 @@ private:
 };
 
 HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens,
-                       Settings const& usedSettings)
-    : settings(usedSettings), processor(usedProcessor), wrongTokens(usedTokens), endpoint(Listen())
+                       HandshakeFaults& usedFaults, Settings const& usedSettings)
+    : settings(usedSettings),
+      processor(usedProcessor),
+      wrongTokens(usedTokens),
+      handshakeFaults(usedFaults),
+      plain(context, strand, PlainAddress(settings), settings.port,
+            [this](Socket socket) { WelcomePlain(std::move(socket)); })
 {
+    if (!settings.httpsAddress.empty())
+    {
+        SetTls(*settings.tls);
+        encrypted.emplace(context, strand, EncryptedAddress(settings), settings.httpsPort,
+                          [this](Socket socket) { WelcomeEncrypted(std::move(socket)); });
+    }
 }
 
 HttpServer::Core::~Core()
@@ -202,25 +263,6 @@ HttpServer::Core::~Core()
     EndThreads();
 }
 
-/// Returns the bound address.
-tcp::endpoint HttpServer::Core::Listen()
-{
-    tcp::endpoint const wanted(AddressOf(settings), settings.port);
-    try
-    {
-        acceptor.open(wanted.protocol());
-        acceptor.set_option(tcp::acceptor::reuse_address(true)); // connections of the previous run may still be closing
-        acceptor.bind(wanted);
-        acceptor.listen();
-        return acceptor.local_endpoint();
-    }
-    catch (boost::system::system_error const& error)
-    {
-        ZU_THROW(StatusOf(error.code()), "The REST service cannot listen on %s: %s",
-                 EndpointText(settings.address, settings.port).c_str(), error.code().message().c_str());
-    }
-}
-
 void HttpServer::Core::Serve()
 {
     keepsRunning.emplace(context.get_executor());
@@ -233,7 +275,13 @@ void HttpServer::Core::Serve()
             ZU_CHECK(wThread_SetName(thread, ("Http.Worker" + std::to_string(started)).c_str()));
             ZU_CHECK(wThread_Start(thread, &Core::RunThread, &context));
         }
-        asio::post(strand, [this] { Accept(); });
+        asio::post(strand, [this] {
+            plain.Accept();
+            if (encrypted.has_value())
+            {
+                encrypted->Accept();
+            }
+        });
     }
     catch (...)
     {
@@ -262,47 +310,26 @@ void HttpServer::Core::EndThreads() noexcept
     }
 }
 
-void HttpServer::Core::Accept()
+TlsContext HttpServer::Core::Tls() const
 {
-    acceptor.async_accept(asio::make_strand(context),
-                          [this](error_code const& error, Socket socket) { OnAccept(error, std::move(socket)); });
+    Zu::MutexLock const guard(tlsMutex);
+    return tls;
 }
 
-void HttpServer::Core::OnAccept(error_code const& error, Socket socket)
+void HttpServer::Core::WelcomePlain(Socket socket)
 {
-    if (!acceptor.is_open())
-    {
-        return; // the server stops
-    }
-    bool const isDone = !error && ZU_GUARD_BOUNDARY([this, &socket] {
-        Welcome(std::move(socket));
-        Accept();
-    });
-    if (!isDone)
-    {
-        RetryAccept();
-    }
+    HttpClient client = ClientOf(socket, plain.IsLocal(), false);
+    Welcome(std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)), std::move(client)));
 }
 
-/// Waits before the next attempt, which would fail at once too: the system has no descriptor or memory left.
-void HttpServer::Core::RetryAccept()
+void HttpServer::Core::WelcomeEncrypted(Socket socket)
 {
-    acceptRetry.expires_after(ACCEPT_RETRY);
-    acceptRetry.async_wait([this](error_code const& error) {
-        if (!error && acceptor.is_open())
-        {
-            Accept();
-        }
-    });
+    HttpClient client = ClientOf(socket, encrypted->IsLocal(), true);
+    Welcome(std::make_shared<TlsSession>(*this, TcpStream(std::move(socket)), *Tls(), std::move(client)));
 }
 
-void HttpServer::Core::Welcome(Socket socket)
+void HttpServer::Core::Welcome(Client const& connection)
 {
-    error_code ignored; // without this option answers are slower, but correct
-    socket.set_option(tcp::no_delay(true), ignored);
-    asio::ip::address source = ClientSource(socket.remote_endpoint(ignored).address());
-    auto const connection =
-        std::make_shared<HttpSession<TcpStream>>(*this, TcpStream(std::move(socket)), std::move(source));
     uint64 const others = connections.Add(connection);
     bool const isBeyondAll = others >= settings.maxConnections + MAX_REFUSED;
     if (others < settings.maxConnections || (!isBeyondAll && MakeRoom()))
@@ -354,9 +381,11 @@ void HttpServer::Core::Forget(HttpConnection& connection) noexcept
 
 void HttpServer::Core::BeginStop()
 {
-    error_code ignored;
-    acceptor.close(ignored);
-    acceptRetry.cancel();
+    plain.Close();
+    if (encrypted.has_value())
+    {
+        encrypted->Close();
+    }
     connections.EndAdding();
     ForEach(&HttpConnection::BeginStop);
 }
@@ -370,7 +399,9 @@ void HttpServer::Core::ForEach(void (HttpConnection::*step)())
 }
 
 HttpServer::HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor)
-    : processor(usedProcessor), wrongTokens(std::make_unique<WrongTokens>())
+    : processor(usedProcessor),
+      wrongTokens(std::make_unique<WrongTokens>()),
+      handshakeFaults(std::make_unique<HandshakeFaults>())
 {
 }
 
@@ -381,7 +412,11 @@ HttpServer::~HttpServer()
 
 void HttpServer::Check(Settings const& settings)
 {
-    AddressOf(settings);
+    PlainAddress(settings);
+    if (!settings.httpsAddress.empty())
+    {
+        EncryptedAddress(settings);
+    }
 }
 
 void HttpServer::Listen(Settings const& settings)
@@ -390,7 +425,7 @@ void HttpServer::Listen(Settings const& settings)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    core = std::make_unique<Core>(processor, *wrongTokens, settings);
+    core = std::make_unique<Core>(processor, *wrongTokens, *handshakeFaults, settings);
 }
 
 void HttpServer::Start()
@@ -415,10 +450,27 @@ void HttpServer::SetToken(std::string token)
     }
 }
 
+void HttpServer::SetTls(std::shared_ptr<ZuTls::Context const> const& tls)
+{
+    if (core != nullptr && core->Encrypted() != nullptr)
+    {
+        core->SetTls(*tls);
+    }
+}
+
 std::string HttpServer::Endpoint() const
 {
-    return core != nullptr ? EndpointText(core->Endpoint().address().to_string(), core->Endpoint().port())
-                           : std::string();
+    return core != nullptr ? TextOf(&core->Plain()) : std::string();
+}
+
+bool HttpServer::IsPlainLocal() const
+{
+    return core->Plain().IsLocal();
+}
+
+std::string HttpServer::EncryptedEndpoint() const
+{
+    return core != nullptr ? TextOf(core->Encrypted()) : std::string();
 }
 
 uint64 HttpServer::WrongTokenCount() const
@@ -428,7 +480,12 @@ uint64 HttpServer::WrongTokenCount() const
 
 uint16 HttpServer::Port() const
 {
-    return core != nullptr ? core->Endpoint().port() : uint16{0};
+    return core != nullptr ? core->Plain().Endpoint().port() : uint16{0};
+}
+
+uint16 HttpServer::EncryptedPort() const
+{
+    return core != nullptr && core->Encrypted() != nullptr ? core->Encrypted()->Endpoint().port() : uint16{0};
 }
 
 } // namespace ZuHost

@@ -10,9 +10,15 @@ namespace ZuRest
 class ResourceRequestProcessor;
 }
 
+namespace ZuTls
+{
+class Context;
+}
+
 namespace ZuHost
 {
 
+class HandshakeFaults;
 class WrongTokens;
 
 /// The HTTP server of the host: passes the requests of clients to the resources, and the answers to the clients.
@@ -21,6 +27,7 @@ class WrongTokens;
 /// the requests; one thread always stays free, so that blocking resources never hold up the I/O (see `RequestQueue`).
 /// Every resource that a client can occupy is bounded: connections, the bytes of one request and of all together,
 /// waiting reports of a slow client, and the time of each phase.
+/// It has a listener for HTTP and may have one for HTTPS. Their connections share all bounds.
 /// Ownership: the processor and the resources behind it outlive the server.
 /// Threads: "Http.Worker0" and so on, from `Start` to `Stop`. One thread at a time calls the operations.
 class HttpServer final
@@ -34,10 +41,14 @@ public:
 
     struct Settings
     {
-        std::string address = "127.0.0.1"; ///< of this machine, as a number: IPv4 or IPv6
-        uint16 port = 8080;                ///< 0 takes a free one
-        std::string token;                 ///< required for every request except GET /health; empty: not required
-        uint64 maxConnections = 512;       ///< for a further connection an idle one is closed; 503 if none is idle
+        std::string address = "127.0.0.1";         ///< of this machine, as a number: IPv4 or IPv6
+        uint16 port = 8080;                        ///< 0 takes a free one
+        bool isInsecure = false;                   ///< HTTP may be offered beyond this machine, without encryption
+        std::string httpsAddress;                  ///< of the listener for HTTPS; empty: there is none
+        uint16 httpsPort = 0;                      ///< 0 takes a free one
+        std::shared_ptr<ZuTls::Context const> tls; ///< for HTTPS: of the side of servers
+        std::string token;           ///< required for every request except GET /health; empty: not required
+        uint64 maxConnections = 512; ///< for a further connection an idle one is closed; 503 if none is idle
 
         uint64 idleTimeoutUsec = 60'000'000;    ///< between two requests: the connection is closed
         uint64 requestTimeoutUsec = 10'000'000; ///< for the header, and again for the body; for the whole first request
@@ -54,11 +65,11 @@ public:
     HttpServer(HttpServer const&) = delete;
     HttpServer& operator=(HttpServer const&) = delete;
 
-    /// Throws `Zu::Status::BAD_ARGUMENT` for a text that is no address and for an address that requires a token. The
-    /// text of the exception tells the user what to do.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for a text that is no address, for an address that requires encryption and for
+    /// one that requires a token. The text of the exception tells the user what to do. `tls` may be null here.
     static void Check(Settings const& settings);
 
-    /// Binds the address and listens. Clients can connect, but get answers only after `Start`. Throws as `Check` does;
+    /// Binds the addresses and listens. Clients can connect, but get answers only after `Start`. Throws as `Check` does;
     /// `Zu::Status::BAD_ARGUMENT` for an address of another machine, `Zu::Status::BUSY` for a port in use,
     /// `Zu::Status::FAILURE` for another failure of the system, each with a sentence for the user. Throws
     /// `Zu::Status::WRONG_STATE` if the server listens already. After a throw nothing has changed.
@@ -76,20 +87,32 @@ public:
     /// The address with the real port: "127.0.0.1:8080", "[::1]:8080". Empty while the server does not listen.
     std::string Endpoint() const;
 
+    /// Whether only this machine reaches the listener for HTTP. The server must listen.
+    bool IsPlainLocal() const;
+
+    /// As `Endpoint`, of the listener for HTTPS. Empty if there is none.
+    std::string EncryptedEndpoint() const;
+
     /// Requests that begin from now on must show `token` in place of the previous one. An open stream stays open. Does
     /// nothing while the server does not listen. Any thread may call between `Listen` and `Stop`.
     void SetToken(std::string token);
 
+    /// HTTPS connections that are accepted from now on use `tls`. Present ones stay. Does nothing without a listener for
+    /// HTTPS. Any thread may call between `Listen` and `Stop`.
+    void SetTls(std::shared_ptr<ZuTls::Context const> const& tls);
+
     /// The number of requests with a wrong token since the server was made. Any thread may call.
     uint64 WrongTokenCount() const;
 
-    uint16 Port() const; ///< the real port; 0 while the server does not listen
+    uint16 Port() const;          ///< the real port; 0 while the server does not listen
+    uint16 EncryptedPort() const; ///< as `Port`, of the listener for HTTPS; 0 if there is none
 
 private:
     class Core;
 
     ZuRest::ResourceRequestProcessor& processor;
     std::unique_ptr<WrongTokens> const wrongTokens;
+    std::unique_ptr<HandshakeFaults> const handshakeFaults;
     std::unique_ptr<Core> core; // exists while the server listens
 };
 

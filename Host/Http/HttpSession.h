@@ -11,15 +11,15 @@
 namespace ZuHost
 {
 
-/// A connection over a stream of Beast, which has the strand as its executor.
+/// A connection without encryption, over a stream of Beast that has the strand as its executor.
 ///
 /// It starts the operations of the stream and reports their results. `HttpConnection` decides the next step.
 template <typename Stream>
 class HttpSession final : public HttpConnection
 {
 public:
-    HttpSession(IHttpService& owningService, Stream acceptedStream, boost::asio::ip::address source)
-        : HttpConnection(owningService, acceptedStream.get_executor(), std::move(source)),
+    HttpSession(IHttpService& owningService, Stream acceptedStream, HttpClient newClient)
+        : HttpConnection(owningService, acceptedStream.get_executor(), std::move(newClient)),
           stream(std::move(acceptedStream))
     {
     }

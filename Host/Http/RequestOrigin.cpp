@@ -11,8 +11,6 @@ namespace ZuHost::RequestOrigin
 namespace
 {
 
-constexpr std::string_view SCHEME = "http://";
-
 bool IsSameText(std::string_view one, std::string_view other)
 {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
@@ -60,9 +58,10 @@ bool IsThisMachine(std::string_view host)
     return IsSameText(name, "localhost");
 }
 
-bool IsOwn(std::string_view origin, std::string_view host)
+bool IsOwn(std::string_view origin, std::string_view host, bool isEncrypted)
 {
-    return origin.starts_with(SCHEME) && IsSameText(origin.substr(SCHEME.size()), host);
+    std::string_view const scheme = isEncrypted ? "https://" : "http://";
+    return origin.starts_with(scheme) && IsSameText(origin.substr(scheme.size()), host);
 }
 
 } // namespace ZuHost::RequestOrigin

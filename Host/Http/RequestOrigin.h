@@ -14,8 +14,8 @@ namespace ZuHost::RequestOrigin
 /// this machine everywhere.
 bool IsThisMachine(std::string_view host);
 
-/// Whether the value of the header Origin ("http://localhost:8080") is that of a page of this service, where the client
-/// knows the service as `host`.
-bool IsOwn(std::string_view origin, std::string_view host);
+/// Whether the value of the header Origin ("http://localhost:8080", or https if `isEncrypted`) is that of a page of this
+/// service, where the client knows the service as `host`.
+bool IsOwn(std::string_view origin, std::string_view host, bool isEncrypted);
 
 } // namespace ZuHost::RequestOrigin

@@ -46,8 +46,9 @@ struct Target
 
 } // namespace
 
-RequestReader::RequestReader(CurrentToken const& newToken, bool newIsLocal, ByteBudget& sharedBudget)
-    : token(newToken), isLocal(newIsLocal), budget(sharedBudget)
+RequestReader::RequestReader(CurrentToken const& newToken, bool newIsLocal, bool newIsEncrypted,
+                             ByteBudget& sharedBudget)
+    : token(newToken), isLocal(newIsLocal), isEncrypted(newIsEncrypted), budget(sharedBudget)
 {
     Begin();
 }
@@ -208,7 +209,7 @@ RequestReader::Result RequestReader::TakeHeader()
                       "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
     }
     auto const& origin = parser->At<http::field::origin>();
-    if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host))
+    if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host, isEncrypted))
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
                       "This service takes no requests from pages of '" + origin.text + "'.");
@@ -219,7 +220,7 @@ RequestReader::Result RequestReader::TakeHeader()
 /// Whether the request needs no token.
 bool RequestReader::IsOpenToAll() const
 {
-    return parser->method == "GET" && parser->target == "/health";
+    return parser->method == "GET" && (parser->target == "/health" || parser->target == "/authority");
 }
 
 /// A request that needs no token has no body, so that a client without the token cannot occupy memory.

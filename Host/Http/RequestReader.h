@@ -40,9 +40,9 @@ public:
     };
 
     /// `newToken` is required in requests unless it is empty. `newIsLocal`: the service is for clients of this machine
-    /// only. `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until
+    /// only. `newIsEncrypted`: the connection is, so that own pages are those of https. `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until
     /// the next `Begin` or the end of the reader. The token and the budget outlive the reader.
-    RequestReader(CurrentToken const& newToken, bool newIsLocal, ByteBudget& sharedBudget);
+    RequestReader(CurrentToken const& newToken, bool newIsLocal, bool newIsEncrypted, ByteBudget& sharedBudget);
     ~RequestReader();
 
     RequestReader(RequestReader const&) = delete;
@@ -93,6 +93,7 @@ private:
 
     CurrentToken const& token;
     bool const isLocal;
+    bool const isEncrypted;
     ByteBudget& budget;
     boost::beast::flat_buffer buffer{MAX_BUFFERED_BYTES};
     std::optional<RequestParser> parser;

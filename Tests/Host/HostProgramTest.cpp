@@ -1,5 +1,7 @@
 #include "Host/HostProgram.h"
 
+#include "Support/Certificates.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -119,17 +121,25 @@ INSTANTIATE_TEST_SUITE_P(
         BadInputCase{"Http",
                      {"--http", "localhost:8080"},
                      "The REST service cannot listen on localhost:8080: the address is not an IP address"},
-        BadInputCase{"HttpForAll",
-                     {"--http", "0.0.0.0:8080"},
+        BadInputCase{
+            "HttpForAll",
+            {"--http", "0.0.0.0:8080"},
+            "The REST service does not listen on 0.0.0.0:8080 without encryption: give --https 0.0.0.0:8080 in "
+            "place of --http, or --insecure as well"},
+        BadInputCase{"HttpForAllWithoutToken",
+                     {"--http", "0.0.0.0:8080", "--insecure"},
                      "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token FILE, or take "
                      "127.0.0.1:8080"},
         BadInputCase{"HttpForAllOfVersionSix",
-                     {"--http", "[::]:0"},
+                     {"--https", "[::]:0"},
                      "The REST service listens on [::]:0 only with a token: give one with --token FILE, or take "
                      "127.0.0.1:0"},
         BadInputCase{"Token",
                      {"--http", "0.0.0.0:0", "--token", "nowhere.token"},
                      "option '--token': nowhere.token: No such file or directory"},
+        BadInputCase{"Certificate",
+                     {"--https", "127.0.0.1:0", "--certificate", "nowhere.pem", "--key", "nowhere.key"},
+                     "the certificate nowhere.pem cannot be read: No such file or directory"},
         BadInputCase{"Enable", {"--enable", "Nobody"}, "there is no protocol 'Nobody' (no plug-in offers one)"},
         BadInputCase{"Param", {"--param", "Nobody.port=1"}, "there is no protocol 'Nobody' (no plug-in offers one)"}),
     [](auto const& tested) { return std::string(tested.param.name); });
@@ -139,9 +149,23 @@ TEST_F(HostProgramTest, ListensForAllWithAToken)
     std::filesystem::path const file = folder / "token";
     std::ofstream(file) << "0123456789abcdef\n";
 
-    EXPECT_EQ(Run({"--http", "0.0.0.0:0", "--token", file.string()}), 0);
+    EXPECT_EQ(Run({"--http", "0.0.0.0:0", "--insecure", "--token", file.string()}), 0);
 
     EXPECT_EQ(outputWhenUp.rfind("listening http 0.0.0.0:", 0), 0u) << outputWhenUp;
+}
+
+TEST_F(HostProgramTest, ListensForHttpsWithACertificate)
+{
+    ZuTest::TestCertificate({}).Write(folder, "host");
+
+    EXPECT_EQ(Run({"--https", "127.0.0.1:0", "--certificate", (folder / "host.pem").string(), "--key",
+                   (folder / "host.key").string()}),
+              0)
+        << errors.str();
+
+    EXPECT_TRUE(std::regex_match(outputWhenUp, std::regex("listening http 127\\.0\\.0\\.1:[1-9]\\d*\n"
+                                                          "listening https 127\\.0\\.0\\.1:[1-9]\\d*\nready\n")))
+        << outputWhenUp;
 }
 
 TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)

@@ -147,16 +147,22 @@ class Configuration(unittest.TestCase):
 
 class Network(unittest.TestCase):
     def test_an_address_for_all_needs_a_token(self):
-        status, output, error = run_host("--http", "0.0.0.0:0")
+        status, output, error = run_host("--http", "0.0.0.0:0", "--insecure")
         self.assertEqual((status, output), (2, ""))
         self.assertEqual(error, "zucontrol-host: The REST service listens on 0.0.0.0:0 only with a token: give one with "
                                 "--token FILE, or take 127.0.0.1:0\n")
+
+    def test_an_address_for_all_needs_encryption(self):
+        status, output, error = run_host("--http", "0.0.0.0:0")
+        self.assertEqual((status, output), (2, ""))
+        self.assertEqual(error, "zucontrol-host: The REST service does not listen on 0.0.0.0:0 without encryption: give "
+                                "--https 0.0.0.0:0 in place of --http, or --insecure as well\n")
 
     def test_with_a_token_everybody_shows_it(self):
         with tempfile.TemporaryDirectory() as folder:
             token = pathlib.Path(folder) / "token"
             token.write_text("correct-horse-battery\n")
-            with Host("--http", "0.0.0.0:0", "--token", token) as host, RestClient(host.http_port) as rest:
+            with Host("--http", "0.0.0.0:0", "--insecure", "--token", token) as host, RestClient(host.http_port) as rest:
                 self.assertEqual(rest.get("/health").status, 200)
                 for headers in ({}, {"Authorization": "Bearer wrong-horse-battery"}):
                     refused = RestClient(host.http_port).get("/controls", **headers)

@@ -137,13 +137,31 @@ TEST(Options, StopsReadingAtARequestForHelpOrVersion)
     EXPECT_EQ(Parse({"--start", "--version", "--nonsense"}).request, Options::Request::SHOW_VERSION);
 }
 
+TEST(Options, TakesAnAddressAndACertificateForHttps)
+{
+    EXPECT_EQ(Parse({}).httpsAddress, "");
+    EXPECT_FALSE(Parse({}).isInsecure);
+
+    Options const options =
+        Parse({"--https", "[::]:8443", "--certificate", "host.pem", "--key", "host.key", "--insecure"});
+
+    EXPECT_EQ(options.httpsAddress, "::");
+    EXPECT_EQ(options.httpsPort, 8443);
+    EXPECT_EQ(options.certificateFile, "host.pem");
+    EXPECT_EQ(options.keyFile, "host.key");
+    EXPECT_TRUE(options.isInsecure);
+    EXPECT_EQ(options.httpAddress, "127.0.0.1");
+}
+
 TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--http", "--token", "--data", "--job", "--plugins", "--check-plugin", "--deployment",
-                             "--replay", "--still", "--rate", "--keep-alive", "--operation-limit", "--stop-limit",
-                             "--start", "--enable", "--param", "--log", "--help", "--version"})
+    for (char const* name :
+         {"--http ",      "--https",           "--certificate",  "--key ",       "--insecure", "--token", "--data",
+          "--job",        "--plugins",         "--check-plugin", "--deployment", "--replay",   "--still", "--rate",
+          "--keep-alive", "--operation-limit", "--stop-limit",   "--start",      "--enable",   "--param", "--log",
+          "--help",       "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -243,6 +261,21 @@ INSTANTIATE_TEST_SUITE_P(
                     {"--job", ".."},
                     "option '--job': '..' cannot be the name of a job: 1 to 63 bytes of UTF-8, no '/', '\\', '..', "
                     "control or format character, no dot at the head, and at most one '.zpjob' at the end"},
+        RefusalCase{
+            "HttpsNoPort",
+            {"--https", "0.0.0.0"},
+            "option '--https': '0.0.0.0' is not of the form ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080"},
+        RefusalCase{"CertificateAlone",
+                    {"--https", "[::]:443", "--certificate", "a"},
+                    "options '--certificate' and '--key' need each other"},
+        RefusalCase{
+            "KeyAlone", {"--https", "[::]:443", "--key", "a"}, "options '--certificate' and '--key' need each other"},
+        RefusalCase{
+            "CertificateEmpty", {"--certificate", ""}, "option '--certificate' needs a value that is not empty"},
+        RefusalCase{"KeyEmpty", {"--key", ""}, "option '--key' needs a value that is not empty"},
+        RefusalCase{"CertificateForNothing",
+                    {"--certificate", "a", "--key", "b"},
+                    "option '--certificate' needs '--https', which serves it"},
         RefusalCase{"HttpNoPort", {"--http", "127.0.0.1"}, NO_ENDPOINT("127.0.0.1")},
         RefusalCase{"HttpEmptyPort", {"--http", "127.0.0.1:"}, NO_ENDPOINT("127.0.0.1:")},
         RefusalCase{"HttpNoAddress", {"--http", ":8080"}, NO_ENDPOINT(":8080")},

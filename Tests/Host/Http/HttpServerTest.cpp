@@ -338,6 +338,7 @@ TEST_F(HttpServerTest, TakesNothingFromPagesOfOthers)
 TEST_F(HttpServerTest, AsksForAnyNameWhenOthersReachIt)
 {
     settings.address = "0.0.0.0";
+    settings.isInsecure = true;
     settings.token = "0123456789abcdef";
     Start();
     std::string const token = "Authorization: Bearer 0123456789abcdef\r\n";
@@ -898,6 +899,10 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
     taken.port = server.Port();
     HttpServer::Settings open;
     open.address = "0.0.0.0";
+    open.isInsecure = true;
+    HttpServer::Settings plain;
+    plain.address = "0.0.0.0";
+    plain.token = "0123456789abcdef";
     HttpServer::Settings noAddress;
     noAddress.address = "localhost";
 
@@ -908,6 +913,10 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
         ZuTest::RefusalOf([&] { other.Listen(open); }),
         (ZuTest::Refusal{-997, "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token "
                                "FILE, or take 127.0.0.1:8080"}));
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { other.Listen(plain); }),
+        (ZuTest::Refusal{-997, "The REST service does not listen on 0.0.0.0:8080 without encryption: give --https "
+                               "0.0.0.0:8080 in place of --http, or --insecure as well"}));
     EXPECT_EQ(
         ZuTest::RefusalOf([&] { other.Listen(noAddress); }),
         (ZuTest::Refusal{-997, "The REST service cannot listen on localhost:8080: the address is not an IP address"}));

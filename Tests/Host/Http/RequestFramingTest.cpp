@@ -58,7 +58,7 @@ std::string ReadingOf(std::string_view bytes, std::size_t step)
 {
     CurrentToken const token{""};
     ByteBudget budget(HttpServer::MAX_BYTES_IN_ALL);
-    RequestReader reader(token, true, budget);
+    RequestReader reader(token, true, false, budget);
     std::string reading;
     bool goesOn = true;
     while (!bytes.empty() && goesOn)

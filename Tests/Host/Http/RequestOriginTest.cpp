@@ -45,13 +45,19 @@ TEST(RequestOrigin, TakesNoOtherNameForThisMachine)
 
 TEST(RequestOrigin, IsItsOwnWhenSchemeNameAndPortAgree)
 {
-    EXPECT_TRUE(RequestOrigin::IsOwn("http://localhost:8080", "localhost:8080"));
-    EXPECT_TRUE(RequestOrigin::IsOwn("http://localhost:8080", "LOCALHOST:8080"));
+    EXPECT_TRUE(RequestOrigin::IsOwn("http://localhost:8080", "localhost:8080", false));
+    EXPECT_TRUE(RequestOrigin::IsOwn("http://localhost:8080", "LOCALHOST:8080", false));
     for (char const* const origin : {"", "null", "https://localhost:8080", "http://localhost", "http://localhost:8081",
                                      "http://127.0.0.1:8080", "http://evil.example", "localhost:8080"})
     {
-        EXPECT_FALSE(RequestOrigin::IsOwn(origin, "localhost:8080")) << origin;
+        EXPECT_FALSE(RequestOrigin::IsOwn(origin, "localhost:8080", false)) << origin;
     }
+}
+
+TEST(RequestOrigin, IsOfHttpsWhereTheConnectionIsEncrypted)
+{
+    EXPECT_TRUE(RequestOrigin::IsOwn("https://localhost:8443", "localhost:8443", true));
+    EXPECT_FALSE(RequestOrigin::IsOwn("http://localhost:8443", "localhost:8443", true));
 }
 
 } // namespace ZuHost

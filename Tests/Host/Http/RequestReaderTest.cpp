@@ -57,7 +57,7 @@ protected:
 
     CurrentToken token{""};
     ByteBudget budget{3 * ALLOWANCE};
-    RequestReader reader{token, true, budget};
+    RequestReader reader{token, true, false, budget};
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -18,7 +19,8 @@ bool TestConnection::Answer::Has(std::string const& line) const
     return head.find("\r\n" + line + "\r\n") != std::string::npos;
 }
 
-TestConnection::TestConnection(uint16 port, char const* source) : socket(::socket(AF_INET, SOCK_STREAM, 0))
+TestConnection::TestConnection(uint16 port, char const* source, ssl_ctx_st* context)
+    : socket(::socket(AF_INET, SOCK_STREAM, 0))
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -29,6 +31,27 @@ TestConnection::TestConnection(uint16 port, char const* source) : socket(::socke
     timeval const bound{30, 0};
     EXPECT_EQ(::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &bound, sizeof(bound)), 0);
     EXPECT_EQ(::connect(socket, reinterpret_cast<sockaddr const*>(&address), sizeof(address)), 0);
+    if (context != nullptr)
+    {
+        tls.reset(SSL_new(context), &SSL_free);
+        SSL_set_fd(tls.get(), socket);
+        SSL_connect(tls.get());
+    }
+}
+
+bool TestConnection::HasTls() const
+{
+    return tls != nullptr && SSL_is_init_finished(tls.get()) == 1;
+}
+
+bool TestConnection::HasTlsEnded() const
+{
+    return tls != nullptr && (SSL_get_shutdown(tls.get()) & SSL_RECEIVED_SHUTDOWN) != 0;
+}
+
+ssl_st* TestConnection::Tls() const
+{
+    return tls.get();
 }
 
 TestConnection::~TestConnection()
@@ -41,7 +64,9 @@ void TestConnection::Write(std::string const& bytes)
     std::size_t written = 0;
     while (written < bytes.size())
     {
-        ssize_t const some = ::send(socket, bytes.data() + written, bytes.size() - written, MSG_NOSIGNAL);
+        std::size_t const left = bytes.size() - written;
+        ssize_t const some = tls != nullptr ? SSL_write(tls.get(), bytes.data() + written, static_cast<int>(left))
+                                            : ::send(socket, bytes.data() + written, left, MSG_NOSIGNAL);
         if (some <= 0)
         {
             return; // the other side has closed the connection
@@ -58,7 +83,8 @@ void TestConnection::EndWriting()
 bool TestConnection::ReadMore()
 {
     std::array<char, 4096> bytes{};
-    ssize_t const count = ::recv(socket, bytes.data(), bytes.size(), 0);
+    ssize_t const count = tls != nullptr ? SSL_read(tls.get(), bytes.data(), static_cast<int>(bytes.size()))
+                                         : ::recv(socket, bytes.data(), bytes.size(), 0);
     received.append(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
     return count > 0;
 }

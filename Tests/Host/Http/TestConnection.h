@@ -2,13 +2,17 @@
 
 #include "wApi/wTypes.h"
 
+#include <memory>
 #include <optional>
 #include <string>
+
+struct ssl_ctx_st;
+struct ssl_st;
 
 namespace ZuTest
 {
 
-/// A client that writes bytes and reads answers, over a real socket. Every read has a bound of thirty seconds.
+/// A client that writes bytes and reads answers, over a real socket, with or without TLS. Every read has a bound of thirty seconds.
 class TestConnection final
 {
 public:
@@ -23,12 +27,21 @@ public:
         bool Has(std::string const& line) const;
     };
 
-    /// Connects from `source`, an address of this machine.
-    explicit TestConnection(uint16 port, char const* source = "127.0.0.1");
+    /// Connects from `source`, an address of this machine. With `tls`, the handshake is over afterwards: see
+    /// `HasTls`.
+    explicit TestConnection(uint16 port, char const* source = "127.0.0.1", ssl_ctx_st* tls = nullptr);
     ~TestConnection();
 
     TestConnection(TestConnection const&) = delete;
     TestConnection& operator=(TestConnection const&) = delete;
+
+    /// Whether the TLS handshake has succeeded.
+    bool HasTls() const;
+
+    /// Whether the other side has ended TLS, and not only the TCP connection.
+    bool HasTlsEnded() const;
+
+    ssl_st* Tls() const;
 
     void Write(std::string const& bytes);
     void EndWriting();
@@ -52,6 +65,7 @@ private:
     bool ReadMore();
 
     int socket = -1;
+    std::shared_ptr<ssl_st> tls;
     std::string received;
 };
 
