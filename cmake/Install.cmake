@@ -18,8 +18,11 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuTls/OpenSsl.h
     Platform/ZuTls/PeerCheck.h
     Platform/ZuTls/TicketKeys.h
+    Plugins/Common/AccessList.h
+    Plugins/Common/AccessRules.h
     Plugins/Common/TcpClients.h
     Plugins/Common/TcpConnection.h
+    Plugins/Common/TcpListener.h
     ZuControl/Control/HardwareResult.h
     ZuControl/Control/StateDocuments.h
     ZuControl/ControlProtocol/KnownLayout.h

@@ -212,7 +212,9 @@ void AsciiConversation::Answer(std::string_view line)
             ZU_THROW(Zu::Status::BAD_ARGUMENT, "A request has at most %u bytes",
                      static_cast<unsigned>(AsciiRequest::MAX_BYTES));
         }
-        CarryOut(AsciiRequest::Parse(line));
+        AsciiRequest const request = AsciiRequest::Parse(line);
+        CheckRole(request.verb);
+        CarryOut(request);
         if (awaited != 0)
         {
             awaitedSinceUsec = beginUsec;
@@ -228,6 +230,17 @@ void AsciiConversation::Answer(std::string_view line)
     }
     output.push_back('\n');
     NoteAnswered(wTime_NowUsec() - beginUsec);
+}
+
+/// Throws `Zu::Status::NOT_OFFERED` for a request that the client's role does not allow.
+void AsciiConversation::CheckRole(AsciiRequest::Verb verb)
+{
+    if (Client().role < AsciiRequest::RoleFor(verb))
+    {
+        Count(counters.deniedRequests);
+        ZU_THROW(Zu::Status::NOT_OFFERED, "%s",
+                 Client().role == ZuCommon::Role::NONE ? "This client has no role" : "This client may only read");
+    }
 }
 
 void AsciiConversation::CarryOut(AsciiRequest const& request)

@@ -130,6 +130,7 @@ private:
     void NoteEnd(std::string_view part, bool isBegin);
     void TurnAway();
     void Answer(std::string_view line);
+    void CheckRole(AsciiRequest::Verb verb);
     void CarryOut(AsciiRequest const& request);
     void Get(std::string_view argument);
     void Subscribe();

@@ -103,6 +103,23 @@ AsciiRequest AsciiRequest::Parse(std::string_view line)
     return {form.verb, argument};
 }
 
+ZuCommon::Role AsciiRequest::RoleFor(Verb verb)
+{
+    switch (verb)
+    {
+    case Verb::GET:
+    case Verb::LIST:
+    case Verb::SUBSCRIBE:
+    case Verb::UNSUBSCRIBE:
+    case Verb::READ:
+    case Verb::STATUS:
+    case Verb::HELP:
+        return ZuCommon::Role::VIEWER;
+    default:
+        return ZuCommon::Role::OPERATOR;
+    }
+}
+
 char const* AsciiRequest::Help()
 {
     return "GET name | LIST | SUBSCRIBE | UNSUBSCRIBE | START | STOP | ALIGN [id] | CLEARALIGN [id] | LOAD job | "

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuCommon/Role.h"
 #include "wApi/wTypes.h"
 
 #include <cstddef>
@@ -41,6 +42,9 @@ struct AsciiRequest
     /// `Zu::Status::BAD_ARGUMENT` for an empty line, a control character, or a missing or superfluous argument, and
     /// `Zu::Status::NOT_SUPPORTED` for an unknown verb; the text is meant for the client.
     static AsciiRequest Parse(std::string_view line);
+
+    /// The least role of a client that may send this request: VIEWER for reading, OPERATOR for all else.
+    static ZuCommon::Role RoleFor(Verb verb);
 
     /// All requests with their arguments, in one line.
     static char const* Help();

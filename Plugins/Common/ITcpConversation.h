@@ -1,13 +1,24 @@
 #pragma once
 
+#include "ZuCommon/Role.h"
 #include "wApi/wTypes.h"
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace PluginCommon
 {
+
+/// The client of a conversation, as the service judges it.
+struct ClientInfo
+{
+    std::string address; ///< such as "192.168.0.7"; empty for a conversation without a connection
+
+    /// What the client may do: VIEWER reads; OPERATOR also writes and runs commands.
+    ZuCommon::Role role = ZuCommon::Role::OPERATOR;
+};
 
 /// The protocol with one client, without a socket: bytes in, bytes out. A TCP service implements it; the kit's
 /// connection reads and writes the socket.
@@ -28,6 +39,14 @@ public:
     };
 
     virtual ~ITcpConversation();
+
+    /// The connection tells the client before the first bytes, and again when new parameters change the client's role.
+    void SetClient(ClientInfo newClient);
+
+    ClientInfo const& Client() const
+    {
+        return client;
+    }
 
     /// The place for the next bytes of the client. Empty: nothing is read until `Pending` has been sent or the service
     /// visits the conversation.
@@ -55,6 +74,9 @@ public:
 
     /// Whether the client has a reason to send nothing, such as a subscription. The idle timeout then does not apply.
     virtual bool MayBeSilent() const;
+
+private:
+    ClientInfo client;
 };
 
 } // namespace PluginCommon

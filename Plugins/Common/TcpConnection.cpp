@@ -1,5 +1,6 @@
 #include "Plugins/Common/TcpConnection.h"
 
+#include "Plugins/Common/AccessRules.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Guard.h"
 
@@ -18,6 +19,26 @@ namespace
 
 constexpr int SENDS_IN_A_ROW = 16; // then other clients are served
 
+thread_local ClientInfo const* servedClient = nullptr;
+
+/// While it exists, this thread handles the bytes of the conversation's client.
+class Serving final
+{
+public:
+    explicit Serving(ITcpConversation const& conversation)
+    {
+        servedClient = &conversation.Client();
+    }
+
+    ~Serving()
+    {
+        servedClient = nullptr;
+    }
+
+    Serving(Serving const&) = delete;
+    Serving& operator=(Serving const&) = delete;
+};
+
 bool WouldBlock(error_code const& error)
 {
     return error == boost::asio::error::would_block || error == boost::asio::error::try_again ||
@@ -27,9 +48,11 @@ bool WouldBlock(error_code const& error)
 } // namespace
 
 TcpConnection::TcpConnection(tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
-                             TcpCounters& serverCounters, Ended whenEnded)
+                             std::shared_ptr<AccessRules const> firstRules, TcpCounters& serverCounters,
+                             Ended whenEnded)
     : socket(std::move(acceptedSocket)),
       conversation(std::move(ownConversation)),
+      rules(std::move(firstRules)),
       counters(serverCounters),
       ended(std::move(whenEnded)),
       lastProgress(Clock::now())
@@ -49,7 +72,30 @@ void TcpConnection::Begin()
     }
     address = socket.remote_endpoint(error).address(); // unspecified after an error: the client has gone
     SetOptions();
+    Identify();
     WaitReadable();
+}
+
+void TcpConnection::Identify()
+{
+    conversation->SetClient({Unmapped(address).to_string(), rules->RoleOf(address)});
+}
+
+void TcpConnection::Judge(std::shared_ptr<AccessRules const> newRules)
+{
+    rules = std::move(newRules);
+    if (!rules->MayConnect(address))
+    {
+        Count(counters.deniedClients);
+        End(true);
+        return;
+    }
+    Identify();
+}
+
+ClientInfo const* TcpConnection::Served()
+{
+    return servedClient;
 }
 
 void TcpConnection::SetOptions()
@@ -77,6 +123,7 @@ void TcpConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTi
 
 void TcpConnection::Visit(std::function<bool(ITcpConversation&)> const& visit)
 {
+    Serving const serving(*conversation);
     if (isOpen && visit(*conversation))
     {
         Flush();
@@ -124,7 +171,7 @@ void TcpConnection::WaitWritable()
     isStalled = true;
     socket.async_wait(tcp::socket::wait_write, [self = shared_from_this()](error_code const&) {
         self->isStalled = false;
-        if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Flush(); }))
+        if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Writable(); }))
         {
             self->End(false);
         }
@@ -133,6 +180,7 @@ void TcpConnection::WaitWritable()
 
 void TcpConnection::Readable()
 {
+    Serving const serving(*conversation);
     std::span<char> const room = conversation->Room();
     error_code error;
     std::size_t const bytes = room.empty() ? 0 : socket.read_some(boost::asio::buffer(room.data(), room.size()), error);
@@ -146,6 +194,12 @@ void TcpConnection::Readable()
         return;
     }
     conversation->Received(bytes);
+    Flush();
+}
+
+void TcpConnection::Writable()
+{
+    Serving const serving(*conversation);
     Flush();
 }
 

@@ -14,6 +14,7 @@
 namespace PluginCommon
 {
 
+class AccessRules;
 struct TcpCounters;
 
 /// One client of a TcpServer: its socket, its conversation and its deadlines. Used on the I/O thread only. The server
@@ -38,13 +39,19 @@ public:
 
     /// `whenEnded` is called once when the connection has ended by itself. `Close` does not call it.
     TcpConnection(boost::asio::ip::tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
-                  TcpCounters& serverCounters, Ended whenEnded);
+                  std::shared_ptr<AccessRules const> firstRules, TcpCounters& serverCounters, Ended whenEnded);
     ~TcpConnection();
     TcpConnection(TcpConnection const&) = delete;
     TcpConnection& operator=(TcpConnection const&) = delete;
 
     /// Starts serving the client. Before this call the server has counted it.
     void Begin();
+
+    /// Sets the client's role by `newRules`. Drops and counts the client if it may not connect any more.
+    void Judge(std::shared_ptr<AccessRules const> newRules);
+
+    /// The client whose bytes this thread handles now. Null outside of a call to a conversation.
+    static ClientInfo const* Served();
 
     /// Drops the client if it has made no progress for `idleTimeout`, or has taken no pending bytes for `writeTimeout`.
     void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout);
@@ -74,9 +81,11 @@ public:
 
 private:
     void SetOptions();
+    void Identify();
     void WaitReadable();
     void WaitWritable();
     void Readable();
+    void Writable();
     void Flush();
     bool SendPending();
     void NoteProgress();
@@ -85,6 +94,7 @@ private:
     boost::asio::ip::tcp::socket socket;
     boost::asio::ip::address address;
     std::unique_ptr<ITcpConversation> const conversation;
+    std::shared_ptr<AccessRules const> rules;
     TcpCounters& counters;
     Ended ended;
     uint64 progressCount = 0;

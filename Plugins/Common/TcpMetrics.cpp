@@ -65,8 +65,10 @@ TcpMetrics::TcpMetrics(TcpCounters const& counters)
     AddCounter("acceptedClients", "Clients accepted", counters.acceptedClients);
     AddCounter("rejectedClients", "Clients closed at once, beyond the largest number of clients",
                counters.rejectedClients);
+    AddCounter("deniedClients", "Clients closed because they may not connect", counters.deniedClients);
     AddCounter("droppedClients", "Clients closed by the service", counters.droppedClients);
     AddCounter("requests", "Requests answered", counters.requests);
+    AddCounter("deniedRequests", "Requests refused because of the client's role", counters.deniedRequests);
 }
 
 TcpMetrics::~TcpMetrics() = default;

@@ -27,7 +27,8 @@ TcpParams::TcpParams(uint16 newDefaultPort) : Group(""), defaultPort(newDefaultP
 
 TcpParams::~TcpParams()
 {
-    for (char const* key : {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter"})
+    for (char const* key :
+         {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly"})
     {
         Deregister(key); // before the members, to which the base class refers, are destroyed
     }
@@ -40,18 +41,30 @@ void TcpParams::SetDefaults()
     maxClients.Set(DEFAULT_MAX_CLIENTS);
     idleTimeout.Set(DEFAULT_IDLE_TIMEOUT);
     makeRoomAfter.Set(DEFAULT_MAKE_ROOM_AFTER);
+    allowedClients.Set("");
+    writers.Set("");
+    readOnly.Set(false);
 }
 
 TcpSettings TcpParams::Settings() const
 {
-    return {address.Get().substr(0, LONGEST_ADDRESS + 1), port.Get(), std::min(maxClients.Get(), MOST_CLIENTS),
-            UsecOf(idleTimeout.Get()), UsecOf(makeRoomAfter.Get())};
+    return {.address = address.Get().substr(0, LONGEST_ADDRESS + 1),
+            .port = port.Get(),
+            .maxClients = std::min(maxClients.Get(), MOST_CLIENTS),
+            .idleTimeoutUsec = UsecOf(idleTimeout.Get()),
+            .makeRoomAfterUsec = UsecOf(makeRoomAfter.Get()),
+            .allowedClients = allowedClients.Get(),
+            .writers = writers.Get(),
+            .isReadOnly = readOnly.Get()};
 }
 
 void TcpParams::RegisterLimits()
 {
     RegisterTime("idleTimeout", "Idle Timeout", idleTimeout);
     RegisterTime("makeRoomAfter", "Idle Time Until a Client Makes Room", makeRoomAfter);
+    Register("allowedClients", "Networks That May Connect", allowedClients);
+    Register("writers", "Networks That May Write", writers);
+    Register("readOnly", "Read Only", readOnly);
 }
 
 void TcpParams::RegisterTime(char const* key, char const* title, Zu::Params::Value<uint32>& value)

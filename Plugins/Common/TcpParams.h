@@ -20,6 +20,7 @@ struct TcpParams : public Zu::Params::Group
 public:
     static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
     static constexpr uint32 LONGEST_ADDRESS = 64; ///< bytes; an IPv6 address with a scope fits
+    static constexpr uint32 LONGEST_LIST = 2048;  ///< bytes
     static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
     static constexpr uint32 MOST_CLIENTS = 512;
     static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
@@ -42,11 +43,16 @@ public:
     /// Seconds without a complete request after which a client makes room for a new one, 1 to LONGEST_IDLE_TIMEOUT.
     Zu::Params::Value<uint32> makeRoomAfter;
 
+    // Networks in CIDR notation with commas between, such as "192.168.0.0/24, 10.0.0.7".
+    LimitedText allowedClients{LONGEST_LIST}; ///< of the clients that may connect; empty: all
+    LimitedText writers{LONGEST_LIST};        ///< of the clients that may write and run commands; empty: all
+    Zu::Params::Value<bool> readOnly;         ///< no client may write or run commands
+
 protected:
     /// Registers port, address and maxClients.
     explicit TcpParams(uint16 newDefaultPort);
 
-    /// Registers the times, behind the parameters of the derived record.
+    /// Registers the times and the permitted clients, behind the parameters of the derived record.
     void RegisterLimits();
 
     /// Sets both bounds of a number.

@@ -1,9 +1,12 @@
 #include "Plugins/Common/TcpServer.h"
 
+#include "Plugins/Common/AccessRules.h"
 #include "Plugins/Common/TcpClients.h"
+#include "Plugins/Common/TcpListener.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
+#include "ZuApi/Logging.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 
@@ -27,51 +30,27 @@ namespace
 
 constexpr std::chrono::milliseconds SHORTEST_SWEEP{20};
 constexpr std::chrono::milliseconds LONGEST_SWEEP{500};
-constexpr std::chrono::milliseconds ACCEPT_RETRY{100};
-
-std::string EndpointText(std::string const& address, uint16 port)
-{
-    bool const isVersion6 = address.find(':') != std::string::npos;
-    return (isVersion6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
-}
-
-std::string TextOf(tcp::endpoint const& endpoint)
-{
-    return EndpointText(endpoint.address().to_string(), endpoint.port());
-}
-
-int32 StatusOf(error_code const& error)
-{
-    namespace errors = boost::system::errc;
-    if (error == errors::address_in_use)
-    {
-        return Zu::Status::BUSY;
-    }
-    return error == errors::address_not_available ? Zu::Status::BAD_ARGUMENT : Zu::Status::FAILURE;
-}
+constexpr std::chrono::seconds BETWEEN_DENIALS{10}; // in the log
 
 } // namespace
 
 /// The state from a start to the next stop. Once the I/O thread runs, it alone uses the members, except the limits and
-/// posts to `io`. The thread that moves the server reads `listener` and `place` after it has waited for the move.
+/// posts to `io`. The thread that applies settings reads `listener` after it has waited for the I/O thread.
 class TcpServer::Core final
 {
 public:
-    Core(TcpServer& owner, TcpSettings const& settings)
+    using Rules = std::shared_ptr<AccessRules const>;
+
+    Core(TcpServer& owner, TcpSettings const& settings, Rules firstRules)
         : server(owner),
-          acceptRetry(io),
+          listener(io, owner.service.displayName, [this](tcp::socket socket) { Welcome(std::move(socket)); }),
           sweep(io),
+          rules(std::move(firstRules)),
           maxClients(settings.maxClients),
           idleTimeoutUsec(settings.idleTimeoutUsec),
           makeRoomAfterUsec(settings.makeRoomAfterUsec)
     {
-        error_code error;
-        Listener const opened = Open(PlaceOf(settings), error);
-        if (opened == nullptr)
-        {
-            Refuse(settings, error);
-        }
-        ListenWith(opened);
+        listener.Open(settings.address, settings.port);
         ZU_CHECK(wThread_Construct(&thread));
         ZU_CHECK(wThread_SetName(thread, server.service.threadName.c_str()));
         Sweep();
@@ -96,23 +75,24 @@ public:
         makeRoomAfterUsec.store(settings.makeRoomAfterUsec, std::memory_order_relaxed);
     }
 
-    /// The address with the actual port. Called by the thread that starts and moves the server.
-    tcp::endpoint const& Place() const
+    /// Called by the thread that starts the server and applies settings.
+    TcpListener const& Listening() const
     {
-        return place;
+        return listener;
     }
 
-    /// Whether a listener is open; false after a move that could not go back.
-    bool IsListening() const
+    /// Moves the listener if `moves`, and judges every client by the new rules. Throws, with the old rules in force, as
+    /// `TcpListener::Move` does.
+    void Apply(TcpSettings const& wanted, bool moves, Rules const& newRules)
     {
-        return listener->is_open();
-    }
-
-    /// Replaces the listener; connections stay. If the new address is refused, the old listener stays or is opened again,
-    /// and the refusal is thrown.
-    void MoveTo(TcpSettings const& wanted)
-    {
-        std::packaged_task<void()> task([this, &wanted] { Move(wanted); });
+        std::packaged_task<void()> task([&] {
+            if (moves)
+            {
+                listener.Move(wanted.address, wanted.port);
+            }
+            rules = newRules; // before the next client is accepted
+            ForEach([this](TcpConnection& connection) { connection.Judge(rules); });
+        });
         boost::asio::post(io, [&task] { task(); });
         task.get_future().get();
     }
@@ -124,7 +104,7 @@ public:
 
 private:
     using Connection = TcpClients::Connection;
-    using Listener = std::shared_ptr<tcp::acceptor>; // pending operations share it
+    using Clock = TcpConnection::Clock;
 
     static int Run(void* argument)
     {
@@ -135,127 +115,6 @@ private:
         return 1;
     }
 
-    /// Throws `Zu::Status::BAD_ARGUMENT` for an invalid address.
-    tcp::endpoint PlaceOf(TcpSettings const& settings) const
-    {
-        error_code error;
-        auto const address = boost::asio::ip::make_address(settings.address, error);
-        if (error)
-        {
-            ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s cannot listen on %s: the address is not an IP address",
-                     server.service.displayName.c_str(), EndpointText(settings.address, settings.port).c_str());
-        }
-        return {address, settings.port};
-    }
-
-    [[noreturn]] void Refuse(TcpSettings const& settings, error_code const& error) const
-    {
-        ZU_THROW(StatusOf(error), "%s cannot listen on %s: %s", server.service.displayName.c_str(),
-                 EndpointText(settings.address, settings.port).c_str(), error.message().c_str());
-    }
-
-    /// Returns null and sets `error` if that fails.
-    Listener Open(tcp::endpoint const& wanted, error_code& error)
-    {
-        auto opened = std::make_shared<tcp::acceptor>(io);
-        opened->open(wanted.protocol(), error);
-        if (!error) // allows a port on which only connections are left; a port with a listener is still refused
-        {
-            opened->set_option(tcp::acceptor::reuse_address(true), error);
-        }
-        if (!error)
-        {
-            opened->bind(wanted, error);
-        }
-        if (!error)
-        {
-            opened->listen(tcp::acceptor::max_listen_connections, error);
-        }
-        return error ? nullptr : opened;
-    }
-
-    void ListenWith(Listener const& opened)
-    {
-        listener = opened;
-        place = opened->local_endpoint();
-        Accept(opened);
-    }
-
-    void Move(TcpSettings const& wanted)
-    {
-        tcp::endpoint const newPlace = PlaceOf(wanted); // first: an invalid address changes nothing
-        error_code error;
-        Listener opened = Open(newPlace, error);
-        bool const mayOverlap = error == boost::system::errc::address_in_use && newPlace.port() == place.port();
-        if (mayOverlap) // the old listener itself may be in the way
-        {
-            CloseListener();
-            opened = Open(newPlace, error);
-        }
-        if (opened != nullptr)
-        {
-            CloseListener();
-            ListenWith(opened);
-            return;
-        }
-        if (mayOverlap)
-        {
-            GoBack(wanted, error);
-        }
-        Refuse(wanted, error);
-    }
-
-    /// Opens the old listener again. If that fails, throws a refusal that names both addresses.
-    void GoBack(TcpSettings const& wanted, error_code const& refusal)
-    {
-        error_code error;
-        Listener const opened = Open(place, error);
-        if (opened == nullptr)
-        {
-            ZU_THROW(StatusOf(refusal), "%s cannot listen on %s: %s. It cannot go back to %s either: %s",
-                     server.service.displayName.c_str(), EndpointText(wanted.address, wanted.port).c_str(),
-                     refusal.message().c_str(), TextOf(place).c_str(), error.message().c_str());
-        }
-        ListenWith(opened);
-    }
-
-    void CloseListener()
-    {
-        error_code ignored; // a failed close leaves nothing to do
-        listener->close(ignored);
-        acceptRetry.cancel();
-    }
-
-    void Accept(Listener const& opened)
-    {
-        opened->async_accept([this, opened](error_code const& error, tcp::socket socket) {
-            if (!opened->is_open())
-            {
-                return;
-            }
-            if (error)
-            {
-                RetryAccept(opened);
-                return;
-            }
-            ZU_GUARD_BOUNDARY([&] { Welcome(std::move(socket)); });
-            Accept(opened);
-        });
-    }
-
-    /// Waits before accepting again, for example when no descriptor is free. Retrying at once would take time from the
-    /// clients.
-    void RetryAccept(Listener const& opened)
-    {
-        acceptRetry.expires_after(ACCEPT_RETRY);
-        acceptRetry.async_wait([this, opened](error_code const&) {
-            if (opened->is_open())
-            {
-                Accept(opened);
-            }
-        });
-    }
-
     void Welcome(tcp::socket socket)
     {
         error_code error;
@@ -264,6 +123,44 @@ private:
         {
             return; // the client has gone
         }
+        if (!rules->MayConnect(address))
+        {
+            Deny(address);
+            return; // the socket's destructor closes it
+        }
+        if (!MakeRoom(address))
+        {
+            Count(server.counters.rejectedClients);
+            return;
+        }
+        auto const connection =
+            std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), rules,
+                                            server.counters, [this](Connection const& gone) { Forget(gone); });
+        clients.Add(connection);
+        Count(server.counters.acceptedClients);
+        TellCount(); // before the first request: results flow once a client is counted
+        connection->Begin();
+    }
+
+    /// Counts a client that may not connect. Tells the first one, and then one in BETWEEN_DENIALS.
+    void Deny(boost::asio::ip::address const& address)
+    {
+        Count(server.counters.deniedClients);
+        ++untoldDenials;
+        auto const now = Clock::now();
+        if (now < nextDenialLine)
+        {
+            return;
+        }
+        nextDenialLine = now + BETWEEN_DENIALS;
+        ZU_LOG_USER_WARNING("%s closes a connection of %s, which may not connect (%u since the last such line)",
+                            server.service.displayName.c_str(), Unmapped(address).to_string().c_str(),
+                            static_cast<unsigned>(std::exchange(untoldDenials, 0)));
+    }
+
+    /// Returns false if no client makes room for a new client of this address.
+    bool MakeRoom(boost::asio::ip::address const& address)
+    {
         uint64 const places = maxClients.load(std::memory_order_relaxed);
         std::chrono::microseconds const unusedAfter(makeRoomAfterUsec.load(std::memory_order_relaxed));
         while (clients.Count() >= places)
@@ -271,18 +168,11 @@ private:
             Connection const leaving = clients.Displaced(address, places, unusedAfter);
             if (leaving == nullptr)
             {
-                Count(server.counters.rejectedClients);
-                return; // the socket's destructor closes it
+                return false;
             }
             leaving->Drop();
         }
-        auto const connection =
-            std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), server.counters,
-                                            [this](Connection const& gone) { Forget(gone); });
-        clients.Add(connection);
-        Count(server.counters.acceptedClients);
-        TellCount(); // before the first request: results flow once a client is counted
-        connection->Begin();
+        return true;
     }
 
     void Forget(Connection const& connection)
@@ -324,7 +214,7 @@ private:
     void CloseAll()
     {
         isClosing = true;
-        CloseListener();
+        listener.Close();
         sweep.cancel();
         for (Connection const& connection : clients.All())
         {
@@ -336,10 +226,11 @@ private:
 
     TcpServer& server;
     boost::asio::io_context io{1}; // one thread: fewer locks
-    Listener listener;
-    tcp::endpoint place; // of the listener, or of the last one
-    boost::asio::steady_timer acceptRetry;
+    TcpListener listener;
     boost::asio::steady_timer sweep;
+    Rules rules;
+    Clock::time_point nextDenialLine; // in the log
+    uint64 untoldDenials = 0;
     TcpClients clients;
     bool isClosing = false;
     std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
@@ -364,23 +255,32 @@ void TcpServer::Start(TcpSettings const& settings)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    core = std::make_unique<Core>(*this, settings);
-    applied = settings;
-    NotePlace();
+    auto const rules = std::make_shared<AccessRules const>(settings);
+    core = std::make_unique<Core>(*this, settings, rules);
+    NoteApplied(settings, *rules);
 }
 
 void TcpServer::Apply(TcpSettings const& wanted)
 {
+    auto const rules = std::make_shared<AccessRules const>(wanted); // a faulty list is refused in any state
     if (core == nullptr)
     {
         return;
     }
-    if (!wanted.HasSamePlace(applied))
+    try
     {
-        Move(wanted);
+        core->Apply(wanted, !wanted.HasSamePlace(applied), rules);
+    }
+    catch (...)
+    {
+        if (!core->Listening().IsOpen())
+        {
+            Stop();
+        }
+        throw;
     }
     core->SetLimits(wanted);
-    applied = wanted;
+    NoteApplied(wanted, *rules);
 }
 
 void TcpServer::Stop() noexcept
@@ -390,6 +290,7 @@ void TcpServer::Stop() noexcept
         reachable = nullptr;
         endpoint.clear();
         port = 0;
+        isOpenToNetwork = false;
     }
     core.reset();
 }
@@ -412,6 +313,12 @@ uint16 TcpServer::Port() const
     return port;
 }
 
+bool TcpServer::IsOpenToNetwork() const
+{
+    Zu::MutexLock const guard(reachLock);
+    return isOpenToNetwork;
+}
+
 bool TcpServer::PostToEach(std::function<bool(ITcpConversation&)> visit)
 {
     Zu::MutexLock const guard(reachLock);
@@ -432,29 +339,15 @@ void TcpServer::DisconnectAll()
     }
 }
 
-void TcpServer::Move(TcpSettings const& wanted)
+void TcpServer::NoteApplied(TcpSettings const& settings, AccessRules const& rules)
 {
-    try
-    {
-        core->MoveTo(wanted);
-    }
-    catch (...)
-    {
-        if (!core->IsListening())
-        {
-            Stop();
-        }
-        throw;
-    }
-    NotePlace();
-}
-
-void TcpServer::NotePlace()
-{
+    applied = settings;
+    auto const& place = core->Listening().Place();
     Zu::MutexLock const guard(reachLock);
     reachable = core.get();
-    endpoint = TextOf(core->Place());
-    port = core->Place().port();
+    endpoint = EndpointText(place.address().to_string(), place.port());
+    port = place.port();
+    isOpenToNetwork = rules.AdmitsEveryone() && !Unmapped(place.address()).is_loopback();
 }
 
 } // namespace PluginCommon

@@ -12,9 +12,10 @@
 namespace PluginCommon
 {
 
+class AccessRules;
 struct TcpCounters;
 
-/// The address and the limits of a server.
+/// The address, the limits and the permitted clients of a server.
 struct TcpSettings
 {
     std::string address;                   ///< a numeric IPv4 or IPv6 address of this machine
@@ -22,6 +23,9 @@ struct TcpSettings
     uint64 maxClients = 0;                 ///< a further client needs another one to make room
     uint64 idleTimeoutUsec = 0;            ///< a client that is silent for longer is dropped
     uint64 makeRoomAfterUsec = 10'000'000; ///< a client that is silent for longer makes room for a new one
+    std::string allowedClients{};          ///< networks of the clients that may connect; empty: all clients
+    std::string writers{};                 ///< networks of the clients that may write; empty: all clients
+    bool isReadOnly = false;               ///< no client may write
 
     bool HasSamePlace(TcpSettings const& other) const
     {
@@ -35,7 +39,7 @@ struct TcpSettings
 /// When `maxClients` are connected, a new client displaces the client without progress for the longest time, if that
 /// time is longer than `makeRoomAfterUsec`. If all clients are in use, each address has an equal share of the places: a
 /// new client of an address below its share displaces a client of the address with most clients. Otherwise the server
-/// closes the new connection at once.
+/// closes the new connection at once. A client that may not connect is closed at once, too.
 ///
 /// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
 /// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
@@ -58,8 +62,9 @@ public:
     TcpServer& operator=(TcpServer const&) = delete;
 
     /// Starts listening. On failure nothing runs, and the text names address and port. Throws
-    /// `Zu::Status::BAD_ARGUMENT` for an address that is invalid or not of this machine, `Zu::Status::BUSY` for a port
-    /// in use, `Zu::Status::FAILURE` for any other failure, and `Zu::Status::WRONG_STATE` while the server runs.
+    /// `Zu::Status::BAD_ARGUMENT` for an address that is invalid or not of this machine and for a list of networks with a
+    /// faulty entry, `Zu::Status::BUSY` for a port in use, `Zu::Status::FAILURE` for any other failure, and
+    /// `Zu::Status::WRONG_STATE` while the server runs.
     void Start(TcpSettings const& settings);
 
     /// Closes all connections and ends the I/O thread. Does nothing if the server does not run. Must not be called on
@@ -68,16 +73,20 @@ public:
 
     bool IsRunning() const;
 
-    /// Applies new settings; does nothing if the server does not run. New limits take effect at once: `maxClients` for
-    /// new clients, the idle timeout for all. A new address or port replaces the listener; the connections stay. If it is
-    /// refused, throws as `Start` does, and the server goes on with its old settings. If the old address had to be given
-    /// up for the new one and cannot be bound again, the text names both and the server has stopped.
+    /// Applies new settings. New limits take effect at once: `maxClients` for new clients, the idle timeout for all. A
+    /// new address or port replaces the listener; the connections stay. A connected client that may not connect any more
+    /// is dropped. If the settings are refused, throws as `Start` does, and the server goes on with its old settings. If
+    /// the old address had to be given up for the new one and cannot be bound again, the text names both and the server
+    /// has stopped. If the server does not run, only the lists of networks are checked.
     void Apply(TcpSettings const& wanted);
 
     /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
     std::string Endpoint() const;
 
     uint16 Port() const; ///< the actual port; 0 if the server does not run
+
+    /// Whether the server runs on an address that is no loopback address, and every client may connect.
+    bool IsOpenToNetwork() const;
 
     /// Asks the I/O thread to call `visit` for each conversation. `visit` returns whether the conversation may have new
     /// bytes to send. Returns false, and calls nothing, if the server does not run. While the server stops, visits may
@@ -90,8 +99,7 @@ public:
 private:
     class Core;
 
-    void Move(TcpSettings const& wanted);
-    void NotePlace();
+    void NoteApplied(TcpSettings const& settings, AccessRules const& rules);
 
     Service const service;
     TcpCounters& counters;
@@ -103,6 +111,7 @@ private:
     Core* reachable ZU_GUARDED_BY(reachLock) = nullptr;
     std::string endpoint ZU_GUARDED_BY(reachLock); // empty while the server does not run
     uint16 port ZU_GUARDED_BY(reachLock) = 0;
+    bool isOpenToNetwork ZU_GUARDED_BY(reachLock) = false;
 };
 
 } // namespace PluginCommon

@@ -1,5 +1,6 @@
 #include "Plugins/Common/TcpServiceProtocol.h"
 
+#include "Plugins/Common/TcpConnection.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/Control/IControlScanResults.h"
@@ -32,6 +33,11 @@ Needed& Required(Needed* needed, char const* displayName, char const* name)
 
 ITcpConversation::~ITcpConversation() = default;
 
+void ITcpConversation::SetClient(ClientInfo newClient)
+{
+    client = std::move(newClient);
+}
+
 void ITcpConversation::TakeData()
 {
 }
@@ -50,7 +56,8 @@ TcpServiceProtocol::TcpServiceProtocol(Identity const& newIdentity, ControlProto
               Required(environ.dataCache, newIdentity.displayName, "data cache"),
               Required(environ.problems, newIdentity.displayName, "problems manager")),
       problems(*environ.problems),
-      restoreProblem(environ.problems)
+      restoreProblem(environ.problems),
+      exposureProblem(environ.problems)
 {
 }
 
@@ -107,6 +114,7 @@ void TcpServiceProtocol::ParamsUpdate()
     {
         ApplyParams();
         KeepAccepted();
+        ShowExposure();
     }
     catch (...)
     {
@@ -117,6 +125,7 @@ void TcpServiceProtocol::ParamsUpdate()
         {
             Report(refusal); // it names the new address and the old one
             fetcher.Stop();  // as after a failed start
+            ShowExposure();
             SetServing(false);
         }
         guard.Unlock(); // handlers may call this service
@@ -157,6 +166,7 @@ void TcpServiceProtocol::Start()
         metrics->listening.Set(server->Endpoint()); // at once: the host prints the address before the next update
         SetServing(true);
         KeepAccepted();
+        ShowExposure();
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Running);
 }
@@ -168,6 +178,7 @@ void TcpServiceProtocol::Stop()
         server->Stop();
         fetcher.Stop();
         SetServing(false);
+        ShowExposure();
     }
     NotifyProtocolStatusUpdateEventHandler(ProtocolStatus::Stopped);
 }
@@ -233,6 +244,11 @@ StateFetcher::State TcpServiceProtocol::LatestState(std::string const& scannerId
 
 void TcpServiceProtocol::RunCommand(Command const& command)
 {
+    ClientInfo const* const client = TcpConnection::Served();
+    if (client != nullptr && client->role < ZuCommon::Role::OPERATOR)
+    {
+        ZU_THROW(Zu::Status::NOT_OFFERED, "This client may run no commands");
+    }
     try
     {
         ProcessReceivedCommonCommands(command);
@@ -293,6 +309,27 @@ void TcpServiceProtocol::Report(std::string const& problem)
     restoreProblem.Register(
         problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "ZuControl", "%1$s", problem.c_str()));
     restoreProblem.End();
+}
+
+/// Reports a service that is open to a network, for as long as it is.
+void TcpServiceProtocol::ShowExposure()
+{
+    std::string const newExposure = server->IsOpenToNetwork() ? server->Endpoint() : "";
+    if (newExposure == exposure)
+    {
+        return;
+    }
+    exposureProblem.Begin();
+    if (!newExposure.empty())
+    {
+        exposureProblem.Register(problems.Add(
+            ZuCommon::ProblemsManager::SEVERITY_WARNING, "ZuControl",
+            "%1$s at %2$s serves every machine that reaches it: list the networks of its clients in allowedClients, "
+            "or let it listen on 127.0.0.1",
+            DisplayName(), newExposure.c_str()));
+    }
+    exposureProblem.End();
+    exposure = newExposure; // last: a failed report is repeated
 }
 
 void TcpServiceProtocol::OnClientsChanged(uint64 count)

@@ -54,7 +54,8 @@ public:
     /// parameters before it sets those of the job, and the default port in between would drop all clients.
     void ResetParams() override;
 
-    /// Does nothing if the service runs. Throws as TcpServer::Start does; then nothing runs.
+    /// Does nothing if the service runs. Throws as TcpServer::Start does; then nothing runs. A running service that every
+    /// machine of a network may use is a problem.
     void Start() override;
     void Stop() override;
 
@@ -121,7 +122,8 @@ protected:
     /// are connected.
     StateFetcher::State LatestState(std::string const& scannerId);
 
-    // ICommandRunner: the commands of clients. Called on the I/O thread.
+    // ICommandRunner: the commands of clients. Called on the I/O thread. A command of a client that may not write is
+    // refused with `Zu::Status::NOT_OFFERED`.
     void RunCommand(Command const& command) override;
     void FailCommand() override;
     Status CommandStatus() override;
@@ -134,6 +136,7 @@ private:
     void KeepAccepted() ZU_REQUIRES(lifecycleLock);
     void RestoreAccepted(std::string const& refusal) ZU_REQUIRES(lifecycleLock);
     void Report(std::string const& problem);
+    void ShowExposure() ZU_REQUIRES(lifecycleLock);
     void OnClientsChanged(uint64 count);
     void SetServing(bool newIsServing);
     void TellClientCount();
@@ -145,11 +148,13 @@ private:
     StateFetcher fetcher;
     ZuCommon::ProblemsManager& problems;
     ZuCommon::ProblemsTracker restoreProblem;
+    ZuCommon::ProblemsTracker exposureProblem;
 
     // Lock order: this, then `fanOutLock`. Serialises starts, stops and parameter changes. It is held while the I/O
     // thread is joined, so the I/O thread never takes it.
     Zu::Mutex lifecycleLock;
     std::unique_ptr<nlohmann::json> accepted ZU_GUARDED_BY(lifecycleLock); // the parameters to restore
+    std::string exposure ZU_GUARDED_BY(lifecycleLock);                     // the reported address; empty for none
 
     // Held while the client count is reported to the fan-out, so that counts arrive in order. The dispatcher's thread
     // must not take it: the fan-out may join that thread under its own lock.

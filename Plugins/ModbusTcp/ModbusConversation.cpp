@@ -130,13 +130,24 @@ void ModbusConversation::Answer(ModbusFrame const& frame)
     uint64 const beginUsec = wTime_NowUsec();
     std::span<uint8, ModbusFrame::MAX_BYTES> const place(output.data() + outputEnd, ModbusFrame::MAX_BYTES);
     ModbusException refusal = ModbusException::NONE;
-    std::size_t const pduBytes =
-        ModbusRequest::Answer(model, frame.pdu, place.subspan<ModbusFrame::HEADER_BYTES>(), refusal);
+    std::size_t const pduBytes = AnswerPdu(frame.pdu, place.subspan<ModbusFrame::HEADER_BYTES>(), refusal);
     outputEnd += frame.WriteAnswerHeader(place.first<ModbusFrame::HEADER_BYTES>(), pduBytes);
     ++answered;
     Count(counters.requests);
     counters.CountException(refusal);
     counters.NoteHandling(wTime_NowUsec() - beginUsec);
+}
+
+std::size_t ModbusConversation::AnswerPdu(std::span<uint8 const> request, std::span<uint8> answer,
+                                          ModbusException& refusal)
+{
+    if (Client().role >= ModbusRequest::RoleFor(request[0]))
+    {
+        return ModbusRequest::Answer(model, request, answer, refusal);
+    }
+    Count(counters.deniedRequests);
+    refusal = ModbusException::ILLEGAL_FUNCTION;
+    return ModbusRequest::Refuse(request[0], answer, refusal);
 }
 
 } // namespace ModbusTcp

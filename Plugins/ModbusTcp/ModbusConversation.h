@@ -63,7 +63,8 @@ struct ModbusFrame;
 /// The protocol with one client: requests in, answers out, in buffers of fixed size.
 ///
 /// A request is answered only if the output has room for the longest answer; otherwise it stays in the input until
-/// answers were sent. While the client does not take its answers, nothing more is read from it.
+/// answers were sent. While the client does not take its answers, nothing more is read from it. A request that the
+/// client's role does not allow gets the exception ILLEGAL_FUNCTION.
 class ModbusConversation final : public PluginCommon::ITcpConversation
 {
 public:
@@ -103,6 +104,7 @@ public:
 private:
     void AnswerAll();
     void Answer(ModbusFrame const& frame);
+    std::size_t AnswerPdu(std::span<uint8 const> request, std::span<uint8> answer, ModbusException& refusal);
 
     IRegisterModel& model;
     ModbusCounters& counters;

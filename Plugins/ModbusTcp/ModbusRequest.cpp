@@ -268,9 +268,27 @@ std::size_t ModbusRequest::Answer(IRegisterModel& model, std::span<uint8 const> 
         answer[0] = request[0];
         return 1 + bytes;
     }
-    answer[0] = request[0] | EXCEPTION_BIT;
+    return Refuse(request[0], answer, refusal);
+}
+
+std::size_t ModbusRequest::Refuse(uint8 function, std::span<uint8> answer, ModbusException refusal)
+{
+    answer[0] = function | EXCEPTION_BIT;
     answer[1] = static_cast<uint8>(refusal);
     return 2;
+}
+
+ZuCommon::Role ModbusRequest::RoleFor(uint8 function)
+{
+    switch (function)
+    {
+    case READ_HOLDING_REGISTERS:
+    case READ_INPUT_REGISTERS:
+    case ENCAPSULATED_INTERFACE:
+        return ZuCommon::Role::VIEWER;
+    default:
+        return ZuCommon::Role::OPERATOR;
+    }
 }
 
 } // namespace ModbusTcp

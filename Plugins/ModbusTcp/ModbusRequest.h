@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuCommon/Role.h"
 #include "wApi/wTypes.h"
 
 #include <cstddef>
@@ -12,7 +13,7 @@ namespace ModbusTcp
 enum class ModbusException : uint8
 {
     NONE = 0,
-    ILLEGAL_FUNCTION = 1,
+    ILLEGAL_FUNCTION = 1,     ///< unknown, or not allowed to the client
     ILLEGAL_DATA_ADDRESS = 2, ///< outside the registers, or a write outside the command block
     ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of range, or parts of the request that contradict each other
     SERVER_DEVICE_BUSY = 6    ///< an operation begun by this service still runs
@@ -64,6 +65,12 @@ public:
     /// the answer. `refusal` is the exception code, or NONE.
     static std::size_t Answer(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
                               ModbusException& refusal);
+
+    /// Answers with an exception code, which is not NONE. Returns the size of the answer.
+    static std::size_t Refuse(uint8 function, std::span<uint8> answer, ModbusException refusal);
+
+    /// The least role of a client that may use a function: VIEWER for reading, OPERATOR for all else.
+    static ZuCommon::Role RoleFor(uint8 function);
 };
 
 } // namespace ModbusTcp

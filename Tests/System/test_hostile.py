@@ -22,7 +22,8 @@ MOST_OPEN = 100  # slow clients at a time
 MODBUS = "/controls/ModbusTcp"
 ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 COMMANDS = [f"{ASSEMBLY}/commands/{command}" for command in ("add", "remove", "update")]
-PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter")
+PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly")
+TEXTS = ("address", "allowedClients", "writers")
 
 
 def request(method, path, body=b"", *headers):
@@ -76,7 +77,7 @@ def huge_numbers(dice):
 
 def wrong_types(dice):
     key = dice.choice(PARAMETERS)
-    value = dice.choice([None, [], {}, [1], {"a": 1}, [[]], *([5, True] if key == "address" else ["5", "true"])])
+    value = dice.choice([None, [], {}, [1], {"a": 1}, [[]], *([5, True] if key in TEXTS else ["5", "true"])])
     return update(dice.choice([{"parameters": {key: value}}, {"enabled": 1 if value is True else value},
                                {"enabled": True, "parameters": 7 if value == {} else value}]))
 

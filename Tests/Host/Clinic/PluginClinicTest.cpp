@@ -151,10 +151,11 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
         checkUp.report.find(FileOf("plugins/modbustcp.so").string() +
                             " offers\n"
                             "  ModbusTcp (Modbus TCP), protocol number 1\n"
-                            "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter\n"
+                            "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter, "
+                            "allowedClients, writers, readOnly\n"
                             "    register assemblies: registerAssembly-0\n"
                             "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
-                            "droppedClients, requests, "
+                            "deniedClients, droppedClients, requests, deniedRequests, "
                             "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, lastHandlingUsec, "
                             "largestHandlingUsec, lifetime\n"
                             "    listens on: 127.0.0.1:"),

@@ -137,6 +137,59 @@ TEST_F(AsciiConversationTest, AnswersEachRequest)
     EXPECT_EQ(conversation.ProgressCount(), 11u);
 }
 
+struct RoleCase
+{
+    char const* name;
+    char const* request;
+    ZuCommon::Role least; ///< the least role that gets an answer
+};
+
+class AsciiConversationRoles : public AsciiConversationTest, public testing::WithParamInterface<RoleCase>
+{
+};
+
+TEST_P(AsciiConversationRoles, AreRefusedWhatTheyMayNotDo)
+{
+    using ZuCommon::Role;
+    for (Role const role : {Role::NONE, Role::VIEWER, Role::OPERATOR, Role::ENGINEER, Role::ADMINISTRATOR})
+    {
+        AsciiConversation client(service, feed, counters);
+        client.SetClient({"10.0.0.7", role});
+        std::string const line = std::string(GetParam().request) + "\n";
+        uint64 const denied = counters.deniedRequests;
+        std::size_t const reached = service.begun.size() + service.asked.size();
+        std::ranges::copy(line, client.Room().begin());
+
+        client.Received(line.size());
+
+        bool const isAllowed = role >= GetParam().least;
+        std::string_view const refusal =
+            role == Role::NONE ? "ERROR -998 This client has no role\n" : "ERROR -998 This client may only read\n";
+        EXPECT_EQ(client.Pending() == refusal, !isAllowed) << ZuCommon::RoleName(role) << ": " << client.Pending();
+        EXPECT_EQ(counters.deniedRequests - denied, isAllowed ? 0u : 1u);
+        EXPECT_TRUE(isAllowed || service.begun.size() + service.asked.size() == reached);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EachRequest, AsciiConversationRoles,
+                         testing::Values(RoleCase{"Get", "GET zMax", ZuCommon::Role::VIEWER},
+                                         RoleCase{"List", "LIST", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Subscribe", "SUBSCRIBE", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Unsubscribe", "UNSUBSCRIBE", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Read", "READ /controls", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Status", "STATUS", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Help", "HELP", ZuCommon::Role::VIEWER},
+                                         RoleCase{"Start", "START", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Stop", "STOP", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Align", "ALIGN", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"ClearAlign", "CLEARALIGN", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Load", "LOAD job", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Trigger", "TRIGGER", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Dout", "DOUT 0 1", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Aout", "AOUT 0 12", ZuCommon::Role::OPERATOR},
+                                         RoleCase{"Serial", "SERIAL 0 x", ZuCommon::Role::OPERATOR}),
+                         [](auto const& tested) { return std::string(tested.param.name); });
+
 TEST_F(AsciiConversationTest, AnswersARequestThatThrowsWhatIsNoException)
 {
     service.isBroken = true;

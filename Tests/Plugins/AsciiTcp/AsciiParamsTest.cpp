@@ -18,7 +18,8 @@ TEST(AsciiParams, AreBornWithTheirDefaults)
     AsciiParams const params;
 
     EXPECT_EQ(JsonSerializer::Serialize(params), json::parse(R"({
-        "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60, "makeRoomAfter": 10})"));
+        "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60, "makeRoomAfter": 10,
+        "allowedClients": "", "writers": "", "readOnly": false})"));
 }
 
 struct RefusedParams
@@ -59,7 +60,8 @@ TEST(AsciiParams, TakeTheEndsOfTheirBounds)
 {
     AsciiParams params;
     json const document = json::parse(R"({
-        "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400, "makeRoomAfter": 86400})");
+        "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400, "makeRoomAfter": 86400,
+        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true})");
 
     JsonSerializer::Validate(params, document);
     JsonSerializer::Deserialize(params, document);

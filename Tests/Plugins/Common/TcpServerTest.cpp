@@ -1,6 +1,7 @@
 #include "Plugins/Common/TcpServer.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "Support/CallLog.h"
+#include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "ZuApi/Exception.h"
@@ -9,6 +10,7 @@
 
 #include <array>
 #include <atomic>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -388,6 +390,134 @@ TEST_F(TcpServerTest, ListensOnVersion6)
     }
 
     EXPECT_EQ(server.Endpoint(), "[::1]:" + std::to_string(server.Port()));
+}
+
+TEST_F(TcpServerTest, ClosesClientsOutsideTheAllowedNetworks)
+{
+    TcpSettings settings = At(0);
+    settings.address = "0.0.0.0";
+    settings.allowedClients = "127.0.0.2, 127.1.0.0/16";
+    server.Start(settings);
+
+    TcpClient denied(server.Port());
+    TcpClient allowed(server.Port(), 0, "127.0.0.2");
+    TcpClient alsoAllowed(server.Port(), 0, "127.1.2.3");
+
+    EXPECT_TRUE(denied.IsClosedByServer());
+    ExpectEcho(allowed);
+    ExpectEcho(alsoAllowed);
+    EXPECT_EQ(counters.deniedClients, 1u);
+    EXPECT_EQ(counters.acceptedClients, 2u);
+    EXPECT_EQ(counters.rejectedClients, 0u);
+}
+
+TEST_F(TcpServerTest, TellsOneOfManyDeniedClients)
+{
+    ZuTest::LogRecorder const log;
+    TcpSettings settings = At(0);
+    settings.allowedClients = "10.0.0.7";
+    server.Start(settings);
+
+    for (int i = 0; i < 5; ++i)
+    {
+        TcpClient denied(server.Port());
+        EXPECT_TRUE(denied.IsClosedByServer());
+    }
+
+    EXPECT_EQ(counters.deniedClients, 5u);
+    EXPECT_EQ(log.Lines(), std::vector{ZuTest::UserWarning(
+                               "The test closes a connection of 127.0.0.1, which may not connect (1 since "
+                               "the last such line)")});
+}
+
+TEST_F(TcpServerTest, JudgesConnectedClientsByNewLists)
+{
+    TcpSettings settings = At(0);
+    server.Start(settings);
+    TcpClient leaves(server.Port());
+    TcpClient stays(server.Port(), 0, "127.0.0.2");
+    ExpectEcho(leaves);
+    ExpectEcho(stays);
+    settings.allowedClients = "127.0.0.2";
+
+    server.Apply(settings);
+
+    EXPECT_TRUE(leaves.IsClosedByServer());
+    ExpectEcho(stays);
+    EXPECT_EQ(counters.deniedClients, 1u);
+    EXPECT_EQ(counters.droppedClients, 1u);
+}
+
+TEST_F(TcpServerTest, TellsEachConversationTheRoleOfItsClient)
+{
+    TcpSettings settings = At(0);
+    settings.writers = "127.0.0.2";
+    server.Start(settings);
+    TcpClient reader(server.Port());
+    TcpClient writer(server.Port(), 0, "127.0.0.2");
+    ExpectEcho(reader);
+    ExpectEcho(writer);
+    auto const roles = [&] {
+        std::map<std::string, std::string> found;
+        server.PostToEach([&found](ITcpConversation& conversation) {
+            found[conversation.Client().address] = ZuCommon::RoleName(conversation.Client().role);
+            return false;
+        });
+        server.Apply(settings); // returns after the visits
+        return found;
+    };
+
+    EXPECT_EQ(roles(), (std::map<std::string, std::string>{{"127.0.0.1", "viewer"}, {"127.0.0.2", "operator"}}));
+    settings.writers = "127.0.0.0/31"; // 127.0.0.0 and 127.0.0.1
+    server.Apply(settings);
+    EXPECT_EQ(roles(), (std::map<std::string, std::string>{{"127.0.0.1", "operator"}, {"127.0.0.2", "viewer"}}));
+    settings.isReadOnly = true;
+    server.Apply(settings);
+    EXPECT_EQ(roles(), (std::map<std::string, std::string>{{"127.0.0.1", "viewer"}, {"127.0.0.2", "viewer"}}));
+}
+
+TEST_F(TcpServerTest, KeepsItsListsWhenNewOnesAreRefused)
+{
+    TcpSettings settings = At(0);
+    settings.allowedClients = "127.0.0.1";
+    server.Start(settings);
+    TcpClient client(server.Port());
+    settings.address = "127.0.0.3";
+    settings.allowedClients = "127.0.0.2, 127";
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Apply(settings); }).status, -997);
+
+    ExpectEcho(client);
+    EXPECT_TRUE(server.Endpoint().starts_with("127.0.0.1:")) << server.Endpoint();
+}
+
+TEST_F(TcpServerTest, ChecksListsAlsoWhileItDoesNotRun)
+{
+    TcpSettings settings = At(0);
+    settings.writers = "nonsense";
+
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Apply(settings); }).status, -997);
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Start(settings); }).status, -997);
+    EXPECT_FALSE(server.IsRunning());
+}
+
+TEST_F(TcpServerTest, IsOpenToANetworkBeyondLoopbackWithoutAList)
+{
+    EXPECT_FALSE(server.IsOpenToNetwork());
+    TcpSettings settings = At(0);
+    server.Start(settings);
+    EXPECT_FALSE(server.IsOpenToNetwork());
+    settings.address = "0.0.0.0";
+    server.Apply(settings);
+    EXPECT_TRUE(server.IsOpenToNetwork());
+    settings.allowedClients = "10.0.0.0/8";
+    server.Apply(settings);
+    EXPECT_FALSE(server.IsOpenToNetwork());
+    settings.allowedClients = "";
+    server.Apply(settings);
+    EXPECT_TRUE(server.IsOpenToNetwork());
+    server.Stop();
+    EXPECT_FALSE(server.IsOpenToNetwork());
 }
 
 TEST_F(TcpServerTest, DoesNothingWhileItDoesNotRun)

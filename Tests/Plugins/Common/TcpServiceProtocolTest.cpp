@@ -77,17 +77,25 @@ public:
     Zu::Params::Value<uint32> level;
 };
 
-/// Sends nothing and reads nothing.
+/// Sends nothing. Runs an action when bytes come.
 class SilentConversation final : public ITcpConversation
 {
 public:
+    explicit SilentConversation(std::function<void()> newWhenReceived) : whenReceived(std::move(newWhenReceived))
+    {
+    }
+
     std::span<char> Room() override
     {
         return bytes;
     }
 
-    void Received(std::size_t) override
+    void Received(std::size_t count) override
     {
+        if (count > 0)
+        {
+            whenReceived();
+        }
     }
 
     void InputEnded() override
@@ -115,6 +123,7 @@ public:
     }
 
 private:
+    std::function<void()> const whenReceived;
     char bytes[16];
     Step step = Step::CONTINUE;
 };
@@ -139,11 +148,18 @@ public:
     LevelParams params;
     uint32 highestLevel = 5;
     std::vector<uint32> levels; ///< all applied levels
+    ZuTest::CallLog refusals;   ///< of the commands of clients; "" for one that was begun
+
+    using TcpServiceProtocol::RunCommand;
 
 private:
     std::unique_ptr<ITcpConversation> MakeConversation() override
     {
-        return std::make_unique<SilentConversation>();
+        return std::make_unique<SilentConversation>([this] {
+            Command command{};
+            command.commandId = ZuControl::ControlProtocol::CommandStop;
+            refusals.Add(RefusalOf([&] { RunCommand(command); }).text);
+        });
     }
 
     void ApplyOwnParams() override
@@ -262,6 +278,54 @@ TEST_F(TcpServiceProtocolTest, RestoresNoParametersFromBeforeAReset)
 
     EXPECT_EQ(Parameters(), defaults);
     EXPECT_TRUE(Listening().starts_with("127.0.0.1:")) << Listening();
+}
+
+TEST_F(TcpServiceProtocolTest, RefusesTheCommandsOfClientsThatMayNotWrite)
+{
+    service->params.writers.Set("127.0.0.2");
+    service->Start();
+    uint16 const port = static_cast<uint16>(std::stoi(Listening().substr(Listening().find(':') + 1)));
+    TcpClient reader(port);
+    TcpClient writer(port, 0, "127.0.0.2");
+
+    reader.SendText("x");
+    EXPECT_TRUE(service->refusals.WaitFor("This client may run no commands"));
+    writer.SendText("x");
+    EXPECT_TRUE(service->refusals.WaitFor(""));
+}
+
+TEST_F(TcpServiceProtocolTest, RestoresItsParametersWhenAListIsRefusedAlsoWhileItDoesNotRun)
+{
+    std::string const before = Parameters();
+    service->params.allowedClients.Set("10.0.0.0/8, ten");
+
+    EXPECT_EQ(RefusalOf([this] { service->ParamsUpdate(); }),
+              (Refusal{-997, "allowedClients: \"ten\" is neither an IP address nor a network such as 192.168.0.0/24 or "
+                             "fd00::/8"}));
+
+    EXPECT_EQ(Parameters(), before);
+}
+
+TEST_F(TcpServiceProtocolTest, ReportsThatItIsOpenToANetworkWhileItIs)
+{
+    service->params.address.Set("0.0.0.0");
+    service->ParamsUpdate();
+    EXPECT_TRUE(Problems().empty()); // it does not run
+
+    service->Start();
+    EXPECT_EQ(Problems(), std::vector<std::string>{"The level service at " + Listening() +
+                                                   " serves every machine that reaches it: list the networks of its "
+                                                   "clients in allowedClients, or let it listen on 127.0.0.1"});
+    service->params.allowedClients.Set("10.0.0.0/8");
+    service->ParamsUpdate();
+    EXPECT_TRUE(Problems().empty());
+    service->params.allowedClients.Set("");
+    service->ParamsUpdate();
+    EXPECT_EQ(Problems().size(), 1u);
+    service->ParamsUpdate();
+    EXPECT_EQ(Problems().size(), 1u);
+    service->Stop();
+    EXPECT_TRUE(Problems().empty());
 }
 
 TEST_F(TcpServiceProtocolTest, KeepsTheParametersWithWhichItCannotStart)

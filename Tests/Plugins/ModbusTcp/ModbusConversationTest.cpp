@@ -130,6 +130,77 @@ TEST_F(ModbusConversationTest, IsOverWhenTheClientHasEnded)
     EXPECT_EQ(conversation.NextStep(), ModbusConversation::Step::CLOSE);
 }
 
+using Bytes = std::vector<uint8>;
+
+struct RoleCase
+{
+    char const* name;
+    Bytes request;
+    ZuCommon::Role least; ///< the least role that gets an answer
+};
+
+class ModbusConversationRoles : public testing::TestWithParam<RoleCase>
+{
+};
+
+TEST_P(ModbusConversationRoles, GetExceptionOneForWhatTheyMayNotDo)
+{
+    using ZuCommon::Role;
+    for (Role const role : {Role::NONE, Role::VIEWER, Role::OPERATOR, Role::ENGINEER, Role::ADMINISTRATOR})
+    {
+        FakeRegisterModel model;
+        ModbusCounters counters;
+        ModbusConversation conversation(model, counters);
+        conversation.SetClient({"10.0.0.7", role});
+        Bytes const& request = GetParam().request;
+        std::ranges::copy(request, conversation.Room().begin());
+
+        conversation.Received(request.size());
+
+        std::string_view const answer = conversation.Pending();
+        bool const isAllowed = role >= GetParam().least;
+        if (isAllowed)
+        {
+            EXPECT_EQ(static_cast<uint8>(answer.at(7)), request[7]) << ZuCommon::RoleName(role);
+        }
+        else
+        {
+            Bytes const refusal{0, 9, 0, 0, 0, 3, 1, static_cast<uint8>(request[7] | 0x80), 1};
+            EXPECT_EQ(Bytes(answer.begin(), answer.end()), refusal) << ZuCommon::RoleName(role);
+            EXPECT_TRUE(model.calls.empty());
+        }
+        EXPECT_EQ(counters.deniedRequests, isAllowed ? 0u : 1u);
+        EXPECT_EQ(counters.exceptionsByCode[1], isAllowed ? 0u : 1u);
+        EXPECT_EQ(counters.requests, 1u);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachFunction, ModbusConversationRoles,
+    testing::Values(RoleCase{"ReadHolding", {0, 9, 0, 0, 0, 6, 1, 3, 0, 0, 0, 1}, ZuCommon::Role::VIEWER},
+                    RoleCase{"ReadInput", {0, 9, 0, 0, 0, 6, 1, 4, 0, 0, 0, 1}, ZuCommon::Role::VIEWER},
+                    RoleCase{"Identify", {0, 9, 0, 0, 0, 5, 1, 43, 14, 1, 0}, ZuCommon::Role::VIEWER},
+                    RoleCase{"WriteOne", {0, 9, 0, 0, 0, 6, 1, 6, 0, 0, 0, 1}, ZuCommon::Role::OPERATOR},
+                    RoleCase{"Write", {0, 9, 0, 0, 0, 9, 1, 16, 0, 0, 0, 1, 2, 0, 7}, ZuCommon::Role::OPERATOR},
+                    RoleCase{"ReadAndWrite",
+                             {0, 9, 0, 0, 0, 13, 1, 23, 0, 0, 0, 1, 0, 0, 0, 1, 2, 0, 7},
+                             ZuCommon::Role::OPERATOR}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST_F(ModbusConversationTest, ChangesTheRoleBetweenTwoRequests)
+{
+    Bytes const write{0, 9, 0, 0, 0, 6, 1, 6, 0, 0, 0, 1};
+    conversation.SetClient({"10.0.0.7", ZuCommon::Role::VIEWER});
+    Hear(write);
+    EXPECT_EQ(Pending(), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x86, 1}));
+    conversation.Sent(Pending().size());
+
+    conversation.SetClient({"10.0.0.7", ZuCommon::Role::OPERATOR});
+    Hear(write);
+
+    EXPECT_EQ(Pending(), write); // the answer repeats the request
+}
+
 TEST_F(ModbusConversationTest, CountsRequestsExceptionsAndBytes)
 {
     Hear(READ_ONE);

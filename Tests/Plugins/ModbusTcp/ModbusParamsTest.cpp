@@ -17,7 +17,8 @@ TEST(ModbusParams, AreBornWithTheirDefaults)
     ModbusParams const params;
 
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(params), json::parse(R"({
-        "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10})"));
+        "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10,
+        "allowedClients": "", "writers": "", "readOnly": false})"));
 }
 
 struct RefusedCase
@@ -65,7 +66,8 @@ TEST(ModbusParams, TakeTheEndsOfTheirBounds)
 {
     ModbusParams params;
     json const document = json::parse(R"({
-        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400})");
+        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400,
+        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true})");
 
     Zu::Properties::JsonSerializer::Validate(params, document);
     Zu::Properties::JsonSerializer::Deserialize(params, document);
