@@ -10,14 +10,15 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def configure(*options):
-    """{source, from the root: its compiler command} of a build with these options."""
+    """{source, from the root: its compiler command} of a build with these options, without generated sources."""
     with tempfile.TemporaryDirectory() as build:
         words = ["cmake", "-S", ROOT, "-B", build, "-G", "Ninja", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", *options]
         done = subprocess.run(words, capture_output=True, text=True, timeout=300, cwd=ROOT)
         if done.returncode != 0:
             raise AssertionError(f"configuring with {options} failed:\n{done.stdout}{done.stderr}")
         commands = json.loads((pathlib.Path(build) / "compile_commands.json").read_text())
-    return {pathlib.Path(entry["file"]).relative_to(ROOT).as_posix(): entry["command"] for entry in commands}
+    return {pathlib.Path(entry["file"]).relative_to(ROOT).as_posix(): entry["command"] for entry in commands
+            if pathlib.Path(entry["file"]).is_relative_to(ROOT)}
 
 
 def top_folders(commands):

@@ -1,0 +1,214 @@
+#include "Plugins/SparkplugMqtt/MetricWriter.h"
+
+#include <pb_encode.h>
+#include <sparkplug_b.pb.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace SparkplugMqtt
+{
+
+namespace
+{
+
+constexpr char const* QUALITY_KEY = "Quality";
+constexpr uint8 METRICS_TAG = sparkplug_b_Payload_metrics_tag << 3 | PB_WT_STRING;
+constexpr uint8 TIMESTAMP_TAG = sparkplug_b_Payload_timestamp_tag << 3 | PB_WT_VARINT;
+constexpr uint8 SEQ_TAG = sparkplug_b_Payload_seq_tag << 3 | PB_WT_VARINT;
+constexpr uint8 HISTORICAL_TAG = sparkplug_b_Metric_is_historical_tag << 3 | PB_WT_VARINT;
+
+bool EncodeName(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+{
+    auto const& text = *static_cast<std::string_view const*>(*argument);
+    return pb_encode_tag_for_field(stream, field) &&
+           pb_encode_string(stream, reinterpret_cast<pb_byte_t const*>(text.data()), text.size());
+}
+
+bool EncodeQuality(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+{
+    sparkplug_b_PropertyValue value = sparkplug_b_PropertyValue_init_zero;
+    value.has_type = true;
+    value.type = static_cast<uint32>(DataType::INT32);
+    value.which_value = sparkplug_b_PropertyValue_int_value_tag;
+    value.value.int_value = *static_cast<uint32 const*>(*argument);
+    return pb_encode_tag_for_field(stream, field) &&
+           pb_encode_submessage(stream, sparkplug_b_PropertyValue_fields, &value);
+}
+
+void SetQuality(sparkplug_b_Metric& message, uint32 const& code)
+{
+    static constexpr std::string_view KEY = QUALITY_KEY;
+    message.has_properties = true;
+    message.properties.keys.funcs.encode = EncodeName;
+    message.properties.keys.arg = const_cast<std::string_view*>(&KEY); // the encoder only reads it
+    message.properties.values.funcs.encode = EncodeQuality;
+    message.properties.values.arg = const_cast<uint32*>(&code);
+}
+
+/// Sets the value of a message from the alternative of a variant.
+class ValueSetter final
+{
+public:
+    explicit ValueSetter(sparkplug_b_Metric& setMessage) : message(setMessage)
+    {
+    }
+
+    void operator()(std::monostate) const
+    {
+        message.has_is_null = true;
+        message.is_null = true;
+    }
+
+    void operator()(bool value) const
+    {
+        message.which_value = sparkplug_b_Metric_boolean_value_tag;
+        message.value.boolean_value = value;
+    }
+
+    void operator()(uint32 value) const
+    {
+        message.which_value = sparkplug_b_Metric_int_value_tag;
+        message.value.int_value = value;
+    }
+
+    void operator()(uint64 value) const
+    {
+        message.which_value = sparkplug_b_Metric_long_value_tag;
+        message.value.long_value = value;
+    }
+
+    void operator()(double value) const
+    {
+        message.which_value = sparkplug_b_Metric_double_value_tag;
+        message.value.double_value = value;
+    }
+
+    void operator()(std::string_view value) const
+    {
+        static_assert(sizeof(message.value.string_value) == MetricWriter::LONGEST_TEXT + 1);
+        message.which_value = sparkplug_b_Metric_string_value_tag;
+        std::size_t const length = std::min(value.size(), MetricWriter::LONGEST_TEXT);
+        std::memcpy(message.value.string_value, value.data(), length);
+        message.value.string_value[length] = '\0';
+    }
+
+private:
+    sparkplug_b_Metric& message;
+};
+
+/// Sets all fields that the encoder reads. The rest of the record stays as it is: its long text would cost more to set
+/// than the metric to encode.
+void Fill(sparkplug_b_Metric& message, Metric const& metric, uint32 const& qualityCode)
+{
+    message.name.funcs.encode = metric.name.empty() ? nullptr : EncodeName;
+    message.name.arg = const_cast<std::string_view*>(&metric.name);
+    message.has_alias = metric.alias.has_value();
+    message.alias = metric.alias.value_or(0);
+    message.has_timestamp = true;
+    message.timestamp = metric.timestampMsec;
+    message.has_datatype = metric.type.has_value();
+    message.datatype = static_cast<uint32>(metric.type.value_or(DataType{}));
+    message.has_is_historical = false;
+    message.has_is_transient = false;
+    message.has_is_null = false;
+    message.has_properties = false;
+    message.which_value = 0;
+    if (metric.quality.has_value())
+    {
+        SetQuality(message, qualityCode);
+    }
+    std::visit(ValueSetter(message), metric.value);
+}
+
+void AppendVarint(std::vector<uint8>& bytes, uint64 number)
+{
+    for (; number >= 0x80; number >>= 7)
+    {
+        bytes.push_back(static_cast<uint8>(number | 0x80));
+    }
+    bytes.push_back(static_cast<uint8>(number));
+}
+
+/// Takes a varint off the begin of `bytes`. Returns false if there is none.
+bool TakeVarint(std::span<uint8 const>& bytes, uint64& number)
+{
+    number = 0;
+    for (unsigned shift = 0; shift < 64 && !bytes.empty(); shift += 7)
+    {
+        uint8 const byte = bytes.front();
+        bytes = bytes.subspan(1);
+        number |= static_cast<uint64>(byte & 0x7F) << shift;
+        if ((byte & 0x80) == 0)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+MetricWriter::MetricWriter(std::size_t mostBytes) : buffer(mostBytes)
+{
+}
+
+void MetricWriter::Clear()
+{
+    size = 0;
+    count = 0;
+}
+
+bool MetricWriter::Add(Metric const& metric)
+{
+    sparkplug_b_Metric message; // `Fill` sets all that is read
+    uint32 const qualityCode = static_cast<uint32>(metric.quality.value_or(Quality::GOOD));
+    Fill(message, metric, qualityCode);
+    pb_ostream_t stream = pb_ostream_from_buffer(buffer.data() + size, buffer.size() - size);
+    if (!pb_encode_tag(&stream, PB_WT_STRING, sparkplug_b_Payload_metrics_tag) ||
+        !pb_encode_submessage(&stream, sparkplug_b_Metric_fields, &message))
+    {
+        return false;
+    }
+    size += stream.bytes_written;
+    ++count;
+    return true;
+}
+
+void FramePayload(std::vector<uint8>& payload, uint64 timestampMsec, std::span<uint8 const> metrics,
+                  std::optional<uint8> seq)
+{
+    payload.clear();
+    payload.push_back(TIMESTAMP_TAG);
+    AppendVarint(payload, timestampMsec);
+    payload.insert(payload.end(), metrics.begin(), metrics.end());
+    if (seq.has_value())
+    {
+        payload.push_back(SEQ_TAG);
+        AppendVarint(payload, *seq);
+    }
+}
+
+bool MarkHistorical(std::vector<uint8>& marked, std::span<uint8 const> metrics)
+{
+    static constexpr uint8 MARK[] = {HISTORICAL_TAG, 1};
+    marked.clear();
+    while (!metrics.empty())
+    {
+        bool const isMetric = metrics.front() == METRICS_TAG;
+        metrics = metrics.subspan(1);
+        uint64 length = 0;
+        if (!isMetric || !TakeVarint(metrics, length) || length > metrics.size())
+        {
+            return false;
+        }
+        marked.push_back(METRICS_TAG);
+        AppendVarint(marked, length + std::size(MARK));
+        marked.insert(marked.end(), metrics.begin(), metrics.begin() + static_cast<std::ptrdiff_t>(length));
+        marked.insert(marked.end(), std::begin(MARK), std::end(MARK));
+        metrics = metrics.subspan(length);
+    }
+    return true;
+}
+
+} // namespace SparkplugMqtt
