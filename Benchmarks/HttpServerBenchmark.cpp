@@ -9,6 +9,8 @@
 #include "ServerContest.h"
 
 #include "Host/Http/HttpServer.h"
+#include "Host/Security/Gatekeeper.h"
+#include "Support/RecordingTrail.h"
 #include "ZuRest/Answer.h"
 #include "ZuRest/DocumentResourceBase.h"
 #include "ZuRest/IContentResource.h"
@@ -70,6 +72,7 @@ struct OurServer
         router.Register(ROUTE, resource);
         ZuHost::HttpServer::Settings settings;
         settings.port = 0;
+        gatekeeper.SetBeyondLoopback(false);
         server.Listen(settings);
         server.Start();
     }
@@ -77,7 +80,9 @@ struct OurServer
     Resource resource;
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor processor{router};
-    ZuHost::HttpServer server{processor};
+    ZuTest::RecordingTrail trail;
+    ZuHost::Gatekeeper gatekeeper{{}, trail, [](auto const&) { return std::string(); }}; // open, as on loopback
+    ZuHost::HttpServer server{processor, gatekeeper};
 };
 
 template <typename Resource, typename... Arguments>

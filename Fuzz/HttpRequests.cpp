@@ -7,9 +7,9 @@
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
-#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/RequestReader.h"
+#include "Support/FakeGatekeeper.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,14 +24,15 @@ namespace
 using Result = ZuHost::RequestReader::Result;
 
 constexpr uint64 BUDGET = 1U << 20;
-ZuHost::CurrentToken const TOKEN("0123456789abcdef");
-ZuHost::CurrentToken const NO_TOKEN("");
+ZuTest::FakeGatekeeper withToken("0123456789abcdef");
+ZuTest::FakeGatekeeper withoutToken;
 
 /// A client that sends pieces of up to `step` bytes.
 class Conversation
 {
 public:
-    Conversation(bool isOpen, ZuHost::ByteBudget& budget) : reader(isOpen ? NO_TOKEN : TOKEN, isOpen, !isOpen, budget)
+    Conversation(bool isOpen, ZuHost::ByteBudget& budget)
+        : reader(isOpen ? withoutToken : withToken, {{}, {}, isOpen, !isOpen}, budget)
     {
     }
 

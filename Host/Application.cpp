@@ -32,7 +32,7 @@ std::string PathOf(std::string const& typeName)
 
 } // namespace
 
-Application::Application(Options const& newOptions, HttpServer::Settings const& httpSettings,
+Application::Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
                          DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
                          PluginClinic::Admission const& plugins, LogScope const& log)
     : options(newOptions),
@@ -41,7 +41,10 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
       sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
                    std::move(source)),
       jobsResources(sensorModule.Router(), jobs),
-      httpServer(sensorModule.RequestProcessor())
+      tokenFile(token),
+      gatekeeper({&tokenFile}, trail,
+                 [this](auto const& path) { return sensorModule.RequestProcessor().MethodsAt(path); }),
+      httpServer(sensorModule.RequestProcessor(), gatekeeper)
 {
     ListenForRestClients(httpSettings); // first: a port that is taken is told before anything runs
     OrderlyStop::SetStep("loading the plug-ins");
@@ -68,6 +71,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
 void Application::ListenForRestClients(HttpServer::Settings const& settings)
 {
     httpServer.Listen(settings);
+    gatekeeper.SetBeyondLoopback(!httpServer.IsLocal());
     if (!httpServer.IsPlainLocal())
     {
         problems.Add(
@@ -166,7 +170,7 @@ std::vector<Application::Listener> Application::Start()
 
 void Application::SetToken(std::string const& token)
 {
-    httpServer.SetToken(token);
+    tokenFile.Set(token);
 }
 
 ZuControl::IControlManager& Application::Controls()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Audit/ITrail.h"
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
 #include "Host/Http/HttpServer.h"
@@ -11,6 +12,8 @@
 #include "Host/Module/UpdateGate.h"
 #include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
+#include "Host/Security/Gatekeeper.h"
+#include "Host/Security/TokenFile.h"
 #include "Host/Watch/Watch.h"
 #include "ZuCommon/Problems.h"
 #include "ZuPlugin/PluginManager.h"
@@ -45,10 +48,11 @@ public:
 
     /// Binds the addresses of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
     /// makes a new one. Each plug-in that was not admitted becomes a problem. REST beyond this machine without
-    /// encryption is a problem. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// encryption is a problem. `token` is that of the token file, or empty. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
     /// `HttpServer::Listen` do.
-    Application(Options const& newOptions, HttpServer::Settings const& httpSettings, DataFolder const& dataFolder,
-                std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins, LogScope const& log);
+    Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
+                DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
+                PluginClinic::Admission const& plugins, LogScope const& log);
     ~Application(); ///< stops, then ends the protocols
 
     Application(Application const&) = delete;
@@ -66,12 +70,21 @@ public:
     /// happened then too. Does nothing the second time.
     void Stop();
 
-    /// As `HttpServer::SetToken`.
+    /// As `TokenFile::Set`.
     void SetToken(std::string const& token);
 
     ZuControl::IControlManager& Controls();
 
 private:
+    /// Drops the notes.
+    class SilentTrail final : public ITrail
+    {
+    public:
+        void Note(TrailEntry /*entry*/) noexcept override
+        {
+        }
+    };
+
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void ListenForRestClients(HttpServer::Settings const& settings);
     void RaiseComplaint(std::string const& sentence);
@@ -97,7 +110,10 @@ private:
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
-    HttpServer httpServer;                      // last: no request may reach a member that is being destroyed
+    SilentTrail trail;
+    TokenFile tokenFile;
+    Gatekeeper gatekeeper;
+    HttpServer httpServer; // last: no request may reach a member that is being destroyed
 };
 
 } // namespace ZuHost

@@ -51,8 +51,8 @@ std::unique_ptr<IProfileSource> MakeSource(Options const& options)
     return std::make_unique<Replay>(ReadPcd(options.replayFile));
 }
 
-/// The addresses of the REST service, its token and its certificate. Refuses an address that may not be used without them.
-HttpServer::Settings CheckHttp(Options const& options)
+/// The addresses of the REST service. Refuses an address that may not be used without a token or a certificate.
+HttpServer::Settings CheckHttp(Options const& options, bool hasToken)
 {
     HttpServer::Settings settings;
     settings.address = options.httpAddress;
@@ -60,7 +60,7 @@ HttpServer::Settings CheckHttp(Options const& options)
     settings.isInsecure = options.isInsecure;
     settings.httpsAddress = options.httpsAddress;
     settings.httpsPort = options.httpsPort;
-    settings.token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    settings.hasCallers = hasToken;
     settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
     HttpServer::Check(settings);
     return settings;
@@ -98,7 +98,8 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
                int& failureStatus)
 {
     OrderlyStop::SetStep("reading the files of the command line");
-    HttpServer::Settings httpSettings = CheckHttp(options);
+    std::string const token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    HttpServer::Settings httpSettings = CheckHttp(options, !token.empty());
     if (!options.httpsAddress.empty())
     {
         httpSettings.tls = ReadCertificate(options);
@@ -116,7 +117,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
-    Application application(options, httpSettings, dataFolder, std::move(source), plugins, log);
+    Application application(options, httpSettings, token, dataFolder, std::move(source), plugins, log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;

@@ -31,6 +31,15 @@ std::string ReadFile(std::filesystem::path const& file)
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--token': %s: %s", file.c_str(),
                  errno != 0 ? std::strerror(errno) : "it cannot be read");
     }
+    using std::filesystem::perms;
+    constexpr perms OF_OTHERS = perms::group_read | perms::group_write | perms::others_read | perms::others_write;
+    if ((std::filesystem::status(file).permissions() & OF_OTHERS) != perms::none)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT,
+                 "option '--token': others can read or change %s: take that right away with "
+                 "chmod 600 %s, and replace the token if they may have read it",
+                 file.c_str(), file.c_str());
+    }
     token.erase(0, std::min(token.find_first_not_of(BLANKS), token.size()));
     token.erase(token.find_last_not_of(BLANKS) + 1);
     bool const isText = std::all_of(token.begin(), token.end(), [](char one) { return one > ' ' && one < 0x7F; });
@@ -85,6 +94,12 @@ void CurrentToken::Set(std::string newToken)
 {
     Zu::MutexLock const guard(lock);
     token = std::move(newToken);
+}
+
+bool CurrentToken::IsEmpty() const noexcept
+{
+    Zu::MutexLock const guard(lock);
+    return token.empty();
 }
 
 bool CurrentToken::IsGiven(std::string_view header) const noexcept

@@ -14,7 +14,7 @@ namespace ZuHost::BearerToken
 inline constexpr std::size_t MIN_BYTES = 16;
 
 /// Returns the first line of a file without the blanks around it. Throws `Zu::Status::BAD_ARGUMENT` with one clear line
-/// when the file cannot be read, and when the line is too short or has characters that a header may not carry.
+/// when the file cannot be read, when others than its owner can read or change it, and when the line is too short or has characters that a header may not carry.
 std::string ReadFile(std::filesystem::path const& file);
 
 /// Whether the value of the header Authorization shows `token`; true for an empty token. The time of the call depends
@@ -37,6 +37,8 @@ public:
     CurrentToken& operator=(CurrentToken const&) = delete;
 
     void Set(std::string newToken);
+
+    bool IsEmpty() const noexcept;
 
     /// As `BearerToken::IsGiven`.
     bool IsGiven(std::string_view header) const noexcept;

@@ -53,7 +53,7 @@ HttpConnection::HttpConnection(IHttpService& owningService, Strand newStrand, Ht
       strand(std::move(newStrand)),
       peer(std::move(newClient)),
       timer(strand),
-      reader(service.Token(), peer.isLocal, peer.isEncrypted, service.Budget())
+      reader(service.Gatekeeper(), peer, service.Budget())
 {
 }
 

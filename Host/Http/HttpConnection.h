@@ -33,16 +33,8 @@ namespace ZuHost
 {
 
 class ByteBudget;
-class CurrentToken;
 class HttpConnection;
-
-/// The other end of a connection.
-struct HttpClient
-{
-    boost::asio::ip::address source; ///< its address, as limits count it: see `ClientSource`
-    bool isLocal = false;            ///< only clients of this machine reach the listener
-    bool isEncrypted = false;        ///< the connection is
-};
+class IGatekeeper;
 
 /// The server as its connections see it. It outlives them. All operations are thread-safe.
 class IHttpService
@@ -52,8 +44,8 @@ public:
 
     virtual HttpServer::Settings const& Limits() const = 0;
 
-    /// The token that requests must show now.
-    virtual CurrentToken const& Token() const = 0;
+    /// Decides which requests are carried out.
+    virtual IGatekeeper& Gatekeeper() = 0;
 
     /// For the bytes behind the headers of the requests of all connections.
     virtual ByteBudget& Budget() = 0;

@@ -1,6 +1,5 @@
 #include "Host/Http/HttpServer.h"
 
-#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/ClientSource.h"
 #include "Host/Http/ConnectionTable.h"
@@ -58,9 +57,9 @@ asio::ip::address ParseAddress(std::string const& text, uint16 port)
     return address;
 }
 
-void CheckToken(asio::ip::address const& address, uint16 port, std::string const& token)
+void CheckCallers(asio::ip::address const& address, uint16 port, bool hasCallers)
 {
-    if (!address.is_loopback() && token.empty())
+    if (!address.is_loopback() && !hasCallers)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT,
                  "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
@@ -80,7 +79,7 @@ asio::ip::address PlainAddress(HttpServer::Settings const& settings)
                  "--insecure as well",
                  where.c_str(), where.c_str());
     }
-    CheckToken(address, settings.port, settings.token);
+    CheckCallers(address, settings.port, settings.hasCallers);
     return address;
 }
 
@@ -88,7 +87,7 @@ asio::ip::address PlainAddress(HttpServer::Settings const& settings)
 asio::ip::address EncryptedAddress(HttpServer::Settings const& settings)
 {
     auto const address = ParseAddress(settings.httpsAddress, settings.httpsPort);
-    CheckToken(address, settings.httpsPort, settings.token);
+    CheckCallers(address, settings.httpsPort, settings.hasCallers);
     return address;
 }
 
@@ -111,7 +110,8 @@ HttpClient ClientOf(Socket& socket, bool isLocal, bool isEncrypted)
 {
     error_code ignored;
     socket.set_option(tcp::no_delay(true), ignored); // without this option answers are slower, but correct
-    return {ClientSource(socket.remote_endpoint(ignored).address()), isLocal, isEncrypted};
+    auto const address = socket.remote_endpoint(ignored).address();
+    return {ClientSource(address), address, isLocal, isEncrypted};
 }
 
 } // namespace
@@ -122,8 +122,8 @@ HttpClient ClientOf(Socket& socket, bool isLocal, bool isEncrypted)
 class HttpServer::Core final : public IHttpService
 {
 public:
-    Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens, HandshakeFaults& usedFaults,
-         Settings const& usedSettings);
+    Core(ZuRest::ResourceRequestProcessor& usedProcessor, IGatekeeper& usedGatekeeper, WrongTokens& usedTokens,
+         HandshakeFaults& usedFaults, Settings const& usedSettings);
     ~Core() override;
 
     Core(Core const&) = delete;
@@ -152,14 +152,9 @@ public:
         return settings;
     }
 
-    CurrentToken const& Token() const override
+    IGatekeeper& Gatekeeper() override
     {
-        return token;
-    }
-
-    void SetToken(std::string newToken)
-    {
-        token.Set(std::move(newToken));
+        return gatekeeper;
     }
 
     void SetTls(ZuTls::Context const& newTls)
@@ -209,8 +204,8 @@ private:
     void EndThreads() noexcept;
 
     Settings const settings;
-    CurrentToken token{settings.token};
     ZuRest::ResourceRequestProcessor& processor;
+    IGatekeeper& gatekeeper;
     WrongTokens& wrongTokens;
     HandshakeFaults& handshakeFaults;
     ByteBudget budget{MAX_BYTES_IN_ALL};
@@ -230,10 +225,11 @@ private:
     uint64 started = 0;
 };
 
-HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, WrongTokens& usedTokens,
-                       HandshakeFaults& usedFaults, Settings const& usedSettings)
+HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, IGatekeeper& usedGatekeeper,
+                       WrongTokens& usedTokens, HandshakeFaults& usedFaults, Settings const& usedSettings)
     : settings(usedSettings),
       processor(usedProcessor),
+      gatekeeper(usedGatekeeper),
       wrongTokens(usedTokens),
       handshakeFaults(usedFaults),
       plain(context, strand, PlainAddress(settings), settings.port,
@@ -398,8 +394,9 @@ void HttpServer::Core::ForEach(void (HttpConnection::*step)())
     }
 }
 
-HttpServer::HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor)
+HttpServer::HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor, IGatekeeper& usedGatekeeper)
     : processor(usedProcessor),
+      gatekeeper(usedGatekeeper),
       wrongTokens(std::make_unique<WrongTokens>()),
       handshakeFaults(std::make_unique<HandshakeFaults>())
 {
@@ -425,7 +422,7 @@ void HttpServer::Listen(Settings const& settings)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    core = std::make_unique<Core>(processor, *wrongTokens, *handshakeFaults, settings);
+    core = std::make_unique<Core>(processor, gatekeeper, *wrongTokens, *handshakeFaults, settings);
 }
 
 void HttpServer::Start()
@@ -442,12 +439,9 @@ void HttpServer::Stop() noexcept
     core.reset();
 }
 
-void HttpServer::SetToken(std::string token)
+bool HttpServer::IsLocal() const
 {
-    if (core != nullptr)
-    {
-        core->SetToken(std::move(token));
-    }
+    return IsPlainLocal() && (core->Encrypted() == nullptr || core->Encrypted()->IsLocal());
 }
 
 void HttpServer::SetTls(std::shared_ptr<ZuTls::Context const> const& tls)

@@ -19,6 +19,7 @@ namespace ZuHost
 {
 
 class HandshakeFaults;
+class IGatekeeper;
 class WrongTokens;
 
 /// The HTTP server of the host: passes the requests of clients to the resources, and the answers to the clients.
@@ -28,7 +29,7 @@ class WrongTokens;
 /// Every resource that a client can occupy is bounded: connections, the bytes of one request and of all together,
 /// waiting reports of a slow client, and the time of each phase.
 /// It has a listener for HTTP and may have one for HTTPS. Their connections share all bounds.
-/// Ownership: the processor and the resources behind it outlive the server.
+/// Ownership: the processor, the resources behind it and the gatekeeper outlive the server.
 /// Threads: "Http.Worker0" and so on, from `Start` to `Stop`. One thread at a time calls the operations.
 class HttpServer final
 {
@@ -47,7 +48,7 @@ public:
         std::string httpsAddress;                  ///< of the listener for HTTPS; empty: there is none
         uint16 httpsPort = 0;                      ///< 0 takes a free one
         std::shared_ptr<ZuTls::Context const> tls; ///< for HTTPS: of the side of servers
-        std::string token;           ///< required for every request except GET /health; empty: not required
+        bool hasCallers = false;                   ///< callers can prove themselves: required beyond this machine
         uint64 maxConnections = 512; ///< for a further connection an idle one is closed; 503 if none is idle
 
         uint64 idleTimeoutUsec = 60'000'000;    ///< between two requests: the connection is closed
@@ -59,14 +60,15 @@ public:
         uint64 stopPatienceUsec = 5'000'000;    ///< for running requests when the server stops
     };
 
-    explicit HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor);
+    /// The processor and the gatekeeper outlive the server.
+    HttpServer(ZuRest::ResourceRequestProcessor& usedProcessor, IGatekeeper& usedGatekeeper);
     ~HttpServer(); ///< stops
 
     HttpServer(HttpServer const&) = delete;
     HttpServer& operator=(HttpServer const&) = delete;
 
     /// Throws `Zu::Status::BAD_ARGUMENT` for a text that is no address, for an address that requires encryption and for
-    /// one that requires a token. The text of the exception tells the user what to do. `tls` may be null here.
+    /// one that requires callers. The text of the exception tells the user what to do. `tls` may be null here.
     static void Check(Settings const& settings);
 
     /// Binds the addresses and listens. Clients can connect, but get answers only after `Start`. Throws as `Check` does;
@@ -93,15 +95,14 @@ public:
     /// As `Endpoint`, of the listener for HTTPS. Empty if there is none.
     std::string EncryptedEndpoint() const;
 
-    /// Requests that begin from now on must show `token` in place of the previous one. An open stream stays open. Does
-    /// nothing while the server does not listen. Any thread may call between `Listen` and `Stop`.
-    void SetToken(std::string token);
+    /// Whether only this machine reaches the server. The server must listen.
+    bool IsLocal() const;
 
     /// HTTPS connections that are accepted from now on use `tls`. Present ones stay. Does nothing without a listener for
     /// HTTPS. Any thread may call between `Listen` and `Stop`.
     void SetTls(std::shared_ptr<ZuTls::Context const> const& tls);
 
-    /// The number of requests with a wrong token since the server was made. Any thread may call.
+    /// The number of requests with a wrong secret since the server was made. Any thread may call.
     uint64 WrongTokenCount() const;
 
     uint16 Port() const;          ///< the real port; 0 while the server does not listen
@@ -111,6 +112,7 @@ private:
     class Core;
 
     ZuRest::ResourceRequestProcessor& processor;
+    IGatekeeper& gatekeeper;
     std::unique_ptr<WrongTokens> const wrongTokens;
     std::unique_ptr<HandshakeFaults> const handshakeFaults;
     std::unique_ptr<Core> core; // exists while the server listens

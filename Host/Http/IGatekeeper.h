@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuRest/Answer.h"
+#include "wApi/wTypes.h"
 
 #include <utility> // before Asio's headers, which use it without including it
 
@@ -35,9 +36,9 @@ struct Credentials
 struct Admission
 {
     std::shared_ptr<ZuRest::Caller const> caller; ///< set if the request is admitted
-    ZuRest::Answer refusal;                       ///< otherwise: 401 or 403, as a problem document
+    ZuRest::Answer refusal;                       ///< otherwise: such as 401 or 403, as a problem document
     bool isWrongSecret = false;                   ///< refused for a wrong secret: the refusal is slowed down
-    bool mayHaveBody = true; ///< false for requests that are open to everybody: strangers occupy no memory
+    uint64 maxBodyBytes = 0;                      ///< of an admitted request: strangers occupy little memory
 };
 
 /// Decides from the header of a request whether the request is carried out.
@@ -48,6 +49,10 @@ public:
 
     /// Any thread may call; it must not block, since threads of the I/O call it.
     virtual Admission Admit(Credentials const& credentials) = 0;
+
+    /// Whether an admitted caller may still read a stream that it has opened: its token or session has not ended. As
+    /// `Admit`.
+    virtual bool IsCurrent(ZuRest::Caller const& caller) const noexcept = 0;
 };
 
 } // namespace ZuHost

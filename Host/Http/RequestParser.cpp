@@ -20,10 +20,18 @@ void RequestParser::on_response_impl(int /*code*/, Text /*reason*/, int /*versio
     // Beast never calls it for requests.
 }
 
-void RequestParser::on_field_impl(Field field, Text /*name*/, Text value, ErrorCode& /*error*/)
+void RequestParser::on_field_impl(Field field, Text name, Text value, ErrorCode& /*error*/)
 {
+    if (is_header_done()) // a trailer
+    {
+        return;
+    }
+    if (field == Field::unknown && boost::beast::iequals(name, "X-CSRF-Token"))
+    {
+        crossSiteToken.append(value.data(), value.size());
+    }
     std::size_t const place = PlaceOf(field);
-    if (is_header_done() || place == KEPT.size()) // behind the header: a trailer
+    if (place == KEPT.size())
     {
         return;
     }

@@ -41,8 +41,9 @@ public:
     std::string method;
     std::string target;
     bool isVersion11 = false;
-    bool keepsAlive = false; ///< the client wants to send more requests after this one
-    std::string body;        ///< grows until `is_done()`
+    bool keepsAlive = false;    ///< the client wants to send more requests after this one
+    std::string crossSiteToken; ///< the value of X-CSRF-Token
+    std::string body;           ///< grows until `is_done()`
 
     /// Returns the lines of `FIELD`, one of `KEPT`.
     template <Field FIELD>
@@ -58,8 +59,9 @@ private:
     using Text = boost::beast::string_view;
 
     static constexpr std::array KEPT{
-        Field::accept,   Field::authorization, Field::content_length, Field::expect, Field::host,
-        Field::if_match, Field::if_none_match, Field::origin,         Field::prefer, Field::transfer_encoding,
+        Field::accept, Field::authorization, Field::content_length,    Field::cookie,
+        Field::expect, Field::host,          Field::if_match,          Field::if_none_match,
+        Field::origin, Field::prefer,        Field::transfer_encoding,
     };
 
     static constexpr std::size_t PlaceOf(Field field)

@@ -1,7 +1,7 @@
 #include "Host/Http/RequestReader.h"
 
-#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
+#include "Host/Http/IGatekeeper.h"
 #include "Host/Http/RequestFraming.h"
 #include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
@@ -42,13 +42,22 @@ struct Target
         return {text.substr(SCHEME.size(), path - SCHEME.size()),
                 path != text.size() ? text.substr(path) : std::string_view("/")};
     }
+
+    std::string_view Path() const
+    {
+        return pathAndQuery.substr(0, pathAndQuery.find('?'));
+    }
+
+    std::string_view Query() const
+    {
+        return pathAndQuery.substr(std::min(Path().size() + 1, pathAndQuery.size()));
+    }
 };
 
 } // namespace
 
-RequestReader::RequestReader(CurrentToken const& newToken, bool newIsLocal, bool newIsEncrypted,
-                             ByteBudget& sharedBudget)
-    : token(newToken), isLocal(newIsLocal), isEncrypted(newIsEncrypted), budget(sharedBudget)
+RequestReader::RequestReader(IGatekeeper& usedGatekeeper, HttpClient newClient, ByteBudget& sharedBudget)
+    : gatekeeper(usedGatekeeper), client(std::move(newClient)), budget(sharedBudget)
 {
     Begin();
 }
@@ -71,6 +80,7 @@ void RequestReader::Begin()
     parser->body_limit(HttpServer::MAX_BODY_BYTES);
     parsedBytes = 0;
     hasHeader = false;
+    caller = nullptr;
 }
 
 boost::asio::mutable_buffer RequestReader::Room()
@@ -196,6 +206,11 @@ RequestReader::Result RequestReader::TakeHeader()
             "A body comes with one Content-Length, or in HTTP/1.1 with exactly 'Transfer-Encoding: chunked'.");
     }
     Target const target = Target::Of(parser->target);
+    if (target.host.find('@') != std::string_view::npos)
+    {
+        return Refuse(HttpStatus::BAD_REQUEST, Zu::Status::BAD_ARGUMENT,
+                      "A name or a password in an address can be read in logs: send the header Authorization.");
+    }
     auto const& hosts = parser->At<http::field::host>();
     if (hosts.count > 1 || (hosts.count == 0 && parser->isVersion11))
     {
@@ -203,52 +218,55 @@ RequestReader::Result RequestReader::TakeHeader()
     }
     std::string const host(target.host.empty() ? hosts.text : target.host);
     bool const namesUs = host.empty() ? hosts.count == 0 : RequestOrigin::IsThisMachine(host);
-    if (isLocal && !namesUs)
+    if (client.isLocal && !namesUs)
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
                       "This service answers to localhost and the loopback addresses only, not to '" + host + "'.");
     }
     auto const& origin = parser->At<http::field::origin>();
-    if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host, isEncrypted))
+    if (origin.count != 0 && !RequestOrigin::IsOwn(origin.text, host, client.isEncrypted))
     {
         return Refuse(HttpStatus::FORBIDDEN, Zu::Status::WRITE_ONLY_REFUSED,
                       "This service takes no requests from pages of '" + origin.text + "'.");
     }
-    return IsOpenToAll() ? AdmitStranger() : AdmitClient();
+    return AskGatekeeper();
 }
 
-/// Whether the request needs no token.
-bool RequestReader::IsOpenToAll() const
+RequestReader::Result RequestReader::AskGatekeeper()
 {
-    return parser->method == "GET" && (parser->target == "/health" || parser->target == "/authority");
-}
-
-/// A request that needs no token has no body, so that a client without the token cannot occupy memory.
-RequestReader::Result RequestReader::AdmitStranger()
-{
-    return parser->is_done() ? Result::NEEDS_BYTES
-                             : Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
-                                      "A request of " + parser->target + " has no body.");
-}
-
-RequestReader::Result RequestReader::AdmitClient()
-{
-    if (!token.IsGiven(parser->At<http::field::authorization>().text))
+    Target const target = Target::Of(parser->target);
+    Admission admission = gatekeeper.Admit(
+        {parser->method, target.Path(), target.Query(), parser->At<http::field::authorization>().text,
+         parser->At<http::field::cookie>().text, parser->crossSiteToken, client.address, client.isEncrypted});
+    if (admission.caller == nullptr)
     {
-        return RefuseWithoutToken();
+        refusal = std::move(admission.refusal);
+        return admission.isWrongSecret ? Result::WRONG_TOKEN : Result::REFUSAL;
+    }
+    caller = std::move(admission.caller);
+    if (parser->is_done())
+    {
+        return Result::NEEDS_BYTES;
+    }
+    if (admission.maxBodyBytes < HttpServer::MAX_BODY_BYTES &&
+        (parser->chunked() || parser->content_length().value_or(0) > admission.maxBodyBytes))
+    {
+        return RefuseBody(admission.maxBodyBytes);
     }
     parser->eager(true); // accepts parts of the body as they arrive
-    bool const needsContinue = !parser->is_done() && parser->isVersion11 &&
-                               boost::beast::iequals(parser->At<http::field::expect>().text, "100-continue");
+    bool const needsContinue =
+        parser->isVersion11 && boost::beast::iequals(parser->At<http::field::expect>().text, "100-continue");
     return needsContinue ? Result::NEEDS_CONTINUE : Result::NEEDS_BYTES;
 }
 
-RequestReader::Result RequestReader::RefuseWithoutToken()
+/// A request that needs no caller has a short body of known length or none: a stranger cannot occupy memory.
+RequestReader::Result RequestReader::RefuseBody(uint64 maxBytes)
 {
-    Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED,
-           "This service asks for a token: send the header Authorization: Bearer TOKEN.");
-    refusal.headers.emplace_back("WWW-Authenticate", "Bearer");
-    return parser->At<http::field::authorization>().count == 0 ? Result::REFUSAL : Result::WRONG_TOKEN;
+    std::string const path(Target::Of(parser->target).Path());
+    return Refuse(HttpStatus::CONTENT_TOO_LARGE, Zu::Status::BAD_FORMAT,
+                  maxBytes == 0 ? "A request of " + path + " has no body."
+                                : "The body of a request of " + path + " has a Content-Length of at most " +
+                                      std::to_string(maxBytes) + " bytes.");
 }
 
 RequestReader::Result RequestReader::RefuseMalformed(error_code const& error)
@@ -281,17 +299,17 @@ RequestReader::Result RequestReader::Refuse(uint32 status, int32 code, std::stri
 
 ZuRest::Request RequestReader::TakeRequest()
 {
-    std::string_view const target = Target::Of(parser->target).pathAndQuery;
-    std::size_t const mark = std::min(target.find('?'), target.size());
+    Target const target = Target::Of(parser->target);
     ZuRest::Request request;
     request.method = parser->method;
-    request.path = target.substr(0, mark);
-    request.query = target.substr(std::min(mark + 1, target.size()));
+    request.path = target.Path();
+    request.query = target.Query();
     request.body = std::move(parser->body);
     request.accept = parser->At<http::field::accept>().text;
     request.ifMatch = parser->At<http::field::if_match>().text;
     request.ifNoneMatch = parser->At<http::field::if_none_match>().text;
     request.prefer = parser->At<http::field::prefer>().text;
+    request.caller = std::move(caller);
     return request;
 }
 

@@ -6,8 +6,10 @@
 #include "ZuRest/Request.h"
 
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,10 +18,19 @@ namespace ZuHost
 {
 
 class ByteBudget;
-class CurrentToken;
+class IGatekeeper;
+
+/// The client of a connection, and the listener that it reached.
+struct HttpClient
+{
+    boost::asio::ip::address source;  ///< its address, as limits count it: see `ClientSource`
+    boost::asio::ip::address address; ///< its address
+    bool isLocal = false;             ///< only clients of this machine reach the listener
+    bool isEncrypted = false;         ///< the connection is
+};
 
 /// Parses the requests of one connection. Refuses malformed and too long requests, requests from foreign pages and
-/// requests without the token.
+/// requests that the gatekeeper does not admit.
 ///
 /// It has no socket and no clock. The caller receives bytes into `Room`, hands them over with `Commit` and calls
 /// `Parse`. Bytes that follow a request stay in the buffer for the next one. One thread at a time.
@@ -36,13 +47,12 @@ public:
         NEEDS_CONTINUE, ///< the client waits for "100 Continue" before it sends the body
         REQUEST,        ///< `TakeRequest` returns it
         REFUSAL,        ///< `TakeRefusal` returns the answer; the connection closes behind it
-        WRONG_TOKEN     ///< as `REFUSAL`, for a request that shows a wrong token
+        WRONG_TOKEN     ///< as `REFUSAL`, for a request that shows a wrong secret
     };
 
-    /// `newToken` is required in requests unless it is empty. `newIsLocal`: the service is for clients of this machine
-    /// only. `newIsEncrypted`: the connection is, so that own pages are those of https. `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until
-    /// the next `Begin` or the end of the reader. The token and the budget outlive the reader.
-    RequestReader(CurrentToken const& newToken, bool newIsLocal, bool newIsEncrypted, ByteBudget& sharedBudget);
+    /// `sharedBudget` bounds the bytes behind the headers of all readers; they count from their arrival until the next
+    /// `Begin` or the end of the reader. The gatekeeper and the budget outlive the reader.
+    RequestReader(IGatekeeper& usedGatekeeper, HttpClient newClient, ByteBudget& sharedBudget);
     ~RequestReader();
 
     RequestReader(RequestReader const&) = delete;
@@ -84,22 +94,20 @@ private:
     std::string_view Buffered() const;
     Result Count(std::size_t bytes);
     Result TakeHeader();
-    bool IsOpenToAll() const;
-    Result AdmitStranger();
-    Result AdmitClient();
-    Result RefuseWithoutToken();
+    Result AskGatekeeper();
+    Result RefuseBody(uint64 maxBytes);
     Result RefuseMalformed(boost::system::error_code const& error);
     Result Refuse(uint32 status, int32 code, std::string detail);
 
-    CurrentToken const& token;
-    bool const isLocal;
-    bool const isEncrypted;
+    IGatekeeper& gatekeeper;
+    HttpClient const client;
     ByteBudget& budget;
     boost::beast::flat_buffer buffer{MAX_BUFFERED_BYTES};
     std::optional<RequestParser> parser;
     uint64 parsedBytes = 0;   // of the present request
     uint64 budgetedBytes = 0; // taken of the budget
     bool hasHeader = false;
+    std::shared_ptr<ZuRest::Caller const> caller; // of the present request, once it is admitted
     ZuRest::Answer refusal;
 };
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <system_error>
 #include <unistd.h>
@@ -24,6 +25,7 @@ using Perms = std::filesystem::perms;
 
 constexpr char const* SETTINGS_FILE = "settings.zpset";
 constexpr char const* TRAIL_FILE = "audit.zplog";
+constexpr char const* SECURITY_FILE = "security.zpset";
 constexpr char const* NEW_FILE = ".new-archive"; // cannot be a job: its name begins with a dot
 constexpr char const* JOURNAL_SUFFIX = "-journal";
 
@@ -98,6 +100,11 @@ std::filesystem::path DataFolder::SettingsFile() const
 std::filesystem::path DataFolder::TrailFile() const
 {
     return path / TRAIL_FILE;
+}
+
+std::filesystem::path DataFolder::SecurityFile() const
+{
+    return path / SECURITY_FILE;
 }
 
 std::string DataFolder::WideAccess() const

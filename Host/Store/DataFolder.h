@@ -41,6 +41,8 @@ public:
 
     /// A sentence for the user if other users can read or write the folder; empty if they cannot.
     std::string WideAccess() const;
+    /// The file of the users and tokens.
+    std::filesystem::path SecurityFile() const;
 
     /// The names of the jobs, sorted.
     std::vector<JobName> Jobs() const;

@@ -225,6 +225,12 @@ void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeR
     });
 }
 
+std::string ResourceRequestProcessor::MethodsAt(std::string const& path) const
+{
+    auto const match = router.Find(path);
+    return match.has_value() ? AllowedBy(*match, false) : "";
+}
+
 void ResourceRequestProcessor::RunAlone(std::vector<std::string> const& heads, std::function<void()> const& work)
 {
     auto const pass = WaitForTurn({Place::Of(heads.front()).tree, ""}, ResourceLocks::Mode::CHANGE_TREE);

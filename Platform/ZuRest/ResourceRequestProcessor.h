@@ -79,6 +79,10 @@ public:
     void ProcessLater(Request request, ReceiverMaker makeReceiver, Runner const& run,
                       std::function<void(Outcome)> done);
 
+    /// Returns the methods of the resource at a percent-encoded path, as the header Allow shows them: "GET, HEAD,
+    /// OPTIONS". Empty if there is no resource. Never waits for a request.
+    std::string MethodsAt(std::string const& path) const;
+
     /// Runs `work` on the calling thread as the only activity in a tree: waits for the running requests of the tree and
     /// delays later ones. `heads` are the heads of the tree's places, the head of the tree first. Reads from inside see
     /// their documents from before `work`. `work` may read the tree through this object. An exception of `work` goes to

@@ -148,6 +148,7 @@ TEST_F(HostProgramTest, ListensForAllWithAToken)
 {
     std::filesystem::path const file = folder / "token";
     std::ofstream(file) << "0123456789abcdef\n";
+    std::filesystem::permissions(file, std::filesystem::perms(0600));
 
     EXPECT_EQ(Run({"--http", "0.0.0.0:0", "--insecure", "--token", file.string()}), 0);
 

@@ -149,6 +149,7 @@ class WrongTokens(unittest.TestCase):
     def test_they_are_slowed_counted_and_told_once(self):
         with tempfile.TemporaryDirectory() as folder:
             token = pathlib.Path(folder) / "token"
+            token.touch(0o600)
             token.write_text("0123456789abcdef\n", encoding="ascii")
             with Host("--token", token) as host:
                 guessed = self.guess(host.http_port)

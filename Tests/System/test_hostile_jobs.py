@@ -200,7 +200,7 @@ class Stop(unittest.TestCase):
     def start_until_the_token_is_read(self, *arguments):
         """Starts the host with a pipe as the file of its token. Returns the process and the pipe, which the host reads."""
         pipe = self.data / "token"
-        os.mkfifo(pipe)
+        os.mkfifo(pipe, 0o600)
         process = subprocess.Popen([str(BIN / "zucontrol-host"), "--http", "127.0.0.1:0", "--data", str(self.data / "data"),
                                     "--token", str(pipe), *arguments],
                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)

@@ -127,6 +127,7 @@ class HangUp(unittest.TestCase):
     def test_the_token_file_is_read_again_and_the_host_goes_on(self):
         with tempfile.TemporaryDirectory() as folder:
             file = pathlib.Path(folder) / "token"
+            file.touch(0o600)
             file.write_text("the-first-token-0\n")
             with Host("--token", file) as host:
                 self.assertEqual(self.status(host, "the-first-token-0"), 200)

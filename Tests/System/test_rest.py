@@ -161,6 +161,7 @@ class Network(unittest.TestCase):
     def test_with_a_token_everybody_shows_it(self):
         with tempfile.TemporaryDirectory() as folder:
             token = pathlib.Path(folder) / "token"
+            token.touch(0o600)
             token.write_text("correct-horse-battery\n")
             with Host("--http", "0.0.0.0:0", "--insecure", "--token", token) as host, RestClient(host.http_port) as rest:
                 self.assertEqual(rest.get("/health").status, 200)

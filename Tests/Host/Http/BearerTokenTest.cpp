@@ -23,6 +23,7 @@ public:
         std::string pattern = (std::filesystem::temp_directory_path() / "zu-token-XXXXXX").string();
         folder = mkdtemp(pattern.data());
         std::ofstream(Path()) << content;
+        std::filesystem::permissions(Path(), std::filesystem::perms(0600));
     }
 
     ~TemporaryFile()
@@ -71,6 +72,23 @@ TEST(BearerToken, RefusesAFileThatHoldsNone)
     EXPECT_EQ(RefusalOfFile("0123456789abcde\n"), refusal);
     EXPECT_EQ(RefusalOfFile("01234567 89abcdef\n"), refusal);
     EXPECT_EQ(RefusalOfFile("0123456789abcde\xC3\xA4\n"), refusal);
+}
+
+TEST(BearerToken, RefusesAFileThatOthersCanReadOrChange)
+{
+    using std::filesystem::perms;
+    TemporaryFile const file("0123456789abcdef");
+    std::string const path = file.Path().string();
+    for (perms const right : {perms::group_read, perms::group_write, perms::others_read, perms::others_write})
+    {
+        std::filesystem::permissions(path, perms::owner_read | right);
+        EXPECT_EQ(ZuTest::RefusalOf([&] { BearerToken::ReadFile(path); }),
+                  (ZuTest::Refusal{Zu::Status::BAD_ARGUMENT, "option '--token': others can read or change " + path +
+                                                                 ": take that right away with chmod 600 " + path +
+                                                                 ", and replace the token if they may have read it"}));
+    }
+    std::filesystem::permissions(path, perms::owner_read);
+    EXPECT_EQ(BearerToken::ReadFile(path), "0123456789abcdef");
 }
 
 TEST(BearerToken, RefusesAFileThatCannotBeRead)

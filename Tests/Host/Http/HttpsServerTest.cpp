@@ -1,6 +1,7 @@
 #include "Host/Http/HttpServer.h"
 #include "Host/Http/TestConnection.h"
 #include "Support/Certificates.h"
+#include "Support/FakeGatekeeper.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/RecordingSink.h"
@@ -84,7 +85,8 @@ protected:
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor processor{router};
     HttpServer::Settings settings;
-    HttpServer server{processor};
+    ZuTest::FakeGatekeeper gatekeeper;
+    HttpServer server{processor, gatekeeper};
     ZuTls::Context const client{ZuTls::Side::CLIENT, {}};
     std::list<TestConnection> connections;
 };
@@ -307,14 +309,16 @@ TEST_F(HttpsServerTest, NeedsATokenBeyondThisMachine)
               (ZuTest::Refusal{Zu::Status::BAD_ARGUMENT,
                                "The REST service listens on 0.0.0.0:8443 only with a token: give one "
                                "with --token FILE, or take 127.0.0.1:8443"}));
-    settings.token = "0123456789abcdef";
+    settings.hasCallers = true;
+    gatekeeper.token.Set("0123456789abcdef");
     EXPECT_EQ(ZuTest::RefusalOf([&] { HttpServer::Check(settings); }), (ZuTest::Refusal{Zu::Status::SUCCESS, ""}));
 }
 
 TEST_F(HttpsServerTest, AnswersToAnyNameBeyondThisMachineAndToLocalNamesOverHttp)
 {
     settings.httpsAddress = "0.0.0.0";
-    settings.token = "0123456789abcdef";
+    settings.hasCallers = true;
+    gatekeeper.token.Set("0123456789abcdef");
     Start();
     std::string const request =
         "GET /thing HTTP/1.1\r\nHost: scanner-7.plant\r\nAuthorization: Bearer 0123456789abcdef\r\n\r\n";
@@ -331,7 +335,7 @@ TEST_F(HttpsServerTest, AnswersToAnyNameBeyondThisMachineAndToLocalNamesOverHttp
 TEST_F(HttpsServerTest, TellsWhichAddressItCannotTake)
 {
     Start();
-    HttpServer other(processor);
+    HttpServer other(processor, gatekeeper);
     HttpServer::Settings taken = settings;
     taken.httpsPort = server.EncryptedPort();
 

@@ -1,6 +1,6 @@
-#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/RequestReader.h"
+#include "Support/FakeGatekeeper.h"
 
 #include <gtest/gtest.h>
 
@@ -56,9 +56,9 @@ bool ReadOn(RequestReader& reader, std::string& reading)
 /// Gives the reader up to `step` bytes at a time.
 std::string ReadingOf(std::string_view bytes, std::size_t step)
 {
-    CurrentToken const token{""};
+    ZuTest::FakeGatekeeper gatekeeper;
     ByteBudget budget(HttpServer::MAX_BYTES_IN_ALL);
-    RequestReader reader(token, true, false, budget);
+    RequestReader reader(gatekeeper, {{}, {}, true, false}, budget);
     std::string reading;
     bool goesOn = true;
     while (!bytes.empty() && goesOn)

@@ -1,7 +1,7 @@
 #include "Host/Http/RequestReader.h"
 
-#include "Host/Http/BearerToken.h"
 #include "Host/Http/ByteBudget.h"
+#include "Support/FakeGatekeeper.h"
 
 #include <gtest/gtest.h>
 
@@ -55,9 +55,9 @@ protected:
     static constexpr std::string_view CHUNKED =
         "PUT / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n";
 
-    CurrentToken token{""};
+    ZuTest::FakeGatekeeper gatekeeper;
     ByteBudget budget{3 * ALLOWANCE};
-    RequestReader reader{token, true, false, budget};
+    RequestReader reader{gatekeeper, {{}, boost::asio::ip::make_address("127.0.0.1"), true, false}, budget};
 };
 
 } // namespace
@@ -154,9 +154,9 @@ TEST_F(RequestReaderTest, TakesABodyOfTheMostBytesAndNoMore)
     EXPECT_EQ(RefusalOf(head + std::to_string(HttpServer::MAX_BODY_BYTES + 1) + "\r\n\r\n"), 413U);
 }
 
-TEST_F(RequestReaderTest, AsksForTheTokenBeforeItTakesABody)
+TEST_F(RequestReaderTest, AsksTheGatekeeperBeforeItTakesABody)
 {
-    token.Set("0123456789abcdef");
+    gatekeeper.token.Set("0123456789abcdef");
     constexpr std::string_view HEAD = "PUT / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 2\r\n";
 
     EXPECT_EQ(Feed(std::string(HEAD) + "\r\n"), Result::REFUSAL);
@@ -186,7 +186,7 @@ TEST_F(RequestReaderTest, BoundsTheBytesOfARequestWithItsChunkExtensions)
 
 TEST_F(RequestReaderTest, TakesNoBodyWhereItAsksForNoToken)
 {
-    token.Set("0123456789abcdef");
+    gatekeeper.token.Set("0123456789abcdef");
     constexpr std::string_view HEALTH = "GET /health HTTP/1.1\r\nHost: localhost\r\n";
 
     EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Content-Length: 1\r\n\r\n"), 413U);
@@ -194,6 +194,49 @@ TEST_F(RequestReaderTest, TakesNoBodyWhereItAsksForNoToken)
     EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Transfer-Encoding: chunked\r\n\r\n"), 413U);
     reader.Begin();
     EXPECT_EQ(Feed(std::string(HEALTH) + "Content-Length: 0\r\n\r\n"), Result::REQUEST);
+}
+
+TEST_F(RequestReaderTest, TakesAShortBodyOfKnownLengthFromStrangers)
+{
+    gatekeeper.token.Set("0123456789abcdef");
+    gatekeeper.openBodyBytes = 2;
+    constexpr std::string_view HEALTH = "GET /health HTTP/1.1\r\nHost: localhost\r\n";
+
+    EXPECT_EQ(Feed(std::string(HEALTH) + "Content-Length: 2\r\n\r\n{}"), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().body, "{}");
+    reader.Begin();
+    EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Content-Length: 3\r\n\r\n"), 413U);
+    reader.Begin();
+    EXPECT_EQ(RefusalOf(std::string(HEALTH) + "Transfer-Encoding: chunked\r\n\r\n"), 413U);
+}
+
+TEST_F(RequestReaderTest, GivesTheCallerWithItsRequest)
+{
+    constexpr std::string_view TEXT = "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n";
+
+    EXPECT_EQ(Feed(TEXT), Result::REQUEST);
+    auto const caller = reader.TakeRequest().caller;
+
+    ASSERT_NE(caller, nullptr);
+    EXPECT_EQ(caller->name, "tester");
+    EXPECT_EQ(caller->source, "127.0.0.1");
+}
+
+TEST_F(RequestReaderTest, HandsTheGatekeeperWhatTheHeaderShows)
+{
+    constexpr std::string_view TEXT = "POST http://localhost/a/b?c=d HTTP/1.1\r\nHost: localhost\r\n"
+                                      "Cookie: session=1\r\nx-csrf-token: 2\r\nAuthorization: Bearer 3\r\n\r\n";
+
+    EXPECT_EQ(Feed(TEXT), Result::REQUEST);
+
+    EXPECT_EQ(gatekeeper.Last(), "POST /a/b c=d Bearer 3 session=1 2 127.0.0.1");
+}
+
+TEST_F(RequestReaderTest, RefusesAnAddressWithANameOrPassword)
+{
+    EXPECT_EQ(RefusalOf("GET http://0123456789abcdef@localhost/ HTTP/1.1\r\nHost: localhost\r\n\r\n"), 400U);
+    reader.Begin();
+    EXPECT_EQ(Feed("GET http://localhost/a@b HTTP/1.1\r\nHost: localhost\r\n\r\n"), Result::REQUEST);
 }
 
 TEST_F(RequestReaderTest, DropsTrailers)

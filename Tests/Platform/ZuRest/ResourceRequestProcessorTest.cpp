@@ -324,6 +324,8 @@ TEST_F(ResourceRequestProcessorTest, TellsTheMethodsThatAResourceKnows)
     ExpectProblem(fixed, R"({"title": "Method Not Allowed", "status": 405, "code": -983,
         "detail": "PUT of /thing failed: its document cannot be changed."})");
     EXPECT_EQ(HeaderOf(Send("POST", "/command"), "Allow"), "GET, HEAD, POST, OPTIONS");
+    EXPECT_EQ(processor.MethodsAt("/changeable"), "GET, HEAD, PUT, PATCH, OPTIONS");
+    EXPECT_EQ(processor.MethodsAt("/nowhere"), "");
     EXPECT_EQ(Send("OPTIONS", "/nowhere").status, 404U);
 }
 

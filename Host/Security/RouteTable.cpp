@@ -1,0 +1,184 @@
+#include "Host/Security/RouteTable.h"
+
+#include "ZuRest/Path.h"
+
+#include <boost/container/small_vector.hpp>
+
+#include <algorithm>
+#include <array>
+#include <forward_list>
+#include <vector>
+
+namespace ZuHost
+{
+
+namespace
+{
+
+using Route = RouteTable::Route;
+using Segments = boost::container::small_vector<std::string_view, 8>;
+
+constexpr auto NONE = ZuCommon::Role::NONE;
+constexpr auto VIEWER = ZuCommon::Role::VIEWER;
+constexpr auto OPERATOR = ZuCommon::Role::OPERATOR;
+constexpr auto ENGINEER = ZuCommon::Role::ENGINEER;
+
+constexpr Route ROUTES[] = {
+    {"GET", "/", VIEWER, "the links to all resources"},
+    {"GET", "/health", NONE, "whether all parts of the host work"},
+    {"GET", "/authority", NONE, "the certificate of the host's own authority"},
+    {"GET", "/problems", VIEWER, "the open problems"},
+    {"GET", "/events", VIEWER, "the stream of changes"},
+    {"GET", "/metrics", VIEWER, "all counters, as text for Prometheus"},
+    {"GET", "/relations/:rel", VIEWER, "a page that explains a relation"},
+    {"GET", "/scanners/:id", VIEWER, "the state of a scanner"},
+    {"GET", "/jobs", VIEWER, "the list of jobs"},
+    {"GET", "/jobs/:name", VIEWER, "the file of a job"},
+    {"PUT", "/jobs/:name", ENGINEER, "adds or replaces a job by a file"},
+    {"DELETE", "/jobs/:name", ENGINEER, "deletes a job"},
+    {"POST", "/jobs/:name/load", OPERATOR, "loads a job"},
+    {"POST", "/jobs/:name/save", ENGINEER, "saves the loaded job, or copies it to another name"},
+    {"GET", "/jobs/:name/report", VIEWER, "what the last load took over"},
+    {"GET", "/controls/:protocol", VIEWER, "the state and the parameters of a protocol"},
+    {"PUT", "/controls/:protocol", ENGINEER, "enables or disables a protocol, changes its parameters"},
+    {"PATCH", "/controls/:protocol", ENGINEER, "as PUT"},
+    {"GET", "/controls/:protocol/commands/:command", VIEWER, "a command of a protocol, with its arguments"},
+    {"POST", "/controls/:protocol/commands/:command", OPERATOR, "runs a command of a protocol"},
+    {"GET", "/controls/:protocol/metrics", VIEWER, "the counters of a protocol"},
+    {"GET", "/controls/:protocol/outputs", VIEWER, "the output map of a protocol"},
+    {"GET", "/controls/:protocol/outputs/commands/:command", VIEWER,
+     "a command for the output map, with its arguments"},
+    {"POST", "/controls/:protocol/outputs/commands/:command", ENGINEER, "changes the output map by a command"},
+    {"GET", "/controls/:protocol/registerAssemblies/:registerAssembly", VIEWER, "the blocks of a register assembly"},
+    {"GET", "/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command", VIEWER,
+     "a command for a register assembly, with its arguments"},
+    {"POST", "/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command", ENGINEER,
+     "changes a register assembly by a command"},
+    {"GET", "/controls/hardware/:device", VIEWER, "the outputs of a device"},
+    {"GET", "/controls/hardware/metrics", VIEWER, "the counters of the inputs and outputs"},
+    {"GET", "/controls/hardware/:device/digital/:port", VIEWER, "the configuration of the digital outputs"},
+    {"PUT", "/controls/hardware/:device/digital/:port", ENGINEER, "changes the configuration of the digital outputs"},
+    {"PATCH", "/controls/hardware/:device/digital/:port", ENGINEER, "as PUT"},
+    {"GET", "/controls/hardware/:device/analog/:port", VIEWER, "the configuration of the analog outputs"},
+    {"PUT", "/controls/hardware/:device/analog/:port", ENGINEER, "changes the configuration of the analog outputs"},
+    {"PATCH", "/controls/hardware/:device/analog/:port", ENGINEER, "as PUT"},
+    {"GET", "/controls/hardware/:device/marlet/:port", VIEWER, "the configuration of the serial output of the link"},
+    {"PUT", "/controls/hardware/:device/marlet/:port", ENGINEER,
+     "changes the configuration of the serial output of the link"},
+    {"PATCH", "/controls/hardware/:device/marlet/:port", ENGINEER, "as PUT"},
+    {"GET", "/controls/hardware/:device/serial/:port", VIEWER, "the configuration of the serial outputs"},
+    {"PUT", "/controls/hardware/:device/serial/:port", ENGINEER, "changes the configuration of the serial outputs"},
+    {"PATCH", "/controls/hardware/:device/serial/:port", ENGINEER, "as PUT"},
+};
+
+constexpr std::array METHODS{"GET", "PUT", "PATCH", "POST", "DELETE"};
+
+bool IsKey(std::string_view segment)
+{
+    return segment.starts_with(':');
+}
+
+/// The segments of a path. A path that is no route, such as "*", has one empty segment, which matches nothing.
+Segments SegmentsOf(std::string_view path)
+{
+    Segments segments;
+    if (path == "/")
+    {
+        return segments;
+    }
+    if (!path.starts_with('/'))
+    {
+        segments.emplace_back();
+        return segments;
+    }
+    while (!path.empty())
+    {
+        path.remove_prefix(1);
+        segments.push_back(path.substr(0, path.find('/')));
+        path.remove_prefix(segments.back().size());
+    }
+    return segments;
+}
+
+/// The entries with one path.
+struct Resource
+{
+    Segments segments;
+    std::array<Route const*, METHODS.size()> routes{}; // in the order of `METHODS`
+
+    bool Matches(Segments const& path) const
+    {
+        bool const lacksKey = path.size() + 1 == segments.size() && IsKey(segments.back());
+        auto const fits = [](std::string_view one, std::string_view own) {
+            return !one.empty() && (IsKey(own) || one == own);
+        };
+        return (path.size() == segments.size() || lacksKey) &&
+               std::equal(path.begin(), path.end(), segments.begin(), fits);
+    }
+};
+
+/// A path that ends comes before one that goes on, and a literal before a key: the first match is the most specific.
+bool IsBefore(Resource const& left, Resource const& right)
+{
+    return std::ranges::lexicographical_compare(left.segments, right.segments,
+                                                [](std::string_view one, std::string_view other) {
+                                                    return IsKey(one) != IsKey(other) ? IsKey(other) : one < other;
+                                                });
+}
+
+std::vector<Resource> MakeResources()
+{
+    std::vector<Resource> resources;
+    for (Route const& route : ROUTES)
+    {
+        Segments segments = SegmentsOf(route.path);
+        auto found = std::ranges::find(resources, segments, &Resource::segments);
+        if (found == resources.end())
+        {
+            found = resources.insert(resources.end(), Resource{std::move(segments)});
+        }
+        auto const method = std::ranges::find(METHODS, std::string_view(route.method));
+        found->routes.at(static_cast<std::size_t>(method - METHODS.begin())) = &route;
+    }
+    std::ranges::stable_sort(resources, IsBefore);
+    return resources;
+}
+
+Resource const* ResourceOf(std::string_view path)
+{
+    static std::vector<Resource> const RESOURCES = MakeResources();
+    Segments segments = SegmentsOf(path);
+    std::forward_list<std::string> decoded; // the decoded text of segments with escapes
+    for (std::string_view& segment : segments)
+    {
+        if (segment.find('%') != std::string_view::npos)
+        {
+            segment = decoded.emplace_front(ZuRest::Path::Decoded(segment));
+        }
+    }
+    auto const found = std::ranges::find_if(RESOURCES, [&](Resource const& one) { return one.Matches(segments); });
+    return found != RESOURCES.end() ? &*found : nullptr;
+}
+
+} // namespace
+
+std::span<Route const> RouteTable::All() noexcept
+{
+    return ROUTES;
+}
+
+Route const* RouteTable::Find(std::string_view method, std::string_view path)
+{
+    Resource const* const resource = ResourceOf(path);
+    auto const known = std::ranges::find(METHODS, method == "HEAD" ? std::string_view("GET") : method);
+    return resource != nullptr && known != METHODS.end()
+               ? resource->routes.at(static_cast<std::size_t>(known - METHODS.begin()))
+               : nullptr;
+}
+
+bool RouteTable::HasPath(std::string_view path)
+{
+    return ResourceOf(path) != nullptr;
+}
+
+} // namespace ZuHost
