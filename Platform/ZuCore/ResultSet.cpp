@@ -1,10 +1,10 @@
 #include "ZuCore/ResultSet.h"
 
 #include "wApi/wMutex.h"
+#include "wApi/wPrefetch.h"
 #include "wApi/wTypes.h"
 #include "wBeacon/wMsgInfo.h"
 
-#include <algorithm>
 #include <atomic>
 #include <bit>
 
@@ -16,6 +16,7 @@ namespace
 
 constexpr uint64 OWN_ITEMS = ResultSetObject::OWN_ITEMS;
 constexpr uint64 CACHE_LINE = 64;
+constexpr uint64 FETCHED_LINES = 5;
 constexpr uint64 KEPT_CHUNKS = 5; // an idle set keeps this many chunks and frees larger ones
 
 // The limit for the memory of all idle sets: enough for the sets of 100 items that 16 protocols hold after a burst of
@@ -40,15 +41,6 @@ void MakeItems(ResultSetObject& set, ResultSetObject::ItemRoom* items, ResultIte
     for (uint64 i = 0; i < count; ++i)
     {
         new (items[i].bytes) ResultItemObject(set, parts[i]);
-    }
-}
-
-void ReleaseParts(ResultItemParts const* parts, uint64 count)
-{
-    for (uint64 i = 0; i < count; ++i)
-    {
-        wObject_Release(parts[i].msgInfo);
-        wObject_Release(parts[i].info);
     }
 }
 
@@ -96,9 +88,9 @@ private:
     /// Prefetches the first cache lines of the set that will probably be taken next.
     static void FetchFront(ResultSet set)
     {
-        for (uint64 ahead = 0; ahead <= ResultSetObject::FETCHED_AHEAD; ahead += CACHE_LINE)
+        for (uint64 line = 0; line < FETCHED_LINES; ++line)
         {
-            wPrefetch_ForWrite(set, ahead);
+            wPrefetch_ForWrite(set, line * CACHE_LINE);
         }
     }
 
@@ -154,11 +146,10 @@ bool ResultSetObject::Reserve(uint64 wanted) noexcept
 
 void ResultSetObject::Clear() noexcept
 {
-    ReleaseParts(ownParts.data(), std::min(count, OWN_ITEMS));
-    for (uint64 number = 1; number < MAX_CHUNKS && FirstOf(number) < count; ++number)
-    {
-        ReleaseParts(chunks[number].parts.get(), std::min(count, FirstOf(number + 1)) - FirstOf(number));
-    }
+    ForEachParts([](ResultItemParts const& parts) {
+        wObject_Release(parts.msgInfo);
+        wObject_Release(parts.info);
+    });
     count = 0;
     TurnToOwnRoom();
     fromLiveSimulation = false;

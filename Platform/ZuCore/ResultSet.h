@@ -2,9 +2,9 @@
 
 #include "ZuCore/ResultItem.h"
 #include "wApi/wExport.h"
-#include "wApi/wPrefetch.h"
 #include "wApi/wTypes.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -24,7 +24,6 @@ struct alignas(64) ResultSetObject final : wObject
 {
     static constexpr uint64 OWN_ITEMS = 64; // items in the set's own block; a power of two, as in the chunks after it
     static constexpr uint64 MAX_CHUNKS = 26;
-    static constexpr uint64 FETCHED_AHEAD = 256; // distance of the prefetch before a write, in bytes
 
     /// Storage for one item, which is constructed together with the chunk around it.
     struct ItemRoom
@@ -48,6 +47,20 @@ struct alignas(64) ResultSetObject final : wObject
     ResultItem Item(uint64 index) noexcept
     {
         return index < OWN_ITEMS ? ItemIn(own[index]) : ItemBeyondOwn(index);
+    }
+
+    /// Calls `visit` with the parts of each item, in order.
+    template <typename Visit>
+    void ForEachParts(Visit const& visit) const
+    {
+        uint64 left = count;
+        for (uint64 number = 0; left > 0; ++number)
+        {
+            uint64 const size = std::min(left, OWN_ITEMS << number);
+            ResultItemParts const* const parts = number == 0 ? ownParts.data() : chunks[number].parts.get();
+            std::for_each(parts, parts + size, visit);
+            left -= size;
+        }
     }
 
     /// Selects the chunk for the next item when the present chunk is full; makes it if needed. Returns
@@ -84,6 +97,53 @@ private:
     std::array<Chunk, MAX_CHUNKS> chunks; // the first stays empty: `own` takes its place
 };
 
+/// Appends items to a set. It keeps the place of the next item itself, so that a loop keeps it in registers; the set has
+/// the items when the writer is destroyed. Nothing else uses the set meanwhile.
+class ResultSetWriter final
+{
+public:
+    explicit ResultSetWriter(ResultSetObject& filledSet) noexcept
+        : set(filledSet), next(filledSet.next), endOfRoom(filledSet.endOfRoom)
+    {
+    }
+
+    ~ResultSetWriter()
+    {
+        Store();
+    }
+
+    ResultSetWriter(ResultSetWriter const&) = delete;
+    ResultSetWriter& operator=(ResultSetWriter const&) = delete;
+
+    /// Appends an item without adding references to its parts. Returns the statuses of `ResultSetObject::OpenRoom`.
+    wStatus Append(ResultItemParts const& parts) noexcept
+    {
+        if (next == endOfRoom)
+        {
+            Store();
+            if (wStatus const status = set.OpenRoom(); status != Zu::Status::SUCCESS)
+            {
+                return status;
+            }
+            next = set.next;
+            endOfRoom = set.endOfRoom;
+        }
+        *next++ = parts;
+        return Zu::Status::SUCCESS;
+    }
+
+private:
+    void Store() noexcept
+    {
+        set.count += static_cast<uint64>(next - set.next);
+        set.next = next;
+    }
+
+    ResultSetObject& set;
+    ResultItemParts* next;
+    ResultItemParts* endOfRoom;
+};
+
 /// The results of one frame, in order. A counted object (see wApi/wObject.h).
 ///
 /// One thread fills the set. After publication it must not change; any thread may then read it and release the last
@@ -110,19 +170,7 @@ inline wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo result
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    if (set->next == set->endOfRoom)
-    {
-        if (wStatus const status = set->OpenRoom(); status != Zu::Status::SUCCESS)
-        {
-            return status;
-        }
-    }
-    // The thread that released the set may have it in its cache.
-    wPrefetch_ForWrite(set->next, ResultSetObject::FETCHED_AHEAD);
-    *set->next = {msgInfo, resultInfo};
-    ++set->next;
-    ++set->count;
-    return Zu::Status::SUCCESS;
+    return ResultSetWriter(*set).Append({msgInfo, resultInfo});
 }
 
 inline uint64 ResultSet_Count(ResultSetObject const* set) noexcept

@@ -6,6 +6,7 @@
 #include "wApi/wTypes.h"
 
 #include <array>
+#include <span>
 #include <vector>
 
 namespace ZuControl
@@ -23,8 +24,7 @@ public:
     /// An item that at least one receiver wants.
     struct Picked
     {
-        wMsgInfo* msgInfo;
-        ZuCore::ResultInfo info;
+        ZuCore::ResultItemParts parts;
         Receivers wanting;
         uint64 references; ///< held by the sets and not yet counted in the item
     };
@@ -57,12 +57,7 @@ public:
     }
 
 private:
-    static void Pick(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners,
-                     std::vector<Picked>& picked);
-    void MakeAll(Receivers listeners, std::vector<Picked>& picked, void* allocator);
-    void MakeOne(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listener, void* allocator);
-    wStatus Construct(uint64 receiver, void* allocator);
-    wStatus Fill(uint64 receiver, std::vector<Picked>& picked);
+    wStatus Make(uint64 receiver, std::span<Picked> items, void* allocator);
 
     Receivers made = 0;   // the receivers with a set
     Receivers served = 0; // of these, the receivers without a failure

@@ -1,6 +1,7 @@
 #include "ZuControl/Control/ReducedSets.h"
 
 #include "Support/AllocationCounter.h"
+#include "Support/AllocationFailure.h"
 #include "Support/ResultSets.h"
 #include "ZuControl/Control/ScanOutputPlan.h"
 
@@ -47,6 +48,18 @@ protected:
         uint64 const references = wObject_RefCount(ZuCore::ResultItem_MsgInfo(item));
         EXPECT_EQ(wObject_RefCount(ZuCore::ResultItem_ResultInfo(item)), references);
         return references;
+    }
+
+    /// Makes sets without chunks the next ones that are taken for reuse.
+    static void ReuseSetsWithoutChunks(uint64 count)
+    {
+        std::vector<OwnedSet> small;
+        std::vector<OwnedSet> large; // destroyed first
+        while (small.size() < count)
+        {
+            OwnedSet taken = ZuTest::MakeSet({});
+            (taken->capacity == ZuCore::ResultSetObject::OWN_ITEMS ? small : large).push_back(std::move(taken));
+        }
     }
 
     std::list<ScanOutputMap> maps;
@@ -113,6 +126,34 @@ TEST_F(ReducedSetsTest, HoldsAReferenceOfEachSetAndGivesThemBack)
     EXPECT_EQ(ReferencesOf(0), 2u); // `kept` still refers to the item
     EXPECT_EQ(ReferencesOf(1), 1u);
     EXPECT_EQ(ItemsOf(kept.get()), (Items{{"a", 0}}));
+}
+
+TEST_F(ReducedSetsTest, LeavesOutTheReceiverWhoseSetCannotGrowAndThoseBehind)
+{
+    constexpr uint64 MANY = ZuCore::ResultSetObject::OWN_ITEMS + 1;
+    Sources sources(MANY, "a");
+    sources.insert(sources.begin(), "b");
+    Want({"b"});
+    Want({"a"});
+    Want({"b"});
+    Publish(sources);
+    ScanOutputPlan const plan(wanted);
+    picked.resize(sources.size());
+    ReuseSetsWithoutChunks(3);
+    {
+        ZuTest::AllocationFailure const failure(1); // the chunk of the second set
+        ReducedSets const reduced(set.get(), plan, 0b111, picked, nullptr);
+
+        EXPECT_TRUE(failure.HasHappened());
+        EXPECT_EQ(reduced.Status(), Zu::Status::FAILURE);
+        ASSERT_EQ(reduced.Served(), 0b001u);
+        EXPECT_EQ(ItemsOf(reduced.At(0)), (Items{{"b", 0}}));
+        EXPECT_EQ(ReferencesOf(0), 2u);
+    }
+
+    EXPECT_EQ(ReferencesOf(0), 1u);
+    EXPECT_EQ(ReferencesOf(1), 1u);
+    EXPECT_EQ(ReferencesOf(MANY), 1u);
 }
 
 TEST_F(ReducedSetsTest, AllocatesNothingOnceItsMemoryIsThere)
