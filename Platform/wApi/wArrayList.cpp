@@ -27,6 +27,20 @@ wArrayList& wArrayList::operator=(wArrayList&& other) noexcept
     return *this;
 }
 
+// Not inlined, so that the usual path of `wArrayList_Add` saves no registers.
+[[gnu::noinline]] wStatus wArrayList::AddBeyondCapacity(void* item) noexcept
+{
+    try
+    {
+        items.push_back(item);
+        return Zu::Status::SUCCESS;
+    }
+    catch (std::exception const&)
+    {
+        return Zu::Status::FAILURE;
+    }
+}
+
 void wArrayList::ReleaseAll() noexcept
 {
     for (void* const item : items)
@@ -69,14 +83,11 @@ wStatus wArrayList_Add(wArrayList& list, void* item)
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    try
+    if (list.items.size() == list.items.capacity())
     {
-        list.items.push_back(item);
+        return list.AddBeyondCapacity(item);
     }
-    catch (std::exception const&)
-    {
-        return Zu::Status::FAILURE;
-    }
+    list.items.push_back(item);
     return Zu::Status::SUCCESS;
 }
 

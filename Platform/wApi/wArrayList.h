@@ -33,6 +33,7 @@ private:
     friend ZUAPI_API void* wArrayList_At(wArrayList const& list, uint64 index);
     friend ZUAPI_API uint64 wArrayList_Capacity(wArrayList const& list);
 
+    wStatus AddBeyondCapacity(void* item) noexcept;
     void ReleaseAll() noexcept;
 
     wClass const* itemClass = nullptr;

@@ -6,19 +6,16 @@
 namespace Zu
 {
 
-// The analysis cannot see that a failing status means an untaken lock. This guard throws then, so that code under the
-// guard always holds the lock.
-Locker::Locker(wLock& heldLock, uint64 timeoutUsec) ZU_NO_THREAD_SAFETY_ANALYSIS : lock(heldLock)
+void Locker::ThrowFailedEntry(wStatus status)
 {
-    ZU_CHECK(timeoutUsec == wTIMEOUT_INFINITE ? wLock_Enter(lock) : wLock_EnterEx(lock, timeoutUsec));
+    throw Exception(__LINE__, __FILE__, status, "Zu::Locker::Locker");
 }
 
-Locker::~Locker() ZU_NO_THREAD_SAFETY_ANALYSIS
+void Locker::LogFailedExit(wStatus status) noexcept
 {
-    if (wStatus const status = wLock_Exit(lock); status != Status::SUCCESS)
-    {
-        ZU_GUARD_DESTRUCTOR([status] { ZU_THROW(status); });
-    }
+    constexpr char const* LABEL = "Zu::Locker::~Locker";
+    GuardStep(__LINE__, __FILE__, LABEL, "Exception thrown in destructor",
+              [status] { throw Exception(__LINE__, __FILE__, status, LABEL); });
 }
 
 } // namespace Zu

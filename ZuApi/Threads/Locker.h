@@ -13,15 +13,35 @@ class ZUAPI_API ZU_SCOPED_CAPABILITY Locker
 public:
     /// Waits up to `timeoutUsec` microseconds for the lock, by default without limit. Throws the failing status without
     /// a text, `Zu::Status::TIME_OUT` after the time limit.
-    explicit Locker(wLock& heldLock, uint64 timeoutUsec = wTIMEOUT_INFINITE) ZU_ACQUIRE(heldLock);
+    // The analysis cannot see that a failing status means an untaken lock. This guard throws then, so that code under
+    // the guard always holds the lock.
+    explicit Locker(wLock& heldLock, uint64 timeoutUsec = wTIMEOUT_INFINITE)
+        ZU_ACQUIRE(heldLock) ZU_NO_THREAD_SAFETY_ANALYSIS : lock(heldLock)
+    {
+        wStatus const status = timeoutUsec == wTIMEOUT_INFINITE ? lock.Enter() : wLock_EnterEx(lock, timeoutUsec);
+        if (status != Status::SUCCESS)
+        {
+            ThrowFailedEntry(status);
+        }
+    }
 
     /// Releases the lock. A failure is logged and not thrown.
-    ~Locker() ZU_RELEASE();
+    ~Locker() ZU_RELEASE() ZU_NO_THREAD_SAFETY_ANALYSIS
+    {
+        if (wStatus const status = lock.Exit(); status != Status::SUCCESS)
+        {
+            LogFailedExit(status);
+        }
+    }
 
     Locker(Locker const&) = delete;
     Locker& operator=(Locker const&) = delete;
 
 private:
+    // Their label is the constructor and the destructor.
+    [[noreturn]] static void ThrowFailedEntry(wStatus status);
+    static void LogFailedExit(wStatus status) noexcept;
+
     wLock& lock;
 };
 

@@ -56,7 +56,7 @@ void ControlScanResultsDispatcher::AddResult(void* resultSet)
     Zu::Locker const guard(listLock);
     ZU_CHECK(wArrayList_Add(writeList, resultSet));
     wObject_Share(resultSet); // the list's reference
-    if (wArrayList_Count(writeList) == 1)
+    if (writeSinceUsec == 0)
     {
         writeSinceUsec = wTime_NowUsec();
     }
@@ -107,6 +107,7 @@ void ControlScanResultsDispatcher::Stop()
     {
         Zu::Locker const guard(listLock);
         ZU_CHECK(wArrayList_Purge(writeList)); // drops the sets that are not delivered
+        writeSinceUsec = 0;
     }
     ZU_CHECK(wArrayList_Purge(readList));
 }
@@ -166,7 +167,7 @@ void ControlScanResultsDispatcher::Dispatch()
     }
     Zu::Locker const guard(listLock);
     std::swap(readList, writeList);
-    readSinceUsec = writeSinceUsec;
+    readSinceUsec = std::exchange(writeSinceUsec, 0);
 }
 
 } // namespace ZuControl

@@ -59,7 +59,7 @@ private:
     // A leaf, held only for an append or a swap.
     wLock listLock;
     wArrayList writeList ZU_GUARDED_BY(listLock);
-    uint64 writeSinceUsec ZU_GUARDED_BY(listLock) = 0; // time of the first set in `writeList`
+    uint64 writeSinceUsec ZU_GUARDED_BY(listLock) = 0; // time of the first set in `writeList`; 0 while it is empty
     wArrayList readList; // used by the thread alone; swapped with `writeList` under listLock
     uint64 readSinceUsec = 0;
 

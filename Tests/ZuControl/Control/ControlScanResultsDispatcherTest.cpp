@@ -347,6 +347,31 @@ INSTANTIATE_TEST_SUITE_P(Kinds, ControlScanResultsDispatcherThrow,
                                          ThrowingHandler{"Neither", [] { throw 5; }, 0}),
                          [](auto const& tested) { return std::string(tested.param.name); });
 
+TEST(ControlScanResultsDispatcher, ForgetsTheAgeOfTheSetsThatStopDrops)
+{
+    ZuTest::CallLog calls;
+    auto const counters = std::make_shared<DispatchCounters>();
+    ControlScanResultsDispatcher dispatcher(nullptr, counters);
+    auto const failing = dispatcher.AddResultHandler([](void*) { throw 5; });
+    auto const set = MakeSet({"a"});
+    dispatcher.AddResult(set.get());
+    ASSERT_TRUE(ComesTrue([&] { return counters->hasDied.load(); }));
+    dispatcher.AddResult(set.get()); // no thread takes it
+    uint64 const droppedUsec = wTime_NowUsec();
+    ASSERT_TRUE(ComesTrue([&] { return wTime_NowUsec() - droppedUsec > 50'000; }));
+    dispatcher.Stop();
+    dispatcher.RemoveResultHandler(failing);
+    dispatcher.AddResultHandler([&](void*) { calls.Add("came"); });
+    uint64 const ageBefore = counters->ageUsec;
+    uint64 const beginUsec = wTime_NowUsec();
+
+    dispatcher.AddResult(set.get());
+    dispatcher.Start();
+    ASSERT_TRUE(calls.WaitFor("came"));
+
+    EXPECT_LE(counters->ageUsec - ageBefore, wTime_NowUsec() - beginUsec);
+}
+
 TEST(ControlScanResultsDispatcher, EndsWithoutAWordOfAThreadThatEndedWithSuccess)
 {
     ZuTest::LogRecorder const log;
