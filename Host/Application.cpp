@@ -4,6 +4,7 @@
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
 #include "Host/OrderlyStop.h"
+#include "Host/Tls/HttpsCertificate.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
 #include "ZuControl/Control/IControlInstance.h"
@@ -33,8 +34,9 @@ std::string PathOf(std::string const& typeName)
 } // namespace
 
 Application::Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
-                         DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
-                         PluginClinic::Admission const& plugins, LogScope const& log)
+                         HttpsCertificate* certificate, DataFolder const& dataFolder,
+                         std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins,
+                         LogScope const& log)
     : options(newOptions),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
@@ -46,7 +48,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
                  [this](auto const& path) { return sensorModule.RequestProcessor().MethodsAt(path); }),
       httpServer(sensorModule.RequestProcessor(), gatekeeper)
 {
-    ListenForRestClients(httpSettings); // first: a port that is taken is told before anything runs
+    ListenForRestClients(httpSettings, certificate); // first: a port that is taken is told before anything runs
     OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
@@ -64,12 +66,22 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(
         problems, [this] { return sensorModule.Module().Vitals(); }, limits, [&log] { return log.Faults(); });
+    if (certificate != nullptr && certificate->IsOwn())
+    {
+        authorityPage.emplace(sensorModule.Router(), certificate->AuthorityPem());
+    }
     hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
                           [this] { return watch->Faults(); });
 }
 
-void Application::ListenForRestClients(HttpServer::Settings const& settings)
+void Application::ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate)
 {
+    if (certificate != nullptr)
+    {
+        settings.tls = certificate->Current();
+        certificateWatch.emplace(*certificate, problems, nullptr,
+                                 [this](std::shared_ptr<ZuTls::Context const> const& tls) { httpServer.SetTls(tls); });
+    }
     httpServer.Listen(settings);
     gatekeeper.SetBeyondLoopback(!httpServer.IsLocal());
     if (!httpServer.IsPlainLocal())
@@ -93,6 +105,7 @@ void Application::Stop()
     {
         return;
     }
+    certificateWatch.reset(); // before the server that it changes
     OrderlyStop::SetStep("ending the requests of REST clients");
     httpServer.Stop();
     OrderlyStop::SetStep("saving the job");
@@ -147,6 +160,10 @@ std::vector<Application::Listener> Application::Start()
     jobs.Run();
     startRetry.Run();
     watch->Start();
+    if (certificateWatch.has_value())
+    {
+        certificateWatch->Start();
+    }
     httpServer.Start(); // a client finds what was asked for on the command line done
     std::vector<Listener> listeners{{"http", httpServer.Endpoint()}};
     if (std::string const endpoint = httpServer.EncryptedEndpoint(); !endpoint.empty())
@@ -166,6 +183,14 @@ std::vector<Application::Listener> Application::Start()
         }
     }
     return listeners;
+}
+
+void Application::ReadCertificateAgain()
+{
+    if (certificateWatch.has_value())
+    {
+        certificateWatch->ReadAgain();
+    }
 }
 
 void Application::SetToken(std::string const& token)

@@ -10,10 +10,12 @@
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Resources/AuthorityPage.h"
 #include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Security/Gatekeeper.h"
 #include "Host/Security/TokenFile.h"
+#include "Host/Tls/CertificateWatch.h"
 #include "Host/Watch/Watch.h"
 #include "ZuCommon/Problems.h"
 #include "ZuPlugin/PluginManager.h"
@@ -30,6 +32,7 @@ namespace ZuHost
 {
 
 class DataFolder;
+class HttpsCertificate;
 class LogScope;
 
 /// The simulated sensor with the module, the jobs and the REST service. One thread builds, configures, starts and
@@ -48,10 +51,11 @@ public:
 
     /// Binds the addresses of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
     /// makes a new one. Each plug-in that was not admitted becomes a problem. REST beyond this machine without
-    /// encryption is a problem. `token` is that of the token file, or empty. `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// encryption is a problem. `token` is that of the token file, or empty. `certificate` is null without HTTPS; the
+    /// certificate, `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
     /// `HttpServer::Listen` do.
     Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
-                DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
+                HttpsCertificate* certificate, DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
                 PluginClinic::Admission const& plugins, LogScope const& log);
     ~Application(); ///< stops, then ends the protocols
 
@@ -73,6 +77,9 @@ public:
     /// As `TokenFile::Set`.
     void SetToken(std::string const& token);
 
+    /// As `CertificateWatch::ReadAgain`; nothing without HTTPS.
+    void ReadCertificateAgain();
+
     ZuControl::IControlManager& Controls();
 
 private:
@@ -86,7 +93,7 @@ private:
     };
 
     void LoadPlugins(PluginClinic::Admission const& plugins);
-    void ListenForRestClients(HttpServer::Settings const& settings);
+    void ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate);
     void RaiseComplaint(std::string const& sentence);
     void BeginJob();
     void LetLoadsRunAlone();
@@ -109,11 +116,13 @@ private:
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
+    std::optional<AuthorityPage> authorityPage;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     SilentTrail trail;
     TokenFile tokenFile;
     Gatekeeper gatekeeper;
-    HttpServer httpServer; // last: no request may reach a member that is being destroyed
+    HttpServer httpServer; // behind all resources: no request may reach a member that is being destroyed
+    std::optional<CertificateWatch> certificateWatch;
 };
 
 } // namespace ZuHost

@@ -11,6 +11,7 @@
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/Store/DataFolder.h"
+#include "Host/Tls/HttpsCertificate.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuTls/Context.h"
@@ -66,22 +67,32 @@ HttpServer::Settings CheckHttp(Options const& options, bool hasToken)
     return settings;
 }
 
-std::shared_ptr<ZuTls::Context const> ReadCertificate(Options const& options)
+/// The certificate for HTTPS: the user's, or the host's own in the data folder. Null without HTTPS.
+std::unique_ptr<HttpsCertificate> ReadCertificate(Options const& options, DataFolder const& dataFolder)
 {
-    ZuTls::Settings settings;
-    settings.certificateFile = options.certificateFile;
-    settings.keyFile = options.keyFile;
-    return std::make_shared<ZuTls::Context>(ZuTls::Side::SERVER, settings);
+    if (options.httpsAddress.empty())
+    {
+        return nullptr;
+    }
+    using Certificate = HttpsCertificate;
+    return options.certificateFile.empty()
+               ? std::make_unique<Certificate>(Certificate::OwnFiles{dataFolder.TlsFolder(), options.httpsAddress})
+               : std::make_unique<Certificate>(Certificate::UsersFiles{options.certificateFile, options.keyFile});
+}
+
+/// What a person compares with the certificate that a browser shows.
+void PrintFingerprints(std::ostream& output, HttpsCertificate const& certificate)
+{
+    output << "fingerprint https " << certificate.Current()->Own()->fingerprint << '\n';
+    if (certificate.IsOwn())
+    {
+        output << "fingerprint authority " << certificate.AuthorityFingerprint() << '\n';
+    }
 }
 
 /// Keeps the present token if the file has none.
 void ReadTokenAgain(Options const& options, Application& application)
 {
-    if (options.tokenFile.empty())
-    {
-        ZU_LOG_INFO("The hang-up signal has no effect: there is no token file");
-        return;
-    }
     try
     {
         application.SetToken(BearerToken::ReadFile(options.tokenFile));
@@ -93,20 +104,31 @@ void ReadTokenAgain(Options const& options, Application& application)
     }
 }
 
+/// Answers SIGHUP.
+void ReadFilesAgain(Options const& options, Application& application)
+{
+    if (options.tokenFile.empty() && options.httpsAddress.empty())
+    {
+        ZU_LOG_INFO("The hang-up signal has no effect: there is no token file and no certificate");
+    }
+    if (!options.tokenFile.empty())
+    {
+        ReadTokenAgain(options, application);
+    }
+    application.ReadCertificateAgain();
+}
+
 /// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
 {
     OrderlyStop::SetStep("reading the files of the command line");
     std::string const token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
-    HttpServer::Settings httpSettings = CheckHttp(options, !token.empty());
-    if (!options.httpsAddress.empty())
-    {
-        httpSettings.tls = ReadCertificate(options);
-    }
+    HttpServer::Settings const httpSettings = CheckHttp(options, !token.empty());
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
     DataFolder const dataFolder(options.dataFolder);
+    std::unique_ptr<HttpsCertificate> const certificate = ReadCertificate(options, dataFolder);
     OrderlyStop::SetStep("testing the plug-ins");
     // Before the first thread starts, because it forks; and before the log, so that each line is written once.
     auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
@@ -117,7 +139,8 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
-    Application application(options, httpSettings, token, dataFolder, std::move(source), plugins, log);
+    Application application(options, httpSettings, token, certificate.get(), dataFolder, std::move(source), plugins,
+                            log);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
@@ -129,12 +152,16 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     {
         output << "listening " << listener.name << ' ' << listener.address << '\n';
     }
+    if (certificate != nullptr)
+    {
+        PrintFingerprints(output, *certificate);
+    }
     output << "ready" << std::endl;
     if (geteuid() == 0)
     {
         ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
     }
-    OrderlyStop::SetHangUpHandler([&] { ReadTokenAgain(options, application); });
+    OrderlyStop::SetHangUpHandler([&] { ReadFilesAgain(options, application); });
     waitForStop();
     OrderlyStop::SetHangUpHandler(nullptr);
     application.Stop();

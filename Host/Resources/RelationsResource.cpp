@@ -45,6 +45,8 @@ constexpr std::array RELATIONS{
              "POST saves the loaded job, also as a copy under another name; it is on the disk when it answers."},
     Relation{"jobReport", "What was taken over of the job that was loaded last, protocol by protocol."},
     Relation{"health", "Whether the service is there, and for how long. It asks for no token."},
+    Relation{"authority",
+             "The authority that has signed the certificate for HTTPS, as a PEM file. It asks for no token."},
     Relation{"problems", "The problems that stand now, the oldest first."},
     Relation{"events",
              "A stream of server-sent events: one for each change, with the path of what has changed. Type 2: "

@@ -30,6 +30,7 @@ constexpr std::array ENTRIES{
     Entry{"zu:jobs", "/jobs", PATH, false},
     Entry{"zu:scanners", "/scanners", PATH, false},
     Entry{"zu:health", "/health", PATH, false},
+    Entry{"zu:authority", "/authority", PATH, false},
     Entry{"zu:problems", "/problems", PATH, false},
     Entry{"zu:events", "/events", PATH, false},
     Entry{"zu:relations", "/relations", PATH, false},

@@ -24,6 +24,7 @@ namespace
 using Perms = std::filesystem::perms;
 
 constexpr char const* SETTINGS_FILE = "settings.zpset";
+constexpr char const* TLS_FOLDER = "tls";
 constexpr char const* TRAIL_FILE = "audit.zplog";
 constexpr char const* SECURITY_FILE = "security.zpset";
 constexpr char const* NEW_FILE = ".new-archive"; // cannot be a job: its name begins with a dot
@@ -117,6 +118,11 @@ std::string DataFolder::WideAccess() const
     }
     return "Other users can reach the data folder '" + path.string() + "'. To keep them out: chmod 700 " +
            path.string();
+}
+
+std::filesystem::path DataFolder::TlsFolder() const
+{
+    return path / TLS_FOLDER;
 }
 
 std::vector<JobName> DataFolder::Jobs() const

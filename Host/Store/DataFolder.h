@@ -44,6 +44,9 @@ public:
     /// The file of the users and tokens.
     std::filesystem::path SecurityFile() const;
 
+    /// The folder of the host's own certificates. It need not exist.
+    std::filesystem::path TlsFolder() const;
+
     /// The names of the jobs, sorted.
     std::vector<JobName> Jobs() const;
 

@@ -17,7 +17,7 @@ FLOORS = [
     ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/SparkplugMqtt",
      "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Http", "Host/Jobs", "Host/Log",
      "Host/Metrics", "Host/Module", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor",
-     "Host/Store", "Host/Watch"],
+     "Host/Store", "Host/Tls", "Host/Watch"],
 ]
 FLOOR_OF = {folder: number for number, floor in enumerate(FLOORS, 1) for folder in floor}
 OPEN_TO_ALL = {"ZuControl/Export.h"}

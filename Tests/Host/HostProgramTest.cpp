@@ -164,9 +164,20 @@ TEST_F(HostProgramTest, ListensForHttpsWithACertificate)
               0)
         << errors.str();
 
-    EXPECT_TRUE(std::regex_match(outputWhenUp, std::regex("listening http 127\\.0\\.0\\.1:[1-9]\\d*\n"
-                                                          "listening https 127\\.0\\.0\\.1:[1-9]\\d*\nready\n")))
-        << outputWhenUp;
+    std::regex const expected("listening http 127\\.0\\.0\\.1:[1-9]\\d*\nlistening https 127\\.0\\.0\\.1:[1-9]\\d*\n"
+                              "fingerprint https SHA256(:[0-9A-F]{2}){32}\nready\n");
+    EXPECT_TRUE(std::regex_match(outputWhenUp, expected)) << outputWhenUp;
+}
+
+TEST_F(HostProgramTest, MakesItsOwnCertificateInTheDataFolder)
+{
+    EXPECT_EQ(Run({"--https", "127.0.0.1:0"}), 0) << errors.str();
+
+    std::regex const expected("listening http .*\nlistening https 127\\.0\\.0\\.1:[1-9]\\d*\n"
+                              "fingerprint https SHA256(:[0-9A-F]{2}){32}\n"
+                              "fingerprint authority SHA256(:[0-9A-F]{2}){32}\nready\n");
+    EXPECT_TRUE(std::regex_match(outputWhenUp, expected)) << outputWhenUp;
+    EXPECT_TRUE(std::filesystem::exists(folder / "data" / "tls" / "authority.pem"));
 }
 
 TEST_F(HostProgramTest, TellsThatThePortOfTheRestServiceIsTaken)
