@@ -20,9 +20,12 @@ set(ZU_PRIVATE_HEADERS
     Platform/ZuTls/TicketKeys.h
     Plugins/Common/AccessList.h
     Plugins/Common/AccessRules.h
+    Plugins/Common/RefusalLog.h
+    Plugins/Common/RoleTable.h
     Plugins/Common/TcpClients.h
     Plugins/Common/TcpConnection.h
     Plugins/Common/TcpListener.h
+    Plugins/Common/TlsSession.h
     ZuControl/Control/HardwareResult.h
     ZuControl/Control/StateDocuments.h
     ZuControl/ControlProtocol/KnownLayout.h

@@ -19,13 +19,6 @@ constexpr std::size_t MOST_SHOWN_BYTES = 64; // of a faulty entry
 constexpr unsigned BYTE_BITS = 8;
 constexpr std::string_view BLANKS = " \t\r\n";
 
-std::string_view Trimmed(std::string_view text)
-{
-    std::size_t const begin = text.find_first_not_of(BLANKS);
-    return begin == std::string_view::npos ? std::string_view{}
-                                           : text.substr(begin, text.find_last_not_of(BLANKS) + 1 - begin);
-}
-
 [[noreturn]] void Refuse(std::string_view entry, char const* title, char const* reason)
 {
     ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s: \"%s\" %s", title, std::string(entry.substr(0, MOST_SHOWN_BYTES)).c_str(),
@@ -46,6 +39,13 @@ bool IsZeroBehind(std::span<uint8 const> bytes, unsigned prefixBits)
 }
 
 } // namespace
+
+std::string_view Trimmed(std::string_view text)
+{
+    std::size_t const begin = text.find_first_not_of(BLANKS);
+    return begin == std::string_view::npos ? std::string_view{}
+                                           : text.substr(begin, text.find_last_not_of(BLANKS) + 1 - begin);
+}
 
 std::vector<std::string_view> ListEntries(std::string_view text)
 {

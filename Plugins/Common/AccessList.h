@@ -14,6 +14,9 @@
 namespace PluginCommon
 {
 
+/// The text without the blanks around it.
+std::string_view Trimmed(std::string_view text);
+
 /// The entries of a text such as "a, b, c", without the blanks around them. A text of blanks has no entry.
 std::vector<std::string_view> ListEntries(std::string_view text);
 

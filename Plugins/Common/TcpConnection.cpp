@@ -1,10 +1,13 @@
 #include "Plugins/Common/TcpConnection.h"
 
 #include "Plugins/Common/AccessRules.h"
+#include "Plugins/Common/RefusalLog.h"
 #include "Plugins/Common/TcpMetrics.h"
+#include "Plugins/Common/TlsSession.h"
 #include "ZuApi/Guard.h"
 
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/post.hpp>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
@@ -17,7 +20,8 @@ using boost::system::error_code;
 namespace
 {
 
-constexpr int SENDS_IN_A_ROW = 16; // then other clients are served
+constexpr int SENDS_IN_A_ROW = 16;                                // then other clients are served
+constexpr char const* ROLE_EXTENSION = "1.3.6.1.4.1.50316.802.1"; // of the protocol Modbus/TCP Security
 
 thread_local ClientInfo const* servedClient = nullptr;
 
@@ -49,11 +53,12 @@ bool WouldBlock(error_code const& error)
 
 TcpConnection::TcpConnection(tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
                              std::shared_ptr<AccessRules const> firstRules, TcpCounters& serverCounters,
-                             Ended whenEnded)
+                             RefusalLog& serverRefusals, Ended whenEnded)
     : socket(std::move(acceptedSocket)),
       conversation(std::move(ownConversation)),
       rules(std::move(firstRules)),
       counters(serverCounters),
+      refusals(serverRefusals),
       ended(std::move(whenEnded)),
       lastProgress(Clock::now())
 {
@@ -73,24 +78,76 @@ void TcpConnection::Begin()
     address = socket.remote_endpoint(error).address(); // unspecified after an error: the client has gone
     SetOptions();
     Identify();
+    if (rules->Context() != nullptr)
+    {
+        tls = std::make_unique<TlsSession>(*rules->Context(), socket.native_handle());
+    }
     WaitReadable();
+}
+
+/// Whether the conversation has begun: at once, or after the TLS handshake.
+bool TcpConnection::IsReady() const
+{
+    return tls == nullptr || tls->IsEstablished();
+}
+
+void TcpConnection::Handshake()
+{
+    error_code error;
+    tls->Handshake(error);
+    if (WouldBlock(error))
+    {
+        WaitForTls();
+        return;
+    }
+    if (error)
+    {
+        FailHandshake(tls->Fault());
+        return;
+    }
+    lastProgress = Clock::now(); // the idle time begins
+    certifiedRole = tls->PeerExtension(ROLE_EXTENSION).value_or("");
+    Identify();
+    Flush();
+}
+
+/// Waits for what TLS itself has to read or to write.
+void TcpConnection::WaitForTls()
+{
+    if (!tls->WantsToWrite())
+    {
+        WaitReadable();
+    }
+    else if (!isStalled)
+    {
+        WaitWritable();
+    }
+}
+
+void TcpConnection::FailHandshake(std::string const& reason)
+{
+    Count(counters.failedHandshakes);
+    refusals.Note(address, "the TLS handshake failed: " + reason);
+    End(true);
 }
 
 void TcpConnection::Identify()
 {
-    conversation->SetClient({Unmapped(address).to_string(), rules->RoleOf(address)});
+    conversation->SetClient({Unmapped(address).to_string(), rules->RoleOf(address, certifiedRole)});
 }
 
 void TcpConnection::Judge(std::shared_ptr<AccessRules const> newRules)
 {
+    bool const isAdmitted = newRules->MayConnect(address) && newRules->DemandNoMoreThan(*rules);
     rules = std::move(newRules);
-    if (!rules->MayConnect(address))
+    ZuCommon::Role const oldRole = conversation->Client().role;
+    Identify();
+    bool const hasLostRole = conversation->Client().role == ZuCommon::Role::NONE && oldRole != ZuCommon::Role::NONE;
+    if (!isAdmitted || hasLostRole)
     {
         Count(counters.deniedClients);
         End(true);
-        return;
     }
-    Identify();
 }
 
 ClientInfo const* TcpConnection::Served()
@@ -112,10 +169,15 @@ void TcpConnection::SetOptions()
     }
 }
 
-void TcpConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout)
+void TcpConnection::CheckDeadlines(Clock::time_point now, Deadlines const& deadlines)
 {
-    bool const isStuck = isStalled && now - stalledSince > writeTimeout;
-    if (IsUnused(now, idleTimeout) || isStuck)
+    if (!IsReady() && now - lastProgress > std::min(deadlines.handshake, deadlines.idle))
+    {
+        FailHandshake("the client takes too long");
+        return;
+    }
+    bool const isStuck = isStalled && now - stalledSince > deadlines.write;
+    if (IsUnused(now, deadlines.idle) || isStuck)
     {
         End(true);
     }
@@ -124,7 +186,7 @@ void TcpConnection::CheckDeadlines(Clock::time_point now, Clock::duration idleTi
 void TcpConnection::Visit(std::function<bool(ITcpConversation&)> const& visit)
 {
     Serving const serving(*conversation);
-    if (isOpen && visit(*conversation))
+    if (isOpen && IsReady() && visit(*conversation))
     {
         Flush();
     }
@@ -143,25 +205,35 @@ bool TcpConnection::IsUnused(Clock::time_point now, Clock::duration time) const
 void TcpConnection::Close()
 {
     isOpen = false;
+    if (tls != nullptr)
+    {
+        tls->Close();
+    }
     error_code ignored; // a failed close leaves nothing to do
     socket.close(ignored);
 }
 
 void TcpConnection::WaitReadable()
 {
-    if (isReadAwaited || conversation->Room().empty())
+    if (isReadAwaited || (IsReady() && conversation->Room().empty()))
     {
         return;
     }
     isReadAwaited = true;
-    socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](error_code const&) {
+    auto onReadable = [self = shared_from_this()](error_code const&) {
         self->isReadAwaited = false;
         // The read reports an error of the wait. An exception of a handler closes this connection only.
         if (self->isOpen && !ZU_GUARD_BOUNDARY([&self] { self->Readable(); }))
         {
             self->End(false);
         }
-    });
+    };
+    if (tls != nullptr && tls->HasUnread()) // the socket does not become readable for these bytes
+    {
+        boost::asio::post(socket.get_executor(), [onReadable] { onReadable({}); });
+        return;
+    }
+    socket.async_wait(tcp::socket::wait_read, std::move(onReadable));
 }
 
 void TcpConnection::WaitWritable()
@@ -181,9 +253,19 @@ void TcpConnection::WaitWritable()
 void TcpConnection::Readable()
 {
     Serving const serving(*conversation);
+    if (!IsReady())
+    {
+        Handshake();
+        return;
+    }
     std::span<char> const room = conversation->Room();
     error_code error;
-    std::size_t const bytes = room.empty() ? 0 : socket.read_some(boost::asio::buffer(room.data(), room.size()), error);
+    std::size_t const bytes = room.empty() ? 0 : ReadSome(room, error);
+    if (WouldBlock(error) && tls != nullptr)
+    {
+        WaitForTls();
+        return;
+    }
     if (error == boost::asio::error::eof)
     {
         conversation->InputEnded();
@@ -200,7 +282,26 @@ void TcpConnection::Readable()
 void TcpConnection::Writable()
 {
     Serving const serving(*conversation);
-    Flush();
+    if (IsReady())
+    {
+        Flush();
+    }
+    else
+    {
+        Handshake();
+    }
+}
+
+std::size_t TcpConnection::ReadSome(std::span<char> room, error_code& error)
+{
+    return tls != nullptr ? tls->Read(room, error)
+                          : socket.read_some(boost::asio::buffer(room.data(), room.size()), error);
+}
+
+std::size_t TcpConnection::WriteSome(std::string_view bytes, error_code& error)
+{
+    return tls != nullptr ? tls->Write(bytes, error)
+                          : socket.write_some(boost::asio::buffer(bytes.data(), bytes.size()), error);
 }
 
 void TcpConnection::Flush()
@@ -233,7 +334,7 @@ bool TcpConnection::SendPending()
 {
     std::string_view const pending = conversation->Pending();
     error_code error;
-    std::size_t const bytes = socket.write_some(boost::asio::buffer(pending.data(), pending.size()), error);
+    std::size_t const bytes = WriteSome(pending, error);
     if (WouldBlock(error))
     {
         WaitWritable();

@@ -15,6 +15,8 @@ namespace PluginCommon
 {
 
 class AccessRules;
+class RefusalLog;
+class TlsSession;
 struct TcpCounters;
 
 /// One client of a TcpServer: its socket, its conversation and its deadlines. Used on the I/O thread only. The server
@@ -26,6 +28,13 @@ class TcpConnection final : public std::enable_shared_from_this<TcpConnection>
 {
 public:
     using Clock = std::chrono::steady_clock;
+    struct Deadlines
+    {
+        Clock::duration idle;      ///< without progress
+        Clock::duration write;     ///< without taking pending bytes
+        Clock::duration handshake; ///< until the end of the TLS handshake
+    };
+
     using Ended = std::function<void(std::shared_ptr<TcpConnection> const&)>;
 
     /// Approximate limit of the socket's send buffer. It is small because results that wait there are old when they
@@ -39,7 +48,8 @@ public:
 
     /// `whenEnded` is called once when the connection has ended by itself. `Close` does not call it.
     TcpConnection(boost::asio::ip::tcp::socket acceptedSocket, std::unique_ptr<ITcpConversation> ownConversation,
-                  std::shared_ptr<AccessRules const> firstRules, TcpCounters& serverCounters, Ended whenEnded);
+                  std::shared_ptr<AccessRules const> firstRules, TcpCounters& serverCounters,
+                  RefusalLog& serverRefusals, Ended whenEnded);
     ~TcpConnection();
     TcpConnection(TcpConnection const&) = delete;
     TcpConnection& operator=(TcpConnection const&) = delete;
@@ -47,16 +57,17 @@ public:
     /// Starts serving the client. Before this call the server has counted it.
     void Begin();
 
-    /// Sets the client's role by `newRules`. Drops and counts the client if it may not connect any more.
+    /// Sets the client's role by `newRules`. Drops and counts the client if it may not connect any more, or has lost its
+    /// role.
     void Judge(std::shared_ptr<AccessRules const> newRules);
 
     /// The client whose bytes this thread handles now. Null outside of a call to a conversation.
     static ClientInfo const* Served();
 
-    /// Drops the client if it has made no progress for `idleTimeout`, or has taken no pending bytes for `writeTimeout`.
-    void CheckDeadlines(Clock::time_point now, Clock::duration idleTimeout, Clock::duration writeTimeout);
+    /// Drops the client if it has missed a deadline.
+    void CheckDeadlines(Clock::time_point now, Deadlines const& deadlines);
 
-    /// Calls `visit` with the conversation, and sends if it returns true.
+    /// Calls `visit` with the conversation, and sends if it returns true. Does nothing before the end of the TLS handshake.
     void Visit(std::function<bool(ITcpConversation&)> const& visit);
 
     /// Drops the client.
@@ -81,7 +92,13 @@ public:
 
 private:
     void SetOptions();
+    bool IsReady() const;
+    void Handshake();
+    void WaitForTls();
+    void FailHandshake(std::string const& reason);
     void Identify();
+    std::size_t ReadSome(std::span<char> room, boost::system::error_code& error);
+    std::size_t WriteSome(std::string_view bytes, boost::system::error_code& error);
     void WaitReadable();
     void WaitWritable();
     void Readable();
@@ -95,7 +112,10 @@ private:
     boost::asio::ip::address address;
     std::unique_ptr<ITcpConversation> const conversation;
     std::shared_ptr<AccessRules const> rules;
+    std::unique_ptr<TlsSession> tls; // null for a plain connection
+    std::string certifiedRole;       // as the client's certificate names it
     TcpCounters& counters;
+    RefusalLog& refusals;
     Ended ended;
     uint64 progressCount = 0;
     Clock::time_point lastProgress; // of the conversation, or the begin of the connection

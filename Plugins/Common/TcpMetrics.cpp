@@ -66,6 +66,7 @@ TcpMetrics::TcpMetrics(TcpCounters const& counters)
     AddCounter("rejectedClients", "Clients closed at once, beyond the largest number of clients",
                counters.rejectedClients);
     AddCounter("deniedClients", "Clients closed because they may not connect", counters.deniedClients);
+    AddCounter("failedHandshakes", "Clients closed because the TLS handshake failed", counters.failedHandshakes);
     AddCounter("droppedClients", "Clients closed by the service", counters.droppedClients);
     AddCounter("requests", "Requests answered", counters.requests);
     AddCounter("deniedRequests", "Requests refused because of the client's role", counters.deniedRequests);

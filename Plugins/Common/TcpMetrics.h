@@ -23,9 +23,10 @@ struct TcpCounters
     Counter controlDrops{0}; ///< results that a client did not get
     Counter clients{0};      ///< connected now
     Counter acceptedClients{0};
-    Counter rejectedClients{0}; ///< accepted and closed at once, because maxClients were connected
-    Counter deniedClients{0};   ///< closed because they may not connect
-    Counter droppedClients{0};  ///< closed by the server for a fault or for silence
+    Counter rejectedClients{0};  ///< accepted and closed at once, because maxClients were connected
+    Counter failedHandshakes{0}; ///< closed because the TLS handshake failed
+    Counter deniedClients{0};    ///< closed because they may not connect
+    Counter droppedClients{0};   ///< closed by the server for a fault or for silence
     Counter requests{0};
     Counter deniedRequests{0}; ///< refused because of the client's role
     Counter bytesIn{0};

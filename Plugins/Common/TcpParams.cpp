@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+ZU_INSTANTIATE_ENUM_VALUE(PluginCommon::TcpSecurity);
+
 namespace PluginCommon
 {
 
@@ -27,8 +29,8 @@ TcpParams::TcpParams(uint16 newDefaultPort) : Group(""), defaultPort(newDefaultP
 
 TcpParams::~TcpParams()
 {
-    for (char const* key :
-         {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly"})
+    for (char const* key : {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter", "allowedClients",
+                            "writers", "readOnly", "security", "certificateFile", "keyFile", "authorityFile", "roles"})
     {
         Deregister(key); // before the members, to which the base class refers, are destroyed
     }
@@ -44,6 +46,11 @@ void TcpParams::SetDefaults()
     allowedClients.Set("");
     writers.Set("");
     readOnly.Set(false);
+    security.Set(TcpSecurity::OFF);
+    certificateFile.Set("");
+    keyFile.Set("");
+    authorityFile.Set("");
+    roles.Set("");
 }
 
 TcpSettings TcpParams::Settings() const
@@ -55,7 +62,12 @@ TcpSettings TcpParams::Settings() const
             .makeRoomAfterUsec = UsecOf(makeRoomAfter.Get()),
             .allowedClients = allowedClients.Get(),
             .writers = writers.Get(),
-            .isReadOnly = readOnly.Get()};
+            .isReadOnly = readOnly.Get(),
+            .security = security.Get(),
+            .certificateFile = certificateFile.Get(),
+            .keyFile = keyFile.Get(),
+            .authorityFile = authorityFile.Get(),
+            .roles = roles.Get()};
 }
 
 void TcpParams::RegisterLimits()
@@ -65,6 +77,14 @@ void TcpParams::RegisterLimits()
     Register("allowedClients", "Networks That May Connect", allowedClients);
     Register("writers", "Networks That May Write", writers);
     Register("readOnly", "Read Only", readOnly);
+    Register("security", "Security", security);
+    security.AddOption(TcpSecurity::OFF, "Off");
+    security.AddOption(TcpSecurity::SERVER_CERTIFICATE, "TLS");
+    security.AddOption(TcpSecurity::CLIENT_CERTIFICATES, "TLS with Client Certificates");
+    Register("certificateFile", "File of the Certificate", certificateFile);
+    Register("keyFile", "File of the Private Key", keyFile);
+    Register("authorityFile", "File of the Authorities of Clients", authorityFile);
+    Register("roles", "Roles in Client Certificates", roles);
 }
 
 void TcpParams::RegisterTime(char const* key, char const* title, Zu::Params::Value<uint32>& value)

@@ -2,6 +2,7 @@
 
 #include "Plugins/Common/TcpServer.h"
 #include "Plugins/Common/TextLimits.h"
+#include "ZuApi/Params/Enum.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuApi/Params/Value.h"
 #include "wApi/wTypes.h"
@@ -21,6 +22,7 @@ public:
     static constexpr char const* DEFAULT_ADDRESS = "127.0.0.1";
     static constexpr uint32 LONGEST_ADDRESS = 64; ///< bytes; an IPv6 address with a scope fits
     static constexpr uint32 LONGEST_LIST = 2048;  ///< bytes
+    static constexpr uint32 LONGEST_PATH = 1024;
     static constexpr uint32 DEFAULT_MAX_CLIENTS = 16;
     static constexpr uint32 MOST_CLIENTS = 512;
     static constexpr uint32 DEFAULT_IDLE_TIMEOUT = 60;
@@ -48,11 +50,19 @@ public:
     LimitedText writers{LONGEST_LIST};        ///< of the clients that may write and run commands; empty: all
     Zu::Params::Value<bool> readOnly;         ///< no client may write or run commands
 
+    Zu::Params::Enum<TcpSecurity> security;
+    LimitedText certificateFile{LONGEST_PATH}; ///< these three: paths of PEM files on this machine
+    LimitedText keyFile{LONGEST_PATH};
+    LimitedText authorityFile{LONGEST_PATH}; ///< authorities that sign the certificates of clients
+
+    /// Roles of further texts in the certificates of clients: "Maintenance=engineer, SCADA=viewer".
+    LimitedText roles{LONGEST_LIST};
+
 protected:
     /// Registers port, address and maxClients.
     explicit TcpParams(uint16 newDefaultPort);
 
-    /// Registers the times and the permitted clients, behind the parameters of the derived record.
+    /// Registers the times, the permitted clients and TLS, behind the parameters of the derived record.
     void RegisterLimits();
 
     /// Sets both bounds of a number.
@@ -65,3 +75,5 @@ private:
 };
 
 } // namespace PluginCommon
+
+ZU_DECLARE_ENUM_VALUE(PluginCommon::TcpSecurity);

@@ -1,12 +1,12 @@
 #include "Plugins/Common/TcpServer.h"
 
 #include "Plugins/Common/AccessRules.h"
+#include "Plugins/Common/RefusalLog.h"
 #include "Plugins/Common/TcpClients.h"
 #include "Plugins/Common/TcpListener.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
-#include "ZuApi/Logging.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 
@@ -30,8 +30,6 @@ namespace
 
 constexpr std::chrono::milliseconds SHORTEST_SWEEP{20};
 constexpr std::chrono::milliseconds LONGEST_SWEEP{500};
-constexpr std::chrono::seconds BETWEEN_DENIALS{10}; // in the log
-
 } // namespace
 
 /// The state from a start to the next stop. Once the I/O thread runs, it alone uses the members, except the limits and
@@ -46,9 +44,11 @@ public:
           listener(io, owner.service.displayName, [this](tcp::socket socket) { Welcome(std::move(socket)); }),
           sweep(io),
           rules(std::move(firstRules)),
+          refusals(owner.service.displayName),
           maxClients(settings.maxClients),
           idleTimeoutUsec(settings.idleTimeoutUsec),
-          makeRoomAfterUsec(settings.makeRoomAfterUsec)
+          makeRoomAfterUsec(settings.makeRoomAfterUsec),
+          handshakeTimeoutUsec(settings.handshakeTimeoutUsec)
     {
         listener.Open(settings.address, settings.port);
         ZU_CHECK(wThread_Construct(&thread));
@@ -125,7 +125,8 @@ private:
         }
         if (!rules->MayConnect(address))
         {
-            Deny(address);
+            Count(server.counters.deniedClients);
+            refusals.Note(address, "it may not connect");
             return; // the socket's destructor closes it
         }
         if (!MakeRoom(address))
@@ -133,29 +134,13 @@ private:
             Count(server.counters.rejectedClients);
             return;
         }
-        auto const connection =
-            std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(), rules,
-                                            server.counters, [this](Connection const& gone) { Forget(gone); });
+        auto const connection = std::make_shared<TcpConnection>(std::move(socket), server.service.makeConversation(),
+                                                                rules, server.counters, refusals,
+                                                                [this](Connection const& gone) { Forget(gone); });
         clients.Add(connection);
         Count(server.counters.acceptedClients);
         TellCount(); // before the first request: results flow once a client is counted
         connection->Begin();
-    }
-
-    /// Counts a client that may not connect. Tells the first one, and then one in BETWEEN_DENIALS.
-    void Deny(boost::asio::ip::address const& address)
-    {
-        Count(server.counters.deniedClients);
-        ++untoldDenials;
-        auto const now = Clock::now();
-        if (now < nextDenialLine)
-        {
-            return;
-        }
-        nextDenialLine = now + BETWEEN_DENIALS;
-        ZU_LOG_USER_WARNING("%s closes a connection of %s, which may not connect (%u since the last such line)",
-                            server.service.displayName.c_str(), Unmapped(address).to_string().c_str(),
-                            static_cast<unsigned>(std::exchange(untoldDenials, 0)));
     }
 
     /// Returns false if no client makes room for a new client of this address.
@@ -199,9 +184,12 @@ private:
     void Sweep()
     {
         std::chrono::microseconds const idleTimeout(idleTimeoutUsec.load(std::memory_order_relaxed));
-        auto const writeTimeout = server.service.writeTimeout.count() > 0 ? server.service.writeTimeout : idleTimeout;
-        auto const now = TcpConnection::Clock::now();
-        ForEach([&](TcpConnection& connection) { connection.CheckDeadlines(now, idleTimeout, writeTimeout); });
+        TcpConnection::Deadlines const deadlines{
+            .idle = idleTimeout,
+            .write = server.service.writeTimeout.count() > 0 ? server.service.writeTimeout : idleTimeout,
+            .handshake = std::chrono::microseconds(handshakeTimeoutUsec)};
+        auto const now = Clock::now();
+        ForEach([&](TcpConnection& connection) { connection.CheckDeadlines(now, deadlines); });
         sweep.expires_after(std::clamp<std::chrono::microseconds>(idleTimeout / 10, SHORTEST_SWEEP, LONGEST_SWEEP));
         sweep.async_wait([this](error_code const&) {
             if (!isClosing)
@@ -229,13 +217,13 @@ private:
     TcpListener listener;
     boost::asio::steady_timer sweep;
     Rules rules;
-    Clock::time_point nextDenialLine; // in the log
-    uint64 untoldDenials = 0;
+    RefusalLog refusals;
     TcpClients clients;
     bool isClosing = false;
     std::atomic<uint64> maxClients; // the limits apply to later events; no ordering is needed
     std::atomic<uint64> idleTimeoutUsec;
     std::atomic<uint64> makeRoomAfterUsec;
+    uint64 const handshakeTimeoutUsec;
     wThread thread; // last: it uses all members above
 };
 
@@ -255,18 +243,19 @@ void TcpServer::Start(TcpSettings const& settings)
     {
         ZU_THROW(Zu::Status::WRONG_STATE);
     }
-    auto const rules = std::make_shared<AccessRules const>(settings);
+    auto const rules = std::make_shared<AccessRules const>(settings, ReadCertificates(settings));
     core = std::make_unique<Core>(*this, settings, rules);
     NoteApplied(settings, *rules);
 }
 
 void TcpServer::Apply(TcpSettings const& wanted)
 {
-    auto const rules = std::make_shared<AccessRules const>(wanted); // a faulty list is refused in any state
     if (core == nullptr)
     {
+        AccessRules const faultyListsThrow(wanted);
         return;
     }
+    auto const rules = std::make_shared<AccessRules const>(wanted, ReadCertificates(wanted));
     try
     {
         core->Apply(wanted, !wanted.HasSamePlace(applied), rules);
@@ -336,6 +325,18 @@ void TcpServer::DisconnectAll()
     if (reachable != nullptr)
     {
         reachable->PostToEach([](TcpConnection& connection) { connection.Drop(); });
+    }
+}
+
+std::shared_ptr<ZuTls::Context const> TcpServer::ReadCertificates(TcpSettings const& settings) const
+{
+    try
+    {
+        return AccessRules::ReadCertificates(settings);
+    }
+    catch (Zu::Exception const& exception)
+    {
+        ZU_THROW_NESTED("%s cannot use TLS: %s", service.displayName.c_str(), exception.what());
     }
 }
 

@@ -9,11 +9,24 @@
 #include <memory>
 #include <string>
 
+namespace ZuTls
+{
+class Context;
+}
+
 namespace PluginCommon
 {
 
 class AccessRules;
 struct TcpCounters;
+
+/// How a server shows who it is, and what it asks of its clients.
+enum class TcpSecurity : int32
+{
+    OFF = 0,                ///< plain TCP
+    SERVER_CERTIFICATE = 1, ///< TLS; every client is accepted
+    CLIENT_CERTIFICATES = 2 ///< TLS; a client shows a certificate, which names its role
+};
 
 /// The address, the limits and the permitted clients of a server.
 struct TcpSettings
@@ -26,6 +39,12 @@ struct TcpSettings
     std::string allowedClients{};          ///< networks of the clients that may connect; empty: all clients
     std::string writers{};                 ///< networks of the clients that may write; empty: all clients
     bool isReadOnly = false;               ///< no client may write
+    TcpSecurity security = TcpSecurity::OFF;
+    std::string certificateFile{}; ///< this and the next two: paths of PEM files
+    std::string keyFile{};
+    std::string authorityFile{};              ///< authorities that sign the certificates of clients
+    std::string roles{};                      ///< further texts of roles in the certificates of clients
+    uint64 handshakeTimeoutUsec = 10'000'000; ///< a client that has not finished the TLS handshake by then is dropped
 
     bool HasSamePlace(TcpSettings const& other) const
     {
@@ -39,7 +58,8 @@ struct TcpSettings
 /// When `maxClients` are connected, a new client displaces the client without progress for the longest time, if that
 /// time is longer than `makeRoomAfterUsec`. If all clients are in use, each address has an equal share of the places: a
 /// new client of an address below its share displaces a client of the address with most clients. Otherwise the server
-/// closes the new connection at once. A client that may not connect is closed at once, too.
+/// closes the new connection at once. A client that may not connect is closed at once, too. A client in its TLS handshake
+/// has a place as any other.
 ///
 /// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
 /// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
@@ -63,7 +83,7 @@ public:
 
     /// Starts listening. On failure nothing runs, and the text names address and port. Throws
     /// `Zu::Status::BAD_ARGUMENT` for an address that is invalid or not of this machine and for a list of networks with a
-    /// faulty entry, `Zu::Status::BUSY` for a port in use, `Zu::Status::FAILURE` for any other failure, and
+    /// faulty entry or a certificate that cannot be used, `Zu::Status::BUSY` for a port in use, `Zu::Status::FAILURE` for any other failure, and
     /// `Zu::Status::WRONG_STATE` while the server runs.
     void Start(TcpSettings const& settings);
 
@@ -75,9 +95,10 @@ public:
 
     /// Applies new settings. New limits take effect at once: `maxClients` for new clients, the idle timeout for all. A
     /// new address or port replaces the listener; the connections stay. A connected client that may not connect any more
-    /// is dropped. If the settings are refused, throws as `Start` does, and the server goes on with its old settings. If
+    /// is dropped. Certificates are read again; a client stays connected unless new settings ask for other certificates of
+    /// clients. If the settings are refused, throws as `Start` does, and the server goes on with its old settings. If
     /// the old address had to be given up for the new one and cannot be bound again, the text names both and the server
-    /// has stopped. If the server does not run, only the lists of networks are checked.
+    /// has stopped. If the server does not run, only the lists of networks and roles are checked.
     void Apply(TcpSettings const& wanted);
 
     /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
@@ -99,6 +120,7 @@ public:
 private:
     class Core;
 
+    std::shared_ptr<ZuTls::Context const> ReadCertificates(TcpSettings const& settings) const;
     void NoteApplied(TcpSettings const& settings, AccessRules const& rules);
 
     Service const service;

@@ -325,7 +325,7 @@ void TcpServiceProtocol::ShowExposure()
         exposureProblem.Register(problems.Add(
             ZuCommon::ProblemsManager::SEVERITY_WARNING, "ZuControl",
             "%1$s at %2$s serves every machine that reaches it: list the networks of its clients in allowedClients, "
-            "or let it listen on 127.0.0.1",
+            "ask them for certificates (security), or let it listen on 127.0.0.1",
             DisplayName(), newExposure.c_str()));
     }
     exposureProblem.End();

@@ -22,8 +22,9 @@ MOST_OPEN = 100  # slow clients at a time
 MODBUS = "/controls/ModbusTcp"
 ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 COMMANDS = [f"{ASSEMBLY}/commands/{command}" for command in ("add", "remove", "update")]
-PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly")
-TEXTS = ("address", "allowedClients", "writers")
+PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly", "security",
+              "certificateFile", "keyFile", "authorityFile", "roles")
+TEXTS = ("address", "allowedClients", "writers", "certificateFile", "keyFile", "authorityFile", "roles")
 
 
 def request(method, path, body=b"", *headers):
@@ -85,7 +86,7 @@ def wrong_types(dice):
 def out_of_bounds(dice):
     return update({"parameters": dice.choice([
         {"port": dice.choice([-1, 65536, 2 ** 31, -2 ** 63, 2 ** 64 - 1])}, {"maxClients": dice.choice([0, 513, -5])},
-        {"registerOrder": dice.choice([2, -1, 255])}, {"idleTimeout": dice.choice([0, 86401, 2 ** 40])}])})
+        {"registerOrder": dice.choice([2, -1, 255])}, {"security": dice.choice([3, -1, 255])}, {"idleTimeout": dice.choice([0, 86401, 2 ** 40])}])})
 
 
 def unknown_keys(dice):

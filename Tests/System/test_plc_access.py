@@ -69,7 +69,7 @@ class Lists(unittest.TestCase):
         with both("--param", "ModbusTcp.allowedClients=127.0.0.0/24, fd00::/8") as host, RestClient(host.http_port) as rest:
             self.assertEqual([is_served(host.modbus_port, source) for source in (READER, WRITER, STRANGER)], [True, True, False])
             wait_for_metrics(rest, deniedClients=1, acceptedClients=2)
-            host.wait_for_log("Modbus TCP closes a connection of 127.0.1.1, which may not connect (1 since the last such line)")
+            host.wait_for_log("Modbus TCP closes a connection of 127.0.1.1: it may not connect (1 since the last such line)")
 
     def test_modbus_lets_the_listed_networks_write_only(self):
         with both("--param", "ModbusTcp.writers=127.0.0.3") as host, RestClient(host.http_port) as rest:
@@ -129,7 +129,7 @@ class Exposure(unittest.TestCase):
                 return [problem["text"] for problem in rest.get("/problems").json["problems"]]
 
             text = (f"Modbus TCP at 0.0.0.0:{host.modbus_port} serves every machine that reaches it: list the networks of its "
-                    "clients in allowedClients, or let it listen on 127.0.0.1")
+                    "clients in allowedClients, ask them for certificates (security), or let it listen on 127.0.0.1")
             self.assertEqual(told(), [text])
             for change, expected in ((lists(allowedClients="127.0.0.0/8"), []), (lists(allowedClients=""), [text]),
                                      ({"enabled": False}, [])):

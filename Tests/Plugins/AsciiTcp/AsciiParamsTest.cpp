@@ -19,7 +19,8 @@ TEST(AsciiParams, AreBornWithTheirDefaults)
 
     EXPECT_EQ(JsonSerializer::Serialize(params), json::parse(R"({
         "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60, "makeRoomAfter": 10,
-        "allowedClients": "", "writers": "", "readOnly": false})"));
+        "allowedClients": "", "writers": "", "readOnly": false,
+        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "roles": ""})"));
 }
 
 struct RefusedParams
@@ -53,7 +54,9 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedParams{"NoTime", R"({"idleTimeout": 0})", "Idle Timeout"},
                     RefusedParams{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"},
                     RefusedParams{"NoTimeToMakeRoom", R"({"makeRoomAfter": 0})", "Makes Room"},
-                    RefusedParams{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"}),
+                    RefusedParams{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"},
+                    RefusedParams{"UnknownSecurity", R"({"security": 3})", "Security"},
+                    RefusedParams{"NegativeSecurity", R"({"security": -1})", "Security"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST(AsciiParams, TakeTheEndsOfTheirBounds)
@@ -61,7 +64,8 @@ TEST(AsciiParams, TakeTheEndsOfTheirBounds)
     AsciiParams params;
     json const document = json::parse(R"({
         "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400, "makeRoomAfter": 86400,
-        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true})");
+        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
+        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "roles": "d=viewer"})");
 
     JsonSerializer::Validate(params, document);
     JsonSerializer::Deserialize(params, document);

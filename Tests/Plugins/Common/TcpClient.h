@@ -36,6 +36,11 @@ public:
     /// Whether the server has closed the connection without sending a byte before.
     bool IsClosedByServer();
 
+    int Descriptor() const
+    {
+        return descriptor;
+    }
+
 private:
     int descriptor;
     std::string received; // bytes behind the last line

@@ -3,68 +3,20 @@
 #include "Support/CallLog.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
+#include "Tests/Plugins/Common/EchoConversation.h"
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "ZuApi/Exception.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <map>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace PluginCommon
 {
-
-/// Sends back what it gets.
-class EchoConversation final : public ITcpConversation
-{
-public:
-    std::span<char> Room() override
-    {
-        return Pending().empty() ? std::span<char>(bytes) : std::span<char>();
-    }
-
-    void Received(std::size_t count) override
-    {
-        pending = std::string_view(bytes.data(), count);
-        progress += count > 0 ? 1 : 0;
-    }
-
-    void InputEnded() override
-    {
-        hasEnded = true;
-    }
-
-    std::string_view Pending() const override
-    {
-        return pending;
-    }
-
-    void Sent(std::size_t count) override
-    {
-        pending.remove_prefix(count);
-    }
-
-    Step NextStep() const override
-    {
-        return hasEnded ? Step::CLOSE : Step::CONTINUE;
-    }
-
-    uint64 ProgressCount() const override
-    {
-        return progress;
-    }
-
-private:
-    std::array<char, 16> bytes{};
-    std::string_view pending;
-    uint64 progress = 0;
-    bool hasEnded = false;
-};
 
 class TcpServerTest : public testing::Test
 {
@@ -426,8 +378,8 @@ TEST_F(TcpServerTest, TellsOneOfManyDeniedClients)
 
     EXPECT_EQ(counters.deniedClients, 5u);
     EXPECT_EQ(log.Lines(), std::vector{ZuTest::UserWarning(
-                               "The test closes a connection of 127.0.0.1, which may not connect (1 since "
-                               "the last such line)")});
+                               "The test closes a connection of 127.0.0.1: it may not connect (1 since the "
+                               "last such line)")});
 }
 
 TEST_F(TcpServerTest, JudgesConnectedClientsByNewLists)

@@ -315,7 +315,8 @@ TEST_F(TcpServiceProtocolTest, ReportsThatItIsOpenToANetworkWhileItIs)
     service->Start();
     EXPECT_EQ(Problems(), std::vector<std::string>{"The level service at " + Listening() +
                                                    " serves every machine that reaches it: list the networks of its "
-                                                   "clients in allowedClients, or let it listen on 127.0.0.1"});
+                                                   "clients in allowedClients, ask them for certificates (security), "
+                                                   "or let it listen on 127.0.0.1"});
     service->params.allowedClients.Set("10.0.0.0/8");
     service->ParamsUpdate();
     EXPECT_TRUE(Problems().empty());

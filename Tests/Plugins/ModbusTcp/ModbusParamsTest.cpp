@@ -18,7 +18,8 @@ TEST(ModbusParams, AreBornWithTheirDefaults)
 
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(params), json::parse(R"({
         "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10,
-        "allowedClients": "", "writers": "", "readOnly": false})"));
+        "allowedClients": "", "writers": "", "readOnly": false,
+        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "roles": ""})"));
 }
 
 struct RefusedCase
@@ -59,6 +60,8 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedCase{"TooMuchTime", R"({"idleTimeout": 86401})", "Idle Timeout"},
                     RefusedCase{"NoTimeToMakeRoom", R"({"makeRoomAfter": 0})", "Makes Room"},
                     RefusedCase{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"},
+                    RefusedCase{"UnknownSecurity", R"({"security": 3})", "Security"},
+                    RefusedCase{"NegativeSecurity", R"({"security": -1})", "Security"},
                     RefusedCase{"UnknownOrder", R"({"registerOrder": 2})", "Register Order"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
@@ -67,7 +70,8 @@ TEST(ModbusParams, TakeTheEndsOfTheirBounds)
     ModbusParams params;
     json const document = json::parse(R"({
         "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400,
-        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true})");
+        "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
+        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "roles": "d=viewer"})");
 
     Zu::Properties::JsonSerializer::Validate(params, document);
     Zu::Properties::JsonSerializer::Deserialize(params, document);

@@ -1,0 +1,90 @@
+#include "Tests/Plugins/Common/TlsClient.h"
+
+#include "ZuTls/Certificate.h"
+
+#include <openssl/err.h>
+#include <openssl/ssl.h>
+
+#include <stdexcept>
+
+namespace PluginCommon
+{
+
+namespace
+{
+
+[[noreturn]] void Fail(char const* what, ssl_st const& session)
+{
+    std::string const reason = ZuTls::Explain(ERR_peek_error(), session);
+    ERR_clear_error();
+    throw std::runtime_error(what + (": " + reason));
+}
+
+} // namespace
+
+TlsClient::TlsClient(uint16 port, ZuTls::Context const& context, int highestVersion, char const* ownAddress)
+    : client(port, 0, ownAddress), session(SSL_new(context.Native()), &SSL_free)
+{
+    SSL_set_fd(session.get(), client.Descriptor());
+    SSL_set_max_proto_version(session.get(), highestVersion);
+    context.Prepare(*session);
+    if (SSL_connect(session.get()) != 1)
+    {
+        Fail("handshake", *session);
+    }
+}
+
+TlsClient::~TlsClient() = default;
+
+void TlsClient::Send(std::string const& bytes)
+{
+    if (SSL_write(session.get(), bytes.data(), static_cast<int>(bytes.size())) != static_cast<int>(bytes.size()))
+    {
+        Fail("send", *session);
+    }
+}
+
+std::string TlsClient::Receive(std::size_t count)
+{
+    std::string bytes(count, '\0');
+    for (std::size_t got = 0; got < count;)
+    {
+        int const now = SSL_read(session.get(), bytes.data() + got, static_cast<int>(count - got));
+        if (now <= 0)
+        {
+            Fail("receive", *session);
+        }
+        got += static_cast<std::size_t>(now);
+    }
+    return bytes;
+}
+
+void TlsClient::EndSending()
+{
+    SSL_shutdown(session.get());
+}
+
+bool TlsClient::IsEndedByServer()
+{
+    char byte = 0;
+    int const result = SSL_read(session.get(), &byte, 1);
+    bool const isEnded = SSL_get_error(session.get(), result) == SSL_ERROR_ZERO_RETURN;
+    ERR_clear_error();
+    return isEnded;
+}
+
+bool TlsClient::IsClosedByServer()
+{
+    char byte = 0;
+    int const result = SSL_read(session.get(), &byte, 1);
+    bool const isTimeout = result <= 0 && SSL_get_error(session.get(), result) == SSL_ERROR_WANT_READ;
+    ERR_clear_error();
+    return result <= 0 && !isTimeout;
+}
+
+std::string TlsClient::ServerSubject() const
+{
+    return ZuTls::Certificate::OfPeer(*session).value().subject;
+}
+
+} // namespace PluginCommon
