@@ -31,7 +31,8 @@ SensorModule::SensorModule(Surroundings const& givenSurroundings, Settings const
       core(sensor, settings.scansAtPowerUp),
       requestProcessor(router, HostResources::RELATION_TEMPLATE,
                        [this] { return std::make_shared<UpdateGate::Request>(surroundings.updateGate); },
-                       {ZuRest::Place::Of(HARDWARE)})
+                       {ZuRest::Place::Of(HARDWARE)}),
+      pluginView(requestProcessor)
 {
     scanner.AddTo(scanEngines);
     core.FactoryRestoreEvent().Add([this] { scanner.RestoreFactoryState(); });
@@ -52,7 +53,7 @@ void SensorModule::Build(ZuPlugin::PluginManager& plugins)
     environ.factoryRestoreEvent = &core.FactoryRestoreEvent();
     environ.persistManager = &surroundings.persistManager;
     environ.core = &core;
-    environ.requestProcessor = &requestProcessor;
+    environ.requestProcessor = &pluginView;
     module.emplace(plugins, router, environ);
     // Once, and before any protocol is enabled: the lists must not grow while a protocol reads them.
     module->FindHardware();

@@ -2,6 +2,7 @@
 
 #include "Host/CommandLine/Options.h"
 #include "Host/Module/DeploymentQuery.h"
+#include "Host/Security/PluginView.h"
 #include "Host/Sensor/DeskCore.h"
 #include "Host/Sensor/DeskScanner.h"
 #include "Host/Sensor/Sensor.h"
@@ -91,6 +92,7 @@ private:
     DeskCore core;
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor requestProcessor;
+    PluginView pluginView;
     std::optional<ZuControl::ControlModule> module;
 };
 
