@@ -180,6 +180,11 @@ void ResourceRequestProcessor::SetUpdateRunner(UpdateRunner runner)
     runUpdate = std::move(runner);
 }
 
+void ResourceRequestProcessor::SetChangeObserver(ChangeObserver observer)
+{
+    observeChange = std::move(observer);
+}
+
 Json ResourceRequestProcessor::Read(std::string const& path, Json const& /*request*/, std::string const& query)
 {
     return reader.ReadFromInside(path, WantsSchema(query));
@@ -260,14 +265,20 @@ std::shared_ptr<ResourceLocks::Pass> ResourceRequestProcessor::WaitForTurn(Place
 ResourceRequestProcessor::Outcome
 ResourceRequestProcessor::Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
 {
-    return Guarded(request, [&] {
+    Turn turn{pass, {}};
+    Outcome outcome = Guarded(request, [&] {
         auto const scope = makeScope ? makeScope() : nullptr;
-        return Dispatch(request, makeReceiver, pass);
+        return Dispatch(request, makeReceiver, turn);
     });
+    if (observeChange && ModeOf(request.method) == ResourceLocks::Mode::CHANGE)
+    {
+        observeChange({request, outcome.answer, turn.before});
+    }
+    return outcome;
 }
 
-ResourceRequestProcessor::Outcome
-ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::Dispatch(Request const& request,
+                                                                     ReceiverMaker const& makeReceiver, Turn& turn)
 {
     if (request.isWanted && !request.isWanted())
     {
@@ -300,7 +311,7 @@ ResourceRequestProcessor::Dispatch(Request const& request, ReceiverMaker const& 
                            (request.method == "POST" && resource.CallableProvider() != nullptr);
     if (canChange)
     {
-        return {Change(request, *match, pass), nullptr};
+        return {CarryOutChange(request, *match, turn), nullptr};
     }
     return {RefuseMethod(request, *match, false, {}), nullptr};
 }
@@ -343,12 +354,11 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Stream(Request const
     return {answer, std::make_unique<OpenStream>(streamLock, std::move(match), makeReceiver(isState), info)};
 }
 
-Answer ResourceRequestProcessor::Change(Request const& request, ResourceRouter::Match const& match,
-                                        ResourceLocks::Pass& pass)
+Answer ResourceRequestProcessor::CarryOutChange(Request const& request, ResourceRouter::Match const& match, Turn& turn)
 {
     try
     {
-        return IsUpdate(request.method) ? Update(request, match, pass) : Call(request, match);
+        return IsUpdate(request.method) ? Update(request, match, turn) : Call(request, match);
     }
     catch (Zu::Exception const& exception)
     {
@@ -361,8 +371,7 @@ Answer ResourceRequestProcessor::Change(Request const& request, ResourceRouter::
     }
 }
 
-Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::Match const& match,
-                                        ResourceLocks::Pass& pass)
+Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::Match const& match, Turn& turn)
 {
     Json const body = JsonText::Read(request.body);
     if (!IsPreconditionMet(request))
@@ -375,7 +384,8 @@ Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::
     {
         return AsStrict(Problem{HttpStatus::UNPROCESSABLE_CONTENT, fault, Zu::Status::BAD_ARGUMENT, {}}.ToAnswer());
     }
-    KeepBefore(Place::Of(request.path), pass);
+    KeepBefore(Place::Of(request.path), turn.pass);
+    turn.before = observeChange ? reader.Read(match, request.path, false) : std::string();
     auto const update = [&] { match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body); };
     runUpdate ? runUpdate(request.path, body, update) : update();
     Answer answer = ShowDocument(request, match);

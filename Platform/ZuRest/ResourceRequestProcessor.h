@@ -50,6 +50,16 @@ public:
     using UpdateRunner =
         std::function<void(std::string const& path, nlohmann::json const& body, std::function<void()> const& update)>;
 
+    /// A request that was to change something, and its answer. The objects live during the call only.
+    struct Change
+    {
+        Request const& request;
+        Answer const& answer;
+        std::string const& before; ///< the document before an update; empty for all other requests
+    };
+
+    using ChangeObserver = std::function<void(Change const&)>;
+
     /// `relationTemplate` is as for `DocumentReader`, `independent` as for `ResourceLocks`. The router must outlive this
     /// object.
     explicit ResourceRequestProcessor(ResourceRouter const& usedRouter, std::string const& relationTemplate = {},
@@ -62,6 +72,11 @@ public:
     /// Sets a function that performs every update, while the place is locked for the change. Set it before the first
     /// request. An empty function means that updates run directly.
     void SetUpdateRunner(UpdateRunner runner);
+
+    /// Sets a function that is called after each request with PUT, PATCH, POST or DELETE, also after one that was
+    /// refused, on the thread that processed it, while its place is still locked. It must not wait. Set it before the
+    /// first request.
+    void SetChangeObserver(ChangeObserver observer);
 
     /// Reads from inside the process. It passes waiting requests, so that a protocol gets its answer while it starts,
     /// even if its own start is a change of the place that it reads.
@@ -95,13 +110,20 @@ public:
     void RunAsChange(std::string const& path, std::function<void()> const& work);
 
 private:
+    /// What one request needs on its way to the resource.
+    struct Turn
+    {
+        ResourceLocks::Pass& pass;
+        std::string before; // as in `Change`
+    };
+
     std::shared_ptr<ResourceLocks::Pass> WaitForTurn(Place const& place, ResourceLocks::Mode mode);
     Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
-    Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
+    Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, Turn& turn);
     Outcome Get(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
     Outcome Stream(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
-    Answer Change(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
-    Answer Update(Request const& request, ResourceRouter::Match const& match, ResourceLocks::Pass& pass);
+    Answer CarryOutChange(Request const& request, ResourceRouter::Match const& match, Turn& turn);
+    Answer Update(Request const& request, ResourceRouter::Match const& match, Turn& turn);
     std::string StrictFault(Request const& request, ResourceRouter::Match const& match,
                             nlohmann::json const& body) const;
     Answer Call(Request const& request, ResourceRouter::Match const& match);
@@ -114,6 +136,7 @@ private:
     DocumentReader const reader;
     ScopeMaker const makeScope;
     UpdateRunner runUpdate;
+    ChangeObserver observeChange;
     std::shared_ptr<Zu::Mutex> const streamLock;
 };
 

@@ -2,6 +2,9 @@
 
 #include "ZuControl/Control/IControlInstance.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace ZuControl
 {
 
@@ -105,6 +108,21 @@ ControlVitals ControlModule::Vitals()
     vitals.failedStarts = manager.FailedStarts();
     vitals.faults = manager.Faults();
     return vitals;
+}
+
+Zu::Subscription ControlModule::SubscribeToOperations(std::function<void(ControlOperationEnd const&)> handler)
+{
+    return manager.Operations().SubscribeToEveryEnd(
+        [this, handler = std::move(handler)](ControlProtocolOperations::Ended const& end) {
+            handler({TypeNameOf(end.protocol), end.name, end.argument, end.status});
+        });
+}
+
+std::string ControlModule::TypeNameOf(ZuEthernetProtocol protocol) const
+{
+    auto const found =
+        std::ranges::find_if(services, [protocol](Service const& service) { return service.protocol == protocol; });
+    return found == services.end() ? std::string() : found->typeName;
 }
 
 } // namespace ZuControl

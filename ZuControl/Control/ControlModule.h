@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuApi/Signal.h"
 #include "ZuControl/Control/ControlManager.h"
 #include "ZuControl/Control/ControlMetrics.h"
 #include "ZuControl/Control/ControlRegistry.h"
@@ -9,6 +10,7 @@
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlDir.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,6 +55,10 @@ public:
     /// thread.
     ControlVitals Vitals();
 
+    /// Calls `handler` after the end of each operation of any protocol, and for each refused one, until the subscription
+    /// is destroyed. `handler` must not block and must not throw.
+    [[nodiscard]] Zu::Subscription SubscribeToOperations(std::function<void(ControlOperationEnd const&)> handler);
+
     ControlModule(ControlModule const&) = delete;
     ControlModule& operator=(ControlModule const&) = delete;
 
@@ -62,6 +68,8 @@ private:
         std::string typeName;
         std::optional<ZuEthernetProtocol> protocol; // empty for a protocol that has thrown when it was asked
     };
+
+    std::string TypeNameOf(ZuEthernetProtocol protocol) const;
 
     // In this order: each member uses those above it.
     ControlRegistry registry;

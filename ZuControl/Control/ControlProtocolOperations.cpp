@@ -134,12 +134,18 @@ std::optional<ControlProtocolOperations::UnderWay> ControlProtocolOperations::Op
     return underWay;
 }
 
+Zu::Subscription ControlProtocolOperations::SubscribeToEveryEnd(std::function<void(Ended const&)> handler) const
+{
+    return ended.Subscribe(std::move(handler));
+}
+
 void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action,
                                                  ControlOperationsParams params)
 {
-    if (!TakeTheTurn(protocol, action))
+    if (!TakeTheTurn(protocol, action, params.stringArg))
     {
         refusedCount.fetch_add(1, std::memory_order_relaxed);
+        ZU_GUARD_BOUNDARY([&] { ended.Fire({protocol, NameOf(action), params.stringArg, Zu::Status::BUSY}); });
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
                  static_cast<int32>(protocol), unsigned{action});
     }
@@ -257,7 +263,7 @@ char const* ControlProtocolOperations::NameOf(ActionId action)
     }
 }
 
-bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionId action)
+bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionId action, std::string argument)
 {
     Zu::MutexLock const guard(underWayLock);
     if (!OperationBegin())
@@ -265,6 +271,7 @@ bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionI
         return false;
     }
     underWay = UnderWay{protocol, NameOf(action), wTime_NowUsec()};
+    underWayArgument = std::move(argument); // a copy here could throw, and the turn would never end
     return true;
 }
 
@@ -312,6 +319,20 @@ void ControlProtocolOperations::ValidateScannerId(char const* scannerId, ActionI
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "Missing scanner id parameter for action %u", unsigned{action});
     }
+}
+
+void ControlProtocolOperations::TellEnd(EndOfOpResult const& record)
+{
+    Ended end;
+    {
+        Zu::MutexLock const guard(underWayLock);
+        if (!underWay.has_value())
+        {
+            return; // a scanner reports one alignment twice
+        }
+        end = {record.protocol, underWay->name, underWayArgument, record.status};
+    }
+    ended.Fire(end);
 }
 
 void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId)
@@ -394,7 +415,8 @@ int ControlProtocolOperations::DispatcherThreadFx(void* object)
             auto& count = record->status == Zu::Status::SUCCESS ? self.succeededCount : self.failedCount;
             count.fetch_add(1, std::memory_order_relaxed);
             self.CleanUpAlignmentCompletedEvent(record->scannerId);
-            int const previous = self.OperationFinish(); // before the handlers: they may start the next operation
+            ZU_GUARD_BOUNDARY([&] { self.TellEnd(*record); }); // the operation must end in any case
+            int const previous = self.OperationFinish();       // before the handlers: they may start the next operation
             self.OnOperationEnd(record->protocol, record->status);
             if (previous != 1)
             {

@@ -2,6 +2,7 @@
 
 #include "ZuApi/AsyncRunner.h"
 #include "ZuApi/Event.h"
+#include "ZuApi/Signal.h"
 #include "ZuApi/Threads/MsgQueue.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
@@ -95,6 +96,19 @@ public:
     /// The operation in flight, if any. Any thread may call.
     std::optional<UnderWay> OperationUnderWay() const;
 
+    /// An operation that has ended, or that was refused.
+    struct Ended
+    {
+        ZuEthernetProtocol protocol{}; ///< the protocol that has begun it
+        char const* name = "";         ///< as in `UnderWay`
+        std::string argument;          ///< the name of the job or the id of the scanner; empty for other operations
+        int32 status = 0;              ///< as for the handlers of ends; `Zu::Status::BUSY` if it was refused
+    };
+
+    /// Calls `handler` after the end of each operation of any protocol, on "CtlProtoOp.Disp", and for each refused one,
+    /// on the thread of the refused caller. It must not block and must not throw.
+    [[nodiscard]] Zu::Subscription SubscribeToEveryEnd(std::function<void(Ended const&)> handler) const;
+
 private:
     friend class ControlProtocolOperationsTest; // only the test begins the test actions
 
@@ -133,11 +147,12 @@ private:
     bool RunAction(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams const& params);
     static bool IsAsynchronous(ActionId action);
     static char const* NameOf(ActionId action);
-    bool TakeTheTurn(ZuEthernetProtocol protocol, ActionId action);
+    bool TakeTheTurn(ZuEthernetProtocol protocol, ActionId action, std::string argument);
     void BeginAlignment(ZuEthernetProtocol protocol, std::string const& scannerId);
 
     bool OperationBegin();
     int OperationFinish();
+    void TellEnd(EndOfOpResult const& record);
     static void ValidateStringArg(char const* value, char const* label, ActionId action);
     static void ValidateScannerId(char const* scannerId, ActionId action);
 
@@ -176,6 +191,9 @@ private:
     // A handler may stay at a scanner's event for longer than this object lives. All handlers call this function.
     std::function<void(ZuEthernetProtocol, std::string const&, ZuScan::AlignCompletionStatus)> alignmentEnded;
     Zu::Subscription alignmentSubscription; // of `alignmentEnded`
+
+    std::string underWayArgument ZU_GUARDED_BY(underWayLock); // as in `Ended`
+    mutable Zu::Signal<Ended const&> ended;                   // to listen changes no operation
 };
 
 } // namespace ZuControl

@@ -30,6 +30,15 @@ struct ControlStatistics
     std::vector<Protocol> protocols; ///< all of them, by name
 };
 
+/// An operation on the system that a protocol has begun, and that has ended or was refused.
+struct ControlOperationEnd
+{
+    std::string typeName;   ///< empty for a number without a service
+    char const* name = "";  ///< "job load"
+    std::string argument{}; ///< the name of the job or the id of the scanner; empty for other operations
+    int32 status = 0;       ///< `Zu::Status::BUSY` if it was refused because another one was in flight
+};
+
 /// The present state of the services and the threads of the module. Times are those of `wTime_NowUsec`; 0 is none.
 struct ControlVitals
 {

@@ -820,6 +820,43 @@ TEST_F(ResourceRequestProcessorTest, LeavesTheUpdateToItsRunnerWhileThePlaceIsLo
                                                R"(begin {"a":2})", "update /controls/refused", "read"}));
 }
 
+TEST_F(ResourceRequestProcessorTest, TellsTheObserverOfChangesAndOfNothingElse)
+{
+    std::vector<std::string> changes;
+    processor.SetChangeObserver([&](ResourceRequestProcessor::Change const& change) {
+        changes.push_back(change.request.method + " " + change.request.path + " " +
+                          std::to_string(change.answer.status) + " " + change.before);
+    });
+    FakeResource& protocol = Place("/controls/:protocol");
+    Json document{{"a", 1}};
+    protocol.Show(document);
+    protocol.update = [&](RequestInfo const&, Json const& body) {
+        if (body.value("a", 0) == 0)
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "No");
+        }
+        document["a"] = body["a"];
+        protocol.Show(document);
+    };
+
+    Send("GET", "/controls/x");
+    Send("OPTIONS", "/controls/x");
+    Send("PUT", "/controls/x", R"({"a":2})");
+    Send("PATCH", "/controls/x", R"({"a":0})");
+    Send("PUT", "/controls/x", "no JSON");
+    Send("DELETE", "/controls/x");
+    Send("POST", "/nowhere");
+
+    ASSERT_EQ(changes.size(), 5u);
+    EXPECT_TRUE(changes[0].starts_with("PUT /controls/x 200 {")) << changes[0];
+    EXPECT_NE(changes[0].find(R"("a":1)"), std::string::npos) << changes[0];
+    EXPECT_TRUE(changes[1].starts_with("PATCH /controls/x 4")) << changes[1];
+    EXPECT_NE(changes[1].find(R"("a":2)"), std::string::npos) << changes[1];
+    EXPECT_EQ(changes[2], "PUT /controls/x 400 ");
+    EXPECT_EQ(changes[3], "DELETE /controls/x 405 ");
+    EXPECT_EQ(changes[4], "POST /nowhere 404 ");
+}
+
 TEST_F(ResourceRequestProcessorTest, LeavesNothingLockedBehindAFailure)
 {
     FakeResource& protocol = Place("/controls/:protocol");

@@ -221,6 +221,32 @@ TEST_F(ControlProtocolOperationsTest, CountsHowOperationsEnded)
     EXPECT_EQ(operations->RefusedCount(), 1u);
 }
 
+TEST_F(ControlProtocolOperationsTest, TellsEveryEndWithItsArgumentAndEachRefusal)
+{
+    ZuTest::CallLog ends;
+    auto const subscription = operations->SubscribeToEveryEnd([&](ControlProtocolOperations::Ended const& end) {
+        ends.Add(std::to_string(static_cast<int32>(end.protocol)) + " " + end.name + " '" + end.argument + "' " +
+                 std::to_string(end.status));
+    });
+    ZuTest::Latch release;
+    systemInterface.on["Start"] = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "no"); };
+    systemInterface.on["Stop"] = [&] { release.Wait(); };
+
+    operations->LoadJob(PROTOCOL_8, "a job");
+    ASSERT_TRUE(ends.WaitFor("8 job load 'a job' 1"));
+    WaitForTheRoadToBeEmpty();
+    operations->StartScan(PROTOCOL_7);
+    ASSERT_TRUE(ends.WaitFor("7 scan start '' 0"));
+    WaitForTheRoadToBeEmpty();
+    operations->StopScan(PROTOCOL_7);
+    EXPECT_EQ(RefusalOf([this] { operations->LoadJob(PROTOCOL_8, "b"); }).status, Zu::Status::BUSY);
+    release.Open();
+    ASSERT_TRUE(ends.WaitFor("7 scan stop '' 1"));
+
+    EXPECT_EQ(ends.All(),
+              (Calls{"8 job load 'a job' 1", "7 scan start '' 0", "8 job load 'b' -976", "7 scan stop '' 1"}));
+}
+
 TEST_F(ControlProtocolOperationsTest, TellsAnAlignmentAsUnderWayUntilTheScannerReportsIt)
 {
     operations->Alignment(PROTOCOL_7, "s");
