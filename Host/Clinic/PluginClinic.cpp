@@ -3,11 +3,13 @@
 #include "Host/Clinic/ChildProcess.h"
 #include "Host/Clinic/PluginAccess.h"
 #include "Host/Clinic/PluginTrial.h"
+#include "Host/Clinic/SignedPlugins.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string_view>
@@ -22,6 +24,7 @@ namespace
 using Paths = std::vector<std::filesystem::path>;
 using Say = ChildProcess::Say;
 using ProtocolType = PluginTrial::ProtocolType;
+using LoadPathOf = std::function<std::filesystem::path(std::filesystem::path const&)>;
 
 // Each text of a child begins with one of these.
 constexpr char BEGINS = 'b';    // a step begins; its name follows: "loaded"
@@ -87,8 +90,8 @@ std::string TextOf(std::exception const& exception)
 class Round final
 {
 public:
-    Round(std::filesystem::path triedFile, Deployment kind, Say const& usedSay)
-        : file(std::move(triedFile)), say(usedSay), trial(file, kind)
+    Round(std::filesystem::path triedFile, std::filesystem::path loadPath, Deployment kind, Say const& usedSay)
+        : file(std::move(triedFile)), say(usedSay), trial(file, std::move(loadPath), kind)
     {
     }
 
@@ -152,11 +155,11 @@ private:
 
 // The rounds are never destroyed: the child's end frees them, and a plug-in may hang in its destructor.
 
-void TryAdmission(Paths const& files, Deployment deployment, Say const& say)
+void TryAdmission(Paths const& files, LoadPathOf const& loadPathOf, Deployment deployment, Say const& say)
 {
     for (std::filesystem::path const& file : files)
     {
-        auto* const round = new Round(file, deployment, say);
+        auto* const round = new Round(file, loadPathOf(file), deployment, say);
         if (round->Loads() && round->IsMade())
         {
             say(std::string(1, PRAISES));
@@ -164,9 +167,10 @@ void TryAdmission(Paths const& files, Deployment deployment, Say const& say)
     }
 }
 
-void TryLife(std::filesystem::path const& file, Deployment deployment, Say const& say)
+void TryLife(std::filesystem::path const& file, std::filesystem::path const& loadPath, Deployment deployment,
+             Say const& say)
 {
-    auto* const round = new Round(file, deployment, say);
+    auto* const round = new Round(file, loadPath, deployment, say);
     if (!round->Loads())
     {
         return;
@@ -300,25 +304,34 @@ struct PluginClinic::Attempt
     std::vector<ProtocolType> types;
 };
 
-PluginClinic::PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence)
-    : deployment(deploymentKind), silence(longestSilence)
+std::filesystem::path PluginClinic::Admission::LoadPath(std::filesystem::path const& file) const
+{
+    return signatures == nullptr ? file : signatures->LoadPath(file);
+}
+
+PluginClinic::PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence,
+                           std::shared_ptr<SignedPlugins> newSignatures)
+    : deployment(deploymentKind), silence(longestSilence), signatures(std::move(newSignatures))
 {
 }
+
+PluginClinic::~PluginClinic() = default;
 
 PluginClinic::Admission PluginClinic::Admit(Paths files) const
 {
     Admission admission;
-    std::erase_if(files, [&admission](std::filesystem::path const& file) {
-        PluginAccess const access = PluginAccess::Of(file);
-        if (access.writers == PluginAccess::Writers::EVERYONE)
+    admission.signatures = signatures;
+    std::erase_if(files, [&](std::filesystem::path const& file) {
+        std::string const refusal = RefusalOf(file);
+        if (!refusal.empty())
         {
-            admission.complaints.push_back({file, access.sentence});
+            admission.complaints.push_back({file, refusal});
         }
-        else if (access.writers == PluginAccess::Writers::GROUP)
+        else if (PluginAccess const access = PluginAccess::Of(file); access.writers == PluginAccess::Writers::GROUP)
         {
             admission.warnings.push_back(access.sentence);
         }
-        return access.writers == PluginAccess::Writers::EVERYONE;
+        return !refusal.empty();
     });
     Catalogue catalogue;
     for (Attempt const& attempt : Try(files))
@@ -337,13 +350,30 @@ PluginClinic::Admission PluginClinic::Admit(Paths files) const
     return admission;
 }
 
+/// Why the plug-in must not be loaded, from its file alone; empty if it may be.
+std::string PluginClinic::RefusalOf(std::filesystem::path const& file) const
+{
+    PluginAccess access = PluginAccess::Of(file);
+    if (access.writers == PluginAccess::Writers::EVERYONE)
+    {
+        return std::move(access.sentence);
+    }
+    return signatures == nullptr ? std::string() : signatures->Admit(file);
+}
+
+std::filesystem::path PluginClinic::LoadPath(std::filesystem::path const& file) const
+{
+    return signatures == nullptr ? file : signatures->LoadPath(file);
+}
+
 std::vector<PluginClinic::Attempt> PluginClinic::Try(Paths files) const
 {
+    LoadPathOf const loadPathOf = [this](std::filesystem::path const& file) { return LoadPath(file); };
     std::vector<Attempt> attempts;
     while (!files.empty())
     {
         ChildProcess::End const end =
-            ChildProcess::Run([&](Say const& say) { TryAdmission(files, deployment, say); }, silence);
+            ChildProcess::Run([&](Say const& say) { TryAdmission(files, loadPathOf, deployment, say); }, silence);
         Verdict const verdict = VerdictOf(end.said);
         std::size_t tried = 0;
         for (Outcome const& outcome : verdict.outcomes)
@@ -363,11 +393,12 @@ std::vector<PluginClinic::Attempt> PluginClinic::Try(Paths files) const
 
 PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Paths others) const
 {
-    if (PluginAccess const access = PluginAccess::Of(file); access.writers == PluginAccess::Writers::EVERYONE)
+    if (std::string refusal = RefusalOf(file); !refusal.empty())
     {
-        return {false, access.sentence};
+        return {false, std::move(refusal)};
     }
-    ChildProcess::End const end = ChildProcess::Run([&](Say const& say) { TryLife(file, deployment, say); }, silence);
+    ChildProcess::End const end =
+        ChildProcess::Run([&](Say const& say) { TryLife(file, LoadPath(file), deployment, say); }, silence);
     Verdict const verdict = VerdictOf(end.said);
     if (verdict.outcomes.empty())
     {
@@ -380,8 +411,7 @@ PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Pat
     }
     Catalogue catalogue;
     std::erase_if(others, [&](auto const& other) {
-        return other.filename() == file.filename() ||
-               PluginAccess::Of(other).writers == PluginAccess::Writers::EVERYONE; // the host does not run it either
+        return other.filename() == file.filename() || !RefusalOf(other).empty(); // the host does not run it either
     });
     for (Attempt const& attempt : Try(others))
     {
@@ -389,7 +419,8 @@ PluginClinic::CheckUp PluginClinic::Check(std::filesystem::path const& file, Pat
     }
     std::string const taken = catalogue.TakenName(file, outcome.types);
     std::string const complaint = taken.empty() ? catalogue.Add(file, outcome.types) : taken;
-    return complaint.empty() ? CheckUp{true, outcome.text.substr(1)} : CheckUp{false, complaint};
+    std::string const signer = signatures == nullptr ? "" : file.string() + " is " + signatures->SignerOf(file) + "\n";
+    return complaint.empty() ? CheckUp{true, outcome.text.substr(1) + signer} : CheckUp{false, complaint};
 }
 
 } // namespace ZuHost

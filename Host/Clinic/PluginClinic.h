@@ -4,11 +4,14 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace ZuHost
 {
+
+class SignedPlugins;
 
 /// Tries plug-ins in child processes, so that a plug-in that crashes or hangs does not take the host with it.
 ///
@@ -30,7 +33,11 @@ public:
     {
         std::vector<std::filesystem::path> files; ///< files that may be loaded, in the given order
         std::vector<Complaint> complaints;
-        std::vector<std::string> warnings; ///< sentences about plug-ins that a group can write
+        std::vector<std::string> warnings;               ///< sentences about plug-ins that a group can write
+        std::shared_ptr<SignedPlugins const> signatures; ///< null if none are asked for
+
+        /// The path from which one of `files` is loaded: that of the checked bytes if signatures are asked for.
+        std::filesystem::path LoadPath(std::filesystem::path const& file) const;
     };
 
     struct CheckUp
@@ -40,9 +47,15 @@ public:
     };
 
     /// `longestSilence`: how long one step in the life of a plug-in may take.
-    explicit PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence = LONGEST_SILENCE);
+    /// `newSignatures`: asks each plug-in for a signature; null asks none.
+    explicit PluginClinic(Deployment deploymentKind, std::chrono::milliseconds longestSilence = LONGEST_SILENCE,
+                          std::shared_ptr<SignedPlugins> newSignatures = nullptr);
+    ~PluginClinic();
 
-    /// Refuses each file that everyone can write (see PluginAccess). Loads the others and makes their protocols, all in
+    PluginClinic(PluginClinic const&) = delete;
+    PluginClinic& operator=(PluginClinic const&) = delete;
+
+    /// Refuses each file that everyone can write (see PluginAccess), and each without the signature that is asked for. Loads the others and makes their protocols, all in
     /// one child. After a plug-in that crashes or hangs, the remaining files are tried in a new child.
     ///
     /// A plug-in is refused if one of its protocols has the number of another protocol, of this plug-in or of one admitted
@@ -60,10 +73,13 @@ public:
 private:
     struct Attempt;
 
+    std::string RefusalOf(std::filesystem::path const& file) const;
+    std::filesystem::path LoadPath(std::filesystem::path const& file) const;
     std::vector<Attempt> Try(std::vector<std::filesystem::path> files) const;
 
     Deployment const deployment;
     std::chrono::milliseconds const silence;
+    std::shared_ptr<SignedPlugins> const signatures;
 };
 
 } // namespace ZuHost

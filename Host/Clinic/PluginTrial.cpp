@@ -194,8 +194,9 @@ public:
     }
 };
 
-PluginTrial::PluginTrial(std::filesystem::path pluginFile, Deployment kind)
+PluginTrial::PluginTrial(std::filesystem::path pluginFile, std::filesystem::path newLoadPath, Deployment kind)
     : file(std::move(pluginFile)),
+      loadPath(std::move(newLoadPath)),
       sensorModule({problems, persistRegistry, updateGate, persistManager}, {kind, RATE_HZ, SCANS_AT_POWER_UP},
                    std::make_unique<SimulatedPart>())
 {
@@ -205,7 +206,7 @@ PluginTrial::~PluginTrial() = default;
 
 void PluginTrial::Load()
 {
-    if (!loaded.LoadFile(file.string()))
+    if (!loaded.LoadFile(file.string(), loadPath.string()))
     {
         ZU_THROW(Zu::Status::BAD_FORMAT, "%s", loaded.Refusals().back().reason.c_str());
     }

@@ -35,7 +35,8 @@ namespace ZuHost
 class PluginTrial final
 {
 public:
-    PluginTrial(std::filesystem::path pluginFile, Deployment kind);
+    /// The library is loaded from `newLoadPath`, and called `pluginFile` in texts.
+    PluginTrial(std::filesystem::path pluginFile, std::filesystem::path newLoadPath, Deployment kind);
     ~PluginTrial();
 
     PluginTrial(PluginTrial const&) = delete;
@@ -87,6 +88,7 @@ private:
     std::string OfferOf(ZuControl::IControlInstance& instance);
 
     std::filesystem::path const file;
+    std::filesystem::path const loadPath;
 
     // The order is that of construction: an object outlives the objects below, which use it.
     std::vector<std::weak_ptr<ZuControl::ControlProtocol::IProtocol>> met; // in the order of their construction

@@ -139,11 +139,16 @@ PluginLib const& PluginManager::At(uint64 index) const
 
 bool PluginManager::LoadFile(std::string const& path)
 {
+    return LoadFile(path, path);
+}
+
+bool PluginManager::LoadFile(std::string const& path, std::string const& source)
+{
     Zu::MutexLock const loadGuard(loading);
     try
     {
-        CheckFile(path);
-        void* const handle = Open(path);
+        CheckFile(source);
+        void* const handle = Open(source);
         if (IsLoaded(handle))
         {
             return true;

@@ -43,6 +43,9 @@ public:
     /// false if the library is refused; the reason is in the log and in `Refusals()`.
     bool LoadFile(std::string const& path);
 
+    /// As above, from the bytes at `source`, another path of the same library: a checked copy. Texts name `path`.
+    bool LoadFile(std::string const& path, std::string const& source);
+
     /// Loads every "*.so" file of a folder in order of name. Returns how many of them are loaded now. An unreadable
     /// folder is reported as a refusal and gives 0.
     uint64 LoadFolder(std::string const& path);
