@@ -1,5 +1,6 @@
 #include "Host/Application.h"
 
+#include "Host/Audit/AuditTrail.h"
 #include "Host/Log/StandardErrorSink.h"
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
@@ -36,8 +37,9 @@ std::string PathOf(std::string const& typeName)
 Application::Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
                          HttpsCertificate* certificate, DataFolder const& dataFolder,
                          std::unique_ptr<IProfileSource> source, PluginClinic::Admission const& plugins,
-                         LogScope const& log)
+                         LogScope const& log, AuditTrail& usedTrail)
     : options(newOptions),
+      trail(usedTrail),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
       sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
@@ -49,6 +51,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
       httpServer(sensorModule.RequestProcessor(), gatekeeper)
 {
     ListenForRestClients(httpSettings, certificate); // first: a port that is taken is told before anything runs
+    run.emplace(trail, options.words);
     OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
@@ -59,13 +62,19 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
         [this](std::string const& path, nlohmann::json const& body, auto const& update) {
             startRetry.RunUpdate(path, body, update);
         });
+    NoteChanges();
     metricsPage.emplace(
         sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
         [this] { return sensorModule.Module().Vitals(); }, [this] { return httpServer.WrongTokenCount(); });
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(
-        problems, [this] { return sensorModule.Module().Vitals(); }, limits, [&log] { return log.Faults(); });
+        problems, [this] { return sensorModule.Module().Vitals(); }, limits,
+        [&log, &usedTrail] {
+            std::set<std::string> faults = log.Faults();
+            faults.merge(usedTrail.Faults());
+            return faults;
+        });
     if (certificate != nullptr && certificate->IsOwn())
     {
         authorityPage.emplace(sensorModule.Router(), certificate->AuthorityPem());
@@ -79,7 +88,7 @@ void Application::ListenForRestClients(HttpServer::Settings settings, HttpsCerti
     if (certificate != nullptr)
     {
         settings.tls = certificate->Current();
-        certificateWatch.emplace(*certificate, problems, nullptr,
+        certificateWatch.emplace(*certificate, problems, &trail,
                                  [this](std::shared_ptr<ZuTls::Context const> const& tls) { httpServer.SetTls(tls); });
     }
     httpServer.Listen(settings);
@@ -127,6 +136,7 @@ void Application::Stop()
     {
         std::rethrow_exception(failure);
     }
+    run->Stopped();
 }
 
 void Application::Configure()
@@ -210,6 +220,7 @@ void Application::LoadPlugins(PluginClinic::Admission const& plugins)
         ZU_LOG_USER_ERROR("%1$s", complaint.sentence.c_str());
         ZU_LOG_ERROR("%s", complaint.sentence.c_str());
         RaiseComplaint(complaint.sentence);
+        trail.Note(TrailNotes::OfRefusedPlugin(complaint.file, complaint.sentence));
     }
     for (std::string const& warning : plugins.warnings)
     {
@@ -219,17 +230,38 @@ void Application::LoadPlugins(PluginClinic::Admission const& plugins)
     }
     for (std::filesystem::path const& file : plugins.files)
     {
-        pluginManager.LoadFile(file.string());
+        std::filesystem::path const loadPath = plugins.LoadPath(file);
+        if (pluginManager.LoadFile(file.string(), loadPath.string()))
+        {
+            trail.Note(TrailNotes::OfPlugin(file, loadPath));
+        }
     }
     for (auto const& refusal : pluginManager.Refusals()) // refused although the trial had passed; already logged
     {
         RaiseComplaint(refusal.reason);
+        trail.Note(TrailNotes::OfRefusedPlugin(refusal.path, refusal.reason));
     }
 }
 
 void Application::RaiseComplaint(std::string const& sentence)
 {
     problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
+}
+
+/// Lets the trail know of each change over REST and of each command of a PLC.
+void Application::NoteChanges()
+{
+    auto const note = [this](std::optional<TrailEntry> entry) {
+        if (entry.has_value())
+        {
+            trail.Note(std::move(*entry));
+        }
+    };
+    sensorModule.RequestProcessor().SetChangeObserver(
+        [note](auto const& change) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfChange(change)); }); });
+    operationNotes = sensorModule.Module().SubscribeToOperations(
+        [note](auto const& end) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfOperation(end)); }); });
+    auditResource.emplace(sensorModule.Router(), trail);
 }
 
 void Application::BeginJob()
@@ -269,6 +301,7 @@ StartRetry::Services Application::ServicesToRetry()
 void Application::Enable(std::string const& typeName)
 {
     FindInstance(typeName).Enable(true);
+    trail.Note({"host", "", "enable " + typeName, "", "", "done"}); // an enabling over REST is a change of its own
     // The module notifies clients only of changes that clients make. Followers of `/events` need this change too.
     std::string const path = PathOf(typeName);
     if (auto const match = sensorModule.Router().Find(path); match.has_value())

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Host/Audit/ITrail.h"
+#include "Host/Audit/AuditResource.h"
+#include "Host/Audit/TrailNotes.h"
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
 #include "Host/Http/HttpServer.h"
@@ -31,6 +32,7 @@ class IControlManager;
 namespace ZuHost
 {
 
+class AuditTrail;
 class DataFolder;
 class HttpsCertificate;
 class LogScope;
@@ -52,11 +54,11 @@ public:
     /// Binds the addresses of the REST service, loads the admitted plug-ins, builds the module, and loads the job or
     /// makes a new one. Each plug-in that was not admitted becomes a problem. REST beyond this machine without
     /// encryption is a problem. `token` is that of the token file, or empty. `certificate` is null without HTTPS; the
-    /// certificate, `dataFolder` and `log` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
+    /// certificate, `dataFolder`, `log` and `trail` outlive this. Throws as the constructor of a protocol, `JobManager::Begin` and
     /// `HttpServer::Listen` do.
     Application(Options const& newOptions, HttpServer::Settings const& httpSettings, std::string const& token,
                 HttpsCertificate* certificate, DataFolder const& dataFolder, std::unique_ptr<IProfileSource> source,
-                PluginClinic::Admission const& plugins, LogScope const& log);
+                PluginClinic::Admission const& plugins, LogScope const& log, AuditTrail& usedTrail);
     ~Application(); ///< stops, then ends the protocols
 
     Application(Application const&) = delete;
@@ -83,18 +85,10 @@ public:
     ZuControl::IControlManager& Controls();
 
 private:
-    /// Drops the notes.
-    class SilentTrail final : public ITrail
-    {
-    public:
-        void Note(TrailEntry /*entry*/) noexcept override
-        {
-        }
-    };
-
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate);
     void RaiseComplaint(std::string const& sentence);
+    void NoteChanges();
     void BeginJob();
     void LetLoadsRunAlone();
     StartRetry::Services ServicesToRetry();
@@ -102,6 +96,8 @@ private:
     ZuControl::IControlInstance& FindInstance(std::string const& typeName);
 
     Options const options;
+    AuditTrail& trail;
+    std::optional<TrailNotes::Run> run; // before all others: notes a failed stop after their end
     bool isStopped = false;
     std::vector<std::string> heldBack; // services of the job that `Start` enables, after `Configure`
 
@@ -113,12 +109,13 @@ private:
     JobManager jobs;
     ZuPlugin::PluginManager pluginManager;
     SensorModule sensorModule;
+    Zu::Subscription operationNotes;
+    std::optional<AuditResource> auditResource;
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<AuthorityPage> authorityPage;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
-    SilentTrail trail;
     TokenFile tokenFile;
     Gatekeeper gatekeeper;
     HttpServer httpServer; // behind all resources: no request may reach a member that is being destroyed

@@ -1,13 +1,16 @@
 #include "Host/HostProgram.h"
 
 #include "Host/Application.h"
+#include "Host/Audit/AuditTrail.h"
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/PluginFiles.h"
+#include "Host/Clinic/SignedPlugins.h"
 #include "Host/Http/BearerToken.h"
 #include "Host/Log/LogLine.h"
 #include "Host/Log/StandardErrorSink.h"
 #include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
+#include "Host/ProcessGuard.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/Store/DataFolder.h"
@@ -40,6 +43,16 @@ void CheckPluginFolders(Options const& options)
             ZU_THROW(Zu::Status::NOT_FOUND, "option '--plugins': there is no folder '%s'", folder.c_str());
         }
     }
+}
+
+std::unique_ptr<PluginClinic> ClinicOf(Options const& options)
+{
+    std::shared_ptr<SignedPlugins> signatures;
+    if (!options.pluginKeys.empty())
+    {
+        signatures = std::make_shared<SignedPlugins>(PluginKeys(options.pluginKeys));
+    }
+    return std::make_unique<PluginClinic>(options.deployment, PluginClinic::LONGEST_SILENCE, std::move(signatures));
 }
 
 std::unique_ptr<IProfileSource> MakeSource(Options const& options)
@@ -118,6 +131,26 @@ void ReadFilesAgain(Options const& options, Application& application)
     application.ReadCertificateAgain();
 }
 
+TrailLimits LimitsOf(Options const& options)
+{
+    TrailLimits limits;
+    limits.days = options.trailDays;
+    limits.bytes = options.trailMib * 1024 * 1024;
+    return limits;
+}
+
+void WarnAtStart(DataFolder const& dataFolder)
+{
+    if (geteuid() == 0)
+    {
+        ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
+    }
+    if (std::string const sentence = dataFolder.WideAccess(); !sentence.empty())
+    {
+        ZU_LOG_WARNING("%s", sentence.c_str());
+    }
+}
+
 /// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
@@ -131,7 +164,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     std::unique_ptr<HttpsCertificate> const certificate = ReadCertificate(options, dataFolder);
     OrderlyStop::SetStep("testing the plug-ins");
     // Before the first thread starts, because it forks; and before the log, so that each line is written once.
-    auto const plugins = PluginClinic(options.deployment).Admit(FindPluginFiles(options.pluginFolders));
+    auto const plugins = ClinicOf(options)->Admit(FindPluginFiles(options.pluginFolders));
 
     if (OrderlyStop::IsRequested())
     {
@@ -139,8 +172,9 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     failureStatus = EXIT_BROKEN;
     LogScope const log(options.logLevel);
+    AuditTrail trail(dataFolder, LimitsOf(options));
     Application application(options, httpSettings, token, certificate.get(), dataFolder, std::move(source), plugins,
-                            log);
+                            log, trail);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
@@ -157,21 +191,36 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         PrintFingerprints(output, *certificate);
     }
     output << "ready" << std::endl;
-    if (geteuid() == 0)
-    {
-        ZU_LOG_WARNING("The host runs as root, which it need not: run it as a user who can write the data folder");
-    }
-    OrderlyStop::SetHangUpHandler([&] { ReadFilesAgain(options, application); });
+    WarnAtStart(dataFolder);
+    OrderlyStop::SetHangUpHandler([&] {
+        trail.Note({"host", "", "hang-up signal", "", "", "done"});
+        ReadFilesAgain(options, application);
+    });
     waitForStop();
     OrderlyStop::SetHangUpHandler(nullptr);
     application.Stop();
+    OrderlyStop::SetStep("writing the trail");
+}
+
+int CheckTrail(Options const& options, std::ostream& output, std::ostream& errors)
+{
+    TrailFile::Chain const chain = TrailFile(options.checkedTrail).Check();
+    std::string const file = options.checkedTrail.string();
+    if (!chain.fault.empty())
+    {
+        errors << "zucontrol-host: " << Printable(file + " is not whole: " + chain.fault) << std::endl;
+        return EXIT_BROKEN;
+    }
+    output << Printable(file) << " is whole: " << chain.entries << " entries, from " << chain.firstId << " to "
+           << chain.lastId << "; the last hash is " << chain.lastHash << '\n';
+    return EXIT_FINE;
 }
 
 int CheckPlugin(Options const& options, std::ostream& output, std::ostream& errors)
 {
     CheckPluginFolders(options);
     PluginClinic::CheckUp const checkUp =
-        PluginClinic(options.deployment).Check(options.checkedPlugin, FindPluginFiles(options.pluginFolders));
+        ClinicOf(options)->Check(options.checkedPlugin, FindPluginFiles(options.pluginFolders));
     if (!checkUp.isSound)
     {
         errors << "zucontrol-host: " << Printable(checkUp.report) << std::endl;
@@ -190,10 +239,19 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
     try
     {
         Options const options = ParseOptions(words);
+        if (options.allowsCoreDumps)
+        {
+            ProcessGuard::AllowCoreDumps();
+        }
         OrderlyStop::SetLimit(static_cast<uint32>(options.stopLimitSeconds));
         if (options.request == Options::Request::CHECK_PLUGIN)
         {
             return CheckPlugin(options, output, errors);
+        }
+        if (options.request == Options::Request::CHECK_TRAIL)
+        {
+            failureStatus = EXIT_BROKEN;
+            return CheckTrail(options, output, errors);
         }
         if (options.request == Options::Request::RUN)
         {

@@ -164,11 +164,12 @@ void AuditTrail::Run()
     for (bool isLast = false; !isLast;)
     {
         ZU_GUARD_BOUNDARY([&] {
-            if (clockWatch.has_value())
-            {
-                clockWatch->Look();
-            }
             std::vector<TrailRecord> due = TakeDue(isLast);
+            hasBegun = hasBegun || !due.empty();
+            if (clockWatch.has_value() && hasBegun && !isLast)
+            {
+                clockWatch->Look(); // its entries come behind the first of all, the start of the host
+            }
             Write(std::move(due), isLast);
         });
     }

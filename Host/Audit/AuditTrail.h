@@ -91,6 +91,7 @@ private:
     std::string replacedFile; // the new name of a damaged file, until it is noted
     std::string damage;       // why it was replaced
     bool isLastRunChecked = false;
+    bool hasBegun = false; // there was an entry
     std::optional<ClockWatch> clockWatch;
 
     wThread thread; // last: it uses all members above

@@ -48,8 +48,9 @@ std::string SignedPlugins::Admit(std::filesystem::path const& file)
             signature.size() == PluginKeys::SIGNATURE_BYTES ? keys.SignerOf(copy->Bytes(), signature) : 0;
         if (signer == 0)
         {
-            return head + "its signature " + signatureFile.filename().string() + " was made for another file, or by " +
-                   "no key in " + keys.File().string();
+            std::string const name = signatureFile.filename().string();
+            return head + "its signature " + name + " was made for another file, or by no key in " +
+                   keys.File().string();
         }
         plugins.insert_or_assign(file, Plugin{std::move(copy), signer});
         return {};

@@ -30,7 +30,12 @@ enum OptionCode : int
     DATA,
     JOB,
     PLUGINS,
+    PLUGIN_KEYS,
     CHECK_PLUGIN,
+    CHECK_TRAIL,
+    TRAIL_DAYS,
+    TRAIL_MIB,
+    ALLOW_CORE_DUMPS,
     DEPLOYMENT,
     REPLAY,
     STILL,
@@ -56,7 +61,12 @@ constexpr std::array OPTION_TABLE{
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
     option{"plugins", required_argument, nullptr, PLUGINS},
+    option{"plugin-keys", required_argument, nullptr, PLUGIN_KEYS},
     option{"check-plugin", required_argument, nullptr, CHECK_PLUGIN},
+    option{"check-trail", required_argument, nullptr, CHECK_TRAIL},
+    option{"trail-days", required_argument, nullptr, TRAIL_DAYS},
+    option{"trail-mib", required_argument, nullptr, TRAIL_MIB},
+    option{"allow-core-dumps", no_argument, nullptr, ALLOW_CORE_DUMPS},
     option{"deployment", required_argument, nullptr, DEPLOYMENT},
     option{"replay", required_argument, nullptr, REPLAY},
     option{"still", no_argument, nullptr, STILL},
@@ -116,17 +126,22 @@ double ParseRate(std::string const& text)
     return rateHz;
 }
 
+uint64 ParseNumber(char const* optionName, char const* unit, std::string const& text, uint64 most)
+{
+    uint64 number = 0;
+    char const* const end = text.data() + text.size();
+    auto const result = std::from_chars(text.data(), end, number);
+    if (result.ec != std::errc{} || result.ptr != end || number == 0 || number > most)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--%s': '%s' is no number of %s from 1 to %llu", optionName,
+                 text.c_str(), unit, static_cast<unsigned long long>(most));
+    }
+    return number;
+}
+
 uint64 ParseSeconds(char const* optionName, std::string const& text, uint64 most)
 {
-    uint64 seconds = 0;
-    char const* const end = text.data() + text.size();
-    auto const result = std::from_chars(text.data(), end, seconds);
-    if (result.ec != std::errc{} || result.ptr != end || seconds == 0 || seconds > most)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '--%s': '%s' is no number of seconds from 1 to %llu", optionName,
-                 text.c_str(), static_cast<unsigned long long>(most));
-    }
-    return seconds;
+    return ParseNumber(optionName, "seconds", text, most);
 }
 
 /// Splits "127.0.0.1:8080" or "[::1]:8080". The server checks whether the address is valid and may be used.
@@ -219,9 +234,25 @@ void Apply(int code, std::string const& text, Options& options)
     case PLUGINS:
         options.pluginFolders.emplace_back(ParseNotEmpty("plugins", text));
         break;
+    case PLUGIN_KEYS:
+        options.pluginKeys = ParseNotEmpty("plugin-keys", text);
+        break;
     case CHECK_PLUGIN:
         options.request = Options::Request::CHECK_PLUGIN;
         options.checkedPlugin = ParseNotEmpty("check-plugin", text);
+        break;
+    case CHECK_TRAIL:
+        options.request = Options::Request::CHECK_TRAIL;
+        options.checkedTrail = ParseNotEmpty("check-trail", text);
+        break;
+    case TRAIL_DAYS:
+        options.trailDays = ParseNumber("trail-days", "days", text, Options::MAX_TRAIL_DAYS);
+        break;
+    case TRAIL_MIB:
+        options.trailMib = ParseNumber("trail-mib", "MiB", text, Options::MAX_TRAIL_MIB);
+        break;
+    case ALLOW_CORE_DUMPS:
+        options.allowsCoreDumps = true;
         break;
     case DEPLOYMENT:
         options.deployment = ParseName("deployment", text, DEPLOYMENT_NAMES);
@@ -301,6 +332,7 @@ Options ParseOptions(std::vector<std::string> const& words)
     int const count = static_cast<int>(copies.size());
 
     Options options;
+    options.words = words;
     optind = 0; // 0, not 1: resets the parser after an earlier command line
     while (!IsToShow(options.request))
     {
@@ -348,8 +380,14 @@ std::string HelpText()
            "  --data DIR           where jobs and settings live (zucontrol-data)\n"
            "  --job NAME           the job to begin with (default)\n"
            "  --plugins DIR        folder of protocol plug-ins; may be repeated (plugins, beside the program)\n"
+           "  --plugin-keys FILE   load only plug-ins that an Ed25519 key in this file has signed (NAME.so.sig)\n"
            "  --check-plugin FILE  lead one plug-in through its whole life, tell what failed or what it offers, and "
            "end\n"
+           "  --check-trail FILE   check the chain of a trail, and end\n"
+           "  --trail-days DAYS    how long the trail keeps its entries (400)\n"
+           "  --trail-mib MIB      how large the file of the trail may be (64)\n"
+           "  --allow-core-dumps   for developers: a crash may write the memory of the host, with its secrets, to a "
+           "file\n"
            "  --deployment KIND    physical-sensor, virtual-sensor, physical-brackle, virtual-brackle or\n"
            "                       tavrin-service-app (physical-sensor)\n"
            "  --replay FILE.pcd    replay a recorded range image, a row a profile, in metres, instead of the\n"

@@ -45,6 +45,7 @@ struct Options
     {
         RUN,
         CHECK_PLUGIN,
+        CHECK_TRAIL,
         SHOW_HELP,
         SHOW_VERSION
     };
@@ -53,8 +54,11 @@ struct Options
     static constexpr uint64 MAX_KEEP_ALIVE_SECONDS = 3600;
     static constexpr uint64 MAX_OPERATION_LIMIT_SECONDS = 86'400;
     static constexpr uint64 MAX_STOP_LIMIT_SECONDS = 3600;
+    static constexpr uint64 MAX_TRAIL_DAYS = 3650;
+    static constexpr uint64 MAX_TRAIL_MIB = 1024;
 
     Request request = Request::RUN;
+    std::vector<std::string> words;        ///< as given, the program first
     std::string httpAddress = "127.0.0.1"; ///< of the REST service
     uint16 httpPort = 8080;                ///< 0: a free port
     bool isInsecure = false;               ///< the REST service may be open beyond this machine without TLS
@@ -67,7 +71,12 @@ struct Options
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     JobName jobName{"default"};
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
+    std::filesystem::path pluginKeys;                 ///< empty: plug-ins need no signature
     std::filesystem::path checkedPlugin;              ///< for CHECK_PLUGIN
+    std::filesystem::path checkedTrail;               ///< for CHECK_TRAIL
+    uint64 trailDays = 400;                           ///< older entries of the trail are cut
+    uint64 trailMib = 64;                             ///< of the trail's file; the oldest entries beyond it are cut
+    bool allowsCoreDumps = false;                     ///< a crash may write the memory of the host to a file
     Deployment deployment = Deployment::PHYSICAL_SENSOR;
     std::filesystem::path replayFile;       ///< empty: the simulated part
     bool partStandsStill = false;           ///< the simulated part does not move

@@ -48,6 +48,8 @@ constexpr std::array RELATIONS{
     Relation{"authority",
              "The authority that has signed the certificate for HTTPS, as a PEM file. It asks for no token."},
     Relation{"problems", "The problems that stand now, the oldest first."},
+    Relation{"audit", "The trail: what was done, by whom, from where and with what result. Accept: text/csv and "
+                      "application/x-ndjson give it as a table and as lines."},
     Relation{"events",
              "A stream of server-sent events: one for each change, with the path of what has changed. Type 2: "
              "this document reads differently. Type 4: so may all beneath it."},

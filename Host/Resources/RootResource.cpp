@@ -32,6 +32,7 @@ constexpr std::array ENTRIES{
     Entry{"zu:health", "/health", PATH, false},
     Entry{"zu:authority", "/authority", PATH, false},
     Entry{"zu:problems", "/problems", PATH, false},
+    Entry{"zu:audit", "/audit", PATH, false},
     Entry{"zu:events", "/events", PATH, false},
     Entry{"zu:relations", "/relations", PATH, false},
     Entry{"zu:monitoring", "/metrics", PATH, false},

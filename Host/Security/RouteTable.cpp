@@ -28,6 +28,7 @@ constexpr Route ROUTES[] = {
     {"GET", "/health", NONE, "whether all parts of the host work"},
     {"GET", "/authority", NONE, "the certificate of the host's own authority"},
     {"GET", "/problems", VIEWER, "the open problems"},
+    {"GET", "/audit", ENGINEER, "the trail: what was done, by whom and from where"},
     {"GET", "/events", VIEWER, "the stream of changes"},
     {"GET", "/metrics", VIEWER, "all counters, as text for Prometheus"},
     {"GET", "/relations/:rel", VIEWER, "a page that explains a relation"},

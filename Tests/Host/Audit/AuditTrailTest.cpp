@@ -157,12 +157,13 @@ TEST_F(AuditTrailTest, WritesWhatWasGatheredAfterASecond)
     EXPECT_TRUE(Await([&] { return trail.LastId() == 2; }));
 }
 
-TEST_F(AuditTrailTest, NotesTheClockWhenItIsToldHowToReadIt)
+TEST_F(AuditTrailTest, NotesTheClockBehindTheFirstEntry)
 {
-    {
-        AuditTrail const trail(folder, {}, [] { return ClockWatch::Reading{0, 0, ClockWatch::Synchronisation::YES}; });
-    }
-    EXPECT_EQ(NamesIn(path), (Names{"clock"}));
+    AuditTrail trail(folder, {}, [] { return ClockWatch::Reading{0, 0, ClockWatch::Synchronisation::YES}; });
+    trail.Note(Entry("first"));
+
+    EXPECT_TRUE(Await([&] { return trail.LastId() == 2; }));
+    EXPECT_EQ(NamesIn(path), (Names{"first", "clock"}));
 }
 
 TEST_F(AuditTrailTest, NotesThatTheRunBeforeHasNotedNoStop)

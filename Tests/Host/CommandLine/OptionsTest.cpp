@@ -42,6 +42,27 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_EQ(options.logLevel, LogLevel::INFO);
 }
 
+TEST(Options, ReadsThoseOfTheTrailAndTheProcess)
+{
+    Options const none = Parse({});
+    EXPECT_EQ(none.trailDays, 400u);
+    EXPECT_EQ(none.trailMib, 64u);
+    EXPECT_FALSE(none.allowsCoreDumps);
+    EXPECT_TRUE(none.pluginKeys.empty());
+
+    Options const options =
+        Parse({"--trail-days", "3650", "--trail-mib", "1", "--allow-core-dumps", "--plugin-keys", "k"});
+    EXPECT_EQ(options.trailDays, 3650u);
+    EXPECT_EQ(options.trailMib, 1u);
+    EXPECT_TRUE(options.allowsCoreDumps);
+    EXPECT_EQ(options.pluginKeys, "k");
+    EXPECT_EQ(options.words.back(), "k");
+
+    Options const check = Parse({"--check-trail", "a.zplog"});
+    EXPECT_EQ(check.request, Options::Request::CHECK_TRAIL);
+    EXPECT_EQ(check.checkedTrail, "a.zplog");
+}
+
 TEST(Options, ReadsEveryOption)
 {
     Options const options = Parse({"--http",
@@ -157,11 +178,16 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name :
-         {"--http ",      "--https",           "--certificate",  "--key ",       "--insecure", "--token", "--data",
-          "--job",        "--plugins",         "--check-plugin", "--deployment", "--replay",   "--still", "--rate",
-          "--keep-alive", "--operation-limit", "--stop-limit",   "--start",      "--enable",   "--param", "--log",
-          "--help",       "--version"})
+    for (char const* name : {"--http ",        "--https",       "--certificate",
+                             "--key ",         "--insecure",    "--token",
+                             "--data",         "--job",         "--plugins",
+                             "--check-plugin", "--check-trail", "--plugin-keys",
+                             "--trail-days",   "--trail-mib",   "--allow-core-dumps",
+                             "--deployment",   "--replay",      "--still",
+                             "--rate",         "--keep-alive",  "--operation-limit",
+                             "--stop-limit",   "--start",       "--enable",
+                             "--param",        "--log",         "--help",
+                             "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;
     }
@@ -210,6 +236,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"ValueMissing", {"--start", "--job"}, "option '--job' needs a value"},
         RefusalCase{
             "CheckedPluginEmpty", {"--check-plugin", ""}, "option '--check-plugin' needs a value that is not empty"},
+        RefusalCase{
+            "CheckedTrailEmpty", {"--check-trail", ""}, "option '--check-trail' needs a value that is not empty"},
+        RefusalCase{"PluginKeysEmpty", {"--plugin-keys", ""}, "option '--plugin-keys' needs a value that is not empty"},
+        RefusalCase{
+            "TrailDays", {"--trail-days", "3651"}, "option '--trail-days': '3651' is no number of days from 1 to 3650"},
+        RefusalCase{"TrailMib", {"--trail-mib", "0"}, "option '--trail-mib': '0' is no number of MiB from 1 to 1024"},
         RefusalCase{"NoOption", {"--start", "extra"}, "'extra' is no option"},
         RefusalCase{"OperationLimitNever",
                     {"--operation-limit", "0"},

@@ -80,6 +80,38 @@ TEST(DataFolder, InstallsANewFileInTheOldPlace)
     EXPECT_FALSE(std::filesystem::exists(made));
 }
 
+TEST(DataFolder, MakesItsFolderForTheOwnerAloneAndTellsOfAWideOne)
+{
+    using Perms = std::filesystem::perms;
+    ZuTest::ScratchFolder const scratch;
+    DataFolder const made(scratch / "new");
+    EXPECT_EQ(std::filesystem::status(scratch / "new").permissions(), Perms::owner_all);
+    EXPECT_EQ(made.WideAccess(), "");
+
+    std::filesystem::permissions(scratch.path, Perms::owner_all | Perms::others_read);
+    DataFolder const wide(scratch.path);
+    EXPECT_EQ(wide.WideAccess(), "Other users can reach the data folder '" + scratch.path.string() +
+                                     "'. To keep them out: chmod 700 " + scratch.path.string());
+}
+
+TEST(DataFolder, KeepsTheSettingsAndTheTrailToTheirOwner)
+{
+    using Perms = std::filesystem::perms;
+    constexpr Perms PRIVATE = Perms::owner_read | Perms::owner_write;
+    ZuTest::ScratchFolder const scratch;
+    WriteBytes(scratch / "settings.zpset", "");
+    WriteBytes(scratch / "audit.zplog", "");
+    std::filesystem::permissions(scratch / "settings.zpset", Perms::others_read, std::filesystem::perm_options::add);
+    DataFolder const folder(scratch.path);
+    EXPECT_EQ(std::filesystem::status(folder.SettingsFile()).permissions(), PRIVATE);
+    EXPECT_EQ(std::filesystem::status(folder.TrailFile()).permissions(), PRIVATE);
+
+    WriteBytes(folder.NewFile(), "new");
+    std::filesystem::permissions(scratch / ".new-archive", Perms::others_read, std::filesystem::perm_options::add);
+    folder.Install(scratch / ".new-archive", folder.SettingsFile());
+    EXPECT_EQ(std::filesystem::status(folder.SettingsFile()).permissions(), PRIVATE);
+}
+
 TEST(DataFolder, KeepsEachDamagedFileUnderANameOfItsOwn)
 {
     ZuTest::ScratchFolder const scratch;
