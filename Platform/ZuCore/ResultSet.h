@@ -63,6 +63,22 @@ struct alignas(64) ResultSetObject final : wObject
         }
     }
 
+    /// Appends an item without adding references to its parts. Returns the statuses of `OpenRoom`.
+    wStatus Append(ResultItemParts const& parts) noexcept
+    {
+        if (next == endOfRoom)
+        {
+            if (wStatus const status = OpenRoom(); status != Zu::Status::SUCCESS)
+            {
+                return status;
+            }
+        }
+        *next = parts;
+        ++next;
+        ++count;
+        return Zu::Status::SUCCESS;
+    }
+
     /// Selects the chunk for the next item when the present chunk is full; makes it if needed. Returns
     /// `Zu::Status::FULL` beyond the largest possible set and `Zu::Status::FAILURE` if memory runs out.
     ZUPLATFORM_API wStatus OpenRoom() noexcept;
@@ -97,53 +113,6 @@ private:
     std::array<Chunk, MAX_CHUNKS> chunks; // the first stays empty: `own` takes its place
 };
 
-/// Appends items to a set. It keeps the place of the next item itself, so that a loop keeps it in registers; the set has
-/// the items when the writer is destroyed. Nothing else uses the set meanwhile.
-class ResultSetWriter final
-{
-public:
-    explicit ResultSetWriter(ResultSetObject& filledSet) noexcept
-        : set(filledSet), next(filledSet.next), endOfRoom(filledSet.endOfRoom)
-    {
-    }
-
-    ~ResultSetWriter()
-    {
-        Store();
-    }
-
-    ResultSetWriter(ResultSetWriter const&) = delete;
-    ResultSetWriter& operator=(ResultSetWriter const&) = delete;
-
-    /// Appends an item without adding references to its parts. Returns the statuses of `ResultSetObject::OpenRoom`.
-    wStatus Append(ResultItemParts const& parts) noexcept
-    {
-        if (next == endOfRoom)
-        {
-            Store();
-            if (wStatus const status = set.OpenRoom(); status != Zu::Status::SUCCESS)
-            {
-                return status;
-            }
-            next = set.next;
-            endOfRoom = set.endOfRoom;
-        }
-        *next++ = parts;
-        return Zu::Status::SUCCESS;
-    }
-
-private:
-    void Store() noexcept
-    {
-        set.count += static_cast<uint64>(next - set.next);
-        set.next = next;
-    }
-
-    ResultSetObject& set;
-    ResultItemParts* next;
-    ResultItemParts* endOfRoom;
-};
-
 /// The results of one frame, in order. A counted object (see wApi/wObject.h).
 ///
 /// One thread fills the set. After publication it must not change; any thread may then read it and release the last
@@ -170,7 +139,7 @@ inline wStatus ResultSet_Add(ResultSet set, wMsgInfo* msgInfo, ResultInfo result
     {
         return Zu::Status::BAD_ARGUMENT;
     }
-    return ResultSetWriter(*set).Append({msgInfo, resultInfo});
+    return set->Append({msgInfo, resultInfo});
 }
 
 inline uint64 ResultSet_Count(ResultSetObject const* set) noexcept

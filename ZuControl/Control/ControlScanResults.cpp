@@ -4,6 +4,7 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Threads/Locker.h"
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
+#include "ZuControl/Control/ReducedSets.h"
 #include "ZuCore/ResultHub.h"
 #include "ZuCore/ResultSet.h"
 #include "wApi/wMutex.h"
@@ -259,7 +260,7 @@ wStatus ControlScanResults::Distribute(Group const& group, ZuCore::ResultSet set
     {
         return Zu::Status::SUCCESS;
     }
-    ReducedSets const reduced(set, group.plan, listeners, picked, allocator);
+    ReducedSets const reduced(set, group.plan, listeners, allocator);
     for (uint64 i = 0; i < group.receivers.size(); ++i)
     {
         bool const isServed = (reduced.Served() >> i & 1) != 0;

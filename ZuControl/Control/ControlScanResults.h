@@ -3,7 +3,6 @@
 #include "ZuApi/Event.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
-#include "ZuControl/Control/ReducedSets.h"
 #include "ZuControl/Control/ScanOutputPlan.h"
 #include "ZuControl/Export.h"
 #include "ZuCore/ResultSet.h"
@@ -105,8 +104,7 @@ private:
 
     // Built from `dispatchers` and `outputMaps` when a set arrives after a change; one group for each 64 protocols.
     std::vector<Group> groups ZU_GUARDED_BY(lock);
-    uint64 groupedChangeCount ZU_GUARDED_BY(lock) = 0;           // of the output maps at that time; 0: rebuild
-    std::vector<ReducedSets::Picked> picked ZU_GUARDED_BY(lock); // working memory
+    uint64 groupedChangeCount ZU_GUARDED_BY(lock) = 0; // of the output maps at that time; 0: rebuild
 };
 
 } // namespace ZuControl

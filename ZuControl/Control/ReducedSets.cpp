@@ -2,7 +2,6 @@
 
 #include "wApi/wTypes.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace ZuControl
@@ -23,32 +22,29 @@ ReducedSets::Receivers WithoutFirst(ReducedSets::Receivers receivers)
 
 } // namespace
 
-ReducedSets::ReducedSets(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners,
-                         std::vector<Picked>& picked, void* allocator)
+ReducedSets::ReducedSets(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners, void* allocator)
 {
-    picked.resize(std::max(picked.size(), from->count));
-    Picked* end = picked.data();
+    Make(listeners, allocator);
     from->ForEachParts([&](ZuCore::ResultItemParts const& parts) {
-        Receivers const wanting = plan.Wanting(parts.info->numericId) & listeners;
-        if (wanting != 0)
+        uint64 references = 0;
+        for (Receivers left = plan.Wanting(parts.info->numericId) & served; left != 0; left = WithoutFirst(left))
         {
-            *end++ = {parts, wanting, 0};
+            uint64 const receiver = FirstOf(left);
+            if (wStatus const result = sets[receiver]->Append(parts); result != Zu::Status::SUCCESS)
+            {
+                status = result;
+                served &= (Receivers{1} << receiver) - 1; // the receivers before this one
+                break;
+            }
+            ++references;
+        }
+        if (references > 0)
+        {
+            // All in one step: no other thread sees the sets yet, and the incoming set holds the item.
+            wObject_ShareMany(parts.msgInfo, references);
+            wObject_ShareMany(parts.info, references);
         }
     });
-    std::span<Picked> const items(picked.data(), end);
-    for (Receivers left = listeners; left != 0 && status == Zu::Status::SUCCESS; left = WithoutFirst(left))
-    {
-        uint64 const receiver = FirstOf(left);
-        status = Make(receiver, items, allocator);
-        served |= status == Zu::Status::SUCCESS ? Receivers{1} << receiver : 0;
-    }
-    // Adds the references of all sets in one step: no other thread sees the sets yet, and the incoming set holds the
-    // items.
-    for (auto const [parts, wanting, references] : items)
-    {
-        wObject_ShareMany(parts.msgInfo, references);
-        wObject_ShareMany(parts.info, references);
-    }
 }
 
 ReducedSets::~ReducedSets()
@@ -59,31 +55,15 @@ ReducedSets::~ReducedSets()
     }
 }
 
-/// Makes and fills the set of a receiver. After a failure the set has the items that `references` counts.
-wStatus ReducedSets::Make(uint64 receiver, std::span<Picked> items, void* allocator)
+void ReducedSets::Make(Receivers listeners, void* allocator)
 {
-    wStatus result = ZuCore::ResultSet_Construct(&sets[receiver], allocator);
-    if (result != Zu::Status::SUCCESS)
+    for (Receivers left = listeners; left != 0 && status == Zu::Status::SUCCESS; left = WithoutFirst(left))
     {
-        return result;
+        uint64 const receiver = FirstOf(left);
+        status = ZuCore::ResultSet_Construct(&sets[receiver], allocator);
+        made |= status == Zu::Status::SUCCESS ? Receivers{1} << receiver : 0;
     }
-    Receivers const bit = Receivers{1} << receiver;
-    made |= bit;
-    ZuCore::ResultSetWriter writer(*sets[receiver]);
-    for (Picked& item : items)
-    {
-        if ((item.wanting & bit) == 0)
-        {
-            continue;
-        }
-        result = writer.Append(item.parts);
-        if (result != Zu::Status::SUCCESS)
-        {
-            break;
-        }
-        ++item.references;
-    }
-    return result;
+    served = made;
 }
 
 } // namespace ZuControl

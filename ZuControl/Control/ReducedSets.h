@@ -6,8 +6,6 @@
 #include "wApi/wTypes.h"
 
 #include <array>
-#include <span>
-#include <vector>
 
 namespace ZuControl
 {
@@ -21,18 +19,8 @@ class ZUCONTROL_INTERNAL_API ReducedSets final
 public:
     using Receivers = ScanOutputPlan::Receivers;
 
-    /// An item that at least one receiver wants.
-    struct Picked
-    {
-        ZuCore::ResultItemParts parts;
-        Receivers wanting;
-        uint64 references; ///< held by the sets and not yet counted in the item
-    };
-
-    /// Makes and fills the sets of `listeners`; the bits are those of `plan`. `picked` is working memory that the
-    /// caller keeps, so that a set needs no allocation; its content does not matter.
-    ReducedSets(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners, std::vector<Picked>& picked,
-                void* allocator);
+    /// Makes and fills the sets of `listeners`; the bits are those of `plan`.
+    ReducedSets(ZuCore::ResultSet from, ScanOutputPlan const& plan, Receivers listeners, void* allocator);
     ~ReducedSets();
 
     ReducedSets(ReducedSets const&) = delete;
@@ -57,7 +45,7 @@ public:
     }
 
 private:
-    wStatus Make(uint64 receiver, std::span<Picked> items, void* allocator);
+    void Make(Receivers listeners, void* allocator);
 
     Receivers made = 0;   // the receivers with a set
     Receivers served = 0; // of these, the receivers without a failure

@@ -39,7 +39,7 @@ protected:
 
     ReducedSets Reduce(ReducedSets::Receivers listeners)
     {
-        return ReducedSets(set.get(), ScanOutputPlan(wanted), listeners, picked, nullptr);
+        return ReducedSets(set.get(), ScanOutputPlan(wanted), listeners, nullptr);
     }
 
     uint64 ReferencesOf(uint64 index)
@@ -65,7 +65,6 @@ protected:
     std::list<ScanOutputMap> maps;
     std::vector<ScanOutputMap const*> wanted;
     OwnedSet set;
-    std::vector<ReducedSets::Picked> picked;
 };
 
 TEST_F(ReducedSetsTest, GivesEachListenerWhatItWantsInTheOrderOfTheSet)
@@ -138,17 +137,15 @@ TEST_F(ReducedSetsTest, LeavesOutTheReceiverWhoseSetCannotGrowAndThoseBehind)
     Want({"b"});
     Publish(sources);
     ScanOutputPlan const plan(wanted);
-    picked.resize(sources.size());
     ReuseSetsWithoutChunks(3);
     {
         ZuTest::AllocationFailure const failure(1); // the chunk of the second set
-        ReducedSets const reduced(set.get(), plan, 0b111, picked, nullptr);
+        ReducedSets const reduced(set.get(), plan, 0b111, nullptr);
 
         EXPECT_TRUE(failure.HasHappened());
         EXPECT_EQ(reduced.Status(), Zu::Status::FAILURE);
         ASSERT_EQ(reduced.Served(), 0b001u);
         EXPECT_EQ(ItemsOf(reduced.At(0)), (Items{{"b", 0}}));
-        EXPECT_EQ(ReferencesOf(0), 2u);
     }
 
     EXPECT_EQ(ReferencesOf(0), 1u);
@@ -162,7 +159,7 @@ TEST_F(ReducedSetsTest, AllocatesNothingOnceItsMemoryIsThere)
     Want({"a"});
     Publish({"a"});
     ScanOutputPlan const plan(wanted);
-    auto const reduce = [&] { ReducedSets const reduced(set.get(), plan, 0b11, picked, nullptr); };
+    auto const reduce = [&] { ReducedSets const reduced(set.get(), plan, 0b11, nullptr); };
     reduce();
 
     ZuTest::AllocationCounter const counter;
