@@ -10,11 +10,12 @@ namespace ZuBench
 namespace
 {
 
-double MedianOf(std::vector<double> values)
+/// The value below which this share of the values lies.
+double QuantileOf(std::vector<double> values, double share)
 {
-    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    auto const place = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size()));
+    std::nth_element(values.begin(), place, values.end());
+    return *place;
 }
 
 } // namespace
@@ -45,7 +46,8 @@ void Contest::Run(uint64 rounds)
     }
     for (Contender const& contender : contenders)
     {
-        PrintFigure(contender.name, MedianOf(contender.taken));
+        PrintFigure(contender.name, QuantileOf(contender.taken, 0.5));
+        PrintFigure(contender.name + ":decile", QuantileOf(contender.taken, 0.1));
     }
 }
 

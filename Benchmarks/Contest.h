@@ -11,8 +11,8 @@ namespace ZuBench
 
 /// Runs contenders for the same work turn by turn, so that other load on the machine affects all of them alike.
 ///
-/// The median of the turns is printed, a line for each: "figure NAME/CONTENDER VALUE", in nanoseconds unless the
-/// contender gives something else.
+/// For each contender two lines are printed: "figure NAME/CONTENDER VALUE" with the median of the turns, and
+/// "figure NAME/CONTENDER:decile VALUE" with their lower decile; in nanoseconds unless the contender gives something else.
 class Contest final
 {
 public:

@@ -1,5 +1,4 @@
-/// The hand-over of result sets to a protocol's thread, compared with a plain double buffer and with a signal for each
-/// set.
+/// The hand-over of result sets to a protocol's thread, compared with a plain double buffer.
 ///
 /// usage: DispatcherBenchmark [ROUNDS]      200 unless told otherwise
 /// "AddInBursts": CPU nanoseconds of the adding thread for one set. "Latency": nanoseconds from a set that is added at
@@ -13,10 +12,8 @@
 #include "ZuControl/Control/ControlScanResultsDispatcher.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
 #include <memory>
-#include <mutex>
 #include <random>
 #include <thread>
 
@@ -27,58 +24,6 @@ using namespace ZuBench;
 using ZuControl::ControlScanResultsDispatcher;
 
 using OwnedSet = wHandle<ZuCore::ResultSetObject>;
-
-/// Wakes its thread for each item.
-class SignalledQueue final
-{
-public:
-    SignalledQueue() : thread([this] { Run(); })
-    {
-    }
-
-    ~SignalledQueue()
-    {
-        {
-            std::scoped_lock const guard(lock);
-            isEnding = true;
-        }
-        changed.notify_one();
-        thread.join();
-    }
-
-    SignalledQueue(SignalledQueue const&) = delete;
-    SignalledQueue& operator=(SignalledQueue const&) = delete;
-
-    void Add(OwnedSet set)
-    {
-        {
-            std::scoped_lock const guard(lock);
-            sets.push_back(std::move(set));
-        }
-        changed.notify_one();
-    }
-
-private:
-    void Run()
-    {
-        std::vector<OwnedSet> handed;
-        std::unique_lock guard(lock);
-        while (!isEnding)
-        {
-            changed.wait(guard, [this] { return isEnding || !sets.empty(); });
-            handed.swap(sets);
-            guard.unlock();
-            handed.clear();
-            guard.lock();
-        }
-    }
-
-    std::mutex lock; // guards what follows
-    std::condition_variable changed;
-    std::vector<OwnedSet> sets;
-    bool isEnding = false;
-    std::thread thread;
-};
 
 template <typename Add>
 double AddBurst(Add const& add)
@@ -98,12 +43,10 @@ void RunBursts(uint64 rounds)
     ControlScanResultsDispatcher dispatcher(nullptr);
     dispatcher.AddResultHandler([](void*) {});
     PlainDoubleBuffer<OwnedSet> plain([](std::vector<OwnedSet>&) {});
-    SignalledQueue signalled;
 
     Contest contest("AddInBursts");
     contest.Enter("Dispatcher", [&] { return AddBurst([&] { dispatcher.AddResult(frame.Set()); }); });
     contest.Enter("DoubleBuffer", [&] { return AddBurst([&] { plain.Add(wHandle_Share(frame.Set())); }); });
-    contest.Enter("Signalled", [&] { return AddBurst([&] { signalled.Add(wHandle_Share(frame.Set())); }); });
     contest.Run(5 * rounds);
 }
 
