@@ -5,6 +5,7 @@
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
 #include "Host/OrderlyStop.h"
+#include "Host/Store/DataFolder.h"
 #include "Host/Tls/HttpsCertificate.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
@@ -45,8 +46,12 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
       sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
                    std::move(source)),
       jobsResources(sensorModule.Router(), jobs),
+      securityStore(dataFolder.SecurityFile()),
       tokenFile(token),
-      gatekeeper({&tokenFile}, trail,
+      tokens(securityStore),
+      tokenResources(sensorModule.Router(), tokens),
+      routesResource(sensorModule.Router()),
+      gatekeeper({&tokenFile, &tokens}, trail,
                  [this](auto const& path) { return sensorModule.RequestProcessor().MethodsAt(path); }),
       httpServer(sensorModule.RequestProcessor(), gatekeeper)
 {
@@ -55,6 +60,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
+    BeginTokens();
     OrderlyStop::SetStep("reading the job");
     BeginJob();
     LetLoadsRunAlone();
@@ -117,6 +123,7 @@ void Application::Stop()
     certificateWatch.reset(); // before the server that it changes
     OrderlyStop::SetStep("ending the requests of REST clients");
     httpServer.Stop();
+    ZU_GUARD_DESTRUCTOR([this] { tokens.Save(); }); // a failure loses only the last uses
     OrderlyStop::SetStep("saving the job");
     std::exception_ptr failure;
     try
@@ -262,6 +269,16 @@ void Application::NoteChanges()
     operationNotes = sensorModule.Module().SubscribeToOperations(
         [note](auto const& end) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfOperation(end)); }); });
     auditResource.emplace(sensorModule.Router(), trail);
+}
+
+void Application::BeginTokens()
+{
+    if (std::string const& fault = tokens.Fault(); !fault.empty())
+    {
+        ZU_LOG_ERROR("%s", fault.c_str());
+        problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "Tokens", "%1$s", fault.c_str());
+    }
+    revocations = tokens.RevokedSignal().Subscribe([this] { gatekeeper.EndedSignal().Fire(); });
 }
 
 void Application::BeginJob()

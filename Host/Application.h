@@ -15,7 +15,11 @@
 #include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Security/Gatekeeper.h"
+#include "Host/Security/RoutesResource.h"
+#include "Host/Security/SecurityStore.h"
 #include "Host/Security/TokenFile.h"
+#include "Host/Security/TokenResources.h"
+#include "Host/Security/TokenStore.h"
 #include "Host/Tls/CertificateWatch.h"
 #include "Host/Watch/Watch.h"
 #include "ZuCommon/Problems.h"
@@ -89,6 +93,7 @@ private:
     void ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate);
     void RaiseComplaint(std::string const& sentence);
     void NoteChanges();
+    void BeginTokens();
     void BeginJob();
     void LetLoadsRunAlone();
     StartRetry::Services ServicesToRetry();
@@ -115,9 +120,14 @@ private:
     std::optional<MetricsPage> metricsPage;
     JobsResources jobsResources;
     std::optional<AuthorityPage> authorityPage;
-    std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
+    SecurityStore securityStore;
     TokenFile tokenFile;
+    TokenStore tokens;
+    TokenResources tokenResources;
+    RoutesResource routesResource;
+    std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     Gatekeeper gatekeeper;
+    Zu::Subscription revocations;
     HttpServer httpServer; // behind all resources: no request may reach a member that is being destroyed
     std::optional<CertificateWatch> certificateWatch;
 };

@@ -52,29 +52,35 @@ std::string ReadFile(std::filesystem::path const& file)
     return token;
 }
 
-bool IsGiven(std::string_view token, std::string_view header) noexcept
+std::string_view In(std::string_view header) noexcept
 {
-    if (token.empty())
-    {
-        return true;
-    }
     bool const isBearer =
         header.size() >= SCHEME.size() && std::equal(SCHEME.begin(), SCHEME.end(), header.begin(), [](char a, char b) {
             return a == static_cast<char>(std::tolower(static_cast<unsigned char>(b)));
         });
     if (!isBearer)
     {
-        return false;
+        return {};
     }
     header.remove_prefix(std::min(header.find_first_not_of(' ', SCHEME.size()), header.size()));
-    if (header.size() != token.size())
+    return header;
+}
+
+bool IsGiven(std::string_view token, std::string_view header) noexcept
+{
+    if (token.empty())
+    {
+        return true;
+    }
+    std::string_view const shown = In(header);
+    if (shown.size() != token.size())
     {
         return false;
     }
     unsigned different = 0;
     for (std::size_t i = 0; i < token.size(); ++i) // no early exit, so that the time does not depend on the content
     {
-        different |= static_cast<unsigned char>(token[i]) ^ static_cast<unsigned char>(header[i]);
+        different |= static_cast<unsigned char>(token[i]) ^ static_cast<unsigned char>(shown[i]);
     }
     return different == 0;
 }

@@ -17,6 +17,9 @@ inline constexpr std::size_t MIN_BYTES = 16;
 /// when the file cannot be read, when others than its owner can read or change it, and when the line is too short or has characters that a header may not carry.
 std::string ReadFile(std::filesystem::path const& file);
 
+/// Returns the token in a value of the header Authorization; empty if there is none.
+std::string_view In(std::string_view header) noexcept;
+
 /// Whether the value of the header Authorization shows `token`; true for an empty token. The time of the call depends
 /// only on the length of the token, not on its content.
 bool IsGiven(std::string_view token, std::string_view header) noexcept;

@@ -2,6 +2,7 @@
 
 #include "Host/Http/AnswerHead.h"
 #include "Host/Http/EventBuffer.h"
+#include "Host/Http/IGatekeeper.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wTypes.h"
 
@@ -303,6 +304,7 @@ void HttpConnection::Submit()
     hasRequested = true;
     Enter(Phase::ANSWER, limits.answerTimeoutUsec);
     ZuRest::Request request = reader.TakeRequest();
+    caller = request.caller;
     request.isWanted = [this] {
         return isWanted.load(std::memory_order_relaxed);
     }; // the asking thread shares this object
@@ -447,9 +449,30 @@ void HttpConnection::Flush()
 
 void HttpConnection::WriteToStream(std::string text)
 {
+    if (!MayRead())
+    {
+        DoClose();
+        return;
+    }
     head = std::move(text);
     body.clear();
     Write(Next::STREAM);
+}
+
+/// Whether the token or the session with which the stream was opened has not ended.
+bool HttpConnection::MayRead() const
+{
+    return caller == nullptr || service.Gatekeeper().IsCurrent(*caller);
+}
+
+void HttpConnection::ReviewStream()
+{
+    OnStrand([this] {
+        if (next == Next::STREAM && !MayRead())
+        {
+            DoClose();
+        }
+    });
 }
 
 void HttpConnection::EndStream()

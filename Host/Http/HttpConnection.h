@@ -100,6 +100,9 @@ public:
     /// Closes at once.
     void Close();
 
+    /// Closes the connection if it has a stream whose caller may not read it any more.
+    void ReviewStream();
+
     /// Closes at once, unless the connection is busy.
     void CloseIfIdle();
 
@@ -190,6 +193,7 @@ private:
     void BeginStream(ZuRest::Answer const& answer);
     void Flush();
     void WriteToStream(std::string text);
+    bool MayRead() const;
     void EndStream();
     void DoClose();
 
@@ -212,7 +216,8 @@ private:
     bool isReading = false; // a read is pending: the reader's room belongs to it
     uint64 discardedBytes = 0;
 
-    std::optional<ZuRest::Answer> heldRefusal; // sent behind the handshake or the delay
+    std::shared_ptr<ZuRest::Caller const> caller; // of the present or last request
+    std::optional<ZuRest::Answer> heldRefusal;    // sent behind the handshake or the delay
     std::string head;
     std::string body;
 

@@ -6,6 +6,7 @@
 #include "Host/Http/HandshakeFaults.h"
 #include "Host/Http/HttpListener.h"
 #include "Host/Http/HttpSession.h"
+#include "Host/Http/IGatekeeper.h"
 #include "Host/Http/RequestQueue.h"
 #include "Host/Http/TlsSession.h"
 #include "Host/Http/WrongTokens.h"
@@ -219,6 +220,9 @@ private:
     TlsContext tls ZU_GUARDED_BY(tlsMutex);
     HttpListener plain;
     std::optional<HttpListener> encrypted;
+
+    Zu::Subscription const endedCallers{
+        gatekeeper.EndedSignal().Subscribe([this] { ForEach(&HttpConnection::ReviewStream); })};
 
     std::optional<WorkGuard> keepsRunning; // from `Serve` on. Of the owner, as the two below
     std::array<wThread, THREADS> threads;

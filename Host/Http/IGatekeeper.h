@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuApi/Signal.h"
 #include "ZuRest/Answer.h"
 #include "wApi/wTypes.h"
 
@@ -53,6 +54,9 @@ public:
     /// Whether an admitted caller may still read a stream that it has opened: its token or session has not ended. As
     /// `Admit`.
     virtual bool IsCurrent(ZuRest::Caller const& caller) const noexcept = 0;
+
+    /// Fires when a token or session has been ended before its time: streams of its caller end.
+    virtual Zu::Signal<>& EndedSignal() noexcept = 0;
 };
 
 } // namespace ZuHost

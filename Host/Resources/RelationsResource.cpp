@@ -53,6 +53,8 @@ constexpr std::array RELATIONS{
     Relation{"events",
              "A stream of server-sent events: one for each change, with the path of what has changed. Type 2: "
              "this document reads differently. Type 4: so may all beneath it."},
+    Relation{"routes", "The requests of this service, each with the role that it needs."},
+    Relation{"tokens", "The tokens of programs. POST makes one and shows it, once; DELETE of one of them revokes it."},
     Relation{"relations", "These pages."},
     Relation{"schema", "Any document with the schema of its values under _schema: titles, types, bounds, units."},
 };

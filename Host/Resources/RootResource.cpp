@@ -33,6 +33,8 @@ constexpr std::array ENTRIES{
     Entry{"zu:authority", "/authority", PATH, false},
     Entry{"zu:problems", "/problems", PATH, false},
     Entry{"zu:audit", "/audit", PATH, false},
+    Entry{"zu:routes", "/routes", PATH, false},
+    Entry{"zu:tokens", "/tokens", PATH, false},
     Entry{"zu:events", "/events", PATH, false},
     Entry{"zu:relations", "/relations", PATH, false},
     Entry{"zu:monitoring", "/metrics", PATH, false},

@@ -9,6 +9,7 @@
 #include "ZuRest/Caller.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/Problem.h"
+#include "wApi/wTime.h"
 
 #include <algorithm>
 #include <utility>
@@ -83,7 +84,7 @@ Admission AdmitAs(KnownCaller const& known, Credentials const& credentials, uint
 } // namespace
 
 Gatekeeper::Gatekeeper(std::vector<ICallerSource*> newSources, ITrail& usedTrail, MethodFinder newFindMethods)
-    : sources(std::move(newSources)), trail(usedTrail), findMethods(std::move(newFindMethods))
+    : sources(std::move(newSources)), notes(usedTrail, &wTime_NowUsec), findMethods(std::move(newFindMethods))
 {
 }
 
@@ -119,6 +120,11 @@ bool Gatekeeper::IsCurrent(ZuRest::Caller const& caller) const noexcept
         return IsOpen();
     }
     return std::ranges::any_of(sources, [&](ICallerSource const* source) { return source->IsCurrent(caller); });
+}
+
+Zu::Signal<>& Gatekeeper::EndedSignal() noexcept
+{
+    return endedSignal;
 }
 
 bool Gatekeeper::IsOpen() const noexcept
@@ -204,13 +210,13 @@ Admission Gatekeeper::JudgeWithoutRoute(Credentials const& credentials, KnownCal
     return admission;
 }
 
-void Gatekeeper::NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status) const
+void Gatekeeper::NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status)
 {
     if (status != HttpStatus::UNAUTHORIZED && status != HttpStatus::FORBIDDEN)
     {
         return;
     }
-    trail.Note({proof.caller.has_value() ? proof.caller->name : "", SourceOf(credentials),
+    notes.Note({proof.caller.has_value() ? proof.caller->name : "", SourceOf(credentials),
                 std::string(credentials.method) + ' ' + std::string(credentials.path), "", "", std::to_string(status)});
 }
 

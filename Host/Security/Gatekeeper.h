@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Host/Http/IGatekeeper.h"
+#include "Host/Security/RefusalNotes.h"
 #include "Host/Security/RouteTable.h"
 
 #include <atomic>
@@ -45,16 +46,20 @@ public:
     Admission Admit(Credentials const& credentials) override;
     bool IsCurrent(ZuRest::Caller const& caller) const noexcept override;
 
+    /// The owner fires it.
+    Zu::Signal<>& EndedSignal() noexcept override;
+
 private:
     bool IsOpen() const noexcept;
     Proof Identify(Credentials const& credentials) const;
     Admission Judge(Credentials const& credentials, Proof const& proof) const;
     Admission JudgeWithoutRoute(Credentials const& credentials, KnownCaller const& caller) const;
-    void NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status) const;
+    void NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status);
 
     std::vector<ICallerSource*> const sources;
-    ITrail& trail;
+    RefusalNotes notes;
     MethodFinder const findMethods;
+    Zu::Signal<> endedSignal;
     std::atomic<bool> isBeyondLoopback = true; // publishes nothing else
 };
 

@@ -22,6 +22,7 @@ constexpr auto NONE = ZuCommon::Role::NONE;
 constexpr auto VIEWER = ZuCommon::Role::VIEWER;
 constexpr auto OPERATOR = ZuCommon::Role::OPERATOR;
 constexpr auto ENGINEER = ZuCommon::Role::ENGINEER;
+constexpr auto ADMINISTRATOR = ZuCommon::Role::ADMINISTRATOR;
 
 constexpr Route ROUTES[] = {
     {"GET", "/", VIEWER, "the links to all resources"},
@@ -32,6 +33,11 @@ constexpr Route ROUTES[] = {
     {"GET", "/events", VIEWER, "the stream of changes"},
     {"GET", "/metrics", VIEWER, "all counters, as text for Prometheus"},
     {"GET", "/relations/:rel", VIEWER, "a page that explains a relation"},
+    {"GET", "/routes", VIEWER, "the requests of the service, each with the role that it needs"},
+    {"GET", "/tokens", ADMINISTRATOR, "the tokens of programs"},
+    {"POST", "/tokens", ADMINISTRATOR, "makes a token; the answer shows it once"},
+    {"GET", "/tokens/:name", ADMINISTRATOR, "a token: its role, its end and its last use"},
+    {"DELETE", "/tokens/:name", ADMINISTRATOR, "revokes a token at once"},
     {"GET", "/scanners/:id", VIEWER, "the state of a scanner"},
     {"GET", "/jobs", VIEWER, "the list of jobs"},
     {"GET", "/jobs/:name", VIEWER, "the file of a job"},

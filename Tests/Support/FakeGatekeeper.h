@@ -46,6 +46,11 @@ public:
         return areCallersCurrent;
     }
 
+    Zu::Signal<>& EndedSignal() noexcept override
+    {
+        return endedSignal;
+    }
+
     /// The parts of the last credentials, with blanks between them.
     std::string Last() const
     {
@@ -70,6 +75,7 @@ private:
         last.append(" ").append(credentials.source.to_string());
     }
 
+    Zu::Signal<> endedSignal;
     mutable Zu::Mutex lock;
     std::string last ZU_GUARDED_BY(lock);
 };

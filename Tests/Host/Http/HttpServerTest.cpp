@@ -700,6 +700,39 @@ TEST_F(HttpServerTest, AsksTheGatekeeper)
     EXPECT_EQ(Connect().Send("GET", "/thing", "", "Authorization: Bearer secret\r\n")->status, 200U);
 }
 
+TEST_F(HttpServerTest, EndsTheStreamsOfCallersThatHaveEnded)
+{
+    FakeResource& events = Place("/events");
+    events.isStreamable = true;
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    ASSERT_EQ(client.ReadAnswer()->status, 200U);
+
+    gatekeeper.EndedSignal().Fire(); // for another caller
+    events.receivers.at(0)->Receive(Json{{"type", 4}});
+    EXPECT_EQ(client.ReadUntil("\n\n"), "id: 1\ndata: {\"type\":4}\n\n");
+    gatekeeper.areCallersCurrent = false;
+    gatekeeper.EndedSignal().Fire();
+
+    EXPECT_TRUE(client.IsClosed());
+}
+
+TEST_F(HttpServerTest, WritesNothingToACallerThatHasEnded)
+{
+    FakeResource& events = Place("/events");
+    events.isStreamable = true;
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    ASSERT_EQ(client.ReadAnswer()->status, 200U);
+
+    gatekeeper.areCallersCurrent = false; // by its time: no signal tells
+    events.receivers.at(0)->Receive(Json{{"type", 4}});
+
+    EXPECT_TRUE(client.IsClosed());
+}
+
 TEST_F(HttpServerTest, SlowsWrongTokensDown)
 {
     gatekeeper.token.Set("secret");
