@@ -87,6 +87,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     }
     hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
                           [this] { return watch->Faults(); });
+    CheckRoutes();
 }
 
 void Application::ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate)
@@ -269,6 +270,16 @@ void Application::NoteChanges()
     operationNotes = sensorModule.Module().SubscribeToOperations(
         [note](auto const& end) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfOperation(end)); }); });
     auditResource.emplace(sensorModule.Router(), trail);
+}
+
+/// A request that the table of routes does not name is refused. Tells the developer of its resource.
+void Application::CheckRoutes()
+{
+    auto const findMethods = [this](auto const& route) { return sensorModule.RequestProcessor().MethodsAt(route); };
+    for (std::string const& request : RouteTable::Missing(sensorModule.Router().Routes(), findMethods))
+    {
+        ZU_LOG_ERROR("The table of routes does not name %s, so nobody has access", request.c_str());
+    }
 }
 
 void Application::BeginTokens()

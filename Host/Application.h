@@ -94,6 +94,7 @@ private:
     void RaiseComplaint(std::string const& sentence);
     void NoteChanges();
     void BeginTokens();
+    void CheckRoutes();
     void BeginJob();
     void LetLoadsRunAlone();
     StartRetry::Services ServicesToRetry();

@@ -188,4 +188,23 @@ bool RouteTable::HasPath(std::string_view path)
     return ResourceOf(path) != nullptr;
 }
 
+std::vector<std::string> RouteTable::Missing(std::vector<std::string> const& routes,
+                                             std::function<std::string(std::string const& route)> const& findMethods)
+{
+    std::vector<std::string> missing;
+    for (std::string const& route : routes)
+    {
+        std::string const methods = findMethods(route);
+        for (char const* const method : METHODS)
+        {
+            if ((", " + methods).find(", " + std::string(method) + ", ") != std::string::npos &&
+                Find(method, route) == nullptr)
+            {
+                missing.push_back(std::string(method) + ' ' + route);
+            }
+        }
+    }
+    return missing;
+}
+
 } // namespace ZuHost

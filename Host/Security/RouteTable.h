@@ -2,9 +2,11 @@
 
 #include "ZuCommon/Role.h"
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ZuHost
 {
@@ -33,6 +35,11 @@ public:
     /// Returns the entry of a request, or null. Chooses the most specific route for the percent-encoded `path`, as
     /// `ZuRest::ResourceRouter` does, and then the method.
     static Route const* Find(std::string_view method, std::string_view path);
+
+    /// Returns the requests, such as "GET /a/:key", that the resources of `routes` take and that the table does not
+    /// name. `findMethods` returns the methods of a resource, as `ZuRest::ResourceRequestProcessor::MethodsAt`.
+    static std::vector<std::string> Missing(std::vector<std::string> const& routes,
+                                            std::function<std::string(std::string const& route)> const& findMethods);
 
     /// Whether the table has a route for the percent-encoded `path`, with any method.
     static bool HasPath(std::string_view path);

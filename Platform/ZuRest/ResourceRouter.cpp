@@ -133,6 +133,23 @@ struct ResourceRouter::Node
         }
     }
 
+    /// `path` is the route of this node.
+    void CollectRoutes(std::string const& path, std::vector<std::string>& routes) const
+    {
+        if (entry != nullptr)
+        {
+            routes.push_back(path.empty() ? "/" : path);
+        }
+        for (auto const& [segment, child] : literals)
+        {
+            child->CollectRoutes(path + '/' + segment, routes);
+        }
+        if (key != nullptr)
+        {
+            key->CollectRoutes(path + "/:key", routes);
+        }
+    }
+
     std::shared_ptr<Entry> entry; // null if no route ends here
     std::map<std::string, std::unique_ptr<Node>, std::less<>> literals;
     std::unique_ptr<Node> key;
@@ -245,6 +262,17 @@ std::optional<ResourceRouter::Match> ResourceRouter::Find(std::string const& pat
         match.keys.emplace_back(entry->keyNames[i], values[i]);
     }
     return match;
+}
+
+std::vector<std::string> ResourceRouter::Routes() const
+{
+    std::vector<std::string> routes;
+    {
+        Zu::MutexLock const guard(state->lock);
+        state->root.CollectRoutes("", routes);
+    }
+    std::ranges::sort(routes);
+    return routes;
 }
 
 std::vector<IResource*> ResourceRouter::Resources() const

@@ -48,6 +48,9 @@ public:
     /// Returns the resource of a percent-encoded request path, or nothing if no route matches.
     std::optional<Match> Find(std::string const& path) const;
 
+    /// Returns every registered route, sorted. Each key appears as ":key".
+    std::vector<std::string> Routes() const;
+
     /// Returns every registered resource once, in no particular order. Each lives until its routes are deregistered.
     std::vector<IResource*> Resources() const;
 

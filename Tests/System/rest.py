@@ -56,9 +56,9 @@ class RestClient:
 class EventStream:
     """`with EventStream(host.http_port, "/events") as events: events.next()` gives the reports of a stream, one after the other."""
 
-    def __init__(self, port, path):
+    def __init__(self, port, path, **headers):
         self.connection = http.client.HTTPConnection("127.0.0.1", port, timeout=PATIENCE)
-        self.connection.request("GET", path, headers={"Accept": "text/event-stream"})
+        self.connection.request("GET", path, headers={"Accept": "text/event-stream"} | headers)
         self.response = self.connection.getresponse()
         if self.response.status != 200:
             raise AssertionError(f"no stream at {path}: {self.response.status}")

@@ -119,6 +119,21 @@ TEST(RouteTable, FindsNothingForOtherRequests)
     EXPECT_EQ(Found("get", "/health"), "");
 }
 
+TEST(RouteTable, FindsTheRequestsThatItDoesNotName)
+{
+    std::map<std::string, std::string> const methods{{"/", "GET, HEAD, OPTIONS"},
+                                                     {"/jobs/:key", "GET, HEAD, PUT, POST, DELETE, OPTIONS"},
+                                                     {"/jobs/:key/load", "POST, OPTIONS"},
+                                                     {"/new/:key", "GET, HEAD, PATCH, OPTIONS"}};
+    std::vector<std::string> routes;
+    for (auto const& [route, text] : methods)
+    {
+        routes.push_back(route);
+    }
+    EXPECT_EQ(RouteTable::Missing(routes, [&](auto const& route) { return methods.at(route); }),
+              (std::vector<std::string>{"POST /jobs/:key", "GET /new/:key", "PATCH /new/:key"}));
+}
+
 TEST(RouteTable, TakesHeadForGet)
 {
     EXPECT_EQ(Found("HEAD", "/jobs"), "/jobs");

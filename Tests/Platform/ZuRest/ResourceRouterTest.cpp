@@ -150,6 +150,18 @@ TEST_F(ResourceRouterTest, ListsEachResourceOnce)
     EXPECT_EQ(listed.size(), 2U);
 }
 
+TEST_F(ResourceRouterTest, ListsItsRoutes)
+{
+    EXPECT_TRUE(router.Routes().empty());
+    Add("/");
+    Add("/controls/:protocol");
+    Add("/controls/:protocol/metrics");
+    Add("/controls/hardware");
+    router.Deregister("/controls/:protocol/metrics", false);
+
+    EXPECT_EQ(router.Routes(), (std::vector<std::string>{"/", "/controls/:key", "/controls/hardware"}));
+}
+
 TEST_F(ResourceRouterTest, DecodesSegmentsAfterItHasSplitThePath)
 {
     Add("/controls/:protocol");
