@@ -64,7 +64,11 @@ void SynchroniseFolder(std::filesystem::path const& file)
 
 SecurityStore::SecurityStore(std::filesystem::path newFile) : file(std::move(newFile))
 {
-    CheckCall(chmod(file.c_str(), OWNER_ONLY) == 0 || errno == ENOENT, file);
+    struct stat status = {};
+    if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+    {
+        CheckCall(chmod(file.c_str(), OWNER_ONLY) == 0, file);
+    }
 }
 
 SecurityStore::~SecurityStore() = default;

@@ -98,6 +98,12 @@ class Roles(unittest.TestCase):
             self.assertEqual(offered - named, set(), "a resource that is not in the table")
             self.assertNotIn("The table of routes does not name", service.host.log())
 
+    def test_the_page_on_security_has_the_table(self):
+        page = (pathlib.Path(__file__).resolve().parents[2] / "docs/security.md").read_text(encoding="utf-8")
+        with Host(modbus=False) as host, RestClient(host.http_port) as rest:
+            for route in rest.get("/routes").json["routes"]:
+                self.assertIn(f"| {route['method']} | `{route['path']}` | {route['role']} | {route['description']} |\n", page)
+
     def test_the_walk_of_a_viewer_meets_no_document_that_the_table_denies(self):
         with TokensOfEachRole() as service:
             seen, waiting = set(), ["/"]
