@@ -40,6 +40,9 @@ set(ZU_PUBLIC_HEADERS_OF_PRIVATE_FOLDERS
 
 set(ZU_LIBRARIES ZuApi ZuPlatform ZuControl)
 set(ZU_PLUGINS AsciiTcp ModbusTcp)
+if(ZU_BUILD_SPARKPLUG)
+    list(APPEND ZU_PLUGINS SparkplugMqtt)
+endif()
 
 # Plug-ins and hosts ask for libZuControl.so.1: within a major version the interface only grows.
 set_target_properties(${ZU_LIBRARIES} PROPERTIES

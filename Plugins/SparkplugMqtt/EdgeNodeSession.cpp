@@ -51,6 +51,7 @@ void EdgeNodeSession::Tick(Moment now)
         if (sessionBornAtUsec.has_value() && now.steadyUsec - *sessionBornAtUsec >= LASTING_USEC)
         {
             walk.NoteSuccess();
+            earlyLosses = 0;
         }
         break;
     case Phase::ENDED:
@@ -125,6 +126,7 @@ void EdgeNodeSession::Lost(Moment now)
     {
         return;
     }
+    earlyLosses += sessionBornAtUsec.has_value() ? 1 : 0;
     Pause(now);
 }
 

@@ -157,6 +157,13 @@ public:
         return walk.Server();
     }
 
+    /// How many sessions in a row have ended after their birth and before LASTING_USEC. Several mean that another
+    /// client has the same name: a server then ends the older connection.
+    uint64 EarlyLosses() const
+    {
+        return earlyLosses;
+    }
+
     Counters const& Counts() const
     {
         return counters;
@@ -189,6 +196,7 @@ private:
     uint64 hostStampMsec = 0;                // of the last STATE message in this connection
     uint64 bornAtUsec = 0;                   // of the last birth
     std::optional<uint64> sessionBornAtUsec; // of the first birth in this connection
+    uint64 earlyLosses = 0;
     MetricWriter writer{MOST_BIRTH_BYTES};
     std::vector<uint8> payload;
     std::vector<CommandMetric> received;

@@ -16,6 +16,7 @@ constexpr char const* QUALITY_KEY = "Quality";
 constexpr uint8 METRICS_TAG = sparkplug_b_Payload_metrics_tag << 3 | PB_WT_STRING;
 constexpr uint8 TIMESTAMP_TAG = sparkplug_b_Payload_timestamp_tag << 3 | PB_WT_VARINT;
 constexpr uint8 SEQ_TAG = sparkplug_b_Payload_seq_tag << 3 | PB_WT_VARINT;
+constexpr uint8 ALIAS_TAG = sparkplug_b_Metric_alias_tag << 3 | PB_WT_VARINT;
 constexpr uint8 HISTORICAL_TAG = sparkplug_b_Metric_is_historical_tag << 3 | PB_WT_VARINT;
 
 bool EncodeName(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
@@ -189,26 +190,40 @@ void FramePayload(std::vector<uint8>& payload, uint64 timestampMsec, std::span<u
     }
 }
 
-bool MarkHistorical(std::vector<uint8>& marked, std::span<uint8 const> metrics)
+std::optional<std::size_t> MarkHistorical(std::vector<uint8>& marked, std::span<uint8 const> metrics,
+                                          std::span<uint64 const> aliases)
 {
     static constexpr uint8 MARK[] = {HISTORICAL_TAG, 1};
+    std::size_t leftOut = 0;
     marked.clear();
     while (!metrics.empty())
     {
         bool const isMetric = metrics.front() == METRICS_TAG;
         metrics = metrics.subspan(1);
         uint64 length = 0;
-        if (!isMetric || !TakeVarint(metrics, length) || length > metrics.size())
+        if (!isMetric || !TakeVarint(metrics, length) || length > metrics.size() || length == 0)
         {
-            return false;
+            return std::nullopt;
+        }
+        std::span<uint8 const> const metric = metrics.first(length);
+        metrics = metrics.subspan(length);
+        std::span<uint8 const> behindTag = metric.subspan(1);
+        uint64 alias = 0;
+        if (metric.front() != ALIAS_TAG || !TakeVarint(behindTag, alias))
+        {
+            return std::nullopt;
+        }
+        if (!std::ranges::binary_search(aliases, alias))
+        {
+            ++leftOut;
+            continue;
         }
         marked.push_back(METRICS_TAG);
         AppendVarint(marked, length + std::size(MARK));
-        marked.insert(marked.end(), metrics.begin(), metrics.begin() + static_cast<std::ptrdiff_t>(length));
+        marked.insert(marked.end(), metric.begin(), metric.end());
         marked.insert(marked.end(), std::begin(MARK), std::end(MARK));
-        metrics = metrics.subspan(length);
     }
-    return true;
+    return leftOut;
 }
 
 } // namespace SparkplugMqtt

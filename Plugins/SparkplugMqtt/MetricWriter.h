@@ -49,8 +49,10 @@ private:
 void FramePayload(std::vector<uint8>& payload, uint64 timestampMsec, std::span<uint8 const> metrics,
                   std::optional<uint8> seq);
 
-/// Sets `marked` to the same metrics with the mark "is_historical". `metrics` are the bytes of a MetricWriter. Returns
-/// false, and leaves `marked` in an undefined state, if they are not.
-bool MarkHistorical(std::vector<uint8>& marked, std::span<uint8 const> metrics);
+/// Sets `marked` to the same metrics with the mark "is_historical". `metrics` are the bytes of a MetricWriter, of metrics
+/// with an alias and without a name. Metrics with an alias that is not in `aliases`, a sorted list, are left out. Returns
+/// their number; absent, with `marked` in an undefined state, if the bytes are no such metrics.
+std::optional<std::size_t> MarkHistorical(std::vector<uint8>& marked, std::span<uint8 const> metrics,
+                                          std::span<uint64 const> aliases);
 
 } // namespace SparkplugMqtt

@@ -43,7 +43,7 @@ class BuildOptions(unittest.TestCase):
 
     def test_the_libraries_alone_need_nothing_of_the_host_or_the_tests(self):
         not_needed = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("SQLite3", "ZLIB", "GTest", "Python3")]
-        commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
+        commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_SPARKPLUG=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
         self.assertIn("ZuControl/Control/ControlModule.cpp", commands)
         self.assertIn("Plugins/ModbusTcp/ModbusTcpProtocol.cpp", commands)
         self.assertEqual([file for file in commands if file.startswith("Host/") or file.endswith("Test.cpp")], [])

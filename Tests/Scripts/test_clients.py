@@ -7,7 +7,8 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INSTALL = "scripts/install-dependencies clients"
-PACKAGE_OF = {"curl": "curl", "jq": "jq", "mbpoll": "mbpoll", "nc": "netcat-openbsd", "sqlite3": "sqlite3"}
+PACKAGE_OF = {"curl": "curl", "jq": "jq", "mbpoll": "mbpoll", "mosquitto": "mosquitto", "mosquitto_pub": "mosquitto-clients",
+              "nc": "netcat-openbsd", "sqlite3": "sqlite3"}
 # Programs of a bare system, of the package set `build`, or of this tree.
 THERE = {"./run", "./test", "./bench", "cd", "cmake", "cp", "echo", "editor", "head", "printf", "sleep", "tr", INSTALL.split()[0],
          "zucontrol-host", "~/zucontrol/bin/zucontrol-host"}

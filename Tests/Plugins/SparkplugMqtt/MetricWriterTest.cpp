@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -119,34 +121,42 @@ TEST(FramePayload, PutsTimestampAndSequenceNumberAroundTheMetrics)
     EXPECT_EQ(payload, (Bytes{0x08, 1}));
 }
 
-TEST(MarkHistorical, MarksEachMetric)
+TEST(MarkHistorical, MarksEachMetricThatHasAKnownAlias)
 {
-    Bytes const metrics = {0x12, 2, 0x10, 1, 0x12, 4, 0x10, 2, 0x70, 1};
+    Bytes const metrics = {0x12, 2, 0x10, 1, 0x12, 4, 0x10, 2, 0x70, 1, 0x12, 3, 0x10, 0x80, 0x01};
+    std::vector<uint64> const all = {1, 2, 128};
     Bytes marked;
-    ASSERT_TRUE(MarkHistorical(marked, metrics));
-    EXPECT_EQ(marked, (Bytes{0x12, 4, 0x10, 1, 0x28, 1, 0x12, 6, 0x10, 2, 0x70, 1, 0x28, 1}));
+    EXPECT_EQ(MarkHistorical(marked, metrics, all), 0U);
+    EXPECT_EQ(marked, (Bytes{0x12, 4,    0x10, 1,    0x28, 1,    0x12, 6,    0x10, 2, 0x70,
+                             1,    0x28, 1,    0x12, 5,    0x10, 0x80, 0x01, 0x28, 1}));
+    EXPECT_EQ(MarkHistorical(marked, metrics, std::span(all).subspan(1, 1)), 2U);
+    EXPECT_EQ(marked, (Bytes{0x12, 6, 0x10, 2, 0x70, 1, 0x28, 1}));
+    EXPECT_EQ(MarkHistorical(marked, metrics, {}), 3U);
+    EXPECT_EQ(marked, Bytes{});
+    EXPECT_EQ(MarkHistorical(marked, {}, all), 0U);
 }
 
 TEST(MarkHistorical, WritesALengthThatGrowsByAByte)
 {
-    Bytes metrics = {0x12, 127};
+    Bytes metrics = {0x12, 127, 0x10, 1};
     metrics.resize(129, 'x');
     Bytes marked;
-    ASSERT_TRUE(MarkHistorical(marked, metrics));
+    EXPECT_EQ(MarkHistorical(marked, metrics, std::vector<uint64>{1}), 0U);
     EXPECT_EQ(marked.size(), 132U);
-    EXPECT_EQ(Bytes(marked.begin(), marked.begin() + 4), (Bytes{0x12, 0x81, 0x01, 'x'}));
+    EXPECT_EQ(Bytes(marked.begin(), marked.begin() + 5), (Bytes{0x12, 0x81, 0x01, 0x10, 1}));
     EXPECT_EQ(Bytes(marked.end() - 3, marked.end()), (Bytes{'x', 0x28, 1}));
 }
 
-TEST(MarkHistorical, RefusesBytesThatAreNoMetrics)
+TEST(MarkHistorical, RefusesBytesThatAreNoMetricsWithAnAlias)
 {
     Bytes marked;
-    for (Bytes const& wrong : {Bytes{0x12}, Bytes{0x12, 5, 1}, Bytes{0x18, 0}, Bytes{0x12, 0x80}, Bytes{0x12, 0, 7},
+    std::vector<uint64> const aliases = {1};
+    for (Bytes const& wrong : {Bytes{0x12}, Bytes{0x12, 0}, Bytes{0x12, 5, 1}, Bytes{0x18, 0}, Bytes{0x12, 0x80},
+                               Bytes{0x12, 2, 0x10, 1, 7}, Bytes{0x12, 2, 0x70, 1}, Bytes{0x12, 2, 0x10, 0x80},
                                Bytes{0x12, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x01}})
     {
-        EXPECT_FALSE(MarkHistorical(marked, wrong));
+        EXPECT_EQ(MarkHistorical(marked, wrong, aliases), std::nullopt);
     }
-    EXPECT_TRUE(MarkHistorical(marked, {}));
 }
 
 } // namespace SparkplugMqtt

@@ -1,0 +1,409 @@
+"""The Sparkplug edge node, against the real host program, a real broker and a host application of the tests."""
+
+import re
+import socket
+import subprocess
+import tempfile
+import threading
+import time
+import unittest
+
+from host import wait_until
+from pages import ROOT, expect, section, session
+from rest import RestClient
+from sparkplug import (NODE, Broker, HostApplication, encode, free_port, make_authority, make_certificate, metrics,
+                       sparkplug_host)
+
+OUTPUTS = ["meanZ", "points", "width", "zMax", "zMin"]
+
+
+def problems(rest):
+    return [problem["text"] for problem in rest.get("/problems").json["problems"]]
+
+
+def wait_for_problem(rest, text):
+    wait_until(lambda: any(text in problem for problem in problems(rest)), text)
+
+
+class Sparkplug(unittest.TestCase):
+    def check(self, application):
+        self.assertEqual(application.breaches, [])
+
+    def wait_for_birth(self, application, count=1):
+        application.wait_for(lambda: len(application.of_kind("DBIRTH")) >= count, f"birth {count}")
+
+
+class Births(Sparkplug):
+    def test_a_node_is_born_with_all_its_metrics(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]):
+                self.wait_for_birth(application)
+                node, device = application.of_kind("NBIRTH")[0], application.of_kind("DBIRTH")[0]
+                self.assertEqual((node.seq, device.seq), (0, 1))
+                self.assertEqual([metric["name"] for metric in node.metrics], ["bdSeq", "Node Control/Rebirth"])
+                names = [metric["name"] for metric in device.metrics]
+                for output in OUTPUTS:
+                    self.assertIn("Outputs/" + output, names)
+                    self.assertIn("Decisions/" + output, names)
+                value = next(metric for metric in device.metrics if metric["name"] == "Outputs/zMax")
+                self.assertTrue(value["null"])  # no scan yet
+                self.assertEqual(value["properties"]["Quality"], {1: 3, 3: 0})
+                self.assertEqual(application.value("Command/Start"), False)
+            application.wait_for(lambda: application.of_kind("NDEATH"), "the death")
+            self.assertEqual(application.of_kind("NDEATH")[0].metrics[0]["value"], application.bd_seq)
+            self.assertEqual([message.kind for message in application.messages][-2:], ["DDEATH", "NDEATH"])
+            self.check(application)
+
+    def test_a_killed_host_dies_by_its_will_and_counts_on(self):
+        with Broker() as broker, HostApplication(broker.port) as application, tempfile.TemporaryDirectory() as data:
+            with sparkplug_host(servers=[broker.port], data=data) as host:
+                self.wait_for_birth(application)
+                first = application.bd_seq
+                with RestClient(host.http_port) as rest:  # the number is saved within a second
+                    rest.post("/jobs/default/save")
+                host.process.kill()
+                host.expected_status = -9
+                application.wait_for(lambda: application.of_kind("NDEATH"), "the will")
+                self.assertFalse(application.node_born)
+                self.assertEqual(application.of_kind("NDEATH")[0].qos, 1)
+            with sparkplug_host(servers=[broker.port], data=data):
+                self.wait_for_birth(application, 2)
+                self.assertEqual(application.bd_seq, (first + 1) % 256)
+            self.check(application)
+
+    def test_a_rebirth_on_request_and_one_a_second_in_a_flood(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                first = application.bd_seq
+                application.rebirth()
+                self.wait_for_birth(application, 2)
+                self.assertEqual(application.bd_seq, first)
+                began = time.monotonic()
+                for _ in range(500):
+                    application.rebirth()
+                wait_until(lambda: metrics(rest)["rebirthRequests"] == 501, "all requests")
+                self.wait_for_birth(application, 3)
+                births = len(application.of_kind("NBIRTH"))
+                self.assertLessEqual(births - 2, time.monotonic() - began + 1)
+            self.check(application)
+
+    def test_a_changed_map_gives_a_birth(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--start", servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                rest.post(NODE + "/outputs/commands/remove", {"outputId": "zMin"})
+                done = rest.post(NODE + "/outputs/commands/add", {"outputId": "deepest", "source": "profile/zMin"})
+                self.assertEqual(done.status, 204, done.text)
+                application.wait_for(lambda: "Outputs/deepest" in application.types, "the new metric")
+                application.wait_for(lambda: application.value("Outputs/deepest") is not None, "its value")
+                rest.post(NODE + "/outputs/commands/removeAll")
+                application.wait_for(lambda: "Outputs/zMax" not in application.types, "the empty map")
+            self.check(application)
+
+
+class Data(Sparkplug):
+    def test_values_come_by_exception_with_the_time_of_the_scan(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--start", "--rate", 100, servers=[broker.port]):
+                application.wait_for(lambda: len(application.of_kind("DDATA")) > 20, "data")
+            outputs = {alias: name for alias, name in application.known.items() if name.startswith("Outputs/")}
+            last = {}
+            for message in application.of_kind("DDATA"):
+                stamps = {metric["timestamp"] for metric in message.metrics}
+                self.assertEqual(len(stamps), 1)  # one frame a message
+                for metric in message.metrics:
+                    if metric["alias"] in outputs and not metric["historical"]:
+                        self.assertNotEqual(metric["value"], last.get(metric["alias"]), message)
+                        last[metric["alias"]] = metric["value"]
+            self.check(application)
+
+    def test_a_still_part_gives_one_message(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--still", "--start", servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                application.wait_for(lambda: application.value("Outputs/zMax") == 25, "the value")
+                application.wait_for(lambda: application.value("State/Run State") == "running", "the state")
+                before = len(application.of_kind("DDATA"))
+                frames = rest.get(NODE + "/metrics").json  # a round trip behind several frames
+                self.assertEqual(frames["controlDrops"], 0)
+                application.rebirth()
+                self.wait_for_birth(application, 2)
+                self.assertEqual(application.value("Outputs/zMax"), 25)
+                self.assertLessEqual(len(application.of_kind("DDATA")) - before, 1)
+            self.check(application)
+
+    def test_dead_band_and_period_hold_values_back(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--start", "--rate", 200, servers=[broker.port], period=300, deadBand=5):
+                application.wait_for(lambda: len(application.of_kind("DDATA")) > 8, "data")
+            heights = {alias: name for alias, name in application.known.items() if name == "Outputs/zMax"}
+            stamps, last = [], None
+            for message in application.of_kind("DDATA"):
+                outputs = [metric for metric in message.metrics if metric["alias"] in application.known
+                           and application.known[metric["alias"]].startswith("Outputs/") and not metric["historical"]]
+                if outputs:
+                    stamps.append(outputs[0]["timestamp"])
+                for metric in outputs:
+                    if metric["alias"] in heights:
+                        self.assertTrue(last is None or abs(metric["value"] - last) > 5)
+                        last = metric["value"]
+            self.assertGreater(len(stamps), 2)
+            # A frame that waits for the end of the period may be a little older than that moment.
+            self.assertTrue(all(later - earlier > 200 for earlier, later in zip(stamps, stamps[1:])), stamps)
+            self.check(application)
+
+
+class Commands(Sparkplug):
+    def run_command(self, application, number, status, **values):
+        application.device_command({"Command/Request Id": number, **values})
+        application.wait_for(lambda: application.value("Result/Request Id") == number
+                             and application.value("Result/Status") == status, f"the end of {values}")
+
+    def test_each_command_ends_with_its_result(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--job", "line7", servers=[broker.port]):
+                self.wait_for_birth(application)
+                self.run_command(application, 1, 2, **{"Command/Start": True})
+                application.wait_for(lambda: application.value("State/Run State") == "running", "the state")
+                self.run_command(application, 2, 2, **{"Command/Trigger": True})
+                self.run_command(application, 3, 2, **{"Command/Stop": True})
+                self.run_command(application, 4, 2, **{"Command/Align": True})
+                self.run_command(application, 5, 2, **{"Command/Clear Alignment": True})
+                self.run_command(application, 6, 3, **{"Command/Load Job": "nowhere"})
+                self.assertEqual(application.value("Result/Command"), "Command/Load Job")
+                self.assertEqual(application.value("Result/Text"), "The operation failed")
+                application.wait_for(lambda: application.value("State/Job") == "line7", "the job")
+            self.check(application)
+
+    def test_a_job_that_a_host_loads_takes_the_node_along(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--job", "line7", servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                self.assertEqual(rest.post("/jobs/spare/save").status // 100, 2)
+                application.device_command({"Command/Request Id": 9, "Command/Load Job": "spare"})
+                application.wait_for(lambda: application.value("State/Job") == "spare", "the new job")
+                application.wait_for(lambda: application.node_born, "the node")
+            self.check(application)
+
+    def test_wrong_commands_are_refused_with_a_reason(self):
+        cases = [({"Command/Dance": True}, "There is no writable metric Command/Dance"),
+                 ({"Command/Start": 1}, "Command/Start takes no value of this type"),
+                 ({"Command/Start": "yes"}, "Command/Start takes no value of this type"),
+                 ({"Command/Load Job": True}, "Command/Load Job takes no value of this type"),
+                 ({"Command/Load Job": ""}, "A load needs the name of a job"),
+                 ({"Command/Load Job": "j" * 64}, "The name of a job has at most 63 bytes"),
+                 ({"Command/Start": True, "Command/Stop": True}, "A message has one command at most"),
+                 ({"Outputs/zMax": 5.0}, "There is no writable metric Outputs/zMax")]
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                for number, (values, text) in enumerate(cases, 1):
+                    self.run_command(application, number, 3, **values)
+                    self.assertEqual(application.value("Result/Text"), text)
+                bad = [b"\xff", b"\x12\x05", b"GET / HTTP/1.1", encode({"n" * 300: True}), b"\x18\x00" * 40000]
+                for payload in bad:
+                    application.command("spBv1.0/ZuControl/DCMD/node/sensor", payload)
+                    application.command("spBv1.0/ZuControl/NCMD/node", payload)
+                wait_until(lambda: metrics(rest)["badMessages"] == 2 * len(bad), "all bad messages")
+                self.run_command(application, 99, 2, **{"Command/Start": True})
+            self.check(application)
+
+    def test_a_command_while_another_runs_is_refused(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]):
+                self.wait_for_birth(application)
+                application.device_command({"Command/Request Id": 1, "Command/Align": True})
+                application.device_command({"Command/Request Id": 2, "Command/Start": True})
+                application.wait_for(lambda: application.value("Result/Request Id") == 1
+                                     and application.value("Result/Status") == 2, "the end of the alignment")
+                texts = [metric["value"] for message in application.of_kind("DDATA") for metric in message.metrics
+                         if application.known.get(metric["alias"]) == "Result/Text"]
+                self.assertIn("A command of a host is still running", texts)
+            self.check(application)
+
+
+class PrimaryHost(Sparkplug):
+    def test_the_node_waits_for_its_primary_host(self):
+        with Broker() as broker, HostApplication(broker.port) as watcher:
+            with sparkplug_host(servers=[broker.port], primaryHostId="scada") as host, RestClient(host.http_port) as rest:
+                wait_until(lambda: metrics(rest)["session"] == "waiting for the primary host", "the wait")
+                with HostApplication(broker.port, state="other"):
+                    self.assertEqual(watcher.of_kind("NBIRTH"), [])
+                with HostApplication(broker.port, state="scada") as application:
+                    self.wait_for_birth(application)
+                    application.die()
+                    watcher.wait_for(lambda: watcher.of_kind("NDEATH"), "the death")
+                births = len(watcher.of_kind("NBIRTH"))
+                with HostApplication(broker.port, state="scada") as application:
+                    self.wait_for_birth(watcher, births + 1)
+                    self.check(application)
+            self.check(watcher)
+
+    def test_the_node_walks_to_the_server_with_its_primary_host(self):
+        with Broker() as first, Broker() as second:
+            with HostApplication(first.port, state="scada") as one, HostApplication(second.port, state="scada") as two:
+                with sparkplug_host(servers=[first.port, second.port], primaryHostId="scada"):
+                    self.wait_for_birth(one)
+                    one.die()
+                    self.wait_for_birth(two)
+                    self.check(one)
+                    self.check(two)
+
+
+class Servers(Sparkplug):
+    def test_servers_that_are_no_brokers_are_left_behind(self):
+        """Nothing listens; accepts and says nothing; closes at once; speaks another protocol."""
+        silent = socket.create_server(("127.0.0.1", 0))
+        closing = socket.create_server(("127.0.0.1", 0))
+        speaking = socket.create_server(("127.0.0.1", 0))
+
+        def answer(server, data):
+            while True:
+                try:
+                    client, _ = server.accept()
+                except OSError:
+                    return
+                with client:
+                    if data:
+                        client.recv(4096)
+                        client.sendall(data)
+
+        threads = [threading.Thread(target=answer, args=(closing, b"")),
+                   threading.Thread(target=answer, args=(speaking, b"HTTP/1.1 400 Bad Request\r\n\r\n"))]
+        for thread in threads:
+            thread.start()
+        try:
+            with Broker() as broker, HostApplication(broker.port) as application:
+                servers = [free_port(), closing.getsockname()[1], speaking.getsockname()[1], silent.getsockname()[1],
+                           broker.port]
+                with sparkplug_host(servers=servers) as host, RestClient(host.http_port) as rest:
+                    self.wait_for_birth(application)
+                    self.assertEqual(metrics(rest)["server"], f"127.0.0.1:{broker.port}")
+                    wait_until(lambda: not any("Sparkplug" in text for text in problems(rest)), "no problem")
+                self.check(application)
+        finally:
+            for server in (silent, closing, speaking):
+                server.shutdown(socket.SHUT_RDWR)
+                server.close()
+            for thread in threads:
+                thread.join()
+
+    def test_a_server_that_cannot_be_reached_is_a_problem_until_it_is_there(self):
+        broker = Broker()
+        with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+            wait_for_problem(rest, f"Sparkplug MQTT has no session: 127.0.0.1:{broker.port}: Connection refused")
+            with broker, HostApplication(broker.port) as application:
+                self.wait_for_birth(application)
+                wait_until(lambda: not any("Sparkplug" in text for text in problems(rest)), "the end of the problem")
+
+    def test_a_password_that_is_wrong_is_a_problem_and_is_never_shown(self):
+        with tempfile.TemporaryDirectory() as folder:
+            passwords = folder + "/passwords"
+            subprocess.run(["mosquitto_passwd", "-b", "-c", passwords, "sensor", "sesame7"], check=True)
+            with Broker("allow_anonymous false", f"password_file {passwords}") as broker:
+                with sparkplug_host(servers=[broker.port], user="sensor") as host, RestClient(host.http_port) as rest:
+                    self.assertEqual(metrics(rest)["password"], "not set")
+                    wait_for_problem(rest, "the server does not authorise this client")
+                    self.assertEqual(rest.post(NODE + "/commands/setPassword", {"password": "sesame7"}).status // 100, 2)
+                    wait_until(lambda: metrics(rest)["session"] == "born", "the session")
+                    self.assertEqual(metrics(rest)["password"], "set")
+                    for path in (NODE, NODE + "?schema=true", NODE + "/commands/setPassword", NODE + "/metrics", "/jobs"):
+                        self.assertNotIn("sesame7", rest.get(path).text)
+                    rest.post("/jobs/default/save")
+                    self.assertNotIn("sesame7", host.log())
+                    job = (host.data / "default.zpjob").read_bytes()
+                    self.assertNotIn(b"sesame7", job)
+
+    def test_tls_checks_both_certificates(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("authority", "other"):
+                make_authority(folder, name)
+            make_certificate(folder, "authority", "server", "IP:127.0.0.1,DNS:localhost")
+            make_certificate(folder, "authority", "elsewhere", "DNS:elsewhere.example")
+            make_certificate(folder, "authority", "sensor", "DNS:sensor")
+            own = {"useTls": "true", "authorityFile": folder + "/authority.pem",
+                   "certificateFile": folder + "/sensor.pem", "keyFile": folder + "/sensor.key"}
+
+            def tls_broker(certificate):
+                return Broker("allow_anonymous true", f"cafile {folder}/authority.pem", f"certfile {folder}/{certificate}.pem",
+                              f"keyfile {folder}/{certificate}.key", "require_certificate true")
+
+            def expect(broker, told, **changed):
+                with sparkplug_host(servers=[broker.port], **{**own, **changed}) as host:
+                    with RestClient(host.http_port) as rest:
+                        if told is None:
+                            wait_until(lambda: metrics(rest)["session"] == "born", "the session")
+                        else:
+                            wait_for_problem(rest, told)
+                            self.assertEqual(metrics(rest)["births"], 0)
+
+            with tls_broker("server") as broker:
+                expect(broker, None)
+                expect(broker, "Sparkplug MQTT has no session", authorityFile=folder + "/other.pem")
+                expect(broker, "Sparkplug MQTT has no session", certificateFile="", keyFile="")
+                expect(broker, "Sparkplug MQTT has no session", useTls="false")
+            with tls_broker("elsewhere") as broker:
+                expect(broker, "Sparkplug MQTT has no session")
+
+    def test_two_nodes_with_one_name_are_told_and_do_not_fight(self):
+        with Broker() as broker:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                wait_until(lambda: metrics(rest)["session"] == "born", "the first node")
+                with sparkplug_host(servers=[broker.port]) as second, RestClient(second.http_port) as other:
+                    def is_told():
+                        texts = problems(rest) + problems(other)
+                        return any("the same group id and edge node id" in text for text in texts)
+
+                    wait_until(is_told, "the problem")
+                    self.assertLess(metrics(rest)["births"] + metrics(other)["births"], 20)
+
+
+class Parameters(Sparkplug):
+    def test_ids_that_are_no_ids_are_refused(self):
+        with Broker() as broker, sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+            before = rest.get(NODE).text
+            for wrong in ({"groupId": "a+b"}, {"nodeId": "a/b"}, {"deviceId": "#"}, {"groupId": ""}, {"nodeId": "x" * 129},
+                          {"primaryHostId": "a/b"}, {"server1": "host:port"}, {"server2": "a b"}, {"keepAlive": 4},
+                          {"deadBand": -1}, {"storeSize": 0}, {"server1": ""}):
+                refused = rest.put(NODE, {"parameters": wrong})
+                self.assertEqual(refused.status, 422, (wrong, refused.text))
+            self.assertEqual(rest.get(NODE).text, before)
+
+    def test_a_new_name_begins_a_new_node(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                self.assertEqual(rest.put(NODE, {"parameters": {"nodeId": "line 2"}}).status, 200)
+                self.wait_for_birth(application, 2)
+            self.check(application)
+
+
+class Page(unittest.TestCase):
+    def test_the_session_of_the_page(self):
+        _, steps = session("docs/sparkplug.md", "A session")
+        steps += session("docs/sparkplug.md", "Parameters")[1]
+        self.assertEqual(len(steps), 4)
+        with Broker() as broker, sparkplug_host("--still", "--start", servers=[broker.port]) as host:
+            for command, shown in steps:
+                def as_here(text):
+                    return text.replace("1883", str(broker.port)).replace(":8080", f":{host.http_port}")
+
+                expect(as_here(command), [as_here(line) for line in shown])
+
+    def test_each_test_in_the_table_of_rules_is_there(self):
+        table = section("docs/sparkplug.md", "The rules of the standard")
+        self.assertEqual(len(re.findall(r"^\| `", table, re.MULTILINE)), 223)
+        sources = [path for folder in ("Tests/Plugins/SparkplugMqtt", "Tests/System") for path in (ROOT / folder).glob("*")]
+        texts = {path.stem: path.read_text() for path in sources if path.suffix in (".cpp", ".py")}
+        units = "".join(text for name, text in texts.items() if name.endswith("Test"))
+        for name in set(re.findall(r"`((?:\w+\.)+\w+)`", table)):
+            parts = name.split(".")
+            if len(parts) == 3:
+                self.assertRegex(texts[parts[0]], rf"class {parts[1]}\(")
+                self.assertIn(f"def {parts[2]}(self", texts[parts[0]], name)
+            else:
+                self.assertRegex(units, rf"TEST(_F)?\({parts[0]}, {parts[1]}\)")
+
+
+if __name__ == "__main__":
+    unittest.main()
