@@ -98,6 +98,8 @@ GOALS = [
     ratio("http", "the same, a document made each time", "Beast", 1.6, ("HttpGet/HostDocument", "HttpGet/Beast")),
     ratio("modbus", "Modbus read, CPU of the server", "libmodbus", 1.0, ("ModbusRead/Server", "ModbusRead/Libmodbus")),
     ratio("modbus", "Modbus read, CPU of the server", "least", 1.5, ("ModbusRead/Server", "ModbusRead/Least")),
+    ratio("sparkplug", "a frame of 20 metrics into the queue", "nanopb", 1.5,
+          ("Sparkplug/Frame/Handler", "Sparkplug/Frame/ByHand")),
     ratio("log", "a log line that nobody wants", "relaxed load", 3, ("Log/DisabledLine", "Log/RelaxedLoad")),
 ]
 
