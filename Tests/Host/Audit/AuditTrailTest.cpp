@@ -2,7 +2,9 @@
 
 #include "Host/Store/DataFolder.h"
 #include "Host/Store/SqliteFile.h"
+#include "Support/AllocationFailure.h"
 #include "Support/CallLog.h"
+#include "Support/Latch.h"
 #include "Support/MountedFolder.h"
 #include "Support/RecordingSink.h"
 #include "Support/ScratchFolder.h"
@@ -274,6 +276,62 @@ TEST_F(AuditTrailTest, CountsTheEntriesThatAreInTheLogAlone)
     ASSERT_EQ(read.size(), AuditTrail::MAX_WAITING + 1);
     EXPECT_EQ(nlohmann::json::parse(read[0].entry.after)["inLogOnly"], 500);
     EXPECT_EQ(TrailFile(path).Check().fault, "");
+}
+
+TEST_F(AuditTrailTest, LogsEntriesThatFindTheQueueFull)
+{
+    constexpr std::size_t BEYOND = 7;
+    ZuTest::Latch entered;
+    ZuTest::Latch release;
+    ZuTest::LogRecorder const log;
+    {
+        AuditTrail trail(folder, {}, [&] { // holds up the writing thread
+            entered.Open();
+            release.Wait();
+            return ClockWatch::Reading{};
+        });
+        trail.Note(Entry("first"));
+        ASSERT_TRUE(entered.Wait());
+        for (std::size_t i = 0; i < AuditTrail::MAX_WAITING + BEYOND; ++i)
+        {
+            trail.Note(Entry("entry " + std::to_string(i)));
+        }
+        EXPECT_EQ(log.Lines().size(), BEYOND);
+        EXPECT_EQ(log.Lines().at(0),
+                  ZuTest::UserError("Trail, not on the disk: user anna (https 192.0.2.7): entry 1000: 200"));
+        release.Open();
+    }
+    std::vector<TrailRecord> const read = TrailFile(path).Read({.what = "trail interrupted"});
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(nlohmann::json::parse(read[0].entry.after), (nlohmann::json{{"late", 0}, {"inLogOnly", BEYOND + 1}}))
+        << "the entry of the clock is one more";
+    EXPECT_EQ(TrailFile(path).Check().fault, "");
+}
+
+TEST_F(AuditTrailTest, CountsEntriesForWhichThereIsNoMemory)
+{
+    std::size_t lost = 0;
+    {
+        AuditTrail trail(folder, {}, NO_CLOCK);
+        for (bool hasHappened = true; hasHappened && lost < 10'000; lost += hasHappened ? 1 : 0)
+        {
+            TrailEntry entry = Entry("an entry whose name is long enough for an allocation " + std::to_string(lost));
+            ZuTest::AllocationFailure const failure(lost + 1);
+            trail.Note(std::move(entry));
+            hasHappened = failure.HasHappened();
+        }
+    }
+    EXPECT_GT(lost, 3u);
+    std::vector<TrailRecord> const read = TrailFile(path).Read({});
+    std::size_t counted = 0;
+    std::size_t written = 0;
+    for (TrailRecord const& record : read)
+    {
+        bool const isNote = record.entry.what == "trail interrupted";
+        counted += isNote ? nlohmann::json::parse(record.entry.after)["inLogOnly"].get<std::size_t>() : 0;
+        written += isNote ? 0 : 1;
+    }
+    EXPECT_EQ(counted + written, lost + 1);
 }
 
 TEST(AuditTrailOnAFullDisk, GoesOnInTheLogAndComesBack)
