@@ -1,6 +1,7 @@
 /// Cost of a request to the host's HTTP server, from the socket through router and resource and back, compared with a
 /// server built on Boost.Beast. All servers send the same body. The Beast server and one server of the host send a
-/// fixed text; the other server of the host builds and serializes a document for each request.
+/// fixed text; the other server of the host builds and serializes a document for each request. The same is measured over
+/// TLS, on kept connections, with one certificate and one set of rules for all servers.
 ///
 /// usage: HttpServerBenchmark [ROUNDS]      30 unless told otherwise
 /// Figures are CPU nanoseconds of the server per request, all its threads together.
@@ -10,7 +11,9 @@
 
 #include "Host/Http/HttpServer.h"
 #include "Host/Security/Gatekeeper.h"
+#include "Host/Tls/HttpsCertificate.h"
 #include "Support/RecordingTrail.h"
+#include "Support/ScratchFolder.h"
 #include "ZuRest/Answer.h"
 #include "ZuRest/DocumentResourceBase.h"
 #include "ZuRest/IContentResource.h"
@@ -63,15 +66,19 @@ private:
     std::string const body;
 };
 
+using Tls = std::shared_ptr<ZuTls::Context const>;
+
 template <typename Resource>
 struct OurServer
 {
     template <typename... Arguments>
-    explicit OurServer(Arguments&&... arguments) : resource(std::forward<Arguments>(arguments)...)
+    explicit OurServer(Tls const& tls, Arguments&&... arguments) : resource(std::forward<Arguments>(arguments)...)
     {
         router.Register(ROUTE, resource);
         ZuHost::HttpServer::Settings settings;
         settings.port = 0;
+        settings.httpsAddress = tls == nullptr ? "" : "127.0.0.1";
+        settings.tls = tls;
         gatekeeper.SetBeyondLoopback(false);
         server.Listen(settings);
         server.Start();
@@ -86,10 +93,10 @@ struct OurServer
 };
 
 template <typename Resource, typename... Arguments>
-std::shared_ptr<void> StartOurs(uint16& port, Arguments&&... arguments)
+std::shared_ptr<void> StartOurs(uint16& port, Tls const& tls, Arguments&&... arguments)
 {
-    auto ours = std::make_shared<OurServer<Resource>>(std::forward<Arguments>(arguments)...);
-    port = ours->server.Port();
+    auto ours = std::make_shared<OurServer<Resource>>(tls, std::forward<Arguments>(arguments)...);
+    port = tls == nullptr ? ours->server.Port() : ours->server.EncryptedPort();
     return ours;
 }
 
@@ -111,10 +118,23 @@ std::size_t LengthOf(std::string_view begun)
 int main(int argumentCount, char** arguments)
 {
     uint64 const rounds = argumentCount > 1 ? std::strtoull(arguments[1], nullptr, 10) : 30;
+    ZuTest::ScratchFolder const folder;
+    ZuHost::HttpsCertificate const certificate(ZuHost::HttpsCertificate::OwnFiles{folder / "tls", "127.0.0.1"});
+    Tls const tls = certificate.Current();
+    ZuTls::Context const client(ZuTls::Side::CLIENT, {});
+
     ServerContest contest("HttpGet", REQUEST, LengthOf);
-    std::string const answer = contest.Enter("HostDocument", [](uint16& port) { return StartOurs<Thing>(port); });
+    std::string const answer =
+        contest.Enter("HostDocument", [](uint16& port) { return StartOurs<Thing>(port, nullptr); });
     std::string const body = answer.substr(answer.find("\r\n\r\n") + 4);
-    contest.Enter("Host", [&body](uint16& port) { return StartOurs<Text>(port, body); });
+    contest.Enter("Host", [&body](uint16& port) { return StartOurs<Text>(port, nullptr, body); });
     contest.Enter("Beast", [&body](uint16& port) { return StartBeastServer(body, port); });
+
+    ServerContest overTls("HttpGetTls", REQUEST, LengthOf, client.Native());
+    overTls.Enter("HostDocument", [&](uint16& port) { return StartOurs<Thing>(port, tls); });
+    overTls.Enter("Host", [&](uint16& port) { return StartOurs<Text>(port, tls, body); });
+    overTls.Enter("Beast", [&](uint16& port) { return StartBeastServer(body, port, tls->Native()); });
+
     contest.Run(rounds);
+    overTls.Run(rounds);
 }

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <openssl/ssl.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -41,7 +42,7 @@ int Connect(uint16 port)
 
 } // namespace
 
-LoadClients::LoadClients(uint16 port, uint64 count, std::string newRequest, LengthOf newLengthOf)
+LoadClients::LoadClients(uint16 port, uint64 count, std::string newRequest, LengthOf newLengthOf, ssl_ctx_st* tls)
     : request(std::move(newRequest)), lengthOf(std::move(newLengthOf)), poll(epoll_create1(0)), clients(count)
 {
     for (uint64 i = 0; i < count; ++i)
@@ -53,6 +54,15 @@ LoadClients::LoadClients(uint16 port, uint64 count, std::string newRequest, Leng
         if (epoll_ctl(poll, EPOLL_CTL_ADD, clients[i].socket, &event) != 0)
         {
             Fail("epoll_ctl");
+        }
+        if (tls != nullptr)
+        {
+            clients[i].tls.reset(SSL_new(tls), &SSL_free);
+            SSL_set_fd(clients[i].tls.get(), clients[i].socket);
+            if (SSL_connect(clients[i].tls.get()) != 1)
+            {
+                Fail("SSL_connect");
+            }
         }
     }
 }
@@ -101,7 +111,10 @@ std::string LoadClients::Ask(uint64 answers)
 
 void LoadClients::Send(Client const& client) const
 {
-    if (send(client.socket, request.data(), request.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(request.size()))
+    ssize_t const count = client.tls != nullptr
+                              ? SSL_write(client.tls.get(), request.data(), static_cast<int>(request.size()))
+                              : send(client.socket, request.data(), request.size(), MSG_NOSIGNAL);
+    if (count != static_cast<ssize_t>(request.size()))
     {
         Fail("send");
     }
@@ -111,7 +124,8 @@ void LoadClients::Send(Client const& client) const
 bool LoadClients::Receive(Client& client) const
 {
     std::array<char, 16384> part;
-    ssize_t const count = recv(client.socket, part.data(), part.size(), 0);
+    ssize_t const count = client.tls != nullptr ? SSL_read(client.tls.get(), part.data(), static_cast<int>(part.size()))
+                                                : recv(client.socket, part.data(), part.size(), 0);
     if (count <= 0)
     {
         Fail("recv");

@@ -4,9 +4,13 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+struct ssl_ctx_st;
+struct ssl_st;
 
 namespace ZuBench
 {
@@ -18,7 +22,8 @@ public:
     /// The length of the answer that begins with `begun`; 0 until it is known.
     using LengthOf = std::function<std::size_t(std::string_view begun)>;
 
-    LoadClients(uint16 port, uint64 count, std::string newRequest, LengthOf newLengthOf);
+    /// With `tls` the clients speak TLS.
+    LoadClients(uint16 port, uint64 count, std::string newRequest, LengthOf newLengthOf, ssl_ctx_st* tls = nullptr);
     ~LoadClients();
 
     LoadClients(LoadClients const&) = delete;
@@ -31,6 +36,7 @@ private:
     struct Client
     {
         int socket = -1;
+        std::shared_ptr<ssl_st> tls;
         std::string received;
     };
 

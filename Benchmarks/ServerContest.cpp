@@ -7,8 +7,9 @@
 namespace ZuBench
 {
 
-ServerContest::ServerContest(std::string const& name, std::string newRequest, LoadClients::LengthOf newLengthOf)
-    : request(std::move(newRequest)), lengthOf(std::move(newLengthOf)), contest(name)
+ServerContest::ServerContest(std::string const& name, std::string newRequest, LoadClients::LengthOf newLengthOf,
+                             ssl_ctx_st* newTls)
+    : request(std::move(newRequest)), lengthOf(std::move(newLengthOf)), tls(newTls), contest(name)
 {
 }
 
@@ -16,7 +17,7 @@ ServerContest::~ServerContest() = default;
 
 std::string ServerContest::Enter(std::string const& contender, ServerProcess::Starter const& start)
 {
-    Contender& entered = contenders.emplace_back(start, request, lengthOf);
+    Contender& entered = contenders.emplace_back(start, request, lengthOf, tls);
     contest.Enter(contender, [&entered] {
         constexpr uint64 REQUESTS = 2000;
         Stopwatch const watch(entered.server.Clock());

@@ -17,7 +17,9 @@ class ServerContest final
 public:
     static constexpr uint64 CLIENTS = 16;
 
-    ServerContest(std::string const& name, std::string newRequest, LoadClients::LengthOf newLengthOf);
+    /// With `newTls` the clients speak TLS.
+    ServerContest(std::string const& name, std::string newRequest, LoadClients::LengthOf newLengthOf,
+                  ssl_ctx_st* newTls = nullptr);
     ~ServerContest();
 
     ServerContest(ServerContest const&) = delete;
@@ -32,8 +34,8 @@ private:
     struct Contender
     {
         Contender(ServerProcess::Starter const& start, std::string const& request,
-                  LoadClients::LengthOf const& lengthOf)
-            : server(start), clients(server.Port(), CLIENTS, request, lengthOf)
+                  LoadClients::LengthOf const& lengthOf, ssl_ctx_st* tls)
+            : server(start), clients(server.Port(), CLIENTS, request, lengthOf, tls)
         {
         }
 
@@ -43,6 +45,7 @@ private:
 
     std::string const request;
     LoadClients::LengthOf const lengthOf;
+    ssl_ctx_st* const tls;
     Contest contest;
     std::list<Contender> contenders;
 };

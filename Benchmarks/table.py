@@ -96,6 +96,7 @@ GOALS = [
           *[(f"ReadResource/Nodes/{n}", f"ReadResource/TreeAndDump/{n}") for n in (10, 1000)]),
     ratio("http", "HTTP GET, CPU of the server", "Beast", 1.4, ("HttpGet/Host", "HttpGet/Beast")),
     ratio("http", "the same, a document made each time", "Beast", 1.6, ("HttpGet/HostDocument", "HttpGet/Beast")),
+    ratio("http", "HTTPS GET, CPU of the server", "Beast over TLS", 1.4, ("HttpGetTls/Host", "HttpGetTls/Beast")),
     ratio("modbus", "Modbus read, CPU of the server", "libmodbus", 1.0, ("ModbusRead/Server", "ModbusRead/Libmodbus")),
     ratio("modbus", "Modbus read, CPU of the server", "least", 1.5, ("ModbusRead/Server", "ModbusRead/Least")),
     ratio("sparkplug", "a frame of 20 metrics into the queue", "nanopb", 1.5,
@@ -108,7 +109,7 @@ CONTESTS = {
     "FanOutBenchmark": (("FanOut/",), 40, 200),
     "DispatcherBenchmark": (("AddInBursts/", "Latency/", "IdleWakes/"), 60, 300),
     "OperationsBenchmark": (("Operation/",), 500, 3000),
-    "HttpServerBenchmark": (("HttpGet/",), 10, 40),
+    "HttpServerBenchmark": (("HttpGet/", "HttpGetTls/"), 10, 40),
     "ModbusServerBenchmark": (("ModbusRead/",), 10, 40),
     "Counts": (("Count/",), None, None),
 }

@@ -1,10 +1,9 @@
 """A REST client on one connection, and a check for valid HAL documents."""
 
-import http.client
 import json
 import re
 
-from host import PATIENCE
+from tls import http_connection
 
 
 class Answer:
@@ -27,7 +26,7 @@ class RestClient:
     """`with RestClient(host.http_port) as rest: rest.get("/controls").json`"""
 
     def __init__(self, port):
-        self.connection = http.client.HTTPConnection("127.0.0.1", port, timeout=PATIENCE)
+        self.connection = http_connection(port)
 
     def __enter__(self):
         return self
@@ -57,7 +56,7 @@ class EventStream:
     """`with EventStream(host.http_port, "/events") as events: events.next()` gives the reports of a stream, one after the other."""
 
     def __init__(self, port, path, **headers):
-        self.connection = http.client.HTTPConnection("127.0.0.1", port, timeout=PATIENCE)
+        self.connection = http_connection(port)
         self.connection.request("GET", path, headers={"Accept": "text/event-stream"} | headers)
         self.response = self.connection.getresponse()
         if self.response.status != 200:

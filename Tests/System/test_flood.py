@@ -3,14 +3,14 @@
 import contextlib
 import os
 import pathlib
-import socket
 import tempfile
 import threading
 import time
 import unittest
 
-from host import PATIENCE, Host
+from host import Host
 from rest import RestClient
+from tls import BROKEN, TlsPort, connect_to as connect
 
 PEAK_MIB = int(os.environ.get("ZU_PEAK_MIB", "256"))  # of the whole process
 HEALTH_SECONDS = 1 + float(os.environ.get("ZU_SLACK", "0"))
@@ -20,15 +20,11 @@ HEAD = "PUT /controls/ModbusTcp HTTP/1.1\r\nHost: localhost\r\n"
 CHUNKED = (HEAD + "Transfer-Encoding: chunked\r\n\r\n").encode()
 
 
-def connect(port):
-    return socket.create_connection(("127.0.0.1", port), timeout=PATIENCE)
-
-
 def status_on(client):
     """The status of the answer; 0 when the host closes the connection without one."""
     try:
         head = client.recv(65536)
-    except ConnectionError:
+    except BROKEN:
         head = b""
     return int(head[9:12]) if head else 0
 
@@ -40,7 +36,7 @@ def send(port, head, part, times):
             client.sendall(head)
             for _ in range(times):
                 client.sendall(part)
-        except ConnectionError:
+        except BROKEN:
             pass
         return status_on(client)
 
@@ -79,12 +75,19 @@ class Health:
 
 
 class Flood(unittest.TestCase):
+    ARGUMENTS = ()
+
+    @staticmethod
+    def port_of(host):
+        return host.http_port
+
     def attack(self, work):
         """Runs `work(port)` against a host of its own and returns its result."""
-        with Host("--log", "error") as host:
-            with Health(host.http_port) as health:
+        with Host("--log", "error", *self.ARGUMENTS) as host:
+            port = self.port_of(host)
+            with Health(port) as health:
                 begin = time.monotonic()
-                result = work(host.http_port)
+                result = work(port)
                 seconds = time.monotonic() - begin
             peak = peak_memory(host.process)
         print(f"{self.id().split('.')[-1]}: {seconds:.1f} s, peak {peak} MiB, /health within {health.longest:.3f} s", flush=True)
@@ -138,9 +141,18 @@ class Flood(unittest.TestCase):
             for client in clients:
                 try:
                     client.sendall(head + b" " * (MIB - 1))
-                except ConnectionError:
+                except BROKEN:
                     pass
             return {status_on(client) for client in clients}
+
+
+class FloodOverTls(Flood):
+    """The same on the port of HTTPS."""
+    ARGUMENTS = ("--https", "127.0.0.1:0")
+
+    @staticmethod
+    def port_of(host):
+        return TlsPort(host.ports["https"])
 
 
 class WrongTokens(unittest.TestCase):

@@ -10,11 +10,13 @@ import random
 import socket
 import unittest
 
-from host import PATIENCE, Host
+from host import Host
 from modbus import ModbusClient
 from rest import RestClient
+from tls import BROKEN, TlsPort, connect_to, end_sending, receive_all
 
 REQUESTS = 10_000
+REQUESTS_OVER_TLS = 3_000  # each with a handshake
 SEED = int(os.environ.get("ZU_SEED", "20261121"))
 MEMORY_BOUND = int(os.environ.get("ZU_MEMORY_MIB", "64")) * 1024  # KiB that the host may grow; sanitizers keep what is freed
 MOST_OPEN = 100  # slow clients at a time
@@ -180,13 +182,13 @@ class Attacker:
     """Sends requests as broken or hostile clients do."""
 
     def __init__(self, port, dice):
-        self.address = ("127.0.0.1", port)
+        self.port = port
         self.dice = dice
         self.open = collections.deque()  # clients that never complete their requests
         self.statuses = collections.Counter()
 
     def connect(self):
-        return socket.create_connection(self.address, timeout=PATIENCE)
+        return connect_to(self.port)
 
     def send(self, text):
         self.dice.choices([self.ask, self.ask_and_close_half, self.stop_half_way, self.leave_at_once], [85, 5, 5, 5])[0](text)
@@ -197,9 +199,9 @@ class Attacker:
             try:
                 client.sendall(text)
                 if ends:
-                    client.shutdown(socket.SHUT_WR)  # so that the host does not wait for the rest of an incomplete request
-                answer = b"".join(iter(lambda: client.recv(65536), b""))
-            except ConnectionError:
+                    end_sending(client)  # so that the host does not wait for the rest of an incomplete request
+                answer = receive_all(client)
+            except BROKEN:
                 answer = b""
         self.statuses[answer[9:12].decode("latin-1")] += 1
 
@@ -217,7 +219,7 @@ class Attacker:
         client = self.connect()
         try:
             client.sendall(text[:self.dice.randrange(1, max(2, min(len(text) // 2, 10_000)))])
-        except ConnectionError:
+        except BROKEN:
             pass
         self.open.append(client)
         if len(self.open) > MOST_OPEN:
@@ -229,7 +231,7 @@ class Attacker:
             client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, b"\1\0\0\0\0\0\0\0")
             try:
                 client.sendall(text)
-            except ConnectionError:
+            except BROKEN:
                 pass
 
     def end(self):
@@ -245,26 +247,33 @@ def resident_memory(process):
 
 class Hostile(unittest.TestCase):
     def test_ten_thousand_hostile_requests_change_nothing(self):
-        dice = random.Random(SEED)
         with Host("--log", "error") as host:
-            with RestClient(host.http_port) as rest:
-                before = rest.get("/controls").text
-            attacker = Attacker(host.http_port, dice)
-            self.attack(attacker, REQUESTS // 10)  # after it all one-time allocations are done
-            memory = resident_memory(host.process)
-            self.attack(attacker, REQUESTS - REQUESTS // 10)
-            grown = resident_memory(host.process) - memory
-            attacker.end()
+            self.attack_and_compare(host, host.http_port, REQUESTS)
 
-            with RestClient(host.http_port) as rest:
-                self.assertEqual(rest.get("/controls").text, before)
-                self.assertEqual(rest.get("/health").json["status"], "ok")
-            with ModbusClient(host.modbus_port) as client:
-                self.assertEqual(client.read(9000, 1), [0])
-            self.assertLess(grown, MEMORY_BOUND)
-            self.assertEqual(attacker.statuses["500"], 0, [line for line in host.errors if line and "Request" in line])
-            for status in ("200", "400", "403", "404", "405", "409", "413", "422", "431"):  # each occurred, so the kinds are effective
-                self.assertGreater(attacker.statuses[status], 0, attacker.statuses)
+    def test_hostile_requests_over_tls_change_nothing(self):
+        with Host("--log", "error", "--https", "127.0.0.1:0") as host:
+            self.attack_and_compare(host, TlsPort(host.ports["https"]), REQUESTS_OVER_TLS)
+
+    def attack_and_compare(self, host, port, requests):
+        dice = random.Random(SEED)
+        with RestClient(host.http_port) as rest:
+            before = rest.get("/controls").text
+        attacker = Attacker(port, dice)
+        self.attack(attacker, requests // 10)  # after it all one-time allocations are done
+        memory = resident_memory(host.process)
+        self.attack(attacker, requests - requests // 10)
+        grown = resident_memory(host.process) - memory
+        attacker.end()
+
+        with RestClient(host.http_port) as rest:
+            self.assertEqual(rest.get("/controls").text, before)
+            self.assertEqual(rest.get("/health").json["status"], "ok")
+        with ModbusClient(host.modbus_port) as client:
+            self.assertEqual(client.read(9000, 1), [0])
+        self.assertLess(grown, MEMORY_BOUND)
+        self.assertEqual(attacker.statuses["500"], 0, [line for line in host.errors if line and "Request" in line])
+        for status in ("200", "400", "403", "404", "405", "409", "413", "422", "431"):  # each occurred, so the kinds are effective
+            self.assertGreater(attacker.statuses[status], 0, attacker.statuses)
 
     def attack(self, attacker, count):
         for number in range(count):

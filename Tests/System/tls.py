@@ -9,6 +9,56 @@ import subprocess
 from host import PATIENCE
 
 
+BROKEN = (ConnectionError, ssl.SSLError)  # what a client sees when the host closes a connection, with or without TLS
+
+
+class TlsPort(int):
+    """The number of a port that takes TLS. Attacks get it in place of a plain port."""
+
+
+def connect_to(port):
+    """A connection to a port of the host; over TLS if it is a `TlsPort`."""
+    plain = socket.create_connection(("127.0.0.1", int(port)), timeout=PATIENCE)
+    if not isinstance(port, TlsPort):
+        return plain
+    try:
+        return context().wrap_socket(plain)
+    except BaseException:
+        plain.close()
+        raise
+
+
+def end_sending(client):
+    """The host reads the end of what the client sends; the client goes on to receive."""
+    if not isinstance(client, ssl.SSLSocket):
+        client.shutdown(socket.SHUT_WR)
+        return
+    client.settimeout(0)  # the end of TLS is sent; that of the host is not waited for
+    try:
+        client.unwrap()
+    except ssl.SSLWantReadError:
+        pass
+    client.settimeout(PATIENCE)
+
+
+def receive_all(client):
+    """What the host sends until it ends its side."""
+    parts = []
+    try:
+        while part := client.recv(65536):
+            parts.append(part)
+    except ssl.SSLZeroReturnError:
+        pass  # the end, when this side has ended too
+    return b"".join(parts)
+
+
+def http_connection(port):
+    """As `connect_to`, for HTTP."""
+    if isinstance(port, TlsPort):
+        return http.client.HTTPSConnection("127.0.0.1", int(port), timeout=PATIENCE, context=context())
+    return http.client.HTTPConnection("127.0.0.1", port, timeout=PATIENCE)
+
+
 def openssl(*words, **options):
     return subprocess.run(["openssl", *map(str, words)], capture_output=True, text=True, timeout=PATIENCE, check=True, **options)
 
