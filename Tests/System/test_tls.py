@@ -172,6 +172,11 @@ class UsersCertificate(unittest.TestCase):
                 with connect(port, self.authority.file) as third:
                     self.assertEqual(subject(third), "better")
 
+                with RestClient(host.http_port) as rest:
+                    lines = rest.get("/audit?limit=1000", Accept="application/x-ndjson").text.splitlines()
+                notes = [note["result"] for note in map(json.loads, lines) if note["what"] == "certificate"]
+                self.assertEqual(sorted(notes), ["done", f"refused: {certificate}: there is no certificate in it"])
+
                 first.sendall(GET_HEALTH)
                 self.assertTrue(first.recv(65536).startswith(b"HTTP/1.1 200 "), "the first connection is still there")
 
