@@ -93,7 +93,7 @@ std::unique_ptr<HttpsCertificate> ReadCertificate(Options const& options, DataFo
                : std::make_unique<Certificate>(Certificate::UsersFiles{options.certificateFile, options.keyFile});
 }
 
-/// What a person compares with the certificate that a browser shows.
+/// Prints the fingerprints, which people compare with the certificate that a browser shows.
 void PrintFingerprints(std::ostream& output, HttpsCertificate const& certificate)
 {
     output << "fingerprint https " << certificate.Current()->Own()->fingerprint << '\n';

@@ -19,8 +19,8 @@ namespace ZuHost
 
 /// Accepts connections at one address.
 ///
-/// Threads: after the constructor, `Accept` and `Close` belong to the strand, which must outlive no handler of the context:
-/// the listener is destroyed when the context's threads have ended.
+/// Ownership: the owner destroys the listener after the threads of the context have ended.
+/// Threads: after the constructor, `Accept` and `Close` belong to the strand.
 class HttpListener final
 {
 public:

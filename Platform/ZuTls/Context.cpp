@@ -28,7 +28,7 @@ constexpr char const* SIGNATURES = "ECDSA+SHA256:ECDSA+SHA384:ECDSA+SHA512:ed255
 constexpr int SECURITY_LEVEL = 2; // of OpenSSL: keys of 112 bits, which is RSA of 2048 bits
 constexpr int MAX_CHAIN = 6;
 
-/// What the callbacks of a context use. The inner OpenSSL object owns it.
+/// The data of the callbacks of a context. The inner OpenSSL object owns it.
 struct State
 {
     explicit State(Clock newClock) : clock(std::move(newClock)), tickets(clock.monotonicUsec)

@@ -22,7 +22,7 @@ enum class Side
     CLIENT
 };
 
-/// What a peer must show.
+/// The proof that a peer must show.
 enum class PeerProof
 {
     NOTHING,

@@ -10,7 +10,7 @@
 namespace ZuTest
 {
 
-/// What a certificate for a test shall be.
+/// The properties of a certificate for a test.
 struct CertificateWish
 {
     enum class KeyType
