@@ -31,7 +31,7 @@ namespace
 constexpr int EXIT_FINE = 0;
 constexpr int EXIT_BROKEN = 1;
 constexpr int EXIT_BAD_INPUT = 2;
-constexpr uint64 USEC_PER_SECOND = 1'000'000;
+constexpr uint64 SECOND_USEC = 1'000'000;
 
 void CheckPluginFolders(Options const& options)
 {
@@ -75,7 +75,7 @@ HttpServer::Settings CheckHttp(Options const& options, bool hasToken)
     settings.httpsAddress = options.httpsAddress;
     settings.httpsPort = options.httpsPort;
     settings.hasCallers = hasToken;
-    settings.commentPeriodUsec = USEC_PER_SECOND * options.keepAliveSeconds;
+    settings.commentPeriodUsec = SECOND_USEC * options.keepAliveSeconds;
     HttpServer::Check(settings);
     return settings;
 }

@@ -22,7 +22,7 @@ namespace ZuHost
 namespace
 {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr char const* ROUTE = "/audit";
 constexpr char const* HAL = "application/hal+json";
@@ -111,7 +111,7 @@ std::string QueryAfter(std::string_view query, int64 lastId)
     return next + "after=" + std::to_string(lastId);
 }
 
-Json JsonOf(TrailRecord const& record)
+OrderedJson JsonOf(TrailRecord const& record)
 {
     TrailEntry const& entry = record.entry;
     return {{"id", record.id},        {"time", record.time},  {"monotonicUsec", record.monotonicUsec},
@@ -120,9 +120,9 @@ Json JsonOf(TrailRecord const& record)
             {"count", record.count},  {"hash", record.hash}};
 }
 
-std::string Written(Json const& document)
+std::string Written(OrderedJson const& document)
 {
-    return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return document.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
 }
 
 /// A field of CSV (RFC 4180). A table program would take a text that begins like a formula for one.
@@ -173,14 +173,14 @@ std::string AsLines(std::vector<TrailRecord> const& records)
 
 std::string AsHal(std::vector<TrailRecord> const& records, std::string const& query, uint64 limit, int64 lastId)
 {
-    Json links{{"self", {{"href", ROUTE + (query.empty() ? "" : "?" + query)}}}};
+    OrderedJson links{{"self", {{"href", ROUTE + (query.empty() ? "" : "?" + query)}}}};
     if (records.size() == limit)
     {
         links["next"] = {{"href", ROUTE + ("?" + QueryAfter(query, records.back().id))}};
     }
     int64 const beforeLast = std::max<int64>(lastId - static_cast<int64>(limit), 0);
     links["last"] = {{"href", ROUTE + ("?" + QueryAfter(query, beforeLast))}};
-    Json entries = Json::array();
+    OrderedJson entries = OrderedJson::array();
     for (TrailRecord const& record : records)
     {
         entries.push_back(JsonOf(record));

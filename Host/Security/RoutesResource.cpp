@@ -11,18 +11,18 @@ namespace ZuHost
 namespace
 {
 
-constexpr char const* ROUTE = "/routes";
+constexpr char const* PATH_OF_ROUTES = "/routes";
 
 } // namespace
 
 RoutesResource::RoutesResource(ZuRest::ResourceRouter& usedRouter) : router(usedRouter)
 {
-    router.Register(ROUTE, *this);
+    router.Register(PATH_OF_ROUTES, *this);
 }
 
 RoutesResource::~RoutesResource()
 {
-    router.Deregister(ROUTE, false);
+    router.Deregister(PATH_OF_ROUTES, false);
 }
 
 nlohmann::json RoutesResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::ResponseInfo& /*response*/)

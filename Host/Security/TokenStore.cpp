@@ -64,7 +64,7 @@ void CheckName(std::string const& name)
     }
 }
 
-Json TimeOrNull(std::optional<int64> seconds)
+Json NumberOrNull(std::optional<int64> seconds)
 {
     return seconds.has_value() ? Json(*seconds) : Json();
 }
@@ -269,8 +269,8 @@ Json TokenStore::DocumentOf(Entries const& entries)
                         {"role", ZuCommon::RoleName(entry.token.role)},
                         {"sha256", hash},
                         {"made", entry.token.madeSeconds},
-                        {"end", TimeOrNull(entry.token.endSeconds)},
-                        {"lastUse", TimeOrNull(entry.token.lastUseSeconds)},
+                        {"end", NumberOrNull(entry.token.endSeconds)},
+                        {"lastUse", NumberOrNull(entry.token.lastUseSeconds)},
                         {"ended", entry.token.hasEnded}});
     }
     return {{"tokens", std::move(list)}};

@@ -29,7 +29,7 @@
     ZU_PLUGIN_ABI_QUOTE(NLOHMANN_JSON_VERSION_MAJOR)                                                                   \
     "." ZU_PLUGIN_ABI_QUOTE(NLOHMANN_JSON_VERSION_MINOR) "." ZU_PLUGIN_ABI_QUOTE(NLOHMANN_JSON_VERSION_PATCH)
 
-#define ZU_PLUGIN_ABI_NUMBER "3"
+#define ZU_PLUGIN_ABI_NUMBER "4"
 
 /// The ABI text of the code that is being compiled.
 #define ZU_PLUGIN_ABI_TEXT                                                                                             \

@@ -99,10 +99,8 @@ void CheckValidity(Certificate const& certificate, std::filesystem::path const& 
     }
 }
 
-} // namespace
-
 /// Fills a new context.
-class Context::Maker final
+class Maker final
 {
 public:
     Maker(Side newSide, Settings const& newSettings, Clock const& clock)
@@ -276,6 +274,8 @@ private:
     std::shared_ptr<ssl_ctx_st> const context;
     State* state = nullptr;
 };
+
+} // namespace
 
 Context::Context(Side side, Settings const& settings, Clock const& clock)
     : peerName(side == Side::CLIENT ? settings.peerName : ""), native(Maker(side, settings, clock).Make(own))

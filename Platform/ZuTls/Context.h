@@ -76,8 +76,6 @@ public:
     std::optional<Certificate> const& Own() const noexcept;
 
 private:
-    class Maker;
-
     std::optional<Certificate> own;
     std::string peerName;
     std::shared_ptr<ssl_ctx_st> native;

@@ -11,11 +11,11 @@ using ZuCommon::Role;
 namespace
 {
 
-constexpr std::size_t MOST_SHOWN_BYTES = 64; // of a faulty entry
+constexpr std::size_t LONGEST_QUOTE_BYTES = 64; // of a faulty entry
 
 [[noreturn]] void Refuse(std::string_view entry, char const* reason)
 {
-    ZU_THROW(Zu::Status::BAD_ARGUMENT, "roles: \"%s\" %s", std::string(entry.substr(0, MOST_SHOWN_BYTES)).c_str(),
+    ZU_THROW(Zu::Status::BAD_ARGUMENT, "roles: \"%s\" %s", std::string(entry.substr(0, LONGEST_QUOTE_BYTES)).c_str(),
              reason);
 }
 
