@@ -192,7 +192,7 @@ std::string Parameters(std::string_view text)
     {
         return document->is_structured() ? Written(*document) : Cut(Printable(text), MAX_PARAMETER_BYTES);
     }
-    if (LooksLikeJson(text))
+    if (LooksLikeJson(text) || text.find('\0') != std::string_view::npos)
     {
         return "(" + std::to_string(text.size()) + " bytes)";
     }

@@ -22,8 +22,8 @@ bool IsSecretName(std::string_view name);
 void Mask(nlohmann::json& document);
 
 /// The text as the trail keeps it: secrets in a JSON text are masked, control characters are escapes, and a text over
-/// MAX_PARAMETER_BYTES is cut with a mark. A text that begins like JSON but is none could hide a secret: only its size
-/// is kept.
+/// MAX_PARAMETER_BYTES is cut with a mark. A text that begins like JSON but is none could hide a secret, and one
+/// with a NUL is a file: only their size is kept.
 std::string Parameters(std::string_view text);
 
 /// A text of one line, cut after MAX_NAME_BYTES with a mark.

@@ -34,6 +34,11 @@ TEST(TrailText, KeepsOnlyTheSizeOfTextThatBeginsLikeJsonButIsNone)
     EXPECT_EQ(Parameters(std::string(100, '[') + std::string(100, ']')), "(200 bytes)");
 }
 
+TEST(TrailText, KeepsOnlyTheSizeOfAFile)
+{
+    EXPECT_EQ(Parameters(std::string_view("SQLite format 3\0...", 19)), "(19 bytes)");
+}
+
 TEST(TrailText, KeepsOtherTextOnOneLine)
 {
     EXPECT_EQ(Parameters(""), "");
