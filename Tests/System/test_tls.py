@@ -237,7 +237,7 @@ class Protocol(unittest.TestCase):
             report = pathlib.Path(folder) / "report.json"
             subprocess.run(["testssl", "--quiet", "--color", "0", "--warnings", "off", "--nodns=min", "--ip=one", "--jsonfile", report,
                             "--add-ca", authority_of(self.host), f"localhost:{self.port}"],
-                           capture_output=True, timeout=500, check=False)  # its exit status says nothing
+                           capture_output=True, timeout=900, check=False)  # its exit status says nothing
             findings = {one["id"]: one for one in json.loads(report.read_text())}
         bad = {name: (one["severity"], one["finding"]) for name, one in findings.items()
                if one["severity"] not in ("OK", "INFO") and name not in NOT_OF_THE_TRANSPORT}
