@@ -10,8 +10,8 @@ import unittest
 
 from installation import (PRIVATE_DEPENDENCIES, hide_private_dependencies, install, library_headers, package_folder, run)
 
-C_LIBRARY = ("arpa/", "netinet/", "sys/", "dlfcn.h", "elf.h", "fcntl.h", "getopt.h", "malloc.h", "poll.h", "pthread.h", "semaphore.h",
-             "unistd.h")
+C_LIBRARY = ("arpa/", "netinet/", "sys/", "dlfcn.h", "elf.h", "fcntl.h", "getopt.h", "ifaddrs.h", "malloc.h", "poll.h", "pthread.h",
+             "semaphore.h", "unistd.h")
 PUBLIC_DEPENDENCIES = ("nlohmann/",)
 
 

@@ -174,6 +174,28 @@ TEST_F(TcpTlsTest, ReadsARecordThatIsLargerThanTheRoom)
     ExpectEcho(client, std::string(10'000, 'x')); // the conversation takes 16 bytes at a time
 }
 
+TEST_F(TcpTlsTest, GoesOnWhenAClientTakesItsAnswersLate)
+{
+    Start(Settings(TcpSecurity::SERVER_CERTIFICATE));
+    TlsClient client(server.Port(), ContextOf(plant.Anonymous()), 0, "127.0.0.1", 4096);
+    ExpectEcho(client);
+    std::string const text(500'000, 'x');
+    client.Send(text); // the buffers of the system take it, but not all answers
+    ZuTest::CallLog visits;
+    while (visits.Count("stalled") == 0)
+    {
+        std::size_t const before = visits.All().size();
+        server.PostToEach([&visits](ITcpConversation& conversation) {
+            visits.Add(conversation.Pending().empty() ? "served" : "stalled");
+            return true; // writes again what could not be written
+        });
+        server.Apply(applied); // returns after the visit
+        ASSERT_GT(visits.All().size(), before) << "the client is gone";
+    }
+
+    EXPECT_EQ(client.Receive(text.size()), text);
+}
+
 TEST_F(TcpTlsTest, AnswersAClientThatHasEndedItsSide)
 {
     Start(Settings(TcpSecurity::SERVER_CERTIFICATE));

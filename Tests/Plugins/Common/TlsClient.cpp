@@ -22,8 +22,9 @@ namespace
 
 } // namespace
 
-TlsClient::TlsClient(uint16 port, ZuTls::Context const& context, int highestVersion, char const* ownAddress)
-    : client(port, 0, ownAddress), session(SSL_new(context.Native()), &SSL_free)
+TlsClient::TlsClient(uint16 port, ZuTls::Context const& context, int highestVersion, char const* ownAddress,
+                     int receiveBufferBytes)
+    : client(port, receiveBufferBytes, ownAddress), session(SSL_new(context.Native()), &SSL_free)
 {
     SSL_set_fd(session.get(), client.Descriptor());
     SSL_set_max_proto_version(session.get(), highestVersion);

@@ -15,8 +15,10 @@ namespace PluginCommon
 class TlsClient final
 {
 public:
-    /// Connects and shakes hands. `highestVersion` is a number of OpenSSL; 0 for the highest.
-    TlsClient(uint16 port, ZuTls::Context const& context, int highestVersion = 0, char const* ownAddress = "127.0.0.1");
+    /// Connects and shakes hands. `highestVersion` is a number of OpenSSL; 0 for the highest. `receiveBufferBytes` is the
+    /// size of the socket's receive buffer; 0 selects the default of the system.
+    TlsClient(uint16 port, ZuTls::Context const& context, int highestVersion = 0, char const* ownAddress = "127.0.0.1",
+              int receiveBufferBytes = 0);
     ~TlsClient(); ///< closes the connection without a word
     TlsClient(TlsClient const&) = delete;
     TlsClient& operator=(TlsClient const&) = delete;
