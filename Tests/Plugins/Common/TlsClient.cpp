@@ -5,6 +5,8 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 
+#include <csignal>
+#include <ctime>
 #include <stdexcept>
 
 namespace PluginCommon
@@ -12,6 +14,32 @@ namespace PluginCommon
 
 namespace
 {
+
+/// Keeps a write to a closed connection from ending the process, on this thread only: the server must do without.
+class WithoutPipeSignal final
+{
+public:
+    WithoutPipeSignal()
+    {
+        sigemptyset(&pipe);
+        sigaddset(&pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipe, &before);
+    }
+
+    ~WithoutPipeSignal()
+    {
+        timespec const atOnce{};
+        sigtimedwait(&pipe, nullptr, &atOnce); // takes a pending one
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+    WithoutPipeSignal(WithoutPipeSignal const&) = delete;
+    WithoutPipeSignal& operator=(WithoutPipeSignal const&) = delete;
+
+private:
+    sigset_t pipe{};
+    sigset_t before{};
+};
 
 [[noreturn]] void Fail(char const* what, ssl_st const& session)
 {
@@ -29,6 +57,7 @@ TlsClient::TlsClient(uint16 port, ZuTls::Context const& context, int highestVers
     SSL_set_fd(session.get(), client.Descriptor());
     SSL_set_max_proto_version(session.get(), highestVersion);
     context.Prepare(*session);
+    WithoutPipeSignal const quiet;
     if (SSL_connect(session.get()) != 1)
     {
         Fail("handshake", *session);
@@ -39,6 +68,7 @@ TlsClient::~TlsClient() = default;
 
 void TlsClient::Send(std::string const& bytes)
 {
+    WithoutPipeSignal const quiet;
     if (SSL_write(session.get(), bytes.data(), static_cast<int>(bytes.size())) != static_cast<int>(bytes.size()))
     {
         Fail("send", *session);
@@ -47,6 +77,7 @@ void TlsClient::Send(std::string const& bytes)
 
 std::string TlsClient::Receive(std::size_t count)
 {
+    WithoutPipeSignal const quiet; // TLS may answer while it reads
     std::string bytes(count, '\0');
     for (std::size_t got = 0; got < count;)
     {
@@ -62,11 +93,13 @@ std::string TlsClient::Receive(std::size_t count)
 
 void TlsClient::EndSending()
 {
+    WithoutPipeSignal const quiet;
     SSL_shutdown(session.get());
 }
 
 bool TlsClient::IsEndedByServer()
 {
+    WithoutPipeSignal const quiet;
     char byte = 0;
     int const result = SSL_read(session.get(), &byte, 1);
     bool const isEnded = SSL_get_error(session.get(), result) == SSL_ERROR_ZERO_RETURN;
@@ -76,6 +109,7 @@ bool TlsClient::IsEndedByServer()
 
 bool TlsClient::IsClosedByServer()
 {
+    WithoutPipeSignal const quiet;
     char byte = 0;
     int const result = SSL_read(session.get(), &byte, 1);
     bool const isTimeout = result <= 0 && SSL_get_error(session.get(), result) == SSL_ERROR_WANT_READ;
