@@ -23,7 +23,7 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 21> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 22> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
         {NO_CONTENT, "No Content"},
@@ -39,6 +39,7 @@ char const* Title(uint32 status) noexcept
         {PRECONDITION_FAILED, "Precondition Failed"},
         {CONTENT_TOO_LARGE, "Content Too Large"},
         {UNPROCESSABLE_CONTENT, "Unprocessable Content"},
+        {TOO_MANY_REQUESTS, "Too Many Requests"},
         {HEADERS_TOO_LARGE, "Request Header Fields Too Large"},
         {INTERNAL_ERROR, "Internal Server Error"},
         {NOT_IMPLEMENTED, "Not Implemented"},

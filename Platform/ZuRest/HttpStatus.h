@@ -22,6 +22,7 @@ inline constexpr uint32 CONFLICT = 409;
 inline constexpr uint32 PRECONDITION_FAILED = 412;
 inline constexpr uint32 CONTENT_TOO_LARGE = 413;
 inline constexpr uint32 UNPROCESSABLE_CONTENT = 422;
+inline constexpr uint32 TOO_MANY_REQUESTS = 429;
 inline constexpr uint32 HEADERS_TOO_LARGE = 431;
 inline constexpr uint32 INTERNAL_ERROR = 500;
 inline constexpr uint32 NOT_IMPLEMENTED = 501;
