@@ -47,11 +47,13 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
                    std::move(source)),
       jobsResources(sensorModule.Router(), jobs),
       securityStore(dataFolder.SecurityFile()),
+      loginService(sensorModule.Router(), securityStore, trail, options.dataFolder,
+                   [this](ZuRest::Caller const& caller) { return gatekeeper.IsCurrent(caller); }),
       tokenFile(token),
       tokens(securityStore),
       tokenResources(sensorModule.Router(), tokens),
       routesResource(sensorModule.Router()),
-      gatekeeper({&tokenFile, &tokens}, trail,
+      gatekeeper({&tokenFile, &tokens, &loginService.Callers()}, trail,
                  [this](auto const& path) { return sensorModule.RequestProcessor().MethodsAt(path); }),
       httpServer(sensorModule.RequestProcessor(), gatekeeper)
 {
@@ -175,6 +177,7 @@ std::vector<Application::Listener> Application::Start()
     {
         sensorModule.Core().Start(false);
     }
+    OfferFirstAdministrator();
     jobs.Run();
     startRetry.Run();
     watch->Start();
@@ -208,6 +211,20 @@ void Application::ReadCertificateAgain()
     if (certificateWatch.has_value())
     {
         certificateWatch->ReadAgain();
+    }
+}
+
+/// Offers a one-time code if nobody could use a service that other machines reach, or if it was asked for.
+void Application::OfferFirstAdministrator()
+{
+    if (std::string const fault = loginService.Fault(); !fault.empty())
+    {
+        ZU_LOG_ERROR("%s", fault.c_str());
+        problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "Users", "%1$s", fault.c_str());
+    }
+    if (options.resetsAdministrator || (!httpServer.IsLocal() && !gatekeeper.HasCallers()))
+    {
+        loginService.OfferFirstAdministrator();
     }
 }
 

@@ -15,6 +15,7 @@
 #include "Host/Resources/HostResources.h"
 #include "Host/Retry/StartRetry.h"
 #include "Host/Security/Gatekeeper.h"
+#include "Host/Security/LoginService.h"
 #include "Host/Security/RoutesResource.h"
 #include "Host/Security/SecurityStore.h"
 #include "Host/Security/TokenFile.h"
@@ -91,6 +92,7 @@ public:
 private:
     void LoadPlugins(PluginClinic::Admission const& plugins);
     void ListenForRestClients(HttpServer::Settings settings, HttpsCertificate* certificate);
+    void OfferFirstAdministrator();
     void RaiseComplaint(std::string const& sentence);
     void NoteChanges();
     void BeginTokens();
@@ -122,6 +124,7 @@ private:
     JobsResources jobsResources;
     std::optional<AuthorityPage> authorityPage;
     SecurityStore securityStore;
+    LoginService loginService;
     TokenFile tokenFile;
     TokenStore tokens;
     TokenResources tokenResources;

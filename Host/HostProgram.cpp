@@ -65,8 +65,8 @@ std::unique_ptr<IProfileSource> MakeSource(Options const& options)
     return std::make_unique<Replay>(ReadPcd(options.replayFile));
 }
 
-/// The addresses of the REST service. Refuses an address that may not be used without a token or a certificate.
-HttpServer::Settings CheckHttp(Options const& options, bool hasToken)
+/// The addresses of the REST service. Refuses an address that may not be used without encryption.
+HttpServer::Settings CheckHttp(Options const& options)
 {
     HttpServer::Settings settings;
     settings.address = options.httpAddress;
@@ -74,7 +74,6 @@ HttpServer::Settings CheckHttp(Options const& options, bool hasToken)
     settings.isInsecure = options.isInsecure;
     settings.httpsAddress = options.httpsAddress;
     settings.httpsPort = options.httpsPort;
-    settings.hasCallers = hasToken;
     settings.commentPeriodUsec = SECOND_USEC * options.keepAliveSeconds;
     HttpServer::Check(settings);
     return settings;
@@ -157,7 +156,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
 {
     OrderlyStop::SetStep("reading the files of the command line");
     std::string const token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
-    HttpServer::Settings const httpSettings = CheckHttp(options, !token.empty());
+    HttpServer::Settings const httpSettings = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
     DataFolder const dataFolder(options.dataFolder);

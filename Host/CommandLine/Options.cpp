@@ -27,6 +27,7 @@ enum OptionCode : int
     OPERATION_LIMIT,
     STOP_LIMIT,
     TOKEN,
+    RESET_ADMINISTRATOR,
     DATA,
     JOB,
     PLUGINS,
@@ -58,6 +59,7 @@ constexpr std::array OPTION_TABLE{
     option{"operation-limit", required_argument, nullptr, OPERATION_LIMIT},
     option{"stop-limit", required_argument, nullptr, STOP_LIMIT},
     option{"token", required_argument, nullptr, TOKEN},
+    option{"reset-administrator", no_argument, nullptr, RESET_ADMINISTRATOR},
     option{"data", required_argument, nullptr, DATA},
     option{"job", required_argument, nullptr, JOB},
     option{"plugins", required_argument, nullptr, PLUGINS},
@@ -225,6 +227,9 @@ void Apply(int code, std::string const& text, Options& options)
     case TOKEN:
         options.tokenFile = ParseNotEmpty("token", text);
         break;
+    case RESET_ADMINISTRATOR:
+        options.resetsAdministrator = true;
+        break;
     case DATA:
         options.dataFolder = ParseNotEmpty("data", text);
         break;
@@ -375,8 +380,9 @@ std::string HelpText()
            "  --key FILE           the private key of the certificate\n"
            "  --insecure           let --http take any address, without encryption\n"
            "  --keep-alive SECONDS how often a stream without news sends a comment (15)\n"
-           "  --token FILE         ask REST clients for the bearer token in this file; any address but one of this\n"
-           "                       machine alone needs it\n"
+           "  --token FILE         ask REST clients for the bearer token in this file\n"
+           "  --reset-administrator\n"
+           "                       show a one-time code with which POST /setup makes an administrator\n"
            "  --data DIR           where jobs and settings live (zucontrol-data)\n"
            "  --job NAME           the job to begin with (default)\n"
            "  --plugins DIR        folder of protocol plug-ins; may be repeated (plugins, beside the program)\n"

@@ -67,6 +67,7 @@ struct Options
     std::filesystem::path certificateFile; ///< for TLS; empty: the host makes its own
     std::filesystem::path keyFile;         ///< empty if and only if there is no certificate file
     uint64 keepAliveSeconds = 15;          ///< interval of comments on an event stream without news
+    bool resetsAdministrator = false;      ///< offer a one-time code for a new administrator
     std::filesystem::path tokenFile;       ///< empty: the REST service asks for no token
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     JobName jobName{"default"};

@@ -58,16 +58,6 @@ asio::ip::address ParseAddress(std::string const& text, uint16 port)
     return address;
 }
 
-void CheckCallers(asio::ip::address const& address, uint16 port, bool hasCallers)
-{
-    if (!address.is_loopback() && !hasCallers)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT,
-                 "The REST service listens on %s only with a token: give one with --token FILE, or take 127.0.0.1:%u",
-                 HttpListener::TextOf(address.to_string(), port).c_str(), unsigned{port});
-    }
-}
-
 /// The address of the listener for HTTP. Throws as `HttpServer::Check` does.
 asio::ip::address PlainAddress(HttpServer::Settings const& settings)
 {
@@ -80,15 +70,6 @@ asio::ip::address PlainAddress(HttpServer::Settings const& settings)
                  "--insecure as well",
                  where.c_str(), where.c_str());
     }
-    CheckCallers(address, settings.port, settings.hasCallers);
-    return address;
-}
-
-/// As `PlainAddress`, of the listener for HTTPS.
-asio::ip::address EncryptedAddress(HttpServer::Settings const& settings)
-{
-    auto const address = ParseAddress(settings.httpsAddress, settings.httpsPort);
-    CheckCallers(address, settings.httpsPort, settings.hasCallers);
     return address;
 }
 
@@ -242,7 +223,7 @@ HttpServer::Core::Core(ZuRest::ResourceRequestProcessor& usedProcessor, IGatekee
     if (!settings.httpsAddress.empty())
     {
         SetTls(*settings.tls);
-        encrypted.emplace(context, strand, EncryptedAddress(settings), settings.httpsPort,
+        encrypted.emplace(context, strand, ParseAddress(settings.httpsAddress, settings.httpsPort), settings.httpsPort,
                           [this](Socket socket) { WelcomeEncrypted(std::move(socket)); });
     }
 }
@@ -416,7 +397,7 @@ void HttpServer::Check(Settings const& settings)
     PlainAddress(settings);
     if (!settings.httpsAddress.empty())
     {
-        EncryptedAddress(settings);
+        ParseAddress(settings.httpsAddress, settings.httpsPort);
     }
 }
 

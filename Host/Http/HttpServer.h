@@ -48,7 +48,6 @@ public:
         std::string httpsAddress;                  ///< of the listener for HTTPS; empty: there is none
         uint16 httpsPort = 0;                      ///< 0 takes a free one
         std::shared_ptr<ZuTls::Context const> tls; ///< for HTTPS: of the side of servers
-        bool hasCallers = false;                   ///< callers can prove themselves: required beyond this machine
         uint64 maxConnections = 512; ///< for a further connection an idle one is closed; 503 if none is idle
 
         uint64 idleTimeoutUsec = 60'000'000;    ///< between two requests: the connection is closed
@@ -67,8 +66,8 @@ public:
     HttpServer(HttpServer const&) = delete;
     HttpServer& operator=(HttpServer const&) = delete;
 
-    /// Throws `Zu::Status::BAD_ARGUMENT` for a text that is no address, for an address that requires encryption and for
-    /// one that requires callers. The text of the exception tells the user what to do. `tls` may be null here.
+    /// Throws `Zu::Status::BAD_ARGUMENT` for a text that is no address and for an address that requires encryption. The
+    /// text of the exception tells the user what to do. `tls` may be null here.
     static void Check(Settings const& settings);
 
     /// Binds the addresses and listens. Clients can connect, but get answers only after `Start`. Throws as `Check` does;

@@ -47,6 +47,9 @@ constexpr std::array RELATIONS{
     Relation{"health", "Whether the service is there, and for how long. It asks for no token."},
     Relation{"authority",
              "The authority that has signed the certificate for HTTPS, as a PEM file. It asks for no token."},
+    Relation{"session", "The caller with its role. POST logs a user in, DELETE logs the user out."},
+    Relation{"sessions", "The sessions of the caller, for administrators all. DELETE ends one of them."},
+    Relation{"users", "The users, for administrators. POST adds one, PATCH changes one, DELETE removes one."},
     Relation{"problems", "The problems that stand now, the oldest first."},
     Relation{"audit", "The trail: what was done, by whom, from where and with what result. Accept: text/csv and "
                       "application/x-ndjson give it as a table and as lines."},

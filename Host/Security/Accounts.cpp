@@ -299,6 +299,11 @@ Accounts::Verdict Accounts::CheckPassword(Caller const& caller, std::optional<Us
 /// Checks a new password and returns its hash.
 std::string Accounts::HashOf(UserName const& name, std::string const& password)
 {
+    if (!parts.words.Exists())
+    {
+        ZU_LOG_WARNING("There is no dictionary at %s, so a new password is not compared with it",
+                       parts.words.Path().c_str());
+    }
     std::string const prepared = PasswordRules::Prepared(password);
     if (std::string const fault = PasswordRules::FaultOf(prepared, name, parts.words); !fault.empty())
     {

@@ -129,8 +129,12 @@ Zu::Signal<>& Gatekeeper::EndedSignal() noexcept
 
 bool Gatekeeper::IsOpen() const noexcept
 {
-    return !isBeyondLoopback &&
-           std::ranges::none_of(sources, [](ICallerSource const* source) { return source->HasCallers(); });
+    return !isBeyondLoopback && !HasCallers();
+}
+
+bool Gatekeeper::HasCallers() const noexcept
+{
+    return std::ranges::any_of(sources, [](ICallerSource const* source) { return source->HasCallers(); });
 }
 
 /// The proof of the first source that knows the caller. A secret that some source takes for wrong may be right for the

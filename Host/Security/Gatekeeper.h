@@ -43,6 +43,9 @@ public:
     /// Whether other machines reach the service. True until the first call. Any thread may call.
     void SetBeyondLoopback(bool isBeyond) noexcept;
 
+    /// Whether any source may have callers. Any thread may call.
+    bool HasCallers() const noexcept;
+
     Admission Admit(Credentials const& credentials) override;
     bool IsCurrent(ZuRest::Caller const& caller) const noexcept override;
 

@@ -23,13 +23,15 @@ constexpr std::size_t GROUPS = 4;
 constexpr std::size_t GROUP_CHARACTERS = 4;
 constexpr std::string_view ALPHABET = "23456789ABCDEFGHJKLMNPQRSTUVWXYZ"; // without characters that look alike
 
+constexpr std::string_view IGNORED = "- \t\r\n";
+
 /// The code as it is compared.
 std::string Plain(std::string const& text)
 {
     std::string plain;
     for (char const one : text)
     {
-        if (one == '-' || one == ' ')
+        if (IGNORED.find(one) != IGNORED.npos)
         {
             continue;
         }

@@ -126,14 +126,6 @@ INSTANTIATE_TEST_SUITE_P(
             {"--http", "0.0.0.0:8080"},
             "The REST service does not listen on 0.0.0.0:8080 without encryption: give --https 0.0.0.0:8080 in "
             "place of --http, or --insecure as well"},
-        BadInputCase{"HttpForAllWithoutToken",
-                     {"--http", "0.0.0.0:8080", "--insecure"},
-                     "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token FILE, or take "
-                     "127.0.0.1:8080"},
-        BadInputCase{"HttpForAllOfVersionSix",
-                     {"--https", "[::]:0"},
-                     "The REST service listens on [::]:0 only with a token: give one with --token FILE, or take "
-                     "127.0.0.1:0"},
         BadInputCase{"Token",
                      {"--http", "0.0.0.0:0", "--token", "nowhere.token"},
                      "option '--token': nowhere.token: No such file or directory"},

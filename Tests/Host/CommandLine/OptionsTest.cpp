@@ -26,6 +26,7 @@ TEST(Options, HasItsDefaultsWithoutAnyWord)
     EXPECT_EQ(options.httpAddress, "127.0.0.1");
     EXPECT_EQ(options.httpPort, 8080);
     EXPECT_TRUE(options.tokenFile.empty());
+    EXPECT_FALSE(options.resetsAdministrator);
     EXPECT_EQ(options.dataFolder, "zucontrol-data");
     EXPECT_EQ(options.jobName.Text(), "default");
     EXPECT_TRUE(options.pluginFolders.empty());
@@ -69,6 +70,7 @@ TEST(Options, ReadsEveryOption)
                                    "0.0.0.0:80",
                                    "--token",
                                    "secret",
+                                   "--reset-administrator",
                                    "--data",
                                    "d",
                                    "--job",
@@ -97,6 +99,7 @@ TEST(Options, ReadsEveryOption)
     EXPECT_EQ(options.httpAddress, "0.0.0.0");
     EXPECT_EQ(options.httpPort, 80);
     EXPECT_EQ(options.tokenFile, "secret");
+    EXPECT_TRUE(options.resetsAdministrator);
     EXPECT_EQ(options.dataFolder, "d");
     EXPECT_EQ(options.jobName.Text(), "line 3");
     EXPECT_EQ(options.pluginFolders, (std::vector<std::filesystem::path>{"a", "b"}));
@@ -178,15 +181,34 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--http ",        "--https",       "--certificate",
-                             "--key ",         "--insecure",    "--token",
-                             "--data",         "--job",         "--plugins",
-                             "--check-plugin", "--check-trail", "--plugin-keys",
-                             "--trail-days",   "--trail-mib",   "--allow-core-dumps",
-                             "--deployment",   "--replay",      "--still",
-                             "--rate",         "--keep-alive",  "--operation-limit",
-                             "--stop-limit",   "--start",       "--enable",
-                             "--param",        "--log",         "--help",
+    for (char const* name : {"--http ",
+                             "--https",
+                             "--certificate",
+                             "--key ",
+                             "--insecure",
+                             "--token",
+                             "--reset-administrator",
+                             "--data",
+                             "--job",
+                             "--plugins",
+                             "--check-plugin",
+                             "--check-trail",
+                             "--plugin-keys",
+                             "--trail-days",
+                             "--trail-mib",
+                             "--allow-core-dumps",
+                             "--deployment",
+                             "--replay",
+                             "--still",
+                             "--rate",
+                             "--keep-alive",
+                             "--operation-limit",
+                             "--stop-limit",
+                             "--start",
+                             "--enable",
+                             "--param",
+                             "--log",
+                             "--help",
                              "--version"})
     {
         EXPECT_NE(help.find(name), std::string::npos) << name;

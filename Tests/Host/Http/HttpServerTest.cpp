@@ -341,7 +341,6 @@ TEST_F(HttpServerTest, AsksForAnyNameWhenOthersReachIt)
 {
     settings.address = "0.0.0.0";
     settings.isInsecure = true;
-    settings.hasCallers = true;
     gatekeeper.token.Set("0123456789abcdef");
     Start();
     std::string const token = "Authorization: Bearer 0123456789abcdef\r\n";
@@ -932,22 +931,14 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
     std::string const port = std::to_string(server.Port());
     HttpServer::Settings taken;
     taken.port = server.Port();
-    HttpServer::Settings open;
-    open.address = "0.0.0.0";
-    open.isInsecure = true;
     HttpServer::Settings plain;
     plain.address = "0.0.0.0";
-    plain.hasCallers = true;
     HttpServer::Settings noAddress;
     noAddress.address = "localhost";
 
     EXPECT_EQ(
         ZuTest::RefusalOf([&] { other.Listen(taken); }),
         (ZuTest::Refusal{-976, "The REST service cannot listen on 127.0.0.1:" + port + ": Address already in use"}));
-    EXPECT_EQ(
-        ZuTest::RefusalOf([&] { other.Listen(open); }),
-        (ZuTest::Refusal{-997, "The REST service listens on 0.0.0.0:8080 only with a token: give one with --token "
-                               "FILE, or take 127.0.0.1:8080"}));
     EXPECT_EQ(
         ZuTest::RefusalOf([&] { other.Listen(plain); }),
         (ZuTest::Refusal{-997, "The REST service does not listen on 0.0.0.0:8080 without encryption: give --https "

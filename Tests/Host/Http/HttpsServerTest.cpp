@@ -300,24 +300,9 @@ TEST_F(HttpsServerTest, TakesRequestsOfItsOwnPagesOnly)
     EXPECT_EQ(Connect().Send("POST", "/thing", "", "Origin: http://localhost\r\n")->status, 403U);
 }
 
-TEST_F(HttpsServerTest, NeedsATokenBeyondThisMachine)
-{
-    settings.httpsAddress = "0.0.0.0";
-    settings.httpsPort = 8443;
-
-    EXPECT_EQ(ZuTest::RefusalOf([&] { HttpServer::Check(settings); }),
-              (ZuTest::Refusal{Zu::Status::BAD_ARGUMENT,
-                               "The REST service listens on 0.0.0.0:8443 only with a token: give one "
-                               "with --token FILE, or take 127.0.0.1:8443"}));
-    settings.hasCallers = true;
-    gatekeeper.token.Set("0123456789abcdef");
-    EXPECT_EQ(ZuTest::RefusalOf([&] { HttpServer::Check(settings); }), (ZuTest::Refusal{Zu::Status::SUCCESS, ""}));
-}
-
 TEST_F(HttpsServerTest, AnswersToAnyNameBeyondThisMachineAndToLocalNamesOverHttp)
 {
     settings.httpsAddress = "0.0.0.0";
-    settings.hasCallers = true;
     gatekeeper.token.Set("0123456789abcdef");
     Start();
     std::string const request =

@@ -63,7 +63,7 @@ TEST_F(SetupCodeTest, IsReadAsPeopleType)
     {
         one = one == '-' ? ' ' : static_cast<char>(std::tolower(static_cast<unsigned char>(one)));
     }
-    EXPECT_TRUE(code.Matches(typed));
+    EXPECT_TRUE(code.Matches(typed + "\r\n")) << "a line of a file";
     std::erase(typed, ' ');
     EXPECT_TRUE(code.Matches(typed));
     EXPECT_FALSE(code.Matches(typed.substr(1)));
