@@ -24,8 +24,8 @@ using Json = nlohmann::json;
 
 constexpr std::size_t MAX_COMPARED_BYTES = 256 * 1024; // larger documents are not compared: it would take too long
 
-/// Logins come as entries of their own, with the name of the user.
-constexpr std::array<std::string_view, 4> THAT_NOTE_THEMSELVES{"/login", "/logout", "/session", "/sessions"};
+/// Logins and changes of users come as entries of their own, with the name of the user.
+constexpr std::array<std::string_view, 4> THAT_NOTE_THEMSELVES{"/session", "/sessions", "/setup", "/users"};
 
 bool IsBelow(std::string_view path, std::string_view head)
 {

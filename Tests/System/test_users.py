@@ -176,6 +176,30 @@ class Users(unittest.TestCase):
         for text in texts:
             self.assertNotIn("argon2", text)
 
+    def test_the_trail_names_logins_and_changes_of_users(self):
+        host = self.start()
+        add_user(self.client(host), "anna")
+        anna = self.log_in(host, "anna")
+        self.client(host).post("/session", {"name": OTHER, "password": PASSWORD})
+        add_user(anna, "bert", "viewer")
+        anna.send("PATCH", "/users/bert", {"role": "engineer"})
+        anna.send("DELETE", "/users/anna")
+
+        entries = wait_until(lambda: (lambda found: len(found) >= 6 and found)(
+            [(entry["who"], entry["what"], entry["result"]) for entry in anna.send("GET", "/audit?limit=1000").json["entries"]
+             if "user" in entry["what"] or entry["what"] == "login"]), "the entries of the trail")
+        self.assertEqual(entries, [
+            ("local", "add user", "done"),
+            ("user anna", "login", "done"),
+            ("unknown user", "login", "refused: wrong name or password"),
+            ("user anna", "add user", "done"),
+            ("user anna", "change user", "done"),
+            ("user anna", "remove user",
+             "refused: No administrator would be left who can log in: give another user this role first.")])
+        text = anna.send("GET", "/audit?limit=1000").text
+        for secret in (PASSWORD, OTHER, anna.token):
+            self.assertNotIn(secret, text)
+
     def test_guessers_have_to_wait_and_the_others_do_not(self):
         host = self.start()
         add_user(self.client(host), "anna")

@@ -88,6 +88,8 @@ TEST(TrailNotesOfChanges, LeaveLoginsToTheirOwnEntries)
 {
     EXPECT_EQ(OfRequest(RequestOf("POST", "/sessions", ""), AnswerOf(200), ""), "none");
     EXPECT_EQ(OfRequest(RequestOf("DELETE", "/sessions/1", ""), AnswerOf(204), ""), "none");
+    EXPECT_EQ(OfRequest(RequestOf("PATCH", "/users/anna", ""), AnswerOf(204), ""), "none");
+    EXPECT_EQ(OfRequest(RequestOf("POST", "/setup", ""), AnswerOf(201), ""), "none");
     EXPECT_NE(OfRequest(RequestOf("POST", "/sessionsx", ""), AnswerOf(404), ""), "none");
 }
 
