@@ -307,6 +307,7 @@ void Application::BeginTokens()
         problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "Tokens", "%1$s", fault.c_str());
     }
     revocations = tokens.RevokedSignal().Subscribe([this] { gatekeeper.EndedSignal().Fire(); });
+    sessionEnds = loginService.Callers().EndedSignal().Subscribe([this] { gatekeeper.EndedSignal().Fire(); });
 }
 
 void Application::BeginJob()

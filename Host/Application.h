@@ -132,6 +132,7 @@ private:
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     Gatekeeper gatekeeper;
     Zu::Subscription revocations;
+    Zu::Subscription sessionEnds;
     HttpServer httpServer; // behind all resources: no request may reach a member that is being destroyed
     std::optional<CertificateWatch> certificateWatch;
 };

@@ -114,15 +114,31 @@ std::vector<Sessions::Session> Sessions::List() const
 
 bool Sessions::End(std::string const& id)
 {
-    Zu::MutexLock const guard(lock);
-    Prune();
-    return std::erase_if(sessions, [&](auto const& one) { return one.second.id == id; }) != 0;
+    std::size_t count = 0;
+    {
+        Zu::MutexLock const guard(lock);
+        Prune();
+        count = std::erase_if(sessions, [&](auto const& one) { return one.second.id == id; });
+    }
+    if (count != 0)
+    {
+        ended.Fire();
+    }
+    return count != 0;
 }
 
 void Sessions::EndOf(UserName const& user)
 {
-    Zu::MutexLock const guard(lock);
-    std::erase_if(sessions, [&](auto const& one) { return one.second.user == user; });
+    {
+        Zu::MutexLock const guard(lock);
+        std::erase_if(sessions, [&](auto const& one) { return one.second.user == user; });
+    }
+    ended.Fire();
+}
+
+Zu::Signal<>& Sessions::EndedSignal() noexcept
+{
+    return ended;
 }
 
 bool Sessions::HasCallers() const noexcept

@@ -2,6 +2,7 @@
 
 #include "Host/Security/ICallerSource.h"
 #include "Host/Security/UserName.h"
+#include "ZuApi/Signal.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTime.h"
 
@@ -82,6 +83,9 @@ public:
     /// Ends all sessions of a user: the user is gone, or the role or the password has changed.
     void EndOf(UserName const& user);
 
+    /// Fires when a session has been ended before its time, so that open streams of its user can end.
+    Zu::Signal<>& EndedSignal() noexcept;
+
     bool HasCallers() const noexcept override;
     Proof Find(Credentials const& credentials) override;
     bool IsCurrent(ZuRest::Caller const& caller) const noexcept override;
@@ -93,6 +97,7 @@ private:
 
     UserStore const& users;
     Clock const clock;
+    Zu::Signal<> ended;
 
     mutable Zu::Mutex lock;                                      // a leaf
     std::map<std::string, Session> sessions ZU_GUARDED_BY(lock); // by the hash of the secret

@@ -179,6 +179,19 @@ TEST_F(SessionsTest, EndOneOrAllOfAUser)
     EXPECT_TRUE(IsLet(bert));
 }
 
+TEST_F(SessionsTest, TellOfSessionsThatAreEnded)
+{
+    unsigned told = 0;
+    Zu::Subscription const subscription = sessions.EndedSignal().Subscribe([&] { ++told; });
+    Sessions::Opened const anna = Open("anna");
+    sessions.End("nothing");
+    EXPECT_EQ(told, 0U);
+    sessions.End(anna.session.id);
+    EXPECT_EQ(told, 1U);
+    sessions.EndOf(UserName("anna"));
+    EXPECT_EQ(told, 2U);
+}
+
 TEST_F(SessionsTest, AreListedInTheOrderOfTheirLogins)
 {
     std::vector<std::string> ids;
