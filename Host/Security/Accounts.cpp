@@ -5,6 +5,7 @@
 #include "Host/Security/PasswordHasher.h"
 #include "Host/Security/PasswordRules.h"
 #include "Host/Security/SetupCode.h"
+#include "Host/Security/UtcTime.h"
 #include "Host/Security/WordList.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
@@ -12,8 +13,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <array>
-#include <ctime>
 #include <utility>
 
 namespace ZuHost
@@ -28,16 +27,6 @@ namespace
 
 constexpr char const* DONE = "done";
 constexpr char const* TOO_SOON = "refused: too many attempts";
-
-/// The present time in UTC: "2026-11-22T18:00:00Z".
-std::string UtcNow()
-{
-    std::time_t const now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)};
-}
 
 /// The address in the text "https 192.0.2.7", as it counts for limits.
 std::string AddressOf(Caller const& caller)
@@ -133,7 +122,7 @@ Accounts::Login Accounts::LogIn(Caller const& caller, std::string const& name, s
     Note(known, "login", DONE);
     try
     {
-        parts.users.NoteLogin(user->name, UtcNow());
+        parts.users.NoteLogin(user->name, UtcTime::Text(UtcTime::Now()));
     }
     catch (...) // a full disk keeps nobody out
     {
@@ -202,7 +191,7 @@ void Accounts::AddUser(Caller const& caller, UserName const& name, Role role, st
 {
     std::string const after = Shown(User{name, role, true, "", "", ""});
     Carry(caller, "add user", name, after, [&] {
-        parts.users.Add({name, role, true, HashOf(name, password), UtcNow(), ""});
+        parts.users.Add({name, role, true, HashOf(name, password), UtcTime::Text(UtcTime::Now()), ""});
         return DONE;
     });
 }
@@ -263,7 +252,8 @@ Accounts::Verdict Accounts::SetUp(Caller const& caller, std::string const& code,
     }
     brake.Cancel(key, key, clock());
     UserName const userName(name);
-    parts.users.PutAdministrator({userName, Role::ADMINISTRATOR, true, HashOf(userName, password), UtcNow(), ""});
+    parts.users.PutAdministrator(
+        {userName, Role::ADMINISTRATOR, true, HashOf(userName, password), UtcTime::Text(UtcTime::Now()), ""});
     parts.setupCode.Spend();
     parts.sessions.EndOf(userName);
     Note(caller, "first administrator", DONE, "", Shown(parts.users.Find(userName)));
