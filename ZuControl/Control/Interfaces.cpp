@@ -13,6 +13,7 @@
 #include "ZuControl/Control/IControlScanResults.h"
 #include "ZuControl/Control/IControlScanResultsDispatcher.h"
 #include "ZuControl/Control/IControlSystemInterface.h"
+#include "ZuControl/Control/IPreviewedActions.h"
 
 namespace ZuControl
 {
@@ -82,5 +83,7 @@ IPersistRegistry::~IPersistRegistry() = default;
 
 IUpdateGate::IUpdateGate() noexcept = default;
 IUpdateGate::~IUpdateGate() = default;
+
+IPreviewedActions::~IPreviewedActions() = default;
 
 } // namespace ZuControl

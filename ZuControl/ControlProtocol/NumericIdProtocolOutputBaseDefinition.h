@@ -2,7 +2,6 @@
 
 // The operations of NumericIdProtocolOutputBase, for the files that instantiate it.
 
-#include "ZuApi/Logging.h"
 #include "ZuControl/ControlProtocol/NumericIdProtocolOutputBase.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputBaseDefinition.h"
 
@@ -45,14 +44,14 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
     Zu::Locker const guard(this->lock);
     this->ShiftOutputMap(index);
     this->core.Put(index, item);
-    auto const& map = this->outputs.map;
+    auto const& items = this->core.List();
     uint64 i = index + 1;
     bool isPushed = true;
-    while (isPushed && i < map.Count())
+    while (isPushed && i < items.Count())
     {
-        this->core.SetId(i, static_cast<uint16>(map.At(i).outputId.Get() + 1));
+        this->core.SetId(i, static_cast<uint16>(items.IdAt(i) + 1));
         ++i;
-        isPushed = i < map.Count() && map.At(i - 1).outputId.Get() == map.At(i).outputId.Get();
+        isPushed = i < items.Count() && items.IdAt(i - 1) == items.IdAt(i);
     }
 }
 
@@ -68,29 +67,28 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
 {
     auto& listed = dynamic_cast<Outputs&>(outputs);
     Zu::Locker const guard(this->lock);
-    if (uint64 const count = this->outputs.map.Count(); count > 0)
+    if (uint64 const count = this->core.List().Count(); count > 0)
     {
-        uint16 const lastId = this->outputs.map.At(count - 1).outputId.Get();
+        uint16 const lastId = this->core.List().IdAt(count - 1);
         // A shift may give the last item the invalid id. In 16 bits the next id is 0, which would break the order of
         // the map: every entry is refused instead.
         nextId = lastId == OutputItem::DEFAULT_OUTPUT_ID ? lastId : static_cast<uint16>(lastId + 1);
     }
-    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextId](OutputItem& entry) ZU_REQUIRES(this->lock) {
+    OutputMapRefusal const refusals(this->notes);
+    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextId, &refusals](OutputItem& entry) ZU_REQUIRES(this->lock) {
         std::string const& source = entry.source.Get();
         entry.outputId.Set(nextId); // before the tests: the caller sees where a refused entry would have gone
         if (source == OutputItem::DEFAULT_SOURCE)
         {
-            return OutputMapRefusal::OfBlankEntry(ZU_FUNCTION_LABEL, source);
+            return refusals.OfBlankEntry(ZU_FUNCTION_LABEL, source);
         }
         if (nextId == OutputItem::DEFAULT_OUTPUT_ID)
         {
-            return OutputMapRefusal::OfEntryWithoutId(ZU_FUNCTION_LABEL, source, nextId);
+            return refusals.OfEntryWithoutId(ZU_FUNCTION_LABEL, source, nextId);
         }
         if (this->core.HasSource(source))
         {
-            ZU_LOG_USER_WARNING("Data source %1$s already exists.", source.c_str());
-            ZU_LOG_WARNING("Data source %s already exists", source.c_str());
-            return Zu::Status::ALREADY_EXISTS;
+            return refusals.OfKnownEntry(ZU_FUNCTION_LABEL, source);
         }
         this->core.Append(entry);
         ++nextId;
@@ -108,9 +106,13 @@ void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArg
     for (uint64 i = 0; i < listed.map.Count(); ++i)
     {
         OutputItem& entry = listed.map.At(i);
-        if (this->outputs.map.Count() >= this->maxCount)
+        if (this->notes != nullptr)
         {
-            OutputMapRefusal::OfFullMap(function, entry.source.Get());
+            this->notes->entry = i;
+        }
+        if (this->core.List().Count() >= this->maxCount)
+        {
+            OutputMapRefusal(this->notes).OfFullMap(function, entry.source.Get());
         }
         int32 const added = addEntry(entry);
         status = added == Zu::Status::SUCCESS ? status : added;
@@ -122,7 +124,7 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void NumericIdProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::CompactId(uint16 nextId)
 {
     Zu::Locker const guard(this->lock);
-    uint64 const count = this->outputs.map.Count();
+    uint64 const count = this->core.List().Count();
     for (uint64 i = 0; i < count; ++i)
     {
         this->core.SetId(i, nextId++);

@@ -1,17 +1,14 @@
 #include "ZuControl/ControlProtocol/OutputMapCore.h"
 
-#include "ZuApi/ArrayBase.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/Logging.h"
-#include "ZuApi/Structure.h"
 
 #include <limits>
+#include <utility>
 
 namespace ZuControl::ControlProtocol
 {
-
-using Zu::Properties::Internal::ArrayBase;
 
 /// The scope of one change of items and index. Unless the change ends with `Commit`, the index stays stale and the
 /// unfinished item is removed.
@@ -29,29 +26,29 @@ public:
     {
         if (unfinished != NONE)
         {
-            ZU_GUARD_DESTRUCTOR([this] { core.items.Remove(unfinished); });
+            ZU_GUARD_DESTRUCTOR([this] { core.items->Remove(unfinished); });
         }
-        core.count.store(core.items.Count(), std::memory_order_relaxed);
+        core.count.store(core.items->Count(), std::memory_order_relaxed);
     }
 
     Change(Change const&) = delete;
     Change& operator=(Change const&) = delete;
 
-    /// Appends an empty item, which is unfinished.
-    Item& AddItem()
+    /// Appends an empty item, which is unfinished, and returns its index.
+    uint64 AddItem()
     {
-        uint64 const oldCount = core.items.Count();
+        uint64 const oldCount = core.items->Count();
         try
         {
-            core.items.Resize(oldCount + 1);
+            core.items->Resize(oldCount + 1);
         }
         catch (...)
         {
-            core.items.Resize(oldCount); // the element may exist already when there is no memory for its schema
+            core.items->Resize(oldCount); // the element may exist already when there is no memory for its schema
             throw;
         }
         unfinished = oldCount;
-        return core.ItemAt(oldCount);
+        return oldCount;
     }
 
     /// From here on it is the item at `index` that a failure makes worthless.
@@ -74,8 +71,7 @@ private:
 };
 
 template <typename OutputId>
-OutputMapCore<OutputId>::OutputMapCore(ArrayBase& usedItems, ItemAccess const& newAccess)
-    : items(usedItems), access(newAccess)
+OutputMapCore<OutputId>::OutputMapCore(std::unique_ptr<Items> usedItems) : items(std::move(usedItems))
 {
 }
 
@@ -86,6 +82,14 @@ template <typename OutputId>
 uint64 OutputMapCore<OutputId>::Count() const
 {
     return count.load(std::memory_order_relaxed);
+}
+
+template <typename OutputId>
+void OutputMapCore<OutputId>::Use(std::unique_ptr<Items> newItems)
+{
+    items = std::move(newItems);
+    isStale = true;
+    count.store(items->Count(), std::memory_order_relaxed);
 }
 
 template <typename OutputId>
@@ -145,11 +149,11 @@ template <typename OutputId>
 std::vector<std::string> OutputMapCore<OutputId>::Sources()
 {
     std::vector<std::string> inOrder;
-    uint64 const itemCount = items.Count();
+    uint64 const itemCount = items->Count();
     inOrder.reserve(itemCount);
     for (uint64 i = 0; i < itemCount; ++i)
     {
-        inOrder.push_back(access.source(ItemAt(i)));
+        inOrder.push_back(items->SourceAt(i));
     }
     return inOrder;
 }
@@ -158,9 +162,10 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::Append(Item const& item)
 {
     Change change(*this);
-    access.takeOver(change.AddItem(), item);
-    ids.push_back(access.id(item));
-    sources.Add(access.source(item));
+    uint64 const index = change.AddItem();
+    items->Put(index, item);
+    ids.push_back(items->IdAt(index));
+    sources.Add(items->SourceAt(index));
     change.Commit();
 }
 
@@ -168,16 +173,13 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::Shift(uint64 index)
 {
     Change change(*this);
-    change.AddItem();
-    for (uint64 next = items.Count() - 1; next > index; --next)
+    for (uint64 next = change.AddItem(); next > index; --next)
     {
-        // Copies values and does not move elements: observers may be attached to the elements.
-        access.takeOver(ItemAt(next), ItemAt(next - 1));
+        items->Copy(next, next - 1);
         change.SetUnfinished(next - 1);
     }
-    Item const& opened = ItemAt(index);
-    ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(index), access.id(opened));
-    sources.Add(access.source(opened));
+    ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(index), items->IdAt(index));
+    sources.Add(items->SourceAt(index));
     change.Commit();
 }
 
@@ -185,12 +187,12 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::Put(uint64 index, Item const& item)
 {
     Change change(*this);
-    Item& place = ItemAt(index);
     change.SetUnfinished(index);
-    ids[index] = access.id(item);
-    sources.Add(access.source(item)); // first: the old source may be the same
-    sources.Remove(access.source(place));
-    access.takeOver(place, item);
+    std::string const oldSource = items->SourceAt(index);
+    items->Put(index, item);
+    ids[index] = items->IdAt(index);
+    sources.Add(items->SourceAt(index)); // first: the old source may be the same
+    sources.Remove(oldSource);
     change.Commit();
 }
 
@@ -198,7 +200,7 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::SetId(uint64 index, OutputId const& id)
 {
     Change change(*this);
-    access.setId(ItemAt(index), id);
+    items->SetId(index, id);
     ids[index] = id;
     change.Commit();
 }
@@ -207,9 +209,13 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::Erase(uint64 index)
 {
     Change change(*this);
-    sources.Remove(access.source(ItemAt(index))); // throws before anything changes
+    if (index >= items->Count())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND);
+    }
+    sources.Remove(items->SourceAt(index));
     ids.erase(ids.begin() + static_cast<std::ptrdiff_t>(index));
-    items.Remove(index);
+    items->Remove(index);
     change.Commit();
 }
 
@@ -217,7 +223,7 @@ template <typename OutputId>
 void OutputMapCore<OutputId>::Clear()
 {
     Change change(*this);
-    items.Clear();
+    items->Clear();
     ids.clear();
     sources.Clear();
     change.Commit();
@@ -227,7 +233,7 @@ void OutputMapCore<OutputId>::Clear()
 template <typename OutputId>
 void OutputMapCore<OutputId>::Refresh()
 {
-    uint64 const itemCount = items.Count();
+    uint64 const itemCount = items->Count();
     if (!isStale && ids.size() == itemCount)
     {
         return;
@@ -237,46 +243,81 @@ void OutputMapCore<OutputId>::Refresh()
     sources.Clear();
     for (uint64 i = 0; i < itemCount; ++i)
     {
-        ids.push_back(access.id(ItemAt(i)));
-        sources.Add(access.source(ItemAt(i)));
+        ids.push_back(items->IdAt(i));
+        sources.Add(items->SourceAt(i));
     }
     isStale = false;
-}
-
-template <typename OutputId>
-Zu::Properties::Structure& OutputMapCore<OutputId>::ItemAt(uint64 index)
-{
-    return items.ElementAt(index);
 }
 
 template class OutputMapCore<uint16>;
 template class OutputMapCore<std::string>;
 
-void OutputMapRefusal::OfIncompleteItem(char const* function, std::string const& source)
+// The lines of a refusal at this level, for the user and then for the developer; for a preview the user's line becomes a
+// note. A macro, so that each text is a literal at its place and its placeholders are checked.
+#define ZU_NOTE_OR_LOG(LEVEL, status, userFormat, ...)                                                                 \
+    do                                                                                                                 \
+    {                                                                                                                  \
+        if (notes != nullptr)                                                                                          \
+        {                                                                                                              \
+            notes->Add(status, Zu::Exception(__LINE__, __FILE__, status, function, userFormat, __VA_ARGS__).what());   \
+        }                                                                                                              \
+        else                                                                                                           \
+        {                                                                                                              \
+            ZU_LOG_USER_##LEVEL(userFormat, __VA_ARGS__);                                                              \
+        }                                                                                                              \
+    } while (false)
+
+#define ZU_LOG_UNLESS_NOTED(LEVEL, ...)                                                                                \
+    do                                                                                                                 \
+    {                                                                                                                  \
+        if (notes == nullptr)                                                                                          \
+        {                                                                                                              \
+            ZU_LOG_LINE(Zu::Logging::FLAGS_##LEVEL, function, __VA_ARGS__);                                            \
+        }                                                                                                              \
+    } while (false)
+
+void OutputMapRefusal::OfIncompleteItem(char const* function, std::string const& source) const
 {
-    ZU_LOG_USER_ERROR("Data source %1$s is invalid", source.c_str());
-    ZU_LOG_LINE(Zu::Logging::FLAGS_ERROR, function, "Data source %s is invalid", source.c_str());
+    ZU_NOTE_OR_LOG(ERROR, Zu::Status::BAD_ARGUMENT, "Data source %1$s is invalid", source.c_str());
+    ZU_LOG_UNLESS_NOTED(ERROR, "Data source %s is invalid", source.c_str());
     throw Zu::Exception(__LINE__, __FILE__, Zu::Status::BAD_ARGUMENT, function);
 }
 
-void OutputMapRefusal::OfKnownSource(char const* function, std::string const& source)
+void OutputMapRefusal::OfKnownSource(char const* function, std::string const& source) const
 {
-    ZU_LOG_USER_WARNING("Data source %1$s already exists", source.c_str());
-    ZU_LOG_LINE(Zu::Logging::FLAGS_WARNING, function, "Data source %s already exists", source.c_str());
+    ZU_NOTE_OR_LOG(WARNING, Zu::Status::ALREADY_EXISTS, "Data source %1$s already exists", source.c_str());
+    ZU_LOG_UNLESS_NOTED(WARNING, "Data source %s already exists", source.c_str());
     throw Zu::Exception(__LINE__, __FILE__, Zu::Status::ALREADY_EXISTS, function);
 }
 
-void OutputMapRefusal::OfTakenId(char const* function, std::string const& source)
+void OutputMapRefusal::OfTakenId(char const* function, std::string const& source) const
 {
-    ZU_LOG_USER_ERROR(
-        "Unable to add data source %1$s. The specified address would cause the selected source to overlap "
-        "addresses used by an existing data source.",
-        source.c_str());
-    ZU_LOG_LINE(Zu::Logging::FLAGS_ERROR, function,
-                "Unable to add data source %s. The specified address would cause the selected source to overlap "
-                "addresses used by an existing data source.",
-                source.c_str());
+    ZU_NOTE_OR_LOG(ERROR, Zu::Status::BAD_ARGUMENT,
+                   "Unable to add data source %1$s. The specified address would cause the selected source to overlap "
+                   "addresses used by an existing data source.",
+                   source.c_str());
+    ZU_LOG_UNLESS_NOTED(ERROR,
+                        "Unable to add data source %s. The specified address would cause the selected source to "
+                        "overlap addresses used by an existing data source.",
+                        source.c_str());
     throw Zu::Exception(__LINE__, __FILE__, Zu::Status::BAD_ARGUMENT, function);
+}
+
+void OutputMapRefusal::OfOverlap(char const* function, std::string const& source) const
+{
+    ZU_NOTE_OR_LOG(WARNING, Zu::Status::BAD_ARGUMENT,
+                   "Unable to add connection source %1$s. The specified address would cause the selected source "
+                   "to overlap addresses used by an existing connection.",
+                   source.c_str());
+    ZU_LOG_UNLESS_NOTED(WARNING,
+                        "Unable to add connection source %s. The specified address would cause the selected source to "
+                        "overlap addresses used by an existing connection.",
+                        source.c_str());
+    throw Zu::Exception(
+        __LINE__, __FILE__, Zu::Status::BAD_ARGUMENT, function,
+        "Unable to add connection source %1$s. The specified address would cause the selected source to overlap "
+        "addresses used by an existing connection.",
+        source.c_str());
 }
 
 void OutputMapRefusal::UnlessTwoIds(char const* function, uint64 count)
@@ -291,56 +332,85 @@ void OutputMapRefusal::UnlessTwoIds(char const* function, uint64 count)
     }
 }
 
-void OutputMapRefusal::OfMissingId(char const* function)
+void OutputMapRefusal::OfMissingId(char const* function) const
 {
-    ZU_LOG_USER_ERROR("Output id is invalid.");
+    if (notes != nullptr)
+    {
+        notes->Add(Zu::Status::BAD_ARGUMENT, "Output id is invalid.");
+    }
+    else
+    {
+        ZU_LOG_USER_ERROR("Output id is invalid.");
+    }
     throw Zu::Exception(__LINE__, __FILE__, Zu::Status::BAD_ARGUMENT, function, "Output id is invalid.");
 }
 
-void OutputMapRefusal::OfMoveToTakenId(char const* function, std::string const& source)
+void OutputMapRefusal::OfMoveToTakenId(char const* function, std::string const& source) const
 {
-    ZU_LOG_USER_ERROR(
+    ZU_NOTE_OR_LOG(
+        ERROR, Zu::Status::BAD_ARGUMENT,
         "Unable to update output id for data source %1$s. The specified address would cause the selected source to "
         "overlap addresses used by an existing data source.",
         source.c_str()); // unlike the two texts below, without brackets round the source
-    ZU_LOG_LINE(Zu::Logging::FLAGS_ERROR, function,
-                "Unable to update output id for data source [%s]. The specified address would cause the selected "
-                "source to overlap addresses used by an existing data source.",
-                source.c_str());
+    ZU_LOG_UNLESS_NOTED(ERROR,
+                        "Unable to update output id for data source [%s]. The specified address would cause the "
+                        "selected source to overlap addresses used by an existing data source.",
+                        source.c_str());
     throw Zu::Exception(__LINE__, __FILE__, Zu::Status::BAD_ARGUMENT, function,
                         "Unable to update output id for data source [%1$s]. The specified address would cause the "
                         "selected source to overlap addresses used by an existing data source.",
                         source.c_str());
 }
 
-int32 OutputMapRefusal::OfBlankEntry(char const* function, std::string const& source)
+int32 OutputMapRefusal::OfBlankEntry(char const* function, std::string const& source) const
 {
-    ZU_LOG_USER_ERROR("Data source %1$s in the list of sources to add is invalid. Please correct the data source and "
-                      "try again.",
-                      source.c_str());
-    ZU_LOG_LINE(Zu::Logging::FLAGS_ERROR, function,
-                "Data source %s in the list of sources to add is invalid. Please correct the data source and try "
-                "again.",
-                source.c_str());
+    ZU_NOTE_OR_LOG(ERROR, Zu::Status::BAD_ARGUMENT,
+                   "Data source %1$s in the list of sources to add is invalid. Please correct the data source and "
+                   "try again.",
+                   source.c_str());
+    ZU_LOG_UNLESS_NOTED(ERROR,
+                        "Data source %s in the list of sources to add is invalid. Please correct the data source and "
+                        "try again.",
+                        source.c_str());
     return Zu::Status::BAD_ARGUMENT;
 }
 
-int32 OutputMapRefusal::OfEntryWithoutId(char const* function, std::string const& source, uint16 id)
+int32 OutputMapRefusal::OfEntryWithoutId(char const* function, std::string const& source, uint16 id) const
 {
-    ZU_LOG_USER_ERROR("Data source %1$s in the list of sources to add has invalid output identifier (%2$u). Please "
-                      "correct the output id and try again.",
-                      source.c_str(), unsigned{id});
-    ZU_LOG_LINE(Zu::Logging::FLAGS_ERROR, function,
-                "Data source %s in the list of sources to add has invalid output identifier (%u). Please correct "
-                "the output id and try again.",
-                source.c_str(), unsigned{id});
+    ZU_NOTE_OR_LOG(ERROR, Zu::Status::BAD_ARGUMENT,
+                   "Data source %1$s in the list of sources to add has invalid output identifier (%2$u). Please "
+                   "correct the output id and try again.",
+                   source.c_str(), unsigned{id});
+    ZU_LOG_UNLESS_NOTED(ERROR,
+                        "Data source %s in the list of sources to add has invalid output identifier (%u). Please "
+                        "correct the output id and try again.",
+                        source.c_str(), unsigned{id});
     return Zu::Status::BAD_ARGUMENT;
 }
 
-void OutputMapRefusal::OfFullMap(char const* function, std::string const& source)
+int32 OutputMapRefusal::OfKnownEntry(char const* function, std::string const& source) const
 {
-    throw Zu::Exception(__LINE__, __FILE__, Zu::Status::FULL, function,
-                        "Connection map is full. All data source(s) from %1$s are not added.", source.c_str());
+    ZU_NOTE_OR_LOG(WARNING, Zu::Status::ALREADY_EXISTS, "Data source %1$s already exists.", source.c_str());
+    ZU_LOG_UNLESS_NOTED(WARNING, "Data source %s already exists", source.c_str());
+    return Zu::Status::ALREADY_EXISTS;
+}
+
+int32 OutputMapRefusal::OfKnownRegisterEntry(char const* function, std::string const& source) const
+{
+    ZU_NOTE_OR_LOG(WARNING, Zu::Status::ALREADY_EXISTS, "Data source %1$s already exists", source.c_str());
+    ZU_LOG_UNLESS_NOTED(WARNING, "Data source %s already exists", source.c_str());
+    return Zu::Status::ALREADY_EXISTS;
+}
+
+void OutputMapRefusal::OfFullMap(char const* function, std::string const& source) const
+{
+    Zu::Exception const refusal(__LINE__, __FILE__, Zu::Status::FULL, function,
+                                "Connection map is full. All data source(s) from %1$s are not added.", source.c_str());
+    if (notes != nullptr)
+    {
+        notes->Add(Zu::Status::FULL, refusal.what());
+    }
+    throw refusal;
 }
 
 void OutputMapRefusal::UnlessAllAdded(char const* function, int32 status)
@@ -352,5 +422,23 @@ void OutputMapRefusal::UnlessAllAdded(char const* function, int32 status)
                             "information.");
     }
 }
+
+int32 OutputMapRefusal::OfCaughtEntry(int line, char const* file, char const* function, std::string const& source) const
+{
+    int32 const caught = Zu::CaughtStatus();
+    int32 const status = caught != 0 ? caught : Zu::Status::BAD_ARGUMENT;
+    if (notes == nullptr)
+    {
+        Zu::LogCaught(line, file, function, "Error adding data source <%s>", source.c_str());
+    }
+    else if (notes->refusals.empty() || notes->refusals.back().entry != notes->entry)
+    {
+        notes->Add(status, Zu::CaughtReason()); // unless the refusal has given its line
+    }
+    return status;
+}
+
+#undef ZU_NOTE_OR_LOG
+#undef ZU_LOG_UNLESS_NOTED
 
 } // namespace ZuControl::ControlProtocol

@@ -1,21 +1,15 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/EntryRefusal.h"
+#include "ZuControl/ControlProtocol/OutputItems.h"
 #include "ZuControl/ControlProtocol/SourceTable.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
-
-namespace Zu::Properties
-{
-class Structure;
-namespace Internal
-{
-class ArrayBase;
-}
-} // namespace Zu::Properties
 
 namespace ZuControl::ControlProtocol
 {
@@ -31,43 +25,26 @@ template <typename OutputId>
 class ZUCONTROL_API OutputMapCore final
 {
 public:
-    using Item = Zu::Properties::Structure;
+    using Item = Zu::Properties::Structure; ///< a record of the map's kind
 
-    /// The functions that read and change an item of the map's kind.
-    struct ItemAccess
-    {
-        OutputId const& (*id)(Item const& item);
-        std::string const& (*source)(Item const& item);
-        void (*setId)(Item& item, OutputId const& id);
-        void (*takeOver)(Item& item, Item const& other);
-    };
+    using Items = OutputItems<OutputId>;
 
-    template <typename OutputItem>
-    static constexpr ItemAccess AccessTo()
-    {
-        return {
-            .id = [](Item const& item) -> OutputId const& {
-                return static_cast<OutputItem const&>(item).outputId.Get();
-            },
-            .source = [](Item const& item) -> std::string const& {
-                return static_cast<OutputItem const&>(item).source.Get();
-            },
-            .setId = [](Item& item, OutputId const& id) { static_cast<OutputItem&>(item).outputId.Set(id); },
-            .takeOver =
-                [](Item& item, Item const& other) {
-                    static_cast<OutputItem&>(item).TakeOver(static_cast<OutputItem const&>(other));
-                },
-        };
-    }
-
-    /// `usedItems` is the array in the map's record; it outlives the core.
-    OutputMapCore(Zu::Properties::Internal::ArrayBase& usedItems, ItemAccess const& newAccess);
+    explicit OutputMapCore(std::unique_ptr<Items> usedItems);
     ~OutputMapCore();
 
     OutputMapCore(OutputMapCore const&) = delete;
     OutputMapCore& operator=(OutputMapCore const&) = delete;
 
     uint64 Count() const; ///< of the items; any thread, without the lock
+
+    /// The items to read; their count is the true one also while a change has failed half way.
+    Items const& List() const
+    {
+        return *items;
+    }
+
+    /// From here on, the core works on these items.
+    void Use(std::unique_ptr<Items> newItems);
 
     bool HasSource(std::string const& source);
 
@@ -97,10 +74,8 @@ private:
     class Change;
 
     void Refresh();
-    Item& ItemAt(uint64 index);
 
-    Zu::Properties::Internal::ArrayBase& items;
-    ItemAccess const access;
+    std::unique_ptr<Items> items;
     std::atomic<uint64> count{0}; // of the items, for readers without the lock
     std::vector<OutputId> ids;
     SourceTable sources;  // a source of two items counts twice
@@ -112,24 +87,40 @@ extern template class OutputMapCore<std::string>;
 
 /// The refusals of all kinds of output map: the lines for the user and for the developer, then the exception.
 ///
-/// `function` is the label of the refusing operation; it stands in the developer's line and in the exception.
-struct ZUCONTROL_API OutputMapRefusal
+/// `function` is the label of the refusing operation; it stands in the developer's line and in the exception. For a
+/// preview, the user's line goes to the notes and no line is written.
+class ZUCONTROL_API OutputMapRefusal
 {
+public:
+    /// Without notes, refusals go to the log.
+    explicit OutputMapRefusal(RefusalNotes* usedNotes) : notes(usedNotes)
+    {
+    }
+
     // Of one item.
-    [[noreturn]] static void OfIncompleteItem(char const* function, std::string const& source);
-    [[noreturn]] static void OfKnownSource(char const* function, std::string const& source);
-    [[noreturn]] static void OfTakenId(char const* function, std::string const& source);
+    [[noreturn]] void OfIncompleteItem(char const* function, std::string const& source) const;
+    [[noreturn]] void OfKnownSource(char const* function, std::string const& source) const;
+    [[noreturn]] void OfTakenId(char const* function, std::string const& source) const;
+    [[noreturn]] void OfOverlap(char const* function, std::string const& source) const; ///< in a register map
 
     // Of a move to another id, in a list with the old and the new id.
     static void UnlessTwoIds(char const* function, uint64 count);
-    [[noreturn]] static void OfMissingId(char const* function);
-    [[noreturn]] static void OfMoveToTakenId(char const* function, std::string const& source);
+    [[noreturn]] void OfMissingId(char const* function) const;
+    [[noreturn]] void OfMoveToTakenId(char const* function, std::string const& source) const;
 
-    // Of an entry in a list of new items. The first two only log, and return the status: the other entries go on.
-    static int32 OfBlankEntry(char const* function, std::string const& source);
-    static int32 OfEntryWithoutId(char const* function, std::string const& source, uint16 id);
-    [[noreturn]] static void OfFullMap(char const* function, std::string const& source);
+    // Of an entry in a list of new items. The first four only log, and return the status: the other entries go on.
+    int32 OfBlankEntry(char const* function, std::string const& source) const;
+    int32 OfEntryWithoutId(char const* function, std::string const& source, uint16 id) const;
+    int32 OfKnownEntry(char const* function, std::string const& source) const;         ///< in a map of numbers
+    int32 OfKnownRegisterEntry(char const* function, std::string const& source) const; ///< in a register map
+    [[noreturn]] void OfFullMap(char const* function, std::string const& source) const;
     static void UnlessAllAdded(char const* function, int32 status); ///< `status` is the last failing one
+
+    /// Call it from a catch block, in which the refusal of an entry ends. Returns its status.
+    int32 OfCaughtEntry(int line, char const* file, char const* function, std::string const& source) const;
+
+private:
+    RefusalNotes* const notes;
 };
 
 } // namespace ZuControl::ControlProtocol

@@ -3,6 +3,8 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/ControlProtocol/IProtocolOutput.h"
+#include "ZuControl/ControlProtocol/LayoutCopy.h"
+#include "ZuControl/ControlProtocol/OutputMapCopy.h"
 
 namespace ZuControl::ControlProtocol
 {
@@ -72,6 +74,11 @@ std::shared_ptr<Zu::Params::Group> ProtocolOutputActionTarget::InvokeAction(std:
         ZU_THROW(Zu::Status::NOT_FOUND, "The action '%s' does not exist. Action ignored.", actionId.c_str());
     }
     return std::make_shared<Zu::Params::Group>("");
+}
+
+std::unique_ptr<LayoutCopy> ProtocolOutputActionTarget::CopyForPreview() const
+{
+    return MakeCopyOf(output);
 }
 
 } // namespace ZuControl::ControlProtocol

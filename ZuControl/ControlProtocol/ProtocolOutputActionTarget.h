@@ -11,6 +11,7 @@ namespace ZuControl::ControlProtocol
 {
 
 class IProtocolOutput;
+class LayoutCopy;
 
 /// The actions by which clients change an output map.
 ///
@@ -42,6 +43,10 @@ public:
     /// of the map.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;
+
+    /// A copy of the map on which actions run as a preview; null for a map of another class than those of this library.
+    /// Waits for the map's lock.
+    std::unique_ptr<LayoutCopy> CopyForPreview() const;
 
 private:
     IProtocolOutput& output;

@@ -91,7 +91,14 @@ public:
 
     bool IsDuplicateDataSource(OutputItem const& item) const;
 
+    /// The items of a map that has become a copy through `BecomeCopyOf`.
+    std::vector<PlainOutputItem<OutputId>> const& CopiedItems() const ZU_NO_THREAD_SAFETY_ANALYSIS; // one thread has it
+
 protected:
+    /// Makes this new map, which no other thread knows, a copy of `original` for a preview. Its operations then change
+    /// plain copies of the items, and collect refusals in `newNotes` in place of the log. `newNotes` outlives the map.
+    void BecomeCopyOf(ProtocolOutputBase const& original, RefusalNotes& newNotes);
+
     /// Adds an item as `Add` does. Not virtual: a kind with an `Add` of its own still moves its items through this.
     void Add_Helper(Zu::Params::Group const& group, bool autoShift);
 
@@ -114,6 +121,7 @@ protected:
     // lock is taken.
     mutable wLock lock;
     mutable OutputMapCore<OutputId> core ZU_GUARDED_BY(lock); // reading brings its index in step with the items
+    RefusalNotes* notes = nullptr;                            // of a copy for a preview; null: refusals go to the log
 
 private:
     static bool HasRoomToShift(OutputId const& id);

@@ -7,13 +7,14 @@
 #include "ZuControl/ControlProtocol/ProtocolOutputBase.h"
 
 #include <concepts>
+#include <utility>
 
 namespace ZuControl::ControlProtocol
 {
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::ProtocolOutputBase(uint16 mostItems)
-    : maxCount(mostItems), core(outputs.map, OutputMapCore<OutputId>::template AccessTo<OutputItem>())
+    : maxCount(mostItems), core(std::make_unique<RecordItems<OutputItem>>(outputs.map))
 {
     ZU_CHECK(wLock_Construct(&lock, nullptr));
 }
@@ -164,24 +165,52 @@ bool ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::IsDup
 }
 
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+std::vector<PlainOutputItem<typename OutputItem::OutputId>> const&
+ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::CopiedItems() const
+{
+    return dynamic_cast<PlainItems<OutputItem> const&>(core.List()).items;
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
+void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::BecomeCopyOf(
+    ProtocolOutputBase const& original, RefusalNotes& newNotes)
+{
+    auto copies = std::make_unique<PlainItems<OutputItem>>();
+    {
+        Zu::Locker const guard(original.lock);
+        uint64 const count = original.outputs.map.Count();
+        copies->items.reserve(count);
+        for (uint64 i = 0; i < count; ++i)
+        {
+            copies->items.push_back(PlainItems<OutputItem>::CopyOf(original.outputs.map.At(i)));
+            copies->items.back().origin = i;
+        }
+    }
+    Zu::Locker const guard(lock);
+    core.Use(std::move(copies));
+    notes = &newNotes;
+}
+
+template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add_Helper(Zu::Params::Group const& group,
                                                                                       bool autoShift)
 {
     auto const& item = dynamic_cast<OutputItem const&>(group);
     std::string const& source = item.source.Get();
+    OutputMapRefusal const refusals(notes);
     if (!item.IsComplete())
     {
-        OutputMapRefusal::OfIncompleteItem(ZU_FUNCTION_LABEL, source);
+        refusals.OfIncompleteItem(ZU_FUNCTION_LABEL, source);
     }
     Zu::Locker const guard(lock);
     uint64 const place = core.FindPlace(item.outputId.Get());
-    if (place < outputs.map.Count() && outputs.map.At(place).IsSameOutput(item))
+    if (place < core.List().Count() && core.List().IsSame(place, item))
     {
         return;
     }
     if (core.HasSource(source))
     {
-        OutputMapRefusal::OfKnownSource(ZU_FUNCTION_LABEL, source);
+        refusals.OfKnownSource(ZU_FUNCTION_LABEL, source);
     }
     if (GetOverlappingState(group) != 1)
     {
@@ -193,7 +222,7 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Add_H
     }
     else
     {
-        OutputMapRefusal::OfTakenId(ZU_FUNCTION_LABEL, source);
+        refusals.OfTakenId(ZU_FUNCTION_LABEL, source);
     }
 }
 
@@ -203,12 +232,13 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
 {
     auto& args = dynamic_cast<OutputsArgs&>(group);
     OutputMapRefusal::UnlessTwoIds(ZU_FUNCTION_LABEL, args.map.Count());
+    OutputMapRefusal const refusals(notes);
     OutputItem& moved = args.map.At(1);
     OutputId const oldId = args.map.At(0).outputId.Get();
     OutputId const newId = moved.outputId.Get();
     if (oldId == OutputItem::DEFAULT_OUTPUT_ID || newId == OutputItem::DEFAULT_OUTPUT_ID)
     {
-        OutputMapRefusal::OfMissingId(ZU_FUNCTION_LABEL);
+        refusals.OfMissingId(ZU_FUNCTION_LABEL);
     }
     if (oldId == newId)
     {
@@ -230,11 +260,11 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
     {
         ZU_THROW(Zu::Status::NOT_FOUND);
     }
-    moved.TakeOver(outputs.map.At(found));
+    core.List().CopyTo(moved, found);
     moved.outputId.Set(newId);
     if (GetOverlappingState(moved) == 1 && IsDataShiftSupported() && !(autoShift && HasRoomToShift(newId)))
     {
-        OutputMapRefusal::OfMoveToTakenId(ZU_FUNCTION_LABEL, moved.source.Get());
+        refusals.OfMoveToTakenId(ZU_FUNCTION_LABEL, moved.source.Get());
     }
     // From here on the item is in the argument alone: a refusal at the new id loses it.
     core.Erase(found);
@@ -244,11 +274,11 @@ void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::Updat
 template <typename Outputs, typename OutputItem, typename OutputsArgs, typename OutputItemArgs>
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::ShiftOutputMap(uint64 index)
 {
-    if (outputs.map.Count() >= maxCount)
+    if (core.List().Count() >= maxCount)
     {
         ZU_THROW(Zu::Status::FULL);
     }
-    if (index > outputs.map.Count())
+    if (index > core.List().Count())
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT);
     }
@@ -259,7 +289,7 @@ template <typename Outputs, typename OutputItem, typename OutputsArgs, typename 
 void ProtocolOutputBase<Outputs, OutputItem, OutputsArgs, OutputItemArgs>::InsertItem(uint64 index,
                                                                                       OutputItem const& item)
 {
-    if (index == outputs.map.Count() && index < maxCount)
+    if (index == core.List().Count() && index < maxCount)
     {
         core.Append(item); // the usual case, since saved maps are in order: no item has to make room
         return;

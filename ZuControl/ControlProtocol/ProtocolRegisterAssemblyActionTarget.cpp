@@ -4,7 +4,10 @@
 #include "ZuApi/Logging.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/PlannedAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterRules.h"
 
 namespace ZuControl::ControlProtocol
 {
@@ -27,6 +30,29 @@ std::vector<ControlActionInfo> ProtocolRegisterAssemblyActionTarget::ListActions
 std::shared_ptr<Zu::Params::Group>
 ProtocolRegisterAssemblyActionTarget::GetActionParams(std::string const& actionId) const
 {
+    if (std::shared_ptr<Zu::Params::Group> params = MakeParams(actionId); params != nullptr)
+    {
+        return params;
+    }
+    ZU_LOG_USER_INFO("The action '%1$s' does not exist.", actionId.c_str());
+    ZU_THROW(Zu::Status::NOT_FOUND);
+}
+
+std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::InvokeAction(std::string const& actionId,
+                                                                                      Zu::Params::Group const& params)
+{
+    CallAssemblyAction(assembly, actionId, params);
+    return std::make_shared<Zu::Params::Group>("");
+}
+
+std::unique_ptr<LayoutCopy> ProtocolRegisterAssemblyActionTarget::CopyForPreview() const
+{
+    auto const* const ours = dynamic_cast<ProtocolRegisterAssemblyBase const*>(&assembly);
+    return ours != nullptr ? std::make_unique<PlannedAssembly>(assembly) : nullptr;
+}
+
+std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::MakeParams(std::string const& actionId)
+{
     if (actionId == REGISTER_ASSEMBLY_ACTION_ID_ADD)
     {
         return std::make_shared<AddBlockParams>();
@@ -43,36 +69,7 @@ ProtocolRegisterAssemblyActionTarget::GetActionParams(std::string const& actionI
     {
         return std::make_shared<CompactBlocksParams>();
     }
-    ZU_LOG_USER_INFO("The action '%1$s' does not exist.", actionId.c_str());
-    ZU_THROW(Zu::Status::NOT_FOUND);
-}
-
-std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::InvokeAction(std::string const& actionId,
-                                                                                      Zu::Params::Group const& params)
-{
-    if (actionId == REGISTER_ASSEMBLY_ACTION_ID_ADD)
-    {
-        // The caller's record receives the display names and output ids of its blocks. An argument record is never a
-        // constant object; see IControlActionTarget.
-        assembly.Add(const_cast<Zu::Params::Group&>(params));
-    }
-    else if (actionId == REGISTER_ASSEMBLY_ACTION_ID_REMOVE)
-    {
-        assembly.Remove(params);
-    }
-    else if (actionId == REGISTER_ASSEMBLY_ACTION_ID_COMPACT)
-    {
-        assembly.Compact(params);
-    }
-    else if (actionId == REGISTER_ASSEMBLY_ACTION_ID_UPDATE)
-    {
-        assembly.Update(params);
-    }
-    else
-    {
-        ZU_THROW(Zu::Status::NOT_FOUND);
-    }
-    return std::make_shared<Zu::Params::Group>("");
+    return nullptr;
 }
 
 } // namespace ZuControl::ControlProtocol

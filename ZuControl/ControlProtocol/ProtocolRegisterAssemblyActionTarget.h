@@ -11,6 +11,7 @@ namespace ZuControl::ControlProtocol
 {
 
 class IProtocolRegisterAssembly;
+class LayoutCopy;
 
 /// The actions by which clients change a register assembly.
 ///
@@ -40,6 +41,13 @@ public:
     /// std::bad_cast for a record of another class, and the exceptions of the assembly.
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;
+
+    /// A copy of the assembly on which actions run as a preview; null for an assembly that is no
+    /// ProtocolRegisterAssemblyBase. Waits for the assembly's lock.
+    std::unique_ptr<LayoutCopy> CopyForPreview() const;
+
+    /// The argument record of an action; null for an unknown one.
+    static std::shared_ptr<Zu::Params::Group> MakeParams(std::string const& actionId);
 
 private:
     IProtocolRegisterAssembly& assembly;

@@ -16,6 +16,11 @@
 #include <string>
 #include <vector>
 
+namespace Zu
+{
+class Exception;
+} // namespace Zu
+
 namespace ZuControl::ControlProtocol
 {
 
@@ -111,11 +116,17 @@ public:
     uint64 ChangeCount() const;
 
 private:
-    using BlockList = RegisterPlacement::BlockList;
-    using Position = RegisterPlacement::Position;
+    friend struct RegisterRules; // which works on the members from here on, and on those of a plan in a preview
 
-    void AddBlock(RegisterBlockParams& params, bool autoShift);
-    void RemoveBlock(uint16 outputId);
+    using Placement = RegisterPlacement<std::shared_ptr<ProtocolRegisterBlock>>;
+    using BlockList = Placement::BlockList;
+    using Position = Placement::Position;
+
+    template <typename Work>
+    auto Locked(Work const& work);
+    void Refuse(uint64 entry, Zu::Exception const& exception);
+    static std::shared_ptr<ProtocolRegisterBlock> MakeBlock(ProtocolRegisterBlockInfo& info,
+                                                            RegisterBlockParams const& params);
     ProtocolRegisterBlockInfo* FindSupportedType(std::string const& type) ZU_REQUIRES(lock);
 
     void FormatBlockParams(ProtocolRegisterBlockInfo* info, RegisterBlockParams& params, uint16& endAddress)
@@ -130,8 +141,6 @@ private:
     /// Whether a range fits before the blocks from `position` on.
     bool hasGap(Position position, uint16 startId, uint16 endId) ZU_REQUIRES(lock);
     void UpdateBlockProperties(Position position, UpdateBlockParams const& params) ZU_REQUIRES(lock);
-    void MoveBlock(Position position, uint16 newId, bool autoShift) ZU_REQUIRES(lock);
-    void CheckCompaction(uint16 startingOutputId);
     uint16 UsedRegisterCount();
     void RefreshPlacement() ZU_REQUIRES(lock);
     void AddToUsedRegisters(int32 registers) ZU_REQUIRES(lock);
@@ -151,7 +160,7 @@ private:
     mutable wLock lock;
     PlacementChanges placementChanges; // types and blocks count in it and are destroyed before it
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes ZU_GUARDED_BY(lock);
-    RegisterPlacement placement ZU_GUARDED_BY(lock); // the blocks, which are destroyed before their types
+    Placement placement ZU_GUARDED_BY(lock); // the blocks, which are destroyed before their types
     // Registers of all blocks, in 16 bits, for `Compact`, which reads it before it takes the lock. Written under the
     // lock. Outdated when `countedAtChange` differs from `placementChanges.registerCounts`.
     std::atomic<uint16> usedRegisterCount{0};

@@ -121,6 +121,11 @@ void ProtocolRegisterBlockInfo::SetIsProtocolBigEndian(bool newIsProtocolBigEndi
     isProtocolBigEndian.store(newIsProtocolBigEndian, std::memory_order_relaxed);
 }
 
+uint16 ProtocolRegisterBlockInfo::InstanceCount() const
+{
+    return instanceCount.Get();
+}
+
 bool ProtocolRegisterBlockInfo::AtMaxInstance() const
 {
     return instanceCount.Get() >= maxInstanceCount.Get();

@@ -95,6 +95,7 @@ public:
     bool IsProtocolBigEndian() const;
     void SetIsProtocolBigEndian(bool newIsProtocolBigEndian);
 
+    uint16 InstanceCount() const;
     bool AtMaxInstance() const;
     bool AtMinInstance() const;
 

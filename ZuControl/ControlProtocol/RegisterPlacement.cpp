@@ -1,30 +1,39 @@
 #include "ZuControl/ControlProtocol/RegisterPlacement.h"
 
+#include "ZuControl/ControlProtocol/PlannedBlock.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace ZuControl::ControlProtocol
 {
 
-RegisterPlacement::RegisterPlacement() = default;
-RegisterPlacement::~RegisterPlacement() = default;
+template <typename BlockPointer>
+RegisterPlacement<BlockPointer>::RegisterPlacement() = default;
 
-RegisterPlacement::BlockList const& RegisterPlacement::Blocks() const
+template <typename BlockPointer>
+RegisterPlacement<BlockPointer>::~RegisterPlacement() = default;
+
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::BlockList const& RegisterPlacement<BlockPointer>::Blocks() const
 {
     return blocks;
 }
 
-RegisterPlacement::Position RegisterPlacement::Begin()
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Position RegisterPlacement<BlockPointer>::Begin()
 {
     return blocks.begin();
 }
 
-RegisterPlacement::Position RegisterPlacement::End()
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Position RegisterPlacement<BlockPointer>::End()
 {
     return blocks.end();
 }
 
-void RegisterPlacement::Refresh(uint64 placementChangeCount)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Refresh(uint64 placementChangeCount)
 {
     if (!isStale && placementChangeCount == knownChangeCount)
     {
@@ -40,7 +49,8 @@ void RegisterPlacement::Refresh(uint64 placementChangeCount)
     knownChangeCount = placementChangeCount;
 }
 
-RegisterPlacement::Position RegisterPlacement::Find(uint16 outputId)
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Position RegisterPlacement<BlockPointer>::Find(uint16 outputId)
 {
     if (!isOrdered || isStale)
     {
@@ -50,7 +60,9 @@ RegisterPlacement::Position RegisterPlacement::Find(uint16 outputId)
     return slot != index.end() && slot->start == outputId ? slot->position : blocks.end();
 }
 
-RegisterPlacement::Position RegisterPlacement::FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId)
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Position
+RegisterPlacement<BlockPointer>::FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId)
 {
     if (!isOrdered || isStale || endId < startId)
     {
@@ -65,7 +77,8 @@ RegisterPlacement::Position RegisterPlacement::FindInsertPosition(uint16 startId
     return slot != index.end() ? slot->position : blocks.end();
 }
 
-bool RegisterPlacement::IsOverlapping(uint16 startId, uint16 endId, ProtocolRegisterBlock const& block)
+template <typename BlockPointer>
+bool RegisterPlacement<BlockPointer>::IsOverlapping(uint16 startId, uint16 endId, Block const& block)
 {
     uint16 const blockStart = block.OutputId();
     uint16 const blockEnd = block.EndAddress();
@@ -73,7 +86,8 @@ bool RegisterPlacement::IsOverlapping(uint16 startId, uint16 endId, ProtocolRegi
            (startId <= blockStart && endId >= blockEnd);
 }
 
-uint16 RegisterPlacement::UsedRegisters(Position position)
+template <typename BlockPointer>
+uint16 RegisterPlacement<BlockPointer>::UsedRegisters(Position position)
 {
     uint32 used = 0;
     if (!isOrdered || isStale)
@@ -91,7 +105,8 @@ uint16 RegisterPlacement::UsedRegisters(Position position)
     return static_cast<uint16>(used);
 }
 
-void RegisterPlacement::Shift(Position position, uint16 endId, uint16 excludedOutputId)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Shift(Position position, uint16 endId, uint16 excludedOutputId)
 {
     bool const isIndexKept = isOrdered && !isStale && excludedOutputId == NOTHING_EXCLUDED;
     Slot const firstSlot = isIndexKept ? SlotOf(position) : index.end();
@@ -99,7 +114,7 @@ void RegisterPlacement::Shift(Position position, uint16 endId, uint16 excludedOu
     uint16 lastEnd = endId;
     for (; position != blocks.end(); ++position)
     {
-        ProtocolRegisterBlock& block = **position;
+        Block& block = **position;
         uint16 const id = block.OutputId();
         if (excludedOutputId != NOTHING_EXCLUDED && id == excludedOutputId)
         {
@@ -127,7 +142,8 @@ void RegisterPlacement::Shift(Position position, uint16 endId, uint16 excludedOu
     }
 }
 
-void RegisterPlacement::Insert(Position position, std::shared_ptr<ProtocolRegisterBlock> block)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Insert(Position position, BlockPointer block)
 {
     bool const isIndexKept = isOrdered && !isStale;
     Slot const slot = isIndexKept ? SlotOf(position) : index.end();
@@ -146,7 +162,8 @@ void RegisterPlacement::Insert(Position position, std::shared_ptr<ProtocolRegist
     CheckOrder(index.begin() + offset, index.begin() + offset + 1);
 }
 
-void RegisterPlacement::Erase(Position position)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Erase(Position position)
 {
     if (isOrdered && !isStale)
     {
@@ -159,7 +176,8 @@ void RegisterPlacement::Erase(Position position)
     blocks.erase(position);
 }
 
-void RegisterPlacement::Move(Position position, Position target, uint16 newOutputId)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Move(Position position, Position target, uint16 newOutputId)
 {
     bool const isIndexKept = isOrdered && !isStale;
     auto const from = isIndexKept ? SlotOf(position) - index.begin() : 0;
@@ -187,7 +205,8 @@ void RegisterPlacement::Move(Position position, Position target, uint16 newOutpu
     CheckOrder(index.begin() + to, index.begin() + to + 1);
 }
 
-void RegisterPlacement::Compact(uint16 firstId)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Compact(uint16 firstId)
 {
     uint16 next = firstId;
     for (auto const& block : blocks)
@@ -198,7 +217,8 @@ void RegisterPlacement::Compact(uint16 firstId)
     isStale = true;
 }
 
-void RegisterPlacement::Clear()
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::Clear()
 {
     blocks.clear();
     index.clear();
@@ -206,13 +226,15 @@ void RegisterPlacement::Clear()
     isStale = false;
 }
 
-RegisterPlacement::Entry RegisterPlacement::EntryOf(Position position)
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Entry RegisterPlacement<BlockPointer>::EntryOf(Position position)
 {
-    ProtocolRegisterBlock const& block = **position;
+    Block const& block = **position;
     return {block.OutputId(), block.EndAddress(), block.RegisterCount(), position};
 }
 
-void RegisterPlacement::SetOutputId(ProtocolRegisterBlock& block, uint16 newOutputId)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::SetOutputId(Block& block, uint16 newOutputId)
 {
     if (block.OutputId() == newOutputId)
     {
@@ -222,12 +244,13 @@ void RegisterPlacement::SetOutputId(ProtocolRegisterBlock& block, uint16 newOutp
     ++knownChangeCount; // the block's observer counts it as well
 }
 
-RegisterPlacement::Position RegisterPlacement::WalkToInsertPosition(uint16 startId, uint16 endId,
-                                                                    uint16 excludedOutputId)
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Position
+RegisterPlacement<BlockPointer>::WalkToInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId)
 {
     for (Position position = blocks.begin(); position != blocks.end(); ++position)
     {
-        ProtocolRegisterBlock const& block = **position;
+        Block const& block = **position;
         if (excludedOutputId != NOTHING_EXCLUDED && block.OutputId() == excludedOutputId)
         {
             continue;
@@ -240,7 +263,8 @@ RegisterPlacement::Position RegisterPlacement::WalkToInsertPosition(uint16 start
     return blocks.end();
 }
 
-RegisterPlacement::Slot RegisterPlacement::SlotOf(Position position)
+template <typename BlockPointer>
+typename RegisterPlacement<BlockPointer>::Slot RegisterPlacement<BlockPointer>::SlotOf(Position position)
 {
     if (position == blocks.end())
     {
@@ -249,7 +273,8 @@ RegisterPlacement::Slot RegisterPlacement::SlotOf(Position position)
     return std::ranges::lower_bound(index, (*position)->OutputId(), {}, &Entry::start);
 }
 
-bool RegisterPlacement::IsInOrder(Slot first, Slot last) const
+template <typename BlockPointer>
+bool RegisterPlacement<BlockPointer>::IsInOrder(Slot first, Slot last) const
 {
     for (Slot slot = first; slot != last; ++slot)
     {
@@ -261,9 +286,19 @@ bool RegisterPlacement::IsInOrder(Slot first, Slot last) const
     return last == index.end() || last == index.begin() || std::prev(last)->end < last->start;
 }
 
-void RegisterPlacement::CheckOrder(Slot first, Slot last)
+template <typename BlockPointer>
+void RegisterPlacement<BlockPointer>::CheckOrder(Slot first, Slot last)
 {
     isOrdered = IsInOrder(first, last);
 }
+
+template <typename BlockPointer>
+uint64 RegisterPlacement<BlockPointer>::KnownChangeCount() const
+{
+    return knownChangeCount;
+}
+
+template class RegisterPlacement<std::shared_ptr<ProtocolRegisterBlock>>;
+template class RegisterPlacement<PlannedBlock*>;
 
 } // namespace ZuControl::ControlProtocol

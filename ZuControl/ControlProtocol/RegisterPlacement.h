@@ -11,17 +11,21 @@
 namespace ZuControl::ControlProtocol
 {
 
+class PlannedBlock;
+
 /// The blocks of an assembly in a list, with a flat index by output id, so that a large assembly is searched by
-/// bisection.
+/// bisection. `BlockPointer` points to a block, or to a record that stands for a block in a preview.
 ///
 /// A search by the index gives the same result as a walk along the list. Ids that are plain numbers may wrap and leave
 /// the list unsorted: as long as that lasts, the list is walked.
 /// Threads: the class takes no lock; the assembly's lock guards it.
+template <typename BlockPointer>
 class ZUCONTROL_INTERNAL_API RegisterPlacement final
 {
 public:
-    using BlockList = std::list<std::shared_ptr<ProtocolRegisterBlock>>;
-    using Position = BlockList::iterator;
+    using Block = typename std::pointer_traits<BlockPointer>::element_type;
+    using BlockList = std::list<BlockPointer>;
+    using Position = typename BlockList::iterator;
 
     /// Passed as the excluded output id: no block is skipped.
     static constexpr uint16 NOTHING_EXCLUDED = 65535;
@@ -40,6 +44,9 @@ public:
     /// anew when it differs from the number of changes that this object has made itself.
     void Refresh(uint64 placementChangeCount);
 
+    /// The number of changes that this object knows: for blocks that nothing else changes.
+    uint64 KnownChangeCount() const;
+
     /// The first block with this output id, else the end.
     Position Find(uint16 outputId);
 
@@ -47,7 +54,7 @@ public:
     /// skipped.
     Position FindInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId);
 
-    static bool IsOverlapping(uint16 startId, uint16 endId, ProtocolRegisterBlock const& block);
+    static bool IsOverlapping(uint16 startId, uint16 endId, Block const& block);
 
     /// Registers of all blocks from `position` on, in 16 bits; gaps do not count.
     uint16 UsedRegisters(Position position);
@@ -55,7 +62,7 @@ public:
     /// Moves the blocks from `position` on behind `endId`, up to the first gap that is large enough.
     void Shift(Position position, uint16 endId, uint16 excludedOutputId);
 
-    void Insert(Position position, std::shared_ptr<ProtocolRegisterBlock> block);
+    void Insert(Position position, BlockPointer block);
     void Erase(Position position);
 
     /// Gives the block a new id and moves it to before `target`.
@@ -75,10 +82,10 @@ private:
         Position position;
     };
 
-    using Slot = std::vector<Entry>::iterator;
+    using Slot = typename std::vector<Entry>::iterator;
 
     static Entry EntryOf(Position position);
-    void SetOutputId(ProtocolRegisterBlock& block, uint16 newOutputId);
+    void SetOutputId(Block& block, uint16 newOutputId);
     Position WalkToInsertPosition(uint16 startId, uint16 endId, uint16 excludedOutputId);
     Slot SlotOf(Position position);
     bool IsInOrder(Slot first, Slot last) const;
@@ -91,5 +98,8 @@ private:
     bool isStale = false; // the index must be rebuilt before its next use
     uint64 knownChangeCount = 0;
 };
+
+extern template class RegisterPlacement<std::shared_ptr<ProtocolRegisterBlock>>;
+extern template class RegisterPlacement<PlannedBlock*>;
 
 } // namespace ZuControl::ControlProtocol

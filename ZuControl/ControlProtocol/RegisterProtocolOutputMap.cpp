@@ -96,19 +96,18 @@ void RegisterProtocolOutputMap::AddAll(Zu::Params::Group& newOutputs)
 {
     auto& listed = dynamic_cast<RegisterOutputs&>(newOutputs);
     Zu::Locker const guard(lock);
-    uint64 const count = outputs.map.Count();
+    uint64 const count = core.List().Count();
     uint32 nextAddress = count > 0 ? EndOf(count - 1) : initialStart;
-    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextAddress](RegisterOutputItem& entry) ZU_REQUIRES(lock) {
+    OutputMapRefusal const refusals(notes);
+    AddEntries(ZU_FUNCTION_LABEL, listed, [this, &nextAddress, &refusals](RegisterOutputItem& entry) ZU_REQUIRES(lock) {
         std::string const& source = entry.source.Get();
         if (source.empty())
         {
-            return OutputMapRefusal::OfBlankEntry(ZU_FUNCTION_LABEL, source);
+            return refusals.OfBlankEntry(ZU_FUNCTION_LABEL, source);
         }
         if (core.HasSource(source))
         {
-            ZU_LOG_USER_WARNING("Data source %1$s already exists", source.c_str());
-            ZU_LOG_WARNING("Data source %s already exists", source.c_str());
-            return Zu::Status::ALREADY_EXISTS;
+            return refusals.OfKnownRegisterEntry(ZU_FUNCTION_LABEL, source);
         }
         entry.outputId.Set(static_cast<uint16>(nextAddress)); // without a check of the range or the size
         core.Append(entry);
@@ -121,7 +120,7 @@ void RegisterProtocolOutputMap::CompactId()
 {
     Zu::Locker const guard(lock);
     uint16 nextAddress = initialStart;
-    uint64 const count = outputs.map.Count();
+    uint64 const count = core.List().Count();
     for (uint64 i = 0; i < count; ++i)
     {
         core.SetId(i, nextAddress);
@@ -146,10 +145,10 @@ void RegisterProtocolOutputMap::OverlapInsert(uint64 index, RegisterOutputItem c
     Zu::Locker const guard(lock);
     ShiftOutputMap(index, item);
     core.Put(index, item);
-    uint64 const count = outputs.map.Count();
+    uint64 const count = core.List().Count();
     for (uint64 i = index; i + 1 < count; ++i)
     {
-        if (i > index && outputs.map.At(i + 1).outputId.Get() > EndOf(i))
+        if (i > index && core.List().IdAt(i + 1) > EndOf(i))
         {
             break; // the run has reached a gap
         }
@@ -164,7 +163,7 @@ RegisterProtocolOutputMap::GetOverlappingState(Zu::Params::Group const& group) c
     uint32 const address = item.outputId.Get();
     Zu::Locker const guard(lock);
     uint64 const index = BSearchForInsert(item);
-    if (index >= outputs.map.Count())
+    if (index >= core.List().Count())
     {
         return 0; // the length of the last item is not taken into account
     }
@@ -173,11 +172,10 @@ RegisterProtocolOutputMap::GetOverlappingState(Zu::Params::Group const& group) c
     {
         // Compares with the raw size, which is not a number of registers, and sets the flag where the two do not touch.
         // Saved configurations were accepted and ordered by this test.
-        RegisterOutputItem const& previous = outputs.map.At(index - 1);
-        uint32 const rawEnd = uint32{previous.outputId.Get()} + previous.outputSize.Get();
+        uint32 const rawEnd = uint32{core.List().IdAt(index - 1)} + core.List().SizeAt(index - 1);
         state |= address >= rawEnd ? BEHIND_PREVIOUS : 0;
     }
-    uint32 const next = outputs.map.At(index).outputId.Get();
+    uint32 const next = core.List().IdAt(index);
     state |= next < address + NumOfRegisterOccupies(item) ? RUNS_INTO_NEXT : 0;
     return static_cast<ZuProtocolOutputDataOverlapState>(state);
 }
@@ -191,10 +189,10 @@ void RegisterProtocolOutputMap::SetStartAddress(uint16 newStart)
         return;
     }
     outputs.attributes.start.Set(newStart);
-    uint64 const count = outputs.map.Count();
+    uint64 const count = core.List().Count();
     for (uint64 i = 0; i < count; ++i)
     {
-        core.SetId(i, static_cast<uint16>(outputs.map.At(i).outputId.Get() + difference));
+        core.SetId(i, static_cast<uint16>(core.List().IdAt(i) + difference));
     }
 }
 
@@ -214,30 +212,19 @@ void RegisterProtocolOutputMap::Add_Helper(Zu::Params::Group const& group, bool 
     Zu::Locker const guard(lock);
     CheckAddress(item.outputId.Get());
     uint64 index = BSearchForInsert(item);
-    if (index < outputs.map.Count() && outputs.map.At(index).IsSameOutput(item))
+    if (index < core.List().Count() && core.List().IsSame(index, item))
     {
         return;
     }
     std::string const& source = item.source.Get();
     if (core.HasSource(source))
     {
-        OutputMapRefusal::OfKnownSource(ZU_FUNCTION_LABEL, source);
+        OutputMapRefusal(notes).OfKnownSource(ZU_FUNCTION_LABEL, source);
     }
     ZuProtocolOutputDataOverlapState const state = GetOverlappingState(group);
     if (state != 0 && !autoShift)
     {
-        ZU_LOG_USER_WARNING(
-            "Unable to add connection source %1$s. The specified address would cause the selected source "
-            "to overlap addresses used by an existing connection.",
-            source.c_str());
-        ZU_LOG_WARNING("Unable to add connection source %s. The specified address would cause the selected source to "
-                       "overlap addresses used by an existing connection.",
-                       source.c_str());
-        ZU_THROW(
-            Zu::Status::BAD_ARGUMENT,
-            "Unable to add connection source %1$s. The specified address would cause the selected source to overlap "
-            "addresses used by an existing connection.",
-            source.c_str());
+        OutputMapRefusal(notes).OfOverlap(ZU_FUNCTION_LABEL, source);
     }
     index -= (state & BEHIND_PREVIOUS) != 0 ? 1 : 0; // the flag is set only behind a previous item
     if ((state & RUNS_INTO_NEXT) != 0)
@@ -257,7 +244,7 @@ void RegisterProtocolOutputMap::ShiftOutputMap(uint64 index, RegisterOutputItem 
 
 void RegisterProtocolOutputMap::CheckRoom(uint64 index, RegisterOutputItem const& item) const
 {
-    if (outputs.map.Count() >= maxCount || !hasGap(index, item))
+    if (core.List().Count() >= maxCount || !hasGap(index, item))
     {
         ZU_THROW(Zu::Status::FULL);
     }
@@ -265,12 +252,17 @@ void RegisterProtocolOutputMap::CheckRoom(uint64 index, RegisterOutputItem const
 
 uint16 RegisterProtocolOutputMap::NumOfRegisterOccupies(RegisterOutputItem const& item) const
 {
+    return RegistersFor(item.outputSize.Get());
+}
+
+uint16 RegisterProtocolOutputMap::RegistersFor(uint16 size) const
+{
     uint32 const itemSize = outputs.attributes.itemSize.Get();
     if (itemSize == 0)
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "Register size cannot be zero.");
     }
-    return static_cast<uint16>((item.outputSize.Get() + itemSize - 1) / itemSize);
+    return static_cast<uint16>((size + itemSize - 1) / itemSize);
 }
 
 bool RegisterProtocolOutputMap::hasGap(uint64 index, RegisterOutputItem const& item) const
@@ -279,7 +271,7 @@ bool RegisterProtocolOutputMap::hasGap(uint64 index, RegisterOutputItem const& i
     auto const free =
         static_cast<uint16>(outputs.attributes.count.Get() - item.outputId.Get() + outputs.attributes.start.Get());
     // Counts the new item's length for each item that moves, not the moved item's own length.
-    uint64 const moving = outputs.map.Count() > index ? outputs.map.Count() - index : 0;
+    uint64 const moving = core.List().Count() > index ? core.List().Count() - index : 0;
     auto const needed = static_cast<uint16>(moving * registers);
     return uint32{registers} + needed <= free;
 }
@@ -297,8 +289,25 @@ void RegisterProtocolOutputMap::CheckAddress(uint16 address) const
 
 uint32 RegisterProtocolOutputMap::EndOf(uint64 index) const
 {
-    RegisterOutputItem const& item = outputs.map.At(index);
-    return uint32{item.outputId.Get()} + NumOfRegisterOccupies(item);
+    return uint32{core.List().IdAt(index)} + RegistersFor(core.List().SizeAt(index));
+}
+
+std::unique_ptr<RegisterProtocolOutputMap> RegisterProtocolOutputMap::CopyForPreview(RefusalNotes& newNotes) const
+{
+    Zu::Locker const guard(lock); // the space and the items of one moment
+    auto const& space = outputs.attributes;
+    auto copy =
+        std::make_unique<RegisterProtocolOutputMap>(initialStart, space.count.Get(), space.itemSize.Get(), maxCount);
+    copy->SetStartAddress(space.start.Get()); // before there are items, which would move with it
+    copy->BecomeCopyOf(*this, newNotes);
+    return copy;
+}
+
+RegisterSpace RegisterProtocolOutputMap::Space() const
+{
+    Zu::Locker const guard(lock);
+    auto const& space = outputs.attributes;
+    return {space.start.Get(), space.count.Get(), space.itemSize.Get()};
 }
 
 } // namespace ZuControl::ControlProtocol

@@ -8,6 +8,7 @@
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
+#include <memory>
 #include <string>
 
 namespace ZuControl::ControlProtocol
@@ -95,6 +96,14 @@ extern template class ProtocolOutputBase<RegisterOutputs, RegisterOutputItem, Re
 extern template class NumericIdProtocolOutputBase<RegisterOutputs, RegisterOutputItem, RegisterOutputsArgs,
                                                   RegisterOutputItemArgs>;
 
+/// Where the registers of a map are: `count` registers from `start` on, of `itemSize` each.
+struct RegisterSpace
+{
+    uint16 start = 0;
+    uint16 count = 0;
+    uint16 itemSize = 0;
+};
+
 /// The output map for protocols with a register space: an output id is the address of an item's first register, and an
 /// item takes as many registers as its size needs.
 ///
@@ -145,6 +154,12 @@ public:
     void SetStartAddress(uint16 newStart);
     uint16 StartAddress() const;
 
+    /// A copy for a preview: its operations write no log line and change nothing but the copy. `newNotes` receives the
+    /// refusals and outlives the copy.
+    std::unique_ptr<RegisterProtocolOutputMap> CopyForPreview(RefusalNotes& newNotes) const;
+
+    RegisterSpace Space() const;
+
 private:
     // These two hide those of the base. The base moves items through its own versions, without the test for room.
     void Add_Helper(Zu::Params::Group const& group, bool autoShift);
@@ -152,6 +167,7 @@ private:
     void CheckRoom(uint64 index, RegisterOutputItem const& item) const ZU_REQUIRES(lock);
 
     uint16 NumOfRegisterOccupies(RegisterOutputItem const& item) const ZU_REQUIRES(lock);
+    uint16 RegistersFor(uint16 size) const ZU_REQUIRES(lock);
     /// Whether the item fits behind `index`, by a rough estimate.
     bool hasGap(uint64 index, RegisterOutputItem const& item) const ZU_REQUIRES(lock);
     void CheckAddress(uint16 address) const ZU_REQUIRES(lock);

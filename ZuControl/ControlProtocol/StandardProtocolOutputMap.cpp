@@ -82,4 +82,11 @@ StandardProtocolOutputMap::StandardProtocolOutputMap(uint16 mostItems, uint16 mi
 
 StandardProtocolOutputMap::~StandardProtocolOutputMap() = default;
 
+std::unique_ptr<StandardProtocolOutputMap> StandardProtocolOutputMap::CopyForPreview(RefusalNotes& newNotes) const
+{
+    auto copy = std::make_unique<StandardProtocolOutputMap>(maxCount, OUTPUT_ID_MIN, OUTPUT_ID_MAX); // not enforced
+    copy->BecomeCopyOf(*this, newNotes);
+    return copy;
+}
+
 } // namespace ZuControl::ControlProtocol

@@ -8,6 +8,7 @@
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
+#include <memory>
 #include <string>
 
 namespace ZuControl::ControlProtocol
@@ -106,6 +107,10 @@ public:
 
     StandardProtocolOutputMap(StandardProtocolOutputMap const&) = delete;
     StandardProtocolOutputMap& operator=(StandardProtocolOutputMap const&) = delete;
+
+    /// A copy for a preview: its operations write no log line and change nothing but the copy. `newNotes` receives the
+    /// refusals and outlives the copy.
+    std::unique_ptr<StandardProtocolOutputMap> CopyForPreview(RefusalNotes& newNotes) const;
 };
 
 } // namespace ZuControl::ControlProtocol

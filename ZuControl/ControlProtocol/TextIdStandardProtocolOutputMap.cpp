@@ -65,6 +65,10 @@ void TextIdStandardProtocolOutputMap::AddAll(Zu::Params::Group& outputs)
     for (uint64 i = 0; i < list.Count(); ++i)
     {
         TextIdStandardOutputItem& entry = list.At(i);
+        if (notes != nullptr)
+        {
+            notes->entry = i;
+        }
         if (entry.outputId.Get().empty())
         {
             entry.outputId.Set(entry.source.Get());
@@ -73,17 +77,22 @@ void TextIdStandardProtocolOutputMap::AddAll(Zu::Params::Group& outputs)
         {
             Add_Helper(entry, false);
         }
-        catch (std::exception const& exception)
+        catch (std::exception const&)
         {
-            ZU_LOG_CAUGHT("Error adding data source <%s>", entry.source.Get().c_str());
-            if (status == Zu::Status::SUCCESS)
-            {
-                auto const* const ours = dynamic_cast<Zu::Exception const*>(&exception);
-                status = ours != nullptr ? ours->Status() : Zu::Status::BAD_ARGUMENT;
-            }
+            int32 const failed =
+                OutputMapRefusal(notes).OfCaughtEntry(__LINE__, __FILE__, ZU_FUNCTION_LABEL, entry.source.Get());
+            status = status == Zu::Status::SUCCESS ? failed : status;
         }
     }
     OutputMapRefusal::UnlessAllAdded(ZU_FUNCTION_LABEL, status);
+}
+
+std::unique_ptr<TextIdStandardProtocolOutputMap>
+TextIdStandardProtocolOutputMap::CopyForPreview(RefusalNotes& newNotes) const
+{
+    auto copy = std::make_unique<TextIdStandardProtocolOutputMap>(maxCount);
+    copy->BecomeCopyOf(*this, newNotes);
+    return copy;
 }
 
 } // namespace ZuControl::ControlProtocol

@@ -7,6 +7,7 @@
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
+#include <memory>
 #include <string>
 
 namespace ZuControl::ControlProtocol
@@ -91,6 +92,10 @@ public:
     /// caller's record. A refused item does not stop the others: it is logged, and at the end the first failing status
     /// is thrown. The lock is taken for each item and not for the call.
     void AddAll(Zu::Params::Group& outputs) override;
+
+    /// A copy for a preview: its operations write no log line and change nothing but the copy. `newNotes` receives the
+    /// refusals and outlives the copy.
+    std::unique_ptr<TextIdStandardProtocolOutputMap> CopyForPreview(RefusalNotes& newNotes) const;
 };
 
 } // namespace ZuControl::ControlProtocol
