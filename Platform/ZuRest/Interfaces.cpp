@@ -3,6 +3,7 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamReceiver.h"
@@ -22,6 +23,8 @@ IContentResource::~IContentResource() = default;
 IDocumentResource::~IDocumentResource() = default;
 
 IPromptResource::~IPromptResource() = default;
+
+ISubjectResource::~ISubjectResource() = default;
 
 IResource::~IResource() = default;
 

@@ -6,6 +6,7 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
@@ -106,7 +107,7 @@ std::string AllowedBy(ResourceRouter::Match const& match, bool isFixed)
     {
         allowed += "PATCH, ";
     }
-    if (resource.CallableProvider() != nullptr || has("POST"))
+    if (resource.CallableProvider() != nullptr || dynamic_cast<IPreviewResource*>(&resource) != nullptr || has("POST"))
     {
         allowed += "POST, ";
     }
@@ -135,10 +136,16 @@ Answer AsStrict(Answer answer)
     return answer;
 }
 
-ResourceLocks::Mode ModeOf(std::string const& method)
+/// Returns the path of the document that a change of this resource changes.
+std::string SubjectOf(ResourceRouter::Match const& match, Request const& request)
 {
-    return IsUpdate(method) || method == "POST" || method == "DELETE" ? ResourceLocks::Mode::CHANGE
-                                                                      : ResourceLocks::Mode::READ;
+    auto const* const subject = dynamic_cast<ISubjectResource const*>(match.resource);
+    return subject != nullptr ? subject->SubjectPath(InfoOf(request, match)) : request.path;
+}
+
+Answer RefusePrecondition(std::string const& path)
+{
+    return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + path + " has changed.", 0, {}}.ToAnswer();
 }
 
 /// Returns the result of `work`, or the problem document for its exception.
@@ -193,8 +200,8 @@ Json ResourceRequestProcessor::Read(std::string const& path, Json const& /*reque
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Process(Request const& request,
                                                                     ReceiverMaker const& makeReceiver)
 {
-    std::shared_ptr<ResourceLocks::Pass> const pass = WaitForTurn(Place::Of(request.path), ModeOf(request.method));
-    return Carry(request, makeReceiver, *pass);
+    std::shared_ptr<ResourceLocks::Pass> pass = WaitForTurn(Place::Of(request.path), ModeOf(request));
+    return Carry(request, makeReceiver, pass);
 }
 
 std::optional<ResourceRequestProcessor::Outcome> ResourceRequestProcessor::ProcessPrompt(Request const& request) const
@@ -211,7 +218,7 @@ void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeR
                                             std::function<void(Outcome)> done)
 {
     Place const place = Place::Of(request.path);
-    ResourceLocks::Mode const mode = ModeOf(request.method);
+    ResourceLocks::Mode const mode = ModeOf(request);
     struct Job
     {
         Request request;
@@ -223,7 +230,7 @@ void ResourceRequestProcessor::ProcessLater(Request request, ReceiverMaker makeR
     locks.Enter(place, mode, [this, job, run](std::shared_ptr<ResourceLocks::Pass> pass) {
         job->pass = std::move(pass);
         run([this, job] {
-            Outcome outcome = Carry(job->request, job->makeReceiver, *job->pass);
+            Outcome outcome = Carry(job->request, job->makeReceiver, job->pass);
             job->pass.reset(); // first: the client's next request must find the place free
             job->done(std::move(outcome));
         });
@@ -255,6 +262,22 @@ void ResourceRequestProcessor::RunAsChange(std::string const& path, std::functio
     work();
 }
 
+ResourceLocks::Mode ResourceRequestProcessor::ModeOf(Request const& request) const
+{
+    bool const isChange = IsUpdate(request.method) || request.method == "POST" || request.method == "DELETE";
+    if (!isChange)
+    {
+        return ResourceLocks::Mode::READ;
+    }
+    if (request.method == "POST")
+    {
+        auto const match = router.Find(request.path);
+        bool const isPreview = match.has_value() && dynamic_cast<IPreviewResource*>(match->resource) != nullptr;
+        return isPreview ? ResourceLocks::Mode::READ : ResourceLocks::Mode::CHANGE;
+    }
+    return ResourceLocks::Mode::CHANGE;
+}
+
 std::shared_ptr<ResourceLocks::Pass> ResourceRequestProcessor::WaitForTurn(Place const& place, ResourceLocks::Mode mode)
 {
     std::promise<std::shared_ptr<ResourceLocks::Pass>> turn;
@@ -262,15 +285,16 @@ std::shared_ptr<ResourceLocks::Pass> ResourceRequestProcessor::WaitForTurn(Place
     return turn.get_future().get();
 }
 
-ResourceRequestProcessor::Outcome
-ResourceRequestProcessor::Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass)
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::Carry(Request const& request,
+                                                                  ReceiverMaker const& makeReceiver,
+                                                                  std::shared_ptr<ResourceLocks::Pass>& pass)
 {
     Turn turn{pass, {}};
     Outcome outcome = Guarded(request, [&] {
         auto const scope = makeScope ? makeScope() : nullptr;
         return Dispatch(request, makeReceiver, turn);
     });
-    if (observeChange && ModeOf(request.method) == ResourceLocks::Mode::CHANGE)
+    if (observeChange && ModeOf(request) == ResourceLocks::Mode::CHANGE)
     {
         observeChange({request, outcome.answer, turn.before});
     }
@@ -312,6 +336,10 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Dispatch(Request con
     if (canChange)
     {
         return {CarryOutChange(request, *match, turn), nullptr};
+    }
+    if (request.method == "POST" && dynamic_cast<IPreviewResource*>(&resource) != nullptr)
+    {
+        return {Preview(request, *match, turn), nullptr};
     }
     return {RefuseMethod(request, *match, false, {}), nullptr};
 }
@@ -374,17 +402,16 @@ Answer ResourceRequestProcessor::CarryOutChange(Request const& request, Resource
 Answer ResourceRequestProcessor::Update(Request const& request, ResourceRouter::Match const& match, Turn& turn)
 {
     Json const body = JsonText::Read(request.body);
-    if (!IsPreconditionMet(request))
+    if (!IsPreconditionMet(request, request.path))
     {
-        return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + request.path + " has changed.", 0, {}}
-            .ToAnswer();
+        return RefusePrecondition(request.path);
     }
     bool const isStrict = RequestPreferences::IsStrict(request.prefer) && IsUpdatable(match);
     if (std::string const fault = isStrict ? StrictFault(request, match, body) : std::string(); !fault.empty())
     {
         return AsStrict(Problem{HttpStatus::UNPROCESSABLE_CONTENT, fault, Zu::Status::BAD_ARGUMENT, {}}.ToAnswer());
     }
-    KeepBefore(Place::Of(request.path), turn.pass);
+    KeepBefore(Place::Of(request.path), *turn.pass);
     turn.before = observeChange ? reader.Read(match, request.path, false) : std::string();
     auto const update = [&] { match.resource->DocumentProvider()->UpdateDocument(InfoOf(request, match), body); };
     runUpdate ? runUpdate(request.path, body, update) : update();
@@ -403,12 +430,31 @@ std::string ResourceRequestProcessor::StrictFault(Request const& request, Resour
 Answer ResourceRequestProcessor::Call(Request const& request, ResourceRouter::Match const& match)
 {
     Json const body = request.body.empty() ? Json::object() : JsonText::Read(request.body);
+    if (std::string const subject = SubjectOf(match, request); !IsPreconditionMet(request, subject))
+    {
+        return RefusePrecondition(subject);
+    }
     Json const result = match.resource->CallableProvider()->Invoke(InfoOf(request, match), body);
     if (result.is_null())
     {
         return {HttpStatus::NO_CONTENT, "", "", {}};
     }
     return {HttpStatus::OK, "application/json", JsonText::Write(result), {}};
+}
+
+Answer ResourceRequestProcessor::Preview(Request const& request, ResourceRouter::Match const& match, Turn& turn)
+{
+    Json const body = request.body.empty() ? Json::object() : JsonText::Read(request.body);
+    std::string const subject = SubjectOf(match, request);
+    if (!IsPreconditionMet(request, subject))
+    {
+        return RefusePrecondition(subject);
+    }
+    // The tag comes first: a change between the two steps makes the tag old, and a change with it is refused.
+    std::string const tag = EntityTag::Of(reader.Read(subject, false));
+    auto const makeAnswer = dynamic_cast<IPreviewResource&>(*match.resource).Preview(InfoOf(request, match), body, tag);
+    turn.pass.reset();
+    return makeAnswer();
 }
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
@@ -422,14 +468,19 @@ Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRo
     return {HttpStatus::OK, HAL, std::move(body), {{"ETag", std::move(tag)}, {"Cache-Control", "no-cache"}}};
 }
 
-bool ResourceRequestProcessor::IsPreconditionMet(Request const& request) const
+bool ResourceRequestProcessor::IsPreconditionMet(Request const& request, std::string const& subjectPath) const
 {
     if (request.ifMatch.empty())
     {
         return true;
     }
+    auto const match = router.Find(subjectPath);
+    if (!match.has_value() || match->resource->DocumentProvider() == nullptr)
+    {
+        return false; // no document, so no state of it
+    }
     auto const isNamed = [&](bool wantsSchema) {
-        std::string const body = reader.Read(request.path, wantsSchema);
+        std::string const body = reader.Read(subjectPath, wantsSchema);
         return EntityTag::IsNamed(request.ifMatch, EntityTag::Of(body));
     };
     return isNamed(false) || isNamed(true); // the client may have read the document with or without the schema

@@ -113,12 +113,14 @@ private:
     /// What one request needs on its way to the resource.
     struct Turn
     {
-        ResourceLocks::Pass& pass;
-        std::string before; // as in `Change`
+        std::shared_ptr<ResourceLocks::Pass>& pass; // a preview releases it early
+        std::string before;                         // as in `Change`
     };
 
     std::shared_ptr<ResourceLocks::Pass> WaitForTurn(Place const& place, ResourceLocks::Mode mode);
-    Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver, ResourceLocks::Pass& pass);
+    ResourceLocks::Mode ModeOf(Request const& request) const;
+    Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver,
+                  std::shared_ptr<ResourceLocks::Pass>& pass);
     Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, Turn& turn);
     Outcome Get(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
     Outcome Stream(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
@@ -127,8 +129,9 @@ private:
     std::string StrictFault(Request const& request, ResourceRouter::Match const& match,
                             nlohmann::json const& body) const;
     Answer Call(Request const& request, ResourceRouter::Match const& match);
+    Answer Preview(Request const& request, ResourceRouter::Match const& match, Turn& turn);
     Answer ShowDocument(Request const& request, ResourceRouter::Match const& match) const;
-    bool IsPreconditionMet(Request const& request) const;
+    bool IsPreconditionMet(Request const& request, std::string const& subjectPath) const;
     void KeepBefore(Place const& place, ResourceLocks::Pass& pass) const;
 
     ResourceRouter const& router;

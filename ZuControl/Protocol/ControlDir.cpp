@@ -3,6 +3,7 @@
 #include "ZuApi/Guard.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
+#include "ZuControl/Protocol/ControlPlcResources.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
@@ -32,13 +33,16 @@ struct ControlDir::Resources
           digitalOutput(manager),
           analogOutput(manager),
           marletOutput(manager),
-          serialOutput(manager)
+          serialOutput(manager),
+          outputsPreview(manager),
+          registerAssemblyPreview(manager),
+          plc(manager)
     {
     }
 
     using Route = std::pair<char const*, ZuRest::IResource*>;
 
-    std::array<Route, 13> Routes()
+    std::array<Route, 16> Routes()
     {
         return {{
             {"/controls/:protocol", &control},
@@ -54,6 +58,9 @@ struct ControlDir::Resources
             {"/controls/hardware/:device/analog/:port", &analogOutput},
             {"/controls/hardware/:device/marlet/:port", &marletOutput},
             {"/controls/hardware/:device/serial/:port", &serialOutput},
+            {"/controls/:protocol/outputs/preview", &outputsPreview},
+            {"/controls/:protocol/registerAssemblies/:registerAssembly/preview", &registerAssemblyPreview},
+            {"/controls/:protocol/plc", &plc},
         }};
     }
 
@@ -70,6 +77,9 @@ struct ControlDir::Resources
     AnalogOutputResource analogOutput;
     MarletOutputResource marletOutput;
     SerialOutputResource serialOutput;
+    ControlOutputsPreviewResource outputsPreview;
+    ControlRegisterAssemblyPreviewResource registerAssemblyPreview;
+    ControlPlcResource plc;
 };
 
 ControlDir::ControlDir(ZuRest::ResourceRouter& usedRouter, IControlManager& manager, ControlMetrics& metrics)

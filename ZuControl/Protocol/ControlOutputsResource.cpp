@@ -159,6 +159,16 @@ nlohmann::json ControlOutputsActionResource::ReadOne(IControlInstance const& ins
     return PartToJson(OutputsActionProperties(command, *params), request);
 }
 
+std::string ControlOutputsActionResource::SubjectPath(ZuRest::RequestInfo const& request) const
+{
+    return SubjectOfCommand(request);
+}
+
+void ControlOutputsActionResource::RethrowRefusal()
+{
+    ZU_THROW_NESTED("Output connection map action error");
+}
+
 IControlActionTarget& ControlOutputsActionResource::ActionTarget(IControlInstance const& instance)
 {
     if (!instance.HasOutputsActionTarget())
@@ -185,7 +195,7 @@ bool ControlOutputsActionResource::RunAction(IControlInstance& instance, IContro
         }
         RunAndForgetFailure([&instance] { instance.OutputsUpdate(); });
         RunAndForgetFailure([&instance] { instance.EndUpdateOutputsMap(); });
-        ZU_THROW_NESTED("Output connection map action error");
+        RethrowRefusal();
     }
 }
 

@@ -3,6 +3,7 @@
 #include "ZuApi/Event.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuRest/ICallableResource.h"
+#include "ZuRest/IPreviewResource.h"
 
 #include <map>
 #include <string>
@@ -29,7 +30,8 @@ private:
 /// `/controls/:protocol/outputs/commands/:command`: the commands that change the output map of a protocol. It notifies
 /// each change of a map, also a change that it has not made itself.
 class ZUCONTROL_INTERNAL_API ControlOutputsActionResource final : public ControlResourceBase,
-                                                                  public ZuRest::ICallableResource
+                                                                  public ZuRest::ICallableResource,
+                                                                  public ZuRest::ISubjectResource
 {
 public:
     explicit ControlOutputsActionResource(IControlManager& usedManager);
@@ -43,6 +45,15 @@ public:
     /// added stay.
     nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
 
+    /// The path of the map that the commands change.
+    std::string SubjectPath(ZuRest::RequestInfo const& request) const override;
+
+    /// Throws `Zu::Status::NOT_SUPPORTED`, no text, where there are no commands.
+    static IControlActionTarget& ActionTarget(IControlInstance const& instance);
+
+    /// In a catch block: throws what a client gets for a command that `InvokeAction` has refused.
+    [[noreturn]] static void RethrowRefusal();
+
 private:
     using CallbackId = Zu::Event<std::string, bool>::CallbackId;
 
@@ -50,7 +61,6 @@ private:
                                   ZuRest::ResponseInfo& response, std::string const& name);
     static nlohmann::json ReadOne(IControlInstance const& instance, IControlActionTarget const& target,
                                   ZuRest::RequestInfo const& request, std::string const& command);
-    static IControlActionTarget& ActionTarget(IControlInstance const& instance);
     static bool RunAction(IControlInstance& instance, IControlActionTarget& target, std::string const& command,
                           Zu::Params::Group const& params);
     static void TellOfUpdate(IControlInstance& instance);

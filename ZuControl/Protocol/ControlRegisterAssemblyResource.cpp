@@ -1,10 +1,10 @@
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/Guard.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/ControlProtocol/AssemblyLock.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
@@ -19,6 +19,7 @@
 namespace ZuControl::Protocol
 {
 
+using ControlProtocol::AssemblyLock;
 using ControlProtocol::IProtocolRegisterAssembly;
 using ZuRest::Path;
 
@@ -26,27 +27,6 @@ namespace
 {
 
 constexpr char const* ASSEMBLY_ROUTE = "/controls/:protocol/registerAssemblies/:registerAssembly";
-
-/// Holds the lock of an assembly, which a reader of its lists needs.
-class AssemblyLock
-{
-public:
-    explicit AssemblyLock(IProtocolRegisterAssembly& lockedAssembly) : assembly(lockedAssembly)
-    {
-        assembly.BeginLock();
-    }
-
-    ~AssemblyLock()
-    {
-        ZU_GUARD_DESTRUCTOR([this] { assembly.EndLock(); });
-    }
-
-    AssemblyLock(AssemblyLock const&) = delete;
-    AssemblyLock& operator=(AssemblyLock const&) = delete;
-
-private:
-    IProtocolRegisterAssembly& assembly;
-};
 
 template <typename Records>
 std::vector<Zu::Properties::Node const*> NodesOf(Records const& records)
@@ -231,7 +211,7 @@ nlohmann::json ControlRegisterAssemblyActionResource::Invoke(ZuRest::RequestInfo
     catch (...)
     {
         instance.EndUpdateRegisterAssembly(id);
-        ZU_THROW_NESTED("%s", Zu::CaughtText().c_str());
+        RethrowRefusal();
     }
     instance.EndUpdateRegisterAssembly(id);
     return ResultToJson(result.get(), request);
@@ -242,6 +222,16 @@ void ControlRegisterAssemblyActionResource::ParseTokensFromPath(ZuRest::RequestI
 {
     name = RequireKey(request, "protocol", "Request is missing service name");
     id = RequireKey(request, "registerAssembly", "Request is missing assembly id");
+}
+
+std::string ControlRegisterAssemblyActionResource::SubjectPath(ZuRest::RequestInfo const& request) const
+{
+    return SubjectOfCommand(request);
+}
+
+void ControlRegisterAssemblyActionResource::RethrowRefusal()
+{
+    ZU_THROW_NESTED("%s", Zu::CaughtText().c_str());
 }
 
 IControlActionTarget& ControlRegisterAssemblyActionResource::ActionTarget(IControlInstance const& instance,

@@ -3,6 +3,7 @@
 #include "ZuApi/Event.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
 #include "ZuRest/ICallableResource.h"
+#include "ZuRest/IPreviewResource.h"
 
 #include <map>
 #include <string>
@@ -48,7 +49,8 @@ private:
 
 /// `/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command`: the commands that change an assembly.
 class ZUCONTROL_INTERNAL_API ControlRegisterAssemblyActionResource final : public ControlResourceBase,
-                                                                           public ZuRest::ICallableResource
+                                                                           public ZuRest::ICallableResource,
+                                                                           public ZuRest::ISubjectResource
 {
 public:
     explicit ControlRegisterAssemblyActionResource(IControlManager& usedManager);
@@ -61,9 +63,17 @@ public:
     /// succeeds; a notification of a possible change is sent in any case.
     nlohmann::json Invoke(ZuRest::RequestInfo const& request, nlohmann::json const& body) override;
 
+    /// The path of the assembly that the commands change.
+    std::string SubjectPath(ZuRest::RequestInfo const& request) const override;
+
+    /// Throws `Zu::Status::NOT_SUPPORTED`, no text, where there are no commands.
+    static IControlActionTarget& ActionTarget(IControlInstance const& instance, std::string const& id);
+
+    /// In a catch block: throws what a client gets for a command that `InvokeAction` has refused.
+    [[noreturn]] static void RethrowRefusal();
+
 private:
     static void ParseTokensFromPath(ZuRest::RequestInfo const& request, std::string& name, std::string& id);
-    static IControlActionTarget& ActionTarget(IControlInstance const& instance, std::string const& id);
     static nlohmann::json ReadAll(IControlInstance const& instance, IControlActionTarget const& target,
                                   ZuRest::ResponseInfo& response, std::string const& name, std::string const& id);
     static nlohmann::json ReadOne(IControlInstance const& instance, IControlActionTarget const& target,

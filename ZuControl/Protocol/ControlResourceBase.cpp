@@ -147,6 +147,16 @@ ActionProperties::ActionProperties(std::string const& actionId, Zu::Params::Grou
 
 ActionProperties::~ActionProperties() = default;
 
+std::string SubjectOfCommand(ZuRest::RequestInfo const& request)
+{
+    std::string path = request.path;
+    if (request.FindKey("command") != nullptr)
+    {
+        path.resize(path.rfind('/'));
+    }
+    return path.substr(0, path.rfind('/'));
+}
+
 std::string const& RouteKey(ZuRest::RequestInfo const& request, char const* key)
 {
     std::string const* const value = request.FindKey(key);

@@ -144,6 +144,9 @@ struct ZUCONTROL_INTERNAL_API ActionProperties final : public Zu::Properties::St
 using OutputsActionProperties = ActionProperties;
 using RegisterAssemblyActionProperties = ActionProperties;
 
+/// The path above "/commands/:command", as the client spells it.
+ZUCONTROL_INTERNAL_API std::string SubjectOfCommand(ZuRest::RequestInfo const& request);
+
 /// The value of a key of the route, which stays the request's. Throws std::out_of_range when the request has none, with
 /// a text that clients of the outputs rely on.
 ZUCONTROL_INTERNAL_API std::string const& RouteKey(ZuRest::RequestInfo const& request, char const* key);

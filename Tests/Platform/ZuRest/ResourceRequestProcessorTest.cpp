@@ -7,6 +7,7 @@
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuRest/IContentResource.h"
+#include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 
 #include <gtest/gtest.h>
@@ -48,6 +49,39 @@ std::string HeaderOf(Answer const& answer, std::string const& name)
     }
     return {};
 }
+
+/// A preview of a change of "/thing".
+class FakePreview final : public DocumentResourceBase, public IPreviewResource
+{
+public:
+    IDocumentResource* DocumentProvider() override
+    {
+        return nullptr;
+    }
+
+    Json Document(RequestInfo const& /*request*/, ResponseInfo& /*response*/) override
+    {
+        return {};
+    }
+
+    std::string SubjectPath(RequestInfo const& /*request*/) const override
+    {
+        return "/thing";
+    }
+
+    std::function<Answer()> Preview(RequestInfo const& /*request*/, Json const& body, std::string const& tag) override
+    {
+        return [this, body, tag] {
+            if (whileAnswering)
+            {
+                whileAnswering();
+            }
+            return Answer{HttpStatus::OK, "text/plain", body.dump() + " of " + tag, {}};
+        };
+    }
+
+    std::function<void()> whileAnswering;
+};
 
 } // namespace
 
@@ -483,6 +517,72 @@ TEST_F(ResourceRequestProcessorTest, TellsOneStateOfADocumentFromAnother)
     EXPECT_EQ(HeaderOf(Send("GET", "/thing"), "ETag"), HeaderOf(changed, "ETag"));
     put.ifMatch = "*";
     EXPECT_EQ(processor.Process(put).answer.status, 200U);
+}
+
+TEST_F(ResourceRequestProcessorTest, CallsOnlyWhenTheDocumentIsInTheStateThatTheClientKnows)
+{
+    int callCount = 0;
+    FakeResource& resource = Place("/thing");
+    resource.Show(Json{{"a", 1}});
+    resource.invoke = [&callCount](RequestInfo const&, Json const&) { return Json(++callCount); };
+    Request post;
+    post.method = "POST";
+    post.path = "/thing";
+
+    post.ifMatch = "\"stale\"";
+    Answer const refused = processor.Process(post).answer;
+    EXPECT_EQ(refused.status, 412U);
+    EXPECT_EQ(Json::parse(refused.body).at("detail"), "The document at /thing has changed.");
+    EXPECT_EQ(callCount, 0);
+
+    post.ifMatch = HeaderOf(Send("GET", "/thing"), "ETag");
+    EXPECT_EQ(processor.Process(post).answer.status, 200U);
+    EXPECT_EQ(callCount, 1);
+
+    FakeResource& withoutDocument = Place("/call");
+    withoutDocument.invoke = resource.invoke;
+    post.path = "/call";
+    EXPECT_EQ(processor.Process(post).answer.status, 412U);
+    EXPECT_EQ(callCount, 1);
+}
+
+TEST_F(ResourceRequestProcessorTest, AnswersAPreviewFromTheStateOfItsSubject)
+{
+    Place("/thing").Show(Json{{"a", 1}});
+    FakePreview preview;
+    router.Register("/thing/preview", preview);
+    Request post;
+    post.method = "POST";
+    post.path = "/thing/preview";
+    post.body = "[5]";
+
+    std::string const tag = HeaderOf(Send("GET", "/thing"), "ETag");
+    EXPECT_EQ(processor.Process(post).answer.body, "[5] of " + tag);
+    post.ifMatch = tag;
+    EXPECT_EQ(processor.Process(post).answer.status, 200U);
+    post.ifMatch = "\"stale\"";
+    EXPECT_EQ(processor.Process(post).answer.status, 412U);
+    EXPECT_EQ(Send("GET", "/thing/preview").status, 405U);
+    EXPECT_EQ(HeaderOf(Send("OPTIONS", "/thing/preview"), "Allow"), "POST, OPTIONS");
+    EXPECT_EQ(Send("POST", "/thing/preview").body, "{} of " + tag);
+    router.Deregister("/thing/preview", false);
+}
+
+TEST_F(ResourceRequestProcessorTest, HoldsUpNoChangeWhileAPreviewIsAnswered)
+{
+    int a = 1;
+    FakeResource& resource = Place("/thing");
+    resource.document = [&a](RequestInfo const&, ResponseInfo&) { return Json{{"a", a}}; };
+    resource.update = [&a](RequestInfo const&, Json const& body) { a = body.at("a").get<int>(); };
+    FakePreview preview;
+    router.Register("/thing/preview", preview);
+    std::string const tag = HeaderOf(Send("GET", "/thing"), "ETag");
+    preview.whileAnswering = [this] { EXPECT_EQ(Send("PUT", "/thing", R"({"a": 2})").status, 200U); };
+
+    EXPECT_EQ(Send("POST", "/thing/preview", "1").body, "1 of " + tag);
+
+    EXPECT_EQ(a, 2);
+    router.Deregister("/thing/preview", false);
 }
 
 TEST_F(ResourceRequestProcessorTest, TurnsEachStatusIntoOneOfHttp)

@@ -117,7 +117,7 @@ TEST_F(ControlModuleTest, HangsItsResourcesIntoTheRouterForAsLongAsItLives)
     {
         ControlModule const module(plugins, router, environ);
 
-        EXPECT_EQ(router.Resources().size(), 13u);
+        EXPECT_EQ(router.Resources().size(), 16u);
         EXPECT_TRUE(router.Find("/controls/x/outputs").has_value());
     }
 

@@ -4,6 +4,7 @@
 #include "Support/ResourceFixture.h"
 #include "ZuControl/Protocol/ControlActionResource.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
+#include "ZuControl/Protocol/ControlPlcResources.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/ControlResource.h"
 #include "ZuControl/Protocol/HardwareControlResource.h"
@@ -46,7 +47,7 @@ TEST_F(ControlDirTest, RoutesEachPathToItsResource)
 {
     ControlDir const dir(router, manager, metrics);
 
-    EXPECT_EQ(router.Resources().size(), 13u);
+    EXPECT_EQ(router.Resources().size(), 16u);
     ExpectAt<ControlResource>("/controls");
     ExpectAt<ControlResource>("/controls/a");
     ExpectAt<ControlActionResource>("/controls/a/commands");
@@ -69,6 +70,9 @@ TEST_F(ControlDirTest, RoutesEachPathToItsResource)
         ExpectAt<SerialOutputResource>(std::string("/controls/hardware/0/serial") + port);
     }
     ExpectAt<HardwareMetricsResource>("/controls/hardware/metrics");
+    ExpectAt<ControlOutputsPreviewResource>("/controls/a/outputs/preview");
+    ExpectAt<ControlRegisterAssemblyPreviewResource>("/controls/a/registerAssemblies/r/preview");
+    ExpectAt<ControlPlcResource>("/controls/a/plc");
 }
 
 TEST_F(ControlDirTest, HasNoMetricsOfTheHardware)
