@@ -90,6 +90,8 @@ GOALS = [
     ratio("record", "a record of five made", "JSON object", 0.5, ("Build/Record", "Build/JsonObject")),
     ratio("load", "10,000 entries loaded", "parse", 1.6, *documents("Load", "Parse")),
     ratio("save", "10,000 entries saved", "tree, dumped", 1.2, *documents("Save", "BuildAndDump")),
+    ratio("preview", "10,000 entries moved, in a preview", "the change", 3,
+          *[(f"Preview/{kind}/Preview", f"Preview/{kind}/Change") for kind in ("Blocks", "StandardMap", "RegisterMap")]),
     ratio("validate", "a record validated", "JSON Schema", 0.3, ("Validate/Record", "Validate/JsonSchema"), gates=True),
     count("memory", "MiB of 10,000 entries", 19, *[f"Configuration/{kind}/Memory/iterations:1:MiB" for kind in DOCUMENTS]),
     ratio("resource", "a resource read", "tree, dumped", 1.3,

@@ -56,13 +56,18 @@ AsciiOutputActions::~AsciiOutputActions() = default;
 std::shared_ptr<Zu::Params::Group> AsciiOutputActions::InvokeAction(std::string const& actionId,
                                                                     Zu::Params::Group const& params)
 {
-    PluginCommon::CheckTexts(params);
+    CheckArguments(params);
     if (actionId != PROTOCOL_OUTPUT_ACTION_ID_REMOVE_ALL)
     {
         return ProtocolOutputActionTarget::InvokeAction(actionId, params);
     }
     map.RemoveAll();
     return std::make_shared<Zu::Params::Group>("");
+}
+
+void AsciiOutputActions::CheckArguments(Zu::Params::Group const& params) const
+{
+    PluginCommon::CheckTexts(params);
 }
 
 using ZuControl::ControlProtocol::TextIdStandardProtocolOutputMap;

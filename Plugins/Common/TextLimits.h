@@ -2,6 +2,7 @@
 
 #include "ZuApi/Params/Value.h"
 #include "ZuApi/Properties/Value.h"
+#include "ZuControl/Control/IPreviewedActions.h"
 #include "wApi/wTypes.h"
 
 #include <cstddef>
@@ -40,7 +41,7 @@ void CheckTexts(Zu::Params::Group const& args);
 
 /// The actions of `Target`, an action target. Refuses arguments with a text that is too long.
 template <typename Target>
-class LimitedActions final : public Target
+class LimitedActions final : public Target, public ZuControl::IPreviewedActions
 {
 public:
     using Target::Target;
@@ -49,6 +50,11 @@ public:
     {
         CheckTexts(args);
         return Target::InvokeAction(id, args);
+    }
+
+    void CheckArguments(Zu::Params::Group const& args) const override
+    {
+        CheckTexts(args);
     }
 };
 

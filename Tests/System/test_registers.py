@@ -1,11 +1,14 @@
 """What the page of registers says of the server: how a PLC gets in, states, commands, device identification."""
 
+import json
 import re
+import subprocess
+import sys
 import unittest
 
 from host import Host, wait_until
 from modbus import ModbusClient, ModbusException
-from pages import section, session, session_host
+from pages import expect, section, session, session_host
 
 PAGE = "docs/registers.md"
 FAILED = 3
@@ -23,6 +26,16 @@ def identify(client, access, first):
 
 
 class Registers(unittest.TestCase):
+    def test_others_can_compute_the_fingerprint(self):
+        arguments, steps = session(PAGE, "Does the PLC fit the map?")
+        recipe = re.search(r"^```python\n(.*?)^```", section(PAGE, "Does the PLC fit the map?"), re.MULTILINE | re.DOTALL)[1]
+        with session_host(arguments, {"ModbusTcp": "1502"}) as as_here:
+            (command, shown), = steps
+            expect(as_here(command), shown)
+            done = subprocess.run([sys.executable, "-c", as_here(recipe)], capture_output=True, text=True, timeout=60, check=True)
+        number = json.loads(shown[0])[0]
+        self.assertEqual(done.stdout.split(), [str(number)] * 2)
+
     def test_a_plc_on_another_machine_gets_in(self):
         arguments, _ = session(PAGE, "Connect a PLC")
         here = "127.0.0.2"  # stands in for every address of the sensor: a test listens on no other

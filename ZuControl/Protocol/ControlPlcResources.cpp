@@ -42,12 +42,16 @@ std::unique_ptr<ControlProtocol::LayoutCopy> CopyFor(IControlActionTarget const&
     return isKnown && ours != nullptr ? ours->CopyForPreview() : nullptr;
 }
 
-/// The layouts for the fingerprint; none where a map of another class makes it impossible.
-std::vector<Layout> LayoutsForFingerprint(IControlInstance& instance)
+/// The layouts for the fingerprint, without that of the previewed part; none where a map of another class makes it
+/// impossible.
+std::vector<Layout> LayoutsForFingerprint(IControlInstance& instance, Layout::Kind kind, std::string const& id)
 {
+    Layout previewed;
+    previewed.kind = kind;
+    previewed.id = id;
     try
     {
-        return LayoutsOf(instance);
+        return LayoutsOf(instance, &previewed);
     }
     catch (Zu::Exception const& exception)
     {
@@ -156,7 +160,8 @@ std::unique_ptr<PreviewRun> ControlOutputsPreviewResource::MakeRun(ZuRest::Reque
                                 .rethrow = &ControlOutputsActionResource::RethrowRefusal,
                                 .check = dynamic_cast<IPreviewedActions const*>(&target),
                                 .hidesAddAll = true};
-    return std::make_unique<PreviewRun>(std::move(copy), std::move(manners), LayoutsForFingerprint(instance));
+    return std::make_unique<PreviewRun>(std::move(copy), std::move(manners),
+                                        LayoutsForFingerprint(instance, Layout::Kind::TEXTS, "")); // a map of any kind
 }
 
 ControlRegisterAssemblyPreviewResource::ControlRegisterAssemblyPreviewResource(IControlManager& usedManager)
@@ -182,7 +187,8 @@ std::unique_ptr<PreviewRun> ControlRegisterAssemblyPreviewResource::MakeRun(ZuRe
     PreviewRun::Manners manners{.commandsPath = SubjectPath(request) + "/commands",
                                 .rethrow = &ControlRegisterAssemblyActionResource::RethrowRefusal,
                                 .check = dynamic_cast<IPreviewedActions const*>(&target)};
-    return std::make_unique<PreviewRun>(std::move(copy), std::move(manners), LayoutsForFingerprint(instance));
+    return std::make_unique<PreviewRun>(std::move(copy), std::move(manners),
+                                        LayoutsForFingerprint(instance, Layout::Kind::BLOCKS, id));
 }
 
 ControlPlcResource::ControlPlcResource(IControlManager& usedManager) : ControlResourceBase(usedManager)

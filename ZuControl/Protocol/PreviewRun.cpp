@@ -32,6 +32,13 @@ namespace
 
 constexpr uint32 NOWHERE = LayoutDifference::NOWHERE;
 
+/// Whether both are layouts of the same assembly, or of the output map.
+bool IsSamePart(Layout const& left, Layout const& right)
+{
+    bool const isBlocks = left.kind == Layout::Kind::BLOCKS;
+    return left.id == right.id && isBlocks == (right.kind == Layout::Kind::BLOCKS);
+}
+
 /// Holds the lock of a service's output map.
 class OutputsLock final
 {
@@ -225,20 +232,30 @@ std::vector<PreviewStep> StepsOf(Json const& body)
     return steps;
 }
 
-std::vector<Layout> LayoutsOf(IControlInstance& instance)
+std::vector<Layout> LayoutsOf(IControlInstance& instance, Layout const* omitted)
 {
     std::vector<Layout> layouts;
+    auto const add = [&layouts, omitted](Layout::Kind kind, std::string const& id, auto const& read) {
+        Layout part;
+        part.kind = kind;
+        part.id = id;
+        bool const isOmitted = omitted != nullptr && IsSamePart(part, *omitted);
+        layouts.push_back(isOmitted ? std::move(part) : read());
+    };
     if (instance.HasRegisterAssemblyGroup())
     {
         for (std::string const& id : instance.RegisterAssemblyList())
         {
-            layouts.push_back(ControlProtocol::ReadLayout(instance.RegisterAssembly(id.c_str())));
+            add(Layout::Kind::BLOCKS, id,
+                [&] { return ControlProtocol::ReadLayout(instance.RegisterAssembly(id.c_str())); });
         }
     }
     if (instance.HasProtocolOutput())
     {
-        OutputsLock const lock(instance);
-        layouts.push_back(ControlProtocol::ReadLayout(instance.OutputsMap()));
+        add(Layout::Kind::TEXTS, "", [&] {
+            OutputsLock const lock(instance);
+            return ControlProtocol::ReadLayout(instance.OutputsMap());
+        });
     }
     if (layouts.empty())
     {
@@ -338,9 +355,7 @@ std::optional<uint32> PreviewRun::FingerprintWith(Layout after)
     }
     for (Layout& layout : serviceLayouts)
     {
-        bool const isSame =
-            layout.id == after.id && (layout.kind == Layout::Kind::BLOCKS) == (after.kind == Layout::Kind::BLOCKS);
-        if (isSame)
+        if (IsSamePart(layout, after))
         {
             layout = std::move(after);
             break;

@@ -35,8 +35,10 @@ ZUCONTROL_INTERNAL_API std::vector<PreviewStep> StepsOf(nlohmann::json const& bo
 
 /// The layouts of a service: its assemblies in the order of their ids, then its output map. Throws
 /// `Zu::Status::NOT_SUPPORTED` for a map that is of another class than those of this library, and where there is
-/// neither. Waits for the locks of the assemblies and of the map.
-ZUCONTROL_INTERNAL_API std::vector<ControlProtocol::Layout> LayoutsOf(IControlInstance& instance);
+/// neither. Waits for the locks of the assemblies and of the map. `omitted` names an assembly, or stands for the output
+/// map: it is not read, and stands in the list in place of its layout.
+ZUCONTROL_INTERNAL_API std::vector<ControlProtocol::Layout> LayoutsOf(IControlInstance& instance,
+                                                                      ControlProtocol::Layout const* omitted = nullptr);
 
 /// Runs commands on a copy of an assembly or of a map and describes what they would do.
 ///
@@ -53,8 +55,8 @@ public:
         bool hidesAddAll = false;                 ///< a failed "addAll" is no refusal
     };
 
-    /// `serviceLayouts` is empty where the service has no fingerprint; otherwise it holds the layout of the copy under
-    /// its id.
+    /// `newServiceLayouts` is empty where the service has no fingerprint; otherwise one of its layouts has the kind and
+    /// the id of the copy, which replaces it.
     PreviewRun(std::unique_ptr<ControlProtocol::LayoutCopy> newCopy, Manners newManners,
                std::vector<ControlProtocol::Layout> newServiceLayouts);
     ~PreviewRun();

@@ -87,6 +87,7 @@ TEST(LimitedActions, RefuseArgumentsWithALongText)
 
     EXPECT_EQ(RefusalOf([&] { actions.InvokeAction("b", texts); }),
               (Refusal{-997, "\"free\" has more than 256 bytes"}));
+    EXPECT_EQ(RefusalOf([&] { actions.CheckArguments(texts); }), (Refusal{-997, "\"free\" has more than 256 bytes"}));
 
     EXPECT_EQ(actions.called, "a");
 }
