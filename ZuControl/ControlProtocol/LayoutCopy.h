@@ -48,8 +48,9 @@ protected:
     RefusalNotes notes;
 };
 
-/// The blocks of an assembly of any class. Waits for its lock.
-ZUCONTROL_INTERNAL_API Layout ReadLayout(IProtocolRegisterAssembly& assembly);
+/// The blocks of an assembly of any class. Waits for its lock. Throws `Zu::Status::NOT_SUPPORTED` for a block of a type
+/// that the assembly does not list.
+ZUCONTROL_API Layout ReadLayout(IProtocolRegisterAssembly& assembly);
 
 /// The items of an output map's record; the caller holds the lock of the map. Throws `Zu::Status::NOT_SUPPORTED` for a
 /// record of another class than those of this library.

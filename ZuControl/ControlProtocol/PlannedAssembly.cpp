@@ -58,7 +58,12 @@ PlannedAssembly::PlannedAssembly(IProtocolRegisterAssembly& assembly) : original
     {
         LayoutEntry entry = EntryOf(*block);
         entry.origin = index++;
-        blocks.emplace_back(*FindSupportedType(entry.type), std::move(entry));
+        PlannedType* const type = FindSupportedType(entry.type);
+        if (type == nullptr) // in an assembly of another class
+        {
+            ZU_THROW(Zu::Status::NOT_SUPPORTED);
+        }
+        blocks.emplace_back(*type, std::move(entry));
         placement.Insert(placement.End(), &blocks.back());
     }
 }

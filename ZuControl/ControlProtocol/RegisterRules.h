@@ -95,7 +95,8 @@ struct RegisterRules final
     }
 
     template <typename Assembly, typename Type>
-    static void FormatBlockParams(Assembly& assembly, Type& type, RegisterBlockParams& params, uint16& endAddress)
+    static void FormatBlockParams(Assembly& assembly, Type& type, RegisterBlockParams& params,
+                                  uint16& endAddress) ZU_NO_THREAD_SAFETY_ANALYSIS
     {
         if (type.HasDataSource() && params.dataSource.Get().empty())
         {

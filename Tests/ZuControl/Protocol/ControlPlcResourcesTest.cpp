@@ -509,4 +509,38 @@ TEST_F(ControlPlcResourcesTest, HasNoFingerprintOfAMapOfAnotherClass)
     EXPECT_EQ(Preview({{"command", "compact"}}).at("fingerprint"), Json());
 }
 
+namespace
+{
+
+/// An assembly that does not list the types of its blocks.
+class SilentAssembly final : public ProtocolRegisterAssemblyBase
+{
+public:
+    SilentAssembly() : ProtocolRegisterAssemblyBase(true, 100, 199, "q")
+    {
+    }
+
+    std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> const& SupportedRegisterBlockTypes() override
+    {
+        return none;
+    }
+
+private:
+    std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> const none;
+};
+
+} // namespace
+
+TEST_F(ControlPlcResourcesTest, HasNoFingerprintOfABlockWithoutAType)
+{
+    SilentAssembly silent;
+    silent.AddSupportedBlockType(TypeOf("Four", 4, 1));
+    AddBlockParams params;
+    params.blocks.Add().type.Set("Four");
+    silent.Add(params);
+    instance.assemblies["q"] = &silent;
+
+    EXPECT_EQ(Send("GET", "/controls/a/plc").status, 404u);
+}
+
 } // namespace ZuControl::Protocol
