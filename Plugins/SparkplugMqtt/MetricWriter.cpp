@@ -4,7 +4,6 @@
 #include <sparkplug_b.pb.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace SparkplugMqtt
 {
@@ -45,6 +44,17 @@ void SetQuality(sparkplug_b_Metric& message, uint32 const& code)
     message.properties.keys.arg = const_cast<std::string_view*>(&KEY); // the encoder only reads it
     message.properties.values.funcs.encode = EncodeQuality;
     message.properties.values.arg = const_cast<uint32*>(&code);
+}
+
+/// The text, cut off between two characters of UTF-8 if it is too long.
+std::string_view WithinLimit(std::string_view text)
+{
+    std::size_t length = std::min(text.size(), MetricWriter::LONGEST_TEXT);
+    while (length > 0 && length < text.size() && (static_cast<uint8>(text[length]) & 0xC0) == 0x80)
+    {
+        --length;
+    }
+    return text.substr(0, length);
 }
 
 /// Sets the value of a message from the alternative of a variant.
@@ -89,9 +99,7 @@ public:
     {
         static_assert(sizeof(message.value.string_value) == MetricWriter::LONGEST_TEXT + 1);
         message.which_value = sparkplug_b_Metric_string_value_tag;
-        std::size_t const length = std::min(value.size(), MetricWriter::LONGEST_TEXT);
-        std::memcpy(message.value.string_value, value.data(), length);
-        message.value.string_value[length] = '\0';
+        *std::ranges::copy(WithinLimit(value), message.value.string_value).out = '\0';
     }
 
 private:

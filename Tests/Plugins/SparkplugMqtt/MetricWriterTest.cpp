@@ -77,6 +77,14 @@ TEST(MetricWriter, CutsALongTextOff)
     EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 'x'), 255);
 }
 
+TEST(MetricWriter, CutsBetweenTwoCharacters)
+{
+    std::string const text = std::string(254, 'x') + "\xC3\xA4";
+    Bytes const bytes = Encoded(Datum(1, std::string_view(text)));
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 'x'), 254);
+    EXPECT_EQ(bytes.back(), 'x');
+}
+
 TEST(MetricWriter, LeavesOutTheMetricThatDoesNotFit)
 {
     MetricWriter writer(20);
