@@ -127,7 +127,7 @@ Segments SegmentsOf(std::string_view path)
 /// The entries with one path.
 struct Resource
 {
-    Segments segments;
+    std::vector<std::string_view> segments;
     std::array<Route const*, METHODS.size()> routes{}; // in the order of `METHODS`
 
     bool Matches(Segments const& path) const
@@ -155,7 +155,8 @@ std::vector<Resource> MakeResources()
     std::vector<Resource> resources;
     for (Route const& route : ROUTES)
     {
-        Segments segments = SegmentsOf(route.path);
+        Segments const parts = SegmentsOf(route.path);
+        std::vector<std::string_view> segments(parts.begin(), parts.end());
         auto found = std::ranges::find(resources, segments, &Resource::segments);
         if (found == resources.end())
         {
