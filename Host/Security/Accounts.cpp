@@ -116,7 +116,8 @@ Accounts::Login Accounts::LogIn(Caller const& caller, std::string const& name, s
     std::optional<User> const present = parts.users.Find(user->name);
     if (!present.has_value() || present->hash != user->hash || present->role != user->role || !present->isEnabled)
     {
-        parts.sessions.End(opened.session.id); // the user has been changed while the password was checked
+        parts.sessions.End(opened.session.id);
+        Note(known, "login", "refused: the user has been changed meanwhile");
         return {Verdict{}, std::nullopt};
     }
     Note(known, "login", DONE);

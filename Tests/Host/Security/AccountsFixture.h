@@ -82,10 +82,10 @@ protected:
                         },
                         [this] { return nowUsec; }};
     ZuTest::RecordingTrail trail;
-    Accounts accounts{
-        {users, sessions, hasher, words, setupCode, trail,
-         [this](ZuRest::Caller const& caller) { return caller.sessionId.empty() || sessions.IsCurrent(caller); }},
-        [this] { return nowUsec; }};
+    Accounts::Parts parts{users, sessions, hasher, words, setupCode, trail, [this](ZuRest::Caller const& caller) {
+                              return caller.sessionId.empty() || sessions.IsCurrent(caller);
+                          }};
+    Accounts accounts{parts, [this] { return nowUsec; }};
 };
 
 } // namespace ZuHost

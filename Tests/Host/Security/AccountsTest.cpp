@@ -146,6 +146,92 @@ TEST_F(AccountsTest, LetAUserInWhenTheTimeOfTheLoginCannotBeStored)
     EXPECT_TRUE(log.Lines().at(0).text.starts_with("The time of a login cannot be stored: "));
 }
 
+TEST_F(AccountsTest, RefuseALoginIfTheUserIsChangedWhileThePasswordIsChecked)
+{
+    UserStore::Change const changes[] = {
+        {Role::VIEWER, {}, {}}, {{}, false, {}}, {{}, {}, hasher.Hash("another horse battery")}};
+    Add("anna", Role::ADMINISTRATOR);
+    unsigned number = 0;
+    for (UserStore::Change const& change : changes)
+    {
+        UserName const name("user" + std::to_string(++number));
+        Add(name.Text().c_str(), Role::OPERATOR);
+        trail.Clear();
+        unsigned looks = 0;
+        Accounts interrupted(parts, [&] {
+            if (++looks == 2) // the first look is before the check, the second one after it
+            {
+                users.Update(name, change);
+            }
+            return nowUsec;
+        });
+
+        Accounts::Login const login = interrupted.LogIn(Stranger(), name.Text(), PASSWORD);
+
+        EXPECT_EQ(looks, 2U);
+        EXPECT_FALSE(login.verdict.isRight);
+        EXPECT_EQ(login.verdict.waitUsec, 0U);
+        EXPECT_FALSE(login.opened.has_value());
+        EXPECT_TRUE(sessions.List().empty());
+        EXPECT_EQ(users.Find(name)->lastLogin, "");
+        EXPECT_THAT(trail.Lines(), ElementsAre("user " + name.Text() +
+                                               " | https 192.0.2.7 | login |  |  | refused: the user has been changed "
+                                               "meanwhile"));
+    }
+}
+
+TEST_F(AccountsTest, RefuseALoginIfTheUserIsRemovedWhileThePasswordIsChecked)
+{
+    Add("anna", Role::ADMINISTRATOR);
+    Add("bert", Role::OPERATOR);
+    unsigned looks = 0;
+    Accounts interrupted(parts, [&] {
+        if (++looks == 2)
+        {
+            users.Remove(UserName("bert"));
+        }
+        return nowUsec;
+    });
+
+    EXPECT_FALSE(interrupted.LogIn(Stranger(), "bert", PASSWORD).opened.has_value());
+
+    EXPECT_TRUE(sessions.List().empty());
+    EXPECT_EQ(trail.All().back().result, "refused: the user has been changed meanwhile");
+}
+
+TEST_F(AccountsTest, CountNoPasswordThatCannotBeChecked)
+{
+    Add("anna", Role::ADMINISTRATOR);
+    std::string const hash = users.Find(UserName("anna"))->hash;
+    std::string const costly = // the library takes no hash of so many passes
+        "$argon2id$v=19$m=8192,t=4294967296,p=1$AAAAAAAAAAAAAAAAAAAAAA$AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA";
+    users.Update(UserName("anna"), {{}, {}, costly});
+    Refusal const busy{Zu::Status::BUSY, "The host has not enough memory to check a password. Try again later."};
+    for (uint64 i = 0; i <= LoginBrake::PROMPT_FAILURES; ++i)
+    {
+        EXPECT_EQ(RefusalOf([&] { accounts.LogIn(Stranger(), "anna", PASSWORD); }), busy);
+    }
+    EXPECT_TRUE(sessions.List().empty());
+
+    users.Update(UserName("anna"), {{}, {}, hash});
+    EXPECT_TRUE(accounts.LogIn(Stranger(), "anna", PASSWORD).opened.has_value()) << "nobody has to wait";
+}
+
+TEST_F(AccountsTest, WarnThatAPasswordIsNotComparedWithAMissingDictionary)
+{
+    WordList const missing(scratch / "dictionary");
+    Accounts withoutWords({users, sessions, hasher, missing, setupCode, trail, parts.isCurrent},
+                          [this] { return nowUsec; });
+    ZuTest::LogRecorder const log;
+
+    withoutWords.AddUser(Program(Role::ADMINISTRATOR), UserName("anna"), Role::ADMINISTRATOR, PASSWORD);
+
+    ASSERT_EQ(log.Lines().size(), 1U);
+    EXPECT_EQ(log.Lines().at(0).text, "There is no dictionary at " + (scratch / "dictionary").string() +
+                                          ", so a new password is not compared with it");
+    EXPECT_TRUE(hasher.Verify(users.Find(UserName("anna"))->hash, PASSWORD)) << "the user is added all the same";
+}
+
 TEST_F(AccountsTest, LogOut)
 {
     Add("anna", Role::ADMINISTRATOR);
