@@ -171,7 +171,8 @@ TestCertificate::TestCertificate(CertificateWish const& wish, TestCertificate co
     X509_set_issuer_name(certificate.get(), X509_get_subject_name(&signing));
     AddExtensions(*certificate, signing, wish);
     bool const hashesItself = EVP_PKEY_is_a(&signingKey, "ED25519") == 1;
-    Must(X509_sign(certificate.get(), &signingKey, hashesItself ? nullptr : EVP_sha256()) > 0);
+    EVP_MD const* const digest = wish.isSignedWithSha1 ? EVP_sha1() : EVP_sha256();
+    Must(X509_sign(certificate.get(), &signingKey, hashesItself ? nullptr : digest) > 0);
 
     BioRef const text(BIO_new(BIO_s_mem()), &BIO_free);
     Must(PEM_write_bio_X509(text.get(), certificate.get()) == 1);

@@ -33,6 +33,7 @@ struct CertificateWish
     std::vector<std::string> names; ///< host names, and IP addresses in digits
     Purpose purpose = Purpose::ANY;
     KeyType keyType = KeyType::EC_P256;
+    bool isSignedWithSha1 = false;         ///< else with SHA-256
     int64 fromUtcSeconds = 1'700'000'000;  ///< 2023-11-14
     int64 untilUtcSeconds = 4'000'000'000; ///< 2096-10-02
 

@@ -2,6 +2,7 @@
 
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/TestSigner.h"
+#include "Support/DescriptorLimit.h"
 #include "Support/Refusal.h"
 #include "Support/ScratchFolder.h"
 #include "ZuApi/Exception.h"
@@ -115,6 +116,23 @@ TEST_F(SignedPluginsTest, RefusesAFileWithoutEnd)
     ZuTest::WriteBytes(file.string() + ".sig", signer.Sign("bytes"));
 
     EXPECT_EQ(RefusalOf(file), Refused(file, "it cannot be read: it is larger than 256 MiB"));
+}
+
+TEST_F(SignedPluginsTest, RefusesAFileThatItHasNoRoomFor)
+{
+    ZuTest::WriteBytes(file, "bytes");
+    Sign(file);
+    std::string refusal;
+    bool isFreeAgain = false;
+    {
+        ZuTest::DescriptorLimit const one(1); // for the file, and none for its copy
+        refusal = RefusalOf(file);
+        isFreeAgain = close(open("/dev/null", O_RDONLY | O_CLOEXEC)) == 0;
+    }
+
+    EXPECT_EQ(refusal, Refused(file, "it cannot be read: Too many open files"));
+    EXPECT_TRUE(isFreeAgain) << "the refusal closes the file";
+    EXPECT_EQ(RefusalOf(file), "") << "there is room again";
 }
 
 TEST_F(SignedPluginsTest, KeepsACopyThatCannotBeChanged)

@@ -1,5 +1,6 @@
 #include "Host/Security/SecurityStore.h"
 
+#include "Host/Store/Archive.h"
 #include "Support/MountedFolder.h"
 #include "Support/Refusal.h"
 #include "Support/ScratchFolder.h"
@@ -8,6 +9,7 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sqlite3.h>
 
 namespace ZuHost
 {
@@ -76,6 +78,37 @@ TEST_F(SecurityStoreTest, RefusesADamagedFileAndLeavesItAsItIs)
         EXPECT_EQ(ZuTest::BytesOf(file), content);
         std::filesystem::remove(file);
     }
+}
+
+TEST_F(SecurityStoreTest, RefusesADocumentThatIsDamaged)
+{
+    SecurityStore(file).Save("good", 1);
+    Archive(file, SqliteFile::Access::CREATE).Write({{"bad", "{\"x\":"}}, {});
+    SecurityStore const store(file);
+
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { store.Load("bad"); }),
+        (ZuTest::Refusal{Zu::Status::BAD_FORMAT, "The file 'security.zpset' of users and tokens is damaged ('bad' "
+                                                 "is not valid JSON)"}));
+    EXPECT_EQ(store.Load("good"), Json(1));
+}
+
+TEST_F(SecurityStoreTest, RefusesAnEntryThatCannotBeRead)
+{
+    SecurityStore(file).Save("good", 1);
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
+    int const done =
+        sqlite3_exec(database, "INSERT INTO sqlar VALUES ('bad', 33188, 0, 100, x'00')", nullptr, nullptr, nullptr);
+    sqlite3_close(database);
+    ASSERT_EQ(done, SQLITE_OK);
+    std::string const content = ZuTest::BytesOf(file);
+
+    ZuTest::Refusal const refusal = ZuTest::RefusalOf([&] { SecurityStore(file).Load("good"); });
+
+    EXPECT_EQ(refusal.status, Zu::Status::BAD_FORMAT);
+    EXPECT_TRUE(refusal.text.starts_with("The file 'security.zpset' of users and tokens is damaged (")) << refusal.text;
+    EXPECT_EQ(ZuTest::BytesOf(file), content);
 }
 
 TEST_F(SecurityStoreTest, LosesNothingOnAFullDisk)

@@ -112,6 +112,42 @@ TEST_F(TlsContext, RefusesAKeyThatIsTooShort)
               "the key " + key + " is too short: RSA takes 2048 bits at least, an elliptic curve 256 bits");
 }
 
+TEST_F(TlsContext, RefusesACertificateWithAnOutdatedSignature)
+{
+    CertificateWish root;
+    root.commonName = "Plant";
+    root.purpose = CertificateWish::Purpose::AUTHORITY;
+    TestCertificate const authority(root);
+    CertificateWish weak;
+    weak.isSignedWithSha1 = true;
+    TestCertificate(weak, &authority).Write(folder.path, "host", {&authority});
+
+    EXPECT_EQ(RefusedText({certificate, key, {}, PeerProof::NOTHING, ""}),
+              "the certificate " + certificate + " is too weak: its key or its signature is outdated");
+}
+
+TEST_F(TlsContext, RefusesAnOutdatedAuthorityBehindTheCertificate)
+{
+    CertificateWish root;
+    root.commonName = "Plant";
+    root.purpose = CertificateWish::Purpose::AUTHORITY;
+    TestCertificate const trusted(root);
+    CertificateWish shortKey = root;
+    shortKey.commonName = "Line";
+    shortKey.keyType = CertificateWish::KeyType::RSA_1024;
+    CertificateWish oldSignature = root;
+    oldSignature.commonName = "Line";
+    oldSignature.isSignedWithSha1 = true;
+    for (CertificateWish const& wish : {shortKey, oldSignature})
+    {
+        TestCertificate const authority(wish, &trusted);
+        TestCertificate({}, &authority).Write(folder.path, "host", {&authority});
+
+        EXPECT_EQ(RefusedText({certificate, key, {}, PeerProof::NOTHING, ""}),
+                  certificate + ": the key or the signature of an authority in it is outdated");
+    }
+}
+
 TEST_F(TlsContext, RefusesAFileWithoutKey)
 {
     Settings const settings = Files({});

@@ -187,8 +187,6 @@ TEST_F(TlsHandshake, AServerExplainsWhyItRefusesAClient)
     };
     CertificateWish plc;
     plc.commonName = "plc";
-    CertificateWish forServers = plc;
-    forServers.purpose = CertificateWish::Purpose::SERVER;
     CertificateWish shortLived = plc;
     shortLived.untilUtcSeconds = NOW + DAY;
     TestCertificate const stranger(Authority());
@@ -204,6 +202,44 @@ TEST_F(TlsHandshake, AServerExplainsWhyItRefusesAClient)
     utcSeconds = NOW + 2 * DAY;
     EXPECT_EQ(refusal(ending), "the certificate of CN=plc ended on 2026-01-03 / "
                                "for the peer our certificate has ended or has not begun");
+}
+
+TEST_F(TlsHandshake, AServerExplainsWhyACertificateDoesNotSuffice)
+{
+    Pointer const server = Server({}, PeerProof::CERTIFICATE);
+    struct Row
+    {
+        CertificateWish::Purpose purpose;
+        CertificateWish::KeyType keyType;
+        bool isSignedWithSha1;
+        char const* fault;
+    };
+    using Purpose = CertificateWish::Purpose;
+    using KeyType = CertificateWish::KeyType;
+    std::array const rows{
+        Row{Purpose::CLIENT, KeyType::EC_P256, false, ""},
+        Row{Purpose::SERVER, KeyType::EC_P256, false, "the certificate of CN=plc is not made for this purpose"},
+        Row{Purpose::CLIENT, KeyType::RSA_1024, false,
+            "the certificate of CN=plc is refused: EE certificate key too weak"},
+        Row{Purpose::CLIENT, KeyType::EC_P256, true,
+            "the certificate of CN=plc is refused: CA signature digest algorithm too weak"},
+    };
+    for (Row const& row : rows)
+    {
+        CertificateWish wish;
+        wish.commonName = "plc";
+        wish.purpose = row.purpose;
+        wish.keyType = row.keyType;
+        wish.isSignedWithSha1 = row.isSignedWithSha1;
+        TestCertificate(wish, &authority).Write(folder.path, "client");
+        std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> const client(SSL_CTX_new(TLS_client_method()), &SSL_CTX_free);
+        SSL_CTX_set_security_level(client.get(), 0); // shows what our own clients refuse to use
+        ASSERT_EQ(SSL_CTX_use_certificate_file(client.get(), (folder / "client.pem").c_str(), SSL_FILETYPE_PEM), 1);
+        ASSERT_EQ(SSL_CTX_use_PrivateKey_file(client.get(), (folder / "client.key").c_str(), SSL_FILETYPE_PEM), 1);
+        TestHandshake talk(client.get(), server->Native());
+        EXPECT_EQ(talk.Run(), *row.fault == '\0');
+        EXPECT_EQ(talk.ServerFault(), row.fault);
+    }
 }
 
 TEST_F(TlsHandshake, RefusesOldVersionsAndSuites)

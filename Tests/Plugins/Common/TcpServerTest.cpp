@@ -1,6 +1,7 @@
 #include "Plugins/Common/TcpServer.h"
 #include "Plugins/Common/TcpMetrics.h"
 #include "Support/CallLog.h"
+#include "Support/DescriptorLimit.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Tests/Plugins/Common/EchoConversation.h"
@@ -11,6 +12,7 @@
 
 #include <atomic>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -326,6 +328,24 @@ TEST_F(TcpServerTest, GivesEachAddressItsShareOfThePlaces)
     ExpectEcho(first);
     EXPECT_EQ(counters.rejectedClients, 2u);
     EXPECT_EQ(counters.droppedClients, 2u);
+}
+
+TEST_F(TcpServerTest, ServesAClientThatConnectedWhileNoDescriptorWasFree)
+{
+    server.Start(At(0));
+    TcpClient present(server.Port());
+    ExpectEcho(present);
+    std::optional<TcpClient> waiting;
+    {
+        ZuTest::DescriptorLimit const one(1); // for the client, and none for the server
+        waiting.emplace(server.Port());
+        waiting->SendText("!");
+        ExpectEcho(present); // behind the attempt to accept the other client
+        EXPECT_EQ(counters.clients, 1u);
+    }
+    EXPECT_EQ(waiting->Receive(1), TcpClient::Bytes{'!'});
+    EXPECT_EQ(counters.clients, 2u);
+    ExpectEcho(present);
 }
 
 TEST_F(TcpServerTest, ListensOnVersion6)
