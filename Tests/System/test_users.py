@@ -12,7 +12,8 @@ import time
 import unittest
 
 from host import BIN, PATIENCE, Host, wait_until
-from rest import RestClient
+from rest import EventStream, RestClient
+from tls import TlsPort
 
 PASSWORD = "correct horse battery"
 OTHER = "wrong donkey battery"
@@ -77,6 +78,29 @@ class Users(unittest.TestCase):
         self.assertEqual(anna.send("POST", "/jobs/copy/save").status, 204)
         self.assertEqual(anna.send("DELETE", "/session").status, 204)
         self.assertEqual(anna.send("GET", "/session").status, 401)
+
+    def test_a_session_over_https(self):
+        host = self.start("--https", "127.0.0.1:0")
+        add_user(self.client(host), "anna")
+        port = TlsPort(host.ports["https"])
+        rest = self.enterContext(RestClient(port))
+        self.assertEqual(rest.get("/jobs").status, 401)
+        self.assertEqual(self.enterContext(Session(port, "anna", OTHER)).status, 401)
+        anna = self.enterContext(Session(port, "anna"))
+        self.assertEqual(anna.set_cookie.split("; ", 1)[1], "Path=/; Secure; HttpOnly; SameSite=Strict")
+        self.assertEqual(anna.send("GET", "/session").json["user"], "anna")
+        self.assertEqual(rest.get("/jobs", Cookie=anna.cookie).status, 200)
+        self.assertEqual(rest.post("/jobs/copy/save", Cookie=anna.cookie).status, 403, "without the token")
+        self.assertEqual(anna.send("POST", "/jobs/copy/save").status, 204)
+        logins = [entry["from"] for entry in anna.send("GET", "/audit?limit=1000").json["entries"] if entry["what"] == "login"]
+        self.assertEqual(logins, ["https 127.0.0.1"] * 2)
+        with EventStream(port, "/events", Cookie=anna.cookie) as events:
+            self.assertEqual(anna.send("DELETE", "/session").status, 204)
+            with self.assertRaisesRegex(AssertionError, "the stream has ended"):
+                while True:
+                    events.next()
+        self.assertEqual(rest.get("/jobs", Cookie=anna.cookie).status, 401)
+        self.assertEqual(self.client(host).get("/jobs", Cookie=anna.cookie).status, 401, "on the other port too")
 
     def test_a_role_bounds_a_session(self):
         host = self.start()
