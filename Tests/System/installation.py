@@ -10,7 +10,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = BIN.parent
 
 # Libraries that only our own sources use. A project that uses an installed ZuControl does not have them.
-PRIVATE_DEPENDENCIES = ("boost/", "mosquitto.h", "openssl/", "pb_", "simdjson.h", "sparkplug_b.pb.h", "sqlite3.h", "xxhash.h", "zlib.h")
+PRIVATE_DEPENDENCIES = ("boost/", "crack.h", "mosquitto.h", "openssl/", "packer.h", "pb_", "simdjson.h", "sodium.h", "sparkplug_b.pb.h",
+                        "sqlite3.h", "unicase.h", "unictype.h", "uninorm.h", "unistr.h", "xxhash.h", "zlib.h")
 
 INCLUDE = re.compile(r"^\s*#\s*include\s+<([^>]+)>", re.MULTILINE)
 

@@ -97,7 +97,7 @@ class Desk:
         self.test.assertLessEqual(set(PROTOCOLS), set(report["protocols"]))  # the host has others as well
         for protocol in report["protocols"].values():
             self.test.assertEqual((protocol["source"], protocol["reset"]), ("job", []))
-        self.lines = {name: protocol["lines"] for name, protocol in report["protocols"].items()}
+        self.lines = {name: report["protocols"][name]["lines"] for name in PROTOCOLS}
         return {name: protocol["skipped"] for name, protocol in report["protocols"].items() if protocol["skipped"]}
 
     def call(self, path, command, arguments):

@@ -58,7 +58,7 @@ class Loss(unittest.TestCase):
         with Broker() as broker, sparkplug_host("--rate", RATE, servers=[broker.port]) as host:
             with RestClient(host.http_port) as rest:
                 with HostApplication(broker.port) as before:
-                    before.wait_for(lambda: before.device_born, "the birth")
+                    before.meet()
                     self.watch_frames(rest, before)
                     before.device_command({"Command/Start": True})
                     before.wait_for(lambda: len(frames(before)[0]) > 20, "data")
@@ -66,7 +66,7 @@ class Loss(unittest.TestCase):
                 wait_until(lambda: metrics(rest)["unsentSamples"] > 2 * RATE, "samples in the store")
                 broker.start()
                 with HostApplication(broker.port) as after:
-                    after.wait_for(lambda: after.device_born, "the birth")
+                    after.meet()
                     self.all_historical_have_arrived(rest, after)
                     historical = frames(after)[1]
                     self.assertEqual(historical, sorted(historical))
@@ -108,7 +108,7 @@ class Loss(unittest.TestCase):
             host.expected_status = -9
             with RestClient(host.http_port) as rest:
                 with HostApplication(broker.port) as before:
-                    before.wait_for(lambda: before.device_born, "the birth")
+                    before.meet()
                     self.watch_frames(rest, before)
                     rest.post("/jobs/default/save")
                     before.device_command({"Command/Start": True})

@@ -26,6 +26,7 @@ NOT_OF_THE_TRANSPORT = {
     "HSTS",  # browsers apply it to every port of a machine, and plain HTTP on localhost is meant to work
     "cert_revocation",  # the authority is the host's own: it has no list of revoked certificates
     "engine_problem",  # about the program openssl that testssl itself uses
+    "sessionresumption_ticket",  # its client gives up at times; `test_a_session_is_resumed_by_its_ticket` looks instead
 }
 
 

@@ -16,6 +16,8 @@ namespace ZuControl
 class ZUCONTROL_API IPreviewedActions
 {
 public:
+    IPreviewedActions() noexcept;
+
     /// Throws what `InvokeAction` throws for arguments that it refuses itself. Changes nothing and writes no log line.
     virtual void CheckArguments(Zu::Params::Group const& params) const = 0;
 

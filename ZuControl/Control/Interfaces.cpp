@@ -84,6 +84,7 @@ IPersistRegistry::~IPersistRegistry() = default;
 IUpdateGate::IUpdateGate() noexcept = default;
 IUpdateGate::~IUpdateGate() = default;
 
+IPreviewedActions::IPreviewedActions() noexcept = default;
 IPreviewedActions::~IPreviewedActions() = default;
 
 } // namespace ZuControl
