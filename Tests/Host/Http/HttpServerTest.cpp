@@ -3,6 +3,7 @@
 #include "Host/Http/TestConnection.h"
 #include "Host/Http/WrongTokens.h"
 #include "Support/AdvancedCalendar.h"
+#include "Support/DescriptorLimit.h"
 #include "Support/FakeGatekeeper.h"
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
@@ -470,6 +471,24 @@ TEST_F(HttpServerTest, LetsTheAddressWithTheMostIdleConnectionsMakeRoom)
     EXPECT_EQ(lone.Send("GET", "/thing")->status, 200U);
 }
 
+TEST_F(HttpServerTest, AnswersAClientThatConnectedWhileNoDescriptorWasFree)
+{
+    Start();
+    TestConnection& present = Connect();
+    ASSERT_TRUE(present.Send("GET", "/thing"));
+    {
+        ZuTest::DescriptorLimit const one(1); // for the client, and none for the server
+        Connect().Write(GET_THING);
+        EXPECT_TRUE(present.Send("GET", "/thing")); // behind the attempt to accept the other client
+        EXPECT_TRUE(present.Send("GET", "/thing"));
+    }
+    auto const answer = connections.back().ReadAnswer();
+
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->status, 200U);
+    EXPECT_TRUE(present.Send("GET", "/thing"));
+}
+
 TEST_F(HttpServerTest, TellsOneConnectionTooManySoWhenNoneIsIdle)
 {
     settings.maxConnections = 2;
@@ -935,6 +954,9 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
     plain.address = "0.0.0.0";
     HttpServer::Settings noAddress;
     noAddress.address = "localhost";
+    HttpServer::Settings foreign;
+    foreign.address = "192.0.2.1"; // of documents, and of no machine
+    foreign.isInsecure = true;
 
     EXPECT_EQ(
         ZuTest::RefusalOf([&] { other.Listen(taken); }),
@@ -946,6 +968,9 @@ TEST_F(HttpServerTest, RefusesToListenWhereItCannotOrMayNot)
     EXPECT_EQ(
         ZuTest::RefusalOf([&] { other.Listen(noAddress); }),
         (ZuTest::Refusal{-997, "The REST service cannot listen on localhost:8080: the address is not an IP address"}));
+    EXPECT_EQ(
+        ZuTest::RefusalOf([&] { other.Listen(foreign); }),
+        (ZuTest::Refusal{-997, "The REST service cannot listen on 192.0.2.1:8080: Cannot assign requested address"}));
     EXPECT_EQ(ZuTest::RefusalOf([&] { server.Listen(taken); }), (ZuTest::Refusal{-1000, ""}));
     EXPECT_EQ(other.Endpoint(), "");
     EXPECT_EQ(server.Endpoint(), "127.0.0.1:" + port);
