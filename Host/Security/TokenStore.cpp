@@ -24,7 +24,7 @@ namespace
 using Json = nlohmann::json;
 using Token = TokenStore::Token;
 
-constexpr char const* DOCUMENT = "security/tokens";
+constexpr char const* TOKENS_DOCUMENT = "security/tokens";
 constexpr char const* KIND = "token "; // before the name in the name of a caller
 constexpr std::size_t HASH_DIGITS = 64;
 
@@ -85,7 +85,7 @@ TokenStore::TokenStore(SecurityStore& usedStore, Clock newClock) : store(usedSto
 {
     try
     {
-        entries = Read(store.Load(DOCUMENT));
+        entries = Read(store.Load(TOKENS_DOCUMENT));
     }
     catch (...)
     {
@@ -290,7 +290,7 @@ void TokenStore::Store(Entries const& changed)
 {
     Entries kept = changed;
     std::erase_if(kept, [](auto const& one) { return one.second.isRevoked; });
-    store.Save(DOCUMENT, DocumentOf(kept));
+    store.Save(TOKENS_DOCUMENT, DocumentOf(kept));
     Zu::MutexLock const guard(lock);
     for (auto& [hash, entry] : kept)
     {

@@ -18,7 +18,7 @@ using ZuCommon::Role;
 namespace
 {
 
-constexpr char const* DOCUMENT = "security/users";
+constexpr char const* USERS_DOCUMENT = "security/users";
 
 bool MayAdminister(User const& user)
 {
@@ -74,7 +74,7 @@ void UserStore::Read()
     Zu::MutexLock const guard(lock);
     try
     {
-        Json const document = archive.Load(DOCUMENT);
+        Json const document = archive.Load(USERS_DOCUMENT);
         if (document.is_null())
         {
             return;
@@ -212,7 +212,7 @@ void UserStore::Store(Users changed, bool isRecovery)
     {
         list.push_back(ToJson(user));
     }
-    archive.Save(DOCUMENT, {{"users", std::move(list)}});
+    archive.Save(USERS_DOCUMENT, {{"users", std::move(list)}});
     Zu::MutexLock const guard(lock);
     users = std::move(changed);
     hasUsers = true;

@@ -410,7 +410,7 @@ void OutputMapRefusal::OfFullMap(char const* function, std::string const& source
     {
         notes->Add(Zu::Status::FULL, refusal.what());
     }
-    throw refusal;
+    throw Zu::Exception(refusal);
 }
 
 void OutputMapRefusal::UnlessAllAdded(char const* function, int32 status)

@@ -27,7 +27,6 @@ using ControlProtocol::Layout;
 using ControlProtocol::LayoutEntry;
 using ControlProtocol::ProtocolOutputActionTarget;
 using ControlProtocol::ProtocolRegisterAssemblyActionTarget;
-using ZuRest::Path;
 
 namespace
 {

@@ -266,12 +266,12 @@ TEST_F(TcpTlsTest, ClosesAPlainClient)
     plain.Send({0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 1}); // reads a register
 
     EXPECT_TRUE(WaitForFailedHandshake());
+    EXPECT_TRUE(calls.WaitFor("0")); // behind the line of the log
     EXPECT_EQ(log.Lines(),
               std::vector{ZuTest::UserWarning("The test closes a connection of 127.0.0.1: the TLS handshake "
                                               "failed: the peer does not speak TLS (1 since the last such "
                                               "line)")});
     EXPECT_EQ(counters.droppedClients, 1u);
-    EXPECT_TRUE(calls.WaitFor("0"));
 }
 
 TEST_F(TcpTlsTest, ClosesAClientThatEndsWithinTheHandshake)
