@@ -100,7 +100,7 @@ TEST(TrailNotesOfChanges, GatherUpdatesAndRefusalsAlone)
     std::string const none;
     EXPECT_TRUE(OfChange({request, AnswerOf(200, "{}"), before})->comesInBursts);
     EXPECT_TRUE(OfChange({request, AnswerOf(422), none})->comesInBursts);
-    EXPECT_FALSE(OfChange({RequestOf("POST", "/users", "{}"), AnswerOf(201), none})->comesInBursts);
+    EXPECT_FALSE(OfChange({RequestOf("POST", "/tokens", "{}"), AnswerOf(201), none})->comesInBursts);
 }
 
 TEST(TrailNotesOfOperations, NameProtocolCommandAndResult)
