@@ -323,11 +323,6 @@ class HostApplication:
     def rebirth(self, node="ZuControl/NCMD/node"):
         self.command("spBv1.0/" + node, encode({"Node Control/Rebirth": True}))
 
-    def meet(self):
-        """Waits for the births of a node that may have been born before this host came: then it has to be asked."""
-        self.rebirth()
-        self.wait_for(lambda: self.device_born, "the birth")
-
     def device_command(self, metrics, device="ZuControl/DCMD/node/sensor"):
         self.command("spBv1.0/" + device, encode(metrics))
 

@@ -3,6 +3,7 @@ second when the host program is killed."""
 
 import os
 import random
+import signal
 import tempfile
 import time
 import unittest
@@ -55,18 +56,20 @@ class Loss(unittest.TestCase):
         return sent
 
     def test_no_frame_is_lost_while_the_broker_is_away(self):
-        with Broker() as broker, sparkplug_host("--rate", RATE, servers=[broker.port]) as host:
+        with Broker() as broker, HostApplication(broker.port) as before, \
+                sparkplug_host("--rate", RATE, servers=[broker.port]) as host:
             with RestClient(host.http_port) as rest:
-                with HostApplication(broker.port) as before:
-                    before.meet()
-                    self.watch_frames(rest, before)
-                    before.device_command({"Command/Start": True})
-                    before.wait_for(lambda: len(frames(before)[0]) > 20, "data")
-                    broker.stop(kill=True)
+                before.wait_for(lambda: before.device_born, "the birth")
+                self.watch_frames(rest, before)
+                before.device_command({"Command/Start": True})
+                before.wait_for(lambda: len(frames(before)[0]) > 20, "data")
+                broker.stop(kill=True)
                 wait_until(lambda: metrics(rest)["unsentSamples"] > 2 * RATE, "samples in the store")
+                host.process.send_signal(signal.SIGSTOP)  # the application comes first, to see all that is sent
                 broker.start()
                 with HostApplication(broker.port) as after:
-                    after.meet()
+                    host.process.send_signal(signal.SIGCONT)
+                    after.wait_for(lambda: after.device_born, "the birth")
                     self.all_historical_have_arrived(rest, after)
                     historical = frames(after)[1]
                     self.assertEqual(historical, sorted(historical))
@@ -104,16 +107,16 @@ class Loss(unittest.TestCase):
     def kill_once(self, least, data, store, broker):
         """Scans while the broker is away, kills the host when at least so many frames wait, and counts what the next start
         sends."""
-        with sparkplug_host("--rate", RATE, servers=[broker.port], data=data, storeFolder=store) as host:
+        with HostApplication(broker.port) as before, \
+                sparkplug_host("--rate", RATE, servers=[broker.port], data=data, storeFolder=store) as host:
             host.expected_status = -9
             with RestClient(host.http_port) as rest:
-                with HostApplication(broker.port) as before:
-                    before.meet()
-                    self.watch_frames(rest, before)
-                    rest.post("/jobs/default/save")
-                    before.device_command({"Command/Start": True})
-                    before.wait_for(lambda: frames(before)[0], "data")
-                    broker.stop(kill=True)
+                before.wait_for(lambda: before.device_born, "the birth")
+                self.watch_frames(rest, before)
+                rest.post("/jobs/default/save")
+                before.device_command({"Command/Start": True})
+                before.wait_for(lambda: frames(before)[0], "data")
+                broker.stop(kill=True)
                 stored = wait_until(lambda: (count := metrics(rest)["unsentSamples"]) > least and count, "samples")
                 host.process.kill()
                 host.process.wait()
