@@ -30,6 +30,7 @@ set(ZU_PRIVATE_HEADERS
     ZuControl/Control/StateDocuments.h
     ZuControl/ControlProtocol/KnownLayout.h
     ZuControl/Persistence
+    ZuControl/Plc
     ZuControl/Protocol
 )
 # Classes of the private folders that are members of public classes.

@@ -1,6 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 
 #include "Plugins/ModbusTcp/RegisterLayout.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
@@ -9,7 +10,9 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
+#include <algorithm>
 #include <memory>
+#include <span>
 
 namespace ModbusTcp
 {
@@ -64,6 +67,39 @@ void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
     assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
 }
 
+/// What the plug-in kit puts into a field to which the default block gives no meaning.
+struct Meaning
+{
+    char const* field;
+    char const* name;
+    char const* unit;
+    char const* comment;
+};
+
+std::vector<RegisterField> WithMeanings(std::vector<RegisterField> fields, std::span<Meaning const> meanings)
+{
+    for (Meaning const& meaning : meanings)
+    {
+        auto const field = std::ranges::find(fields, meaning.field, &RegisterField::name);
+        field->name = meaning.name;
+        field->unit = meaning.unit;
+        field->comment = meaning.comment;
+    }
+    return fields;
+}
+
+constexpr Meaning SYSTEM_MEANINGS[] = {
+    {"value64", "upTime", "s", "time since the start of the sensor"},
+    {"state0", "runState", "", "0: ready, 1: running, 2: error"},
+    {"state2", "linkState", "", "link status of the first network interface, at most 255"},
+    {"state3", "problems", "", "number of problems on record, at most 255"},
+};
+
+constexpr Meaning SCANNER_MEANINGS[] = {
+    {"state0", "alignState", "", "0: not aligned, 1: being aligned, 2: aligned"},
+    {"state1", "laserOn", "", "1: the laser is enabled"},
+};
+
 } // namespace
 
 ModbusControlInputBlock::ModbusControlInputBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
@@ -73,6 +109,11 @@ ModbusControlInputBlock::ModbusControlInputBlock(RegisterBlockParams const& para
 }
 
 ModbusControlInputBlock::~ModbusControlInputBlock() = default;
+
+std::vector<RegisterField> ModbusControlInputBlock::Fields() const
+{
+    return DefaultFields(*this);
+}
 
 ModbusSystemBlock::ModbusSystemBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
     : DefaultSystemStateRegisterBlock(params, usedInfo)
@@ -87,6 +128,11 @@ ModbusSystemBlock::ModbusSystemBlock(RegisterBlockParams const& params, Protocol
 
 ModbusSystemBlock::~ModbusSystemBlock() = default;
 
+std::vector<RegisterField> ModbusSystemBlock::Fields() const
+{
+    return WithMeanings(DefaultFields(*this), SYSTEM_MEANINGS);
+}
+
 ModbusScannerBlock::ModbusScannerBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
     : DefaultScannerStateRegisterBlock(params, usedInfo)
 {
@@ -97,6 +143,11 @@ ModbusScannerBlock::ModbusScannerBlock(RegisterBlockParams const& params, Protoc
 }
 
 ModbusScannerBlock::~ModbusScannerBlock() = default;
+
+std::vector<RegisterField> ModbusScannerBlock::Fields() const
+{
+    return WithMeanings(DefaultFields(*this), SCANNER_MEANINGS);
+}
 
 void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
 {

@@ -3,7 +3,10 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "wApi/wTypes.h"
+
+#include <vector>
 
 namespace ZuControl::ControlProtocol
 {
@@ -28,27 +31,36 @@ inline constexpr char const* TYPE_DECISION = "Decision";
 inline constexpr char const* TYPE_MEASUREMENT = "Measurement";
 
 /// Registers: 0 request id, 1 command id, 2 to 65 text with one character in each.
-struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock
+struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock,
+                                       public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusControlInputBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                             ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
     ~ModbusControlInputBlock() override;
+
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 };
 
 /// Registers: 0 to 3 up-time, 4 first state, 5 length of the job name, 6 to 69 job name, 70 and 71 the other states.
-struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock
+struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock,
+                                 public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusSystemBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                       ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
     ~ModbusSystemBlock() override;
+
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 };
 
 /// Registers: 0 to 3 encoder, 4 to 7 time, 8 and 9 the two states.
-struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock
+struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock,
+                                  public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusScannerBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                        ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
     ~ModbusScannerBlock() override;
+
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 };
 
 /// Adds all block types of this service to an assembly.

@@ -13,7 +13,7 @@ FLOORS = [
     ["Platform/ZuCommon", "Platform/ZuPlugin", "Platform/ZuRest", "Platform/ZuVision", "Platform/ZuPipe", "Platform/ZuCore",
      "Platform/ZuScan", "Platform/ZuStdScanners/ZucSensor", "Platform/ZuTls"],
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
-    ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence"],
+    ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence", "ZuControl/Plc"],
     ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/SparkplugMqtt",
      "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Http", "Host/Jobs", "Host/Log",
      "Host/Metrics", "Host/Module", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor",

@@ -3,6 +3,7 @@
 #include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
+#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
@@ -258,6 +259,30 @@ TEST_F(ModbusBlocksTest, MustKeepTheScannerBlock)
     params.outputIdList.Add().outputId.Set(140);
 
     EXPECT_EQ(RefusalOf([&] { assembly.Remove(params); }), (Refusal{0, "No register blocks were removed."}));
+}
+
+TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
+{
+    auto const shape = [this](char const* type) {
+        std::vector<std::string> fields;
+        for (RegisterField const& field : FieldsOf(*Place(type, 0, "a")))
+        {
+            fields.push_back(field.name + ' ' + std::to_string(field.offset) + '+' + std::to_string(field.count) +
+                             (field.comment.empty() ? " without comment" : ""));
+        }
+        assembly.ResetRegisterAssembly();
+        return fields;
+    };
+    using Shape = std::vector<std::string>;
+    EXPECT_EQ(shape(TYPE_CONTROL_INPUT), (Shape{"requestId 0+1", "commandId 1+1", "text 2+64"}));
+    EXPECT_EQ(shape(TYPE_CONTROL_OUTPUT), (Shape{"requestId 0+1", "status 1+1"}));
+    EXPECT_EQ(shape(TYPE_SYSTEM), (Shape{"upTime 0+4", "runState 4+1", "jobNameLength 5+1", "jobName 6+64",
+                                         "linkState 70+1", "problems 71+1"}));
+    EXPECT_EQ(shape(TYPE_SCANNER), (Shape{"encoder 0+4", "syncTime 4+4", "alignState 8+1", "laserOn 9+1"}));
+    EXPECT_EQ(shape(TYPE_STAMP), (Shape{"stamp 0+4", "encoder 4+4", "time 8+4", "counter 12+4", "inputs 16+1"}));
+    EXPECT_EQ(shape(TYPE_MEASUREMENT), (Shape{"value 0+2", "decision 2+1"}));
+    EXPECT_EQ(shape(TYPE_MEASUREMENT_VALUE), (Shape{"valueAlone 0+2"}));
+    EXPECT_EQ(shape(TYPE_DECISION), (Shape{"decisionAlone 0+1"}));
 }
 
 } // namespace ModbusTcp
