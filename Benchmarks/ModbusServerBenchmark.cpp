@@ -54,6 +54,21 @@ public:
         return ModbusTcp::ModbusException::ILLEGAL_DATA_ADDRESS;
     }
 
+    ModbusTcp::ModbusException MaskWrite(uint16 /*address*/, uint16 /*andMask*/, uint16 /*orMask*/) override
+    {
+        return ModbusTcp::ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+
+    uint16 ReadCoils() override
+    {
+        return 0;
+    }
+
+    ModbusTcp::ModbusException WriteCoils(uint16 /*ones*/) override
+    {
+        return ModbusTcp::ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+
 private:
     ModbusTcp::RegisterImage image;
 };

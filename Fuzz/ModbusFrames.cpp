@@ -1,7 +1,8 @@
 // Input: the bytes that a Modbus client sends.
 //
 // Checks: the answers do not depend on the pieces in which the bytes arrive. Each answer is a frame that belongs to a
-// request. The buffers do not grow. A refused request changes no register.
+// request, and the answer to a read of bits has as many bytes as the bits need. The buffers do not grow. A refused
+// request changes no register and no coil.
 
 #include "Fuzz/Support/Check.h"
 #include "Fuzz/Support/Input.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <vector>
 
 namespace
@@ -19,7 +21,8 @@ namespace
 using namespace ModbusTcp;
 using Bytes = std::vector<uint8>;
 
-/// Registers, of which the first 66 are writable. Checks that reads stay within the register count that it reports.
+/// Registers, of which the first 66 are writable, and coils that accept one 1 a request. Checks that reads stay within
+/// the register count that it reports.
 class Registers final : public IRegisterModel
 {
 public:
@@ -47,6 +50,33 @@ public:
         return ModbusException::NONE;
     }
 
+    ModbusException MaskWrite(uint16 address, uint16 andMask, uint16 orMask) override
+    {
+        if (address >= WRITABLE)
+        {
+            return ModbusException::ILLEGAL_DATA_ADDRESS;
+        }
+        values[address] = static_cast<uint16>((values[address] & andMask) | (orMask & ~andMask));
+        return ModbusException::NONE;
+    }
+
+    uint16 ReadCoils() override
+    {
+        return values[COILS];
+    }
+
+    ModbusException WriteCoils(uint16 ones) override
+    {
+        ZU_FUZZ_CHECK(ones != 0);
+        if (!std::has_single_bit(ones))
+        {
+            return ModbusException::ILLEGAL_DATA_VALUE;
+        }
+        values[COILS] = ones;
+        return ModbusException::NONE;
+    }
+
+    static constexpr std::size_t COILS = 99; // beside the registers that are writable
     std::array<uint16, 1000> values{};
 };
 
@@ -122,6 +152,11 @@ void CheckAnswers(std::span<uint8 const> requests, std::span<uint8 const> answer
         ZU_FUZZ_CHECK(ModbusFrame::Parse(answers, answer) == ModbusFrame::Parsed::COMPLETE);
         ZU_FUZZ_CHECK(answer.transactionId == request.transactionId && answer.unitId == request.unitId);
         ZU_FUZZ_CHECK((answer.pdu[0] | 0x80) == (request.pdu[0] | 0x80));
+        if (answer.pdu[0] == 1 || answer.pdu[0] == 2)
+        {
+            std::size_t const bytes = (ReadBigEndian16(&request.pdu[3]) + std::size_t{7}) / 8;
+            ZU_FUZZ_CHECK(bytes <= 250 && answer.pdu.size() == 2 + bytes && answer.pdu[1] == bytes);
+        }
         requests = requests.subspan(request.Bytes());
         answers = answers.subspan(answer.Bytes());
     }

@@ -8,6 +8,15 @@
 namespace ModbusTcp
 {
 
+namespace
+{
+
+// The registers of the block.
+constexpr std::size_t REQUEST_ID = 0;
+constexpr std::size_t COMMAND_ID = 1;
+
+} // namespace
+
 CommandChannel::CommandChannel(PluginCommon::ICommandRunner& commandRunner) : runner(commandRunner)
 {
 }
@@ -33,6 +42,29 @@ ModbusException CommandChannel::Write(ZuControl::ControlProtocol::ProtocolRegist
         Take(command, isDecoded);
     }
     return ModbusException::NONE;
+}
+
+ModbusException CommandChannel::Run(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
+                                    uint8 commandId)
+{
+    if (runner.CommandStatus() == ZuControl::ControlProtocol::CommandStatusInProgress)
+    {
+        return ModbusException::SERVER_DEVICE_BUSY;
+    }
+    registers[REQUEST_ID] = 0;
+    registers[COMMAND_ID] = commandId;
+    Command command{};
+    bool const isDecoded = Decode(block, isBigEndian, command);
+    Take(command, isDecoded);
+    registers[COMMAND_ID] = 0; // a later write of the text alone then finds the command that does nothing
+    last = {};
+    return ModbusException::NONE;
+}
+
+uint8 CommandChannel::RunningCommand()
+{
+    bool const runs = runner.CommandStatus() == ZuControl::ControlProtocol::CommandStatusInProgress;
+    return runs ? lastId : uint8{0};
 }
 
 CommandChannel::Result CommandChannel::LastResult()
@@ -63,6 +95,7 @@ bool CommandChannel::Decode(ZuControl::ControlProtocol::ProtocolRegisterBlock& b
 void CommandChannel::Take(Command const& command, bool isDecoded)
 {
     last = command;
+    lastId = command.commandId;
     ++takenCount;
     if (!isDecoded)
     {

@@ -42,6 +42,14 @@ public:
     ModbusException Write(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian,
                           std::size_t offset, std::span<uint16 const> values);
 
+    /// Runs a command under the request id 0, also if it equals the last command. A job is loaded by the name in the
+    /// registers. The registers then hold request id 0 and command 0. Returns SERVER_DEVICE_BUSY and changes nothing
+    /// while an operation of this service runs.
+    ModbusException Run(ZuControl::ControlProtocol::ProtocolRegisterBlock& block, bool isBigEndian, uint8 commandId);
+
+    /// The id of the command that runs, or 0. Command 0 does not run: it has no operation.
+    uint8 RunningCommand();
+
     /// The registers as written, for reading them back.
     Registers const& Written() const
     {
@@ -64,7 +72,8 @@ private:
 
     PluginCommon::ICommandRunner& runner;
     Registers registers{};
-    Command last{};
+    Command last{};   // with which a write is compared
+    uint8 lastId = 0; // of the last command taken
     uint64 takenCount = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 
+#include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
@@ -49,6 +50,8 @@ constexpr BlockType MEASUREMENT_VALUE{
 constexpr BlockType DECISION{TYPE_DECISION, "Decision", BlockCategoryMeasurement, 1, 0, 0, ANY_NUMBER, true};
 constexpr BlockType MEASUREMENT{
     TYPE_MEASUREMENT, "Measurement and Decision", BlockCategoryMeasurement, 3, 0, 0, ANY_NUMBER, true};
+constexpr BlockType STATE_BITS{
+    StateBitsBlock::TYPE, "State Bits", BlockCategorySystem, StateBitsBlock::REGISTER_COUNT, 0, 0, 1, false};
 
 template <typename Block>
 void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
@@ -159,6 +162,7 @@ void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
     AddType<DefaultMeasurementValueRegisterBlock>(assembly, MEASUREMENT_VALUE);
     AddType<DefaultMeasurementDecisionRegisterBlock>(assembly, DECISION);
     AddType<DefaultMeasurementValueAndDecisionRegisterBlock>(assembly, MEASUREMENT);
+    AddType<StateBitsBlock>(assembly, STATE_BITS);
 }
 
 namespace

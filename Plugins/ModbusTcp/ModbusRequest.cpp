@@ -97,23 +97,17 @@ ModbusException DeviceIdentification::Read(std::span<uint8 const> request, std::
 namespace
 {
 
-constexpr uint8 READ_HOLDING_REGISTERS = 3;
-constexpr uint8 READ_INPUT_REGISTERS = 4;
-constexpr uint8 WRITE_SINGLE_REGISTER = 6;
-constexpr uint8 WRITE_MULTIPLE_REGISTERS = 16;
-constexpr uint8 READ_WRITE_MULTIPLE_REGISTERS = 23;
-constexpr uint8 ENCAPSULATED_INTERFACE = 43;
 constexpr uint8 EXCEPTION_BIT = 0x80;
 
-/// Registers [first, first + count) of a request.
+/// Registers, coils or discrete inputs [first, first + count) of a request.
 struct Range
 {
     uint16 first;
     uint16 count;
 
-    bool LiesWithin(uint32 registerCount) const
+    bool LiesWithin(uint32 wholeCount) const
     {
-        return uint32{first} + count <= registerCount;
+        return uint32{first} + count <= wholeCount;
     }
 };
 
@@ -234,26 +228,178 @@ ModbusException ReadWriteMultiple(IRegisterModel& model, std::span<uint8 const> 
     return refusal;
 }
 
-ModbusException Dispatch(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
-                         std::size_t& bytes)
+ModbusException MaskWrite(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                          std::size_t& bytes)
 {
-    std::span<uint8 const> const arguments = request.subspan(1);
-    switch (request[0])
+    if (request.size() != 6)
     {
-    case READ_HOLDING_REGISTERS:
-    case READ_INPUT_REGISTERS:
-        return Read(model, arguments, answer, bytes);
-    case WRITE_SINGLE_REGISTER:
-        return WriteSingle(model, arguments, answer, bytes);
-    case WRITE_MULTIPLE_REGISTERS:
-        return WriteMultiple(model, arguments, answer, bytes);
-    case READ_WRITE_MULTIPLE_REGISTERS:
-        return ReadWriteMultiple(model, arguments, answer, bytes);
-    case ENCAPSULATED_INTERFACE:
-        return DeviceIdentification::Read(arguments, answer, bytes);
-    default:
-        return ModbusException::ILLEGAL_FUNCTION;
+        return ModbusException::ILLEGAL_DATA_VALUE;
     }
+    ModbusException const refusal =
+        model.MaskWrite(ReadBigEndian16(request.data()), ReadBigEndian16(&request[2]), ReadBigEndian16(&request[4]));
+    std::ranges::copy(request, answer.begin()); // the answer repeats the request
+    bytes = request.size();
+    return refusal;
+}
+
+constexpr uint32 BITS_PER_REGISTER = 16;
+constexpr uint32 MOST_INPUTS = 65536; // the address space of a request
+constexpr std::size_t BITS_PER_BYTE = 8;
+
+constexpr std::size_t BytesOfBits(std::size_t count)
+{
+    return (count + BITS_PER_BYTE - 1) / BITS_PER_BYTE;
+}
+
+/// Writes the byte count and `count` bits of a read. The first is bit `offset` of the first register.
+std::size_t WriteBits(std::span<uint16 const> registers, std::size_t offset, std::size_t count, std::span<uint8> answer)
+{
+    std::size_t const byteCount = BytesOfBits(count);
+    answer[0] = static_cast<uint8>(byteCount); // at most 250
+    std::ranges::fill(answer.subspan(1, byteCount), uint8{0});
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        std::size_t const bit = offset + i;
+        unsigned const value = registers[bit / BITS_PER_REGISTER] >> (bit % BITS_PER_REGISTER) & 1u;
+        answer[1 + i / BITS_PER_BYTE] |= static_cast<uint8>(value << (i % BITS_PER_BYTE));
+    }
+    return 1 + byteCount;
+}
+
+/// Checks a read of bits. Sets `range` if the result is NONE.
+ModbusException TakeBitRange(std::span<uint8 const> request, uint32 wholeCount, Range& range)
+{
+    if (request.size() != 4)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    range = ReadRange(request.data());
+    if (range.count < 1 || range.count > ModbusRequest::MAX_READ_BITS)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    return range.LiesWithin(wholeCount) ? ModbusException::NONE : ModbusException::ILLEGAL_DATA_ADDRESS;
+}
+
+ModbusException ReadCoils(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                          std::size_t& bytes)
+{
+    Range range{};
+    ModbusException const refusal = TakeBitRange(request, IRegisterModel::COIL_COUNT, range);
+    if (refusal == ModbusException::NONE)
+    {
+        uint16 const coils = model.ReadCoils();
+        bytes = WriteBits({&coils, 1}, range.first, range.count, answer);
+    }
+    return refusal;
+}
+
+ModbusException ReadInputs(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                           std::size_t& bytes)
+{
+    Range range{};
+    uint32 const inputCount = std::min(BITS_PER_REGISTER * model.RegisterCount(), MOST_INPUTS);
+    ModbusException const refusal = TakeBitRange(request, inputCount, range);
+    if (refusal == ModbusException::NONE)
+    {
+        std::array<uint16, ModbusRequest::MAX_READ_BITS / BITS_PER_REGISTER + 1> values; // the ends may lie within one
+        auto const first = static_cast<uint16>(range.first / BITS_PER_REGISTER);
+        std::size_t const offset = range.first % BITS_PER_REGISTER;
+        auto const registers =
+            std::span(values).first((offset + range.count + BITS_PER_REGISTER - 1) / BITS_PER_REGISTER);
+        model.Read(first, registers);
+        bytes = WriteBits(registers, offset, range.count, answer);
+    }
+    return refusal;
+}
+
+ModbusException WriteCoils(IRegisterModel& model, uint16 ones)
+{
+    return ones == 0 ? ModbusException::NONE : model.WriteCoils(ones);
+}
+
+ModbusException WriteSingleCoil(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                                std::size_t& bytes)
+{
+    constexpr uint16 ON = 0xFF00;
+    constexpr uint16 OFF = 0x0000;
+    if (request.size() != 4)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    uint16 const coil = ReadBigEndian16(request.data());
+    uint16 const value = ReadBigEndian16(&request[2]);
+    if (value != ON && value != OFF)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    if (coil >= IRegisterModel::COIL_COUNT)
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    std::ranges::copy(request, answer.begin()); // the answer repeats the request
+    bytes = request.size();
+    return WriteCoils(model, static_cast<uint16>(value == ON ? 1u << coil : 0u));
+}
+
+ModbusException WriteMultipleCoils(IRegisterModel& model, std::span<uint8 const> request, std::span<uint8> answer,
+                                   std::size_t& bytes)
+{
+    constexpr std::size_t HEAD_BYTES = 5; // range and byte count
+    if (request.size() < HEAD_BYTES)
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    Range const range = ReadRange(request.data());
+    if (range.count < 1 || range.count > ModbusRequest::MAX_WRITE_BITS || request[4] != BytesOfBits(range.count) ||
+        request.size() != HEAD_BYTES + request[4])
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    if (!range.LiesWithin(IRegisterModel::COIL_COUNT))
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    uint32 ones = request[HEAD_BYTES];
+    ones |= request.size() > HEAD_BYTES + 1 ? uint32{request[HEAD_BYTES + 1]} << BITS_PER_BYTE : 0;
+    ones &= (1u << range.count) - 1; // the bits behind the last coil do not count
+    std::ranges::copy(request.first(4), answer.begin());
+    bytes = 4;
+    return WriteCoils(model, static_cast<uint16>(ones << range.first));
+}
+
+ModbusException Identify(IRegisterModel&, std::span<uint8 const> request, std::span<uint8> answer, std::size_t& bytes)
+{
+    return DeviceIdentification::Read(request, answer, bytes);
+}
+
+/// A function code, the least role of a client that may use it, and the operation that answers it.
+struct Function
+{
+    uint8 code;
+    ZuCommon::Role role;
+    ModbusException (*answer)(IRegisterModel&, std::span<uint8 const>, std::span<uint8>, std::size_t&);
+};
+
+constexpr std::array<Function, 11> FUNCTIONS = {{
+    {1, ZuCommon::Role::VIEWER, ReadCoils},
+    {2, ZuCommon::Role::VIEWER, ReadInputs},
+    {3, ZuCommon::Role::VIEWER, Read},
+    {4, ZuCommon::Role::VIEWER, Read},
+    {5, ZuCommon::Role::OPERATOR, WriteSingleCoil},
+    {6, ZuCommon::Role::OPERATOR, WriteSingle},
+    {15, ZuCommon::Role::OPERATOR, WriteMultipleCoils},
+    {16, ZuCommon::Role::OPERATOR, WriteMultiple},
+    {22, ZuCommon::Role::OPERATOR, MaskWrite},
+    {23, ZuCommon::Role::OPERATOR, ReadWriteMultiple},
+    {43, ZuCommon::Role::VIEWER, Identify},
+}};
+
+/// Null for an unknown code.
+Function const* FindFunction(uint8 code)
+{
+    auto const found = std::ranges::find(FUNCTIONS, code, &Function::code);
+    return found != FUNCTIONS.end() ? &*found : nullptr;
 }
 
 } // namespace
@@ -262,7 +408,9 @@ std::size_t ModbusRequest::Answer(IRegisterModel& model, std::span<uint8 const> 
                                   ModbusException& refusal)
 {
     std::size_t bytes = 0;
-    refusal = Dispatch(model, request, answer.subspan(1), bytes);
+    Function const* const function = FindFunction(request[0]);
+    refusal = function != nullptr ? function->answer(model, request.subspan(1), answer.subspan(1), bytes)
+                                  : ModbusException::ILLEGAL_FUNCTION;
     if (refusal == ModbusException::NONE)
     {
         answer[0] = request[0];
@@ -280,15 +428,8 @@ std::size_t ModbusRequest::Refuse(uint8 function, std::span<uint8> answer, Modbu
 
 ZuCommon::Role ModbusRequest::RoleFor(uint8 function)
 {
-    switch (function)
-    {
-    case READ_HOLDING_REGISTERS:
-    case READ_INPUT_REGISTERS:
-    case ENCAPSULATED_INTERFACE:
-        return ZuCommon::Role::VIEWER;
-    default:
-        return ZuCommon::Role::OPERATOR;
-    }
+    Function const* const found = FindFunction(function);
+    return found != nullptr ? found->role : ZuCommon::Role::OPERATOR;
 }
 
 } // namespace ModbusTcp

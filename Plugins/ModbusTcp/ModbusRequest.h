@@ -14,7 +14,7 @@ enum class ModbusException : uint8
 {
     NONE = 0,
     ILLEGAL_FUNCTION = 1,     ///< unknown, or not allowed to the client
-    ILLEGAL_DATA_ADDRESS = 2, ///< outside the registers, or a write outside the command block
+    ILLEGAL_DATA_ADDRESS = 2, ///< outside the address space, or a write to what is not writable
     ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of range, or parts of the request that contradict each other
     SERVER_DEVICE_BUSY = 6    ///< an operation begun by this service still runs
 };
@@ -34,6 +34,18 @@ public:
 
     /// Carries out a write request completely or not at all. A refused request changes nothing.
     virtual ModbusException Write(uint16 first, std::span<uint16 const> values) = 0;
+
+    /// Changes a register to (present AND `andMask`) OR (`orMask` AND NOT `andMask`). No other write comes in between.
+    virtual ModbusException MaskWrite(uint16 address, uint16 andMask, uint16 orMask) = 0;
+
+    static constexpr uint16 COIL_COUNT = 16;
+
+    /// Coil n in bit n.
+    virtual uint16 ReadCoils() = 0;
+
+    /// Writes 1 to the coils whose bits are set. A refused request changes nothing. Writing 0 to a coil changes nothing,
+    /// so the model does not hear of it.
+    virtual ModbusException WriteCoils(uint16 ones) = 0;
 };
 
 /// The device identification (function 43, interface 14). Basic objects: vendor, product code and revision. Regular
@@ -50,16 +62,19 @@ public:
 
 /// Answers a protocol data unit from a register model.
 ///
-/// Supported functions: read holding registers (3) and input registers (4), which return the same; write one register
-/// (6) and several (16); read and write several (23), with the write first; device identification (43/14). Other
-/// functions and invalid requests are answered with an exception code. Quantities and byte counts are checked before
-/// addresses, and all checks precede the write. Nothing allocates.
+/// Supported functions: read coils (1) and discrete inputs (2), where input 16 r + b is bit b of register r; read holding
+/// registers (3) and input registers (4), which return the same; write one coil (5), one register (6), several coils
+/// (15), several registers (16); mask write of a register (22); read and write several registers (23), with the write
+/// first; device identification (43/14). Other functions and invalid requests are answered with an exception code.
+/// Quantities and byte counts are checked before addresses, and all checks precede the write. Nothing allocates.
 class ModbusRequest final
 {
 public:
     static constexpr uint16 MAX_READ = 125;          ///< registers of one read
     static constexpr uint16 MAX_WRITE = 123;         ///< registers of one write
     static constexpr uint16 MAX_READ_WRITE_IN = 121; ///< registers written by function 23
+    static constexpr uint16 MAX_READ_BITS = 2000;    ///< coils or discrete inputs of one read
+    static constexpr uint16 MAX_WRITE_BITS = 1968;   ///< coils of one write
 
     /// `request` has 1 to ModbusFrame::MAX_PDU_BYTES bytes; `answer` has room for MAX_PDU_BYTES. Returns the size of
     /// the answer. `refusal` is the exception code, or NONE.

@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 
+#include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Guard.h"
@@ -79,6 +80,10 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     {
         scanner = place;
         scannerId = block->ScannerId();
+    }
+    else if (block->Type() == StateBitsBlock::TYPE)
+    {
+        stateBits = place;
     }
 }
 

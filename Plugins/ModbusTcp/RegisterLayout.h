@@ -46,6 +46,12 @@ public:
             return block != nullptr;
         }
 
+        /// Whether the block exists and registers [address, address + size) lie within it.
+        bool Covers(uint16 address, std::size_t size) const
+        {
+            return Exists() && address >= first && address + size <= std::size_t{first} + count;
+        }
+
         uint16 first = 0;
         uint16 count = 0;
         std::shared_ptr<Block> block;
@@ -77,6 +83,7 @@ public:
     Place controlOutput;
     Place system;
     Place scanner;
+    Place stateBits;
     std::string scannerId; ///< of the scanner block; empty for the first scanner
 
     uint64 changeCount = 0; ///< change count of the assembly at the copy; a later layout has a larger one

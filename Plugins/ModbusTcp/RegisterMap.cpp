@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 
+#include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
@@ -7,14 +8,25 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 namespace ModbusTcp
 {
 
+using namespace ZuControl::ControlProtocol;
 using PluginCommon::StateFetcher;
 
 namespace
 {
+
+constexpr uint16 ANY_COMMAND = 1; // coil 0
+
+constexpr uint16 CoilOf(uint8 commandId)
+{
+    return static_cast<uint16>(commandId <= CommandSoftwareTrigger ? 1u << commandId : 0u);
+}
+
+constexpr uint16 COMMAND_COILS = 2 * CoilOf(CommandSoftwareTrigger) - 1 - ANY_COMMAND; // from CommandStart on
 
 /// The registers of a read that belong to one block.
 class Overlap final
@@ -86,46 +98,108 @@ void RegisterMap::Read(uint16 first, std::span<uint16> registers)
 {
     sources.image.Read(first, registers);
     auto const present = Layout();
-    if (Overlap const input(present->controlInput, first, registers); input.Exists())
+    ReadCommand(*present, first, registers);
+    ReadStates(*present, first, registers);
+}
+
+void RegisterMap::ReadCommand(RegisterLayout const& present, uint16 first, std::span<uint16> registers)
+{
+    if (Overlap const input(present.controlInput, first, registers); input.Exists())
     {
         Zu::MutexLock const guard(writeLock);
         auto const& written = channel.Written();
         input.Fill([&written](uint32 i) { return written[i]; });
     }
-    if (Overlap const output(present->controlOutput, first, registers); output.Exists())
+    if (Overlap const output(present.controlOutput, first, registers); output.Exists())
     {
         Zu::MutexLock const guard(writeLock);
         output.Encode(channel.LastResult());
     }
-    Overlap const system(present->system, first, registers);
-    Overlap const scanner(present->scanner, first, registers);
-    if (system.Exists() || scanner.Exists())
+}
+
+void RegisterMap::ReadStates(RegisterLayout const& present, uint16 first, std::span<uint16> registers)
+{
+    Overlap const system(present.system, first, registers);
+    Overlap const scanner(present.scanner, first, registers);
+    Overlap const bits(present.stateBits, first, registers);
+    if (!system.Exists() && !scanner.Exists() && !bits.Exists())
     {
-        StateFetcher::State const state = sources.latestState(present->scannerId);
-        if (system.Exists())
-        {
-            system.Encode(state.system);
-        }
-        if (scanner.Exists())
-        {
-            scanner.Encode(state.scanner);
-        }
+        return;
+    }
+    StateFetcher::State const state = sources.latestState(present.scannerId);
+    if (system.Exists())
+    {
+        system.Encode(state.system);
+    }
+    if (scanner.Exists())
+    {
+        scanner.Encode(state.scanner);
+    }
+    if (bits.Exists())
+    {
+        Zu::MutexLock const guard(writeLock);
+        bits.Encode(StateBitsBlock::States{state, channel.LastResult().status});
     }
 }
 
 ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
 {
     auto const present = Layout();
+    Zu::MutexLock const guard(writeLock);
+    return WriteInput(present->controlInput, first, values);
+}
+
+ModbusException RegisterMap::MaskWrite(uint16 address, uint16 andMask, uint16 orMask)
+{
+    auto const present = Layout();
     RegisterLayout::Place const& input = present->controlInput;
-    if (!input.Exists() || first < input.first || first + values.size() > std::size_t{input.first} + input.count)
+    if (!input.Covers(address, 1))
     {
         return ModbusException::ILLEGAL_DATA_ADDRESS;
     }
-    Zu::MutexLock const guard(writeLock);
+    Zu::MutexLock const guard(writeLock); // from the read to the write
+    uint16 const before = channel.Written()[std::size_t{address} - input.first];
+    auto const value = static_cast<uint16>((before & andMask) | (orMask & ~andMask));
+    return WriteInput(input, address, {&value, 1});
+}
+
+ModbusException RegisterMap::WriteInput(RegisterLayout::Place const& input, uint16 first,
+                                        std::span<uint16 const> values)
+{
+    if (!input.Covers(first, values.size()))
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
     uint64 const takenBefore = channel.TakenCount();
     auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
     Count(sources.counters.commands, channel.TakenCount() - takenBefore);
     Count(sources.counters.registersWritten, result == ModbusException::NONE ? values.size() : 0);
+    return result;
+}
+
+uint16 RegisterMap::ReadCoils()
+{
+    Zu::MutexLock const guard(writeLock);
+    uint8 const command = channel.RunningCommand();
+    return command == CommandNone ? uint16{0} : static_cast<uint16>(ANY_COMMAND | CoilOf(command));
+}
+
+ModbusException RegisterMap::WriteCoils(uint16 ones)
+{
+    auto const present = Layout();
+    if ((ones & ~COMMAND_COILS) != 0 || !present->controlInput.Exists())
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    if (!std::has_single_bit(ones))
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE; // a request is one command
+    }
+    Zu::MutexLock const guard(writeLock);
+    auto const commandId = static_cast<uint8>(std::countr_zero(ones));
+    uint64 const takenBefore = channel.TakenCount();
+    auto const result = channel.Run(*present->controlInput.block, isBigEndian, commandId);
+    Count(sources.counters.commands, channel.TakenCount() - takenBefore);
     return result;
 }
 

@@ -20,7 +20,10 @@ struct ModbusCounters;
 /// The registers that clients see: the published results, overlaid with the command registers as written, the result of
 /// the last command, and the state of system and scanner. State is encoded when a read covers it.
 ///
-/// Threads: one thread at a time calls `Read` and `Write`, the I/O thread; any thread may call the rest.
+/// Coil n, from 1 to 6, is the command with the id n: writing 1 runs it, and it reads 1 while it runs. Coil 0 reads 1
+/// while any command of this service runs.
+///
+/// Threads: one thread at a time calls the operations of `IRegisterModel`, the I/O thread; any thread may call the rest.
 class RegisterMap final : public IRegisterModel
 {
 public:
@@ -41,6 +44,9 @@ public:
     uint32 RegisterCount() const override;
     void Read(uint16 first, std::span<uint16> registers) override;
     ModbusException Write(uint16 first, std::span<uint16 const> values) override;
+    ModbusException MaskWrite(uint16 address, uint16 andMask, uint16 orMask) override;
+    uint16 ReadCoils() override;
+    ModbusException WriteCoils(uint16 ones) override;
 
     /// Replaces the layout, unless `layout` is older than the present one.
     void Install(std::shared_ptr<RegisterLayout const> newLayout);
@@ -50,6 +56,10 @@ public:
 
 private:
     std::shared_ptr<RegisterLayout const> Layout();
+    void ReadCommand(RegisterLayout const& present, uint16 first, std::span<uint16> registers);
+    void ReadStates(RegisterLayout const& present, uint16 first, std::span<uint16> registers);
+    ModbusException WriteInput(RegisterLayout::Place const& input, uint16 first, std::span<uint16 const> values)
+        ZU_REQUIRES(writeLock);
 
     Sources const sources;
 

@@ -60,8 +60,11 @@ def exception_of(plc, pdu):
         return refused.code
 
 
-WRITES = (struct.pack(">BHH", 6, 0, 1), struct.pack(">BHHBH", 16, 0, 1, 2, 1), struct.pack(">BHHHHBH", 23, 0, 1, 0, 1, 2, 1))
-READS = (struct.pack(">BHH", 3, 0, 1), struct.pack(">BHH", 4, 0, 1), struct.pack(">BBBB", 43, 14, 1, 0))
+WRITES = (struct.pack(">BHH", 6, 0, 1), struct.pack(">BHHBH", 16, 0, 1, 2, 1), struct.pack(">BHHHHBH", 23, 0, 1, 0, 1, 2, 1),
+          struct.pack(">BHHH", 22, 2, 0, 1), struct.pack(">BHH", 5, 4, 0xFF00), struct.pack(">BHHBB", 15, 4, 1, 1, 0))
+READS = (struct.pack(">BHH", 3, 0, 1), struct.pack(">BHH", 4, 0, 1), struct.pack(">BBBB", 43, 14, 1, 0),
+         struct.pack(">BHH", 1, 0, 16), struct.pack(">BHH", 2, 0, 16))
+READ_ONLY = [0] * len(READS) + [1] * len(WRITES)  # the exception codes of READS + WRITES
 
 
 class Lists(unittest.TestCase):
@@ -74,18 +77,18 @@ class Lists(unittest.TestCase):
     def test_modbus_lets_the_listed_networks_write_only(self):
         with both("--param", "ModbusTcp.writers=127.0.0.3") as host, RestClient(host.http_port) as rest:
             with ModbusClient(host.modbus_port, source=READER) as reader, ModbusClient(host.modbus_port, source=WRITER) as writer:
-                self.assertEqual([exception_of(reader, pdu) for pdu in READS + WRITES], [0, 0, 0, 1, 1, 1])
-                self.assertEqual([exception_of(writer, pdu) for pdu in READS], [0, 0, 0])
+                self.assertEqual([exception_of(reader, pdu) for pdu in READS + WRITES], READ_ONLY)
+                self.assertEqual([exception_of(writer, pdu) for pdu in READS], [0] * len(READS))
                 self.assertEqual(reader.read(66, 2), [0, 0])  # no command was taken
                 writer.write(0, [7, 0])
                 self.assertEqual(writer.read(66, 2), [7, 2])
-            wait_for_metrics(rest, deniedRequests=3, exceptions={"1": 3, "2": 0, "3": 0, "6": 0}, commands=1)
+            wait_for_metrics(rest, deniedRequests=6, exceptions={"1": 6, "2": 0, "3": 0, "6": 0}, commands=1)
 
     def test_a_read_only_service_takes_no_command_of_anybody(self):
         with both("--param", "ModbusTcp.readOnly=true", "--param", "AsciiTcp.readOnly=true", "--param",
                   "AsciiTcp.writers=127.0.0.3") as host:
             with ModbusClient(host.modbus_port, source=WRITER) as plc:
-                self.assertEqual([exception_of(plc, pdu) for pdu in READS + WRITES], [0, 0, 0, 1, 1, 1])
+                self.assertEqual([exception_of(plc, pdu) for pdu in READS + WRITES], READ_ONLY)
             self.assertEqual(ask(host.ports["AsciiTcp"], WRITER, "START"), MAY_ONLY_READ)
 
     def test_ascii_has_the_same_lists(self):

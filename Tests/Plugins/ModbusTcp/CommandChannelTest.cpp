@@ -1,8 +1,7 @@
 #include "Plugins/ModbusTcp/CommandChannel.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
+#include "Tests/Plugins/ModbusTcp/FakeCommandRunner.h"
 
-#include <cstring>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -10,41 +9,6 @@ namespace ModbusTcp
 {
 
 using namespace ZuControl::ControlProtocol;
-
-/// Records the commands. Refuses and stays busy on demand.
-class FakeCommandRunner final : public PluginCommon::ICommandRunner
-{
-public:
-    bool IsSameCommand(Command const& first, Command const& second) override
-    {
-        return first.commandId == second.commandId && std::strcmp(first.text, second.text) == 0;
-    }
-
-    void RunCommand(Command const& command) override
-    {
-        commands.push_back(std::to_string(command.requestId) + ":" + std::to_string(command.commandId) + ":" +
-                           command.text);
-        if (refuses)
-        {
-            throw std::runtime_error("refused");
-        }
-        status = CommandStatusDone;
-    }
-
-    void FailCommand() override
-    {
-        status = CommandStatusFailed;
-    }
-
-    Status CommandStatus() override
-    {
-        return status;
-    }
-
-    std::vector<std::string> commands;
-    Status status = CommandStatusNone;
-    bool refuses = false;
-};
 
 class CommandChannelTest : public BlockFixture
 {
@@ -160,6 +124,48 @@ TEST_F(CommandChannelTest, TakesAndWritesNothingWhileAnOperationRuns)
     runner.status = CommandStatusDone;
     EXPECT_EQ(Write(0, {8, 2}), ModbusException::NONE);
     EXPECT_EQ(runner.commands, (Commands{"7:3:", "8:2:"}));
+}
+
+TEST_F(CommandChannelTest, RunsACommandWithoutARequestEachTime)
+{
+    Write(0, {7, 1, 'x'});
+
+    EXPECT_EQ(channel.Run(*block, true, 6), ModbusException::NONE);
+    EXPECT_EQ(channel.Run(*block, true, 6), ModbusException::NONE);
+
+    EXPECT_EQ(runner.commands, (Commands{"7:1:", "0:6:", "0:6:"}));
+    ExpectResult(0, CommandStatusDone);
+    EXPECT_EQ(channel.Written()[0], 0);
+    EXPECT_EQ(channel.Written()[1], 0);
+    Write(2, {'y'}); // finds no other command in the registers
+    EXPECT_EQ(channel.TakenCount(), 3u);
+    Write(0, {8, 1});
+    EXPECT_EQ(runner.commands.back(), "8:1:");
+}
+
+TEST_F(CommandChannelTest, RunsALoadWithTheTextInTheRegisters)
+{
+    EXPECT_EQ(channel.Run(*block, true, 5), ModbusException::NONE);
+    ExpectResult(0, CommandStatusFailed); // there is no name
+
+    Write(2, {'a', 'b', 0}); // loads nothing by itself
+    EXPECT_EQ(channel.Run(*block, true, 5), ModbusException::NONE);
+
+    EXPECT_EQ(runner.commands, (Commands{"0:5:ab"}));
+}
+
+TEST_F(CommandChannelTest, RunsNothingWhileAnOperationRuns)
+{
+    Write(0, {7, 3});
+    EXPECT_EQ(channel.RunningCommand(), 0);
+    runner.status = CommandStatusInProgress;
+
+    EXPECT_EQ(channel.Run(*block, true, 2), ModbusException::SERVER_DEVICE_BUSY);
+
+    EXPECT_EQ(channel.RunningCommand(), 3);
+    EXPECT_EQ(channel.Written()[0], 7);
+    EXPECT_EQ(channel.Written()[1], 3);
+    EXPECT_EQ(runner.commands, (Commands{"7:3:"}));
 }
 
 TEST_F(CommandChannelTest, WritesNothingThatDoesNotFitWhole)

@@ -8,7 +8,8 @@
 namespace ModbusTcp
 {
 
-/// Registers that hold their own address. Writes to the first registers succeed but change nothing. Records its calls.
+/// Registers that hold their own address, and coils 0, 2 and 15 that are 1. Writes to the coils and to the first registers
+/// succeed but change nothing. Records its calls.
 class FakeRegisterModel final : public IRegisterModel
 {
 public:
@@ -41,7 +42,27 @@ public:
         return first + values.size() <= writable ? ModbusException::NONE : ModbusException::ILLEGAL_DATA_ADDRESS;
     }
 
+    ModbusException MaskWrite(uint16 address, uint16 andMask, uint16 orMask) override
+    {
+        calls.push_back("mask " + std::to_string(address) + ": " + std::to_string(andMask) + " " +
+                        std::to_string(orMask));
+        return address < writable ? refusal : ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+
+    uint16 ReadCoils() override
+    {
+        calls.emplace_back("coils");
+        return coils;
+    }
+
+    ModbusException WriteCoils(uint16 ones) override
+    {
+        calls.push_back("write coils: " + std::to_string(ones));
+        return refusal;
+    }
+
     std::vector<std::string> calls;
+    uint16 coils = 0x8005;
     ModbusException refusal = ModbusException::NONE;
     std::size_t writable = 66;
 };

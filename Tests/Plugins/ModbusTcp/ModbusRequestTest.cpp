@@ -147,10 +147,91 @@ INSTANTIATE_TEST_SUITE_P(
         RequestCase{"AnotherInterface", {43, 13, 0, 0}, {0xAB, 1}, {}}, RequestCase{"Bare", {43}, {0xAB, 1}, {}}),
     NameOf);
 
+INSTANTIATE_TEST_SUITE_P(
+    Coils, ModbusRequestTest,
+    testing::Values(RequestCase{"All", {1, 0, 0, 0, 16}, {1, 2, 0x05, 0x80}, {"coils"}},
+                    RequestCase{"Middle", {1, 0, 2, 0, 3}, {1, 1, 0x01}, {"coils"}},
+                    RequestCase{"Last", {1, 0, 15, 0, 1}, {1, 1, 0x01}, {"coils"}},
+                    RequestCase{"PastTheLast", {1, 0, 15, 0, 2}, {0x81, 2}, {}},
+                    RequestCase{"BehindAll", {1, 0xFF, 0xFF, 0, 1}, {0x81, 2}, {}},
+                    RequestCase{"None", {1, 0, 0, 0, 0}, {0x81, 3}, {}},
+                    RequestCase{"MostAreStillTooManyForThisServer", {1, 0, 0, 0x07, 0xD0}, {0x81, 2}, {}},
+                    RequestCase{"TooMany", {1, 0, 0, 0x07, 0xD1}, {0x81, 3}, {}},
+                    RequestCase{"Short", {1, 0, 0, 0}, {0x81, 3}, {}},
+                    RequestCase{"Long", {1, 0, 0, 0, 1, 0}, {0x81, 3}, {}}, RequestCase{"Bare", {1}, {0x81, 3}, {}}),
+    NameOf);
+
+// Register 150 holds 150: input 2400 is its bit 0, and 150 is 0b10010110.
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, ModbusRequestTest,
+    testing::Values(RequestCase{"OneRegister", {2, 0x09, 0x60, 0, 16}, {2, 2, 0x96, 0x00}, {"read 150 1"}},
+                    RequestCase{"OneBit", {2, 0x09, 0x61, 0, 1}, {2, 1, 0x01}, {"read 150 1"}},
+                    RequestCase{"AcrossTwo", {2, 0x09, 0x67, 0, 10}, {2, 2, 0x01, 0x02}, {"read 150 2"}},
+                    RequestCase{"NineBits", {2, 0x09, 0x60, 0, 9}, {2, 2, 0x96, 0x00}, {"read 150 1"}},
+                    RequestCase{"TheLast", {2, 0xFF, 0xFF, 0, 1}, {2, 1, 0x00}, {"read 4095 1"}},
+                    RequestCase{"TheLastThatIsSet", {2, 0xFF, 0xFB, 0, 1}, {2, 1, 0x01}, {"read 4095 1"}},
+                    RequestCase{"PastTheLast", {2, 0xFF, 0xFF, 0, 2}, {0x82, 2}, {}},
+                    RequestCase{"None", {2, 0, 0, 0, 0}, {0x82, 3}, {}},
+                    RequestCase{"TooMany", {2, 0, 0, 0x07, 0xD1}, {0x82, 3}, {}},
+                    RequestCase{"TooManyAndPastTheLast", {2, 0xFF, 0xFF, 0x07, 0xD1}, {0x82, 3}, {}},
+                    RequestCase{"Short", {2, 0, 0, 0}, {0x82, 3}, {}},
+                    RequestCase{"Long", {2, 0, 0, 0, 1, 0}, {0x82, 3}, {}}, RequestCase{"Bare", {2}, {0x82, 3}, {}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    SingleCoils, ModbusRequestTest,
+    testing::Values(RequestCase{"On", {5, 0, 1, 0xFF, 0}, {5, 0, 1, 0xFF, 0}, {"write coils: 2"}},
+                    RequestCase{"OffChangesNothing", {5, 0, 1, 0, 0}, {5, 0, 1, 0, 0}, {}},
+                    RequestCase{"TheLast", {5, 0, 15, 0xFF, 0}, {5, 0, 15, 0xFF, 0}, {"write coils: 32768"}},
+                    RequestCase{"Outside", {5, 0, 16, 0xFF, 0}, {0x85, 2}, {}},
+                    RequestCase{"OffOutside", {5, 0xFF, 0xFF, 0, 0}, {0x85, 2}, {}},
+                    RequestCase{"Value1", {5, 0, 1, 0, 1}, {0x85, 3}, {}},
+                    RequestCase{"ValueFF01", {5, 0, 1, 0xFF, 1}, {0x85, 3}, {}},
+                    RequestCase{"ValueWrongAndOutside", {5, 0, 16, 0xFF, 0xFF}, {0x85, 3}, {}},
+                    RequestCase{"Short", {5, 0, 1, 0xFF}, {0x85, 3}, {}},
+                    RequestCase{"Long", {5, 0, 1, 0xFF, 0, 0}, {0x85, 3}, {}}),
+    NameOf);
+
+Bytes Write15(uint16 count, uint8 byteCount, std::size_t dataBytes)
+{
+    Bytes request = {15, 0, 0, uint8(count >> 8), uint8(count & 0xFF), byteCount};
+    request.resize(request.size() + dataBytes, 0);
+    return request;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MultipleCoils, ModbusRequestTest,
+    testing::Values(RequestCase{"Two", {15, 0, 1, 0, 2, 1, 0x03}, {15, 0, 1, 0, 2}, {"write coils: 6"}},
+                    RequestCase{
+                        "BitsBehindTheLastDoNotCount", {15, 0, 1, 0, 2, 1, 0xFE}, {15, 0, 1, 0, 2}, {"write coils: 4"}},
+                    RequestCase{"All", {15, 0, 0, 0, 16, 2, 0x02, 0x80}, {15, 0, 0, 0, 16}, {"write coils: 32770"}},
+                    RequestCase{"ZerosChangeNothing", {15, 0, 0, 0, 16, 2, 0, 0}, {15, 0, 0, 0, 16}, {}},
+                    RequestCase{"PartlyOutside", {15, 0, 15, 0, 2, 1, 0x01}, {0x8F, 2}, {}},
+                    RequestCase{"MostAreStillTooManyForThisServer", Write15(1968, 246, 246), {0x8F, 2}, {}},
+                    RequestCase{"TooMany", Write15(1969, 247, 247), {0x8F, 3}, {}},
+                    RequestCase{"None", {15, 0, 0, 0, 0, 0}, {0x8F, 3}, {}},
+                    RequestCase{"ByteCountTooSmall", {15, 0, 0, 0, 9, 1, 0}, {0x8F, 3}, {}},
+                    RequestCase{"ByteCountTooLarge", {15, 0, 0, 0, 8, 2, 0, 0}, {0x8F, 3}, {}},
+                    RequestCase{"FewerBytesThanCounted", {15, 0, 0, 0, 16, 2, 0}, {0x8F, 3}, {}},
+                    RequestCase{"MoreBytesThanCounted", {15, 0, 0, 0, 8, 1, 0, 0}, {0x8F, 3}, {}},
+                    RequestCase{"CountWrapsTo8Bits", Write15(2048, 0, 0), {0x8F, 3}, {}},
+                    RequestCase{"NoByteCount", {15, 0, 0, 0, 1}, {0x8F, 3}, {}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    MaskWrites, ModbusRequestTest,
+    testing::Values(RequestCase{"One", {22, 0, 4, 0, 0xF2, 0, 0x25}, {22, 0, 4, 0, 0xF2, 0, 0x25}, {"mask 4: 242 37"}},
+                    RequestCase{"Outside", {22, 0, 66, 0, 0, 0, 1}, {0x96, 2}, {"mask 66: 0 1"}},
+                    RequestCase{"Short", {22, 0, 4, 0, 0xF2, 0}, {0x96, 3}, {}},
+                    RequestCase{"Long", {22, 0, 4, 0, 0xF2, 0, 0x25, 0}, {0x96, 3}, {}},
+                    RequestCase{"Bare", {22}, {0x96, 3}, {}}),
+    NameOf);
+
 INSTANTIATE_TEST_SUITE_P(OtherFunctions, ModbusRequestTest,
-                         testing::Values(RequestCase{"Coils", {1, 0, 0, 0, 1}, {0x81, 1}, {}},
+                         testing::Values(RequestCase{"ReadExceptionStatus", {7}, {0x87, 1}, {}},
                                          RequestCase{"Function0", {0}, {0x80, 1}, {}},
-                                         RequestCase{"MaskWrite", {22, 0, 0, 0, 0, 0, 0}, {0x96, 1}, {}},
+                                         RequestCase{"Diagnostics", {8, 0, 0, 0, 0}, {0x88, 1}, {}},
+                                         RequestCase{"ReadFifo", {24, 0, 0}, {0x98, 1}, {}},
                                          RequestCase{"AnException", {0x83, 2}, {0x83, 1}, {}}),
                          NameOf);
 
@@ -162,6 +243,30 @@ TEST_F(ModbusRequestTest, ReadsAsManyRegistersAsAnAnswerHolds)
     EXPECT_EQ(answer[1], 250);
     EXPECT_EQ(answer[250], 0);
     EXPECT_EQ(answer[251], 124);
+}
+
+TEST_F(ModbusRequestTest, ReadsAsManyInputsAsAnAnswerHolds)
+{
+    Bytes const answer = Answer({2, 0x09, 0x67, 0x07, 0xD0}); // from bit 7 of register 150
+
+    ASSERT_EQ(answer.size(), 252u);
+    EXPECT_EQ(answer[1], 250);
+    EXPECT_EQ(answer[2], 0x01);                      // bits 7 to 14 of 150
+    EXPECT_EQ(answer[4], 0x01);                      // bits 7 to 14 of 151
+    EXPECT_EQ(answer[251], 0x26);                    // bit 15 of 274, bits 0 to 6 of 275
+    EXPECT_EQ(model.calls, (Calls{"read 150 126"})); // one read, so that no two results mix
+}
+
+TEST(ModbusRequest, AllowsToReadFromViewerOnAndToWriteFromOperatorOn)
+{
+    for (uint8 const function : Bytes{1, 2, 3, 4, 43})
+    {
+        EXPECT_EQ(ModbusRequest::RoleFor(function), ZuCommon::Role::VIEWER) << unsigned{function};
+    }
+    for (uint8 const function : Bytes{5, 6, 15, 16, 22, 23, 0, 7, 8, 20, 21, 24, 100})
+    {
+        EXPECT_EQ(ModbusRequest::RoleFor(function), ZuCommon::Role::OPERATOR) << unsigned{function};
+    }
 }
 
 TEST_F(ModbusRequestTest, WritesAsManyRegistersAsARequestHolds)
@@ -181,6 +286,9 @@ TEST_F(ModbusRequestTest, PassesOnThatAnOperationStillRuns)
     EXPECT_EQ(Answer({6, 0, 0, 0, 1}), (Bytes{0x86, 6}));
     EXPECT_EQ(Answer({16, 0, 0, 0, 1, 2, 0, 1}), (Bytes{0x90, 6}));
     EXPECT_EQ(Answer({23, 0, 0, 0, 1, 0, 0, 0, 1, 2, 0, 1}), (Bytes{0x97, 6}));
+    EXPECT_EQ(Answer({5, 0, 1, 0xFF, 0}), (Bytes{0x85, 6}));
+    EXPECT_EQ(Answer({15, 0, 0, 0, 2, 1, 2}), (Bytes{0x8F, 6}));
+    EXPECT_EQ(Answer({22, 0, 0, 0, 0, 0, 1}), (Bytes{0x96, 6}));
 }
 
 TEST_F(ModbusRequestTest, StartsAgainAtTheFirstObjectWhenTheOneAskedForIsNotThere)

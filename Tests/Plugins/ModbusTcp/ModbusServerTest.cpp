@@ -78,6 +78,21 @@ public:
     {
         return ModbusException::NONE;
     }
+
+    ModbusException MaskWrite(uint16, uint16, uint16) override
+    {
+        return ModbusException::NONE;
+    }
+
+    uint16 ReadCoils() override
+    {
+        return 0;
+    }
+
+    ModbusException WriteCoils(uint16) override
+    {
+        return ModbusException::NONE;
+    }
 };
 
 /// The server as the service makes it.
