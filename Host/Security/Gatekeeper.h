@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Host/Http/IGatekeeper.h"
-#include "Host/Security/RefusalNotes.h"
+#include "Host/Security/RefusalGatherer.h"
 #include "Host/Security/RouteTable.h"
 
 #include <atomic>
@@ -60,7 +60,7 @@ private:
     void NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status);
 
     std::vector<ICallerSource*> const sources;
-    RefusalNotes notes;
+    RefusalGatherer notes;
     MethodFinder const findMethods;
     Zu::Signal<> endedSignal;
     std::atomic<bool> isBeyondLoopback = true; // publishes nothing else

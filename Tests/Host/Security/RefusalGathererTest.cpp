@@ -1,4 +1,4 @@
-#include "Host/Security/RefusalNotes.h"
+#include "Host/Security/RefusalGatherer.h"
 
 #include "Support/RecordingTrail.h"
 
@@ -12,7 +12,7 @@ namespace ZuHost
 namespace
 {
 
-class RefusalNotesTest : public testing::Test
+class RefusalGathererTest : public testing::Test
 {
 protected:
     void Refuse(std::string const& from, unsigned times = 1)
@@ -25,50 +25,50 @@ protected:
 
     uint64 nowUsec = 1;
     ZuTest::RecordingTrail trail;
-    std::optional<RefusalNotes> notes{std::in_place, trail, [this] { return nowUsec; }};
+    std::optional<RefusalGatherer> notes{std::in_place, trail, [this] { return nowUsec; }};
 };
 
 } // namespace
 
-TEST_F(RefusalNotesTest, NotesTheFirstOfABurstAndTheNumberOfTheOthers)
+TEST_F(RefusalGathererTest, NotesTheFirstOfABurstAndTheNumberOfTheOthers)
 {
     Refuse("a", 4);
     Refuse("b");
     EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | a | GET / |  |  | 401", " | b | GET / |  |  | 401"}));
 
     trail.Clear();
-    nowUsec += RefusalNotes::PERIOD_USEC;
+    nowUsec += RefusalGatherer::PERIOD_USEC;
     Refuse("b");
     EXPECT_EQ(trail.Lines(),
-              (std::vector<std::string>{" | a | 3 more requests |  |  | refused", " | b | GET / |  |  | 401"}));
+              (std::vector<std::string>{" | a | 3 more refusals |  |  | refused", " | b | GET / |  |  | 401"}));
 
     trail.Clear();
     Refuse("a");
     EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | a | GET / |  |  | 401"})) << "a burst of its own";
 }
 
-TEST_F(RefusalNotesTest, NotesTheNumbersAtItsEnd)
+TEST_F(RefusalGathererTest, NotesTheNumbersAtItsEnd)
 {
     Refuse("a", 3);
     trail.Clear();
 
     notes.reset();
 
-    EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | a | 2 more requests |  |  | refused"}));
+    EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | a | 2 more refusals |  |  | refused"}));
 }
 
-TEST_F(RefusalNotesTest, GathersTheSourcesThatItCannotRemember)
+TEST_F(RefusalGathererTest, GathersTheSourcesThatItCannotRemember)
 {
-    for (std::size_t i = 0; i < RefusalNotes::MAX_BURSTS + 10; ++i)
+    for (std::size_t i = 0; i < RefusalGatherer::MAX_BURSTS + 10; ++i)
     {
         Refuse(std::to_string(i));
     }
-    EXPECT_EQ(trail.All().size(), RefusalNotes::MAX_BURSTS + 1) << "the first of the further ones too";
+    EXPECT_EQ(trail.All().size(), RefusalGatherer::MAX_BURSTS + 1) << "the first of the further ones too";
     trail.Clear();
 
     notes.reset();
 
-    EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | other sources | 9 more requests |  |  | refused"}));
+    EXPECT_EQ(trail.Lines(), (std::vector<std::string>{" | other sources | 9 more refusals |  |  | refused"}));
 }
 
 } // namespace ZuHost

@@ -1,4 +1,4 @@
-#include "Host/Security/RefusalNotes.h"
+#include "Host/Security/RefusalGatherer.h"
 
 #include "Host/Audit/ITrail.h"
 #include "ZuApi/Guard.h"
@@ -8,11 +8,11 @@
 namespace ZuHost
 {
 
-RefusalNotes::RefusalNotes(ITrail& usedTrail, Clock newClock) : trail(usedTrail), clock(std::move(newClock))
+RefusalGatherer::RefusalGatherer(ITrail& usedTrail, Clock newClock) : trail(usedTrail), clock(std::move(newClock))
 {
 }
 
-RefusalNotes::~RefusalNotes()
+RefusalGatherer::~RefusalGatherer()
 {
     ZU_GUARD_DESTRUCTOR([this] {
         Zu::MutexLock const guard(lock);
@@ -20,7 +20,7 @@ RefusalNotes::~RefusalNotes()
     });
 }
 
-void RefusalNotes::Note(TrailEntry entry)
+void RefusalGatherer::Note(TrailEntry entry)
 {
     uint64 const nowUsec = clock();
     Zu::MutexLock const guard(lock);
@@ -39,7 +39,7 @@ void RefusalNotes::Note(TrailEntry entry)
 }
 
 /// Notes and forgets the bursts that have begun at least `periodUsec` ago.
-void RefusalNotes::NoteEnded(uint64 nowUsec, uint64 periodUsec)
+void RefusalGatherer::NoteEnded(uint64 nowUsec, uint64 periodUsec)
 {
     std::erase_if(bursts, [&](auto const& one) ZU_REQUIRES(lock) {
         auto const& [source, burst] = one;
@@ -50,7 +50,7 @@ void RefusalNotes::NoteEnded(uint64 nowUsec, uint64 periodUsec)
         if (burst.count != 0)
         {
             trail.Note({source.second, source.first.empty() ? "other sources" : source.first,
-                        std::to_string(burst.count) + " more requests", "", "", "refused"});
+                        std::to_string(burst.count) + " more refusals", "", "", "refused"});
         }
         return true;
     });

@@ -14,11 +14,11 @@ namespace ZuHost
 class ITrail;
 struct TrailEntry;
 
-/// Notes refused requests in the trail. Of a burst of one caller from one address it notes the first refusal at once,
-/// and the number of the others, one entry a minute.
+/// Notes refusals in the trail, and bounds their number: of the refusals of one caller from one address it notes the
+/// first at once, and the number of the others, one entry a minute.
 ///
 /// All operations are thread-safe and do not block.
-class RefusalNotes final
+class RefusalGatherer final
 {
 public:
     static constexpr uint64 PERIOD_USEC = 60'000'000;
@@ -28,11 +28,11 @@ public:
     using Clock = std::function<uint64()>;
 
     /// The trail outlives this.
-    RefusalNotes(ITrail& usedTrail, Clock newClock);
-    ~RefusalNotes(); ///< notes the numbers of the present bursts
+    RefusalGatherer(ITrail& usedTrail, Clock newClock);
+    ~RefusalGatherer(); ///< notes the numbers of the present bursts
 
-    RefusalNotes(RefusalNotes const&) = delete;
-    RefusalNotes& operator=(RefusalNotes const&) = delete;
+    RefusalGatherer(RefusalGatherer const&) = delete;
+    RefusalGatherer& operator=(RefusalGatherer const&) = delete;
 
     void Note(TrailEntry entry);
 
