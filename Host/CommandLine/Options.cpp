@@ -16,72 +16,6 @@ namespace ZuHost
 namespace
 {
 
-enum OptionCode : int
-{
-    HTTP = 256, // above all characters: there are no short options
-    HTTPS,
-    CERTIFICATE,
-    KEY,
-    INSECURE,
-    KEEP_ALIVE,
-    OPERATION_LIMIT,
-    STOP_LIMIT,
-    TOKEN,
-    RESET_ADMINISTRATOR,
-    DATA,
-    JOB,
-    PLUGINS,
-    PLUGIN_KEYS,
-    CHECK_PLUGIN,
-    CHECK_TRAIL,
-    TRAIL_DAYS,
-    TRAIL_MIB,
-    ALLOW_CORE_DUMPS,
-    DEPLOYMENT,
-    REPLAY,
-    STILL,
-    RATE,
-    START,
-    ENABLE,
-    PARAM,
-    LOG,
-    HELP,
-    VERSION
-};
-
-constexpr std::array OPTION_TABLE{
-    option{"http", required_argument, nullptr, HTTP},
-    option{"https", required_argument, nullptr, HTTPS},
-    option{"certificate", required_argument, nullptr, CERTIFICATE},
-    option{"key", required_argument, nullptr, KEY},
-    option{"insecure", no_argument, nullptr, INSECURE},
-    option{"keep-alive", required_argument, nullptr, KEEP_ALIVE},
-    option{"operation-limit", required_argument, nullptr, OPERATION_LIMIT},
-    option{"stop-limit", required_argument, nullptr, STOP_LIMIT},
-    option{"token", required_argument, nullptr, TOKEN},
-    option{"reset-administrator", no_argument, nullptr, RESET_ADMINISTRATOR},
-    option{"data", required_argument, nullptr, DATA},
-    option{"job", required_argument, nullptr, JOB},
-    option{"plugins", required_argument, nullptr, PLUGINS},
-    option{"plugin-keys", required_argument, nullptr, PLUGIN_KEYS},
-    option{"check-plugin", required_argument, nullptr, CHECK_PLUGIN},
-    option{"check-trail", required_argument, nullptr, CHECK_TRAIL},
-    option{"trail-days", required_argument, nullptr, TRAIL_DAYS},
-    option{"trail-mib", required_argument, nullptr, TRAIL_MIB},
-    option{"allow-core-dumps", no_argument, nullptr, ALLOW_CORE_DUMPS},
-    option{"deployment", required_argument, nullptr, DEPLOYMENT},
-    option{"replay", required_argument, nullptr, REPLAY},
-    option{"still", no_argument, nullptr, STILL},
-    option{"rate", required_argument, nullptr, RATE},
-    option{"start", no_argument, nullptr, START},
-    option{"enable", required_argument, nullptr, ENABLE},
-    option{"param", required_argument, nullptr, PARAM},
-    option{"log", required_argument, nullptr, LOG},
-    option{"help", no_argument, nullptr, HELP},
-    option{"version", no_argument, nullptr, VERSION},
-    option{nullptr, 0, nullptr, 0},
-};
-
 constexpr std::array DEPLOYMENT_NAMES{
     std::pair<std::string_view, Deployment>{"physical-sensor", Deployment::PHYSICAL_SENSOR},
     std::pair<std::string_view, Deployment>{"virtual-sensor", Deployment::VIRTUAL_SENSOR},
@@ -205,100 +139,121 @@ std::string ParseNotEmpty(char const* optionName, std::string const& text)
     return text;
 }
 
-void Apply(int code, std::string const& text, Options& options)
+using OptionName = char const*;
+using OptionText = std::string const&;
+
+/// An option of the command line.
+struct OptionForm
 {
-    switch (code)
+    OptionName name;
+    int argument; ///< as in `option::has_arg`
+    /// Takes the option over; `text` is empty for an option without a value. Throws `Zu::Status::BAD_ARGUMENT`.
+    void (*apply)(OptionName name, OptionText text, Options& options);
+};
+
+constexpr std::array OPTION_FORMS{
+    OptionForm{"http", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   ParseEndpoint(name, text, options.httpAddress, options.httpPort);
+               }},
+    OptionForm{"https", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   ParseEndpoint(name, text, options.httpsAddress, options.httpsPort);
+               }},
+    OptionForm{"certificate", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.certificateFile = ParseNotEmpty(name, text);
+               }},
+    OptionForm{"key", required_argument,
+               [](OptionName name, OptionText text, Options& options) { options.keyFile = ParseNotEmpty(name, text); }},
+    OptionForm{"insecure", no_argument, [](OptionName, OptionText, Options& options) { options.isInsecure = true; }},
+    OptionForm{"keep-alive", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.keepAliveSeconds = ParseSeconds(name, text, Options::MAX_KEEP_ALIVE_SECONDS);
+               }},
+    OptionForm{"operation-limit", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.operationLimitSeconds = ParseSeconds(name, text, Options::MAX_OPERATION_LIMIT_SECONDS);
+               }},
+    OptionForm{"stop-limit", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.stopLimitSeconds = ParseSeconds(name, text, Options::MAX_STOP_LIMIT_SECONDS);
+               }},
+    OptionForm{
+        "token", required_argument,
+        [](OptionName name, OptionText text, Options& options) { options.tokenFile = ParseNotEmpty(name, text); }},
+    OptionForm{"reset-administrator", no_argument,
+               [](OptionName, OptionText, Options& options) { options.resetsAdministrator = true; }},
+    OptionForm{
+        "data", required_argument,
+        [](OptionName name, OptionText text, Options& options) { options.dataFolder = ParseNotEmpty(name, text); }},
+    OptionForm{"job", required_argument,
+               [](OptionName, OptionText text, Options& options) { options.jobName = ParseJobName(text); }},
+    OptionForm{"plugins", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.pluginFolders.emplace_back(ParseNotEmpty(name, text));
+               }},
+    OptionForm{
+        "plugin-keys", required_argument,
+        [](OptionName name, OptionText text, Options& options) { options.pluginKeys = ParseNotEmpty(name, text); }},
+    OptionForm{"check-plugin", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.request = Options::Request::CHECK_PLUGIN;
+                   options.checkedPlugin = ParseNotEmpty(name, text);
+               }},
+    OptionForm{"check-trail", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.request = Options::Request::CHECK_TRAIL;
+                   options.checkedTrail = ParseNotEmpty(name, text);
+               }},
+    OptionForm{"trail-days", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.trailDays = ParseNumber(name, "days", text, Options::MAX_TRAIL_DAYS);
+               }},
+    OptionForm{"trail-mib", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.trailMib = ParseNumber(name, "MiB", text, Options::MAX_TRAIL_MIB);
+               }},
+    OptionForm{"allow-core-dumps", no_argument,
+               [](OptionName, OptionText, Options& options) { options.allowsCoreDumps = true; }},
+    OptionForm{"deployment", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.deployment = ParseName(name, text, DEPLOYMENT_NAMES);
+               }},
+    OptionForm{
+        "replay", required_argument,
+        [](OptionName name, OptionText text, Options& options) { options.replayFile = ParseNotEmpty(name, text); }},
+    OptionForm{"still", no_argument, [](OptionName, OptionText, Options& options) { options.partStandsStill = true; }},
+    OptionForm{"rate", required_argument,
+               [](OptionName, OptionText text, Options& options) { options.rateHz = ParseRate(text); }},
+    OptionForm{"start", no_argument, [](OptionName, OptionText, Options& options) { options.start = true; }},
+    OptionForm{"enable", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.enabledTypes.push_back(ParseNotEmpty(name, text));
+               }},
+    OptionForm{"param", required_argument,
+               [](OptionName, OptionText text, Options& options) { options.settings.push_back(ParseSetting(text)); }},
+    OptionForm{"log", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.logLevel = ParseName(name, text, LOG_LEVEL_NAMES);
+               }},
+    OptionForm{"help", no_argument,
+               [](OptionName, OptionText, Options& options) { options.request = Options::Request::SHOW_HELP; }},
+    OptionForm{"version", no_argument,
+               [](OptionName, OptionText, Options& options) { options.request = Options::Request::SHOW_VERSION; }},
+};
+
+constexpr int FIRST_CODE = 256; // above all characters: there are no short options
+
+/// The forms as getopt needs them. The code of an option is its place among the forms.
+std::array<option, OPTION_FORMS.size() + 1> MakeOptionTable()
+{
+    std::array<option, OPTION_FORMS.size() + 1> table{}; // the last one ends the table
+    for (std::size_t i = 0; i < OPTION_FORMS.size(); ++i)
     {
-    case HTTP:
-        ParseEndpoint("http", text, options.httpAddress, options.httpPort);
-        break;
-    case HTTPS:
-        ParseEndpoint("https", text, options.httpsAddress, options.httpsPort);
-        break;
-    case CERTIFICATE:
-        options.certificateFile = ParseNotEmpty("certificate", text);
-        break;
-    case KEY:
-        options.keyFile = ParseNotEmpty("key", text);
-        break;
-    case INSECURE:
-        options.isInsecure = true;
-        break;
-    case TOKEN:
-        options.tokenFile = ParseNotEmpty("token", text);
-        break;
-    case RESET_ADMINISTRATOR:
-        options.resetsAdministrator = true;
-        break;
-    case DATA:
-        options.dataFolder = ParseNotEmpty("data", text);
-        break;
-    case JOB:
-        options.jobName = ParseJobName(text);
-        break;
-    case PLUGINS:
-        options.pluginFolders.emplace_back(ParseNotEmpty("plugins", text));
-        break;
-    case PLUGIN_KEYS:
-        options.pluginKeys = ParseNotEmpty("plugin-keys", text);
-        break;
-    case CHECK_PLUGIN:
-        options.request = Options::Request::CHECK_PLUGIN;
-        options.checkedPlugin = ParseNotEmpty("check-plugin", text);
-        break;
-    case CHECK_TRAIL:
-        options.request = Options::Request::CHECK_TRAIL;
-        options.checkedTrail = ParseNotEmpty("check-trail", text);
-        break;
-    case TRAIL_DAYS:
-        options.trailDays = ParseNumber("trail-days", "days", text, Options::MAX_TRAIL_DAYS);
-        break;
-    case TRAIL_MIB:
-        options.trailMib = ParseNumber("trail-mib", "MiB", text, Options::MAX_TRAIL_MIB);
-        break;
-    case ALLOW_CORE_DUMPS:
-        options.allowsCoreDumps = true;
-        break;
-    case DEPLOYMENT:
-        options.deployment = ParseName("deployment", text, DEPLOYMENT_NAMES);
-        break;
-    case REPLAY:
-        options.replayFile = ParseNotEmpty("replay", text);
-        break;
-    case STILL:
-        options.partStandsStill = true;
-        break;
-    case KEEP_ALIVE:
-        options.keepAliveSeconds = ParseSeconds("keep-alive", text, Options::MAX_KEEP_ALIVE_SECONDS);
-        break;
-    case OPERATION_LIMIT:
-        options.operationLimitSeconds = ParseSeconds("operation-limit", text, Options::MAX_OPERATION_LIMIT_SECONDS);
-        break;
-    case STOP_LIMIT:
-        options.stopLimitSeconds = ParseSeconds("stop-limit", text, Options::MAX_STOP_LIMIT_SECONDS);
-        break;
-    case RATE:
-        options.rateHz = ParseRate(text);
-        break;
-    case START:
-        options.start = true;
-        break;
-    case ENABLE:
-        options.enabledTypes.push_back(ParseNotEmpty("enable", text));
-        break;
-    case PARAM:
-        options.settings.push_back(ParseSetting(text));
-        break;
-    case LOG:
-        options.logLevel = ParseName("log", text, LOG_LEVEL_NAMES);
-        break;
-    case HELP:
-        options.request = Options::Request::SHOW_HELP;
-        break;
-    default:
-        options.request = Options::Request::SHOW_VERSION;
-        break;
+        table[i] = {OPTION_FORMS[i].name, OPTION_FORMS[i].argument, nullptr, FIRST_CODE + static_cast<int>(i)};
     }
+    return table;
 }
 
 /// Whether the option shows a text; the rest of the command line is then ignored.
@@ -336,6 +291,7 @@ Options ParseOptions(std::vector<std::string> const& words)
     arguments.push_back(nullptr);
     int const count = static_cast<int>(copies.size());
 
+    auto const table = MakeOptionTable();
     Options options;
     options.words = words;
     optind = 0; // 0, not 1: resets the parser after an earlier command line
@@ -343,7 +299,7 @@ Options ParseOptions(std::vector<std::string> const& words)
     {
         int const current = std::max(optind, 1);
         // "+": do not reorder, so that `current` is the word at fault. ":": we write the error texts.
-        int const code = getopt_long(count, arguments.data(), "+:", OPTION_TABLE.data(), nullptr);
+        int const code = getopt_long(count, arguments.data(), "+:", table.data(), nullptr);
         if (code == -1)
         {
             break;
@@ -358,7 +314,8 @@ Options ParseOptions(std::vector<std::string> const& words)
             ZU_THROW(Zu::Status::BAD_ARGUMENT, "option '%s' is not known or takes no value",
                      words[static_cast<std::size_t>(current)].c_str());
         }
-        Apply(code, optarg == nullptr ? "" : optarg, options);
+        OptionForm const& form = OPTION_FORMS.at(static_cast<std::size_t>(code - FIRST_CODE));
+        form.apply(form.name, optarg == nullptr ? "" : optarg, options);
     }
     if (!IsToShow(options.request) && optind < count)
     {
