@@ -32,6 +32,12 @@ namespace
 {
 
 constexpr char const* HAL = "application/hal+json";
+
+// Changes as the trail names them.
+constexpr char const* ADD = "add user";
+constexpr char const* CHANGE = "change user";
+constexpr char const* REMOVE = "remove user";
+
 constexpr uint64 USEC_PER_SECOND = 1'000'000;
 Answer const NO_CONTENT{HttpStatus::NO_CONTENT, "", "", {}};
 
@@ -135,17 +141,6 @@ User FindUser(Accounts const& accounts, Caller const& caller, UserName const& na
     ZU_THROW(Zu::Status::NOT_FOUND, "There is no user '%s'.", name.Text().c_str());
 }
 
-/// The refusal of a change that was made for another state of the user; nothing if the change may be made.
-std::optional<Answer> RefusalOfStale(Request const& request, User const& user)
-{
-    if (request.ifMatch.empty() || ZuRest::EntityTag::IsNamed(request.ifMatch, ZuRest::EntityTag::Of(TextOf(user))))
-    {
-        return std::nullopt;
-    }
-    return ZuRest::Problem{HttpStatus::PRECONDITION_FAILED, "The user at " + request.path + " has changed.", 0, {}}
-        .ToAnswer();
-}
-
 ZuCommon::Role RoleIn(std::string const& name)
 {
     auto const role = ZuCommon::RoleOfName(name);
@@ -155,6 +150,65 @@ ZuCommon::Role RoleIn(std::string const& name)
                  "The member 'role' of the body is viewer, operator, engineer or administrator.");
     }
     return *role;
+}
+
+/// Runs the first steps of a change, which come before the entry that `Accounts` makes. A refusal gets an entry here.
+template <typename Steps>
+auto Checked(Accounts& accounts, Request const& request, char const* what, std::string const& name, Steps const& steps)
+{
+    try
+    {
+        return steps();
+    }
+    catch (...)
+    {
+        accounts.NoteRefusal(CallerOf(request), what, name, Zu::CaughtReason());
+        throw;
+    }
+}
+
+/// The refusal of a change that was made for another state of the user; nothing if the change may be made.
+std::optional<Answer> RefusalOfStale(Accounts& accounts, Request const& request, User const& user, char const* what)
+{
+    if (request.ifMatch.empty() || ZuRest::EntityTag::IsNamed(request.ifMatch, ZuRest::EntityTag::Of(TextOf(user))))
+    {
+        return std::nullopt;
+    }
+    std::string const reason = "The user at " + request.path + " has changed.";
+    accounts.NoteRefusal(CallerOf(request), what, user.name.Text(), reason);
+    return ZuRest::Problem{HttpStatus::PRECONDITION_FAILED, reason, 0, {}}.ToAnswer();
+}
+
+struct NewUser
+{
+    UserName name;
+    ZuCommon::Role role;
+    std::string password;
+};
+
+NewUser NewUserIn(std::string const& text)
+{
+    BodyMembers body(text);
+    UserName const name(body.Text("name"));
+    ZuCommon::Role const role = RoleIn(body.Text("role"));
+    std::string const password = body.Text("password");
+    body.CheckAllKnown();
+    return {name, role, password};
+}
+
+Accounts::Change ChangeIn(std::string const& text)
+{
+    BodyMembers body(text);
+    Accounts::Change change;
+    if (auto const role = body.OptionalText("role"); role.has_value())
+    {
+        change.role = RoleIn(*role);
+    }
+    change.isEnabled = body.OptionalFlag("enabled");
+    change.password = body.OptionalText("password");
+    change.oldPassword = body.OptionalText("oldPassword").value_or("");
+    body.CheckAllKnown();
+    return change;
 }
 
 /// The value of Set-Cookie. The attributes are those that the prefix of the name asks for.
@@ -310,13 +364,9 @@ Answer AccountResources::ListUsers(Request const& request) const
 
 Answer AccountResources::AddUser(Request const& request)
 {
-    BodyMembers body(request.body);
-    UserName const name(body.Text("name"));
-    ZuCommon::Role const role = RoleIn(body.Text("role"));
-    std::string const password = body.Text("password");
-    body.CheckAllKnown();
-    accounts.AddUser(CallerOf(request), name, role, password);
-    return {HttpStatus::CREATED, "", "", {{"Location", ZuRest::Path::Format("/users/:name", {name.Text()})}}};
+    NewUser const user = Checked(accounts, request, ADD, "", [&] { return NewUserIn(request.body); });
+    accounts.AddUser(CallerOf(request), user.name, user.role, user.password);
+    return {HttpStatus::CREATED, "", "", {{"Location", ZuRest::Path::Format("/users/:name", {user.name.Text()})}}};
 }
 
 Answer AccountResources::ShowUser(Request const& request, Info const& info) const
@@ -326,18 +376,11 @@ Answer AccountResources::ShowUser(Request const& request, Info const& info) cons
 
 Answer AccountResources::ChangeUser(Request const& request, Info const& info)
 {
-    User const user = FindUser(accounts, CallerOf(request), UserName(KeyOf(info, "name")));
-    BodyMembers body(request.body);
-    Accounts::Change change;
-    if (auto const role = body.OptionalText("role"); role.has_value())
-    {
-        change.role = RoleIn(*role);
-    }
-    change.isEnabled = body.OptionalFlag("enabled");
-    change.password = body.OptionalText("password");
-    change.oldPassword = body.OptionalText("oldPassword").value_or("");
-    body.CheckAllKnown();
-    if (std::optional<Answer> refusal = RefusalOfStale(request, user); refusal.has_value())
+    std::string const& key = KeyOf(info, "name");
+    User const user =
+        Checked(accounts, request, CHANGE, key, [&] { return FindUser(accounts, CallerOf(request), UserName(key)); });
+    Accounts::Change const change = Checked(accounts, request, CHANGE, key, [&] { return ChangeIn(request.body); });
+    if (std::optional<Answer> refusal = RefusalOfStale(accounts, request, user, CHANGE); refusal.has_value())
     {
         return std::move(*refusal);
     }
@@ -347,8 +390,10 @@ Answer AccountResources::ChangeUser(Request const& request, Info const& info)
 
 Answer AccountResources::RemoveUser(Request const& request, Info const& info)
 {
-    User const user = FindUser(accounts, CallerOf(request), UserName(KeyOf(info, "name")));
-    if (std::optional<Answer> refusal = RefusalOfStale(request, user); refusal.has_value())
+    std::string const& key = KeyOf(info, "name");
+    User const user =
+        Checked(accounts, request, REMOVE, key, [&] { return FindUser(accounts, CallerOf(request), UserName(key)); });
+    if (std::optional<Answer> refusal = RefusalOfStale(accounts, request, user, REMOVE); refusal.has_value())
     {
         return std::move(*refusal);
     }
@@ -363,7 +408,9 @@ Answer AccountResources::SetUp(Request const& request)
     std::string const name = body.Text("name");
     std::string const password = body.Text("password");
     body.CheckAllKnown();
-    Accounts::Verdict const verdict = accounts.SetUp(CallerOf(request), code, name, password);
+    Accounts::Verdict const verdict = Checked(accounts, request, "first administrator", "", [&] {
+        return accounts.SetUp(CallerOf(request), code, name, password); // its exceptions are not noted
+    });
     if (!verdict.isRight)
     {
         return RefusalOf(verdict, HttpStatus::FORBIDDEN, "The code is wrong.");

@@ -261,6 +261,13 @@ Accounts::Verdict Accounts::SetUp(Caller const& caller, std::string const& code,
     return {true, 0};
 }
 
+void Accounts::NoteRefusal(Caller const& caller, char const* what, std::string const& name, std::string const& reason)
+{
+    std::string const after =
+        name.empty() ? "" : Json{{"name", name}}.dump(-1, ' ', false, Json::error_handler_t::replace);
+    Note(caller, what, "refused: " + reason, "", after);
+}
+
 /// `key` names the user in the brake, also if there is no such user.
 Accounts::Verdict Accounts::CheckPassword(Caller const& caller, std::optional<User> const& user, std::string const& key,
                                           std::string const& password)

@@ -103,6 +103,10 @@ public:
     Verdict SetUp(ZuRest::Caller const& caller, std::string const& code, std::string const& name,
                   std::string const& password);
 
+    /// Notes a change that was refused before it has reached this object. `name` is the user's, or empty.
+    void NoteRefusal(ZuRest::Caller const& caller, char const* what, std::string const& name,
+                     std::string const& reason);
+
 private:
     Verdict CheckPassword(ZuRest::Caller const& caller, std::optional<User> const& user, std::string const& key,
                           std::string const& password);

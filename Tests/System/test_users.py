@@ -224,6 +224,26 @@ class Users(unittest.TestCase):
         for secret in (PASSWORD, OTHER, anna.token):
             self.assertNotIn(secret, text)
 
+    def test_refused_changes_of_users_and_tokens_are_in_the_trail(self):
+        host = self.start()
+        add_user(self.client(host), "anna")
+        anna = self.log_in(host, "anna")
+        statuses = [anna.send("POST", "/users", {"name": "bert"}).status, add_user(anna, " ").status, add_user(anna, "bert", "king").status,
+                    anna.send("PATCH", "/users/anna", {"roll": "viewer"}).status,
+                    anna.rest.send("DELETE", "/users/anna", Cookie=anna.cookie, X_CSRF_Token=anna.token, If_Match='"old"').status,
+                    anna.send("POST", "/tokens", {"name": "line", "role": "king"}).status,
+                    anna.send("POST", "/tokens", {"role": "viewer", "secret": PASSWORD}).status]
+        self.assertEqual(statuses, [422, 422, 422, 422, 412, 422, 422])
+
+        def entries():
+            found = anna.send("GET", "/audit?limit=1000").json["entries"]
+            return [entry for entry in found if entry["who"] == "user anna" and entry["what"] != "login"]
+
+        wait_until(lambda: sum(entry["count"] for entry in entries()) == len(statuses), f"all entries in {entries()}")
+        self.assertEqual([entry["what"] for entry in entries()],
+                         ["add user"] * 3 + ["change user", "remove user"] + ["POST /tokens"] * 2)
+        self.assertNotIn(PASSWORD, str(entries()))
+
     def test_guessers_have_to_wait_and_the_others_do_not(self):
         host = self.start()
         add_user(self.client(host), "anna")

@@ -267,6 +267,31 @@ TEST_F(AccountResourcesTest, ChangeAUserOnlyInTheStateThatTheClientKnows)
     ExpectProblem(Send(administrator, "DELETE", "/users/bert"), 404, "There is no user 'bert'.");
 }
 
+TEST_F(AccountResourcesTest, NoteChangesThatAreRefusedBeforeTheyAreTried)
+{
+    Add("anna", Role::ADMINISTRATOR);
+    trail.Clear();
+    Send(administrator, "POST", "/users", {{"name", "bert"}});
+    Send(administrator, "POST", "/users", {{"name", " "}, {"role", "viewer"}, {"password", PASSWORD}});
+    Send(administrator, "PATCH", "/users/anna", {{"role", "king"}, {"password", PASSWORD}});
+    Send(administrator, "PATCH", "/users/anna", {{"enabled", false}}, "\"old\"");
+    Send(administrator, "DELETE", "/users/anna", nullptr, "\"old\"");
+    Send(administrator, "DELETE", "/users/carla");
+    Send(administrator, "POST", "/setup", {{"code", "x"}, {"name", "anna"}, {"password", PASSWORD}});
+
+    std::vector<std::string> changes;
+    for (ZuHost::TrailEntry const& entry : trail.All())
+    {
+        EXPECT_TRUE(entry.result.starts_with("refused: ")) << entry.result;
+        EXPECT_EQ(ZuTest::RecordingTrail::LineOf(entry).find(PASSWORD), std::string::npos);
+        changes.push_back(entry.what + " " + entry.after);
+    }
+    EXPECT_EQ(changes, (std::vector<std::string>{"add user ", "add user ", R"(change user {"name":"anna"})",
+                                                 R"(change user {"name":"anna"})", R"(remove user {"name":"anna"})",
+                                                 R"(remove user {"name":"carla"})", "first administrator "}));
+    EXPECT_EQ(trail.All()[3].result, "refused: The user at /users/anna has changed.");
+}
+
 TEST_F(AccountResourcesTest, AnswerThatADocumentHasNotChanged)
 {
     Add("anna", Role::ADMINISTRATOR);
