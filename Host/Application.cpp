@@ -14,6 +14,7 @@
 #include "ZuRest/EventType.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/Path.h"
+#include "wApi/wTime.h"
 
 #include <algorithm>
 #include <exception>
@@ -41,6 +42,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
                          LogScope const& log, AuditTrail& usedTrail)
     : options(newOptions),
       trail(usedTrail),
+      refusals(usedTrail, &wTime_NowUsec),
       startRetry(problems, ServicesToRetry()),
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
       sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
@@ -206,12 +208,13 @@ std::vector<Application::Listener> Application::Start()
     return listeners;
 }
 
-void Application::ReadCertificateAgain()
+void Application::ReadCertificatesAgain()
 {
     if (certificateWatch.has_value())
     {
         certificateWatch->ReadAgain();
     }
+    sensorModule.Module().ReadFilesAgain();
 }
 
 /// Offers a one-time code if nobody could use a service that other machines reach, or if it was asked for.
@@ -273,7 +276,7 @@ void Application::RaiseComplaint(std::string const& sentence)
     problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, PROBLEM_SOURCE, "%1$s", sentence.c_str());
 }
 
-/// Lets the trail know of each change over REST and of each command of a PLC.
+/// Lets the trail know of each change over REST, and of each command and each refusal of a PLC.
 void Application::NoteChanges()
 {
     auto const note = [this](std::optional<TrailEntry> entry) {
@@ -286,6 +289,8 @@ void Application::NoteChanges()
         [note](auto const& change) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfChange(change)); }); });
     operationNotes = sensorModule.Module().SubscribeToOperations(
         [note](auto const& end) { ZU_GUARD_BOUNDARY([&] { note(TrailNotes::OfOperation(end)); }); });
+    refusalNotes = sensorModule.Module().SubscribeToRefusals(
+        [this](auto const& refusal) { ZU_GUARD_BOUNDARY([&] { refusals.Note(TrailNotes::OfRefusal(refusal)); }); });
     auditResource.emplace(sensorModule.Router(), trail);
 }
 

@@ -16,6 +16,7 @@
 #include "Host/Retry/StartRetry.h"
 #include "Host/Security/Gatekeeper.h"
 #include "Host/Security/LoginService.h"
+#include "Host/Security/RefusalGatherer.h"
 #include "Host/Security/RoutesResource.h"
 #include "Host/Security/SecurityStore.h"
 #include "Host/Security/TokenFile.h"
@@ -84,8 +85,9 @@ public:
     /// As `TokenFile::Set`.
     void SetToken(std::string const& token);
 
-    /// As `CertificateWatch::ReadAgain`; nothing without HTTPS.
-    void ReadCertificateAgain();
+    /// Reads the certificates of HTTPS and of the services for PLCs again. Blocks until that is done. A bad file leaves
+    /// the old certificate in force, and is told in the log; that of a service is a problem, too.
+    void ReadCertificatesAgain();
 
     ZuControl::IControlManager& Controls();
 
@@ -106,6 +108,7 @@ private:
     Options const options;
     AuditTrail& trail;
     std::optional<TrailNotes::Run> run; // before all others: notes a failed stop after their end
+    RefusalGatherer refusals;           // of the services for PLCs
     bool isStopped = false;
     std::vector<std::string> heldBack; // services of the job that `Start` enables, after `Configure`
 
@@ -118,6 +121,7 @@ private:
     ZuPlugin::PluginManager pluginManager;
     SensorModule sensorModule;
     Zu::Subscription operationNotes;
+    Zu::Subscription refusalNotes;
     std::optional<AuditResource> auditResource;
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;

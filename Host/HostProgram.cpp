@@ -121,13 +121,13 @@ void ReadFilesAgain(Options const& options, Application& application)
 {
     if (options.tokenFile.empty() && options.httpsAddress.empty())
     {
-        ZU_LOG_INFO("The hang-up signal has no effect: there is no token file and no certificate");
+        ZU_LOG_INFO("The hang-up signal concerns the services for PLCs alone: there is no token file and no HTTPS");
     }
     if (!options.tokenFile.empty())
     {
         ReadTokenAgain(options, application);
     }
-    application.ReadCertificateAgain();
+    application.ReadCertificatesAgain();
 }
 
 TrailLimits LimitsOf(Options const& options)

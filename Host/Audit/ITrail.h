@@ -8,8 +8,10 @@ namespace ZuHost
 /// One entry of the trail: what was done, by whom, from where, and with what result. All texts are UTF-8.
 struct TrailEntry
 {
-    std::string who;    ///< as `ZuRest::Caller::name`; a protocol ("ModbusTcp"); "host" for the host itself
-    std::string from;   ///< protocol and address: "https 192.0.2.7", "ModbusTcp 192.0.2.9"; empty for the host itself
+    std::string who; ///< as `ZuRest::Caller::name`; a protocol ("ModbusTcp"); "host" for the host itself
+    /// Protocol and address: "https 192.0.2.7"; for a PLC with its role: "ModbusTcp 192.0.2.9 as operator". Empty for the
+    /// host itself.
+    std::string from;
     std::string what;   ///< "POST /jobs/a/commands/load", "login", "start", "certificate"
     std::string before; ///< parameters before, as JSON; empty if there are none
     std::string after;  ///< parameters after, or arguments, in the same form

@@ -72,6 +72,26 @@ void SetParameters(ZuRest::ResourceRequestProcessor::Change const& change, Trail
     entry.after = TrailText::Parameters(change.request.body);
 }
 
+std::string WhoOf(std::string const& typeName)
+{
+    return typeName.empty() ? "unknown protocol" : typeName;
+}
+
+/// "ModbusTcp 192.0.2.9 as operator"; empty for a protocol that does not tell its client.
+std::string FromOf(std::string const& typeName, ZuControl::CommandOrigin const& origin)
+{
+    if (origin.address.empty())
+    {
+        return {};
+    }
+    std::string from = WhoOf(typeName) + " " + origin.address;
+    if (origin.role != ZuCommon::Role::NONE)
+    {
+        from.append(" as ").append(ZuCommon::RoleName(origin.role));
+    }
+    return from;
+}
+
 /// "--param" keeps the name of a secret parameter and loses its value.
 std::string WithoutSecret(std::string const& word)
 {
@@ -107,7 +127,8 @@ std::optional<TrailEntry> OfOperation(ZuControl::ControlOperationEnd const& end)
         return std::nullopt;
     }
     TrailEntry entry;
-    entry.who = end.typeName.empty() ? "unknown protocol" : end.typeName;
+    entry.who = WhoOf(end.typeName);
+    entry.from = FromOf(end.typeName, end.origin);
     entry.what = end.name;
     if (!end.argument.empty())
     {
@@ -118,6 +139,12 @@ std::optional<TrailEntry> OfOperation(ZuControl::ControlOperationEnd const& end)
                                                      : "failed";
     entry.comesInBursts = true;
     return entry;
+}
+
+TrailEntry OfRefusal(ZuControl::ControlRefusal const& refusal)
+{
+    return {WhoOf(refusal.typeName),     FromOf(refusal.typeName, refusal.client), refusal.what, "", "",
+            "refused: " + refusal.reason};
 }
 
 TrailEntry OfStart(std::vector<std::string> const& words)

@@ -11,7 +11,8 @@
 namespace ZuControl
 {
 struct ControlOperationEnd;
-}
+struct ControlRefusal;
+} // namespace ZuControl
 
 /// Makes entries of the trail.
 namespace ZuHost::TrailNotes
@@ -23,6 +24,9 @@ std::optional<TrailEntry> OfChange(ZuRest::ResourceRequestProcessor::Change cons
 
 /// The end of a PLC's command; nothing for a trigger.
 std::optional<TrailEntry> OfOperation(ZuControl::ControlOperationEnd const& end);
+
+/// A client that a service for PLCs does not admit, or a request that the client's role does not allow.
+TrailEntry OfRefusal(ZuControl::ControlRefusal const& refusal);
 
 /// The start of the host with its command line.
 TrailEntry OfStart(std::vector<std::string> const& words);

@@ -238,6 +238,7 @@ void AsciiConversation::CheckRole(AsciiRequest::Verb verb)
     if (Client().role < AsciiRequest::RoleFor(verb))
     {
         Count(counters.deniedRequests);
+        TellDenied(std::string(AsciiRequest::NameOf(verb)));
         ZU_THROW(Zu::Status::NOT_OFFERED, "%s",
                  Client().role == ZuCommon::Role::NONE ? "This client has no role" : "This client may only read");
     }

@@ -103,6 +103,11 @@ AsciiRequest AsciiRequest::Parse(std::string_view line)
     return {form.verb, argument};
 }
 
+std::string_view AsciiRequest::NameOf(Verb verb)
+{
+    return std::ranges::find(FORMS, verb, &Form::verb)->word; // each verb has a form
+}
+
 ZuCommon::Role AsciiRequest::RoleFor(Verb verb)
 {
     switch (verb)

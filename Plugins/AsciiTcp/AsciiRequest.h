@@ -46,6 +46,9 @@ struct AsciiRequest
     /// The least role of a client that may send this request: VIEWER for reading, OPERATOR for all else.
     static ZuCommon::Role RoleFor(Verb verb);
 
+    /// The word that begins this request: "START".
+    static std::string_view NameOf(Verb verb);
+
     /// All requests with their arguments, in one line.
     static char const* Help();
 };

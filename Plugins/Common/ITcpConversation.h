@@ -4,6 +4,7 @@
 #include "wApi/wTypes.h"
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,6 +49,9 @@ public:
         return client;
     }
 
+    /// The connection sets the handler of the requests that the client's role does not allow.
+    void SetDenialHandler(std::function<void(std::string const& request)> newHandler);
+
     /// The place for the next bytes of the client. Empty: nothing is read until `Pending` has been sent or the service
     /// visits the conversation.
     virtual std::span<char> Room() = 0;
@@ -75,8 +79,13 @@ public:
     /// Whether the client has a reason to send nothing, such as a subscription. The idle timeout then does not apply.
     virtual bool MayBeSilent() const;
 
+protected:
+    /// Tells that the client's role does not allow a request, such as "function 6".
+    void TellDenied(std::string const& request) const;
+
 private:
     ClientInfo client;
+    std::function<void(std::string const&)> denialHandler;
 };
 
 } // namespace PluginCommon

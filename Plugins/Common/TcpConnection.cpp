@@ -77,6 +77,8 @@ void TcpConnection::Begin()
     }
     address = socket.remote_endpoint(error).address(); // unspecified after an error: the client has gone
     SetOptions();
+    conversation->SetDenialHandler(
+        [this](std::string const& request) { refusals.NoteRequest(conversation->Client(), request); });
     Identify();
     if (rules->Context() != nullptr)
     {
@@ -146,6 +148,7 @@ void TcpConnection::Judge(std::shared_ptr<AccessRules const> newRules)
     if (!isAdmitted || hasLostRole)
     {
         Count(counters.deniedClients);
+        refusals.Note(address, hasLostRole ? "it has no role any more" : "it may not connect any more");
         End(true);
     }
 }

@@ -44,7 +44,7 @@ public:
           listener(io, owner.service.displayName, [this](tcp::socket socket) { Welcome(std::move(socket)); }),
           sweep(io),
           rules(std::move(firstRules)),
-          refusals(owner.service.displayName),
+          refusals(owner.service.displayName, owner.service.refused),
           maxClients(settings.maxClients),
           idleTimeoutUsec(settings.idleTimeoutUsec),
           makeRoomAfterUsec(settings.makeRoomAfterUsec),
@@ -270,6 +270,16 @@ void TcpServer::Apply(TcpSettings const& wanted)
     }
     core->SetLimits(wanted);
     NoteApplied(wanted, *rules);
+}
+
+bool TcpServer::ReadCertificatesAgain()
+{
+    if (core == nullptr || applied.security == TcpSecurity::OFF)
+    {
+        return false;
+    }
+    Apply(TcpSettings(applied));
+    return true;
 }
 
 void TcpServer::Stop() noexcept

@@ -61,8 +61,8 @@ struct TcpSettings
 /// closes the new connection at once. A client that may not connect is closed at once, too. A client in its TLS handshake
 /// has a place as any other.
 ///
-/// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply` and
-/// `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
+/// Ownership: counters and callbacks outlive the server. Threads: one thread at a time calls `Start`, `Apply`,
+/// `ReadCertificatesAgain` and `Stop`; any thread may call the rest. Callbacks run on the I/O thread.
 class TcpServer final
 {
 public:
@@ -74,6 +74,9 @@ public:
         std::function<void(uint64 count)> clientsChanged; ///< called after each connect and disconnect
         /// A client that takes no pending bytes for this time is dropped. Zero: the idle timeout.
         std::chrono::microseconds writeTimeout{0};
+        /// Called for each client that is not admitted (`what` is "connection") and for each request that the client's
+        /// role does not allow. Must not block. May be empty.
+        std::function<void(ClientInfo const& client, std::string const& what, std::string const& reason)> refused{};
     };
 
     TcpServer(Service servedBy, TcpCounters& serverCounters);
@@ -100,6 +103,10 @@ public:
     /// the old address had to be given up for the new one and cannot be bound again, the text names both and the server
     /// has stopped. If the server does not run, only the lists of networks and roles are checked.
     void Apply(TcpSettings const& wanted);
+
+    /// Reads the certificates of the present settings again; the clients stay connected. Throws as `Apply`, with the old
+    /// certificates in force. Returns false if the server does not run or has no TLS.
+    bool ReadCertificatesAgain();
 
     /// The address with the actual port: "127.0.0.1:1502", "[::1]:1502". Empty if the server does not run.
     std::string Endpoint() const;

@@ -3,6 +3,9 @@
 #include "Plugins/Common/TcpConnection.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Logging.h"
+#include "ZuControl/Control/CommandOrigin.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/IControlScanResults.h"
 #include "wApi/wMutex.h"
 
@@ -18,6 +21,11 @@ using ZuControl::ProtocolStatus;
 
 namespace
 {
+
+ZuControl::CommandOrigin OriginOf(ClientInfo const* client)
+{
+    return client == nullptr ? ZuControl::CommandOrigin() : ZuControl::CommandOrigin{client->address, client->role};
+}
 
 template <typename Needed>
 Needed& Required(Needed* needed, char const* displayName, char const* name)
@@ -38,6 +46,19 @@ void ITcpConversation::SetClient(ClientInfo newClient)
     client = std::move(newClient);
 }
 
+void ITcpConversation::SetDenialHandler(std::function<void(std::string const& request)> newHandler)
+{
+    denialHandler = std::move(newHandler);
+}
+
+void ITcpConversation::TellDenied(std::string const& request) const
+{
+    if (denialHandler)
+    {
+        denialHandler(request);
+    }
+}
+
 void ITcpConversation::TakeData()
 {
 }
@@ -56,8 +77,10 @@ TcpServiceProtocol::TcpServiceProtocol(Identity const& newIdentity, ControlProto
               Required(environ.dataCache, newIdentity.displayName, "data cache"),
               Required(environ.problems, newIdentity.displayName, "problems manager")),
       problems(*environ.problems),
+      notices(environ.operations->Notices()), // the base class has checked the pointer
       restoreProblem(environ.problems),
-      exposureProblem(environ.problems)
+      exposureProblem(environ.problems),
+      certificateProblem(environ.problems)
 {
 }
 
@@ -73,18 +96,26 @@ void TcpServiceProtocol::InitService(Records const& records, ProtocolInitParams 
                            .threadName = std::string(identity.typeName) + ".Io",
                            .makeConversation = [this] { return MakeConversation(); },
                            .clientsChanged = [this](uint64 count) { OnClientsChanged(count); },
-                           .writeTimeout = identity.writeTimeout},
+                           .writeTimeout = identity.writeTimeout,
+                           .refused =
+                               [this](ClientInfo const& client, std::string const& what, std::string const& reason) {
+                                   notices.NotifyRefusal({identity.number, OriginOf(&client), what, reason});
+                               }},
         *counters);
     initParams.params = params;
     initParams.metricsData = metrics;
     Init(initParams);
-    Zu::MutexLock const guard(lifecycleLock);
-    KeepAccepted();
+    {
+        Zu::MutexLock const guard(lifecycleLock);
+        KeepAccepted();
+    }
+    replacedFiles = notices.SubscribeToReplacedFiles([this] { ReadCertificatesAgain(); });
 }
 
 void TcpServiceProtocol::EndService() noexcept
 {
     CloseResultHandlerGate();
+    replacedFiles.End();
     server->Stop();
     fetcher.Stop();
 }
@@ -249,6 +280,8 @@ void TcpServiceProtocol::RunCommand(Command const& command)
     {
         ZU_THROW(Zu::Status::NOT_OFFERED, "This client may run no commands");
     }
+    ZuControl::CommandOrigin const origin = OriginOf(client);
+    ZuControl::CommandOriginScope const scope(origin);
     try
     {
         ProcessReceivedCommonCommands(command);
@@ -286,6 +319,8 @@ void TcpServiceProtocol::KeepAccepted()
     accepted = std::make_unique<nlohmann::json>(Zu::Properties::JsonSerializer::Serialize(*params));
     restoreProblem.Begin();
     restoreProblem.End(); // no problem any more
+    certificateProblem.Begin();
+    certificateProblem.End();
 }
 
 void TcpServiceProtocol::RestoreAccepted(std::string const& refusal)
@@ -300,6 +335,29 @@ void TcpServiceProtocol::RestoreAccepted(std::string const& refusal)
         Report(std::string(DisplayName()) + " refused new parameters (" + refusal +
                ") and cannot go back to the earlier ones: " + Zu::CaughtReason());
     }
+}
+
+/// Reads the files of the running server again. A file that cannot be used is a problem until a good one is read.
+void TcpServiceProtocol::ReadCertificatesAgain()
+{
+    Zu::MutexLock const guard(lifecycleLock);
+    certificateProblem.Begin();
+    try
+    {
+        if (server->ReadCertificatesAgain())
+        {
+            ZU_LOG_INFO("%s has read its certificate again", DisplayName());
+        }
+    }
+    catch (...)
+    {
+        std::string const reason = Zu::CaughtReason();
+        ZU_LOG_ERROR("The certificate of %s stays as it was: %s", DisplayName(), reason.c_str());
+        certificateProblem.Register(problems.Add(ZuCommon::ProblemsManager::SEVERITY_ERROR, "ZuControl",
+                                                 "The certificate of %1$s stays as it was: %2$s", DisplayName(),
+                                                 reason.c_str()));
+    }
+    certificateProblem.End();
 }
 
 /// Replaces the problem of an earlier restoration.

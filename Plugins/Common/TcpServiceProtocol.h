@@ -6,6 +6,7 @@
 #include "Plugins/Common/TcpMetrics.h"
 #include "Plugins/Common/TcpParams.h"
 #include "Plugins/Common/TcpServer.h"
+#include "ZuApi/Signal.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/ControlProtocol/ProtocolBase.h"
 #include "wApi/wMutex.h"
@@ -16,6 +17,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+
+namespace ZuControl
+{
+class ServiceNotices;
+}
 
 namespace PluginCommon
 {
@@ -136,6 +142,7 @@ private:
     void KeepAccepted() ZU_REQUIRES(lifecycleLock);
     void RestoreAccepted(std::string const& refusal) ZU_REQUIRES(lifecycleLock);
     void Report(std::string const& problem);
+    void ReadCertificatesAgain();
     void ShowExposure() ZU_REQUIRES(lifecycleLock);
     void OnClientsChanged(uint64 count);
     void SetServing(bool newIsServing);
@@ -147,8 +154,10 @@ private:
     Identity const identity;
     StateFetcher fetcher;
     ZuCommon::ProblemsManager& problems;
+    ZuControl::ServiceNotices& notices;
     ZuCommon::ProblemsTracker restoreProblem;
     ZuCommon::ProblemsTracker exposureProblem;
+    ZuCommon::ProblemsTracker certificateProblem;
 
     // Lock order: this, then `fanOutLock`. Serialises starts, stops and parameter changes. It is held while the I/O
     // thread is joined, so the I/O thread never takes it.
@@ -163,6 +172,7 @@ private:
     bool isServing ZU_GUARDED_BY(fanOutLock) = false;                           // from start to stop
 
     std::unique_ptr<TcpServer> server; // made by `InitService`
+    Zu::Subscription replacedFiles;    // last: its handler uses the members above
 };
 
 } // namespace PluginCommon

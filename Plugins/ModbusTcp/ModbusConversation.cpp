@@ -5,6 +5,7 @@
 #include "wApi/wTime.h"
 
 #include <cstring>
+#include <string>
 
 namespace ModbusTcp
 {
@@ -146,6 +147,7 @@ std::size_t ModbusConversation::AnswerPdu(std::span<uint8 const> request, std::s
         return ModbusRequest::Answer(model, request, answer, refusal);
     }
     Count(counters.deniedRequests);
+    TellDenied("function " + std::to_string(request[0]));
     refusal = ModbusException::ILLEGAL_FUNCTION;
     return ModbusRequest::Refuse(request[0], answer, refusal);
 }

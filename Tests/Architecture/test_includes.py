@@ -26,6 +26,7 @@ OPEN_TO_ALL = {"ZuControl/Export.h"}
 # The interfaces and plain records through which a protocol and the configuration documents see the module. They include
 # nothing of the module's own classes.
 SEEN_FROM_BELOW = {
+    "ZuControl/Control/CommandOrigin.h",
     "ZuControl/Control/ControlInfo.h",
     "ZuControl/Control/ControlModuleEnviron.h",
     "ZuControl/Control/ControlProtocolOperations.h",
@@ -33,6 +34,7 @@ SEEN_FROM_BELOW = {
     "ZuControl/Control/IControlFactory.h",
     "ZuControl/Control/IControlInstance.h",
     "ZuControl/Control/IControlScanResults.h",
+    "ZuControl/Control/ServiceNotices.h",
     "ZuControl/Control/ZuEthernetProtocol.h",
 }
 

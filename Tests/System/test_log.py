@@ -145,7 +145,7 @@ class HangUp(unittest.TestCase):
     def test_without_a_token_file_the_host_goes_on(self):
         with Host() as host, RestClient(host.http_port) as rest:
             host.process.send_signal(signal.SIGHUP)
-            host.wait_for_log("The hang-up signal has no effect")
+            host.wait_for_log("The hang-up signal concerns the services for PLCs alone")
             self.assertEqual(rest.get("/health").status, 200)
 
 

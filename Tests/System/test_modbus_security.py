@@ -3,6 +3,7 @@
 import contextlib
 import re
 import shlex
+import signal
 import socket
 import ssl
 import subprocess
@@ -261,6 +262,52 @@ class Certificates(WithPlant):
                 with TlsModbusClient(host.modbus_port, self.plant, "viewer") as second:
                     self.assertNotEqual(serial(first), serial(second))
                     self.assertEqual(first.read(0, 1) + second.read(0, 1), [0, 0])
+
+    def test_the_signal_reads_the_certificates_again_and_drops_nobody(self):
+        def serial(client):
+            return client.socket.getpeercert()["serialNumber"]
+
+        def problems(rest):
+            return [one["text"] for one in rest.get("/problems").json["problems"] if "certificate" in one["text"]]
+
+        names = {"usage": "serverAuth", "names": "IP:127.0.0.1,DNS:localhost"}
+        self.addCleanup(self.plant.certify, "sensor", **names)
+        with self.secure_host() as host, RestClient(host.http_port) as rest, \
+                TlsModbusClient(host.modbus_port, self.plant, "viewer") as first:
+            (self.plant / "sensor.pem").write_text("nothing", encoding="utf-8")
+            host.process.send_signal(signal.SIGHUP)
+            sentence = wait_until(lambda: problems(rest), "the problem")[0]
+            self.assertIn("The certificate of Modbus TCP stays as it was: Modbus TCP cannot use TLS: ", sentence)
+            self.assertIn("there is no certificate in it", sentence)
+            with TlsModbusClient(host.modbus_port, self.plant, "viewer") as second:
+                self.assertEqual(serial(first), serial(second))
+
+            self.plant.certify("sensor", **names)
+            host.process.send_signal(signal.SIGHUP)
+            host.wait_for_log("Modbus TCP has read its certificate again")
+            wait_until(lambda: not problems(rest), "the end of the problem")
+            with TlsModbusClient(host.modbus_port, self.plant, "viewer") as third:
+                self.assertNotEqual(serial(first), serial(third))
+                self.assertEqual(first.read(0, 1) + third.read(0, 1), [0, 0])
+
+    def test_the_trail_shows_the_roles_and_the_refused_clients(self):
+        with self.secure_host() as host, RestClient(host.http_port) as rest:
+            with TlsModbusClient(host.modbus_port, self.plant, "engineer") as plc:
+                plc.write(0, [7, 1])
+            with TlsModbusClient(host.modbus_port, self.plant, "nobody", source="127.0.0.2") as plc:
+                self.assertEqual(exception_of(plc, READS[0]), 1)
+            with self.assertRaises(OSError), TlsModbusClient(host.modbus_port, self.plant, source="127.0.0.3") as plc:
+                plc.read(0, 1)
+
+            def entries():
+                found = rest.get("/audit?limit=1000&who=ModbusTcp").json["entries"]
+                return {(entry["from"], entry["what"], entry["result"]) for entry in found}
+
+            wait_until(lambda: len(entries()) >= 3, "three entries")
+            self.assertEqual(entries(), {
+                ("ModbusTcp 127.0.0.1 as engineer", "scan start", "done"),
+                ("ModbusTcp 127.0.0.2", "function 3", "refused: the client has no role"),
+                ("ModbusTcp 127.0.0.3", "connection", "refused: the TLS handshake failed: the peer shows no certificate")})
 
     def test_the_private_key_is_in_no_document(self):
         key = (self.plant / "sensor.key").read_text().splitlines()[1]

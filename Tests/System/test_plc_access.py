@@ -2,6 +2,7 @@
 
 import socket
 import struct
+import tempfile
 import unittest
 
 from ascii_client import AsciiClient
@@ -17,8 +18,8 @@ QUESTIONS = ("GET zMax", "LIST", "SUBSCRIBE", "UNSUBSCRIBE", "READ /controls#/no
 MAY_ONLY_READ = "ERROR -998 This client may only read"
 
 
-def both(*arguments):
-    return Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", *arguments)
+def both(*arguments, **options):
+    return Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0", *arguments, **options)
 
 
 def lists(**parameters):
@@ -123,6 +124,51 @@ class Lists(unittest.TestCase):
             self.assertTrue(is_served(host.modbus_port, STRANGER))
             self.assertEqual(rest.put(MODBUS, lists(writers="10.0.0.1/8")).json["detail"],
                              'writers: "10.0.0.1/8" is an address within a network: behind the prefix all bits of a network are 0')
+
+
+class Trail(unittest.TestCase):
+    """What the trail shows of the clients of both services."""
+
+    @staticmethod
+    def entries(rest, query="", count=1):
+        """Waits for so many entries of a client that is a PLC: (who, from, what, result)."""
+        def found():
+            entries = rest.get("/audit?limit=1000" + query).json["entries"]
+            return [(entry["who"], entry["from"], entry["what"], entry["result"]) for entry in entries if "127." in entry["from"]]
+
+        wait_until(lambda: len(found()) >= count, f"{count} entries")
+        return found()
+
+    def test_a_command_has_the_address_and_the_role_of_its_client(self):
+        with both() as host, RestClient(host.http_port) as rest:
+            with ModbusClient(host.modbus_port, source=WRITER) as plc:
+                plc.write(0, [7, 1])  # start
+                wait_until(lambda: plc.read(66, 2) == [7, 2], "the end of the start")
+            self.assertEqual(ask(host.ports["AsciiTcp"], READER, "STOP"), "OK")
+            self.assertEqual(self.entries(rest, count=2),
+                             [("ModbusTcp", "ModbusTcp 127.0.0.3 as operator", "scan start", "done"),
+                              ("AsciiTcp", "AsciiTcp 127.0.0.2 as operator", "scan stop", "done")])
+            self.assertEqual(len(self.entries(rest, "&from=127.0.0.2")), 1)
+
+    def test_refused_clients_and_requests_are_noted_and_gathered(self):
+        arguments = ("ModbusTcp.allowedClients=127.0.0.0/24", "ModbusTcp.writers=127.0.0.3", "AsciiTcp.writers=127.0.0.3")
+        with tempfile.TemporaryDirectory() as data:
+            with both(*(word for one in arguments for word in ("--param", one)), data=data) as host:
+                with RestClient(host.http_port) as rest:
+                    for _ in range(30):
+                        self.assertFalse(is_served(host.modbus_port, STRANGER))
+                    with ModbusClient(host.modbus_port, source=READER) as plc:
+                        self.assertEqual([exception_of(plc, WRITES[0]) for _ in range(20)], [1] * 20)
+                    self.assertEqual(ask(host.ports["AsciiTcp"], READER, "LOAD default"), MAY_ONLY_READ)
+                    no_role = "refused: the client's role does not allow it"
+                    first = [("ModbusTcp", "ModbusTcp 127.0.1.1", "connection", "refused: it may not connect"),
+                             ("ModbusTcp", "ModbusTcp 127.0.0.2 as viewer", "function 6", no_role),
+                             ("AsciiTcp", "AsciiTcp 127.0.0.2 as viewer", "LOAD", no_role)]
+                    self.assertEqual(self.entries(rest, count=3), first)
+            with Host(data=data, modbus=False) as host, RestClient(host.http_port) as rest:  # the stop has told the numbers
+                rest_of_bursts = {(source, what) for _, source, what, _ in self.entries(rest, count=5)[3:]}
+                self.assertEqual(rest_of_bursts, {("ModbusTcp 127.0.1.1", "29 more refusals"),
+                                                  ("ModbusTcp 127.0.0.2 as viewer", "19 more refusals")})
 
 
 class Exposure(unittest.TestCase):

@@ -114,8 +114,21 @@ Zu::Subscription ControlModule::SubscribeToOperations(std::function<void(Control
 {
     return manager.Operations().SubscribeToEveryEnd(
         [this, handler = std::move(handler)](ControlProtocolOperations::Ended const& end) {
-            handler({TypeNameOf(end.protocol), end.name, end.argument, end.status});
+            handler({TypeNameOf(end.protocol), end.name, end.argument, end.status, end.origin});
         });
+}
+
+Zu::Subscription ControlModule::SubscribeToRefusals(std::function<void(ControlRefusal const&)> handler)
+{
+    return manager.Operations().Notices().SubscribeToRefusals(
+        [this, handler = std::move(handler)](ServiceNotices::Refusal const& refusal) {
+            handler({TypeNameOf(refusal.protocol), refusal.client, refusal.what, refusal.reason});
+        });
+}
+
+void ControlModule::ReadFilesAgain()
+{
+    manager.Operations().Notices().NotifyReplacedFiles();
 }
 
 std::string ControlModule::TypeNameOf(ZuEthernetProtocol protocol) const

@@ -59,6 +59,14 @@ public:
     /// is destroyed. `handler` must not block and must not throw.
     [[nodiscard]] Zu::Subscription SubscribeToOperations(std::function<void(ControlOperationEnd const&)> handler);
 
+    /// Calls `handler` for each client and each request that a service refuses, until the subscription is destroyed.
+    /// `handler` must not block and must not throw.
+    [[nodiscard]] Zu::Subscription SubscribeToRefusals(std::function<void(ControlRefusal const&)> handler);
+
+    /// Makes the services read the files again that their parameters name, such as certificates. Connections stay. Blocks
+    /// until that is done. A service that cannot use a new file goes on with what it has read before, and has a problem.
+    void ReadFilesAgain();
+
     ControlModule(ControlModule const&) = delete;
     ControlModule& operator=(ControlModule const&) = delete;
 

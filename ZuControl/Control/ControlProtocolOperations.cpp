@@ -139,13 +139,20 @@ Zu::Subscription ControlProtocolOperations::SubscribeToEveryEnd(std::function<vo
     return ended.Subscribe(std::move(handler));
 }
 
+ServiceNotices& ControlProtocolOperations::Notices() const
+{
+    return notices;
+}
+
 void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action,
                                                  ControlOperationsParams params)
 {
     if (!TakeTheTurn(protocol, action, params.stringArg))
     {
         refusedCount.fetch_add(1, std::memory_order_relaxed);
-        ZU_GUARD_BOUNDARY([&] { ended.Fire({protocol, NameOf(action), params.stringArg, Zu::Status::BUSY}); });
+        ZU_GUARD_BOUNDARY([&] {
+            ended.Fire({protocol, NameOf(action), params.stringArg, Zu::Status::BUSY, CommandOriginScope::Current()});
+        });
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
                  static_cast<int32>(protocol), unsigned{action});
     }
@@ -265,6 +272,7 @@ char const* ControlProtocolOperations::NameOf(ActionId action)
 
 bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionId action, std::string argument)
 {
+    CommandOrigin origin = CommandOriginScope::Current();
     Zu::MutexLock const guard(underWayLock);
     if (!OperationBegin())
     {
@@ -272,6 +280,7 @@ bool ControlProtocolOperations::TakeTheTurn(ZuEthernetProtocol protocol, ActionI
     }
     underWay = UnderWay{protocol, NameOf(action), wTime_NowUsec()};
     underWayArgument = std::move(argument); // a copy here could throw, and the turn would never end
+    underWayOrigin = std::move(origin);
     return true;
 }
 
@@ -330,7 +339,7 @@ void ControlProtocolOperations::TellEnd(EndOfOpResult const& record)
         {
             return; // a scanner reports one alignment twice
         }
-        end = {record.protocol, underWay->name, underWayArgument, record.status};
+        end = {record.protocol, underWay->name, underWayArgument, record.status, underWayOrigin};
     }
     ended.Fire(end);
 }

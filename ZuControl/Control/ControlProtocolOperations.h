@@ -4,6 +4,8 @@
 #include "ZuApi/Event.h"
 #include "ZuApi/Signal.h"
 #include "ZuApi/Threads/MsgQueue.h"
+#include "ZuControl/Control/CommandOrigin.h"
+#include "ZuControl/Control/ServiceNotices.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
 #include "ZuScan/Sensor.h"
@@ -103,11 +105,15 @@ public:
         char const* name = "";         ///< as in `UnderWay`
         std::string argument;          ///< the name of the job or the id of the scanner; empty for other operations
         int32 status = 0;              ///< as for the handlers of ends; `Zu::Status::BUSY` if it was refused
+        CommandOrigin origin{};        ///< the client that has asked for it, as `CommandOriginScope` has told
     };
 
     /// Calls `handler` after the end of each operation of any protocol, on "CtlProtoOp.Disp", and for each refused one,
     /// on the thread of the refused caller. It must not block and must not throw.
     [[nodiscard]] Zu::Subscription SubscribeToEveryEnd(std::function<void(Ended const&)> handler) const;
+
+    /// The notices between the services and the host. Every protocol reaches them through this object.
+    ServiceNotices& Notices() const;
 
 private:
     friend class ControlProtocolOperationsTest; // only the test begins the test actions
@@ -194,6 +200,8 @@ private:
 
     std::string underWayArgument ZU_GUARDED_BY(underWayLock); // as in `Ended`
     mutable Zu::Signal<Ended const&> ended;                   // to listen changes no operation
+    CommandOrigin underWayOrigin ZU_GUARDED_BY(underWayLock); // as in `Ended`
+    mutable ServiceNotices notices;                           // changes no operation either
 };
 
 } // namespace ZuControl

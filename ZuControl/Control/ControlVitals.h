@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/Control/CommandOrigin.h"
 #include "wApi/wTypes.h"
 
 #include <string>
@@ -37,6 +38,16 @@ struct ControlOperationEnd
     char const* name = "";  ///< "job load"
     std::string argument{}; ///< the name of the job or the id of the scanner; empty for other operations
     int32 status = 0;       ///< `Zu::Status::BUSY` if it was refused because another one was in flight
+    CommandOrigin origin{}; ///< the client that has asked for it, if the protocol tells
+};
+
+/// A client or a request that a service has refused.
+struct ControlRefusal
+{
+    std::string typeName; ///< empty for a number without a service
+    CommandOrigin client;
+    std::string what;   ///< "connection", "function 6"
+    std::string reason; ///< as a part of a sentence: "it may not connect"
 };
 
 /// The present state of the services and the threads of the module. Times are those of `wTime_NowUsec`; 0 is none.

@@ -114,6 +114,24 @@ TEST(TrailNotesOfOperations, NameProtocolCommandAndResult)
     EXPECT_TRUE(OfOperation({"ModbusTcp", "scan start", "", 1})->comesInBursts);
 }
 
+TEST(TrailNotesOfOperations, NameTheAddressAndTheRoleOfTheClient)
+{
+    using ZuCommon::Role;
+    EXPECT_EQ(LineOf(OfOperation({"ModbusTcp", "scan start", "", 1, {"192.0.2.9", Role::OPERATOR}})),
+              "ModbusTcp | ModbusTcp 192.0.2.9 as operator | scan start |  |  | done");
+    EXPECT_EQ(LineOf(OfOperation({"AsciiTcp", "scan stop", "", -976, {"fd00::7", Role::NONE}})),
+              "AsciiTcp | AsciiTcp fd00::7 | scan stop |  |  | refused: another operation was in progress");
+}
+
+TEST(TrailNotesOfRefusals, NameTheClientAndTheReason)
+{
+    using ZuCommon::Role;
+    EXPECT_EQ(LineOf(OfRefusal({"ModbusTcp", {"192.0.2.9", Role::VIEWER}, "function 6", "it may not"})),
+              "ModbusTcp | ModbusTcp 192.0.2.9 as viewer | function 6 |  |  | refused: it may not");
+    EXPECT_EQ(LineOf(OfRefusal({"", {"192.0.2.9", Role::NONE}, "connection", "it may not connect"})),
+              "unknown protocol | unknown protocol 192.0.2.9 | connection |  |  | refused: it may not connect");
+}
+
 TEST(TrailNotesOfTheHost, ShowItsOptionsWithoutSecrets)
 {
     std::string const line = RecordingTrail::LineOf(

@@ -155,6 +155,8 @@ TEST_P(AsciiConversationRoles, AreRefusedWhatTheyMayNotDo)
     {
         AsciiConversation client(service, feed, counters);
         client.SetClient({"10.0.0.7", role});
+        std::vector<std::string> deniedNames;
+        client.SetDenialHandler([&](std::string const& request) { deniedNames.push_back(request); });
         std::string const line = std::string(GetParam().request) + "\n";
         uint64 const denied = counters.deniedRequests;
         std::size_t const reached = service.begun.size() + service.asked.size();
@@ -167,6 +169,8 @@ TEST_P(AsciiConversationRoles, AreRefusedWhatTheyMayNotDo)
             role == Role::NONE ? "ERROR -998 This client has no role\n" : "ERROR -998 This client may only read\n";
         EXPECT_EQ(client.Pending() == refusal, !isAllowed) << ZuCommon::RoleName(role) << ": " << client.Pending();
         EXPECT_EQ(counters.deniedRequests - denied, isAllowed ? 0u : 1u);
+        std::string const verb = line.substr(0, line.find_first_of(" \n"));
+        EXPECT_EQ(deniedNames, isAllowed ? std::vector<std::string>() : std::vector{verb});
         EXPECT_TRUE(isAllowed || service.begun.size() + service.asked.size() == reached);
     }
 }

@@ -1,8 +1,10 @@
 #include "Plugins/Common/TcpServiceProtocol.h"
 #include "Support/CallLog.h"
+#include "Support/Certificates.h"
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Refusal.h"
+#include "Support/ScratchFolder.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
 #include "Tests/Plugins/Common/TcpClient.h"
 #include "ZuApi/Exception.h"
@@ -15,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -292,6 +295,68 @@ TEST_F(TcpServiceProtocolTest, RefusesTheCommandsOfClientsThatMayNotWrite)
     EXPECT_TRUE(service->refusals.WaitFor("This client may run no commands"));
     writer.SendText("x");
     EXPECT_TRUE(service->refusals.WaitFor(""));
+}
+
+TEST_F(TcpServiceProtocolTest, TellsTheAddressAndTheRoleWithACommand)
+{
+    ZuTest::CallLog ends;
+    auto const subscription =
+        operations.SubscribeToEveryEnd([&](ZuControl::ControlProtocolOperations::Ended const& end) {
+            ends.Add(std::string(end.name) + " " + end.origin.address + " " + ZuCommon::RoleName(end.origin.role));
+        });
+    service->Start();
+    TcpClient client(static_cast<uint16>(std::stoi(Listening().substr(Listening().find(':') + 1))), 0, "127.0.0.2");
+
+    client.SendText("x");
+
+    EXPECT_TRUE(ends.WaitFor("scan stop 127.0.0.2 operator"));
+}
+
+TEST_F(TcpServiceProtocolTest, TellsTheHostOfClientsThatMayNotConnect)
+{
+    ZuTest::CallLog refusals;
+    auto const subscription =
+        operations.Notices().SubscribeToRefusals([&](ZuControl::ServiceNotices::Refusal const& refusal) {
+            refusals.Add(std::to_string(static_cast<int32>(refusal.protocol)) + " " + refusal.client.address + " " +
+                         ZuCommon::RoleName(refusal.client.role) + " " + refusal.what + ": " + refusal.reason);
+        });
+    service->params.allowedClients.Set("127.0.0.2");
+    service->Start();
+    TcpClient denied(static_cast<uint16>(std::stoi(Listening().substr(Listening().find(':') + 1))));
+
+    EXPECT_TRUE(denied.IsClosedByServer());
+    EXPECT_TRUE(refusals.WaitFor("201 127.0.0.1 none connection: it may not connect"));
+}
+
+TEST_F(TcpServiceProtocolTest, HasAProblemUntilItCanReadItsCertificateAgain)
+{
+    using ZuTest::CertificateWish;
+    using ZuTest::TestCertificate;
+    ZuTest::ScratchFolder const folder;
+    auto const certify = [&](char const* name) {
+        CertificateWish wish;
+        wish.commonName = name;
+        wish.purpose = CertificateWish::Purpose::SERVER;
+        TestCertificate(wish).Write(folder.path, "server");
+    };
+    certify("first");
+    operations.Notices().NotifyReplacedFiles(); // no effect: the service does not run
+    service->params.security.Set(TcpSecurity::SERVER_CERTIFICATE);
+    service->params.certificateFile.Set(folder / "server.pem");
+    service->params.keyFile.Set(folder / "server.key");
+    service->Start();
+
+    std::ofstream(folder / "server.pem") << "nothing";
+    operations.Notices().NotifyReplacedFiles();
+    operations.Notices().NotifyReplacedFiles();
+    std::string const text =
+        "The certificate of The level service stays as it was: The level service cannot use TLS: " +
+        std::string(folder / "server.pem") + ": there is no certificate in it";
+    EXPECT_EQ(Problems(), std::vector{text});
+
+    certify("second");
+    operations.Notices().NotifyReplacedFiles();
+    EXPECT_EQ(Problems(), std::vector<std::string>());
 }
 
 TEST_F(TcpServiceProtocolTest, RestoresItsParametersWhenAListIsRefusedAlsoWhileItDoesNotRun)

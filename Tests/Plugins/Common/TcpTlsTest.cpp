@@ -13,6 +13,7 @@
 #include <openssl/ssl.h>
 
 #include <chrono>
+#include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -558,6 +559,28 @@ TEST_F(TcpTlsTest, ReadsItsCertificateAgainWithoutDroppingClients)
     ExpectEcho(first);
     TlsClient second(server.Port(), context);
     EXPECT_EQ(second.ServerSubject(), "CN=renewed");
+}
+
+TEST_F(TcpTlsTest, ReadsTheCertificateOfItsPresentSettingsAgain)
+{
+    EXPECT_FALSE(server.ReadCertificatesAgain()) << "it does not run";
+    Start(Settings(TcpSecurity::SERVER_CERTIFICATE));
+    auto const context = ContextOf(plant.Anonymous());
+    TlsClient first(server.Port(), context);
+    ExpectEcho(first);
+    std::ofstream(plant.folder / "server.pem") << "nothing";
+
+    EXPECT_THROW(server.ReadCertificatesAgain(), Zu::Exception);
+    TlsClient second(server.Port(), context);
+    EXPECT_EQ(second.ServerSubject(), "CN=sensor") << "the old one stays in force";
+
+    TestCertificate(Wish("renewed", CertificateWish::Purpose::SERVER), &plant.authority)
+        .Write(plant.folder.path, "server");
+    EXPECT_TRUE(server.ReadCertificatesAgain());
+    TlsClient third(server.Port(), context);
+    EXPECT_EQ(third.ServerSubject(), "CN=renewed");
+    ExpectEcho(first);
+    ExpectEcho(second);
 }
 
 TEST_F(TcpTlsTest, GoesOnWithItsCertificateWhenANewOneIsRefused)

@@ -152,6 +152,8 @@ TEST_P(ModbusConversationRoles, GetExceptionOneForWhatTheyMayNotDo)
         ModbusCounters counters;
         ModbusConversation conversation(model, counters);
         conversation.SetClient({"10.0.0.7", role});
+        std::vector<std::string> deniedNames;
+        conversation.SetDenialHandler([&](std::string const& name) { deniedNames.push_back(name); });
         Bytes const& request = GetParam().request;
         std::ranges::copy(request, conversation.Room().begin());
 
@@ -170,6 +172,8 @@ TEST_P(ModbusConversationRoles, GetExceptionOneForWhatTheyMayNotDo)
             EXPECT_TRUE(model.calls.empty());
         }
         EXPECT_EQ(counters.deniedRequests, isAllowed ? 0u : 1u);
+        std::string const function = "function " + std::to_string(request[7]);
+        EXPECT_EQ(deniedNames, isAllowed ? std::vector<std::string>() : std::vector{function});
         EXPECT_EQ(counters.exceptionsByCode[1], isAllowed ? 0u : 1u);
         EXPECT_EQ(counters.requests, 1u);
     }

@@ -11,6 +11,7 @@
 #include "Support/ResultSets.h"
 #include "ZuCommon/Persistence.h"
 #include "ZuCommon/Problems.h"
+#include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IControlResourceAdaptor.h"
 #include "ZuCore/ResultHub.h"
@@ -229,6 +230,53 @@ TEST_F(ControlModuleTest, TellsWhichOperationOfAProtocolFails)
     ASSERT_EQ(faults.size(), 1u);
     EXPECT_EQ(faults[0].typeName, "x");
     EXPECT_EQ(faults[0].operation, "OnStartScan");
+}
+
+TEST_F(ControlModuleTest, PassesOnTheRefusalsOfServicesWithTheirNames)
+{
+    ControlProtocolOperations* operations = nullptr;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        operations = given.operations;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+    ZuTest::CallLog refusals;
+    auto subscription = module.SubscribeToRefusals([&](ControlRefusal const& refusal) {
+        refusals.Add(refusal.typeName + ", " + refusal.client.address + " as " +
+                     ZuCommon::RoleName(refusal.client.role) + ", " + refusal.what + ", " + refusal.reason);
+    });
+
+    operations->Notices().NotifyRefusal(
+        {ZuEthernetProtocol{3}, {"10.0.0.7", ZuCommon::Role::VIEWER}, "function 6", "no"});
+    operations->Notices().NotifyRefusal({ZuEthernetProtocol{4}, {}, "connection", "never"});
+    subscription.End();
+    operations->Notices().NotifyRefusal({ZuEthernetProtocol{3}, {}, "connection", "untold"});
+
+    EXPECT_EQ(refusals.All(),
+              (std::vector<std::string>{"x, 10.0.0.7 as viewer, function 6, no", ",  as none, connection, never"}));
+}
+
+TEST_F(ControlModuleTest, LetsServicesReadTheirFilesAgain)
+{
+    ControlProtocolOperations* operations = nullptr;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        operations = given.operations;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+    unsigned reads = 0;
+    auto const reader = operations->Notices().SubscribeToReplacedFiles([&] {
+        ++reads;
+        throw 7;
+    });
+
+    module.ReadFilesAgain(); // the exception is logged
+
+    EXPECT_EQ(reads, 1u);
 }
 
 TEST_F(ControlModuleTest, LetsAProtocolReadResourcesWhileItIsStarted)

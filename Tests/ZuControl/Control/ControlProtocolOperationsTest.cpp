@@ -247,6 +247,40 @@ TEST_F(ControlProtocolOperationsTest, TellsEveryEndWithItsArgumentAndEachRefusal
               (Calls{"8 job load 'a job' 1", "7 scan start '' 0", "8 job load 'b' -976", "7 scan stop '' 1"}));
 }
 
+TEST_F(ControlProtocolOperationsTest, TellsTheClientOfEachEndAndOfEachRefusal)
+{
+    ZuTest::CallLog ends;
+    auto const subscription = operations->SubscribeToEveryEnd([&](ControlProtocolOperations::Ended const& end) {
+        ends.Add(std::string(end.name) + " of '" + end.origin.address + "' as " + ZuCommon::RoleName(end.origin.role));
+    });
+    ZuTest::Latch release;
+    systemInterface.on["Stop"] = [&] { release.Wait(); };
+    CommandOrigin const first{"10.0.0.7", ZuCommon::Role::OPERATOR};
+    CommandOrigin const second{"10.0.0.8", ZuCommon::Role::ENGINEER};
+    {
+        CommandOriginScope const outer(first);
+        {
+            CommandOriginScope const inner(second);
+            operations->StartScan(PROTOCOL_7);
+            ASSERT_TRUE(ends.WaitFor("scan start of '10.0.0.8' as engineer"));
+            WaitForTheRoadToBeEmpty();
+        }
+        operations->StopScan(PROTOCOL_7); // ends after the scope
+    }
+    {
+        CommandOriginScope const scope(second);
+        EXPECT_EQ(RefusalOf([this] { operations->Restart(PROTOCOL_8); }).status, Zu::Status::BUSY);
+    }
+    release.Open();
+    ASSERT_TRUE(ends.WaitFor("scan stop of '10.0.0.7' as operator"));
+    WaitForTheRoadToBeEmpty();
+    operations->Restart(PROTOCOL_8);
+    ASSERT_TRUE(ends.WaitFor("restart of '' as none"));
+
+    EXPECT_EQ(ends.All(), (Calls{"scan start of '10.0.0.8' as engineer", "restart of '10.0.0.8' as engineer",
+                                 "scan stop of '10.0.0.7' as operator", "restart of '' as none"}));
+}
+
 TEST_F(ControlProtocolOperationsTest, TellsAnAlignmentAsUnderWayUntilTheScannerReportsIt)
 {
     operations->Alignment(PROTOCOL_7, "s");
