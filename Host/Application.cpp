@@ -151,6 +151,11 @@ void Application::Stop()
     run->Stopped();
 }
 
+void Application::SetLoginNotice(std::string const& text)
+{
+    gatekeeper.SetLoginNotice(text);
+}
+
 void Application::Configure()
 {
     for (std::string const& typeName : options.enabledTypes)

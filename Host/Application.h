@@ -70,6 +70,9 @@ public:
     Application(Application const&) = delete;
     Application& operator=(Application const&) = delete;
 
+    /// As `Gatekeeper::SetLoginNotice`. Call it before `Start`.
+    void SetLoginNotice(std::string const& text);
+
     /// Applies the `--param` options. Throws `Zu::Status::BAD_ARGUMENT` with one line for an unknown protocol (also in
     /// `--enable`), an unknown parameter or an invalid value.
     void Configure();

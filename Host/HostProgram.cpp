@@ -11,6 +11,7 @@
 #include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/ProcessGuard.h"
+#include "Host/Security/LoginNotice.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
 #include "Host/Store/DataFolder.h"
@@ -156,6 +157,8 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
 {
     OrderlyStop::SetStep("reading the files of the command line");
     std::string const token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    std::string const loginNotice =
+        options.loginNoticeFile.empty() ? "" : LoginNotice::ReadFile(options.loginNoticeFile);
     HttpServer::Settings const httpSettings = CheckHttp(options);
     CheckPluginFolders(options);
     std::unique_ptr<IProfileSource> source = MakeSource(options);
@@ -174,6 +177,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     AuditTrail trail(dataFolder, LimitsOf(options));
     Application application(options, httpSettings, token, certificate.get(), dataFolder, std::move(source), plugins,
                             log, trail);
+    application.SetLoginNotice(loginNotice);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;

@@ -182,6 +182,10 @@ constexpr std::array OPTION_FORMS{
     OptionForm{
         "token", required_argument,
         [](OptionName name, OptionText text, Options& options) { options.tokenFile = ParseNotEmpty(name, text); }},
+    OptionForm{"login-notice", required_argument,
+               [](OptionName name, OptionText text, Options& options) {
+                   options.loginNoticeFile = ParseNotEmpty(name, text);
+               }},
     OptionForm{"reset-administrator", no_argument,
                [](OptionName, OptionText, Options& options) { options.resetsAdministrator = true; }},
     OptionForm{
@@ -338,6 +342,7 @@ std::string HelpText()
            "  --insecure           let --http take any address, without encryption\n"
            "  --keep-alive SECONDS how often a stream without news sends a comment (15)\n"
            "  --token FILE         ask REST clients for the bearer token in this file\n"
+           "  --login-notice FILE  a text, such as the conditions of use, for clients that are not logged in\n"
            "  --reset-administrator\n"
            "                       show a one-time code with which POST /setup makes an administrator\n"
            "  --data DIR           where jobs and settings live (zucontrol-data)\n"

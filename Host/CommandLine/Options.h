@@ -69,6 +69,7 @@ struct Options
     uint64 keepAliveSeconds = 15;          ///< interval of comments on an event stream without news
     bool resetsAdministrator = false;      ///< offer a one-time code for a new administrator
     std::filesystem::path tokenFile;       ///< empty: the REST service asks for no token
+    std::filesystem::path loginNoticeFile; ///< a text for callers who are not logged in; empty: none
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     JobName jobName{"default"};
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program

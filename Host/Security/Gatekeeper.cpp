@@ -7,9 +7,12 @@
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuRest/Caller.h"
+#include "ZuRest/JsonText.h"
 #include "ZuRest/Path.h"
 #include "ZuRest/Problem.h"
 #include "wApi/wTime.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <utility>
@@ -95,6 +98,11 @@ void Gatekeeper::SetBeyondLoopback(bool isBeyond) noexcept
     isBeyondLoopback = isBeyond;
 }
 
+void Gatekeeper::SetLoginNotice(std::string text)
+{
+    loginNotice = std::move(text);
+}
+
 Admission Gatekeeper::Admit(Credentials const& credentials)
 {
     if (HasToken(credentials.query))
@@ -158,6 +166,19 @@ Proof Gatekeeper::Identify(Credentials const& credentials) const
     return result;
 }
 
+Admission Gatekeeper::AskForLogin() const
+{
+    Admission admission = Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED, NO_CALLER);
+    if (!loginNotice.empty())
+    {
+        nlohmann::json document = nlohmann::json::parse(admission.refusal.body);
+        document["notice"] = loginNotice;
+        admission.refusal.body = ZuRest::JsonText::Write(document);
+    }
+    admission.refusal.headers.emplace_back("WWW-Authenticate", "Bearer");
+    return admission;
+}
+
 Admission Gatekeeper::Judge(Credentials const& credentials, Proof const& proof) const
 {
     RouteTable::Route const* const route = RouteTable::Find(credentials.method, credentials.path);
@@ -169,8 +190,7 @@ Admission Gatekeeper::Judge(Credentials const& credentials, Proof const& proof) 
     }
     if (!proof.caller.has_value())
     {
-        Admission admission = Refuse(HttpStatus::UNAUTHORIZED, Zu::Status::WRITE_ONLY_REFUSED, NO_CALLER);
-        admission.refusal.headers.emplace_back("WWW-Authenticate", "Bearer");
+        Admission admission = AskForLogin();
         admission.isWrongSecret = proof.isWrongSecret;
         return admission;
     }

@@ -43,6 +43,10 @@ public:
     /// Whether other machines reach the service. True until the first call. Any thread may call.
     void SetBeyondLoopback(bool isBeyond) noexcept;
 
+    /// Sets the text that a caller who is not logged in sees in each answer 401; empty: none. Set it before the first
+    /// request.
+    void SetLoginNotice(std::string text);
+
     /// Whether any source may have callers. Any thread may call.
     bool HasCallers() const noexcept;
 
@@ -55,6 +59,7 @@ public:
 private:
     bool IsOpen() const noexcept;
     Proof Identify(Credentials const& credentials) const;
+    Admission AskForLogin() const;
     Admission Judge(Credentials const& credentials, Proof const& proof) const;
     Admission JudgeWithoutRoute(Credentials const& credentials, KnownCaller const& caller) const;
     void NoteRefusal(Credentials const& credentials, Proof const& proof, uint32 status);
@@ -62,6 +67,7 @@ private:
     std::vector<ICallerSource*> const sources;
     RefusalGatherer notes;
     MethodFinder const findMethods;
+    std::string loginNotice;
     Zu::Signal<> endedSignal;
     std::atomic<bool> isBeyondLoopback = true; // publishes nothing else
 };

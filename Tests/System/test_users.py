@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-from host import BIN, PATIENCE, Host, wait_until
+from host import BIN, PATIENCE, Host, run_host, wait_until
 from rest import EventStream, RestClient
 from tls import TlsPort
 
@@ -223,6 +223,22 @@ class Users(unittest.TestCase):
         text = anna.send("GET", "/audit?limit=1000").text
         for secret in (PASSWORD, OTHER, anna.token):
             self.assertNotIn(secret, text)
+
+    def test_the_login_notice_is_shown_before_the_login(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "notice"
+            file.write_text("Only for the staff of hall 3.\n\nHöhe 1.\n", encoding="utf-8")
+            host = self.start("--login-notice", file)
+            add_user(self.client(host), "anna")
+            for path in ("/", "/session"):
+                refused = self.client(host).get(path)
+                self.assertEqual((refused.status, refused.json["notice"]), (401, "Only for the staff of hall 3.\n\nHöhe 1."))
+            self.assertNotIn("notice", self.log_in(host, "anna").send("GET", "/session").json)
+
+            file.write_text("x" * 2001, encoding="utf-8")
+            status, _, error = run_host("--login-notice", file)
+            self.assertEqual(status, 2)
+            self.assertIn(f"option '--login-notice': the file '{file}' has more than 2000 bytes", error)
 
     def test_refused_changes_of_users_and_tokens_are_in_the_trail(self):
         host = self.start()

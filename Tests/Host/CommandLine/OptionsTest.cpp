@@ -58,6 +58,8 @@ TEST(Options, ReadsThoseOfTheTrailAndTheProcess)
     EXPECT_TRUE(options.allowsCoreDumps);
     EXPECT_EQ(options.pluginKeys, "k");
     EXPECT_EQ(options.words.back(), "k");
+    EXPECT_TRUE(options.loginNoticeFile.empty());
+    EXPECT_EQ(Parse({"--login-notice", "notice.txt"}).loginNoticeFile, "notice.txt");
 
     Options const check = Parse({"--check-trail", "a.zplog"});
     EXPECT_EQ(check.request, Options::Request::CHECK_TRAIL);
@@ -196,6 +198,7 @@ TEST(Options, NamesEveryOptionInItsHelp)
                              "--plugin-keys",
                              "--trail-days",
                              "--trail-mib",
+                             "--login-notice",
                              "--allow-core-dumps",
                              "--deployment",
                              "--replay",

@@ -102,6 +102,23 @@ TEST_F(GatekeeperTest, IsOpenOnLoopbackWithoutCallers)
     EXPECT_TRUE(trail.All().empty());
 }
 
+TEST_F(GatekeeperTest, ShowsTheLoginNoticeToCallersThatAreNotLoggedIn)
+{
+    auto const noticeOf = [](Admission const& admission) {
+        return nlohmann::json::parse(admission.refusal.body).value("notice", "none");
+    };
+    EXPECT_EQ(noticeOf(Admit("GET", "/session")), "none");
+
+    gatekeeper.SetLoginNotice("Only for the staff of hall 3.\nEverything is noted.");
+
+    Admission const refused = Admit("GET", "/session");
+    EXPECT_EQ(refused.refusal.status, 401U);
+    EXPECT_EQ(refused.refusal.contentType, "application/problem+json");
+    EXPECT_EQ(noticeOf(refused), "Only for the staff of hall 3.\nEverything is noted.");
+    EXPECT_EQ(refused.refusal.headers, Admit("GET", "/").refusal.headers);
+    EXPECT_EQ(noticeOf(Admit("DELETE", "/jobs/a", "viewer")), "none") << "this caller is known";
+}
+
 TEST_F(GatekeeperTest, ClosesWithTheFirstCallerAndBeyondLoopback)
 {
     ZuRest::Caller const local{Role::ADMINISTRATOR, "local", "", "", false};
