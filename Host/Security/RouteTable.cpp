@@ -70,7 +70,7 @@ constexpr Route ROUTES[] = {
     {"POST", "/controls/:protocol/outputs/commands/:command", ENGINEER, "changes the output map by a command"},
     {"POST", "/controls/:protocol/outputs/preview", VIEWER,
      "what commands would do to the output map; changes nothing"},
-    {"GET", "/controls/:protocol/plc", VIEWER, "the layouts that a PLC depends on, and their fingerprint"},
+    {"GET", "/controls/:protocol/plc", VIEWER, "the layouts that a PLC depends on, and files for its program"},
     {"GET", "/controls/:protocol/registerAssemblies/:registerAssembly", VIEWER, "the blocks of a register assembly"},
     {"GET", "/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command", VIEWER,
      "a command for a register assembly, with its arguments"},

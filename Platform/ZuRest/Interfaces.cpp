@@ -3,6 +3,7 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
@@ -21,6 +22,8 @@ ICallableResource::~ICallableResource() = default;
 IContentResource::~IContentResource() = default;
 
 IDocumentResource::~IDocumentResource() = default;
+
+IFormattedResource::~IFormattedResource() = default;
 
 IPromptResource::~IPromptResource() = default;
 

@@ -6,12 +6,14 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/IStreamableResource.h"
 #include "ZuRest/IUpdatableResource.h"
 #include "ZuRest/JsonText.h"
+#include "ZuRest/Path.h"
 #include "ZuRest/Problem.h"
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/RequestPreferences.h"
@@ -59,6 +61,22 @@ bool WantsSchema(std::string_view query)
         query.remove_prefix(std::min(parameter.size() + 1, query.size()));
     }
     return false;
+}
+
+/// Returns the value of the first parameter "format" of the query.
+std::optional<std::string> FormatOf(std::string_view query)
+{
+    constexpr std::string_view FORMAT = "format=";
+    while (!query.empty())
+    {
+        std::string_view const parameter = query.substr(0, query.find('&'));
+        if (parameter.starts_with(FORMAT))
+        {
+            return Path::Decoded(parameter.substr(FORMAT.size()));
+        }
+        query.remove_prefix(std::min(parameter.size() + 1, query.size()));
+    }
+    return std::nullopt;
 }
 
 RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
@@ -146,6 +164,24 @@ std::string SubjectOf(ResourceRouter::Match const& match, Request const& request
 Answer RefusePrecondition(std::string const& path)
 {
     return Problem{HttpStatus::PRECONDITION_FAILED, "The document at " + path + " has changed.", 0, {}}.ToAnswer();
+}
+
+/// Returns `answer` with the tag of its body if it is a success, or `HttpStatus::NOT_MODIFIED` if the client has that
+/// body.
+Answer Tagged(Request const& request, Answer answer)
+{
+    if (answer.status != HttpStatus::OK)
+    {
+        return answer;
+    }
+    std::string tag = EntityTag::Of(answer.body);
+    if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
+    {
+        return {HttpStatus::NOT_MODIFIED, "", "", {{"ETag", std::move(tag)}}};
+    }
+    answer.headers.emplace_back("ETag", std::move(tag));
+    answer.headers.emplace_back("Cache-Control", "no-cache");
+    return answer;
 }
 
 /// Returns the result of `work`, or the problem document for its exception.
@@ -347,6 +383,13 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Dispatch(Request con
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& request, ResourceRouter::Match match,
                                                                 ReceiverMaker const& makeReceiver)
 {
+    if (auto* const formatted = dynamic_cast<IFormattedResource*>(match.resource); formatted != nullptr)
+    {
+        if (auto const format = FormatOf(request.query); format.has_value())
+        {
+            return {Tagged(request, formatted->AnswerFormat(*format, InfoOf(request, match))), nullptr};
+        }
+    }
     bool const hasDocument = match.resource->DocumentProvider() != nullptr;
     bool const asksForStream = request.accept.find(EVENT_STREAM) != std::string::npos;
     if (match.resource->StreamableProvider() != nullptr && (asksForStream || !hasDocument))
@@ -459,13 +502,7 @@ Answer ResourceRequestProcessor::Preview(Request const& request, ResourceRouter:
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
 {
-    std::string body = reader.Read(match, request.path, WantsSchema(request.query));
-    std::string tag = EntityTag::Of(body);
-    if (IsRead(request.method) && EntityTag::IsNamed(request.ifNoneMatch, tag))
-    {
-        return {HttpStatus::NOT_MODIFIED, "", "", {{"ETag", std::move(tag)}}};
-    }
-    return {HttpStatus::OK, HAL, std::move(body), {{"ETag", std::move(tag)}, {"Cache-Control", "no-cache"}}};
+    return Tagged(request, {HttpStatus::OK, HAL, reader.Read(match, request.path, WantsSchema(request.query)), {}});
 }
 
 bool ResourceRequestProcessor::IsPreconditionMet(Request const& request, std::string const& subjectPath) const

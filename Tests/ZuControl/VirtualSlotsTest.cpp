@@ -18,6 +18,7 @@
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
 #include "ZuControl/Protocol/ControlResourceBase.h"
 
@@ -101,6 +102,7 @@ TEST(VirtualSlots, OfRegisterBlocksStandBehindThoseOfRecords)
                              &ScanOutput::SetDataSource, &ScanOutput::DataSource, &ScanOutput::SerializeMeasurementMsg,
                              &ScanOutput::SerializeStampMsg, &ScanOutput::SerializeNullMsg));
     EXPECT_TRUE(StandInOrder(SLOTS_OF_DESTRUCTOR, &IProtocolRegisterBlockFactory::Construct));
+    EXPECT_TRUE(StandInOrder(0, &IDescribedBlock::Fields)); // its destructor stands behind
 }
 
 TEST(VirtualSlots, OfInstancesKeepTheirPlaces)

@@ -80,6 +80,8 @@ struct RegisterField
     bool isWritable = false;
     FieldRole role = FieldRole::VALUE;
     std::string comment; ///< one line
+
+    bool operator==(RegisterField const&) const = default;
 };
 
 /// A register block describes its fields with this interface, as an additional base, for the files that PLC programmers

@@ -12,6 +12,11 @@ namespace
 
 constexpr PlcFormat FORMATS[] = {
     {"csv", "text/csv; charset=utf-8; header=present", "csv", false, &WriteCsv},
+    {"json", "application/json", "json", false, &WriteJson},
+    {"json-schema", "application/schema+json", "schema.json", false, &WriteJsonSchema},
+    {"node-red", "application/json", "flow.json", true, &WriteNodeRed},
+    {"python", "text/x-python; charset=utf-8", "py", true, &WritePython},
+    {"shell", "text/x-shellscript; charset=utf-8", "sh", true, &WriteShell},
 };
 
 } // namespace

@@ -23,6 +23,8 @@ struct PlcTag
     std::string blockType;
     std::string scannerId;
     uint16 blockAddress = 0;
+
+    bool operator==(PlcTag const&) const = default;
 };
 
 /// All tags of a service.

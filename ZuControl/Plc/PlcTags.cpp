@@ -2,6 +2,8 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
+#include "ZuApi/JsonSerializer.h"
+#include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
@@ -9,6 +11,8 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/Plc/PlcNames.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <utility>
@@ -84,6 +88,14 @@ std::vector<RegisterField> CheckedFieldsOf(ProtocolRegisterBlock const& block)
     return fields;
 }
 
+/// The parameter "port" of the service; 0 if it has none.
+uint16 PortOf(IControlInstance const& instance)
+{
+    nlohmann::json const params = Zu::Properties::JsonSerializer::Serialize(instance.Params());
+    auto const port = params.find("port");
+    return port != params.end() && port->is_number_unsigned() ? port->get<uint16>() : uint16{0};
+}
+
 /// Reads the blocks of one assembly into a list.
 class Reader final
 {
@@ -143,6 +155,7 @@ PlcTagList ReadTags(IControlInstance& instance)
     {
         ZU_THROW(Zu::Status::NOT_SUPPORTED, "The service %s has no registers.", list.service.c_str());
     }
+    list.port = PortOf(instance);
     list.assemblies = instance.RegisterAssemblyList();
     for (std::string const& id : list.assemblies)
     {

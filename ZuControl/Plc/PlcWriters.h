@@ -9,5 +9,10 @@ namespace ZuControl::Plc
 {
 
 std::string WriteCsv(PlcTagList const& list);
+std::string WriteJson(PlcTagList const& list);
+std::string WriteJsonSchema(PlcTagList const& list);
+std::string WriteNodeRed(PlcTagList const& list);
+std::string WritePython(PlcTagList const& list);
+std::string WriteShell(PlcTagList const& list);
 
 } // namespace ZuControl::Plc

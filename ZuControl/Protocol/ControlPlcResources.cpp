@@ -7,6 +7,8 @@
 #include "ZuControl/ControlProtocol/LayoutCopy.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
+#include "ZuControl/Plc/PlcFormats.h"
+#include "ZuControl/Plc/PlcTags.h"
 #include "ZuControl/Protocol/ControlOutputsResource.h"
 #include "ZuControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "ZuControl/Protocol/PreviewRun.h"
@@ -90,6 +92,43 @@ nlohmann::json ToJson(Layout const& layout)
             {"isAddressed", layout.isAddressed},
             {"itemSize", layout.itemSize},
             {"entries", std::move(entries)}};
+}
+
+/// The tags of a service, with the fingerprint of the layout that they belong to. Throws `Zu::Status::BUSY` if the
+/// protocol itself changes the layout again and again.
+Plc::PlcTagList TagsWithFingerprint(IControlInstance& instance)
+{
+    constexpr int MOST_ATTEMPTS = 10;
+    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt)
+    {
+        Plc::PlcTagList list = Plc::ReadTags(instance); // first: its refusals have a text
+        list.fingerprint = ControlProtocol::Fingerprint::Of(LayoutsOf(instance));
+        list.fingerprintVersion = ControlProtocol::Fingerprint::VERSION;
+        Plc::PlcTagList const again = Plc::ReadTags(instance);
+        if (again.tags == list.tags)
+        {
+            return list;
+        }
+    }
+    ZU_THROW(Zu::Status::BUSY, "The map is being changed.");
+}
+
+/// "csv, json and shell".
+std::string NamesOfFormats()
+{
+    auto const formats = Plc::PlcFormats();
+    std::string names;
+    for (std::size_t i = 0; i < formats.size(); ++i)
+    {
+        names += i == 0 ? "" : i + 1 == formats.size() ? " and " : ", ";
+        names += formats[i].name;
+    }
+    return names;
+}
+
+ZuRest::Answer RefuseFormat(std::string const& detail)
+{
+    return ZuRest::Problem{ZuRest::HttpStatus::NOT_ACCEPTABLE, detail, Zu::Status::NOT_SUPPORTED, {}}.ToAnswer();
 }
 
 } // namespace
@@ -210,6 +249,25 @@ nlohmann::json ControlPlcResource::Document(ZuRest::RequestInfo const& request, 
         document["layouts"].push_back(ToJson(layout));
     }
     return document;
+}
+
+ZuRest::Answer ControlPlcResource::AnswerFormat(std::string const& format, ZuRest::RequestInfo const& request)
+{
+    IControlInstance& instance = ResolveToInstance(RequireKey(request, "protocol"));
+    Plc::PlcFormat const* const chosen = Plc::FindPlcFormat(format);
+    if (chosen == nullptr)
+    {
+        return RefuseFormat("There is no format \"" + format + "\". The formats are " + NamesOfFormats() + ".");
+    }
+    Plc::PlcTagList const list = TagsWithFingerprint(instance);
+    if (chosen->needsWords && list.bytesPerRegister != 2)
+    {
+        return RefuseFormat("The format " + format + " is for services with registers of two bytes.");
+    }
+    return {ZuRest::HttpStatus::OK,
+            chosen->contentType,
+            chosen->write(list),
+            {{"Content-Disposition", "attachment; filename=\"" + list.service + '.' + chosen->fileEnding + '"'}}};
 }
 
 } // namespace ZuControl::Protocol

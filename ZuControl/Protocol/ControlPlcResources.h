@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/Protocol/ControlResourceBase.h"
+#include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 
 #include <functional>
@@ -58,14 +59,16 @@ protected:
     std::unique_ptr<PreviewRun> MakeRun(ZuRest::RequestInfo const& request) override;
 };
 
-/// `/controls/:protocol/plc`: the layouts that a PLC depends on, and their fingerprint.
-class ZUCONTROL_INTERNAL_API ControlPlcResource final : public ControlResourceBase
+/// `/controls/:protocol/plc`: the layouts that a PLC depends on, and their fingerprint; in other formats the files for
+/// PLC programmers.
+class ZUCONTROL_INTERNAL_API ControlPlcResource final : public ControlResourceBase, public ZuRest::IFormattedResource
 {
 public:
     explicit ControlPlcResource(IControlManager& usedManager);
     ~ControlPlcResource() override;
 
     nlohmann::json Document(ZuRest::RequestInfo const& request, ZuRest::ResponseInfo& response) override;
+    ZuRest::Answer AnswerFormat(std::string const& format, ZuRest::RequestInfo const& request) override;
 };
 
 } // namespace ZuControl::Protocol

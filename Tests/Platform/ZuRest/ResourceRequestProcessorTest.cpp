@@ -7,6 +7,7 @@
 #include "ZuApi/Properties/Value.h"
 #include "ZuApi/Structure.h"
 #include "ZuRest/IContentResource.h"
+#include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
 
@@ -423,6 +424,47 @@ TEST_F(ResourceRequestProcessorTest, LetsAResourceSpeakForItselfBesideItsOtherFa
     EXPECT_EQ(Send("GET", "/both").contentType, "application/hal+json");
     EXPECT_EQ(HeaderOf(Send("OPTIONS", "/both"), "Allow"), "GET, HEAD, PUT, OPTIONS");
     router.Deregister("/both", false);
+}
+
+TEST_F(ResourceRequestProcessorTest, ShowsADocumentInTheFormatThatTheQueryNames)
+{
+    class Formatted final : public DocumentResourceBase, public IFormattedResource
+    {
+    public:
+        Json Document(RequestInfo const& /*request*/, ResponseInfo& /*response*/) override
+        {
+            return Json::object();
+        }
+
+        Answer AnswerFormat(std::string const& format, RequestInfo const& /*info*/) override
+        {
+            uint32 const status = format == "none" ? HttpStatus::NOT_ACCEPTABLE : HttpStatus::OK;
+            return {status, "text/plain", "as " + format, {{"Own", "header"}}};
+        }
+    } formatted;
+    router.Register("/formatted", formatted);
+
+    EXPECT_EQ(Send("GET", "/formatted").contentType, "application/hal+json");
+    EXPECT_EQ(Send("GET", "/formatted?format").contentType, "application/hal+json");
+    EXPECT_EQ(Send("GET", "/formatted?a=1&format=csv&format=b").body, "as csv");
+    EXPECT_EQ(Send("GET", "/formatted?format=a%20b").body, "as a b");
+    EXPECT_EQ(Send("GET", "/formatted?format=").body, "as ");
+    EXPECT_EQ(Send("HEAD", "/formatted?format=csv").body, "as csv");
+    EXPECT_EQ(HeaderOf(Send("GET", "/formatted?format=csv"), "Own"), "header");
+    EXPECT_EQ(Send("GET", "/formatted?format=none").status, HttpStatus::NOT_ACCEPTABLE);
+    EXPECT_EQ(HeaderOf(Send("GET", "/formatted?format=none"), "ETag"), "");
+    EXPECT_EQ(Send("PUT", "/formatted?format=csv", "{}").status, 405U);
+
+    std::string const tag = HeaderOf(Send("GET", "/formatted?format=csv"), "ETag");
+    EXPECT_NE(tag, "");
+    Request request;
+    request.path = "/formatted";
+    request.query = "format=csv";
+    request.ifNoneMatch = tag;
+    EXPECT_EQ(processor.Process(request).answer.status, HttpStatus::NOT_MODIFIED);
+    request.query = "format=b";
+    EXPECT_EQ(processor.Process(request).answer.status, HttpStatus::OK);
+    router.Deregister("/formatted", false);
 }
 
 TEST_F(ResourceRequestProcessorTest, WritesPartsThatAreTextAsTheDocumentsThatTheyAre)

@@ -9,6 +9,7 @@
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "ZuControl/ControlProtocol/RegisterProtocolOutputMap.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "ZuControl/Protocol/ControlDir.h"
@@ -541,6 +542,99 @@ TEST_F(ControlPlcResourcesTest, HasNoFingerprintOfABlockWithoutAType)
     instance.assemblies["q"] = &silent;
 
     EXPECT_EQ(Send("GET", "/controls/a/plc").status, 404u);
+}
+
+class ControlPlcFilesTest : public ControlPlcResourcesTest
+{
+protected:
+    ZuRest::Answer GetFile(std::string const& format)
+    {
+        ZuRest::Request request;
+        request.path = "/controls/a/plc";
+        request.query = "format=" + format;
+        return processor.Process(request).answer;
+    }
+};
+
+TEST_F(ControlPlcFilesTest, HaveATypeANameAndTheFingerprint)
+{
+    Place({{"p/a", 100}});
+
+    ZuRest::Answer const csv = GetFile("csv");
+
+    EXPECT_EQ(csv.status, 200u);
+    EXPECT_EQ(csv.contentType, "text/csv; charset=utf-8; header=present");
+    EXPECT_EQ(csv.headers[0],
+              (std::pair<std::string, std::string>("Content-Disposition", "attachment; filename=\"a.csv\"")));
+    EXPECT_NE(csv.body.find("," + std::to_string(Fingerprint()) + "\r\n"), std::string::npos);
+    EXPECT_EQ(Json::parse(GetFile("json").body).at("fingerprint"), Fingerprint());
+    EXPECT_EQ(Json::parse(GetFile("json").body).at("tags").at(0).at("name"), "p_a_raw");
+}
+
+TEST_F(ControlPlcFilesTest, OfAnUnknownFormatAreRefusedWithTheList)
+{
+    ZuRest::Answer const refused = GetFile("xml%22");
+
+    EXPECT_EQ(refused.status, 406u);
+    EXPECT_EQ(Json::parse(refused.body)
+                  .at("detail")
+                  .get<std::string>()
+                  .find("There is no format \"xml\"\". The formats are csv, json, json-schema, node-red, python"),
+              0u)
+        << refused.body;
+}
+
+TEST_F(ControlPlcFilesTest, OfRegistersOfOneByteAreNoPrograms)
+{
+    Place({{"p/a", 100}});
+
+    ZuRest::Answer const refused = GetFile("python");
+
+    EXPECT_EQ(refused.status, 406u);
+    EXPECT_EQ(Json::parse(refused.body).at("detail"), "The format python is for services with registers of two bytes.");
+}
+
+TEST_F(ControlPlcFilesTest, OfAServiceWithoutRegistersAreRefused)
+{
+    instance.assemblies.clear();
+
+    ZuRest::Answer const refused = GetFile("csv");
+
+    EXPECT_EQ(refused.status, 404u);
+    EXPECT_EQ(Json::parse(refused.body).at("detail"), "The service a has no registers.");
+}
+
+namespace
+{
+
+/// Its fields are others each time.
+struct RestlessBlock final : ProtocolRegisterBlock, IDescribedBlock
+{
+    using ProtocolRegisterBlock::ProtocolRegisterBlock;
+
+    std::vector<RegisterField> Fields() const override
+    {
+        RegisterField field;
+        field.name = "field" + std::to_string(++looks);
+        field.type = FieldType::USINT;
+        return {field};
+    }
+
+    static inline int looks = 0;
+};
+
+} // namespace
+
+TEST_F(ControlPlcFilesTest, OfAMapThatIsBeingChangedAreRefused)
+{
+    assembly.AddSupportedBlockType(
+        std::make_unique<ProtocolRegisterBlockInfo>(ZuTest::TypeParams<RestlessBlock>("Restless", 1)));
+    Do("add", {{"blocks", {{{"type", "Restless"}, {"outputId", 100}}}}});
+
+    ZuRest::Answer const refused = GetFile("csv");
+
+    EXPECT_EQ(refused.status, 503u);
+    EXPECT_EQ(Json::parse(refused.body).at("detail"), "The map is being changed.");
 }
 
 } // namespace ZuControl::Protocol
