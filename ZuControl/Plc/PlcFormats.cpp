@@ -17,6 +17,7 @@ constexpr PlcFormat FORMATS[] = {
     {"node-red", "application/json", "flow.json", true, &WriteNodeRed},
     {"python", "text/x-python; charset=utf-8", "py", true, &WritePython},
     {"shell", "text/x-shellscript; charset=utf-8", "sh", true, &WriteShell},
+    {"structured-text", "text/plain; charset=us-ascii", "st", true, &WriteStructuredText},
 };
 
 } // namespace

@@ -188,6 +188,18 @@ void NameTags(std::vector<PlcTag>& tags, bool hasSeveralAssemblies)
     MakeUnique(tags);
 }
 
+std::string LegalName(std::string_view text, std::size_t mostCharacters)
+{
+    std::string legal = Legal(text);
+    if (legal == text && legal.size() <= mostCharacters && !IsReservedWord(legal))
+    {
+        return legal;
+    }
+    std::string const hash = HashOf(std::string(text));
+    legal.resize(std::min(legal.size(), mostCharacters - hash.size() - 1));
+    return (legal.ends_with('_') ? legal : legal + '_') + hash;
+}
+
 bool IsReservedWord(std::string_view word)
 {
     return std::ranges::binary_search(RESERVED_WORDS, std::string_view(Lower(word)));

@@ -27,6 +27,10 @@ inline constexpr std::size_t MOST_CHARACTERS = 32;
 /// Gives each tag its name. `tags` are in the order of their addresses.
 ZUCONTROL_INTERNAL_API void NameTags(std::vector<PlcTag>& tags, bool hasSeveralAssemblies);
 
+/// `text` as a name of at most `mostCharacters`, which are 10 at least. A text that is no legal name, or is too long, is
+/// changed or cut, and a hash of it is appended.
+ZUCONTROL_INTERNAL_API std::string LegalName(std::string_view text, std::size_t mostCharacters);
+
 /// Whether IEC 61131-3 reserves this word: a keyword, a type, or a standard function or function block.
 ZUCONTROL_INTERNAL_API bool IsReservedWord(std::string_view word);
 

@@ -14,5 +14,6 @@ std::string WriteJsonSchema(PlcTagList const& list);
 std::string WriteNodeRed(PlcTagList const& list);
 std::string WritePython(PlcTagList const& list);
 std::string WriteShell(PlcTagList const& list);
+std::string WriteStructuredText(PlcTagList const& list);
 
 } // namespace ZuControl::Plc

@@ -155,4 +155,14 @@ TEST(PlcNames, AreLegalAndUniqueForAnySources)
     }
 }
 
+TEST(PlcNames, OfOtherThingsAreLegalToo)
+{
+    EXPECT_EQ(LegalName("ModbusTcp", 19), "ModbusTcp");
+    EXPECT_EQ(LegalName("ModbusTcp", 9), "ModbusTcp");
+    EXPECT_EQ(LegalName("array", 19), "array_a10ceeb7");
+    EXPECT_EQ(LegalName("my service", 19), "my_service_1e14b5c2");
+    EXPECT_EQ(LegalName("ABCDEFGHI_KLMNOPQRST", 19), "ABCDEFGHI_feb79167");
+    EXPECT_EQ(LegalName("", 19), "n_00000000");
+}
+
 } // namespace ZuControl::Plc
