@@ -99,7 +99,8 @@ class Sources(unittest.TestCase):
                 start = wait_for(rest, "start")
                 self.assertIn("ModbusTcp.maxClients=3", json.loads(start["after"])["options"])
                 self.assertIn("synchronised", json.loads(wait_for(rest, "clock")["after"]))
-            with Host(data=data) as host:
+            with Host(data=data) as host, RestClient(host.http_port) as rest:
+                wait_until(lambda: [entry["what"] for entry in entries(rest)].count("start") == 2, "the second start")
                 host.stop(signal.SIGKILL)
                 host.expected_status = -signal.SIGKILL
             with Host(data=data) as host, RestClient(host.http_port) as rest:
