@@ -35,6 +35,7 @@ std::string Written(char const* format, PlcTag const& tag)
     PlcTagList list;
     list.service = "S";
     list.fingerprint = 4242;
+    list.assemblies = {tag.assembly};
     list.tags = {tag};
     return FindPlcFormat(format)->write(list);
 }
