@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -147,8 +148,8 @@ private:
     void WriteHead()
     {
         text += "(* Service " + InComment(list.service) + ": holding registers " + std::to_string(first) + " to " +
-                std::to_string(last) + ". Fingerprint " + Hex(list.fingerprint, 8) + ", version " +
-                std::to_string(list.fingerprintVersion) + ".\n";
+                std::to_string(last) + ". Fingerprint " + std::to_string(list.fingerprint) + " = " +
+                Hex(list.fingerprint, 8) + ", version " + std::to_string(list.fingerprintVersion) + ".\n";
         text +=
             "   IEC 61131-3, 3rd edition. The calling program reads the registers into a variable of the type\n   " +
             prefix + "_Registers, whose index is the address, and calls " + prefix + "_Decode in each cycle. *)\n";
@@ -256,11 +257,11 @@ private:
 
     // The function block that decodes.
 
-    /// The first tag with this role, if it is a plain value of this type; else null.
-    PlcTag const* Find(FieldRole role, FieldType type) const
+    /// The first tag with this role, if it is a plain value of one of these types; else null.
+    PlcTag const* Find(FieldRole role, std::initializer_list<FieldType> types) const
     {
         auto const found = std::ranges::find_if(tags, [role](PlcTag const* tag) { return tag->field.role == role; });
-        if (found == tags.end() || (*found)->field.type != type || IsRaw(**found))
+        if (found == tags.end() || std::ranges::find(types, (*found)->field.type) == types.end() || IsRaw(**found))
         {
             return nullptr;
         }
@@ -270,7 +271,7 @@ private:
 
     void WriteDecode()
     {
-        PlcTag const* const fingerprint = Find(FieldRole::FINGERPRINT, FieldType::UDINT);
+        PlcTag const* const fingerprint = Find(FieldRole::FINGERPRINT, {FieldType::UDINT});
         text += "\n(* Decodes the registers into the map. *)\nFUNCTION_BLOCK " + prefix +
                 "_Decode\nVAR_IN_OUT\n  registers : " + prefix + "_Registers;\n  map : " + prefix +
                 "_Map;\nEND_VAR\nVAR_OUTPUT\n"
@@ -348,7 +349,7 @@ private:
     {
         if (IsReal(type))
         {
-            return prefix + (type.type == FieldType::REAL ? "_Real(bits := " : "_Lreal(bits := ") + bits + ")";
+            return prefix + (type.type == FieldType::REAL ? "_RealOf(bits := " : "_LrealOf(bits := ") + bits + ")";
         }
         return std::string(type.bits) + "_TO_" + type.name + "(" + bits + ")";
     }
@@ -427,11 +428,11 @@ private:
 
     void WriteCommand()
     {
-        PlcTag const* const request = Find(FieldRole::COMMAND_REQUEST_ID, FieldType::UINT);
-        PlcTag const* const command = Find(FieldRole::COMMAND_ID, FieldType::USINT);
-        PlcTag const* const name = Find(FieldRole::COMMAND_TEXT, FieldType::TEXT);
-        PlcTag const* const answerId = Find(FieldRole::ANSWER_REQUEST_ID, FieldType::UINT);
-        PlcTag const* const answerStatus = Find(FieldRole::ANSWER_STATUS, FieldType::USINT);
+        PlcTag const* const request = Find(FieldRole::COMMAND_REQUEST_ID, {FieldType::UINT});
+        PlcTag const* const command = Find(FieldRole::COMMAND_ID, {FieldType::UINT, FieldType::USINT});
+        PlcTag const* const name = Find(FieldRole::COMMAND_TEXT, {FieldType::TEXT});
+        PlcTag const* const answerId = Find(FieldRole::ANSWER_REQUEST_ID, {FieldType::UINT});
+        PlcTag const* const answerStatus = Find(FieldRole::ANSWER_STATUS, {FieldType::UINT, FieldType::USINT});
         bool const isComplete = request != nullptr && command != nullptr && name != nullptr && answerId != nullptr &&
                                 answerStatus != nullptr && name->field.charactersPerRegister == 1;
         if (!isComplete)
@@ -455,7 +456,7 @@ private:
              {"commandRegister", std::to_string(command->address)},
              {"textRegister", std::to_string(name->address)},
              {"requestWord", InOrder("UINT_TO_WORD(requestId)", request->order)},
-             {"commandWord", InOrder("BYTE_TO_WORD(USINT_TO_BYTE(command))", command->order)},
+             {"commandWord", InOrder("UINT_TO_WORD(command)", command->order)},
              {"textWord", InOrder(code, name->order)},
              {"answerId", answerId->name},
              {"answerStatus", answerStatus->name}});
@@ -473,23 +474,20 @@ private:
 
 std::string WriteStructuredText(PlcTagList const& list)
 {
-    std::string text;
-    for (std::string const& assembly : list.assemblies)
+    std::map<std::string, std::vector<PlcTag const*>> assemblies;
+    for (PlcTag const& tag : list.tags)
     {
-        std::vector<PlcTag const*> tags;
-        for (PlcTag const& tag : list.tags)
+        if (tag.field.area == FieldArea::REGISTERS)
         {
-            if (tag.assembly == assembly && tag.field.area == FieldArea::REGISTERS)
-            {
-                tags.push_back(&tag);
-            }
+            assemblies[tag.assembly].push_back(&tag);
         }
-        if (!tags.empty())
-        {
-            std::string const name = list.assemblies.size() > 1 ? list.service + "_" + assembly : list.service;
-            text += text.empty() ? "" : "\n";
-            text += AssemblyWriter(list, LegalName(name, MOST_PREFIX_CHARACTERS), std::move(tags)).Write();
-        }
+    }
+    std::string text;
+    for (auto& [assembly, tags] : assemblies)
+    {
+        std::string const name = list.assemblies.size() > 1 ? list.service + "_" + assembly : list.service;
+        text += text.empty() ? "" : "\n";
+        text += AssemblyWriter(list, LegalName(name, MOST_PREFIX_CHARACTERS), std::move(tags)).Write();
     }
     return text.empty() ? "(* Service " + InComment(list.service) + ": the map has no registers. *)\n" : text;
 }

@@ -206,7 +206,7 @@ std::string LwordFunction(std::string const& prefix)
 std::string RealFunction(std::string const& prefix)
 {
     return Filled(REAL_FUNCTION, {{"prefix", prefix},
-                                  {"name", "Real"},
+                                  {"name", "RealOf"},
                                   {"real", "REAL"},
                                   {"bits", "DWORD"},
                                   {"signed", "DINT"},
@@ -223,7 +223,7 @@ std::string RealFunction(std::string const& prefix)
 std::string LrealFunction(std::string const& prefix)
 {
     return Filled(REAL_FUNCTION, {{"prefix", prefix},
-                                  {"name", "Lreal"},
+                                  {"name", "LrealOf"},
                                   {"real", "LREAL"},
                                   {"bits", "LWORD"},
                                   {"signed", "LINT"},
@@ -257,7 +257,7 @@ FUNCTION_BLOCK {prefix}_Command
 VAR_INPUT
   execute : BOOL;
   fits : BOOL;                  (* from {prefix}_Decode *)
-  command : USINT;              (* {commandComment} *)
+  command : UINT;               (* {commandComment} *)
   text : STRING[{textLength}];             (* {textComment} *)
   firstId : UINT := 1000;       (* the request ids of this PLC; another PLC has others *)
   lastId : UINT := 1999;

@@ -99,7 +99,7 @@ TEST(StructuredTextFormat, DecodesTheRegistersIntoAStruct)
     state.field.comment = "0: ready, 1: running";
 
     EXPECT_EQ(Write(ListOf({state, value})),
-              R"((* Service Plc: holding registers 168 to 171. Fingerprint 16#1234ABCD, version 1.
+              R"((* Service Plc: holding registers 168 to 171. Fingerprint 305441741 = 16#1234ABCD, version 1.
    IEC 61131-3, 3rd edition. The calling program reads the registers into a variable of the type
    Plc_Registers, whose index is the address, and calls Plc_Decode in each cycle. *)
 
@@ -177,14 +177,14 @@ TEST(StructuredTextFormat, FlagsAFloatingPointNumberThatIsNone)
         StatementsOf(TagAt(5, "a", FieldType::REAL, 2)),
         "bits32 := Plc_Dword(high := registers[5], low := registers[6]);\n"
         "map.a.valid := (SHR(bits32, 23) AND DWORD#16#000000FF) <> DWORD#16#000000FF;\n"
-        "IF map.a.valid THEN\n  map.a.value := Plc_Real(bits := bits32);\nELSE\n  map.a.value := 0.0;\nEND_IF;\n");
+        "IF map.a.valid THEN\n  map.a.value := Plc_RealOf(bits := bits32);\nELSE\n  map.a.value := 0.0;\nEND_IF;\n");
     PlcTag scaled = TagAt(5, "a", FieldType::LREAL, 4);
     scaled.field.divisor = 10;
     std::string const statements = StatementsOf(scaled);
     EXPECT_NE(
         statements.find("map.a.valid := (SHR(bits64, 52) AND LWORD#16#00000000000007FF) <> LWORD#16#00000000000007FF;"),
         std::string::npos);
-    EXPECT_NE(statements.find("map.a.value := Plc_Lreal(bits := bits64) / 10.0;"), std::string::npos);
+    EXPECT_NE(statements.find("map.a.value := Plc_LrealOf(bits := bits64) / 10.0;"), std::string::npos);
 }
 
 TEST(StructuredTextFormat, FlagsAMarkedNumberOfEachSize)
@@ -248,7 +248,7 @@ TEST(StructuredTextFormat, HasAFunctionBlockForCommands)
     EXPECT_NE(text.find("  Plc_Words : ARRAY [10..19] OF WORD;\n"), std::string::npos);
     EXPECT_NE(text.find("  text : STRING[7]; "), std::string::npos);
     EXPECT_NE(text.find("    words[10] := UINT_TO_WORD(requestId);\n"
-                        "    words[11] := BYTE_TO_WORD(USINT_TO_BYTE(command));\n"
+                        "    words[11] := UINT_TO_WORD(command);\n"
                         "    FOR i := 1 TO LEN(text) DO\n"
                         "      words[12 + INT_TO_DINT(i) - 1] := Plc_Code(character := MID(text, 1, i));\n"),
               std::string::npos);

@@ -1,0 +1,415 @@
+"""The Structured Text that the host makes: compiled, run on the registers of the host, and compared value by value."""
+
+import math
+import random
+import struct
+import unittest
+import urllib.parse
+
+from ascii_client import AsciiClient
+from host import BIN, Host, wait_until
+from modbus import ModbusClient, ModbusException
+from rest import RestClient
+from structured_text import Refused
+from structured_text.plc import Plc, as_shown, decode, encode, in_order, is_scaled
+
+MODBUS = "/controls/ModbusTcp"
+DESCRIBED = "/controls/Described"
+ORDERS = ("ABCD", "CDAB", "BADC", "DCBA")
+START, STOP, LOAD = 1, 2, 5
+JOB = "Gr\u00f6\u00dfe 'A'"
+DOES_NOT_FIT = "The map of the device does not fit this program"
+HAS_CHANGED = "The map of the device has changed: generate this file again"
+NOT_READ = "No fingerprint: the registers have not been read"
+
+REALS = (0.0, -0.0, 1.0, -2.5, 25.0, 0.3333333432674408, 3.4028234663852886e38, -3.4028234663852886e38, 1.1754943508222875e-38,
+         1.1754942106924411e-38, 1.401298464324817e-45, -4.203895392974451e-45, math.nan, math.inf, -math.inf)
+LREALS = (*REALS, 1 / 3, 1.7976931348623157e308, -2.2250738585072014e-308, 2.225073858507201e-308, 5e-324, -1.5e-323)
+TEXTS = (b"", b"a", b"job 1", b"'$\"(**)", b"Gr\xc3\xb6\xc3\x9f", bytes((1, 9, 10, 13, 127, 128)), bytes((255, 254, 64, 32)), b"123456")
+
+
+def generated(rest, service=MODBUS):
+    answer = rest.get(service + "/plc?format=structured-text")
+    if answer.status != 200:
+        raise AssertionError(answer.text)
+    return answer.text
+
+
+def tags_of(rest, service=MODBUS):
+    return rest.get(service + "/plc?format=json").json["tags"]
+
+
+def place(rest, blocks, service=MODBUS):
+    assembly, = rest.get(service + "/plc").json["layouts"]
+    answer = rest.post(f"{service}/registerAssemblies/{assembly['id']}/commands/add", {"blocks": blocks})
+    if answer.status != 200:
+        raise AssertionError(answer.text)
+
+
+def draw(tag, dice):
+    """A value of the tag: an edge of its type, its mark, or any other."""
+    kind = tag["type"]
+    if kind == "BIT":
+        return dice.random() < 0.5
+    if kind == "TEXT":
+        return dice.choice(TEXTS)[:tag["count"] * tag["charactersPerRegister"]]
+    if kind == "RAW":
+        return [dice.getrandbits(16) for _ in range(tag["count"])]
+    if kind == "REAL":
+        return dice.choice((*REALS, struct.unpack("f", dice.randbytes(4))[0]))
+    if kind == "LREAL":
+        return dice.choice((*LREALS, struct.unpack("d", dice.randbytes(8))[0]))
+    bits = {"USINT": 8, "INT": 16, "UINT": 16, "DINT": 32, "UDINT": 32, "LINT": 64, "ULINT": 64}[kind]
+    first = 0 if kind.startswith("U") else -(1 << (bits - 1))
+    last = first + (1 << bits) - 1
+    edges = [first, last, first + 1, last - 1, 0, 1, 0x12 if bits == 8 else 0x1234]
+    return dice.choice([*edges, dice.randint(first, last), *([int(tag["invalid"])] if tag["invalid"] else [])])
+
+
+def single(value):
+    """The nearest REAL."""
+    return struct.unpack("f", struct.pack("f", value))[0]
+
+
+def writes(modbus, command):
+    """False while an operation of the protocol runs."""
+    try:
+        modbus.write(0, command)
+        return True
+    except ModbusException:
+        return False
+
+
+def measured(client, name):
+    """(value, decision) that the line protocol shows; None before the first."""
+    _, _, value, decision = client.ask(f"GET {name}").split()
+    return None if value == "none" else (float(value), int(decision))
+
+
+class Values(unittest.TestCase):
+    def check_tag(self, plc, tag, expected):
+        shown = plc.value(tag)
+        self.assertEqual(shown, expected, tag)
+        if isinstance(expected, float):
+            self.assertEqual(math.copysign(1, shown), math.copysign(1, expected), tag)
+        if is_scaled(tag) and expected is not None:
+            self.assertEqual(plc.get(f"map.{tag['name']}.value"), single(single(expected) / tag["divisor"]), tag)
+
+    def test_every_type_in_every_order(self):
+        """The test makes up the registers: each type plain, with a mark, with a scale and with both."""
+        dice = random.Random(1)
+        with Host("--plugins", BIN / "tests/described", "--enable", "Described", modbus=False) as host, RestClient(host.http_port) as rest:
+            place(rest, [{"type": f"All_{order}", "outputId": 1000 + 200 * i} for i, order in enumerate(ORDERS)], DESCRIBED)
+            plc, tags = Plc(generated(rest, DESCRIBED), "Described"), tags_of(rest, DESCRIBED)
+            fingerprint = rest.get(DESCRIBED + "/plc").json["fingerprint"]
+        self.assertEqual({tag["order"] for tag in tags}, set(ORDERS))
+        self.assertEqual({tag["type"] for tag in tags},
+                         {"USINT", "INT", "UINT", "DINT", "UDINT", "LINT", "ULINT", "REAL", "LREAL", "BIT", "TEXT", "RAW"})
+        for _ in range(30):
+            registers, values = {}, {}
+            for tag in tags:
+                value = fingerprint if tag["role"] == "fingerprint" else draw(tag, dice)
+                values[tag["name"]] = value
+                registers |= enumerate(encode(tag, value), tag["offset"])
+            plc.show(registers)
+            self.assertEqual((plc.get("decode.fits"), plc.get("decode.problem")), (True, ""))
+            for tag in tags:
+                decoded = decode(tag, registers)
+                if decoded is not None:
+                    self.assertEqual(decoded, values[tag["name"]].split(b"\0")[0] if tag["type"] == "TEXT" else values[tag["name"]])
+                self.check_tag(plc, tag, as_shown(decoded))
+
+    def test_the_map_shows_what_the_host_measures(self):
+        with Host("--still", "--start", "--enable", "AsciiTcp", "--param", "AsciiTcp.port=0") as host, \
+                RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            plc, tags = Plc(generated(rest), "ModbusTcp"), tags_of(rest)
+            with AsciiClient(host.ports["AsciiTcp"]) as client:
+                answers = {name: wait_until(lambda: measured(client, name), name) for name in ("zMax", "zMin", "width", "meanZ", "points")}
+            wait_until(lambda: modbus.read(172, 1) == [1], "a measurement")
+            registers = plc.read(modbus)
+            plc.show(registers)
+            for tag in tags:
+                self.check_tag(plc, tag, as_shown(decode(tag, registers)))
+            self.assertTrue(plc.get("decode.fits"))
+            for name, (value, decision) in answers.items():
+                self.assertEqual(plc.get(f"map.profile_{name}_value.value"), single(value))
+                self.assertEqual(plc.get(f"map.profile_{name}_decision.value"), decision)
+            scanner = rest.get("/scanners").json["_embedded"]["item"][0]
+            self.assertEqual(plc.get("map.Scanner_laserOn"), scanner["info"]["laserEnabled"])
+            self.assertEqual(plc.get("map.System_jobName"), "default")
+            self.assertEqual(plc.get("map.System_runState"), 1)
+
+    def test_a_value_that_is_missing_is_not_valid(self):
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            plc = Plc(generated(rest), "ModbusTcp")
+            plc.show(plc.read(modbus))
+            self.assertFalse(plc.get("map.profile_zMax_value.valid"))
+            self.assertEqual(plc.get("map.profile_zMax_value.number"), -(1 << 31))
+            self.assertEqual(plc.get("map.profile_zMax_value.value"), 0.0)
+
+    def test_both_orders_of_the_service(self):
+        images = []
+        for order in (0, 1):
+            with Host("--still", "--start", "--param", f"ModbusTcp.registerOrder={order}") as host, \
+                    RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+                plc = Plc(generated(rest), "ModbusTcp")
+                wait_until(lambda: modbus.read(172, 1) == [1], "a measurement")
+                images.append(modbus.read(170, 2))
+                plc.show(plc.read(modbus))
+                self.assertEqual(plc.get("map.profile_zMax_value.value"), 25.0)
+        self.assertEqual(images[0], images[1][::-1])
+
+    def test_a_map_of_many_blocks(self):
+        count = 1000
+        with Host("--still", "--start") as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            place(rest, [{"type": "Measurement", "outputId": 1000 + 3 * i, "dataSource": "profile/zMax"} for i in range(count)])
+            plc, tags = Plc(generated(rest), "ModbusTcp"), tags_of(rest)
+            self.assertGreater(len(tags), 2 * count)
+            wait_until(lambda: modbus.read(1002 + 3 * (count - 1), 1) == [1], "a measurement")
+            registers = plc.read(modbus)
+            plc.show(registers)
+            for tag in tags:
+                self.check_tag(plc, tag, as_shown(decode(tag, registers)))
+
+    def test_hostile_names_of_sources(self):
+        sources = ["x*) END_VAR (*", "(*", "*)", "{pragma}", "'$", "a//b", "H\u00f6he \u20ac", "a\r\nEND_PROGRAM", "END_IF", "array", "1", "_",
+                   "a__b", "a" * 200, "A" * 200, "a_b", "A_B", "a/b", "\u202e", "\x00\x07", "{prefix}%s", "int_to", "ModbusTcp", "value"]
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            placed = 0
+            for number, source in enumerate(sources):
+                block = {"type": "Measurement", "outputId": 1000 + 3 * number, "dataSource": source}
+                assembly = rest.get(MODBUS + "/plc").json["layouts"][0]["id"]
+                answer = rest.post(f"{MODBUS}/registerAssemblies/{assembly}/commands/add", {"blocks": [block]})
+                placed += answer.status == 200
+            self.assertGreater(placed, 15)
+            plc, tags = Plc(generated(rest), "ModbusTcp"), tags_of(rest)
+            registers = plc.read(modbus)
+            plc.show(registers)
+            for tag in tags:
+                self.check_tag(plc, tag, as_shown(decode(tag, registers)))
+
+
+class Fingerprint(unittest.TestCase):
+    def test_a_changed_map_stops_the_program_with_a_sentence(self):
+        with Host("--plugins", BIN / "tests/described", "--enable", "Described", modbus=False) as host, RestClient(host.http_port) as rest:
+            place(rest, [{"type": "All_CDAB", "outputId": 0}], DESCRIBED)
+            old = Plc(generated(rest, DESCRIBED), "Described")
+            tags = {tag["name"]: tag for tag in tags_of(rest, DESCRIBED)}
+            before = rest.get(DESCRIBED + "/plc").json["fingerprint"]
+            place(rest, [{"type": "All_CDAB", "outputId": 100}], DESCRIBED)
+            after = rest.get(DESCRIBED + "/plc").json["fingerprint"]
+        self.assertNotEqual(before, after)
+
+        def image(fingerprint):
+            shown = dict(enumerate(encode(tags["All_CDAB_fingerprint"], fingerprint), tags["All_CDAB_fingerprint"]["offset"]))
+            return shown | dict(enumerate(encode(tags["All_CDAB_real"], 2.5), tags["All_CDAB_real"]["offset"]))
+
+        self.assertEqual((old.get("decode.fits"), old.get("map.All_CDAB_real.valid")), (False, False))
+        for fingerprint, fits, problem in ((0, False, NOT_READ), (before, True, ""), (after, False, HAS_CHANGED), (before, True, "")):
+            old.show(image(fingerprint))
+            self.assertEqual((old.get("decode.fits"), old.get("decode.problem")), (fits, problem))
+            self.assertEqual(old.get("map.All_CDAB_real"), {"VALUE": 2.5 * fits, "VALID": fits})
+
+    def test_a_map_without_it_says_that_nothing_is_checked(self):
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            plc = Plc(generated(rest), "ModbusTcp")
+            plc.show(plc.read(modbus))
+        self.assertEqual((plc.get("decode.fits"), plc.get("decode.problem")),
+                         (True, "Not checked: the map of the device has no block MapFingerprint"))
+
+
+class Commands(unittest.TestCase):
+    """The function block of commands in the cycles of a PLC, against the real host."""
+
+    def run_host(self, *arguments):
+        self.host = self.enterContext(Host(*arguments))
+        self.rest = self.enterContext(RestClient(self.host.http_port))
+        self.modbus = self.enterContext(ModbusClient(self.host.modbus_port))
+        self.plc = Plc(generated(self.rest), "ModbusTcp")
+
+    def cycle(self, seconds=0.01):
+        """Reads, calls the program and writes, as the programmer's own blocks for Modbus do."""
+        plc = self.plc
+        plc.show(plc.read(self.modbus), seconds)
+        if not plc.get("run.write"):
+            plc.set("isWritten", False)
+            plc.set("isRefused", False)
+        elif not plc.get("isWritten") and not plc.get("isRefused"):
+            try:
+                self.modbus.write(plc.words[0], plc.get("words"))
+                plc.set("isWritten", True)
+            except ModbusException:
+                plc.set("isRefused", True)
+
+    def state(self):
+        return tuple(self.plc.get(f"run.{name}") for name in ("busy", "done", "error"))
+
+    def run_command(self, command, text=""):
+        """The outputs at the end; then a cycle with execute FALSE, after which the block is idle."""
+        self.assertEqual(self.state(), (False, False, False))
+        self.plc.set("command", command)
+        self.plc.set("text", text)
+        self.plc.set("execute", True)
+        self.cycle()
+        self.assertEqual(self.state(), (True, False, False))
+
+        def ended():
+            self.cycle()
+            return not self.plc.get("run.busy")
+
+        wait_until(ended, "the end of the command")
+        found = self.state()[1:], self.plc.get("run.problem")
+        self.assertFalse(self.plc.get("run.write"))
+        self.cycle()
+        self.assertEqual(self.state()[1:], found[0])  # until execute is FALSE
+        self.plc.set("execute", False)
+        self.cycle()
+        self.assertEqual(self.state(), (False, False, False))
+        return found
+
+    DONE = (True, False), ""
+    FAILED = (False, True), "The device could not carry out the command"
+
+    def test_commands_are_done_and_fail(self):
+        self.run_host()
+        self.assertEqual(self.rest.post(f"/jobs/{urllib.parse.quote(JOB)}/save").status // 100, 2)
+        self.assertEqual(self.run_command(START), self.DONE)
+        wait_until(lambda: self.plc.read(self.modbus)[72] == 1, "the scan")
+        self.assertEqual(self.plc.get("run.requestId"), 1000)
+        self.assertEqual(self.run_command(STOP), self.DONE)
+        self.assertEqual(self.run_command(START), self.DONE)  # again: it has another request id
+        self.assertEqual(self.run_command(STOP), self.DONE)
+        self.assertEqual(self.plc.get("run.requestId"), 1003)
+        self.assertEqual(self.run_command(LOAD, "no such job"), self.FAILED)
+        self.assertEqual(self.run_command(99), self.FAILED)
+        self.assertEqual(self.run_command(LOAD, JOB.encode().decode("latin-1")), self.DONE)
+        wait_until(self.shows_the_job, "the name of the job")  # states are up to 100 ms old
+
+    def shows_the_job(self):
+        self.cycle()
+        return self.plc.get("map.System_jobName").encode("latin-1").decode() == JOB
+
+    def test_a_plc_that_starts_anew_repeats_no_request_id(self):
+        self.run_host()
+        self.assertEqual(self.run_command(START), self.DONE)
+        self.assertEqual(self.run_command(STOP), self.DONE)
+        self.plc = Plc(generated(self.rest), "ModbusTcp")
+        self.plc.set("firstId", 1001)
+        self.assertEqual(self.run_command(STOP), self.DONE)
+        self.assertEqual(self.plc.get("run.requestId"), 1002)  # 1001 would be the command of before
+        self.plc.set("lastId", 1002)
+        self.assertEqual(self.run_command(START), self.DONE)
+        self.assertEqual(self.plc.get("run.requestId"), 1001)  # from the start of the range
+        self.plc.set("firstId", 1002)
+        self.assertEqual(self.run_command_that_does_not_begin(), "Two request ids at least are needed")
+
+    def run_command_that_does_not_begin(self):
+        self.plc.set("execute", True)
+        self.cycle()
+        self.assertEqual(self.state(), (False, False, True))
+        problem = self.plc.get("run.problem")
+        self.plc.set("execute", False)
+        self.cycle()
+        return problem
+
+    def test_a_write_that_the_host_refuses(self):
+        self.run_host("--param", "ModbusTcp.readOnly=true")
+        self.assertEqual(self.run_command(START), ((False, True), "The device has refused the write"))
+
+    def test_no_answer_in_time(self):
+        self.run_host()
+        self.plc.set("execute", True)
+        self.plc.set("command", START)
+        for seconds in (0.01, 0.01, 9.9):
+            self.plc.cycle(seconds)  # the registers stay as they are
+            self.assertEqual(self.state(), (True, False, False))
+        self.plc.cycle(0.2)
+        self.assertEqual(self.state(), (False, False, True))
+        self.assertEqual(self.plc.get("run.problem"), "The device has not answered in time")
+        self.assertFalse(self.plc.get("run.write"))
+
+    def test_the_answer_to_another_master_is_none(self):
+        self.run_host()
+        self.plc.set("command", STOP)
+        self.plc.set("execute", True)
+        while not self.plc.get("isWritten"):
+            self.cycle()
+        with ModbusClient(self.host.modbus_port) as other:
+            wait_until(lambda: writes(other, [2000, STOP]), "the end of the operation")
+        for _ in range(3):
+            self.cycle()
+            self.assertEqual(self.state(), (True, False, False))
+
+    def test_the_write_of_the_last_command_ends_before_the_next_begins(self):
+        self.run_host()
+        self.plc.set("isWritten", True)
+        self.plc.set("execute", True)
+        for _ in range(3):
+            self.plc.cycle()
+            self.assertEqual((self.state(), self.plc.get("run.write")), ((True, False, False), False))
+        self.plc.set("isWritten", False)
+        self.plc.cycle()
+        self.assertTrue(self.plc.get("run.write"))
+
+    def test_every_order_and_a_map_that_does_not_fit(self):
+        with Host("--plugins", BIN / "tests/described", "--enable", "Described", modbus=False) as host, RestClient(host.http_port) as rest:
+            for order in ORDERS:
+                with self.subTest(order):
+                    assembly, = rest.get(DESCRIBED + "/plc").json["layouts"]
+                    rest.post(f"{DESCRIBED}/registerAssemblies/{assembly['id']}/commands/remove", {"outputIdList": [{"outputId": 500}]})
+                    place(rest, [{"type": f"All_{order}", "outputId": 500}], DESCRIBED)
+                    self.check_order(order, Plc(generated(rest, DESCRIBED), "Described"), rest)
+
+    def check_order(self, order, plc, rest):
+        tags = {tag["role"]: tag for tag in tags_of(rest, DESCRIBED)}
+        number = rest.get(DESCRIBED + "/plc").json["fingerprint"]
+
+        def image(fingerprint, **values):
+            shown = dict(enumerate(encode(tags["fingerprint"], fingerprint), tags["fingerprint"]["offset"]))
+            for role, value in values.items():
+                shown |= enumerate(encode(tags[role], value), tags[role]["offset"])
+            return shown
+
+        plc.set("command", 5)
+        plc.set("text", "ab\xc3")
+        plc.set("execute", True)
+        plc.show(image(number))
+        plc.show(image(number))
+        self.assertTrue(plc.get("run.write"))
+        bytes_order = {"CDAB": "ABCD", "DCBA": "BADC"}.get(order, order)
+        self.assertEqual(in_order(plc.get("words"), bytes_order), [1000, 5, ord("a"), ord("b"), 0xC3, 0, 0, 0])
+        plc.set("isWritten", True)
+        plc.show(image(number))
+        plc.show(image(number, answerRequestId=1000, answerStatus=1))
+        self.assertEqual([plc.get(f"run.{name}") for name in ("busy", "done", "error")], [True, False, False])
+        plc.show(image(number, answerRequestId=1000, answerStatus=2))
+        self.assertEqual([plc.get(f"run.{name}") for name in ("busy", "done", "error")], [False, True, False])
+        plc.set("execute", False)
+        plc.show(image(number))
+        plc.set("execute", True)
+        plc.show(image(number))
+        plc.show(image(number + 1 if number < 0xFFFFFFFF else 1))
+        self.assertEqual((plc.get("run.error"), plc.get("run.problem")), (True, DOES_NOT_FIT))
+        plc.set("execute", False)
+        plc.cycle()
+        plc.set("execute", True)
+        plc.cycle()
+        self.assertEqual((plc.get("run.error"), plc.get("run.problem")), (True, DOES_NOT_FIT))
+
+
+class Strictness(unittest.TestCase):
+    """A file that is damaged does not compile: the interpreter does look."""
+
+    def test_a_damaged_file_is_refused(self):
+        with Host() as host, RestClient(host.http_port) as rest:
+            source = generated(rest)
+        for good, bad in (("END_STRUCT;", "END_STRUCT"), ("registers[66]", "registers[999]"), ("bits32 : DWORD", "bits32 : DINT"),
+                          ("WORD_TO_UINT(", "WORD_TO_INT("), (" *)\n", " (*\n"), ("clock : TON", "clock : TOF")):
+            with self.subTest(bad):
+                self.assertIn(good, source)
+                with self.assertRaises(Refused):
+                    Plc(source.replace(good, bad), "ModbusTcp")
+
+
+if __name__ == "__main__":
+    unittest.main()
