@@ -4,6 +4,7 @@
 #include "Host/Audit/TrailNotes.h"
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
+#include "Host/Console/ConsolePages.h"
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
@@ -136,6 +137,7 @@ private:
     TokenStore tokens;
     TokenResources tokenResources;
     RoutesResource routesResource;
+    ConsolePages consolePages;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     Gatekeeper gatekeeper;
     Zu::Subscription revocations;

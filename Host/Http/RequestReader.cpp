@@ -2,6 +2,7 @@
 
 #include "Host/Http/ByteBudget.h"
 #include "Host/Http/IGatekeeper.h"
+#include "Host/Http/PagePath.h"
 #include "Host/Http/RequestFraming.h"
 #include "Host/Http/RequestOrigin.h"
 #include "ZuRest/Problem.h"
@@ -158,6 +159,12 @@ bool RequestReader::IsTooShort() const
     return hasHeader && parser->chunked() && buffer.size() < LAST_CHUNK_BYTES && Buffered().starts_with('0');
 }
 
+/// The path of the resource that the present request is for.
+std::string_view RequestReader::Path() const
+{
+    return PagePath::Of(parser->method, Target::Of(parser->target).Path(), parser->At<http::field::accept>().text);
+}
+
 std::string_view RequestReader::Buffered() const
 {
     return {static_cast<char const*>(buffer.data().data()), buffer.size()};
@@ -236,7 +243,7 @@ RequestReader::Result RequestReader::AskGatekeeper()
 {
     Target const target = Target::Of(parser->target);
     Admission admission = gatekeeper.Admit(
-        {parser->method, target.Path(), target.Query(), parser->At<http::field::authorization>().text,
+        {parser->method, Path(), target.Query(), parser->At<http::field::authorization>().text,
          parser->At<http::field::cookie>().text, parser->crossSiteToken, client.address, client.isEncrypted});
     if (admission.caller == nullptr)
     {
@@ -302,7 +309,7 @@ ZuRest::Request RequestReader::TakeRequest()
     Target const target = Target::Of(parser->target);
     ZuRest::Request request;
     request.method = parser->method;
-    request.path = target.Path();
+    request.path = Path();
     request.query = target.Query();
     request.body = std::move(parser->body);
     request.accept = parser->At<http::field::accept>().text;

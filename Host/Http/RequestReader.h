@@ -88,6 +88,7 @@ public:
     bool KeepsAlive() const; ///< the client wants to send more requests after the present one
 
 private:
+    std::string_view Path() const;
     void GiveBack() noexcept;
     void SkipEmptyLines();
     bool IsTooShort() const;

@@ -26,6 +26,7 @@ constexpr auto ADMINISTRATOR = ZuCommon::Role::ADMINISTRATOR;
 
 constexpr Route ROUTES[] = {
     {"GET", "/", VIEWER, "the links to all resources"},
+    {"GET", "/ui/:file", NONE, "the files of the console"},
     {"GET", "/health", NONE, "whether all parts of the host work"},
     {"GET", "/authority", NONE, "the certificate of the host's own authority"},
     {"GET", "/session", VIEWER, "the caller: its role, and the ends of its session"},

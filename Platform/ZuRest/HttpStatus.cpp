@@ -23,10 +23,11 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 22> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 23> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
         {NO_CONTENT, "No Content"},
+        {SEE_OTHER, "See Other"},
         {NOT_MODIFIED, "Not Modified"},
         {BAD_REQUEST, "Bad Request"},
         {UNAUTHORIZED, "Unauthorized"},

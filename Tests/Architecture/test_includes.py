@@ -14,9 +14,8 @@ FLOORS = [
      "Platform/ZuScan", "Platform/ZuStdScanners/ZucSensor", "Platform/ZuTls"],
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
     ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence", "ZuControl/Plc"],
-    ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/ModbusTcp/Blocks",
-      "Plugins/SparkplugMqtt",
-     "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Http", "Host/Jobs", "Host/Log",
+    ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/ModbusTcp/Blocks", "Plugins/SparkplugMqtt",
+     "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Console", "Host/Http", "Host/Jobs", "Host/Log",
      "Host/Metrics", "Host/Module", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor",
      "Host/Store", "Host/Tls", "Host/Watch"],
 ]

@@ -15,6 +15,9 @@ PROJECT = f"""cmake_minimum_required(VERSION 3.25)
 project(Small LANGUAGES NONE)
 include("{ROOT}/cmake/InstallCheck.cmake")
 install(FILES CMakePresets.json DESTINATION share)
+if(EXISTS "${{CMAKE_SOURCE_DIR}}/without-console")
+    message(STATUS "The console is left out of the build: Node.js or npm is missing.")
+endif()
 """
 OLD_HOST = "#!/bin/sh\necho the old host\n"
 
@@ -82,6 +85,12 @@ class TreeOfAnotherUser(unittest.TestCase):
         done = run_as_another_user(self.tree / "scripts/build", "release")
         self.assertEqual((done.returncode, done.stderr), (0, "building build/release ...\n"))
         self.assertIn("Build files have been written", self.log.read_text())
+
+    def test_what_is_left_out_is_told(self):
+        (self.tree / "without-console").touch()
+        done = run(self.tree / "scripts/build", "release")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("\nThe console is left out of the build: Node.js or npm is missing.\n", done.stderr)
 
     def test_every_place_that_cannot_be_written_stops_the_build(self):
         for place in ("build", "build/release", "build/release.log", "build/release/CMakeFiles"):

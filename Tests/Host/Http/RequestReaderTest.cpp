@@ -232,6 +232,13 @@ TEST_F(RequestReaderTest, HandsTheGatekeeperWhatTheHeaderShows)
     EXPECT_EQ(gatekeeper.Last(), "POST /a/b c=d Bearer 3 session=1 2 127.0.0.1");
 }
 
+TEST_F(RequestReaderTest, LeadsABrowserToTheConsole)
+{
+    ASSERT_EQ(Feed("GET / HTTP/1.1\r\nHost: localhost\r\nAccept: text/html\r\n\r\n"), Result::REQUEST);
+    EXPECT_EQ(reader.TakeRequest().path, "/ui");
+    EXPECT_EQ(gatekeeper.Last().substr(0, 7), "GET /ui") << "the role is that of the page";
+}
+
 TEST_F(RequestReaderTest, RefusesAnAddressWithANameOrPassword)
 {
     EXPECT_EQ(RefusalOf("GET http://0123456789abcdef@localhost/ HTTP/1.1\r\nHost: localhost\r\n\r\n"), 400U);
