@@ -192,6 +192,31 @@ Bio BioOf(std::string const& bytes)
     return NotNull(Bio(BIO_new_mem_buf(bytes.data(), static_cast<int>(bytes.size()))));
 }
 
+/// Reads all blocks of one kind from a PEM file. `what` names the kind in the sentences of exceptions.
+template <typename Block>
+std::vector<Block> ReadBlocks(std::filesystem::path const& file, char const* what,
+                              typename Block::pointer (*read)(BIO*, typename Block::pointer*, pem_password_cb*, void*))
+{
+    std::string const bytes = ReadAll(file, what, false);
+    Bio const bio = BioOf(bytes);
+    std::vector<Block> blocks;
+    while (Block block{read(bio.get(), nullptr, nullptr, nullptr)})
+    {
+        blocks.push_back(std::move(block));
+    }
+    bool const isAtEnd = ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
+    ERR_clear_error();
+    if (!isAtEnd)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s: a %s in it is damaged", file.c_str(), what);
+    }
+    if (blocks.empty())
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s: there is no %s in it", file.c_str(), what);
+    }
+    return blocks;
+}
+
 /// Gives no password, and notes that one was asked for.
 int RefusePassword(char*, int, int, void* isAsked)
 {
@@ -277,24 +302,28 @@ Certificate FactsOf(X509 const& certificate)
 
 std::vector<X509Ref> ReadCertificates(std::filesystem::path const& file)
 {
-    std::string const bytes = ReadAll(file, "certificate", false);
-    Bio const bio = BioOf(bytes);
-    std::vector<X509Ref> certificates;
-    while (X509Ref certificate{PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr)})
-    {
-        certificates.push_back(std::move(certificate));
-    }
-    bool const isAtEnd = ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
-    ERR_clear_error();
-    if (!isAtEnd)
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s: a certificate in it is damaged", file.c_str());
-    }
-    if (certificates.empty())
-    {
-        ZU_THROW(Zu::Status::BAD_ARGUMENT, "%s: there is no certificate in it", file.c_str());
-    }
-    return certificates;
+    return ReadBlocks<X509Ref>(file, "certificate", &PEM_read_bio_X509);
+}
+
+std::vector<CrlRef> ReadRevocations(std::filesystem::path const& file)
+{
+    return ReadBlocks<CrlRef>(file, "list of revoked certificates", &PEM_read_bio_X509_CRL);
+}
+
+std::string IssuerOf(X509_CRL const& list)
+{
+    return TextOf(X509_CRL_get_issuer(&list));
+}
+
+int64 BeginOf(X509_CRL const& list)
+{
+    return SecondsOf(X509_CRL_get0_lastUpdate(&list));
+}
+
+std::optional<int64> EndOf(X509_CRL const& list)
+{
+    ASN1_TIME const* const end = X509_CRL_get0_nextUpdate(&list);
+    return end == nullptr ? std::nullopt : std::optional(SecondsOf(end));
 }
 
 Key ReadKey(std::filesystem::path const& file)

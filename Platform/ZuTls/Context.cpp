@@ -99,6 +99,20 @@ void CheckValidity(Certificate const& certificate, std::filesystem::path const& 
     }
 }
 
+void CheckValidity(X509_CRL const& list, std::filesystem::path const& file, int64 utcSeconds)
+{
+    if (std::optional<int64> const end = EndOf(list); end.has_value() && utcSeconds >= *end)
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "the list of revoked certificates %s of %s ended on %s", file.c_str(),
+                 IssuerOf(list).c_str(), DayText(*end).c_str());
+    }
+    if (utcSeconds < BeginOf(list))
+    {
+        ZU_THROW(Zu::Status::BAD_ARGUMENT, "the list of revoked certificates %s of %s is valid only from %s",
+                 file.c_str(), IssuerOf(list).c_str(), DayText(BeginOf(list)).c_str());
+    }
+}
+
 /// Fills a new context.
 class Maker final
 {
@@ -221,6 +235,7 @@ private:
         }
         SSL_CTX_set_verify(native, SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
         SetAuthorities();
+        SetRevocations();
         if (!settings.peerName.empty())
         {
             X509_VERIFY_PARAM* const rules = SSL_CTX_get0_param(native);
@@ -252,6 +267,21 @@ private:
                 Must(SSL_CTX_add_client_CA(context.get(), authority.get()));
             }
         }
+    }
+
+    void SetRevocations()
+    {
+        if (settings.revocationsFile.empty())
+        {
+            return;
+        }
+        X509_STORE* const store = SSL_CTX_get_cert_store(context.get());
+        for (CrlRef const& list : ReadRevocations(settings.revocationsFile))
+        {
+            CheckValidity(*list, settings.revocationsFile, state->clock.utcSeconds());
+            Must(X509_STORE_add_crl(store, list.get()));
+        }
+        Must(X509_STORE_set_flags(store, X509_V_FLAG_CRL_CHECK)); // of the peer's certificate, not of its authorities
     }
 
     void SetTickets()

@@ -37,6 +37,9 @@ struct Settings
     std::filesystem::path authoritiesFile; ///< authorities that sign peers; empty, for a client: those of the system
     PeerProof peerProof = PeerProof::NOTHING;
     std::string peerName; ///< for a client: the name or IP address that must be in the server's certificate
+    /// Lists of revoked certificates. If there are any, each authority that signs a peer's certificate needs a list. Empty:
+    /// no certificate counts as revoked.
+    std::filesystem::path revocationsFile{};
 };
 
 /// The clocks of a context. An empty function means the clock of the machine.

@@ -4,6 +4,7 @@
 
 #include <openssl/err.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace ZuTls
@@ -47,6 +48,29 @@ std::string WantedName(X509_STORE_CTX& chain)
     return text;
 }
 
+/// Why the authority's list of revoked certificates cannot be used. OpenSSL does not tell which list it has asked: of
+/// several lists of the authority, the sentence shows the one that lasts longest.
+std::string FaultOfList(X509_STORE_CTX& chain, X509 const& certificate, std::string const& authority, int error)
+{
+    std::string const which = "the list of revoked certificates of " + authority;
+    if (error == X509_V_ERR_CRL_SIGNATURE_FAILURE)
+    {
+        return which + " is not signed with the key of this authority";
+    }
+    int64 begin = 0;
+    int64 end = 0;
+    STACK_OF(X509_CRL)* const lists = X509_STORE_CTX_get1_crls(&chain, X509_get_issuer_name(&certificate));
+    for (int i = 0; i < sk_X509_CRL_num(lists); ++i)
+    {
+        X509_CRL const& list = *sk_X509_CRL_value(lists, i);
+        begin = std::max(begin, BeginOf(list));
+        end = std::max(end, EndOf(list).value_or(0));
+    }
+    sk_X509_CRL_pop_free(lists, &X509_CRL_free);
+    return error == X509_V_ERR_CRL_HAS_EXPIRED ? which + " ended on " + DayText(end)
+                                               : which + " is valid only from " + DayText(begin);
+}
+
 std::string Fault(X509_STORE_CTX& chain)
 {
     X509 const* const at = X509_STORE_CTX_get_current_cert(&chain);
@@ -74,6 +98,14 @@ std::string Fault(X509_STORE_CTX& chain)
     case X509_V_ERR_HOSTNAME_MISMATCH:
     case X509_V_ERR_IP_ADDRESS_MISMATCH:
         return "the name " + WantedName(chain) + " is not in " + who + ", which has " + List(certificate.names);
+    case X509_V_ERR_CERT_REVOKED:
+        return who + " is revoked";
+    case X509_V_ERR_UNABLE_TO_GET_CRL:
+        return who + " cannot be checked: there is no list of revoked certificates of " + certificate.issuer;
+    case X509_V_ERR_CRL_HAS_EXPIRED:
+    case X509_V_ERR_CRL_NOT_YET_VALID:
+    case X509_V_ERR_CRL_SIGNATURE_FAILURE:
+        return FaultOfList(chain, *at, certificate.issuer, error);
     case X509_V_ERR_INVALID_PURPOSE:
         return who + " is not made for this purpose";
     default:

@@ -21,7 +21,8 @@ AccessRules::Tls AccessRules::ReadCertificates(TcpSettings const& settings)
                                 .keyFile = settings.keyFile,
                                 .authoritiesFile = settings.authorityFile,
                                 .peerProof = asksClients ? ZuTls::PeerProof::CERTIFICATE : ZuTls::PeerProof::NOTHING,
-                                .peerName = ""};
+                                .peerName = "",
+                                .revocationsFile = settings.revocationFile};
     return std::make_shared<ZuTls::Context const>(ZuTls::Side::SERVER, files);
 }
 
@@ -32,6 +33,7 @@ AccessRules::AccessRules(TcpSettings const& settings, Tls newTls)
       roles(settings.roles),
       security(settings.security),
       authorityFile(settings.authorityFile),
+      revocationFile(settings.revocationFile),
       tls(std::move(newTls))
 {
     if (security < TcpSecurity::OFF || security > TcpSecurity::CLIENT_CERTIFICATES)

@@ -49,7 +49,8 @@ public:
     /// Whether a client that was admitted by `older` has shown what these rules ask for.
     bool DemandNoMoreThan(AccessRules const& older) const
     {
-        return security == older.security && authorityFile == older.authorityFile;
+        return security == older.security && authorityFile == older.authorityFile &&
+               revocationFile == older.revocationFile;
     }
 
     /// `certified` is the text of the role in the client's certificate. If clients show no certificates, a client that may
@@ -69,6 +70,7 @@ private:
     RoleTable const roles;
     TcpSecurity const security;
     std::string const authorityFile;
+    std::string const revocationFile;
     Tls const tls;
 };
 

@@ -29,8 +29,9 @@ TcpParams::TcpParams(uint16 newDefaultPort) : Group(""), defaultPort(newDefaultP
 
 TcpParams::~TcpParams()
 {
-    for (char const* key : {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter", "allowedClients",
-                            "writers", "readOnly", "security", "certificateFile", "keyFile", "authorityFile", "roles"})
+    for (char const* key :
+         {"port", "address", "maxClients", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly",
+          "security", "certificateFile", "keyFile", "authorityFile", "revocationFile", "roles"})
     {
         Deregister(key); // before the members, to which the base class refers, are destroyed
     }
@@ -50,6 +51,7 @@ void TcpParams::SetDefaults()
     certificateFile.Set("");
     keyFile.Set("");
     authorityFile.Set("");
+    revocationFile.Set("");
     roles.Set("");
 }
 
@@ -67,6 +69,7 @@ TcpSettings TcpParams::Settings() const
             .certificateFile = certificateFile.Get(),
             .keyFile = keyFile.Get(),
             .authorityFile = authorityFile.Get(),
+            .revocationFile = revocationFile.Get(),
             .roles = roles.Get()};
 }
 
@@ -84,6 +87,7 @@ void TcpParams::RegisterLimits()
     Register("certificateFile", "File of the Certificate", certificateFile);
     Register("keyFile", "File of the Private Key", keyFile);
     Register("authorityFile", "File of the Authorities of Clients", authorityFile);
+    Register("revocationFile", "File of the Revoked Certificates of Clients", revocationFile);
     Register("roles", "Roles in Client Certificates", roles);
 }
 

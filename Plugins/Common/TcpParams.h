@@ -55,6 +55,8 @@ public:
     LimitedText keyFile{LONGEST_PATH};
     LimitedText authorityFile{LONGEST_PATH}; ///< authorities that sign the certificates of clients
 
+    LimitedText revocationFile{LONGEST_PATH}; ///< the file with the lists of revoked certificates of clients
+
     /// Roles of further texts in the certificates of clients: "Maintenance=engineer, SCADA=viewer".
     LimitedText roles{LONGEST_LIST};
 

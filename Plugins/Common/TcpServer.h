@@ -43,6 +43,7 @@ struct TcpSettings
     std::string certificateFile{}; ///< this and the next two: paths of PEM files
     std::string keyFile{};
     std::string authorityFile{};              ///< authorities that sign the certificates of clients
+    std::string revocationFile{};             ///< lists of revoked certificates of clients; empty: none are checked
     std::string roles{};                      ///< further texts of roles in the certificates of clients
     uint64 handshakeTimeoutUsec = 10'000'000; ///< a client that has not finished the TLS handshake by then is dropped
 

@@ -196,4 +196,35 @@ void TestCertificate::Write(std::filesystem::path const& folder, std::string con
                                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
+std::string RevocationList(TestCertificate const& authority, std::vector<TestCertificate const*> const& revoked,
+                           int64 fromUtcSeconds, int64 untilUtcSeconds)
+{
+    std::unique_ptr<X509_CRL, decltype(&X509_CRL_free)> const list(X509_CRL_new(), &X509_CRL_free);
+    X509Ref const issuer = ReadCertificate(authority.certificatePem);
+    KeyRef const key(PEM_read_bio_PrivateKey(BioOf(authority.keyPem).get(), nullptr, nullptr, nullptr), &EVP_PKEY_free);
+    Must(list != nullptr && issuer != nullptr && key != nullptr);
+    Must(X509_CRL_set_version(list.get(), X509_CRL_VERSION_2) == 1 &&
+         X509_CRL_set_issuer_name(list.get(), X509_get_subject_name(issuer.get())) == 1);
+    std::unique_ptr<ASN1_TIME, decltype(&ASN1_TIME_free)> const time(ASN1_TIME_set(nullptr, fromUtcSeconds),
+                                                                     &ASN1_TIME_free);
+    Must(X509_CRL_set1_lastUpdate(list.get(), time.get()) == 1);
+    for (TestCertificate const* const one : revoked)
+    {
+        X509_REVOKED* const entry = X509_REVOKED_new();
+        X509Ref const certificate = ReadCertificate(one->certificatePem);
+        X509_REVOKED_set_serialNumber(entry, X509_get_serialNumber(certificate.get()));
+        X509_REVOKED_set_revocationDate(entry, time.get());
+        Must(X509_CRL_add0_revoked(list.get(), entry) == 1);
+    }
+    if (untilUtcSeconds != 0)
+    {
+        ASN1_TIME_set(time.get(), untilUtcSeconds);
+        Must(X509_CRL_set1_nextUpdate(list.get(), time.get()) == 1);
+    }
+    Must(X509_CRL_sort(list.get()) == 1 && X509_CRL_sign(list.get(), key.get(), EVP_sha256()) > 0);
+    BioRef const text(BIO_new(BIO_s_mem()), &BIO_free);
+    Must(PEM_write_bio_X509_CRL(text.get(), list.get()) == 1);
+    return TextOf(text.get());
+}
+
 } // namespace ZuTest

@@ -58,4 +58,8 @@ public:
                std::vector<TestCertificate const*> const& behind = {}) const;
 };
 
+/// Lists of revoked certificates as PEM, signed by `authority`. The second time is 0 for a list without an end.
+std::string RevocationList(TestCertificate const& authority, std::vector<TestCertificate const*> const& revoked,
+                           int64 fromUtcSeconds, int64 untilUtcSeconds);
+
 } // namespace ZuTest

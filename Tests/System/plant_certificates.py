@@ -46,6 +46,16 @@ class Plant:
                 "-out", self / f"{name}.pem")
         return name
 
+    def revoke(self, *names):
+        """Makes revoked.pem, the list of the authority with these certificates."""
+        (self / "index").write_text("", encoding="ascii")
+        settings = self / "ca.cnf"
+        settings.write_text(f"[ca]\ndefault_ca = plant\n[plant]\ndatabase = {self / 'index'}\ncertificate = {self / 'authority.pem'}\n"
+                            f"private_key = {self / 'authority.key'}\ndefault_md = sha256\n", encoding="utf-8")
+        for name in names:
+            openssl("ca", "-config", settings, "-revoke", self / f"{name}.pem")
+        openssl("ca", "-config", settings, "-gencrl", "-crldays", 30, "-out", self / "revoked.pem")
+
     def parameters(self, protocol, security=2, **more):
         """The options of a host whose protocol has TLS with the sensor's certificate."""
         settings = {"security": security, "certificateFile": self / "sensor.pem", "keyFile": self / "sensor.key",

@@ -25,8 +25,8 @@ MODBUS = "/controls/ModbusTcp"
 ASSEMBLY = MODBUS + "/registerAssemblies/registerAssembly-0"
 COMMANDS = [f"{ASSEMBLY}/commands/{command}" for command in ("add", "remove", "update")]
 PARAMETERS = ("port", "address", "maxClients", "registerOrder", "idleTimeout", "makeRoomAfter", "allowedClients", "writers", "readOnly", "security",
-              "certificateFile", "keyFile", "authorityFile", "roles")
-TEXTS = ("address", "allowedClients", "writers", "certificateFile", "keyFile", "authorityFile", "roles")
+              "certificateFile", "keyFile", "authorityFile", "revocationFile", "roles")
+TEXTS = ("address", "allowedClients", "writers", "certificateFile", "keyFile", "authorityFile", "revocationFile", "roles")
 
 
 def request(method, path, body=b"", *headers):

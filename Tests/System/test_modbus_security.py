@@ -290,6 +290,25 @@ class Certificates(WithPlant):
                 self.assertNotEqual(serial(first), serial(third))
                 self.assertEqual(first.read(0, 1) + third.read(0, 1), [0, 0])
 
+    def test_a_revoked_client_is_refused(self):
+        self.plant.certify("lost", role="Engineer")
+        self.plant.revoke("lost")
+        with self.secure_host(revocationFile=self.plant / "revoked.pem") as host, RestClient(host.http_port) as rest:
+            with self.assertRaises(OSError), TlsModbusClient(host.modbus_port, self.plant, "lost") as plc:
+                plc.read(0, 1)
+            host.wait_for_log("the TLS handshake failed: the certificate of CN=lost is revoked")
+            with TlsModbusClient(host.modbus_port, self.plant, "viewer") as plc:
+                self.assertEqual(plc.read(0, 1), [0])
+                self.plant.revoke("lost", "viewer")
+                host.process.send_signal(signal.SIGHUP)
+                host.wait_for_log("Modbus TCP has read its certificate again")
+                self.assertEqual(plc.read(0, 1), [0])  # the connection stays
+                with self.assertRaises(OSError), TlsModbusClient(host.modbus_port, self.plant, "viewer") as again:
+                    again.read(0, 1)
+            answer = rest.put(MODBUS, {"parameters": {"revocationFile": str(self.plant / "viewer.pem")}})
+            self.assertEqual(answer.status, 422)
+            self.assertIn("there is no list of revoked certificates in it", answer.json["detail"])
+
     def test_the_trail_shows_the_roles_and_the_refused_clients(self):
         with self.secure_host() as host, RestClient(host.http_port) as rest:
             with TlsModbusClient(host.modbus_port, self.plant, "engineer") as plc:

@@ -147,19 +147,20 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
         PluginClinic(Deployment::PHYSICAL_SENSOR).Check(FileOf("plugins/modbustcp.so"));
 
     EXPECT_TRUE(checkUp.isSound);
-    EXPECT_EQ(checkUp.report.find(
-                  FileOf("plugins/modbustcp.so").string() +
-                  " offers\n"
-                  "  ModbusTcp (Modbus TCP), protocol number 1\n"
-                  "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter, "
-                  "allowedClients, writers, readOnly, security, certificateFile, keyFile, authorityFile, roles\n"
-                  "    register assemblies: registerAssembly-0\n"
-                  "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
-                  "deniedClients, failedHandshakes, droppedClients, requests, deniedRequests, "
-                  "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, lastHandlingUsec, "
-                  "largestHandlingUsec, lifetime\n"
-                  "    listens on: 127.0.0.1:"),
-              0u)
+    EXPECT_EQ(
+        checkUp.report.find(FileOf("plugins/modbustcp.so").string() +
+                            " offers\n"
+                            "  ModbusTcp (Modbus TCP), protocol number 1\n"
+                            "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter, "
+                            "allowedClients, writers, readOnly, security, certificateFile, keyFile, authorityFile, "
+                            "revocationFile, roles\n"
+                            "    register assemblies: registerAssembly-0\n"
+                            "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
+                            "deniedClients, failedHandshakes, droppedClients, requests, deniedRequests, "
+                            "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, lastHandlingUsec, "
+                            "largestHandlingUsec, lifetime\n"
+                            "    listens on: 127.0.0.1:"),
+        0u)
         << checkUp.report;
 }
 

@@ -213,6 +213,35 @@ TEST_F(TlsContext, NeedsTheAuthoritiesOfClients)
     EXPECT_EQ(RefusedText(settings), "");
 }
 
+TEST_F(TlsContext, RefusesListsOfRevokedCertificatesThatCannotBeUsed)
+{
+    Settings settings = Files({});
+    settings.peerProof = PeerProof::CERTIFICATE;
+    settings.authoritiesFile = certificate;
+    settings.revocationsFile = folder / "revoked.pem";
+    std::string const file = settings.revocationsFile.string();
+    CertificateWish wish;
+    wish.commonName = "Plant";
+    wish.purpose = CertificateWish::Purpose::AUTHORITY;
+    TestCertificate const authority(wish);
+    auto const refusalOf = [&](std::string const& bytes) {
+        ZuTest::WriteBytes(settings.revocationsFile, bytes);
+        return RefusedText(settings);
+    };
+
+    EXPECT_EQ(RefusedText(settings),
+              "the list of revoked certificates " + file + " cannot be read: No such file or directory");
+    EXPECT_EQ(refusalOf(authority.certificatePem), file + ": there is no list of revoked certificates in it");
+    EXPECT_EQ(refusalOf("-----BEGIN X509 CRL-----\nAAAA\n-----END X509 CRL-----\n"),
+              file + ": a list of revoked certificates in it is damaged");
+    EXPECT_EQ(refusalOf(RevocationList(authority, {}, NOW - 2 * DAY, NOW - DAY)),
+              "the list of revoked certificates " + file + " of CN=Plant ended on 2026-01-01");
+    EXPECT_EQ(refusalOf(RevocationList(authority, {}, NOW + DAY, NOW + 2 * DAY)),
+              "the list of revoked certificates " + file + " of CN=Plant is valid only from 2026-01-03");
+    EXPECT_EQ(refusalOf(RevocationList(authority, {}, NOW - DAY, NOW + DAY)), "");
+    EXPECT_EQ(refusalOf(RevocationList(authority, {}, NOW - DAY, 0)), "");
+}
+
 TEST_F(TlsContext, AClientWithoutAuthoritiesTakesThoseOfTheSystem)
 {
     Settings settings;

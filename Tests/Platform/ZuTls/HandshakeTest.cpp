@@ -8,6 +8,7 @@
 #include <openssl/err.h>
 
 #include <array>
+#include <fstream>
 
 namespace
 {
@@ -202,6 +203,51 @@ TEST_F(TlsHandshake, AServerExplainsWhyItRefusesAClient)
     utcSeconds = NOW + 2 * DAY;
     EXPECT_EQ(refusal(ending), "the certificate of CN=plc ended on 2026-01-03 / "
                                "for the peer our certificate has ended or has not begun");
+}
+
+TEST_F(TlsHandshake, AServerRefusesARevokedClientAndExplainsWhatIsWrongWithTheList)
+{
+    CertificateWish plc;
+    plc.commonName = "plc";
+    Pointer const client = Client("", &plc, &authority);
+    TestCertificate revoked(plc, &authority);
+    auto const faultWith = [&](std::string const& list, int64 handshakeAt = NOW + DAY) {
+        ZuTest::WriteBytes(folder / "revoked.pem", list);
+        CertificateWish wish;
+        TestCertificate(wish, &authority).Write(folder.path, "server");
+        Settings settings{folder / "server.pem", folder / "server.key", folder / "authority.pem",
+                          PeerProof::CERTIFICATE, ""};
+        settings.revocationsFile = folder / "revoked.pem";
+        ZuTls::Context const server(Side::SERVER, settings, clock);
+        utcSeconds = handshakeAt; // the list was read at NOW
+        TestHandshake talk(client->Native(), server.Native());
+        talk.Run();
+        utcSeconds = NOW;
+        return talk.ServerFault();
+    };
+    auto const listOf = [&](std::vector<TestCertificate const*> const& certificates, int64 until) {
+        return RevocationList(authority, certificates, NOW - DAY, until);
+    };
+    CertificateWish other = Authority();
+    other.commonName = "Other plant";
+    TestCertificate const another(other);
+    TestCertificate const impostor(Authority());
+
+    EXPECT_EQ(faultWith(listOf({}, NOW + 2 * DAY)), "");
+    EXPECT_EQ(faultWith(listOf({&revoked}, NOW + 2 * DAY)), "") << "another certificate of the same name";
+    std::ifstream own(folder / "client.pem");
+    revoked.certificatePem.assign(std::istreambuf_iterator<char>(own), {});
+    EXPECT_EQ(faultWith(listOf({&revoked}, NOW + 2 * DAY)), "the certificate of CN=plc is revoked");
+    EXPECT_EQ(faultWith(listOf({&revoked}, 0)), "the certificate of CN=plc is revoked");
+    EXPECT_EQ(faultWith(listOf({}, NOW + DAY / 2)), "the list of revoked certificates of CN=Plant ended on 2026-01-03");
+    EXPECT_EQ(faultWith(listOf({}, NOW + DAY / 2) + listOf({}, NOW + DAY / 4)),
+              "the list of revoked certificates of CN=Plant ended on 2026-01-03");
+    EXPECT_EQ(faultWith(listOf({}, NOW + 2 * DAY), NOW - 2 * DAY),
+              "the list of revoked certificates of CN=Plant is valid only from 2026-01-01");
+    EXPECT_EQ(faultWith(RevocationList(another, {}, NOW - DAY, NOW + 2 * DAY)),
+              "the certificate of CN=plc cannot be checked: there is no list of revoked certificates of CN=Plant");
+    EXPECT_EQ(faultWith(RevocationList(impostor, {}, NOW - DAY, NOW + 2 * DAY)),
+              "the list of revoked certificates of CN=Plant is not signed with the key of this authority");
 }
 
 TEST_F(TlsHandshake, AServerExplainsWhyACertificateDoesNotSuffice)

@@ -20,7 +20,7 @@ TEST(AsciiParams, AreBornWithTheirDefaults)
     EXPECT_EQ(JsonSerializer::Serialize(params), json::parse(R"({
         "port": 5025, "address": "127.0.0.1", "maxClients": 16, "decimals": 3, "idleTimeout": 60, "makeRoomAfter": 10,
         "allowedClients": "", "writers": "", "readOnly": false,
-        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "roles": ""})"));
+        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "revocationFile": "", "roles": ""})"));
 }
 
 struct RefusedParams
@@ -65,7 +65,7 @@ TEST(AsciiParams, TakeTheEndsOfTheirBounds)
     json const document = json::parse(R"({
         "port": 65535, "address": "::1", "maxClients": 512, "decimals": 9, "idleTimeout": 86400, "makeRoomAfter": 86400,
         "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
-        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "roles": "d=viewer"})");
+        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "revocationFile": "e", "roles": "d=viewer"})");
 
     JsonSerializer::Validate(params, document);
     JsonSerializer::Deserialize(params, document);

@@ -602,6 +602,38 @@ TEST_F(TcpTlsTest, GoesOnWithItsCertificateWhenANewOneIsRefused)
     EXPECT_EQ(second.ServerSubject(), "CN=sensor");
 }
 
+TEST_F(TcpTlsTest, RefusesARevokedClientAndClosesItsConnections)
+{
+    ZuTest::LogRecorder const log;
+    CertificateWish wish = Wish("plc-7", CertificateWish::Purpose::CLIENT);
+    wish.textExtensions.emplace_back(ROLE_EXTENSION, "Operator");
+    TestCertificate const revoked(wish, &plant.authority);
+    auto const context = ContextOf(plant.Shows(revoked));
+    Start(Settings(TcpSecurity::CLIENT_CERTIFICATES));
+    TlsClient before(server.Port(), context);
+    ExpectEcho(before);
+    ZuTest::WriteBytes(plant.folder / "revoked.pem", RevocationList(plant.authority, {&revoked}, YEAR_2024, 0));
+    TcpSettings settings = applied;
+    settings.revocationFile = plant.folder / "revoked.pem";
+
+    server.Apply(settings);
+
+    EXPECT_TRUE(before.IsClosedByServer());
+    EXPECT_THROW(
+        {
+            TlsClient after(server.Port(), context);
+            after.Receive(1);
+        },
+        std::runtime_error);
+    EXPECT_TRUE(WaitForFailedHandshake());
+    TlsClient other(server.Port(), ContextOf(plant.Client("Viewer")));
+    ExpectEcho(other);
+    settings.revocationFile = plant.folder / "none.pem";
+    EXPECT_EQ(ZuTest::RefusalOf([&] { server.Apply(settings); }).text,
+              "The test cannot use TLS: the list of revoked certificates " + settings.revocationFile +
+                  " cannot be read: No such file or directory");
+}
+
 TEST_F(TcpTlsTest, DropsClientsThatHaveNotShownWhatIsAskedNow)
 {
     Start(Settings(TcpSecurity::SERVER_CERTIFICATE));

@@ -19,7 +19,7 @@ TEST(ModbusParams, AreBornWithTheirDefaults)
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(params), json::parse(R"({
         "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10,
         "allowedClients": "", "writers": "", "readOnly": false,
-        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "roles": ""})"));
+        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "revocationFile": "", "roles": ""})"));
 }
 
 struct RefusedCase
@@ -71,7 +71,7 @@ TEST(ModbusParams, TakeTheEndsOfTheirBounds)
     json const document = json::parse(R"({
         "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400,
         "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
-        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "roles": "d=viewer"})");
+        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "revocationFile": "e", "roles": "d=viewer"})");
 
     Zu::Properties::JsonSerializer::Validate(params, document);
     Zu::Properties::JsonSerializer::Deserialize(params, document);
