@@ -48,8 +48,8 @@ std::string WantedName(X509_STORE_CTX& chain)
     return text;
 }
 
-/// Why the authority's list of revoked certificates cannot be used. OpenSSL does not tell which list it has asked: of
-/// several lists of the authority, the sentence shows the one that lasts longest.
+/// The reason why the authority's list of revoked certificates cannot be used. OpenSSL does not tell which list it has
+/// used: if the authority has several lists, the sentence shows the latest end of all.
 std::string FaultOfList(X509_STORE_CTX& chain, X509 const& certificate, std::string const& authority, int error)
 {
     std::string const which = "the list of revoked certificates of " + authority;

@@ -11,8 +11,8 @@
 namespace ZuControl
 {
 
-/// What the services and the host tell each other apart from commands: the services tell which clients they refuse, and
-/// the host tells that files were replaced.
+/// The notices between the services and the host: a service notifies the host of each client that it refuses, and the host
+/// notifies the services of replaced files.
 ///
 /// Threads: any thread may call any operation. Handlers run on the thread that notifies.
 class ZUCONTROL_API ServiceNotices final
