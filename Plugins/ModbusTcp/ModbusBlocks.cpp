@@ -1,5 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 
+#include "Plugins/ModbusTcp/Blocks/DecisionBitsBlock.h"
+#include "Plugins/ModbusTcp/Blocks/ResultQueueBlock.h"
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
@@ -52,6 +54,22 @@ constexpr BlockType MEASUREMENT{
     TYPE_MEASUREMENT, "Measurement and Decision", BlockCategoryMeasurement, 3, 0, 0, ANY_NUMBER, true};
 constexpr BlockType STATE_BITS{
     StateBitsBlock::TYPE, "State Bits", BlockCategorySystem, StateBitsBlock::REGISTER_COUNT, 0, 0, 1, false};
+constexpr BlockType DECISION_BITS{DecisionBitsBlock::TYPE,
+                                  "Decision Bits",
+                                  BlockCategoryMeasurement,
+                                  DecisionBitsBlock::REGISTER_COUNT,
+                                  0,
+                                  0,
+                                  ANY_NUMBER,
+                                  true};
+constexpr BlockType RESULT_QUEUE{ResultQueueBlock::TYPE,
+                                 "Result Queue",
+                                 BlockCategoryMeasurement,
+                                 ResultQueueBlock::REGISTER_COUNT,
+                                 2,
+                                 0,
+                                 ResultQueueBlock::MAX_INSTANCES,
+                                 true};
 
 template <typename Block>
 void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
@@ -163,6 +181,8 @@ void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
     AddType<DefaultMeasurementDecisionRegisterBlock>(assembly, DECISION);
     AddType<DefaultMeasurementValueAndDecisionRegisterBlock>(assembly, MEASUREMENT);
     AddType<StateBitsBlock>(assembly, STATE_BITS);
+    AddType<DecisionBitsBlock>(assembly, DECISION_BITS);
+    AddType<ResultQueueBlock>(assembly, RESULT_QUEUE);
 }
 
 namespace

@@ -49,6 +49,8 @@ ModbusMetrics::ModbusMetrics(ModbusCounters const& counters)
     AddTraffic(counters);
     AddCounter("commands", "Commands taken from the command block", counters.commands);
     AddCounter("registersWritten", "Registers written", counters.registersWritten);
+    AddGauge("queuedResults", "Results in result queues now", counters.queuedResults);
+    AddCounter("queueOverflows", "Results that a result queue has lost", counters.queueOverflows);
     AddHandling(counters);
     Register("lifetime", lifetime);
 }

@@ -22,6 +22,9 @@ struct ModbusCounters final : PluginCommon::TcpCounters
     std::array<Counter, CODE_COUNT> exceptionsByCode{}; ///< refused requests by exception code
     Counter commands{0};                                ///< commands taken from the command block
     Counter registersWritten{0};                        ///< by accepted requests
+    Counter queuedResults{0};                           ///< in result queues now
+    Counter overflowingQueues{0};                       ///< queues that have lost results since they were empty
+    Counter queueOverflows{0};                          ///< results that a result queue has lost
 
     /// Counts a refused request; does nothing for NONE.
     void CountException(ModbusException refusal);

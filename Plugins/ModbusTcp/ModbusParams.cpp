@@ -1,5 +1,7 @@
 #include "Plugins/ModbusTcp/ModbusParams.h"
 
+#include "Plugins/ModbusTcp/Blocks/ResultQueueBlock.h"
+
 ZU_INSTANTIATE_ENUM_VALUE(ModbusTcp::RegisterOrder);
 
 namespace ModbusTcp
@@ -11,18 +13,25 @@ ModbusParams::ModbusParams() : TcpParams(DEFAULT_PORT)
     registerOrder.AddOption(RegisterOrderBigEndian, "Big Endian");
     registerOrder.AddOption(RegisterOrderLittleEndian, "Little Endian");
     RegisterLimits();
+    Register("queueDepth", "Depth of a Result Queue", queueDepth);
+    queueDepth.SetMinimum(1);
+    queueDepth.EnableMaximum(true).GetMaximum().Set(ResultQueueBlock::MOST_RESULTS);
     ModbusParams::SetDefaults();
 }
 
 ModbusParams::~ModbusParams()
 {
-    Deregister("registerOrder"); // before the member, to which the base class refers, is destroyed
+    for (char const* key : {"registerOrder", "queueDepth"})
+    {
+        Deregister(key); // before the members, to which the base class refers, are destroyed
+    }
 }
 
 void ModbusParams::SetDefaults()
 {
     TcpParams::SetDefaults();
     registerOrder.Set(RegisterOrderBigEndian);
+    queueDepth.Set(ResultQueueBlock::DEFAULT_DEPTH);
 }
 
 } // namespace ModbusTcp

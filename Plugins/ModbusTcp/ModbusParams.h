@@ -2,6 +2,7 @@
 
 #include "Plugins/Common/TcpParams.h"
 #include "ZuApi/Params/Enum.h"
+#include "ZuApi/Params/Value.h"
 #include "wApi/wTypes.h"
 
 namespace ModbusTcp
@@ -27,6 +28,7 @@ public:
     void SetDefaults() override;
 
     Zu::Params::Enum<RegisterOrder> registerOrder;
+    Zu::Params::Value<uint32> queueDepth; ///< results that a result queue holds
 };
 
 } // namespace ModbusTcp

@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/ModbusTcpProtocol.h"
 
+#include "Plugins/ModbusTcp/Blocks/SourceListBlock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "ZuApi/JsonSerializer.h"
@@ -31,9 +32,12 @@ ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
       assemblyActionTarget(assembly),
       encoder(image, counters),
       map({.image = image,
+           .results = encoder,
            .commands = *this,
            .latestState = [this](std::string const& scannerId) { return LatestState(scannerId); },
-           .counters = counters})
+           .counters = counters}),
+      problems(*environ.problems), // the base class has checked it
+      queueProblem(environ.problems)
 {
     AddModbusBlockTypes(assembly);
     assemblyGroup.Add(assembly, assemblyActionTarget);
@@ -73,6 +77,21 @@ void ModbusTcpProtocol::SavePersistDomain(ZuCommon::PersistDomain domain, nlohma
     document[KEY_LIFETIME] = Zu::Properties::JsonSerializer::Serialize(metrics.lifetime);
 }
 
+std::vector<std::string> ModbusTcpProtocol::DataSourceList() const
+{
+    std::vector<std::string> sources = ProtocolBase::DataSourceList();
+    for (std::size_t i = 0, count = sources.size(); i < count; ++i)
+    {
+        std::string const list = sources[i]; // a copy: the vector grows
+        if (list.find(',') != std::string::npos)
+        {
+            auto const names = SourceListBlock::Split(list);
+            sources.insert(sources.end(), names.begin(), names.end());
+        }
+    }
+    return sources;
+}
+
 void ModbusTcpProtocol::ProcessResultSets(void* resultSets)
 {
     if (assembly.ChangeCount() != layoutChangeCount.load(std::memory_order_relaxed))
@@ -107,16 +126,41 @@ std::unique_ptr<PluginCommon::ITcpConversation> ModbusTcpProtocol::MakeConversat
 
 void ModbusTcpProtocol::ApplyOwnParams()
 {
+    encoder.SetQueueDepth(params.queueDepth.Get());
     bool const isWantedBigEndian = params.registerOrder.Get() != RegisterOrderLittleEndian;
-    if (isWantedBigEndian == isBigEndian)
+    if (isWantedBigEndian != isBigEndian)
     {
-        return;
+        ChangeOrder(isWantedBigEndian);
     }
+}
+
+void ModbusTcpProtocol::ChangeOrder(bool isWantedBigEndian)
+{
     encoder.Pause(); // no read may see results in mixed orders
     map.ChangeOrder(isWantedBigEndian,
                     [this, isWantedBigEndian] { assembly.ChangeBigEndianSupportedBlocks(isWantedBigEndian); });
     encoder.Resume();
     isBigEndian = isWantedBigEndian;
+}
+
+/// Reports a result queue that has lost results, until the PLC has emptied it.
+void ModbusTcpProtocol::ShowMetrics()
+{
+    int32 const queue = encoder.OverflowingQueue();
+    if (queue == shownQueue)
+    {
+        return;
+    }
+    queueProblem.Begin();
+    if (queue >= 0)
+    {
+        queueProblem.Register(problems.Add(ZuCommon::ProblemsManager::SEVERITY_WARNING, "ZuControl",
+                                           "%1$s has lost results: the PLC reads the result queue at register %2$d too "
+                                           "slowly",
+                                           DisplayName(), queue));
+    }
+    queueProblem.End();
+    shownQueue = queue;
 }
 
 void ModbusTcpProtocol::TakeLayout()

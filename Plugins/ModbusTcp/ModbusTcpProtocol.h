@@ -6,6 +6,7 @@
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
+#include "ZuCommon/Problems.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
@@ -13,6 +14,8 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace ModbusTcp
 {
@@ -40,9 +43,12 @@ public:
     void LoadPersistDomain(ZuCommon::PersistDomain domain, nlohmann::json const& document) override;
     void SavePersistDomain(ZuCommon::PersistDomain domain, nlohmann::json& document) override;
 
+    /// The sources of lists, too, each by itself.
+    std::vector<std::string> DataSourceList() const override;
+
     void ProcessResultSets(void* resultSets) override;
 
-    /// Marks the values of the previous scan as missing.
+    /// Marks the values of the previous scan as missing. Result queues keep theirs.
     void OnStartScan() override;
 
     /// Takes the assembly's lock, so the caller must not hold it.
@@ -52,6 +58,8 @@ public:
 private:
     std::unique_ptr<PluginCommon::ITcpConversation> MakeConversation() override;
     void ApplyOwnParams() override;
+    void ShowMetrics() override;
+    void ChangeOrder(bool isWantedBigEndian);
     void TakeLayout();
 
     ModbusParams params;
@@ -67,6 +75,9 @@ private:
     RegisterMap map;
     std::atomic<uint64> layoutChangeCount{0}; // the assembly's count at the newest layout; publishes no other data
     bool isBigEndian = true;                  // used by `ApplyOwnParams` only
+    ZuCommon::ProblemsManager& problems;
+    ZuCommon::ProblemsTracker queueProblem;
+    int32 shownQueue = -1; // the register that `queueProblem` names; used by `ShowMetrics` only
 };
 
 } // namespace ModbusTcp

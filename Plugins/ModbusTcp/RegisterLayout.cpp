@@ -1,5 +1,6 @@
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 
+#include "Plugins/ModbusTcp/Blocks/SourceListBlock.h"
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
@@ -59,7 +60,7 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     }
     if (block->HasDataSource())
     {
-        results.push_back({place, ZuCore::DataSourceHash(block->DataSource())});
+        EnterResult(place);
         bool const isFirst = resultsFirst == resultsEnd;
         resultsFirst = isFirst ? place.first : std::min<uint32>(resultsFirst, place.first);
         resultsEnd = isFirst ? end : std::max(resultsEnd, end);
@@ -84,6 +85,26 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     else if (block->Type() == StateBitsBlock::TYPE)
     {
         stateBits = place;
+    }
+}
+
+void RegisterLayout::EnterResult(Place const& place)
+{
+    std::string const& sources = place.block->DataSource();
+    auto* const list = dynamic_cast<SourceListBlock*>(place.block.get());
+    if (list == nullptr)
+    {
+        results.push_back({place, ZuCore::DataSourceHash(sources)});
+        return;
+    }
+    lists.push_back({place, list, sources});
+    auto const names = SourceListBlock::Split(sources);
+    for (std::size_t i = 0; i < std::min(names.size(), SourceListBlock::MOST_SOURCES); ++i)
+    {
+        if (!names[i].empty())
+        {
+            results.push_back({place, ZuCore::DataSourceHash(names[i]), list, i});
+        }
     }
 }
 

@@ -17,6 +17,8 @@ struct ProtocolRegisterBlock;
 namespace ModbusTcp
 {
 
+struct SourceListBlock;
+
 /// Holds an assembly's lock, so that its list can be iterated. Do not nest it: the inner destructor would close the
 /// list for the outer one.
 class AssemblyLock final
@@ -59,7 +61,16 @@ public:
 
     struct ResultPlace : Place
     {
-        uint64 dataSource = 0; ///< the number of the source in results
+        uint64 dataSource = 0;           ///< the number of the source in results
+        SourceListBlock* list = nullptr; ///< the block, if its data source is a list
+        std::size_t placeInList = 0;
+    };
+
+    /// A block whose data source is a list.
+    struct ListPlace : Place
+    {
+        SourceListBlock* list = nullptr; ///< the block
+        std::string sources;             ///< its data source when the list of blocks was copied
     };
 
     /// Holds the assembly's lock while it copies the list.
@@ -69,10 +80,16 @@ public:
     /// The blocks of this data source, sorted by their registers; usually empty.
     std::span<ResultPlace const> Find(uint64 dataSource) const;
 
-    /// The result blocks, sorted by the number of their data source.
+    /// The result blocks, sorted by the number of their data source. A block with a list is there once for each source.
     std::span<ResultPlace const> Results() const
     {
         return results;
+    }
+
+    /// The result blocks with lists of sources.
+    std::span<ListPlace const> Lists() const
+    {
+        return lists;
     }
 
     // Result blocks lie in registers [resultsFirst, resultsEnd); equal if there is none.
@@ -98,6 +115,7 @@ private:
     };
 
     void Enter(std::shared_ptr<Block> const& block);
+    void EnterResult(Place const& place);
     void BuildIndex();
 
     uint64 SlotOf(uint64 dataSource) const
@@ -106,6 +124,7 @@ private:
     }
 
     std::vector<ResultPlace> results;               // sorted by data source
+    std::vector<ListPlace> lists;                   // in the order of their registers
     std::vector<Slot> slots = std::vector<Slot>(1); // open addressing, at most half full, so each probe ends
 };
 

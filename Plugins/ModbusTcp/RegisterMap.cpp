@@ -3,6 +3,7 @@
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
+#include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "wApi/wMutex.h"
 
@@ -138,7 +139,10 @@ void RegisterMap::ReadStates(RegisterLayout const& present, uint16 first, std::s
     if (bits.Exists())
     {
         Zu::MutexLock const guard(writeLock);
-        bits.Encode(StateBitsBlock::States{state, channel.LastResult().status});
+        ModbusCounters const& counters = sources.counters;
+        bits.Encode(StateBitsBlock::States{state, channel.LastResult().status,
+                                           counters.queuedResults.load(std::memory_order_relaxed) > 0,
+                                           counters.overflowingQueues.load(std::memory_order_relaxed) > 0});
     }
 }
 
@@ -146,34 +150,50 @@ ModbusException RegisterMap::Write(uint16 first, std::span<uint16 const> values)
 {
     auto const present = Layout();
     Zu::MutexLock const guard(writeLock);
-    return WriteInput(present->controlInput, first, values);
+    if (present->controlInput.Covers(first, values.size()))
+    {
+        return WriteInput(present->controlInput, first, values);
+    }
+    return values.size() == 1 ? Acknowledge(first, values[0]) : ModbusException::ILLEGAL_DATA_ADDRESS;
 }
 
 ModbusException RegisterMap::MaskWrite(uint16 address, uint16 andMask, uint16 orMask)
 {
     auto const present = Layout();
     RegisterLayout::Place const& input = present->controlInput;
-    if (!input.Covers(address, 1))
+    bool const isInput = input.Covers(address, 1);
+    if (!isInput && address >= RegisterCount())
     {
         return ModbusException::ILLEGAL_DATA_ADDRESS;
     }
     Zu::MutexLock const guard(writeLock); // from the read to the write
-    uint16 const before = channel.Written()[std::size_t{address} - input.first];
+    uint16 before = 0;
+    if (isInput)
+    {
+        before = channel.Written()[std::size_t{address} - input.first];
+    }
+    else
+    {
+        sources.image.Read(address, {&before, 1});
+    }
     auto const value = static_cast<uint16>((before & andMask) | (orMask & ~andMask));
-    return WriteInput(input, address, {&value, 1});
+    return isInput ? WriteInput(input, address, {&value, 1}) : Acknowledge(address, value);
 }
 
 ModbusException RegisterMap::WriteInput(RegisterLayout::Place const& input, uint16 first,
                                         std::span<uint16 const> values)
 {
-    if (!input.Covers(first, values.size()))
-    {
-        return ModbusException::ILLEGAL_DATA_ADDRESS;
-    }
     uint64 const takenBefore = channel.TakenCount();
     auto const result = channel.Write(*input.block, isBigEndian, std::size_t{first} - input.first, values);
     Count(sources.counters.commands, channel.TakenCount() - takenBefore);
     Count(sources.counters.registersWritten, result == ModbusException::NONE ? values.size() : 0);
+    return result;
+}
+
+ModbusException RegisterMap::Acknowledge(uint16 address, uint16 number)
+{
+    auto const result = sources.results.Acknowledge(address, number, isBigEndian);
+    Count(sources.counters.registersWritten, result == ModbusException::NONE ? 1 : 0);
     return result;
 }
 

@@ -15,6 +15,7 @@ namespace ModbusTcp
 {
 
 class RegisterImage;
+class ResultEncoder;
 struct ModbusCounters;
 
 /// The registers that clients see: the published results, overlaid with the command registers as written, the result of
@@ -31,6 +32,7 @@ public:
     struct Sources
     {
         RegisterImage& image;
+        ResultEncoder& results; ///< has the result queues, whose acknowledge registers are writable
         PluginCommon::ICommandRunner& commands;
         std::function<PluginCommon::StateFetcher::State(std::string const& scannerId)> latestState;
         ModbusCounters& counters; ///< the map counts commands and written registers
@@ -60,11 +62,12 @@ private:
     void ReadStates(RegisterLayout const& present, uint16 first, std::span<uint16> registers);
     ModbusException WriteInput(RegisterLayout::Place const& input, uint16 first, std::span<uint16 const> values)
         ZU_REQUIRES(writeLock);
+    ModbusException Acknowledge(uint16 address, uint16 number) ZU_REQUIRES(writeLock);
 
     Sources const sources;
 
     // Held during each write and each change of the byte order; guards the channel and the order. Operations are begun
-    // under it. Lock order: this, then the assembly's lock.
+    // under it. Lock order: this, then the assembly's lock or that of the encoder.
     Zu::Mutex writeLock;
     CommandChannel channel ZU_GUARDED_BY(writeLock);
     bool isBigEndian ZU_GUARDED_BY(writeLock) = true;

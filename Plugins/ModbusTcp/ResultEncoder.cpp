@@ -1,8 +1,11 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 
+#include "Plugins/ModbusTcp/Blocks/ResultQueueBlock.h"
+#include "Plugins/ModbusTcp/Blocks/SourceListBlock.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Exception.h"
+#include "ZuApi/Logging.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuCore/ResultItem.h"
@@ -11,6 +14,7 @@
 #include "wApi/wMutex.h"
 
 #include <algorithm>
+#include <array>
 
 namespace ModbusTcp
 {
@@ -38,10 +42,19 @@ void WriteBlank(RegisterLayout::Place const& place, std::span<uint8> image)
     }
 }
 
+/// Null for a block of another type.
+ResultQueueBlock* QueueOf(RegisterLayout::ListPlace const& place)
+{
+    return dynamic_cast<ResultQueueBlock*>(place.list);
+}
+
 } // namespace
 
 ResultEncoder::ResultEncoder(RegisterImage& usedImage, ModbusCounters& usedCounters)
-    : image(usedImage), counters(usedCounters), layout(std::make_shared<RegisterLayout const>())
+    : image(usedImage),
+      counters(usedCounters),
+      layout(std::make_shared<RegisterLayout const>()),
+      queueDepth(ResultQueueBlock::DEFAULT_DEPTH)
 {
 }
 
@@ -55,7 +68,9 @@ void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
         return; // another thread has installed a newer layout
     }
     Carry(*layout, *newLayout);
+    FollowLists(*layout, *newLayout);
     layout.swap(newLayout);
+    CountWaiting();
     faulty.clear();
     image.SetUsedSpan(layout->resultsFirst, layout->resultsEnd);
     image.Publish();
@@ -85,26 +100,88 @@ void ResultEncoder::Resume()
 void ResultEncoder::Process(wArrayList const& resultSets)
 {
     Zu::MutexLock const guard(lock);
-    if (isPaused)
-    {
-        return;
-    }
     uint64 const count = wArrayList_Count(resultSets);
     uint64 drops = 0;
     for (uint64 i = 0; i < count; ++i)
     {
         drops += EncodeSet(static_cast<ZuCore::ResultSetObject const*>(wArrayList_At(resultSets, i))) ? 0 : 1;
     }
-    image.Publish();
+    if (!isPaused)
+    {
+        image.Publish();
+    }
+    CountWaiting();
     Count(counters.resultSets, count);
     Count(counters.controlDrops, drops);
+}
+
+void ResultEncoder::SetQueueDepth(uint32 newDepth)
+{
+    Zu::MutexLock const guard(lock);
+    queueDepth = newDepth;
+    for (ListPlace const& place : layout->Lists())
+    {
+        if (ResultQueueBlock* const queue = QueueOf(place))
+        {
+            CountLost(place, queue->SetDepth(newDepth));
+            queue->Encode(BytesOf(place, image.Edit()));
+        }
+    }
+    image.Publish();
+    CountWaiting();
+}
+
+ModbusException ResultEncoder::Acknowledge(uint16 address, uint16 value, bool isBigEndian)
+{
+    Zu::MutexLock const guard(lock);
+    auto const place = std::ranges::find(layout->Lists(), address, &ListPlace::first);
+    ResultQueueBlock* const queue = place != layout->Lists().end() ? QueueOf(*place) : nullptr;
+    if (queue == nullptr)
+    {
+        return ModbusException::ILLEGAL_DATA_ADDRESS;
+    }
+    auto const high = static_cast<uint8>(value >> 8);
+    auto const low = static_cast<uint8>(value & 0xFF);
+    std::array<uint8, 2> const bytes = {isBigEndian ? high : low, isBigEndian ? low : high};
+    uint16 number = 0;
+    queue->Deserialize(&number, sizeof number, bytes.data(), bytes.size());
+    if (!queue->Acknowledge(number))
+    {
+        return ModbusException::ILLEGAL_DATA_VALUE;
+    }
+    queue->Encode(BytesOf(*place, image.Edit()));
+    image.Publish();
+    CountWaiting();
+    return ModbusException::NONE;
+}
+
+int32 ResultEncoder::OverflowingQueue()
+{
+    Zu::MutexLock const guard(lock);
+    for (ListPlace const& place : layout->Lists())
+    {
+        ResultQueueBlock const* const queue = QueueOf(place);
+        if (queue != nullptr && queue->IsOverflowing())
+        {
+            return place.first;
+        }
+    }
+    return -1;
 }
 
 void ResultEncoder::BlankAll()
 {
     for (ResultPlace const& place : layout->Results())
     {
-        WriteBlank(place, image.Edit());
+        if (place.list == nullptr)
+        {
+            WriteBlank(place, image.Edit());
+        }
+    }
+    for (ListPlace const& place : layout->Lists())
+    {
+        place.list->Blank();
+        place.list->Encode(BytesOf(place, image.Edit()));
     }
     image.Publish();
 }
@@ -116,6 +193,10 @@ void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
     std::ranges::fill(bytes, uint8{0}); // registers without a block
     for (ResultPlace const& place : to.Results())
     {
+        if (place.list != nullptr)
+        {
+            continue; // its content is in the block
+        }
         WriteBlank(place, bytes);
         for (ResultPlace const& before : from.Find(place.dataSource))
         {
@@ -141,6 +222,7 @@ bool ResultEncoder::EncodeSet(ZuCore::ResultSetObject const* resultSet)
             isWhole = EncodeItem(place, item) && isWhole;
         }
     }
+    EndSet();
     return isWhole;
 }
 
@@ -150,15 +232,104 @@ bool ResultEncoder::EncodeItem(ResultPlace const& place, ZuCore::ResultItemObjec
     ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData const data{item, 0};
     try
     {
+        if (place.list != nullptr)
+        {
+            place.list->Take(place.placeInList, place.list->Read(item));
+            return true;
+        }
+        if (isPaused)
+        {
+            return true;
+        }
         place.block->Serialize(bytes.data(), bytes.size(), &data, sizeof data);
         return true;
     }
     catch (...) // an exception that left would end the delivery of results for good
     {
-        std::ranges::fill(bytes, uint8{0});
+        if (place.list != nullptr)
+        {
+            place.list->Take(place.placeInList, {}); // the others of the list are shown
+        }
+        else
+        {
+            std::ranges::fill(bytes, uint8{0});
+        }
         NoteFault(place);
         return false;
     }
+}
+
+void ResultEncoder::EndSet()
+{
+    for (ListPlace const& place : layout->Lists())
+    {
+        ResultQueueBlock const* const queue = QueueOf(place);
+        bool const wasOverflowing = queue != nullptr && queue->IsOverflowing();
+        auto const outcome = place.list->EndSet();
+        if (outcome.isChanged && !isPaused)
+        {
+            place.list->Encode(BytesOf(place, image.Edit()));
+        }
+        if (!outcome.isLost)
+        {
+            continue;
+        }
+        Count(counters.queueOverflows);
+        if (!wasOverflowing)
+        {
+            ZU_LOG_WARNING("The result queue at register %u is full: new results are lost until the PLC has read more",
+                           unsigned{place.first});
+        }
+    }
+}
+
+/// Prepares the blocks with lists for a new layout.
+void ResultEncoder::FollowLists(RegisterLayout const& from, RegisterLayout const& to)
+{
+    for (ListPlace const& place : to.Lists())
+    {
+        CountLost(place, place.list->Follow(place.sources));
+        if (ResultQueueBlock* const queue = QueueOf(place))
+        {
+            CountLost(place, queue->SetDepth(queueDepth));
+        }
+        place.list->Encode(BytesOf(place, image.Edit()));
+    }
+    for (ListPlace const& place : from.Lists())
+    {
+        ResultQueueBlock const* const queue = QueueOf(place);
+        if (queue != nullptr && std::ranges::find(to.Lists(), place.list, &ListPlace::list) == to.Lists().end())
+        {
+            CountLost(place, queue->WaitingCount());
+        }
+    }
+}
+
+/// Counts and logs results that a change of the settings has taken from a queue.
+void ResultEncoder::CountLost(ListPlace const& place, uint64 lostCount)
+{
+    if (lostCount > 0)
+    {
+        Count(counters.queueOverflows, lostCount);
+        ZU_LOG_WARNING("A change of the result queue at register %u has lost %llu results that the PLC had not read",
+                       unsigned{place.first}, static_cast<unsigned long long>(lostCount));
+    }
+}
+
+void ResultEncoder::CountWaiting()
+{
+    uint64 waiting = 0;
+    uint64 overflowing = 0;
+    for (ListPlace const& place : layout->Lists())
+    {
+        if (ResultQueueBlock const* const queue = QueueOf(place))
+        {
+            waiting += queue->WaitingCount();
+            overflowing += queue->IsOverflowing() ? 1 : 0;
+        }
+    }
+    counters.queuedResults.store(waiting, std::memory_order_relaxed);
+    counters.overflowingQueues.store(overflowing, std::memory_order_relaxed);
 }
 
 void ResultEncoder::NoteFault(ResultPlace const& place)

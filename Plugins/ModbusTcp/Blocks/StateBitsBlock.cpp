@@ -58,7 +58,8 @@ uint16 StateBitsBlock::BitsOf(States const& states)
         BitIf(system.stateByte2 != 0, LINKED) | BitIf(system.stateByte3 != 0, PROBLEMS) |
         BitIf(states.command == CommandStatusInProgress, COMMAND_RUNS) |
         BitIf(states.command == CommandStatusDone, COMMAND_DONE) |
-        BitIf(states.command == CommandStatusFailed, COMMAND_FAILED));
+        BitIf(states.command == CommandStatusFailed, COMMAND_FAILED) | BitIf(states.hasResults, RESULT_WAITS) |
+        BitIf(states.hasLostResults, RESULTS_LOST));
 }
 
 } // namespace ModbusTcp

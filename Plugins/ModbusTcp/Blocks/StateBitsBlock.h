@@ -11,7 +11,7 @@ namespace ModbusTcp
 {
 
 /// The states of the sensor, one in each bit of one register: for reading them as discrete inputs.
-struct StateBitsBlock final : public ZuControl::ControlProtocol::ProtocolRegisterBlock
+struct StateBitsBlock : public ZuControl::ControlProtocol::ProtocolRegisterBlock
 {
 public:
     static constexpr char const* TYPE = "StateBits";
@@ -29,7 +29,9 @@ public:
         PROBLEMS = 7,
         COMMAND_RUNS = 8,
         COMMAND_DONE = 9,
-        COMMAND_FAILED = 10
+        COMMAND_FAILED = 10,
+        RESULT_WAITS = 11,
+        RESULTS_LOST = 12
     };
 
     /// The source of `Serialize`.
@@ -37,6 +39,8 @@ public:
     {
         PluginCommon::StateFetcher::State sensor;
         ZuControl::ControlProtocol::ControlRegisterCommandStatus command; ///< of the last command
+        bool hasResults;                                                  ///< a result queue holds a result
+        bool hasLostResults; ///< a result queue has lost results since it was empty
     };
 
     StateBitsBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,

@@ -153,12 +153,12 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
                             "  ModbusTcp (Modbus TCP), protocol number 1\n"
                             "    parameters: port, address, maxClients, registerOrder, idleTimeout, makeRoomAfter, "
                             "allowedClients, writers, readOnly, security, certificateFile, keyFile, authorityFile, "
-                            "revocationFile, roles\n"
+                            "revocationFile, roles, queueDepth\n"
                             "    register assemblies: registerAssembly-0\n"
                             "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
                             "deniedClients, failedHandshakes, droppedClients, requests, deniedRequests, "
-                            "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, lastHandlingUsec, "
-                            "largestHandlingUsec, lifetime\n"
+                            "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, queuedResults, "
+                            "queueOverflows, lastHandlingUsec, largestHandlingUsec, lifetime\n"
                             "    listens on: 127.0.0.1:"),
         0u)
         << checkUp.report;

@@ -79,7 +79,8 @@ TEST_F(ModbusBlocksTest, HaveTheRegistersThatTheMapPromises)
         {"System", 72, 0, 1, 1, false},         {"Scanner", 10, 0, 1, 1, false},
         {"Stamp", 20, 0, 0, 65534, true},       {"MeasurementValue", 2, 0, 0, 65534, true},
         {"Decision", 1, 0, 0, 65534, true},     {"Measurement", 3, 0, 0, 65534, true},
-        {"StateBits", 1, 0, 0, 1, false},
+        {"StateBits", 1, 0, 0, 1, false},       {"DecisionBits", 2, 0, 0, 65534, true},
+        {"ResultQueue", 48, 2, 0, 8, true},
     };
 
     assembly.BeginLock();

@@ -19,7 +19,7 @@ TEST(ModbusParams, AreBornWithTheirDefaults)
     EXPECT_EQ(Zu::Properties::JsonSerializer::Serialize(params), json::parse(R"({
         "port": 1502, "address": "127.0.0.1", "maxClients": 16, "registerOrder": 0, "idleTimeout": 60, "makeRoomAfter": 10,
         "allowedClients": "", "writers": "", "readOnly": false,
-        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "revocationFile": "", "roles": ""})"));
+        "security": 0, "certificateFile": "", "keyFile": "", "authorityFile": "", "revocationFile": "", "roles": "", "queueDepth": 100})"));
 }
 
 struct RefusedCase
@@ -62,6 +62,8 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedCase{"TooMuchTimeToMakeRoom", R"({"makeRoomAfter": 86401})", "Makes Room"},
                     RefusedCase{"UnknownSecurity", R"({"security": 3})", "Security"},
                     RefusedCase{"NegativeSecurity", R"({"security": -1})", "Security"},
+                    RefusedCase{"NoQueue", R"({"queueDepth": 0})", "Depth of a Result Queue"},
+                    RefusedCase{"QueueTooDeep", R"({"queueDepth": 10001})", "Depth of a Result Queue"},
                     RefusedCase{"UnknownOrder", R"({"registerOrder": 2})", "Register Order"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
@@ -71,7 +73,7 @@ TEST(ModbusParams, TakeTheEndsOfTheirBounds)
     json const document = json::parse(R"({
         "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400,
         "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
-        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "revocationFile": "e", "roles": "d=viewer"})");
+        "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "revocationFile": "e", "roles": "d=viewer", "queueDepth": 10000})");
 
     Zu::Properties::JsonSerializer::Validate(params, document);
     Zu::Properties::JsonSerializer::Deserialize(params, document);

@@ -471,6 +471,48 @@ TEST_F(ModbusTcpProtocolTest, ShowsABlockWhereItHasBeenMoved)
     EXPECT_GT(client.Read(601, 1)[0], 0);
 }
 
+TEST_F(ModbusTcpProtocolTest, HandsOverResultsToASlowReaderAndTellsWhatItLost)
+{
+    constexpr char const* PROBLEM =
+        "Modbus TCP has lost results: the PLC reads the result queue at register 300 too slowly";
+    ZuControl::ControlProtocol::AddBlockParams added;
+    auto& block = added.blocks.Add();
+    block.type.Set("ResultQueue");
+    block.outputId.Set(300);
+    block.dataSource.Set("profile/zMax,queued");
+    protocol->RegisterAssembly("registerAssembly-0").Add(added);
+    protocol->RegisterAssemblyUpdate("registerAssembly-0");
+    Params().queueDepth.Set(2);
+    TestClient client(Start());
+    auto const sources = protocol->DataSourceList();
+    EXPECT_EQ(std::vector<std::string>(sources.end() - 2, sources.end()),
+              (std::vector<std::string>{"profile/zMax", "queued"}));
+
+    for (int i = 1; i <= 4; ++i)
+    {
+        scanResults.ProcessResultSet(TestFrame().Measurement("queued", i / 1000.0).Set()); // no other block has it
+    }
+    while (client.Read(303, 1)[0] < 2 && std::chrono::steady_clock::now() < latest)
+    {
+    }
+
+    auto& metrics = dynamic_cast<ModbusMetrics&>(protocol->UpdateMetrics());
+    EXPECT_EQ(Number(metrics, "queuedResults"), 2u);
+    EXPECT_EQ(Number(metrics, "queueOverflows"), 2u);
+    ASSERT_EQ(problems.Count(), 1u);
+    EXPECT_EQ(problems.List()[0].text, PROBLEM);
+    for (uint16 value = 1; value <= 2; ++value)
+    {
+        Registers const seen = client.Read(300, 48);
+        EXPECT_EQ(seen[19], value);
+        EXPECT_EQ(client.Ask({6, 0x01, 0x2C, uint8(seen[1] >> 8), uint8(seen[1] & 0xFF)}).at(0), 6);
+    }
+    EXPECT_EQ(client.Read(301, 1), Registers{0});
+    protocol->UpdateMetrics();
+    EXPECT_EQ(problems.Count(), 0u);
+    EXPECT_EQ(Number(metrics, "queuedResults"), 0u);
+}
+
 TEST_F(ModbusTcpProtocolTest, CountsWhatItDoes)
 {
     {

@@ -1,6 +1,8 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
+#include "Plugins/ModbusTcp/ResultEncoder.h"
+#include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "Tests/Plugins/ModbusTcp/FakeCommandRunner.h"
 
@@ -37,9 +39,11 @@ protected:
 
     std::unique_ptr<RegisterImage> image = std::make_unique<RegisterImage>();
     ModbusCounters counters;
+    ResultEncoder encoder{*image, counters};
     FakeCommandRunner runner;
     PluginCommon::StateFetcher::State state;
     RegisterMap map{{.image = *image,
+                     .results = encoder,
                      .commands = runner,
                      .latestState = [this](std::string const&) { return state; },
                      .counters = counters}};
@@ -105,6 +109,7 @@ TEST_F(RegisterMapTest, RefusesCoilsThatAreNoCommandOrTwo)
 TEST_F(RegisterMapTest, HasNoCommandCoilsWithoutACommandBlock)
 {
     RegisterMap empty({.image = *image,
+                       .results = encoder,
                        .commands = runner,
                        .latestState = [this](std::string const&) { return state; },
                        .counters = counters});
@@ -137,6 +142,38 @@ TEST_F(RegisterMapTest, ShowsTheStatesInBits)
     state.scanner.scannerByte1 = 1;
 
     EXPECT_EQ(Read(89, 3), (Registers{0, 0x0022, 0}));
+}
+
+TEST_F(RegisterMapTest, WritesTheAcknowledgeRegisterOfAQueue)
+{
+    Place("ResultQueue", 300, "a");
+    auto const layout = RegisterLayout::Take(assembly);
+    encoder.Install(layout);
+    map.Install(layout);
+    for (int i = 1; i <= 3; ++i)
+    {
+        PluginCommon::TestBatch batch;
+        batch.Add(PluginCommon::TestFrame().Measurement("a", i / 1000.0));
+        encoder.Process(batch.List());
+    }
+    uint16 const number = Read(301, 1)[0];
+    auto const write = [this](uint16 address, Registers const& values) { return map.Write(address, values); };
+    EXPECT_EQ(Read(90, 1), Registers{0x0801}); // ready; a result waits
+
+    EXPECT_EQ(write(300, {number}), ModbusException::NONE);
+    EXPECT_EQ(Read(300, 3), (Registers{number, Read(301, 1)[0], 2}));
+    EXPECT_EQ(Read(317, 1), Registers{2});
+    EXPECT_EQ(write(300, {static_cast<uint16>(number + 9)}), ModbusException::ILLEGAL_DATA_VALUE);
+    EXPECT_EQ(write(300, {number, 0}), ModbusException::ILLEGAL_DATA_ADDRESS);
+    EXPECT_EQ(write(301, {number}), ModbusException::ILLEGAL_DATA_ADDRESS);
+    uint16 const second = Read(301, 1)[0];
+    EXPECT_EQ(map.MaskWrite(300, 0, second), ModbusException::NONE);
+    EXPECT_EQ(Read(300, 3), (Registers{second, Read(301, 1)[0], 1}));
+    EXPECT_EQ(map.MaskWrite(300, 0xFFFF, 0), ModbusException::NONE); // the same number again
+    EXPECT_EQ(map.MaskWrite(301, 0, 0), ModbusException::ILLEGAL_DATA_ADDRESS);
+    EXPECT_EQ(counters.registersWritten, 3u);
+    runner.status = CommandStatusInProgress;
+    EXPECT_EQ(write(300, {Read(301, 1)[0]}), ModbusException::NONE); // a command does not hold up results
 }
 
 } // namespace ModbusTcp

@@ -21,6 +21,8 @@ struct StateCase
     uint8 problems;
     ControlRegisterCommandStatus command;
     uint16 bits;
+    bool hasResults = false;
+    bool hasLostResults = false;
 };
 
 class StateBits : public testing::TestWithParam<StateCase>
@@ -30,7 +32,7 @@ class StateBits : public testing::TestWithParam<StateCase>
 TEST_P(StateBits, ShowEachState)
 {
     StateCase const& given = GetParam();
-    StateBitsBlock::States states{{}, given.command};
+    StateBitsBlock::States states{{}, given.command, given.hasResults, given.hasLostResults};
     states.sensor.system.stateByte0 = given.run;
     states.sensor.system.stateByte2 = given.link;
     states.sensor.system.stateByte3 = given.problems;
@@ -52,7 +54,10 @@ INSTANTIATE_TEST_SUITE_P(States, StateBits,
                                          StateCase{"Problems", 0, 0, 0, 0, 200, CommandStatusNone, 0x0081},
                                          StateCase{"CommandRuns", 0, 0, 0, 0, 0, CommandStatusInProgress, 0x0101},
                                          StateCase{"CommandDone", 0, 0, 0, 0, 0, CommandStatusDone, 0x0201},
-                                         StateCase{"CommandFailed", 0, 0, 0, 0, 0, CommandStatusFailed, 0x0401}),
+                                         StateCase{"CommandFailed", 0, 0, 0, 0, 0, CommandStatusFailed, 0x0401},
+                                         StateCase{"ResultWaits", 0, 0, 0, 0, 0, CommandStatusNone, 0x0801, true},
+                                         StateCase{"ResultsLost", 0, 0, 0, 0, 0, CommandStatusNone, 0x1001, false,
+                                                   true}),
                          [](auto const& tested) { return std::string(tested.param.name); });
 
 class StateBitsBlockTest : public BlockFixture
@@ -62,7 +67,7 @@ class StateBitsBlockTest : public BlockFixture
 TEST_F(StateBitsBlockTest, WritesOneRegisterInBothOrders)
 {
     auto const block = Place(StateBitsBlock::TYPE, 200);
-    StateBitsBlock::States states{{}, CommandStatusInProgress};
+    StateBitsBlock::States states{{}, CommandStatusInProgress, false, false};
     states.sensor.system.stateByte0 = 1;
     std::array<uint8, 2> bytes{0xAA, 0xAA};
 
