@@ -27,6 +27,25 @@ void DecisionBitsBlock::Serialize(void* destination, size_t destinationSize, voi
     encoder.Write(bytes + 2, encoded.valid);
 }
 
+std::vector<RegisterField> DecisionBitsBlock::Fields() const
+{
+    std::vector<RegisterField> fields;
+    RegisterField field;
+    field.type = FieldType::BIT;
+    field.name = "decisionBit";
+    field.comment = "1: within limits";
+    auto const atPlace = [&field](std::size_t place) {
+        field.bit = static_cast<uint8>(place);
+        return field;
+    };
+    AddFields(fields, atPlace);
+    field.offset = 1;
+    field.name = "decisionIsValid";
+    field.comment = "1: the decision is valid";
+    AddFields(fields, atPlace);
+    return fields;
+}
+
 void DecisionBitsBlock::Take(std::size_t place, Reading const& reading)
 {
     auto const bit = static_cast<uint16>(1u << place);

@@ -29,6 +29,8 @@ public:
     /// Throws `Zu::Status::WRONG_BUFFER_SIZE` for another size of source or destination.
     void Serialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override;
 
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
+
     void Take(std::size_t place, Reading const& reading) override;
     Outcome EndSet() override;
     void Blank() override; ///< no decision is valid

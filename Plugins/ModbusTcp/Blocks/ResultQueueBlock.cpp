@@ -19,6 +19,28 @@ namespace
 constexpr uint16 MOST = std::numeric_limits<uint16>::max();
 constexpr int32 MISSING_VALUE = std::numeric_limits<int32>::min();
 
+struct Head
+{
+    char const* name;
+    FieldType type;
+    uint16 offset;
+    char const* comment;
+};
+
+/// The registers before the values.
+constexpr Head HEADS[] = {
+    {"acknowledged", FieldType::UINT, 0, "write the number of the held result here"},
+    {"number", FieldType::UINT, 1, "number of the held result, 0 for none"},
+    {"waiting", FieldType::UINT, 2, "results that wait, the held one included"},
+    {"lost", FieldType::UINT, 3, "lost results, modulo 65536"},
+    {"session", FieldType::UINT, 4, "another number tells that the queue is another one"},
+    {"decisions", FieldType::UINT, 5, "bit 0: the first source is within limits"},
+    {"valid", FieldType::UINT, 6, "bit 0: the value of the first source is valid"},
+    {"lostBefore", FieldType::UINT, 7, "results lost directly before the held one"},
+    {"frame", FieldType::ULINT, 8, "frame counter of the held result"},
+    {"time", FieldType::ULINT, 12, "time of the held result"},
+};
+
 /// A random number other than 0.
 uint16 RandomNumber()
 {
@@ -110,6 +132,46 @@ bool ResultQueueBlock::Acknowledge(uint16 number)
         return true;
     }
     return number == 0 || number == acknowledged;
+}
+
+std::vector<RegisterField> ResultQueueBlock::Fields() const
+{
+    std::vector<RegisterField> fields;
+    for (Head const& head : HEADS)
+    {
+        RegisterField& field = fields.emplace_back();
+        field.name = head.name;
+        field.type = head.type;
+        field.offset = head.offset;
+        field.comment = head.comment;
+        field.source = TYPE; // a short name in place of the list
+        if (head.type == FieldType::ULINT)
+        {
+            field.count = 4;
+            field.invalid = Result::NO_READING;
+        }
+    }
+    fields.front().isWritable = true;
+    fields.back().unit = "us";
+    AddFields(fields, [](std::size_t place) {
+        RegisterField field;
+        field.name = "queued";
+        field.type = FieldType::DINT;
+        field.offset = static_cast<uint16>(FIRST_VALUE + 2 * place);
+        field.count = 2;
+        field.divisor = 1000;
+        field.invalid = static_cast<uint32>(MISSING_VALUE);
+        field.comment = "value in the held result";
+        return field;
+    });
+    for (RegisterField& field : fields)
+    {
+        if (field.type == FieldType::DINT)
+        {
+            field.unit = UnitOfSource(field.source);
+        }
+    }
+    return fields;
 }
 
 void ResultQueueBlock::Take(std::size_t place, Reading const& reading)

@@ -23,6 +23,7 @@ public:
     static constexpr char const* TYPE = "ResultQueue";
     static constexpr uint16 REGISTER_COUNT = 48;
     static constexpr uint16 MAX_INSTANCES = 8;
+    static constexpr uint16 FIRST_VALUE = 16; ///< the register of the first value
     static constexpr uint32 MOST_RESULTS = 10000;
     static constexpr uint32 DEFAULT_DEPTH = 100;
 
@@ -78,6 +79,8 @@ public:
     {
         return isOverflowing;
     }
+
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 
     void Take(std::size_t place, Reading const& reading) override;
     Outcome EndSet() override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "ZuCore/ResultItem.h"
 #include "wApi/wTypes.h"
 #include "wBeacon/wMsgInfo.h"
@@ -22,7 +23,8 @@ namespace ModbusTcp
 /// the content that it gets as a record, so that it needs no state of the block.
 ///
 /// Threads: the data source changes under the assembly's lock. One thread at a time calls the operations below.
-struct SourceListBlock : public ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock
+struct SourceListBlock : public ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock,
+                         public ZuControl::ControlProtocol::IDescribedBlock
 {
 public:
     static constexpr std::size_t MOST_SOURCES = 16;
@@ -82,6 +84,21 @@ public:
     void SerializeNullMsg(uint8* buffer, size_t offset) override;
 
 protected:
+    /// A field for each source of the list that has a name. `make(place)` makes the field without its source.
+    template <typename Make>
+    void AddFields(std::vector<ZuControl::ControlProtocol::RegisterField>& fields, Make const& make) const
+    {
+        auto const names = Split(dataSource.Get());
+        for (std::size_t place = 0; place < names.size(); ++place)
+        {
+            if (!names[place].empty())
+            {
+                fields.push_back(make(place));
+                fields.back().source = names[place];
+            }
+        }
+    }
+
     /// Forgets all results. Returns how many of them had to be kept.
     virtual uint64 Clear() = 0;
 

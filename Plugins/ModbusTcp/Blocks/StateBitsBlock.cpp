@@ -20,6 +20,29 @@ constexpr uint8 RUN_STATE_ERROR = 2;
 constexpr uint8 BEING_ALIGNED = 1;
 constexpr uint8 IS_ALIGNED = 2;
 
+struct BitName
+{
+    StateBitsBlock::Bit bit;
+    char const* name;
+    char const* comment;
+};
+
+constexpr BitName BIT_NAMES[] = {
+    {StateBitsBlock::READY, "bitReady", "no scan runs"},
+    {StateBitsBlock::RUNNING, "bitRunning", "a scan runs"},
+    {StateBitsBlock::ERROR, "bitError", "the sensor has an error"},
+    {StateBitsBlock::ALIGNED, "bitAligned", "the scanner is aligned"},
+    {StateBitsBlock::ALIGNING, "bitAligning", "the scanner is being aligned"},
+    {StateBitsBlock::LASER_ON, "bitLaserOn", "the laser is enabled"},
+    {StateBitsBlock::LINKED, "bitLinked", "the first network interface is linked"},
+    {StateBitsBlock::PROBLEMS, "bitProblems", "problems are on record"},
+    {StateBitsBlock::COMMAND_RUNS, "bitCommandRuns", "a command runs"},
+    {StateBitsBlock::COMMAND_DONE, "bitCommandDone", "the last command is done"},
+    {StateBitsBlock::COMMAND_FAILED, "bitCommandFailed", "the last command has failed"},
+    {StateBitsBlock::RESULT_WAITS, "bitResultWaits", "a result queue holds a result"},
+    {StateBitsBlock::RESULTS_LOST, "bitResultsLost", "a result queue has lost results since it was empty"},
+};
+
 constexpr uint16 BitIf(bool isSet, StateBitsBlock::Bit bit)
 {
     return static_cast<uint16>(isSet ? 1u << bit : 0u);
@@ -45,6 +68,20 @@ void StateBitsBlock::Serialize(void* destination, std::size_t destinationSize, v
     States states;
     std::memcpy(&states, source, sizeof states);
     ValueEncoder().Write(static_cast<uint8*>(destination), BitsOf(states));
+}
+
+std::vector<RegisterField> StateBitsBlock::Fields() const
+{
+    std::vector<RegisterField> fields;
+    for (BitName const& named : BIT_NAMES)
+    {
+        RegisterField& field = fields.emplace_back();
+        field.name = named.name;
+        field.type = FieldType::BIT;
+        field.bit = named.bit;
+        field.comment = named.comment;
+    }
+    return fields;
 }
 
 uint16 StateBitsBlock::BitsOf(States const& states)

@@ -3,15 +3,18 @@
 #include "Plugins/Common/StateFetcher.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "wApi/wTypes.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace ModbusTcp
 {
 
 /// The states of the sensor, one in each bit of one register: for reading them as discrete inputs.
-struct StateBitsBlock : public ZuControl::ControlProtocol::ProtocolRegisterBlock
+struct StateBitsBlock : public ZuControl::ControlProtocol::ProtocolRegisterBlock,
+                        public ZuControl::ControlProtocol::IDescribedBlock
 {
 public:
     static constexpr char const* TYPE = "StateBits";
@@ -49,6 +52,8 @@ public:
 
     /// Throws `Zu::Status::WRONG_BUFFER_SIZE` for another size of source or destination.
     void Serialize(void* destination, std::size_t destinationSize, void const* source, std::size_t sourceSize) override;
+
+    std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 
     static uint16 BitsOf(States const& states);
 };

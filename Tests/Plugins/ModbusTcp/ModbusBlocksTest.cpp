@@ -263,6 +263,27 @@ TEST_F(ModbusBlocksTest, MustKeepTheScannerBlock)
     EXPECT_EQ(RefusalOf([&] { assembly.Remove(params); }), (Refusal{0, "No register blocks were removed."}));
 }
 
+TEST_F(ModbusBlocksTest, DescribeTheSourcesOfLists)
+{
+    auto const fields = [this](char const* type) {
+        std::vector<std::string> shape;
+        for (RegisterField const& field : FieldsOf(*Place(type, 0, "profile/zMax,, other")))
+        {
+            if (field.source != type)
+            {
+                shape.push_back(field.source + ' ' + field.name + ' ' + std::to_string(field.offset) + '.' +
+                                std::to_string(field.bit) + ' ' + field.unit);
+            }
+        }
+        assembly.ResetRegisterAssembly();
+        return shape;
+    };
+    using Shape = std::vector<std::string>;
+    EXPECT_EQ(fields("DecisionBits"), (Shape{"profile/zMax decisionBit 0.0 ", "other decisionBit 0.2 ",
+                                             "profile/zMax decisionIsValid 1.0 ", "other decisionIsValid 1.2 "}));
+    EXPECT_EQ(fields("ResultQueue"), (Shape{"profile/zMax queued 16.0 mm", "other queued 20.0 "}));
+}
+
 TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
 {
     auto const shape = [this](char const* type) {
@@ -285,6 +306,11 @@ TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
     EXPECT_EQ(shape(TYPE_MEASUREMENT), (Shape{"value 0+2", "decision 2+1"}));
     EXPECT_EQ(shape(TYPE_MEASUREMENT_VALUE), (Shape{"valueAlone 0+2"}));
     EXPECT_EQ(shape(TYPE_DECISION), (Shape{"decisionAlone 0+1"}));
+    EXPECT_EQ(shape("StateBits").size(), 13u);
+    EXPECT_EQ(shape("DecisionBits"), (Shape{"decisionBit 0+1", "decisionIsValid 1+1"}));
+    EXPECT_EQ(shape("ResultQueue"),
+              (Shape{"acknowledged 0+1", "number 1+1", "waiting 2+1", "lost 3+1", "session 4+1", "decisions 5+1",
+                     "valid 6+1", "lostBefore 7+1", "frame 8+4", "time 12+4", "queued 16+2"}));
 }
 
 } // namespace ModbusTcp
