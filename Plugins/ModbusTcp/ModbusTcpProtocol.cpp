@@ -155,8 +155,8 @@ void ModbusTcpProtocol::ShowMetrics()
     if (queue >= 0)
     {
         queueProblem.Register(problems.Add(ZuCommon::ProblemsManager::SEVERITY_WARNING, "ZuControl",
-                                           "%1$s has lost results: the PLC reads the result queue at register %2$d too "
-                                           "slowly",
+                                           "%1$s has lost results: the PLC reads the result queue at register %2$d "
+                                           "too slowly",
                                            DisplayName(), queue));
     }
     queueProblem.End();

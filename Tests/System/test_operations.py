@@ -43,7 +43,7 @@ class Operations(unittest.TestCase):
         for sentence in sentences:
             for part in sentence.split("..."):
                 if len(part.strip(" '().")) > 4:
-                    self.assertIn(part.strip(" '()."), SOURCES)
+                    self.assertTrue(part.strip(" '().") in SOURCES, part)
 
 
 if __name__ == "__main__":

@@ -104,7 +104,7 @@ class Template(unittest.TestCase):
     def test_the_guide_shows_what_is_built(self):
         guide = (ROOT / "docs/plugin-guide.md").read_text()
         code = "".join(path.read_text() for folder in ("Samples/Template", "Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp")
-                       for path in sorted((ROOT / folder).glob("*")))
+                       for path in sorted((ROOT / folder).rglob("*.*")))
         samples = [fence.removeprefix("cpp\n") for fence in guide.split("```")[1::2] if fence.startswith("cpp\n")]
         self.assertTrue(samples)
         for sample in samples:
