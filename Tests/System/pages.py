@@ -22,10 +22,12 @@ def section(page, heading):
 
 
 def session(page, heading):
-    """(arguments of the host, [(command, lines shown behind it)]) of the session under this heading, in order."""
+    """(arguments of the host, [(command, lines shown behind it)]) of the session under this heading, in order.
+
+    A block with a language, such as a program, is none of the session."""
     arguments, steps = [], []
-    for block in re.findall(r"^```\n(.*?)^```", section(page, heading), re.MULTILINE | re.DOTALL):
-        for line in block.splitlines():
+    for language, block in re.findall(r"^```(\w*)\n(.*?)^```", section(page, heading), re.MULTILINE | re.DOTALL):
+        for line in block.splitlines() if not language else ():
             started = re.match(r"(?:\S*/)?(?:run|zucontrol-host) (.*)", line)
             if started:
                 arguments = shlex.split(started[1])

@@ -2,18 +2,21 @@
 
 import math
 import random
+import re
 import struct
 import unittest
 import urllib.parse
 
 from ascii_client import AsciiClient
 from host import BIN, Host, wait_until
-from modbus import ModbusClient, ModbusException
+from modbus import ModbusClient, ModbusException, unsigned
+from pages import expect, section, session, session_host
 from rest import RestClient
 from structured_text import Refused
 from structured_text.plc import Plc, as_shown, decode, encode, in_order, is_scaled
 
 MODBUS = "/controls/ModbusTcp"
+PAGE = "docs/registers.md"
 DESCRIBED = "/controls/Described"
 ORDERS = ("ABCD", "CDAB", "BADC", "DCBA")
 START, STOP, LOAD = 1, 2, 5
@@ -158,6 +161,24 @@ class Values(unittest.TestCase):
                 plc.show(plc.read(modbus))
                 self.assertEqual(plc.get("map.profile_zMax_value.value"), 25.0)
         self.assertEqual(images[0], images[1][::-1])
+
+    def test_blocks_with_orders_of_their_own(self):
+        with Host("--still", "--start") as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            for place_of_order, order in enumerate(ORDERS):
+                for number, kind in enumerate(("Measurement", "MeasurementReal", "Stamp")):
+                    source = "profile/stamp" if kind == "Stamp" else "profile/zMax"
+                    place(rest, [{"type": kind, "outputId": 1000 + 100 * place_of_order + 20 * number, "dataSource": source, "order": order}])
+            plc, tags = Plc(generated(rest), "ModbusTcp"), tags_of(rest)
+            wait_until(lambda: modbus.read(1302, 1) == [0x0100], "a measurement")
+            registers = plc.read(modbus)
+            plc.show(registers)
+            for tag in tags:
+                self.check_tag(plc, tag, as_shown(decode(tag, registers)))
+            reals = [tag for tag in tags if tag["type"] == "REAL"]
+            self.assertEqual([tag["order"] for tag in reals], list(ORDERS))
+            self.assertEqual([plc.value(tag) for tag in reals], 4 * [25.0])
+            scaled = [tag for tag in tags if tag["source"] == "profile/zMax" and tag["type"] == "DINT"]
+            self.assertEqual([plc.value(tag) for tag in scaled], 5 * [25000])
 
     def test_a_map_of_many_blocks(self):
         count = 1000
@@ -351,6 +372,21 @@ class Commands(unittest.TestCase):
         self.plc.cycle()
         self.assertTrue(self.plc.get("run.write"))
 
+    def test_a_command_in_each_order(self):
+        self.run_host()
+        assembly = self.rest.get(MODBUS + "/plc").json["layouts"][0]["id"]
+        for order in ORDERS:
+            with self.subTest(order):
+                for address in (0, 66):
+                    answer = self.rest.post(f"{MODBUS}/registerAssemblies/{assembly}/commands/update",
+                                            {"outputId": address, "newParams": {"order": order}})
+                    self.assertEqual(answer.status, 200, answer.text)
+                self.plc = Plc(generated(self.rest), "ModbusTcp")
+                self.assertEqual(self.run_command(START), self.DONE)
+                self.assertEqual(self.run_command(STOP), self.DONE)
+                self.assertEqual(self.run_command(LOAD, "no such job"), self.FAILED)
+                self.host.wait_for_log("There is no job 'no such job'")
+
     def test_every_order_and_a_map_that_does_not_fit(self):
         with Host("--plugins", BIN / "tests/described", "--enable", "Described", modbus=False) as host, RestClient(host.http_port) as rest:
             for order in ORDERS:
@@ -395,6 +431,59 @@ class Commands(unittest.TestCase):
         plc.set("execute", True)
         plc.cycle()
         self.assertEqual((plc.get("run.error"), plc.get("run.problem")), (True, DOES_NOT_FIT))
+
+
+class Page(unittest.TestCase):
+    """The steps of the page, in their order."""
+
+    def check(self, plc, table):
+        for name, value in re.findall(r"^\| `(.+)` \| (.+) \|$", table, re.MULTILINE):
+            shown = plc.get(name)
+            if isinstance(shown, str):
+                shown = f"'{shown}'"
+            self.assertEqual({True: "TRUE", False: "FALSE"}[shown] if isinstance(shown, bool) else str(shown), value, name)
+
+    def test_the_steps_lead_to_a_checked_value(self):
+        text = section(PAGE, "Structured Text").split("\n### ")[0]
+        arguments, steps = session(PAGE, "Structured Text")
+        program, = re.findall(r"^```iecst\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
+        right, moved, again = re.findall(r"^\| variable .*?\n\n", text, re.MULTILINE | re.DOTALL)
+        with session_host(arguments, {"ModbusTcp": "1502"}) as as_here, RestClient(int(as_here("8080"))) as rest, \
+                ModbusClient(int(as_here("1502"))) as modbus:
+            for command, shown in steps[:-1]:
+                expect(as_here(command), shown)
+            plc = Plc(generated(rest), "ModbusTcp", program)
+            wait_until(lambda: modbus.read(172, 1) == [1] and modbus.read(185, 2) != [0, 0], "the values")
+            plc.show(plc.read(modbus))
+            self.assertIn(f"registers {plc.first} to {plc.last} into `registers`", text)
+            self.check(plc, right)
+            expect(as_here(steps[-1][0]), steps[-1][1])
+            number = rest.get(MODBUS + "/plc").json["fingerprint"]
+            wait_until(lambda: unsigned(modbus.read(185, 2)) == number and modbus.read(202, 1) == [1], "the changed map")
+            plc.show(plc.read(modbus))
+            self.check(plc, moved)
+            plc = Plc(generated(rest), "ModbusTcp", program)
+            plc.show(plc.read(modbus))
+            self.check(plc, again)
+
+    def test_the_program_with_a_command(self):
+        text = section(PAGE, "Structured Text").split("\n### Commands")[1]
+        program, = re.findall(r"^```iecst\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
+        table, = re.findall(r"^\| variable .*?\n\n", text, re.MULTILINE | re.DOTALL)
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:
+            plc = Plc(generated(rest), "ModbusTcp", program)
+            self.assertIn(f"registers {plc.words[0]} to {plc.words[1]} with function 16", text.replace("\n", " "))
+            plc.set("start", True)
+
+            def runs():
+                plc.show(plc.read(modbus))
+                if plc.get("startScan.write") and not plc.get("isWritten"):
+                    modbus.write(plc.words[0], plc.get("words"))
+                plc.set("isWritten", plc.get("startScan.write"))
+                return plc.get("startScan.done") and plc.get("map.System_runState") == 1
+
+            wait_until(runs, "the scan")
+            self.check(plc, table)
 
 
 class Strictness(unittest.TestCase):
