@@ -69,6 +69,11 @@ public:
         return ModbusTcp::ModbusException::ILLEGAL_DATA_ADDRESS;
     }
 
+    ModbusTcp::MapIdentity Identity() override
+    {
+        return {};
+    }
+
 private:
     ModbusTcp::RegisterImage image;
 };

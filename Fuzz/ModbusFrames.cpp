@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <string>
 #include <vector>
 
 namespace
@@ -74,6 +75,12 @@ public:
         }
         values[COILS] = ones;
         return ModbusException::NONE;
+    }
+
+    MapIdentity Identity() override
+    {
+        return {
+            .name = std::string(300, 'n'), .blockCount = 4294967295, .fingerprint = 1, .job = std::string(300, 'j')};
     }
 
     static constexpr std::size_t COILS = 99; // beside the registers that are writable

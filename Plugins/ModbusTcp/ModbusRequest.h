@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 
 namespace ModbusTcp
 {
@@ -17,6 +18,15 @@ enum class ModbusException : uint8
     ILLEGAL_DATA_ADDRESS = 2, ///< outside the address space, or a write to what is not writable
     ILLEGAL_DATA_VALUE = 3,   ///< a quantity out of range, or parts of the request that contradict each other
     SERVER_DEVICE_BUSY = 6    ///< an operation begun by this service still runs
+};
+
+/// What the device identification says of the register map.
+struct MapIdentity
+{
+    std::string name; ///< the id of the assembly
+    uint32 blockCount = 0;
+    uint32 fingerprint = 0; ///< of the service
+    std::string job;        ///< the loaded job; empty if it is not known
 };
 
 /// The registers behind the server. All operations are called on the server's I/O thread and must not wait for a
@@ -46,18 +56,8 @@ public:
     /// Writes 1 to the coils whose bits are set. A refused request changes nothing. Writing 0 to a coil changes nothing,
     /// so the model does not hear of it.
     virtual ModbusException WriteCoils(uint16 ones) = 0;
-};
 
-/// The device identification (function 43, interface 14). Basic objects: vendor, product code and revision. Regular
-/// object: product name. Offers stream access to the basic and the regular objects, and individual access to each.
-class DeviceIdentification final
-{
-public:
-    static constexpr uint8 INTERFACE_TYPE = 14;
-
-    /// Answers `request`, the protocol data unit after the function code, into `answer`, which begins at the same
-    /// offset. `answerBytes` is set only if the result is NONE.
-    static ModbusException Read(std::span<uint8 const> request, std::span<uint8> answer, std::size_t& answerBytes);
+    virtual MapIdentity Identity() = 0;
 };
 
 /// Answers a protocol data unit from a register model.
@@ -66,7 +66,8 @@ public:
 /// registers (3) and input registers (4), which return the same; write one coil (5), one register (6), several coils
 /// (15), several registers (16); mask write of a register (22); read and write several registers (23), with the write
 /// first; device identification (43/14). Other functions and invalid requests are answered with an exception code.
-/// Quantities and byte counts are checked before addresses, and all checks precede the write. Nothing allocates.
+/// Quantities and byte counts are checked before addresses, and all checks precede the write. Only device identification
+/// allocates.
 class ModbusRequest final
 {
 public:

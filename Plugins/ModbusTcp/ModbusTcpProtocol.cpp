@@ -4,6 +4,8 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/ModbusConversation.h"
 #include "ZuApi/JsonSerializer.h"
+#include "ZuControl/ControlProtocol/Fingerprint.h"
+#include "ZuControl/ControlProtocol/LayoutCopy.h"
 #include "wApi/wArrayList.h"
 #include "wApi/wMutex.h"
 
@@ -35,6 +37,7 @@ ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
            .results = encoder,
            .commands = *this,
            .latestState = [this](std::string const& scannerId) { return LatestState(scannerId); },
+           .mapIdentity = [this] { return Identity(); },
            .counters = counters}),
       problems(*environ.problems), // the base class has checked it
       queueProblem(environ.problems)
@@ -161,6 +164,22 @@ void ModbusTcpProtocol::ShowMetrics()
     }
     queueProblem.End();
     shownQueue = queue;
+}
+
+/// The map as the device identification names it. Computed anew only after a change of the assembly.
+MapIdentity ModbusTcpProtocol::Identity()
+{
+    uint64 const changeCount = assembly.ChangeCount(); // before the layout, so that a later change has a larger count
+    if (changeCount != identityChangeCount)
+    {
+        Layout const layout = ReadLayout(assembly);
+        identity = {.name = layout.id,
+                    .blockCount = static_cast<uint32>(layout.entries.size()),
+                    .fingerprint = Fingerprint::Of({layout}),
+                    .job = ""};
+        identityChangeCount = changeCount;
+    }
+    return identity;
 }
 
 void ModbusTcpProtocol::TakeLayout()

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,7 @@ private:
     void ApplyOwnParams() override;
     void ShowMetrics() override;
     void ChangeOrder(bool isWantedBigEndian);
+    MapIdentity Identity();
     void TakeLayout();
 
     ModbusParams params;
@@ -77,6 +79,8 @@ private:
     bool isBigEndian = true;                  // used by `ApplyOwnParams` only
     ZuCommon::ProblemsManager& problems;
     ZuCommon::ProblemsTracker queueProblem;
+    MapIdentity identity; // at the change count below; used by `Identity` only, on the I/O thread
+    std::optional<uint64> identityChangeCount;
     int32 shownQueue = -1; // the register that `queueProblem` names; used by `ShowMetrics` only
 };
 

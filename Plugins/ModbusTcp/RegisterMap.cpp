@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <iterator>
 
 namespace ModbusTcp
 {
@@ -221,6 +222,15 @@ ModbusException RegisterMap::WriteCoils(uint16 ones)
     auto const result = channel.Run(*present->controlInput.block, isBigEndian, commandId);
     Count(sources.counters.commands, channel.TakenCount() - takenBefore);
     return result;
+}
+
+MapIdentity RegisterMap::Identity()
+{
+    MapIdentity identity = sources.mapIdentity();
+    auto const system = sources.latestState(Layout()->scannerId).system;
+    std::size_t const length = std::min<std::size_t>(system.jobFileNameLength, std::size(system.jobFileName));
+    identity.job.assign(&system.jobFileName[0], length);
+    return identity;
 }
 
 void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)

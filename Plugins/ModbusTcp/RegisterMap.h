@@ -35,7 +35,8 @@ public:
         ResultEncoder& results; ///< has the result queues, whose acknowledge registers are writable
         PluginCommon::ICommandRunner& commands;
         std::function<PluginCommon::StateFetcher::State(std::string const& scannerId)> latestState;
-        ModbusCounters& counters; ///< the map counts commands and written registers
+        std::function<MapIdentity()> mapIdentity; ///< without the job
+        ModbusCounters& counters;                 ///< the map counts commands and written registers
     };
 
     explicit RegisterMap(Sources usedSources);
@@ -49,6 +50,7 @@ public:
     ModbusException MaskWrite(uint16 address, uint16 andMask, uint16 orMask) override;
     uint16 ReadCoils() override;
     ModbusException WriteCoils(uint16 ones) override;
+    MapIdentity Identity() override;
 
     /// Replaces the layout, unless `layout` is older than the present one.
     void Install(std::shared_ptr<RegisterLayout const> newLayout);

@@ -9,6 +9,7 @@ import unittest
 from host import Host, wait_until
 from modbus import ModbusClient, ModbusException
 from pages import expect, section, session, session_host
+from rest import RestClient
 
 PAGE = "docs/registers.md"
 FAILED = 3
@@ -62,17 +63,34 @@ class Registers(unittest.TestCase):
                 self.assertEqual(plc.read(66, 2), [request, FAILED])
 
     def test_the_device_identification(self):
-        rows = re.findall(r"^\| (\d+) \| [a-z ]+ \| `(.+)` \|$", section(PAGE, "Device identification"), re.MULTILINE)
+        rows = re.findall(r"^\| (\d+) \| [^|]+ \| `(.+)` \|$", section(PAGE, "Device identification"), re.MULTILINE)
         shown = {int(number): text for number, text in rows}
-        self.assertEqual(len(shown), 4)
+        self.assertEqual(len(shown), 9)
         with Host() as host, ModbusClient(host.modbus_port) as plc:
+            wait_until(lambda: identify(plc, 4, 132) == {132: shown[132]}, "the name of the job")
             self.assertEqual(identify(plc, 1, 0), {number: shown[number] for number in (0, 1, 2)})
-            self.assertEqual(identify(plc, 2, 0), shown)
+            self.assertEqual(identify(plc, 2, 0), {number: shown[number] for number in (0, 1, 2, 4)})
             self.assertEqual(identify(plc, 3, 0), shown)
             self.assertEqual(identify(plc, 4, 4), {4: shown[4]})
             with self.assertRaises(ModbusException) as refusal:
                 identify(plc, 4, 3)
             self.assertEqual(refusal.exception.code, 2)
+
+    def test_the_device_identification_follows_the_map(self):
+        with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as plc:
+            def is_told(blocks):
+                told = identify(plc, 3, 0x80)
+                fingerprint = rest.get("/controls/ModbusTcp/plc").json["fingerprint"]
+                return (told[129], told[130]) == (str(blocks), f"{fingerprint:08X}")
+
+            self.assertTrue(is_told(10))
+            before = identify(plc, 4, 130)
+            added = {"blocks": [{"type": "Decision", "outputId": 300, "dataSource": "profile/zMax"}]}
+            rest.post("/controls/ModbusTcp/registerAssemblies/registerAssembly-0/commands/add", added)
+            self.assertTrue(is_told(11))
+            self.assertNotEqual(identify(plc, 4, 130), before)
+            self.assertEqual(rest.put("/controls/ModbusTcp", {"parameters": {"registerOrder": 1}}).status, 200)
+            self.assertTrue(is_told(11))
 
 
 if __name__ == "__main__":

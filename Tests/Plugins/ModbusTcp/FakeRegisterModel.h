@@ -61,6 +61,12 @@ public:
         return refusal;
     }
 
+    MapIdentity Identity() override
+    {
+        return identity;
+    }
+
+    MapIdentity identity{"assembly-7", 10, 0x0BC04A21, "default"};
     std::vector<std::string> calls;
     uint16 coils = 0x8005;
     ModbusException refusal = ModbusException::NONE;

@@ -126,21 +126,39 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         RequestCase{"Basic",
                     {43, 14, 1, 0},
-                    {43, 14, 1,   0x82, 0,   0,   3,   0,   9,   'Z', 'u', 'C', 'o', 'n', 't', 'r', 'o', 'l',
+                    {43, 14, 1,   0x83, 0,   0,   3,   0,   9,   'Z', 'u', 'C', 'o', 'n', 't', 'r', 'o', 'l',
                      1,  9,  'M', 'o',  'd', 'b', 'u', 's', 'T', 'c', 'p', 2,   5,   '1', '.', '0', '.', '0'},
                     {}},
         RequestCase{"BasicFromTheSecond",
                     {43, 14, 1, 1},
-                    {43,  14,  1,   0x82, 0,   0, 2, 1,   9,   'M', 'o', 'd', 'b',
+                    {43,  14,  1,   0x83, 0,   0, 2, 1,   9,   'M', 'o', 'd', 'b',
                      'u', 's', 'T', 'c',  'p', 2, 5, '1', '.', '0', '.', '0'},
                     {}},
         RequestCase{"RegularFromItsOwn",
                     {43, 14, 2, 4},
-                    {43,  14,  2,   0x82, 0,   0,   1,   4,   20,  'Z', 'u', 'C', 'o', 'n', 't',
+                    {43,  14,  2,   0x83, 0,   0,   1,   4,   20,  'Z', 'u', 'C', 'o', 'n', 't',
                      'r', 'o', 'l', ' ',  'M', 'o', 'd', 'b', 'u', 's', ' ', 'T', 'C', 'P'},
                     {}},
         RequestCase{
-            "IndividualRevision", {43, 14, 4, 2}, {43, 14, 4, 0x82, 0, 0, 1, 2, 5, '1', '.', '0', '.', '0'}, {}},
+            "IndividualRevision", {43, 14, 4, 2}, {43, 14, 4, 0x83, 0, 0, 1, 2, 5, '1', '.', '0', '.', '0'}, {}},
+        RequestCase{"ExtendedFromItsOwn",
+                    {43, 14, 3, 0x80},
+                    {43,  14,  3,   0x83, 0,    0,   5,    0x80, 10,   'a', 's', 's', 'e', 'm', 'b',
+                     'l', 'y', '-', '7',  0x81, 2,   '1',  '0',  0x82, 8,   '0', 'B', 'C', '0', '4',
+                     'A', '2', '1', 0x83, 1,    '1', 0x84, 7,    'd',  'e', 'f', 'a', 'u', 'l', 't'},
+                    {}},
+        RequestCase{"IndividualFingerprint",
+                    {43, 14, 4, 0x82},
+                    {43, 14, 4, 0x83, 0, 0, 1, 0x82, 8, '0', 'B', 'C', '0', '4', 'A', '2', '1'},
+                    {}},
+        RequestCase{"RegularHasNoFingerprint",
+                    {43, 14, 2, 0x84},
+                    {43,  14,  2,   0x83, 0,   0,   4,   0,   9,   'Z', 'u', 'C', 'o', 'n', 't',
+                     'r', 'o', 'l', 1,    9,   'M', 'o', 'd', 'b', 'u', 's', 'T', 'c', 'p', 2,
+                     5,   '1', '.', '0',  '.', '0', 4,   20,  'Z', 'u', 'C', 'o', 'n', 't', 'r',
+                     'o', 'l', ' ', 'M',  'o', 'd', 'b', 'u', 's', ' ', 'T', 'C', 'P'},
+                    {}},
+        RequestCase{"IndividualBehindAll", {43, 14, 4, 0x85}, {0xAB, 2}, {}},
         RequestCase{"IndividualUnknown", {43, 14, 4, 3}, {0xAB, 2}, {}},
         RequestCase{"AccessUnknown", {43, 14, 5, 0}, {0xAB, 3}, {}},
         RequestCase{"Access0", {43, 14, 0, 0}, {0xAB, 3}, {}}, RequestCase{"Short", {43, 14, 1}, {0xAB, 3}, {}},
@@ -295,7 +313,19 @@ TEST_F(ModbusRequestTest, StartsAgainAtTheFirstObjectWhenTheOneAskedForIsNotTher
 {
     EXPECT_EQ(Answer({43, 14, 1, 77}), Answer({43, 14, 1, 0}));
     EXPECT_EQ(Answer({43, 14, 1, 4}), Answer({43, 14, 1, 0})); // not among the basic ones
-    EXPECT_EQ(Answer({43, 14, 3, 3})[6], 4);                   // all four
+    EXPECT_EQ(Answer({43, 14, 3, 3})[6], 9);                   // all
+}
+
+TEST_F(ModbusRequestTest, CutsTextsThatDoNotFitOneAnswer)
+{
+    model.identity = {std::string(300, 'n'), 4294967295, 0xFFFFFFFF, std::string(300, 'j')};
+
+    Bytes const answer = Answer({43, 14, 3, 0});
+
+    EXPECT_EQ(answer[6], 9);
+    EXPECT_EQ(answer[7 + 51 + 1], 64);
+    EXPECT_EQ(answer.size(), 7u + 51 + 66 + 12 + 10 + 3 + 66);
+    EXPECT_EQ(answer.back(), 'j');
 }
 
 } // namespace ModbusTcp

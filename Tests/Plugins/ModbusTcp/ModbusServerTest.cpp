@@ -93,6 +93,11 @@ public:
     {
         return ModbusException::NONE;
     }
+
+    MapIdentity Identity() override
+    {
+        return {};
+    }
 };
 
 /// The server as the service makes it.

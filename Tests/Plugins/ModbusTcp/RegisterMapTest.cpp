@@ -6,6 +6,7 @@
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "Tests/Plugins/ModbusTcp/FakeCommandRunner.h"
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +47,10 @@ protected:
                      .results = encoder,
                      .commands = runner,
                      .latestState = [this](std::string const&) { return state; },
+                     .mapIdentity =
+                         [] {
+                             return MapIdentity{"map", 3, 7, ""};
+                         },
                      .counters = counters}};
 };
 
@@ -112,6 +117,7 @@ TEST_F(RegisterMapTest, HasNoCommandCoilsWithoutACommandBlock)
                        .results = encoder,
                        .commands = runner,
                        .latestState = [this](std::string const&) { return state; },
+                       .mapIdentity = [] { return MapIdentity{}; },
                        .counters = counters});
 
     EXPECT_EQ(empty.WriteCoils(2), ModbusException::ILLEGAL_DATA_ADDRESS);
@@ -142,6 +148,22 @@ TEST_F(RegisterMapTest, ShowsTheStatesInBits)
     state.scanner.scannerByte1 = 1;
 
     EXPECT_EQ(Read(89, 3), (Registers{0, 0x0022, 0}));
+}
+
+TEST_F(RegisterMapTest, NamesTheJobThatIsLoaded)
+{
+    EXPECT_EQ(map.Identity().job, "");
+    std::strncpy(state.system.jobFileName, "night shift", sizeof state.system.jobFileName);
+    state.system.jobFileNameLength = 11;
+
+    MapIdentity const identity = map.Identity();
+
+    EXPECT_EQ(identity.job, "night shift");
+    EXPECT_EQ(identity.name, "map");
+    EXPECT_EQ(identity.blockCount, 3u);
+    EXPECT_EQ(identity.fingerprint, 7u);
+    state.system.jobFileNameLength = 255; // more than there is room for
+    EXPECT_EQ(map.Identity().job.size(), 64u);
 }
 
 TEST_F(RegisterMapTest, WritesTheAcknowledgeRegisterOfAQueue)
