@@ -24,7 +24,7 @@ for (const tag of tags) {
     let first = tag.first;
     for (let left = tag.count; left > 0;) {
         const part = Math.min(left, MOST), last = requests[requests.length - 1], code = CODES[tag.area];
-        if (last && last[0] === code && last[1] <= first && first <= last[1] + last[2] && first + part - last[1] <= MOST) {
+        if (last && last[0] === code && last[1] <= first && first + part - last[1] <= MOST) {
             last[2] = Math.max(last[2], first + part - last[1]);
         } else {
             requests.push([code, first, part]);

@@ -47,7 +47,7 @@ def spans():
         while count > 0:
             part = min(count, MOST_REGISTERS)
             last = found[-1] if found else None
-            if last and last[0] == area and last[1] <= first <= last[1] + last[2] and first + part - last[1] <= MOST_REGISTERS:
+            if last and last[0] == area and last[1] <= first and first + part - last[1] <= MOST_REGISTERS:
                 last[2] = max(last[2], first + part - last[1])
             else:
                 found.append([area, first, part])
