@@ -8,9 +8,10 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INSTALL = "scripts/install-dependencies clients"
 PACKAGE_OF = {"curl": "curl", "jq": "jq", "mbpoll": "mbpoll", "mosquitto": "mosquitto", "mosquitto_pub": "mosquitto-clients",
-              "nc": "netcat-openbsd", "sqlite3": "sqlite3"}
+              "nc": "netcat-openbsd", "python3": "python3-pymodbus python3-serial-asyncio", "sqlite3": "sqlite3"}
 # Programs of a bare system, of the package set `build`, or of this tree.
-THERE = {"./run", "./test", "./bench", "cd", "cmake", "cp", "echo", "editor", "head", "printf", "sleep", "tr", INSTALL.split()[0],
+THERE = {"./run", "./test", "./bench", "cd", "cmake", "cp", "cut", "echo", "editor", "grep", "head", "printf", "sh", "sleep",
+         "tr", INSTALL.split()[0],
          "zucontrol-host", "~/zucontrol/bin/zucontrol-host"}
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
 
@@ -35,7 +36,7 @@ class Clients(unittest.TestCase):
     def test_the_set_holds_every_client_that_a_page_uses(self):
         used = {name for page in PAGES for _, name in commands(page)}
         self.assertEqual(used - THERE - set(PACKAGE_OF), set())
-        self.assertEqual({PACKAGE_OF[name] for name in used if name in PACKAGE_OF}, packages("clients"))
+        self.assertEqual({package for name in used & set(PACKAGE_OF) for package in PACKAGE_OF[name].split()}, packages("clients"))
 
     def test_the_readme_installs_the_clients_before_it_uses_one(self):
         lines = list(commands(PAGES[0]))
