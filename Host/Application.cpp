@@ -55,6 +55,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
       tokens(securityStore),
       tokenResources(sensorModule.Router(), tokens),
       routesResource(sensorModule.Router()),
+      logPage(sensorModule.Router()),
       consolePages(sensorModule.Router()),
       gatekeeper({&tokenFile, &tokens, &loginService.Callers()}, trail,
                  [this](auto const& path) { return sensorModule.RequestProcessor().MethodsAt(path); }),

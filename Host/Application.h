@@ -8,6 +8,7 @@
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
+#include "Host/Log/LogPage.h"
 #include "Host/Metrics/MetricsPage.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/SensorModule.h"
@@ -137,6 +138,7 @@ private:
     TokenStore tokens;
     TokenResources tokenResources;
     RoutesResource routesResource;
+    LogPage logPage;
     ConsolePages consolePages;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
     Gatekeeper gatekeeper;

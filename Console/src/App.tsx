@@ -6,6 +6,13 @@ import { hrefOf, route } from "./client/route";
 import { NoticeBar, tellRefusal } from "./parts/basics";
 import { Login } from "./views/login/Login";
 import { Overview } from "./views/overview/Overview";
+import { Events } from "./views/events/Events";
+import { Jobs } from "./views/jobs/Jobs";
+import { Live } from "./views/live/Live";
+import { Metrics } from "./views/metrics/Metrics";
+import { Registers } from "./views/registers/Registers";
+import { Security } from "./views/security/Security";
+import { Services } from "./views/services/Services";
 
 interface View {
     name: string;
@@ -15,6 +22,13 @@ interface View {
 
 const VIEWS: View[] = [
     { name: "overview", title: "Overview", component: Overview },
+    { name: "live", title: "Live", component: Live },
+    { name: "services", title: "Services", component: Services },
+    { name: "registers", title: "Registers", component: Registers },
+    { name: "jobs", title: "Jobs", component: Jobs },
+    { name: "events", title: "Events", component: Events },
+    { name: "metrics", title: "Metrics", component: Metrics },
+    { name: "security", title: "Security", component: Security },
 ];
 
 export function App() {

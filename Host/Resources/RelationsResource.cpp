@@ -51,6 +51,7 @@ constexpr std::array RELATIONS{
     Relation{"sessions", "The sessions of the caller, for administrators all. DELETE ends one of them."},
     Relation{"users", "The users, for administrators. POST adds one, PATCH changes one, DELETE removes one."},
     Relation{"problems", "The problems that stand now, the oldest first."},
+    Relation{"log", "The newest warnings and errors of the log, the oldest first."},
     Relation{"audit", "The trail: what was done, by whom, from where and with what result. Accept: text/csv and "
                       "application/x-ndjson give it as a table and as lines."},
     Relation{"events",

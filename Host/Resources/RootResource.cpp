@@ -32,6 +32,7 @@ constexpr std::array ENTRIES{
     Entry{"zu:health", "/health", PATH, false},
     Entry{"zu:authority", "/authority", PATH, false},
     Entry{"zu:problems", "/problems", PATH, false},
+    Entry{"zu:log", "/log", PATH, false},
     Entry{"zu:audit", "/audit", PATH, false},
     Entry{"zu:routes", "/routes", PATH, false},
     Entry{"zu:tokens", "/tokens", PATH, false},

@@ -42,6 +42,7 @@ constexpr Route ROUTES[] = {
     {"DELETE", "/users/:name", ADMINISTRATOR, "removes a user"},
     {"POST", "/setup", NONE, "makes the first administrator with the one-time code"},
     {"GET", "/problems", VIEWER, "the open problems"},
+    {"GET", "/log", ENGINEER, "the newest warnings and errors of the log"},
     {"GET", "/audit", ENGINEER, "the trail: what was done, by whom and from where"},
     {"GET", "/events", VIEWER, "the stream of changes"},
     {"GET", "/metrics", VIEWER, "all counters, as text for Prometheus"},

@@ -53,7 +53,10 @@ export async function checkAccess(page) {
 /// Asserts that nothing is wider than the window.
 export async function checkWidth(page) {
     const [needed, present] = await page.evaluate(() => [document.documentElement.scrollWidth, document.documentElement.clientWidth]);
-    assert.ok(needed <= present, `the page is ${needed} pixels wide, the window ${present}`);
+    const wide = await page.evaluate((limit) => [...document.querySelectorAll("body *")]
+        .filter((element) => element.getBoundingClientRect().right > limit && element.closest(".tablebox") === null)
+        .map((element) => `${element.tagName}.${element.className}`), present);
+    assert.ok(needed <= present, `the page is ${needed} pixels wide, the window ${present}: ${wide}`);
 }
 
 /// Presses Tab until the element with this role and name has the focus.

@@ -4,6 +4,7 @@ import { Card, Light, Missing, Time, Value } from "../../parts/basics";
 import { durationText } from "../../parts/format";
 import { type ControlList, stateOf } from "../services/controls";
 import { remedyFor } from "./remedies";
+import { OutputsCard, SensorCard } from "./SensorCard";
 
 interface Health {
     status: "ok" | "faulty";
@@ -26,8 +27,10 @@ export function Overview() {
     const controls = useResource<ControlList>("/controls", CONTROLS_MS);
     return (
         <div class="grid">
+            <SensorCard />
             <HealthCard health={health} problems={problems} />
             <ServicesCard controls={controls} />
+            <OutputsCard />
             <ProblemsCard problems={problems} />
         </div>
     );

@@ -1,0 +1,75 @@
+/// The documents of the sensor: see the page on REST.
+
+export interface Delivered {
+    value: number | null;
+    decision: number | null;
+    secondsAgo: number;
+}
+
+export interface Destination {
+    protocol: string;
+    enabled: boolean;
+    outputId: number | string;
+    registers: number | null;
+    type: string | null;
+    registerAssembly: string | null;
+    topic: string | null;
+    delivered: Delivered | null;
+}
+
+export interface DataSource {
+    id: string;
+    displayName: string;
+    description: string;
+    type: string;
+    unit: string;
+    value?: number | null;
+    decision?: number | null;
+    frame: number | null;
+    ageSec: number | null;
+    destinations: Destination[];
+}
+
+export interface DataSources {
+    dataSources: DataSource[];
+}
+
+export interface Operation {
+    number: number;
+    what: string;
+    argument: string;
+    who: string;
+    from: string;
+    since: string;
+    seconds: number;
+    result: "running" | "done" | "failed";
+    status: number | null;
+    text: string;
+}
+
+export interface Operations {
+    operations: Operation[];
+}
+
+export interface SensorState {
+    state: "ready" | "running" | "error";
+    job: string;
+    scanner: string;
+    alignment: "notAligned" | "aligning" | "aligned";
+    upTimeSec: number;
+    profiles: { setRateHz: number; rateHz: number; taken: number; missed: number };
+    results: { sets: number; dropped: number; protocols: { id: string; enabled: boolean; sets: number; dropped: number }[] };
+    operation: { what: string; protocol: string | null; seconds: number } | null;
+    authority: {
+        rest: "always" | "whenIdle" | "never";
+        holder: string;
+        mayCommand: boolean;
+        waitSeconds: number | null;
+    };
+    outputs: {
+        digital: { index: number; enabled: boolean; high: boolean }[];
+        analog: { index: number; enabled: boolean; milliamperes: number }[];
+        serial: { index: number; enabled: boolean; bytes: number; last: string }[];
+    };
+    inputs: { index: number; enabled: boolean; high: boolean }[];
+}
