@@ -322,7 +322,7 @@ class PlcFiles(unittest.TestCase):
                 {"type": "Measurement", "dataSource": "Größe", "outputId": 310}, {"type": "StateBits", "outputId": 320})
             after = place(tags_of(rest))
             self.assertEqual(before.items() - after.items(), set())
-            self.assertEqual(len(after), len(before) + 14)
+            self.assertEqual(len(after), len(before) + 16)
             self.assertEqual(rest.post(ASSEMBLY + "/commands/remove", {"outputIdList": [{"outputId": 170}]}).status // 100, 2)
             self.assertEqual(rest.post(ASSEMBLY + "/commands/compact", {"startingOutputId": 0}).status // 100, 2)
             moved = place(tags_of(rest))

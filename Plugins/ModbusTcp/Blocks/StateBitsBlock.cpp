@@ -28,19 +28,19 @@ struct BitName
 };
 
 constexpr BitName BIT_NAMES[] = {
-    {StateBitsBlock::READY, "bitReady", "no scan runs"},
-    {StateBitsBlock::RUNNING, "bitRunning", "a scan runs"},
-    {StateBitsBlock::ERROR, "bitError", "the sensor has an error"},
-    {StateBitsBlock::ALIGNED, "bitAligned", "the scanner is aligned"},
-    {StateBitsBlock::ALIGNING, "bitAligning", "the scanner is being aligned"},
-    {StateBitsBlock::LASER_ON, "bitLaserOn", "the laser is enabled"},
-    {StateBitsBlock::LINKED, "bitLinked", "the first network interface is linked"},
-    {StateBitsBlock::PROBLEMS, "bitProblems", "problems are on record"},
-    {StateBitsBlock::COMMAND_RUNS, "bitCommandRuns", "a command runs"},
-    {StateBitsBlock::COMMAND_DONE, "bitCommandDone", "the last command is done"},
-    {StateBitsBlock::COMMAND_FAILED, "bitCommandFailed", "the last command has failed"},
-    {StateBitsBlock::RESULT_WAITS, "bitResultWaits", "a result queue holds a result"},
-    {StateBitsBlock::RESULTS_LOST, "bitResultsLost", "a result queue has lost results since it was empty"},
+    {StateBitsBlock::READY, "ready", "no scan runs"},
+    {StateBitsBlock::RUNNING, "running", "a scan runs"},
+    {StateBitsBlock::ERROR, "error", "the sensor has an error"},
+    {StateBitsBlock::ALIGNED, "aligned", "the scanner is aligned"},
+    {StateBitsBlock::ALIGNING, "aligning", "the scanner is being aligned"},
+    {StateBitsBlock::LASER_ON, "laserOn", "the laser is enabled"},
+    {StateBitsBlock::LINKED, "linked", "the first network interface is linked"},
+    {StateBitsBlock::PROBLEMS, "problems", "problems are on record"},
+    {StateBitsBlock::COMMAND_RUNS, "commandRuns", "a command runs"},
+    {StateBitsBlock::COMMAND_DONE, "commandDone", "the last command is done"},
+    {StateBitsBlock::COMMAND_FAILED, "commandFailed", "the last command has failed"},
+    {StateBitsBlock::RESULT_WAITS, "resultWaits", "a result queue holds a result"},
+    {StateBitsBlock::RESULTS_LOST, "resultsLost", "a result queue has lost results since it was empty"},
 };
 
 constexpr uint16 BitIf(bool isSet, StateBitsBlock::Bit bit)

@@ -1,4 +1,4 @@
-#include "Host/Log/LogPage.h"
+#include "Host/Resources/LogPage.h"
 
 #include "ZuApi/Logging.h"
 #include "ZuRest/ResourceRequestProcessor.h"

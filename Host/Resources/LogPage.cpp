@@ -1,4 +1,4 @@
-#include "Host/Log/LogPage.h"
+#include "Host/Resources/LogPage.h"
 
 #include "Host/Log/LogLine.h"
 #include "Host/Security/UtcTime.h"
