@@ -122,7 +122,7 @@ std::optional<TrailEntry> OfChange(ZuRest::ResourceRequestProcessor::Change cons
 
 std::optional<TrailEntry> OfOperation(ZuControl::ControlOperationEnd const& end)
 {
-    if (end.name == std::string_view("software trigger"))
+    if (end.isOfHost || end.name == std::string_view("software trigger"))
     {
         return std::nullopt;
     }

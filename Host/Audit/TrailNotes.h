@@ -22,7 +22,7 @@ namespace ZuHost::TrailNotes
 /// resource that writes entries of its own.
 std::optional<TrailEntry> OfChange(ZuRest::ResourceRequestProcessor::Change const& change);
 
-/// The end of a PLC's command; nothing for a trigger.
+/// The end of a PLC's command; nothing for a trigger, and nothing for an operation of the host, which notes its own.
 std::optional<TrailEntry> OfOperation(ZuControl::ControlOperationEnd const& end);
 
 /// A client that a service for PLCs does not admit, or a request that the client's role does not allow.

@@ -6,6 +6,7 @@
 #include "Host/Clinic/SignedPlugins.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
+#include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
@@ -252,6 +253,11 @@ public:
             if (byName.contains(type.name))
             {
                 continue;
+            }
+            if (type.number == static_cast<int32>(ZuControl::HOST_PROTOCOL))
+            {
+                return "Plug-in " + file.string() + " was refused: its protocol " + type.name + " has the number " +
+                       std::to_string(type.number) + " of the host";
             }
             auto const [first, isNew] = added.try_emplace(type.number, Owner{type.name, file});
             if (!isNew)

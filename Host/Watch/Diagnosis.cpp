@@ -46,7 +46,9 @@ void LookAtOperation(ControlVitals::Operation const& operation, WatchLimits cons
 {
     if (LastsTooLong(operation.sinceUsec, limits.operationUsec, nowUsec))
     {
-        std::string const service = operation.typeName.empty() ? "a service" : operation.typeName;
+        std::string const service = operation.isOfHost           ? "a REST client"
+                                    : operation.typeName.empty() ? "a service"
+                                                                 : operation.typeName;
         sentences.insert("The " + std::string(operation.name) + " that " + service +
                          " asked for has not ended within " + Seconds(limits.operationUsec) +
                          "; every other operation is refused meanwhile.");

@@ -181,6 +181,11 @@ ControlProtocolOperations const& ControlManager::Operations() const
     return operations;
 }
 
+ControlProtocolOperations& ControlManager::Operations()
+{
+    return operations;
+}
+
 std::vector<ControlVitals::FailedStarts> ControlManager::FailedStarts() const
 {
     std::vector<ControlVitals::FailedStarts> list;

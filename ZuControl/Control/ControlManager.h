@@ -57,6 +57,7 @@ public:
     void RemovePersistenceLoadEventHandler(CallbackId id) override;
 
     ControlProtocolOperations const& Operations() const;
+    ControlProtocolOperations& Operations();
 
     /// The failed starts of all instances, by name. Any thread may call.
     std::vector<ControlVitals::FailedStarts> FailedStarts() const;

@@ -90,6 +90,7 @@ ControlVitals ControlModule::Vitals()
     auto const operation = manager.Operations().OperationUnderWay().value_or(ControlProtocolOperations::UnderWay());
     vitals.operation.name = operation.name;
     vitals.operation.sinceUsec = operation.sinceUsec;
+    vitals.operation.isOfHost = operation.protocol == HOST_PROTOCOL;
     for (auto const& [typeName, protocol] : services)
     {
         if (!protocol.has_value())
@@ -110,11 +111,17 @@ ControlVitals ControlModule::Vitals()
     return vitals;
 }
 
+ControlProtocolOperations& ControlModule::Operations()
+{
+    return manager.Operations();
+}
+
 Zu::Subscription ControlModule::SubscribeToOperations(std::function<void(ControlOperationEnd const&)> handler)
 {
     return manager.Operations().SubscribeToEveryEnd(
         [this, handler = std::move(handler)](ControlProtocolOperations::Ended const& end) {
-            handler({TypeNameOf(end.protocol), end.name, end.argument, end.status, end.origin});
+            handler({TypeNameOf(end.protocol), end.name, end.argument, end.status, end.origin,
+                     end.protocol == HOST_PROTOCOL, end.sinceUsec, end.cause.status, end.cause.text});
         });
 }
 

@@ -55,6 +55,10 @@ public:
     /// thread.
     ControlVitals Vitals();
 
+    /// The operations on the system. The host begins its own ones as `HOST_PROTOCOL`, so that they and those of the
+    /// protocols exclude each other. Any thread may call.
+    ControlProtocolOperations& Operations();
+
     /// Calls `handler` after the end of each operation of any protocol, and for each refused one, until the subscription
     /// is destroyed. `handler` must not block and must not throw.
     [[nodiscard]] Zu::Subscription SubscribeToOperations(std::function<void(ControlOperationEnd const&)> handler);

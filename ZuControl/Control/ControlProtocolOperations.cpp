@@ -151,7 +151,13 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
     {
         refusedCount.fetch_add(1, std::memory_order_relaxed);
         ZU_GUARD_BOUNDARY([&] {
-            ended.Fire({protocol, NameOf(action), params.stringArg, Zu::Status::BUSY, CommandOriginScope::Current()});
+            ended.Fire({protocol,
+                        NameOf(action),
+                        params.stringArg,
+                        Zu::Status::BUSY,
+                        CommandOriginScope::Current(),
+                        wTime_NowUsec(),
+                        {}});
         });
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
                  static_cast<int32>(protocol), unsigned{action});
@@ -160,18 +166,21 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
     {
         runner->Run([this, protocol, action, params = std::move(params)] {
             int32 status = Zu::Status::SUCCESS;
+            Cause cause;
             try
             {
                 if (!RunAction(protocol, action, params))
                 {
                     ZU_LOG_ERROR("Unexpected action id %u", unsigned{action});
-                    status = Zu::Status::BAD_ARGUMENT;
+                    cause.status = status = Zu::Status::BAD_ARGUMENT;
                 }
             }
             catch (...)
             {
                 ZU_LOG_CAUGHT("Exception processing action id %u", unsigned{action});
-                status = Zu::Status::FAILURE; // the status of the exception is logged and not passed on
+                status = Zu::Status::FAILURE; // protocols do not get the status of the exception
+                cause.status = Zu::CaughtStatus();
+                ZU_GUARD_BOUNDARY([&cause] { cause.text = Zu::CaughtReason(); }); // without memory there is no text
             }
             if (IsAsynchronous(action))
             {
@@ -182,7 +191,7 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
                 // Guarded: the end must be queued in any case, or every later operation would be refused.
                 ZU_GUARD_BOUNDARY([&] { CleanUpAlignmentCompletedEvent(params.stringArg); });
             }
-            NotifyOperationEnd(protocol, status, "");
+            NotifyOperationEnd(protocol, status, "", std::move(cause));
         });
     }
     catch (...)
@@ -330,26 +339,31 @@ void ControlProtocolOperations::ValidateScannerId(char const* scannerId, ActionI
     }
 }
 
-void ControlProtocolOperations::TellEnd(EndOfOpResult const& record)
+/// Nothing if no operation is under way: a scanner reports one alignment twice.
+std::optional<ControlProtocolOperations::Ended> ControlProtocolOperations::EndOf(EndOfOpResult const& record)
 {
-    Ended end;
+    Zu::MutexLock const guard(underWayLock);
+    if (!underWay.has_value())
     {
-        Zu::MutexLock const guard(underWayLock);
-        if (!underWay.has_value())
-        {
-            return; // a scanner reports one alignment twice
-        }
-        end = {record.protocol, underWay->name, underWayArgument, record.status, underWayOrigin};
+        return std::nullopt;
     }
-    ended.Fire(end);
+    return Ended{record.protocol, underWay->name,      underWayArgument, record.status,
+                 underWayOrigin,  underWay->sinceUsec, record.cause};
 }
 
 void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId)
+{
+    NotifyOperationEnd(protocol, status, scannerId, Cause());
+}
+
+void ControlProtocolOperations::NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId,
+                                                   Cause cause)
 {
     auto record = std::make_unique<EndOfOpResult>();
     record->protocol = protocol;
     record->status = status;
     record->scannerId = scannerId;
+    record->cause = std::move(cause);
     queue.Add(std::move(record));
 }
 
@@ -380,7 +394,13 @@ void ControlProtocolOperations::AlignmentCompletedCallback(ZuEthernetProtocol pr
 {
     // Only queues the end: the dispatcher removes the handler, outside of the event's call.
     bool const succeeded = static_cast<int64>(status) == 0;
-    NotifyOperationEnd(protocol, succeeded ? Zu::Status::SUCCESS : Zu::Status::FAILURE, scannerId.c_str());
+    if (succeeded)
+    {
+        NotifyOperationEnd(protocol, Zu::Status::SUCCESS, scannerId.c_str());
+        return;
+    }
+    NotifyOperationEnd(protocol, Zu::Status::FAILURE, scannerId.c_str(),
+                       {Zu::Status::FAILURE, "The scanner reports that the alignment has failed"});
 }
 
 void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(std::string const& scannerId)
@@ -424,8 +444,13 @@ int ControlProtocolOperations::DispatcherThreadFx(void* object)
             auto& count = record->status == Zu::Status::SUCCESS ? self.succeededCount : self.failedCount;
             count.fetch_add(1, std::memory_order_relaxed);
             self.CleanUpAlignmentCompletedEvent(record->scannerId);
-            ZU_GUARD_BOUNDARY([&] { self.TellEnd(*record); }); // the operation must end in any case
-            int const previous = self.OperationFinish();       // before the handlers: they may start the next operation
+            std::optional<Ended> end;
+            ZU_GUARD_BOUNDARY([&] { end = self.EndOf(*record); }); // the operation must end in any case
+            int const previous = self.OperationFinish(); // before the handlers: they may start the next operation
+            if (end.has_value())
+            {
+                ZU_GUARD_BOUNDARY([&] { self.ended.Fire(*end); });
+            }
             self.OnOperationEnd(record->protocol, record->status);
             if (previous != 1)
             {

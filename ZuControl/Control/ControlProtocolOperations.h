@@ -98,6 +98,13 @@ public:
     /// The operation in flight, if any. Any thread may call.
     std::optional<UnderWay> OperationUnderWay() const;
 
+    /// Why an operation has failed, which the handlers of ends do not get.
+    struct Cause
+    {
+        int32 status = 0; ///< of the exception
+        std::string text; ///< of the exception, or the status as a text
+    };
+
     /// An operation that has ended, or that was refused.
     struct Ended
     {
@@ -106,10 +113,13 @@ public:
         std::string argument;          ///< the name of the job or the id of the scanner; empty for other operations
         int32 status = 0;              ///< as for the handlers of ends; `Zu::Status::BUSY` if it was refused
         CommandOrigin origin{};        ///< the client that has asked for it, as `CommandOriginScope` has told
+        uint64 sinceUsec = 0;          ///< its begin, or the refusal; a moment of `wTime_NowUsec`
+        Cause cause;                   ///< of a failure
     };
 
     /// Calls `handler` after the end of each operation of any protocol, on "CtlProtoOp.Disp", and for each refused one,
-    /// on the thread of the refused caller. It must not block and must not throw.
+    /// on the thread of the refused caller. After an end the next operation may begin. `handler` must not block and must
+    /// not throw.
     [[nodiscard]] Zu::Subscription SubscribeToEveryEnd(std::function<void(Ended const&)> handler) const;
 
     /// The notices between the services and the host. Every protocol reaches them through this object.
@@ -147,6 +157,7 @@ private:
         ZuEthernetProtocol protocol{};
         int32 status = 0;
         std::string scannerId; // of an alignment that has ended through its event
+        Cause cause;
     };
 
     void RunSynchronousOp(ZuEthernetProtocol protocol, ActionId action, ControlOperationsParams params);
@@ -158,11 +169,12 @@ private:
 
     bool OperationBegin();
     int OperationFinish();
-    void TellEnd(EndOfOpResult const& record);
+    std::optional<Ended> EndOf(EndOfOpResult const& record);
     static void ValidateStringArg(char const* value, char const* label, ActionId action);
     static void ValidateScannerId(char const* scannerId, ActionId action);
 
     void NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId);
+    void NotifyOperationEnd(ZuEthernetProtocol protocol, int status, char const* scannerId, Cause cause);
     void OnOperationEnd(ZuEthernetProtocol protocol, int status);
     Zu::Event<int>& OperationEndEvent(ZuEthernetProtocol protocol);
     void AlignmentCompletedCallback(ZuEthernetProtocol protocol, std::string const& scannerId,

@@ -31,14 +31,18 @@ struct ControlStatistics
     std::vector<Protocol> protocols; ///< all of them, by name
 };
 
-/// An operation on the system that a protocol has begun, and that has ended or was refused.
+/// An operation on the system that a protocol or the host has begun, and that has ended or was refused.
 struct ControlOperationEnd
 {
-    std::string typeName;   ///< empty for a number without a service
+    std::string typeName;   ///< empty for the host, and for a number without a service
     char const* name = "";  ///< "job load"
     std::string argument{}; ///< the name of the job or the id of the scanner; empty for other operations
     int32 status = 0;       ///< `Zu::Status::BUSY` if it was refused because another one was in flight
     CommandOrigin origin{}; ///< the client that has asked for it, if the protocol tells
+    bool isOfHost = false;  ///< the host has begun it, as `HOST_PROTOCOL`
+    uint64 sinceUsec = 0;   ///< its begin, or the refusal; a moment of `wTime_NowUsec`
+    int32 cause = 0;        ///< the status of the exception that has made it fail
+    std::string reason{};   ///< the text of that exception
 };
 
 /// A client or a request that a service has refused.
@@ -64,9 +68,10 @@ struct ControlVitals
     /// The operation on the system that is in flight.
     struct Operation
     {
-        std::string typeName;  ///< the protocol that has begun it; empty for a number without a service
+        std::string typeName;  ///< the protocol that has begun it; empty for the host and a number without a service
         char const* name = ""; ///< "job load"; empty when none is in flight
         uint64 sinceUsec = 0;
+        bool isOfHost = false; ///< the host has begun it
     };
 
     /// The rounds in which the protocols bring their metrics up to date.

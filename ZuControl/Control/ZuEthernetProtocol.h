@@ -11,6 +11,9 @@ enum class ZuEthernetProtocol : int32
 {
 };
 
+/// The host itself, as the one that begins an operation. A plug-in with this number is refused.
+inline constexpr ZuEthernetProtocol HOST_PROTOCOL{-1};
+
 /// A protocol that cannot be stopped once it is started: when it reports a failed stop, the user gets a message and no
 /// problem.
 inline constexpr ZuEthernetProtocol UNSTOPPABLE_PROTOCOL{5};

@@ -71,6 +71,8 @@ std::vector<TroubleCase> AllTroubles()
          "Plug-in FILE ended the process with signal 6 (Aborted) while it was being made"},
         {"TakenNumber", Troubled("takennumber"), AT_ADMISSION,
          "Plug-in FILE was refused: its protocol Troubled has the number 1 of ModbusTcp in "},
+        {"HostsNumber", Troubled("hostsnumber"), AT_ADMISSION,
+         "Plug-in FILE was refused: its protocol Troubled has the number -1 of the host"},
         {"TwinNumbers", Troubled("twinnumbers"), AT_ADMISSION,
          "Plug-in FILE was refused: its protocol Twin has the number 110 of Troubled in "},
         {"BadName", Troubled("badname"), LATER,

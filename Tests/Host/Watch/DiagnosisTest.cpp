@@ -86,6 +86,13 @@ INSTANTIATE_TEST_SUITE_P(
             },
             {"The restart that a service asked for has not ended within 60 seconds; every other operation is refused "
              "meanwhile."}},
+        DiagnosisCase{
+            "OperationOfTheHost",
+            [](auto& v) {
+                v.operation = {"", "restart", 1, true};
+            },
+            {"The restart that a REST client asked for has not ended within 60 seconds; every other operation is "
+             "refused meanwhile."}},
         DiagnosisCase{"RoundLong", [](auto& v) { v.metrics.roundSinceUsec = NOW - SECOND; }, {}},
         DiagnosisCase{"RoundTooLong",
                       [](auto& v) {

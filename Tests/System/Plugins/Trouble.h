@@ -22,6 +22,7 @@ enum class Trouble
     LOGGED_ERROR,
     TAKEN_NAME,     ///< no other fault
     TAKEN_NUMBER,   ///< no other fault: the number of ModbusTcp
+    HOSTS_NUMBER,   ///< no other fault: the number of the host
     TWIN_NUMBERS,   ///< no other fault: two types with one number
     BAD_NAME,       ///< no other fault: a blank in the type name
     NEEDED_HARDWARE ///< no other fault: its start looks up an output of the sensor

@@ -25,6 +25,19 @@ constexpr char const* TYPE_NAME = "Troubled";
 constexpr ZuEthernetProtocol NUMBER{110};
 constexpr ZuEthernetProtocol NUMBER_OF_MODBUS{1};
 
+ZuEthernetProtocol NumberOfProtocol()
+{
+    switch (TROUBLE)
+    {
+    case Trouble::TAKEN_NUMBER:
+        return NUMBER_OF_MODBUS;
+    case Trouble::HOSTS_NUMBER:
+        return HOST_PROTOCOL;
+    default:
+        return NUMBER;
+    }
+}
+
 char const* NameOfType()
 {
     switch (TROUBLE)
@@ -69,7 +82,7 @@ class TroubledProtocol final : public ProtocolBase
 {
 public:
     explicit TroubledProtocol(ControlProtocolEnviron const& environ)
-        : ProtocolBase(TROUBLE == Trouble::TAKEN_NUMBER ? NUMBER_OF_MODBUS : NUMBER, TYPE_NAME, environ)
+        : ProtocolBase(NumberOfProtocol(), TYPE_NAME, environ)
     {
         metrics.Register("controlDrops", controlDrops);
         ProtocolInitParams init;

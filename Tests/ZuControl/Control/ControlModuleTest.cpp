@@ -192,6 +192,35 @@ TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
     EXPECT_EQ(vitals.failedStarts[1].count, 0u);
 }
 
+TEST_F(ControlModuleTest, TakesOperationsOfTheHostInTurnWithThoseOfProtocols)
+{
+    HeldJobs jobs; // outlives the module: a worker of the module blocks in it
+    environ.persistManager = &jobs;
+    auto const plugin = std::make_shared<ZuTest::FakePlugin>();
+    ControlProtocolOperations* operations = nullptr;
+    plugin->Offer("x", [&](ControlProtocol::ControlProtocolEnviron const& given) {
+        operations = given.operations;
+        return std::make_shared<ZuTest::FakeProtocol>(calls, 3);
+    });
+    ZuTest::AddLib(plugins, {plugin});
+    ControlModule module(plugins, router, environ);
+    ZuTest::CallLog ends;
+    auto const subscription = module.SubscribeToOperations([&](ControlOperationEnd const& end) {
+        ends.Add((end.isOfHost ? "host" : end.typeName) + " " + std::to_string(end.status));
+    });
+
+    module.Operations().LoadJob(HOST_PROTOCOL, "job");
+
+    ASSERT_TRUE(jobs.entered.Wait());
+    ControlVitals const vitals = module.Vitals();
+    EXPECT_EQ(RefusalOf([&] { operations->StartScan(ZuEthernetProtocol{3}); }).status, Zu::Status::BUSY);
+    jobs.release.Open();
+    EXPECT_TRUE(vitals.operation.isOfHost);
+    EXPECT_EQ(vitals.operation.typeName, "");
+    EXPECT_TRUE(ends.WaitFor("host 1"));
+    EXPECT_EQ(ends.All(), (ZuTest::CallLog::Calls{"x -976", "host 1"}));
+}
+
 TEST_F(ControlModuleTest, TellsOfTheOthersWhenAProtocolThrowsInsteadOfItsNumber)
 {
     auto const plugin = std::make_shared<ZuTest::FakePlugin>();

@@ -281,6 +281,45 @@ TEST_F(ControlProtocolOperationsTest, TellsTheClientOfEachEndAndOfEachRefusal)
                                  "scan stop of '10.0.0.7' as operator", "restart of '' as none"}));
 }
 
+TEST_F(ControlProtocolOperationsTest, TellsBeginAndCauseOfAFailure)
+{
+    std::vector<ControlProtocolOperations::Ended> ends;
+    ZuTest::Latch hasEnded;
+    auto const subscription = operations->SubscribeToEveryEnd([&](ControlProtocolOperations::Ended const& end) {
+        ends.push_back(end);
+        hasEnded.Open();
+    });
+    systemInterface.on["Start"] = [] { ZU_THROW(Zu::Status::NOT_OFFERED, "there is no sensor"); };
+    uint64 const beginUsec = wTime_NowUsec();
+
+    operations->StartScan(HOST_PROTOCOL);
+
+    hasEnded.Wait();
+    ASSERT_EQ(ends.size(), 1u);
+    EXPECT_EQ(ends[0].protocol, HOST_PROTOCOL);
+    EXPECT_EQ(ends[0].status, Zu::Status::FAILURE);
+    EXPECT_EQ(ends[0].cause.status, Zu::Status::NOT_OFFERED);
+    EXPECT_EQ(ends[0].cause.text, "there is no sensor");
+    EXPECT_GE(ends[0].sinceUsec, beginUsec);
+    EXPECT_LE(ends[0].sinceUsec, wTime_NowUsec());
+}
+
+TEST_F(ControlProtocolOperationsTest, LetsAListenerToEveryEndBeginTheNextOperation)
+{
+    std::string refusal = "not asked";
+    auto const subscription = operations->SubscribeToEveryEnd([&](ControlProtocolOperations::Ended const& end) {
+        if (end.protocol == PROTOCOL_8)
+        {
+            refusal = RefusalOf([this] { operations->StopScan(PROTOCOL_7); }).text;
+        }
+    });
+
+    operations->StartScan(PROTOCOL_8);
+
+    ASSERT_TRUE(calls.WaitFor("7 ended 1"));
+    EXPECT_EQ(refusal, Refusal().text);
+}
+
 TEST_F(ControlProtocolOperationsTest, TellsAnAlignmentAsUnderWayUntilTheScannerReportsIt)
 {
     operations->Alignment(PROTOCOL_7, "s");
