@@ -26,6 +26,7 @@ char const* Title(uint32 status) noexcept
     static constexpr std::array<std::pair<uint32, char const*>, 23> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
+        {ACCEPTED, "Accepted"},
         {NO_CONTENT, "No Content"},
         {SEE_OTHER, "See Other"},
         {NOT_MODIFIED, "Not Modified"},

@@ -9,6 +9,7 @@ namespace ZuRest::HttpStatus
 
 inline constexpr uint32 OK = 200;
 inline constexpr uint32 CREATED = 201;
+inline constexpr uint32 ACCEPTED = 202;
 inline constexpr uint32 NO_CONTENT = 204;
 inline constexpr uint32 SEE_OTHER = 303;
 inline constexpr uint32 NOT_MODIFIED = 304;

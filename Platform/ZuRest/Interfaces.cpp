@@ -1,8 +1,10 @@
 // The destructors of this folder's interfaces.
 
+#include "ZuRest/IBodySink.h"
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IFeedResource.h"
 #include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
@@ -17,6 +19,8 @@
 namespace ZuRest
 {
 
+IBodySink::~IBodySink() = default;
+
 ICallableResource::~ICallableResource() = default;
 
 IContentResource::~IContentResource() = default;
@@ -24,6 +28,8 @@ IContentResource::~IContentResource() = default;
 IDocumentResource::~IDocumentResource() = default;
 
 IFormattedResource::~IFormattedResource() = default;
+
+IFeedResource::~IFeedResource() = default;
 
 IPromptResource::~IPromptResource() = default;
 

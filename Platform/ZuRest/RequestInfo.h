@@ -30,6 +30,7 @@ struct ZUPLATFORM_API RequestInfo
     std::string path; ///< as sent by the client: percent-encoded, without the query
     Keys keys;
     bool wantsSchema = false;
+    std::string query{}; ///< the text after the question mark; empty for a document that another one embeds
     /// The document is only written as text: it and its parts may be values of `JsonText::PartOf`.
     bool isForText = false;
     std::shared_ptr<Caller const> caller; ///< the sender of the request; null: the process itself reads

@@ -6,6 +6,7 @@
 #include "ZuRest/ICallableResource.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/IDocumentResource.h"
+#include "ZuRest/IFeedResource.h"
 #include "ZuRest/IFormattedResource.h"
 #include "ZuRest/IPreviewResource.h"
 #include "ZuRest/IPromptResource.h"
@@ -82,6 +83,7 @@ std::optional<std::string> FormatOf(std::string_view query)
 RequestInfo InfoOf(Request const& request, ResourceRouter::Match const& match)
 {
     RequestInfo info(request.path, match.keys, WantsSchema(request.query));
+    info.query = request.query;
     info.caller = request.caller;
     return info;
 }
@@ -361,6 +363,11 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Dispatch(Request con
     if (IContentResource* const face = ContentFaceFor(resource, request.method); face != nullptr)
     {
         return {face->AnswerContent(request, InfoOf(request, *match)), nullptr};
+    }
+    if (auto* const feed = dynamic_cast<IFeedResource*>(&resource);
+        feed != nullptr && IsRead(request.method) && feed->WantsFeed(request))
+    {
+        return {feed->AnswerFeed(request, InfoOf(request, *match)), nullptr};
     }
     if (IsRead(request.method) && (resource.DocumentProvider() != nullptr || resource.StreamableProvider() != nullptr))
     {
