@@ -1,6 +1,7 @@
 #include "Host/Http/HttpConnection.h"
 
 #include "Host/Http/AnswerHead.h"
+#include "Host/Http/BodyBuffer.h"
 #include "Host/Http/EventBuffer.h"
 #include "Host/Http/IGatekeeper.h"
 #include "ZuRest/Problem.h"
@@ -185,7 +186,7 @@ void HttpConnection::PassDeadline()
         Send(Refusal(HttpStatus::SERVICE_UNAVAILABLE, Zu::Status::BUSY, "The resource did not answer in time."), true);
         break;
     case Phase::STREAM:
-        WriteToStream(": still here\n\n");
+        KeepStream();
         break;
     default:
         DoClose();
@@ -313,15 +314,21 @@ void HttpConnection::Submit()
 
 ZuRest::IStreamReceiver& HttpConnection::MakeReceiver(bool isState)
 {
-    stream = std::make_shared<EventStream>(isState, [strand = strand, weak = weak_from_this()] {
+    stream = std::make_shared<EventStream>(isState, WakeForStream());
+    return stream->buffer;
+}
+
+/// Lets the connection send what a stream has. Any thread may call the result.
+std::function<void()> HttpConnection::WakeForStream()
+{
+    return [strand = strand, weak = weak_from_this()] {
         asio::post(strand, [weak] {
             if (auto const self = weak.lock())
             {
                 self->Guarded([&self] { self->Flush(); });
             }
         });
-    });
-    return stream->buffer;
+    };
 }
 
 void HttpConnection::TakeOutcome(Outcome outcome)
@@ -343,6 +350,10 @@ void HttpConnection::ShowOutcome(Outcome outcome)
     else if (isStream)
     {
         BeginStream(outcome.answer);
+    }
+    else if (outcome.answer.openBody && !reader.IsHead())
+    {
+        BeginBody(std::move(outcome.answer));
     }
     else
     {
@@ -434,6 +445,18 @@ void HttpConnection::BeginStream(Answer const& answer)
     Read();
 }
 
+/// The body ends with the connection, or for a client of HTTP/1.1 with its last chunk.
+void HttpConnection::BeginBody(Answer answer)
+{
+    parts = std::make_shared<BodyBuffer>(reader.IsVersion11(), WakeForStream());
+    if (reader.IsVersion11())
+    {
+        answer.headers.emplace_back("Transfer-Encoding", "chunked");
+    }
+    BeginStream(answer);
+    answer.openBody(parts);
+}
+
 void HttpConnection::Flush()
 {
     hasNews = phase != Phase::STREAM; // a pending write flushes when it ends
@@ -441,13 +464,20 @@ void HttpConnection::Flush()
     {
         return;
     }
-    if (std::string text = stream->buffer.Take(); !text.empty())
+    if (parts != nullptr)
     {
-        WriteToStream(std::move(text));
+        if (BodyBuffer::Piece piece = parts->Take(); piece.isLast || !piece.bytes.empty())
+        {
+            WriteToStream(std::move(piece.bytes), piece.isLast);
+        }
+    }
+    else if (std::string text = stream->buffer.Take(); !text.empty())
+    {
+        WriteToStream(std::move(text), false);
     }
 }
 
-void HttpConnection::WriteToStream(std::string text)
+void HttpConnection::WriteToStream(std::string text, bool isLast)
 {
     if (!MayRead())
     {
@@ -456,7 +486,20 @@ void HttpConnection::WriteToStream(std::string text)
     }
     head = std::move(text);
     body.clear();
-    Write(Next::STREAM);
+    Write(isLast ? Next::END : Next::STREAM);
+}
+
+/// Sends a comment, which shows whether the client is still there. The maker of a body in parts does that itself.
+void HttpConnection::KeepStream()
+{
+    if (parts != nullptr)
+    {
+        Enter(Phase::STREAM, limits.commentPeriodUsec);
+    }
+    else
+    {
+        WriteToStream(": still here\n\n", false);
+    }
 }
 
 /// Whether the token or the session with which the stream was opened has not ended.
@@ -521,6 +564,10 @@ void HttpConnection::DoClose()
     isWanted.store(false, std::memory_order_relaxed);
     CloseStream();
     timer.cancel();
+    if (parts != nullptr)
+    {
+        parts->Close();
+    }
     if (next == Next::STREAM)
     {
         EndStream();

@@ -32,6 +32,7 @@ class IStreamReceiver;
 namespace ZuHost
 {
 
+class BodyBuffer;
 class ByteBudget;
 class HttpConnection;
 class IGatekeeper;
@@ -191,8 +192,11 @@ private:
     void GoOn();
     void ReadPast(boost::system::error_code const& error, std::size_t count);
     void BeginStream(ZuRest::Answer const& answer);
+    void BeginBody(ZuRest::Answer answer);
+    std::function<void()> WakeForStream();
     void Flush();
-    void WriteToStream(std::string text);
+    void WriteToStream(std::string text, bool isLast);
+    void KeepStream();
     bool MayRead() const;
     void EndStream();
     void DoClose();
@@ -225,7 +229,8 @@ private:
 
     // From `Submit` to `TakeOutcome` this belongs to the thread that executes the request.
     std::shared_ptr<EventStream> stream;
-    bool hasNews = false; // reports arrived during a write
+    std::shared_ptr<BodyBuffer> parts; // of a body that comes in parts
+    bool hasNews = false;              // reports or parts arrived during a write
 };
 
 } // namespace ZuHost

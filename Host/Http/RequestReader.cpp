@@ -345,6 +345,11 @@ bool RequestReader::IsHead() const
     return parser->method == "HEAD";
 }
 
+bool RequestReader::IsVersion11() const
+{
+    return parser->isVersion11;
+}
+
 bool RequestReader::KeepsAlive() const
 {
     return parser->keepsAlive;

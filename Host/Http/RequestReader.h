@@ -81,11 +81,12 @@ public:
     ZuRest::Request TakeRequest();
     ZuRest::Answer TakeRefusal();
 
-    bool HasBytes() const;   ///< bytes wait to be parsed
-    bool HasBegun() const;   ///< a byte of the present request has been parsed
-    bool HasHeader() const;  ///< the header of the present request is complete
-    bool IsHead() const;     ///< the method is HEAD
-    bool KeepsAlive() const; ///< the client wants to send more requests after the present one
+    bool HasBytes() const;    ///< bytes wait to be parsed
+    bool HasBegun() const;    ///< a byte of the present request has been parsed
+    bool HasHeader() const;   ///< the header of the present request is complete
+    bool IsHead() const;      ///< the method is HEAD
+    bool IsVersion11() const; ///< the client knows HTTP/1.1, and so chunks
+    bool KeepsAlive() const;  ///< the client wants to send more requests after the present one
 
 private:
     std::string_view Path() const;

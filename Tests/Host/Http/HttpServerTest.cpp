@@ -8,7 +8,10 @@
 #include "Support/FakeResource.h"
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
+#include "ZuRest/Answer.h"
 #include "ZuRest/DocumentResourceBase.h"
+#include "ZuRest/IBodySink.h"
+#include "ZuRest/IContentResource.h"
 #include "ZuRest/IPromptResource.h"
 #include "ZuRest/ResourceRequestProcessor.h"
 #include "wApi/wTime.h"
@@ -46,6 +49,29 @@ public:
     {
         return {{"prompt", true}};
     }
+};
+
+/// A resource whose body comes in parts.
+class Feed final : public ZuRest::ResourceBase, public ZuRest::IContentResource
+{
+public:
+    std::vector<std::string> ContentMethods() const override
+    {
+        return {"GET"};
+    }
+
+    ZuRest::Answer AnswerContent(ZuRest::Request const& /*request*/, ZuRest::RequestInfo const& /*info*/) override
+    {
+        ZuRest::Answer answer{200, "application/octet-stream", "", {}};
+        answer.openBody = [this](std::shared_ptr<ZuRest::IBodySink> const& opened) {
+            sink = opened;
+            isOpen.Open();
+        };
+        return answer;
+    }
+
+    std::shared_ptr<ZuRest::IBodySink> sink;
+    Latch isOpen;
 };
 
 } // namespace
@@ -92,6 +118,7 @@ protected:
     }
 
     std::map<std::string, FakeResource> resources;
+    Feed feed;
     ZuRest::ResourceRouter router;
     ZuRest::ResourceRequestProcessor processor{router};
     HttpServer::Settings settings;
@@ -783,6 +810,94 @@ TEST_F(HttpServerTest, ServesTheRightTokenAtOnceBesideWrongOnes)
     EXPECT_EQ(Connect().Send("GET", "/thing")->status, 401U) << "without a token";
 
     EXPECT_LT(wTime_NowUsec() - beginUsec, WrongTokens::PERIOD_USEC);
+}
+
+TEST_F(HttpServerTest, SendsABodyInParts)
+{
+    router.Register("/feed", feed);
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /feed HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    auto const head = client.ReadAnswer(false);
+    ASSERT_TRUE(head.has_value());
+    EXPECT_TRUE(head->Has("Transfer-Encoding: chunked")) << head->head;
+    ASSERT_TRUE(feed.isOpen.Wait());
+
+    feed.sink->Send("abc");
+    EXPECT_EQ(client.ReadUntil("abc\r\n"), "3\r\nabc\r\n");
+    feed.sink->Send("d");
+    feed.sink->End();
+
+    EXPECT_EQ(client.ReadUntil("0\r\n\r\n"), "1\r\nd\r\n0\r\n\r\n");
+    EXPECT_TRUE(client.IsClosed());
+    EXPECT_FALSE(feed.sink->IsOpen());
+}
+
+TEST_F(HttpServerTest, SendsPartsWithoutChunksToAClientOfHttp10)
+{
+    router.Register("/feed", feed);
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /feed HTTP/1.0\r\nHost: localhost\r\n\r\n");
+    auto const head = client.ReadAnswer(false);
+    ASSERT_TRUE(head.has_value());
+    EXPECT_EQ(head->head.find("Transfer-Encoding"), std::string::npos) << head->head;
+    ASSERT_TRUE(feed.isOpen.Wait());
+
+    feed.sink->Send("abc");
+    feed.sink->End();
+
+    EXPECT_EQ(client.ReadUntil("abc"), "abc");
+    EXPECT_TRUE(client.IsClosed());
+}
+
+TEST_F(HttpServerTest, TellsTheMakerOfABodyThatItsClientIsGone)
+{
+    router.Register("/feed", feed);
+    Start();
+    {
+        TestConnection client(server.Port());
+        client.Write("GET /feed HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        ASSERT_TRUE(feed.isOpen.Wait());
+        EXPECT_TRUE(feed.sink->IsOpen());
+    }
+    uint64 const bound = wTime_AfterUsec(10'000'000);
+    while (feed.sink->IsOpen() && wTime_NowUsec() < bound)
+    {
+        feed.sink->Send("x");
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(feed.sink->IsOpen());
+}
+
+TEST_F(HttpServerTest, HoldsABodyOpenWithoutNews)
+{
+    settings.commentPeriodUsec = 10'000;
+    router.Register("/feed", feed);
+    Start();
+    TestConnection& client = Connect();
+    client.Write("GET /feed HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    ASSERT_TRUE(client.ReadAnswer(false).has_value());
+    ASSERT_TRUE(feed.isOpen.Wait());
+    TestConnection& other = Connect(); // some periods pass
+    for (unsigned i = 0; i < 20; ++i)
+    {
+        EXPECT_EQ(other.Send("GET", "/thing")->status, 200U);
+    }
+
+    feed.sink->Send("abc");
+
+    EXPECT_EQ(client.ReadUntil("abc\r\n"), "3\r\nabc\r\n"); // no comment came before it
+}
+
+TEST_F(HttpServerTest, AnswersHeadWithoutABody)
+{
+    router.Register("/feed", feed);
+    Start();
+
+    EXPECT_EQ(Connect().Send("HEAD", "/feed")->status, 200U);
+
+    EXPECT_EQ(feed.sink, nullptr);
 }
 
 TEST_F(HttpServerTest, StreamsReportsAsEvents)
