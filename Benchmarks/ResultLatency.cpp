@@ -115,7 +115,7 @@ public:
     {
         wStamp stamp;
         stamp.stampCounter = frame;
-        publisher.Publish(stamp, tool.Measure(part.ProfileAt(frame)), false);
+        publisher.Publish(stamp, tool.Measure(*part.ProfileAt(frame)), false);
     }
 
     uint16 Port() const

@@ -74,6 +74,11 @@ ZuControl::IControlManager& SensorModule::Controls()
     return Module().Controls();
 }
 
+Sensor& SensorModule::UsedSensor()
+{
+    return sensor;
+}
+
 DeskCore& SensorModule::Core()
 {
     return core;

@@ -74,6 +74,7 @@ public:
     ZuControl::ControlModule& Module();
     ZuControl::IControlManager& Controls();
 
+    Sensor& UsedSensor();
     DeskCore& Core();
     ZuCore::ResultHub& ResultHub();
     ZuScan::Internal::ScanEngineManager& ScanEngines();

@@ -69,7 +69,7 @@ FramePublisher::FramePublisher(ZuCore::ResultHub& resultHub)
 {
     for (std::size_t i = 0; i < MEASUREMENT_COUNT; ++i)
     {
-        measurementInfos[i] = MakeInfo(MEASUREMENT_SOURCES[i], ZuCore::RESULT_TYPE_MEASUREMENT);
+        measurementInfos[i] = MakeInfo(MEASUREMENTS[i].source, ZuCore::RESULT_TYPE_MEASUREMENT);
     }
 }
 

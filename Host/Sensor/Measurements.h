@@ -21,9 +21,24 @@ enum class MeasurementKind : uint8
 
 inline constexpr std::size_t MEASUREMENT_COUNT = 5;
 
-/// The data source of each measurement, in the same order.
-inline constexpr std::array<char const*, MEASUREMENT_COUNT> MEASUREMENT_SOURCES{
-    "profile/zMax", "profile/zMin", "profile/width", "profile/meanZ", "profile/points"};
+/// A measurement as people and programs see it.
+struct MeasurementInfo
+{
+    char const* key;
+    char const* source; ///< its data source
+    char const* displayName;
+    char const* unit; ///< empty for a number without a unit
+    char const* description;
+};
+
+/// All measurements, in the same order.
+inline constexpr std::array<MeasurementInfo, MEASUREMENT_COUNT> MEASUREMENTS{{
+    {"zMax", "profile/zMax", "Largest Height", "mm", "The largest height of the profile."},
+    {"zMin", "profile/zMin", "Smallest Height", "mm", "The smallest height of the profile."},
+    {"width", "profile/width", "Width", "mm", "The distance from the first to the last point along the line."},
+    {"meanZ", "profile/meanZ", "Mean Height", "mm", "The mean height of all points of the profile."},
+    {"points", "profile/points", "Points", "", "The number of points of the profile."},
+}};
 
 /// A value from minimum to maximum, both included, is good. By default all values are good.
 struct MeasurementLimits

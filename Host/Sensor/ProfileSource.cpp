@@ -1,6 +1,8 @@
 #include "Host/Sensor/ProfileSource.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ZuHost
 {
@@ -31,6 +33,19 @@ Profile ProfileOf(std::span<RangeImage::Point const> row)
     return profile;
 }
 
+LineRange LineOf(std::vector<SharedProfile> const& rows)
+{
+    LineRange line{std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest()};
+    for (SharedProfile const& row : rows)
+    {
+        for (ProfilePoint const& point : *row)
+        {
+            line = {std::min(line.first, point.x), std::max(line.last, point.x)};
+        }
+    }
+    return line.first <= line.last ? line : LineRange();
+}
+
 } // namespace
 
 Replay::Replay(RangeImage const& image)
@@ -38,13 +53,19 @@ Replay::Replay(RangeImage const& image)
     rows.reserve(image.Height());
     for (uint64 row = 0; row < image.Height(); ++row)
     {
-        rows.push_back(ProfileOf(image.Row(row)));
+        rows.push_back(std::make_shared<Profile const>(ProfileOf(image.Row(row))));
     }
+    line = LineOf(rows);
 }
 
-ProfileView Replay::ProfileAt(uint64 frame)
+SharedProfile Replay::ProfileAt(uint64 frame)
 {
     return rows[frame % rows.size()];
+}
+
+LineRange Replay::Line() const
+{
+    return line;
 }
 
 } // namespace ZuHost

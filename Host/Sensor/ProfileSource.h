@@ -3,6 +3,7 @@
 #include "Host/Pcd/RangeImage.h"
 #include "wApi/wTypes.h"
 
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -21,6 +22,16 @@ struct ProfilePoint
 /// The points that the sensor saw, in the order of the line. Points that it did not see are left out.
 using Profile = std::vector<ProfilePoint>;
 using ProfileView = std::span<ProfilePoint const>;
+using SharedProfile = std::shared_ptr<Profile const>; ///< never null
+
+/// A range of x along the line, in millimetres.
+struct LineRange
+{
+    double first = 0;
+    double last = 0;
+
+    bool operator==(LineRange const&) const = default;
+};
 
 /// Supplies the profiles under the laser line. One thread at a time.
 class IProfileSource
@@ -28,8 +39,12 @@ class IProfileSource
 public:
     virtual ~IProfileSource();
 
-    /// The profile of frame `frame`, counted from 0 at the scan start. Valid until the next call.
-    virtual ProfileView ProfileAt(uint64 frame) = 0;
+    /// The profile of frame `frame`, counted from 0 at the scan start. It never changes, so that any thread may keep
+    /// and read it.
+    virtual SharedProfile ProfileAt(uint64 frame) = 0;
+
+    /// The range that contains the points of all profiles. Fixed; any thread may call.
+    virtual LineRange Line() const = 0;
 };
 
 /// Replays a recorded range image, one row for each profile, in a loop: frame n is row n modulo the number of rows.
@@ -40,10 +55,12 @@ public:
     /// coordinate that is not finite are left out.
     explicit Replay(RangeImage const& image);
 
-    ProfileView ProfileAt(uint64 frame) override;
+    SharedProfile ProfileAt(uint64 frame) override;
+    LineRange Line() const override;
 
 private:
-    std::vector<Profile> rows;
+    std::vector<SharedProfile> rows;
+    LineRange line;
 };
 
 } // namespace ZuHost

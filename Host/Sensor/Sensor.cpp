@@ -35,7 +35,7 @@ bool Sensor::IsRate(double rateHz)
 
 Sensor::Sensor(ZuCore::ResultHub& hub, std::unique_ptr<IProfileSource> profileSource, double newRateHz,
                ProfileTool const& newTool)
-    : rateHz(CheckedRate(newRateHz)), tool(newTool), source(std::move(profileSource)), publisher(hub)
+    : rateHz(CheckedRate(newRateHz)), source(std::move(profileSource)), publisher(hub), tool(newTool)
 {
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "Sensor"));
@@ -57,6 +57,7 @@ void Sensor::Start()
     publishedCount.store(0, std::memory_order_relaxed);
     missedCount.store(0, std::memory_order_relaxed);
     encoder.store(0, std::memory_order_relaxed);
+    frames.Clear();
     {
         Zu::MutexLock const guard(stateLock);
         isScanning = true;
@@ -120,6 +121,27 @@ bool Sensor::HasFailed() const
 int64 Sensor::EncoderValue() const
 {
     return encoder.load(std::memory_order_relaxed);
+}
+
+double Sensor::RateHz() const
+{
+    return rateHz;
+}
+
+void Sensor::SetLimits(ProfileTool::Limits const& limits)
+{
+    Zu::MutexLock const guard(stateLock);
+    tool = ProfileTool(limits);
+}
+
+FrameHistory const& Sensor::Frames() const
+{
+    return frames;
+}
+
+LineRange Sensor::Line() const
+{
+    return source->Line();
 }
 
 DeskIo& Sensor::Io()
@@ -213,17 +235,27 @@ void Sensor::LeaveOutMissedFrames(uint64 lagUsec)
 
 void Sensor::PublishFrame()
 {
-    uint64 const frame = nextFrame++;
-    int64 const ticks = static_cast<int64>(frame) * ENCODER_TICKS_PER_FRAME;
-    wStamp stamp;
-    stamp.stampStatus = io.InputBits();
-    stamp.stampCounter = frame;
-    stamp.stampTime = wTime_NowUsec();
-    stamp.stampEncoder = ticks;
-    stamp.stampValue = static_cast<int64>(frame);
-    publisher.Publish(stamp, tool.Measure(source->ProfileAt(frame)), rateHz == 0);
+    uint64 const number = nextFrame++;
+    int64 const ticks = static_cast<int64>(number) * ENCODER_TICKS_PER_FRAME;
+    auto frame = std::make_shared<Frame>();
+    frame->stamp.stampStatus = io.InputBits();
+    frame->stamp.stampCounter = number;
+    frame->stamp.stampTime = wTime_NowUsec();
+    frame->stamp.stampEncoder = ticks;
+    frame->stamp.stampValue = static_cast<int64>(number);
+    frame->profile = source->ProfileAt(number);
+    frame->results = Tool().Measure(*frame->profile);
+    frame->sequence = ++sequence;
+    publisher.Publish(frame->stamp, frame->results, rateHz == 0);
+    frames.Add(std::move(frame));
     encoder.store(ticks, std::memory_order_relaxed);
     publishedCount.fetch_add(1, std::memory_order_relaxed);
+}
+
+ProfileTool Sensor::Tool() const
+{
+    Zu::MutexLock const guard(stateLock);
+    return tool;
 }
 
 uint64 Sensor::DeadlineUsec() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Host/Sensor/DeskIo.h"
+#include "Host/Sensor/FrameHistory.h"
 #include "Host/Sensor/FramePublisher.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "wApi/wMutex.h"
@@ -65,6 +66,18 @@ public:
     /// Encoder ticks at the last frame.
     int64 EncoderValue() const;
 
+    /// The set rate: profiles a second; 0: as fast as the consumers take them.
+    double RateHz() const;
+
+    /// Sets the limits of the measurements from the next frame on.
+    void SetLimits(ProfileTool::Limits const& limits);
+
+    /// The last frames since the scan start. Another start forgets them.
+    FrameHistory const& Frames() const;
+
+    /// The range of x that contains the points of all profiles.
+    LineRange Line() const;
+
     /// The inputs and outputs, usable whether the sensor scans or not.
     DeskIo& Io();
 
@@ -79,12 +92,13 @@ private:
     bool WaitUntilDue();
     void LeaveOutMissedFrames(uint64 lagUsec);
     void PublishFrame();
+    ProfileTool Tool() const;
     uint64 DeadlineUsec() const;
     void JoinThread() ZU_REQUIRES(controlLock);
 
     double const rateHz; // 0: as fast as the consumers take the profiles
-    ProfileTool const tool;
     DeskIo io;
+    FrameHistory frames;
     std::unique_ptr<IProfileSource> const source; // used on the thread "Sensor"
     FramePublisher publisher;                     // used on the thread "Sensor"
 
@@ -98,6 +112,7 @@ private:
     Zu::CondVar stateChanged;
     bool isScanning ZU_GUARDED_BY(stateLock) = false;
     uint64 pendingTriggers ZU_GUARDED_BY(stateLock) = 0;
+    ProfileTool tool ZU_GUARDED_BY(stateLock);
     bool hasFailed ZU_GUARDED_BY(stateLock) = false;
 
     // Written by the thread "Sensor", read by any thread for display. They publish no other data.
@@ -110,6 +125,7 @@ private:
     uint64 startUsec = 0;
     uint64 nextDue = 0; // index of the next due time
     uint64 nextFrame = 0;
+    uint64 sequence = 0; // of the last frame, over all scans
 };
 
 } // namespace ZuHost

@@ -3,6 +3,7 @@
 #include "ZuApi/Exception.h"
 
 #include <cmath>
+#include <utility>
 
 namespace ZuHost
 {
@@ -13,7 +14,7 @@ namespace
 /// Points at each spacing from -halfWidth to halfWidth, both included. `heightAt` maps the distance from the middle to
 /// the height; a negative height means that nothing is seen.
 template <typename HeightAt>
-Profile Section(double halfWidth, HeightAt heightAt)
+SharedProfile Section(double halfWidth, HeightAt heightAt)
 {
     Profile profile;
     int const steps = static_cast<int>(halfWidth / SimulatedPart::POINT_SPACING);
@@ -25,7 +26,7 @@ Profile Section(double halfWidth, HeightAt heightAt)
             profile.push_back({x, z});
         }
     }
-    return profile;
+    return std::make_shared<Profile const>(std::move(profile));
 }
 
 double CheckedDeviation(double deviation)
@@ -67,23 +68,28 @@ SimulatedPart::SimulatedPart(Conveyor newConveyor, double newNoiseDeviation, uin
 {
 }
 
-ProfileView SimulatedPart::ProfileAt(uint64 frame)
+SharedProfile SimulatedPart::ProfileAt(uint64 frame)
 {
-    Profile const& exact = ExactProfileAt(frame);
+    SharedProfile const& exact = ExactProfileAt(frame);
     if (noiseDeviation == 0)
     {
         return exact;
     }
     std::normal_distribution<double> noise(0, noiseDeviation);
-    noisy.clear();
-    for (ProfilePoint const& point : exact)
+    auto noisy = std::make_shared<Profile>(*exact);
+    for (ProfilePoint& point : *noisy)
     {
-        noisy.push_back({point.x, point.z + noise(random)});
+        point.z += noise(random);
     }
     return noisy;
 }
 
-Profile const& SimulatedPart::ExactProfileAt(uint64 frame) const
+LineRange SimulatedPart::Line() const
+{
+    return {-LOWER_HALF_WIDTH, LOWER_HALF_WIDTH};
+}
+
+SharedProfile const& SimulatedPart::ExactProfileAt(uint64 frame) const
 {
     if (conveyor == Conveyor::STANDS_STILL)
     {

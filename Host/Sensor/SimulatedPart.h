@@ -47,20 +47,20 @@ public:
     /// seed gives the same noise. Throws `Zu::Status::BAD_ARGUMENT` for a deviation that is negative or not finite.
     explicit SimulatedPart(double newNoiseDeviation = 0, uint64 noiseSeed = 1);
 
-    ProfileView ProfileAt(uint64 frame) override;
+    SharedProfile ProfileAt(uint64 frame) override;
+    LineRange Line() const override;
 
 private:
     SimulatedPart(Conveyor newConveyor, double newNoiseDeviation, uint64 noiseSeed);
 
-    Profile const& ExactProfileAt(uint64 frame) const;
+    SharedProfile const& ExactProfileAt(uint64 frame) const;
 
     Conveyor const conveyor;
     double const noiseDeviation;
-    Profile const lower;
-    Profile const both;
-    Profile const gap;
+    SharedProfile const lower;
+    SharedProfile const both;
+    SharedProfile const gap;
     std::mt19937_64 random;
-    Profile noisy; // kept to reuse its memory
 };
 
 } // namespace ZuHost

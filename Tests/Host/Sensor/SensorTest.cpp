@@ -57,7 +57,7 @@ public:
     {
     }
 
-    ProfileView ProfileAt(uint64 frame) override
+    SharedProfile ProfileAt(uint64 frame) override
     {
         std::unique_lock guard(control.lock);
         control.isWaiting = control.isClosed;
@@ -68,13 +68,16 @@ public:
         {
             ZU_THROW(Zu::Status::NOT_OFFERED, "the line is dark");
         }
-        profile = {{0, static_cast<double>(frame)}};
-        return profile;
+        return std::make_shared<Profile const>(Profile{{0, static_cast<double>(frame)}});
+    }
+
+    LineRange Line() const override
+    {
+        return {};
     }
 
 private:
     Control& control;
-    Profile profile;
 };
 
 int32 StatusOfTrigger(Sensor& sensor)

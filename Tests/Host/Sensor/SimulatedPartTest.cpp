@@ -17,7 +17,7 @@ namespace
 
 ProfileTool::Results MeasureAt(SimulatedPart& part, uint64 frame)
 {
-    return ProfileTool().Measure(part.ProfileAt(frame));
+    return ProfileTool().Measure(*part.ProfileAt(frame));
 }
 
 // Eight points a millimetre. Lower step: 60 mm of points, both ends included. With the upper step: 80 points at 10 mm
@@ -53,7 +53,8 @@ TEST(SimulatedPart, ShowsTheSlotAsAGapInTheLine)
 {
     SimulatedPart part;
 
-    ProfileView const profile = part.ProfileAt(100);
+    SharedProfile const shared = part.ProfileAt(100);
+    ProfileView const profile = *shared;
 
     EXPECT_TRUE(
         std::none_of(profile.begin(), profile.end(), [](ProfilePoint const& point) { return std::abs(point.x) < 4; }));
@@ -73,7 +74,8 @@ TEST(SimulatedPart, IsNoisyOnlyWhenAskedFor)
 
     for (uint64 frame = 0; frame < 80; ++frame)
     {
-        for (ProfilePoint const& point : part.ProfileAt(frame))
+        SharedProfile const profile = part.ProfileAt(frame);
+        for (ProfilePoint const& point : *profile)
         {
             double const error = point.z - 10;
             sum += error;
@@ -93,10 +95,10 @@ TEST(SimulatedPart, GivesTheSameNoiseForTheSameSeed)
     SimulatedPart same(0.1, 7);
     SimulatedPart other(0.1, 8);
 
-    double const first = one.ProfileAt(0)[0].z;
+    double const first = one.ProfileAt(0)->at(0).z;
 
-    EXPECT_EQ(first, same.ProfileAt(0)[0].z);
-    EXPECT_NE(first, other.ProfileAt(0)[0].z);
+    EXPECT_EQ(first, same.ProfileAt(0)->at(0).z);
+    EXPECT_NE(first, other.ProfileAt(0)->at(0).z);
 }
 
 TEST(SimulatedPart, RefusesANoiseThatIsNoDeviation)
