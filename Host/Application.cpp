@@ -4,6 +4,7 @@
 #include "Host/Log/StandardErrorSink.h"
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
+#include "Host/Operation/SensorFigures.h"
 #include "Host/OrderlyStop.h"
 #include "Host/Store/DataFolder.h"
 #include "Host/Tls/HttpsCertificate.h"
@@ -47,6 +48,8 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
       jobs(persistRegistry, updateGate, startRetry, problems, dataFolder),
       sensorModule({problems, persistRegistry, updateGate, jobs}, {options.deployment, options.rateHz, options.start},
                    std::move(source)),
+      sensorSettings(persistRegistry, sensorModule.UsedSensor(), controlAuthority),
+      sourceDestinations(sensorModule),
       jobsResources(sensorModule.Router(), jobs),
       securityStore(dataFolder.SecurityFile()),
       loginService(sensorModule.Router(), securityStore, trail, options.dataFolder,
@@ -75,9 +78,14 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
             startRetry.RunUpdate(path, body, update);
         });
     NoteChanges();
+    sensorCommands.emplace(sensorModule.Module(), sensorModule.ScanEngines(), controlAuthority, trail);
+    sensorResources.emplace(
+        SensorResources::Parts{sensorModule, jobs, *sensorCommands, sensorSettings, controlAuthority});
+    liveResources.emplace(sensorModule.Router(), sensorModule.UsedSensor(), sourceDestinations);
     metricsPage.emplace(
         sensorModule.Router(), [this] { return sensorModule.Module().Statistics(); },
-        [this] { return sensorModule.Module().Vitals(); }, [this] { return httpServer.WrongTokenCount(); });
+        [this] { return sensorModule.Module().Vitals(); }, [this] { return SensorFigures::Of(sensorModule); },
+        [this] { return httpServer.WrongTokenCount(); });
     WatchLimits limits;
     limits.operationUsec = USEC_PER_SECOND * options.operationLimitSeconds;
     watch.emplace(

@@ -8,10 +8,16 @@
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
+#include "Host/Live/LiveResources.h"
+#include "Host/Live/SourceDestinations.h"
 #include "Host/Metrics/MetricsPage.h"
 #include "Host/Module/PersistRegistry.h"
 #include "Host/Module/SensorModule.h"
 #include "Host/Module/UpdateGate.h"
+#include "Host/Operation/ControlAuthority.h"
+#include "Host/Operation/SensorCommands.h"
+#include "Host/Operation/SensorResources.h"
+#include "Host/Operation/SensorSettings.h"
 #include "Host/Resources/AuthorityPage.h"
 #include "Host/Resources/HostResources.h"
 #include "Host/Resources/LogPage.h"
@@ -125,8 +131,14 @@ private:
     JobManager jobs;
     ZuPlugin::PluginManager pluginManager;
     SensorModule sensorModule;
+    ControlAuthority controlAuthority;
+    SensorSettings sensorSettings;
     Zu::Subscription operationNotes;
     Zu::Subscription refusalNotes;
+    std::optional<SensorCommands> sensorCommands;
+    std::optional<SensorResources> sensorResources;
+    SourceDestinations sourceDestinations;
+    std::optional<LiveResources> liveResources;
     std::optional<AuditResource> auditResource;
     std::optional<Watch> watch;
     std::optional<MetricsPage> metricsPage;

@@ -11,17 +11,26 @@ namespace
 {
 
 constexpr std::string_view FOLDER = "controls/";
+constexpr char const* OF_SENSOR = "sensor/config.json";
 constexpr char const* VERSION = "1"; // the only version so far
 
 } // namespace
 
 std::string NameOf(std::string const& typeName)
 {
+    if (typeName == SENSOR)
+    {
+        return OF_SENSOR;
+    }
     return std::string(FOLDER) + typeName + "/config.json";
 }
 
 std::string TypeNameOf(std::string const& name)
 {
+    if (name == OF_SENSOR)
+    {
+        return SENSOR;
+    }
     if (!name.starts_with(FOLDER))
     {
         return name;

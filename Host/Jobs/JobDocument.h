@@ -13,10 +13,14 @@
 namespace ZuHost::JobDocument
 {
 
-/// The name of the document in the file: "controls/ModbusTcp/config.json".
+/// Stands for the sensor where a service is named. No service can have this name.
+inline constexpr char const* SENSOR = "(sensor)";
+
+/// The name of the document in the file: "controls/ModbusTcp/config.json", for `SENSOR` "sensor/config.json".
 std::string NameOf(std::string const& typeName);
 
-/// Returns "ModbusTcp" for "controls/ModbusTcp/config.json", and any name of another form unchanged.
+/// Returns "ModbusTcp" for "controls/ModbusTcp/config.json", `SENSOR` for the document of the sensor, and any name of
+/// another form unchanged.
 std::string TypeNameOf(std::string const& name);
 
 /// Whether a load applies `document`. A load refuses a whole document when it has no settings or another version; the

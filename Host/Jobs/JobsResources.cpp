@@ -1,5 +1,6 @@
 #include "Host/Jobs/JobsResources.h"
 
+#include "Host/Jobs/JobDocument.h"
 #include "Host/Jobs/JobManager.h"
 #include "ZuApi/Exception.h"
 #include "ZuRest/Answer.h"
@@ -131,16 +132,18 @@ Json JobReportResource::Document(ZuRest::RequestInfo const& request, ZuRest::Res
 
 Json JobReportResource::DocumentOf(LoadReport const& report)
 {
-    Json protocols = Json::object();
+    Json document{{"job", report.job.Text()}, {"faults", report.faults}, {"protocols", Json::object()}};
     for (LoadReport::Protocol const& protocol : report.protocols)
     {
-        protocols[protocol.typeName] = {{"source", SourceOf(protocol)},
-                                        {"takenOver", protocol.takenOver},
-                                        {"reset", protocol.reset},
-                                        {"skipped", protocol.skipped},
-                                        {"lines", protocol.lines}};
+        bool const isSensor = protocol.typeName == JobDocument::SENSOR;
+        Json& place = isSensor ? document["sensor"] : document["protocols"][protocol.typeName];
+        place = {{"source", SourceOf(protocol)},
+                 {"takenOver", protocol.takenOver},
+                 {"reset", protocol.reset},
+                 {"skipped", protocol.skipped},
+                 {"lines", protocol.lines}};
     }
-    return {{"job", report.job.Text()}, {"faults", report.faults}, {"protocols", std::move(protocols)}};
+    return document;
 }
 
 JobResource::JobResource(JobManager& usedManager) : manager(usedManager)

@@ -154,15 +154,50 @@ void AddAge(PrometheusText& text, ZuControl::ControlVitals::Metrics const& metri
              PrometheusText::Seconds(ageUsec));
 }
 
+void AddSensor(PrometheusText& text, SensorFigures const& figures)
+{
+    auto const add = [&text](char const* name, Type type, char const* help, PrometheusText::Labels const& labels,
+                             std::string const& value) {
+        text.Add(std::string(PREFIX) + name, type, help, labels, value);
+    };
+    add("sensor_running", Type::GAUGE, "Whether the sensor scans: 1 or 0.", {},
+        figures.state == ZuCore::RunState::RUNNING ? "1" : "0");
+    add("sensor_failed", Type::GAUGE, "Whether the scan has ended by a failure: 1 or 0.", {},
+        figures.state == ZuCore::RunState::ERROR ? "1" : "0");
+    add("sensor_profiles_total", Type::COUNTER, "Profiles taken since the start of the scan.", {},
+        std::to_string(figures.taken));
+    add("sensor_missed_profiles_total", Type::COUNTER, "Profiles missed since the start of the scan.", {},
+        std::to_string(figures.missed));
+    add("result_sets_dropped_total", Type::COUNTER, "Result sets dropped before the fan-out.", {},
+        std::to_string(figures.droppedSets));
+    for (std::size_t i = 0; i < figures.digitalOutputs.size(); ++i)
+    {
+        add("digital_output_high", Type::GAUGE, "Whether the pin of the digital output is high: 1 or 0.",
+            {{"output", std::to_string(i)}}, figures.digitalOutputs[i].isHigh ? "1" : "0");
+    }
+    for (std::size_t i = 0; i < figures.analogOutputs.size(); ++i)
+    {
+        constexpr double MILLI = 1e-3;
+        add("analog_output_amperes", Type::GAUGE, "Current that the analog output drives.",
+            {{"output", std::to_string(i)}}, PrometheusText::Number(MILLI * figures.analogOutputs[i].milliamperes));
+    }
+    for (std::size_t i = 0; i < figures.serialOutputs.size(); ++i)
+    {
+        add("serial_output_bytes_total", Type::COUNTER, "Bytes that the serial output has sent.",
+            {{"output", std::to_string(i)}}, std::to_string(figures.serialOutputs[i].bytes));
+    }
+}
+
 } // namespace
 
 MetricsPage::MetricsPage(ZuRest::ResourceRouter& usedRouter,
                          std::function<ZuControl::ControlStatistics()> newStatistics,
-                         std::function<ZuControl::ControlVitals()> newVitals,
+                         std::function<ZuControl::ControlVitals()> newVitals, std::function<SensorFigures()> newFigures,
                          std::function<uint64()> newCountWrongTokens)
     : router(usedRouter),
       statistics(std::move(newStatistics)),
       vitals(std::move(newVitals)),
+      figures(std::move(newFigures)),
       countWrongTokens(std::move(newCountWrongTokens))
 {
     router.Register(ROUTE, *this);
@@ -184,6 +219,7 @@ ZuRest::Answer MetricsPage::AnswerContent(ZuRest::Request const& /*request*/, Zu
     PrometheusText text;
     AddModule(text, counted);
     AddAge(text, vitals().metrics);
+    AddSensor(text, figures());
     text.Add(std::string(PREFIX) + "http_wrong_tokens_total", Type::COUNTER, "REST requests with a wrong token.", {},
              std::to_string(countWrongTokens()));
     for (auto const& protocol : counted.protocols)

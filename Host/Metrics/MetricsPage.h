@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Operation/SensorFigures.h"
 #include "ZuControl/Control/ControlVitals.h"
 #include "ZuRest/IContentResource.h"
 #include "ZuRest/ResourceBase.h"
@@ -23,7 +24,8 @@ class MetricsPage final : public ZuRest::ResourceBase, public ZuRest::IContentRe
 public:
     /// Registers the route. The router and the objects that the functions use outlive the page.
     MetricsPage(ZuRest::ResourceRouter& usedRouter, std::function<ZuControl::ControlStatistics()> newStatistics,
-                std::function<ZuControl::ControlVitals()> newVitals, std::function<uint64()> newCountWrongTokens);
+                std::function<ZuControl::ControlVitals()> newVitals, std::function<SensorFigures()> newFigures,
+                std::function<uint64()> newCountWrongTokens);
     ~MetricsPage() override; ///< removes the route
 
     std::vector<std::string> ContentMethods() const override;
@@ -33,6 +35,7 @@ private:
     ZuRest::ResourceRouter& router;
     std::function<ZuControl::ControlStatistics()> const statistics;
     std::function<ZuControl::ControlVitals()> const vitals;
+    std::function<SensorFigures()> const figures;
     std::function<uint64()> const countWrongTokens;
 };
 

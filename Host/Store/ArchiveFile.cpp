@@ -23,7 +23,7 @@ constexpr std::string_view REJECTED = "rejected/"; // folder of replaced documen
 /// Whether an entry is a document and not another file that a person has added.
 bool IsDocument(std::string_view name)
 {
-    return name.starts_with("controls/") && name.ends_with(".json");
+    return (name.starts_with("controls/") || name.starts_with("sensor/")) && name.ends_with(".json");
 }
 
 /// `readLastGood` is called only for a document that has a fault.

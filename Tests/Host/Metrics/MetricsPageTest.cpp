@@ -69,8 +69,10 @@ protected:
     std::map<std::string, nlohmann::json> documents;
     ZuControl::ControlStatistics statistics;
     ZuControl::ControlVitals vitals;
+    SensorFigures figures;
     uint64 wrongTokens = 0;
-    MetricsPage page{router, [this] { return statistics; }, [this] { return vitals; }, [this] { return wrongTokens; }};
+    MetricsPage page{router, [this] { return statistics; }, [this] { return vitals; }, [this] { return figures; },
+                     [this] { return wrongTokens; }};
 };
 
 TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
@@ -122,9 +124,45 @@ TEST_F(MetricsPageTest, TellsWhatTheModuleHasCounted)
         "# HELP zucontrol_result_items_total Results in these sets.\n"
         "# TYPE zucontrol_result_items_total counter\n"
         "zucontrol_result_items_total 42\n"
+        "# HELP zucontrol_result_sets_dropped_total Result sets dropped before the fan-out.\n"
+        "# TYPE zucontrol_result_sets_dropped_total counter\n"
+        "zucontrol_result_sets_dropped_total 0\n"
         "# HELP zucontrol_result_sets_total Result sets that came to the fan-out.\n"
         "# TYPE zucontrol_result_sets_total counter\n"
-        "zucontrol_result_sets_total 7\n");
+        "zucontrol_result_sets_total 7\n"
+        "# HELP zucontrol_sensor_failed Whether the scan has ended by a failure: 1 or 0.\n"
+        "# TYPE zucontrol_sensor_failed gauge\n"
+        "zucontrol_sensor_failed 0\n"
+        "# HELP zucontrol_sensor_missed_profiles_total Profiles missed since the start of the scan.\n"
+        "# TYPE zucontrol_sensor_missed_profiles_total counter\n"
+        "zucontrol_sensor_missed_profiles_total 0\n"
+        "# HELP zucontrol_sensor_profiles_total Profiles taken since the start of the scan.\n"
+        "# TYPE zucontrol_sensor_profiles_total counter\n"
+        "zucontrol_sensor_profiles_total 0\n"
+        "# HELP zucontrol_sensor_running Whether the sensor scans: 1 or 0.\n"
+        "# TYPE zucontrol_sensor_running gauge\n"
+        "zucontrol_sensor_running 0\n");
+}
+
+TEST_F(MetricsPageTest, TellsWhatTheSensorTakesMissesAndDrives)
+{
+    documents = {{"X", nlohmann::json::object()}};
+    figures.state = ZuCore::RunState::ERROR;
+    figures.taken = 12;
+    figures.missed = 3;
+    figures.droppedSets = 4;
+    figures.digitalOutputs = {{true, false}, {true, true}};
+    figures.analogOutputs = {{true, 12.5}};
+    figures.serialOutputs = {{true, 7, "abc"}};
+
+    EXPECT_EQ(LinesWith("zucontrol_sensor_failed 1"), "zucontrol_sensor_failed 1\n");
+    EXPECT_EQ(LinesWith("zucontrol_sensor_profiles_total 12"), "zucontrol_sensor_profiles_total 12\n");
+    EXPECT_EQ(LinesWith("zucontrol_sensor_missed_profiles_total 3"), "zucontrol_sensor_missed_profiles_total 3\n");
+    EXPECT_EQ(LinesWith("sets_dropped_total 4"), "zucontrol_result_sets_dropped_total 4\n");
+    EXPECT_EQ(LinesWith("output_high{"),
+              "zucontrol_digital_output_high{output=\"0\"} 0\nzucontrol_digital_output_high{output=\"1\"} 1\n");
+    EXPECT_EQ(LinesWith("amperes{"), "zucontrol_analog_output_amperes{output=\"0\"} 0.0125\n");
+    EXPECT_EQ(LinesWith("serial_output_bytes_total{"), "zucontrol_serial_output_bytes_total{output=\"0\"} 7\n");
 }
 
 TEST_F(MetricsPageTest, TakesTheNumbersOfAProtocolAsItsSchemaDescribesThem)
@@ -261,7 +299,8 @@ TEST_F(MetricsPageTest, HasItsRouteForAsLongAsItLives)
     ZuRest::ResourceRouter other;
     {
         MetricsPage const shortLived(
-            other, [this] { return statistics; }, [this] { return vitals; }, [] { return uint64{0}; });
+            other, [this] { return statistics; }, [this] { return vitals; }, [this] { return figures; },
+            [] { return uint64{0}; });
         EXPECT_TRUE(other.Find("/metrics").has_value());
     }
     EXPECT_FALSE(other.Find("/metrics").has_value());
