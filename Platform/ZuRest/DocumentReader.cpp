@@ -182,8 +182,8 @@ template <typename Sink>
 class DocumentReader::Walk final
 {
 public:
-    Walk(DocumentReader const& usedReader, Place heldPlace, Sink& usedSink)
-        : reader(usedReader), place(std::move(heldPlace)), sink(usedSink)
+    Walk(DocumentReader const& usedReader, Place heldPlace, Sink& usedSink, std::string newQuery = {})
+        : reader(usedReader), place(std::move(heldPlace)), query(std::move(newQuery)), sink(usedSink)
     {
     }
 
@@ -199,7 +199,8 @@ private:
     void ShowBefore(Json const& document, Reference const& self);
 
     DocumentReader const& reader;
-    Place const place; // the place of the caller's pass
+    Place const place;       // the place of the caller's pass
+    std::string const query; // of the requested document
     Sink& sink;
     std::vector<std::string const*> paths; // the documents from the requested one down to the current one
 };
@@ -222,10 +223,14 @@ std::string DocumentReader::Read(std::string const& path, bool wantsSchema) cons
     return text.Take();
 }
 
+/// The query of the request may follow the path, behind a question mark, which no percent-encoded path contains. It goes to
+/// this resource and not to those that it embeds.
 std::string DocumentReader::Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const
 {
+    std::string const bare = path.substr(0, path.find('?'));
+    std::string const query = path.substr(std::min(bare.size() + 1, path.size()));
     TextSink text;
-    Walk(*this, Place::Of(path), text).ShowMatch(match, SelfAt(path), wantsSchema);
+    Walk(*this, Place::Of(bare), text, query).ShowMatch(match, SelfAt(bare), wantsSchema);
     return text.Take();
 }
 
@@ -264,6 +269,7 @@ void DocumentReader::Walk<Sink>::ShowMatch(ResourceRouter::Match const& match, R
     }
     ResponseInfo response;
     RequestInfo request(self.path, match.keys, wantsSchema);
+    request.query = paths.empty() ? query : "";
     request.isForText = Sink::IS_TEXT;
     Json document = face->Document(request, response);
     auto text = JsonText::TextOfPart(document);

@@ -509,7 +509,8 @@ Answer ResourceRequestProcessor::Preview(Request const& request, ResourceRouter:
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
 {
-    return Tagged(request, {HttpStatus::OK, HAL, reader.Read(match, request.path, WantsSchema(request.query)), {}});
+    std::string const asked = request.query.empty() ? request.path : request.path + '?' + request.query;
+    return Tagged(request, {HttpStatus::OK, HAL, reader.Read(match, asked, WantsSchema(request.query)), {}});
 }
 
 bool ResourceRequestProcessor::IsPreconditionMet(Request const& request, std::string const& subjectPath) const
