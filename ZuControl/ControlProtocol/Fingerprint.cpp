@@ -58,7 +58,7 @@ void Write(Writer& writer, LayoutEntry const& entry)
     writer.Number(entry.outputId);
     writer.Number(entry.registers);
     writer.Number(entry.bytesPerRegister);
-    writer.Number(static_cast<uint8>(entry.isBigEndian ? 1 : 0));
+    writer.Number(static_cast<uint8>((entry.isBigEndian ? 1 : 0) | (entry.areBytesSwapped ? 2 : 0)));
     writer.Number(entry.outputSize);
     writer.Number(entry.dataOffset);
     writer.Number(entry.dataLength);

@@ -26,6 +26,7 @@ struct LayoutEntry
     std::string displayName;
     uint8 bytesPerRegister = 0;
     bool isBigEndian = false;
+    bool areBytesSwapped = false; ///< in each register the least significant byte comes first
 
     // Of an item in a register map.
     uint16 outputSize = 0;

@@ -2,7 +2,9 @@
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/Params/Group.h"
+#include "ZuControl/Control/IControlActionTarget.h"
 #include "ZuControl/ControlProtocol/AssemblyLock.h"
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
@@ -46,7 +48,8 @@ Layout FrameOf(IProtocolRegisterAssembly& assembly)
 
 } // namespace
 
-PlannedAssembly::PlannedAssembly(IProtocolRegisterAssembly& assembly) : original(FrameOf(assembly))
+PlannedAssembly::PlannedAssembly(IProtocolRegisterAssembly& assembly, IControlActionTarget const* usedTarget)
+    : target(usedTarget), original(FrameOf(assembly))
 {
     AssemblyLock const lock(assembly);
     for (auto const& type : assembly.SupportedRegisterBlockTypes())
@@ -64,6 +67,10 @@ PlannedAssembly::PlannedAssembly(IProtocolRegisterAssembly& assembly) : original
             ZU_THROW(Zu::Status::NOT_SUPPORTED);
         }
         blocks.emplace_back(*type, std::move(entry));
+        if (auto const* const ordered = type->IsOrdered() ? dynamic_cast<IOrderedBlock const*>(block.get()) : nullptr)
+        {
+            blocks.back().SetOwnOrder(ordered->OwnOrder());
+        }
         placement.Insert(placement.End(), &blocks.back());
     }
 }
@@ -77,7 +84,7 @@ std::shared_ptr<Zu::Params::Group> PlannedAssembly::ActionParams(std::string con
     {
         ZU_THROW(Zu::Status::NOT_FOUND); // without the log line of the action target
     }
-    return params;
+    return target != nullptr ? target->GetActionParams(actionId) : params;
 }
 
 void PlannedAssembly::InvokeAction(std::string const& actionId, Zu::Params::Group const& params)
@@ -94,7 +101,9 @@ Layout PlannedAssembly::Read() const
         LayoutEntry& entry = layout.entries.emplace_back(block->Entry());
         entry.registers = block->RegisterCount();
         entry.bytesPerRegister = block->BytesPerRegister();
-        entry.isBigEndian = block->IsBigEndian();
+        BlockOrder const order = block->Order();
+        entry.isBigEndian = order.isBigEndian;
+        entry.areBytesSwapped = order.areBytesSwapped;
     }
     return layout;
 }

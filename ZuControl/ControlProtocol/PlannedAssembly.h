@@ -15,6 +15,11 @@ namespace Zu
 class Exception;
 } // namespace Zu
 
+namespace ZuControl
+{
+class IControlActionTarget;
+} // namespace ZuControl
+
 namespace ZuControl::ControlProtocol
 {
 
@@ -26,7 +31,8 @@ struct UpdateBlockParams;
 class ZUCONTROL_INTERNAL_API PlannedAssembly final : public LayoutCopy
 {
 public:
-    explicit PlannedAssembly(IProtocolRegisterAssembly& original);
+    /// `usedTarget` makes the argument records; null for a plan without commands.
+    explicit PlannedAssembly(IProtocolRegisterAssembly& original, IControlActionTarget const* usedTarget = nullptr);
     ~PlannedAssembly() override;
 
     std::shared_ptr<Zu::Params::Group> ActionParams(std::string const& actionId) const override;
@@ -67,6 +73,7 @@ private:
     uint16 OutputIdMin() const;
     uint16 OutputIdMax() const;
 
+    IControlActionTarget const* const target;
     Layout original; // without entries
     std::deque<PlannedType> types;
     std::deque<PlannedBlock> blocks; // all that there ever were: the placement points to them

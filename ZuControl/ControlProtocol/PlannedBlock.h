@@ -1,9 +1,11 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/Layout.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "wApi/wTypes.h"
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -24,7 +26,8 @@ public:
           hasDataSource(info.HasDataSource()),
           isGlobal(info.IsGlobalAddressSpaceUsed()),
           bytesPerRegister(info.BytesPerRegister()),
-          isBigEndian(info.IsProtocolBigEndian())
+          isBigEndian(info.IsProtocolBigEndian()),
+          isOrdered(dynamic_cast<IOrderedBlockType const*>(&info) != nullptr)
     {
     }
 
@@ -63,6 +66,12 @@ public:
         return isBigEndian;
     }
 
+    /// Whether blocks of the type may have an order of their own.
+    bool IsOrdered() const
+    {
+        return isOrdered;
+    }
+
     bool AtMaxInstance() const
     {
         return instances >= mostInstances;
@@ -94,6 +103,7 @@ private:
     bool const isGlobal;
     uint8 const bytesPerRegister;
     bool const isBigEndian;
+    bool const isOrdered;
 };
 
 /// Stands for a block in a preview: its place and its texts.
@@ -139,9 +149,20 @@ public:
         return type->BytesPerRegister();
     }
 
-    bool IsBigEndian() const
+    bool IsOrdered() const
     {
-        return type->IsBigEndian();
+        return type->IsOrdered();
+    }
+
+    /// The order of the registers: the block's own, else that of the protocol.
+    BlockOrder Order() const
+    {
+        return ownOrder.value_or(BlockOrder{type->IsBigEndian(), false});
+    }
+
+    void SetOwnOrder(std::optional<BlockOrder> newOrder)
+    {
+        ownOrder = newOrder;
     }
 
     bool HasDataSource() const
@@ -187,6 +208,7 @@ public:
 private:
     PlannedType* type;
     LayoutEntry entry;
+    std::optional<BlockOrder> ownOrder;
 };
 
 } // namespace ZuControl::ControlProtocol

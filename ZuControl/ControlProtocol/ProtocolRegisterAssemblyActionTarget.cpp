@@ -48,7 +48,7 @@ std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::InvokeA
 std::unique_ptr<LayoutCopy> ProtocolRegisterAssemblyActionTarget::CopyForPreview() const
 {
     auto const* const ours = dynamic_cast<ProtocolRegisterAssemblyBase const*>(&assembly);
-    return ours != nullptr ? std::make_unique<PlannedAssembly>(assembly) : nullptr;
+    return ours != nullptr ? std::make_unique<PlannedAssembly>(assembly, this) : nullptr;
 }
 
 std::shared_ptr<Zu::Params::Group> ProtocolRegisterAssemblyActionTarget::MakeParams(std::string const& actionId)

@@ -1,5 +1,7 @@
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
+#include <utility>
+
 namespace ZuControl::ControlProtocol
 {
 
@@ -30,7 +32,12 @@ RegisterBlockIdParams::~RegisterBlockIdParams()
     Deregister("outputId");
 }
 
-AddBlockParams::AddBlockParams() : Group("")
+AddBlockParams::AddBlockParams() : AddBlockParams([] { return std::make_unique<RegisterBlockParams>(); })
+{
+}
+
+AddBlockParams::AddBlockParams(std::function<std::unique_ptr<RegisterBlockParams>()> makeBlock)
+    : Group(""), blocks(std::move(makeBlock))
 {
     Register("blocks", "Register Block Parameters List", blocks);
     Register("autoShift", "Auto Shift Blocks On Output id Overlap", autoShift);

@@ -6,6 +6,8 @@
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 
 namespace ZuControl::ControlProtocol
@@ -40,6 +42,9 @@ struct ZUCONTROL_API RegisterBlockIdParams : public Zu::Params::Group
 struct ZUCONTROL_API AddBlockParams : public Zu::Params::Group
 {
     AddBlockParams();
+
+    /// For plug-ins with further arguments of a block: `makeBlock` makes the elements.
+    explicit AddBlockParams(std::function<std::unique_ptr<RegisterBlockParams>()> makeBlock);
     ~AddBlockParams() override;
 
     Zu::Params::Array<RegisterBlockParams> blocks;

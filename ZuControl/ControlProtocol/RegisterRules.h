@@ -1,7 +1,10 @@
 #pragma once
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 #include "ZuControl/ControlProtocol/RegisterPlacement.h"
 #include "wApi/wMutex.h"
@@ -198,6 +201,8 @@ struct RegisterRules final
     {
         auto const block = *position;
         UpdateBlockNewParams const& newParams = params.newParams;
+        ChosenOrder const chosen = ReadChoice(dynamic_cast<IOrderChoice const*>(&params));
+        CheckChoice(chosen, *block);
         if (newParams.outputId.Get() < RegisterBlockParams::NO_OUTPUT_ID)
         {
             MoveBlock(assembly, position, newParams.outputId.Get(), params.autoShift.Get());
@@ -211,6 +216,7 @@ struct RegisterRules final
         {
             block->SetDisplayName(newParams.displayName.Get());
         }
+        SetOrder(*block, chosen);
         assembly.NoteChange();
         if (block->HasDataSource() && !newParams.dataSource.Get().empty())
         {
@@ -220,6 +226,50 @@ struct RegisterRules final
     }
 
 private:
+    static bool IsOrdered(ProtocolRegisterBlock const& block)
+    {
+        return dynamic_cast<IOrderedBlock const*>(&block) != nullptr;
+    }
+
+    static bool IsOrdered(ProtocolRegisterBlockInfo const& type)
+    {
+        return dynamic_cast<IOrderedBlockType const*>(&type) != nullptr;
+    }
+
+    template <typename Planned>
+    static bool IsOrdered(Planned const& planned)
+    {
+        return planned.IsOrdered();
+    }
+
+    /// `subject` is a block or a type.
+    template <typename Subject>
+    static void CheckChoice(ChosenOrder const& chosen, Subject const& subject)
+    {
+        if (chosen.isChosen && !IsOrdered(subject))
+        {
+            ZU_THROW(Zu::Status::BAD_ARGUMENT, "Blocks of type %1$s have no order of their own.",
+                     subject.Type().c_str());
+        }
+    }
+
+    static void SetOrder(ProtocolRegisterBlock& block, ChosenOrder const& chosen)
+    {
+        if (chosen.isChosen)
+        {
+            dynamic_cast<IOrderedBlock&>(block).SetOwnOrder(chosen.order);
+        }
+    }
+
+    template <typename Planned>
+    static void SetOrder(Planned& planned, ChosenOrder const& chosen)
+    {
+        if (chosen.isChosen)
+        {
+            planned.SetOwnOrder(chosen.order);
+        }
+    }
+
     /// The last id of a block, in 32 bits. It is below the first id only for a type without registers.
     static uint32 LastIdOf(uint16 firstId, uint16 registerCount)
     {
@@ -276,9 +326,12 @@ private:
         assembly.RefreshPlacement();
         uint16 endAddress = 0;
         assembly.FormatBlockParams(type, params, endAddress);
+        ChosenOrder const chosen = ReadChoice(dynamic_cast<IOrderChoice const*>(&params));
+        CheckChoice(chosen, *type);
         auto const position =
             assembly.GetInsertPosition(params.outputId.Get(), endAddress, autoShift, NOTHING_EXCLUDED);
         auto const block = assembly.MakeBlock(*type, params);
+        SetOrder(*block, chosen);
         assembly.placement.Insert(position, block);
         type->IncrementInstanceCount();
         assembly.AddToUsedRegisters(block->RegisterCount());

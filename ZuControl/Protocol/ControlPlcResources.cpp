@@ -66,17 +66,12 @@ std::vector<Layout> LayoutsForFingerprint(IControlInstance& instance, Layout::Ki
 
 nlohmann::json ToJson(LayoutEntry const& entry)
 {
-    return {{"textId", entry.textId},
-            {"outputId", entry.outputId},
-            {"registers", entry.registers},
-            {"bytesPerRegister", entry.bytesPerRegister},
-            {"isBigEndian", entry.isBigEndian},
-            {"outputSize", entry.outputSize},
-            {"dataOffset", entry.dataOffset},
-            {"dataLength", entry.dataLength},
-            {"type", entry.type},
-            {"source", entry.source},
-            {"scannerId", entry.scannerId},
+    return {{"textId", entry.textId},           {"outputId", entry.outputId},
+            {"registers", entry.registers},     {"bytesPerRegister", entry.bytesPerRegister},
+            {"isBigEndian", entry.isBigEndian}, {"areBytesSwapped", entry.areBytesSwapped},
+            {"outputSize", entry.outputSize},   {"dataOffset", entry.dataOffset},
+            {"dataLength", entry.dataLength},   {"type", entry.type},
+            {"source", entry.source},           {"scannerId", entry.scannerId},
             {"displayName", entry.displayName}};
 }
 

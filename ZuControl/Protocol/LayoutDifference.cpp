@@ -34,7 +34,8 @@ bool HasSameId(LayoutEntry const& left, LayoutEntry const& right)
 bool HasSameContent(LayoutEntry const& left, LayoutEntry const& right)
 {
     return left.source == right.source && left.scannerId == right.scannerId && left.outputSize == right.outputSize &&
-           left.dataOffset == right.dataOffset && left.dataLength == right.dataLength;
+           left.dataOffset == right.dataOffset && left.dataLength == right.dataLength &&
+           left.isBigEndian == right.isBigEndian && left.areBytesSwapped == right.areBytesSwapped;
 }
 
 } // namespace

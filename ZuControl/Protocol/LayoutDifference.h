@@ -61,7 +61,7 @@ public:
     std::vector<uint32> added;   ///< in the second layout
     std::vector<uint32> removed; ///< in the first layout
     std::vector<Pair> moved;     ///< to another id
-    std::vector<Pair> changed;   ///< another name, source or scanner; they may have moved as well
+    std::vector<Pair> changed;   ///< another name, source, scanner or order; they may have moved as well
     std::vector<Run> runs;       ///< empty where ids are texts
     Use use;                     ///< empty where ids are texts
 

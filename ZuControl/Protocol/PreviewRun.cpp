@@ -7,6 +7,7 @@
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/IControlInstance.h"
 #include "ZuControl/Control/IPreviewedActions.h"
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/Fingerprint.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/Protocol/LayoutDifference.h"
@@ -136,6 +137,11 @@ void WriteEntries(Writer& writer, char const* key, Layout const& layout, std::ve
     });
 }
 
+char const* OrderOf(LayoutEntry const& entry)
+{
+    return ControlProtocol::NameOf({entry.isBigEndian, entry.areBytesSwapped});
+}
+
 /// Writes the two values of a text that has changed.
 void WriteChange(Writer& writer, char const* key, std::string const& from, std::string const& to)
 {
@@ -202,6 +208,7 @@ void WriteDifference(Writer& writer, Layout const& before, Layout const& after)
         WriteChange(writer, "displayName", old.displayName, now.displayName);
         WriteChange(writer, "source", old.source, now.source);
         WriteChange(writer, "scannerId", old.scannerId, now.scannerId);
+        WriteChange(writer, "order", OrderOf(old), OrderOf(now));
     });
     WriteObjects(writer, "addresses", difference.runs, [&](LayoutDifference::Run const& run) {
         WriteNumber(writer, "address", run.address);

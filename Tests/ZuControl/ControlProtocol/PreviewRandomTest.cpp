@@ -32,7 +32,8 @@ static bool operator==(LayoutEntry const& left, LayoutEntry const& right)
 {
     auto const values = [](LayoutEntry const& one) {
         return std::tie(one.outputId, one.textId, one.registers, one.source, one.type, one.scannerId, one.displayName,
-                        one.bytesPerRegister, one.isBigEndian, one.outputSize, one.dataOffset, one.dataLength);
+                        one.bytesPerRegister, one.isBigEndian, one.areBytesSwapped, one.outputSize, one.dataOffset,
+                        one.dataLength);
     };
     return values(left) == values(right);
 }

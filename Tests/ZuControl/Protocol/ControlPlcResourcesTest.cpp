@@ -496,7 +496,7 @@ TEST_F(ControlPlcResourcesTest, ShowsTheLayoutsThatTheFingerprintCovers)
 
     EXPECT_EQ(Json::parse(Send("GET", "/controls/a/plc").body).at("layouts"), Json::parse(R"([{"kind": 1, "id": "r",
         "isAddressed": true, "itemSize": 0, "entries": [{"textId": "", "outputId": 100, "registers": 3,
-        "bytesPerRegister": 1, "isBigEndian": true, "outputSize": 0, "dataOffset": 0, "dataLength": 0,
+        "bytesPerRegister": 1, "isBigEndian": true, "areBytesSwapped": false, "outputSize": 0, "dataOffset": 0, "dataLength": 0,
         "type": "Value", "source": "p/a", "scannerId": "", "displayName": "p/a"}]}])"));
 }
 

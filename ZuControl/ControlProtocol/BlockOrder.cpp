@@ -1,0 +1,55 @@
+#include "ZuControl/ControlProtocol/BlockOrder.h"
+
+#include "ZuApi/Exception.h"
+
+namespace ZuControl::ControlProtocol
+{
+
+namespace
+{
+
+constexpr BlockOrder ORDERS[] = {{true, false}, {false, false}, {true, true}, {false, true}};
+
+} // namespace
+
+IOrderedBlock::IOrderedBlock() noexcept = default;
+IOrderedBlock::~IOrderedBlock() = default;
+
+IOrderedBlockType::IOrderedBlockType() noexcept = default;
+IOrderedBlockType::~IOrderedBlockType() = default;
+
+IOrderChoice::IOrderChoice() noexcept = default;
+IOrderChoice::~IOrderChoice() = default;
+
+char const* NameOf(BlockOrder order)
+{
+    if (order.areBytesSwapped)
+    {
+        return order.isBigEndian ? "BADC" : "DCBA";
+    }
+    return order.isBigEndian ? "ABCD" : "CDAB";
+}
+
+ChosenOrder ReadChoice(IOrderChoice const* choice)
+{
+    if (choice == nullptr || choice->OrderName().empty())
+    {
+        return {};
+    }
+    std::string const& name = choice->OrderName();
+    if (name == IOrderChoice::DEFAULT)
+    {
+        return {true, std::nullopt};
+    }
+    for (BlockOrder const order : ORDERS)
+    {
+        if (name == NameOf(order))
+        {
+            return {true, order};
+        }
+    }
+    ZU_THROW(Zu::Status::BAD_ARGUMENT, "There is no order %1$s. The orders are ABCD, CDAB, BADC, DCBA and default.",
+             name.c_str());
+}
+
+} // namespace ZuControl::ControlProtocol
