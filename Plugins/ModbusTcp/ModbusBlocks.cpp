@@ -1,6 +1,10 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 
 #include "Plugins/ModbusTcp/Blocks/DecisionBitsBlock.h"
+#include "Plugins/ModbusTcp/Blocks/MapFingerprintBlock.h"
+#include "Plugins/ModbusTcp/Blocks/MeasurementRealBlock.h"
+#include "Plugins/ModbusTcp/Blocks/OrderTestBlock.h"
+#include "Plugins/ModbusTcp/Blocks/OrderedBlock.h"
 #include "Plugins/ModbusTcp/Blocks/ResultQueueBlock.h"
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
@@ -9,13 +13,13 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "ZuControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <algorithm>
 #include <memory>
 #include <span>
+#include <type_traits>
 
 namespace ModbusTcp
 {
@@ -70,6 +74,26 @@ constexpr BlockType RESULT_QUEUE{ResultQueueBlock::TYPE,
                                  0,
                                  ResultQueueBlock::MAX_INSTANCES,
                                  true};
+constexpr BlockType MEASUREMENT_REAL{MeasurementRealBlock::TYPE,
+                                     "Measurement as REAL",
+                                     BlockCategoryMeasurement,
+                                     MeasurementRealBlock::REGISTERS,
+                                     0,
+                                     0,
+                                     ANY_NUMBER,
+                                     true};
+
+constexpr BlockType MAP_FINGERPRINT{MapFingerprintBlock::TYPE,
+                                    "Map Fingerprint",
+                                    BlockCategorySystem,
+                                    MapFingerprintBlock::REGISTERS,
+                                    0,
+                                    0,
+                                    ANY_NUMBER,
+                                    false};
+
+constexpr BlockType ORDER_TEST{
+    OrderTestBlock::TYPE, "Order Test", BlockCategoryUnknown, OrderTestBlock::REGISTERS, 0, 0, ANY_NUMBER, false};
 
 template <typename Block>
 void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
@@ -84,8 +108,15 @@ void AddType(IProtocolRegisterAssembly& assembly, BlockType const& blockType)
     params.minInstanceCount = blockType.minInstanceCount;
     params.maxInstanceCount = blockType.maxInstanceCount;
     params.hasDataSource = blockType.hasDataSource;
-    params.factory = std::make_shared<ProtocolRegisterBlockFactory<Block>>();
-    assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
+    if constexpr (std::is_final_v<Block>) // keeps the order of the service
+    {
+        params.factory = std::make_shared<ProtocolRegisterBlockFactory<Block>>();
+        assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
+    }
+    else
+    {
+        assembly.AddSupportedBlockType(std::make_unique<OrderedBlockType<Block>>(params));
+    }
 }
 
 /// What the plug-in kit puts into a field to which the default block gives no meaning.
@@ -183,6 +214,9 @@ void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
     AddType<StateBitsBlock>(assembly, STATE_BITS);
     AddType<DecisionBitsBlock>(assembly, DECISION_BITS);
     AddType<ResultQueueBlock>(assembly, RESULT_QUEUE);
+    AddType<MeasurementRealBlock>(assembly, MEASUREMENT_REAL);
+    AddType<MapFingerprintBlock>(assembly, MAP_FINGERPRINT);
+    AddType<OrderTestBlock>(assembly, ORDER_TEST);
 }
 
 namespace

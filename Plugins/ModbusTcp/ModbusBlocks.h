@@ -31,8 +31,8 @@ inline constexpr char const* TYPE_DECISION = "Decision";
 inline constexpr char const* TYPE_MEASUREMENT = "Measurement";
 
 /// Registers: 0 request id, 1 command id, 2 to 65 text with one character in each.
-struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock,
-                                       public ZuControl::ControlProtocol::IDescribedBlock
+struct ModbusControlInputBlock : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock,
+                                 public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusControlInputBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                             ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
@@ -42,8 +42,8 @@ struct ModbusControlInputBlock final : public ZuControl::ControlProtocol::Defaul
 };
 
 /// Registers: 0 to 3 up-time, 4 first state, 5 length of the job name, 6 to 69 job name, 70 and 71 the other states.
-struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock,
-                                 public ZuControl::ControlProtocol::IDescribedBlock
+struct ModbusSystemBlock : public ZuControl::ControlProtocol::DefaultSystemStateRegisterBlock,
+                           public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusSystemBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                       ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
@@ -53,8 +53,8 @@ struct ModbusSystemBlock final : public ZuControl::ControlProtocol::DefaultSyste
 };
 
 /// Registers: 0 to 3 encoder, 4 to 7 time, 8 and 9 the two states.
-struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock,
-                                  public ZuControl::ControlProtocol::IDescribedBlock
+struct ModbusScannerBlock : public ZuControl::ControlProtocol::DefaultScannerStateRegisterBlock,
+                            public ZuControl::ControlProtocol::IDescribedBlock
 {
     ModbusScannerBlock(ZuControl::ControlProtocol::RegisterBlockParams const& params,
                        ZuControl::ControlProtocol::ProtocolRegisterBlockInfo& usedInfo);
@@ -63,7 +63,8 @@ struct ModbusScannerBlock final : public ZuControl::ControlProtocol::DefaultScan
     std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override;
 };
 
-/// Adds all block types of this service to an assembly.
+/// Adds all block types of this service to an assembly. Blocks may have an order of their own, those of final classes
+/// excepted.
 void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
 /// Replaces the blocks of `assembly` with those of a new job: the four single blocks at 0, 66, 68 and 140, the stamp of

@@ -122,6 +122,11 @@ void ModbusTcpProtocol::ConfigureDefaultRegisterAssembly()
     TellDataSources();
 }
 
+ZuControl::IControlActionTarget* ModbusTcpProtocol::ActionTarget()
+{
+    return &orderTest;
+}
+
 std::unique_ptr<PluginCommon::ITcpConversation> ModbusTcpProtocol::MakeConversation()
 {
     return std::make_unique<ModbusConversation>(map, counters);
@@ -142,6 +147,7 @@ void ModbusTcpProtocol::ChangeOrder(bool isWantedBigEndian)
     encoder.Pause(); // no read may see results in mixed orders
     map.ChangeOrder(isWantedBigEndian,
                     [this, isWantedBigEndian] { assembly.ChangeBigEndianSupportedBlocks(isWantedBigEndian); });
+    TakeLayout(); // before results are shown: the order changes the fingerprint
     encoder.Resume();
     isBigEndian = isWantedBigEndian;
 }
@@ -184,9 +190,11 @@ MapIdentity ModbusTcpProtocol::Identity()
 
 void ModbusTcpProtocol::TakeLayout()
 {
+    Zu::MutexLock const guard(layoutLock); // from the list to its installation, so that the newest list comes last
     auto const layout = RegisterLayout::Take(assembly);
-    encoder.Install(layout);
+    encoder.HideFingerprint(*layout);
     map.Install(layout);
+    encoder.Install(layout); // shows the fingerprint: last
     layoutChangeCount.store(layout->changeCount, std::memory_order_relaxed);
 }
 

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "Plugins/Common/TcpServiceProtocol.h"
+#include "Plugins/ModbusTcp/Blocks/BlockArguments.h"
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/ModbusParams.h"
+#include "Plugins/ModbusTcp/OrderTestCommand.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "ZuCommon/Problems.h"
-#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyActionTarget.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "wApi/wMutex.h"
 
 #include <atomic>
 #include <chrono>
@@ -56,6 +58,8 @@ public:
     void RegisterAssemblyUpdate(char const* id) override;
     void ConfigureDefaultRegisterAssembly() override;
 
+    ZuControl::IControlActionTarget* ActionTarget() override;
+
 private:
     std::unique_ptr<PluginCommon::ITcpConversation> MakeConversation() override;
     void ApplyOwnParams() override;
@@ -70,8 +74,9 @@ private:
 
     // The blocks come first: the members after them share the blocks and are destroyed before them.
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase assembly;
-    PluginCommon::LimitedActions<ZuControl::ControlProtocol::ProtocolRegisterAssemblyActionTarget> assemblyActionTarget;
+    PluginCommon::LimitedActions<ModbusAssemblyActions> assemblyActionTarget;
     ZuControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblyGroup;
+    OrderTestCommand orderTest{assembly};
     RegisterImage image;
     ResultEncoder encoder;
     RegisterMap map;
@@ -82,6 +87,10 @@ private:
     MapIdentity identity; // at the change count below; used by `Identity` only, on the I/O thread
     std::optional<uint64> identityChangeCount;
     int32 shownQueue = -1; // the register that `queueProblem` names; used by `ShowMetrics` only
+
+    // Order only: one thread at a time takes a layout. Lock order: this, then the assembly's lock and those of the
+    // encoder and the map.
+    Zu::Mutex layoutLock;
 };
 
 } // namespace ModbusTcp

@@ -1,10 +1,14 @@
 #include "Plugins/ModbusTcp/RegisterLayout.h"
 
+#include "Plugins/ModbusTcp/Blocks/MapFingerprintBlock.h"
+#include "Plugins/ModbusTcp/Blocks/OrderTestBlock.h"
 #include "Plugins/ModbusTcp/Blocks/SourceListBlock.h"
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Guard.h"
+#include "ZuControl/ControlProtocol/Fingerprint.h"
+#include "ZuControl/ControlProtocol/LayoutCopy.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuCore/DataSourceHash.h"
 
@@ -13,6 +17,31 @@
 
 namespace ModbusTcp
 {
+
+namespace
+{
+
+RegisterLayout::Place PlaceOf(std::shared_ptr<RegisterLayout::Block> const& block)
+{
+    auto const* const ordered = dynamic_cast<ZuControl::ControlProtocol::IOrderedBlock const*>(block.get());
+    return {.first = block->OutputId(),
+            .count = block->RegisterCount(),
+            .ownOrder = ordered != nullptr ? ordered->OwnOrder() : std::nullopt,
+            .block = block,
+            .encoder = dynamic_cast<IModbusBlock*>(block.get())};
+}
+
+bool IsFingerprint(RegisterLayout::Place const& place)
+{
+    return place.block->Type() == MapFingerprintBlock::TYPE;
+}
+
+bool IsConstant(RegisterLayout::Place const& place)
+{
+    return IsFingerprint(place) || place.block->Type() == OrderTestBlock::TYPE;
+}
+
+} // namespace
 
 AssemblyLock::AssemblyLock(ZuControl::ControlProtocol::IProtocolRegisterAssembly& lockedAssembly)
     : assembly(lockedAssembly)
@@ -37,6 +66,12 @@ RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& a
     }
     std::ranges::stable_sort(layout->results, {}, &ResultPlace::dataSource);
     layout->BuildIndex();
+    if (std::ranges::any_of(layout->constants, &IsFingerprint))
+    {
+        // Under the lock, so that it is the fingerprint of this list. From here on the list must not be read.
+        layout->facts.fingerprint =
+            ZuControl::ControlProtocol::Fingerprint::Of({ZuControl::ControlProtocol::ReadLayout(assembly)});
+    }
     return layout;
 }
 
@@ -52,7 +87,7 @@ std::span<RegisterLayout::ResultPlace const> RegisterLayout::Find(uint64 dataSou
 
 void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
 {
-    Place const place{block->OutputId(), block->RegisterCount(), block};
+    Place const place = PlaceOf(block);
     uint32 const end = uint32{place.first} + place.count;
     if (end > RegisterImage::REGISTER_COUNT)
     {
@@ -61,9 +96,12 @@ void RegisterLayout::Enter(std::shared_ptr<Block> const& block)
     if (block->HasDataSource())
     {
         EnterResult(place);
-        bool const isFirst = resultsFirst == resultsEnd;
-        resultsFirst = isFirst ? place.first : std::min<uint32>(resultsFirst, place.first);
-        resultsEnd = isFirst ? end : std::max(resultsEnd, end);
+        AddToImage(place);
+    }
+    else if (IsConstant(place))
+    {
+        constants.push_back(place);
+        AddToImage(place);
     }
     else if (block->Type() == TYPE_CONTROL_INPUT)
     {
@@ -106,6 +144,14 @@ void RegisterLayout::EnterResult(Place const& place)
             results.push_back({place, ZuCore::DataSourceHash(names[i]), list, i});
         }
     }
+}
+
+void RegisterLayout::AddToImage(Place const& place)
+{
+    uint32 const end = uint32{place.first} + place.count;
+    bool const isFirst = imageFirst == imageEnd;
+    imageFirst = isFirst ? place.first : std::min<uint32>(imageFirst, place.first);
+    imageEnd = isFirst ? end : std::max(imageEnd, end);
 }
 
 void RegisterLayout::BuildIndex()

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Plugins/ModbusTcp/Blocks/IModbusBlock.h"
+#include "Plugins/ModbusTcp/Blocks/LayoutFacts.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "wApi/wTypes.h"
 
 #include <memory>
@@ -11,7 +14,6 @@
 namespace ZuControl::ControlProtocol
 {
 class ProtocolRegisterAssemblyBase;
-struct ProtocolRegisterBlock;
 } // namespace ZuControl::ControlProtocol
 
 namespace ModbusTcp
@@ -54,9 +56,22 @@ public:
             return Exists() && address >= first && address + size <= std::size_t{first} + count;
         }
 
+        /// Encodes in the order that the block had when the list was copied. Throws as the block does.
+        void Serialize(std::span<uint8> bytes, void const* source, std::size_t sourceSize) const
+        {
+            if (encoder != nullptr)
+            {
+                encoder->SerializeIn(ownOrder, bytes, source, sourceSize);
+                return;
+            }
+            block->Serialize(bytes.data(), bytes.size(), source, sourceSize);
+        }
+
         uint16 first = 0;
         uint16 count = 0;
+        IModbusBlock::Order ownOrder; ///< when the list was copied
         std::shared_ptr<Block> block;
+        IModbusBlock* encoder = nullptr; ///< the block; null for a block without an order of its own
     };
 
     struct ResultPlace : Place
@@ -92,9 +107,17 @@ public:
         return lists;
     }
 
-    // Result blocks lie in registers [resultsFirst, resultsEnd); equal if there is none.
-    uint32 resultsFirst = 0;
-    uint32 resultsEnd = 0;
+    /// The blocks whose content follows from `facts`.
+    std::span<Place const> Constants() const
+    {
+        return constants;
+    }
+
+    LayoutFacts facts;
+
+    // Result blocks and constant blocks lie in registers [imageFirst, imageEnd); equal if there is none.
+    uint32 imageFirst = 0;
+    uint32 imageEnd = 0;
 
     Place controlInput;
     Place controlOutput;
@@ -116,6 +139,7 @@ private:
 
     void Enter(std::shared_ptr<Block> const& block);
     void EnterResult(Place const& place);
+    void AddToImage(Place const& place);
     void BuildIndex();
 
     uint64 SlotOf(uint64 dataSource) const
@@ -123,6 +147,7 @@ private:
         return (dataSource ^ (dataSource >> 32)) & (slots.size() - 1);
     }
 
+    std::vector<Place> constants;
     std::vector<ResultPlace> results;               // sorted by data source
     std::vector<ListPlace> lists;                   // in the order of their registers
     std::vector<Slot> slots = std::vector<Slot>(1); // open addressing, at most half full, so each probe ends

@@ -68,7 +68,7 @@ public:
         {
             return;
         }
-        place.block->Serialize(bytes.data(), size, &record, sizeof record);
+        place.Serialize(std::span(bytes).first(size), &record, sizeof record);
         Fill([&bytes](uint32 i) { return static_cast<uint16>(bytes[2 * i] | bytes[2 * i + 1] << 8); });
     }
 
@@ -98,10 +98,15 @@ uint32 RegisterMap::RegisterCount() const
 
 void RegisterMap::Read(uint16 first, std::span<uint16> registers)
 {
-    sources.image.Read(first, registers);
-    auto const present = Layout();
-    ReadCommand(*present, first, registers);
-    ReadStates(*present, first, registers);
+    uint64 seenChanges = 0;
+    do
+    {
+        seenChanges = changes.load();
+        sources.image.Read(first, registers);
+        auto const present = Layout();
+        ReadCommand(*present, first, registers);
+        ReadStates(*present, first, registers);
+    } while (changes.load() != seenChanges); // else the read may mix two layouts
 }
 
 void RegisterMap::ReadCommand(RegisterLayout const& present, uint16 first, std::span<uint16> registers)
@@ -235,6 +240,7 @@ MapIdentity RegisterMap::Identity()
 
 void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)
 {
+    changes.fetch_add(1);
     Zu::MutexLock const guard(layoutLock);
     if (newLayout->changeCount >= layout->changeCount)
     {
@@ -245,6 +251,7 @@ void RegisterMap::Install(std::shared_ptr<RegisterLayout const> newLayout)
 void RegisterMap::ChangeOrder(bool newIsBigEndian, std::function<void()> const& change)
 {
     Zu::MutexLock const guard(writeLock);
+    changes.fetch_add(1);
     change();
     isBigEndian = newIsBigEndian;
 }

@@ -7,6 +7,7 @@
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -52,10 +53,13 @@ public:
     ModbusException WriteCoils(uint16 ones) override;
     MapIdentity Identity() override;
 
-    /// Replaces the layout, unless `layout` is older than the present one.
+    /// Replaces the layout, unless `layout` is older than the present one. A read that runs meanwhile begins anew. The
+    /// caller hides the fingerprint in the image before, and shows the new one after it: so no read has the fingerprint
+    /// of one layout and the states of another.
     void Install(std::shared_ptr<RegisterLayout const> newLayout);
 
-    /// Runs `change`, which sets the byte order of the blocks, while no write is evaluated.
+    /// Runs `change`, which sets the byte order of the blocks, while no write is evaluated. The same holds for reads and
+    /// the fingerprint as with `Install`.
     void ChangeOrder(bool newIsBigEndian, std::function<void()> const& change);
 
 private:
@@ -73,6 +77,8 @@ private:
     Zu::Mutex writeLock;
     CommandChannel channel ZU_GUARDED_BY(writeLock);
     bool isBigEndian ZU_GUARDED_BY(writeLock) = true;
+
+    std::atomic<uint64> changes{0}; // grows before each change of the layout and of the order; orders it with reads
 
     Zu::Mutex layoutLock; // a leaf; held to copy the pointer
     std::shared_ptr<RegisterLayout const> layout ZU_GUARDED_BY(layoutLock);

@@ -6,7 +6,6 @@
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
-#include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "ZuCore/ResultItem.h"
 #include "ZuCore/ResultSet.h"
@@ -19,7 +18,6 @@
 namespace ModbusTcp
 {
 
-using ZuControl::ControlProtocol::DefaultMeasurementValueRegisterBlock;
 using ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
 
 namespace
@@ -30,16 +28,16 @@ std::span<uint8> BytesOf(RegisterLayout::Place const& place, std::span<uint8> im
     return image.subspan(2 * std::size_t{place.first}, 2 * std::size_t{place.count});
 }
 
-/// Writes what a block shows before its first result: the mark for a missing value, and 0 in all other bytes.
+/// Writes what a block shows before its first result.
 void WriteBlank(RegisterLayout::Place const& place, std::span<uint8> image)
 {
     std::span<uint8> const bytes = BytesOf(place, image);
-    std::ranges::fill(bytes, uint8{0});
-    auto* const value = dynamic_cast<DefaultMeasurementValueRegisterBlock*>(place.block.get());
-    if (value != nullptr)
+    if (place.encoder != nullptr)
     {
-        value->SerializeInvalidMeasurementValue(bytes.data(), 0);
+        place.encoder->WriteBlank(place.ownOrder, bytes);
+        return;
     }
+    std::ranges::fill(bytes, uint8{0});
 }
 
 /// Null for a block of another type.
@@ -67,13 +65,30 @@ void ResultEncoder::Install(std::shared_ptr<RegisterLayout const> newLayout)
     {
         return; // another thread has installed a newer layout
     }
-    Carry(*layout, *newLayout);
+    if (!isPaused)
+    {
+        Carry(*layout, *newLayout);
+    }
     FollowLists(*layout, *newLayout);
     layout.swap(newLayout);
     CountWaiting();
     faulty.clear();
-    image.SetUsedSpan(layout->resultsFirst, layout->resultsEnd);
-    image.Publish();
+    image.SetUsedSpan(layout->imageFirst, layout->imageEnd);
+    if (!isPaused)
+    {
+        WriteConstants(layout->facts);
+        image.Publish();
+    }
+}
+
+void ResultEncoder::HideFingerprint(RegisterLayout const& newLayout)
+{
+    Zu::MutexLock const guard(lock);
+    if (!isPaused && newLayout.facts.fingerprint != layout->facts.fingerprint)
+    {
+        WriteConstants({});
+        image.Publish();
+    }
 }
 
 void ResultEncoder::Blank()
@@ -108,7 +123,7 @@ void ResultEncoder::Process(wArrayList const& resultSets)
     }
     if (!isPaused)
     {
-        image.Publish();
+        PublishLists();
     }
     CountWaiting();
     Count(counters.resultSets, count);
@@ -127,7 +142,7 @@ void ResultEncoder::SetQueueDepth(uint32 newDepth)
             queue->Encode(BytesOf(place, image.Edit()));
         }
     }
-    image.Publish();
+    PublishLists();
     CountWaiting();
 }
 
@@ -150,7 +165,7 @@ ModbusException ResultEncoder::Acknowledge(uint16 address, uint16 value, bool is
         return ModbusException::ILLEGAL_DATA_VALUE;
     }
     queue->Encode(BytesOf(*place, image.Edit()));
-    image.Publish();
+    PublishLists();
     CountWaiting();
     return ModbusException::NONE;
 }
@@ -183,7 +198,30 @@ void ResultEncoder::BlankAll()
         place.list->Blank();
         place.list->Encode(BytesOf(place, image.Edit()));
     }
+    WriteConstants(layout->facts);
     image.Publish();
+}
+
+/// Publishes the image, unless a block with a list may have encoded in an order that is newer than its layout: then the
+/// installation of the next layout publishes it.
+void ResultEncoder::PublishLists()
+{
+    auto const isCurrent = [](ListPlace const& place) {
+        return place.encoder == nullptr || place.encoder->PresentOrder() == place.ownOrder;
+    };
+    if (std::ranges::all_of(layout->Lists(), isCurrent))
+    {
+        image.Publish();
+    }
+}
+
+void ResultEncoder::WriteConstants(LayoutFacts const& facts)
+{
+    for (RegisterLayout::Place const& place : layout->Constants())
+    {
+        std::span<uint8> const bytes = BytesOf(place, image.Edit());
+        place.Serialize(bytes, &facts, sizeof facts);
+    }
 }
 
 void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
@@ -200,7 +238,7 @@ void ResultEncoder::Carry(RegisterLayout const& from, RegisterLayout const& to)
         WriteBlank(place, bytes);
         for (ResultPlace const& before : from.Find(place.dataSource))
         {
-            if (before.block == place.block)
+            if (before.block == place.block && before.ownOrder == place.ownOrder)
             {
                 auto const source = old.begin() + 2 * before.first;
                 std::copy_n(source, 2 * place.count, BytesOf(place, bytes).begin());
@@ -241,7 +279,7 @@ bool ResultEncoder::EncodeItem(ResultPlace const& place, ZuCore::ResultItemObjec
         {
             return true;
         }
-        place.block->Serialize(bytes.data(), bytes.size(), &data, sizeof data);
+        place.Serialize(bytes, &data, sizeof data);
         return true;
     }
     catch (...) // an exception that left would end the delivery of results for good

@@ -44,14 +44,17 @@ public:
     ResultEncoder& operator=(ResultEncoder const&) = delete;
 
     /// Replaces the layout, unless `layout` is older than the present one. A block in both layouts keeps its last
-    /// value, even if its registers move.
+    /// value, even if its registers move, unless it has another order now.
     void Install(std::shared_ptr<RegisterLayout const> layout);
+
+    /// Shows 0 in place of the fingerprint until `Install`, unless `newLayout` has the same one.
+    void HideFingerprint(RegisterLayout const& newLayout);
 
     /// Makes all blocks blank, as before the first result.
     void Blank();
 
-    /// Sets all result registers to 0. Until `Resume`, which makes the blocks blank, only result queues take results. The
-    /// byte order of the blocks may change in between.
+    /// Sets all registers to 0. Until `Resume`, which makes the blocks blank, only result queues take results. The byte
+    /// order of the blocks may change in between, and a layout that is installed meanwhile shows from `Resume` on.
     void Pause();
     void Resume();
 
@@ -75,6 +78,8 @@ private:
 
     // The caller holds the lock.
     void BlankAll() ZU_REQUIRES(lock);
+    void PublishLists() ZU_REQUIRES(lock);
+    void WriteConstants(LayoutFacts const& facts) ZU_REQUIRES(lock);
     void Carry(RegisterLayout const& from, RegisterLayout const& to);
     bool EncodeSet(ZuCore::ResultSetObject const* resultSet) ZU_REQUIRES(lock);
     bool EncodeItem(ResultPlace const& place, ZuCore::ResultItemObject* item) ZU_REQUIRES(lock);

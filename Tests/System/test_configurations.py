@@ -343,8 +343,8 @@ class Configurations(unittest.TestCase):
         self.assertEqual(settings["registerAssemblyList"][0]["blocks"], [])
 
     def test_a_block_that_is_refused_costs_no_other(self):
-        first = {"type": "Decision", "outputId": 0, "dataSource": "one", "displayName": "mine", "scannerId": "s"}
-        second = {"type": "Decision", "outputId": 7, "dataSource": "two", "displayName": "Decision", "scannerId": ""}
+        first = {"type": "Decision", "outputId": 0, "dataSource": "one", "displayName": "mine", "scannerId": "s", "order": ""}
+        second = {"type": "Decision", "outputId": 7, "dataSource": "two", "displayName": "Decision", "scannerId": "", "order": ""}
         def change(settings):
             settings["registerAssemblyList"][0]["blocks"] = [
                 first, dict(first, displayName="in its place"), {"type": "Unknown", "outputId": 5},

@@ -28,26 +28,6 @@ class ModbusBlocksTest : public BlockFixture
 protected:
     using Registers = std::vector<uint16>;
 
-    /// The registers of `record` as a Modbus client reads them. They hold 0xAAAA before, which shows in unwritten
-    /// registers.
-    template <typename Record>
-    Registers Encode(Block& block, Record const& record)
-    {
-        std::vector<uint8> bytes(2u * block.RegisterCount(), 0xAA);
-        block.Serialize(bytes.data(), bytes.size(), &record, sizeof record);
-        Registers registers(block.RegisterCount());
-        for (std::size_t i = 0; i < registers.size(); ++i)
-        {
-            registers[i] = static_cast<uint16>(bytes[2 * i] | bytes[2 * i + 1] << 8);
-        }
-        return registers;
-    }
-
-    Registers EncodeFirst(Block& block, TestFrame const& frame)
-    {
-        return Encode(block, ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData{frame.First(), 0});
-    }
-
     void ExpectBothOrders(Block& block, TestFrame const& frame, Registers const& big, Registers const& little)
     {
         EXPECT_EQ(EncodeFirst(block, frame), big);
@@ -75,12 +55,20 @@ TEST_F(ModbusBlocksTest, HaveTheRegistersThatTheMapPromises)
         bool hasDataSource;
     };
     std::vector<Expected> const expected = {
-        {"ControlInput", 66, 132, 1, 1, false}, {"ControlOutput", 2, 0, 1, 1, false},
-        {"System", 72, 0, 1, 1, false},         {"Scanner", 10, 0, 1, 1, false},
-        {"Stamp", 20, 0, 0, 65534, true},       {"MeasurementValue", 2, 0, 0, 65534, true},
-        {"Decision", 1, 0, 0, 65534, true},     {"Measurement", 3, 0, 0, 65534, true},
-        {"StateBits", 1, 0, 0, 1, false},       {"DecisionBits", 2, 0, 0, 65534, true},
+        {"ControlInput", 66, 132, 1, 1, false},
+        {"ControlOutput", 2, 0, 1, 1, false},
+        {"System", 72, 0, 1, 1, false},
+        {"Scanner", 10, 0, 1, 1, false},
+        {"Stamp", 20, 0, 0, 65534, true},
+        {"MeasurementValue", 2, 0, 0, 65534, true},
+        {"Decision", 1, 0, 0, 65534, true},
+        {"Measurement", 3, 0, 0, 65534, true},
+        {"StateBits", 1, 0, 0, 1, false},
+        {"DecisionBits", 2, 0, 0, 65534, true},
         {"ResultQueue", 48, 2, 0, 8, true},
+        {"MeasurementReal", 2, 0, 0, 65534, true},
+        {"MapFingerprint", 2, 0, 0, 65534, false},
+        {"OrderTest", 24, 0, 0, 65534, false},
     };
 
     assembly.BeginLock();

@@ -15,6 +15,8 @@
 #include "ZuControl/Control/ControlProtocolOperations.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/IControlFactory.h"
+#include "ZuControl/ControlProtocol/Fingerprint.h"
+#include "ZuControl/ControlProtocol/LayoutCopy.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
@@ -643,6 +645,73 @@ TEST_F(ModbusTcpProtocolTest, LetsAnyThreadReadItsMetricsWhileTheyAreBroughtUpTo
     }
     updating.join();
     asking.join();
+}
+
+TEST_F(ModbusTcpProtocolTest, ShowsTheFingerprintInRegistersAfterEachChange)
+{
+    using namespace ZuControl::ControlProtocol;
+    auto& assembly = protocol->RegisterAssembly("registerAssembly-0");
+    auto const number = [&assembly] { return Fingerprint::Of({ReadLayout(assembly)}); };
+    AddBlockParams params;
+    params.blocks.Add().type.Set("MapFingerprint");
+    params.blocks.At(0).outputId.Set(300);
+    assembly.Add(params);
+    protocol->RegisterAssemblyUpdate("registerAssembly-0");
+    TestClient client(Start());
+    EXPECT_EQ(client.Read(300, 2), (Registers{static_cast<uint16>(number() >> 16), static_cast<uint16>(number())}));
+    uint32 const before = number();
+
+    Params().registerOrder.Set(RegisterOrderLittleEndian);
+    protocol->ParamsUpdate();
+
+    EXPECT_NE(number(), before);
+    EXPECT_EQ(client.Read(300, 2), (Registers{static_cast<uint16>(number()), static_cast<uint16>(number() >> 16)}));
+    protocol->ConfigureDefaultRegisterAssembly();
+    EXPECT_EQ(client.Read(300, 2), (Registers{0, 0}));
+}
+
+TEST_F(ModbusTcpProtocolTest, ShowsNoStateOfOneMapWithTheFingerprintOfAnother)
+{
+    using namespace ZuControl::ControlProtocol;
+    auto& assembly = protocol->RegisterAssembly("registerAssembly-0");
+    AddBlockParams params;
+    params.blocks.Add().type.Set("MapFingerprint");
+    params.blocks.At(0).outputId.Set(190);
+    assembly.Add(params);
+    protocol->RegisterAssemblyUpdate("registerAssembly-0");
+    TestClient client(Start());
+    client.Write(0, {41, 1});
+    ASSERT_TRUE(StatusBecomes(client, {41, 2}));
+    auto const setOrder = [&](char const* order) {
+        ModbusUpdateBlockParams update;
+        update.outputId.Set(66);
+        update.order.Set(order);
+        assembly.Update(update);
+        protocol->RegisterAssemblyUpdate("registerAssembly-0");
+        return Fingerprint::Of({ReadLayout(assembly)});
+    };
+    uint32 const swapped = setOrder("BADC");
+    uint32 const plain = setOrder("ABCD");
+    std::atomic<bool> done{false};
+    std::thread changes([&] {
+        for (int i = 0; i < 300; ++i)
+        {
+            setOrder(i % 2 == 0 ? "BADC" : "ABCD");
+        }
+        done = true;
+    });
+
+    uint64 wrong = 0;
+    while (!done)
+    {
+        Registers const seen = client.Read(67, 125); // the status of the command, and the fingerprint
+        uint32 const fingerprint = uint32{seen[123]} << 16 | seen[124];
+        wrong += (fingerprint == plain && seen[0] != 2) || (fingerprint == swapped && seen[0] != 0x0200) ? 1 : 0;
+    }
+    changes.join();
+
+    EXPECT_EQ(wrong, 0u);
+    EXPECT_EQ(client.Read(67, 1), Registers{2});
 }
 
 TEST_F(ModbusTcpProtocolTest, NeedsADataCacheAndAProblemsManager)

@@ -181,6 +181,36 @@ TEST_F(ResultEncoderTest, ForgetsTheValueOfABlockThatFollowsAnotherSource)
     EXPECT_EQ(Read(10, 2), (Registers{0x8000, 0}));
 }
 
+TEST_F(ResultEncoderTest, BlanksABlockThatHasAnotherOrderUntilItsNextResult)
+{
+    Place("MeasurementValue", 10, "a");
+    Place("MeasurementValue", 20, "a");
+    Install();
+    Process(TestFrame().Measurement("a", 0.001));
+
+    SetOrder(10, "DCBA");
+    Install();
+
+    EXPECT_EQ(Read(10, 2), (Registers{0, 0x0080}));
+    EXPECT_EQ(Read(20, 2), (Registers{0, 1}));
+    Process(TestFrame().Measurement("a", 0.002));
+    EXPECT_EQ(Read(10, 2), (Registers{0x0200, 0}));
+}
+
+TEST_F(ResultEncoderTest, ShowsAListInANewOrderWithItsLayout)
+{
+    Place("DecisionBits", 10, "a, b");
+    Install();
+    Process(TestFrame().Measurement("a", 1, 1).Measurement("b", 1, 0));
+    EXPECT_EQ(Read(10, 2), (Registers{1, 3}));
+
+    SetOrder(10, "BADC");
+    Process(TestFrame().Measurement("a", 1, 1).Measurement("b", 1, 1));
+    EXPECT_EQ(Read(10, 2), (Registers{1, 3})) << "the layout is not installed";
+    Install();
+    EXPECT_EQ(Read(10, 2), (Registers{0x0300, 0x0300}));
+}
+
 TEST_F(ResultEncoderTest, PassesOverALayoutThatCameLate)
 {
     Place("MeasurementValue", 10, "a");
