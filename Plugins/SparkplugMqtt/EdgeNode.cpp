@@ -40,10 +40,11 @@ char const* NameOf(EdgeNodeSession::Phase phase)
     return "";
 }
 
-/// A sent sample is certain to have arrived after one and a half keep-alive times.
+/// How long a sent sample is kept: longer than the connection to a silent server lasts. libmosquitto sends a ping one
+/// keep-alive time after the last message of the server, and ends the connection when the answer is another one late.
 uint64 RetentionUsec(uint32 keepAliveSeconds)
 {
-    return keepAliveSeconds * USEC_PER_SECOND * 3 / 2;
+    return keepAliveSeconds * USEC_PER_SECOND * 5 / 2;
 }
 
 } // namespace

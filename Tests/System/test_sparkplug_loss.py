@@ -96,6 +96,25 @@ class Loss(unittest.TestCase):
                     self.assertEqual(set(range(1, max(seen))) - seen, set())
                     self.check(before, after)
 
+    def test_no_frame_is_lost_on_a_server_that_falls_silent(self):
+        """Its connections stay open, and what it was sent is lost."""
+        with Broker() as silent, Broker() as other, HostApplication(silent.port) as before, \
+                HostApplication(other.port) as after, sparkplug_host("--rate", RATE, servers=[silent.port, other.port]) as host:
+            with RestClient(host.http_port) as rest:
+                before.wait_for(lambda: before.device_born, "the birth")
+                self.watch_frames(rest, before)
+                before.device_command({"Command/Start": True})
+                before.wait_for(lambda: len(frames(before)[0]) > 20, "data")
+                silent.process.send_signal(signal.SIGSTOP)
+                after.wait_for(lambda: after.device_born, "the birth on the other server")
+                silent.stop(kill=True)
+                wait_until(lambda: metrics(rest)["historicalMessages"] > 0, "the begin of the history")
+                self.all_historical_have_arrived(rest, after)
+                newest = max(frames(after)[0])
+                after.wait_for(lambda: not set(range(newest)) - arrived(before, after), f"all frames before {newest}")
+                self.assertEqual(metrics(rest)["controlDrops"], 0)
+                self.check(before, after)
+
     def test_a_kill_loses_at_most_the_last_second(self):
         seed = int(os.environ.get("ZU_CRASH_SEED", time.time_ns()))
         print(f"seed {seed}", flush=True)
