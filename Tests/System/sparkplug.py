@@ -25,10 +25,13 @@ def free_port():
 
 class Broker:
     """`with Broker() as broker:` runs mosquitto on a port of its own. `stop` and `start` keep the port. `lines` are
-    further lines of its configuration; a listener of one's own makes `port` a parameter."""
+    further lines of its configuration; a listener of one's own makes `port` a parameter. `prefix` are the words of a
+    command that runs it elsewhere, in a network namespace for example, where `address` is its own."""
 
-    def __init__(self, *lines, port=None):
+    def __init__(self, *lines, port=None, address="127.0.0.1", prefix=()):
         self.port = port or free_port()
+        self.address = address
+        self.prefix = prefix
         self.lines = lines or ("allow_anonymous true",)
         self.process = None
 
@@ -43,8 +46,8 @@ class Broker:
 
     def start(self):
         config = pathlib.Path(self.folder.name) / "mosquitto.conf"
-        config.write_text("\n".join([f"listener {self.port} 127.0.0.1", "persistence false", "user root", *self.lines, ""]))
-        self.process = subprocess.Popen([MOSQUITTO, "-c", str(config)], stdout=subprocess.DEVNULL,
+        config.write_text("\n".join([f"listener {self.port} {self.address}", "persistence false", "user root", *self.lines, ""]))
+        self.process = subprocess.Popen([*self.prefix, MOSQUITTO, "-c", str(config)], stdout=subprocess.DEVNULL,
                                         stderr=subprocess.DEVNULL)
         wait_until(lambda: self.is_listening() or self.process.poll() is not None, "the broker")
         if self.process.poll() is not None:
@@ -52,7 +55,7 @@ class Broker:
 
     def is_listening(self):
         try:
-            socket.create_connection(("127.0.0.1", self.port), timeout=1).close()
+            socket.create_connection((self.address, self.port), timeout=1).close()
             return True
         except OSError:
             return False
@@ -187,10 +190,12 @@ def encode(metrics):
 class MqttClient:
     """A connection. `take` is called with (topic, payload, qos, retained) on a thread of the client."""
 
-    def __init__(self, port, name, take, will=None, context=None):
+    def __init__(self, port, name, take, will=None, context=None, address="127.0.0.1", patience=PATIENCE, keep_alive=60):
         self.take = take
+        self.patience = patience
+        self.heard = time.monotonic()  # when the broker sent anything
         self.answers = queue.Queue()
-        self.socket = socket.create_connection(("127.0.0.1", port), timeout=PATIENCE)
+        self.socket = socket.create_connection((address, port), timeout=patience)
         if context is not None:
             self.socket = context.wrap_socket(self.socket, server_hostname="localhost")
         flags, body = 2, self.text(name)
@@ -199,11 +204,11 @@ class MqttClient:
             flags |= 4 | 8 | 32  # QoS 1, retained
             body += self.text(topic) + struct.pack(">H", len(payload)) + payload
         self.lock = threading.Lock()
-        self.send(0x10, self.text("MQTT") + bytes([4, flags]) + struct.pack(">H", 60) + body)
+        self.send(0x10, self.text("MQTT") + bytes([4, flags]) + struct.pack(">H", keep_alive) + body)
         self.socket.settimeout(None)
         self.thread = threading.Thread(target=self.read, daemon=True)
         self.thread.start()
-        self.answers.get(timeout=PATIENCE)
+        self.answers.get(timeout=patience)
 
     @staticmethod
     def text(text):
@@ -215,13 +220,16 @@ class MqttClient:
 
     def subscribe(self, *topics):
         self.send(0x82, struct.pack(">H", 1) + b"".join(self.text(topic) + b"\x01" for topic in topics))
-        self.answers.get(timeout=PATIENCE)
+        self.answers.get(timeout=self.patience)
+
+    def ping(self):
+        self.send(0xC0, b"")
 
     def publish(self, topic, payload, retain=False):
         """With QoS 0; a retained message with QoS 1, whose answer is waited for."""
         if retain:
             self.send(0x33, self.text(topic) + struct.pack(">H", 7) + payload)
-            self.answers.get(timeout=PATIENCE)
+            self.answers.get(timeout=self.patience)
         else:
             self.send(0x30, self.text(topic) + payload)
 
@@ -252,6 +260,7 @@ class MqttClient:
                 body = stream.read(length)
             except (OSError, IndexError, ValueError):
                 return
+            self.heard = time.monotonic()
             kind = head[0] >> 4
             if kind in (2, 4, 9):
                 self.answers.put(body)
@@ -275,12 +284,11 @@ class Message:
         return f"{self.kind} {self.payload}"
 
 
-class HostApplication:
-    """A host on a broker: takes the messages of all nodes, knows the values of their metrics, and keeps each breach of
-    the standard's rules in `breaches`. With `state` it tells its STATE under that id."""
+class NodeRules:
+    """Follows the messages of one node and its device, knows the values of their metrics, and keeps each breach of the
+    standard's rules in `breaches`."""
 
-    def __init__(self, port, state=None):
-        self.state = state
+    def __init__(self):
         self.breaches = []
         self.messages = []  # all, in order
         self.known = {}     # of the node and its device: alias -> name
@@ -290,71 +298,18 @@ class HostApplication:
         self.last_seq = None
         self.bd_seq = None
         self.node_born = self.device_born = False
-        self.lock = threading.RLock()
-        self.stamp = int(time.time() * 1000)
-        self.port = port
 
-    def __enter__(self):
-        will = None
-        if self.state is not None:
-            will = (self.state_topic(), self.state_payload(False))
-        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will)
-        self.client.subscribe("spBv1.0/#")
-        if self.state is not None:
-            self.client.publish(self.state_topic(), self.state_payload(True), retain=True)
-        return self
-
-    def __exit__(self, *_):
-        self.client.close(orderly=True)
-
-    def die(self):
-        """Ends the connection without a word: the broker publishes the will."""
-        self.client.close(orderly=False)
-
-    def state_topic(self):
-        return f"spBv1.0/STATE/{self.state}"
-
-    def state_payload(self, online):
-        return json.dumps({"online": online, "timestamp": self.stamp}).encode()
-
-    def command(self, topic, payload):
-        self.client.publish(topic, payload)
-
-    def rebirth(self, node="ZuControl/NCMD/node"):
-        self.command("spBv1.0/" + node, encode({"Node Control/Rebirth": True}))
-
-    def device_command(self, metrics, device="ZuControl/DCMD/node/sensor"):
-        self.command("spBv1.0/" + device, encode(metrics))
-
-    def of_kind(self, kind):
-        with self.lock:
-            return [message for message in self.messages if message.kind == kind]
-
-    def value(self, name):
-        with self.lock:
-            return self.values.get(name, {}).get("value")
-
-    def wait_for(self, condition, what):
-        return wait_until(condition, f"{what}; breaches: {self.breaches}; last: {self.messages[-3:]}")
-
-    # The rules.
-
-    def take(self, topic, data, qos, retained):
-        parts = topic.split("/")
-        if parts[1] == "STATE":
-            return
-        with self.lock:
-            kind = parts[2]
-            if kind in ("NCMD", "DCMD"):
-                return
-            try:
-                message = Message(kind, decode(data), qos)
-            except (ValueError, IndexError, UnicodeDecodeError) as error:
-                self.breaches.append(f"{kind} cannot be read: {error}")
-                return
-            self.messages.append(message)
-            self.check_form(message, parts, qos, retained)
-            getattr(self, "take_" + kind.lower())(message)
+    def follow(self, parts, data, qos, retained):
+        """Takes a message of the node; `parts` are those of its topic. Returns it; none if it cannot be read."""
+        kind = parts[2]
+        try:
+            message = Message(kind, decode(data), qos)
+        except (ValueError, IndexError, UnicodeDecodeError) as error:
+            self.breaches.append(f"{kind} cannot be read: {error}")
+            return None
+        self.check_form(message, parts, qos, retained)
+        getattr(self, "take_" + kind.lower())(message)
+        return message
 
     def complain(self, condition, text, message):
         if condition:
@@ -447,6 +402,71 @@ class HostApplication:
         if message.metrics and message.metrics[0]["value"] == self.bd_seq:
             self.node_born = self.device_born = False
             self.last_seq = None
+
+
+def state_message(host_id, online, stamp):
+    """Topic and payload by which a host application tells its state; `stamp` is the time of its connection."""
+    return f"spBv1.0/STATE/{host_id}", json.dumps({"online": online, "timestamp": stamp}).encode()
+
+
+class HostApplication(NodeRules):
+    """A host on a broker: takes the messages of a node. With `state` it tells its STATE under that id."""
+
+    def __init__(self, port, state=None):
+        super().__init__()
+        self.state = state
+        self.lock = threading.RLock()
+        self.stamp = int(time.time() * 1000)
+        self.port = port
+
+    def __enter__(self):
+        will = None
+        if self.state is not None:
+            will = self.state_message(False)
+        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will)
+        self.client.subscribe("spBv1.0/#")
+        if self.state is not None:
+            self.client.publish(*self.state_message(True), retain=True)
+        return self
+
+    def __exit__(self, *_):
+        self.client.close(orderly=True)
+
+    def die(self):
+        """Ends the connection without a word: the broker publishes the will."""
+        self.client.close(orderly=False)
+
+    def state_message(self, online):
+        return state_message(self.state, online, self.stamp)
+
+    def command(self, topic, payload):
+        self.client.publish(topic, payload)
+
+    def rebirth(self, node="ZuControl/NCMD/node"):
+        self.command("spBv1.0/" + node, encode({"Node Control/Rebirth": True}))
+
+    def device_command(self, metrics, device="ZuControl/DCMD/node/sensor"):
+        self.command("spBv1.0/" + device, encode(metrics))
+
+    def of_kind(self, kind):
+        with self.lock:
+            return [message for message in self.messages if message.kind == kind]
+
+    def value(self, name):
+        with self.lock:
+            return self.values.get(name, {}).get("value")
+
+    def wait_for(self, condition, what):
+        return wait_until(condition, f"{what}; breaches: {self.breaches}; last: {self.messages[-3:]}")
+
+    def take(self, topic, data, qos, retained):
+        parts = topic.split("/")
+        if parts[1] == "STATE" or parts[2] in ("NCMD", "DCMD"):
+            return
+        with self.lock:
+            message = self.follow(parts, data, qos, retained)
+            if message is not None:
+                self.messages.append(message)
 
 
 def run_openssl(*arguments):
