@@ -23,7 +23,7 @@ Found Look(std::array<std::pair<Key, Found>, COUNT> const& table, Key key, Found
 
 char const* Title(uint32 status) noexcept
 {
-    static constexpr std::array<std::pair<uint32, char const*>, 23> TITLES{{
+    static constexpr std::array<std::pair<uint32, char const*>, 24> TITLES{{
         {OK, "OK"},
         {CREATED, "Created"},
         {ACCEPTED, "Accepted"},
