@@ -86,7 +86,14 @@ void EdgeNode::WriteDeviceBirth(MetricWriter& birth, uint64 utcMsec)
     systemMetrics.WriteBirth(birth, utcMsec, aliases);
     WriteCommands(birth, utcMsec, aliases);
     WriteResult(birth, latestResult, utcMsec, true, aliases);
+    aliases.push_back(OutputMetrics::FINGERPRINT_ALIAS);
     bornLayout = services.outputs.WriteBirth(birth, utcMsec, aliases);
+    // After the layout: if the map changes in between, the layout differs from `bornLayout`, and a new birth follows.
+    birth.Add({.name = "State/Fingerprint",
+               .alias = OutputMetrics::FINGERPRINT_ALIAS,
+               .timestampMsec = utcMsec,
+               .type = DataType::UINT64,
+               .value = uint64{services.outputs.Fingerprint()}});
 }
 
 void EdgeNode::DeviceCommand(std::vector<CommandMetric> const& metrics)

@@ -1,6 +1,7 @@
 #include "Plugins/SparkplugMqtt/OutputMetrics.h"
 
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
+#include "ZuControl/ControlProtocol/Fingerprint.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "ZuCore/DataSourceHash.h"
 #include "ZuCore/ResultItem.h"
@@ -66,14 +67,20 @@ void OutputMetrics::Install(TextIdStandardProtocolOutputMap& map)
     std::vector<Output> newOutputs;
     std::vector<std::pair<uint64, std::size_t>> newPlaces;
     std::set<uint64> taken;
+    ZuControl::ControlProtocol::Layout newLayout;
+    newLayout.kind = ZuControl::ControlProtocol::Layout::Kind::TEXTS;
     map.BeginLock(); // items that `At` returns stay valid until `EndLock`
     for (uint64 i = 0; i < map.Count(); ++i)
     {
         auto const& item = map.At(i);
         newPlaces.emplace_back(ZuCore::DataSourceHash(item.source.Get()), newOutputs.size());
         newOutputs.push_back({.id = item.outputId.Get(), .source = item.source.Get(), .newest = {}, .told = {}});
+        newLayout.entries.emplace_back();
+        newLayout.entries.back().textId = item.outputId.Get();
+        newLayout.entries.back().source = item.source.Get();
     }
     map.EndLock();
+    uint32 const newFingerprint = ZuControl::ControlProtocol::Fingerprint::Of({newLayout});
     for (Output& output : newOutputs)
     {
         output.valueAlias = TakeAlias(taken, std::string(VALUE_PREFIX) + output.id);
@@ -99,6 +106,7 @@ void OutputMetrics::Install(TextIdStandardProtocolOutputMap& map)
     }
     outputs.swap(newOutputs);
     places.swap(newPlaces);
+    fingerprint = newFingerprint;
     ++layout;
 }
 
@@ -148,6 +156,12 @@ uint64 OutputMetrics::Layout() const
 {
     Zu::MutexLock const guard(lock);
     return layout;
+}
+
+uint32 OutputMetrics::Fingerprint() const
+{
+    Zu::MutexLock const guard(lock);
+    return fingerprint;
 }
 
 OutputMetrics::Reading OutputMetrics::Read(void const* message)

@@ -55,6 +55,7 @@ class OutputMetrics final
 {
 public:
     static constexpr std::size_t MOST_SAMPLE_BYTES = 64 * 1024;
+    static constexpr uint64 FINGERPRINT_ALIAS = 30;
     static constexpr uint64 FIRST_HASHED_ALIAS = uint64{1} << 27; ///< four bytes in messages
 
     explicit OutputMetrics(SampleQueue& usedQueue);
@@ -76,6 +77,9 @@ public:
     uint64 WriteBirth(MetricWriter& birth, uint64 utcMsec, std::vector<uint64>& aliases);
 
     uint64 Layout() const;
+
+    /// The fingerprint of the output map, as GET /controls/SparkplugMqtt/plc shows it.
+    uint32 Fingerprint() const;
 
 private:
     struct Reading
@@ -110,6 +114,7 @@ private:
     std::vector<Output> outputs ZU_GUARDED_BY(lock);
     std::vector<std::pair<uint64, std::size_t>> places ZU_GUARDED_BY(lock); // by the number of the source
     uint64 layout ZU_GUARDED_BY(lock) = 0;
+    uint32 fingerprint ZU_GUARDED_BY(lock) = 0;
     double deadBand ZU_GUARDED_BY(lock) = 0;
     uint64 periodMsec ZU_GUARDED_BY(lock) = 0;
     ScanClock clock ZU_GUARDED_BY(lock);

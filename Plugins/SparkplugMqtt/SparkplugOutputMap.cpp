@@ -44,13 +44,18 @@ SparkplugOutputActions::~SparkplugOutputActions() = default;
 std::shared_ptr<Zu::Params::Group> SparkplugOutputActions::InvokeAction(std::string const& actionId,
                                                                         Zu::Params::Group const& params)
 {
-    PluginCommon::CheckTexts(params);
+    CheckArguments(params);
     if (actionId != PROTOCOL_OUTPUT_ACTION_ID_REMOVE_ALL)
     {
         return ProtocolOutputActionTarget::InvokeAction(actionId, params);
     }
     map.RemoveAll();
     return std::make_shared<Zu::Params::Group>("");
+}
+
+void SparkplugOutputActions::CheckArguments(Zu::Params::Group const& params) const
+{
+    PluginCommon::CheckTexts(params);
 }
 
 } // namespace SparkplugMqtt

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/Control/IPreviewedActions.h"
 #include "ZuControl/ControlProtocol/ProtocolOutputActionTarget.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "wApi/wTypes.h"
@@ -29,7 +30,8 @@ public:
 
 /// The actions by which clients change the output map. They are those of every map, except for "removeAll": it leaves
 /// the map empty, whereas `Clear` restores the map of a new job. Texts are limited to `PluginCommon::MOST_TEXT_BYTES`.
-class SparkplugOutputActions final : public ZuControl::ControlProtocol::ProtocolOutputActionTarget
+class SparkplugOutputActions final : public ZuControl::ControlProtocol::ProtocolOutputActionTarget,
+                                     public ZuControl::IPreviewedActions
 {
 public:
     /// `changedMap` outlives the target.
@@ -40,6 +42,7 @@ public:
 
     std::shared_ptr<Zu::Params::Group> InvokeAction(std::string const& actionId,
                                                     Zu::Params::Group const& params) override;
+    void CheckArguments(Zu::Params::Group const& params) const override;
 
 private:
     SparkplugOutputMap& map;

@@ -130,6 +130,29 @@ class Data(Sparkplug):
                 self.wait_for_birth(application, 2)
                 self.assertEqual(application.value("Outputs/zMax"), 25)
                 self.assertLessEqual(len(application.of_kind("DDATA")) - before, 1)
+    def test_the_fingerprint_of_the_map_is_a_metric(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                before = rest.get(NODE + "/plc").json["fingerprint"]
+                self.assertEqual(application.value("State/Fingerprint"), before)
+                rest.post(NODE + "/outputs/commands/remove", {"outputId": "zMin"})
+                application.wait_for(lambda: application.value("State/Fingerprint") not in (None, before), "another one")
+                self.assertEqual(application.value("State/Fingerprint"), rest.get(NODE + "/plc").json["fingerprint"])
+            self.check(application)
+
+    def test_changes_of_the_map_have_a_preview(self):
+        with sparkplug_host(servers=[free_port()]) as host, RestClient(host.http_port) as rest:
+            before = rest.get(NODE + "/outputs").json
+            steps = [{"command": "remove", "arguments": {"outputId": "zMin"}},
+                     {"command": "add", "arguments": {"outputId": "deepest", "source": "profile/zMin"}}]
+            shown = rest.post(NODE + "/outputs/preview", steps)
+            self.assertEqual(shown.status, 200, shown.text)
+            self.assertEqual(rest.get(NODE + "/outputs").json, before)
+            for step in steps:
+                self.assertEqual(rest.post(f"{NODE}/outputs/commands/{step['command']}", step["arguments"]).status // 100, 2)
+            self.assertEqual(rest.get(NODE + "/plc").json["fingerprint"], shown.json["fingerprint"])
+
             self.check(application)
 
     def test_dead_band_and_period_hold_values_back(self):

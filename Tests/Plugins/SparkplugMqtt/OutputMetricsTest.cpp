@@ -144,6 +144,19 @@ TEST_F(OutputMetricsTest, ABirthHasNullsBeforeTheFirstResult)
     EXPECT_GE(aliases.front(), OutputMetrics::FIRST_HASHED_ALIAS);
 }
 
+TEST_F(OutputMetricsTest, TheFingerprintFollowsIdsAndSources)
+{
+    uint32 const before = outputs.Fingerprint();
+    map.RemoveAll();
+    Connect("a", "s/b");
+    Connect("b", "s/a");
+    EXPECT_NE(outputs.Fingerprint(), before);
+    map.RemoveAll();
+    Connect("b", "s/b");
+    Connect("a", "s/a");
+    EXPECT_EQ(outputs.Fingerprint(), before);
+}
+
 TEST_F(OutputMetricsTest, ASampleHasWhatChanged)
 {
     Birth();
