@@ -106,6 +106,11 @@ void EdgeNode::BirthSequenceChanged(uint8 bdSeq)
     services.keepBdSeq(bdSeq);
 }
 
+bool EdgeNode::IsBirthSequenceKept()
+{
+    return services.isBdSeqKept();
+}
+
 int EdgeNode::Run(void* argument)
 {
     auto& node = *static_cast<EdgeNode*>(argument);

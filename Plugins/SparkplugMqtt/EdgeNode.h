@@ -66,7 +66,8 @@ public:
         ZuCommon::ProblemsManager& problems;
         SparkplugCounters& counters;
         SparkplugMetrics& metrics;
-        std::function<void(uint8)> keepBdSeq; ///< called on the network thread
+        std::function<void(uint8)> keepBdSeq; ///< as `INodeContent::BirthSequenceChanged`, on the network thread
+        std::function<bool()> isBdSeqKept;    ///< as `INodeContent::IsBirthSequenceKept`, on the network thread
     };
 
     /// Starts the thread. `lastBdSeq` is the number of the last connection, absent if there was none.
@@ -80,6 +81,7 @@ private:
     void WriteDeviceBirth(MetricWriter& writer, uint64 utcMsec) override;
     void DeviceCommand(std::vector<CommandMetric> const& metrics) override;
     void BirthSequenceChanged(uint8 bdSeq) override;
+    bool IsBirthSequenceKept() override;
 
     static int Run(void* argument);
     static Moment Now();

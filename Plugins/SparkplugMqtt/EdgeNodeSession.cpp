@@ -28,7 +28,8 @@ void EdgeNodeSession::Tick(Moment now)
     switch (phase)
     {
     case Phase::PAUSING:
-        if (isOver)
+        TakeNumber(now);
+        if (isOver && MayBegin(now))
         {
             Begin(now);
         }
@@ -157,13 +158,34 @@ void EdgeNodeSession::End(Moment now)
     {
         Leave(now, false);
         phase = Phase::ENDED;
+        if (isNumbered) // there was no connection with this number
+        {
+            content.BirthSequenceChanged(--bdSeq);
+        }
     }
+}
+
+/// Numbers the next connection, once in a pause.
+void EdgeNodeSession::TakeNumber(Moment now)
+{
+    if (!isNumbered)
+    {
+        isNumbered = true;
+        numberedAtUsec = now.steadyUsec;
+        content.BirthSequenceChanged(++bdSeq); // 0 follows 255
+    }
+}
+
+/// A program that was killed must not use the number of its last connection again. A disk that takes nothing must not
+/// keep the node from its servers for good.
+bool EdgeNodeSession::MayBegin(Moment now)
+{
+    return content.IsBirthSequenceKept() || now.steadyUsec - numberedAtUsec >= KEEPING_USEC;
 }
 
 void EdgeNodeSession::Begin(Moment now)
 {
-    ++bdSeq; // 0 follows 255
-    content.BirthSequenceChanged(bdSeq);
+    isNumbered = false;
     phase = Phase::CONNECTING;
     phaseUntilUsec = now.steadyUsec + ANSWER_USEC;
     isHostOnline = false;

@@ -59,8 +59,11 @@ public:
     /// A host has sent these values to the device.
     virtual void DeviceCommand(std::vector<CommandMetric> const& metrics) = 0;
 
-    /// The number of the connection that begins; the next program start continues behind it.
+    /// The number of the connection that begins next: keep it, so that the next program start continues behind it.
     virtual void BirthSequenceChanged(uint8 bdSeq) = 0;
+
+    /// Whether that number survives a kill of the program.
+    virtual bool IsBirthSequenceKept() = 0;
 };
 
 /// A point in time by both clocks.
@@ -73,7 +76,7 @@ struct Moment
 /// The rules of an edge node with one device: which message follows which, with which numbers. It has no socket, no
 /// thread and no clock.
 ///
-/// A session connects, subscribes, waits for the primary host if it has one, and publishes its births; then it is born
+/// A session has its number kept, connects, subscribes, waits for the primary host if it has one, and publishes its births; then it is born
 /// and takes data. It walks on to the next server when the connection fails or ends, when the server does not answer
 /// within ANSWER_USEC, and when the primary host is offline there.
 ///
@@ -83,6 +86,7 @@ class EdgeNodeSession final
 public:
     static constexpr uint64 ANSWER_USEC = 10'000'000;        ///< longest wait for a server's or primary host's answer
     static constexpr uint64 BIRTH_INTERVAL_USEC = 1'000'000; ///< between two births
+    static constexpr uint64 KEEPING_USEC = 3'000'000;        ///< longest wait until the number of a connection is kept
     static constexpr uint64 LASTING_USEC = 30'000'000;       ///< a born session of this age is a success
     static constexpr std::size_t MOST_BIRTH_BYTES = 512 * 1024;
     static constexpr char const* REBIRTH = "Node Control/Rebirth";
@@ -170,6 +174,8 @@ public:
     }
 
 private:
+    void TakeNumber(Moment now);
+    bool MayBegin(Moment now);
     void Begin(Moment now);
     void Pause(Moment now);
     void Leave(Moment now, bool isWalkingOn);
@@ -189,8 +195,10 @@ private:
     Counters counters;
     Phase phase = Phase::PAUSING;
     uint64 phaseUntilUsec = 0; // end of a pause, or of the wait for an answer
-    uint8 bdSeq;               // of the present connection
-    uint8 seq = 0;             // of the next message
+    uint8 bdSeq;               // of the present connection, or of the next one
+    bool isNumbered = false;   // during a pause: `bdSeq` is the number of the next connection
+    uint64 numberedAtUsec = 0;
+    uint8 seq = 0; // of the next message
     bool isBirthDue = false;
     bool isHostOnline = false;
     uint64 hostStampMsec = 0;                // of the last STATE message in this connection

@@ -236,6 +236,7 @@ void SparkplugMqttProtocol::LoadPersistDomain(PersistDomain domain, nlohmann::js
 void SparkplugMqttProtocol::SavePersistDomain(PersistDomain domain, nlohmann::json& document)
 {
     Zu::MutexLock const guard(keptLock);
+    saves.asked += domain == PersistDomain::PROTOCOL ? 1 : 0;
     if (domain == PersistDomain::PROTOCOL && (kept.bdSeq.has_value() || !kept.password.empty()))
     {
         document = {{PASSWORD_KEY, kept.password}};
@@ -258,11 +259,11 @@ void SparkplugMqttProtocol::StartNode(EdgeNode::Settings const& settings)
     }
     try
     {
-        node =
-            std::make_unique<EdgeNode>(settings,
-                                       EdgeNode::Services{waker, queue, outputMetrics, fetcher, commands, problems,
-                                                          counters, metrics, [this](uint8 bdSeq) { KeepBdSeq(bdSeq); }},
-                                       lastBdSeq);
+        EdgeNode::Services services{waker,    queue,    outputMetrics, fetcher, commands,
+                                    problems, counters, metrics,       {},      {}};
+        services.keepBdSeq = [this](uint8 bdSeq) { KeepBdSeq(bdSeq); };
+        services.isBdSeqKept = [this] { return IsBdSeqKept(); };
+        node = std::make_unique<EdgeNode>(settings, services, lastBdSeq);
     }
     catch (...)
     {
@@ -321,8 +322,23 @@ void SparkplugMqttProtocol::KeepBdSeq(uint8 bdSeq)
     {
         Zu::MutexLock const guard(keptLock);
         kept.bdSeq = bdSeq;
+        saves = {};
     }
     NotifyParamsInternalUpdateEventHandler(true); // has the settings saved
+}
+
+bool SparkplugMqttProtocol::IsBdSeqKept()
+{
+    {
+        Zu::MutexLock const guard(keptLock);
+        if (saves.asked != 1 || saves.isSecondWanted)
+        {
+            return saves.asked > 1;
+        }
+        saves.isSecondWanted = true;
+    }
+    NotifyParamsInternalUpdateEventHandler(true);
+    return false;
 }
 
 std::string SparkplugMqttProtocol::Password() const

@@ -78,7 +78,15 @@ private:
     struct Kept
     {
         std::string password;
-        std::optional<uint8> bdSeq; ///< of the last connection
+        std::optional<uint8> bdSeq; ///< of the last connection, or of the one that begins next
+    };
+
+    /// How many times the host has asked for the settings since `bdSeq` changed. It writes them before it asks again, so
+    /// with the second time the first answer is in the file.
+    struct Saves
+    {
+        uint32 asked = 0;
+        bool isSecondWanted = false; ///< the host was told to ask again
     };
 
     void StartNode(EdgeNode::Settings const& settings) ZU_REQUIRES(lifecycleLock);
@@ -87,6 +95,7 @@ private:
     void RunCommand(CommandRunner::Command const& command);
     void KeepPassword(std::string const& password);
     void KeepBdSeq(uint8 bdSeq);
+    bool IsBdSeqKept();
     std::string Password() const;
     void SetServing(bool newIsServing);
     void TellClientCount();
@@ -119,6 +128,7 @@ private:
 
     mutable Zu::Mutex keptLock; // a leaf
     Kept kept ZU_GUARDED_BY(keptLock);
+    Saves saves ZU_GUARDED_BY(keptLock);
 
     std::unique_ptr<EdgeNode> node ZU_GUARDED_BY(lifecycleLock); // null while stopped; last: its thread uses the rest
 };

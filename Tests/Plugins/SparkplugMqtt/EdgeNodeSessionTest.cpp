@@ -111,6 +111,11 @@ public:
         kept = bdSeq;
     }
 
+    bool IsBirthSequenceKept() override
+    {
+        return isKept;
+    }
+
     /// The calls since the last question.
     std::vector<std::string> Calls()
     {
@@ -118,6 +123,7 @@ public:
     }
 
     std::optional<uint8> kept;
+    bool isKept = true;
 
 private:
     std::vector<std::string> calls;
@@ -200,6 +206,38 @@ protected:
 };
 
 } // namespace
+
+TEST_F(EdgeNodeSessionTest, HasItsNumberKeptBeforeItConnects)
+{
+    Make("", 1, 4);
+    link.isKept = false;
+    session->Tick(now);
+    EXPECT_EQ(link.kept, 5);
+    Wait(EdgeNodeSession::KEEPING_USEC / 1000 - 1);
+    EXPECT_EQ(link.Calls(), Calls{});
+    link.isKept = true;
+    Wait(0);
+    EXPECT_EQ(link.Calls(), Calls{"connect 0 will spBv1.0/g/NDEATH/n t=3099 bdSeq=5"});
+}
+
+TEST_F(EdgeNodeSessionTest, ConnectsAlthoughItsNumberCannotBeKept)
+{
+    Make();
+    link.isKept = false;
+    session->Tick(now);
+    Wait(EdgeNodeSession::KEEPING_USEC / 1000);
+    EXPECT_EQ(link.Calls(), Calls{"connect 0 will spBv1.0/g/NDEATH/n t=3100 bdSeq=0"});
+}
+
+TEST_F(EdgeNodeSessionTest, GivesBackANumberWithoutAConnection)
+{
+    Make("", 1, 4);
+    link.isKept = false;
+    session->Tick(now);
+    session->End(now);
+    EXPECT_EQ(link.kept, 4);
+    EXPECT_EQ(link.Calls(), Calls{});
+}
 
 TEST_F(EdgeNodeSessionTest, ConnectsWithTheDeathAsItsWill)
 {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -134,6 +135,17 @@ TEST_F(SparkplugMqttProtocolTest, CountsItsConnectionsOverARestart)
     uint64 const last = Saved()["bdSeq"].get<uint64>();
     protocol->Start();
     EXPECT_TRUE(Becomes([this, last] { return Saved()["bdSeq"] == last + 1; }));
+}
+
+TEST_F(SparkplugMqttProtocolTest, AsksTheHostForASecondSaveOfItsNumber)
+{
+    std::atomic<uint32> wishes{0};
+    protocol->AddParamsInternalUpdateEventHandler([&wishes](bool) { ++wishes; });
+    protocol->Start();
+    EXPECT_TRUE(Becomes([&] { return wishes == 1; }));
+    Saved();
+    EXPECT_TRUE(Becomes([&] { return wishes == 2; })); // the first save is in the file when the second one comes
+    protocol->Stop();
 }
 
 TEST_F(SparkplugMqttProtocolTest, KeepsThePasswordInItsOwnDomainOnly)
