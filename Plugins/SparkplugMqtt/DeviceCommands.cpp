@@ -1,7 +1,6 @@
 #include "Plugins/SparkplugMqtt/DeviceCommands.h"
 
 #include <array>
-#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -22,7 +21,7 @@ struct Writable
 };
 
 constexpr std::array<Writable, 7> WRITABLES = {{
-    {10, "Command/Request Id", CommandNone, DataType::UINT32},
+    {10, "Command/Request Id", CommandNone, DataType::UINT64},
     {11, "Command/Start", CommandStart, DataType::BOOLEAN},
     {12, "Command/Stop", CommandStop, DataType::BOOLEAN},
     {13, "Command/Align", CommandAlign, DataType::BOOLEAN},
@@ -59,7 +58,7 @@ MetricValue IdleValue(DataType type)
     case DataType::STRING:
         return std::string_view();
     default:
-        return uint32{0};
+        return uint64{0};
     }
 }
 
@@ -112,9 +111,9 @@ DeviceCommand InterpretCommand(std::vector<CommandMetric> const& metrics)
         uint64 const* const number = std::get_if<uint64>(&metric.value);
         bool const isRequestId = writable->id == CommandNone;
         bool isTaken = false;
-        if (isRequestId && number != nullptr && *number <= std::numeric_limits<uint32>::max())
+        if (isRequestId && number != nullptr)
         {
-            command.requestId = static_cast<uint32>(*number);
+            command.requestId = *number;
             isTaken = true;
         }
         else if (!isRequestId)
@@ -153,9 +152,9 @@ void WriteResult(MetricWriter& writer, CommandResult const& result, uint64 utcMs
         MetricValue value;
     };
     std::array<Shown, 4> const rows = {{
-        {"Result/Request Id", DataType::UINT32, result.requestId},
+        {"Result/Request Id", DataType::UINT64, result.requestId},
         {"Result/Command", DataType::STRING, std::string_view(result.command)},
-        {"Result/Status", DataType::UINT32, static_cast<uint32>(result.status)},
+        {"Result/Status", DataType::UINT64, static_cast<uint64>(result.status)},
         {"Result/Text", DataType::STRING, std::string_view(result.text)},
     }};
     for (std::size_t i = 0; i < rows.size(); ++i)

@@ -14,7 +14,7 @@ namespace SparkplugMqtt
 /// The state of a command as the metrics "Result/..." show it.
 struct CommandResult
 {
-    uint32 requestId = 0;
+    uint64 requestId = 0;
     std::string command;
     ZuControl::ControlProtocol::ControlRegisterCommandStatus status = ZuControl::ControlProtocol::CommandStatusNone;
     std::string text; ///< why it failed
@@ -25,7 +25,7 @@ struct CommandResult
 /// A received command.
 struct DeviceCommand
 {
-    uint32 requestId = 0;
+    uint64 requestId = 0;
     std::string name; ///< the metric; empty: the message has no command
     ZuControl::ControlProtocol::ControlRegisterCommandId id = ZuControl::ControlProtocol::CommandNone;
     std::string argument;

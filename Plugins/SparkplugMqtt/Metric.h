@@ -9,7 +9,8 @@
 namespace SparkplugMqtt
 {
 
-/// The data types that this node sends or takes, with their numbers in payloads.
+/// The data types that this node sends or takes, with their numbers in payloads. The numbers of the node are UINT64:
+/// host applications disagree on the field of a payload that has an UINT32.
 enum class DataType : uint32
 {
     INT32 = 3,

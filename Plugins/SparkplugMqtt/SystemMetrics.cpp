@@ -59,9 +59,9 @@ void SystemMetrics::Write(MetricWriter& writer, uint64 utcMsec, std::vector<uint
     };
     one("State/Run State", DataType::STRING, std::string_view(present.runState), present.runState != told.runState);
     one("State/Job", DataType::STRING, std::string_view(present.job), present.job != told.job);
-    one("State/Alignment", DataType::UINT32, present.alignment, present.alignment != told.alignment);
+    one("State/Alignment", DataType::UINT64, uint64{present.alignment}, present.alignment != told.alignment);
     one("State/Laser", DataType::BOOLEAN, present.isLaserOn, present.isLaserOn != told.isLaserOn);
-    one("State/Problems", DataType::UINT32, present.problems, present.problems != told.problems);
+    one("State/Problems", DataType::UINT64, uint64{present.problems}, present.problems != told.problems);
     told = present;
 }
 

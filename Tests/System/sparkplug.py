@@ -273,9 +273,11 @@ class MqttClient:
 
 
 class Message:
-    def __init__(self, kind, payload, qos):
+    def __init__(self, kind, data, qos):
+        payload = decode(data)
         self.kind = kind
         self.qos = qos
+        self.data = data
         self.payload = payload
         self.metrics = payload["metrics"]
         self.seq = payload.get("seq")
@@ -303,7 +305,7 @@ class NodeRules:
         """Takes a message of the node; `parts` are those of its topic. Returns it; none if it cannot be read."""
         kind = parts[2]
         try:
-            message = Message(kind, decode(data), qos)
+            message = Message(kind, data, qos)
         except (ValueError, IndexError, UnicodeDecodeError) as error:
             self.breaches.append(f"{kind} cannot be read: {error}")
             return None
@@ -412,18 +414,24 @@ def state_message(host_id, online, stamp):
 class HostApplication(NodeRules):
     """A host on a broker: takes the messages of a node. With `state` it tells its STATE under that id."""
 
-    def __init__(self, port, state=None):
+    made = []  # all, for a test that wants to look at the breaches of each
+
+    def __init__(self, port, state=None, context=None):
         super().__init__()
+        self.context = context
         self.state = state
+        self.topics = set()
+        self.commands = []  # payloads of all hosts
         self.lock = threading.RLock()
         self.stamp = int(time.time() * 1000)
         self.port = port
+        self.made.append(self)
 
     def __enter__(self):
         will = None
         if self.state is not None:
             will = self.state_message(False)
-        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will)
+        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will, self.context)
         self.client.subscribe("spBv1.0/#")
         if self.state is not None:
             self.client.publish(*self.state_message(True), retain=True)
@@ -461,7 +469,11 @@ class HostApplication(NodeRules):
 
     def take(self, topic, data, qos, retained):
         parts = topic.split("/")
-        if parts[1] == "STATE" or parts[2] in ("NCMD", "DCMD"):
+        self.topics.add(topic)
+        if parts[1] == "STATE":
+            return
+        if parts[2] in ("NCMD", "DCMD"):
+            self.commands.append(data)
             return
         with self.lock:
             message = self.follow(parts, data, qos, retained)

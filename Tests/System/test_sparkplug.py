@@ -1,6 +1,9 @@
 """The Sparkplug edge node, against the real host program, a real broker and a host application of the tests."""
 
+import contextlib
+import json
 import re
+import signal
 import socket
 import subprocess
 import tempfile
@@ -8,11 +11,14 @@ import threading
 import time
 import unittest
 
-from host import wait_until
+from host import PATIENCE, wait_until
+from node import packages
 from pages import ROOT, expect, section, session
+from range_image import write_pcd
 from rest import RestClient
-from sparkplug import (NODE, Broker, HostApplication, encode, free_port, make_authority, make_certificate, metrics,
-                       sparkplug_host)
+from sparkplug import (NODE, Broker, HostApplication, encode, free_port, make_authority, make_certificate,
+                       metrics, sparkplug_host)
+from test_replay import small_scene
 
 OUTPUTS = ["meanZ", "points", "width", "zMax", "zMin"]
 
@@ -26,6 +32,15 @@ def wait_for_problem(rest, text):
 
 
 class Sparkplug(unittest.TestCase):
+    """A host application runs beside each test with a broker, and finds no breach of the rules."""
+
+    def setUp(self):
+        HostApplication.made.clear()
+
+    def tearDown(self):
+        for application in HostApplication.made:
+            self.check(application)
+
     def check(self, application):
         self.assertEqual(application.breaches, [])
 
@@ -71,6 +86,18 @@ class Births(Sparkplug):
                 self.assertEqual(application.bd_seq, (first + 1) % 256)
             self.check(application)
 
+    def test_a_kill_right_after_the_connection_does_not_repeat_its_number(self):
+        with tempfile.TemporaryDirectory() as data:
+            numbers = []
+            for _ in range(3):
+                with Broker() as broker, HostApplication(broker.port) as application:
+                    with sparkplug_host(servers=[broker.port], data=data) as host:
+                        host.expected_status = -9
+                        application.wait_for(lambda: application.bd_seq is not None, "the birth")
+                        host.process.kill()
+                    numbers.append(application.bd_seq)
+            self.assertEqual(numbers, [0, 1, 2])
+
     def test_a_rebirth_on_request_and_one_a_second_in_a_flood(self):
         with Broker() as broker, HostApplication(broker.port) as application:
             with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
@@ -101,6 +128,29 @@ class Births(Sparkplug):
                 application.wait_for(lambda: "Outputs/zMax" not in application.types, "the empty map")
             self.check(application)
 
+    def test_the_fingerprint_of_the_map_is_a_metric(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                before = rest.get(NODE + "/plc").json["fingerprint"]
+                self.assertEqual(application.value("State/Fingerprint"), before)
+                rest.post(NODE + "/outputs/commands/remove", {"outputId": "zMin"})
+                application.wait_for(lambda: application.value("State/Fingerprint") not in (None, before), "another one")
+                self.assertEqual(application.value("State/Fingerprint"), rest.get(NODE + "/plc").json["fingerprint"])
+            self.check(application)
+
+    def test_changes_of_the_map_have_a_preview(self):
+        with sparkplug_host(servers=[free_port()]) as host, RestClient(host.http_port) as rest:
+            before = rest.get(NODE + "/outputs").json
+            steps = [{"command": "remove", "arguments": {"outputId": "zMin"}},
+                     {"command": "add", "arguments": {"outputId": "deepest", "source": "profile/zMin"}}]
+            shown = rest.post(NODE + "/outputs/preview", steps)
+            self.assertEqual(shown.status, 200, shown.text)
+            self.assertEqual(rest.get(NODE + "/outputs").json, before)
+            for step in steps:
+                self.assertEqual(rest.post(f"{NODE}/outputs/commands/{step['command']}", step["arguments"]).status // 100, 2)
+            self.assertEqual(rest.get(NODE + "/plc").json["fingerprint"], shown.json["fingerprint"])
+
 
 class Data(Sparkplug):
     def test_values_come_by_exception_with_the_time_of_the_scan(self):
@@ -130,29 +180,6 @@ class Data(Sparkplug):
                 self.wait_for_birth(application, 2)
                 self.assertEqual(application.value("Outputs/zMax"), 25)
                 self.assertLessEqual(len(application.of_kind("DDATA")) - before, 1)
-    def test_the_fingerprint_of_the_map_is_a_metric(self):
-        with Broker() as broker, HostApplication(broker.port) as application:
-            with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
-                self.wait_for_birth(application)
-                before = rest.get(NODE + "/plc").json["fingerprint"]
-                self.assertEqual(application.value("State/Fingerprint"), before)
-                rest.post(NODE + "/outputs/commands/remove", {"outputId": "zMin"})
-                application.wait_for(lambda: application.value("State/Fingerprint") not in (None, before), "another one")
-                self.assertEqual(application.value("State/Fingerprint"), rest.get(NODE + "/plc").json["fingerprint"])
-            self.check(application)
-
-    def test_changes_of_the_map_have_a_preview(self):
-        with sparkplug_host(servers=[free_port()]) as host, RestClient(host.http_port) as rest:
-            before = rest.get(NODE + "/outputs").json
-            steps = [{"command": "remove", "arguments": {"outputId": "zMin"}},
-                     {"command": "add", "arguments": {"outputId": "deepest", "source": "profile/zMin"}}]
-            shown = rest.post(NODE + "/outputs/preview", steps)
-            self.assertEqual(shown.status, 200, shown.text)
-            self.assertEqual(rest.get(NODE + "/outputs").json, before)
-            for step in steps:
-                self.assertEqual(rest.post(f"{NODE}/outputs/commands/{step['command']}", step["arguments"]).status // 100, 2)
-            self.assertEqual(rest.get(NODE + "/plc").json["fingerprint"], shown.json["fingerprint"])
-
             self.check(application)
 
     def test_dead_band_and_period_hold_values_back(self):
@@ -399,6 +426,76 @@ class Parameters(Sparkplug):
                 self.assertEqual(rest.put(NODE, {"parameters": {"nodeId": "line 2"}}).status, 200)
                 self.wait_for_birth(application, 2)
             self.check(application)
+
+
+VALUE_FIELDS = ("intValue", "longValue", "floatValue", "doubleValue", "booleanValue", "stringValue")
+TYPE_NAMES = {3: "Int32", 4: "Int64", 8: "UInt64", 10: "Double", 11: "Boolean", 12: "String"}
+
+
+def decode_with_npm(messages):
+    """The messages as the package sparkplug-payload decodes them."""
+    lines = "".join(message.data.hex() + "\n" for message in messages)
+    done = subprocess.run(["node", "decode.js"], cwd=packages("Tests/Node/sparkplug-payload"), input=lines, text=True,
+                          capture_output=True, timeout=PATIENCE, check=False)
+    if done.returncode:
+        raise AssertionError(done.stderr)
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
+class ForeignDecoder(Sparkplug):
+    """A decoder that others have written reads in each message what ours reads."""
+
+    def messages(self):
+        """Births, data with and without values, results of commands, historical data and deaths."""
+        scene = tempfile.NamedTemporaryFile(suffix=".pcd")
+        self.addCleanup(scene.close)
+        write_pcd(scene.name, small_scene())
+        with Broker() as broker, HostApplication(broker.port) as application, contextlib.ExitStack() as later:
+            with sparkplug_host("--rate", 50, "--replay", scene.name, servers=[broker.port]) as host:
+                self.wait_for_birth(application)
+                application.device_command({"Command/Request Id": 4294967295, "Command/Start": True})
+                application.wait_for(lambda: application.value("Result/Status") == 2, "the scan")
+                application.wait_for(lambda: len(application.of_kind("DDATA")) > 60, "data")
+                broker.stop(kill=True)
+                with RestClient(host.http_port) as rest:
+                    wait_until(lambda: metrics(rest)["unsentSamples"] > 5, "samples in the store")
+                host.process.send_signal(signal.SIGSTOP)  # the application comes first
+                broker.start()
+                second = later.enter_context(HostApplication(broker.port))
+                host.process.send_signal(signal.SIGCONT)
+                second.wait_for(lambda: second.history, "historical data")
+            second.wait_for(lambda: second.of_kind("NDEATH"), "the death")
+            self.check(second)
+            return application.messages + second.messages
+
+    def compare(self, ours, theirs):
+        self.assertEqual(theirs["payload"].get("timestamp"), ours.payload.get("timestamp"))
+        self.assertEqual(theirs["payload"].get("seq"), ours.seq)
+        fields = theirs["fields"].get("metrics", [])
+        self.assertEqual(len(fields), len(ours.metrics))
+        for metric, field, given in zip(ours.metrics, fields, theirs["payload"].get("metrics", [])):
+            values = [field[name] for name in VALUE_FIELDS if name in field]
+            self.assertEqual(values, [] if metric["null"] else [metric["value"]], (metric, field))
+            for our_name, their_name in (("name", "name"), ("alias", "alias"), ("timestamp", "timestamp")):
+                self.assertEqual(given.get(their_name), metric.get(our_name), (metric, given))
+            self.assertEqual(bool(given.get("isHistorical")), metric["historical"])
+            quality = metric.get("properties", {}).get("Quality")
+            self.assertEqual(given.get("properties", {}).get("Quality"),
+                             None if quality is None else {"value": quality[3], "type": "Int32"})
+            if "type" in metric:
+                self.assertEqual(given["type"], TYPE_NAMES[metric["type"]])
+                self.assertEqual(given["value"], metric["value"], (metric, given))
+
+    def test_it_reads_what_ours_reads(self):
+        messages = self.messages()
+        self.assertEqual({message.kind for message in messages}, {"NBIRTH", "DBIRTH", "DDATA", "DDEATH", "NDEATH"})
+        for ours, theirs in zip(messages, decode_with_npm(messages), strict=True):
+            self.compare(ours, theirs)
+        all_metrics = [metric for message in messages for metric in message.metrics]
+        self.assertEqual({metric["type"] for metric in all_metrics if "type" in metric}, {4, 8, 10, 11, 12})
+        self.assertTrue(any(metric["historical"] for metric in all_metrics))
+        self.assertTrue(any(metric["null"] for metric in all_metrics if "type" not in metric))
+        self.assertIn(4294967295, [metric["value"] for metric in all_metrics])
 
 
 class Page(unittest.TestCase):
