@@ -2,9 +2,11 @@
 
 import contextlib
 import json
+import pathlib
 import re
 import signal
 import socket
+import ssl
 import subprocess
 import tempfile
 import threading
@@ -16,7 +18,7 @@ from node import packages
 from pages import ROOT, expect, section, session
 from range_image import write_pcd
 from rest import RestClient
-from sparkplug import (NODE, Broker, HostApplication, encode, free_port, make_authority, make_certificate,
+from sparkplug import (NODE, Broker, HostApplication, MqttClient, encode, free_port, make_authority, make_certificate,
                        metrics, sparkplug_host)
 from test_replay import small_scene
 
@@ -394,6 +396,43 @@ class Servers(Sparkplug):
                 expect(broker, "Sparkplug MQTT has no session", useTls="false")
             with tls_broker("elsewhere") as broker:
                 expect(broker, "Sparkplug MQTT has no session")
+
+    def test_with_the_servers_settings_of_the_page_a_sensor_speaks_for_itself_only(self):
+        blocks = re.findall(r"^```\n(.*?)^```", section("docs/fleet.md", "A certificate for each sensor"), re.M | re.S)
+        with tempfile.TemporaryDirectory() as folder:
+            make_authority(folder, "authority")
+            make_certificate(folder, "authority", "server", "IP:127.0.0.1,DNS:localhost")
+            for name in ("s001", "plant"):
+                make_certificate(folder, "authority", name, "DNS:" + name)
+            (pathlib.Path(folder) / "plant.acl").write_text(blocks[1])
+            settings = [re.sub(r"\b(\w+\.(?:pem|key|acl))$", folder + r"/\1", line) for line in blocks[0].splitlines()[1:]]
+            context = ssl.create_default_context(cafile=folder + "/authority.pem")
+            context.load_cert_chain(folder + "/plant.pem", folder + "/plant.key")
+            own = {"useTls": "true", "authorityFile": folder + "/authority.pem", "groupId": "line7", "nodeId": "s001",
+                   "certificateFile": folder + "/s001.pem", "keyFile": folder + "/s001.key", "primaryHostId": "plant"}
+            with Broker(*settings) as broker, HostApplication(broker.port, "plant", context) as application:
+                with sparkplug_host(servers=[broker.port], **own) as host, RestClient(host.http_port) as rest:
+                    self.wait_for_birth(application)
+                    application.device_command({"Command/Start": True}, "line7/DCMD/s001/sensor")
+                    application.wait_for(lambda: application.value("State/Run State") == "running", "the scan")
+                    for name in ("s002", "s001"):
+                        births = metrics(rest)["births"]
+                        self.assertEqual(rest.put(NODE, {"parameters": {"nodeId": name}}).status, 200)
+                        wait_until(lambda: metrics(rest)["births"] > births, "births under the name " + name)
+                    self.wait_for_birth(application, 2)
+                self.assertFalse([topic for topic in application.topics if "s002" in topic])
+                self.assert_cannot_command(broker, folder, application)
+
+    def assert_cannot_command(self, broker, folder, application):
+        """A command that the sensor itself publishes does not arrive; one of the plant behind it does."""
+        context = ssl.create_default_context(cafile=folder + "/authority.pem")
+        context.load_cert_chain(folder + "/s001.pem", folder + "/s001.key")
+        intruder = MqttClient(broker.port, "intruder", lambda *_: None, context=context)
+        intruder.publish("spBv1.0/line7/NCMD/s003", b"intruder", retain=True)  # the answer says nothing about the right
+        intruder.close()
+        application.command("spBv1.0/line7/NCMD/s003", b"plant")
+        application.wait_for(lambda: b"plant" in application.commands, "the plant's command")
+        self.assertEqual(application.commands.count(b"intruder"), 0)
 
     def test_two_nodes_with_one_name_are_told_and_do_not_fight(self):
         with Broker() as broker:
