@@ -46,6 +46,10 @@ char const* ReasonOf(int code)
 
 std::string TextOf(int status)
 {
+    if (status == MOSQ_ERR_KEEPALIVE) // for which the library has no text
+    {
+        return "the server does not answer";
+    }
     return status == MOSQ_ERR_ERRNO ? std::strerror(errno) : mosquitto_strerror(status);
 }
 

@@ -2,6 +2,7 @@
 
 import contextlib
 import json
+import os
 import pathlib
 import re
 import signal
@@ -30,7 +31,7 @@ def problems(rest):
 
 
 def wait_for_problem(rest, text):
-    wait_until(lambda: any(text in problem for problem in problems(rest)), text)
+    wait_until(lambda: any(text in problem for problem in problems(rest)), f"{text} among {problems(rest)}")
 
 
 class Sparkplug(unittest.TestCase):
@@ -433,6 +434,55 @@ class Servers(Sparkplug):
         application.command("spBv1.0/line7/NCMD/s003", b"plant")
         application.wait_for(lambda: b"plant" in application.commands, "the plant's command")
         self.assertEqual(application.commands.count(b"intruder"), 0)
+
+    def test_a_server_that_says_nothing_or_takes_no_connection_is_named(self):
+        """What the server answers to the request for a connection, and the sentence that it leads to."""
+        cases = [(b"", "the server does not answer"),
+                 (b"\x20\x02\x00\x01", "the server does not speak MQTT 3.1.1"),
+                 (b"\x20\x02\x00\x02", "the server refuses the client's name"),
+                 (b"\x20\x02\x00\x03", "the server is not available")]
+        answers = [b""]
+
+        def serve(server, kept):
+            while True:
+                try:
+                    client = kept.enter_context(server.accept()[0])
+                except OSError:
+                    return
+                client.recv(4096)
+                client.sendall(answers[-1])
+
+        with socket.create_server(("127.0.0.1", 0)) as server, contextlib.ExitStack() as kept:
+            thread = threading.Thread(target=serve, args=(server, kept))
+            thread.start()
+            try:
+                with sparkplug_host(servers=[server.getsockname()[1]]) as host, RestClient(host.http_port) as rest:
+                    for answer, sentence in cases:
+                        answers.append(answer)
+                        wait_for_problem(rest, sentence)
+            finally:
+                server.shutdown(socket.SHUT_RDWR)
+                thread.join()
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
+    def test_a_full_disk_under_the_store_is_a_problem_until_there_is_room(self):
+        with tempfile.TemporaryDirectory() as disk:
+            if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "tmpfs", disk], check=False).returncode:
+                self.skipTest("this root can make no small disk")
+            try:
+                filler = pathlib.Path(disk) / "filler"
+                with sparkplug_host("--start", "--rate", 50, servers=[free_port()], storeFolder=disk) as host:
+                    with RestClient(host.http_port) as rest:
+                        wait_until(lambda: metrics(rest)["unsentSamples"] > 0, "a store in use")
+                        filler.write_bytes(bytes(1 << 10))
+                        with contextlib.suppress(OSError), filler.open("ab", buffering=0) as file:
+                            while file.write(bytes(4096)):
+                                pass
+                        wait_for_problem(rest, "The store of Sparkplug MQTT fails: " + disk)
+                        filler.unlink()
+                        wait_until(lambda: not any("The store" in text for text in problems(rest)), "room again")
+            finally:
+                subprocess.run(["umount", disk], check=True)
 
     def test_two_nodes_with_one_name_are_told_and_do_not_fight(self):
         with Broker() as broker:
