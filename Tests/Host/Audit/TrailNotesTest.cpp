@@ -111,7 +111,7 @@ TEST(TrailNotesOfOperations, NameProtocolCommandAndResult)
     EXPECT_EQ(LineOf(OfOperation({"", "alignment", "scanner-0", -976})),
               "unknown protocol |  | alignment scanner-0 |  |  | refused: another operation was in progress");
     EXPECT_EQ(LineOf(OfOperation({"ModbusTcp", "software trigger", "", 1})), "none");
-    EXPECT_EQ(LineOf(OfOperation({"", "scan start", "", 1, true})), "none");
+    EXPECT_EQ(LineOf(OfOperation({"", "scan start", "", 1, {}, true})), "none");
     EXPECT_TRUE(OfOperation({"ModbusTcp", "scan start", "", 1})->comesInBursts);
 }
 
