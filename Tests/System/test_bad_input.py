@@ -25,7 +25,8 @@ class Network(unittest.TestCase):
 
     def test_exception_codes(self):
         with Host() as host, ModbusClient(host.modbus_port) as client:
-            for pdu, code in ((b"\x01\x00\x00\x00\x01", 1),  # coils
+            for pdu, code in ((b"\x07", 1),  # read exception status
+                              (struct.pack(">BHH", 1, 16, 1), 2),
                               (struct.pack(">BHH", 3, 9999, 2), 2),
                               (struct.pack(">BHH", 3, 10000, 1), 2),
                               (struct.pack(">BHH", 3, 0, 126), 3),

@@ -14,7 +14,7 @@ export interface Destination {
     type: string | null;
     registerAssembly: string | null;
     topic: string | null;
-    delivered: Delivered | null;
+    delivered?: Delivered | null;
 }
 
 export interface DataSource {
@@ -72,4 +72,16 @@ export interface SensorState {
         serial: { index: number; enabled: boolean; bytes: number; last: string }[];
     };
     inputs: { index: number; enabled: boolean; high: boolean }[];
+}
+
+/// What a service was handed last for an output; the newest value where the host does not tell.
+export function deliveredOf(source: DataSource | undefined, outputId: number | string, service?: string): { value: number | null; decision: number | null } | undefined {
+    const place = source?.destinations.find((one) => one.outputId === outputId && (service === undefined || one.protocol === service));
+    if (source === undefined || place === undefined) {
+        return undefined;
+    }
+    if (place.delivered !== undefined) {
+        return place.delivered ?? undefined;
+    }
+    return place.enabled && source.value !== undefined ? { value: source.value, decision: source.decision ?? null } : undefined;
 }

@@ -157,6 +157,7 @@ TEST(PluginClinic, TellsWhatASoundPluginOffers)
                             "allowedClients, writers, readOnly, security, certificateFile, keyFile, authorityFile, "
                             "revocationFile, roles, queueDepth\n"
                             "    register assemblies: registerAssembly-0\n"
+                            "    commands: orderTest\n"
                             "    metrics: controlDrops, listening, clients, acceptedClients, rejectedClients, "
                             "deniedClients, failedHandshakes, droppedClients, requests, deniedRequests, "
                             "exceptions, bytesIn, bytesOut, resultSets, commands, registersWritten, queuedResults, "

@@ -7,6 +7,7 @@ import type { DataSource, DataSources } from "../../client/sensor";
 import { Card, Light, Missing } from "../../parts/basics";
 import { Chart } from "../../parts/Chart";
 import { numberText } from "../../parts/format";
+import { LimitsCard } from "./LimitsCard";
 import { HeightMap, type Image } from "./RangeImage";
 import { Trend } from "./Trend";
 
@@ -65,6 +66,7 @@ export function Live() {
                 </Card>
             </div>
             <Measurements isFrozen={isFrozen} />
+            <LimitsCard />
             {isFrozen && profile !== null && <FrameTable profile={profile} />}
         </div>
     );

@@ -7,6 +7,7 @@ const REMEDIES: [RegExp, string][] = [
     [/failed to stop/, "Restart the host, and send the log to the author of the service."],
     [/refused new parameters/, "Mend the cause that the text names, then set the parameters again."],
     [/Control drops detected/, "Use fewer or faster clients, or a lower rate. The problem disappears at the next start of the scan."],
+    [/Sparkplug MQTT has no session/, "Check the address of the MQTT server, and whether it runs. The service connects by itself."],
     [/trail cannot be written/, "Make room on the disk or mend the rights of the file. The host writes the waiting entries by itself."],
     [/cannot be saved/, "Make room on the disk. The host tries again until a save succeeds."],
     [/cannot be loaded/, "Load another job, or upload a good one. The job that was loaded stays loaded."],

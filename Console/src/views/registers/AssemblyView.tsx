@@ -1,7 +1,7 @@
 import { useEffect, useId, useState } from "preact/hooks";
 import { useObservable } from "../../client/observable";
 import { route, setQuery } from "../../client/route";
-import type { DataSource } from "../../client/sensor";
+import { type DataSource, deliveredOf } from "../../client/sensor";
 import { mayActAs } from "../../client/rest";
 import { Card } from "../../parts/basics";
 import { numberText } from "../../parts/format";
@@ -169,8 +169,8 @@ function BlockTable({ assembly, isLittleEndian, sources, selected, isOld }: Prop
 
 /// What the service was handed last, with its unit.
 function valueText(block: Block, source: DataSource | undefined): string {
-    const delivered = source?.destinations.find((one) => one.outputId === block.outputId)?.delivered;
-    if (source === undefined || delivered === undefined || delivered === null || source.type !== "Measurement") {
+    const delivered = deliveredOf(source, block.outputId);
+    if (source === undefined || delivered === undefined || source.type !== "Measurement") {
         return "";
     }
     if (block.type === "Decision") {

@@ -1,7 +1,7 @@
 import { useId, useState } from "preact/hooks";
 import { mayActAs } from "../../client/rest";
 import { useResource } from "../../client/resources";
-import type { DataSource } from "../../client/sensor";
+import { type DataSource, deliveredOf } from "../../client/sensor";
 import { Card, Missing } from "../../parts/basics";
 import { numberText } from "../../parts/format";
 import { type Command, Consequence } from "./Consequence";
@@ -66,8 +66,7 @@ type Want = (wanted: { title: string; command: Command }) => void;
 function Row({ id, sourceId, service, sources, want }: { id: Id; sourceId: string; service: string; sources: DataSource[]; want: Want }) {
     const [name, setName] = useState<string | null>(null);
     const source = sources.find((one) => one.id === sourceId);
-    const delivered = source?.destinations.find((one) => one.protocol === service && one.outputId === id)?.delivered;
-    const value = delivered?.value;
+    const value = deliveredOf(source, id, service)?.value;
     const field = useId();
     const rename = (event: Event) => {
         event.preventDefault();

@@ -1,5 +1,5 @@
 import type { Control } from "../services/controls";
-import type { DataSource } from "../../client/sensor";
+import { type DataSource, deliveredOf } from "../../client/sensor";
 
 export interface Block {
     outputId: number;
@@ -57,8 +57,8 @@ export function registerNumberOf(value: number | null | undefined): number {
 
 /// The registers of a block as a PLC reads them; undefined where the console does not know them.
 export function wordsOf(block: Block, source: DataSource | undefined, isLittleEndian: boolean): number[] | undefined {
-    const delivered = source?.destinations.find((one) => one.outputId === block.outputId)?.delivered;
-    if (delivered === undefined || delivered === null) {
+    const delivered = deliveredOf(source, block.outputId);
+    if (delivered === undefined) {
         return undefined;
     }
     const number = registerNumberOf(delivered.value);
