@@ -137,6 +137,10 @@ void Application::Stop()
     }
     certificateWatch.reset(); // before the server that it changes
     OrderlyStop::SetStep("ending the requests of REST clients");
+    if (liveResources.has_value())
+    {
+        liveResources->EndStreams();
+    }
     httpServer.Stop();
     ZU_GUARD_DESTRUCTOR([this] { tokens.Save(); }); // a failure loses only the last uses
     OrderlyStop::SetStep("saving the job");

@@ -13,8 +13,6 @@ namespace
 
 using Json = nlohmann::json;
 
-constexpr double USEC_A_SECOND = 1e6;
-
 } // namespace
 
 std::vector<DataSource> OfSensor()
@@ -47,14 +45,20 @@ Json ValueOf(double value)
     return value == Measurement::MISSING ? Json() : Json(value);
 }
 
+double AgeSec(Frame const& frame)
+{
+    constexpr double USEC_A_SECOND = 1e6;
+    uint64 const nowUsec = wTime_NowUsec();
+    uint64 const ageUsec = nowUsec > frame.stamp.stampTime ? nowUsec - frame.stamp.stampTime : 0;
+    return static_cast<double>(ageUsec) / USEC_A_SECOND;
+}
+
 Json NewestOf(DataSource const& source, SharedFrame const& frame)
 {
     Json newest{{"frame", nullptr}, {"ageSec", nullptr}};
     if (frame != nullptr)
     {
-        uint64 const nowUsec = wTime_NowUsec();
-        uint64 const ageUsec = nowUsec > frame->stamp.stampTime ? nowUsec - frame->stamp.stampTime : 0;
-        newest = {{"frame", frame->stamp.stampCounter}, {"ageSec", static_cast<double>(ageUsec) / USEC_A_SECOND}};
+        newest = {{"frame", frame->stamp.stampCounter}, {"ageSec", AgeSec(*frame)}};
     }
     if (!source.measurement.has_value())
     {

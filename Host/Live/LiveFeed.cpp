@@ -16,7 +16,6 @@ namespace
 {
 
 constexpr uint64 TICK_USEC = 10'000; // the period of the highest rate is a multiple of it
-constexpr double USEC_A_SECOND = 1e6;
 
 } // namespace
 
@@ -148,6 +147,7 @@ bool LiveFeed::Serve(Viewer& viewer, uint64 nowUsec)
     {
         viewer.sink->Send(std::move(message.bytes));
         viewer.sentUsec = nowUsec;
+        constexpr double USEC_A_SECOND = 1e6;
         auto const periodUsec = static_cast<uint64>(USEC_A_SECOND / viewer.view.rateHz);
         viewer.dueUsec = std::max(viewer.dueUsec + periodUsec, nowUsec); // what was missed is not made up for
     }

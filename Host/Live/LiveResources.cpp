@@ -11,7 +11,6 @@
 #include "ZuRest/RequestInfo.h"
 #include "ZuRest/ResourceRouter.h"
 #include "ZuRest/ResponseInfo.h"
-#include "wApi/wTime.h"
 
 #include <cmath>
 #include <utility>
@@ -22,7 +21,6 @@ namespace ZuHost
 namespace HttpStatus = ZuRest::HttpStatus;
 using Json = nlohmann::json;
 using LiveMessages::Columns;
-using LiveMessages::Kind;
 using Message = LiveFeed::Message;
 using ZuRest::Answer;
 
@@ -37,7 +35,6 @@ constexpr double USUAL_SOURCE_RATE_HZ = 10;
 constexpr uint64 USUAL_POINTS = 512;
 constexpr uint64 USUAL_ROWS = 100;
 constexpr uint64 USUAL_COLUMNS = 120;
-constexpr double USEC_A_SECOND = 1e6;
 
 bool Accepts(ZuRest::Request const& request, char const* type)
 {
@@ -53,13 +50,6 @@ Answer AnswerOf(ZuRest::Request const& request, char const* type, LiveFeed& feed
         answer.openBody = feed.Admit(std::move(view));
     }
     return answer;
-}
-
-Json AgeOf(Frame const& frame)
-{
-    uint64 const nowUsec = wTime_NowUsec();
-    uint64 const ageUsec = nowUsec > frame.stamp.stampTime ? nowUsec - frame.stamp.stampTime : 0;
-    return static_cast<double>(ageUsec) / USEC_A_SECOND;
 }
 
 /// What a client wants to see of a range image.
@@ -200,7 +190,7 @@ Json ProfileResource::Document(ZuRest::RequestInfo const& request, ZuRest::Respo
     }
     return {{"frame", frame->stamp.stampCounter},
             {"stamp", DataSources::StampOf(frame->stamp)},
-            {"ageSec", AgeOf(*frame)},
+            {"ageSec", DataSources::AgeSec(*frame)},
             {"x", std::move(x)},
             {"z", std::move(z)}};
 }
@@ -217,7 +207,7 @@ Answer ProfileResource::AnswerFeed(ZuRest::Request const& request, ZuRest::Reque
     LiveFeed::View view;
     view.rateHz = query.Take("rate", MIN_RATE_HZ, MAX_RATE_HZ, MAX_RATE_HZ);
     query.CheckAllTaken();
-    view.heartbeat = LiveMessages::Heartbeat(Kind::PROFILE);
+    view.heartbeat = LiveMessages::Heartbeat(LiveMessages::Kind::PROFILE);
     view.next = [this, points, seen = uint64{0}]() mutable -> Message {
         SharedFrame const frame = frames.Newest();
         if (frame == nullptr || std::exchange(seen, frame->sequence) == frame->sequence)
@@ -265,7 +255,7 @@ Answer RangeImageResource::AnswerFeed(ZuRest::Request const& request, ZuRest::Re
     LiveFeed::View view;
     view.rateHz = query.Take("rate", MIN_RATE_HZ, ProfileResource::MAX_RATE_HZ, ProfileResource::MAX_RATE_HZ);
     query.CheckAllTaken();
-    view.heartbeat = LiveMessages::Heartbeat(Kind::ROWS);
+    view.heartbeat = LiveMessages::Heartbeat(LiveMessages::Kind::ROWS);
     view.next = [this, order, columns = Columns(sensor.Line(), order.columns), seen = uint64{0}]() mutable -> Message {
         std::vector<SharedFrame> const fresh = sensor.Frames().After(seen, order.rows);
         if (fresh.empty())
@@ -288,6 +278,11 @@ LiveResources::LiveResources(ZuRest::ResourceRouter& usedRouter, Sensor const& s
     router.Register(SOURCES_ROUTE, dataSources);
     router.Register("/profile", profile);
     router.Register("/rangeimage", rangeImage);
+}
+
+void LiveResources::EndStreams()
+{
+    feed.Stop();
 }
 
 LiveResources::~LiveResources()

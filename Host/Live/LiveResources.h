@@ -91,6 +91,9 @@ public:
     LiveResources(ZuRest::ResourceRouter& usedRouter, Sensor const& sensor, SourceDestinations const& destinations);
     ~LiveResources(); ///< ends the streams and removes its routes
 
+    /// Ends all streams. Call it before the server stops: a body of a stream must not outlive the server's threads.
+    void EndStreams();
+
     LiveResources(LiveResources const&) = delete;
     LiveResources& operator=(LiveResources const&) = delete;
 

@@ -16,7 +16,6 @@ namespace ZuHost
 {
 
 using Json = nlohmann::json;
-using Kind = ZuControl::ControlProtocol::Layout::Kind;
 
 SourceDestinations::SourceDestinations(SensorModule& usedModule) : module(usedModule)
 {
@@ -41,6 +40,7 @@ void SourceDestinations::AddProtocol(std::string const& typeName, Found& found) 
     {
         return;
     }
+    using Kind = ZuControl::ControlProtocol::Layout::Kind;
     bool const isEnabled = module.Controls().GetInstance(typeName).IsEnabled();
     Json const metrics = DocumentAt(ZuRest::Path::Format("/controls/:protocol/metrics", {typeName}));
     Json const topic = metrics.is_object() ? metrics.value("dataTopic", Json()) : Json();

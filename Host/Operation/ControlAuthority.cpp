@@ -5,13 +5,6 @@
 namespace ZuHost
 {
 
-namespace
-{
-
-constexpr uint64 USEC_PER_SECOND = 1'000'000;
-
-} // namespace
-
 ControlAuthority::ControlAuthority() = default;
 
 ControlAuthority::~ControlAuthority() = default;
@@ -45,6 +38,7 @@ ControlAuthority::State ControlAuthority::At(uint64 nowUsec) const
     state.settings = settings;
     state.lastProtocol = lastProtocol;
     state.agoUsec = nowUsec > lastUsec ? nowUsec - lastUsec : 0;
+    constexpr uint64 USEC_PER_SECOND = 1'000'000;
     uint64 const idleUsec = USEC_PER_SECOND * settings.idleSeconds;
     if (settings.rest == RestAuthority::WHEN_IDLE && !lastProtocol.empty() && state.agoUsec < idleUsec)
     {

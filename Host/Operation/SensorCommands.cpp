@@ -15,8 +15,6 @@
 namespace ZuHost
 {
 
-using Operation = OperationLog::Operation;
-using Result = OperationLog::Result;
 using ZuControl::HOST_PROTOCOL;
 
 namespace
@@ -24,14 +22,14 @@ namespace
 
 constexpr std::string_view TRIGGER = "software trigger";
 
-Result ResultOf(ZuControl::ControlOperationEnd const& end)
+OperationLog::Result OutcomeOf(ZuControl::ControlOperationEnd const& end)
 {
-    return end.status == Zu::Status::SUCCESS ? Result::DONE : Result::FAILED;
+    return end.status == Zu::Status::SUCCESS ? OperationLog::Result::DONE : OperationLog::Result::FAILED;
 }
 
 bool HasFailed(ZuControl::ControlOperationEnd const& end)
 {
-    return ResultOf(end) == Result::FAILED;
+    return OutcomeOf(end) == OperationLog::Result::FAILED;
 }
 
 } // namespace
@@ -59,9 +57,10 @@ SensorCommands::~SensorCommands()
     ends.End();
 }
 
-Operation SensorCommands::Run(Command const& command, std::string const& argument, ZuRest::Caller const* caller)
+OperationLog::Operation SensorCommands::Run(Command const& command, std::string const& argument,
+                                            ZuRest::Caller const* caller)
 {
-    Operation operation;
+    OperationLog::Operation operation;
     operation.what = command.what;
     operation.argument = command.argument == Argument::SCANNER ? CheckedScanner(argument) : argument;
     operation.who = caller == nullptr ? "unknown" : caller->name;
@@ -177,7 +176,7 @@ void SensorCommands::TakeEnd(ZuControl::ControlOperationEnd const& end)
         TakeEndOfProtocol(end);
         return;
     }
-    auto const operation = log.EndOldest(ResultOf(end), end.cause, end.reason, wTime_NowUsec());
+    auto const operation = log.EndOldest(OutcomeOf(end), end.cause, end.reason, wTime_NowUsec());
     if (!operation.has_value())
     {
         return;
@@ -198,13 +197,13 @@ void SensorCommands::TakeEndOfProtocol(ZuControl::ControlOperationEnd const& end
     {
         return; // a protocol may send many a second, which would push out all others
     }
-    Operation operation;
+    OperationLog::Operation operation;
     operation.what = end.name;
     operation.argument = end.argument;
     operation.who = end.typeName;
     operation.beginUsec = end.sinceUsec;
     operation.endUsec = wTime_NowUsec();
-    operation.result = ResultOf(end);
+    operation.result = OutcomeOf(end);
     operation.status = end.cause;
     operation.text = end.reason;
     changed.Fire(log.Add(std::move(operation)));

@@ -43,7 +43,7 @@ constexpr char const* AUTHORITY_ROUTE = "/sensor/authority";
 constexpr char const* LIMITS_ROUTE = "/sensor/limits";
 constexpr char const* OPERATION_ROUTE = "/operations/:number";
 
-double Seconds(uint64 usec)
+double SecondsIn(uint64 usec)
 {
     constexpr double USEC_A_SECOND = 1e6;
     return static_cast<double>(usec) / USEC_A_SECOND;
@@ -55,7 +55,7 @@ uint64 UsecSince(uint64 usec)
     return now > usec ? now - usec : 0;
 }
 
-char const* NameOf(ZuCore::RunState state)
+char const* TextFor(ZuCore::RunState state)
 {
     switch (state)
     {
@@ -68,7 +68,7 @@ char const* NameOf(ZuCore::RunState state)
     }
 }
 
-char const* NameOf(ZuScan::AlignState state)
+char const* TextFor(ZuScan::AlignState state)
 {
     switch (state)
     {
@@ -81,7 +81,7 @@ char const* NameOf(ZuScan::AlignState state)
     }
 }
 
-char const* NameOf(RestAuthority rest)
+char const* TextFor(RestAuthority rest)
 {
     switch (rest)
     {
@@ -94,7 +94,7 @@ char const* NameOf(RestAuthority rest)
     }
 }
 
-char const* NameOf(OperationLog::Result result)
+char const* TextFor(OperationLog::Result result)
 {
     switch (result)
     {
@@ -116,22 +116,22 @@ std::string HolderOf(ControlAuthority::State const& state)
     return state.mayCommand ? "everybody" : state.lastProtocol;
 }
 
-Json JsonOf(ControlAuthority::State const& state)
+Json AuthorityJson(ControlAuthority::State const& state)
 {
     bool const isNever = state.settings.rest == RestAuthority::NEVER;
     Json lastCommand;
     if (!state.lastProtocol.empty())
     {
-        lastCommand = {{"protocol", state.lastProtocol}, {"secondsAgo", Seconds(state.agoUsec)}};
+        lastCommand = {{"protocol", state.lastProtocol}, {"secondsAgo", SecondsIn(state.agoUsec)}};
     }
-    return {{"rest", NameOf(state.settings.rest)},
+    return {{"rest", TextFor(state.settings.rest)},
             {"holder", HolderOf(state)},
             {"mayCommand", state.mayCommand},
-            {"waitSeconds", isNever ? Json() : Json(Seconds(state.waitUsec))},
+            {"waitSeconds", isNever ? Json() : Json(SecondsIn(state.waitUsec))},
             {"lastCommand", std::move(lastCommand)}};
 }
 
-Json JsonOf(std::vector<SensorFigures::Digital> const& channels)
+Json ChannelsJson(std::vector<SensorFigures::Digital> const& channels)
 {
     Json list = Json::array();
     for (auto const& channel : channels)
@@ -155,7 +155,9 @@ Json OutputsOf(SensorFigures const& figures)
         serial.push_back(
             {{"index", serial.size()}, {"enabled", output.isEnabled}, {"bytes", output.bytes}, {"last", output.last}});
     }
-    return {{"digital", JsonOf(figures.digitalOutputs)}, {"analog", std::move(analog)}, {"serial", std::move(serial)}};
+    return {{"digital", ChannelsJson(figures.digitalOutputs)},
+            {"analog", std::move(analog)},
+            {"serial", std::move(serial)}};
 }
 
 /// The results that the clients of a protocol have lost; null if its record does not tell.
@@ -260,7 +262,7 @@ Json SensorResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::Re
     response.Link("zu:controlAuthority", AUTHORITY_ROUTE, false, nullptr);
     response.Link("zu:limits", LIMITS_ROUTE, false, nullptr);
     response.Link("zu:operations", "/operations", false, nullptr);
-    return {{"state", NameOf(figures.state)},
+    return {{"state", TextFor(figures.state)},
             {"job", jobs.LoadedJob()},
             {"scanner", scanner},
             {"alignment", Alignment(scanner)},
@@ -272,9 +274,9 @@ Json SensorResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::Re
               {"missed", figures.missed}}},
             {"results", Results(figures.droppedSets)},
             {"operation", OperationInFlight()},
-            {"authority", JsonOf(commands.Authority())},
+            {"authority", AuthorityJson(commands.Authority())},
             {"outputs", OutputsOf(figures)},
-            {"inputs", JsonOf(figures.digitalInputs)}};
+            {"inputs", ChannelsJson(figures.digitalInputs)}};
 }
 
 Json SensorResource::Alignment(std::string const& scanner) const
@@ -284,7 +286,7 @@ Json SensorResource::Alignment(std::string const& scanner) const
         auto const& instance = module.ScanEngines().GetInstance(engine);
         if (!instance.ListScanners().empty())
         {
-            return NameOf(instance.FindScanner(scanner).Scanner().GetAlignState());
+            return TextFor(instance.FindScanner(scanner).Scanner().GetAlignState());
         }
     }
     return {};
@@ -313,7 +315,7 @@ Json SensorResource::OperationInFlight() const
     }
     return {{"what", operation.name},
             {"protocol", operation.isOfHost ? Json() : Json(operation.typeName)},
-            {"seconds", Seconds(UsecSince(operation.sinceUsec))}};
+            {"seconds", SecondsIn(UsecSince(operation.sinceUsec))}};
 }
 
 SensorCommandResource::SensorCommandResource(SensorCommands& usedCommands) : commands(usedCommands)
@@ -404,8 +406,8 @@ Json OperationsResource::DocumentOf(OperationLog::Operation const& operation)
             {"who", operation.who},
             {"from", operation.from},
             {"since", operation.since},
-            {"seconds", Seconds(usec)},
-            {"result", NameOf(operation.result)},
+            {"seconds", SecondsIn(usec)},
+            {"result", TextFor(operation.result)},
             {"status", isRunning ? Json() : Json(isDone ? Zu::Status::SUCCESS : operation.status)},
             {"text", operation.text}};
 }

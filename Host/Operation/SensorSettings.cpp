@@ -24,13 +24,13 @@ constexpr char const* AUTHORITY_PATH = "/sensor/authority.json";
 // The same form as the documents of the services, so that a load of the job reports it in the same way.
 constexpr char const* SETTINGS = "zu:control";
 constexpr char const* PARAMETERS = "parameters";
-constexpr char const* VERSION = "1";
+constexpr char const* DOCUMENT_VERSION = "1";
 
 /// The parameters in a stored document. Throws if it has another form.
 Json ParametersIn(std::string const& text)
 {
     Json const document = Json::parse(text);
-    if (document.at("version") != VERSION)
+    if (document.at("version") != DOCUMENT_VERSION)
     {
         ZU_THROW(Zu::Status::UNSUPPORTED_VERSION, "The document has another version");
     }
@@ -39,7 +39,7 @@ Json ParametersIn(std::string const& text)
 
 void WriteTo(ZuCommon::IPersistStore& store, char const* path, Json const& parameters)
 {
-    std::string const text = Json{{"version", VERSION}, {SETTINGS, {{PARAMETERS, parameters}}}}.dump();
+    std::string const text = Json{{"version", DOCUMENT_VERSION}, {SETTINGS, {{PARAMETERS, parameters}}}}.dump();
     store.Write(path, text.data(), text.size());
 }
 

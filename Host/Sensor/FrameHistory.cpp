@@ -10,7 +10,6 @@ namespace
 {
 
 constexpr uint64 RATE_SPAN_USEC = 1'000'000;
-constexpr double USEC_A_SECOND = 1e6;
 
 } // namespace
 
@@ -63,6 +62,7 @@ double FrameHistory::RateHz(uint64 nowUsec) const
     {
         return 0;
     }
+    constexpr double USEC_A_SECOND = 1e6;
     uint64 const lastUsec = PlaceOf(newest)->stamp.stampTime;
     std::size_t steps = 0;
     uint64 firstUsec = lastUsec;

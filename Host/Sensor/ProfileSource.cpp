@@ -33,7 +33,7 @@ Profile ProfileOf(std::span<RangeImage::Point const> row)
     return profile;
 }
 
-LineRange LineOf(std::vector<SharedProfile> const& rows)
+LineRange LineThrough(std::vector<SharedProfile> const& rows)
 {
     LineRange line{std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest()};
     for (SharedProfile const& row : rows)
@@ -55,7 +55,7 @@ Replay::Replay(RangeImage const& image)
     {
         rows.push_back(std::make_shared<Profile const>(ProfileOf(image.Row(row))));
     }
-    line = LineOf(rows);
+    line = LineThrough(rows);
 }
 
 SharedProfile Replay::ProfileAt(uint64 frame)

@@ -249,6 +249,14 @@ class Live(unittest.TestCase):
                     return stream.status == 200
             wait_until(is_free, "a place for a viewer")
 
+    def test_the_host_stops_at_once_beside_streams(self):
+        with Host("--start", modbus=False) as host, contextlib.ExitStack() as stack:
+            for _ in range(8):
+                self.assertEqual(stack.enter_context(ByteStream(host.http_port, "/rangeimage")).next()[0], b"ZURI")
+            begin = time.monotonic()
+            self.assertEqual(host.stop(), 0)
+            self.assertLess(time.monotonic() - begin, 20)  # a stop that hangs ends after 30 s
+
     def test_a_stream_tells_that_it_lives(self):
         with sensor(modbus=False) as (host, rest), ByteStream(host.http_port, "/profile") as stream:
             kind, _, rows, count, *_ = stream.next()  # the sensor does not scan
