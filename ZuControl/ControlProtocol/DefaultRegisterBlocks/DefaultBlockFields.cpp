@@ -48,7 +48,8 @@ template <typename... Blocks>
 std::vector<RegisterField> FieldsOfOneOf(ProtocolRegisterBlock const& block)
 {
     std::vector<RegisterField> fields;
-    ((fields = FieldsOfExact<Blocks>(block), !fields.empty()) || ...);
+    static_cast<void>(
+        ((fields = FieldsOfExact<Blocks>(block), !fields.empty()) || ...)); // the first that knows the class
     return fields;
 }
 
