@@ -211,7 +211,7 @@ Words Arranged(std::span<uint16 const> sent, MasterOrder order)
     }
     if (order.words == WordOrder::HALVES_SWAPPED)
     {
-        std::ranges::rotate(words, words.begin() + static_cast<std::ptrdiff_t>(words.size() / 2));
+        std::rotate(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(words.size() / 2), words.end());
     }
     for (std::size_t i = 0; order.words == WordOrder::PAIRS_SWAPPED && i + 1 < words.size(); i += 2)
     {

@@ -82,7 +82,8 @@ test("the values in the registers are those that a PLC reads", async () => {
         await page.getByRole("cell", { name: await hex(address), exact: true }).first().waitFor();
     }
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 1 } });
-    await page.getByRole("cell", { name: await hex(170), exact: true }).first().waitFor();
+    // Until the next frame, the registers have the marks of invalid values in the new order.
+    await until(async () => (await page.getByRole("cell", { name: await hex(170), exact: true }).count()) > 0, "the new order");
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 0 } });
     await closePage(page);
 });
