@@ -227,7 +227,8 @@ TEST_F(OrderedBlockTest, HasItsOrderInPlcFiles)
             SetOrder(300, name);
             auto const ordered = FieldsOf(*block);
             EXPECT_EQ(ordered.size(), fields.size()) << type;
-            EXPECT_TRUE(std::ranges::all_of(ordered, [order](auto const& one) { return one.order == order; })) << type;
+            EXPECT_TRUE(std::ranges::all_of(ordered, [wanted = order](auto const& one) { return one.order == wanted; }))
+                << type;
         }
     }
 }
