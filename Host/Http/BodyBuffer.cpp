@@ -23,7 +23,7 @@ std::string ChunkOf(std::string const& part)
 } // namespace
 
 BodyBuffer::BodyBuffer(bool newIsChunked, std::function<void()> newWake)
-    : isChunked(newIsChunked), wake(std::move(newWake))
+    : isChunked(newIsChunked), wake(std::make_shared<std::function<void()> const>(std::move(newWake)))
 {
 }
 
@@ -47,6 +47,7 @@ void BodyBuffer::Send(std::string part)
     {
         return; // an empty chunk would end the body
     }
+    Wake call;
     {
         Zu::MutexLock const guard(lock);
         if (hasEnded || isClosed)
@@ -54,16 +55,17 @@ void BodyBuffer::Send(std::string part)
             return;
         }
         waiting += isChunked ? ChunkOf(part) : part;
-        if (!MustWake())
-        {
-            return;
-        }
+        call = WakeOnce();
     }
-    wake();
+    if (call != nullptr)
+    {
+        (*call)();
+    }
 }
 
 void BodyBuffer::End()
 {
+    Wake call;
     {
         Zu::MutexLock const guard(lock);
         if (hasEnded || isClosed)
@@ -72,31 +74,39 @@ void BodyBuffer::End()
         }
         hasEnded = true;
         waiting += isChunked ? LAST_CHUNK : "";
-        if (!MustWake())
-        {
-            return;
-        }
+        call = WakeOnce();
     }
-    wake();
+    if (call != nullptr)
+    {
+        (*call)();
+    }
 }
 
 BodyBuffer::Piece BodyBuffer::Take()
 {
+    Wake unused; // is destroyed without the lock
     Zu::MutexLock const guard(lock);
     isAwake = false;
+    if (hasEnded)
+    {
+        unused = std::move(wake);
+    }
     return {std::exchange(waiting, {}), hasEnded};
 }
 
 void BodyBuffer::Close()
 {
+    Wake unused; // is destroyed without the lock
     Zu::MutexLock const guard(lock);
+    unused = std::move(wake);
     isClosed = true;
     waiting.clear();
 }
 
-bool BodyBuffer::MustWake()
+/// The function that the caller is to call without the lock; null if the connection is awake already.
+BodyBuffer::Wake BodyBuffer::WakeOnce()
 {
-    return !std::exchange(isAwake, true);
+    return std::exchange(isAwake, true) ? nullptr : wake;
 }
 
 } // namespace ZuHost

@@ -4,6 +4,7 @@
 #include "wApi/wMutex.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace ZuHost
@@ -39,16 +40,18 @@ public:
     /// Takes all that waits.
     Piece Take();
 
-    /// The client is gone.
+    /// The client is gone. Destroys the function that wakes: its connection may end before the maker does.
     void Close();
 
 private:
-    bool MustWake() ZU_REQUIRES(lock);
+    using Wake = std::shared_ptr<std::function<void()> const>;
+
+    Wake WakeOnce() ZU_REQUIRES(lock);
 
     bool const isChunked;
-    std::function<void()> const wake;
 
-    mutable Zu::Mutex lock; // a leaf: no other lock is taken under it
+    mutable Zu::Mutex lock;        // a leaf: no other lock is taken under it
+    Wake wake ZU_GUARDED_BY(lock); // null after the last piece was taken, and after `Close`
     std::string waiting ZU_GUARDED_BY(lock);
     bool hasEnded ZU_GUARDED_BY(lock) = false; // by the maker
     bool isClosed ZU_GUARDED_BY(lock) = false; // by the connection
