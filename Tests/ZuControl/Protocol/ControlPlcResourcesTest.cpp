@@ -56,6 +56,17 @@ protected:
         return processor.Process(request).answer;
     }
 
+    /// The lines but those of the timer of the metrics, which fails beside a test that takes long: the protocol has none.
+    std::vector<ZuTest::LogLine> LinesOfRequests()
+    {
+        std::vector<ZuTest::LogLine> lines = log.Lines();
+        std::erase_if(lines, [](ZuTest::LogLine const& line) {
+            return line.label.find("AsyncTimer") != std::string::npos ||
+                   line.label.find("UpdateMetrics") != std::string::npos;
+        });
+        return lines;
+    }
+
     Json Preview(Json const& body, std::string const& path = ASSEMBLY)
     {
         ZuRest::Answer const answer = Send("POST", path + "/preview", body.dump());
@@ -182,7 +193,7 @@ TEST_F(ControlPlcResourcesTest, ChangesNothingAndTellsNobody)
 
     EXPECT_EQ(Send("GET", ASSEMBLY).body, before);
     EXPECT_EQ(calls.All(), Calls{});
-    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{});
+    EXPECT_EQ(LinesOfRequests(), std::vector<ZuTest::LogLine>{});
 }
 
 TEST_F(ControlPlcResourcesTest, ForetellsTheFingerprint)
@@ -215,7 +226,7 @@ TEST_F(ControlPlcResourcesTest, RefusesExactlyAsTheCommand)
     for (auto const& [command, arguments] : refused)
     {
         Json answer = Preview({{"command", command}, {"arguments", arguments}});
-        EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}) << command;
+        EXPECT_EQ(LinesOfRequests(), std::vector<ZuTest::LogLine>{}) << command;
         ZuRest::Answer const real = Send("POST", std::string(ASSEMBLY) + "/commands/" + command, arguments.dump());
         log.Clear();
 
@@ -461,7 +472,7 @@ TEST_F(ControlPlcResourcesTest, PreviewsATextMapAndAnswersAnAddAllThatFailsInPar
         {"entry": 4, "code": -977, "text": "status -977"}])"));
     EXPECT_EQ(answer.at("moved"), Json::parse(R"([{"from": "old", "to": "new", "registers": 1, "source": "s1"}])"));
     EXPECT_EQ(answer.at("added").size(), 2u);
-    EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{});
+    EXPECT_EQ(LinesOfRequests(), std::vector<ZuTest::LogLine>{});
 }
 
 TEST_F(ControlPlcResourcesTest, RefusesCommandsOfAMapExactlyAsTheCommand)
@@ -482,7 +493,7 @@ TEST_F(ControlPlcResourcesTest, RefusesCommandsOfAMapExactlyAsTheCommand)
     for (auto const& [command, arguments] : refused)
     {
         Json const answer = Preview({{"command", command}, {"arguments", arguments}}, OUTPUTS);
-        EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{}) << command;
+        EXPECT_EQ(LinesOfRequests(), std::vector<ZuTest::LogLine>{}) << command;
         ZuRest::Answer const real = Send("POST", std::string(OUTPUTS) + "/commands/" + command, arguments.dump());
         log.Clear();
         EXPECT_GE(real.status, 400u);
