@@ -21,14 +21,6 @@ namespace
 
 constexpr char const* LOG_ROUTE = "/log";
 
-struct KeptLine
-{
-    int64 time;
-    bool isError;
-    std::string place;
-    std::string text;
-};
-
 std::string Bounded(std::string_view text)
 {
     return Printable(text.substr(0, LogPage::MAX_TEXT_BYTES)) + (text.size() > LogPage::MAX_TEXT_BYTES ? "..." : "");
@@ -40,6 +32,14 @@ std::string Bounded(std::string_view text)
 class LogPage::Sink final : public Zu::Logging::ISink
 {
 public:
+    struct Line
+    {
+        int64 time;
+        bool isError;
+        std::string place;
+        std::string text;
+    };
+
     bool Wants(uint64 flags) const override
     {
         return (flags & Zu::Logging::LEVEL_MASK) != 0;
@@ -48,7 +48,7 @@ public:
     void Write(Zu::Logging::Entry const& entry) override
     {
         bool const isError = (entry.flags & Zu::Logging::LEVEL_MASK) > 1;
-        KeptLine line{UtcTime::Now(), isError, Bounded(entry.label), Bounded(entry.text)};
+        Line line{UtcTime::Now(), isError, Bounded(entry.label), Bounded(entry.text)};
         Zu::MutexLock const guard(lock);
         lines.push_back(std::move(line));
         if (lines.size() > MAX_LINES)
@@ -57,7 +57,7 @@ public:
         }
     }
 
-    std::deque<KeptLine> Lines() const
+    std::deque<Line> Lines() const
     {
         Zu::MutexLock const guard(lock);
         return lines;
@@ -65,7 +65,7 @@ public:
 
 private:
     mutable Zu::Mutex lock; // a leaf
-    std::deque<KeptLine> lines ZU_GUARDED_BY(lock);
+    std::deque<Line> lines ZU_GUARDED_BY(lock);
 };
 
 LogPage::LogPage(ZuRest::ResourceRouter& usedRouter) : router(usedRouter), sink(std::make_shared<Sink>())
@@ -85,7 +85,7 @@ LogPage::~LogPage()
 nlohmann::json LogPage::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::ResponseInfo& /*response*/)
 {
     nlohmann::json lines = nlohmann::json::array();
-    for (KeptLine const& line : sink->Lines())
+    for (Sink::Line const& line : sink->Lines())
     {
         lines.push_back({{"time", UtcTime::Text(line.time)},
                          {"level", line.isError ? "error" : "warning"},
