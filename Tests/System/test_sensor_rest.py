@@ -164,8 +164,8 @@ class Live(unittest.TestCase):
                              ["profile/stamp", "profile/zMax", "profile/zMin", "profile/width", "profile/meanZ", "profile/points"])
             check_hal(self, everything, "/datasources")
             self.assertEqual(rest.get("/datasources/nothing").status, 404)
-            with ModbusClient(host.modbus_port) as plc:  # the same number at the same moment
-                self.assertEqual(plc.read(170, 2), [0, 25000])
+            with ModbusClient(host.modbus_port) as plc:  # the same number; a new client's registers wait for the next result
+                wait_until(lambda: plc.read(170, 2) == [0, 25000], "the value in the registers")
 
     def test_a_source_is_a_stream_of_new_values(self):
         with sensor("--start", "--still", modbus=False) as (host, rest):

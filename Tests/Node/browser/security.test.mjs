@@ -29,6 +29,7 @@ async function addUser(name) {
 }
 
 async function logIn(name) {
+    await page.getByRole("button", { name: "Log in" }).waitFor(); // until then, the fields are those of a new user
     await page.getByLabel("Name").fill(name);
     await page.getByLabel("Password").fill(PASSWORD);
     await page.getByRole("button", { name: "Log in" }).click();
