@@ -82,8 +82,13 @@ test("the own session is listed", async () => {
 test("the trail tells what was done", async () => {
     await part("Trail");
     await page.getByRole("cell", { name: "POST /tokens" }).first().waitFor();
-    await page.getByLabel("What").fill("DELETE");
-    await page.getByRole("cell", { name: "DELETE /tokens/line%204" }).waitFor();
+    // The trail writes its entries a moment after the requests, so the view asks until it has this one.
+    await until(async () => {
+        await page.getByLabel("What").fill("");
+        await page.getByLabel("What").fill("DELETE");
+        await until(async () => (await page.getByRole("cell", { name: "POST /tokens" }).count()) === 0, "the filter");
+        return (await page.getByRole("cell", { name: "DELETE /tokens/line%204" }).count()) > 0;
+    }, "the entry");
     await until(async () => (await page.getByRole("cell", { name: "POST /tokens" }).count()) === 0, "the filter");
 });
 
