@@ -26,7 +26,8 @@ public:
     }
 
     /// Releases the lock. A failure is logged and not thrown.
-    ~Locker() ZU_RELEASE() ZU_NO_THREAD_SAFETY_ANALYSIS
+    // The compiler would call the function where a library is large, which costs every addition to a queue.
+    [[gnu::always_inline]] ~Locker() ZU_RELEASE() ZU_NO_THREAD_SAFETY_ANALYSIS
     {
         if (wStatus const status = lock.Exit(); status != Status::SUCCESS)
         {
