@@ -41,8 +41,8 @@ void Append(ZuCore::ResultSet set, wHandle<void> const& message, ZuCore::ResultI
     wHandle<wMsgInfo> msgInfo(made);
     wHandle<ZuCore::ResultInfoObject> sharedInfo = wHandle_Share(&resultInfo);
     ZU_CHECK(ZuCore::ResultSet_Add(set, msgInfo.get(), sharedInfo.get(), 0));
-    msgInfo.release(); // the set owns both references now
-    sharedInfo.release();
+    static_cast<void>(msgInfo.release()); // the set owns both references now
+    static_cast<void>(sharedInfo.release());
 }
 
 bool IsAlive(ZuCore::ResultSet set)
