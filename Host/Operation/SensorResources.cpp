@@ -4,6 +4,7 @@
 #include "Host/Operation/SensorFigures.h"
 #include "Host/Operation/SensorParams.h"
 #include "Host/Operation/SensorSettings.h"
+#include "Host/Sensor/Aligner.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/JsonSerializer.h"
@@ -65,19 +66,6 @@ char const* TextFor(ZuCore::RunState state)
         return "running";
     default:
         return "error";
-    }
-}
-
-char const* TextFor(ZuScan::AlignState state)
-{
-    switch (state)
-    {
-    case ZuScan::AlignState::NOT_ALIGNED:
-        return "notAligned";
-    case ZuScan::AlignState::ALIGNING:
-        return "aligning";
-    default:
-        return "aligned";
     }
 }
 

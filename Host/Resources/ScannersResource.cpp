@@ -1,4 +1,5 @@
 #include "Host/Resources/ScannersResource.h"
+#include "Host/Sensor/Aligner.h"
 
 #include "ZuApi/Exception.h"
 #include "ZuApi/JsonSerializer.h"
@@ -40,19 +41,6 @@ void ForEachScanner(ScanEngineManager const& engines,
     }
 }
 
-char const* NameOf(ZuScan::AlignState state)
-{
-    switch (state)
-    {
-    case ZuScan::AlignState::NOT_ALIGNED:
-        return "notAligned";
-    case ZuScan::AlignState::ALIGNING:
-        return "aligning";
-    default:
-        return "aligned";
-    }
-}
-
 /// Shows the ids of the actions, and the result of the action "scannerInfo".
 void ShowActions(ZuScan::IActionTarget& target, Json& document)
 {
@@ -77,7 +65,7 @@ Json Show(ScanEngineInstance const& engine, ScannerInstance& scanner)
                   {"present", true},
                   {"engine", engine.Id()},
                   {"sensors", scanner.ListSensors()},
-                  {"alignment", NameOf(scanner.Scanner().GetAlignState())}};
+                  {"alignment", TextFor(scanner.Scanner().GetAlignState())}};
     if (ZuScan::IActionTarget* const target = scanner.Scanner().ActionTarget(); target != nullptr)
     {
         ShowActions(*target, document);

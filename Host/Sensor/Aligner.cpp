@@ -10,6 +10,19 @@ namespace ZuHost
 using ZuScan::AlignCompletionStatus;
 using ZuScan::AlignState;
 
+char const* TextFor(ZuScan::AlignState state)
+{
+    switch (state)
+    {
+    case ZuScan::AlignState::NOT_ALIGNED:
+        return "notAligned";
+    case ZuScan::AlignState::ALIGNING:
+        return "aligning";
+    default:
+        return "aligned";
+    }
+}
+
 Aligner::Aligner(uint64 newDurationUsec) : durationUsec(newDurationUsec)
 {
     ZU_CHECK(wThread_Construct(&thread));

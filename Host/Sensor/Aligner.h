@@ -9,6 +9,9 @@
 namespace ZuHost
 {
 
+/// The state in documents: "notAligned", "aligning" or "aligned".
+char const* TextFor(ZuScan::AlignState state);
+
 /// Simulates the alignment of a scanner, which takes a fixed time. Any thread may call; the event fires on the thread
 /// "Aligner".
 class Aligner final
