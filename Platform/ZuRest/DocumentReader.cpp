@@ -223,14 +223,11 @@ std::string DocumentReader::Read(std::string const& path, bool wantsSchema) cons
     return text.Take();
 }
 
-/// The query of the request may follow the path, behind a question mark, which no percent-encoded path contains. It goes to
-/// this resource and not to those that it embeds.
-std::string DocumentReader::Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const
+std::string DocumentReader::Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
+                                 std::string const& query) const
 {
-    std::string const bare = path.substr(0, path.find('?'));
-    std::string const query = path.substr(std::min(bare.size() + 1, path.size()));
     TextSink text;
-    Walk(*this, Place::Of(bare), text, query).ShowMatch(match, SelfAt(bare), wantsSchema);
+    Walk(*this, Place::Of(path), text, query).ShowMatch(match, SelfAt(path), wantsSchema);
     return text.Take();
 }
 

@@ -39,8 +39,10 @@ public:
     /// Exceptions of the resource go to the caller.
     std::string Read(std::string const& path, bool wantsSchema) const;
 
-    /// As above, for a caller that has found the resource already.
-    std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema) const;
+    /// As above, for a caller that has found the resource already. The resource gets `query`, the text after the question
+    /// mark of a request; those that it embeds do not.
+    std::string Read(ResourceRouter::Match const& match, std::string const& path, bool wantsSchema,
+                     std::string const& query = {}) const;
 
     /// As `Read` without the schema, as a JSON tree. Strings keep the bytes of the resources, even if they are not
     /// valid UTF-8.

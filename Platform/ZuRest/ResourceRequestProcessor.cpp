@@ -355,36 +355,43 @@ ResourceRequestProcessor::Outcome ResourceRequestProcessor::Dispatch(Request con
     {
         ZU_THROW(Zu::Status::NOT_FOUND, "There is no resource at %s.", request.path.c_str());
     }
-    IResource& resource = *match->resource;
+    return DispatchTo(request, std::move(*match), makeReceiver, turn);
+}
+
+ResourceRequestProcessor::Outcome ResourceRequestProcessor::DispatchTo(Request const& request,
+                                                                       ResourceRouter::Match match,
+                                                                       ReceiverMaker const& makeReceiver, Turn& turn)
+{
+    IResource& resource = *match.resource;
     if (request.method == "OPTIONS")
     {
-        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(*match, false)}}}, nullptr};
+        return {{HttpStatus::NO_CONTENT, "", "", {{"Allow", AllowedBy(match, false)}}}, nullptr};
     }
     if (IContentResource* const face = ContentFaceFor(resource, request.method); face != nullptr)
     {
-        return {face->AnswerContent(request, InfoOf(request, *match)), nullptr};
+        return {face->AnswerContent(request, InfoOf(request, match)), nullptr};
     }
     if (auto* const feed = dynamic_cast<IFeedResource*>(&resource);
         feed != nullptr && IsRead(request.method) && feed->WantsFeed(request))
     {
-        return {feed->AnswerFeed(request, InfoOf(request, *match)), nullptr};
+        return {feed->AnswerFeed(request, InfoOf(request, match)), nullptr};
     }
     if (IsRead(request.method) && (resource.DocumentProvider() != nullptr || resource.StreamableProvider() != nullptr))
     {
-        return Get(request, std::move(*match), makeReceiver);
+        return Get(request, std::move(match), makeReceiver);
     }
     // A path without the last segment of its route shows a list, which no client changes.
-    bool const canChange = (IsUpdate(request.method) && resource.DocumentProvider() != nullptr && match->isComplete) ||
+    bool const canChange = (IsUpdate(request.method) && resource.DocumentProvider() != nullptr && match.isComplete) ||
                            (request.method == "POST" && resource.CallableProvider() != nullptr);
     if (canChange)
     {
-        return {CarryOutChange(request, *match, turn), nullptr};
+        return {CarryOutChange(request, match, turn), nullptr};
     }
     if (request.method == "POST" && dynamic_cast<IPreviewResource*>(&resource) != nullptr)
     {
-        return {Preview(request, *match, turn), nullptr};
+        return {Preview(request, match, turn), nullptr};
     }
-    return {RefuseMethod(request, *match, false, {}), nullptr};
+    return {RefuseMethod(request, match, false, {}), nullptr};
 }
 
 ResourceRequestProcessor::Outcome ResourceRequestProcessor::Get(Request const& request, ResourceRouter::Match match,
@@ -509,8 +516,8 @@ Answer ResourceRequestProcessor::Preview(Request const& request, ResourceRouter:
 
 Answer ResourceRequestProcessor::ShowDocument(Request const& request, ResourceRouter::Match const& match) const
 {
-    std::string const asked = request.query.empty() ? request.path : request.path + '?' + request.query;
-    return Tagged(request, {HttpStatus::OK, HAL, reader.Read(match, asked, WantsSchema(request.query)), {}});
+    std::string body = reader.Read(match, request.path, WantsSchema(request.query), request.query);
+    return Tagged(request, {HttpStatus::OK, HAL, std::move(body), {}});
 }
 
 bool ResourceRequestProcessor::IsPreconditionMet(Request const& request, std::string const& subjectPath) const

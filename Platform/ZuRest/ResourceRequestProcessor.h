@@ -122,6 +122,8 @@ private:
     Outcome Carry(Request const& request, ReceiverMaker const& makeReceiver,
                   std::shared_ptr<ResourceLocks::Pass>& pass);
     Outcome Dispatch(Request const& request, ReceiverMaker const& makeReceiver, Turn& turn);
+    Outcome DispatchTo(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver,
+                       Turn& turn);
     Outcome Get(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
     Outcome Stream(Request const& request, ResourceRouter::Match match, ReceiverMaker const& makeReceiver);
     Answer CarryOutChange(Request const& request, ResourceRouter::Match const& match, Turn& turn);
