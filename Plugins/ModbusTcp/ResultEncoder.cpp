@@ -121,10 +121,7 @@ void ResultEncoder::Process(wArrayList const& resultSets)
     {
         drops += EncodeSet(static_cast<ZuCore::ResultSetObject const*>(wArrayList_At(resultSets, i))) ? 0 : 1;
     }
-    if (!isPaused)
-    {
-        PublishLists();
-    }
+    PublishLists();
     CountWaiting();
     Count(counters.resultSets, count);
     Count(counters.controlDrops, drops);
@@ -139,7 +136,7 @@ void ResultEncoder::SetQueueDepth(uint32 newDepth)
         if (ResultQueueBlock* const queue = QueueOf(place))
         {
             CountLost(place, queue->SetDepth(newDepth));
-            queue->Encode(BytesOf(place, image.Edit()));
+            Show(place);
         }
     }
     PublishLists();
@@ -164,7 +161,7 @@ ModbusException ResultEncoder::Acknowledge(uint16 address, uint16 value, bool is
     {
         return ModbusException::ILLEGAL_DATA_VALUE;
     }
-    queue->Encode(BytesOf(*place, image.Edit()));
+    Show(*place);
     PublishLists();
     CountWaiting();
     return ModbusException::NONE;
@@ -196,16 +193,29 @@ void ResultEncoder::BlankAll()
     for (ListPlace const& place : layout->Lists())
     {
         place.list->Blank();
-        place.list->Encode(BytesOf(place, image.Edit()));
+        Show(place);
     }
     WriteConstants(layout->facts);
     image.Publish();
 }
 
-/// Publishes the image, unless a block with a list may have encoded in an order that is newer than its layout: then the
-/// installation of the next layout publishes it.
+/// Encodes a block with a list, unless the encoder is paused: then `Resume` does.
+void ResultEncoder::Show(ListPlace const& place)
+{
+    if (!isPaused)
+    {
+        place.list->Encode(BytesOf(place, image.Edit()));
+    }
+}
+
+/// Publishes the image, unless the encoder is paused, or a block with a list may have encoded in an order that is newer than
+/// its layout: then the installation of the next layout publishes it.
 void ResultEncoder::PublishLists()
 {
+    if (isPaused)
+    {
+        return;
+    }
     auto const isCurrent = [](ListPlace const& place) {
         return place.encoder == nullptr || place.encoder->PresentOrder() == place.ownOrder;
     };
@@ -304,9 +314,9 @@ void ResultEncoder::EndSet()
         ResultQueueBlock const* const queue = QueueOf(place);
         bool const wasOverflowing = queue != nullptr && queue->IsOverflowing();
         auto const outcome = place.list->EndSet();
-        if (outcome.isChanged && !isPaused)
+        if (outcome.isChanged)
         {
-            place.list->Encode(BytesOf(place, image.Edit()));
+            Show(place);
         }
         if (!outcome.isLost)
         {
@@ -331,7 +341,7 @@ void ResultEncoder::FollowLists(RegisterLayout const& from, RegisterLayout const
         {
             CountLost(place, queue->SetDepth(queueDepth));
         }
-        place.list->Encode(BytesOf(place, image.Edit()));
+        Show(place);
     }
     for (ListPlace const& place : from.Lists())
     {

@@ -78,6 +78,7 @@ private:
 
     // The caller holds the lock.
     void BlankAll() ZU_REQUIRES(lock);
+    void Show(ListPlace const& place) ZU_REQUIRES(lock);
     void PublishLists() ZU_REQUIRES(lock);
     void WriteConstants(LayoutFacts const& facts) ZU_REQUIRES(lock);
     void Carry(RegisterLayout const& from, RegisterLayout const& to);

@@ -3,7 +3,7 @@
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Support/RecordingSink.h"
 #include "Tests/Plugins/Common/TestFrames.h"
-#include "Tests/Plugins/ModbusTcp/BlockFixture.h"
+#include "Tests/Plugins/ModbusTcp/EncoderFixture.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <atomic>
@@ -17,42 +17,8 @@ namespace ModbusTcp
 using PluginCommon::TestBatch;
 using PluginCommon::TestFrame;
 
-class ResultEncoderTest : public BlockFixture
+class ResultEncoderTest : public EncoderFixture
 {
-protected:
-    using Registers = std::vector<uint16>;
-
-    void Install()
-    {
-        encoder.Install(RegisterLayout::Take(assembly));
-    }
-
-    void Process(TestFrame const& frame)
-    {
-        TestBatch batch;
-        batch.Add(frame);
-        encoder.Process(batch.List());
-    }
-
-    Registers Read(uint16 first, std::size_t count)
-    {
-        Registers registers(count, 0xAAAA);
-        image->Read(first, registers);
-        return registers;
-    }
-
-    void Move(uint16 from, uint16 to, std::string const& dataSource = {})
-    {
-        ZuControl::ControlProtocol::UpdateBlockParams params;
-        params.outputId.Set(from);
-        params.newParams.outputId.Set(to);
-        params.newParams.dataSource.Set(dataSource);
-        assembly.Update(params);
-    }
-
-    std::unique_ptr<RegisterImage> image = std::make_unique<RegisterImage>();
-    ModbusCounters counters;
-    ResultEncoder encoder{*image, counters};
 };
 
 TEST_F(ResultEncoderTest, MarksMeasurementsAsMissingBeforeTheFirstResult)

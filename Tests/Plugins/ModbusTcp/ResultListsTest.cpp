@@ -8,7 +8,7 @@
 #include "Support/AllocationCounter.h"
 #include "Support/RecordingSink.h"
 #include "Tests/Plugins/Common/TestFrames.h"
-#include "Tests/Plugins/ModbusTcp/BlockFixture.h"
+#include "Tests/Plugins/ModbusTcp/EncoderFixture.h"
 
 #include <atomic>
 #include <memory>
@@ -22,30 +22,9 @@ namespace ModbusTcp
 using PluginCommon::TestBatch;
 using PluginCommon::TestFrame;
 
-class ResultListsTest : public BlockFixture
+class ResultListsTest : public EncoderFixture
 {
 protected:
-    using Registers = std::vector<uint16>;
-
-    void Install()
-    {
-        encoder.Install(RegisterLayout::Take(assembly));
-    }
-
-    void Process(TestFrame const& frame)
-    {
-        TestBatch batch;
-        batch.Add(frame);
-        encoder.Process(batch.List());
-    }
-
-    Registers Read(uint16 first, std::size_t count)
-    {
-        Registers registers(count, 0xAAAA);
-        image->Read(first, registers);
-        return registers;
-    }
-
     /// Values of the queue at `first` until it is empty.
     std::vector<int> Drain(uint16 first)
     {
@@ -64,11 +43,7 @@ protected:
 
     void Change(uint16 from, uint16 to, std::string const& dataSource = {})
     {
-        ZuControl::ControlProtocol::UpdateBlockParams params;
-        params.outputId.Set(from);
-        params.newParams.outputId.Set(to);
-        params.newParams.dataSource.Set(dataSource);
-        assembly.Update(params);
+        Move(from, to, dataSource);
         Install();
     }
 
@@ -79,10 +54,6 @@ protected:
         assembly.Remove(params);
         Install();
     }
-
-    std::unique_ptr<RegisterImage> image = std::make_unique<RegisterImage>();
-    ModbusCounters counters;
-    ResultEncoder encoder{*image, counters};
 };
 
 TEST_F(ResultListsTest, PacksDecisionsWithTheFirstSourceInBit0)
@@ -218,6 +189,22 @@ TEST_F(ResultListsTest, KeepsQueuedResultsOverScansMovesAndOrders)
     EXPECT_EQ(encoder.Acknowledge(500, number, false), ModbusException::NONE);
     EXPECT_EQ(Read(516, 2), (Registers{2, 0}));
     EXPECT_EQ(counters.queueOverflows, 0u);
+}
+
+TEST_F(ResultListsTest, ShowsNothingOfAQueueThatIsChangedInAPause)
+{
+    Place("ResultQueue", 300, "a");
+    Install();
+    Process(TestFrame().Measurement("a", 0.001));
+    uint16 const number = Read(301, 1)[0];
+    encoder.Pause();
+
+    EXPECT_EQ(encoder.Acknowledge(300, number, true), ModbusException::NONE);
+    encoder.SetQueueDepth(5);
+
+    EXPECT_EQ(Read(300, 48), Registers(48, 0));
+    encoder.Resume();
+    EXPECT_EQ(Read(300, 2), (Registers{number, 0}));
 }
 
 TEST_F(ResultListsTest, AcceptsNumbersInTheAcknowledgeRegisterOnly)
