@@ -103,6 +103,20 @@ void PrintFingerprints(std::ostream& output, HttpsCertificate const& certificate
     }
 }
 
+/// Starts everything and prints the addresses, then that the host is ready.
+void Start(Application& application, HttpsCertificate const* certificate, std::ostream& output)
+{
+    for (Application::Listener const& listener : application.Start())
+    {
+        output << "listening " << listener.name << ' ' << listener.address << '\n';
+    }
+    if (certificate != nullptr)
+    {
+        PrintFingerprints(output, *certificate);
+    }
+    output << "ready" << std::endl;
+}
+
 /// Keeps the present token if the file has none.
 void ReadTokenAgain(Options const& options, Application& application)
 {
@@ -185,15 +199,7 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     {
         return;
     }
-    for (Application::Listener const& listener : application.Start())
-    {
-        output << "listening " << listener.name << ' ' << listener.address << '\n';
-    }
-    if (certificate != nullptr)
-    {
-        PrintFingerprints(output, *certificate);
-    }
-    output << "ready" << std::endl;
+    Start(application, certificate.get(), output);
     WarnAtStart(dataFolder);
     OrderlyStop::SetHangUpHandler([&] {
         trail.Note({"host", "", "hang-up signal", "", "", "done"});

@@ -76,8 +76,8 @@ struct Moment
 /// The rules of an edge node with one device: which message follows which, with which numbers. It has no socket, no
 /// thread and no clock.
 ///
-/// A session has its number kept, connects, subscribes, waits for the primary host if it has one, and publishes its births; then it is born
-/// and takes data. It walks on to the next server when the connection fails or ends, when the server does not answer
+/// A session has its number kept, connects, subscribes, waits for the primary host if it has one, and publishes its
+/// births; then it is born and takes data. It walks on to the next server when the connection fails or ends, when the server does not answer
 /// within ANSWER_USEC, and when the primary host is offline there.
 ///
 /// Threads: one thread calls all operations.

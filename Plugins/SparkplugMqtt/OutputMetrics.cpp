@@ -95,6 +95,16 @@ void OutputMetrics::Install(TextIdStandardProtocolOutputMap& map)
     {
         return;
     }
+    KeepValues(newOutputs);
+    outputs.swap(newOutputs);
+    places.swap(newPlaces);
+    fingerprint = newFingerprint;
+    ++layout;
+}
+
+/// Gives the outputs that stay their values.
+void OutputMetrics::KeepValues(std::vector<Output>& newOutputs) const
+{
     for (Output& output : newOutputs)
     {
         auto const before = std::ranges::find(outputs, output.id, &Output::id);
@@ -104,10 +114,6 @@ void OutputMetrics::Install(TextIdStandardProtocolOutputMap& map)
             output.told = before->told;
         }
     }
-    outputs.swap(newOutputs);
-    places.swap(newPlaces);
-    fingerprint = newFingerprint;
-    ++layout;
 }
 
 void OutputMetrics::SetRules(double newDeadBand, uint64 newPeriodMsec)

@@ -103,6 +103,7 @@ private:
     static void Append(MetricWriter& to, Output const& output, uint64 stampMsec, bool isBirth, bool withDecision,
                        bool withQuality);
     void TakeSet(ZuCore::ResultSetObject const* resultSet, uint64 utcMsec) ZU_REQUIRES(lock);
+    void KeepValues(std::vector<Output>& newOutputs) const ZU_REQUIRES(lock);
     void MakeSample() ZU_REQUIRES(lock);
     bool HasChanged(Reading const& newest, Reading const& told) const ZU_REQUIRES(lock);
     std::size_t FindSource(uint64 dataSource) const ZU_REQUIRES(lock);

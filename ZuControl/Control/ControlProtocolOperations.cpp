@@ -150,15 +150,7 @@ void ControlProtocolOperations::RunSynchronousOp(ZuEthernetProtocol protocol, Ac
     if (!TakeTheTurn(protocol, action, params.stringArg))
     {
         refusedCount.fetch_add(1, std::memory_order_relaxed);
-        ZU_GUARD_BOUNDARY([&] {
-            ended.Fire({protocol,
-                        NameOf(action),
-                        params.stringArg,
-                        Zu::Status::BUSY,
-                        CommandOriginScope::Current(),
-                        wTime_NowUsec(),
-                        {}});
-        });
+        ZU_GUARD_BOUNDARY([&] { ended.Fire(RefusalOf(protocol, action, params.stringArg)); });
         ZU_THROW(Zu::Status::BUSY, "Protocol %d operation %u rejected because another operation is in progress",
                  static_cast<int32>(protocol), unsigned{action});
     }
@@ -337,6 +329,12 @@ void ControlProtocolOperations::ValidateScannerId(char const* scannerId, ActionI
     {
         ZU_THROW(Zu::Status::BAD_ARGUMENT, "Missing scanner id parameter for action %u", unsigned{action});
     }
+}
+
+ControlProtocolOperations::Ended ControlProtocolOperations::RefusalOf(ZuEthernetProtocol protocol, ActionId action,
+                                                                      std::string const& argument)
+{
+    return {protocol, NameOf(action), argument, Zu::Status::BUSY, CommandOriginScope::Current(), wTime_NowUsec(), {}};
 }
 
 /// Nothing if no operation is under way: a scanner reports one alignment twice.

@@ -169,6 +169,7 @@ private:
 
     bool OperationBegin();
     int OperationFinish();
+    static Ended RefusalOf(ZuEthernetProtocol protocol, ActionId action, std::string const& argument);
     std::optional<Ended> EndOf(EndOfOpResult const& record);
     static void ValidateStringArg(char const* value, char const* label, ActionId action);
     static void ValidateScannerId(char const* scannerId, ActionId action);
