@@ -8,6 +8,7 @@
 #include "Plugins/ModbusTcp/Blocks/ResultQueueBlock.h"
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/RegisterLayout.h"
+#include "ZuControl/ControlProtocol/AssemblyLock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"

@@ -6,7 +6,7 @@
 #include "Plugins/ModbusTcp/Blocks/StateBitsBlock.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
-#include "ZuApi/Guard.h"
+#include "ZuControl/ControlProtocol/AssemblyLock.h"
 #include "ZuControl/ControlProtocol/Fingerprint.h"
 #include "ZuControl/ControlProtocol/LayoutCopy.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -43,22 +43,11 @@ bool IsConstant(RegisterLayout::Place const& place)
 
 } // namespace
 
-AssemblyLock::AssemblyLock(ZuControl::ControlProtocol::IProtocolRegisterAssembly& lockedAssembly)
-    : assembly(lockedAssembly)
-{
-    assembly.BeginLock();
-}
-
-AssemblyLock::~AssemblyLock()
-{
-    ZU_GUARD_DESTRUCTOR([this] { assembly.EndLock(); });
-}
-
 std::shared_ptr<RegisterLayout const>
 RegisterLayout::Take(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly)
 {
     auto layout = std::make_shared<RegisterLayout>();
-    AssemblyLock const guard(assembly);
+    ZuControl::ControlProtocol::AssemblyLock const guard(assembly);
     layout->changeCount = assembly.ChangeCount(); // before the list, so that a later change has a larger count
     for (std::shared_ptr<Block> const& block : assembly.AddedRegisterBlocks())
     {

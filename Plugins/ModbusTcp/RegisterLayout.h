@@ -21,20 +21,6 @@ namespace ModbusTcp
 
 struct SourceListBlock;
 
-/// Holds an assembly's lock, so that its list can be iterated. Do not nest it: the inner destructor would close the
-/// list for the outer one.
-class AssemblyLock final
-{
-public:
-    explicit AssemblyLock(ZuControl::ControlProtocol::IProtocolRegisterAssembly& lockedAssembly);
-    ~AssemblyLock();
-    AssemblyLock(AssemblyLock const&) = delete;
-    AssemblyLock& operator=(AssemblyLock const&) = delete;
-
-private:
-    ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly;
-};
-
 /// An immutable list of an assembly's blocks and their registers. With it neither reads nor results wait for the
 /// assembly's lock. It shares the blocks and must not outlive the assembly.
 class RegisterLayout final

@@ -6,7 +6,8 @@
 namespace ZuControl::ControlProtocol
 {
 
-/// Holds the lock of an assembly, which a reader of its lists needs.
+/// Holds the lock of an assembly, which a reader of its lists needs. Do not nest it: the inner destructor would close the
+/// lists for the outer one.
 class AssemblyLock final
 {
 public:

@@ -8,7 +8,7 @@ namespace ZuControl::ControlProtocol
 namespace
 {
 
-constexpr BlockOrder ORDERS[] = {{true, false}, {false, false}, {true, true}, {false, true}};
+constexpr BlockOrder ORDERS[] = {BlockOrder::ABCD, BlockOrder::CDAB, BlockOrder::BADC, BlockOrder::DCBA};
 
 } // namespace
 

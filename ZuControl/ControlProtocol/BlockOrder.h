@@ -18,7 +18,17 @@ struct BlockOrder
     bool areBytesSwapped = false; ///< in each register the least significant byte comes first
 
     bool operator==(BlockOrder const&) const = default;
+
+    static BlockOrder const ABCD;
+    static BlockOrder const CDAB;
+    static BlockOrder const BADC;
+    static BlockOrder const DCBA;
 };
+
+inline constexpr BlockOrder BlockOrder::ABCD{true, false};
+inline constexpr BlockOrder BlockOrder::CDAB{false, false};
+inline constexpr BlockOrder BlockOrder::BADC{true, true};
+inline constexpr BlockOrder BlockOrder::DCBA{false, true};
 
 /// The name of an order.
 ZUCONTROL_API char const* NameOf(BlockOrder order);

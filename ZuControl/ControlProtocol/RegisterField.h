@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
@@ -28,15 +29,6 @@ enum class FieldType : uint8
     LREAL,
     TEXT, ///< characters up to the first 0, or to the end of the registers
     RAW   ///< registers of unknown content
-};
-
-/// The order of a field's bytes in its registers, as clients call it. A, the most significant byte, to D, the least.
-enum class FieldOrder : uint8
-{
-    ABCD, ///< the most significant register first, the high byte first in each
-    CDAB, ///< the least significant register first, the high byte first in each
-    BADC, ///< the most significant register first, the low byte first in each
-    DCBA  ///< the least significant register first, the low byte first in each
 };
 
 /// The table of a client's protocol in which the address of a field counts.
@@ -71,7 +63,7 @@ struct RegisterField
     uint16 count = 1;                ///< registers; 1 in other areas
     uint8 bit = 0;                   ///< of a BIT: 0 is the least significant
     uint8 charactersPerRegister = 1; ///< of a TEXT: 1 in the low byte, or 2
-    std::optional<FieldOrder> order; ///< empty: the order of the block's type
+    std::optional<BlockOrder> order; ///< empty: the order of the block's type
     uint32 divisor = 1;              ///< the value is the number in the registers divided by this
     std::string unit;
     std::string source; ///< empty: the data source of the block

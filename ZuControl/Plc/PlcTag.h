@@ -15,7 +15,7 @@ struct PlcTag
     std::string name;   ///< legal in IEC 61131-3 and unique in its list without regard to case; see `NameTags`
     uint32 address = 0; ///< of the first register, coil or input, from 0
     std::string source; ///< the data source; empty where the block has none
-    ControlProtocol::FieldOrder order = ControlProtocol::FieldOrder::ABCD; ///< the order in force
+    ControlProtocol::BlockOrder order = ControlProtocol::BlockOrder::ABCD; ///< the order in force
     ControlProtocol::RegisterField field; ///< type, number of registers, scale, unit, invalid value, role, comment
 
     // The block of the tag.
@@ -33,7 +33,7 @@ struct PlcTagList
     std::string service; ///< the name of the service in paths, such as "ModbusTcp"
     std::string displayName;
     uint8 bytesPerRegister = 2;
-    ControlProtocol::FieldOrder order = ControlProtocol::FieldOrder::ABCD; ///< of fields without one of their own
+    ControlProtocol::BlockOrder order = ControlProtocol::BlockOrder::ABCD; ///< of fields without one of their own
     uint16 port = 0;                                                       ///< 0: not known
     uint32 fingerprint = 0;
     uint8 fingerprintVersion = 0;

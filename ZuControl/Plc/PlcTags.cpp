@@ -1,11 +1,11 @@
 #include "ZuControl/Plc/PlcTags.h"
 
 #include "ZuApi/Exception.h"
-#include "ZuApi/Guard.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuApi/Params/Group.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/IControlInstance.h"
+#include "ZuControl/ControlProtocol/AssemblyLock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
@@ -20,8 +20,9 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::AssemblyLock;
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldType;
 using ControlProtocol::IProtocolRegisterAssembly;
 using ControlProtocol::ProtocolRegisterBlock;
@@ -31,33 +32,13 @@ using ControlProtocol::RegisterField;
 namespace
 {
 
-class AssemblyLock final
-{
-public:
-    explicit AssemblyLock(IProtocolRegisterAssembly& lockedAssembly) : assembly(lockedAssembly)
-    {
-        assembly.BeginLock();
-    }
-
-    ~AssemblyLock()
-    {
-        ZU_GUARD_DESTRUCTOR([this] { assembly.EndLock(); });
-    }
-
-    AssemblyLock(AssemblyLock const&) = delete;
-    AssemblyLock& operator=(AssemblyLock const&) = delete;
-
-private:
-    IProtocolRegisterAssembly& assembly;
-};
-
-FieldOrder OrderOf(ProtocolRegisterBlockInfo const& type)
+BlockOrder OrderOf(ProtocolRegisterBlockInfo const& type)
 {
     if (type.IsProtocolBigEndian())
     {
-        return FieldOrder::ABCD;
+        return BlockOrder::ABCD;
     }
-    return type.BytesPerRegister() == 1 ? FieldOrder::DCBA : FieldOrder::CDAB;
+    return type.BytesPerRegister() == 1 ? BlockOrder::DCBA : BlockOrder::CDAB;
 }
 
 RegisterField RawField(ProtocolRegisterBlock const& block)
@@ -124,7 +105,7 @@ public:
     }
 
 private:
-    void Read(ProtocolRegisterBlock const& block, FieldOrder order)
+    void Read(ProtocolRegisterBlock const& block, BlockOrder order)
     {
         for (RegisterField& field : CheckedFieldsOf(block))
         {

@@ -8,7 +8,6 @@ namespace ZuControl::Plc
 {
 
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldRole;
 using ControlProtocol::FieldType;
 using ControlProtocol::RegisterField;
@@ -31,12 +30,6 @@ char const* NameOf(FieldType type)
     static constexpr std::array NAMES = {"BOOL", "BIT",   "USINT", "INT",   "UINT", "DINT", "UDINT",
                                          "LINT", "ULINT", "REAL",  "LREAL", "TEXT", "RAW"};
     return NameIn(NAMES, type);
-}
-
-char const* NameOf(FieldOrder order)
-{
-    static constexpr std::array NAMES = {"ABCD", "CDAB", "BADC", "DCBA"};
-    return NameIn(NAMES, order);
 }
 
 char const* NameOf(FieldRole role)

@@ -12,7 +12,6 @@ namespace ZuControl::Plc
 
 /// "DINT" for a number, "TEXT", "BIT" or "RAW" for the rest.
 ZUCONTROL_INTERNAL_API char const* NameOf(ControlProtocol::FieldType type);
-ZUCONTROL_INTERNAL_API char const* NameOf(ControlProtocol::FieldOrder order);
 ZUCONTROL_INTERNAL_API char const* NameOf(ControlProtocol::FieldRole role);
 ZUCONTROL_INTERNAL_API char const* NameOf(ControlProtocol::FieldArea area);
 

@@ -7,8 +7,8 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldType;
 
 namespace
@@ -23,12 +23,12 @@ std::string TypeOptions(PlcTag const& tag)
     {
         return tag.field.area == FieldArea::COILS ? "-t 0" : "-t 1";
     }
-    bool const isLowByteFirst = tag.order == FieldOrder::BADC || tag.order == FieldOrder::DCBA;
+    bool const isLowByteFirst = tag.order.areBytesSwapped;
     if (isLowByteFirst)
     {
         return "-t 4:hex";
     }
-    std::string const highFirst = tag.order == FieldOrder::ABCD ? " -B" : "";
+    std::string const highFirst = tag.order == BlockOrder::ABCD ? " -B" : "";
     switch (tag.field.type)
     {
     case FieldType::DINT:

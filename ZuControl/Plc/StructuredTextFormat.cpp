@@ -14,8 +14,8 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldRole;
 using ControlProtocol::FieldType;
 
@@ -109,15 +109,10 @@ std::string InComment(std::string_view text)
     return safe;
 }
 
-bool IsSwapped(FieldOrder order)
-{
-    return order == FieldOrder::BADC || order == FieldOrder::DCBA;
-}
-
 /// A register with its high byte first.
-std::string InOrder(std::string const& word, FieldOrder order)
+std::string InOrder(std::string const& word, BlockOrder order)
 {
-    return IsSwapped(order) ? "ROL(" + word + ", 8)" : word;
+    return order.areBytesSwapped ? "ROL(" + word + ", 8)" : word;
 }
 
 /// One assembly of a service.
@@ -326,8 +321,7 @@ private:
     /// Register `place` of a tag, 0 being the most significant.
     static std::string Word(PlcTag const& tag, uint32 place)
     {
-        bool const isMostSignificantFirst = tag.order == FieldOrder::ABCD || tag.order == FieldOrder::BADC;
-        uint32 const offset = isMostSignificantFirst ? place : tag.field.count - 1 - place;
+        uint32 const offset = tag.order.isBigEndian ? place : tag.field.count - 1 - place;
         return InOrder("registers[" + std::to_string(tag.address + offset) + "]", tag.order);
     }
 
@@ -376,7 +370,7 @@ private:
             text += member + " := " + prefix + "_Text(first := " + std::to_string(tag.address) +
                     ", count := " + std::to_string(TextLength(tag) / tag.field.charactersPerRegister) +
                     ", hasTwo := " + (tag.field.charactersPerRegister == 2 ? "TRUE" : "FALSE") +
-                    ", isSwapped := " + (IsSwapped(tag.order) ? "TRUE" : "FALSE") + ", registers := registers);\n";
+                    ", isSwapped := " + (tag.order.areBytesSwapped ? "TRUE" : "FALSE") + ", registers := registers);\n";
         }
         else
         {

@@ -196,7 +196,7 @@ public:
         {
             for (auto& field : fields)
             {
-                field.order = FieldOrderOf(*own);
+                field.order = own;
             }
         }
         return fields;
@@ -231,16 +231,6 @@ private:
     static constexpr uint8 OWN_ORDER = 1;
     static constexpr uint8 HIGH_REGISTER_FIRST = 2;
     static constexpr uint8 BYTES_SWAPPED = 4;
-
-    static ZuControl::ControlProtocol::FieldOrder FieldOrderOf(BlockOrder own)
-    {
-        using enum ZuControl::ControlProtocol::FieldOrder;
-        if (own.areBytesSwapped)
-        {
-            return own.isBigEndian ? BADC : DCBA;
-        }
-        return own.isBigEndian ? ABCD : CDAB;
-    }
 
     void RegisterOrder()
     {

@@ -32,7 +32,7 @@ constexpr uint16 REGISTERS = 100; // of each block
 class Fields final
 {
 public:
-    explicit Fields(FieldOrder usedOrder) : order(usedOrder)
+    explicit Fields(BlockOrder usedOrder) : order(usedOrder)
     {
     }
 
@@ -51,7 +51,7 @@ public:
     std::vector<RegisterField> fields;
 
 private:
-    FieldOrder order;
+    BlockOrder order;
     uint16 next = 0;
 };
 
@@ -89,7 +89,7 @@ void AddCommand(Fields& list)
     list.Add("answerStatus", FieldType::UINT, 1).role = FieldRole::ANSWER_STATUS;
 }
 
-std::vector<RegisterField> AllFields(FieldOrder order)
+std::vector<RegisterField> AllFields(BlockOrder order)
 {
     Fields list(order);
     list.Add("fingerprint", FieldType::UDINT, 2).role = FieldRole::FINGERPRINT;
@@ -115,7 +115,7 @@ std::vector<RegisterField> AllFields(FieldOrder order)
     return std::move(list.fields);
 }
 
-template <FieldOrder ORDER>
+template <BlockOrder ORDER>
 struct DescribedBlock final : ProtocolRegisterBlock, IDescribedBlock
 {
     using ProtocolRegisterBlock::ProtocolRegisterBlock;
@@ -126,7 +126,7 @@ struct DescribedBlock final : ProtocolRegisterBlock, IDescribedBlock
     }
 };
 
-template <FieldOrder ORDER>
+template <BlockOrder ORDER>
 void OfferType(ProtocolRegisterAssemblyBase& assembly, char const* name)
 {
     RegisterBlockInfoParams params;
@@ -145,10 +145,10 @@ public:
     explicit DescribedProtocol(ControlProtocolEnviron const& environ)
         : ProtocolBase(ZuControl::ZuEthernetProtocol{103}, "Described", environ)
     {
-        OfferType<FieldOrder::ABCD>(assembly, "All_ABCD");
-        OfferType<FieldOrder::CDAB>(assembly, "All_CDAB");
-        OfferType<FieldOrder::BADC>(assembly, "All_BADC");
-        OfferType<FieldOrder::DCBA>(assembly, "All_DCBA");
+        OfferType<BlockOrder::ABCD>(assembly, "All_ABCD");
+        OfferType<BlockOrder::CDAB>(assembly, "All_CDAB");
+        OfferType<BlockOrder::BADC>(assembly, "All_BADC");
+        OfferType<BlockOrder::DCBA>(assembly, "All_DCBA");
         group.Add(assembly, actions);
         metrics.Register("controlDrops", controlDrops);
         ProtocolInitParams init;

@@ -9,8 +9,8 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldType;
 using Json = nlohmann::json;
 
@@ -19,7 +19,7 @@ namespace
 
 constexpr char const* HOSTILE = "a'\"$(touch x)`touch x`\n\xE2\x80\xA8\\\r*/\"\"\"'''; <script>";
 
-PlcTag TagOf(FieldType type, uint16 count, FieldOrder order = FieldOrder::ABCD)
+PlcTag TagOf(FieldType type, uint16 count, BlockOrder order = BlockOrder::ABCD)
 {
     PlcTag tag;
     tag.name = "a_tag";
@@ -114,10 +114,10 @@ TEST(PlcFormats, LetMbpollShowTheNumbersThatItCanDecode)
 {
     EXPECT_EQ(Mbpoll(TagOf(FieldType::UINT, 1)), "-r 10 -c 1 -t 4");
     EXPECT_EQ(Mbpoll(TagOf(FieldType::DINT, 2)), "-r 10 -c 1 -t 4:int -B");
-    EXPECT_EQ(Mbpoll(TagOf(FieldType::UDINT, 2, FieldOrder::CDAB)), "-r 10 -c 1 -t 4:int");
+    EXPECT_EQ(Mbpoll(TagOf(FieldType::UDINT, 2, BlockOrder::CDAB)), "-r 10 -c 1 -t 4:int");
     EXPECT_EQ(Mbpoll(TagOf(FieldType::REAL, 2)), "-r 10 -c 1 -t 4:float -B");
-    EXPECT_EQ(Mbpoll(TagOf(FieldType::REAL, 2, FieldOrder::BADC)), "-r 10 -c 2 -t 4:hex");
-    EXPECT_EQ(Mbpoll(TagOf(FieldType::UINT, 1, FieldOrder::DCBA)), "-r 10 -c 1 -t 4:hex");
+    EXPECT_EQ(Mbpoll(TagOf(FieldType::REAL, 2, BlockOrder::BADC)), "-r 10 -c 2 -t 4:hex");
+    EXPECT_EQ(Mbpoll(TagOf(FieldType::UINT, 1, BlockOrder::DCBA)), "-r 10 -c 1 -t 4:hex");
     EXPECT_EQ(Mbpoll(TagOf(FieldType::LINT, 4)), "-r 10 -c 4 -t 4:hex");
     EXPECT_NE(Mbpoll(TagOf(FieldType::RAW, 126)).find("-r 135 -c 1 -t 4:hex"), std::string::npos);
     PlcTag coil = TagOf(FieldType::BOOL, 1);

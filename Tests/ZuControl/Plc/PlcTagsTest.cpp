@@ -36,7 +36,7 @@ struct BlockWithCoil final : ProtocolRegisterBlock, IDescribedBlock
         word.name = "word";
         word.type = FieldType::UINT;
         word.count = fieldCount;
-        word.order = FieldOrder::BADC;
+        word.order = BlockOrder::BADC;
         return {coil, word};
     }
 
@@ -106,14 +106,14 @@ TEST_F(PlcTags, HaveTheOrderOfTheServiceOrTheirOwn)
 {
     Place("Measurement", 100, "a");
     Place("Coil", 110);
-    EXPECT_EQ(ReadTags(instance).order, FieldOrder::ABCD);
+    EXPECT_EQ(ReadTags(instance).order, BlockOrder::ABCD);
 
     assembly.ChangeBigEndianSupportedBlocks(false);
     PlcTagList const list = ReadTags(instance);
 
-    EXPECT_EQ(list.order, FieldOrder::CDAB);
-    EXPECT_EQ(list.tags[0].order, FieldOrder::CDAB);
-    EXPECT_EQ(list.tags[3].order, FieldOrder::BADC);
+    EXPECT_EQ(list.order, BlockOrder::CDAB);
+    EXPECT_EQ(list.tags[0].order, BlockOrder::CDAB);
+    EXPECT_EQ(list.tags[3].order, BlockOrder::BADC);
 }
 
 TEST_F(PlcTags, OfABlockThatDoesNotDescribeItselfAreItsRegisters)

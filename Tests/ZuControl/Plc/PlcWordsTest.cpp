@@ -5,8 +5,8 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldRole;
 using ControlProtocol::FieldType;
 using ControlProtocol::RegisterField;
@@ -16,7 +16,7 @@ TEST(PlcWords, NameEachTypeOrderRoleAndArea)
     EXPECT_STREQ(NameOf(FieldType::BOOL), "BOOL");
     EXPECT_STREQ(NameOf(FieldType::UINT), "UINT");
     EXPECT_STREQ(NameOf(FieldType::RAW), "RAW");
-    EXPECT_STREQ(NameOf(FieldOrder::DCBA), "DCBA");
+    EXPECT_STREQ(NameOf(BlockOrder::DCBA), "DCBA");
     EXPECT_STREQ(NameOf(FieldRole::FINGERPRINT), "fingerprint");
     EXPECT_STREQ(NameOf(FieldArea::DISCRETE_INPUTS), "discreteInputs");
 }

@@ -5,8 +5,8 @@
 namespace ZuControl::Plc
 {
 
+using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldOrder;
 using ControlProtocol::FieldRole;
 using ControlProtocol::FieldType;
 
@@ -64,7 +64,7 @@ std::string StatementsOf(PlcTag const& tag)
     return Between(Write(tag), "fits := TRUE;\n", "END_FUNCTION_BLOCK");
 }
 
-PlcTag InOrderOf(FieldOrder order, PlcTag tag)
+PlcTag InOrderOf(BlockOrder order, PlcTag tag)
 {
     tag.order = order;
     return tag;
@@ -156,18 +156,18 @@ END_FUNCTION_BLOCK
 TEST(StructuredTextFormat, TakesTheRegistersAndBytesInTheirOrder)
 {
     PlcTag const number = TagAt(5, "a", FieldType::UDINT, 2);
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::ABCD, number)),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::ABCD, number)),
               "map.a := DWORD_TO_UDINT(Plc_Dword(high := registers[5], low := registers[6]));\n");
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::CDAB, number)),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::CDAB, number)),
               "map.a := DWORD_TO_UDINT(Plc_Dword(high := registers[6], low := registers[5]));\n");
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::BADC, number)),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::BADC, number)),
               "map.a := DWORD_TO_UDINT(Plc_Dword(high := ROL(registers[5], 8), low := ROL(registers[6], 8)));\n");
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::DCBA, number)),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::DCBA, number)),
               "map.a := DWORD_TO_UDINT(Plc_Dword(high := ROL(registers[6], 8), low := ROL(registers[5], 8)));\n");
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::CDAB, TagAt(5, "a", FieldType::LINT, 4))),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::CDAB, TagAt(5, "a", FieldType::LINT, 4))),
               "map.a := LWORD_TO_LINT(Plc_Lword(first := registers[8], second := registers[7], third := registers[6], "
               "fourth := registers[5]));\n");
-    EXPECT_EQ(StatementsOf(InOrderOf(FieldOrder::BADC, TagAt(5, "a", FieldType::INT, 1))),
+    EXPECT_EQ(StatementsOf(InOrderOf(BlockOrder::BADC, TagAt(5, "a", FieldType::INT, 1))),
               "map.a := WORD_TO_INT(ROL(registers[5], 8));\n");
 }
 
@@ -208,7 +208,7 @@ TEST(StructuredTextFormat, HasBitsTextsAndRegistersOfUnknownContent)
 
     PlcTag text = TagAt(5, "a", FieldType::TEXT, 200);
     text.field.charactersPerRegister = 2;
-    text.order = FieldOrder::BADC;
+    text.order = BlockOrder::BADC;
     EXPECT_EQ(StatementsOf(text),
               "map.a := Plc_Text(first := 5, count := 127, hasTwo := TRUE, isSwapped := TRUE, registers := "
               "registers);\n");

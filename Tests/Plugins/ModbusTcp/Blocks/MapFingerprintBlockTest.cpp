@@ -174,7 +174,7 @@ TEST_F(MapFingerprintBlockTest, TellsItsRoleInPlcFiles)
     EXPECT_EQ(fields[0].type, FieldType::UDINT);
     EXPECT_EQ(fields[0].count, 2);
     EXPECT_EQ(fields[0].role, FieldRole::FINGERPRINT);
-    EXPECT_EQ(fields[0].order, FieldOrder::CDAB);
+    EXPECT_EQ(fields[0].order, BlockOrder::CDAB);
 }
 
 TEST_F(MapFingerprintBlockTest, BelongsToTheRegistersOfTheSameRead)

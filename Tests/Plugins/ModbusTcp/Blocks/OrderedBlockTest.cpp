@@ -221,8 +221,8 @@ TEST_F(OrderedBlockTest, HasItsOrderInPlcFiles)
         std::vector<RegisterField> const fields = FieldsOf(*block);
         EXPECT_FALSE(fields.empty()) << type;
         EXPECT_TRUE(std::ranges::all_of(fields, [](auto const& one) { return !one.order.has_value(); })) << type;
-        for (auto const& [name, order] : {std::pair("ABCD", FieldOrder::ABCD), std::pair("CDAB", FieldOrder::CDAB),
-                                          std::pair("BADC", FieldOrder::BADC), std::pair("DCBA", FieldOrder::DCBA)})
+        for (auto const& [name, order] : {std::pair("ABCD", BlockOrder::ABCD), std::pair("CDAB", BlockOrder::CDAB),
+                                          std::pair("BADC", BlockOrder::BADC), std::pair("DCBA", BlockOrder::DCBA)})
         {
             SetOrder(300, name);
             auto const ordered = FieldsOf(*block);
