@@ -23,7 +23,6 @@ namespace ZuControl::Plc
 using ControlProtocol::AssemblyLock;
 using ControlProtocol::BlockOrder;
 using ControlProtocol::FieldArea;
-using ControlProtocol::FieldType;
 using ControlProtocol::IProtocolRegisterAssembly;
 using ControlProtocol::ProtocolRegisterBlock;
 using ControlProtocol::ProtocolRegisterBlockInfo;
