@@ -48,6 +48,11 @@ StandardErrorSink::~StandardErrorSink()
     ZU_GUARD_DESTRUCTOR([this] { TellLeftOut(true); });
 }
 
+void StandardErrorSink::SetLowestLevel(LogLevel level)
+{
+    lowest = level;
+}
+
 bool StandardErrorSink::Wants(uint64 flags) const
 {
     return LevelOf(flags) >= lowest;
@@ -93,6 +98,12 @@ LogScope::LogScope(LogLevel lowestLevel) : sink(std::make_shared<StandardErrorSi
 LogScope::~LogScope()
 {
     Zu::Logging::RemoveSink(sink);
+}
+
+void LogScope::SetLowestLevel(LogLevel level)
+{
+    sink->SetLowestLevel(level);
+    Zu::Logging::AskSinksAgain();
 }
 
 std::set<std::string> LogScope::Faults() const

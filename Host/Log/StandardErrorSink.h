@@ -6,6 +6,7 @@
 #include "Host/Log/LogWriter.h"
 #include "ZuApi/Logging.h"
 
+#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
@@ -26,12 +27,13 @@ public:
     bool Wants(uint64 flags) const override;
     void Write(Zu::Logging::Entry const& entry) override;
 
+    void SetLowestLevel(LogLevel level); ///< call `Zu::Logging::AskSinksAgain` then
     bool IsStalled() const; ///< as `LogWriter::IsStalled`
 
 private:
     void TellLeftOut(bool isEnd);
 
-    LogLevel const lowest;
+    std::atomic<LogLevel> lowest;
     Zu::Mutex budgetLock; // a leaf
     LogBudget budget ZU_GUARDED_BY(budgetLock);
     LogWriter writer; // last: its thread uses all members above
@@ -46,6 +48,9 @@ public:
 
     LogScope(LogScope const&) = delete;
     LogScope& operator=(LogScope const&) = delete;
+
+    /// Writes entries of this level and above from now on. Any thread may call.
+    void SetLowestLevel(LogLevel level);
 
     /// A sentence for the user if the reader of the log does not keep up, else none. Any thread may call.
     std::set<std::string> Faults() const;

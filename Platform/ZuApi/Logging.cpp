@@ -78,6 +78,13 @@ void RemoveSink(std::shared_ptr<ISink> const& sink)
     Replace(registry, std::move(sinks));
 }
 
+void AskSinksAgain()
+{
+    Registry& registry = TheRegistry();
+    Zu::MutexLock const guard(registry.lock);
+    Replace(registry, registry.sinks);
+}
+
 void Zu_Debug_Log(int line, char const* file, uint64 flags, char const* label, char const* format, ...)
 {
     if (!IsWanted(flags))

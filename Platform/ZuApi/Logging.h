@@ -45,8 +45,8 @@ class ZUAPI_API ISink
 public:
     virtual ~ISink();
 
-    /// Whether the sink wants lines with these flags. The answer must not change while the sink is added. It must not
-    /// log, add or remove sinks: `AddSink` and `RemoveSink` call it under the lock of the sinks.
+    /// Whether the sink wants lines with these flags. After a change of the answer the sink calls `AskSinksAgain`. It must
+    /// not log, add or remove sinks: the functions below call it under the lock of the sinks.
     virtual bool Wants(uint64 flags) const = 0;
 
     virtual void Write(Entry const& entry) = 0;
@@ -59,6 +59,9 @@ ZUAPI_API void AddSink(std::shared_ptr<ISink> sink);
 /// nothing for a sink that was not added.
 ZUAPI_API void RemoveSink(std::shared_ptr<ISink> const& sink);
 
+/// Asks each sink again what it wants. Lines that begin after this call follow the answers.
+ZUAPI_API void AskSinksAgain();
+
 /// The bit for the kind of a line with these flags: one bit for each level of user lines and of developer lines.
 constexpr uint32 KindBit(uint64 flags) noexcept
 {
@@ -66,7 +69,7 @@ constexpr uint32 KindBit(uint64 flags) noexcept
     return uint32{1} << (level + ((flags & FLAG_USER) != 0 ? 3 : 0));
 }
 
-/// The kinds that at least one sink wants, as bits. Only `AddSink` and `RemoveSink` change it.
+/// The kinds that at least one sink wants, as bits. Only the functions above change it.
 extern ZUAPI_API std::atomic<uint32> wantedKinds;
 
 /// Whether any sink wants a line with these flags.

@@ -37,6 +37,25 @@ TEST(StandardErrorSink, WritesALineWithLevelLabelAndText)
     EXPECT_EQ(written.find("not any more"), std::string::npos);
 }
 
+TEST(StandardErrorSink, FollowsANewLowestLevelAtOnce)
+{
+    testing::internal::CaptureStderr();
+    {
+        LogScope scope(LogLevel::ERROR);
+        ZU_LOG_INFO("before");
+        scope.SetLowestLevel(LogLevel::INFO);
+        ZU_LOG_INFO("between");
+        scope.SetLowestLevel(LogLevel::WARNING);
+        ZU_LOG_INFO("behind");
+    }
+
+    std::string const written = testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(written.find("before"), std::string::npos);
+    EXPECT_NE(written.find("between"), std::string::npos);
+    EXPECT_EQ(written.find("behind"), std::string::npos);
+}
+
 TEST(StandardErrorSink, GathersTheLinesOfAPlaceBeyondItsBudget)
 {
     testing::internal::CaptureStderr();
