@@ -260,6 +260,11 @@ ZuControl::IControlManager& Application::Controls()
     return sensorModule.Controls();
 }
 
+ZuCommon::ProblemsManager& Application::Problems()
+{
+    return problems;
+}
+
 void Application::LoadPlugins(PluginClinic::Admission const& plugins)
 {
     for (PluginClinic::Complaint const& complaint : plugins.complaints)

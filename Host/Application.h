@@ -101,6 +101,7 @@ public:
     void ReadCertificatesAgain();
 
     ZuControl::IControlManager& Controls();
+    ZuCommon::ProblemsManager& Problems();
 
 private:
     void LoadPlugins(PluginClinic::Admission const& plugins);

@@ -5,6 +5,7 @@
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/Clinic/PluginFiles.h"
 #include "Host/Clinic/SignedPlugins.h"
+#include "Host/HangUp.h"
 #include "Host/Http/BearerToken.h"
 #include "Host/Log/LogLine.h"
 #include "Host/Log/StandardErrorSink.h"
@@ -117,34 +118,6 @@ void Start(Application& application, HttpsCertificate const* certificate, std::o
     output << "ready" << std::endl;
 }
 
-/// Keeps the present token if the file has none.
-void ReadTokenAgain(Options const& options, Application& application)
-{
-    try
-    {
-        application.SetToken(BearerToken::ReadFile(options.tokenFile));
-        ZU_LOG_INFO("The token file has been read again");
-    }
-    catch (std::exception const&)
-    {
-        ZU_LOG_ERROR("The token stays as it was: %s", Zu::CaughtReason().c_str());
-    }
-}
-
-/// Answers SIGHUP.
-void ReadFilesAgain(Options const& options, Application& application)
-{
-    if (options.tokenFile.empty() && options.httpsAddress.empty())
-    {
-        ZU_LOG_INFO("The hang-up signal concerns the services for PLCs alone: there is no token file and no HTTPS");
-    }
-    if (!options.tokenFile.empty())
-    {
-        ReadTokenAgain(options, application);
-    }
-    application.ReadCertificatesAgain();
-}
-
 TrailLimits LimitsOf(Options const& options)
 {
     TrailLimits limits;
@@ -165,17 +138,32 @@ void WarnAtStart(DataFolder const& dataFolder)
     }
 }
 
+/// The files that the options name, read.
+struct Inputs
+{
+    std::string token;
+    std::string loginNotice;
+    HttpServer::Settings http;
+    std::unique_ptr<IProfileSource> source;
+};
+
+Inputs ReadInputs(Options const& options)
+{
+    Inputs inputs;
+    inputs.token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
+    inputs.loginNotice = options.loginNoticeFile.empty() ? "" : LoginNotice::ReadFile(options.loginNoticeFile);
+    inputs.http = CheckHttp(options);
+    CheckPluginFolders(options);
+    inputs.source = MakeSource(options);
+    return inputs;
+}
+
 /// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
 {
     OrderlyStop::SetStep("reading the files of the command line");
-    std::string const token = options.tokenFile.empty() ? "" : BearerToken::ReadFile(options.tokenFile);
-    std::string const loginNotice =
-        options.loginNoticeFile.empty() ? "" : LoginNotice::ReadFile(options.loginNoticeFile);
-    HttpServer::Settings const httpSettings = CheckHttp(options);
-    CheckPluginFolders(options);
-    std::unique_ptr<IProfileSource> source = MakeSource(options);
+    Inputs inputs = ReadInputs(options);
     DataFolder const dataFolder(options.dataFolder);
     std::unique_ptr<HttpsCertificate> const certificate = ReadCertificate(options, dataFolder);
     OrderlyStop::SetStep("testing the plug-ins");
@@ -187,11 +175,11 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         return;
     }
     failureStatus = EXIT_BROKEN;
-    LogScope const log(options.logLevel);
+    LogScope log(options.logLevel);
     AuditTrail trail(dataFolder, LimitsOf(options));
-    Application application(options, httpSettings, token, certificate.get(), dataFolder, std::move(source), plugins,
-                            log, trail);
-    application.SetLoginNotice(loginNotice);
+    Application application(options, inputs.http, inputs.token, certificate.get(), dataFolder, std::move(inputs.source),
+                            plugins, log, trail);
+    application.SetLoginNotice(inputs.loginNotice);
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
@@ -201,14 +189,37 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     }
     Start(application, certificate.get(), output);
     WarnAtStart(dataFolder);
+    HangUp hangUp(options, application, log);
     OrderlyStop::SetHangUpHandler([&] {
         trail.Note({"host", "", "hang-up signal", "", "", "done"});
-        ReadFilesAgain(options, application);
+        hangUp.Answer();
     });
     waitForStop();
     OrderlyStop::SetHangUpHandler(nullptr);
     application.Stop();
     OrderlyStop::SetStep("writing the trail");
+}
+
+/// Tells every fault of the configuration file, and then the first one of the files that it names.
+int CheckConfiguration(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors)
+{
+    ConfiguredOptions const configured = ReadConfiguration(words);
+    for (std::string const& fault : configured.faults)
+    {
+        errors << "zucontrol-host: " << Printable(fault) << std::endl;
+    }
+    if (!configured.faults.empty())
+    {
+        return EXIT_BAD_INPUT;
+    }
+    Options const& options = configured.options;
+    ReadInputs(options);
+    if (!options.certificateFile.empty())
+    {
+        HttpsCertificate(HttpsCertificate::UsersFiles{options.certificateFile, options.keyFile});
+    }
+    output << Printable(options.configurationFile.string()) << " has no fault\n";
+    return EXIT_FINE;
 }
 
 int CheckTrail(Options const& options, std::ostream& output, std::ostream& errors)
@@ -261,6 +272,10 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
         {
             failureStatus = EXIT_BROKEN;
             return CheckTrail(options, output, errors);
+        }
+        if (options.request == Options::Request::CHECK_CONFIGURATION)
+        {
+            return CheckConfiguration(words, output, errors);
         }
         if (options.request == Options::Request::RUN)
         {

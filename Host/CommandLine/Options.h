@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/CommandLine/OptionForms.h"
 #include "Host/Store/JobName.h"
 #include "wApi/wTypes.h"
 
@@ -38,7 +39,7 @@ struct ParameterSetting
     bool operator==(ParameterSetting const&) const = default;
 };
 
-/// The command line, parsed.
+/// The command line and the configuration file, parsed.
 struct Options
 {
     enum class Request
@@ -46,6 +47,7 @@ struct Options
         RUN,
         CHECK_PLUGIN,
         CHECK_TRAIL,
+        CHECK_CONFIGURATION,
         SHOW_HELP,
         SHOW_VERSION
     };
@@ -57,19 +59,23 @@ struct Options
     static constexpr uint64 MAX_TRAIL_DAYS = 3650;
     static constexpr uint64 MAX_TRAIL_MIB = 1024;
 
+    static constexpr char STANDARD_CONFIGURATION[] = "/etc/zucontrol/zucontrol.toml";
+
     Request request = Request::RUN;
-    std::vector<std::string> words;        ///< as given, the program first
-    std::string httpAddress = "127.0.0.1"; ///< of the REST service
-    uint16 httpPort = 8080;                ///< 0: a free port
-    bool isInsecure = false;               ///< the REST service may be open beyond this machine without TLS
-    std::string httpsAddress;              ///< of the REST service over TLS; empty: none
-    uint16 httpsPort = 0;                  ///< 0: a free port
-    std::filesystem::path certificateFile; ///< for TLS; empty: the host makes its own
-    std::filesystem::path keyFile;         ///< empty if and only if there is no certificate file
-    uint64 keepAliveSeconds = 15;          ///< interval of comments on an event stream without news
-    bool resetsAdministrator = false;      ///< offer a one-time code for a new administrator
-    std::filesystem::path tokenFile;       ///< empty: the REST service asks for no token
-    std::filesystem::path loginNoticeFile; ///< a text for callers who are not logged in; empty: none
+    std::vector<std::string> words;          ///< of the command line, the program first
+    std::filesystem::path configurationFile; ///< empty: none
+    std::vector<GivenOption> given;          ///< in the order in which they were applied
+    std::string httpAddress = "127.0.0.1";   ///< of the REST service
+    uint16 httpPort = 8080;                  ///< 0: a free port
+    bool isInsecure = false;                 ///< the REST service may be open beyond this machine without TLS
+    std::string httpsAddress;                ///< of the REST service over TLS; empty: none
+    uint16 httpsPort = 0;                    ///< 0: a free port
+    std::filesystem::path certificateFile;   ///< for TLS; empty: the host makes its own
+    std::filesystem::path keyFile;           ///< empty if and only if there is no certificate file
+    uint64 keepAliveSeconds = 15;            ///< interval of comments on an event stream without news
+    bool resetsAdministrator = false;        ///< offer a one-time code for a new administrator
+    std::filesystem::path tokenFile;         ///< empty: the REST service asks for no token
+    std::filesystem::path loginNoticeFile;   ///< a text for callers who are not logged in; empty: none
     std::filesystem::path dataFolder = "zucontrol-data"; ///< folder of jobs and settings
     JobName jobName{"default"};
     std::vector<std::filesystem::path> pluginFolders; ///< empty: "plugins" beside the program
@@ -91,9 +97,23 @@ struct Options
     LogLevel logLevel = LogLevel::INFO;
 };
 
-/// Parses a command line; the first word is the program. Throws `Zu::Status::BAD_ARGUMENT` with one line that names the
-/// option and the fault. Not thread-safe.
+/// Parses a command line and the configuration file that it names; the first word is the program. An option of the command
+/// line replaces all values of that option in the file, except that `--param` adds to the file's. Throws
+/// `Zu::Status::BAD_ARGUMENT` with one line that names the option, or the file and the line in it, and the fault. Not
+/// thread-safe.
 Options ParseOptions(std::vector<std::string> const& words);
+
+/// Options with all faults of their configuration file; with faults the options must not be used.
+struct ConfiguredOptions
+{
+    Options options;
+    std::vector<std::string> faults; ///< a sentence each, with the file and the line
+};
+
+/// As `ParseOptions`, for a caller that wants to know every fault of the file. Without `--config` the file is
+/// `Options::STANDARD_CONFIGURATION`. Throws `Zu::Status::BAD_ARGUMENT` for the command line, and for options that
+/// contradict each other.
+ConfiguredOptions ReadConfiguration(std::vector<std::string> const& words);
 
 /// The text of `--help`, with a final line break.
 std::string HelpText();

@@ -183,40 +183,32 @@ TEST(Options, NamesEveryOptionInItsHelp)
 {
     std::string const help = HelpText();
 
-    for (char const* name : {"--http ",
-                             "--https",
-                             "--certificate",
-                             "--key ",
-                             "--insecure",
-                             "--token",
-                             "--reset-administrator",
-                             "--data",
-                             "--job",
-                             "--plugins",
-                             "--check-plugin",
-                             "--check-trail",
-                             "--plugin-keys",
-                             "--trail-days",
-                             "--trail-mib",
-                             "--login-notice",
-                             "--allow-core-dumps",
-                             "--deployment",
-                             "--replay",
-                             "--still",
-                             "--rate",
-                             "--keep-alive",
-                             "--operation-limit",
-                             "--stop-limit",
-                             "--start",
-                             "--enable",
-                             "--param",
-                             "--log",
-                             "--help",
-                             "--version"})
+    for (OptionForm const& form : OptionForms())
     {
-        EXPECT_NE(help.find(name), std::string::npos) << name;
+        std::string const value = form.kind == OptionForm::Kind::SWITCH ? "" : std::string(" ") + form.value;
+        std::string const entry = std::string("\n  --") + form.name + value;
+        std::size_t const place = help.find(entry);
+        ASSERT_NE(place, std::string::npos) << form.name;
+        EXPECT_TRUE(help[place + entry.size()] == ' ' || help[place + entry.size()] == '\n') << form.name;
     }
     EXPECT_EQ(VersionText().find("zucontrol-host 1."), 0u);
+}
+
+TEST(Options, PutsTheTextsOfItsHelpBelowEachOther)
+{
+    std::string const help = HelpText();
+
+    EXPECT_NE(help.find("\n  --key FILE           the private key of the certificate\n"
+                        "  --insecure           let --http take any address, without encryption\n"),
+              std::string::npos)
+        << help;
+    EXPECT_NE(help.find("\n  --reset-administrator\n"
+                        "                       show a one-time code with which POST /setup makes an administrator\n"),
+              std::string::npos);
+    EXPECT_NE(
+        help.find("\n  --replay FILE.pcd    replay a recorded range image, a row a profile, in metres, instead of the\n"
+                  "                       simulated part\n"),
+        std::string::npos);
 }
 
 TEST(Options, TellsTheUnitOfAReplayedFile)
