@@ -28,8 +28,11 @@ class Broker:
     further lines of its configuration; a listener of one's own makes `port` a parameter. `prefix` are the words of a
     command that runs it elsewhere, in a network namespace for example, where `address` is its own."""
 
+    made = []  # the ports of all, for a test that wants to look whether each is watched
+
     def __init__(self, *lines, port=None, address="127.0.0.1", prefix=()):
         self.port = port or free_port()
+        self.made.append(self.port)
         self.address = address
         self.prefix = prefix
         self.lines = lines or ("allow_anonymous true",)
@@ -190,7 +193,8 @@ def encode(metrics):
 class MqttClient:
     """A connection. `take` is called with (topic, payload, qos, retained) on a thread of the client."""
 
-    def __init__(self, port, name, take, will=None, context=None, address="127.0.0.1", patience=PATIENCE, keep_alive=60):
+    def __init__(self, port, name, take, will=None, context=None, address="127.0.0.1", patience=PATIENCE, keep_alive=60,
+                 login=None):
         self.take = take
         self.patience = patience
         self.heard = time.monotonic()  # when the broker sent anything
@@ -203,6 +207,9 @@ class MqttClient:
             topic, payload = will
             flags |= 4 | 8 | 32  # QoS 1, retained
             body += self.text(topic) + struct.pack(">H", len(payload)) + payload
+        if login is not None:
+            flags |= 64 | 128
+            body += b"".join(self.text(text) for text in login)
         self.lock = threading.Lock()
         self.send(0x10, self.text("MQTT") + bytes([4, flags]) + struct.pack(">H", keep_alive) + body)
         self.socket.settimeout(None)
@@ -412,12 +419,14 @@ def state_message(host_id, online, stamp):
 
 
 class HostApplication(NodeRules):
-    """A host on a broker: takes the messages of a node. With `state` it tells its STATE under that id."""
+    """A host on a broker: takes the messages of a node. With `state` it tells its STATE under that id. `login` is a user and
+    a password."""
 
     made = []  # all, for a test that wants to look at the breaches of each
 
-    def __init__(self, port, state=None, context=None):
+    def __init__(self, port, state=None, context=None, login=None):
         super().__init__()
+        self.login = login
         self.context = context
         self.state = state
         self.topics = set()
@@ -431,7 +440,7 @@ class HostApplication(NodeRules):
         will = None
         if self.state is not None:
             will = self.state_message(False)
-        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will, self.context)
+        self.client = MqttClient(self.port, f"host{id(self)}", self.take, will, self.context, login=self.login)
         self.client.subscribe("spBv1.0/#")
         if self.state is not None:
             self.client.publish(*self.state_message(True), retain=True)

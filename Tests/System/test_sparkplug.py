@@ -39,8 +39,11 @@ class Sparkplug(unittest.TestCase):
 
     def setUp(self):
         HostApplication.made.clear()
+        Broker.made.clear()
 
     def tearDown(self):
+        watched = {application.port for application in HostApplication.made}
+        self.assertEqual(set(Broker.made) - watched, set(), "brokers without a host application")
         for application in HostApplication.made:
             self.check(application)
 
@@ -345,7 +348,9 @@ class Servers(Sparkplug):
         broker = Broker()
         with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
             wait_for_problem(rest, f"Sparkplug MQTT has no session: 127.0.0.1:{broker.port}: Connection refused")
+            host.process.send_signal(signal.SIGSTOP)  # the application comes first, to see all that is sent
             with broker, HostApplication(broker.port) as application:
+                host.process.send_signal(signal.SIGCONT)
                 self.wait_for_birth(application)
                 wait_until(lambda: not any("Sparkplug" in text for text in problems(rest)), "the end of the problem")
 
@@ -353,12 +358,16 @@ class Servers(Sparkplug):
         with tempfile.TemporaryDirectory() as folder:
             passwords = folder + "/passwords"
             subprocess.run(["mosquitto_passwd", "-b", "-c", passwords, "sensor", "sesame7"], check=True)
-            with Broker("allow_anonymous false", f"password_file {passwords}") as broker:
+            subprocess.run(["mosquitto_passwd", "-b", passwords, "plant", "press5"], check=True)
+            with Broker("allow_anonymous false", f"password_file {passwords}") as broker, \
+                    HostApplication(broker.port, login=("plant", "press5")) as application:
                 with sparkplug_host(servers=[broker.port], user="sensor") as host, RestClient(host.http_port) as rest:
                     self.assertEqual(metrics(rest)["password"], "not set")
                     wait_for_problem(rest, "the server does not authorise this client")
+                    self.assertEqual(application.messages, [])
                     self.assertEqual(rest.post(NODE + "/commands/setPassword", {"password": "sesame7"}).status // 100, 2)
                     wait_until(lambda: metrics(rest)["session"] == "born", "the session")
+                    self.wait_for_birth(application)
                     self.assertEqual(metrics(rest)["password"], "set")
                     for path in (NODE, NODE + "?schema=true", NODE + "/commands/setPassword", NODE + "/metrics", "/jobs"):
                         self.assertNotIn("sesame7", rest.get(path).text)
@@ -381,14 +390,21 @@ class Servers(Sparkplug):
                 return Broker("allow_anonymous true", f"cafile {folder}/authority.pem", f"certfile {folder}/{certificate}.pem",
                               f"keyfile {folder}/{certificate}.key", "require_certificate true")
 
+            watching = ssl.create_default_context(cafile=folder + "/authority.pem")
+            watching.load_cert_chain(folder + "/sensor.pem", folder + "/sensor.key")
+            watching.check_hostname = False  # one of the servers has another name
+
             def expect(broker, told, **changed):
-                with sparkplug_host(servers=[broker.port], **{**own, **changed}) as host:
+                with HostApplication(broker.port, context=watching) as application, \
+                        sparkplug_host(servers=[broker.port], **{**own, **changed}) as host:
                     with RestClient(host.http_port) as rest:
                         if told is None:
                             wait_until(lambda: metrics(rest)["session"] == "born", "the session")
+                            self.wait_for_birth(application)
                         else:
                             wait_for_problem(rest, told)
                             self.assertEqual(metrics(rest)["births"], 0)
+                            self.assertEqual(application.messages, [])
 
             with tls_broker("server") as broker:
                 expect(broker, None)
@@ -485,7 +501,7 @@ class Servers(Sparkplug):
                 subprocess.run(["umount", disk], check=True)
 
     def test_two_nodes_with_one_name_are_told_and_do_not_fight(self):
-        with Broker() as broker:
+        with Broker() as broker, HostApplication(broker.port) as application:
             with sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
                 wait_until(lambda: metrics(rest)["session"] == "born", "the first node")
                 with sparkplug_host(servers=[broker.port]) as second, RestClient(second.http_port) as other:
@@ -495,11 +511,13 @@ class Servers(Sparkplug):
 
                     wait_until(is_told, "the problem")
                     self.assertLess(metrics(rest)["births"] + metrics(other)["births"], 20)
+            self.assertGreaterEqual(len(application.of_kind("NDEATH")), 3)  # each loss is the will of a node
 
 
 class Parameters(Sparkplug):
     def test_ids_that_are_no_ids_are_refused(self):
-        with Broker() as broker, sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+        with Broker() as broker, HostApplication(broker.port), \
+                sparkplug_host(servers=[broker.port]) as host, RestClient(host.http_port) as rest:
             before = rest.get(NODE).text
             for wrong in ({"groupId": "a+b"}, {"nodeId": "a/b"}, {"deviceId": "#"}, {"groupId": ""}, {"nodeId": "x" * 129},
                           {"primaryHostId": "a/b"}, {"server1": "host:port"}, {"server2": "a b"}, {"keepAlive": 4},
@@ -592,12 +610,14 @@ class Page(unittest.TestCase):
         _, steps = session("docs/sparkplug.md", "A session")
         steps += session("docs/sparkplug.md", "Parameters")[1]
         self.assertEqual(len(steps), 4)
-        with Broker() as broker, sparkplug_host("--still", "--start", servers=[broker.port]) as host:
+        with Broker() as broker, HostApplication(broker.port) as application, \
+                sparkplug_host("--still", "--start", servers=[broker.port]) as host:
             for command, shown in steps:
                 def as_here(text):
                     return text.replace("1883", str(broker.port)).replace(":8080", f":{host.http_port}")
 
                 expect(as_here(command), [as_here(line) for line in shown])
+        self.assertEqual(application.breaches, [])
 
     def test_each_test_in_the_table_of_rules_is_there(self):
         table = section("docs/sparkplug.md", "The rules of the standard")

@@ -80,7 +80,8 @@ class Loss(unittest.TestCase):
                     self.check(before, after)
 
     def test_no_frame_is_lost_while_the_primary_host_is_away(self):
-        with Broker() as broker, sparkplug_host("--rate", RATE, servers=[broker.port], primaryHostId="scada") as host:
+        with Broker() as broker, HostApplication(broker.port) as watcher, \
+                sparkplug_host("--rate", RATE, servers=[broker.port], primaryHostId="scada") as host:
             with RestClient(host.http_port) as rest:
                 with HostApplication(broker.port, state="scada") as before:
                     before.wait_for(lambda: before.device_born, "the birth")
@@ -94,7 +95,7 @@ class Loss(unittest.TestCase):
                     self.all_historical_have_arrived(rest, after)
                     seen = arrived(before, after)
                     self.assertEqual(set(range(1, max(seen))) - seen, set())
-                    self.check(before, after)
+                    self.check(before, after, watcher)
 
     def test_no_frame_is_lost_on_a_server_that_falls_silent(self):
         """Its connections stay open, and what it was sent is lost."""
