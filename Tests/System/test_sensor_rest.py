@@ -1,21 +1,29 @@
 """The sensor is run and watched over REST, beside a PLC, also with bad input."""
 
 import contextlib
+import http.client
 import json
 import math
+import os
+import pathlib
+import re
 import socket
 import struct
 import tempfile
+import threading
 import time
 import unittest
 import urllib.parse
 
-from host import Host, wait_until
+from host import PATIENCE, Host, wait_until
 from modbus import ModbusClient
+from range_image import read_pcd, write_pcd
 from rest import EventStream, RestClient, check_hal
+from test_replay import small_scene
 
 FAILED = 3  # the status of a command
 MOST_STREAMS = 64
+SPARE_MIB = max(0, int(os.environ.get("ZU_MEMORY_MIB", "64")) - 64)  # a sanitizer keeps what was freed
 HEADER = struct.Struct("<4sIQQqIIff")
 BYTES = "application/octet-stream"
 
@@ -33,6 +41,26 @@ def run(rest, command, **parameters):
         raise AssertionError(f"{command}: {answer.status} {answer.text}")
     place = answer.headers["Location"]
     return wait_until(lambda: (one := rest.get(place).json)["result"] != "running" and one, f"the end of {place}")
+
+
+def pipelined(port, paths):
+    """The answers to POST requests that go out in one write."""
+    answers = []
+    with socket.create_connection(("127.0.0.1", port), timeout=PATIENCE) as client:
+        client.sendall("".join(f"POST {path} HTTP/1.1\r\nHost: localhost\r\nContent-Length: 0\r\n\r\n" for path in paths).encode())
+        file = client.makefile("rb")
+        for _ in paths:
+            status = int(file.readline().split()[1])
+            headers = dict(line.decode().rstrip().lower().split(": ", 1) for line in iter(file.readline, b"\r\n"))
+            file.read(int(headers.get("content-length", 0)))
+            answers.append({"status": status, "headers": headers})
+    return answers
+
+
+def peak_mib(host):
+    """The largest resident memory of the host so far."""
+    text = pathlib.Path(f"/proc/{host.process.pid}/status").read_text()
+    return int(re.search(r"VmHWM:\s+(\d+)", text)[1]) / 1024
 
 
 class ByteStream:
@@ -150,6 +178,86 @@ class Commands(unittest.TestCase):
             self.assertEqual((failed["result"], failed["text"]), ("failed", "The sensor takes a trigger only while it scans"))
 
 
+    def test_a_command_while_the_scan_stops_is_refused_for_now(self):
+        with sensor("--start", "--rate", 5, modbus=False) as (host, rest):
+            refused = 0
+            for _ in range(200):  # the end of the stop is a race: once is enough
+                stopped, started = pipelined(host.http_port, ["/sensor/commands/stop", "/sensor/commands/start"])
+                self.assertEqual(stopped["status"], 202)
+                self.assertIn(started["status"], (202, 503))
+                if started["status"] == 503:
+                    self.assertEqual(started["headers"]["retry-after"], "1")
+                    refused += 1
+                wait_until(lambda: rest.get("/sensor").json["operation"] is None, "the end of the operations")
+                if refused:
+                    break
+                wait_until(lambda: rest.get("/sensor").json["state"] == "running", "the scan")
+            self.assertGreater(refused, 0)
+            self.assertEqual(rest.get("/sensor").json["state"], "ready")
+            self.assertEqual(run(rest, "start")["result"], "done")
+
+    def test_commands_do_not_hold_up_a_host_that_stops(self):
+        with sensor("--start", modbus=False) as (host, _):
+            statuses, sent = set(), threading.Event()
+
+            def command():
+                with contextlib.suppress(OSError, http.client.HTTPException), RestClient(host.http_port) as other:
+                    while True:
+                        statuses.add(other.post("/sensor/commands/align").status)
+                        sent.set()
+
+            thread = threading.Thread(target=command)
+            thread.start()
+            self.assertTrue(sent.wait(PATIENCE))
+            begin = time.monotonic()
+            self.assertEqual(host.stop(), 0)
+            self.assertLess(time.monotonic() - begin, 20)  # a stop that hangs ends after 30 s
+            thread.join(PATIENCE)
+            self.assertFalse(thread.is_alive())
+            self.assertLessEqual(statuses, {202, 503})
+
+
+class Uploads(unittest.TestCase):
+    SIZE = 100_000_000
+
+    def upload(self, host, head, body):
+        """The answer to an upload, and how many bytes of the body the host has taken before it closed the connection."""
+        with socket.create_connection(("127.0.0.1", host.http_port), timeout=PATIENCE) as client:
+            client.sendall(f"PUT /jobs/big HTTP/1.1\r\nHost: localhost\r\n{head}\r\n\r\n".encode())
+            taken = 0
+            with contextlib.suppress(ConnectionError):
+                while taken < self.SIZE:
+                    client.sendall(body)
+                    taken += len(body)
+            answer = b""
+            with contextlib.suppress(ConnectionError):
+                while data := client.recv(65536):
+                    answer += data
+            return answer, taken
+
+    def test_an_upload_of_100_megabytes_is_refused_and_kept_nowhere(self):
+        block = bytes(1 << 20)
+        with sensor(modbus=False) as (host, rest):
+            self.assertEqual(rest.get("/jobs").status, 200)
+            before = peak_mib(host)
+            for head, body in ((f"Content-Length: {self.SIZE}", block),
+                               ("Transfer-Encoding: chunked", b"%x\r\n" % len(block) + block + b"\r\n")):
+                with self.subTest(head=head):
+                    answer, taken = self.upload(host, head, body)
+                    self.assertLess(taken, self.SIZE)  # the connection is closed, as the page on REST says
+                    if answer:  # a reset may overtake the answer
+                        self.assertTrue(answer.startswith(b"HTTP/1.1 413 "), answer[:80])
+            with socket.create_connection(("127.0.0.1", host.http_port), timeout=PATIENCE) as client:  # waits for the answer
+                client.sendall(f"PUT /jobs/big HTTP/1.1\r\nHost: localhost\r\nContent-Length: {self.SIZE}\r\n\r\n".encode())
+                answer = client.makefile("rb").read()
+                self.assertTrue(answer.startswith(b"HTTP/1.1 413 "), answer[:80])
+                self.assertIn(b"\r\nconnection: close\r\n", answer.lower())
+            self.assertLess(peak_mib(host) - before, 8 + SPARE_MIB)
+            self.assertEqual(rest.get("/jobs").status, 200)  # a connection that was open before
+            self.assertNotIn("big", rest.get("/jobs").text)
+            self.assertEqual([path.name for path in host.data.rglob("*") if path.stat().st_size > 1 << 20], [])
+
+
 class Live(unittest.TestCase):
     def test_sources_show_value_and_destinations(self):
         with sensor("--start", "--still", "--enable", "AsciiTcp", "--param", "AsciiTcp.port=0") as (host, rest):
@@ -207,6 +315,41 @@ class Live(unittest.TestCase):
                     _, frame, rows, *_ = stream.next()
                     self.assertGreaterEqual(frame - rows, newest)
                     newest = frame
+
+    def test_a_replayed_range_image_is_shown_row_by_row(self):
+        columns = 20
+        with tempfile.NamedTemporaryFile(suffix=".pcd") as file:
+            write_pcd(file.name, small_scene())
+            scene = read_pcd(file.name)
+            points = [[(x * 1000, z * 1000) for x, _, z in row if not math.isnan(z)] for row in scene]
+            first, last = (edge(x for row in points for x, _ in row) for edge in (min, max))
+
+            def check(frame, x0, spacing, heights):
+                """The heights are those of the row that the number of the profile names, the highest one in each column."""
+                self.assertAlmostEqual(x0, first + spacing / 2, 3)
+                self.assertAlmostEqual(spacing, (last - first) / columns, 3)
+                row = points[frame % len(points)]
+                for column, height in enumerate(heights):
+                    begin, end = first + column * spacing, first + (column + 1) * spacing
+                    inside = [z for x, z in row if begin + 1e-3 < x < end - 1e-3]  # of those on an edge either column may have one
+                    near = [z for x, z in row if begin - 1e-3 < x < end + 1e-3]
+                    if height is None or math.isnan(height):
+                        self.assertEqual(inside, [], f"frame {frame}, column {column}")
+                    else:
+                        self.assertTrue(any(abs(z - height) < 1e-4 for z in near), f"frame {frame}, column {column}")
+                        self.assertGreaterEqual(height, max(inside, default=-math.inf) - 1e-4)
+
+            with sensor("--start", "--rate", 100, "--replay", file.name, modbus=False) as (host, rest):
+                path = f"/rangeimage?rows=30&columns={columns}"
+                grid = wait_until(lambda: (one := rest.get(path).json)["rows"] == 30 and one, "thirty rows")
+                for frame, heights in zip(grid["frames"], grid["z"], strict=True):
+                    check(frame, grid["x0"], grid["spacing"], heights)
+                self.assertTrue(any(height is not None for heights in grid["z"] for height in heights))
+                with ByteStream(host.http_port, path) as stream:
+                    for _ in range(10):
+                        kind, frame, rows, count, x0, spacing, numbers = stream.next()
+                        self.assertEqual((kind, count, len(numbers)), (b"ZURI", columns, rows * columns))
+                        check(frame, x0, spacing, numbers[-columns:])  # the newest row has the number of the message
 
     def test_bad_rates_and_sizes_are_refused_and_large_ones_clamped(self):
         with sensor("--start", modbus=False) as (host, rest):
