@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the benchmarks and prints every goal with its figure and what it was measured against.
 
-usage: table.py FOLDER_OF_PROGRAMS [--quick] [--gate] [--list] [NAME...]       (./bench builds them first)
+usage: table.py FOLDER_OF_PROGRAMS [--quick] [--gate] [--list] [--minutes N] [NAME...]       (./bench builds them first)
 """
 
 import argparse
@@ -17,16 +17,21 @@ import tempfile
 import time
 
 Goal = collections.namedtuple("Goal", "name title pairs limit against gates unit")
-"""A goal: for each pair of `pairs`, the first figure divided by the second, or the first alone, is at most `limit`. Without a
-limit the figures are for information."""
+"""A goal: for each pair of `pairs`, the first figure divided by the second, or the first alone, is at most `limit`. A third figure
+of a pair is shown beside the first. Without a limit the figures are for information."""
 
 
-def ratio(name, title, against, limit, *pairs, gates=False):
-    return Goal(name, title, pairs, limit, against, gates, "ns")
+def ratio(name, title, against, limit, *pairs, gates=False, unit="ns"):
+    return Goal(name, title, pairs, limit, against, gates, unit)
 
 
 def count(name, title, limit, *figures):
     return Goal(name, title, [(figure, None) for figure in figures], limit, "", True, "")
+
+
+def amount(name, title, limit, unit, figure, beside, against):
+    """The figure itself is held against the limit; `beside` is shown for comparison."""
+    return Goal(name, title, [(figure, None, beside)], limit, against, False, unit)
 
 
 def layouts(name, figure, reference):
@@ -103,6 +108,11 @@ GOALS = [
     ratio("modbus", "Modbus read, CPU of the server", "least", 1.5, ("ModbusRead/Server", "ModbusRead/Least")),
     ratio("sparkplug", "a frame of 20 metrics into the queue", "nanopb", 1.5,
           ("Sparkplug/Frame/Handler", "Sparkplug/Frame/ByHand")),
+    amount("console", "the console's files, transferred", 150, "kB", "Console/Transfer", "Console/TransferPlain", "plain"),
+    amount("console", "from the begin to the first number", 1e9, "ns", "Console/FirstNumber", "Console/EmptyPage", "/health"),
+    amount("console", "CPU of the host for one Live viewer", 3, "%", "Console/CpuOfViewer", "Console/CpuWithout", "no viewer"),
+    ratio("console", "fan-out of a profile, 10 viewers", "no viewer", 1.05, ("Console/FanOutWithViewers", "Console/FanOut")),
+    ratio("console", "heap of the Live view after a while", "at begin", 1.2, ("Console/HeapAtEnd", "Console/HeapAtBegin"), unit="MiB"),
     ratio("log", "a log line that nobody wants", "relaxed load", 3, ("Log/DisabledLine", "Log/RelaxedLoad")),
 ]
 
@@ -118,6 +128,7 @@ CONTESTS = {
 ENCODER_INSTRUCTIONS = "EncoderInstructions"
 FAN_OUT_INSTRUCTIONS = "FanOutInstructions"
 MODEL = "ModelBenchmarks"  # all other figures
+CONSOLE = "console.mjs"    # runs the host and a browser
 
 SECONDS_AT_MOST = 600  # for one program: several times what the slowest one takes
 
@@ -125,6 +136,8 @@ SECONDS_AT_MOST = 600  # for one program: several times what the slowest one tak
 def program_of(figure):
     if figure.startswith(("Instructions/FanOut/", "Instructions/Add")):
         return FAN_OUT_INSTRUCTIONS
+    if figure.startswith("Console/"):
+        return CONSOLE
     if figure.startswith("Instructions/"):
         return ENCODER_INSTRUCTIONS
     for program, (beginnings, _, _) in CONTESTS.items():
@@ -142,12 +155,13 @@ def fail(text):
     sys.exit(2)
 
 
-def run(command):
+def run(command, seconds=SECONDS_AT_MOST, **environment):
     """Returns the output of a command. Ends the program if the command fails or does not end in time."""
     try:
-        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=SECONDS_AT_MOST)
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=seconds,
+                              env=os.environ | environment)
     except subprocess.TimeoutExpired:
-        fail(f"bench: {' '.join(command)} has not come to its end within {SECONDS_AT_MOST} seconds")
+        fail(f"bench: {' '.join(command)} has not come to its end within {seconds} seconds")
     if done.returncode != 0:
         sys.stderr.write(done.stderr)
         fail(f"bench: {' '.join(command)} failed with exit status {done.returncode}")
@@ -158,6 +172,17 @@ def run_contest(folder, program, quick):
     rounds = CONTESTS[program][1 if quick else 2]
     output = run([str(folder / program)] + ([str(rounds)] if rounds else []))
     return {name: float(value) for name, value in re.findall(r"^figure (\S+) (\S+)$", output, re.MULTILINE)}
+
+
+def run_console(folder, quick, minutes):
+    """The CPU for a viewer is what the host takes more than without one."""
+    root = pathlib.Path(__file__).resolve().parents[1]
+    run([str(root / "scripts/node-packages"), str(root / "Tests/Node/browser")])
+    words = ["node", str(root / "Benchmarks" / CONSOLE), *(["--quick"] if quick else [])]
+    words += ["--minutes", str(minutes)] if minutes else []
+    output = run(words, SECONDS_AT_MOST + 60 * (minutes or 0), ZU_BIN=str(folder.resolve()), NO_PROXY="*")
+    figures = {name: float(value) for name, value in re.findall(r"^figure (\S+) (\S+)$", output, re.MULTILINE)}
+    return figures | {"Console/CpuOfViewer": max(0.0, figures["Console/CpuWith"] - figures["Console/CpuWithout"])}
 
 
 def count_instructions(function, *command):
@@ -211,11 +236,11 @@ def run_model(folder, wanted, quick):
     return dict(figures)
 
 
-def measure(folder, goals, quick):
+def measure(folder, goals, quick, minutes):
     wanted = {figure for goal in goals for figure in figures_of(goal)}
     figures = {}
     for program in sorted({program_of(figure) for figure in wanted}):
-        if not (folder / program).exists():
+        if program != CONSOLE and not (folder / program).exists():
             fail(f"bench: {folder / program} is not built; scripts/install-dependencies bench, then ./bench")
         print(f"running {program} ...", end="", file=sys.stderr, flush=True)
         began = time.monotonic()
@@ -223,6 +248,8 @@ def measure(folder, goals, quick):
             figures.update(run_encoder_instructions(folder))
         elif program == FAN_OUT_INSTRUCTIONS:
             figures.update(run_fan_out_instructions(folder))
+        elif program == CONSOLE:
+            figures.update(run_console(folder, quick, minutes))
         elif program == MODEL:
             figures.update(run_model(folder, {figure for figure in wanted if program_of(figure) == MODEL}, quick))
         else:
@@ -237,6 +264,8 @@ def measure(folder, goals, quick):
 def shown(value, unit):
     if unit == "":
         return f"{value:.4g}"
+    if unit in ("kB", "%", "MiB"):
+        return f"{value:.3g} {unit}"
     for factor, name in ((1e6, "ms"), (1e3, "us"), (1, "ns")):
         if value >= factor or factor == 1:
             return f"{value / factor:.3g} {name}"
@@ -246,8 +275,11 @@ def shown(value, unit):
 def judge(goal, figures):
     """(figure, reference or None, what is held against the limit, the same of the lower deciles or None): of several pairs the worst."""
     judged = []
-    for figure, reference in goal.pairs:
+    for figure, reference, *beside in goal.pairs:
         value = figures[figure]
+        if beside:
+            judged.append((value, figures[beside[0]], value, None))
+            continue
         base = figures[reference] if reference else None
         low, low_base = figures.get(f"{figure}:decile"), figures.get(f"{reference}:decile")
         judged.append((value, base, value / base if base is not None else value, low / low_base if low and low_base else None))
@@ -271,6 +303,12 @@ def verdict(goal, held):
     return ("met" if held <= goal.limit else "MISSED") + (", gates" if goal.gates else "")
 
 
+def limit_text(goal):
+    if goal.limit is None:
+        return ""
+    return f"{goal.limit:g}" if len(goal.pairs[0]) == 2 else shown(goal.limit, goal.unit).replace(" ", "")
+
+
 def print_table(goals, figures):
     """Returns False if a gating goal is missed."""
     row = "{:<15} {:<37} {:>9}  {:<13} {:>9} {:>8} {:>8} {:>7}  {}"
@@ -280,13 +318,13 @@ def print_table(goals, figures):
         value, base, held, held_low = judge(goal, figures)
         holds = holds and not (goal.gates and held > goal.limit)
         print(row.format(goal.name, goal.title, shown(value, goal.unit), goal.against, shown(base, goal.unit) if base else "",
-                         f"{held:.3f}" if base else "", f"{held_low:.3f}" if held_low else "",
-                         "" if goal.limit is None else f"{goal.limit:g}", verdict(goal, held)))
+                         f"{held:.3f}" if base and held != value else "", f"{held_low:.3f}" if held_low else "",
+                         limit_text(goal), verdict(goal, held)))
     return holds
 
 
 def select(names, gate):
-    programs = set(CONTESTS) | {ENCODER_INSTRUCTIONS, FAN_OUT_INSTRUCTIONS, MODEL}
+    programs = set(CONTESTS) | {ENCODER_INSTRUCTIONS, FAN_OUT_INSTRUCTIONS, MODEL, CONSOLE}
     unknown = [name for name in names if name not in programs and name not in {goal.name for goal in GOALS}]
     if unknown:
         fail(f"bench: there is no goal or program '{unknown[0]}'; see ./bench --list")
@@ -303,6 +341,7 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--gate", action="store_true")
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--minutes", type=float)
     parser.add_argument("names", nargs="*")
     options = parser.parse_intermixed_args()
     goals = select(options.names, options.gate)
@@ -312,7 +351,7 @@ def main():
                   + (f", against: {goal.against}" if goal.against else "") + (" (gates)" if goal.gates else ""))
         return 0
     about = machine()
-    figures = measure(options.folder, goals, options.quick or options.gate)
+    figures = measure(options.folder, goals, options.quick or options.gate, options.minutes)
     print("\n".join(about))
     return 0 if print_table(goals, figures) else 1
 
