@@ -58,7 +58,15 @@ EdgeNode::EdgeNode(Settings newSettings, Services newServices, std::optional<uin
       shownLost(services.queue.DroppedCount()),
       connectionProblem(services.problems),
       storeProblem(services.problems),
-      duelProblem(services.problems)
+      duelProblem(services.problems),
+      clockJumps(services.problems),
+      badMessages(services.problems, 1,
+                  "Sparkplug MQTT has received messages that it cannot read. Look for the host application that sends "
+                  "them to this node."),
+      rebirthRequests(
+          services.problems, REBIRTHS_OF_A_FLOOD,
+          "Host applications ask Sparkplug MQTT for a rebirth at least once a second. Look for the one that "
+          "does not take the births.")
 {
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "Sparkplug.Net"));
@@ -145,6 +153,7 @@ void EdgeNode::Step()
 {
     std::vector<MqttLink::Event> const events = link.Poll(LONGEST_STEP_MSEC);
     TellSession(events);
+    LookAtClock();
     Moment const now = Now();
     session.Tick(now);
     if (session.PresentPhase() == EdgeNodeSession::Phase::BORN && services.outputs.Layout() != bornLayout)
@@ -166,6 +175,14 @@ void EdgeNode::Step()
     store->Work(now.steadyUsec);
     ShowCounters();
     ShowProblems(now);
+}
+
+void EdgeNode::LookAtClock()
+{
+    if (clockJumps.Look())
+    {
+        PluginCommon::Count(services.counters.clockJumps);
+    }
 }
 
 void EdgeNode::TellSession(std::vector<MqttLink::Event> const& events)
@@ -276,6 +293,8 @@ void EdgeNode::ShowProblems(Moment now)
     duelProblem.Show(isDuel ? "Sparkplug MQTT loses its session soon after each birth. Perhaps another sensor has the "
                               "same group id and edge node id."
                             : "");
+    badMessages.Look(session.Counts().badMessages, now.steadyUsec);
+    rebirthRequests.Look(session.Counts().rebirthRequests, now.steadyUsec);
 }
 
 std::string EdgeNode::ConnectionProblem(Moment now)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Plugins/SparkplugMqtt/ClockJumps.h"
 #include "Plugins/SparkplugMqtt/CommandRunner.h"
 #include "Plugins/SparkplugMqtt/EdgeNodeSession.h"
+#include "Plugins/SparkplugMqtt/FrequentEvents.h"
 #include "Plugins/SparkplugMqtt/HistoryStore.h"
 #include "Plugins/SparkplugMqtt/MqttLink.h"
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
@@ -46,6 +48,7 @@ public:
     static constexpr uint64 HISTORY_RATE = 50;          ///< historical messages a second
     static constexpr uint64 PATIENCE_USEC = 10'000'000; ///< without a session for longer is a problem
     static constexpr uint64 EARLY_LOSSES_OF_A_DUEL = 3;
+    static constexpr uint64 REBIRTHS_OF_A_FLOOD = 60; ///< requests a minute
 
     struct Settings
     {
@@ -87,6 +90,7 @@ private:
     static Moment Now();
     void RunUntilStopped();
     void Step();
+    void LookAtClock();
     void TellSession(std::vector<MqttLink::Event> const& events);
     void TakeSystemState(Moment now);
     void TakeResults(Moment now);
@@ -121,6 +125,9 @@ private:
     StandingProblem connectionProblem;
     StandingProblem storeProblem;
     StandingProblem duelProblem;
+    ClockJumps clockJumps;
+    FrequentEvents badMessages;
+    FrequentEvents rebirthRequests;
     std::atomic<bool> isStopping{false}; // publishes nothing else
     wThread thread;                      // last: it uses all members above
 };

@@ -16,6 +16,7 @@ SparkplugMetrics::SparkplugMetrics(SparkplugCounters const& counters)
     AddCounter("badMessages", "Messages received that cannot be read", counters.badMessages);
     AddCounter("rebirthRequests", "Rebirths requested by hosts", counters.rebirthRequests);
     AddCounter("lostSessions", "Sessions that ended after their birth", counters.lostSessions);
+    AddCounter("clockJumps", "Jumps of the machine's clock", counters.clockJumps);
     AddCounter("bytesOut", "Bytes published", counters.bytesOut);
     AddGauge("storedSamples", "Samples in the store now", counters.storedSamples);
     AddGauge("storedBytes", "Bytes in the store now", counters.storedBytes);

@@ -19,6 +19,7 @@ struct SparkplugCounters final
     Counter badMessages{0};
     Counter rebirthRequests{0};
     Counter lostSessions{0};
+    Counter clockJumps{0};
     Counter bytesOut{0};
     Counter storedSamples{0}; ///< now
     Counter storedBytes{0};   ///< now
@@ -33,9 +34,9 @@ public:
     explicit SparkplugMetrics(SparkplugCounters const& counters);
     ~SparkplugMetrics() override;
 
-    Zu::Properties::SharedText session;  ///< the phase of the session, such as "born"; empty while stopped
-    Zu::Properties::SharedText server;   ///< the server of the session
-    Zu::Properties::SharedText password; ///< "set" or "not set"
+    Zu::Properties::SharedText session;   ///< the phase of the session, such as "born"; empty while stopped
+    Zu::Properties::SharedText server;    ///< the server of the session
+    Zu::Properties::SharedText password;  ///< "set" or "not set"
 };
 
 } // namespace SparkplugMqtt

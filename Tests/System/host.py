@@ -17,10 +17,12 @@ class Host:
     """`with Host("--start") as host:` runs zucontrol-host with REST and Modbus TCP on free ports until it is ready.
 
     Without `data` the jobs are in a temporary folder, which is deleted at the end. With `log`, the host writes its log to
-    that file descriptor, which the host object does not read."""
+    that file descriptor, which the host object does not read. `environment` adds variables to its environment."""
 
-    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None, log=None):
+    def __init__(self, *arguments, modbus=True, wait=True, program=BIN / "zucontrol-host", data=None, log=None,
+                 environment=None):
         self.log_descriptor = log
+        self.environment = {**os.environ, **(environment or {})}
         self.scratch = tempfile.TemporaryDirectory() if data is None else None
         self.data = pathlib.Path(data or self.scratch.name)
         self.arguments = [str(program), "--http", "127.0.0.1:0", "--data", str(self.data)]
@@ -35,7 +37,7 @@ class Host:
 
     def __enter__(self):
         self.process = subprocess.Popen(
-            self.arguments, stdout=subprocess.PIPE, text=True, bufsize=1,
+            self.arguments, stdout=subprocess.PIPE, text=True, bufsize=1, env=self.environment,
             stderr=subprocess.PIPE if self.log_descriptor is None else self.log_descriptor)
         streams = [(self.process.stdout, self.lines.put), (self.process.stderr, self.errors.append)]
         self.readers = [threading.Thread(target=self._read, args=stream) for stream in streams if stream[0] is not None]

@@ -515,7 +515,7 @@ def metrics(rest):
     return rest.get(NODE + "/metrics").json
 
 
-def sparkplug_host(*arguments, servers=(), data=None, **parameters):
+def sparkplug_host(*arguments, servers=(), data=None, environment=None, **parameters):
     """A host with the service on; `servers` are ports of this machine or addresses."""
     words = ["--enable", "SparkplugMqtt"]
     for number, server in enumerate(servers, 1):
@@ -523,4 +523,4 @@ def sparkplug_host(*arguments, servers=(), data=None, **parameters):
         words += ["--param", f"SparkplugMqtt.server{number}={address}"]
     for key, value in {"period": 0, "keepAlive": 5, **parameters}.items():
         words += ["--param", f"SparkplugMqtt.{key}={value}"]
-    return Host(*words, *arguments, modbus=False, data=data)
+    return Host(*words, *arguments, modbus=False, data=data, environment=environment)

@@ -1,6 +1,7 @@
 """The Sparkplug edge node, against the real host program, a real broker and a host application of the tests."""
 
 import contextlib
+import datetime
 import json
 import os
 import pathlib
@@ -8,13 +9,14 @@ import re
 import signal
 import socket
 import ssl
+import struct
 import subprocess
 import tempfile
 import threading
 import time
 import unittest
 
-from host import PATIENCE, wait_until
+from host import BIN, PATIENCE, wait_until
 from node import packages
 from pages import ROOT, expect, section, session
 from range_image import write_pcd
@@ -23,6 +25,7 @@ from sparkplug import (NODE, Broker, HostApplication, MqttClient, encode, free_p
                        metrics, sparkplug_host)
 from test_replay import small_scene
 
+CLOCK = BIN / "tests/ShiftedClock.so"
 OUTPUTS = ["meanZ", "points", "width", "zMax", "zMin"]
 
 
@@ -116,6 +119,7 @@ class Births(Sparkplug):
                 for _ in range(500):
                     application.rebirth()
                 wait_until(lambda: metrics(rest)["rebirthRequests"] == 501, "all requests")
+                wait_for_problem(rest, "ask Sparkplug MQTT for a rebirth at least once a second")
                 self.wait_for_birth(application, 3)
                 births = len(application.of_kind("NBIRTH"))
                 self.assertLessEqual(births - 2, time.monotonic() - began + 1)
@@ -261,6 +265,7 @@ class Commands(Sparkplug):
                     application.command("spBv1.0/ZuControl/DCMD/node/sensor", payload)
                     application.command("spBv1.0/ZuControl/NCMD/node", payload)
                 wait_until(lambda: metrics(rest)["badMessages"] == 2 * len(bad), "all bad messages")
+                wait_for_problem(rest, "Sparkplug MQTT has received messages that it cannot read")
                 self.run_command(application, 99, 2, **{"Command/Start": True})
             self.check(application)
 
@@ -479,6 +484,28 @@ class Servers(Sparkplug):
             finally:
                 server.shutdown(socket.SHUT_RDWR)
                 thread.join()
+
+    @unittest.skipUnless(CLOCK.exists(), "no clock to preload beside a sanitizer")
+    def test_a_clock_that_jumps_is_told_with_both_times(self):
+        with Broker() as broker, HostApplication(broker.port) as application, tempfile.NamedTemporaryFile() as shift:
+            shift.write(struct.pack("q", -20))
+            shift.flush()
+            with sparkplug_host("--start", servers=[broker.port], environment={"LD_PRELOAD": str(CLOCK), "ZU_CLOCK_SHIFT": shift.name}) \
+                    as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                self.assertEqual([text for text in problems(rest) if "clock" in text], [])
+                shift.seek(0)
+                shift.write(struct.pack("q", 20))
+                shift.flush()
+                wait_for_problem(rest, "The timestamps of Sparkplug MQTT on one side of it are wrong")
+                told = next(text for text in problems(rest) if "clock has jumped" in text)
+                before, after = (datetime.datetime.fromisoformat(time) for time in re.findall(r"\d{4}-\S*Z", told)[:2])
+                self.assertIn((after - before).total_seconds(), (39, 40, 41))
+                self.assertEqual(metrics(rest)["clockJumps"], 1)
+                newest = max(metric["timestamp"] for metric in application.of_kind("DBIRTH")[0].metrics)
+                application.wait_for(lambda: any(metric["timestamp"] > newest + 30_000 for message in application.of_kind("DDATA")
+                                                 for metric in message.metrics), "the new time in data")
+                self.assertEqual(metrics(rest)["lostSessions"], 0)
 
     @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
     def test_a_full_disk_under_the_store_is_a_problem_until_there_is_room(self):
