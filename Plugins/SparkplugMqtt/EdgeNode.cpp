@@ -55,6 +55,7 @@ EdgeNode::EdgeNode(Settings newSettings, Services newServices, std::optional<uin
       link(settings.link, services.waker),
       session(settings.session, link, *this, lastBdSeq,
               [this](uint64 most) { return std::uniform_int_distribution<uint64>(0, most)(random); }),
+      sourceLimits(services.resources),
       shownLost(services.queue.DroppedCount()),
       connectionProblem(services.problems),
       storeProblem(services.problems),
@@ -155,6 +156,7 @@ void EdgeNode::Step()
     TellSession(events);
     LookAtClock();
     Moment const now = Now();
+    TakeLimits(now);
     session.Tick(now);
     if (session.PresentPhase() == EdgeNodeSession::Phase::BORN && services.outputs.Layout() != bornLayout)
     {
@@ -205,6 +207,14 @@ void EdgeNode::TellSession(std::vector<MqttLink::Event> const& events)
             session.Lost(now);
             break;
         }
+    }
+}
+
+void EdgeNode::TakeLimits(Moment now)
+{
+    if (std::optional<SourceLimits::BySource> limits = sourceLimits.Look(now.steadyUsec); limits.has_value())
+    {
+        services.outputs.SetLimits(std::move(*limits));
     }
 }
 

@@ -7,6 +7,7 @@
 #include "Plugins/SparkplugMqtt/HistoryStore.h"
 #include "Plugins/SparkplugMqtt/MqttLink.h"
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
+#include "Plugins/SparkplugMqtt/SourceLimits.h"
 #include "Plugins/SparkplugMqtt/StandingProblem.h"
 #include "Plugins/SparkplugMqtt/SystemMetrics.h"
 #include "Plugins/SparkplugMqtt/Waker.h"
@@ -28,6 +29,11 @@ class StateFetcher;
 namespace ZuCommon
 {
 class ProblemsManager;
+}
+
+namespace ZuControl
+{
+class IControlResourceAdaptor;
 }
 
 namespace SparkplugMqtt
@@ -66,6 +72,7 @@ public:
         OutputMetrics& outputs;
         PluginCommon::StateFetcher& fetcher;
         CommandRunner& commands;
+        ZuControl::IControlResourceAdaptor* resources; ///< null: the limits of outputs are not known
         ZuCommon::ProblemsManager& problems;
         SparkplugCounters& counters;
         SparkplugMetrics& metrics;
@@ -92,6 +99,7 @@ private:
     void Step();
     void LookAtClock();
     void TellSession(std::vector<MqttLink::Event> const& events);
+    void TakeLimits(Moment now);
     void TakeSystemState(Moment now);
     void TakeResults(Moment now);
     void TakeSamples(Moment now);
@@ -108,6 +116,7 @@ private:
     EdgeNodeSession session;
     std::optional<HistoryStore> store; // opened on the thread: it may block
     SystemMetrics systemMetrics;
+    SourceLimits sourceLimits;
     CommandResult latestResult;
     MetricWriter writer{16 * 1024};
     Sample sample;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugins/SparkplugMqtt/SourceLimits.h"
 #include "wApi/wTypes.h"
 
 #include <optional>
@@ -36,12 +37,17 @@ enum class Quality : uint32
 /// One metric of a message. It refers to its texts and does not own them.
 struct Metric
 {
-    std::string_view name;               ///< not written if empty
-    std::optional<uint64> alias;         ///< not written if absent
-    uint64 timestampMsec = 0;            ///< UTC
-    std::optional<DataType> type;        ///< written in births only
-    MetricValue value;                   ///< null: written as "is_null", without a value
-    std::optional<Quality> quality = {}; ///< not written if absent
+    std::string_view name;        ///< not written if empty
+    std::optional<uint64> alias;  ///< not written if absent
+    uint64 timestampMsec = 0;     ///< UTC
+    std::optional<DataType> type; ///< written in births only
+    MetricValue value;            ///< null: written as "is_null", without a value
+
+    // The properties. Each is not written if it is absent or empty.
+
+    std::optional<Quality> quality = {};
+    std::string_view unit = {};
+    std::optional<ValueLimits> limits = {};
 };
 
 } // namespace SparkplugMqtt

@@ -11,50 +11,96 @@ namespace SparkplugMqtt
 namespace
 {
 
-constexpr char const* QUALITY_KEY = "Quality";
+constexpr std::string_view QUALITY_KEY = "Quality"; // the standard's; the others are those that hosts commonly know
+constexpr std::string_view UNIT_KEY = "engUnit";
+constexpr std::string_view LOW_KEY = "engLow";
+constexpr std::string_view HIGH_KEY = "engHigh";
 constexpr uint8 METRICS_TAG = sparkplug_b_Payload_metrics_tag << 3 | PB_WT_STRING;
 constexpr uint8 TIMESTAMP_TAG = sparkplug_b_Payload_timestamp_tag << 3 | PB_WT_VARINT;
 constexpr uint8 SEQ_TAG = sparkplug_b_Payload_seq_tag << 3 | PB_WT_VARINT;
 constexpr uint8 ALIAS_TAG = sparkplug_b_Metric_alias_tag << 3 | PB_WT_VARINT;
 constexpr uint8 HISTORICAL_TAG = sparkplug_b_Metric_is_historical_tag << 3 | PB_WT_VARINT;
 
-bool EncodeName(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+bool EncodeText(pb_ostream_t* stream, pb_field_t const* field, std::string_view text)
 {
-    auto const& text = *static_cast<std::string_view const*>(*argument);
     return pb_encode_tag_for_field(stream, field) &&
            pb_encode_string(stream, reinterpret_cast<pb_byte_t const*>(text.data()), text.size());
 }
 
-bool EncodeQuality(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+bool EncodeName(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
 {
-    sparkplug_b_PropertyValue value = sparkplug_b_PropertyValue_init_zero;
-    value.has_type = true;
-    value.type = static_cast<uint32>(DataType::INT32);
-    value.which_value = sparkplug_b_PropertyValue_int_value_tag;
-    value.value.int_value = *static_cast<uint32 const*>(*argument);
-    return pb_encode_tag_for_field(stream, field) &&
-           pb_encode_submessage(stream, sparkplug_b_PropertyValue_fields, &value);
-}
-
-void SetQuality(sparkplug_b_Metric& message, uint32 const& code)
-{
-    static constexpr std::string_view KEY = QUALITY_KEY;
-    message.has_properties = true;
-    message.properties.keys.funcs.encode = EncodeName;
-    message.properties.keys.arg = const_cast<std::string_view*>(&KEY); // the encoder only reads it
-    message.properties.values.funcs.encode = EncodeQuality;
-    message.properties.values.arg = const_cast<uint32*>(&code);
+    return EncodeText(stream, field, *static_cast<std::string_view const*>(*argument));
 }
 
 /// The text, cut off between two characters of UTF-8 if it is too long.
-std::string_view WithinLimit(std::string_view text)
+std::string_view WithinLimit(std::string_view text, std::size_t most)
 {
-    std::size_t length = std::min(text.size(), MetricWriter::LONGEST_TEXT);
+    std::size_t length = std::min(text.size(), most);
     while (length > 0 && length < text.size() && (static_cast<uint8>(text[length]) & 0xC0) == 0x80)
     {
         --length;
     }
     return text.substr(0, length);
+}
+
+bool EncodeKeys(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+{
+    auto const& metric = *static_cast<Metric const*>(*argument);
+    return (!metric.quality.has_value() || EncodeText(stream, field, QUALITY_KEY)) &&
+           (metric.unit.empty() || EncodeText(stream, field, UNIT_KEY)) &&
+           (!metric.limits.has_value() || (EncodeText(stream, field, LOW_KEY) && EncodeText(stream, field, HIGH_KEY)));
+}
+
+bool EncodeProperty(pb_ostream_t* stream, pb_field_t const* field, DataType type, sparkplug_b_PropertyValue& value)
+{
+    value.has_type = true;
+    value.type = static_cast<uint32>(type);
+    return pb_encode_tag_for_field(stream, field) &&
+           pb_encode_submessage(stream, sparkplug_b_PropertyValue_fields, &value);
+}
+
+bool EncodeNumber(pb_ostream_t* stream, pb_field_t const* field, double number)
+{
+    sparkplug_b_PropertyValue value = sparkplug_b_PropertyValue_init_zero;
+    value.which_value = sparkplug_b_PropertyValue_double_value_tag;
+    value.value.double_value = number;
+    return EncodeProperty(stream, field, DataType::DOUBLE, value);
+}
+
+bool EncodeQuality(pb_ostream_t* stream, pb_field_t const* field, Quality quality)
+{
+    sparkplug_b_PropertyValue value = sparkplug_b_PropertyValue_init_zero;
+    value.which_value = sparkplug_b_PropertyValue_int_value_tag;
+    value.value.int_value = static_cast<uint32>(quality);
+    return EncodeProperty(stream, field, DataType::INT32, value);
+}
+
+bool EncodeUnit(pb_ostream_t* stream, pb_field_t const* field, std::string_view unit)
+{
+    sparkplug_b_PropertyValue value = sparkplug_b_PropertyValue_init_zero;
+    static_assert(sizeof(value.value.string_value) == MetricWriter::LONGEST_UNIT + 1);
+    value.which_value = sparkplug_b_PropertyValue_string_value_tag;
+    *std::ranges::copy(WithinLimit(unit, MetricWriter::LONGEST_UNIT), value.value.string_value).out = '\0';
+    return EncodeProperty(stream, field, DataType::STRING, value);
+}
+
+/// The values, in the order of the keys.
+bool EncodeValues(pb_ostream_t* stream, pb_field_t const* field, void* const* argument)
+{
+    auto const& metric = *static_cast<Metric const*>(*argument);
+    return (!metric.quality.has_value() || EncodeQuality(stream, field, *metric.quality)) &&
+           (metric.unit.empty() || EncodeUnit(stream, field, metric.unit)) &&
+           (!metric.limits.has_value() ||
+            (EncodeNumber(stream, field, metric.limits->low) && EncodeNumber(stream, field, metric.limits->high)));
+}
+
+void SetProperties(sparkplug_b_Metric& message, Metric const& metric)
+{
+    message.has_properties = true;
+    message.properties.keys.funcs.encode = EncodeKeys;
+    message.properties.keys.arg = const_cast<Metric*>(&metric); // the encoder only reads it
+    message.properties.values.funcs.encode = EncodeValues;
+    message.properties.values.arg = const_cast<Metric*>(&metric);
 }
 
 /// Sets the value of a message from the alternative of a variant.
@@ -99,7 +145,7 @@ public:
     {
         static_assert(sizeof(message.value.string_value) == MetricWriter::LONGEST_TEXT + 1);
         message.which_value = sparkplug_b_Metric_string_value_tag;
-        *std::ranges::copy(WithinLimit(value), message.value.string_value).out = '\0';
+        *std::ranges::copy(WithinLimit(value, MetricWriter::LONGEST_TEXT), message.value.string_value).out = '\0';
     }
 
 private:
@@ -108,7 +154,7 @@ private:
 
 /// Sets all fields that the encoder reads. The rest of the record stays as it is: its long text would cost more to set
 /// than the metric to encode.
-void Fill(sparkplug_b_Metric& message, Metric const& metric, uint32 const& qualityCode)
+void Fill(sparkplug_b_Metric& message, Metric const& metric)
 {
     message.name.funcs.encode = metric.name.empty() ? nullptr : EncodeName;
     message.name.arg = const_cast<std::string_view*>(&metric.name);
@@ -123,9 +169,9 @@ void Fill(sparkplug_b_Metric& message, Metric const& metric, uint32 const& quali
     message.has_is_null = false;
     message.has_properties = false;
     message.which_value = 0;
-    if (metric.quality.has_value())
+    if (metric.quality.has_value() || !metric.unit.empty() || metric.limits.has_value())
     {
-        SetQuality(message, qualityCode);
+        SetProperties(message, metric);
     }
     std::visit(ValueSetter(message), metric.value);
 }
@@ -171,8 +217,7 @@ void MetricWriter::Clear()
 bool MetricWriter::Add(Metric const& metric)
 {
     sparkplug_b_Metric message; // `Fill` sets all that is read
-    uint32 const qualityCode = static_cast<uint32>(metric.quality.value_or(Quality::GOOD));
-    Fill(message, metric, qualityCode);
+    Fill(message, metric);
     pb_ostream_t stream = pb_ostream_from_buffer(buffer.data() + size, buffer.size() - size);
     if (!pb_encode_tag(&stream, PB_WT_STRING, sparkplug_b_Payload_metrics_tag) ||
         !pb_encode_submessage(&stream, sparkplug_b_Metric_fields, &message))

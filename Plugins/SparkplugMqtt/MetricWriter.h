@@ -19,6 +19,7 @@ class MetricWriter final
 {
 public:
     static constexpr std::size_t LONGEST_TEXT = 255; ///< bytes of a text value; the rest is cut off
+    static constexpr std::size_t LONGEST_UNIT = 31;  ///< the same for a unit
 
     explicit MetricWriter(std::size_t mostBytes);
 

@@ -2,6 +2,7 @@
 
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
 #include "ZuControl/ControlProtocol/Fingerprint.h"
+#include "ZuControl/ControlProtocol/RegisterField.h"
 #include "ZuControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "ZuCore/DataSourceHash.h"
 #include "ZuCore/ResultItem.h"
@@ -84,6 +85,7 @@ void OutputMetrics::Install(TextIdStandardProtocolOutputMap& map)
     for (Output& output : newOutputs)
     {
         output.valueAlias = TakeAlias(taken, std::string(VALUE_PREFIX) + output.id);
+        output.unit = ZuControl::ControlProtocol::UnitOfSource(output.source);
         output.decisionAlias = TakeAlias(taken, std::string(DECISION_PREFIX) + output.id);
     }
     std::ranges::sort(newPlaces);
@@ -107,6 +109,7 @@ void OutputMetrics::KeepValues(std::vector<Output>& newOutputs) const
 {
     for (Output& output : newOutputs)
     {
+        output.limits = LimitsOf(output.source);
         auto const before = std::ranges::find(outputs, output.id, &Output::id);
         if (before != outputs.end() && before->source == output.source)
         {
@@ -114,6 +117,20 @@ void OutputMetrics::KeepValues(std::vector<Output>& newOutputs) const
             output.told = before->told;
         }
     }
+}
+
+void OutputMetrics::SetLimits(SourceLimits::BySource newLimits)
+{
+    Zu::MutexLock const guard(lock);
+    limits = std::move(newLimits);
+    bool hasChanged = false;
+    for (Output& output : outputs)
+    {
+        std::optional<ValueLimits> const present = LimitsOf(output.source);
+        hasChanged = hasChanged || output.limits != present;
+        output.limits = present;
+    }
+    layout += hasChanged ? 1 : 0;
 }
 
 void OutputMetrics::SetRules(double newDeadBand, uint64 newPeriodMsec)
@@ -195,6 +212,11 @@ void OutputMetrics::Append(MetricWriter& to, Output const& output, uint64 stampM
     {
         metric.quality = reading.isValid ? Quality::GOOD : Quality::BAD;
     }
+    if (isBirth)
+    {
+        metric.unit = output.unit;
+        metric.limits = output.limits;
+    }
     to.Add(metric);
     if (withDecision)
     {
@@ -263,6 +285,12 @@ void OutputMetrics::MakeSample()
         sampleMsec = newestMsec;
         queue.Push(layout, writer.Bytes());
     }
+}
+
+std::optional<ValueLimits> OutputMetrics::LimitsOf(std::string const& source) const
+{
+    auto const found = limits.find(source);
+    return found == limits.end() ? std::nullopt : std::optional(found->second);
 }
 
 bool OutputMetrics::HasChanged(Reading const& newest, Reading const& told) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugins/SparkplugMqtt/MetricWriter.h"
+#include "Plugins/SparkplugMqtt/SourceLimits.h"
 #include "wApi/wMutex.h"
 #include "wApi/wTypes.h"
 
@@ -47,6 +48,8 @@ private:
 /// the period follows at its end. A value has changed if it differs from the last one in a sample or birth by more than
 /// the dead band, or if it has become missing or is there again. The timestamp is the time of the scan.
 ///
+/// A birth has the unit and the limits of each value, as far as they are known.
+///
 /// A metric has the same alias for as long as its output has the same id, also after a restart: the alias is a hash of
 /// the name. If two names of a map have one hash, the later one takes the next number.
 ///
@@ -64,6 +67,9 @@ public:
 
     /// Replaces the outputs. Other ids or sources give a new layout. An output that keeps both keeps its readings.
     void Install(ZuControl::ControlProtocol::TextIdStandardProtocolOutputMap& map);
+
+    /// Replaces the limits of the outputs. Other limits of an output give a new layout.
+    void SetLimits(SourceLimits::BySource newLimits);
 
     void SetRules(double newDeadBand, uint64 newPeriodMsec);
 
@@ -95,6 +101,8 @@ private:
         std::string source;
         uint64 valueAlias = 0;
         uint64 decisionAlias = 0;
+        char const* unit = ""; // a literal
+        std::optional<ValueLimits> limits = {};
         Reading newest;
         Reading told; // as in the last sample or birth
     };
@@ -105,6 +113,7 @@ private:
     void TakeSet(ZuCore::ResultSetObject const* resultSet, uint64 utcMsec) ZU_REQUIRES(lock);
     void KeepValues(std::vector<Output>& newOutputs) const ZU_REQUIRES(lock);
     void MakeSample() ZU_REQUIRES(lock);
+    std::optional<ValueLimits> LimitsOf(std::string const& source) const ZU_REQUIRES(lock);
     bool HasChanged(Reading const& newest, Reading const& told) const ZU_REQUIRES(lock);
     std::size_t FindSource(uint64 dataSource) const ZU_REQUIRES(lock);
 
@@ -116,6 +125,7 @@ private:
     std::vector<std::pair<uint64, std::size_t>> places ZU_GUARDED_BY(lock); // by the number of the source
     uint64 layout ZU_GUARDED_BY(lock) = 0;
     uint32 fingerprint ZU_GUARDED_BY(lock) = 0;
+    SourceLimits::BySource limits ZU_GUARDED_BY(lock);
     double deadBand ZU_GUARDED_BY(lock) = 0;
     uint64 periodMsec ZU_GUARDED_BY(lock) = 0;
     ScanClock clock ZU_GUARDED_BY(lock);

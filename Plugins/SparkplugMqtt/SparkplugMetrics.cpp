@@ -8,6 +8,7 @@ SparkplugMetrics::SparkplugMetrics(SparkplugCounters const& counters)
     AddCounter("controlDrops", "Samples that were never sent", counters.controlDrops);
     Register("session", session);
     Register("server", server);
+    Register("dataTopic", dataTopic);
     Register("password", password);
     AddCounter("births", "Births published", counters.births);
     AddCounter("dataMessages", "Data messages published", counters.dataMessages);

@@ -36,6 +36,7 @@ public:
 
     Zu::Properties::SharedText session;   ///< the phase of the session, such as "born"; empty while stopped
     Zu::Properties::SharedText server;    ///< the server of the session
+    Zu::Properties::SharedText dataTopic; ///< the topic of the outputs; empty while stopped
     Zu::Properties::SharedText password;  ///< "set" or "not set"
 };
 

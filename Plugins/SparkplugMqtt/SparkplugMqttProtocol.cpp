@@ -1,5 +1,6 @@
 #include "Plugins/SparkplugMqtt/SparkplugMqttProtocol.h"
 
+#include "Plugins/SparkplugMqtt/Topics.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Guard.h"
 #include "ZuApi/JsonSerializer.h"
@@ -52,6 +53,7 @@ SparkplugMqttProtocol::SparkplugMqttProtocol(ControlProtocolEnviron const& envir
       commands(*environ.operations, PROTOCOL_ID,
                {.start = [this](CommandRunner::Command const& command) { RunCommand(command); },
                 .ended = [this] { waker.Wake(); }}),
+      resources(environ.resourceAdaptor),
       problems(*environ.problems)
 {
     ProtocolInitParams initParams;
@@ -259,11 +261,12 @@ void SparkplugMqttProtocol::StartNode(EdgeNode::Settings const& settings)
     }
     try
     {
-        EdgeNode::Services services{waker,    queue,    outputMetrics, fetcher, commands,
+        EdgeNode::Services services{waker,    queue,    outputMetrics, fetcher, commands, resources,
                                     problems, counters, metrics,       {},      {}};
         services.keepBdSeq = [this](uint8 bdSeq) { KeepBdSeq(bdSeq); };
         services.isBdSeqKept = [this] { return IsBdSeqKept(); };
         node = std::make_unique<EdgeNode>(settings, services, lastBdSeq);
+        metrics.dataTopic.Set(Topics(settings.session.ids, "").deviceData);
     }
     catch (...)
     {
@@ -279,6 +282,7 @@ void SparkplugMqttProtocol::StopNode()
     fetcher.Stop();
     metrics.session.Set("");
     metrics.server.Set("");
+    metrics.dataTopic.Set("");
 }
 
 void SparkplugMqttProtocol::KeepAccepted()

@@ -111,6 +111,7 @@ private:
     OutputMetrics outputMetrics;
     PluginCommon::StateFetcher fetcher;
     CommandRunner commands;
+    ZuControl::IControlResourceAdaptor* const resources;
     ZuCommon::ProblemsManager& problems;
 
     // Lock order: this, then `fanOutLock`. Starts, stops and changes of the parameters exclude each other. It is held

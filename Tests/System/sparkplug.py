@@ -115,6 +115,18 @@ def decode_properties(data):
     return dict(zip(keys, values))
 
 
+PROPERTY_VALUES = {3: ("Int32", int), 10: ("Double", lambda data: struct.unpack("<d", data)[0]), 12: ("String", bytes.decode)}
+
+
+def plain_property(raw):
+    """{"type": "Double", "value": 1.5} of a property as `decode_properties` has it; fails for a field of another type."""
+    field = {3: 3, 10: 6, 12: 8}[raw[1]]
+    name, convert = PROPERTY_VALUES[raw[1]]
+    if set(raw) != {1, field}:
+        raise ValueError(f"the fields of a property do not fit its type: {raw}")
+    return {"type": name, "value": convert(raw[field])}
+
+
 def decode_metric(data):
     metric = {"historical": False, "null": False, "value": None}
     for number, value in fields(data):

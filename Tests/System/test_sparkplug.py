@@ -22,7 +22,7 @@ from pages import ROOT, expect, section, session
 from range_image import write_pcd
 from rest import RestClient
 from sparkplug import (NODE, Broker, HostApplication, MqttClient, encode, free_port, make_authority, make_certificate,
-                       metrics, sparkplug_host)
+                       metrics, plain_property, sparkplug_host)
 from test_replay import small_scene
 
 CLOCK = BIN / "tests/ShiftedClock.so"
@@ -137,6 +137,41 @@ class Births(Sparkplug):
                 rest.post(NODE + "/outputs/commands/removeAll")
                 application.wait_for(lambda: "Outputs/zMax" not in application.types, "the empty map")
             self.check(application)
+
+    def test_outputs_have_their_unit_and_limits_and_new_limits_give_a_birth(self):
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--start", "--still", servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                first = application.of_kind("DBIRTH")[0]
+                properties = {metric["name"]: metric.get("properties", {}) for metric in first.metrics}
+                self.assertEqual(set(properties["Outputs/zMax"]), {"Quality", "engUnit"})
+                self.assertEqual(set(properties["Outputs/points"]), {"Quality"})  # a number has no unit
+                self.assertEqual(properties["Decisions/zMax"], {})
+                births = len(application.of_kind("DBIRTH"))
+                limits = {"zMax": {"enabled": True, "minimum": 1, "maximum": 24.5}}
+                self.assertEqual(rest.put("/sensor/limits", limits).status, 200)
+                self.wait_for_birth(application, births + 1)
+                shown = next(metric for metric in application.of_kind("DBIRTH")[-1].metrics if metric["name"] == "Outputs/zMax")
+                self.assertEqual({key: plain_property(value)["value"] for key, value in shown["properties"].items()},
+                                 {"Quality": shown["properties"]["Quality"][3], "engUnit": "mm", "engLow": 1.0, "engHigh": 24.5})
+                self.assertEqual(rest.put("/sensor/limits", {"zMax": {"enabled": False}}).status, 200)
+                self.wait_for_birth(application, births + 2)
+                shown = next(metric for metric in application.of_kind("DBIRTH")[-1].metrics if metric["name"] == "Outputs/zMax")
+                self.assertEqual(set(shown["properties"]), {"Quality", "engUnit"})
+            self.check(application)
+
+    def test_the_data_sources_name_the_topic_while_the_node_runs(self):
+        def topics(rest):
+            places = rest.get("/datasources/profile%2FzMax").json["destinations"]
+            return [place["topic"] for place in places if place["protocol"] == "SparkplugMqtt"]
+
+        with Broker() as broker, HostApplication(broker.port) as application:
+            with sparkplug_host("--start", servers=[broker.port]) as host, RestClient(host.http_port) as rest:
+                self.wait_for_birth(application)
+                self.assertEqual(topics(rest), ["spBv1.0/ZuControl/DDATA/node/sensor"])
+                application.wait_for(lambda: topics(rest)[0] in application.topics, "data under this topic")
+                self.assertEqual(rest.put(NODE, {"enabled": False}).status, 200)
+                self.assertEqual(topics(rest), [None])
 
     def test_the_fingerprint_of_the_map_is_a_metric(self):
         with Broker() as broker, HostApplication(broker.port) as application:
@@ -587,6 +622,9 @@ class ForeignDecoder(Sparkplug):
         with Broker() as broker, HostApplication(broker.port) as application, contextlib.ExitStack() as later:
             with sparkplug_host("--rate", 50, "--replay", scene.name, servers=[broker.port]) as host:
                 self.wait_for_birth(application)
+                with RestClient(host.http_port) as rest:
+                    rest.put("/sensor/limits", {"zMin": {"enabled": True, "minimum": -1, "maximum": 0.5}})
+                self.wait_for_birth(application, 2)
                 application.device_command({"Command/Request Id": 4294967295, "Command/Start": True})
                 application.wait_for(lambda: application.value("Result/Status") == 2, "the scan")
                 application.wait_for(lambda: len(application.of_kind("DDATA")) > 60, "data")
@@ -613,9 +651,8 @@ class ForeignDecoder(Sparkplug):
             for our_name, their_name in (("name", "name"), ("alias", "alias"), ("timestamp", "timestamp")):
                 self.assertEqual(given.get(their_name), metric.get(our_name), (metric, given))
             self.assertEqual(bool(given.get("isHistorical")), metric["historical"])
-            quality = metric.get("properties", {}).get("Quality")
-            self.assertEqual(given.get("properties", {}).get("Quality"),
-                             None if quality is None else {"value": quality[3], "type": "Int32"})
+            properties = {key: plain_property(value) for key, value in metric.get("properties", {}).items()}
+            self.assertEqual(given.get("properties", {}), properties, (metric, given))
             if "type" in metric:
                 self.assertEqual(given["type"], TYPE_NAMES[metric["type"]])
                 self.assertEqual(given["value"], metric["value"], (metric, given))
@@ -630,6 +667,8 @@ class ForeignDecoder(Sparkplug):
         self.assertTrue(any(metric["historical"] for metric in all_metrics))
         self.assertTrue(any(metric["null"] for metric in all_metrics if "type" not in metric))
         self.assertIn(4294967295, [metric["value"] for metric in all_metrics])
+        keys = set().union(*(metric.get("properties", {}) for metric in all_metrics))
+        self.assertEqual(keys, {"Quality", "engUnit", "engLow", "engHigh"})
 
 
 class Page(unittest.TestCase):

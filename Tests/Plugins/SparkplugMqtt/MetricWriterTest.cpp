@@ -71,6 +71,36 @@ TEST(MetricWriter, EncodesTheMetricOfABirthWithNameTypeAndQuality)
                      0x69, 0,  0,    0,   0,    0,    0,    0,   0x40}));
 }
 
+TEST(MetricWriter, EncodesUnitAndLimitsAsProperties)
+{
+    EXPECT_EQ(Encoded({.name = {},
+                       .alias = 7,
+                       .timestampMsec = 1,
+                       .type = {},
+                       .value = true,
+                       .unit = "mm",
+                       .limits = ValueLimits{1.0, 2.0}}),
+              (Bytes{0x12, 68,                                           // a metric
+                     0x10, 7,    0x18, 1,                                // alias, timestamp
+                     0x4A, 60,                                           // properties
+                     0x0A, 7,    'e',  'n', 'g',  'U', 'n', 'i', 't',    // the keys
+                     0x0A, 6,    'e',  'n', 'g',  'L', 'o', 'w',         //
+                     0x0A, 7,    'e',  'n', 'g',  'H', 'i', 'g', 'h',    //
+                     0x12, 6,    0x08, 12,  0x42, 2,   'm', 'm',         // the values: a String
+                     0x12, 11,   0x08, 10,  0x31, 0,   0,   0,   0,   0, // two Doubles
+                     0,    0xF0, 0x3F,                                   //
+                     0x12, 11,   0x08, 10,  0x31, 0,   0,   0,   0,   0, //
+                     0,    0,    0x40,                                   //
+                     0x70, 1}));
+}
+
+TEST(MetricWriter, CutsALongUnitOff)
+{
+    std::string const unit(40, 'u');
+    Bytes const bytes = Encoded({.name = {}, .alias = 1, .timestampMsec = 1, .type = {}, .value = true, .unit = unit});
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 'u'), 31);
+}
+
 TEST(MetricWriter, CutsALongTextOff)
 {
     Bytes const bytes = Encoded(Datum(1, std::string_view(std::string(300, 'x').c_str())));
@@ -112,7 +142,9 @@ TEST(MetricWriter, AllocatesNothingInSteadyState)
                     .timestampMsec = 1,
                     .type = DataType::DOUBLE,
                     .value = 2.0,
-                    .quality = Quality::BAD});
+                    .quality = Quality::BAD,
+                    .unit = "mm",
+                    .limits = ValueLimits{1, 2}});
     }
     FramePayload(payload, 1, writer.Bytes(), 5);
     EXPECT_EQ(counter.Count(), 0U);

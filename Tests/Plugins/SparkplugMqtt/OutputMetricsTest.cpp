@@ -157,6 +157,41 @@ TEST_F(OutputMetricsTest, TheFingerprintFollowsIdsAndSources)
     EXPECT_EQ(outputs.Fingerprint(), before);
 }
 
+TEST_F(OutputMetricsTest, OtherLimitsOfAnOutputGiveANewLayout)
+{
+    uint64 const first = outputs.Layout();
+    outputs.SetLimits({{"s/other", {1, 2}}});
+    EXPECT_EQ(outputs.Layout(), first);
+    outputs.SetLimits({{"s/a", {1, 2}}});
+    EXPECT_EQ(outputs.Layout(), first + 1);
+    outputs.SetLimits({{"s/a", {1, 2}}});
+    EXPECT_EQ(outputs.Layout(), first + 1);
+    outputs.SetLimits({{"s/a", {1, 3}}});
+    EXPECT_EQ(outputs.Layout(), first + 2);
+    outputs.SetLimits({});
+    EXPECT_EQ(outputs.Layout(), first + 3);
+}
+
+TEST_F(OutputMetricsTest, ABirthHasUnitAndLimitsOfAValue)
+{
+    map.RemoveAll();
+    Connect("a", "profile/zMax");
+    auto const properties = [this] {
+        MetricWriter birth(4096);
+        aliases.clear();
+        outputs.WriteBirth(birth, 5, aliases);
+        std::string const bytes(birth.Bytes().begin(), birth.Bytes().end());
+        return std::vector<bool>{bytes.find("engUnit") != std::string::npos, bytes.find("engLow") != std::string::npos,
+                                 bytes.find("engHigh") != std::string::npos};
+    };
+    EXPECT_EQ(properties(), (std::vector<bool>{true, false, false}));
+    outputs.SetLimits({{"profile/zMax", {1, 2}}, {"s/b", {3, 4}}});
+    EXPECT_EQ(properties(), (std::vector<bool>{true, true, true}));
+    map.RemoveAll();
+    Connect("b", "s/b");
+    EXPECT_EQ(properties(), (std::vector<bool>{false, true, true})); // its unit is not known
+}
+
 TEST_F(OutputMetricsTest, ASampleHasWhatChanged)
 {
     Birth();
