@@ -156,7 +156,8 @@ void WriteChange(Writer& writer, char const* key, std::string const& from, std::
     writer.EndObject();
 }
 
-/// Writes what stands at a run of addresses: null, or the entry and the offset of the first of its registers here.
+/// Writes what stands at a run of addresses: null, or the id of the entry and the offset of the first of its registers
+/// here. The lists of entries name it.
 void WritePlace(Writer& writer, char const* key, Layout const& layout, uint32 index, uint32 address)
 {
     writer.NextMember(key);
@@ -169,8 +170,6 @@ void WritePlace(Writer& writer, char const* key, Layout const& layout, uint32 in
     writer.BeginObject();
     WriteNumber(writer, "outputId", entry.outputId);
     WriteNumber(writer, "offset", address - entry.outputId);
-    WriteTextUnlessEmpty(writer, "type", entry.type);
-    WriteTextUnlessEmpty(writer, "source", entry.source);
     writer.EndObject();
 }
 

@@ -78,6 +78,10 @@ TEST(Fingerprint, IsTheCrcOfZip)
 {
     EXPECT_EQ(Crc32("123456789"), 0xCBF43926);
     EXPECT_EQ(Crc32(""), 0u);
+    EXPECT_EQ(Crc32("The quick brown fox jumps over the lazy dog"), 0x414FA339);
+    EXPECT_EQ(Crc32(std::string(32, '\0')), 0x190A55AD);
+    EXPECT_EQ(Crc32(std::string(32, '\xFF')), 0xFF6CAB0B);
+    EXPECT_EQ(Crc32("12345678"), 0x9AE0DAAF);
 }
 
 TEST(Fingerprint, OfKnownLayoutsIsTheSameForEver)

@@ -146,12 +146,9 @@ TEST_F(ControlPlcResourcesTest, ShowsEachEntryAndAddressThatACompactionMoves)
     EXPECT_EQ(answer.at("removed"), Json::array());
     EXPECT_EQ(answer.at("renamed"), Json::array());
     EXPECT_EQ(answer.at("addresses"), Json::parse(R"([
-        {"address": 103, "count": 2, "before": null,
-         "after": {"outputId": 103, "offset": 0, "type": "Value", "source": "p/b"}},
-        {"address": 105, "count": 1, "before": {"outputId": 105, "offset": 0, "type": "Value", "source": "p/b"},
-         "after": {"outputId": 103, "offset": 2, "type": "Value", "source": "p/b"}},
-        {"address": 106, "count": 2, "before": {"outputId": 105, "offset": 1, "type": "Value", "source": "p/b"},
-         "after": null}])"));
+        {"address": 103, "count": 2, "before": null, "after": {"outputId": 103, "offset": 0}},
+        {"address": 105, "count": 1, "before": {"outputId": 105, "offset": 0}, "after": {"outputId": 103, "offset": 2}},
+        {"address": 106, "count": 2, "before": {"outputId": 105, "offset": 1}, "after": null}])"));
     EXPECT_EQ(answer.at("gaps"), Json::array());
     EXPECT_EQ(answer.at("use"), Json::parse(R"({"entries": 2, "addresses": 6, "of": 100})"));
     EXPECT_EQ(answer.at("firstFree"), 106);
