@@ -14,6 +14,7 @@
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
 #include "ZuControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
@@ -218,6 +219,19 @@ void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
     AddType<MeasurementRealBlock>(assembly, MEASUREMENT_REAL);
     AddType<MapFingerprintBlock>(assembly, MAP_FINGERPRINT);
     AddType<OrderTestBlock>(assembly, ORDER_TEST);
+}
+
+void ChangeOrder(ProtocolRegisterAssemblyBase& assembly, BlockOrder order)
+{
+    AssemblyLock const guard(assembly); // no layout is read between the two changes
+    for (auto const& type : assembly.SupportedRegisterBlockTypes())
+    {
+        if (auto* const ours = dynamic_cast<ModbusBlockType*>(type.get()); ours != nullptr)
+        {
+            ours->SetAreBytesSwapped(order.areBytesSwapped);
+        }
+    }
+    assembly.ChangeBigEndianSupportedBlocks(order.isBigEndian); // last: notes the change
 }
 
 namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlRegisterBlocks.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
@@ -11,7 +12,8 @@
 namespace ZuControl::ControlProtocol
 {
 class IProtocolRegisterAssembly;
-}
+class ProtocolRegisterAssemblyBase;
+} // namespace ZuControl::ControlProtocol
 
 /// The block types of this service: the types of every protocol in a layout of 16-bit registers where no two fields
 /// share a register.
@@ -66,6 +68,10 @@ struct ModbusScannerBlock : public ZuControl::ControlProtocol::DefaultScannerSta
 /// Adds all block types of this service to an assembly. Blocks may have an order of their own, those of final classes
 /// excepted.
 void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
+
+/// Sets the order of the service in all block types of `assembly`. Takes the assembly's lock.
+void ChangeOrder(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly,
+                 ZuControl::ControlProtocol::BlockOrder order);
 
 /// Replaces the blocks of `assembly` with those of a new job: the four single blocks at 0, 66, 68 and 140, the stamp of
 /// the profile at 150, and a block for each of the profile's measurements at 170, 173, 176, 179 and 182. Holds the

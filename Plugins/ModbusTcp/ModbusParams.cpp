@@ -12,6 +12,8 @@ ModbusParams::ModbusParams() : TcpParams(DEFAULT_PORT)
     Register("registerOrder", "Register Order", registerOrder);
     registerOrder.AddOption(RegisterOrderBigEndian, "Big Endian");
     registerOrder.AddOption(RegisterOrderLittleEndian, "Little Endian");
+    registerOrder.AddOption(RegisterOrderBigEndianSwapped, "Big Endian, Bytes Swapped");
+    registerOrder.AddOption(RegisterOrderLittleEndianSwapped, "Little Endian, Bytes Swapped");
     RegisterLimits();
     Register("queueDepth", "Depth of a Result Queue", queueDepth);
     queueDepth.SetMinimum(1);

@@ -8,12 +8,13 @@
 namespace ModbusTcp
 {
 
-/// The register that comes first in a value of several registers: the most significant (clients call it ABCD) or the
-/// least significant (CDAB).
+/// The order of the bytes of a number, by the names that clients use: ABCD, CDAB, BADC and DCBA.
 enum RegisterOrder : int32
 {
     RegisterOrderBigEndian = 0,
-    RegisterOrderLittleEndian = 1
+    RegisterOrderLittleEndian = 1, ///< of registers; in each the high byte comes first
+    RegisterOrderBigEndianSwapped = 2,
+    RegisterOrderLittleEndianSwapped = 3
 };
 
 /// The settings of the service.

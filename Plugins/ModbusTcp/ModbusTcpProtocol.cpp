@@ -21,6 +21,12 @@ namespace
 
 constexpr char const* KEY_LIFETIME = "lifetime";
 
+BlockOrder OrderOf(RegisterOrder order)
+{
+    return {.isBigEndian = order == RegisterOrderBigEndian || order == RegisterOrderBigEndianSwapped,
+            .areBytesSwapped = order >= RegisterOrderBigEndianSwapped};
+}
+
 } // namespace
 
 ModbusTcpProtocol::ModbusTcpProtocol(ControlProtocolEnviron const& environ)
@@ -135,21 +141,20 @@ std::unique_ptr<PluginCommon::ITcpConversation> ModbusTcpProtocol::MakeConversat
 void ModbusTcpProtocol::ApplyOwnParams()
 {
     encoder.SetQueueDepth(params.queueDepth.Get());
-    bool const isWantedBigEndian = params.registerOrder.Get() != RegisterOrderLittleEndian;
-    if (isWantedBigEndian != isBigEndian)
+    BlockOrder const wanted = OrderOf(params.registerOrder.Get());
+    if (wanted != order)
     {
-        ChangeOrder(isWantedBigEndian);
+        ChangeOrder(wanted);
     }
 }
 
-void ModbusTcpProtocol::ChangeOrder(bool isWantedBigEndian)
+void ModbusTcpProtocol::ChangeOrder(BlockOrder newOrder)
 {
     encoder.Pause(); // no read may see results in mixed orders
-    map.ChangeOrder(isWantedBigEndian,
-                    [this, isWantedBigEndian] { assembly.ChangeBigEndianSupportedBlocks(isWantedBigEndian); });
+    map.ChangeOrder(newOrder.isBigEndian, [this, newOrder] { ModbusTcp::ChangeOrder(assembly, newOrder); });
     TakeLayout(); // before results are shown: the order changes the fingerprint
     encoder.Resume();
-    isBigEndian = isWantedBigEndian;
+    order = newOrder;
 }
 
 /// Reports a result queue that has lost results, until the PLC has emptied it.

@@ -9,6 +9,7 @@
 #include "Plugins/ModbusTcp/RegisterMap.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "ZuCommon/Problems.h"
+#include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 #include "wApi/wMutex.h"
@@ -64,7 +65,7 @@ private:
     std::unique_ptr<PluginCommon::ITcpConversation> MakeConversation() override;
     void ApplyOwnParams() override;
     void ShowMetrics() override;
-    void ChangeOrder(bool isWantedBigEndian);
+    void ChangeOrder(ZuControl::ControlProtocol::BlockOrder newOrder);
     MapIdentity Identity();
     void TakeLayout();
 
@@ -81,7 +82,8 @@ private:
     ResultEncoder encoder;
     RegisterMap map;
     std::atomic<uint64> layoutChangeCount{0}; // the assembly's count at the newest layout; publishes no other data
-    bool isBigEndian = true;                  // used by `ApplyOwnParams` only
+    // of the service; used by `ApplyOwnParams` only
+    ZuControl::ControlProtocol::BlockOrder order = ZuControl::ControlProtocol::BlockOrder::ABCD;
     ZuCommon::ProblemsManager& problems;
     ZuCommon::ProblemsTracker queueProblem;
     MapIdentity identity; // at the change count below; used by `Identity` only, on the I/O thread

@@ -371,12 +371,12 @@ private:
 /// How to make the blocks send an order.
 std::string HowToSend(BlockOrder order)
 {
+    std::string setting = order.isBigEndian ? "0 (big endian)" : "1 (little endian)";
     if (order.areBytesSwapped)
     {
-        return std::string("give the blocks the order ") + NameOf(order);
+        setting = order.isBigEndian ? "2 (big endian, bytes swapped)" : "3 (little endian, bytes swapped)";
     }
-    return std::string("set registerOrder to ") + (order.isBigEndian ? "0 (big endian)" : "1 (little endian)") +
-           ", so that the blocks send " + NameOf(order);
+    return "set registerOrder to " + setting + ", so that the blocks send " + NameOf(order);
 }
 
 OrderFinding FindingOfOneRegister(Match const& match)

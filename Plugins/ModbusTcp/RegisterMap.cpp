@@ -134,6 +134,7 @@ void RegisterMap::ReadStates(RegisterLayout const& present, uint16 first, std::s
         return;
     }
     StateFetcher::State const state = sources.latestState(present.scannerId);
+    Zu::MutexLock const guard(writeLock); // no block is encoded while the order changes
     if (system.Exists())
     {
         system.Encode(state.system);
@@ -144,7 +145,6 @@ void RegisterMap::ReadStates(RegisterLayout const& present, uint16 first, std::s
     }
     if (bits.Exists())
     {
-        Zu::MutexLock const guard(writeLock);
         ModbusCounters const& counters = sources.counters;
         bits.Encode(StateBitsBlock::States{state, channel.LastResult().status,
                                            counters.queuedResults.load(std::memory_order_relaxed) > 0,

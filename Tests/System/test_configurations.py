@@ -162,7 +162,7 @@ class RandomClient:
         if self.chance.randrange(2):
             return self.desk.put(MODBUS, {"parameters": {
                 "maxClients": self.chance.randint(1, 512), "idleTimeout": self.chance.randint(1, 86400),
-                "registerOrder": self.chance.randrange(2), "address": self.chance.choice(["127.0.0.1", "127.0.0.2", "::1"])}})
+                "registerOrder": self.chance.randrange(4), "address": self.chance.choice(["127.0.0.1", "127.0.0.2", "::1"])}})
         return self.desk.put(ASCII, {"parameters": {
             "maxClients": self.chance.randint(1, 512), "idleTimeout": self.chance.randint(1, 86400),
             "decimals": self.chance.randint(0, 9), "address": self.chance.choice(["127.0.0.1", "127.0.0.2"])}})

@@ -88,7 +88,7 @@ def wrong_types(dice):
 def out_of_bounds(dice):
     return update({"parameters": dice.choice([
         {"port": dice.choice([-1, 65536, 2 ** 31, -2 ** 63, 2 ** 64 - 1])}, {"maxClients": dice.choice([0, 513, -5])},
-        {"registerOrder": dice.choice([2, -1, 255])}, {"security": dice.choice([3, -1, 255])}, {"idleTimeout": dice.choice([0, 86401, 2 ** 40])}])})
+        {"registerOrder": dice.choice([4, -1, 255])}, {"security": dice.choice([3, -1, 255])}, {"idleTimeout": dice.choice([0, 86401, 2 ** 40])}])})
 
 
 def unknown_keys(dice):

@@ -24,6 +24,7 @@ from rest import RestClient
 
 PYTHON = "/usr/bin/python3"  # the distribution's own, which finds the distribution's pymodbus and jsonschema
 ASSEMBLY = "/controls/ModbusTcp/registerAssemblies/registerAssembly-0"
+ORDERS = ("ABCD", "CDAB", "BADC", "DCBA")  # by the number of registerOrder
 NUMBERS = {"INT": "h", "UINT": "H", "DINT": "i", "UDINT": "I", "LINT": "q", "ULINT": "Q", "REAL": "f", "LREAL": "d"}
 HOSTILE = ["'; touch hacked; '", "$(touch hacked)", "`touch hacked`", "\"; touch hacked; \"", "a\ntouch hacked\n", "\"\"\"\nopen('hacked', 'w')\n",
            "=cmd|' /C touch hacked'!A0", "a\u2028require('fs').writeFileSync('hacked', '')", "\\", "größe/ширина 🙂"]
@@ -54,13 +55,19 @@ RED.start();
 """
 
 
+def as_sent(registers, order):
+    """The registers with the bytes of each in this order."""
+    return [register >> 8 | (register & 0xFF) << 8 for register in registers] if order in ("BADC", "DCBA") else registers
+
+
 def decode(registers, tag):
     """The value of a tag, by the line of the CSV file; None for an invalid one."""
+    registers = as_sent(registers, tag["order"])
     if tag["type"] == "TEXT":
         return bytes(register & 0xFF for register in registers).split(b"\0")[0].decode()
     if tag["type"] == "BIT":
         return registers[0] >> int(tag["bit"]) & 1
-    if tag["order"] == "CDAB":
+    if tag["order"] in ("CDAB", "DCBA"):
         registers = registers[::-1]
     number, = struct.unpack(">" + NUMBERS[tag["type"]], struct.pack(f">{len(registers)}H", *registers))
     return None if str(number) == tag["invalid"] else round(number * float(tag["scale"]), 6)
@@ -102,16 +109,17 @@ def expected_of(rest, values):
 
 
 @contextlib.contextmanager
-def measured(*arguments):
+def measured(*arguments, order="ABCD"):
     """A host that has measured and has stopped, with a block of every type."""
+    arguments += ("--param", f"ModbusTcp.registerOrder={ORDERS.index(order)}")
     with Host("--rate", 200, *arguments) as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as plc:
         source = {"dataSource": "profile/zMax"}
         add(rest, {"type": "MeasurementValue", "outputId": 200} | source, {"type": "Decision", "outputId": 210} | source,
             {"type": "StateBits", "outputId": 220})
-        plc.write(0, [1, 1, 0])
+        plc.write(0, as_sent([1, 1, 0], order))
         wait_until(lambda: values_of(rest, plc)["profile_stamp_counter"] > 90, "measurements of the whole part")
-        plc.write(0, [2, 2, 0])
-        wait_until(lambda: plc.read(66, 2) == [2, 2] and plc.read(72, 1) == [0], "the end of the scan")
+        plc.write(0, as_sent([2, 2, 0], order))
+        wait_until(lambda: plc.read(66, 2) == as_sent([2, 2], order) and plc.read(72, 1) == [0], "the end of the scan")
         yield host, rest, plc
 
 
@@ -192,9 +200,16 @@ class PlcFiles(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         return done.stdout
 
-    def test_the_csv_file_leads_to_each_value_in_both_orders(self):
+    @staticmethod
+    def command_program(rest):
+        """The Python module with a program in place of its own, which starts the scan."""
+        module, _, _ = get(rest, "python").body.decode().partition('if __name__')
+        return module + "client = ModbusTcpClient('127.0.0.1', port=int(sys.argv[1])); client.connect()\n" \
+                        "command(client, 258, 1)\nwhile answer(client) != (258, 2): pass\nclient.close()\n"
+
+    def test_the_csv_file_leads_to_each_value_in_each_order(self):
         with measured() as (_, rest, plc):
-            for order, name in ((0, "ABCD"), (1, "CDAB")):
+            for order, name in enumerate(ORDERS):
                 with self.subTest(order=name):
                     with_order(rest, order)
                     wait_until(lambda: values_of(rest, plc)["profile_stamp_counter"] is not None)
@@ -213,10 +228,17 @@ class PlcFiles(unittest.TestCase):
                         self.assertEqual([values[name] for name in plain], [before[name] for name in plain])
                         self.assertLess(values["System_upTime"], 1_000_000)
 
-    def test_little_endian_results_are_decoded_too(self):
-        with measured("--param", "ModbusTcp.registerOrder=1") as (_, rest, plc):
-            self.assertEqual({tag["order"] for tag in tags_of(rest).values()}, {"CDAB"})
-            self.check(rest, plc)
+    def test_results_in_the_other_orders_of_the_service_are_decoded_too(self):
+        for name in ORDERS[1:]:
+            with self.subTest(name), measured(order=name) as (host, rest, plc):
+                self.assertEqual({tag["order"] for tag in tags_of(rest).values()}, {name})
+                self.assertEqual(get(rest, "json").json["order"], name)
+                self.check(rest, plc)
+                printed = self.run_python(get(rest, "python").body.decode(), "127.0.0.1", host.modbus_port)
+                self.assertIn("\nSystem_jobName default\n", printed)
+                value = values_of(rest, plc)["profile_zMax_value"]
+                self.assertIn(f"\nprofile_zMax_value {value}\n", printed)
+                self.run_python(self.command_program(rest), host.modbus_port)
 
     def test_the_json_file_is_valid_and_says_the_same_as_the_csv_file(self):
         with measured() as (_, rest, _):

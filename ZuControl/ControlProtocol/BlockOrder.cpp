@@ -1,6 +1,7 @@
 #include "ZuControl/ControlProtocol/BlockOrder.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 namespace ZuControl::ControlProtocol
 {
@@ -18,8 +19,19 @@ IOrderedBlock::~IOrderedBlock() = default;
 IOrderedBlockType::IOrderedBlockType() noexcept = default;
 IOrderedBlockType::~IOrderedBlockType() = default;
 
+bool IOrderedBlockType::AreBytesSwapped() const
+{
+    return false;
+}
+
 IOrderChoice::IOrderChoice() noexcept = default;
 IOrderChoice::~IOrderChoice() = default;
+
+BlockOrder ProtocolOrderOf(ProtocolRegisterBlockInfo const& type)
+{
+    auto const* const ordered = dynamic_cast<IOrderedBlockType const*>(&type);
+    return {type.IsProtocolBigEndian(), ordered != nullptr && ordered->AreBytesSwapped()};
+}
 
 char const* NameOf(BlockOrder order)
 {

@@ -8,6 +8,8 @@
 namespace ZuControl::ControlProtocol
 {
 
+struct ProtocolRegisterBlockInfo;
+
 /// The order of the bytes of a block's numbers in registers of two bytes.
 ///
 /// Masters name the orders by the bytes of a 32-bit number, A the most significant, in the order in which they receive
@@ -29,6 +31,9 @@ inline constexpr BlockOrder BlockOrder::ABCD{true, false};
 inline constexpr BlockOrder BlockOrder::CDAB{false, false};
 inline constexpr BlockOrder BlockOrder::BADC{true, true};
 inline constexpr BlockOrder BlockOrder::DCBA{false, true};
+
+/// The order of the protocol in blocks of this type.
+BlockOrder ProtocolOrderOf(ProtocolRegisterBlockInfo const& type);
 
 /// The name of an order.
 ZUCONTROL_API char const* NameOf(BlockOrder order);
@@ -54,6 +59,10 @@ class ZUCONTROL_API IOrderedBlockType
 public:
     IOrderedBlockType() noexcept;
     virtual ~IOrderedBlockType();
+
+    /// Whether in the order of the protocol each register has its least significant byte first. Called with the
+    /// assembly's lock held. Returns false unless overridden.
+    virtual bool AreBytesSwapped() const;
 };
 
 /// Declares that the arguments of a block can choose its order; an additional base of the record of arguments.

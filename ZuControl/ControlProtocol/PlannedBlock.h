@@ -26,7 +26,7 @@ public:
           hasDataSource(info.HasDataSource()),
           isGlobal(info.IsGlobalAddressSpaceUsed()),
           bytesPerRegister(info.BytesPerRegister()),
-          isBigEndian(info.IsProtocolBigEndian()),
+          order(ProtocolOrderOf(info)),
           isOrdered(dynamic_cast<IOrderedBlockType const*>(&info) != nullptr)
     {
     }
@@ -61,9 +61,10 @@ public:
         return bytesPerRegister;
     }
 
-    bool IsBigEndian() const
+    /// The order of the protocol.
+    BlockOrder Order() const
     {
-        return isBigEndian;
+        return order;
     }
 
     /// Whether blocks of the type may have an order of their own.
@@ -102,7 +103,7 @@ private:
     bool const hasDataSource;
     bool const isGlobal;
     uint8 const bytesPerRegister;
-    bool const isBigEndian;
+    BlockOrder const order;
     bool const isOrdered;
 };
 
@@ -157,7 +158,7 @@ public:
     /// The order of the registers: the block's own, else that of the protocol.
     BlockOrder Order() const
     {
-        return ownOrder.value_or(BlockOrder{type->IsBigEndian(), false});
+        return ownOrder.value_or(type->Order());
     }
 
     void SetOwnOrder(std::optional<BlockOrder> newOrder)

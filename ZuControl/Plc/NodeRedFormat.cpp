@@ -131,7 +131,9 @@ registers[command.first - first] = 1;
 if (text && text.first === first + registers.length) {
     registers.push(0);
 }
-return {payload: {value: registers, fc: 16, unitid: 1, address: first, quantity: registers.length}};
+const isSwapped = request.order === "BADC" || request.order === "DCBA";
+const value = registers.map(register => isSwapped ? register >> 8 | (register & 0xff) << 8 : register);
+return {payload: {value, fc: 16, unitid: 1, address: first, quantity: registers.length}};
 )js";
 
 Json TagOfFlow(PlcTag const& tag)

@@ -33,11 +33,9 @@ namespace
 
 BlockOrder OrderOf(ProtocolRegisterBlockInfo const& type)
 {
-    if (type.IsProtocolBigEndian())
-    {
-        return BlockOrder::ABCD;
-    }
-    return type.BytesPerRegister() == 1 ? BlockOrder::DCBA : BlockOrder::CDAB;
+    BlockOrder const order = ControlProtocol::ProtocolOrderOf(type);
+    bool const isLittleEndian = type.BytesPerRegister() == 1 && !order.isBigEndian;
+    return isLittleEndian ? BlockOrder::DCBA : order;
 }
 
 RegisterField RawField(ProtocolRegisterBlock const& block)

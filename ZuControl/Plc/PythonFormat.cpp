@@ -64,12 +64,16 @@ def ask(client, area, first, count):
     return (answer.registers if area == "registers" else answer.bits)[:count]
 
 
+def with_bytes(registers, order):
+    """The registers with the bytes of each in this order."""
+    return [register >> 8 | (register & 0xFF) << 8 for register in registers] if order in ("BADC", "DCBA") else registers
+
+
 def decode(registers, kind, order, bit, characters, divisor, invalid):
     """The value in these registers; None for an invalid one."""
     if kind in ("BOOL", "RAW"):
         return bool(registers[0]) if kind == "BOOL" else list(registers)
-    if order in ("BADC", "DCBA"):
-        registers = [register >> 8 | (register & 0xFF) << 8 for register in registers]
+    registers = with_bytes(registers, order)
     if kind == "TEXT":
         data = bytes(register & 0xFF for register in registers) if characters == 1 else struct.pack(f">{len(registers)}H", *registers)
         return data.split(b"\0")[0].decode("utf-8", "replace")
@@ -112,7 +116,7 @@ def command(client, request_id, number, text=""):
     registers[which[2] - first] = number
     if name and name[2] == first + len(registers):
         registers += [*text.encode()[:name[3] - 1], 0]
-    answer = client.write_registers(first, registers)
+    answer = client.write_registers(first, with_bytes(registers, request[5]))
     if answer.isError():
         raise Refused(f"command {number}: {answer}")
 

@@ -45,8 +45,7 @@ class OrderedBlock;
 /// A block takes the order of its registers from its type. So the type has two more blocks without a place, each of a
 /// type with a fixed order: a block with an order of its own lets one of them encode.
 template <typename Base>
-class OrderedBlockType final : public ZuControl::ControlProtocol::ProtocolRegisterBlockInfo,
-                               public ZuControl::ControlProtocol::IOrderedBlockType
+class OrderedBlockType final : public ZuControl::ControlProtocol::ProtocolRegisterBlockInfo, public ModbusBlockType
 {
 public:
     using Params = ZuControl::ControlProtocol::RegisterBlockInfoParams;
@@ -144,20 +143,14 @@ public:
     void SerializeIn(std::optional<BlockOrder> order, std::span<uint8> bytes, void const* source,
                      size_t sourceSize) override
     {
-        if (!order.has_value())
-        {
-            Base::Serialize(bytes.data(), bytes.size(), source, sourceSize);
-            return;
-        }
-        EncoderFor(*order).Serialize(bytes.data(), bytes.size(), source, sourceSize);
-        SwapIn(*order, bytes);
+        EncoderFor(order).Base::Serialize(bytes.data(), bytes.size(), source, sourceSize);
+        SwapIn(order, bytes);
     }
 
     void Deserialize(void* destination, size_t destinationSize, void const* source, size_t sourceSize) override
     {
         std::array<uint8, MOST_INPUT_BYTES> bytes;
-        if ((ownOrder.load(std::memory_order_relaxed) & BYTES_SWAPPED) == 0 || source == nullptr ||
-            sourceSize > bytes.size())
+        if (!AreBytesSwapped(OwnOrder()) || source == nullptr || sourceSize > bytes.size())
         {
             Base::Deserialize(destination, destinationSize, source, sourceSize);
             return;
@@ -170,15 +163,12 @@ public:
     void WriteBlank(std::optional<BlockOrder> order, std::span<uint8> bytes) override
     {
         std::ranges::fill(bytes, uint8{0});
-        Base& encoder = order.has_value() ? EncoderFor(*order) : *this;
+        Base& encoder = EncoderFor(order);
         if constexpr (requires { encoder.SerializeInvalidMeasurementValue(bytes.data(), 0); })
         {
             encoder.SerializeInvalidMeasurementValue(bytes.data(), 0);
         }
-        if (order.has_value())
-        {
-            SwapIn(*order, bytes);
-        }
+        SwapIn(order, bytes);
     }
 
     std::vector<ZuControl::ControlProtocol::RegisterField> Fields() const override
@@ -237,14 +227,25 @@ private:
         this->Register(KEY, "Order", orderName).EnableReadOnly().readOnly.Set(true);
     }
 
-    Base& EncoderFor(BlockOrder order)
+    OrderedBlockType<Base>& UsedType() const
     {
-        return static_cast<OrderedBlockType<Base>&>(this->info).Encoder(order.isBigEndian);
+        return static_cast<OrderedBlockType<Base>&>(this->info);
     }
 
-    static void SwapIn(BlockOrder order, std::span<uint8> bytes)
+    /// The block that encodes in this order; its operations are called without a look at the order.
+    Base& EncoderFor(std::optional<BlockOrder> order)
     {
-        if (order.areBytesSwapped)
+        return order.has_value() ? UsedType().Encoder(order->isBigEndian) : *this;
+    }
+
+    bool AreBytesSwapped(std::optional<BlockOrder> order) const
+    {
+        return order.has_value() ? order->areBytesSwapped : UsedType().AreBytesSwapped();
+    }
+
+    void SwapIn(std::optional<BlockOrder> order, std::span<uint8> bytes) const
+    {
+        if (AreBytesSwapped(order))
         {
             SwapBytes(bytes);
         }

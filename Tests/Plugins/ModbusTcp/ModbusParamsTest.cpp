@@ -64,14 +64,14 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedCase{"NegativeSecurity", R"({"security": -1})", "Security"},
                     RefusedCase{"NoQueue", R"({"queueDepth": 0})", "Depth of a Result Queue"},
                     RefusedCase{"QueueTooDeep", R"({"queueDepth": 10001})", "Depth of a Result Queue"},
-                    RefusedCase{"UnknownOrder", R"({"registerOrder": 2})", "Register Order"}),
+                    RefusedCase{"UnknownOrder", R"({"registerOrder": 4})", "Register Order"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
 TEST(ModbusParams, TakeTheEndsOfTheirBounds)
 {
     ModbusParams params;
     json const document = json::parse(R"({
-        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 1, "idleTimeout": 86400, "makeRoomAfter": 86400,
+        "port": 65535, "address": "::1", "maxClients": 512, "registerOrder": 3, "idleTimeout": 86400, "makeRoomAfter": 86400,
         "allowedClients": "10.0.0.0/8", "writers": "10.0.0.7", "readOnly": true,
         "security": 2, "certificateFile": "a", "keyFile": "b", "authorityFile": "c", "revocationFile": "e", "roles": "d=viewer", "queueDepth": 10000})");
 

@@ -383,6 +383,22 @@ TEST_F(ModbusTcpProtocolTest, ChangesTheRegisterOrderInPlace)
     EXPECT_TRUE(StatusBecomes(client, {0x0102, 2})); // single registers are the same in both orders
 }
 
+TEST_F(ModbusTcpProtocolTest, TakesCommandsInARegisterOrderWithSwappedBytes)
+{
+    TestClient client(Start());
+    Params().registerOrder.Set(RegisterOrderLittleEndianSwapped);
+    protocol->ParamsUpdate();
+
+    client.Write(0, {0x0201, 0x0100});
+    EXPECT_TRUE(StatusBecomes(client, {0x0201, 0x0200}));
+    EXPECT_EQ(client.Read(0, 2), (Registers{0x0201, 0x0100}));
+
+    Params().registerOrder.Set(RegisterOrderBigEndianSwapped);
+    protocol->ParamsUpdate();
+    client.Write(0, {0x0301, 0x0200});
+    EXPECT_TRUE(StatusBecomes(client, {0x0301, 0x0200}));
+}
+
 TEST_F(ModbusTcpProtocolTest, BindsAnewWhenThePortChangesAndKeepsTheOldOneWhenItCannot)
 {
     uint16 const first = Start();
@@ -664,8 +680,17 @@ TEST_F(ModbusTcpProtocolTest, ShowsTheFingerprintInRegistersAfterEachChange)
     Params().registerOrder.Set(RegisterOrderLittleEndian);
     protocol->ParamsUpdate();
 
-    EXPECT_NE(number(), before);
-    EXPECT_EQ(client.Read(300, 2), (Registers{static_cast<uint16>(number()), static_cast<uint16>(number() >> 16)}));
+    uint32 const little = number();
+    EXPECT_NE(little, before);
+    EXPECT_EQ(client.Read(300, 2), (Registers{static_cast<uint16>(little), static_cast<uint16>(little >> 16)}));
+
+    Params().registerOrder.Set(RegisterOrderLittleEndianSwapped);
+    protocol->ParamsUpdate();
+
+    auto const swapped = [](uint32 word) { return static_cast<uint16>(word << 8 | (word >> 8 & 0xFF)); };
+    uint32 const littleSwapped = number();
+    EXPECT_NE(littleSwapped, little);
+    EXPECT_EQ(client.Read(300, 2), (Registers{swapped(littleSwapped & 0xFFFF), swapped(littleSwapped >> 16)}));
     protocol->ConfigureDefaultRegisterAssembly();
     EXPECT_EQ(client.Read(300, 2), (Registers{0, 0}));
 }

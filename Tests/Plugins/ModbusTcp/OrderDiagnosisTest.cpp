@@ -90,8 +90,13 @@ Case const CASES[] = {
      "Your master shows the registers as they are meant. Registers of 16 bits do not tell the order of words: read the "
      "UDINT at 302 too."},
     {300, "UINT", "14640, 51151", false, "",
-     "Your master swaps the bytes of each register. Either give the blocks the order BADC, or change \"swap bytes\" in "
-     "the master. Then read the UDINT at 302, which tells the order of words."},
+     "Your master swaps the bytes of each register. Either set registerOrder to 2 (big endian, bytes swapped), so that "
+     "the blocks send BADC, or change \"swap bytes\" in the master. Then read the UDINT at 302, which tells the order "
+     "of words."},
+    {302, "UDINT", "3523384905", false, "DCBA",
+     "Your master swaps the words and the bytes of 32 bit values: it reads DCBA, and the block sends ABCD. Either set "
+     "registerOrder to 3 (little endian, bytes swapped), so that the blocks send DCBA, or change \"swap words\" and "
+     "\"swap bytes\" in the master, so that it reads ABCD."},
     {320, "STRING", " ABCDEFGH\n", true, "", "Your master shows texts right."},
     {320, "TEXT", "BADCFEHG", false, "",
      "Your master swaps the bytes of texts. Change \"swap bytes\" in the master, or give the blocks the order BADC."},

@@ -16,6 +16,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cstring>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace ModbusTcp
@@ -83,6 +85,49 @@ TEST_F(OrderedBlockTest, KeepsItsOrderWhenThatOfTheServiceChanges)
     EXPECT_EQ(EncodeFirst(*other, frame), (Registers{0x1DFD, 0x042C}));
     SetOrder(300, "default");
     EXPECT_EQ(EncodeFirst(*own, frame), (Registers{0x1DFD, 0x042C}));
+}
+
+TEST_F(OrderedBlockTest, FollowsEachOfTheFourOrdersOfTheService)
+{
+    auto const own = Place("Measurement", 300, "m", "ABCD");
+    auto const other = Place("Measurement", 303, "m");
+    TestFrame frame;
+    frame.Measurement("m", 70000.125, 1);
+    std::pair<BlockOrder, Registers> const expected[] = {{BlockOrder::BADC, {0x2C04, 0xFD1D, 0x0100}},
+                                                         {BlockOrder::DCBA, {0xFD1D, 0x2C04, 0x0100}},
+                                                         {BlockOrder::CDAB, {0x1DFD, 0x042C, 0x0001}},
+                                                         {BlockOrder::ABCD, {0x042C, 0x1DFD, 0x0001}}};
+    for (auto const& [order, registers] : expected)
+    {
+        SCOPED_TRACE(NameOf(order));
+        ChangeOrder(assembly, order);
+        EXPECT_EQ(EncodeFirst(*own, frame), (Registers{0x042C, 0x1DFD, 0x0001}));
+        EXPECT_EQ(EncodeFirst(*other, frame), registers);
+        std::vector<uint8> bytes(6, 0xAA);
+        dynamic_cast<IModbusBlock&>(*other).WriteBlank(std::nullopt, bytes);
+        LayoutEntry const entry = EntryAt(ReadLayout(assembly), 303);
+        EXPECT_EQ((BlockOrder{entry.isBigEndian, entry.areBytesSwapped}), order);
+        EXPECT_EQ(RegistersOf(bytes)[order.isBigEndian ? 0 : 1], order.areBytesSwapped ? 0x0080 : 0x8000);
+    }
+}
+
+TEST_F(OrderedBlockTest, ReadsACommandInTheOrderOfTheService)
+{
+    auto const block = Place("ControlInput", 0);
+    ChangeOrder(assembly, BlockOrder::BADC);
+    std::vector<uint8> bytes(132, 0);
+    bytes[0] = 0x34;
+    bytes[1] = 0x12;
+    bytes[2] = 5;
+    ControlRegisterCommandData command;
+
+    block->Deserialize(&command, sizeof command, bytes.data(), bytes.size());
+
+    EXPECT_EQ(command.requestId, 0x1234);
+    EXPECT_EQ(command.commandId, 5);
+    SetOrder(0, "ABCD"); // its own order wins
+    block->Deserialize(&command, sizeof command, bytes.data(), bytes.size());
+    EXPECT_EQ(command.requestId, 0x3412);
 }
 
 TEST_F(OrderedBlockTest, OrdersTheNumbersOfTheStateBlocks)
@@ -252,6 +297,15 @@ TEST_F(OrderedBlockTest, GivesOneFingerprintToOneLayoutHoweverItsOrderWasChosen)
     SetOrder(300, "default");
     assembly.ChangeBigEndianSupportedBlocks(false);
     EXPECT_EQ(Fingerprinted(), little);
+    for (BlockOrder const order : {BlockOrder::CDAB, BlockOrder::BADC, BlockOrder::DCBA})
+    {
+        SetOrder(300, NameOf(order));
+        ChangeOrder(assembly, BlockOrder::ABCD);
+        uint32 const ofTheBlock = Fingerprinted();
+        SetOrder(300, "default");
+        ChangeOrder(assembly, order);
+        EXPECT_EQ(Fingerprinted(), ofTheBlock) << NameOf(order);
+    }
 }
 
 namespace
@@ -296,7 +350,7 @@ TEST_F(OrderedBlockTest, IsForeseenByAPreview)
         if (draws.OneIn(20))
         {
             assembly.ResetRegisterAssembly();
-            assembly.ChangeBigEndianSupportedBlocks(draws.OneIn(2));
+            ChangeOrder(assembly, {draws.OneIn(2), draws.OneIn(2)});
         }
         std::string const action =
             draws.OneIn(2) ? Actions::REGISTER_ASSEMBLY_ACTION_ID_ADD : Actions::REGISTER_ASSEMBLY_ACTION_ID_UPDATE;
