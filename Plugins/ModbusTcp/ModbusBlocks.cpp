@@ -149,6 +149,24 @@ constexpr Meaning SYSTEM_MEANINGS[] = {
     {"state3", "problems", "", "number of problems on record, at most 255"},
 };
 
+struct Coil
+{
+    char const* name;
+    bool isWritable;
+    char const* comment;
+};
+
+/// The coils in the order of their numbers.
+constexpr Coil COILS[] = {
+    {"anyCoil", false, "1 while any command of this protocol runs"},
+    {"startCoil", true, "1 starts the scan"},
+    {"stopCoil", true, "1 stops the scan"},
+    {"alignCoil", true, "1 aligns the scanner"},
+    {"clearCoil", true, "1 clears the alignment"},
+    {"loadCoil", true, "1 loads the job whose name stands in the text"},
+    {"triggerCoil", true, "1 triggers one extra profile"},
+};
+
 constexpr Meaning SCANNER_MEANINGS[] = {
     {"state0", "alignState", "", "0: not aligned, 1: being aligned, 2: aligned"},
     {"state1", "laserOn", "", "1: the laser is enabled"},
@@ -166,7 +184,19 @@ ModbusControlInputBlock::~ModbusControlInputBlock() = default;
 
 std::vector<RegisterField> ModbusControlInputBlock::Fields() const
 {
-    return DefaultFields(*this);
+    std::vector<RegisterField> fields = DefaultFields(*this);
+    uint16 number = 0;
+    for (Coil const& coil : COILS)
+    {
+        RegisterField& field = fields.emplace_back();
+        field.name = coil.name;
+        field.type = FieldType::BOOL;
+        field.area = FieldArea::COILS;
+        field.offset = number++;
+        field.isWritable = coil.isWritable;
+        field.comment = coil.comment;
+    }
+    return fields;
 }
 
 ModbusSystemBlock::ModbusSystemBlock(RegisterBlockParams const& params, ProtocolRegisterBlockInfo& usedInfo)
@@ -219,6 +249,29 @@ void AddModbusBlockTypes(IProtocolRegisterAssembly& assembly)
     AddType<MeasurementRealBlock>(assembly, MEASUREMENT_REAL);
     AddType<MapFingerprintBlock>(assembly, MAP_FINGERPRINT);
     AddType<OrderTestBlock>(assembly, ORDER_TEST);
+}
+
+std::vector<RegisterField> WithInputs(std::vector<RegisterField> fields, uint16 outputId, bool areBytesSwapped)
+{
+    constexpr uint32 LAST_INPUT = 65535;
+    std::vector<RegisterField> inputs;
+    for (RegisterField const& field : fields)
+    {
+        uint32 const bit = areBytesSwapped ? field.bit ^ 8u : field.bit;
+        uint32 const number = 16 * (uint32{outputId} + field.offset) + bit;
+        if (field.type != FieldType::BIT || number > LAST_INPUT)
+        {
+            continue;
+        }
+        RegisterField& input = inputs.emplace_back(field);
+        input.name += "Input";
+        input.type = FieldType::BOOL;
+        input.area = FieldArea::DISCRETE_INPUTS;
+        input.offset = static_cast<uint16>(number);
+        input.bit = 0;
+    }
+    fields.insert(fields.end(), inputs.begin(), inputs.end());
+    return fields;
 }
 
 void ChangeOrder(ProtocolRegisterAssemblyBase& assembly, BlockOrder order)

@@ -32,7 +32,8 @@ inline constexpr char const* TYPE_MEASUREMENT_VALUE = "MeasurementValue";
 inline constexpr char const* TYPE_DECISION = "Decision";
 inline constexpr char const* TYPE_MEASUREMENT = "Measurement";
 
-/// Registers: 0 request id, 1 command id, 2 to 65 text with one character in each.
+/// Registers: 0 request id, 1 command id, 2 to 65 text with one character in each. The block also describes the coils of
+/// the service, which run the same commands.
 struct ModbusControlInputBlock : public ZuControl::ControlProtocol::DefaultControlInputRegisterBlock,
                                  public ZuControl::ControlProtocol::IDescribedBlock
 {
@@ -68,6 +69,11 @@ struct ModbusScannerBlock : public ZuControl::ControlProtocol::DefaultScannerSta
 /// Adds all block types of this service to an assembly. Blocks may have an order of their own, those of final classes
 /// excepted.
 void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
+
+/// Adds to each field that is one bit of a register a field for the discrete input that shows the same: input 16 r + b
+/// is bit b of register r as it is sent. `outputId` is the first register of the block.
+std::vector<ZuControl::ControlProtocol::RegisterField>
+WithInputs(std::vector<ZuControl::ControlProtocol::RegisterField> fields, uint16 outputId, bool areBytesSwapped);
 
 /// Sets the order of the service in all block types of `assembly`. Takes the assembly's lock.
 void ChangeOrder(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly,

@@ -35,6 +35,10 @@ class ModbusClient:
             raise ValueError(f"{count} registers asked for, {len(answer) - 2} bytes received")
         return list(struct.unpack(f">{count}H", answer[2:]))
 
+    def read_bit(self, number, function):
+        """A coil (function 1) or a discrete input (function 2), as 0 or 1."""
+        return self.request(struct.pack(">BHH", function, number, 1))[2] & 1
+
     def write(self, start, values):
         """Writes several registers with function 16."""
         pdu = struct.pack(">BHHB", 16, start, len(values), 2 * len(values)) + struct.pack(f">{len(values)}H", *values)

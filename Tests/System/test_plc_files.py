@@ -60,8 +60,18 @@ def as_sent(registers, order):
     return [register >> 8 | (register & 0xFF) << 8 for register in registers] if order in ("BADC", "DCBA") else registers
 
 
+def read(plc, tag):
+    """The registers of a tag, or its coil or input."""
+    offset = int(tag["offset"])
+    if tag["area"] == "registers":
+        return plc.read(offset, int(tag["registers"]))
+    return [plc.read_bit(offset, {"coils": 1, "discreteInputs": 2}[tag["area"]])]
+
+
 def decode(registers, tag):
     """The value of a tag, by the line of the CSV file; None for an invalid one."""
+    if tag["type"] == "BOOL":
+        return registers[0]
     registers = as_sent(registers, tag["order"])
     if tag["type"] == "TEXT":
         return bytes(register & 0xFF for register in registers).split(b"\0")[0].decode()
@@ -92,7 +102,7 @@ def tags_of(rest):
 
 def values_of(rest, plc):
     """The value of each tag of the CSV file, read with Modbus."""
-    return {name: decode(plc.read(int(tag["offset"]), int(tag["registers"])), tag) for name, tag in tags_of(rest).items()}
+    return {name: decode(read(plc, tag), tag) for name, tag in tags_of(rest).items()}
 
 
 def expected_of(rest, values):
@@ -102,7 +112,9 @@ def expected_of(rest, values):
                 "System_problems": len(rest.get("/problems").json["problems"]),
                 "Scanner_encoder": scanner["info"]["currentEncoderValue"], "Scanner_alignState": 0,
                 "Scanner_laserOn": int(scanner["info"]["laserEnabled"]),
-                "StateBits_ready": 1, "StateBits_running": 0, "StateBits_error": 0, "StateBits_linked": 1}
+                "StateBits_ready": 1, "StateBits_running": 0, "StateBits_error": 0, "StateBits_linked": 1,
+                "StateBits_readyInput": 1, "StateBits_runningInput": 0, "StateBits_linkedInput": 1,
+                "ControlInput_anyCoil": 0, "ControlInput_startCoil": 0}
     for output, value in phase_of(values["profile_stamp_counter"]).items():
         expected |= {f"profile_{output}_value": float(value), f"profile_{output}_decision": 1}
     return expected | {"profile_zMax_valueAlone": expected["profile_zMax_value"], "profile_zMax_decisionAlone": 1}
@@ -217,7 +229,8 @@ class PlcFiles(unittest.TestCase):
                     self.assertEqual({tag["order"] for tag in tags.values()}, {name})
                     for tag in tags.values():
                         offset = int(tag["offset"])
-                        self.assertEqual((tag["number"], tag["table"]), (str(offset + 1), str(400001 + offset)))
+                        first = {"registers": 400001, "coils": 1, "discreteInputs": 100001}[tag["area"]]
+                        self.assertEqual((tag["number"], tag["table"]), (str(offset + 1), f"{first + offset:06}"))
                     values = values_of(rest, plc)
                     self.assertEqual(values["System_jobName"], "default")
                     if order == 0:
@@ -262,7 +275,9 @@ class PlcFiles(unittest.TestCase):
             done = subprocess.run(["sh", "-s", "127.0.0.1", str(host.modbus_port)], input=get(rest, "shell").body.decode(),
                                   capture_output=True, text=True, timeout=PATIENCE + 60)
             self.assertEqual((done.returncode, done.stderr), (0, ""))
-            shown = dict(re.findall(r"^\[(\d+)\]:\s+(\S+)", done.stdout, re.MULTILINE))
+            shown = {}
+            for address, value in re.findall(r"^\[(\d+)\]:\s+(\S+)", done.stdout, re.MULTILINE):
+                shown.setdefault(address, value)  # the coils come after the registers with their numbers
             compared = 0
             for name, tag in tags_of(rest).items():
                 if tag["type"] in ("UINT", "DINT") and name not in ("System_upTime",):
@@ -270,6 +285,19 @@ class PlcFiles(unittest.TestCase):
                     self.assertEqual(int(shown[tag["offset"]]), number, name)
                     compared += 1
             self.assertGreater(compared, 15)
+
+    def test_the_lines_of_mbpoll_show_coils_and_inputs(self):
+        with measured() as (host, rest, plc):
+            lines = dict(re.findall(r"^# (\w+): BOOL .*\n(mbpoll .*)$", get(rest, "shell").body.decode(), re.MULTILINE))
+            tags = {name: tag for name, tag in tags_of(rest).items() if tag["type"] == "BOOL"}
+            self.assertEqual(set(lines), set(tags))
+            self.assertEqual({tag["area"] for tag in tags.values()}, {"coils", "discreteInputs"})
+            script = f"host=127.0.0.1 port={host.modbus_port}\n" + "\n".join(lines.values()) + "\n"
+            done = subprocess.run(["sh"], input=script, capture_output=True, text=True, timeout=PATIENCE + 60)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            shown = re.findall(r"^\[(\d+)\]:\s+(\d)$", done.stdout, re.MULTILINE)
+            self.assertEqual(shown, [(tags[name]["offset"], str(read(plc, tags[name])[0])) for name in lines])
+            self.assertIn("1", [value for _, value in shown])
 
     def test_the_python_module_reads_the_values_and_starts_the_scan(self):
         with measured() as (host, rest, plc):
@@ -290,8 +318,17 @@ class PlcFiles(unittest.TestCase):
                           "while tags.read(client).System_runState != 1: pass\n" \
                           "try: tags.ask(client, 'registers', 9999, 2)\n" \
                           "except tags.Refused: print('refused')\n" \
-                          "values = tags.read(client); client.close(); print(values.System_runState, values.StateBits_running)"
-                self.assertEqual(self.run_python(program, host.modbus_port, folder=folder), "refused\n1 True\n")
+                          "values = tags.read(client); print(values.System_runState, values.StateBits_running)\n" \
+                          "print(values.StateBits_runningInput, values.ControlInput_stopCoil)\n" \
+                          "for name in ('ControlInput_anyCoil', 'System_runState', 'System_upTime', 'nothing'):\n" \
+                          "    try: tags.write(client, name, 1)\n" \
+                          "    except tags.Refused: print('no', name)\n" \
+                          "tags.write(client, 'ControlInput_stopCoil', True)\n" \
+                          "while tags.read(client).StateBits_runningInput: pass\n" \
+                          "print(tags.read(client).System_runState); client.close()"
+                self.assertEqual(self.run_python(program, host.modbus_port, folder=folder),
+                                 "refused\n1 True\nTrue False\nno ControlInput_anyCoil\nno System_runState\nno System_upTime\n"
+                                 "no nothing\n0\n")
 
     def test_the_python_module_marks_missing_values(self):
         with Host() as host, RestClient(host.http_port) as rest:
@@ -316,6 +353,11 @@ class PlcFiles(unittest.TestCase):
                 values = red.next(lambda node, payload: node == "show" and payload["profile_zMax_value"] is not None)
                 self.assertEqual((values["System_runState"], values["ControlOutput_status"]), (1, 2))
                 self.assertEqual(values["profile_width_value"], float(phase_of(values["profile_stamp_counter"])["width"]))
+                self.assertNotEqual(values["ControlOutput_requestId"], 0)
+                self.assertIs(values["ControlInput_startCoil"], False)
+                red.press("write the coil")
+                red.next(lambda node, payload: node == "written")
+                red.next(lambda node, payload: node == "show" and payload["ControlOutput_requestId"] == 0)
                 self.assertFalse(os.path.exists(os.path.join(red.folder.name, "hacked")))
         self.assertFalse((packages("Tests/Node/node-red") / "hacked").exists())
 
@@ -332,7 +374,7 @@ class PlcFiles(unittest.TestCase):
             self.assertEqual(set(HOSTILE) - set(sources), set())
             self.assertEqual(set(HOSTILE) - {tag["source"] for tag in get(rest, "json").json["tags"]}, set())
             lines = list(csv.reader(io.StringIO(get(rest, "csv").body.decode(), newline="")))
-            self.assertEqual({len(line) for line in lines}, {16})
+            self.assertEqual({len(line) for line in lines}, {17})
             self.assertEqual([cell for line in lines[1:] for cell in line[12:] if cell[:1] in ("=", "+", "-", "@")], [])
             self.assertEqual(os.listdir(folder), [])
 
@@ -344,7 +386,7 @@ class PlcFiles(unittest.TestCase):
                 {"type": "Measurement", "dataSource": "Größe", "outputId": 310}, {"type": "StateBits", "outputId": 320})
             after = place(tags_of(rest))
             self.assertEqual(before.items() - after.items(), set())
-            self.assertEqual(len(after), len(before) + 16)
+            self.assertEqual(len(after), len(before) + 29)
             self.assertEqual(rest.post(ASSEMBLY + "/commands/remove", {"outputIdList": [{"outputId": 170}]}).status // 100, 2)
             self.assertEqual(rest.post(ASSEMBLY + "/commands/compact", {"startingOutputId": 0}).status // 100, 2)
             moved = place(tags_of(rest))

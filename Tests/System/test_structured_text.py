@@ -39,7 +39,7 @@ def generated(rest, service=MODBUS):
 
 
 def tags_of(rest, service=MODBUS):
-    return rest.get(service + "/plc?format=json").json["tags"]
+    return [tag for tag in rest.get(service + "/plc?format=json").json["tags"] if tag["area"] == "registers"]
 
 
 def place(rest, blocks, service=MODBUS):
@@ -467,7 +467,7 @@ class Page(unittest.TestCase):
             self.check(plc, again)
 
     def test_the_program_with_a_command(self):
-        text = section(PAGE, "Structured Text").split("\n### Commands")[1]
+        text = section(PAGE, "Structured Text").split("\n### Commands")[1].split("\n### ")[0]
         program, = re.findall(r"^```iecst\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
         table, = re.findall(r"^\| variable .*?\n\n", text, re.MULTILINE | re.DOTALL)
         with Host() as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as modbus:

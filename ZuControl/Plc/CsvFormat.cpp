@@ -40,7 +40,7 @@ void WriteRow(std::string& text, PlcTag const& tag, std::string const& fingerpri
             (isBit ? std::to_string(field.bit) : "") + ',' + NameOf(field.type) + ',' + NameOf(tag.order) + ',' +
             ScaleText(field.divisor) + ',' + Cell(field.unit) + ',' + InvalidText(field) + ',' +
             (field.isWritable ? "read/write" : "read") + ',' + Cell(tag.source) + ',' + Cell(tag.blockType) + ',' +
-            Cell(field.comment) + ',' + fingerprint + "\r\n";
+            Cell(field.comment) + ',' + fingerprint + ',' + NameOf(field.area) + "\r\n";
 }
 
 } // namespace
@@ -48,7 +48,7 @@ void WriteRow(std::string& text, PlcTag const& tag, std::string const& fingerpri
 std::string WriteCsv(PlcTagList const& list)
 {
     std::string text = "name,offset,number,table,registers,bit,type,order,scale,unit,invalid,access,source,block,"
-                       "comment,fingerprint\r\n";
+                       "comment,fingerprint,area\r\n";
     std::string const fingerprint = std::to_string(list.fingerprint);
     for (PlcTag const& tag : list.tags)
     {

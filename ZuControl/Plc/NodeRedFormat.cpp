@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -136,6 +137,16 @@ const value = registers.map(register => isSwapped ? register >> 8 | (register & 
 return {payload: {value, fc: 16, unitid: 1, address: first, quantity: registers.length}};
 )js";
 
+// Writes the coil that the topic names.
+constexpr char const* WRITE_COIL = R"js(
+const coil = flow.get("tags").find(tag => tag.area === "coils" && tag.name === msg.topic);
+if (!coil) {
+    node.error("The map has no coil " + msg.topic + ".", msg);
+    return null;
+}
+return {payload: {value: msg.payload !== false, fc: 5, unitid: 1, address: coil.first, quantity: 1}};
+)js";
+
 Json TagOfFlow(PlcTag const& tag)
 {
     ControlProtocol::RegisterField const& field = tag.field;
@@ -249,6 +260,25 @@ Json InjectMembers(char const* repeat)
             {"payloadType", "date"}};
 }
 
+/// Adds a button for the first coil that can be written. Others need only their name as its topic.
+void AddCoil(Flow& flow, std::vector<PlcTag> const& tags)
+{
+    auto const coil = std::ranges::find_if(tags, [](PlcTag const& tag) {
+        return tag.field.area == ControlProtocol::FieldArea::COILS && tag.field.isWritable;
+    });
+    if (coil == tags.end())
+    {
+        return;
+    }
+    Json& inject = flow.Add("inject", "write the coil", 110, 240, "coil");
+    inject.update(InjectMembers(""));
+    inject.update({{"props", Json::array({{{"p", "payload"}}, {{"p", "topic"}, {"vt", "str"}}})},
+                   {"topic", coil->name},
+                   {"payload", "true"},
+                   {"payloadType", "bool"}});
+    flow.AddFunction("coil", 270, 240, "write", WRITE_COIL);
+}
+
 } // namespace
 
 std::string WriteNodeRed(PlcTagList const& list)
@@ -275,6 +305,7 @@ std::string WriteNodeRed(PlcTagList const& list)
     flow.Add("debug", "show", 750, 80).update({{"active", true}, {"tosidebar", true}, {"complete", "payload"}});
     flow.Add("inject", "start the scan", 110, 160, "command").update(InjectMembers(""));
     flow.AddFunction("command", 270, 160, "write", START);
+    AddCoil(flow, list.tags);
     AddModbus(flow, "modbus-flex-write", "write", 430, 160, "written");
     flow.Add("debug", "written", 590, 160).update({{"active", true}, {"tosidebar", true}, {"complete", "payload"}});
     return Ascii(flow.nodes) + '\n';

@@ -38,7 +38,7 @@ struct PlcTagList
     uint32 fingerprint = 0;
     uint8 fingerprintVersion = 0;
     std::vector<std::string> assemblies; ///< ids
-    std::vector<PlcTag> tags;            ///< by assembly, then by address
+    std::vector<PlcTag> tags;            ///< by assembly, then by block; coils and inputs come last in their block
 };
 
 } // namespace ZuControl::Plc

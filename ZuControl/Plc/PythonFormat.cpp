@@ -121,6 +121,16 @@ def command(client, request_id, number, text=""):
         raise Refused(f"command {number}: {answer}")
 
 
+def write(client, name, value):
+    """Writes a coil, such as the one that starts the scan, or one register, such as the acknowledged number of a queue."""
+    _, area, first, count, _, order = next((tag for tag in TAGS if tag[0] == name), [None] * 11)[:6]
+    if area not in ("registers", "coils") or count != 1:
+        raise Refused(f"there is no coil or single register {name}")
+    answer = client.write_coil(first, value) if area == "coils" else client.write_register(first, with_bytes([value], order)[0])
+    if answer.isError():
+        raise Refused(f"{name}: {answer}")
+
+
 def answer(client):
     """(request id, status) of the last command; 0: none, 1: in progress, 2: done, 3: failed."""
     return tuple(decode(ask(client, *tag[1:4]), *tag[4:-1]) for tag in map(with_role, ("answerRequestId", "answerStatus")))

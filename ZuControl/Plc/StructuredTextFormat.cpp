@@ -483,6 +483,13 @@ std::string WriteStructuredText(PlcTagList const& list)
         text += text.empty() ? "" : "\n";
         text += AssemblyWriter(list, LegalName(name, MOST_PREFIX_CHARACTERS), std::move(tags)).Write();
     }
+    bool const hasBits =
+        std::ranges::any_of(list.tags, [](PlcTag const& tag) { return tag.field.area != FieldArea::REGISTERS; });
+    if (hasBits && !text.empty())
+    {
+        text += "\n(* Coils and discrete inputs show nothing that the registers do not show, and are not in this file. "
+                "*)\n";
+    }
     return text.empty() ? "(* Service " + InComment(list.service) + ": the map has no registers. *)\n" : text;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugins/ModbusTcp/Blocks/IModbusBlock.h"
+#include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
@@ -189,7 +190,7 @@ public:
                 field.order = own;
             }
         }
-        return fields;
+        return WithInputs(std::move(fields), this->OutputId(), AreBytesSwapped(OwnOrder()));
     }
 
     std::optional<BlockOrder> OwnOrder() const override

@@ -267,9 +267,41 @@ TEST_F(ModbusBlocksTest, DescribeTheSourcesOfLists)
         return shape;
     };
     using Shape = std::vector<std::string>;
-    EXPECT_EQ(fields("DecisionBits"), (Shape{"profile/zMax decisionBit 0.0 ", "other decisionBit 0.2 ",
-                                             "profile/zMax decisionIsValid 1.0 ", "other decisionIsValid 1.2 "}));
+    EXPECT_EQ(fields("DecisionBits"),
+              (Shape{"profile/zMax decisionBit 0.0 ", "other decisionBit 0.2 ", "profile/zMax decisionIsValid 1.0 ",
+                     "other decisionIsValid 1.2 ", "profile/zMax decisionBitInput 0.0 ", "other decisionBitInput 2.0 ",
+                     "profile/zMax decisionIsValidInput 16.0 ", "other decisionIsValidInput 18.0 "}));
     EXPECT_EQ(fields("ResultQueue"), (Shape{"profile/zMax queued 16.0 mm", "other queued 20.0 "}));
+}
+
+TEST_F(ModbusBlocksTest, DescribeTheInputsOfBitsAsTheRegisterIsSent)
+{
+    auto const firstInput = [this](uint16 outputId, char const* order) {
+        auto const fields = FieldsOf(*Place("StateBits", outputId, "", order));
+        auto const input = std::ranges::find(fields, FieldArea::DISCRETE_INPUTS, &RegisterField::area);
+        assembly.ResetRegisterAssembly();
+        return input != fields.end() ? input->name + ' ' + std::to_string(input->offset) : "none";
+    };
+    EXPECT_EQ(firstInput(200, ""), "readyInput 3200");
+    EXPECT_EQ(firstInput(200, "BADC"), "readyInput 3208");
+    EXPECT_EQ(firstInput(4095, "ABCD"), "readyInput 65520");
+    EXPECT_EQ(firstInput(4096, "ABCD"), "none");
+    ChangeOrder(assembly, BlockOrder::DCBA);
+    EXPECT_EQ(firstInput(200, ""), "readyInput 3208");
+}
+
+TEST_F(ModbusBlocksTest, DescribeTheCoilsThatCanBeWritten)
+{
+    std::vector<std::string> writable;
+    for (RegisterField const& field : FieldsOf(*Place(TYPE_CONTROL_INPUT, 0)))
+    {
+        if (field.area == FieldArea::COILS && field.isWritable)
+        {
+            writable.push_back(field.name);
+        }
+    }
+    EXPECT_EQ(writable,
+              (std::vector<std::string>{"startCoil", "stopCoil", "alignCoil", "clearCoil", "loadCoil", "triggerCoil"}));
 }
 
 TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
@@ -285,7 +317,9 @@ TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
         return fields;
     };
     using Shape = std::vector<std::string>;
-    EXPECT_EQ(shape(TYPE_CONTROL_INPUT), (Shape{"requestId 0+1", "commandId 1+1", "text 2+64"}));
+    EXPECT_EQ(shape(TYPE_CONTROL_INPUT),
+              (Shape{"requestId 0+1", "commandId 1+1", "text 2+64", "anyCoil 0+1", "startCoil 1+1", "stopCoil 2+1",
+                     "alignCoil 3+1", "clearCoil 4+1", "loadCoil 5+1", "triggerCoil 6+1"}));
     EXPECT_EQ(shape(TYPE_CONTROL_OUTPUT), (Shape{"requestId 0+1", "status 1+1"}));
     EXPECT_EQ(shape(TYPE_SYSTEM), (Shape{"upTime 0+4", "runState 4+1", "jobNameLength 5+1", "jobName 6+64",
                                          "linkState 70+1", "problems 71+1"}));
@@ -294,8 +328,9 @@ TEST_F(ModbusBlocksTest, DescribeTheFieldsOfEachRegister)
     EXPECT_EQ(shape(TYPE_MEASUREMENT), (Shape{"value 0+2", "decision 2+1"}));
     EXPECT_EQ(shape(TYPE_MEASUREMENT_VALUE), (Shape{"valueAlone 0+2"}));
     EXPECT_EQ(shape(TYPE_DECISION), (Shape{"decisionAlone 0+1"}));
-    EXPECT_EQ(shape("StateBits").size(), 13u);
-    EXPECT_EQ(shape("DecisionBits"), (Shape{"decisionBit 0+1", "decisionIsValid 1+1"}));
+    EXPECT_EQ(shape("StateBits").size(), 26u);
+    EXPECT_EQ(shape("DecisionBits"),
+              (Shape{"decisionBit 0+1", "decisionIsValid 1+1", "decisionBitInput 0+1", "decisionIsValidInput 16+1"}));
     EXPECT_EQ(shape("ResultQueue"),
               (Shape{"acknowledged 0+1", "number 1+1", "waiting 2+1", "lost 3+1", "session 4+1", "decisions 5+1",
                      "valid 6+1", "lostBefore 7+1", "frame 8+4", "time 12+4", "queued 16+2"}));

@@ -16,7 +16,8 @@ std::string Csv(PlcTagList const& list)
 }
 
 constexpr char const* HEAD =
-    "name,offset,number,table,registers,bit,type,order,scale,unit,invalid,access,source,block,comment,fingerprint\r\n";
+    "name,offset,number,table,registers,bit,type,order,scale,unit,invalid,access,source,block,comment,fingerprint,"
+    "area\r\n";
 
 } // namespace
 
@@ -38,7 +39,7 @@ TEST(CsvFormat, HasALineForEachTag)
 
     EXPECT_EQ(Csv(list), std::string(HEAD) +
                              "profile_zMax_value,170,171,400171,2,,DINT,ABCD,0.001,\"mm\",-2147483648,read,"
-                             "\"profile/zMax\",\"Measurement\",\"measured value\",3154136885\r\n");
+                             "\"profile/zMax\",\"Measurement\",\"measured value\",3154136885,registers\r\n");
 }
 
 TEST(CsvFormat, ShowsTheBitOfABitAndWhatCanBeWritten)
@@ -50,7 +51,27 @@ TEST(CsvFormat, ShowsTheBitOfABitAndWhatCanBeWritten)
     tag.field.bit = 3;
     tag.field.isWritable = true;
 
-    EXPECT_EQ(Csv(list), std::string(HEAD) + "a,0,1,400001,1,3,BIT,ABCD,1,\"\",,read/write,\"\",\"\",\"\",0\r\n");
+    EXPECT_EQ(Csv(list),
+              std::string(HEAD) + "a,0,1,400001,1,3,BIT,ABCD,1,\"\",,read/write,\"\",\"\",\"\",0,registers\r\n");
+}
+
+TEST(CsvFormat, CountsCoilsAndInputsInTheirTables)
+{
+    PlcTagList list;
+    PlcTag& tag = list.tags.emplace_back();
+    tag.name = "a";
+    tag.address = 3200;
+    tag.field.type = FieldType::BOOL;
+    tag.field.area = ControlProtocol::FieldArea::DISCRETE_INPUTS;
+    PlcTag coil = tag;
+    coil.address = 1;
+    coil.field.area = ControlProtocol::FieldArea::COILS;
+    coil.field.isWritable = true;
+    list.tags.push_back(coil);
+
+    EXPECT_EQ(Csv(list), std::string(HEAD) +
+                             "a,3200,3201,103201,1,,BOOL,ABCD,1,\"\",,read,\"\",\"\",\"\",0,discreteInputs\r\n"
+                             "a,1,2,000002,1,,BOOL,ABCD,1,\"\",,read/write,\"\",\"\",\"\",0,coils\r\n");
 }
 
 TEST(CsvFormat, MakesNoFormulasAndNoLinesOfHostileNames)
@@ -62,7 +83,7 @@ TEST(CsvFormat, MakesNoFormulasAndNoLinesOfHostileNames)
         tag.source = std::move(text);
         std::string const csv = Csv(list);
         std::size_t const begin = csv.find("read,", std::string(HEAD).size()) + 5;
-        return csv.substr(begin, csv.size() - begin - std::string(",\"\",\"\",0\r\n").size());
+        return csv.substr(begin, csv.size() - begin - std::string(",\"\",\"\",0,registers\r\n").size());
     };
     EXPECT_EQ(source("=HYPERLINK(\"http://x\")"), "\"'=HYPERLINK(\"\"http://x\"\")\"");
     EXPECT_EQ(source("+1"), "\"'+1\"");

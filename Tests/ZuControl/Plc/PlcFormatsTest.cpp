@@ -127,6 +127,28 @@ TEST(PlcFormats, LetMbpollShowTheNumbersThatItCanDecode)
     EXPECT_EQ(Mbpoll(coil), "-r 10 -c 1 -t 1");
 }
 
+TEST(PlcFormats, LetNodeRedWriteTheFirstCoilThatCanBeWritten)
+{
+    auto const buttons = [](PlcTag const& tag) {
+        std::vector<std::string> topics;
+        for (Json const& node : Json::parse(Written("node-red", tag)))
+        {
+            if (node.at("type") == "inject" && node.at("topic") != "")
+            {
+                topics.push_back(node.at("topic"));
+            }
+        }
+        return topics;
+    };
+    PlcTag coil = TagOf(FieldType::BOOL, 1);
+    coil.field.area = FieldArea::COILS;
+    EXPECT_EQ(buttons(coil), std::vector<std::string>{});
+    coil.field.isWritable = true;
+    EXPECT_EQ(buttons(coil), std::vector<std::string>{"a_tag"});
+    coil.field.area = FieldArea::REGISTERS;
+    EXPECT_EQ(buttons(coil), std::vector<std::string>{});
+}
+
 TEST(PlcFormats, TypeTheMembersOfPython)
 {
     auto const type = [](PlcTag const& tag) {

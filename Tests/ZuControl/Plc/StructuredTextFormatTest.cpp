@@ -304,6 +304,10 @@ TEST(StructuredTextFormat, HasNoCoilsAndSaysSoIfNothingIsLeft)
     PlcTag coil = TagAt(5, "a", FieldType::BOOL, 1);
     coil.field.area = FieldArea::COILS;
     EXPECT_EQ(Write(coil), "(* Service Plc: the map has no registers. *)\n");
+    std::string const text = Write(ListOf({TagAt(5, "b", FieldType::UINT, 1), coil}));
+    EXPECT_NE(text.find("\n(* Coils and discrete inputs show nothing that the registers do not show"),
+              std::string::npos);
+    EXPECT_EQ(text.find("map.a"), std::string::npos);
 }
 
 TEST(StructuredTextFormat, IsForRegistersOfTwoBytes)
