@@ -135,6 +135,23 @@ def measured(*arguments, order="ABCD"):
         yield host, rest, plc
 
 
+@contextlib.contextmanager
+def queued(order):
+    """A host with a ResultQueue at register 300 that holds some results, all of them."""
+    with Host("--still", "--rate", 50, "--param", "ModbusTcp.queueDepth=10000") as host, RestClient(host.http_port) as rest, ModbusClient(host.modbus_port) as plc:
+        add(rest, {"type": "ResultQueue", "outputId": 300, "dataSource": "profile/stamp,profile/zMax", "order": order})
+        plc.write(0, [1, 1, 0])
+        wait_until(lambda: as_sent(plc.read(302, 1), order)[0] >= 10, "results")
+        plc.write(0, [2, 2, 0])
+        wait_until(lambda: plc.read(66, 2) == [2, 2] and plc.read(72, 1) == [0], "the end of the scan")
+        yield host, rest, plc
+
+
+def numbers_from(first, count):
+    """The numbers of so many results of a queue."""
+    return [(first - 1 + place) % 65535 + 1 for place in range(count)]
+
+
 def with_order(rest, order):
     answer = rest.send("PATCH", "/controls/ModbusTcp", {"parameters": {"registerOrder": order}})
     if answer.status != 200:
@@ -329,6 +346,42 @@ class PlcFiles(unittest.TestCase):
                 self.assertEqual(self.run_python(program, host.modbus_port, folder=folder),
                                  "refused\n1 True\nTrue False\nno ControlInput_anyCoil\nno System_runState\nno System_upTime\n"
                                  "no nothing\n0\n")
+
+    def test_the_python_module_takes_each_result_of_a_queue(self):
+        program = "client = ModbusTcpClient('127.0.0.1', port=int(sys.argv[1])); client.connect()\n" \
+                  "values = read(client)\n" \
+                  "while values.ResultQueue_number:\n" \
+                  "    print(values.ResultQueue_number, values.profile_zMax_queued)\n" \
+                  "    write(client, 'ResultQueue_acknowledged', values.ResultQueue_number)\n" \
+                  "    values = read(client)\n" \
+                  "client.close()\n"
+        for order in ORDERS:
+            with self.subTest(order), queued(order) as (host, rest, plc):
+                waiting = as_sent(plc.read(302, 1), order)[0]
+                module, _, _ = get(rest, "python").body.decode().partition("if __name__")
+                printed = self.run_python(module + program, host.modbus_port).split("\n")[:-1]
+                self.assertEqual(printed, [f"{number} 25.0" for number in numbers_from(int(printed[0].split()[0]), len(printed))])
+                self.assertGreaterEqual(len(printed), waiting)
+
+    def test_the_json_file_leads_to_each_result_of_a_queue(self):
+        for order in ORDERS:
+            with self.subTest(order), queued(order) as (_, rest, plc):
+                tags = {tag["name"]: tag for tag in get(rest, "json").json["tags"]}
+                roles = {tag["role"]: tag["name"] for tag in tags.values()}
+                lines = tags_of(rest)
+
+                def value(name):
+                    return decode(read(plc, lines[name]), lines[name])
+
+                numbers, waiting = [], value("ResultQueue_waiting")
+                while number := int(value(roles["queueNumber"])):
+                    self.assertEqual(value(roles["queueLostBefore"]), 0)
+                    numbers.append(number)
+                    acknowledge = tags[roles["queueAcknowledge"]]
+                    self.assertTrue(acknowledge["writable"])
+                    plc.write_one(acknowledge["offset"], as_sent([number], acknowledge["order"])[0])
+                self.assertEqual(numbers, numbers_from(numbers[0], len(numbers)))
+                self.assertGreaterEqual(len(numbers), waiting)
 
     def test_the_python_module_marks_missing_values(self):
         with Host() as host, RestClient(host.http_port) as rest:

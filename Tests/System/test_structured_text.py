@@ -1,5 +1,6 @@
 """The Structured Text that the host makes: compiled, run on the registers of the host, and compared value by value."""
 
+import contextlib
 import math
 import random
 import re
@@ -433,6 +434,146 @@ class Commands(unittest.TestCase):
         self.assertEqual((plc.get("run.error"), plc.get("run.problem")), (True, DOES_NOT_FIT))
 
 
+PROGRAM_WITH_QUEUE = """
+PROGRAM Main
+VAR
+  registers : {0}_Registers;
+  map : {0}_Map;
+  decode : {0}_Decode;
+  take : {0}_Queue;
+  takes : BOOL := TRUE;
+  isWritten, isRefused : BOOL;
+END_VAR
+decode(registers := registers, map := map);
+take(takes := takes, CALL);
+END_PROGRAM
+"""
+QUEUE = 300
+
+
+@contextlib.contextmanager
+def queue_plc(depth=10000, order="default"):
+    """A host with a queue, and a PLC with the call that the comment in the generated file shows."""
+    with Host("--still", "--rate", 50, "--param", f"ModbusTcp.queueDepth={depth}") as host, RestClient(host.http_port) as rest, \
+            ModbusClient(host.modbus_port) as modbus:
+        place(rest, [{"type": "MapFingerprint", "outputId": 290},
+                     {"type": "ResultQueue", "outputId": QUEUE, "dataSource": "profile/stamp,profile/zMax", "order": order}])
+        source = generated(rest)
+        call, = re.findall(r"The queue at register 300: take\((.*?)\);", source, re.DOTALL)
+        yield rest, modbus, Plc(source, "ModbusTcp", PROGRAM_WITH_QUEUE.replace("CALL", call))
+
+
+def scan_until(modbus, is_enough):
+    """Scans until `is_enough`, which takes the registers of the queue, and waits for the end of the scan."""
+    wait_until(lambda: writes(modbus, [1000, START]), "the start")
+    wait_until(lambda: is_enough(modbus.read(QUEUE, 48)), "results")
+    wait_until(lambda: writes(modbus, [1001, STOP]), "the stop")
+    wait_until(lambda: modbus.read(66, 2) == [1001, 2] and modbus.read(72, 1) == [0], "the end of the scan")
+
+
+def step(plc, modbus):
+    """A cycle of the PLC, with the write that it wants. The number of a new result, else None."""
+    plc.show(plc.read(modbus))
+    number = plc.get("map.ResultQueue_number") if plc.get("take.isNew") else None
+    wants = plc.get("take.write")
+    if wants and not plc.get("isWritten") and not plc.get("isRefused"):
+        try:
+            modbus.write_one(QUEUE, plc.get("take.number"))
+            plc.set("isWritten", True)
+        except ModbusException:
+            plc.set("isRefused", True)
+    elif not wants:
+        plc.set("isWritten", False)
+        plc.set("isRefused", False)
+    return number
+
+
+def take(plc, modbus):
+    """The number of the next result, with the flags that are set."""
+    while (number := step(plc, modbus)) is None:
+        pass
+    return number, {name for name in ("overflow", "missed", "restarted") if plc.get("take." + name)}
+
+
+def after(number, count=1):
+    """The number of the result so many results later."""
+    return (number - 1 + count) % 65535 + 1
+
+
+class Queue(unittest.TestCase):
+    def test_each_result_is_taken_once_in_each_order(self):
+        for order in ORDERS:
+            with self.subTest(order), queue_plc(order=order) as (_, modbus, plc):
+                scan_until(modbus, lambda queue: max(queue[2] & 0xFF, queue[2] >> 8) > 10)
+                plc.show(plc.read(modbus))
+                waiting = plc.get("map.ResultQueue_waiting")
+                self.assertGreater(waiting, 10)
+                taken = [plc.get("map.ResultQueue_number")]
+                self.assertTrue(plc.get("take.isNew"))
+                while plc.get("map.ResultQueue_number") != 0:
+                    number = step(plc, modbus)
+                    taken += [] if number is None else [number]
+                    if number is not None:
+                        self.assertEqual([plc.get("take." + name) for name in ("overflow", "missed", "restarted", "lost")],
+                                         [False, False, False, 0])
+                        self.assertEqual(plc.get("map.profile_zMax_queued.value"), 25.0)
+                    plc.cycle()  # the same registers once more
+                    self.assertFalse(plc.get("take.isNew"))
+                self.assertEqual(taken, [after(taken[0], count) for count in range(len(taken))])
+                self.assertGreaterEqual(len(taken), waiting)
+
+    def test_lost_results_are_told_with_the_next_one(self):
+        with queue_plc(depth=3) as (_, modbus, plc):
+            scan_until(modbus, lambda queue: queue[3] > 0)
+            lost = modbus.read(QUEUE + 3, 1)[0]
+            first = modbus.read(QUEUE + 1, 1)[0]
+            self.assertEqual([take(plc, modbus) for _ in range(3)], [(after(first, count), set()) for count in range(3)])
+            wait_until(lambda: step(plc, modbus) is None and modbus.read(QUEUE + 1, 1) == [0], "an empty queue")
+            scan_until(modbus, lambda queue: queue[1] != 0)
+            _, flags = take(plc, modbus)
+            self.assertEqual((flags, plc.get("take.lost")), ({"overflow"}, lost))
+
+    def test_another_master_and_other_sources(self):
+        with queue_plc() as (rest, modbus, plc):
+            scan_until(modbus, lambda queue: queue[2] > 5)
+            first, flags = take(plc, modbus)
+            self.assertEqual(flags, set())
+            wait_until(lambda: step(plc, modbus) is None and plc.get("isWritten"), "the acknowledgement")
+            modbus.write_one(QUEUE, modbus.read(QUEUE + 1, 1)[0])  # another master takes the second
+            self.assertEqual(take(plc, modbus), (after(first, 2), {"missed"}))
+            self.assertEqual(take(plc, modbus), (after(first, 3), set()))
+            rest.post(f"{MODBUS}/registerAssemblies/registerAssembly-0/commands/update",
+                      {"outputId": QUEUE, "newParams": {"dataSource": "profile/stamp"}})
+            scan_until(modbus, lambda queue: queue[2] > 0)
+            plc.show(plc.read(modbus))
+            self.assertEqual((plc.get("decode.fits"), plc.get("take.isNew")), (False, False))  # the map does not fit
+            rest.post(f"{MODBUS}/registerAssemblies/registerAssembly-0/commands/update",
+                      {"outputId": QUEUE, "newParams": {"dataSource": "profile/stamp,profile/zMax"}})
+            scan_until(modbus, lambda queue: queue[2] > 0)
+            self.assertEqual(take(plc, modbus)[1], {"restarted", "overflow"})  # with it went results that waited
+
+    def test_a_refused_write_is_repeated_and_a_queue_can_wait(self):
+        with queue_plc() as (_, modbus, plc):
+            scan_until(modbus, lambda queue: queue[2] > 2)
+            plc.set("takes", False)
+            for _ in range(3):
+                self.assertIsNone(step(plc, modbus))
+            plc.set("takes", True)
+            plc.show(plc.read(modbus))
+            self.assertTrue(plc.get("take.isNew"))
+            first = plc.get("map.ResultQueue_number")
+            plc.cycle()
+            self.assertEqual((plc.get("take.write"), plc.get("take.isNew")), (True, False))
+            plc.set("isRefused", True)  # without an answer the PLC does not know whether the number has arrived
+            plc.cycle()
+            self.assertFalse(plc.get("take.write"))
+            modbus.write_one(QUEUE, plc.get("take.number"))
+            plc.set("isRefused", False)
+            plc.cycle()
+            self.assertTrue(plc.get("take.write"))
+            self.assertEqual(take(plc, modbus), (after(first), set()))
+
+
 class Page(unittest.TestCase):
     """The steps of the page, in their order."""
 
@@ -483,6 +624,18 @@ class Page(unittest.TestCase):
                 return plc.get("startScan.done") and plc.get("map.System_runState") == 1
 
             wait_until(runs, "the scan")
+            self.check(plc, table)
+
+
+    def test_the_program_with_a_queue(self):
+        text = section(PAGE, "Structured Text").split("\n### Results of a queue")[1]
+        program, = re.findall(r"^```iecst\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
+        table, = re.findall(r"^\| variable .*?\n\n", text, re.MULTILINE | re.DOTALL)
+        with queue_plc() as (rest, modbus, _):
+            plc = Plc(generated(rest), "ModbusTcp", program)
+            scan_until(modbus, lambda queue: queue[2] > 0)
+            take(plc, modbus)
+            plc.cycle()
             self.check(plc, table)
 
 

@@ -39,7 +39,8 @@ enum class FieldArea : uint8
     DISCRETE_INPUTS
 };
 
-/// What a client does with a field, so that a generated program can start a command and check the fingerprint.
+/// What a client does with a field, so that a generated program can start a command,
+/// check the fingerprint and take results from a queue.
 enum class FieldRole : uint8
 {
     VALUE,
@@ -48,7 +49,11 @@ enum class FieldRole : uint8
     COMMAND_TEXT,
     ANSWER_REQUEST_ID,
     ANSWER_STATUS,
-    FINGERPRINT
+    FINGERPRINT,
+    QUEUE_ACKNOWLEDGE, ///< takes the number of the held result
+    QUEUE_NUMBER,      ///< of the held result; 0 for none
+    QUEUE_SESSION,     ///< another number after the queue has begun anew
+    QUEUE_LOST_BEFORE  ///< results lost directly before the held one
 };
 
 /// One value in the registers of a block, as a client has to read it.

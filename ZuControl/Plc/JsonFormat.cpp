@@ -55,7 +55,7 @@ constexpr char const* SCHEMA = R"json({
                     "type": ["string", "null"], "pattern": "^(-?[0-9]+|NaN)$"},
         "writable": {"type": "boolean"},
         "role": {"enum": ["value", "commandRequestId", "commandId", "commandText", "answerRequestId", "answerStatus",
-                          "fingerprint"]},
+                          "fingerprint", "queueAcknowledge", "queueNumber", "queueSession", "queueLostBefore"]},
         "source": {"type": "string"},
         "scannerId": {"type": "string"},
         "block": {

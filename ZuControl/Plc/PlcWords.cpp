@@ -34,8 +34,9 @@ char const* NameOf(FieldType type)
 
 char const* NameOf(FieldRole role)
 {
-    static constexpr std::array NAMES = {"value",           "commandRequestId", "commandId",  "commandText",
-                                         "answerRequestId", "answerStatus",     "fingerprint"};
+    static constexpr std::array NAMES = {"value",           "commandRequestId", "commandId",      "commandText",
+                                         "answerRequestId", "answerStatus",     "fingerprint",    "queueAcknowledge",
+                                         "queueNumber",     "queueSession",     "queueLostBefore"};
     return NameIn(NAMES, role);
 }
 

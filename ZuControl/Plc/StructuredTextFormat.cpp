@@ -136,6 +136,7 @@ public:
         WriteFunctions();
         WriteDecode();
         WriteCommand();
+        text += StructuredText::QueueBlock(prefix, tags);
         return text;
     }
 

@@ -3,6 +3,12 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
+
+namespace ZuControl::Plc
+{
+struct PlcTag;
+}
 
 /// The parts of a Structured Text file that are the same for every map.
 ///
@@ -28,5 +34,9 @@ std::string CodeFunction(std::string const& prefix);
 /// requestRegister, commandRegister, textRegister; requestWord, commandWord, textWord, the expressions for these
 /// registers; answerId, answerStatus, the members of the map.
 extern std::string_view const COMMAND_BLOCK;
+
+/// The function block that takes results from a queue, with an example for each queue in the tags of one assembly. Empty
+/// if there is none.
+std::string QueueBlock(std::string const& prefix, std::vector<PlcTag const*> const& tags);
 
 } // namespace ZuControl::Plc::StructuredText

@@ -25,18 +25,19 @@ struct Head
     FieldType type;
     uint16 offset;
     char const* comment;
+    FieldRole role = FieldRole::VALUE;
 };
 
 /// The registers before the values.
 constexpr Head HEADS[] = {
-    {"acknowledged", FieldType::UINT, 0, "write the number of the held result here"},
-    {"number", FieldType::UINT, 1, "number of the held result, 0 for none"},
+    {"acknowledged", FieldType::UINT, 0, "write the number of the held result here", FieldRole::QUEUE_ACKNOWLEDGE},
+    {"number", FieldType::UINT, 1, "number of the held result, 0 for none", FieldRole::QUEUE_NUMBER},
     {"waiting", FieldType::UINT, 2, "results that wait, the held one included"},
     {"lost", FieldType::UINT, 3, "lost results, modulo 65536"},
-    {"session", FieldType::UINT, 4, "another number tells that the queue is another one"},
+    {"session", FieldType::UINT, 4, "another number tells that the queue is another one", FieldRole::QUEUE_SESSION},
     {"decisions", FieldType::UINT, 5, "bit 0: the first source is within limits"},
     {"valid", FieldType::UINT, 6, "bit 0: the value of the first source is valid"},
-    {"lostBefore", FieldType::UINT, 7, "results lost directly before the held one"},
+    {"lostBefore", FieldType::UINT, 7, "results lost directly before the held one", FieldRole::QUEUE_LOST_BEFORE},
     {"frame", FieldType::ULINT, 8, "frame counter of the held result"},
     {"time", FieldType::ULINT, 12, "time of the held result"},
 };
@@ -144,6 +145,7 @@ std::vector<RegisterField> ResultQueueBlock::Fields() const
         field.type = head.type;
         field.offset = head.offset;
         field.comment = head.comment;
+        field.role = head.role;
         field.source = TYPE; // a short name in place of the list
         if (head.type == FieldType::ULINT)
         {

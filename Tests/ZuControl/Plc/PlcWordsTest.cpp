@@ -18,6 +18,8 @@ TEST(PlcWords, NameEachTypeOrderRoleAndArea)
     EXPECT_STREQ(NameOf(FieldType::RAW), "RAW");
     EXPECT_STREQ(NameOf(BlockOrder::DCBA), "DCBA");
     EXPECT_STREQ(NameOf(FieldRole::FINGERPRINT), "fingerprint");
+    EXPECT_STREQ(NameOf(FieldRole::QUEUE_ACKNOWLEDGE), "queueAcknowledge");
+    EXPECT_STREQ(NameOf(FieldRole::QUEUE_LOST_BEFORE), "queueLostBefore");
     EXPECT_STREQ(NameOf(FieldArea::DISCRETE_INPUTS), "discreteInputs");
 }
 

@@ -310,6 +310,29 @@ TEST(StructuredTextFormat, HasNoCoilsAndSaysSoIfNothingIsLeft)
     EXPECT_EQ(text.find("map.a"), std::string::npos);
 }
 
+TEST(StructuredTextFormat, HasAFunctionBlockForAQueueThatHasAllItsNumbers)
+{
+    PlcTag acknowledge = TagAt(300, "q_acknowledged", FieldType::UINT, 1);
+    acknowledge.field.role = FieldRole::QUEUE_ACKNOWLEDGE;
+    acknowledge.order = BlockOrder::BADC;
+    PlcTag held = TagAt(301, "q_number", FieldType::UINT, 1);
+    held.field.role = FieldRole::QUEUE_NUMBER;
+    PlcTag session = TagAt(304, "q_session", FieldType::UINT, 1);
+    session.field.role = FieldRole::QUEUE_SESSION;
+    PlcTag lost = TagAt(307, "q_lostBefore", FieldType::UINT, 1);
+    lost.field.role = FieldRole::QUEUE_LOST_BEFORE;
+
+    std::string const text = Write(ListOf({acknowledge, held, session, lost}));
+    EXPECT_NE(text.find("FUNCTION_BLOCK Plc_Queue\n"), std::string::npos);
+    EXPECT_NE(text.find("(* The queue at register 300: take(fits := decode.fits, held := map.q_number, session := "
+                        "map.q_session,\n   lostBefore := map.q_lostBefore, isSwapped := TRUE, "),
+              std::string::npos);
+    EXPECT_EQ(Write(ListOf({acknowledge, held, session})).find("Plc_Queue"), std::string::npos);
+    held.field.type = FieldType::UDINT;
+    held.field.count = 2;
+    EXPECT_EQ(Write(ListOf({acknowledge, held, session, lost})).find("Plc_Queue"), std::string::npos);
+}
+
 TEST(StructuredTextFormat, IsForRegistersOfTwoBytes)
 {
     PlcFormat const& format = *FindPlcFormat("structured-text");
