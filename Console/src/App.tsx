@@ -1,7 +1,7 @@
 import type { ComponentType } from "preact";
-import { useEffect, useRef } from "preact/hooks";
+import { useEffect, useErrorBoundary, useRef } from "preact/hooks";
 import { useClock, useObservable } from "./client/observable";
-import { connection, logOut, session } from "./client/rest";
+import { connection, logOut, sentenceOf, session } from "./client/rest";
 import { hrefOf, route } from "./client/route";
 import { NoticeBar, tellRefusal } from "./parts/basics";
 import { Login } from "./views/login/Login";
@@ -57,10 +57,24 @@ function Shell() {
             <Navigation present={name} />
             <main id="main" tabIndex={-1}>
                 <h1 ref={heading} tabIndex={-1}>{title}</h1>
-                {view === undefined ? <p>There is no view “{name}”. <a href={hrefOf("overview")}>To the overview</a></p> : <view.component />}
+                {view === undefined ? <p>There is no view “{name}”. <a href={hrefOf("overview")}>To the overview</a></p> : <ViewFrame key={name} view={view} />}
             </main>
             <NoticeBar />
         </>
+    );
+}
+
+/// A view. A fault in it leaves the rest of the page usable.
+function ViewFrame({ view: { component: Content } }: { view: View }) {
+    const [error, again] = useErrorBoundary();
+    if (error === undefined) {
+        return <Content />;
+    }
+    return (
+        <div role="alert">
+            <p class="refusal">This view cannot show what the host has sent: {sentenceOf(error)}</p>
+            <button type="button" onClick={again}>Try again</button>
+        </div>
     );
 }
 

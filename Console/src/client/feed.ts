@@ -1,4 +1,4 @@
-import { connection, session, setUp } from "./rest";
+import { connection, problemOf, session, setUp } from "./rest";
 
 /// A message of "/profile" or "/rangeimage": see the page on REST.
 export interface FeedMessage {
@@ -16,6 +16,13 @@ const HEADER_BYTES = 48;
 const MAX_MESSAGE_BYTES = 4 * 1024 * 1024;
 const SILENCE_MS = 4_000; // the host sends a message in each second
 const RETRY_MS = 1_000;
+const READY_MS = 50; // until the caller is known
+
+/// What takes a stream.
+export interface FeedTaker {
+    take: (message: FeedMessage, isFirst: boolean) => void; // the first of a connection repeats what was before it
+    refuse: (sentence: string) => void; // why there is no stream; empty: there is one
+}
 
 /// Splits the bytes of a stream into messages.
 export class FeedReader {
@@ -59,28 +66,31 @@ function messageOf(bytes: Uint8Array): FeedMessage {
 }
 
 /// Reads a stream until the returned function is called, and begins anew when it ends.
-export function openFeed(path: string, onMessage: (message: FeedMessage) => void): () => void {
+export function openFeed(path: string, taker: FeedTaker): () => void {
     const end = new AbortController();
     void (async () => {
         while (!end.signal.aborted) {
-            if (connection.value.isUp && session.value !== null && session.value !== "needed") {
-                await readFeed(path, onMessage, end.signal).catch(() => {});
+            const isReady = connection.value.isUp && session.value !== null && session.value !== "needed";
+            if (isReady) {
+                await readFeed(path, taker, end.signal).catch(() => {}); // a cut stream: the loop opens the next one
             }
-            await new Promise((resolve) => setTimeout(resolve, RETRY_MS));
+            await new Promise((resolve) => setTimeout(resolve, isReady ? RETRY_MS : READY_MS));
         }
     })();
     return () => end.abort();
 }
 
-async function readFeed(path: string, onMessage: (message: FeedMessage) => void, end: AbortSignal): Promise<void> {
+async function readFeed(path: string, taker: FeedTaker, end: AbortSignal): Promise<void> {
     const cut = new AbortController();
     const close = () => cut.abort();
     end.addEventListener("abort", close);
     let silence = setTimeout(close, SILENCE_MS);
     try {
         const response = await fetch(path, { headers: { Accept: "application/octet-stream" }, signal: cut.signal, cache: "no-store" });
+        taker.refuse(response.ok ? "" : problemOf(response, await response.json().catch(() => null)).detail);
         const source = response.ok ? response.body?.getReader() : undefined;
         const reader = new FeedReader();
+        let isFirst = true;
         while (source !== undefined) {
             const { done, value } = await source.read();
             if (done) {
@@ -89,7 +99,10 @@ async function readFeed(path: string, onMessage: (message: FeedMessage) => void,
             clearTimeout(silence);
             silence = setTimeout(close, SILENCE_MS);
             setUp(true);
-            reader.take(value).filter((message) => message.rows > 0).forEach(onMessage);
+            for (const message of reader.take(value).filter(({ rows }) => rows > 0)) {
+                taker.take(message, isFirst);
+                isFirst = false;
+            }
         }
     } finally {
         clearTimeout(silence);

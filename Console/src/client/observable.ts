@@ -33,8 +33,15 @@ export class Observable<T> {
 /// The value of an observable; the component is drawn anew when it changes.
 export function useObservable<T>(observable: Observable<T>): T {
     const [, redraw] = useState(0);
-    useEffect(() => observable.subscribe(() => redraw((count) => count + 1)), [observable]);
-    return observable.value;
+    const { value } = observable;
+    useEffect(() => {
+        const drawAnew = () => redraw((count) => count + 1);
+        if (observable.value !== value) {
+            drawAnew(); // the value has changed since it was drawn
+        }
+        return observable.subscribe(drawAnew);
+    }, [observable]);
+    return value;
 }
 
 /// Draws the component anew after each period, for texts that depend on the time.

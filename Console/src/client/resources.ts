@@ -1,6 +1,6 @@
 import { useEffect, useState } from "preact/hooks";
 import { Observable, useObservable } from "./observable";
-import { connection, ConnectionLost, findSession, request, RestProblem, session, setUp } from "./rest";
+import { connection, ConnectionLost, findSession, request, RequestEnded, RestProblem, session, setUp } from "./rest";
 
 /// What is known of a document.
 export interface Known<T> {
@@ -8,6 +8,7 @@ export interface Known<T> {
     problem: RestProblem | undefined;
     etag: string;
     atMs: number; // when it was read last; 0: never
+    isLate: boolean; // the next reading of a document with a period has failed or takes too long
 }
 
 export interface Resource<T> extends Known<T> {
@@ -22,7 +23,7 @@ export interface Change {
     isTree: boolean;
 }
 
-const UNKNOWN: Known<never> = { data: undefined, problem: undefined, etag: "", atMs: 0 };
+const UNKNOWN: Known<never> = { data: undefined, problem: undefined, etag: "", atMs: 0, isLate: false };
 const HEARTBEAT_MS = 2_000;
 const LOST_HEARTBEAT_MS = 700;
 const SETTLING_MS = 400;
@@ -35,46 +36,41 @@ export const changes = new Observable<Change[]>([]);
 /// A document that components show, read again after each of its changes and after each period.
 class Cache {
     readonly known = new Observable<Known<unknown>>(UNKNOWN);
-    users = 0;
-    private readonly periods: number[] = [];
-    private timer: ReturnType<typeof setTimeout> | undefined;
-    private settling: ReturnType<typeof setTimeout> | undefined;
-    private isReading = false;
-    private isWanted = false;
+    private readonly periods: number[] = []; // one for each user; 0: none
+    private readonly end = new AbortController();
+    private timer: ReturnType<typeof setTimeout> | undefined; // reads after the period
+    private settling: ReturnType<typeof setTimeout> | undefined; // reads again after a change
+    private aging: ReturnType<typeof setTimeout> | undefined; // marks the document as late
+    private running: Promise<void> | undefined;
+    private next: Promise<void> | undefined;
 
     constructor(readonly path: string) {}
 
     use(periodMs: number): () => void {
-        this.users += 1;
         this.periods.push(periodMs);
         void this.read();
         return () => {
-            this.users -= 1;
             this.periods.splice(this.periods.indexOf(periodMs), 1);
-            if (this.users === 0) {
-                clearTimeout(this.timer);
-                caches.delete(this.path);
+            if (this.periods.length === 0) {
+                this.close();
             }
         };
     }
 
-    /// Reads the document. One read runs at a time; one more waits.
-    async read(): Promise<void> {
-        if (this.isReading) {
-            this.isWanted = true;
-            return;
+    /// Reads the document. The promise ends with a reading that has begun after the call; one reading runs at a time.
+    read(): Promise<void> {
+        if (this.end.signal.aborted) {
+            return Promise.resolve();
         }
-        this.isReading = true;
-        clearTimeout(this.timer);
-        do {
-            this.isWanted = false;
-            await this.readOnce();
-        } while (this.isWanted && this.users > 0);
-        this.isReading = false;
-        const period = Math.min(...this.periods.filter((one) => one > 0));
-        if (this.users > 0 && Number.isFinite(period)) {
-            this.timer = setTimeout(() => void this.read(), period);
+        if (this.running === undefined) {
+            this.running = this.readNow();
+            return this.running;
         }
+        this.next ??= this.running.then(() => {
+            this.next = undefined;
+            return this.read();
+        });
+        return this.next;
     }
 
     /// Reads the document now and once more shortly after: while a change runs, documents of other places show the state
@@ -82,19 +78,55 @@ class Cache {
     noteChange(): void {
         void this.read();
         clearTimeout(this.settling);
-        this.settling = setTimeout(() => void (this.users > 0 && this.read()), SETTLING_MS);
+        this.settling = setTimeout(() => void this.read(), SETTLING_MS);
+    }
+
+    /// Ends the reading and all timers.
+    private close(): void {
+        caches.delete(this.path);
+        this.end.abort();
+        [this.timer, this.settling, this.aging].forEach(clearTimeout);
+    }
+
+    private async readNow(): Promise<void> {
+        clearTimeout(this.timer);
+        try {
+            await this.readOnce();
+        } finally {
+            this.running = undefined;
+            const period = this.period();
+            if (period !== undefined) {
+                this.timer = setTimeout(() => void this.read(), period);
+            }
+        }
     }
 
     private async readOnce(): Promise<void> {
         try {
-            const reply = await request("GET", this.path);
-            const data = reply.json ?? reply.text;
-            this.known.set({ data, problem: undefined, etag: reply.etag, atMs: Date.now() });
+            const reply = await request("GET", this.path, { signal: this.end.signal });
+            this.known.set({ data: reply.json ?? reply.text, problem: undefined, etag: reply.etag, atMs: Date.now(), isLate: false });
+            this.age();
         } catch (error) {
             if (error instanceof RestProblem) {
                 this.known.set({ ...this.known.value, problem: error });
+            } else if (!(error instanceof ConnectionLost || error instanceof RequestEnded)) {
+                throw error;
             }
         }
+    }
+
+    private age(): void {
+        clearTimeout(this.aging);
+        const period = this.period();
+        if (period !== undefined) {
+            this.aging = setTimeout(() => this.known.set({ ...this.known.value, isLate: true }), period + MAX_FRESH_MS);
+        }
+    }
+
+    /// The shortest period of the users; undefined without one.
+    private period(): number | undefined {
+        const periods = this.periods.filter((one) => one > 0);
+        return periods.length === 0 ? undefined : Math.min(...periods);
     }
 }
 
@@ -127,8 +159,8 @@ export function useResource<T>(path: string | null, periodMs = 0): Resource<T> {
     const isCurrent = cache !== null && cache.path === path;
     const known = useObservable(isCurrent ? cache.known : NO_CACHE) as Known<T>;
     const { isUp } = useObservable(connection);
-    const isLate = periodMs > 0 && known.atMs > 0 && Date.now() - known.atMs > periodMs + MAX_FRESH_MS;
-    return { ...known, isOld: !isUp || isLate, reload: async () => void (isCurrent && (await cache.read())) };
+    const isRefused = known.problem !== undefined && known.data !== undefined;
+    return { ...known, isOld: !isUp || known.isLate || isRefused, reload: async () => void (isCurrent && (await cache.read())) };
 }
 
 /// Reads every shown document again.
@@ -151,11 +183,19 @@ function takeChange(path: string, isTree: boolean): void {
 
 let stream: EventSource | null = null;
 
+/// Opens the stream of changes. What has changed before it opens, or is missing in it, is read again.
 function listen(): void {
     stream?.close();
     const opened = new EventSource("/events");
+    let lastId = 0;
     stream = opened;
+    opened.onopen = reloadAll;
     opened.onmessage = (message: MessageEvent<string>) => {
+        const id = Number(message.lastEventId);
+        if (lastId !== 0 && id !== lastId + 1) {
+            reloadAll();
+        }
+        lastId = id;
         const report = JSON.parse(message.data) as { path: string; type: number };
         takeChange(report.path, report.type === 4);
     };
@@ -178,6 +218,8 @@ async function beat(): Promise<void> {
         lastUpTimeSec = health.upTimeSec;
         if (!wasUp || hasRestarted || session.value === null) {
             await findSession();
+        }
+        if (!wasUp || hasRestarted) {
             reloadAll();
         }
         if ((stream === null || hasRestarted) && session.value !== "needed" && session.value !== null) {

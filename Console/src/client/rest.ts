@@ -6,7 +6,6 @@ export class RestProblem extends Error {
         readonly status: number,
         readonly detail: string,
         readonly causes: string[],
-        readonly retryAfterSec: number,
     ) {
         super(detail);
     }
@@ -16,6 +15,13 @@ export class RestProblem extends Error {
 export class ConnectionLost extends Error {
     constructor() {
         super("The host does not answer.");
+    }
+}
+
+/// The caller has ended the request.
+export class RequestEnded extends Error {
+    constructor() {
+        super("The request was ended.");
     }
 }
 
@@ -36,12 +42,15 @@ export interface Session {
 
 export type Role = "viewer" | "operator" | "engineer" | "administrator";
 
-const ROLES: Role[] = ["viewer", "operator", "engineer", "administrator"];
+export const ROLES: Role[] = ["viewer", "operator", "engineer", "administrator"];
 const TIMEOUT_MS = 10_000;
 const LONG_TIMEOUT_MS = 60_000; // a change may take the service this long
 
 /// The caller; null while it is not known; "needed" when the service asks for a login.
 export const session = new Observable<Session | "needed" | null>(null);
+
+/// What the host tells everybody before a login.
+export const loginNotice = new Observable("");
 
 /// Whether the host answers, and since when.
 export const connection = new Observable<{ isUp: boolean; sinceMs: number }>({ isUp: true, sinceMs: Date.now() });
@@ -61,57 +70,84 @@ export function mayActAs(needed: Role): boolean {
 export interface Options {
     ifMatch?: string | undefined;
     body?: unknown; // JSON, or a Blob that is sent as it is
+    signal?: AbortSignal; // ends the request
 }
 
+/// Throws `RestProblem` for a refusal, `ConnectionLost` without an answer, and `RequestEnded`.
 export async function request(method: string, path: string, options: Options = {}): Promise<Reply> {
-    const response = await send(method, path, options);
-    const text = await response.text().catch(() => {
-        throw new ConnectionLost();
-    });
-    const isJson = (response.headers.get("Content-Type") ?? "").includes("json");
-    const json: unknown = isJson && text !== "" ? JSON.parse(text) : null;
+    const { response, text } = await send(method, path, options);
+    const json = documentOf(response, text);
     if (!response.ok) {
-        if (response.status === 401 && path !== "/session") {
-            session.set("needed");
+        if (response.status === 401) {
+            noteStranger(path, json);
         }
         throw problemOf(response, json);
     }
     return { status: response.status, json, etag: response.headers.get("ETag") ?? "", text };
 }
 
-async function send(method: string, path: string, options: Options): Promise<Response> {
+async function send(method: string, path: string, options: Options): Promise<{ response: Response; text: string }> {
+    const cut = new AbortController();
+    const abort = () => cut.abort();
+    const timer = setTimeout(abort, method === "GET" ? TIMEOUT_MS : LONG_TIMEOUT_MS);
+    options.signal?.addEventListener("abort", abort);
+    try {
+        const response = await fetch(path, { ...initOf(method, options), signal: cut.signal });
+        const text = await response.text();
+        setUp(true);
+        return { response, text };
+    } catch {
+        if (options.signal?.aborted === true) {
+            throw new RequestEnded();
+        }
+        setUp(false);
+        throw new ConnectionLost();
+    } finally {
+        clearTimeout(timer);
+        options.signal?.removeEventListener("abort", abort);
+    }
+}
+
+function initOf(method: string, { ifMatch, body }: Options): RequestInit {
     const headers = new Headers({ Accept: "application/hal+json, application/json;q=0.9, */*;q=0.1" });
     const present = session.value;
     if (method !== "GET" && present !== null && present !== "needed" && present.crossSiteToken !== undefined) {
         headers.set("X-CSRF-Token", present.crossSiteToken);
     }
-    if (options.ifMatch !== undefined && options.ifMatch !== "") {
-        headers.set("If-Match", options.ifMatch);
+    if (ifMatch !== undefined && ifMatch !== "") {
+        headers.set("If-Match", ifMatch);
     }
-    const { body } = options;
-    const init: RequestInit = {
+    return {
         method,
         headers,
         credentials: "same-origin",
         cache: "no-store",
-        signal: AbortSignal.timeout(method === "GET" ? TIMEOUT_MS : LONG_TIMEOUT_MS),
         ...(body === undefined ? {} : { body: body instanceof Blob ? body : JSON.stringify(body) }),
     };
+}
+
+function documentOf(response: Response, text: string): unknown {
+    const isJson = (response.headers.get("Content-Type") ?? "").includes("json");
     try {
-        const response = await fetch(path, init);
-        setUp(true);
-        return response;
+        return isJson && text !== "" ? JSON.parse(text) : null;
     } catch {
-        setUp(false);
-        throw new ConnectionLost();
+        throw new RestProblem(response.status, "The host sent a document that cannot be read.", []);
     }
 }
 
-function problemOf(response: Response, json: unknown): RestProblem {
+/// The service knows no caller of the request for `path`.
+function noteStranger(path: string, json: unknown): void {
+    loginNotice.set((json as { notice?: string } | null)?.notice ?? loginNotice.value);
+    if (path !== "/session") {
+        session.set("needed");
+    }
+}
+
+/// The refusal that an answer is.
+export function problemOf(response: Response, json: unknown): RestProblem {
     const document = (json ?? {}) as { detail?: string; causes?: string[] };
-    const retryAfter = Number(response.headers.get("Retry-After") ?? 0);
     const detail = document.detail ?? `The host answered ${response.status} ${response.statusText}.`;
-    return new RestProblem(response.status, detail, document.causes ?? [], retryAfter);
+    return new RestProblem(response.status, detail, document.causes ?? []);
 }
 
 /// A sentence for the user about a failed request.

@@ -32,11 +32,6 @@ export function hrefOf(view: string, item = "", query: Record<string, string> = 
     return `#/${view}${item === "" ? "" : `/${encodeURIComponent(item)}`}${text}`;
 }
 
-/// Goes to a view. Back leads to the present one.
-export function goTo(view: string, item = "", query: Record<string, string> = {}): void {
-    location.hash = hrefOf(view, item, query);
-}
-
 /// Changes members of the present query without a new entry in the browser's history.
 export function setQuery(members: Record<string, string>): void {
     const present = route.value;

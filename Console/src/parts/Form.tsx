@@ -1,37 +1,30 @@
 import { useId, useState } from "preact/hooks";
-import { mayActAs, type RestProblem, type Role, RestProblem as Problem, sentenceOf } from "../client/rest";
+import { mayActAs, RestProblem, type Role, sentenceOf } from "../client/rest";
 import { membersOf, type Schema, titleOf } from "./schema";
 
 type Values = Record<string, unknown>;
+
+interface Props {
+    schema: Schema;
+    values: Values;
+    needs: Role;
+    save: (changed: Values) => Promise<void>;
+    label: string;
+}
 
 /// A form for the values of an object, made from its schema.
 ///
 /// Shows the values as they are until the person changes one; a change by somebody else then does not touch the inputs.
 /// `save` gets the changed members. A refusal that begins with the title of a value stands beside it.
-export function Form(props: { schema: Schema; values: Values; needs: Role; save: (changed: Values) => Promise<void>; label: string }) {
-    const [edited, setEdited] = useState<Record<string, string | boolean>>({});
-    const [refusal, setRefusal] = useState<RestProblem | Error | null>(null);
-    const [isBusy, setBusy] = useState(false);
-    const id = useId();
+export function Form(props: Props) {
     const members = membersOf(props.schema).filter(([, member]) => member.used !== false);
     const shown = members.filter(([, member]) => isShowable(member));
     const rest = members.filter(([, member]) => !isShowable(member));
+    const { edited, edit, reset, refusal, isBusy, submit } = useEdits(shown, props.save);
+    const id = useId();
     const place = refusal === null ? undefined : memberOf(shown, refusal);
     const isAllowed = mayActAs(props.needs);
     const hasEdits = Object.keys(edited).length > 0;
-
-    const edit = (key: string, value: string | boolean) => setEdited((present) => ({ ...present, [key]: value }));
-    const reset = () => {
-        setEdited({});
-        setRefusal(null);
-    };
-    const submit = (event: Event) => {
-        event.preventDefault();
-        setBusy(true);
-        const changed = Object.fromEntries(shown.filter(([key]) => key in edited).map(([key, member]) => [key, valueOf(edited[key], member)]));
-        props.save(changed).then(reset, setRefusal).finally(() => setBusy(false));
-    };
-
     return (
         <form class="form" onSubmit={submit} aria-label={props.label} noValidate>
             {shown.map(([key, member]) => (
@@ -60,6 +53,25 @@ export function Form(props: { schema: Schema; values: Values; needs: Role; save:
     );
 }
 
+/// What the person has changed and not saved, and the refusal of the last try to save it.
+function useEdits(members: [string, Schema][], save: Props["save"]) {
+    const [edited, setEdited] = useState<Record<string, string | boolean>>({});
+    const [refusal, setRefusal] = useState<Error | null>(null);
+    const [isBusy, setBusy] = useState(false);
+    const edit = (key: string, value: string | boolean) => setEdited((present) => ({ ...present, [key]: value }));
+    const reset = () => {
+        setEdited({});
+        setRefusal(null);
+    };
+    const submit = (event: Event) => {
+        event.preventDefault();
+        setBusy(true);
+        const changed = Object.fromEntries(members.filter(([key]) => key in edited).map(([key, member]) => [key, valueOf(edited[key], member)]));
+        save(changed).then(reset, setRefusal).finally(() => setBusy(false));
+    };
+    return { edited, edit, reset, refusal, isBusy, submit };
+}
+
 /// Whether the form has an input for values of this kind.
 function isShowable(schema: Schema): boolean {
     return ["boolean", "integer", "number", "string"].includes(schema.type ?? "");
@@ -75,7 +87,7 @@ function valueOf(text: string | boolean | undefined, schema: Schema): unknown {
 
 /// The value that a refusal is about.
 function memberOf(members: [string, Schema][], refusal: Error): string | undefined {
-    const sentences = refusal instanceof Problem ? [refusal.detail, ...refusal.causes] : [];
+    const sentences = refusal instanceof RestProblem ? [refusal.detail, ...refusal.causes] : [];
     const isAbout = (key: string, schema: Schema) =>
         sentences.some((one) => one.startsWith(titleOf(key, schema)) || one.includes(`'${key}'`) || one.includes(`.${key} `));
     return members.find(([key, schema]) => isAbout(key, schema))?.[0];
@@ -121,9 +133,7 @@ function Entry({ id, schema, value, isDisabled, refusal, edit, described }: Fiel
     if (schema.enum !== undefined) {
         return (
             <select {...common} value={String(value)} onChange={(event) => edit(event.currentTarget.value)}>
-                {schema.enum.map((choice, index) => (
-                    <option key={choice} value={String(choice)}>{schema.enumText?.[index] ?? String(choice)}</option>
-                ))}
+                {choicesOf(schema, value).map(([choice, text]) => <option key={choice} value={choice}>{text}</option>)}
             </select>
         );
     }
@@ -138,6 +148,13 @@ function Entry({ id, schema, value, isDisabled, refusal, edit, described }: Fiel
         return <input {...text} type="password" size={28} autocomplete="new-password" />;
     }
     return <input {...text} type="text" inputMode={isNumber ? "decimal" : "text"} size={isNumber ? 12 : 28} autocomplete="off" />;
+}
+
+/// The choices with their texts. A present value that is none of them stands first, so that the form shows what is.
+function choicesOf(schema: Schema, value: unknown): [string, string][] {
+    const choices = (schema.enum ?? []).map((choice, index): [string, string] => [String(choice), schema.enumText?.[index] ?? String(choice)]);
+    const present = String(value);
+    return choices.some(([choice]) => choice === present) ? choices : [[present, value === undefined ? "" : present], ...choices];
 }
 
 /// The range or the length that a value may have.

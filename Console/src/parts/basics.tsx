@@ -2,7 +2,11 @@ import type { ComponentChildren } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
 import { Observable, useObservable } from "../client/observable";
 import { mayActAs, type RestProblem, type Role, sentenceOf } from "../client/rest";
+import { hrefOf } from "../client/route";
 import { timeText, utcText } from "./format";
+import type { Schema } from "./schema";
+
+type Values = Record<string, unknown>;
 
 export type Tone = "good" | "bad" | "warn" | "idle";
 
@@ -29,6 +33,19 @@ export function Card(props: { title: string; isOld?: boolean; actions?: Componen
             </header>
             {props.children}
         </section>
+    );
+}
+
+/// Links to the parts of a view, of which one is shown.
+export function Tabs(props: { label: string; view: string; chosen: string; parts: { id: string; title: ComponentChildren }[] }) {
+    return (
+        <ul class="tabs" aria-label={props.label}>
+            {props.parts.map(({ id, title }) => (
+                <li key={id}>
+                    <a href={hrefOf(props.view, id)} aria-current={id === props.chosen ? "true" : undefined}>{title}</a>
+                </li>
+            ))}
+        </ul>
     );
 }
 
@@ -70,6 +87,15 @@ export const notice = new Observable<Notice | null>(null);
 
 export function tell(text: string, undo?: () => Promise<void>): void {
     notice.set({ text, isBad: false, ...(undo === undefined ? {} : { undo }) });
+}
+
+/// Gives changed values of a document to `put`. The notice `text` takes them back, unless the host does not show one of them.
+export async function saveValues(schema: Schema, values: Values, changed: Values, put: (values: Values, isUndo: boolean) => Promise<void>, text: string): Promise<void> {
+    const keys = Object.keys(changed);
+    const before = Object.fromEntries(keys.map((key) => [key, values[key]]));
+    await put(changed, false);
+    const isHidden = keys.some((key) => schema.properties?.[key]?.writeOnly === true || values[key] === undefined);
+    tell(text, isHidden ? undefined : () => put(before, true));
 }
 
 export function tellRefusal(error: unknown): void {
@@ -140,7 +166,7 @@ export function Dialog(props: { title: string; onClose: () => void; children: Co
         return () => dialog?.close();
     }, []);
     return (
-        <dialog ref={element} aria-label={props.title} onCancel={props.onClose}>
+        <dialog ref={element} aria-label={props.title} onClose={props.onClose}>
             <h2>{props.title}</h2>
             {props.children}
         </dialog>

@@ -59,6 +59,12 @@ export async function checkWidth(page) {
     assert.ok(needed <= present, `the page is ${needed} pixels wide, the window ${present}: ${wide}`);
 }
 
+/// The words that the grid of the registers shows from an address on.
+export async function cells(page, address, count) {
+    const places = Array.from({ length: count }, (_, i) => page.locator(`[data-register="${address + i}"]`));
+    return (await Promise.all(places.map((place) => place.innerText()))).join(" ");
+}
+
 /// Presses Tab until the element with this role and name has the focus.
 export async function tabTo(page, role, name) {
     const wanted = page.getByRole(role, { name, exact: true });

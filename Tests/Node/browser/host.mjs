@@ -77,22 +77,32 @@ export class Host {
         return answer;
     }
 
-    /// Reads holding registers with function 3.
-    registers(address, count) {
+    /// Sends a Modbus request, and returns its answer behind the header.
+    modbus(...bytes) {
         return new Promise((resolve, reject) => {
             const socket = connect(this.ports.ModbusTcp, "127.0.0.1");
-            const frame = Buffer.from([0, 1, 0, 0, 0, 6, 1, 3, address >> 8, address & 255, count >> 8, count & 255]);
             let received = Buffer.alloc(0);
-            socket.on("connect", () => socket.write(frame));
+            socket.on("connect", () => socket.write(Buffer.from([0, 1, 0, 0, 0, bytes.length + 1, 1, ...bytes])));
             socket.on("error", reject);
-            socket.on("data", (bytes) => {
-                received = Buffer.concat([received, bytes]);
-                if (received.length >= 9 + 2 * count) {
+            socket.on("data", (part) => {
+                received = Buffer.concat([received, part]);
+                if (received.length >= 6 && received.length >= 6 + received.readUInt16BE(4)) {
                     socket.destroy();
-                    resolve(Array.from({ length: count }, (_, i) => received.readUInt16BE(9 + 2 * i)));
+                    resolve(received.subarray(7));
                 }
             });
         });
+    }
+
+    /// Reads holding registers with function 3.
+    async registers(address, count) {
+        const answer = await this.modbus(3, address >> 8, address & 255, count >> 8, count & 255);
+        return Array.from({ length: count }, (_, i) => answer.readUInt16BE(2 + 2 * i));
+    }
+
+    /// Writes a command without a text into the first registers with function 16.
+    command(requestId, id) {
+        return this.modbus(16, 0, 0, 0, 2, 4, requestId >> 8, requestId & 255, id >> 8, id & 255);
     }
 
     /// The number of 32 bits at an address, most significant register first.
@@ -100,4 +110,9 @@ export class Host {
         const [high, low] = await this.registers(address, 2);
         return ((high << 16) | low) | 0;
     }
+}
+
+/// Registers as the page shows them.
+export function hex(words) {
+    return words.map((word) => word.toString(16).toUpperCase().padStart(4, "0")).join(" ");
 }

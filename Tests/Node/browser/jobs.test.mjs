@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { after, before, test } from "node:test";
-import { checkAccess, checkWidth, closePage, launch, openPage, until } from "./browser.mjs";
+import { checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
 import { Host } from "./host.mjs";
 
 const HOSTILE = "<img src=x onerror=alert(1)>";
@@ -72,11 +72,47 @@ test("a file that is no job or too long is refused with the reason", async () =>
     const input = page.getByLabel("File (.zpjob)");
     await input.setInputFiles({ name: "bad.zpjob", mimeType: "application/octet-stream", buffer: Buffer.from("no archive") });
     await page.getByRole("button", { name: "Upload" }).click();
-    await page.locator(".notice.bad").waitFor();
+    await page.getByRole("status").and(page.locator("#job-file-hint.refusal")).waitFor();
+    assert.equal(await input.getAttribute("aria-invalid"), "true");
+    assert.equal(await input.getAttribute("aria-describedby"), "job-file-hint");
     await input.setInputFiles({ name: "long.zpjob", mimeType: "application/octet-stream", buffer: Buffer.alloc(1024 * 1024 + 1) });
     await page.getByText("the host takes at most 1.0 MiB").waitFor();
     assert.ok(await page.getByRole("button", { name: "Upload" }).isDisabled());
     assert.ok(!(await jobs()).some((job) => ["bad", "long"].includes(job.name)));
+    await closePage(page);
+});
+
+test("a job that cannot be loaded does not change what Go back means", async () => {
+    await host.send("POST", "/jobs/second/save");
+    await host.send("POST", "/jobs/default/load");
+    const page = await open();
+    await page.getByRole("button", { name: "Load second" }).click();
+    await page.getByRole("button", { name: "Go back to default" }).waitFor();
+    await page.route("**/jobs/default/load", (route) => route.fulfill({ status: 409, contentType: "application/problem+json",
+        body: JSON.stringify({ status: 409, detail: "The sensor scans." }) }));
+    await page.getByRole("button", { name: "Load default" }).click();
+    await page.getByText("The sensor scans.").waitFor();
+    await page.getByRole("button", { name: "Go back to default" }).waitFor();
+    await page.unroute("**/jobs/default/load");
+    await page.getByRole("button", { name: "Go back to default" }).click();
+    await page.getByText("The job default is loaded.").waitFor();
+    await closePage(page);
+});
+
+test("a job is copied and deleted by keyboard alone", async () => {
+    const page = await open();
+    await page.getByRole("rowheader", { name: "default" }).waitFor();
+    await tabTo(page, "textbox", "New name");
+    await page.keyboard.type("keys");
+    await page.keyboard.press("Tab");
+    await page.keyboard.press("Enter");
+    await page.getByRole("rowheader", { name: "keys" }).waitFor();
+    await tabTo(page, "button", "Delete keys");
+    await page.keyboard.press("Enter");
+    await tabTo(page, "button", "Delete");
+    await page.keyboard.press("Enter");
+    await page.getByText("The job keys is deleted.").waitFor();
+    assert.ok(!(await jobs()).some((job) => job.name === "keys"));
     await closePage(page);
 });
 

@@ -1,8 +1,10 @@
 // Live: the profile, the range image and the measurements as they come; the commands of the sensor on the overview.
 import assert from "node:assert/strict";
+import { writeFileSync } from "node:fs";
+import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
-import { Host } from "./host.mjs";
+import { hex, Host } from "./host.mjs";
 
 let browser;
 let host;
@@ -74,16 +76,15 @@ test("limits that somebody sets turn the decision", async () => {
 
 test("the values in the registers are those that a PLC reads", async () => {
     const page = await open({ path: "/ui/#/registers/ModbusTcp" });
-    const hex = async (address) => (await host.registers(address, 3)).map((word) => word.toString(16).toUpperCase().padStart(4, "0")).join(" ");
     for (const address of [170, 173, 176]) {
         const number = await host.number(address);
         const text = page.locator(`[data-value="${address}"]`);
         await until(async () => Math.round(parseFloat((await text.innerText()).replace(/[^\d.-]/g, "")) * 1000) === number, `the value at ${address}`);
-        await page.getByRole("cell", { name: await hex(address), exact: true }).first().waitFor();
+        await page.getByRole("cell", { name: hex(await host.registers(address, 3)), exact: true }).first().waitFor();
     }
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 1 } });
     // Until the next frame, the registers have the marks of invalid values in the new order.
-    await until(async () => (await page.getByRole("cell", { name: await hex(170), exact: true }).count()) > 0, "the new order");
+    await until(async () => (await page.getByRole("cell", { name: hex(await host.registers(170, 3)), exact: true }).count()) > 0, "the new order");
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 0 } });
     await closePage(page);
 });
@@ -126,6 +127,58 @@ test("without authority the commands are greyed out, and the page says why", asy
     await host.send("PUT", "/sensor/authority", { rest: 0 });
     await until(() => page.getByRole("button", { name: "Stop" }).isEnabled(), "the authority");
     await closePage(page);
+});
+
+test("a height map of few profiles stays so after a pause", async () => {
+    const own = await new Host().start("--still", "--rate", "5");
+    const page = await openPage(browser, own, { path: "/ui/#/live" });
+    await own.send("POST", "/sensor/commands/start", {});
+    await page.getByRole("img", { name: /^Height map of the last [3-9] profiles/ }).waitFor();
+    await own.send("POST", "/sensor/commands/stop", {});
+    await until(async () => (await own.get("/sensor")).state === "ready", "the stop");
+    const rows = (await own.get("/rangeimage")).rows;
+    const map = page.getByRole("img", { name: `Height map of the last ${rows} profiles`, exact: false });
+    await map.waitFor();
+    const button = page.getByRole("button", { name: "Freeze" });
+    await button.click();
+    await page.getByText("frozen", { exact: true }).waitFor();
+    const stream = page.waitForResponse((response) => response.url().includes("/rangeimage"));
+    await button.click();
+    await stream;
+    await until(async () => (await page.getByText("frozen", { exact: true }).count()) === 0, "the page to go on");
+    await page.waitForResponse((response) => response.url().includes("/datasources")); // behind the first rows of the stream
+    await page.waitForResponse((response) => response.url().includes("/health"));
+    assert.equal(await map.count(), 1, await page.getByRole("img", { name: /^Height map/ }).getAttribute("aria-label"));
+    await closePage(page);
+    await own.end();
+});
+
+/// A range image as a file: a slope from `low` to `high` metres across, and the same in each row.
+function slope(path, low, high) {
+    const [columns, rows] = [20, 4];
+    const points = Array.from({ length: columns * rows }, (_, index) => {
+        const column = index % columns;
+        return `${(column / 1000).toFixed(6)} ${(Math.floor(index / columns) / 1000).toFixed(6)} ${(low + ((high - low) * column) / (columns - 1)).toFixed(6)}`;
+    });
+    writeFileSync(path, ["VERSION 0.7", "FIELDS x y z", "SIZE 4 4 4", "TYPE F F F", "COUNT 1 1 1", `WIDTH ${columns}`, `HEIGHT ${rows}`,
+        "VIEWPOINT 0 0 0 1 0 0 0", `POINTS ${points.length}`, "DATA ascii", ...points, ""].join("\n"));
+}
+
+test("a replayed range image is shown, with the numbers that a PLC reads", async () => {
+    const own = new Host();
+    const file = join(own.data, "slope.pcd");
+    slope(file, 0.012, 0.031);
+    await own.start("--start", "--replay", file);
+    const page = await openPage(browser, own, { path: "/ui/#/live" });
+    await page.getByRole("img", { name: /^Profile of frame .* with 20 points/ }).waitFor();
+    await page.getByRole("img", { name: /^Height map of the last \d+ profiles, from 12\.0 to 31\.0 mm/ }).waitFor();
+    for (const [name, address, value] of [["zMax", 170, 31_000], ["zMin", 173, 12_000], ["width", 176, 19_000]]) {
+        assert.equal(await own.number(address), value, name);
+        const shown = page.locator(`[data-measurement="profile/${name}"]`);
+        await until(async () => Math.round(parseFloat((await shown.innerText()).replace(/[^\d.-]/g, "")) * 1000) === value, name);
+    }
+    await closePage(page);
+    await own.end();
 });
 
 test("values grey out when the connection is cut, and come back", async () => {

@@ -70,6 +70,9 @@ test("a token is made, shown once, works, and is revoked", async () => {
     const read = () => fetch(`${host.url}/jobs`, { headers: { Authorization: `Bearer ${token}` } });
     assert.equal((await read()).status, 200);
     await page.getByRole("button", { name: "Revoke line 4" }).click();
+    await page.getByRole("dialog").getByText("This cannot be undone.").waitFor();
+    assert.equal((await read()).status, 200, "nothing changes before the answer");
+    await page.getByRole("dialog").getByRole("button", { name: "Revoke" }).click();
     await page.getByText("The token line 4 is revoked.").waitFor();
     assert.equal((await read()).status, 401);
 });
@@ -90,6 +93,24 @@ test("the trail tells what was done", async () => {
         return (await page.getByRole("cell", { name: "DELETE /tokens/line%204" }).count()) > 0;
     }, "the entry");
     await until(async () => (await page.getByRole("cell", { name: "POST /tokens" }).count()) === 0, "the filter");
+});
+
+test("the trail goes on when its page is full", async () => {
+    await part("Trail");
+    await page.getByLabel("What").fill("full-");
+    const remove = (first, last) => page.evaluate(async ([from, to]) => {
+        const { crossSiteToken } = await (await fetch("/session")).json();
+        for (let number = from; number <= to; ++number) {
+            await fetch(`/jobs/full-${number}`, { method: "DELETE", headers: { "X-CSRF-Token": crossSiteToken } }); // there is none
+        }
+    }, [first, last]);
+    const entry = (number) => page.getByRole("cell", { name: `DELETE /jobs/full-${number}`, exact: true });
+    await remove(1, 1);
+    await entry(1).waitFor();
+    await remove(2, 105); // a page has 100 entries
+    await entry(105).waitFor();
+    await remove(106, 106);
+    await entry(106).waitFor();
 });
 
 test("each part is accessible and fits 360 pixels", async () => {
@@ -114,5 +135,11 @@ test("a viewer sees no users, and cannot change a service", async () => {
     await page.goto(`${host.url}/ui/#/services/ModbusTcp`);
     await page.getByText("A change needs the role engineer.").waitFor();
     assert.ok(await page.getByRole("button", { name: "Disable" }).isDisabled());
+    const refused = [];
+    page.on("response", (response) => response.status() === 403 && refused.push(response.url()));
+    await page.getByRole("link", { name: "Events" }).click();
+    await page.getByText("The lines of the log need the role engineer.").waitFor();
+    await page.waitForResponse((response) => response.url().endsWith("/operations"));
+    assert.deepEqual(refused, [], "refused requests would fill the trail");
     await closePage(page);
 });

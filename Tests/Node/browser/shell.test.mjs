@@ -1,5 +1,7 @@
 // The frame of the console: its way to the browser, its navigation, the connection, the login.
 import assert from "node:assert/strict";
+import { writeFileSync } from "node:fs";
+import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { checkAccess, checkWidth, closePage, launch, openPage, tabTo } from "./browser.mjs";
 import { Host } from "./host.mjs";
@@ -102,6 +104,20 @@ test("where there are users, the console asks for a login", async () => {
     await page.getByText("All is well").waitFor();
     await page.getByRole("button", { name: "Log out" }).click();
     await page.getByRole("heading", { name: "Log in" }).waitFor();
+    await closePage(page);
+    await own.end();
+});
+
+test("the notice before the login is shown as text", async () => {
+    const own = new Host();
+    const file = join(own.data, "notice.txt");
+    writeFileSync(file, "Authorised staff only. <img src=x onerror=alert(1)>");
+    await own.start("--login-notice", file);
+    await own.send("POST", "/users", { name: "anna", role: "administrator", password: PASSWORD });
+    const page = await openPage(browser, own);
+    await page.getByText("Authorised staff only. <img src=x onerror=alert(1)>").waitFor();
+    assert.equal(await page.locator("main img").count(), 0);
+    await checkAccess(page);
     await closePage(page);
     await own.end();
 });

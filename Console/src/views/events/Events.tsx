@@ -1,5 +1,6 @@
 import { useEffect, useRef, useState } from "preact/hooks";
 import { useObservable } from "../../client/observable";
+import { mayActAs, session } from "../../client/rest";
 import { route, setQuery } from "../../client/route";
 import { changes, useResource } from "../../client/resources";
 import type { Operations } from "../../client/sensor";
@@ -30,7 +31,9 @@ const MAX_SHOWN = 300;
 export function Events() {
     const problems = useResource<Problems>("/problems", LIST_MS);
     const operations = useResource<Operations>("/operations", LIST_MS);
-    const log = useResource<LogLines>("/log", LIST_MS);
+    useObservable(session);
+    const mayReadLog = mayActAs("engineer"); // refused requests would fill the trail
+    const log = useResource<LogLines>(mayReadLog ? "/log" : null, LIST_MS);
     const seen = useObservable(changes);
     const { query } = useObservable(route);
     const [isFollowing, setFollowing] = useState(true);
@@ -54,7 +57,7 @@ export function Events() {
     return (
         <Card
             title="What has happened"
-            isOld={problems.isOld}
+            isOld={problems.isOld || operations.isOld || log.isOld}
             actions={<button type="button" aria-pressed={isFollowing} onClick={() => setFollowing(!isFollowing)}>Follow</button>}
         >
             <fieldset class="row plain">
@@ -70,6 +73,7 @@ export function Events() {
                     <input type="search" value={text} onInput={(event) => setQuery({ text: event.currentTarget.value })} />
                 </label>
             </fieldset>
+            {!mayReadLog && <p class="quiet">The lines of the log need the role engineer.</p>}
             {problems.data === undefined ? <Missing problem={problems.problem} /> : <Lines happenings={shown} isFollowing={isFollowing} />}
         </Card>
     );

@@ -1,6 +1,6 @@
 import { useRef, useState } from "preact/hooks";
-import { mayActAs, request } from "../../client/rest";
-import { useResource } from "../../client/resources";
+import { mayActAs, request, sentenceOf } from "../../client/rest";
+import { type Resource, useResource } from "../../client/resources";
 import { ActionButton, Card, Light, Missing, Question, tell, tellRefusal } from "../../parts/basics";
 import { bytesText } from "../../parts/format";
 
@@ -37,8 +37,8 @@ export function Jobs() {
         await report.reload();
     };
     const load = async (name: string) => {
-        before = loaded;
         await request("POST", `${pathOf(name)}/load`);
+        before = loaded;
         await changed();
         tell(`The job ${name} is loaded.`);
     };
@@ -60,7 +60,7 @@ export function Jobs() {
                 <CopyCard changed={changed} />
                 <UploadCard jobs={jobs ?? []} changed={changed} />
             </div>
-            <ReportCard report={report.data} isOld={report.isOld} back={before !== "" && before !== loaded ? () => load(before) : undefined} />
+            <ReportCard report={report} back={before !== "" && before !== loaded ? () => load(before) : undefined} />
             {doomed !== null && (
                 <Question
                     title="Delete the job?"
@@ -157,18 +157,29 @@ function CopyCard({ changed }: { changed: () => Promise<void> }) {
 function UploadCard({ jobs, changed }: { jobs: Job[]; changed: () => Promise<void> }) {
     const input = useRef<HTMLInputElement>(null);
     const [file, setFile] = useState<File | null>(null);
+    const [refusal, setRefusal] = useState("");
     const name = file?.name.replace(/\.zpjob$/, "") ?? "";
     const isTooLong = file !== null && file.size > MAX_BYTES;
+    const fault = isTooLong ? `The file has ${bytesText(file.size)}; the host takes at most ${bytesText(MAX_BYTES)}.` : refusal;
     const replaces = jobs.some((job) => job.name === name);
+    const choose = (chosen: File | null) => {
+        setFile(chosen);
+        setRefusal("");
+    };
     const upload = async () => {
         if (file === null) {
             return;
         }
-        await request("PUT", pathOf(name), { body: file });
+        try {
+            await request("PUT", pathOf(name), { body: file });
+        } catch (error) {
+            setRefusal(sentenceOf(error)); // beside the field
+            return;
+        }
         if (input.current !== null) {
             input.current.value = "";
         }
-        setFile(null);
+        choose(null);
         await changed();
         tell(`The job ${name} is uploaded.`);
     };
@@ -183,13 +194,13 @@ function UploadCard({ jobs, changed }: { jobs: Job[]; changed: () => Promise<voi
                         type="file"
                         accept=".zpjob"
                         aria-describedby="job-file-hint"
-                        aria-invalid={isTooLong}
-                        onChange={(event) => setFile(event.currentTarget.files?.[0] ?? null)}
+                        aria-invalid={fault !== ""}
+                        onChange={(event) => choose(event.currentTarget.files?.[0] ?? null)}
                     />
                     <ActionButton needs="engineer" isDisabled={file === null || isTooLong} action={upload}>{replaces ? "Replace" : "Upload"}</ActionButton>
                 </div>
-                <p id="job-file-hint" class={isTooLong ? "refusal" : "quiet"} role="status">
-                    {isTooLong ? `The file has ${bytesText(file.size)}; the host takes at most ${bytesText(MAX_BYTES)}.`
+                <p id="job-file-hint" class={fault !== "" ? "refusal" : "quiet"} role="status">
+                    {fault !== "" ? fault
                         : replaces ? `This replaces the job “${name}”.`
                         : `At most ${bytesText(MAX_BYTES)}.`}
                 </p>
@@ -216,15 +227,16 @@ function partsText(parts: string[]): string {
     return parts.map((part) => PARTS[part] ?? part).join(", ");
 }
 
-function ReportCard({ report, isOld, back }: { report: Report | undefined; isOld: boolean; back: (() => Promise<void>) | undefined }) {
+function ReportCard({ report: { data: report, problem, isOld }, back }: { report: Resource<Report>; back: (() => Promise<void>) | undefined }) {
     const services = Object.entries(report?.protocols ?? {});
+    const isNone = problem?.status === 404;
     return (
         <Card
             title="The last load"
             isOld={isOld}
             actions={back !== undefined && <ActionButton needs="operator" action={back}>Go back to {before}</ActionButton>}
         >
-            {report === undefined ? <p class="quiet">No job was loaded since the start of the host.</p> : (
+            {report === undefined ? (isNone ? <p class="quiet">No job was loaded since the start of the host.</p> : <Missing problem={problem} />) : (
                 <>
                     <p>{report.job}{services.length === 0 && report.faults.length === 0 ? ": a new job, with the defaults of each service." : ""}</p>
                     {report.faults.map((fault) => <p key={fault} class="refusal">{fault}</p>)}

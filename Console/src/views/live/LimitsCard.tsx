@@ -1,6 +1,6 @@
 import { request } from "../../client/rest";
 import { useResource } from "../../client/resources";
-import { tell } from "../../parts/basics";
+import { saveValues } from "../../parts/basics";
 import { Form } from "../../parts/Form";
 import { membersOf, type Schema, titleOf } from "../../parts/schema";
 
@@ -15,8 +15,8 @@ export function LimitsCard() {
     if (data === undefined || data._schema === undefined) {
         return null;
     }
-    const put = async (name: string, values: Record<string, unknown>) => {
-        await request("PUT", PATH, { body: { [name]: values } });
+    const put = async (name: string, values: Record<string, unknown>, isUndo: boolean) => {
+        await request("PUT", PATH, { body: { [name]: values }, ...(isUndo ? {} : { ifMatch: limits.etag }) });
         await limits.reload();
     };
     return (
@@ -24,16 +24,14 @@ export function LimitsCard() {
             <summary>Limits</summary>
             <div class="grid">
                 {membersOf(data._schema).map(([name, schema]) => {
+                    const title = titleOf(name, schema);
                     const values = data[name] ?? {};
-                    const save = async (changed: Record<string, unknown>) => {
-                        const before = Object.fromEntries(Object.keys(changed).map((key) => [key, values[key]]));
-                        await put(name, changed);
-                        tell(`The limits of ${titleOf(name, schema)} are saved.`, () => put(name, before));
-                    };
+                    const save = (changed: Record<string, unknown>) =>
+                        saveValues(schema, values, changed, (next, isUndo) => put(name, next, isUndo), `The limits of ${title} are saved.`);
                     return (
                         <div key={name}>
-                            <h3>{titleOf(name, schema)}</h3>
-                            <Form label={`Limits of ${titleOf(name, schema)}`} schema={schema} values={values} needs="engineer" save={save} />
+                            <h3>{title}</h3>
+                            <Form label={`Limits of ${title}`} schema={schema} values={values} needs="engineer" save={save} />
                         </div>
                     );
                 })}

@@ -1,5 +1,5 @@
 import { useEffect, useRef, useState } from "preact/hooks";
-import { type FeedMessage, openFeed } from "../../client/feed";
+import { type FeedTaker, openFeed } from "../../client/feed";
 import { useClock, useObservable } from "../../client/observable";
 import { connection } from "../../client/rest";
 import { useResource } from "../../client/resources";
@@ -34,8 +34,9 @@ export interface Limits {
 /// Profile, range image and measurements as they come. "Freeze" stops the pictures; the sensor goes on.
 export function Live() {
     const [isFrozen, setFrozen] = useState(false);
-    const profile = useProfile(isFrozen);
-    const image = useImage(isFrozen);
+    const [profile, profileRefusal] = useProfile(isFrozen);
+    const [image, imageRefusal] = useImage(isFrozen);
+    const refusal = profileRefusal !== "" ? profileRefusal : imageRefusal;
     const { isUp } = useObservable(connection);
     const now = useClock(1_000);
     const isOld = !isUp || (profile !== null && !isFrozen && now - profile.atMs > OLD_MS);
@@ -45,8 +46,9 @@ export function Live() {
                 <button type="button" aria-pressed={isFrozen} onClick={() => setFrozen(!isFrozen)}>Freeze</button>
                 <span class="number">{profile === null ? "No profile yet" : `Frame ${numberText(profile.frame)}`}</span>
                 {isFrozen && <span class="tag">frozen</span>}
-                {!isFrozen && isUp && isOld && <span class="quiet">The sensor sends no new profiles.</span>}
+                {!isFrozen && isUp && isOld && refusal === "" && <span class="quiet">The sensor sends no new profiles.</span>}
             </div>
+            {refusal !== "" && <p class="refusal" role="alert">{refusal}</p>}
             <div class="grid wide-grid">
                 <Card title="Profile" isOld={isOld && !isFrozen}>
                     {profile === null ? <p class="quiet">There is no profile before the first scan. Start the sensor on the overview.</p> : (
@@ -72,40 +74,54 @@ export function Live() {
     );
 }
 
-/// The newest profile, or the one at which the person froze the page. Frames between two pictures are left out.
-function useProfile(isFrozen: boolean): Profile | null {
+/// The newest profile, or the one at which the person froze the page, and why there is no stream.
+function useProfile(isFrozen: boolean): [Profile | null, string] {
     const [profile, setProfile] = useState<Profile | null>(null);
-    useFeed(`/profile?points=${POINTS}&rate=${PROFILE_HZ}`, isFrozen, (message) => {
+    const refusal = useFeed(`/profile?points=${POINTS}&rate=${PROFILE_HZ}`, isFrozen, (message) => {
         const count = message.columns;
         const x = Array.from(message.values.subarray(0, count));
         const z = Array.from(message.values.subarray(count, 2 * count), (value) => (Number.isNaN(value) ? null : value));
         setProfile({ frame: message.frame, atMs: Date.now(), x, z });
     });
-    return profile;
+    return [profile, refusal];
 }
 
-function useImage(isFrozen: boolean): Image | null {
+function useImage(isFrozen: boolean): [Image | null, string] {
     const [image, setImage] = useState<Image | null>(null);
-    useFeed(`/rangeimage?rows=${ROWS}&columns=${COLUMNS}&rate=${IMAGE_HZ}`, isFrozen, ({ rows, columns, x0, spacing, values }) => {
+    const refusal = useFeed(`/rangeimage?rows=${ROWS}&columns=${COLUMNS}&rate=${IMAGE_HZ}`, isFrozen, ({ rows, columns, x0, spacing, values }, isFirst) => {
         const added = Array.from({ length: rows }, (_, row) => values.slice(row * columns, (row + 1) * columns));
         setImage((before) => {
-            const kept = before !== null && before.columns === columns && before.x0 === x0 ? before.rows : [];
-            return { columns, x0, spacing, rows: [...kept, ...added].slice(-ROWS) };
+            const fits = !isFirst && before?.columns === columns && before.x0 === x0 && before.spacing === spacing;
+            return { columns, x0, spacing, rows: [...(fits ? before.rows : []), ...added].slice(-ROWS) };
         });
     });
-    return image;
+    return [image, refusal];
 }
 
-/// Hands messages on with the pictures of the screen, and none while the page is hidden or frozen.
-function useFeed(path: string, isFrozen: boolean, take: (message: FeedMessage) => void): void {
+/// Hands on the messages of a stream, and none while the page is hidden or frozen. Returns why there is no stream.
+function useFeed(path: string, isFrozen: boolean, take: FeedTaker["take"]): string {
     const taker = useRef(take);
     taker.current = take;
+    const isVisible = useVisible();
+    const [refusal, refuse] = useState("");
     useEffect(() => {
-        if (isFrozen) {
+        if (isFrozen || !isVisible) {
             return;
         }
-        return openFeed(path, (message) => taker.current(message));
-    }, [path, isFrozen]);
+        return openFeed(path, { take: (message, isFirst) => taker.current(message, isFirst), refuse });
+    }, [path, isFrozen, isVisible]);
+    return refusal;
+}
+
+/// Whether a person can see the page.
+function useVisible(): boolean {
+    const [isVisible, setVisible] = useState(!document.hidden);
+    useEffect(() => {
+        const note = () => setVisible(!document.hidden);
+        document.addEventListener("visibilitychange", note);
+        return () => document.removeEventListener("visibilitychange", note);
+    }, []);
+    return isVisible;
 }
 
 interface Shown {
@@ -115,7 +131,7 @@ interface Shown {
 
 /// Each measurement as a number with its trend, limits and decision.
 function Measurements({ isFrozen }: { isFrozen: boolean }) {
-    const sources = useResource<DataSources>("/datasources", isFrozen ? 0 : VALUES_MS);
+    const sources = useResource<DataSources>("/datasources", VALUES_MS);
     const limits = useResource<Limits>("/sensor/limits");
     const kept = useRef<{ frozen: DataSource[] | null; trends: Map<string, (number | null)[]>; frame: number | null }>({ frozen: null, trends: new Map(), frame: null });
     const state = kept.current;

@@ -1,10 +1,12 @@
 import { useState } from "preact/hooks";
-import { logIn, sentenceOf } from "../../client/rest";
+import { useObservable } from "../../client/observable";
+import { logIn, loginNotice, sentenceOf } from "../../client/rest";
 
 /// Asks for name and password. Shown while the service admits no stranger.
 export function Login() {
     const [refusal, setRefusal] = useState("");
     const [isBusy, setBusy] = useState(false);
+    const notice = useObservable(loginNotice);
     const submit = (event: SubmitEvent) => {
         event.preventDefault();
         const form = new FormData(event.target as HTMLFormElement);
@@ -18,6 +20,7 @@ export function Login() {
             <h1>ZuControl</h1>
             <form class="card" onSubmit={submit} aria-label="Log in">
                 <h2>Log in</h2>
+                {notice !== "" && <p class="warning notice-text">{notice}</p>}
                 <label for="login-name">Name</label>
                 <input id="login-name" name="name" autocomplete="username" required maxLength={64} />
                 <label for="login-password">Password</label>

@@ -38,16 +38,15 @@ export function Overview() {
 
 function HealthCard({ health, problems }: { health: Resource<Health>; problems: Resource<Problems> }) {
     const { data } = health;
-    if (data === undefined) {
-        return <Card title="Health"><Missing problem={health.problem} /></Card>;
+    if (data === undefined || problems.data === undefined) {
+        return <Card title="Health"><Missing problem={health.problem ?? problems.problem} /></Card>;
     }
-    const count = problems.data?.problems.length ?? 0;
-    const isWell = data.status === "ok" && count === 0;
+    const count = problems.data.problems.length;
     return (
-        <Card title="Health" isOld={health.isOld}>
+        <Card title="Health" isOld={health.isOld || problems.isOld}>
             <p class="big">
                 {data.status === "faulty" ? <Light tone="bad">A part of the host stands still</Light>
-                    : isWell ? <Light tone="good">All is well</Light>
+                    : count === 0 ? <Light tone="good">All is well</Light>
                     : <Light tone="warn">{count === 1 ? "1 problem" : `${count} problems`}</Light>}
             </p>
             {data.faults.map((fault) => <p key={fault} class="refusal">{fault}</p>)}

@@ -6,7 +6,7 @@ import { ActionButton, Card, Light, Missing, tell, type Tone, Value } from "../.
 import { durationText, numberText } from "../../parts/format";
 
 const SENSOR_MS = 1_000;
-const STATES: Record<SensorState["state"], { tone: Tone; text: string }> = {
+const STATES: Record<string, { tone: Tone; text: string }> = {
     ready: { tone: "idle", text: "Stands still" },
     running: { tone: "good", text: "Scanning" },
     error: { tone: "bad", text: "Error" },
@@ -37,7 +37,7 @@ export function SensorCard() {
     if (data === undefined) {
         return <Card title="Sensor"><Missing problem={sensor.problem} /></Card>;
     }
-    const state = STATES[data.state];
+    const state = STATES[data.state] ?? { tone: "warn", text: `State ${data.state}` };
     return (
         <Card title="Sensor" isOld={sensor.isOld} class="wide">
             <div class="row state">
@@ -72,13 +72,23 @@ function Commands({ data, reload }: { data: SensorState; reload: () => Promise<v
             await reload();
         }
     };
+    const commands: [string, string, boolean][] = [
+        ["start", "Start", !isRunning], ["stop", "Stop", isRunning], ["align", "Align", !isRunning],
+        ["clearAlignment", "Clear alignment", data.alignment === "aligned"], ["trigger", "Trigger", isRunning],
+    ];
     return (
         <div class="row" role="group" aria-label="Commands">
-            <ActionButton needs="operator" class="primary" isDisabled={(!may && running !== "start") || isRunning} action={run("start")}>Start</ActionButton>
-            <ActionButton needs="operator" isDisabled={(!may && running !== "stop") || !isRunning} action={run("stop")}>Stop</ActionButton>
-            <ActionButton needs="operator" isDisabled={(!may && running !== "align") || isRunning} action={run("align")}>Align</ActionButton>
-            <ActionButton needs="operator" isDisabled={(!may && running !== "clearAlignment") || data.alignment !== "aligned"} action={run("clearAlignment")}>Clear alignment</ActionButton>
-            <ActionButton needs="operator" isDisabled={(!may && running !== "trigger") || !isRunning} action={run("trigger")}>Trigger</ActionButton>
+            {commands.map(([name, title, fits]) => (
+                <ActionButton
+                    key={name}
+                    needs="operator"
+                    class={name === "start" ? "primary" : ""}
+                    isDisabled={(!may && running !== name) || !fits}
+                    action={run(name)}
+                >
+                    {title}
+                </ActionButton>
+            ))}
         </div>
     );
 }

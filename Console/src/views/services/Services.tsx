@@ -1,9 +1,9 @@
 import type { JSX } from "preact";
 import { useObservable } from "../../client/observable";
 import { request } from "../../client/rest";
-import { hrefOf, route } from "../../client/route";
+import { route } from "../../client/route";
 import { type Resource, useResource } from "../../client/resources";
-import { ActionButton, Card, Light, Missing, tell } from "../../parts/basics";
+import { ActionButton, Card, Light, Missing, saveValues, Tabs, tell } from "../../parts/basics";
 import { Form } from "../../parts/Form";
 import { numberText } from "../../parts/format";
 import { membersOf, type Schema, titleOf } from "../../parts/schema";
@@ -23,21 +23,15 @@ export function Services() {
     const chosen = list.find((control) => control.id === item) ?? list[0];
     return (
         <div class="stack">
-            <ul class="tabs" aria-label="Services">
-                {list.map((control) => {
-                    const state = stateOf(control);
-                    return (
-                        <li key={control.id}>
-                            <a href={hrefOf("services", control.id)} aria-current={control === chosen ? "true" : undefined}>
-                                {control.displayName} <Light tone={state.tone}>{state.text}</Light>
-                            </a>
-                        </li>
-                    );
-                })}
-            </ul>
+            <Tabs label="Services" view="services" chosen={chosen?.id ?? ""} parts={list.map((control) => ({ id: control.id, title: <TabTitle control={control} /> }))} />
             {chosen === undefined ? <p>No plug-in offers a service.</p> : <Service key={chosen.id} id={chosen.id} />}
         </div>
     );
+}
+
+function TabTitle({ control }: { control: Control }) {
+    const state = stateOf(control);
+    return <>{control.displayName} <Light tone={state.tone}>{state.text}</Light></>;
 }
 
 function Service({ id }: { id: string }) {
@@ -90,15 +84,11 @@ function ParametersCard({ path, control, data }: Shown) {
     if (schema === undefined || values === undefined) {
         return <Card title="Parameters"><p class="quiet">The service has no parameters.</p></Card>;
     }
-    const put = async (parameters: Record<string, unknown>, ifMatch?: string) => {
-        await request("PUT", path, { body: { parameters }, ifMatch });
+    const put = async (parameters: Record<string, unknown>, isUndo: boolean) => {
+        await request("PUT", path, { body: { parameters }, ...(isUndo ? {} : { ifMatch: control.etag }) });
         await control.reload();
     };
-    const save = async (changed: Record<string, unknown>) => {
-        const before = Object.fromEntries(Object.keys(changed).map((key) => [key, values[key]]));
-        await put(changed, control.etag);
-        tell("The parameters are saved.", () => put(before));
-    };
+    const save = (changed: Record<string, unknown>) => saveValues(schema, values, changed, put, "The parameters are saved.");
     return (
         <Card title="Parameters" isOld={control.isOld}>
             <Form label="Parameters" schema={schema} values={values} needs="engineer" save={save} />
