@@ -25,6 +25,7 @@ export interface DataSource {
     unit: string;
     value?: number | null;
     decision?: number | null;
+    stamp?: { timeUsec: number; encoder: number; inputs: number } | null; // of a stamp, instead of the two before
     frame: number | null;
     ageSec: number | null;
     destinations: Destination[];
@@ -65,6 +66,7 @@ export interface SensorState {
         holder: string;
         mayCommand: boolean;
         waitSeconds: number | null;
+        lastCommand: { protocol: string; secondsAgo: number } | null;
     };
     outputs: {
         digital: { index: number; enabled: boolean; high: boolean }[];
@@ -74,9 +76,27 @@ export interface SensorState {
     inputs: { index: number; enabled: boolean; high: boolean }[];
 }
 
+/// The document of all scanners.
+export interface Scanners {
+    _embedded?: { item: Scanner[] };
+}
+
+export interface Scanner {
+    id: string;
+    alignment: SensorState["alignment"];
+    info: { currentEncoderValue: number; currentSyncTime: number; laserEnabled: boolean } | null;
+}
+
+export const ALIGNMENTS: Record<SensorState["alignment"], string> = { notAligned: "not aligned", aligning: "being aligned", aligned: "aligned" };
+
+/// Where a source goes within a service.
+export function destinationOf(source: DataSource | undefined, service: string, outputId: number | string): Destination | undefined {
+    return source?.destinations.find((one) => one.protocol === service && one.outputId === outputId);
+}
+
 /// What a service was handed last for an output; the newest value where the host does not tell.
-export function deliveredOf(source: DataSource | undefined, outputId: number | string, service?: string): { value: number | null; decision: number | null } | undefined {
-    const place = source?.destinations.find((one) => one.outputId === outputId && (service === undefined || one.protocol === service));
+export function deliveredOf(source: DataSource | undefined, service: string, outputId: number | string): { value: number | null; decision: number | null } | undefined {
+    const place = destinationOf(source, service, outputId);
     if (source === undefined || place === undefined) {
         return undefined;
     }

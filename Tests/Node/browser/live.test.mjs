@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
-import { checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
+import { cells, checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
 import { hex, Host } from "./host.mjs";
 
 let browser;
@@ -80,11 +80,12 @@ test("the values in the registers are those that a PLC reads", async () => {
         const number = await host.number(address);
         const text = page.locator(`[data-value="${address}"]`);
         await until(async () => Math.round(parseFloat((await text.innerText()).replace(/[^\d.-]/g, "")) * 1000) === number, `the value at ${address}`);
-        await page.getByRole("cell", { name: hex(await host.registers(address, 3)), exact: true }).first().waitFor();
+        assert.equal(await cells(page, address, 3), hex(await host.registers(address, 3)));
     }
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 1 } });
     // Until the next frame, the registers have the marks of invalid values in the new order.
-    await until(async () => (await page.getByRole("cell", { name: hex(await host.registers(170, 3)), exact: true }).count()) > 0, "the new order");
+    await page.getByText("byte order CDAB").waitFor();
+    await until(async () => (await cells(page, 170, 3)) === hex(await host.registers(170, 3)), "the new order");
     await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 0 } });
     await closePage(page);
 });

@@ -1,8 +1,8 @@
 // Registers: the map, its values, and changes with the consequence shown first.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import { checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
-import { Host } from "./host.mjs";
+import { cells, checkAccess, checkWidth, closePage, launch, openPage, tabTo, until } from "./browser.mjs";
+import { hex, Host } from "./host.mjs";
 
 const ASSEMBLY = "/controls/ModbusTcp/registerAssemblies/registerAssembly-0";
 let browser;
@@ -126,6 +126,110 @@ test("an output is added, renamed and removed", async () => {
     await add.getByRole("button", { name: "Add …" }).click();
     await agree();
     assert.ok((await names()).includes("zMax"));
+    await closePage(page);
+});
+
+test("text ids that are renamed, removed and added are taken back", async () => {
+    const page = await open({ path: "/ui/#/registers/AsciiTcp" });
+    const entries = async () => JSON.stringify((await host.get("/controls/AsciiTcp/outputs")).map);
+    const before = await entries();
+    const changeAndUndo = async (change) => {
+        await change();
+        const dialog = page.getByRole("dialog");
+        await dialog.getByRole("button", { name: "Do it" }).click();
+        await dialog.waitFor({ state: "detached" });
+        assert.notEqual(await entries(), before);
+        await page.getByRole("button", { name: "Undo" }).click();
+        await page.getByText("Taken back.").waitFor();
+        assert.equal(await entries(), before);
+    };
+    await changeAndUndo(async () => {
+        await page.getByRole("button", { name: "Rename zMin" }).click();
+        await page.getByLabel("New name").fill("lowest");
+        await page.keyboard.press("Enter");
+    });
+    await changeAndUndo(() => page.getByRole("button", { name: "Remove width" }).click());
+    await changeAndUndo(async () => {
+        const add = page.getByRole("form", { name: "Add an output" });
+        await add.getByLabel("Name").fill("frame");
+        await chooseSource(add, "profile/stamp");
+        await add.getByRole("button", { name: "Add …" }).click();
+    });
+    await closePage(page);
+});
+
+test("each byte order of a block is shown as a PLC reads it, and undo goes back to that of the service", async () => {
+    const page = await open({ path: "/ui/#/registers/ModbusTcp?address=176" });
+    const form = page.getByRole("form", { name: "Block at 176" });
+    const dialog = page.getByRole("dialog");
+    const orderOf = async () => (await host.get(ASSEMBLY)).blocks.find((block) => block.outputId === 176).order;
+    for (const order of ["CDAB", "BADC", "DCBA", "ABCD"]) {
+        await form.getByLabel("Byte order").selectOption(order);
+        await form.getByRole("button", { name: "Change …" }).click();
+        await dialog.getByText("changes the entry at 176").or(dialog.getByText("This changes nothing.")).waitFor();
+        await dialog.getByRole("button", { name: "Do it" }).click();
+        await dialog.waitFor({ state: "detached" });
+        assert.equal(await orderOf(), order);
+        await page.getByRole("columnheader", { name: `Read as ${order}` }).waitFor();
+        await until(async () => (await cells(page, 176, 3)) === hex(await host.registers(176, 3)), `the registers in the order ${order}`);
+    }
+    await form.getByLabel("Byte order").selectOption("DCBA");
+    await form.getByRole("button", { name: "Change …" }).click();
+    await dialog.getByRole("button", { name: "Do it" }).click();
+    await until(async () => (await orderOf()) === "DCBA", "the order");
+    await page.getByRole("button", { name: "Undo" }).click();
+    await until(async () => (await orderOf()) === "ABCD", "the order before");
+    await host.send("POST", `${ASSEMBLY}/commands/update`, { outputId: 176, newParams: { order: "default" } });
+    await closePage(page);
+});
+
+test("states, names and times are shown as people read them", async () => {
+    const page = await open({ path: "/ui/#/registers/ModbusTcp?address=68" });
+    const values = page.getByRole("group", { name: "Values of the block" });
+    const now = (title) => values.locator(`[data-field="${title}"]`);
+    await now("Run state").getByText("scanning").waitFor();
+    await now("Name of the job").getByText("default").waitFor();
+    await until(async () => /^\d\d:\d\d:\d\d$/.test(await now("Up-time").innerText()), "the up-time");
+    assert.equal(await cells(page, 72, 9), hex(await host.registers(72, 9)), "run state and job");
+    await page.getByRole("button", { name: "140–149" }).click();
+    await now("Alignment").getByText("not aligned").waitFor();
+    assert.equal(await cells(page, 148, 2), hex(await host.registers(148, 2)), "alignment and laser");
+    await page.getByRole("button", { name: "150–169" }).click();
+    const time = now("Time").locator("time");
+    assert.match(await time.getAttribute("title"), /^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC$/);
+    assert.ok(Math.abs(Date.parse(await time.getAttribute("datetime")) - Date.now()) < 60_000);
+    await now("Frame").getByText(/^frame/).waitFor();
+    await now("Digital inputs").getByText("first low, second low").waitFor();
+    await page.locator('[data-value="170"]').getByText("mm").waitFor();
+    await checkAccess(page);
+    await closePage(page);
+});
+
+test("the registers of a stamp are those that a PLC reads", async () => {
+    const own = await new Host().start("--start", "--still");
+    await own.send("POST", "/sensor/commands/stop", {});
+    await until(async () => (await own.get("/sensor")).state === "ready", "the stop");
+    const page = await openPage(browser, own, { path: "/ui/#/registers/ModbusTcp?address=150" });
+    await until(async () => (await cells(page, 154, 13)) === hex(await own.registers(154, 13)), "encoder, time, frame and inputs");
+    await until(async () => (await cells(page, 170, 15)) === hex(await own.registers(170, 15)), "the measurements");
+    await closePage(page);
+    await own.end();
+});
+
+test("a block of several sources takes a list", async () => {
+    const page = await open();
+    const add = page.getByRole("form", { name: "Add a block" });
+    await add.getByLabel("Content").selectOption("DecisionBits");
+    await add.getByLabel("First register").fill("500");
+    await add.getByLabel("Data source").fill("profile/zMax, profile/width");
+    await add.getByRole("button", { name: "Add …" }).click();
+    await page.getByRole("dialog").getByText("adds profile/zMax, profile/width at 500").waitFor();
+    await page.getByRole("button", { name: "Do it" }).click();
+    const block = page.getByRole("form", { name: "Block at 500" });
+    await block.waitFor();
+    assert.equal(await block.getByLabel("Data source").inputValue(), "profile/zMax, profile/width");
+    await page.getByRole("button", { name: "Undo" }).click();
+    await until(async () => !(await addresses()).includes(500), "the undo");
     await closePage(page);
 });
 

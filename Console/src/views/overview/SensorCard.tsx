@@ -1,7 +1,7 @@
 import { useState } from "preact/hooks";
 import { request } from "../../client/rest";
 import { type Resource, useResource } from "../../client/resources";
-import type { Operation, SensorState } from "../../client/sensor";
+import { ALIGNMENTS, type Operation, type SensorState } from "../../client/sensor";
 import { ActionButton, Card, Light, Missing, tell, type Tone, Value } from "../../parts/basics";
 import { durationText, numberText } from "../../parts/format";
 
@@ -11,7 +11,6 @@ const STATES: Record<string, { tone: Tone; text: string }> = {
     running: { tone: "good", text: "Scanning" },
     error: { tone: "bad", text: "Error" },
 };
-const ALIGNMENTS: Record<SensorState["alignment"], string> = { notAligned: "not aligned", aligning: "being aligned", aligned: "aligned" };
 
 export function useSensor(): Resource<SensorState> {
     return useResource<SensorState>("/sensor", SENSOR_MS);

@@ -1,49 +1,29 @@
 import { useEffect, useState } from "preact/hooks";
 import { request, sentenceOf } from "../../client/rest";
 import { ActionButton, Dialog, tell } from "../../parts/basics";
-
-interface Entry {
-    outputId: number | string;
-    registers?: number;
-    type?: string;
-    displayName?: string;
-    source?: string;
-}
-
-export interface Preview {
-    etag: string;
-    refused: { detail: string } | null;
-    commands: { refusedEntries: { entry: number; text: string }[] }[];
-    added: Entry[];
-    removed: Entry[];
-    moved: (Entry & { from: number | string; to: number | string })[];
-    renamed: { outputId: number | string }[];
-    fingerprint: number | null;
-}
-
-export interface Command {
-    command: string;
-    arguments: unknown;
-}
+import type { Command, Entry, Preview } from "./undo";
 
 interface Props {
     title: string;
     base: string; // the map or the assembly
     command: Command;
     fingerprint: number | null; // the present one
+    undoOf: (preview: Preview) => Command[]; // the commands that lead back
     onDone: () => void;
     onClose: () => void;
 }
 
 /// Shows what a command would do, and does it when the person agrees. Nothing changes before.
-export function Consequence({ title, base, command, fingerprint, onDone, onClose }: Props) {
+export function Consequence({ title, base, command, fingerprint, undoOf, onDone, onClose }: Props) {
     const [preview, setPreview] = useState<Preview | null>(null);
     const [fault, setFault] = useState("");
     useEffect(() => {
-        request("POST", `${base}/preview`, { body: command }).then(
+        const end = new AbortController();
+        request("POST", `${base}/preview`, { body: command, signal: end.signal }).then(
             (reply) => setPreview(reply.json as Preview),
             (error: unknown) => setFault(sentenceOf(error)),
         );
+        return () => end.abort();
     }, []);
     const carryOut = async () => {
         try {
@@ -52,7 +32,7 @@ export function Consequence({ title, base, command, fingerprint, onDone, onClose
             setFault(sentenceOf(error));
             return;
         }
-        const undo = preview === null ? [] : undoOf(preview);
+        const undo = preview === null ? [] : undoOf(preview); // the map before, as this dialog has it
         tell("The map is changed.", undo.length === 0 ? undefined : () => runAll(base, undo));
         onDone();
         onClose();
@@ -94,28 +74,6 @@ function Effects({ preview, present }: { preview: Preview; present: number | nul
 
 function nameOf(entry: Entry): string {
     return entry.source !== undefined && entry.source !== "" ? entry.source : (entry.displayName ?? entry.type ?? "an entry");
-}
-
-/// The commands that lead back to the map before. Empty where no commands can.
-function undoOf(preview: Preview): Command[] {
-    const addressOf = (id: number | string) => Number(id);
-    const back: Command[] = [];
-    if (preview.renamed.length > 0 || [...preview.moved, ...preview.removed].some((one) => typeof one.outputId === "string")) {
-        return [];
-    }
-    if (preview.added.length > 0) {
-        back.push({ command: "remove", arguments: { outputIdList: preview.added.map(({ outputId }) => ({ outputId })) } });
-    }
-    const down = preview.moved.filter((one) => one.from > one.to).sort((one, other) => addressOf(other.from) - addressOf(one.from));
-    const up = preview.moved.filter((one) => one.from < one.to).sort((one, other) => addressOf(one.from) - addressOf(other.from));
-    for (const { from, to, source } of [...down, ...up]) {
-        back.push({ command: "update", arguments: { outputId: to, newParams: { outputId: from, ...(source === undefined ? {} : { dataSource: source }) } } });
-    }
-    if (preview.removed.length > 0) {
-        const blocks = preview.removed.map(({ type, outputId, source }) => ({ type, outputId, ...(source === undefined ? {} : { dataSource: source }) }));
-        back.push({ command: "add", arguments: { blocks } });
-    }
-    return back;
 }
 
 async function runAll(base: string, commands: Command[]): Promise<void> {

@@ -4,21 +4,23 @@ import { useResource } from "../../client/resources";
 import { type DataSource, deliveredOf } from "../../client/sensor";
 import { Card, Missing } from "../../parts/basics";
 import { numberText } from "../../parts/format";
-import { type Command, Consequence } from "./Consequence";
+import { Consequence } from "./Consequence";
+import type { Contents } from "./contents";
 import type { OutputMap } from "./layout";
+import { SourceInput } from "./SourceInput";
+import { type Command, undoOfOutputs } from "./undo";
 
 interface Props {
     base: string;
-    service: string;
-    sources: DataSource[];
+    contents: Contents;
     isOld: boolean;
-    fingerprint: number | null;
 }
 
 type Id = number | string;
 
 /// The outputs of a service: which source goes out under which name or number.
-export function OutputMapView({ base, service, sources, isOld, fingerprint }: Props) {
+export function OutputMapView({ base, contents, isOld }: Props) {
+    const { service, sources, fingerprint } = contents;
     const outputs = useResource<OutputMap>(base);
     const [wanted, setWanted] = useState<{ title: string; command: Command } | null>(null);
     const map = outputs.data?.map;
@@ -30,7 +32,7 @@ export function OutputMapView({ base, service, sources, isOld, fingerprint }: Pr
         <>
             <Card
                 title="Outputs"
-                isOld={isOld}
+                isOld={isOld || outputs.isOld}
                 actions={hasNumbers && (
                     <button type="button" disabled={!mayActAs("engineer")} onClick={() => setWanted({ title: "Close the gaps", command: { command: "compactId", arguments: {} } })}>
                         Compact …
@@ -55,7 +57,14 @@ export function OutputMapView({ base, service, sources, isOld, fingerprint }: Pr
             </Card>
             <AddOutput hasNumbers={hasNumbers} map={map} sources={sources} want={setWanted} />
             {wanted !== null && (
-                <Consequence {...wanted} base={base} fingerprint={fingerprint} onDone={() => void outputs.reload()} onClose={() => setWanted(null)} />
+                <Consequence
+                    {...wanted}
+                    base={base}
+                    fingerprint={fingerprint}
+                    undoOf={(preview) => undoOfOutputs(preview, map)}
+                    onDone={() => void outputs.reload()}
+                    onClose={() => setWanted(null)}
+                />
             )}
         </>
     );
@@ -66,7 +75,7 @@ type Want = (wanted: { title: string; command: Command }) => void;
 function Row({ id, sourceId, service, sources, want }: { id: Id; sourceId: string; service: string; sources: DataSource[]; want: Want }) {
     const [name, setName] = useState<string | null>(null);
     const source = sources.find((one) => one.id === sourceId);
-    const value = deliveredOf(source, id, service)?.value;
+    const value = deliveredOf(source, service, id)?.value;
     const field = useId();
     const rename = (event: Event) => {
         event.preventDefault();
@@ -120,14 +129,7 @@ function AddOutput({ hasNumbers, map, sources, want }: { hasNumbers: boolean; ma
                 </div>
                 <div class="field">
                     <label for={`${id}-source`}>Data source</label>
-                    {sources.length === 0
-                        ? <input id={`${id}-source`} value={source} maxLength={256} spellcheck={false} onInput={(event) => setSource(event.currentTarget.value)} />
-                        : (
-                            <select id={`${id}-source`} value={source} onChange={(event) => setSource(event.currentTarget.value)}>
-                                <option value="">choose a source</option>
-                                {free.map((one) => <option key={one.id} value={one.id}>{one.displayName} ({one.id})</option>)}
-                            </select>
-                        )}
+                    <SourceInput id={`${id}-source`} value={source} sources={free} edit={setSource} />
                 </div>
                 <div class="row wide">
                     <button type="submit" class="primary" disabled={!mayActAs("engineer") || name === "" || source === ""}>Add …</button>

@@ -1,14 +1,16 @@
 import { useObservable } from "../../client/observable";
-import { hrefOf, route } from "../../client/route";
-import { useResource } from "../../client/resources";
-import type { DataSources } from "../../client/sensor";
-import { Card, Missing } from "../../parts/basics";
+import { route } from "../../client/route";
+import { type Resource, useResource } from "../../client/resources";
+import type { DataSources, Scanners, SensorState } from "../../client/sensor";
+import { Card, Missing, Tabs } from "../../parts/basics";
 import type { Control, ControlList } from "../services/controls";
 import { AssemblyView } from "./AssemblyView";
+import type { Contents } from "./contents";
 import { assembliesOf, hasOutputMap } from "./layout";
 import { OutputMapView } from "./OutputMapView";
 
 const VALUES_MS = 500;
+const STATE_MS = 1_000;
 
 /// Where the results lie for the clients of each service: registers, or a map of outputs.
 export function Registers() {
@@ -23,40 +25,40 @@ export function Registers() {
     const chosen = list.find((control) => control.id === item) ?? withRegisters ?? list[0];
     return (
         <div class="stack">
-            <ul class="tabs" aria-label="Services">
-                {list.map((control) => (
-                    <li key={control.id}>
-                        <a href={hrefOf("registers", control.id)} aria-current={control === chosen ? "true" : undefined}>{control.displayName}</a>
-                    </li>
-                ))}
-            </ul>
-            {chosen === undefined ? <p>No service has registers or outputs.</p> : (
-                <Maps key={chosen.id} control={chosen} isOld={controls.isOld || sources.isOld} sources={sources.data?.dataSources ?? []} />
-            )}
+            <Tabs label="Services" view="registers" chosen={chosen?.id ?? ""} parts={list.map(({ id, displayName }) => ({ id, title: displayName }))} />
+            {chosen === undefined ? <p>No service has registers or outputs.</p>
+                : <Maps key={chosen.id} control={chosen} isOld={controls.isOld || sources.isOld} sources={sources} />}
         </div>
     );
 }
 
-function Maps({ control, isOld, sources }: { control: Control; isOld: boolean; sources: DataSources["dataSources"] }) {
+function Maps({ control, isOld, sources }: { control: Control; isOld: boolean; sources: Resource<DataSources> }) {
     const path = `/controls/${encodeURIComponent(control.id)}`;
+    const assemblies = assembliesOf(control);
     const plc = useResource<{ fingerprint: number }>(`${path}/plc`);
-    const fingerprint = plc.data?.fingerprint ?? null;
+    const sensor = useResource<SensorState>(assemblies.length > 0 ? "/sensor" : null, STATE_MS);
+    const scanners = useResource<Scanners>(assemblies.length > 0 ? "/scanners" : null, STATE_MS);
+    const contents: Contents = {
+        service: control.id,
+        order: control.parameters?.["registerOrder"] === 1 ? "CDAB" : "ABCD",
+        sources: sources.data?.dataSources ?? [],
+        sourcesAtMs: sources.atMs,
+        sensor: sensor.data,
+        scanners: scanners.data?._embedded?.item ?? [],
+        fingerprint: plc.data?.fingerprint ?? null,
+    };
     return (
         <>
-            {assembliesOf(control).map((assembly) => (
+            {assemblies.map((assembly) => (
                 <AssemblyView
                     key={assembly.id}
                     base={`${path}/registerAssemblies/${encodeURIComponent(assembly.id)}`}
                     assembly={assembly}
-                    isLittleEndian={control.parameters?.["registerOrder"] === 1}
-                    sources={sources}
-                    isOld={isOld}
-                    fingerprint={fingerprint}
+                    contents={contents}
+                    isOld={isOld || sensor.isOld || scanners.isOld}
                 />
             ))}
-            {hasOutputMap(control) && (
-                <OutputMapView base={`${path}/outputs`} service={control.id} sources={sources} isOld={isOld} fingerprint={fingerprint} />
-            )}
+            {hasOutputMap(control) && <OutputMapView base={`${path}/outputs`} contents={contents} isOld={isOld} />}
         </>
     );
 }

@@ -1,5 +1,5 @@
 import type { Control } from "../services/controls";
-import { type DataSource, deliveredOf } from "../../client/sensor";
+import type { Order } from "./words";
 
 export interface Block {
     outputId: number;
@@ -7,6 +7,7 @@ export interface Block {
     displayName: string;
     dataSource?: string;
     scannerId?: string;
+    order?: Order | ""; // empty: that of the service
 }
 
 export interface BlockType {
@@ -31,8 +32,6 @@ export interface OutputMap {
     map: { outputId: number | string; source: string }[];
 }
 
-const INVALID = -2_147_483_648; // the value of a measurement that failed
-
 export function assembliesOf(control: Control): Assembly[] {
     const embedded = control._embedded?.["zu:registerAssembly"];
     return Array.isArray(embedded) ? (embedded as Assembly[]) : [];
@@ -42,42 +41,26 @@ export function hasOutputMap(control: Control): boolean {
     return control._embedded?.["zu:datasources"] !== undefined;
 }
 
+/// The block with a register; undefined where the register is free.
+export function blockAt(assembly: Assembly, address: number): Block | undefined {
+    return assembly.blocks.find((block) => address >= block.outputId && address < block.outputId + lengthOf(assembly, block.type));
+}
+
+/// "170–172", or "170" for one register.
+export function rangeText(first: number, count: number): string {
+    return count === 1 ? String(first) : `${first}–${first + count - 1}`;
+}
+
+export function titleOf(block: Block): string {
+    return block.dataSource === undefined || block.dataSource === "" ? block.displayName : `${block.displayName} of ${block.dataSource}`;
+}
+
 export function lengthOf(assembly: Assembly, type: string): number {
     return assembly.supportedBlockTypes.find((one) => one.type === type)?.registerCount ?? 1;
 }
 
-/// A measurement as the service writes it: thousandths as a number of 32 bits.
-export function registerNumberOf(value: number | null | undefined): number {
-    if (value === null || value === undefined) {
-        return INVALID;
-    }
-    const scaled = Math.sign(value) * Math.round(Math.abs(value) * 1000);
-    return Math.abs(scaled) <= 2_147_483_647 ? scaled : INVALID;
-}
-
-/// The registers of a block as a PLC reads them; undefined where the console does not know them.
-export function wordsOf(block: Block, source: DataSource | undefined, isLittleEndian: boolean): number[] | undefined {
-    const delivered = deliveredOf(source, block.outputId);
-    if (delivered === undefined) {
-        return undefined;
-    }
-    const number = registerNumberOf(delivered.value);
-    const pair = [(number >>> 16) & 0xffff, number & 0xffff];
-    const value = isLittleEndian ? pair.reverse() : pair;
-    switch (block.type) {
-    case "Measurement":
-        return [...value, delivered.value === null ? 2 : (delivered.decision ?? 0)];
-    case "MeasurementValue":
-        return value;
-    case "Decision":
-        return [delivered.decision ?? 2];
-    default:
-        return undefined;
-    }
-}
-
-/// The rows of the grid: addresses that have blocks, and between them the sizes of the gaps.
-export function rowsOf(assembly: Assembly, columns: number): { start: number }[] {
+/// The first addresses of the rows of the grid: those with blocks, and one behind them.
+export function rowsOf(assembly: Assembly, columns: number): number[] {
     const used = new Set<number>();
     for (const block of assembly.blocks) {
         for (let address = block.outputId; address < block.outputId + lengthOf(assembly, block.type); ++address) {
@@ -86,5 +69,5 @@ export function rowsOf(assembly: Assembly, columns: number): { start: number }[]
     }
     const starts = [...used].sort((one, other) => one - other);
     const last = starts.at(-1) ?? -columns;
-    return [...starts, last + columns].filter((start) => start <= assembly.attributes.outputIdMax).map((start) => ({ start }));
+    return [...starts, last + columns].filter((start) => start <= assembly.attributes.outputIdMax);
 }
