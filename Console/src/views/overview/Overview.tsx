@@ -3,6 +3,7 @@ import { type Resource, useResource } from "../../client/resources";
 import { Card, Light, Missing, Time, Value } from "../../parts/basics";
 import { durationText } from "../../parts/format";
 import { type ControlList, stateOf } from "../services/controls";
+import { AuthorityCard } from "./AuthorityCard";
 import { remedyFor } from "./remedies";
 import { OutputsCard, SensorCard } from "./SensorCard";
 
@@ -31,6 +32,7 @@ export function Overview() {
             <HealthCard health={health} problems={problems} />
             <ServicesCard controls={controls} />
             <OutputsCard />
+            <AuthorityCard />
             <ProblemsCard problems={problems} />
         </div>
     );
