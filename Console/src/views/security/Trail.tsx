@@ -6,7 +6,7 @@ import { Card, Missing } from "../../parts/basics";
 import { Ago, Head } from "./fields";
 
 interface Trail {
-    entries: { id: number; time: string; who: string; from: string; what: string; result: string }[];
+    entries: { id: number; time: string; who: string; from: string; what: string; result: string; count?: number }[];
     _links: { next?: { href: string }; last?: { href: string } };
 }
 
@@ -46,7 +46,7 @@ export function TrailPart() {
                                     <td><Ago text={one.time} /></td>
                                     <td>{one.who}</td>
                                     <td>{one.from}</td>
-                                    <td>{one.what}</td>
+                                    <td>{one.what}{one.count !== undefined && one.count > 1 && <span class="quiet"> {one.count} times</span>}</td>
                                     <td>{one.result}</td>
                                 </tr>
                             ))}
