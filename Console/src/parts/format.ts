@@ -42,3 +42,8 @@ export function numberText(value: number, decimals?: number): string {
     const grouped = whole.replace(/\B(?=(\d{3})+$)/g, "\u202f");
     return fraction === undefined ? grouped : `${grouped}.${fraction}`;
 }
+
+/// A measurement with its unit: to a thousandth, and a number without a unit whole.
+export function measuredText(value: number, unit: string): string {
+    return unit === "" ? numberText(value, 0) : `${numberText(value, 3)} ${unit}`;
+}

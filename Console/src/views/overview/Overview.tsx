@@ -27,7 +27,7 @@ export function Overview() {
     const problems = useResource<Problems>("/problems", PROBLEMS_MS);
     const controls = useResource<ControlList>("/controls", CONTROLS_MS);
     return (
-        <div class="grid">
+        <div class="grid wide-grid">
             <SensorCard />
             <HealthCard health={health} problems={problems} />
             <ServicesCard controls={controls} />

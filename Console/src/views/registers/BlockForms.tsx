@@ -148,7 +148,7 @@ function numberOrText(text: string): number | string {
 
 function Shift({ id, value, edit }: { id: string; value: boolean; edit: (value: boolean) => void }) {
     return (
-        <div class="row wide">
+        <div class="row wide check">
             <input id={id} type="checkbox" checked={value} onChange={(event) => edit(event.currentTarget.checked)} />
             <label for={id}>Make room by moving the blocks behind it</label>
         </div>

@@ -3,7 +3,7 @@ import { mayActAs } from "../../client/rest";
 import { useResource } from "../../client/resources";
 import { type DataSource, deliveredOf } from "../../client/sensor";
 import { Card, Missing } from "../../parts/basics";
-import { numberText } from "../../parts/format";
+import { measuredText } from "../../parts/format";
 import { Consequence } from "./Consequence";
 import type { Contents } from "./contents";
 import type { OutputMap } from "./layout";
@@ -97,13 +97,13 @@ function Row({ id, sourceId, service, sources, want }: { id: Id; sourceId: strin
                 )}
             </td>
             <td>{source?.displayName ?? sourceId} <span class="quiet">{source === undefined ? "" : sourceId}</span></td>
-            <td class="number">{value === undefined || value === null ? "" : `${numberText(value, 3)} ${source?.unit ?? ""}`.trim()}</td>
-            <td class="number">
+            <td class="number">{value === undefined || value === null ? "" : measuredText(value, source?.unit ?? "")}</td>
+            <td>
                 {name === null && (
-                    <>
+                    <div class="row end tight">
                         <button type="button" class="plain" aria-label={`Rename ${id}`} disabled={!mayActAs("engineer")} onClick={() => setName(String(id))}>Rename</button>
                         <button type="button" class="plain" aria-label={`Remove ${id}`} disabled={!mayActAs("engineer")} onClick={remove}>Remove</button>
-                    </>
+                    </div>
                 )}
             </td>
         </tr>

@@ -1,5 +1,5 @@
 import { ALIGNMENTS, type DataSource, deliveredOf, destinationOf, type Scanner, type SensorState } from "../../client/sensor";
-import { durationText, numberText } from "../../parts/format";
+import { durationText, measuredText, numberText } from "../../parts/format";
 import type { Block } from "./layout";
 import { type Order, realOf, thousandthsOf, wordsOf } from "./words";
 
@@ -112,7 +112,7 @@ function measurementFields(block: Block, contents: Contents): Field[] {
         return [];
     }
     const { value } = delivered;
-    const text = value === null ? "no value" : `${numberText(value, 3)} ${source.unit}`.trim();
+    const text = value === null ? "no value" : measuredText(value, source.unit);
     const decision = value === null ? 2n : BigInt(delivered.decision ?? 0);
     const words = value === null ? "no value" : decision === 1n ? "pass" : "outside limits";
     switch (block.type) {

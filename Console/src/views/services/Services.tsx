@@ -125,7 +125,10 @@ function rowsOf(schema: Schema, values: Record<string, unknown>, prefix = "") {
         return [
             <tr key={prefix + key}>
                 <th scope="row">{title}</th>
-                <td class="number" data-metric={prefix + key}>{typeof value === "number" ? numberText(value) : String(value ?? "")}</td>
+                <td class="number" data-metric={prefix + key}>
+                    {typeof value === "number" ? numberText(value) : String(value ?? "")}
+                    {member.units !== undefined && <span class="unit"> {member.units}</span>}
+                </td>
             </tr>,
         ];
     });
