@@ -1,7 +1,7 @@
 #include "Host/Application.h"
 
 #include "Host/Audit/AuditTrail.h"
-#include "Host/Log/StandardErrorSink.h"
+#include "Host/Log/LogSink.h"
 #include "Host/Module/ListenerAddress.h"
 #include "Host/Module/ParameterSetter.h"
 #include "Host/Operation/SensorFigures.h"
@@ -69,6 +69,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     OrderlyStop::SetStep("loading the plug-ins");
     LoadPlugins(plugins);
     sensorModule.Build(pluginManager);
+    log.SetServices(Controls().List());
     BeginTokens();
     OrderlyStop::SetStep("reading the job");
     BeginJob();

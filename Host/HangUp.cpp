@@ -2,7 +2,7 @@
 
 #include "Host/Application.h"
 #include "Host/Http/BearerToken.h"
-#include "Host/Log/StandardErrorSink.h"
+#include "Host/Log/LogSink.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 

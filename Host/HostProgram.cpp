@@ -8,7 +8,7 @@
 #include "Host/HangUp.h"
 #include "Host/Http/BearerToken.h"
 #include "Host/Log/LogLine.h"
-#include "Host/Log/StandardErrorSink.h"
+#include "Host/Log/LogSink.h"
 #include "Host/OrderlyStop.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/ProcessGuard.h"

@@ -1,12 +1,10 @@
 #include "Host/Log/LogWriter.h"
 
-#include "Host/Log/LogLine.h"
 #include "ZuApi/Exception.h"
 #include "wApi/wTime.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <poll.h>
 #include <unistd.h>
 #include <utility>
@@ -25,8 +23,8 @@ constinit std::atomic<uint64> unwrittenBytes{0};
 
 } // namespace
 
-LogWriter::LogWriter(int newDescriptor, std::function<void()> newWork)
-    : descriptor(newDescriptor), work(std::move(newWork))
+LogWriter::LogWriter(ILogOutput const& newOutput, std::function<void()> newWork)
+    : output(newOutput), work(std::move(newWork))
 {
     ZU_CHECK(wThread_Construct(&thread));
     ZU_CHECK(wThread_SetName(thread, "LogWriter"));
@@ -44,16 +42,16 @@ LogWriter::~LogWriter()
     wThread_Join(thread, wTIMEOUT_INFINITE, nullptr);
 }
 
-void LogWriter::Append(std::string const& line) noexcept
+void LogWriter::Append(std::string const& record) noexcept
 {
     Zu::MutexLock const guard(lock);
     try
     {
-        // One lost line loses all others until the thread takes what waits, so that the number stands in their place.
-        if (lostLines == 0 && waiting.size() + line.size() <= MAX_WAITING_BYTES)
+        // One lost record loses all others until the thread takes what waits, so that the number stands in their place.
+        if (lostLines == 0 && waiting.size() + record.size() <= MAX_WAITING_BYTES)
         {
-            waiting += line;
-            unwrittenBytes += line.size();
+            waiting += record;
+            unwrittenBytes += record.size();
             awake.NotifyOne();
             return;
         }
@@ -114,11 +112,15 @@ std::string LogWriter::TakeWaiting()
     {
         try
         {
-            std::string const line =
-                LogLine(LogLevel::ERROR, "Log",
-                        std::to_string(lost) + " lines of the log were lost here, because its reader was too slow");
-            text += line;
-            unwrittenBytes += line.size();
+            std::string const sentence =
+                std::to_string(lost) + " lines of the log were lost here, because its reader was too slow";
+            LogRecord record;
+            record.level = LogLevel::ERROR;
+            record.label = "Log";
+            record.text = sentence;
+            std::string const formatted = output.Format(record);
+            text += formatted;
+            unwrittenBytes += formatted.size();
         }
         catch (std::exception const&) // no memory for the line: the number is lost as well
         {
@@ -127,21 +129,21 @@ std::string LogWriter::TakeWaiting()
     return text;
 }
 
-/// Writes only when the descriptor has room, and at most `PIPE_BUF` bytes at a time: such a write to a pipe does not
-/// block. The descriptor cannot be made non-blocking, since other processes share its description.
+/// Writes only when the descriptor has room, and no more than such a write takes without blocking. The descriptor cannot
+/// be made non-blocking, since other processes share its description.
 void LogWriter::WriteAll(std::string const& text) noexcept
 {
     std::size_t written = 0;
     stalledSinceUsec = wTime_NowUsec();
     while (written < text.size() && !MustGiveUp())
     {
-        pollfd writable{descriptor, POLLOUT, 0};
+        pollfd writable{output.Descriptor(), POLLOUT, 0};
         if (poll(&writable, 1, POLL_MSEC) == 0 || (writable.revents == 0))
         {
             continue;
         }
-        ssize_t const count =
-            write(descriptor, text.data() + written, std::min<std::size_t>(text.size() - written, PIPE_BUF));
+        std::string_view const rest = std::string_view(text).substr(written);
+        ssize_t const count = write(output.Descriptor(), rest.data(), output.NextWrite(rest));
         if (count < 0 && errno != EINTR && errno != EAGAIN)
         {
             break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/Log/ILogOutput.h"
 #include "wApi/wMutex.h"
 #include "wApi/wThread.h"
 
@@ -10,11 +11,11 @@
 namespace ZuHost
 {
 
-/// Writes lines to a file descriptor on a thread of its own, so that a slow reader of the log never blocks a thread that
+/// Writes records to an output on a thread of its own, so that a slow reader of the log never blocks a thread that
 /// logs.
 ///
-/// The lines that wait are bounded. While they are at the bound, new lines are lost; a line that gives their number
-/// takes their place. If a write fails, its lines are dropped without notice.
+/// The records that wait are bounded. While they are at the bound, new records are lost; one that gives their number
+/// takes their place. If a write fails, its records are dropped without notice.
 /// Threads: "LogWriter", from construction to destruction. Any thread may call the operations.
 class LogWriter final
 {
@@ -23,9 +24,9 @@ public:
     static constexpr uint64 STALL_USEC = 1'000'000;
     static constexpr uint64 STOP_PATIENCE_USEC = 2'000'000;
 
-    /// `newDescriptor` stays open while the writer exists. The thread calls `newWork`, if any, about once a second, but
+    /// `newOutput` outlives the writer. The thread calls `newWork`, if any, about once a second, but
     /// not while the reader stalls; it must not throw. Throws if the system cannot start a thread.
-    explicit LogWriter(int newDescriptor, std::function<void()> newWork = nullptr);
+    explicit LogWriter(ILogOutput const& newOutput, std::function<void()> newWork = nullptr);
 
     /// Writes the lines that wait. Drops those that the reader does not take within `STOP_PATIENCE_USEC`.
     ~LogWriter();
@@ -33,8 +34,8 @@ public:
     LogWriter(LogWriter const&) = delete;
     LogWriter& operator=(LogWriter const&) = delete;
 
-    /// `line` ends with a line feed. Never waits for the reader.
-    void Append(std::string const& line) noexcept;
+    /// `record` is in the form of the output. Never waits for the reader.
+    void Append(std::string const& record) noexcept;
 
     /// Whether the reader has taken nothing for `STALL_USEC` although lines wait for it, or lines are lost at present.
     bool IsStalled() const;
@@ -50,7 +51,7 @@ private:
     void WriteAll(std::string const& text) noexcept;
     bool MustGiveUp() const;
 
-    int const descriptor;
+    ILogOutput const& output;
     std::function<void()> const work;
     std::atomic<uint64> stalledSinceUsec{0};                  // the last progress of the present write; 0 without
     std::atomic<uint64> writeDeadlineUsec{wTIMEOUT_INFINITE}; // set by the destructor

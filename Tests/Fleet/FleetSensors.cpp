@@ -13,7 +13,7 @@
 #include "Host/Application.h"
 #include "Host/Audit/AuditTrail.h"
 #include "Host/Clinic/PluginFiles.h"
-#include "Host/Log/StandardErrorSink.h"
+#include "Host/Log/LogSink.h"
 #include "Host/Pcd/PcdReader.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Store/DataFolder.h"

@@ -1,6 +1,7 @@
 #include "Host/Log/LogWriter.h"
 
 #include "Host/Log/CrashSignals.h"
+#include "Host/Log/StreamOutput.h"
 #include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,8 @@ protected:
     LogWriterTest()
     {
         EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-        writer.emplace(ends[1]);
+        output.emplace(ends[1]);
+        writer.emplace(*output);
     }
 
     ~LogWriterTest() override
@@ -77,6 +79,7 @@ protected:
     }
 
     std::array<int, 2> ends{};
+    std::optional<StreamOutput> output;
     std::optional<LogWriter> writer;
 };
 
@@ -151,7 +154,8 @@ TEST(LogWriterDeathTest, WritesWhatWaitsAheadOfAnAbort)
     EXPECT_EXIT(
         {
             CrashSignals const signals;
-            LogWriter writer(STDERR_FILENO);
+            StreamOutput const standardError(STDERR_FILENO);
+            LogWriter writer(standardError);
             for (int i = 0; i < 1000; ++i)
             {
                 writer.Append("a line that fills the queue\n");

@@ -1,16 +1,21 @@
-#include "Host/Log/StandardErrorSink.h"
+#include "Host/Log/LogSink.h"
+
+#include "Host/Log/StreamOutput.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <unistd.h>
 
 namespace ZuHost
 {
 
-TEST(StandardErrorSink, WantsItsLevelAndThoseAbove)
+TEST(LogSink, WantsItsLevelAndThoseAbove)
 {
     using namespace Zu::Logging;
-    StandardErrorSink const all(LogLevel::INFO);
-    StandardErrorSink const warnings(LogLevel::WARNING);
-    StandardErrorSink const errors(LogLevel::ERROR);
+    LogSink const all(LogLevel::INFO, std::make_unique<StreamOutput>(STDERR_FILENO));
+    LogSink const warnings(LogLevel::WARNING, std::make_unique<StreamOutput>(STDERR_FILENO));
+    LogSink const errors(LogLevel::ERROR, std::make_unique<StreamOutput>(STDERR_FILENO));
 
     for (uint64 const user : {uint64{0}, FLAG_USER})
     {
@@ -22,7 +27,7 @@ TEST(StandardErrorSink, WantsItsLevelAndThoseAbove)
     }
 }
 
-TEST(StandardErrorSink, WritesALineWithLevelLabelAndText)
+TEST(LogSink, WritesALineWithLevelLabelAndText)
 {
     testing::internal::CaptureStderr();
     {
@@ -37,7 +42,7 @@ TEST(StandardErrorSink, WritesALineWithLevelLabelAndText)
     EXPECT_EQ(written.find("not any more"), std::string::npos);
 }
 
-TEST(StandardErrorSink, FollowsANewLowestLevelAtOnce)
+TEST(LogSink, FollowsANewLowestLevelAtOnce)
 {
     testing::internal::CaptureStderr();
     {
@@ -56,7 +61,7 @@ TEST(StandardErrorSink, FollowsANewLowestLevelAtOnce)
     EXPECT_EQ(written.find("behind"), std::string::npos);
 }
 
-TEST(StandardErrorSink, GathersTheLinesOfAPlaceBeyondItsBudget)
+TEST(LogSink, GathersTheLinesOfAPlaceBeyondItsBudget)
 {
     testing::internal::CaptureStderr();
     {
@@ -75,7 +80,7 @@ TEST(StandardErrorSink, GathersTheLinesOfAPlaceBeyondItsBudget)
     EXPECT_NE(written.find("[The::Label] ... 20000 more in the last "), std::string::npos) << written;
 }
 
-TEST(StandardErrorSink, ShortensALongText)
+TEST(LogSink, ShortensALongText)
 {
     std::string const text(1'000'000, 'x');
     testing::internal::CaptureStderr();
