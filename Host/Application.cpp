@@ -171,6 +171,11 @@ void Application::SetLoginNotice(std::string const& text)
     gatekeeper.SetLoginNotice(text);
 }
 
+void Application::SetWatchListener(Watch::Listener listener)
+{
+    watch->SetListener(std::move(listener));
+}
+
 void Application::Configure()
 {
     for (std::string const& typeName : options.enabledTypes)

@@ -81,6 +81,9 @@ public:
     /// As `Gatekeeper::SetLoginNotice`. Call it before `Start`.
     void SetLoginNotice(std::string const& text);
 
+    /// As `Watch::SetListener`. Call it before `Start`.
+    void SetWatchListener(Watch::Listener listener);
+
     /// Applies the `--param` options. Throws `Zu::Status::BAD_ARGUMENT` with one line for an unknown protocol (also in
     /// `--enable`), an unknown parameter or an invalid value.
     void Configure();

@@ -15,11 +15,13 @@
 #include "Host/Security/LoginNotice.h"
 #include "Host/Sensor/ProfileSource.h"
 #include "Host/Sensor/SimulatedPart.h"
+#include "Host/Service/ServiceNotifier.h"
 #include "Host/Store/DataFolder.h"
 #include "Host/Tls/HttpsCertificate.h"
 #include "ZuApi/Exception.h"
 #include "ZuApi/Logging.h"
 #include "ZuTls/Context.h"
+#include "wApi/wTime.h"
 
 #include <ostream>
 #include <unistd.h>
@@ -104,18 +106,21 @@ void PrintFingerprints(std::ostream& output, HttpsCertificate const& certificate
     }
 }
 
-/// Starts everything and prints the addresses, then that the host is ready.
-void Start(Application& application, HttpsCertificate const* certificate, std::ostream& output)
+/// Starts everything and prints the addresses, then that the host is ready. Returns the addresses in a sentence.
+std::string Start(Application& application, HttpsCertificate const* certificate, std::ostream& output)
 {
+    std::string addresses;
     for (Application::Listener const& listener : application.Start())
     {
         output << "listening " << listener.name << ' ' << listener.address << '\n';
+        addresses.append(addresses.empty() ? "" : ", ").append(listener.name).append(" on ").append(listener.address);
     }
     if (certificate != nullptr)
     {
         PrintFingerprints(output, *certificate);
     }
     output << "ready" << std::endl;
+    return "Serves " + addresses + ".";
 }
 
 TrailLimits LimitsOf(Options const& options)
@@ -158,6 +163,23 @@ Inputs ReadInputs(Options const& options)
     return inputs;
 }
 
+/// Serves until `waitForStop` returns, reads the files again after each SIGHUP, and stops in order.
+void ServeUntilStop(Application& application, HangUp& hangUp, AuditTrail& trail, ServiceNotifier& service,
+                    std::string const& status, std::function<void()> const& waitForStop)
+{
+    service.TellReady(status);
+    OrderlyStop::SetHangUpHandler([&] {
+        service.TellReloading(wTime_NowUsec());
+        trail.Note({"host", "", "hang-up signal", "", "", "done"});
+        hangUp.Answer();
+        service.TellReady(status);
+    });
+    waitForStop();
+    OrderlyStop::SetHangUpHandler(nullptr);
+    service.TellStopping();
+    application.Stop();
+}
+
 /// `failureStatus` is kept at the exit status that applies if the next step throws.
 void RunSensor(Options const& options, std::ostream& output, std::function<void()> const& waitForStop,
                int& failureStatus)
@@ -175,11 +197,13 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
         return;
     }
     failureStatus = EXIT_BROKEN;
+    ServiceNotifier service;
     LogScope log(options.logLevel);
     AuditTrail trail(dataFolder, LimitsOf(options));
     Application application(options, inputs.http, inputs.token, certificate.get(), dataFolder, std::move(inputs.source),
                             plugins, log, trail);
     application.SetLoginNotice(inputs.loginNotice);
+    application.SetWatchListener([&service](auto const& faults, uint64 nowUsec) { service.Beat(faults, nowUsec); });
     failureStatus = EXIT_BAD_INPUT;
     application.Configure();
     failureStatus = EXIT_BROKEN;
@@ -187,16 +211,10 @@ void RunSensor(Options const& options, std::ostream& output, std::function<void(
     {
         return;
     }
-    Start(application, certificate.get(), output);
+    std::string const status = Start(application, certificate.get(), output);
     WarnAtStart(dataFolder);
     HangUp hangUp(options, application, log);
-    OrderlyStop::SetHangUpHandler([&] {
-        trail.Note({"host", "", "hang-up signal", "", "", "done"});
-        hangUp.Answer();
-    });
-    waitForStop();
-    OrderlyStop::SetHangUpHandler(nullptr);
-    application.Stop();
+    ServeUntilStop(application, hangUp, trail, service, status, waitForStop);
     OrderlyStop::SetStep("writing the trail");
 }
 

@@ -36,6 +36,11 @@ Watch::~Watch()
     }
 }
 
+void Watch::SetListener(Listener newListener)
+{
+    listener = std::move(newListener);
+}
+
 void Watch::Start()
 {
     timer.Start(PERIOD_USEC, false);
@@ -45,6 +50,10 @@ void Watch::Look(uint64 nowUsec)
 {
     WatchLimits const limitsNow = LimitsAt(nowUsec);
     std::set<std::string> sentences = Diagnose(vitals(), limitsNow, nowUsec);
+    if (listener)
+    {
+        listener(sentences, nowUsec);
+    }
     if (otherFaults)
     {
         sentences.merge(otherFaults());

@@ -40,6 +40,13 @@ public:
     Watch(Watch const&) = delete;
     Watch& operator=(Watch const&) = delete;
 
+    /// Receives the faults of the module after each look, without those of `FindFaults`. It must not wait and must not
+    /// throw.
+    using Listener = std::function<void(std::set<std::string> const& moduleFaults, uint64 nowUsec)>;
+
+    /// Call it before `Start`.
+    void SetListener(Listener newListener);
+
     void Start();
 
     /// Looks once, at `nowUsec` (a time of `wTime_NowUsec`). The timer calls it; other threads may call it only while
@@ -60,6 +67,7 @@ private:
     std::function<ZuControl::ControlVitals()> const vitals;
     WatchLimits const limits;
     FindFaults const otherFaults;
+    Listener listener;       // may be empty
     uint64 lastLookUsec = 0; // used by the looking thread only; 0 before the first look
 
     // By sentence. Only the looking thread changes them, so it needs the lock only for changes. The lock is a leaf.

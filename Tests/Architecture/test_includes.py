@@ -17,7 +17,7 @@ FLOORS = [
     ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/ModbusTcp/Blocks", "Plugins/SparkplugMqtt",
      "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Console", "Host/Http", "Host/Jobs",
      "Host/Live", "Host/Log",
-     "Host/Metrics", "Host/Module", "Host/Operation", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor",
+     "Host/Metrics", "Host/Module", "Host/Operation", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor", "Host/Service",
      "Host/Store", "Host/Tls", "Host/Watch"],
 ]
 FLOOR_OF = {folder: number for number, floor in enumerate(FLOORS, 1) for folder in floor}

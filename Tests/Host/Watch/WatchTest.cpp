@@ -9,8 +9,11 @@
 
 #include <atomic>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace ZuHost
 {
@@ -71,6 +74,21 @@ TEST_F(WatchTest, SaysNothingWhileAllIsWell)
 
     ExpectFaults({});
     EXPECT_EQ(log.Lines(), std::vector<ZuTest::LogLine>{});
+}
+
+TEST_F(WatchTest, TellsItsListenerTheFaultsOfTheModuleAlone)
+{
+    std::vector<std::pair<std::set<std::string>, uint64>> heard;
+    watch.emplace(
+        problems, [this] { return vitals; }, WatchLimits(), [] { return std::set<std::string>{"no disk"}; });
+    watch->SetListener([&heard](auto const& faults, uint64 nowUsec) { heard.emplace_back(faults, nowUsec); });
+
+    LookAt(BEGIN);
+    vitals.dispatchers[0].hasDied = true;
+    LookAt(BEGIN + Watch::PERIOD_USEC);
+
+    EXPECT_EQ(heard, (std::vector<std::pair<std::set<std::string>, uint64>>{{{}, BEGIN},
+                                                                            {{DEAD}, BEGIN + Watch::PERIOD_USEC}}));
 }
 
 TEST_F(WatchTest, TellsAFaultOnceForAsLongAsItLasts)
