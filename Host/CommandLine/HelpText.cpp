@@ -54,9 +54,4 @@ std::string HelpText()
     return text;
 }
 
-std::string VersionText()
-{
-    return "zucontrol-host " ZU_VERSION "\n";
-}
-
 } // namespace ZuHost

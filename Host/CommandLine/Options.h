@@ -118,7 +118,7 @@ ConfiguredOptions ReadConfiguration(std::vector<std::string> const& words);
 /// The text of `--help`, with a final line break.
 std::string HelpText();
 
-/// The text of `--version`, with a final line break.
+/// The text of `--version`: version, commit and ABI text of the plug-ins that fit, each with a line break.
 std::string VersionText();
 
 } // namespace ZuHost

@@ -1,8 +1,11 @@
 #include "Host/CommandLine/Options.h"
 
 #include "ZuApi/Exception.h"
+#include "ZuPlugin/PluginEntry.h"
 
 #include <gtest/gtest.h>
+
+#include <regex>
 
 namespace ZuHost
 {
@@ -191,7 +194,15 @@ TEST(Options, NamesEveryOptionInItsHelp)
         ASSERT_NE(place, std::string::npos) << form.name;
         EXPECT_TRUE(help[place + entry.size()] == ' ' || help[place + entry.size()] == '\n') << form.name;
     }
-    EXPECT_EQ(VersionText().find("zucontrol-host 1."), 0u);
+}
+
+TEST(Options, TellsVersionCommitAndAbi)
+{
+    std::regex const form("zucontrol-host \\d+\\.\\d+\\.\\d+\ncommit ([0-9a-f]{40}(-dirty)?|unknown)\n(.*)\n");
+    std::string const text = VersionText();
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(text, match, form)) << text;
+    EXPECT_EQ(match[3], ZU_PLUGIN_ABI_TEXT);
 }
 
 TEST(Options, PutsTheTextsOfItsHelpBelowEachOther)
