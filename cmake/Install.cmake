@@ -5,7 +5,6 @@ include(cmake/InstallCheck.cmake)
 
 set(ZU_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zucontrol)
 set(ZU_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZuControl)
-set(ZU_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/zucontrol/plugins)
 
 # Every header of the libraries is public and installed, but for these headers and folders. Only the libraries' own sources
 # and the tests include a private header; public headers use nlohmann/json and the standard library alone.

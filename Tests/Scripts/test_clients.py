@@ -10,7 +10,7 @@ INSTALL = "scripts/install-dependencies clients"
 PACKAGE_OF = {"curl": "curl", "jq": "jq", "mbpoll": "mbpoll", "mosquitto": "mosquitto", "mosquitto_pub": "mosquitto-clients",
               "nc": "netcat-openbsd", "python3": "python3-pymodbus python3-serial-asyncio", "sqlite3": "sqlite3"}
 # Programs of a bare system, of the package set `build`, or of this tree.
-THERE = {"./run", "./test", "./bench", "cd", "cmake", "cp", "cut", "echo", "editor", "grep", "head", "printf", "sh", "sleep",
+THERE = {"./run", "journalctl", "sudo", "systemctl", "./test", "./bench", "cd", "cmake", "cp", "cut", "echo", "editor", "grep", "head", "printf", "sh", "sleep",
          "tr", INSTALL.split()[0],
          "zucontrol-host", "~/zucontrol/bin/zucontrol-host"}
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
