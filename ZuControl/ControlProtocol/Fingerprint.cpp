@@ -4,61 +4,13 @@
 #include <array>
 #include <tuple>
 #include <utility>
+#include <zlib.h>
 
 namespace ZuControl::ControlProtocol::Fingerprint
 {
 
 namespace
 {
-
-constexpr uint32 POLYNOMIAL = 0xEDB88320; // reflected
-
-constexpr std::size_t STEP = 8; // bytes that are taken at a time
-
-/// Table n holds the remainder of each byte with n bytes of 0 behind it.
-using Tables = std::array<std::array<uint32, 256>, STEP>;
-
-constexpr Tables MakeTables()
-{
-    Tables tables{};
-    for (uint32 i = 0; i < 256; ++i)
-    {
-        uint32 value = i;
-        for (int bit = 0; bit < 8; ++bit)
-        {
-            value = (value & 1) != 0 ? (value >> 1) ^ POLYNOMIAL : value >> 1;
-        }
-        tables[0][i] = value;
-    }
-    for (std::size_t n = 1; n < STEP; ++n)
-    {
-        for (std::size_t i = 0; i < 256; ++i)
-        {
-            uint32 const before = tables[n - 1][i];
-            tables[n][i] = (before >> 8) ^ tables[0][before & 0xFF];
-        }
-    }
-    return tables;
-}
-
-constexpr Tables TABLES = MakeTables();
-
-uint32 LittleEndian(char const* bytes)
-{
-    uint32 value = 0;
-    for (std::size_t i = 0; i < sizeof value; ++i)
-    {
-        value |= uint32{static_cast<uint8>(bytes[i])} << (8 * i);
-    }
-    return value;
-}
-
-/// The remainder of four bytes with `behind` bytes of 0 behind them.
-uint32 Remainder(uint32 bytes, std::size_t behind)
-{
-    return TABLES[behind + 3][bytes & 0xFF] ^ TABLES[behind + 2][bytes >> 8 & 0xFF] ^
-           TABLES[behind + 1][bytes >> 16 & 0xFF] ^ TABLES[behind][bytes >> 24];
-}
 
 /// Appends numbers in little-endian order, and texts as their length and their bytes.
 class Writer final
@@ -151,16 +103,7 @@ uint32 Of(std::vector<Layout> const& layouts)
 
 uint32 Crc32(std::string_view bytes)
 {
-    uint32 value = 0xFFFFFFFF;
-    for (; bytes.size() >= STEP; bytes.remove_prefix(STEP))
-    {
-        value = Remainder(value ^ LittleEndian(bytes.data()), 4) ^ Remainder(LittleEndian(bytes.data() + 4), 0);
-    }
-    for (char const byte : bytes)
-    {
-        value = (value >> 8) ^ TABLES[0][(value ^ static_cast<uint8>(byte)) & 0xFF];
-    }
-    return ~value;
+    return static_cast<uint32>(crc32_z(0, reinterpret_cast<Bytef const*>(bytes.data()), bytes.size()));
 }
 
 } // namespace ZuControl::ControlProtocol::Fingerprint
