@@ -71,7 +71,7 @@ test("each view greys out its values without a connection, and shows new ones af
     }
     await own.start("--start", "--still");
     for (const page of pages) {
-        await page.getByText("Connected").waitFor();
+        await page.locator(".connection").getByText("Connected").waitFor();
         await page.locator("section.old").first().waitFor({ state: "detached" });
         await closePage(page);
     }
