@@ -8,10 +8,10 @@ const VIEWS = [
     { name: "overview", path: "overview", wait: (page) => page.getByText("Scanning").waitFor() },
     { name: "live", path: "live", wait: (page) => page.getByRole("img", { name: /^Height map of the last 100/ }).waitFor() },
     { name: "services", path: "services/ModbusTcp", wait: (page) => page.locator("[data-metric=resultSets]").waitFor() },
-    { name: "registers", path: "registers/ModbusTcp?address=170", wait: (page) => page.getByRole("form", { name: "Block at 170" }).waitFor() },
+    { name: "registers", path: "registers/ModbusTcp?address=150", wait: (page) => page.getByRole("form", { name: "Block at 150" }).waitFor() },
     { name: "jobs", path: "jobs", wait: (page) => page.getByRole("rowheader", { name: "line 7" }).waitFor() },
     { name: "events", path: "events", wait: (page) => page.getByRole("cell", { name: "problem", exact: true }).first().waitFor() },
-    { name: "metrics", path: "metrics", wait: (page) => until(async () => (await page.locator(".chart canvas").count()) > 0, "the chart") },
+    { name: "metrics", path: `metrics?show=${encodeURIComponent('zucontrol_dispatcher_result_sets_total{protocol="ModbusTcp"}')}`, wait: (page) => until(async () => (await page.locator(".chart canvas").count()) > 0, "the chart") },
     { name: "security", path: "security/users", wait: (page) => page.getByRole("form", { name: "Add a user" }).waitFor() },
 ];
 const SETTLING_MS = 2_000; // lines of some length
