@@ -574,7 +574,7 @@ TEST_F(ControlPlcFilesTest, HaveATypeANameAndTheFingerprint)
     EXPECT_EQ(csv.contentType, "text/csv; charset=utf-8; header=present");
     EXPECT_EQ(csv.headers[0],
               (std::pair<std::string, std::string>("Content-Disposition", "attachment; filename=\"a.csv\"")));
-    EXPECT_NE(csv.body.find("," + std::to_string(Fingerprint()) + "\r\n"), std::string::npos);
+    EXPECT_NE(csv.body.find("," + std::to_string(Fingerprint()) + ",registers\r\n"), std::string::npos);
     EXPECT_EQ(Json::parse(GetFile("json").body).at("fingerprint"), Fingerprint());
     EXPECT_EQ(Json::parse(GetFile("json").body).at("tags").at(0).at("name"), "p_a_raw");
 }
