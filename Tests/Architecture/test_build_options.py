@@ -42,11 +42,11 @@ class BuildOptions(unittest.TestCase):
             self.assertEqual([file for file, command in commands.items() if flag not in command], [], flag)
 
     def test_the_libraries_alone_need_nothing_of_the_host_or_the_tests(self):
-        not_needed = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("SQLite3", "ZLIB", "GTest", "Python3")]
-        commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_SPARKPLUG=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
+        not_needed = [f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("CLI11", "CURL", "SQLite3", "ZLIB", "GTest", "Python3")]
+        commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_CTL=OFF", "-DZU_BUILD_SPARKPLUG=OFF", "-DZU_BUILD_TESTS=OFF", *not_needed)
         self.assertIn("ZuControl/Control/ControlModule.cpp", commands)
         self.assertIn("Plugins/ModbusTcp/ModbusTcpProtocol.cpp", commands)
-        self.assertEqual([file for file in commands if file.startswith("Host/") or file.endswith("Test.cpp")], [])
+        self.assertEqual([file for file in commands if file.startswith(("Ctl/", "Host/")) or file.endswith("Test.cpp")], [])
 
     def test_without_the_host_the_tests_of_the_libraries_are_built(self):
         commands = configure("-DZU_BUILD_HOST=OFF", "-DZU_BUILD_TESTS=ON")

@@ -18,7 +18,8 @@ FLOORS = [
      "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Console", "Host/Http", "Host/Jobs",
      "Host/Live", "Host/Log",
      "Host/Metrics", "Host/Module", "Host/Operation", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor", "Host/Service",
-     "Host/Store", "Host/Tls", "Host/Watch"],
+     "Host/Store", "Host/Tls", "Host/Watch",
+     "Ctl", "Ctl/Backup", "Ctl/CommandLine", "Ctl/Commands", "Ctl/Connection", "Ctl/Outcome", "Ctl/Output", "Ctl/Settings"],
 ]
 FLOOR_OF = {folder: number for number, floor in enumerate(FLOORS, 1) for folder in floor}
 OPEN_TO_ALL = {"ZuControl/Export.h"}
@@ -80,7 +81,7 @@ def is_private(header):
 
 class Includes(unittest.TestCase):
     def test_every_source_folder_stands_in_the_table(self):
-        found = {path.parent.relative_to(ROOT).as_posix() for top in ("Platform", "ZuApi", "ZuControl", "Plugins", "Host")
+        found = {path.parent.relative_to(ROOT).as_posix() for top in ("Platform", "ZuApi", "ZuControl", "Plugins", "Host", "Ctl")
                  for path in (ROOT / top).rglob("*.cpp")}
         self.assertEqual(found - set(FLOOR_OF), set())
 
@@ -100,6 +101,10 @@ class Includes(unittest.TestCase):
     def test_plug_ins_include_nothing_of_the_host(self):
         self.assertEqual([file for folder, file, _, target in includes()
                           if folder.startswith("Plugins/") and (target or "").startswith("Host/")], [])
+
+    def test_the_command_line_tool_and_the_rest_know_nothing_of_each_other(self):
+        self.assertEqual([f"{file} includes {target}" for folder, file, _, target in includes()
+                          if target is not None and folder.startswith("Ctl") != target.startswith("Ctl/")], [])
 
     def test_what_is_seen_from_below_includes_nothing_else_of_the_module(self):
         wrong = []
@@ -127,7 +132,7 @@ class Includes(unittest.TestCase):
         for folder, file, _, target in includes():
             if target is None or not is_private(target):
                 continue
-            is_strange = folder.startswith(("Host", "Plugins/")) and not target.startswith(folder + "/")
+            is_strange = folder.startswith(("Ctl", "Host", "Plugins/")) and not target.startswith(folder + "/")
             if is_strange or (file.endswith(".h") and not is_private(file)):
                 wrong.append(f"{file} includes {target}")
         self.assertEqual(wrong, [])

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Ctl/Connection/Sensor.h"
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <string>
+
+namespace ZuCtl
+{
+
+/// Brings a backup onto a sensor: jobs, the control authority, then tokens and users with new secrets.
+///
+/// A step that the sensor refuses does not end the others. Jobs and tokens that the sensor has besides those of the backup
+/// stay. The first token or user closes a sensor that was open to its machine; the restorer goes on with a token of its own,
+/// which it revokes at the end.
+class Restorer final
+{
+public:
+    using ShowStep = std::function<void(nlohmann::json const& step)>;
+
+    /// The sensor and the backup outlive the restorer. `newShowStep` gets each step when it has ended.
+    Restorer(Sensor& newSensor, nlohmann::json const& newBackup, ShowStep newShowStep);
+
+    void RestoreJobs();
+    void RestoreSettings();
+    /// Makes tokens and users. Returns their new secrets: "tokens" and "users", each by its name.
+    nlohmann::json RestoreCallers();
+
+    /// All steps: "step", "result" ("done" or "failed") and, for a failed one, "text".
+    nlohmann::json const& Steps() const noexcept;
+    bool HasFailed() const noexcept;
+
+private:
+    bool Try(std::string const& step, std::function<void()> const& work);
+    void RestoreTokens(nlohmann::json& secrets);
+    void RestoreUsers(nlohmann::json& secrets);
+    void AddUser(nlohmann::json const& user, nlohmann::json& secrets);
+
+    Sensor& sensor;
+    nlohmann::json const& backup;
+    ShowStep showStep;
+    nlohmann::json steps = nlohmann::json::array();
+    bool hasFailed = false;
+};
+
+} // namespace ZuCtl

@@ -1,0 +1,130 @@
+"""Runs zucontrolctl against the real host, and servers that are no hosts."""
+
+import contextlib
+import http.server
+import json
+import os
+import pathlib
+import socket
+import subprocess
+import tempfile
+import threading
+
+from host import BIN, PATIENCE
+
+PROGRAM = BIN / "zucontrolctl"
+
+# The exit statuses of docs/command-line.md.
+FINE, REFUSED, USAGE, UNREACHABLE, NOT_AUTHORISED, NOT_A_SENSOR, NOT_TRUSTED, LOCAL_FILE, UNWELL, BUSY = range(10)
+
+
+class Done:
+    def __init__(self, process):
+        self.status = process.returncode
+        self.output = process.stdout
+        self.errors = process.stderr
+
+    @property
+    def json(self):
+        return json.loads(self.output)
+
+
+class Ctl:
+    """`Ctl(folder, port).run("status")` runs the program with a home of its own, against the host at a port."""
+
+    def __init__(self, folder, port=None, *options, scheme="http"):
+        self.home = pathlib.Path(folder)
+        self.options = [*map(str, options)]
+        if port is not None:
+            self.options += ["--host", f"{scheme}://localhost:{int(port)}"]
+
+    def run(self, *words, environment=None):
+        variables = {name: value for name, value in os.environ.items() if name not in ("NO_COLOR", "XDG_CONFIG_HOME")}
+        variables |= {"HOME": str(self.home)} | (environment or {})
+        done = subprocess.run([str(PROGRAM), *self.options, *map(str, words)], capture_output=True, text=True, timeout=PATIENCE,
+                              cwd=self.home, env=variables, stdin=subprocess.DEVNULL, start_new_session=True)  # no terminal
+        return Done(done)
+
+    def json(self, *words):
+        """The document of a command that has to succeed."""
+        done = self.run(*words, "--json")
+        if done.status != FINE:
+            raise AssertionError(f"{words}: {done.status} {done.errors}")
+        return done.json
+
+
+def secret_file(folder, name, text, mode=0o600):
+    file = pathlib.Path(folder) / name
+    file.write_text(text + "\n", encoding="utf-8")
+    file.chmod(mode)
+    return file
+
+
+class Answers(http.server.BaseHTTPRequestHandler):
+    """Answers each request with the server's `answer`: status, type, body."""
+
+    def do_GET(self):
+        self.server.seen.append((self.path, dict(self.headers)))
+        status, kind, body = self.server.answer
+        self.send_response(status)
+        self.send_header("Content-Type", kind)
+        if status == 302:
+            self.send_header("Location", "http://127.0.0.1:1/")
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+
+    def log_message(self, *_):
+        pass
+
+
+@contextlib.contextmanager
+def other_server(status=200, kind="text/html", body=b"<html>another server</html>"):
+    """An HTTP server that is no host. Its `seen` has the requests."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Answers)
+    server.answer = (status, kind, body)
+    server.seen = []
+    thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.05})
+    thread.start()
+    try:
+        yield server
+    finally:
+        server.shutdown()
+        thread.join()
+        server.server_close()
+
+
+@contextlib.contextmanager
+def mute_server():
+    """Accepts connections and never answers. Gives its port."""
+    with socket.create_server(("127.0.0.1", 0), backlog=16) as listener:
+        yield listener.getsockname()[1]
+
+
+@contextlib.contextmanager
+def talking_server(greeting):
+    """Sends `greeting` to each client and closes. Gives its port."""
+    listener = socket.create_server(("127.0.0.1", 0))
+
+    def serve():
+        while True:
+            try:
+                client, _ = listener.accept()
+            except OSError:
+                return
+            with client:
+                client.recv(4096)
+                client.sendall(greeting)
+
+    thread = threading.Thread(target=serve)
+    thread.start()
+    try:
+        yield listener.getsockname()[1]
+    finally:
+        listener.shutdown(socket.SHUT_RDWR)
+        listener.close()
+        thread.join()
+
+
+def scratch(test):
+    return pathlib.Path(test.enterContext(tempfile.TemporaryDirectory()))
