@@ -268,6 +268,20 @@ int CheckPlugin(Options const& options, std::ostream& output, std::ostream& erro
     return EXIT_FINE;
 }
 
+/// What an option shows that ends the program.
+std::string ShownText(Options::Request request)
+{
+    switch (request)
+    {
+    case Options::Request::SHOW_HELP:
+        return HelpText();
+    case Options::Request::SHOW_MAN_PAGE:
+        return ManPage();
+    default:
+        return VersionText();
+    }
+}
+
 } // namespace
 
 int RunHost(std::vector<std::string> const& words, std::ostream& output, std::ostream& errors,
@@ -301,7 +315,7 @@ int RunHost(std::vector<std::string> const& words, std::ostream& output, std::os
         }
         else
         {
-            output << (options.request == Options::Request::SHOW_HELP ? HelpText() : VersionText());
+            output << ShownText(options.request);
         }
         return EXIT_FINE;
     }

@@ -256,6 +256,8 @@ constexpr OptionForm FORMS[] = {
      [](OptionLabel, OptionText, Options& options) { options.request = Options::Request::CHECK_CONFIGURATION; }},
     {"help", Kind::SWITCH, Scope::COMMAND_LINE, "", "show this text",
      [](OptionLabel, OptionText, Options& options) { options.request = Options::Request::SHOW_HELP; }},
+    {"man", Kind::SWITCH, Scope::COMMAND_LINE, "", "print this text as a man page, in roff",
+     [](OptionLabel, OptionText, Options& options) { options.request = Options::Request::SHOW_MAN_PAGE; }},
     {"version", Kind::SWITCH, Scope::COMMAND_LINE, "", "show the version",
      [](OptionLabel, OptionText, Options& options) { options.request = Options::Request::SHOW_VERSION; }},
 };

@@ -30,7 +30,8 @@ std::vector<option> MakeOptionTable()
 /// Whether the option shows a text; the rest of the command line is then ignored.
 bool IsToShow(Options::Request request)
 {
-    return request == Options::Request::SHOW_HELP || request == Options::Request::SHOW_VERSION;
+    using Request = Options::Request;
+    return request == Request::SHOW_HELP || request == Request::SHOW_MAN_PAGE || request == Request::SHOW_VERSION;
 }
 
 void Apply(GivenOption const& given, Options& options)

@@ -49,6 +49,7 @@ struct Options
         CHECK_TRAIL,
         CHECK_CONFIGURATION,
         SHOW_HELP,
+        SHOW_MAN_PAGE, ///< for the build, which installs it
         SHOW_VERSION
     };
 
@@ -117,6 +118,9 @@ ConfiguredOptions ReadConfiguration(std::vector<std::string> const& words);
 
 /// The text of `--help`, with a final line break.
 std::string HelpText();
+
+/// The man page of the program, in roff: the texts of the help.
+std::string ManPage();
 
 /// The text of `--version`: version, commit and ABI text of the plug-ins that fit, each with a line break.
 std::string VersionText();

@@ -83,7 +83,7 @@ class Check(ConfigurationFileCase):
 
 
 class Example(ConfigurationFileCase):
-    ON_THE_COMMAND_LINE = {"check-config", "check-plugin", "check-trail", "config", "help", "reset-administrator", "version"}
+    ON_THE_COMMAND_LINE = {"check-config", "check-plugin", "check-trail", "config", "help", "man", "reset-administrator", "version"}
 
     def test_it_has_every_key_and_no_fault(self):
         text = (ROOT / "packaging/zucontrol.toml").read_text(encoding="utf-8")

@@ -342,7 +342,7 @@ class Page(Test):
 
 class ManPages(Test):
     def test_the_man_pages_have_each_option_of_the_help(self):
-        for program in ("zucontrolctl",):
+        for program in ("zucontrolctl", "zucontrol-host"):
             page = subprocess.run([BIN / program, "--man"], capture_output=True, text=True, timeout=PATIENCE, check=True).stdout
             text = subprocess.run([BIN / program, "--help"], capture_output=True, text=True, timeout=PATIENCE, check=True).stdout
             shown = subprocess.run(["mandoc", "-T", "utf8"], input=page, capture_output=True, text=True, timeout=PATIENCE, check=True).stdout

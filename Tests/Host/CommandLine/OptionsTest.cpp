@@ -222,6 +222,27 @@ TEST(Options, PutsTheTextsOfItsHelpBelowEachOther)
         std::string::npos);
 }
 
+TEST(Options, HasEachOptionWithItsTextInTheManPage)
+{
+    std::string const page = ManPage();
+
+    for (OptionForm const& form : OptionForms())
+    {
+        std::string expected = std::string("\n--") + form.name;
+        std::string help = form.help;
+        for (std::string* const text : {&expected, &help})
+        {
+            for (std::size_t place = text->find('-'); place != std::string::npos; place = text->find('-', place + 2))
+            {
+                text->insert(place, "\\");
+            }
+        }
+        EXPECT_NE(page.find(".TP\n\\fB" + expected.substr(1) + "\\fR"), std::string::npos) << form.name;
+        EXPECT_NE(page.find('\n' + help + '\n'), std::string::npos) << form.name;
+    }
+    EXPECT_EQ(page.find(".TH ZUCONTROL\\-HOST 8 \"\" \"zucontrol\\-host 1."), 0u);
+}
+
 TEST(Options, TellsTheUnitOfAReplayedFile)
 {
     EXPECT_NE(HelpText().find("a recorded range image, a row a profile, in metres"), std::string::npos);
