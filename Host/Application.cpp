@@ -102,6 +102,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     }
     hostResources.emplace(sensorModule.Router(), problems, sensorModule.ScanEngines(),
                           [this] { return watch->Faults(); });
+    DescribeRoutes();
     CheckRoutes();
 }
 
@@ -322,6 +323,14 @@ void Application::NoteChanges()
     refusalNotes = sensorModule.Module().SubscribeToRefusals(
         [this](auto const& refusal) { ZU_GUARD_BOUNDARY([&] { refusals.Note(TrailNotes::OfRefusal(refusal)); }); });
     auditResource.emplace(sensorModule.Router(), trail);
+}
+
+void Application::DescribeRoutes()
+{
+    ZuRest::ResourceRequestProcessor& processor = sensorModule.RequestProcessor();
+    openApiPage.emplace(sensorModule.Router(),
+                        OpenApi::Service{ZU_VERSION, [&](auto const& route) { return processor.MethodsAt(route); },
+                                         [&](auto const& path) { return processor.Read(path, {}, "schema=true"); }});
 }
 
 /// A request that the table of routes does not name is refused. Tells the developer of its resource.

@@ -5,6 +5,7 @@
 #include "Host/Clinic/PluginClinic.h"
 #include "Host/CommandLine/Options.h"
 #include "Host/Console/ConsolePages.h"
+#include "Host/Description/OpenApiPage.h"
 #include "Host/Http/HttpServer.h"
 #include "Host/Jobs/JobManager.h"
 #include "Host/Jobs/JobsResources.h"
@@ -113,6 +114,7 @@ private:
     void RaiseComplaint(std::string const& sentence);
     void NoteChanges();
     void BeginTokens();
+    void DescribeRoutes();
     void CheckRoutes();
     void BeginJob();
     void LetLoadsRunAlone();
@@ -157,6 +159,7 @@ private:
     LogPage logPage;
     ConsolePages consolePages;
     std::optional<HostResources> hostResources; // after all resources: it registers handlers with them
+    std::optional<OpenApiPage> openApiPage;     // describes all resources
     Gatekeeper gatekeeper;
     Zu::Subscription revocations;
     Zu::Subscription sessionEnds;

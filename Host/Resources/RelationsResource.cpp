@@ -70,6 +70,9 @@ constexpr std::array RELATIONS{
              "A stream of server-sent events: one for each change, with the path of what has changed. Type 2: "
              "this document reads differently. Type 4: so may all beneath it."},
     Relation{"routes", "The requests of this service, each with the role that it needs."},
+    Relation{
+        "description",
+        "The description of this service for programs (OpenAPI 3.1): tools make clients, forms and tests from it."},
     Relation{"tokens", "The tokens of programs. POST makes one and shows it, once; DELETE of one of them revokes it."},
     Relation{"relations", "These pages."},
     Relation{"schema", "Any document with the schema of its values under _schema: titles, types, bounds, units."},

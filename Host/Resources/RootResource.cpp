@@ -40,6 +40,7 @@ constexpr std::array ENTRIES{
     Entry{"zu:log", "/log", PATH, false},
     Entry{"zu:audit", "/audit", PATH, false},
     Entry{"zu:routes", "/routes", PATH, false},
+    Entry{"zu:description", "/openapi.json", PATH, false},
     Entry{"zu:tokens", "/tokens", PATH, false},
     Entry{"zu:session", "/session", PATH, false},
     Entry{"zu:sessions", "/sessions", PATH, false},

@@ -46,6 +46,7 @@ constexpr Route ROUTES[] = {
     {"GET", "/audit", ENGINEER, "the trail: what was done, by whom and from where"},
     {"GET", "/events", VIEWER, "the stream of changes"},
     {"GET", "/metrics", VIEWER, "all counters, as text for Prometheus"},
+    {"GET", "/openapi.json", VIEWER, "the description of the service for programs (OpenAPI 3.1)"},
     {"GET", "/relations/:rel", VIEWER, "a page that explains a relation"},
     {"GET", "/routes", VIEWER, "the requests of the service, each with the role that it needs"},
     {"GET", "/tokens", ADMINISTRATOR, "the tokens of programs"},

@@ -15,7 +15,7 @@ FLOORS = [
     ["ZuControl/ControlProtocol", "ZuControl/ControlProtocol/DefaultRegisterBlocks"],
     ["ZuControl/Control", "ZuControl/Protocol", "ZuControl/Persistence", "ZuControl/Plc"],
     ["Plugins/Common", "Plugins/AsciiTcp", "Plugins/ModbusTcp", "Plugins/ModbusTcp/Blocks", "Plugins/SparkplugMqtt",
-     "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Console", "Host/Http", "Host/Jobs",
+     "Host", "Host/Audit", "Host/Clinic", "Host/CommandLine", "Host/Console", "Host/Description", "Host/Http", "Host/Jobs",
      "Host/Live", "Host/Log",
      "Host/Metrics", "Host/Module", "Host/Operation", "Host/Pcd", "Host/Resources", "Host/Retry", "Host/Security", "Host/Sensor", "Host/Service",
      "Host/Store", "Host/Tls", "Host/Watch",
