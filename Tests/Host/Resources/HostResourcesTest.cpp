@@ -194,6 +194,20 @@ TEST_F(HostResourcesTest, TellsWhatEveryRelationOfItsRootMeans)
     EXPECT_EQ(Get("/relations/%3Cb%3E").status, 404U);
 }
 
+TEST_F(HostResourcesTest, NamesTheRequestsOfARelation)
+{
+    HostResources const resources(router, problems, scanEngines);
+
+    std::string const jobs = Get("/relations/job").body;
+
+    EXPECT_NE(jobs.find("<li><code>GET /jobs/:name</code>: the file of a job (viewer)</li>"), std::string::npos)
+        << jobs;
+    EXPECT_NE(jobs.find("<li><code>DELETE /jobs/:name</code>: deletes a job (engineer)</li>"), std::string::npos);
+    EXPECT_EQ(jobs.find("/jobs/:name/load"), std::string::npos) << "a request of another relation";
+    EXPECT_NE(jobs.find("<a href=\"/openapi.json\">"), std::string::npos);
+    EXPECT_EQ(Get("/relations/schema").body.find("<li>"), std::string::npos) << "of any resource";
+}
+
 TEST_F(HostResourcesTest, ShowsTheScannersByIdAndByNumber)
 {
     HostResources const resources(router, problems, scanEngines);
