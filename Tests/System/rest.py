@@ -1,8 +1,9 @@
-"""A REST client on one connection, and a check for valid HAL documents."""
+"""A REST client on one connection, and a check for valid HAL documents. The module exchanges.py gets each exchange."""
 
 import json
 import re
 
+import exchanges
 from tls import http_connection
 
 
@@ -40,7 +41,9 @@ class RestClient:
             body = json.dumps(body)
         self.connection.request(method, path, body, {name.replace("_", "-"): value for name, value in headers.items()})
         response = self.connection.getresponse()
-        return Answer(response, response.read())
+        answer = Answer(response, response.read())
+        exchanges.note(method, path, answer)
+        return answer
 
     def get(self, path, **headers):
         return self.send("GET", path, **headers)
@@ -56,6 +59,7 @@ class EventStream:
     """`with EventStream(host.http_port, "/events") as events: events.next()` gives the reports of a stream, one after the other."""
 
     def __init__(self, port, path, **headers):
+        self.path = path
         self.connection = http_connection(port)
         self.connection.request("GET", path, headers={"Accept": "text/event-stream"} | headers)
         self.response = self.connection.getresponse()
@@ -76,7 +80,9 @@ class EventStream:
             if not line:
                 raise AssertionError("the stream has ended")
             if line.startswith(b"data: "):
-                return json.loads(line[6:])
+                report = json.loads(line[6:])
+                exchanges.note_report(self.path, report)
+                return report
 
 
 def references(relations):
