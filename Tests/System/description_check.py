@@ -1,7 +1,8 @@
 """Compares exchanges with a host with its description (OpenAPI 3.1).
 
 `description_check.py DESCRIPTION EXCHANGES` prints a line for each difference; both are JSON files. The exchanges are those that
-exchanges.py writes. Each kind of answer is looked at once: the same request, status, type and shape of the document."""
+exchanges.py writes. Each kind of exchange is looked at once: the same request, status, type and shapes of the bodies. A body that was
+refused is not looked at."""
 
 import json
 import re
@@ -48,6 +49,7 @@ def segments_of(path):
 class Description:
     def __init__(self, document):
         self.components = {name: closed(schema) for name, schema in document["components"]["schemas"].items()}
+        self.open_components = document["components"]["schemas"]
         self.responses = document["components"]["responses"]
         # A literal comes before a key, as in the router of the host.
         self.paths = sorted(((segments_of(path), path, methods) for path, methods in document["paths"].items()),
@@ -77,12 +79,22 @@ class Description:
             return None
         return f"{'/'.join(map(str, fault.absolute_path)) or 'the document'}: {fault.message[:300]}"
 
+    def fault_in_request(self, operation, exchange):
+        """The host takes more than it promises: it ignores unknown members of most bodies."""
+        content = operation.get("requestBody", {}).get("content", {})
+        if "request" not in exchange or "application/json" not in content:
+            return None
+        validator = VALIDATOR({**content["application/json"]["schema"], "components": {"schemas": self.open_components}})
+        fault = jsonschema.exceptions.best_match(validator.iter_errors(exchange["request"]))
+        return f"the request was accepted, but {fault.message[:300]}" if fault is not None else None
+
     def fault(self, exchange):
         """A sentence on the first difference; None if the exchange is as described."""
         method, path, status = exchange["method"], exchange["path"], str(exchange["status"])
         path = re.sub(r"^https?://[^/]*", "", path).split("?")[0]
         found = self.find(path) if path.startswith("/") else None
-        kind = (found and found[0], method, status, exchange["type"], shape(exchange.get("document", exchange["length"] > 0)))
+        kind = (found and found[0], method, status, exchange["type"], shape(exchange.get("document", exchange["length"] > 0)),
+                shape(exchange.get("request")))
         if kind in self.seen:
             return None
         self.seen.add(kind)
@@ -104,7 +116,7 @@ class Description:
             return f"the status {status} is not described"
         if "$ref" in response:
             response = self.responses[response["$ref"].rsplit("/", 1)[1]]
-        return self.fault_in_answer(response, exchange)
+        return self.fault_in_answer(response, exchange) or self.fault_in_request(operation, exchange)
 
     def has_foreign_protocol(self, template, keys, exchange):
         """Whether the answer is of a protocol that the host with the description does not have: a test has loaded its own plug-in."""

@@ -16,31 +16,35 @@ PYTHON = "/usr/bin/python3"  # the distribution's own, which finds the distribut
 CHECK = pathlib.Path(__file__).with_name("description_check.py")
 MOST_OF_A_KIND = 50  # different answers with one status to one request
 
-kept = collections.defaultdict(dict)  # by method, path, status and type: the answers by their bodies
+kept = collections.defaultdict(dict)  # by method, path, status and type: the headers of the answers by the bodies of request and answer
 
 
-def note(method, path, answer):
-    """Keeps an exchange. Called for each one, so it does not look into the body."""
+def note(method, path, request, answer):
+    """Keeps an exchange; `request` is the body of the request. Called for each one, so it does not look into the bodies."""
     answers = kept[method, path, answer.status, answer.type.split(";")[0]]
     if len(answers) < MOST_OF_A_KIND:
-        answers.setdefault(answer.body, sorted(name.lower() for name in answer.headers))
+        answers.setdefault((request, answer.body), sorted(name.lower() for name in answer.headers))
 
 
 def note_report(path, document):
     """Keeps a report of a stream of events."""
     answers = kept["GET", path, 200, "report"]
     if len(answers) < MOST_OF_A_KIND:
-        answers.setdefault(json.dumps(document).encode(), [])
+        answers.setdefault((None, json.dumps(document).encode()), [])
 
 
 def listed():
     """The exchanges as description_check.py reads them."""
     for (method, path, status, media), answers in kept.items():
-        for body, headers in answers.items():
+        for (request, body), headers in answers.items():
             exchange = {"method": method, "path": path, "status": status, "type": media, "headers": headers, "length": len(body)}
             if media == "report" or ((media == "application/json" or media.endswith("+json")) and body):
                 exchange["document"] = json.loads(body)
-            yield exchange | ({"report": True} if media == "report" else {})
+            if isinstance(request, str) and request and status < 300:
+                exchange["request"] = json.loads(request)
+            if media == "report":
+                exchange["report"] = True
+            yield exchange
 
 
 def fetch_description(folder):

@@ -42,7 +42,7 @@ class RestClient:
         self.connection.request(method, path, body, {name.replace("_", "-"): value for name, value in headers.items()})
         response = self.connection.getresponse()
         answer = Answer(response, response.read())
-        exchanges.note(method, path, answer)
+        exchanges.note(method, path, body, answer)
         return answer
 
     def get(self, path, **headers):

@@ -127,6 +127,8 @@ class OpenApi(unittest.TestCase):
             (self.exchange("DELETE", "/users/a", 204, health), "the answer has a body of"),
             (self.exchange("GET", "/events", 200, {"type": 3, "path": "/"}, "report") | {"report": True}, "3 is not one of [2, 4]"),
             (self.exchange("GET", "/controls/ModbusTcp", 200, {"id": "ModbusTcp"}), "not valid under any of the given schemas"),
+            (self.exchange("PATCH", "/users/a", 204, None) | {"length": 0, "request": {"enabled": True}}, None),
+            (self.exchange("PATCH", "/users/a", 204, None) | {"length": 0, "request": {"enabled": 1}}, "1 is not of type 'boolean'"),
         ]
         for exchange, expected in rows:
             found = exchanges.differences(self.file, [exchange])
