@@ -15,13 +15,13 @@ namespace HttpStatus = ZuRest::HttpStatus;
 namespace
 {
 
-constexpr char const* ROUTE = "/openapi.json";
+constexpr char const* PATH_OF_DESCRIPTION = "/openapi.json";
 
 } // namespace
 
 OpenApiPage::OpenApiPage(ZuRest::ResourceRouter& usedRouter, OpenApi::Service const& service) : router(usedRouter)
 {
-    router.Register(ROUTE, *this);
+    router.Register(PATH_OF_DESCRIPTION, *this);
     try
     {
         text = ZuRest::JsonText::Write(OpenApi::Describe(service));
@@ -29,14 +29,14 @@ OpenApiPage::OpenApiPage(ZuRest::ResourceRouter& usedRouter, OpenApi::Service co
     }
     catch (...)
     {
-        router.Deregister(ROUTE, false);
+        router.Deregister(PATH_OF_DESCRIPTION, false);
         throw;
     }
 }
 
 OpenApiPage::~OpenApiPage()
 {
-    ZU_GUARD_DESTRUCTOR([this] { router.Deregister(ROUTE, false); });
+    ZU_GUARD_DESTRUCTOR([this] { router.Deregister(PATH_OF_DESCRIPTION, false); });
 }
 
 std::vector<std::string> OpenApiPage::ContentMethods() const
