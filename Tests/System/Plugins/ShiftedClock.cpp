@@ -22,7 +22,7 @@ int64_t const volatile* MappedShift()
 
 } // namespace
 
-extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept
+extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept
 {
     static int64_t const volatile* const shift = MappedShift();
     auto const result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
