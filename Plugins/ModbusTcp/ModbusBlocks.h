@@ -70,11 +70,6 @@ struct ModbusScannerBlock : public ZuControl::ControlProtocol::DefaultScannerSta
 /// excepted.
 void AddModbusBlockTypes(ZuControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
-/// Adds to each field that is one bit of a register a field for the discrete input that shows the same: input 16 r + b
-/// is bit b of register r as it is sent. `outputId` is the first register of the block.
-std::vector<ZuControl::ControlProtocol::RegisterField>
-WithInputs(std::vector<ZuControl::ControlProtocol::RegisterField> fields, uint16 outputId, bool areBytesSwapped);
-
 /// Sets the order of the service in all block types of `assembly`. Takes the assembly's lock.
 void ChangeOrder(ZuControl::ControlProtocol::ProtocolRegisterAssemblyBase& assembly,
                  ZuControl::ControlProtocol::BlockOrder order);

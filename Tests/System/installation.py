@@ -11,7 +11,7 @@ BUILD = BIN.parent
 
 # Libraries that only our own sources use. A project that uses an installed ZuControl does not have them.
 PRIVATE_DEPENDENCIES = ("boost/", "crack.h", "mosquitto.h", "openssl/", "packer.h", "pb_", "simdjson.h", "sodium.h", "sparkplug_b.pb.h",
-                        "sqlite3.h", "systemd/", "unicase.h", "unictype.h", "uninorm.h", "unistr.h", "xxhash.h", "zlib.h")
+                        "sqlite3.h", "systemd/", "toml++/", "unicase.h", "unictype.h", "uninorm.h", "unistr.h", "xxhash.h", "zlib.h")
 
 INCLUDE = re.compile(r"^\s*#\s*include\s+<([^>]+)>", re.MULTILINE)
 

@@ -455,9 +455,9 @@ class PlcFiles(unittest.TestCase):
             self.assertLess(time.monotonic() - begin, PATIENCE)
             for name, body in files.items():
                 self.assertLess(len(body), 16_000_000, name)
-            self.assertEqual(len(json.loads(files["json"])["tags"]), 9_815 + 30)
+            self.assertEqual(len(json.loads(files["json"])["tags"]), 9_815 + 30 + 7)  # with the coils
             printed = self.run_python(files["python"].decode(), "127.0.0.1", host.modbus_port)
-            self.assertEqual(len(printed.splitlines()), 9_815 + 30)
+            self.assertEqual(len(printed.splitlines()), 9_815 + 30 + 7)  # with the coils
 
     def test_what_is_no_format_is_refused_with_the_list(self):
         with Host("--enable", "AsciiTcp", "--param", "AsciiTcp.port=0") as host, RestClient(host.http_port) as rest:

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Plugins/ModbusTcp/Blocks/DiscreteInputs.h"
 #include "Plugins/ModbusTcp/Blocks/IModbusBlock.h"
-#include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "ZuApi/Params/Value.h"
 #include "ZuControl/ControlProtocol/BlockOrder.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"

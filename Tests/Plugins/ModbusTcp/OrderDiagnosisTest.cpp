@@ -48,11 +48,13 @@ Case const CASES[] = {
      "to 1 (little endian), so that the blocks send CDAB, or change \"swap words\" in the master, so that it reads "
      "ABCD."},
     {302, "udint", "0x9649D202", false, "BADC",
-     "Your master swaps the bytes of 32 bit values: it reads BADC, and the block sends ABCD. Either give the blocks "
-     "the order BADC, or change \"swap bytes\" in the master, so that it reads ABCD."},
+     "Your master swaps the bytes of 32 bit values: it reads BADC, and the block sends ABCD. Either set registerOrder "
+     "to 2 (big endian, bytes swapped), so that the blocks send BADC, or change \"swap bytes\" in the master, so that "
+     "it reads ABCD."},
     {302, "DWORD", "16#D2029649", false, "DCBA",
-     "Your master swaps the words and the bytes of 32 bit values: it reads DCBA, and the block sends ABCD. Either give "
-     "the blocks the order DCBA, or change \"swap words\" and \"swap bytes\" in the master, so that it reads ABCD."},
+     "Your master swaps the words and the bytes of 32 bit values: it reads DCBA, and the block sends ABCD. Either set "
+     "registerOrder to 3 (little endian, bytes swapped), so that the blocks send DCBA, or change \"swap words\" and "
+     "\"swap bytes\" in the master, so that it reads ABCD."},
     {304, "DINT", "-1234567890", true, "ABCD",
      "Your master reads 32 bit values right: it reads ABCD, and the block sends ABCD."},
     {302, "DINT", "1234567890 -1234567890", true, "ABCD",

@@ -126,6 +126,7 @@ TEST_F(OrderedBlockTest, ReadsACommandInTheOrderOfTheService)
     EXPECT_EQ(command.requestId, 0x1234);
     EXPECT_EQ(command.commandId, 5);
     SetOrder(0, "ABCD"); // its own order wins
+    std::swap(bytes[2], bytes[3]);
     block->Deserialize(&command, sizeof command, bytes.data(), bytes.size());
     EXPECT_EQ(command.requestId, 0x3412);
 }
