@@ -17,7 +17,7 @@ std::string Roff(std::string const& text)
     return shown;
 }
 
-std::string Entry(OptionForm const& form)
+std::string PageEntry(OptionForm const& form)
 {
     std::string const value =
         form.kind == OptionForm::Kind::SWITCH ? "" : std::string(" \\fI") + Roff(form.value) + "\\fR";
@@ -37,7 +37,7 @@ std::string ManPage()
                        ".SH OPTIONS\n";
     for (OptionForm const& form : OptionForms())
     {
-        page += Entry(form);
+        page += PageEntry(form);
     }
     return page + ".SH EXIT STATUS\n"
                   ".TP\n\\fB0\\fR\nthe stop was orderly\n"

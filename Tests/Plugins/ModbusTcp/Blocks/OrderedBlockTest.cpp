@@ -118,13 +118,13 @@ TEST_F(OrderedBlockTest, ReadsACommandInTheOrderOfTheService)
     std::vector<uint8> bytes(132, 0);
     bytes[0] = 0x34;
     bytes[1] = 0x12;
-    bytes[2] = 5;
+    bytes[2] = 3;
     ControlRegisterCommandData command;
 
     block->Deserialize(&command, sizeof command, bytes.data(), bytes.size());
 
     EXPECT_EQ(command.requestId, 0x1234);
-    EXPECT_EQ(command.commandId, 5);
+    EXPECT_EQ(command.commandId, 3);
     SetOrder(0, "ABCD"); // its own order wins
     std::swap(bytes[2], bytes[3]);
     block->Deserialize(&command, sizeof command, bytes.data(), bytes.size());
