@@ -57,7 +57,7 @@ TEST_F(PrivateFile, HasASecretInItsFirstLine)
 
 TEST_F(PrivateFile, IsRefusedWhenOthersCanReadIt)
 {
-    for (mode_t const mode : {0640, 0604, 0620, 0610, 0666})
+    for (mode_t const mode : {0640u, 0604u, 0620u, 0610u, 0666u})
     {
         EXPECT_THAT(RefusalOf([&] { ReadPrivateFile(Write("secret", mode)); }),
                     HasSubstr("others can read it: chmod 600"));
