@@ -30,7 +30,7 @@ public:
 
     std::string text = R"({"zMax": {"enabled": true, "minimum": 1, "maximum": 2.5}})";
     int32 status = Zu::Status::SUCCESS;
-    int reads = 0;
+    uint64 reads = 0;
 };
 
 } // namespace
@@ -59,7 +59,7 @@ TEST(SourceLimits, AreReadAgainAfterAPeriod)
     EXPECT_EQ(limits.Look(5 + SourceLimits::PERIOD_USEC - 1), std::nullopt);
     resources.text = "{}";
     EXPECT_EQ(limits.Look(5 + SourceLimits::PERIOD_USEC), SourceLimits::BySource());
-    EXPECT_EQ(resources.reads, 2);
+    EXPECT_EQ(resources.reads, 2u);
 }
 
 TEST(SourceLimits, AReadThatIsRefusedForNowIsRepeated)
@@ -82,7 +82,7 @@ TEST(SourceLimits, ASystemWithoutLimitsIsAskedOnce)
     SourceLimits limits(&resources);
     EXPECT_EQ(limits.Look(0), std::nullopt);
     EXPECT_EQ(limits.Look(SourceLimits::PERIOD_USEC), std::nullopt);
-    EXPECT_EQ(resources.reads, 1);
+    EXPECT_EQ(resources.reads, 1u);
     EXPECT_EQ(SourceLimits(nullptr).Look(0), std::nullopt);
 }
 
