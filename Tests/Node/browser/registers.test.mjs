@@ -183,6 +183,18 @@ test("each byte order of a block is shown as a PLC reads it, and undo goes back 
     await closePage(page);
 });
 
+test("each byte order of the service is shown as a PLC reads it", async () => {
+    const page = await open({ path: "/ui/#/registers/ModbusTcp?address=176" });
+    const texts = ["the high register", "the low register", "the high register .* in each register the low byte", "the low register .* in each register the low byte"];
+    for (const [number, order] of ["ABCD", "CDAB", "BADC", "DCBA"].entries()) {
+        await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: number } });
+        await page.getByText(new RegExp(`byte order ${order}: ${texts[number]}`)).waitFor();
+        await until(async () => (await cells(page, 176, 3)) === hex(await host.registers(176, 3)), `the registers in the order ${order}`);
+    }
+    await host.send("PUT", "/controls/ModbusTcp", { parameters: { registerOrder: 0 } });
+    await closePage(page);
+});
+
 test("states, names and times are shown as people read them", async () => {
     const page = await open({ path: "/ui/#/registers/ModbusTcp?address=68" });
     const values = page.getByRole("group", { name: "Values of the block" });

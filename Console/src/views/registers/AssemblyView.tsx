@@ -10,6 +10,7 @@ import type { Contents } from "./contents";
 import { Grid } from "./Grid";
 import { type Assembly, blockAt } from "./layout";
 import { undoOfBlocks } from "./undo";
+import type { Order } from "./words";
 
 interface Props {
     base: string;
@@ -34,7 +35,7 @@ export function AssemblyView({ base, assembly, contents, isOld }: Props) {
                 actions={<button type="button" disabled={!mayActAs("engineer")} onClick={() => setWanted(COMPACT)}>Compact …</button>}
             >
                 <p class="quiet">
-                    Registers {outputIdMin} to {outputIdMax}, byte order {contents.order}: the {contents.order === "ABCD" ? "high" : "low"} register of a number comes first.
+                    Registers {outputIdMin} to {outputIdMax}, byte order {contents.order}: {orderText(contents.order)}.
                     {contents.fingerprint !== null && <> Fingerprint <span class="number">{contents.fingerprint}</span>.</>}
                 </p>
                 <Grid assembly={assembly} contents={contents} selected={selected} />
@@ -61,4 +62,10 @@ export function AssemblyView({ base, assembly, contents, isOld }: Props) {
             )}
         </>
     );
+}
+
+function orderText(order: Order): string {
+    const isHighFirst = order === "ABCD" || order === "BADC";
+    const isSwapped = order === "BADC" || order === "DCBA";
+    return `the ${isHighFirst ? "high" : "low"} register of a number comes first${isSwapped ? ", and in each register the low byte" : ""}`;
 }

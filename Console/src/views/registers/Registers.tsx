@@ -8,6 +8,7 @@ import { AssemblyView } from "./AssemblyView";
 import type { Contents } from "./contents";
 import { assembliesOf, hasOutputMap } from "./layout";
 import { OutputMapView } from "./OutputMapView";
+import { ORDERS } from "./words";
 
 const VALUES_MS = 500;
 const STATE_MS = 1_000;
@@ -40,7 +41,7 @@ function Maps({ control, isOld, sources }: { control: Control; isOld: boolean; s
     const scanners = useResource<Scanners>(assemblies.length > 0 ? "/scanners" : null, STATE_MS);
     const contents: Contents = {
         service: control.id,
-        order: control.parameters?.["registerOrder"] === 1 ? "CDAB" : "ABCD",
+        order: ORDERS[Number(control.parameters?.["registerOrder"])] ?? "ABCD",
         sources: sources.data?.dataSources ?? [],
         sourcesAtMs: sources.atMs,
         sensor: sensor.data,
