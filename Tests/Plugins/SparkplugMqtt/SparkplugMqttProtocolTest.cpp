@@ -132,9 +132,9 @@ TEST_F(SparkplugMqttProtocolTest, CountsItsConnectionsOverARestart)
     protocol->Start();
     EXPECT_TRUE(Becomes([this] { return Saved()["bdSeq"] == 0; }));
     protocol->Stop();
-    uint64 const last = Saved()["bdSeq"].get<uint64>();
+    uint64 const last = Saved()["bdSeq"].get<uint64>(); // 255 again if the attempt had failed before the stop
     protocol->Start();
-    EXPECT_TRUE(Becomes([this, last] { return Saved()["bdSeq"] == last + 1; }));
+    EXPECT_TRUE(Becomes([this, last] { return Saved()["bdSeq"] == (last + 1) % 256; }));
 }
 
 TEST_F(SparkplugMqttProtocolTest, AsksTheHostForASecondSaveOfItsNumber)
