@@ -117,12 +117,16 @@ void Restorer::RestoreSettings()
     Try("control authority", [&] { sensor.Change("PUT", "/sensor/authority", backup.at("authority")); });
 }
 
-json Restorer::RestoreCallers()
+json const& Restorer::Secrets() const noexcept
 {
-    json secrets{{"tokens", json::object()}, {"users", json::object()}};
+    return secrets;
+}
+
+void Restorer::RestoreCallers()
+{
     if (PartOf(backup, "users").empty() && PartOf(backup, "tokens").empty())
     {
-        return secrets;
+        return;
     }
     bool const hasInterim = Try("log the program in", [&] {
         json const answer = sensor.Change("POST", "/tokens", {{"name", INTERIM_TOKEN}, {"role", ADMINISTRATOR}});
@@ -130,15 +134,35 @@ json Restorer::RestoreCallers()
     });
     if (!hasInterim)
     {
-        return secrets;
+        return;
     }
-    RestoreTokens(secrets);
-    RestoreUsers(secrets);
+    try
+    {
+        RestoreTokens();
+        RestoreUsers();
+    }
+    catch (...)
+    {
+        EndInterimToken();
+        throw;
+    }
     Try("log the program out", [&] { sensor.Delete("/tokens/" + Escaped(INTERIM_TOKEN)); });
-    return secrets;
 }
 
-void Restorer::RestoreTokens(json& secrets)
+/// As far as the sensor can be reached.
+void Restorer::EndInterimToken() noexcept
+{
+    try
+    {
+        sensor.Delete("/tokens/" + Escaped(INTERIM_TOKEN));
+    }
+    catch (std::exception const&)
+    {
+        return; // the list of tokens shows it
+    }
+}
+
+void Restorer::RestoreTokens()
 {
     for (json const& token : PartOf(backup, "tokens"))
     {
@@ -156,7 +180,7 @@ void Restorer::RestoreTokens(json& secrets)
     }
 }
 
-void Restorer::RestoreUsers(json& secrets)
+void Restorer::RestoreUsers()
 {
     json users = PartOf(backup, "users");
     // The first user of a sensor has to be an administrator who can log in.
@@ -165,11 +189,11 @@ void Restorer::RestoreUsers(json& secrets)
     });
     for (json const& user : users)
     {
-        Try("user " + user.at("name").get<std::string>(), [&] { AddUser(user, secrets); });
+        Try("user " + user.at("name").get<std::string>(), [&] { AddUser(user); });
     }
 }
 
-void Restorer::AddUser(json const& user, json& secrets)
+void Restorer::AddUser(json const& user)
 {
     std::string const name = user.at("name");
     std::string const password = NewPassword();

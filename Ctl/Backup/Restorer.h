@@ -25,8 +25,13 @@ public:
 
     void RestoreJobs();
     void RestoreSettings();
-    /// Makes tokens and users. Returns their new secrets: "tokens" and "users", each by its name.
-    nlohmann::json RestoreCallers();
+
+    /// Makes tokens and users. Throws `Failure` if the sensor cannot be reached any more; `Secrets` then has those of the
+    /// callers that were made.
+    void RestoreCallers();
+
+    /// The new secrets: "tokens" and "users", each by its name.
+    nlohmann::json const& Secrets() const noexcept;
 
     /// All steps: "step", "result" ("done" or "failed") and, for a failed one, "text".
     nlohmann::json const& Steps() const noexcept;
@@ -34,14 +39,16 @@ public:
 
 private:
     bool Try(std::string const& step, std::function<void()> const& work);
-    void RestoreTokens(nlohmann::json& secrets);
-    void RestoreUsers(nlohmann::json& secrets);
-    void AddUser(nlohmann::json const& user, nlohmann::json& secrets);
+    void EndInterimToken() noexcept;
+    void RestoreTokens();
+    void RestoreUsers();
+    void AddUser(nlohmann::json const& user);
 
     Sensor& sensor;
     nlohmann::json const& backup;
     ShowStep showStep;
     nlohmann::json steps = nlohmann::json::array();
+    nlohmann::json secrets = {{"tokens", nlohmann::json::object()}, {"users", nlohmann::json::object()}};
     bool hasFailed = false;
 };
 

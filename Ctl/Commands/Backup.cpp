@@ -91,8 +91,17 @@ void RestoreCallers(Call& call, Restorer& restorer)
 {
     std::string const file = call.Text("--secrets");
     WritePrivateFile(file, "", false); // before any secret is made: the file can be written
-    json const secrets = restorer.RestoreCallers();
-    WritePrivateFile(file, secrets.dump(2) + '\n', true);
+    auto const write = [&] { WritePrivateFile(file, restorer.Secrets().dump(2) + '\n', true); };
+    try
+    {
+        restorer.RestoreCallers();
+    }
+    catch (...)
+    {
+        write(); // the sensor does not tell them again
+        throw;
+    }
+    write();
 }
 
 void RestoreBackup(Call& call)
@@ -137,37 +146,36 @@ Command BackupCommand()
 {
     using enum Argument::Kind;
     using enum Argument::Values;
-    return {"backup",
-            "write jobs, settings, users and tokens into an encrypted file",
-            "The file is encrypted with a passphrase. Passwords, texts of tokens and "
-            "private "
-            "keys are not in it: the host gives them to no caller. Without the role administrator users and tokens are "
-            "missing.",
-            {{WORD, "FILE", "", "the file", FILES, {}},
-             {OPTION, PASSPHRASE_FILE, "FILE", "the passphrase, in the first line of this file", FILES, {}},
-             {FLAG, "--force", "", "replace the file if there is one", TEXT, {}}},
-            &MakeBackup};
+    return {
+        "backup",
+        "write jobs, settings, users and tokens into an encrypted file",
+        "The file is encrypted with a passphrase. Passwords, texts of tokens and private keys are not in it: the host "
+        "gives them to no caller. Without the role administrator users and tokens are missing.",
+        {{WORD, "FILE", "", "the file", FILES, {}},
+         {OPTION, PASSPHRASE_FILE, "FILE", "the passphrase, in the first line of this file", FILES, {}},
+         {FLAG, "--force", "", "replace the file if there is one", TEXT, {}}},
+        &MakeBackup};
 }
 
 Command RestoreCommand()
 {
     using enum Argument::Kind;
     using enum Argument::Values;
-    return {"restore",
-            "bring a backup onto a sensor, such as a replacement",
-            "Jobs of the same names are replaced, others stay. Users and tokens are made with new secrets, which the "
-            "file of "
-            "--secrets then has.",
-            {{WORD, "FILE", "", "the file", FILES, {}},
-             {OPTION, PASSPHRASE_FILE, "FILE", "the passphrase, in the first line of this file", FILES, {}},
-             {OPTION,
-              "--secrets",
-              "FILE",
-              "make users and tokens too, and write their new secrets into this new file",
-              FILES,
-              {}},
-             {FLAG, "--check", "", "show what the backup has, and change nothing", TEXT, {}}},
-            &RestoreBackup};
+    return {
+        "restore",
+        "bring a backup onto a sensor, such as a replacement",
+        "Jobs of the same names are replaced, others stay. Users and tokens are made with new secrets, which the file "
+        "of --secrets then has.",
+        {{WORD, "FILE", "", "the file", FILES, {}},
+         {OPTION, PASSPHRASE_FILE, "FILE", "the passphrase, in the first line of this file", FILES, {}},
+         {OPTION,
+          "--secrets",
+          "FILE",
+          "make users and tokens too, and write their new secrets into this new file",
+          FILES,
+          {}},
+         {FLAG, "--check", "", "show what the backup has, and change nothing", TEXT, {}}},
+        &RestoreBackup};
 }
 
 } // namespace ZuCtl

@@ -1,6 +1,7 @@
 """Runs zucontrolctl against the real host, and servers that are no hosts."""
 
 import contextlib
+import http.client
 import http.server
 import json
 import os
@@ -84,6 +85,40 @@ def other_server(status=200, kind="text/html", body=b"<html>another server</html
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Answers)
     server.answer = (status, kind, body)
     server.seen = []
+    with _served(server):
+        yield server
+
+
+class Forwards(http.server.BaseHTTPRequestHandler):
+    """Hands each request on to the server's `port`, and closes without an answer to the request that `fails`."""
+
+    protocol_version = "HTTP/1.1"
+
+    def forward(self):
+        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        if self.server.fails(self.command, self.path, body):
+            self.close_connection = True
+            return
+        with contextlib.closing(http.client.HTTPConnection("127.0.0.1", self.server.port, timeout=PATIENCE)) as host:
+            host.request(self.command, self.path, body, {name: value for name, value in self.headers.items() if name != "Host"})
+            answer = host.getresponse()
+            content = answer.read()
+        self.send_response(answer.status)
+        for name, value in answer.getheaders():
+            if name.lower() not in ("content-length", "transfer-encoding", "connection", "date"):
+                self.send_header(name, value)
+        self.send_header("Content-Length", str(len(content)))
+        self.end_headers()
+        self.wfile.write(content)
+
+    do_GET = do_POST = do_PUT = do_PATCH = do_DELETE = forward
+
+    def log_message(self, *_):
+        pass
+
+
+@contextlib.contextmanager
+def _served(server):
     thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.05})
     thread.start()
     try:
@@ -92,6 +127,16 @@ def other_server(status=200, kind="text/html", body=b"<html>another server</html
         server.shutdown()
         thread.join()
         server.server_close()
+
+
+@contextlib.contextmanager
+def failing_network(port, fails):
+    """Stands before the host at `port`. A request for which `fails(method, path, body)` is true gets lost. Gives its port."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Forwards)
+    server.daemon_threads = True
+    server.port, server.fails = port, fails
+    with _served(server):
+        yield server.server_port
 
 
 @contextlib.contextmanager

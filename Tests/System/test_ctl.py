@@ -14,7 +14,7 @@ import time
 import unittest
 
 from ctl import (BUSY, FINE, LOCAL_FILE, NOT_A_SENSOR, NOT_AUTHORISED, NOT_TRUSTED, PROGRAM, REFUSED, UNREACHABLE, UNWELL, USAGE, Ctl,
-                 mute_server, other_server, scratch, secret_file, talking_server)
+                 failing_network, mute_server, other_server, scratch, secret_file, talking_server)
 from host import BIN, PATIENCE, Host, wait_until
 from pages import section, session_host
 from rest import RestClient
@@ -542,6 +542,24 @@ class Backup(Test):
         results = {step["step"]: step["result"] for step in again.json["steps"]}
         self.assertEqual((results["job line7"], results["load job default"], results["user anna"]), ("done", "done", "failed"))
         self.assertEqual([token["name"] for token in replacement.json("tokens", "list")], ["line 4"])
+
+    def test_a_restore_that_loses_the_sensor_keeps_the_secrets_that_it_has_made(self):
+        first = self.start("--still", modbus=False)
+        self.check(self.ctl(first).run("tokens", "add", "line 4", "administrator", "--save", "line4"), FINE)
+        tool = self.ctl(first, "--token-file", "line4")
+        for name in ("anna", "bert"):
+            self.check(tool.run("users", "add", name, "administrator", "--new-password-file", self.password), FINE)
+        file = self.make(tool)
+
+        second = self.start("--still", modbus=False)
+        with failing_network(second.http_port, lambda method, path, body: (method, path) == ("POST", "/users") and b"bert" in body) as port:
+            done = Ctl(self.folder, port).run("restore", file, "--passphrase-file", self.passphrase, "--secrets", "secrets.json")
+        self.check(done, UNREACHABLE, "cannot be reached")
+        secrets = json.loads((self.folder / "secrets.json").read_text(encoding="utf-8"))
+        self.assertEqual((list(secrets["tokens"]), list(secrets["users"])), (["line 4"], ["anna"]))
+        replacement = self.ctl(second, "--token-file", secret_file(self.folder, "new4", secrets["tokens"]["line 4"]))
+        self.assertEqual([token["name"] for token in replacement.json("tokens", "list")], ["line 4"])
+        self.assertEqual([user["name"] for user in replacement.json("users", "list")], ["anna"])
 
     def test_without_secrets_users_and_tokens_are_left_out(self):
         host = self.start("--still", modbus=False)
