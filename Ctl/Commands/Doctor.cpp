@@ -65,8 +65,7 @@ Command DoctorCommand()
     return {"doctor",
             "examine the sensor, and tell what to do about each fault",
             "Looks at the connection, the version, the role of the caller, clock, certificate, health, sensor, "
-            "services and their "
-            "ports, jobs, disk, problems and the last errors of the log.",
+            "services and their ports, jobs, disk, problems and the last errors of the log.",
             {},
             &Examine};
 }

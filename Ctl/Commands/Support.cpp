@@ -92,8 +92,7 @@ Command SupportCommand()
     return {"support",
             "write versions, configuration, problems, log and metrics into a file for the maker of a sensor",
             "The file has no secrets: users and tokens are not in it, and texts that look like a password or a token "
-            "are masked. "
-            "It has names of jobs and addresses of the plant.",
+            "are masked. It has names of jobs and addresses of the plant.",
             {{WORD, "FILE", "", "the file, in JSON", FILES, {}},
              {FLAG, "--force", "", "replace the file if there is one", TEXT, {}}},
             &MakeBundle};

@@ -2,6 +2,7 @@
 
 #include "Host/Description/DescribedRecords.h"
 #include "Host/Description/DescriptionTexts.h"
+#include "Host/Security/Sessions.h"
 #include "ZuRest/HttpStatus.h"
 
 #include <algorithm>
@@ -374,7 +375,7 @@ private:
             responses[status] = Refusal(status);
         }
         Json const schemes{{"token", {{"type", "http"}, {"scheme", "bearer"}}},
-                           {"session", {{"type", "apiKey"}, {"in", "cookie"}, {"name", "__Host-zucontrol"}}}};
+                           {"session", {{"type", "apiKey"}, {"in", "cookie"}, {"name", Sessions::COOKIE}}}};
         return {{"parameters", std::move(parameters)},
                 {"responses", std::move(responses)},
                 {"schemas", records.Make()},

@@ -18,8 +18,8 @@ struct ControlVitals;
 namespace ZuHost
 {
 
-/// Detects threads of the module that have died or hang, and faults that other parts of the host find. Reports each fault as a problem for as long as it lasts, and
-/// logs its begin and end.
+/// Detects threads of the module that have died or hang, and faults that other parts of the host find. Reports each fault
+/// as a problem for as long as it lasts, and logs its begin and end.
 ///
 /// The watch looks four times a second on its own thread, "AsyncTimer", and never waits for the module. It can
 /// therefore be stopped even if the module hangs. One thread starts and destroys it; any thread may call `Faults`.

@@ -77,8 +77,8 @@ struct Moment
 /// thread and no clock.
 ///
 /// A session has its number kept, connects, subscribes, waits for the primary host if it has one, and publishes its
-/// births; then it is born and takes data. It walks on to the next server when the connection fails or ends, when the server does not answer
-/// within ANSWER_USEC, and when the primary host is offline there.
+/// births; then it is born and takes data. It walks on to the next server when the connection fails or ends, when the
+/// server does not answer within ANSWER_USEC, and when the primary host is offline there.
 ///
 /// Threads: one thread calls all operations.
 class EdgeNodeSession final
