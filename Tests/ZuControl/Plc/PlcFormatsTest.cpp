@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
 
 namespace ZuControl::Plc
 {
@@ -172,7 +171,7 @@ TEST(PlcFormats, TypeTheMembersOfPython)
     EXPECT_EQ(type(TagOf(FieldType::RAW, 9)), "List[int]");
 }
 
-TEST(PlcFormats, TakeTenThousandTagsInBoundedTimeAndSpace)
+TEST(PlcFormats, TakeTenThousandTagsInBoundedSpace)
 {
     PlcTagList list;
     for (uint32 address = 0; address < 10'000; ++address)
@@ -185,10 +184,7 @@ TEST(PlcFormats, TakeTenThousandTagsInBoundedTimeAndSpace)
     }
     for (PlcFormat const& format : PlcFormats())
     {
-        auto const begin = std::chrono::steady_clock::now();
-        std::size_t const size = format.write(list).size();
-        EXPECT_LT(size, 10'000'000u) << format.name;
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)) << format.name;
+        EXPECT_LT(format.write(list).size(), 10'000'000u) << format.name;
     }
 }
 
