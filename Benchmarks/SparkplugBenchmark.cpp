@@ -4,7 +4,7 @@
 #include "Plugins/SparkplugMqtt/OutputMetrics.h"
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
 #include "Plugins/SparkplugMqtt/SparkplugOutputMap.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Tests/Support/TestFrames.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,8 +18,8 @@ namespace
 {
 
 using namespace SparkplugMqtt;
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 
 constexpr int METRICS = 20;
 

@@ -9,7 +9,7 @@
 
 #include <string>
 
-namespace PluginCommon
+namespace ZuTest
 {
 
 /// A result set that a test fills item by item, as the sensor does.
@@ -94,4 +94,4 @@ private:
     wArrayList list;
 };
 
-} // namespace PluginCommon
+} // namespace ZuTest

@@ -6,10 +6,10 @@
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
 #include "Support/Refusal.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
 #include "Tests/Plugins/Common/Number.h"
 #include "Tests/Plugins/Common/TcpClient.h"
-#include "Tests/Plugins/Common/TestFrames.h"
 #include "ZuCommon/Problems.h"
 #include "ZuControl/Control/ControlInfo.h"
 #include "ZuControl/Control/ControlProtocolOperations.h"
@@ -32,10 +32,10 @@ using PluginCommon::FakeDataCache;
 using PluginCommon::Number;
 using PluginCommon::OccupiedPort;
 using PluginCommon::TcpClient;
-using PluginCommon::TestFrame;
 using ZuCommon::PersistDomain;
 using ZuControl::ProtocolStatus;
 using ZuControl::ControlProtocol::TextIdStandardOutputItemArgs;
+using ZuTest::TestFrame;
 
 /// The service with the real operations and fan-out of the module, over fakes of system, scanner and cache.
 class AsciiTcpProtocolTest : public testing::Test

@@ -3,7 +3,7 @@
 #include "Plugins/AsciiTcp/AsciiOutputMap.h"
 #include "Plugins/AsciiTcp/DataFeed.h"
 #include "Support/AllocationCounter.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,9 @@
 namespace AsciiTcp
 {
 
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
 using ZuControl::ControlProtocol::TextIdStandardOutputItemArgs;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 
 class ResultBoardTest : public testing::Test
 {

@@ -2,7 +2,7 @@
 
 #include "Plugins/ModbusTcp/Blocks/BlockArguments.h"
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "ZuControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "ZuControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
@@ -67,7 +67,7 @@ protected:
         return RegistersOf(bytes);
     }
 
-    static std::vector<uint16> EncodeFirst(Block& block, PluginCommon::TestFrame const& frame)
+    static std::vector<uint16> EncodeFirst(Block& block, ZuTest::TestFrame const& frame)
     {
         using ZuControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
         return Encode(block, ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData{frame.First(), 0});

@@ -3,7 +3,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
@@ -25,9 +25,9 @@ protected:
         encoder.Install(RegisterLayout::Take(assembly));
     }
 
-    void Process(PluginCommon::TestFrame const& frame)
+    void Process(ZuTest::TestFrame const& frame)
     {
-        PluginCommon::TestBatch batch;
+        ZuTest::TestBatch batch;
         batch.Add(frame);
         encoder.Process(batch.List());
     }

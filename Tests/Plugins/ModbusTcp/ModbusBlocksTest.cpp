@@ -1,6 +1,6 @@
 #include "Plugins/ModbusTcp/ModbusBlocks.h"
 #include "Support/Refusal.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/ControlRegisterCommandData.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
@@ -17,7 +17,7 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestFrame;
+using ZuTest::TestFrame;
 
 using ZuTest::Refusal;
 using ZuTest::RefusalOf;

@@ -4,9 +4,9 @@
 #include "Support/FakeScanEngineInterface.h"
 #include "Support/FakeSystemInterface.h"
 #include "Support/Latch.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/Common/FakeDataCache.h"
 #include "Tests/Plugins/Common/Number.h"
-#include "Tests/Plugins/Common/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/TestClient.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuCommon/Problems.h"
@@ -35,7 +35,7 @@ namespace ModbusTcp
 
 using PluginCommon::FakeDataCache;
 using PluginCommon::Number;
-using PluginCommon::TestFrame;
+using ZuTest::TestFrame;
 
 using Registers = TestClient::Registers;
 using ZuControl::ProtocolStatus;

@@ -2,7 +2,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "Tests/Plugins/ModbusTcp/FakeCommandRunner.h"
 
@@ -174,8 +174,8 @@ TEST_F(RegisterMapTest, WritesTheAcknowledgeRegisterOfAQueue)
     map.Install(layout);
     for (int i = 1; i <= 3; ++i)
     {
-        PluginCommon::TestBatch batch;
-        batch.Add(PluginCommon::TestFrame().Measurement("a", i / 1000.0));
+        ZuTest::TestBatch batch;
+        batch.Add(ZuTest::TestFrame().Measurement("a", i / 1000.0));
         encoder.Process(batch.List());
     }
     uint16 const number = Read(301, 1)[0];

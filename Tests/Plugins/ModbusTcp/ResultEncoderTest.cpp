@@ -2,7 +2,7 @@
 #include "Plugins/ModbusTcp/ModbusMetrics.h"
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Support/RecordingSink.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/EncoderFixture.h"
 #include "ZuControl/ControlProtocol/RegisterBlockParams.h"
 
@@ -14,8 +14,8 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 
 class ResultEncoderTest : public EncoderFixture
 {

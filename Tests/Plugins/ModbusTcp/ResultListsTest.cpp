@@ -7,7 +7,7 @@
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Support/AllocationCounter.h"
 #include "Support/RecordingSink.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/EncoderFixture.h"
 
 #include <atomic>
@@ -19,8 +19,8 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 
 class ResultListsTest : public EncoderFixture
 {

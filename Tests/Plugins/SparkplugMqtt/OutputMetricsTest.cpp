@@ -3,7 +3,7 @@
 #include "Plugins/SparkplugMqtt/SampleQueue.h"
 #include "Plugins/SparkplugMqtt/SparkplugOutputMap.h"
 #include "Support/AllocationCounter.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 
 #include <gtest/gtest.h>
 
@@ -16,9 +16,9 @@
 namespace SparkplugMqtt
 {
 
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
 using ZuControl::ControlProtocol::TextIdStandardOutputItemArgs;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 
 TEST(ScanClock, FollowsTheScanThatArrivedSoonest)
 {

@@ -4,7 +4,7 @@
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Support/Refusal.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 #include "ZuControl/ControlProtocol/Fingerprint.h"
@@ -18,9 +18,9 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestBatch;
-using PluginCommon::TestFrame;
 using ZuTest::RefusalOf;
+using ZuTest::TestBatch;
+using ZuTest::TestFrame;
 using namespace ZuControl::ControlProtocol;
 
 using Registers = std::vector<uint16>;

@@ -3,7 +3,7 @@
 #include "Plugins/ModbusTcp/RegisterImage.h"
 #include "Plugins/ModbusTcp/ResultEncoder.h"
 #include "Support/Refusal.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
 
@@ -14,10 +14,10 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestFrame;
 using ZuControl::ControlProtocol::FieldsOf;
 using ZuControl::ControlProtocol::FieldType;
 using ZuTest::RefusalOf;
+using ZuTest::TestFrame;
 
 using Registers = std::vector<uint16>;
 

@@ -3,7 +3,7 @@
 #include "Support/RandomDraws.h"
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 #include "ZuApi/JsonSerializer.h"
 #include "ZuControl/ControlProtocol/DefaultRegisterBlocks/DefaultBlockFields.h"
@@ -23,9 +23,9 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestFrame;
 using ZuTest::Refusal;
 using ZuTest::RefusalOf;
+using ZuTest::TestFrame;
 using namespace ZuControl::ControlProtocol;
 
 using Registers = std::vector<uint16>;

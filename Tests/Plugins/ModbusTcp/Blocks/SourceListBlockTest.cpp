@@ -1,7 +1,7 @@
 #include "Plugins/ModbusTcp/Blocks/SourceListBlock.h"
 #include "Plugins/ModbusTcp/Blocks/DecisionBitsBlock.h"
 #include "Support/Refusal.h"
-#include "Tests/Plugins/Common/TestFrames.h"
+#include "Support/TestFrames.h"
 #include "Tests/Plugins/ModbusTcp/BlockFixture.h"
 
 #include <array>
@@ -13,9 +13,9 @@
 namespace ModbusTcp
 {
 
-using PluginCommon::TestFrame;
 using ZuTest::Refusal;
 using ZuTest::RefusalOf;
+using ZuTest::TestFrame;
 
 TEST(SourceList, SplitsAtCommasAndKeepsFreePlaces)
 {
