@@ -1,5 +1,6 @@
 #include "ZuControl/Control/ControlModule.h"
 
+#include "ZuApi/Exception.h"
 #include "ZuControl/Control/IControlInstance.h"
 
 #include <algorithm>
@@ -82,6 +83,17 @@ ControlStatistics ControlModule::Statistics()
         }
     }
     return statistics;
+}
+
+LastDelivery::Content ControlModule::LastDeliveryTo(std::string const& typeName)
+{
+    auto const found = std::ranges::find(services, typeName, &Service::typeName);
+    if (found == services.end())
+    {
+        ZU_THROW(Zu::Status::NOT_FOUND, "There is no service '%s'.", typeName.c_str());
+    }
+    return found->protocol.has_value() ? scanResults.CountersOf(*found->protocol)->lastDelivery.Read()
+                                       : LastDelivery::Content();
 }
 
 ControlVitals ControlModule::Vitals()

@@ -6,6 +6,7 @@
 #include "ZuControl/Control/ControlRegistry.h"
 #include "ZuControl/Control/ControlScanResults.h"
 #include "ZuControl/Control/ControlVitals.h"
+#include "ZuControl/Control/LastDelivery.h"
 #include "ZuControl/Control/ZuEthernetProtocol.h"
 #include "ZuControl/Export.h"
 #include "ZuControl/Protocol/ControlDir.h"
@@ -50,6 +51,10 @@ public:
 
     /// The module's counters. Any thread may call.
     ControlStatistics Statistics();
+
+    /// The results that a service got last. Throws `Zu::Status::NOT_FOUND` for an unknown type. Any thread may call; the
+    /// call waits for no service.
+    LastDelivery::Content LastDeliveryTo(std::string const& typeName);
 
     /// The state of the services and threads of the module. Any thread may call; the call waits for no service and no
     /// thread.

@@ -163,6 +163,8 @@ void ControlScanResultsDispatcher::Dispatch()
             resultEvent.Fire(&readList);
         }
         counters->busySinceUsec.store(0, std::memory_order_relaxed);
+        auto const* const newest = static_cast<ZuCore::ResultSetObject const*>(wArrayList_At(readList, count - 1));
+        counters->lastDelivery.Take(*newest, wTime_NowUsec());
         ZU_CHECK(wArrayList_Purge(readList));
     }
     Zu::Locker const guard(listLock);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ZuApi/Event.h"
+#include "ZuControl/Control/LastDelivery.h"
 #include "ZuControl/Export.h"
 #include "wApi/wTypes.h"
 
@@ -21,6 +22,8 @@ struct DispatchCounters
 
     std::atomic<uint64> busySinceUsec{0}; ///< when the running batch was handed to the handlers; 0: none is running
     std::atomic<bool> hasDied{false};     ///< an exception has ended the thread, and `Stop` has not been called since
+
+    LastDelivery lastDelivery; ///< the newest set of the last batch
 };
 
 /// Takes in the result sets of one protocol and hands them to its handlers in batches, on a thread of its own.

@@ -154,6 +154,9 @@ TEST_F(ControlModuleTest, TellsWhatItHasDone)
     ASSERT_EQ(statistics.protocols.size(), 1u);
     EXPECT_EQ(statistics.protocols[0].typeName, "x");
     EXPECT_EQ(statistics.protocols[0].batches, 0u);
+    EXPECT_EQ(module.LastDeliveryTo("x").usec, 0u);
+    EXPECT_EQ(RefusalOf([&] { module.LastDeliveryTo("y"); }),
+              (Refusal{Zu::Status::NOT_FOUND, "There is no service 'y'."}));
 }
 
 TEST_F(ControlModuleTest, TellsHowItsThreadsFareWithoutWaitingForThem)
@@ -241,6 +244,7 @@ TEST_F(ControlModuleTest, TellsOfTheOthersWhenAProtocolThrowsInsteadOfItsNumber)
     EXPECT_EQ(statistics.protocols[1].typeName, "good");
     ASSERT_EQ(vitals.dispatchers.size(), 1u);
     EXPECT_EQ(vitals.dispatchers[0].typeName, "good");
+    EXPECT_EQ(module.LastDeliveryTo("bad").usec, 0u);
 }
 
 TEST_F(ControlModuleTest, TellsWhichOperationOfAProtocolFails)

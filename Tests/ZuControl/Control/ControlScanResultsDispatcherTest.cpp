@@ -7,6 +7,7 @@
 #include "Support/RecordingSink.h"
 #include "Support/Refusal.h"
 #include "Support/ResultSets.h"
+#include "Support/TestFrames.h"
 #include "wApi/wTime.h"
 
 #include <gtest/gtest.h>
@@ -91,6 +92,27 @@ TEST_F(ControlScanResultsDispatcherTest, CountsBatchesAndSetsAndHowLongTheyWaite
     EXPECT_EQ(counters->resultSets, 3u);
     EXPECT_GE(counters->ageUsec, 5'000u);
     EXPECT_LE(counters->ageUsec, 2 * 30'000'000u); // the sets are not older than this test
+}
+
+TEST_F(ControlScanResultsDispatcherTest, TellsTheNewestResultsThatTheHandlersHaveTaken)
+{
+    HoldInABatch();
+    uint64 const beginUsec = wTime_NowUsec();
+    ZuTest::TestFrame first;
+    ZuTest::TestFrame second;
+    dispatcher.AddResult(first.Measurement("a", 1).Set());
+    dispatcher.AddResult(second.Measurement("a", 2).Set());
+    EXPECT_EQ(counters->lastDelivery.Read().usec, 0u); // the first batch is still with the handlers
+
+    release.Open();
+    ASSERT_TRUE(calls.WaitFor("held", 2));
+    dispatcher.Stop();
+
+    LastDelivery::Content const last = counters->lastDelivery.Read();
+    EXPECT_GE(last.usec, beginUsec);
+    EXPECT_LE(last.usec, wTime_NowUsec());
+    ASSERT_EQ(last.measurements.size(), 1u);
+    EXPECT_EQ(last.measurements[0].value, 2);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, TellsSinceWhenTheHandlersHaveABatch)
@@ -331,6 +353,7 @@ TEST_P(ControlScanResultsDispatcherThrow, EndsDeliveryForGoodAndTellsTheStatusAt
     EXPECT_EQ(calls.Count("called"), 1u);
     EXPECT_EQ(wObject_RefCount(first.get()), 1u);
     EXPECT_EQ(wObject_RefCount(second.get()), 1u);
+    EXPECT_EQ(counters->lastDelivery.Read().usec, 0u); // no handler has taken results
     EXPECT_EQ(log.LinesWithoutTraces(),
               (std::vector{ZuTest::Error(LABEL, "EXCEPTION THROWN: "),
                            ZuTest::Info("ZuControl::ControlScanResultsDispatcher::Stop",
