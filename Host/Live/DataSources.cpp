@@ -45,11 +45,11 @@ Json ValueOf(double value)
     return value == Measurement::MISSING ? Json() : Json(value);
 }
 
-double AgeSec(Frame const& frame)
+double AgeSec(uint64 momentUsec)
 {
     constexpr double USEC_A_SECOND = 1e6;
     uint64 const nowUsec = wTime_NowUsec();
-    uint64 const ageUsec = nowUsec > frame.stamp.stampTime ? nowUsec - frame.stamp.stampTime : 0;
+    uint64 const ageUsec = nowUsec > momentUsec ? nowUsec - momentUsec : 0;
     return static_cast<double>(ageUsec) / USEC_A_SECOND;
 }
 
@@ -58,7 +58,7 @@ Json NewestOf(DataSource const& source, SharedFrame const& frame)
     Json newest{{"frame", nullptr}, {"ageSec", nullptr}};
     if (frame != nullptr)
     {
-        newest = {{"frame", frame->stamp.stampCounter}, {"ageSec", AgeSec(*frame)}};
+        newest = {{"frame", frame->stamp.stampCounter}, {"ageSec", AgeSec(frame->stamp.stampTime)}};
     }
     if (!source.measurement.has_value())
     {

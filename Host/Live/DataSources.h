@@ -42,8 +42,8 @@ nlohmann::json StampOf(wStamp const& stamp);
 /// The value of a measurement; null for a missing one.
 nlohmann::json ValueOf(double value);
 
-/// The age of a frame in seconds.
-double AgeSec(Frame const& frame);
+/// The time in seconds since a moment of `wTime_NowUsec`.
+double AgeSec(uint64 momentUsec);
 
 /// The members that change with each frame. `frame` may be null.
 nlohmann::json NewestOf(DataSource const& source, SharedFrame const& frame);

@@ -190,7 +190,7 @@ Json ProfileResource::Document(ZuRest::RequestInfo const& request, ZuRest::Respo
     }
     return {{"frame", frame->stamp.stampCounter},
             {"stamp", DataSources::StampOf(frame->stamp)},
-            {"ageSec", DataSources::AgeSec(*frame)},
+            {"ageSec", DataSources::AgeSec(frame->stamp.stampTime)},
             {"x", std::move(x)},
             {"z", std::move(z)}};
 }

@@ -10,7 +10,7 @@ namespace ZuHost
 
 class SensorModule;
 
-/// Finds out where the protocols send each data source. Any thread may call.
+/// Finds out where the protocols send each data source, and what was delivered there last. Any thread may call.
 class SourceDestinations final
 {
 public:

@@ -267,6 +267,7 @@ class Live(unittest.TestCase):
             places = [(one["protocol"], one["outputId"], one["registerAssembly"], one["enabled"]) for one in shown["destinations"]]
             self.assertIn(("ModbusTcp", 170, "registerAssembly-0", True), places)
             self.assertIn(("AsciiTcp", "zMax", None, True), places)
+            self.assertIsNone(self.delivered(rest, source)["AsciiTcp"])  # it has no client
             everything = rest.get("/datasources").json
             self.assertEqual([one["id"] for one in everything["dataSources"]],
                              ["profile/stamp", "profile/zMax", "profile/zMin", "profile/width", "profile/meanZ", "profile/points"])
@@ -274,6 +275,26 @@ class Live(unittest.TestCase):
             self.assertEqual(rest.get("/datasources/nothing").status, 404)
             with ModbusClient(host.modbus_port) as plc:  # the same number; a new client's registers wait for the next result
                 wait_until(lambda: plc.read(170, 2) == [0, 25000], "the value in the registers")
+                last = self.delivered(rest, source)["ModbusTcp"]
+                self.assertEqual((last["value"], last["decision"]), (25.0, 1))
+                stamp = self.delivered(rest, "/datasources/profile%2Fstamp")["ModbusTcp"]
+                self.assertEqual(stamp["stamp"]["encoder"], 10 * stamp["frame"])
+                self.assertGreater(stamp["frame"], last["frame"] - 1)
+
+    def test_what_was_delivered_last_stays_and_grows_old(self):
+        with sensor("--start", "--still") as (host, rest):
+            source = "/datasources/profile%2FzMax"
+            with ModbusClient(host.modbus_port):
+                wait_until(lambda: self.delivered(rest, source)["ModbusTcp"], "a delivery")
+            run(rest, "stop")
+            last = wait_until(lambda: (one := self.delivered(rest, source)["ModbusTcp"])["ageSec"] > 0.5 and one, "the end of the results")
+            newest = rest.get(source).json
+            self.assertEqual([last[key] for key in ("frame", "value", "decision")], [newest[key] for key in ("frame", "value", "decision")])
+
+    @staticmethod
+    def delivered(rest, source):
+        """What was delivered of the source last, by service."""
+        return {one["protocol"]: one["delivered"] for one in rest.get(source).json["destinations"]}
 
     def test_a_source_is_a_stream_of_new_values(self):
         with sensor("--start", "--still", modbus=False) as (host, rest):

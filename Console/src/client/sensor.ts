@@ -1,9 +1,17 @@
 /// The documents of the sensor: see the page on REST.
 
 export interface Delivered {
-    value: number | null;
-    decision: number | null;
-    secondsAgo: number;
+    value?: number | null;
+    decision?: number;
+    stamp?: Stamp; // of a stamp, instead of the two before
+    frame: number | null;
+    ageSec: number;
+}
+
+export interface Stamp {
+    timeUsec: number;
+    encoder: number;
+    inputs: number;
 }
 
 export interface Destination {
@@ -14,7 +22,7 @@ export interface Destination {
     type: string | null;
     registerAssembly: string | null;
     topic: string | null;
-    delivered?: Delivered | null;
+    delivered: Delivered | null;
 }
 
 export interface DataSource {
@@ -25,7 +33,7 @@ export interface DataSource {
     unit: string;
     value?: number | null;
     decision?: number | null;
-    stamp?: { timeUsec: number; encoder: number; inputs: number } | null; // of a stamp, instead of the two before
+    stamp?: Stamp | null; // of a stamp, instead of the two before
     frame: number | null;
     ageSec: number | null;
     destinations: Destination[];
@@ -89,19 +97,8 @@ export interface Scanner {
 
 export const ALIGNMENTS: Record<SensorState["alignment"], string> = { notAligned: "not aligned", aligning: "being aligned", aligned: "aligned" };
 
-/// Where a source goes within a service.
-export function destinationOf(source: DataSource | undefined, service: string, outputId: number | string): Destination | undefined {
-    return source?.destinations.find((one) => one.protocol === service && one.outputId === outputId);
-}
-
-/// What a service was handed last for an output; the newest value where the host does not tell.
-export function deliveredOf(source: DataSource | undefined, service: string, outputId: number | string): { value: number | null; decision: number | null } | undefined {
-    const place = destinationOf(source, service, outputId);
-    if (source === undefined || place === undefined) {
-        return undefined;
-    }
-    if (place.delivered !== undefined) {
-        return place.delivered ?? undefined;
-    }
-    return place.enabled && source.value !== undefined ? { value: source.value, decision: source.decision ?? null } : undefined;
+/// The last result that a running service took for an output.
+export function deliveredOf(source: DataSource | undefined, service: string, outputId: number | string): Delivered | undefined {
+    const place = source?.destinations.find((one) => one.protocol === service && one.outputId === outputId);
+    return place?.enabled === true ? place.delivered ?? undefined : undefined;
 }

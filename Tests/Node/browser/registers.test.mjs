@@ -228,6 +228,19 @@ test("the registers of a stamp are those that a PLC reads", async () => {
     await own.end();
 });
 
+test("a result is the one that the service took last, with its age", async () => {
+    const own = await new Host().start("--start", "--still", "--enable", "AsciiTcp", "--param", "AsciiTcp.port=0");
+    const page = await openPage(browser, own, { path: "/ui/#/registers/ModbusTcp" });
+    const shown = page.locator('[data-value="170"]');
+    await shown.getByText(/^25.000 mm$/).waitFor();
+    await own.send("POST", "/sensor/commands/stop", {});
+    await shown.getByText(/^25.000 mm, 00:00:\d\d ago$/).waitFor();
+    await page.goto(`${own.url}/ui/#/registers/AsciiTcp`);
+    await page.getByRole("row", { name: /zMax/ }).getByText("no result yet").waitFor(); // the service has no client
+    await closePage(page);
+    await own.end();
+});
+
 test("a block of several sources takes a list", async () => {
     const page = await open();
     const add = page.getByRole("form", { name: "Add a block" });

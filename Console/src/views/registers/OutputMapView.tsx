@@ -3,9 +3,8 @@ import { mayActAs } from "../../client/rest";
 import { useResource } from "../../client/resources";
 import { type DataSource, deliveredOf } from "../../client/sensor";
 import { Card, Missing } from "../../parts/basics";
-import { measuredText } from "../../parts/format";
 import { Consequence } from "./Consequence";
-import type { Contents } from "./contents";
+import { type Contents, valueText } from "./contents";
 import type { OutputMap } from "./layout";
 import { SourceInput } from "./SourceInput";
 import { type Command, undoOfOutputs } from "./undo";
@@ -75,7 +74,7 @@ type Want = (wanted: { title: string; command: Command }) => void;
 function Row({ id, sourceId, service, sources, want }: { id: Id; sourceId: string; service: string; sources: DataSource[]; want: Want }) {
     const [name, setName] = useState<string | null>(null);
     const source = sources.find((one) => one.id === sourceId);
-    const value = deliveredOf(source, service, id)?.value;
+    const delivered = deliveredOf(source, service, id);
     const field = useId();
     const rename = (event: Event) => {
         event.preventDefault();
@@ -97,7 +96,7 @@ function Row({ id, sourceId, service, sources, want }: { id: Id; sourceId: strin
                 )}
             </td>
             <td>{source?.displayName ?? sourceId} <span class="quiet">{source === undefined ? "" : sourceId}</span></td>
-            <td class="number">{value === undefined || value === null ? "" : measuredText(value, source?.unit ?? "")}</td>
+            <td class="number">{source?.type === "Measurement" && valueText(delivered, source.unit)}</td>
             <td>
                 {name === null && (
                     <div class="row end tight">

@@ -1,4 +1,4 @@
-import { ALIGNMENTS, type DataSource, deliveredOf, destinationOf, type Scanner, type SensorState } from "../../client/sensor";
+import { ALIGNMENTS, type DataSource, type Delivered, deliveredOf, type Scanner, type SensorState } from "../../client/sensor";
 import { durationText, measuredText, numberText } from "../../parts/format";
 import type { Block } from "./layout";
 import { type Order, realOf, thousandthsOf, wordsOf } from "./words";
@@ -28,6 +28,8 @@ export interface Contents {
 const RUN_STATES: Record<SensorState["state"], [bigint, string]> = { ready: [0n, "stands still"], running: [1n, "scanning"], error: [2n, "error"] };
 const ALIGNMENT_NUMBERS: Record<SensorState["alignment"], bigint> = { notAligned: 0n, aligning: 1n, aligned: 2n };
 const JOB_REGISTERS = 64;
+const NOTHING = "no result yet"; // a service may take results only while a client is connected
+const FRESH_SEC = 2; // an older result is shown with its age
 
 /// The order of a block: its own, or that of the service.
 export function orderOf(block: Block, contents: Contents): Order {
@@ -49,8 +51,13 @@ export function fieldsOf(block: Block, contents: Contents): Field[] {
         return stampFields(block, contents);
     case "MapFingerprint":
         return contents.fingerprint === null ? [] : [field("Fingerprint", 0, 2, [BigInt(contents.fingerprint)], String(contents.fingerprint), true)];
-    default:
+    case "Measurement":
+    case "MeasurementValue":
+    case "MeasurementReal":
+    case "Decision":
         return measurementFields(block, contents);
+    default:
+        return [];
     }
 }
 
@@ -90,29 +97,42 @@ function scannerFields(scanner: Scanner | undefined): Field[] {
 
 function stampFields(block: Block, contents: Contents): Field[] {
     const source = sourceOf(block, contents);
-    const isServed = destinationOf(source, contents.service, block.outputId)?.enabled === true;
-    if (source?.stamp === undefined || source.stamp === null || source.frame === null || !isServed) {
-        return [];
+    const delivered = deliveredOf(source, contents.service, block.outputId);
+    if (delivered?.stamp === undefined || delivered.frame === null) {
+        return [field("Frame", 12, 4, [], NOTHING, true)];
     }
-    const { timeUsec, encoder, inputs } = source.stamp;
+    const { timeUsec, encoder, inputs } = delivered.stamp;
     const levels = ["first", "second"].map((name, bit) => `${name} ${(inputs & (1 << bit)) === 0 ? "low" : "high"}`).join(", ");
     return [
         field("Stamp value", 0, 4, [], ""),
         field("Encoder", 4, 4, [BigInt(encoder)], numberText(encoder)),
-        { ...field("Time", 8, 4, [BigInt(timeUsec)], `${numberText(timeUsec)} µs`, true), atMs: contents.sourcesAtMs - (source.ageSec ?? 0) * 1000 },
-        field("Frame", 12, 4, [BigInt(source.frame)], `frame ${numberText(source.frame)}`, true),
+        { ...field("Time", 8, 4, [BigInt(timeUsec)], `${numberText(timeUsec)} µs`, true), atMs: contents.sourcesAtMs - delivered.ageSec * 1000 },
+        field("Frame", 12, 4, [BigInt(delivered.frame)], `frame ${numberText(delivered.frame)}${ageText(delivered)}`, true),
         field("Digital inputs", 16, 1, [BigInt(inputs)], levels),
     ];
+}
+
+function ageText({ ageSec }: Delivered): string {
+    return ageSec < FRESH_SEC ? "" : `, ${durationText(ageSec)} ago`;
+}
+
+/// The value of a measurement, with its age if it is old.
+export function valueText(delivered: Delivered | undefined, unit: string): string {
+    const value = delivered?.value;
+    return delivered === undefined || value === undefined ? NOTHING : (value === null ? "no value" : measuredText(value, unit)) + ageText(delivered);
 }
 
 function measurementFields(block: Block, contents: Contents): Field[] {
     const source = sourceOf(block, contents);
     const delivered = deliveredOf(source, contents.service, block.outputId);
-    if (source === undefined || delivered === undefined || source.type !== "Measurement") {
+    if (source === undefined) {
         return [];
     }
+    const text = valueText(delivered, source.unit);
+    if (delivered?.value === undefined) {
+        return [field("Value", 0, 1, [], text, true)];
+    }
     const { value } = delivered;
-    const text = value === null ? "no value" : measuredText(value, source.unit);
     const decision = value === null ? 2n : BigInt(delivered.decision ?? 0);
     const words = value === null ? "no value" : decision === 1n ? "pass" : "outside limits";
     switch (block.type) {
@@ -122,10 +142,8 @@ function measurementFields(block: Block, contents: Contents): Field[] {
         return [field("Value", 0, 2, [thousandthsOf(value)], text, true)];
     case "MeasurementReal":
         return [field("Value", 0, 2, value === null ? [] : [realOf(value)], text, true)];
-    case "Decision":
-        return [field("Decision", 0, 1, [decision], words, true)];
     default:
-        return [];
+        return [field("Decision", 0, 1, [decision], words, true)];
     }
 }
 
