@@ -4,7 +4,9 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
+import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -68,9 +70,27 @@ class BillOfMaterials(unittest.TestCase):
     def test_two_runs_are_equal(self):
         self.assertEqual(run(SCRIPT, "--version", "1.2.3", "--commit", "abc", "/bin/ls"), self.text)
 
-    def test_a_program_that_is_no_program_adds_nothing(self):
-        document = json.loads(run(SCRIPT, "/etc/hostname"))
-        self.assertNotIn("RUNTIME_DEPENDENCY_OF", {relation["relationshipType"] for relation in document["relationships"]})
+    def test_the_bill_of_the_package_is_that_of_each_program_in_it(self):
+        rules = (ROOT / "packaging/debian/rules").read_text()
+        programs = {name for file in (ROOT / "packaging/debian").glob("*.install")
+                    for name in re.findall(r"^usr/bin/(\S+)", file.read_text(), re.MULTILINE)}
+        self.assertIn("zucontrol-host", programs)
+        self.assertEqual({name for name in programs if f"$(BUILD)/bin/{name} " not in rules}, set())
+
+    def refused(self, program, reason, **environment):
+        done = subprocess.run([str(SCRIPT), str(program)], capture_output=True, text=True, timeout=120, env=ENVIRONMENT | environment)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn(reason, done.stderr)
+
+    def test_a_file_that_is_no_program_is_refused(self):
+        self.refused("/etc/hostname", "bill-of-materials: ldd has failed: ")
+        self.refused("/no/such/program", "bill-of-materials: ldd has failed: ")
+
+    def test_a_library_of_no_package_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            library = pathlib.Path(folder) / "libselinux.so.1"  # one that ls needs
+            shutil.copy(os.path.realpath(re.search(r"libselinux.so.1 => (\S+)", run("ldd", "/bin/ls"))[1]), library)
+            self.refused("/bin/ls", f"no package has the library '{library}'", LD_LIBRARY_PATH=folder)
 
 
 if __name__ == "__main__":
