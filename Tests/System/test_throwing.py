@@ -203,7 +203,7 @@ class Throwing(unittest.TestCase):
         """The status is 1 when the operation keeps the service from being saved, and 0 otherwise."""
         host.expected_status = host.stop()
         lines = [line for line in host.errors if line is not None and line.startswith("zucontrol-host: ")]
-        self.assertEqual(host.expected_status, len(lines), lines)
+        self.assertEqual(host.expected_status, len(lines), host.log())
         for line in lines:
             self.assertIn("The job 'default' cannot be saved: ", line)
 
