@@ -4,6 +4,7 @@
 #include "Ctl/Commands/SourceRow.h"
 #include "Ctl/Outcome/Failure.h"
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
 #include <thread>
@@ -123,6 +124,7 @@ void WatchLive(Call& call)
         std::this_thread::sleep_until(next);
         ShowLive(call, call.Device().Get("/sensor"), call.Device().Get("/datasources").at("dataSources"));
         next += std::chrono::duration_cast<std::chrono::steady_clock::duration>(period);
+        next = std::max(next, std::chrono::steady_clock::now()); // pictures that a slow sensor has missed are left out
     } while (!countdown.IsOver());
 }
 

@@ -1,5 +1,7 @@
 #include "Ctl/Output/Printer.h"
 
+#include "Ctl/Outcome/Failure.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -104,16 +106,22 @@ Printer::Printer(std::ostream& newOutput, std::ostream& newErrors, Manner newMan
 {
 }
 
+Printer::~Printer()
+{
+    EndBar();
+}
+
 Printer::Manner Printer::MannerOf(bool allowsColours)
 {
     char const* const noColour = std::getenv("NO_COLOR");
     char const* const terminal = std::getenv("TERM");
-    bool const isRefused =
-        (noColour != nullptr && *noColour != '\0') || terminal == nullptr || std::string_view(terminal) == "dumb";
+    bool const refusesColours = noColour != nullptr && *noColour != '\0';
+    bool const isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
     Manner manner;
     manner.isTerminal = isatty(STDOUT_FILENO) == 1;
     manner.showsBars = isatty(STDERR_FILENO) == 1;
-    manner.hasColours = allowsColours && !isRefused && manner.isTerminal;
+    manner.canClear = manner.isTerminal && !isDumb;
+    manner.hasColours = manner.canClear && allowsColours && !refusesColours;
     return manner;
 }
 
@@ -148,7 +156,8 @@ void Printer::Json(nlohmann::json const& document)
 
 void Printer::JsonLine(nlohmann::json const& document)
 {
-    output << document.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace) << std::endl;
+    output << document.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace) << '\n';
+    Flush();
 }
 
 void Printer::Text(std::string_view text)
@@ -216,7 +225,7 @@ void Printer::EndBar()
 
 void Printer::Clear()
 {
-    if (manner.isTerminal)
+    if (manner.canClear)
     {
         output << "\033[H\033[J";
     }
@@ -225,6 +234,10 @@ void Printer::Clear()
 void Printer::Flush()
 {
     output.flush();
+    if (!output)
+    {
+        throw Failure(ExitStatus::LOCAL_FILE, "Standard output cannot be written");
+    }
 }
 
 } // namespace ZuCtl

@@ -42,16 +42,20 @@ public:
         bool hasColours = false;
         bool isTerminal = false; ///< standard output is a terminal
         bool showsBars = false;  ///< standard error is a terminal
+        bool canClear = false;   ///< standard output is a terminal that knows control sequences
     };
 
     Printer(std::ostream& newOutput, std::ostream& newErrors, Manner newManner);
+    ~Printer(); ///< ends a bar, so that the text that follows has a line of its own
+    Printer(Printer const&) = delete;
+    Printer& operator=(Printer const&) = delete;
 
     /// One line, made printable.
     void Line(std::string_view text, Colour colour = Colour::PLAIN);
     /// On standard error: what a person should know besides the result.
     void Note(std::string_view text);
     void Json(nlohmann::json const& document);
-    void JsonLine(nlohmann::json const& document); ///< in one line, and flushed
+    void JsonLine(nlohmann::json const& document); ///< in one line, and flushed as by `Flush`
     /// The text as it is; made printable line by line on a terminal.
     void Text(std::string_view text);
     /// Columns of equal width under headings.
@@ -61,6 +65,7 @@ public:
     void EndBar();
     /// Clears a terminal; nothing elsewhere.
     void Clear();
+    /// Throws `Failure` with `ExitStatus::LOCAL_FILE` if the reader of the output has gone: a stream must end then.
     void Flush();
 
     static Manner MannerOf(bool allowsColours); ///< of the process: standard output and error, `NO_COLOR`, `TERM`

@@ -6,6 +6,9 @@ import http.server
 import json
 import os
 import pathlib
+import resource
+import shlex
+import signal
 import socket
 import subprocess
 import tempfile
@@ -39,11 +42,21 @@ class Ctl:
         if port is not None:
             self.options += ["--host", f"{scheme}://localhost:{int(port)}"]
 
-    def run(self, *words, environment=None):
+    def run(self, *words, environment=None, shell=None, limit=None):
+        """`shell` is a command line around the program, which stands at "{}". `limit`: no file gets longer than so many bytes."""
+        def begin():
+            if limit is not None:
+                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # a write beyond the limit fails
+                resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+
         variables = {name: value for name, value in os.environ.items() if name not in ("NO_COLOR", "XDG_CONFIG_HOME")}
         variables |= {"HOME": str(self.home)} | (environment or {})
-        done = subprocess.run([str(PROGRAM), *self.options, *map(str, words)], capture_output=True, text=True, timeout=PATIENCE,
-                              cwd=self.home, env=variables, stdin=subprocess.DEVNULL, start_new_session=True)  # no terminal
+        command = [str(PROGRAM), *self.options, *map(str, words)]
+        if shell is not None:
+            command = ["bash", "-c", shell.format(shlex.join(command))]
+        done = subprocess.run(command, capture_output=True, text=True, timeout=PATIENCE, cwd=self.home, env=variables,
+                              stdin=subprocess.DEVNULL, start_new_session=True,  # no terminal
+                              preexec_fn=begin, restore_signals=limit is None)
         return Done(done)
 
     def json(self, *words):
@@ -87,6 +100,34 @@ def other_server(status=200, kind="text/html", body=b"<html>another server</html
     server.seen = []
     with _served(server):
         yield server
+
+
+class Documents(http.server.BaseHTTPRequestHandler):
+    """Answers each request with the document of its method and path."""
+
+    def answer(self):
+        self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        body = json.dumps(self.server.documents[self.command, self.path]).encode()
+        self.send_response(200)
+        self.send_header("Content-Type", "application/hal+json")
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        with contextlib.suppress(ConnectionError):  # the client may end a long answer
+            self.wfile.write(body)
+
+    do_GET = do_POST = answer
+
+    def log_message(self, *_):
+        pass
+
+
+@contextlib.contextmanager
+def document_server(documents):
+    """A server that answers `documents[method, path]`, and is well. Gives its port."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Documents)
+    server.documents = {("GET", "/health"): {"faults": [], "upTimeSec": 1}} | documents
+    with _served(server):
+        yield server.server_port
 
 
 class Forwards(http.server.BaseHTTPRequestHandler):

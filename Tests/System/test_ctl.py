@@ -172,6 +172,24 @@ class OpenSensor(Test):
         self.check(self.tool.run("jobs", "save"), FINE, "default is saved\n")
         self.check(self.tool.run("jobs", "copy", "default", "line 7"), FINE, "default is copied to line 7\n")
         self.check(self.tool.run("jobs", "copy", "line 7", "line 8"), FINE, "line 7 is copied to line 8\n")
+    def test_watch_ends_when_its_reader_has_gone(self):
+        for words in (("values", "profile/zMax"), ("values", "profile/zMax", "--json"), ("live",), ("live", "--json")):
+            process = subprocess.Popen([str(PROGRAM), *self.tool.options, "watch", *words, "--rate", "20"],
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+            self.assertTrue(process.stdout.readline())
+            process.stdout.close()
+            try:
+                self.assertEqual(process.wait(PATIENCE), LOCAL_FILE, words)
+            finally:
+                process.kill()
+                process.wait()
+            self.assertIn("Standard output cannot be written", process.stderr.read())
+            process.stderr.close()
+
+    def test_a_closed_output_gets_no_connection(self):
+        for words in (("watch", "values", "profile/zMax", "--count", "2"), ("status",), ("jobs", "download", "default", "job")):
+            self.check(self.tool.run(*words, shell="{} >&-"), LOCAL_FILE, "Standard output cannot be written")
+
         self.check(self.tool.run("jobs", "load", "line 7"), FINE, "line 7 is loaded\n")
         self.assertEqual({job["name"]: job["loaded"] for job in self.tool.json("jobs", "list")},
                          {"default": False, "line 7": True, "line 8": False})

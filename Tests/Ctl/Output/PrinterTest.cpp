@@ -1,5 +1,7 @@
 #include "Ctl/Output/Printer.h"
 
+#include "Ctl/Outcome/Failure.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
@@ -19,7 +21,7 @@ struct Output
 };
 
 constexpr Printer::Manner FILE_MANNER{};
-constexpr Printer::Manner TERMINAL{true, true, true};
+constexpr Printer::Manner TERMINAL{true, true, true, true};
 
 } // namespace
 
@@ -93,6 +95,37 @@ TEST(Printer, KeepsBytesForAFileAndNotForATerminal)
     Printer shown(terminal.out, terminal.errors, TERMINAL);
     shown.Text("a\x1B\nb");
     EXPECT_EQ(terminal.out.str(), "a\\x1b\nb\n");
+}
+
+TEST(Printer, EndsAStreamWhoseReaderHasGone)
+{
+    Output output;
+    Printer printer(output.out, output.errors, FILE_MANNER);
+    printer.Line("x");
+    printer.Flush();
+    output.out.setstate(std::ios::badbit);
+    EXPECT_THROW(printer.Flush(), Failure);
+    EXPECT_THROW(printer.JsonLine({}), Failure);
+}
+
+TEST(Printer, EndsABarBeforeTheTextThatFollows)
+{
+    Output terminal;
+    {
+        Printer printer(terminal.out, terminal.errors, TERMINAL);
+        printer.Bar("a", 1, 2);
+    }
+    EXPECT_TRUE(terminal.errors.str().ends_with("50 %\n"));
+}
+
+TEST(Printer, ClearsATerminalThatKnowsControlSequences)
+{
+    Output terminal;
+    Printer(terminal.out, terminal.errors, TERMINAL).Clear();
+    EXPECT_EQ(terminal.out.str(), "\033[H\033[J");
+    Output dumb;
+    Printer(dumb.out, dumb.errors, Printer::Manner{false, true, true, false}).Clear();
+    EXPECT_EQ(dumb.out.str(), "");
 }
 
 TEST(Printer, WritesDocumentsInAscii)
