@@ -2,6 +2,8 @@
 
 #include "Ctl/Outcome/Failure.h"
 
+#include <array>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <memory>
@@ -14,13 +16,37 @@ namespace ZuCtl
 namespace
 {
 
-/// Keeps a terminal from showing what is typed, until the end of the object.
+constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGQUIT, SIGHUP};
+
+// Of the one question that is being asked. The signal handler reads them.
+int terminal = -1;
+termios before{};
+
+/// Ends the process as the signal does, with a terminal that shows again what is typed.
+void OnSignal(int signal)
+{
+    tcsetattr(terminal, TCSANOW, &before);
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+/// Keeps a terminal from showing what is typed, until the end of the object or of the process.
 class Silence final
 {
 public:
-    explicit Silence(int newTerminal) noexcept : terminal(newTerminal)
+    explicit Silence(int usedTerminal) noexcept
     {
+        terminal = usedTerminal;
         tcgetattr(terminal, &before);
+        struct sigaction action
+        {
+        };
+        action.sa_handler = &OnSignal;
+        sigemptyset(&action.sa_mask);
+        for (std::size_t i = 0; i < SIGNALS.size(); ++i)
+        {
+            sigaction(SIGNALS[i], &action, &replaced[i]);
+        }
         termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(terminal, TCSAFLUSH, &silent);
@@ -28,36 +54,38 @@ public:
     ~Silence()
     {
         tcsetattr(terminal, TCSAFLUSH, &before);
+        for (std::size_t i = 0; i < SIGNALS.size(); ++i)
+        {
+            sigaction(SIGNALS[i], &replaced[i], nullptr);
+        }
     }
     Silence(Silence const&) = delete;
     Silence& operator=(Silence const&) = delete;
 
 private:
-    int const terminal;
-    termios before{};
+    std::array<struct sigaction, SIGNALS.size()> replaced{};
 };
 
 } // namespace
 
 std::string AskForSecret(std::string const& question, std::string const& option)
 {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const terminal(std::fopen("/dev/tty", "r+e"), &std::fclose);
-    if (terminal == nullptr)
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const stream(std::fopen("/dev/tty", "r+e"), &std::fclose);
+    if (stream == nullptr)
     {
         throw Failure(ExitStatus::USAGE, "There is no terminal to ask for the " + question + ": give " + option);
     }
-    std::fprintf(terminal.get(), "%s: ", question.c_str());
-    std::fflush(terminal.get());
+    std::fprintf(stream.get(), "%s: ", question.c_str());
+    std::fflush(stream.get());
     std::string answer;
     {
-        Silence const silence(fileno(terminal.get()));
-        for (int letter = std::fgetc(terminal.get()); letter != '\n' && letter != EOF;
-             letter = std::fgetc(terminal.get()))
+        Silence const silence(fileno(stream.get()));
+        for (int letter = std::fgetc(stream.get()); letter != '\n' && letter != EOF; letter = std::fgetc(stream.get()))
         {
             answer += static_cast<char>(letter);
         }
     }
-    std::fputs("\n", terminal.get());
+    std::fputs("\n", stream.get());
     return answer;
 }
 

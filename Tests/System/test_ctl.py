@@ -6,9 +6,11 @@ import pathlib
 import pty
 import re
 import shlex
+import signal
 import socket
 import stat
 import subprocess
+import termios
 import threading
 import time
 import unittest
@@ -662,3 +664,21 @@ class OtherServers(Test):
 
 if __name__ == "__main__":
     unittest.main()
+class Password(Test):
+    def test_a_terminal_shows_again_what_is_typed_after_ctrl_c(self):
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execv(PROGRAM, [str(PROGRAM), "--host", "http://127.0.0.1:1", "--user", "anna", "status"])
+        try:
+            shown = b""
+            while b"password of anna: " not in shown:
+                shown += os.read(terminal, 1000)
+            wait_until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "a hidden password")
+            os.write(terminal, b"secret\x03")
+            _, status = os.waitpid(child, 0)
+            self.assertEqual(os.waitstatus_to_exitcode(status), -signal.SIGINT)
+            self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
+        finally:
+            os.close(terminal)
+
+
