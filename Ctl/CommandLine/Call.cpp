@@ -95,7 +95,7 @@ std::unique_ptr<Sensor> Call::MakeSensor() const
     NamedSensor named;
     if (!Has("--host"))
     {
-        SensorsFile const file = SensorsFile::Read(Text("--config", SensorsFile::UsualPlace().string()));
+        SensorsFile const file = Has("--config") ? SensorsFile::Read(Text("--config")) : SensorsFile::ReadUsual();
         std::string const name = Text("--sensor", file.DefaultName());
         named = name.empty() ? NamedSensor{} : file.Find(name);
     }

@@ -115,11 +115,6 @@ SensorsFile SensorsFile::Read(std::filesystem::path const& file)
 {
     SensorsFile result;
     result.file = file;
-    std::error_code error;
-    if (!std::filesystem::exists(file, error))
-    {
-        return result;
-    }
     Reader const reader(file);
     for (toml::table const root = Parse(file, reader); auto const& [key, node] : root)
     {
@@ -140,6 +135,19 @@ SensorsFile SensorsFile::Read(std::filesystem::path const& file)
         }
     }
     return result;
+}
+
+SensorsFile SensorsFile::ReadUsual()
+{
+    std::filesystem::path const file = UsualPlace();
+    std::error_code error;
+    if (!std::filesystem::exists(file, error) && !error)
+    {
+        SensorsFile none;
+        none.file = file;
+        return none;
+    }
+    return Read(file);
 }
 
 std::filesystem::path SensorsFile::UsualPlace()

@@ -29,9 +29,12 @@ struct NamedSensor
 class SensorsFile final
 {
 public:
-    /// Without a file it is empty. Throws `Failure`: `ExitStatus::LOCAL_FILE` if others can read the file or it is no TOML,
-    /// has an unknown key or a value of another type. The text names file, line and what is wrong.
+    /// Throws `Failure`: `ExitStatus::LOCAL_FILE` if the file cannot be read, others can read it, or it is no TOML, has an
+    /// unknown key or a value of another type. The text names file, line and what is wrong.
     static SensorsFile Read(std::filesystem::path const& file);
+
+    /// Reads the file at its usual place. Without a file it is empty. Throws as `Read`.
+    static SensorsFile ReadUsual();
 
     /// `$XDG_CONFIG_HOME/zucontrol/sensors.toml`, else `~/.config/zucontrol/sensors.toml`.
     static std::filesystem::path UsualPlace();

@@ -274,6 +274,7 @@ class OpenSensor(Test):
 
         def on_terminal(*words, **variables):
             """What a terminal gets."""
+        self.refused(named, LOCAL_FILE, "'none.toml' cannot be read: No such file", "status", "--config", "none.toml")
             main, other = pty.openpty()
             environment = {name: value for name, value in os.environ.items() if name != "NO_COLOR"} | {"TERM": "xterm"} | variables
             process = subprocess.Popen([str(PROGRAM), *self.tool.options, *map(str, words)], stdin=other, stdout=other, stderr=other,

@@ -86,9 +86,27 @@ TEST_F(SensorsFiles, NameTheKnownSensorsWhenOneIsMissing)
     }
 }
 
-TEST_F(SensorsFiles, AreEmptyWithoutAFile)
+TEST_F(SensorsFiles, AreEmptyWithoutAFileAtTheUsualPlace)
 {
-    EXPECT_EQ(SensorsFile::Read(folder.path / "none").DefaultName(), "");
+    char const* const before = std::getenv("XDG_CONFIG_HOME");
+    std::string const kept = before != nullptr ? before : "";
+    setenv("XDG_CONFIG_HOME", folder.path.c_str(), 1);
+    EXPECT_EQ(SensorsFile::ReadUsual().DefaultName(), "");
+    before != nullptr ? setenv("XDG_CONFIG_HOME", kept.c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST_F(SensorsFiles, AreRefusedIfANamedFileIsMissing)
+{
+    try
+    {
+        SensorsFile::Read(folder.path / "none");
+        ADD_FAILURE();
+    }
+    catch (Failure const& failure)
+    {
+        EXPECT_EQ(failure.Status(), ExitStatus::LOCAL_FILE);
+        EXPECT_THAT(failure.what(), HasSubstr("cannot be read: No such file"));
+    }
 }
 
 TEST_F(SensorsFiles, AreRefusedWithFileLineAndReason)
