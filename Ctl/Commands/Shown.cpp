@@ -32,7 +32,8 @@ std::string Rounded(nlohmann::json const& number)
 
 std::string Duration(nlohmann::json const& seconds)
 {
-    auto const whole = static_cast<std::uint64_t>(std::max(0.0, seconds.get<double>()));
+    constexpr double LONGEST = 1e15; // a server may send any number
+    auto const whole = static_cast<std::uint64_t>(std::clamp(seconds.get<double>(), 0.0, LONGEST));
     std::uint64_t const minutes = whole / 60;
     std::uint64_t const hours = minutes / 60;
     if (hours >= 24)

@@ -47,9 +47,12 @@ std::size_t TakeBody(char* data, std::size_t size, std::size_t count, void* cont
             exchange.wasEnded = !exchange.request->takePart(part);
             return exchange.wasEnded ? CURL_WRITEFUNC_ERROR : part.size();
         }
-        if (exchange.answer.body.size() + part.size() > HttpClient::MAX_BODY_BYTES)
+        std::size_t const limit =
+            exchange.request->isTransfer ? HttpClient::MAX_BODY_BYTES : HttpClient::MAX_DOCUMENT_BYTES;
+        if (exchange.answer.body.size() + part.size() > limit)
         {
-            throw Failure(ExitStatus::NOT_A_SENSOR, "The answer of the server is longer than 512 MiB");
+            throw Failure(ExitStatus::NOT_A_SENSOR, "The answer of the server is longer than " +
+                                                        std::to_string(limit / (1024u * 1024u)) + " MiB");
         }
         exchange.answer.body.append(part);
         return part.size();
@@ -74,6 +77,12 @@ std::size_t TakeHeader(char* data, std::size_t size, std::size_t count, void* co
         value.remove_prefix(std::min(value.find_first_not_of(' '), value.size()));
         value.remove_suffix(value.size() - std::min(value.find_last_not_of("\r\n ") + 1, value.size()));
         exchange.answer.headers[name] = value;
+        if (name == "content-type" && value == "text/event-stream" && !exchange.request->takePart)
+        {
+            exchange.failure = std::make_exception_ptr(Failure(
+                ExitStatus::USAGE, exchange.request->path + " is a stream without an end: see zucontrolctl watch"));
+            return 0; // ends the request
+        }
     }
     return size * count;
 }
@@ -130,6 +139,8 @@ CURLcode InstallComparison(CURL*, void* context, void* expected)
         throw Failure(ExitStatus::NOT_TRUSTED, "The file of the authority has no certificate");
     case CURLE_SSL_CONNECT_ERROR:
         throw Failure(ExitStatus::NOT_A_SENSOR, url + " does not speak TLS: " + reason);
+    case CURLE_URL_MALFORMAT:
+        throw Failure(ExitStatus::USAGE, "The path has characters that no path has");
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
@@ -221,6 +232,7 @@ struct HttpClient::Handle
                     Exchange& exchange) const
     {
         curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+        curl_easy_setopt(curl, CURLOPT_PATH_AS_IS, 1L); // the name ".." of a job must not address another document
         curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.Get());
         curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, request.method.c_str());
         if (request.method != "GET" && (request.method != "DELETE" || !request.body.empty()))

@@ -49,7 +49,8 @@ struct HttpAnswer
 class HttpClient final
 {
 public:
-    static constexpr std::size_t MAX_BODY_BYTES = 512u * 1024u * 1024u;
+    static constexpr std::size_t MAX_BODY_BYTES = 512u * 1024u * 1024u;    ///< of a transfer
+    static constexpr std::size_t MAX_DOCUMENT_BYTES = 16u * 1024u * 1024u; ///< of each other answer
 
     explicit HttpClient(HttpSettings newSettings);
     ~HttpClient();

@@ -39,6 +39,19 @@ ExitStatus StatusOf(int http)
     }
 }
 
+/// The text of a document for the sensor. An argument of the command line may have bytes that JSON cannot have.
+std::string TextOf(json const& document)
+{
+    try
+    {
+        return document.dump();
+    }
+    catch (json::exception const&)
+    {
+        throw Failure(ExitStatus::USAGE, "The request has bytes that are no UTF-8");
+    }
+}
+
 } // namespace
 
 Sensor::Sensor(HttpSettings settings, Credentials newCredentials)
@@ -140,7 +153,7 @@ void Sensor::LogIn()
     request.method = "POST";
     request.path = "/session";
     request.headers = {JSON_TYPE};
-    request.body = json{{"name", credentials.user}, {"password", credentials.password}}.dump();
+    request.body = TextOf({{"name", credentials.user}, {"password", credentials.password}});
     HttpAnswer const answer = client.Send(request);
     if (answer.status != 200)
     {
@@ -201,7 +214,7 @@ json Sensor::Change(std::string const& method, std::string const& path, json con
     request.method = method;
     request.path = path;
     request.headers = {JSON_TYPE, "Prefer: handling=strict"};
-    request.body = document.dump();
+    request.body = TextOf(document);
     HttpAnswer const answer = Send(std::move(request));
     return answer.body.empty() ? json() : Parse(answer.body);
 }

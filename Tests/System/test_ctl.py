@@ -90,6 +90,18 @@ class OpenSensor(Test):
         self.refused(self.tool, REFUSED, "/nothing", "get", "/nothing")
         self.refused(self.tool, USAGE, "is no path", "get", "controls")
 
+    def test_a_stream_is_no_document(self):
+        self.refused(self.tool, USAGE, "/events is a stream without an end: see zucontrolctl watch", "get", "/events")
+
+    def test_a_name_of_dots_addresses_no_other_document(self):
+        for name in (".", ".."):
+            self.refused(self.tool, REFUSED, f"'{name}' cannot be the name of a job", "jobs", "delete", name)
+            self.refused(self.tool, REFUSED, f"'{name}' cannot be the name of a job", "jobs", "download", name, "file")
+
+    def test_bytes_that_no_request_has_are_an_error_of_the_command_line(self):
+        self.refused(self.tool, USAGE, "The request has bytes that are no UTF-8", "set", os.fsdecode(b"AsciiTcp.address=\xff"))
+        self.refused(self.tool, USAGE, "The path has characters that no path has", "get", "/controls/\x01")
+
     def test_set(self):
         self.check(self.tool.run("set", "ModbusTcp.maxClients=4", "AsciiTcp.decimals=2", "ModbusTcp.readOnly=true"), FINE,
                    "ModbusTcp.maxClients = 4\n")

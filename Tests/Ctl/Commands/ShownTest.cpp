@@ -25,6 +25,7 @@ TEST(Shown, WritesDurations)
     EXPECT_EQ(Duration(3600 * 5 + 12 * 60), "5 h 12 min");
     EXPECT_EQ(Duration(3600 * 76), "3 d 4 h");
     EXPECT_EQ(Duration(-1), "0 s");
+    EXPECT_EQ(Duration(1e300), "11574074074 d 1 h"); // no defined behaviour beyond the range of integers
 }
 
 TEST(Shown, WritesMembers)
