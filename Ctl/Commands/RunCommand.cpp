@@ -5,7 +5,9 @@
 #include "Ctl/Commands/TypedValue.h"
 #include "Ctl/Outcome/Failure.h"
 
+#include <algorithm>
 #include <chrono>
+#include <limits>
 #include <thread>
 #include <utility>
 
@@ -16,7 +18,13 @@ namespace
 {
 
 using nlohmann::json;
-using namespace std::chrono_literals;
+using namespace nlohmann::literals;
+using Seconds = std::chrono::duration<double>;
+
+constexpr double MAX_WAIT_SEC = 86400;
+constexpr Seconds PATIENCE{2}; // then a person is told what the program waits for
+constexpr Seconds FIRST_PAUSE{0.02};
+constexpr Seconds LONGEST_PAUSE{0.5};
 
 /// The arguments of a command: one document, or KEY=VALUE words whose types follow `present`.
 json ArgumentsOf(std::vector<std::string> const& words, json const& present)
@@ -45,15 +53,48 @@ json ArgumentsOf(std::vector<std::string> const& words, json const& present)
     return document;
 }
 
-/// Waits until an operation on the sensor has ended. Other answers of commands have no number.
-json EndOf(Sensor& device, json answer)
+/// The path of the operation that a command of the sensor has begun. Empty for the answer of another command, which may
+/// have members of the same names.
+std::string OperationOf(json const& answer)
 {
-    while (answer.is_object() && answer.value("result", "") == "running")
+    std::string path = answer.is_object() ? answer.value("/_links/self/href"_json_pointer, "") : "";
+    return path.starts_with("/operations/") ? path : "";
+}
+
+/// Waits until the operation has ended, and returns its document. Throws `Failure` with `ExitStatus::UNREACHABLE` after the
+/// `longest` wait.
+json EndOf(Call& call, json operation, std::string const& path, Seconds longest)
+{
+    auto const begin = std::chrono::steady_clock::now();
+    bool isTold = call.WantsJson();
+    for (Seconds pause = FIRST_PAUSE; operation.at("result") == "running"; pause = std::min(2 * pause, LONGEST_PAUSE))
     {
-        std::this_thread::sleep_for(50ms);
-        answer = device.Get("/operations/" + answer.at("number").dump());
+        Seconds const waited = std::chrono::steady_clock::now() - begin;
+        if (waited >= longest)
+        {
+            throw Failure(ExitStatus::UNREACHABLE, Shown(operation, "what") + " has not ended within " +
+                                                       Rounded(longest.count()) +
+                                                       " s. Its end will be shown by: zucontrolctl get " + path);
+        }
+        if (waited >= PATIENCE && !std::exchange(isTold, true))
+        {
+            call.Out().Note(Shown(operation, "what") + " is running. Ctrl+C ends the waiting, not the operation");
+        }
+        std::this_thread::sleep_for(std::min(pause, longest - waited));
+        operation = call.Device().Get(path);
     }
-    return answer;
+    return operation;
+}
+
+std::string OperationText(json const& operation)
+{
+    return Shown(operation, "what") + ": " + Shown(operation, "result") + " after " + Rounded(operation.at("seconds")) +
+           " s";
+}
+
+std::string AnswerText(json const& answer)
+{
+    return answer.is_object() && !answer.empty() ? answer.dump() : "done";
 }
 
 void ListCommands(Call& call, std::string const& path)
@@ -84,30 +125,23 @@ void RunCommand(Call& call)
         ListCommands(call, path);
         return;
     }
+    Seconds const longestWait(call.Number("--wait", std::numeric_limits<double>::infinity(), 0, MAX_WAIT_SEC));
     Sensor& device = call.Device();
     json const arguments = ArgumentsOf(call.Texts("ARGUMENTS"), device.Get(path).at("parameters"));
     json answer = device.Change("POST", path, arguments);
-    if (!call.Has("--no-wait"))
+    std::string const operation = OperationOf(answer);
+    if (!operation.empty() && !call.Has("--no-wait"))
     {
-        answer = EndOf(device, std::move(answer));
+        answer = EndOf(call, std::move(answer), operation, longestWait);
     }
     answer = WithoutLinks(answer);
-    if (answer.is_object() && answer.value("result", "") == "failed")
+    if (!operation.empty() && answer.at("result") == "failed")
     {
         throw Failure(ExitStatus::REFUSED, Shown(answer, "what") + " has failed: " + Shown(answer, "text"));
     }
-    if (!call.PrintedJson(answer) && answer.is_object() && answer.contains("result"))
+    if (!call.PrintedJson(answer))
     {
-        call.Out().Line(Shown(answer, "what") + ": " + Shown(answer, "result") + " after " +
-                        Rounded(answer.at("seconds")) + " s");
-    }
-    else if (!call.WantsJson() && answer.is_object() && !answer.empty())
-    {
-        call.Out().Line(answer.dump());
-    }
-    else if (!call.WantsJson())
-    {
-        call.Out().Line("done");
+        call.Out().Line(operation.empty() ? AnswerText(answer) : OperationText(answer));
     }
 }
 
@@ -124,6 +158,7 @@ Command CallCommand()
         "as in sensor/, the commands are listed. Waits for the end of an operation on the sensor.",
         {{WORD, "COMMAND", "", "the command, such as sensor/start", TEXT, {}},
          {OPTIONAL_WORDS, "ARGUMENTS", "", "KEY=VALUE, or one document in JSON", TEXT, {}},
+         {OPTION, "--wait", "SECONDS", "how long to wait for the end of the operation at most (without end)", TEXT, {}},
          {FLAG, "--no-wait", "", "do not wait for the end of the operation", TEXT, {}}},
         &RunCommand};
 }

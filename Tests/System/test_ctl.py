@@ -16,7 +16,7 @@ import time
 import unittest
 
 from ctl import (BUSY, FINE, LOCAL_FILE, NOT_A_SENSOR, NOT_AUTHORISED, NOT_TRUSTED, PROGRAM, REFUSED, UNREACHABLE, UNWELL, USAGE, Ctl,
-                 failing_network, mute_server, other_server, scratch, secret_file, talking_server)
+                 document_server, failing_network, mute_server, other_server, scratch, secret_file, talking_server)
 from host import BIN, PATIENCE, Host, wait_until
 from pages import section, session_host
 from rest import RestClient
@@ -686,6 +686,30 @@ class Password(Test):
             shown = b""
             while b"password of anna: " not in shown:
                 shown += os.read(terminal, 1000)
+    OPERATION = {"_links": {"self": {"href": "/operations/7"}}, "what": "align", "result": "running", "seconds": 1, "text": ""}
+
+    def test_the_end_of_an_operation_is_waited_for_as_long_as_the_caller_wants(self):
+        with document_server({("GET", "/sensor/commands/align"): {"parameters": {}}, ("POST", "/sensor/commands/align"): self.OPERATION,
+                              ("GET", "/operations/7"): self.OPERATION}) as port:
+            tool = Ctl(self.folder, port)
+            self.refused(tool, UNREACHABLE, "align has not ended within 0.1 s. Its end will be shown by: zucontrolctl get /operations/7",
+                         "call", "sensor/align", "--wait", "0.1")
+            done = tool.run("call", "sensor/align", "--wait", "2.5")
+            self.check(done, UNREACHABLE, "align is running. Ctrl+C ends the waiting, not the operation\n")
+            self.check(tool.run("call", "sensor/align", "--no-wait"), FINE, "align: running after 1 s\n")
+            self.refused(tool, USAGE, "--wait: 'x' is no number from 0 to 86400", "call", "sensor/align", "--wait", "x")
+
+    def test_the_answer_of_a_service_is_no_operation(self):
+        ask = "/controls/Asker/commands/ask"
+        for answer in ({"result": 5}, {"result": "running"}, {"result": "failed"}):
+            with document_server({("GET", ask): {"parameters": {}}, ("POST", ask): answer}) as port:
+                self.assertEqual(Ctl(self.folder, port).json("call", "Asker/ask"), answer)
+                self.check(Ctl(self.folder, port).run("call", "Asker/ask"), FINE, json.dumps(answer, separators=(",", ":")) + "\n")
+
+    def test_a_long_document_is_refused(self):
+        with document_server({("GET", "/jobs"): {"jobs": ["x" * 1000] * 17000}}) as port:
+            self.refused(Ctl(self.folder, port), NOT_A_SENSOR, "The answer of the server is longer than 16 MiB", "jobs", "list")
+
             wait_until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "a hidden password")
             os.write(terminal, b"secret\x03")
             _, status = os.waitpid(child, 0)
