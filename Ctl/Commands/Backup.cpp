@@ -7,8 +7,6 @@
 #include "Ctl/Outcome/Failure.h"
 #include "Ctl/Settings/PrivateFile.h"
 
-#include <filesystem>
-
 namespace ZuCtl
 {
 
@@ -31,11 +29,7 @@ void ShowNotCarried(Printer& out)
 void MakeBackup(Call& call)
 {
     std::string const file = call.Text("FILE");
-    std::error_code error;
-    if (!call.Has("--force") && std::filesystem::exists(file, error)) // before the questions
-    {
-        throw Failure(ExitStatus::LOCAL_FILE, "'" + file + "' is there already: give another name, or --force");
-    }
+    CheckFileToWrite(file, call.Has("--force")); // before the questions
     std::string const passphrase = call.Secret(PASSPHRASE_FILE, "passphrase of the backup", true);
     Printer& out = call.Out();
     json const backup = CollectBackup(call.Device(), [&](std::string const& part) {
@@ -86,12 +80,26 @@ void ShowContent(Call& call, json const& backup)
     ShowNotCarried(call.Out());
 }
 
+/// The sensor does not tell the secrets again, so they are printed if the file cannot be written.
+void WriteSecrets(Call& call, std::string const& file, json const& secrets)
+{
+    try
+    {
+        WritePrivateFile(file, secrets.dump(2) + '\n', true);
+    }
+    catch (Failure const&)
+    {
+        call.Out().Json(secrets);
+        throw;
+    }
+}
+
 /// Makes users and tokens, and writes their new secrets into a file.
 void RestoreCallers(Call& call, Restorer& restorer)
 {
     std::string const file = call.Text("--secrets");
     WritePrivateFile(file, "", false); // before any secret is made: the file can be written
-    auto const write = [&] { WritePrivateFile(file, restorer.Secrets().dump(2) + '\n', true); };
+    auto const write = [&] { WriteSecrets(call, file, restorer.Secrets()); };
     try
     {
         restorer.RestoreCallers();
@@ -106,6 +114,10 @@ void RestoreCallers(Call& call, Restorer& restorer)
 
 void RestoreBackup(Call& call)
 {
+    if (call.Has("--secrets"))
+    {
+        CheckFileToWrite(call.Text("--secrets"), false); // before the question, and before any change
+    }
     std::string const sealed = ReadWholeFile(call.Text("FILE"));
     json const backup = ParseBackup(Unseal(sealed, call.Secret(PASSPHRASE_FILE, "passphrase of the backup")));
     if (call.Has("--check"))

@@ -69,6 +69,8 @@ void MakeBundle(Call& call)
                                      "/routes",
                                      "/metrics",
                                      "/controls/hardware/0"};
+    std::string const file = call.Text("FILE");
+    CheckFileToWrite(file, call.Has("--force")); // before the requests
     Sensor& device = call.Device();
     json bundle{{"madeBy", VersionText().substr(0, VersionText().size() - 1)},
                 {"address", device.Client().ServerAddress().Url()},
@@ -77,7 +79,6 @@ void MakeBundle(Call& call)
     {
         bundle["documents"][path] = Document(device, path);
     }
-    std::string const file = call.Text("FILE");
     std::string const text = Masked(std::move(bundle)).dump(2, ' ', true, json::error_handler_t::replace);
     WritePrivateFile(file, text + '\n', call.Has("--force"));
     call.Done("The bundle is in " + file + ": read it before you send it", {{"file", file}});

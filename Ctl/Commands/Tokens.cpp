@@ -2,6 +2,7 @@
 #include "Ctl/Commands/Commands.h"
 #include "Ctl/Commands/Roles.h"
 #include "Ctl/Commands/Shown.h"
+#include "Ctl/Outcome/Failure.h"
 #include "Ctl/Settings/PrivateFile.h"
 
 namespace ZuCtl
@@ -34,8 +35,26 @@ void ListTokens(Call& call)
     }
 }
 
+/// The sensor does not show the token again, so it is printed if the file cannot be written.
+void SaveToken(Call& call, std::string const& token)
+{
+    try
+    {
+        WritePrivateFile(call.Text("--save"), token + '\n', false);
+    }
+    catch (Failure const&)
+    {
+        call.Out().Line(token);
+        throw;
+    }
+}
+
 void AddToken(Call& call)
 {
+    if (call.Has("--save"))
+    {
+        CheckFileToWrite(call.Text("--save"), false); // before the token is made
+    }
     json request{{"name", call.Text("NAME")}, {"role", call.Text("ROLE")}};
     if (call.Has("--end"))
     {
@@ -44,7 +63,7 @@ void AddToken(Call& call)
     json answer = WithoutLinks(call.Device().Change("POST", "/tokens", request));
     if (call.Has("--save"))
     {
-        WritePrivateFile(call.Text("--save"), answer.at("token").get<std::string>() + '\n', false);
+        SaveToken(call, answer.at("token"));
         answer.erase("token");
         call.Done("The token of " + call.Text("NAME") + " is in " + call.Text("--save"), answer);
         return;

@@ -17,6 +17,7 @@ namespace ZuCtl
 namespace
 {
 
+constexpr char const* IS_THERE = "is there already: give another name, or --force";
 constexpr std::size_t MAX_FILE_BYTES = 1024u * 1024u * 1024u;
 
 [[noreturn]] void Refuse(std::filesystem::path const& file, std::string const& reason)
@@ -88,6 +89,26 @@ void WriteAll(int descriptor, std::string const& bytes, std::filesystem::path co
     }
 }
 
+/// Returns the error number, 0 for success.
+int Rename(std::string const& from, std::filesystem::path const& to, unsigned flags) noexcept
+{
+    return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0 ? 0 : errno;
+}
+
+/// Gives a complete file its name. Without `mayReplace` a file that another program has made meanwhile stays.
+void Publish(std::string const& draft, std::filesystem::path const& file, bool mayReplace)
+{
+    int error = Rename(draft, file, mayReplace ? 0 : RENAME_NOREPLACE);
+    if (error == EINVAL && !mayReplace) // not every file system knows the flag
+    {
+        error = Rename(draft, file, 0);
+    }
+    if (error != 0)
+    {
+        Refuse(file, error == EEXIST ? IS_THERE : std::string("cannot be written: ") + std::strerror(error));
+    }
+}
+
 /// Removes a file at the end, unless it has another name by then.
 class Draft final
 {
@@ -149,13 +170,27 @@ std::string ReadWholeFile(std::filesystem::path const& file)
     return ReadAll(descriptor.number, file);
 }
 
-void WritePrivateFile(std::filesystem::path const& file, std::string const& bytes, bool mayReplace)
+void CheckFileToWrite(std::filesystem::path const& file, bool mayReplace)
 {
     std::error_code error;
-    if (!mayReplace && std::filesystem::exists(file, error))
+    auto const status = std::filesystem::symlink_status(file, error);
+    if (!std::filesystem::exists(status))
     {
-        Refuse(file, "is there already: give another name, or --force");
+        return; // also if the system does not tell: the write then fails
     }
+    if (!mayReplace)
+    {
+        Refuse(file, IS_THERE);
+    }
+    if (!std::filesystem::is_regular_file(status))
+    {
+        Refuse(file, "is a link, a folder or a device: give the name of a file");
+    }
+}
+
+void WritePrivateFile(std::filesystem::path const& file, std::string const& bytes, bool mayReplace)
+{
+    CheckFileToWrite(file, mayReplace);
     std::string name = file.string() + ".XXXXXX";
     Descriptor const descriptor(mkostemp(name.data(), O_CLOEXEC)); // with mode 600
     if (descriptor.number < 0)
@@ -164,10 +199,7 @@ void WritePrivateFile(std::filesystem::path const& file, std::string const& byte
     }
     Draft const draft(std::move(name));
     WriteAll(descriptor.number, bytes, file);
-    if (std::rename(draft.name.c_str(), file.c_str()) != 0)
-    {
-        Refuse(file, std::string("cannot be written: ") + std::strerror(errno));
-    }
+    Publish(draft.name, file, mayReplace);
 }
 
 } // namespace ZuCtl

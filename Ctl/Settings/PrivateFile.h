@@ -16,8 +16,12 @@ std::string ReadSecret(std::filesystem::path const& file);
 /// Reads any file. Throws `Failure` with `ExitStatus::LOCAL_FILE`.
 std::string ReadWholeFile(std::filesystem::path const& file);
 
+/// Throws `Failure` with `ExitStatus::LOCAL_FILE` if there is a file of this name, unless `mayReplace`, and if the name is
+/// that of a link, a folder or a device.
+void CheckFileToWrite(std::filesystem::path const& file, bool mayReplace);
+
 /// Writes a file that only the caller can read. The file appears under its name when it is complete, on the disk.
-/// Throws `Failure` with `ExitStatus::LOCAL_FILE`, also if there is a file of this name, unless `mayReplace`.
+/// Throws `Failure` with `ExitStatus::LOCAL_FILE`, also as `CheckFileToWrite`.
 void WritePrivateFile(std::filesystem::path const& file, std::string const& bytes, bool mayReplace);
 
 } // namespace ZuCtl

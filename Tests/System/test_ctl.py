@@ -172,20 +172,6 @@ class OpenSensor(Test):
             stop.set()
             changer.join()
 
-    def test_watch_tells_that_the_sensor_has_ended(self):
-        process = subprocess.Popen([str(PROGRAM), *self.tool.options, "watch", "values", "profile/zMax", "--rate", "20"],
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-        self.assertIn("25 mm", process.stdout.readline())
-        self.host.stop()
-        _, errors = process.communicate(timeout=PATIENCE)
-        self.assertIn(process.returncode, (REFUSED, UNREACHABLE), errors)
-        self.assertTrue(errors)
-
-    def test_jobs(self):
-        self.assertRegex(self.tool.run("jobs", "list").output, r"default +\d+ +loaded")
-        self.check(self.tool.run("jobs", "save"), FINE, "default is saved\n")
-        self.check(self.tool.run("jobs", "copy", "default", "line 7"), FINE, "default is copied to line 7\n")
-        self.check(self.tool.run("jobs", "copy", "line 7", "line 8"), FINE, "line 7 is copied to line 8\n")
     def test_watch_ends_when_its_reader_has_gone(self):
         for words in (("values", "profile/zMax"), ("values", "profile/zMax", "--json"), ("live",), ("live", "--json")):
             process = subprocess.Popen([str(PROGRAM), *self.tool.options, "watch", *words, "--rate", "20"],
@@ -204,6 +190,20 @@ class OpenSensor(Test):
         for words in (("watch", "values", "profile/zMax", "--count", "2"), ("status",), ("jobs", "download", "default", "job")):
             self.check(self.tool.run(*words, shell="{} >&-"), LOCAL_FILE, "Standard output cannot be written")
 
+    def test_watch_tells_that_the_sensor_has_ended(self):
+        process = subprocess.Popen([str(PROGRAM), *self.tool.options, "watch", "values", "profile/zMax", "--rate", "20"],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.assertIn("25 mm", process.stdout.readline())
+        self.host.stop()
+        _, errors = process.communicate(timeout=PATIENCE)
+        self.assertIn(process.returncode, (REFUSED, UNREACHABLE), errors)
+        self.assertTrue(errors)
+
+    def test_jobs(self):
+        self.assertRegex(self.tool.run("jobs", "list").output, r"default +\d+ +loaded")
+        self.check(self.tool.run("jobs", "save"), FINE, "default is saved\n")
+        self.check(self.tool.run("jobs", "copy", "default", "line 7"), FINE, "default is copied to line 7\n")
+        self.check(self.tool.run("jobs", "copy", "line 7", "line 8"), FINE, "line 7 is copied to line 8\n")
         self.check(self.tool.run("jobs", "load", "line 7"), FINE, "line 7 is loaded\n")
         self.assertEqual({job["name"]: job["loaded"] for job in self.tool.json("jobs", "list")},
                          {"default": False, "line 7": True, "line 8": False})
@@ -274,6 +274,7 @@ class OpenSensor(Test):
         self.refused(named, UNREACHABLE, "cannot be reached", "status", "--sensor", "away")
         self.refused(named, USAGE, "There is no sensor 'b'", "status", "--sensor", "b")
         self.refused(named, USAGE, "exclude each other", "status", "--sensor", "a", "--host", "localhost")
+        self.refused(named, LOCAL_FILE, "'none.toml' cannot be read: No such file", "status", "--config", "none.toml")
         file.chmod(0o640)
         self.refused(named, LOCAL_FILE, "others can read it: chmod 600", "status")
         file.chmod(0o600)
@@ -286,7 +287,6 @@ class OpenSensor(Test):
 
         def on_terminal(*words, **variables):
             """What a terminal gets."""
-        self.refused(named, LOCAL_FILE, "'none.toml' cannot be read: No such file", "status", "--config", "none.toml")
             main, other = pty.openpty()
             environment = {name: value for name, value in os.environ.items() if name != "NO_COLOR"} | {"TERM": "xterm"} | variables
             process = subprocess.Popen([str(PROGRAM), *self.tool.options, *map(str, words)], stdin=other, stdout=other, stderr=other,
@@ -484,6 +484,17 @@ class ClosedSensor(Test):
         self.refused(viewer, NOT_AUTHORISED, "", "status")
         self.refused(self.tool, USAGE, "ROLE", "tokens", "add", "x", "king")
 
+    def test_a_token_is_not_lost_with_its_file(self):
+        host = self.start("--still", modbus=False)
+        tool = self.ctl(host)
+        secret_file(self.folder, "there", "text")
+        self.refused(tool, LOCAL_FILE, "is there already", "tokens", "add", "line 4", "administrator", "--save", "there")
+        self.assertEqual(tool.json("tokens", "list"), [])
+        done = tool.run("tokens", "add", "line 4", "administrator", "--save", "line4", limit=1)
+        self.check(done, LOCAL_FILE, "'line4' cannot be written: File too large")
+        token = secret_file(self.folder, "token", done.output.strip())
+        self.assertEqual(self.ctl(host, "--token-file", token).json("tokens", "list")[0]["name"], "line 4")
+
     def test_a_bundle_has_no_secrets(self):
         password = secret_file(self.folder, "password", PASSWORD)
         self.tool.run("users", "add", "anna", "administrator", "--new-password-file", password)
@@ -594,6 +605,32 @@ class Backup(Test):
         self.assertEqual([token["name"] for token in replacement.json("tokens", "list")], ["line 4"])
         self.assertEqual([user["name"] for user in replacement.json("users", "list")], ["anna"])
 
+    def test_secrets_without_room_on_the_disk_are_shown(self):
+        first = self.start("--still", modbus=False)
+        self.check(self.ctl(first).run("tokens", "add", "line 4", "administrator", "--save", "line4"), FINE)
+        file = self.make(self.ctl(first, "--token-file", "line4"))
+        second = self.start("--still", modbus=False)
+        done = self.ctl(second).run("restore", file, "--passphrase-file", self.passphrase, "--secrets", "secrets.json", limit=10)
+        self.check(done, LOCAL_FILE, "'secrets.json' cannot be written: File too large")
+        secrets = json.loads(done.output[done.output.index("{"):])
+        replacement = self.ctl(second, "--token-file", secret_file(self.folder, "new4", secrets["tokens"]["line 4"]))
+        self.assertEqual([token["name"] for token in replacement.json("tokens", "list")], ["line 4"])
+
+    def test_a_backup_without_room_on_the_disk_leaves_nothing(self):
+        tool = self.ctl(self.start("--still", modbus=False))
+        before = sorted(os.listdir(self.folder))
+        done = tool.run("backup", "backup", "--passphrase-file", self.passphrase, limit=1000)
+        self.check(done, LOCAL_FILE, "'backup' cannot be written: File too large")
+        self.assertEqual(sorted(os.listdir(self.folder)), before)
+
+    def test_a_backup_takes_the_place_of_no_link(self):
+        tool = self.ctl(self.start("--still", modbus=False))
+        (self.folder / "link").symlink_to(self.folder / "away")
+        words = ("backup", "link", "--passphrase-file", self.passphrase)
+        self.refused(tool, LOCAL_FILE, "'link' is there already", *words)
+        self.refused(tool, LOCAL_FILE, "'link' is a link, a folder or a device", *words, "--force")
+        self.assertTrue((self.folder / "link").is_symlink())
+
     def test_without_secrets_users_and_tokens_are_left_out(self):
         host = self.start("--still", modbus=False)
         tool = self.ctl(host)
@@ -623,13 +660,56 @@ class Backup(Test):
         (self.folder / "newer").write_bytes(newer)
         self.refused(tool, LOCAL_FILE, "made by a newer version", "restore", "newer", "--passphrase-file", self.passphrase)
         self.refused(tool, LOCAL_FILE, "The passphrase is wrong", "restore", file, "--passphrase-file", wrong)
+        self.refused(tool, LOCAL_FILE, "is there already", "restore", file, "--passphrase-file", wrong, "--secrets", "newer")
         self.passphrase.chmod(0o644)
         self.refused(tool, LOCAL_FILE, "others can read it", "restore", file, "--passphrase-file", self.passphrase)
         self.refused(tool, LOCAL_FILE, "is there already", "backup", file, "--passphrase-file", wrong)
         self.assertEqual([job["name"] for job in tool.json("jobs", "list")], ["default"])
 
 
+class Password(Test):
+    def test_a_terminal_shows_again_what_is_typed_after_ctrl_c(self):
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execv(PROGRAM, [str(PROGRAM), "--host", "http://127.0.0.1:1", "--user", "anna", "status"])
+        try:
+            shown = b""
+            while b"password of anna: " not in shown:
+                shown += os.read(terminal, 1000)
+            wait_until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "a hidden password")
+            os.write(terminal, b"secret\x03")
+            _, status = os.waitpid(child, 0)
+            self.assertEqual(os.waitstatus_to_exitcode(status), -signal.SIGINT)
+            self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
+        finally:
+            os.close(terminal)
+
+
 class OtherServers(Test):
+    OPERATION = {"_links": {"self": {"href": "/operations/7"}}, "what": "align", "result": "running", "seconds": 1, "text": ""}
+
+    def test_the_end_of_an_operation_is_waited_for_as_long_as_the_caller_wants(self):
+        with document_server({("GET", "/sensor/commands/align"): {"parameters": {}}, ("POST", "/sensor/commands/align"): self.OPERATION,
+                              ("GET", "/operations/7"): self.OPERATION}) as port:
+            tool = Ctl(self.folder, port)
+            self.refused(tool, UNREACHABLE, "align has not ended within 0.1 s. Its end will be shown by: zucontrolctl get /operations/7",
+                         "call", "sensor/align", "--wait", "0.1")
+            done = tool.run("call", "sensor/align", "--wait", "2.5")
+            self.check(done, UNREACHABLE, "align is running. Ctrl+C ends the waiting, not the operation\n")
+            self.check(tool.run("call", "sensor/align", "--no-wait"), FINE, "align: running after 1 s\n")
+            self.refused(tool, USAGE, "--wait: 'x' is no number from 0 to 86400", "call", "sensor/align", "--wait", "x")
+
+    def test_the_answer_of_a_service_is_no_operation(self):
+        ask = "/controls/Asker/commands/ask"
+        for answer in ({"result": 5}, {"result": "running"}, {"result": "failed"}):
+            with document_server({("GET", ask): {"parameters": {}}, ("POST", ask): answer}) as port:
+                self.assertEqual(Ctl(self.folder, port).json("call", "Asker/ask"), answer)
+                self.check(Ctl(self.folder, port).run("call", "Asker/ask"), FINE, json.dumps(answer, separators=(",", ":")) + "\n")
+
+    def test_a_long_document_is_refused(self):
+        with document_server({("GET", "/jobs"): {"jobs": ["x" * 1000] * 17000}}) as port:
+            self.refused(Ctl(self.folder, port), NOT_A_SENSOR, "The answer of the server is longer than 16 MiB", "jobs", "list")
+
     def test_a_server_that_is_away(self):
         with socket.create_server(("127.0.0.1", 0)) as listener:
             port = listener.getsockname()[1]
@@ -677,45 +757,3 @@ class OtherServers(Test):
 
 if __name__ == "__main__":
     unittest.main()
-class Password(Test):
-    def test_a_terminal_shows_again_what_is_typed_after_ctrl_c(self):
-        child, terminal = pty.fork()
-        if child == 0:
-            os.execv(PROGRAM, [str(PROGRAM), "--host", "http://127.0.0.1:1", "--user", "anna", "status"])
-        try:
-            shown = b""
-            while b"password of anna: " not in shown:
-                shown += os.read(terminal, 1000)
-    OPERATION = {"_links": {"self": {"href": "/operations/7"}}, "what": "align", "result": "running", "seconds": 1, "text": ""}
-
-    def test_the_end_of_an_operation_is_waited_for_as_long_as_the_caller_wants(self):
-        with document_server({("GET", "/sensor/commands/align"): {"parameters": {}}, ("POST", "/sensor/commands/align"): self.OPERATION,
-                              ("GET", "/operations/7"): self.OPERATION}) as port:
-            tool = Ctl(self.folder, port)
-            self.refused(tool, UNREACHABLE, "align has not ended within 0.1 s. Its end will be shown by: zucontrolctl get /operations/7",
-                         "call", "sensor/align", "--wait", "0.1")
-            done = tool.run("call", "sensor/align", "--wait", "2.5")
-            self.check(done, UNREACHABLE, "align is running. Ctrl+C ends the waiting, not the operation\n")
-            self.check(tool.run("call", "sensor/align", "--no-wait"), FINE, "align: running after 1 s\n")
-            self.refused(tool, USAGE, "--wait: 'x' is no number from 0 to 86400", "call", "sensor/align", "--wait", "x")
-
-    def test_the_answer_of_a_service_is_no_operation(self):
-        ask = "/controls/Asker/commands/ask"
-        for answer in ({"result": 5}, {"result": "running"}, {"result": "failed"}):
-            with document_server({("GET", ask): {"parameters": {}}, ("POST", ask): answer}) as port:
-                self.assertEqual(Ctl(self.folder, port).json("call", "Asker/ask"), answer)
-                self.check(Ctl(self.folder, port).run("call", "Asker/ask"), FINE, json.dumps(answer, separators=(",", ":")) + "\n")
-
-    def test_a_long_document_is_refused(self):
-        with document_server({("GET", "/jobs"): {"jobs": ["x" * 1000] * 17000}}) as port:
-            self.refused(Ctl(self.folder, port), NOT_A_SENSOR, "The answer of the server is longer than 16 MiB", "jobs", "list")
-
-            wait_until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "a hidden password")
-            os.write(terminal, b"secret\x03")
-            _, status = os.waitpid(child, 0)
-            self.assertEqual(os.waitstatus_to_exitcode(status), -signal.SIGINT)
-            self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
-        finally:
-            os.close(terminal)
-
-

@@ -6,10 +6,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <latch>
 #include <sys/stat.h>
+#include <thread>
+#include <vector>
 
 namespace ZuCtl
 {
@@ -93,6 +97,40 @@ TEST_F(PrivateFile, IsWrittenForItsOwnerAlone)
     std::size_t const files = static_cast<std::size_t>(
         std::distance(std::filesystem::directory_iterator(folder.path), std::filesystem::directory_iterator()));
     EXPECT_EQ(files, 1u) << "a draft stays";
+}
+
+TEST_F(PrivateFile, TakesThePlaceOfNoLinkFolderOrDevice)
+{
+    auto const link = folder.path / "link";
+    std::filesystem::create_symlink(folder.path / "away", link);
+    auto const pipe = folder.path / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+
+    EXPECT_THAT(RefusalOf([&] { WritePrivateFile(link, "x", false); }), HasSubstr("is there already"));
+    for (auto const& file : {link, pipe, folder.path})
+    {
+        EXPECT_THAT(RefusalOf([&] { WritePrivateFile(file, "x", true); }),
+                    HasSubstr("is a link, a folder or a device"));
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST_F(PrivateFile, OfTwoWritersOnlyOneGetsANewName)
+{
+    auto const file = folder.path / "raced";
+    std::string const bytes(1u << 20u, 'x'); // takes a while to write
+    std::atomic<int> refusals = 0;
+    std::latch start(4);
+    std::vector<std::jthread> writers;
+    for (int i = 0; i < 4; ++i)
+    {
+        writers.emplace_back([&] {
+            start.arrive_and_wait();
+            refusals += RefusalOf([&] { WritePrivateFile(file, bytes, false); }).empty() ? 0 : 1;
+        });
+    }
+    writers.clear();
+    EXPECT_EQ(refusals, 3);
 }
 
 } // namespace ZuCtl
