@@ -175,6 +175,11 @@ void AddSensor(PrometheusText& text, SensorFigures const& figures)
         add("digital_output_high", Type::GAUGE, "Whether the pin of the digital output is high: 1 or 0.",
             {{"output", std::to_string(i)}}, figures.digitalOutputs[i].isHigh ? "1" : "0");
     }
+    for (std::size_t i = 0; i < figures.digitalOutputs.size(); ++i)
+    {
+        add("digital_output_pulses_total", Type::COUNTER, "Pulses that the digital output has given.",
+            {{"output", std::to_string(i)}}, std::to_string(figures.digitalOutputs[i].pulses));
+    }
     for (std::size_t i = 0; i < figures.analogOutputs.size(); ++i)
     {
         constexpr double MILLI = 1e-3;

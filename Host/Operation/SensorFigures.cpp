@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr std::size_t SHOWN_BYTES = 64;
+constexpr double USEC_A_SECOND = 1e6;
 
 using IoType = DeskIo::IoType;
 
@@ -28,7 +29,8 @@ void AddOutputs(SensorFigures& figures, DeskIo& io)
     for (uint64 i = 0; i < DeskIo::Count(IoType::DIGITAL_OUTPUT); ++i)
     {
         io.UseDigitalOutput(i, [&](DeskDigitalOutput& output, uint64 nowUsec) {
-            figures.digitalOutputs.push_back({output.IsEnabled(), output.Level(nowUsec)});
+            double const ageSec = static_cast<double>(nowUsec - output.LastPulseUsec()) / USEC_A_SECOND;
+            figures.digitalOutputs.push_back({output.IsEnabled(), output.Level(nowUsec), output.PulseCount(), ageSec});
         });
     }
     for (uint64 i = 0; i < DeskIo::Count(IoType::ANALOG_OUTPUT); ++i)

@@ -119,18 +119,27 @@ Json AuthorityJson(ControlAuthority::State const& state)
             {"lastCommand", std::move(lastCommand)}};
 }
 
-Json ChannelsJson(std::vector<SensorFigures::Digital> const& channels)
+Json InputsOf(SensorFigures const& figures)
 {
     Json list = Json::array();
-    for (auto const& channel : channels)
+    for (auto const& input : figures.digitalInputs)
     {
-        list.push_back({{"index", list.size()}, {"enabled", channel.isEnabled}, {"high", channel.isHigh}});
+        list.push_back({{"index", list.size()}, {"enabled", input.isEnabled}, {"high", input.isHigh}});
     }
     return list;
 }
 
 Json OutputsOf(SensorFigures const& figures)
 {
+    Json digital = Json::array();
+    for (auto const& output : figures.digitalOutputs)
+    {
+        digital.push_back({{"index", digital.size()},
+                           {"enabled", output.isEnabled},
+                           {"high", output.isHigh},
+                           {"pulses", output.pulses},
+                           {"pulseAgeSec", output.pulses > 0 ? Json(output.pulseAgeSec) : Json()}});
+    }
     Json analog = Json::array();
     for (auto const& output : figures.analogOutputs)
     {
@@ -143,9 +152,7 @@ Json OutputsOf(SensorFigures const& figures)
         serial.push_back(
             {{"index", serial.size()}, {"enabled", output.isEnabled}, {"bytes", output.bytes}, {"last", output.last}});
     }
-    return {{"digital", ChannelsJson(figures.digitalOutputs)},
-            {"analog", std::move(analog)},
-            {"serial", std::move(serial)}};
+    return {{"digital", std::move(digital)}, {"analog", std::move(analog)}, {"serial", std::move(serial)}};
 }
 
 /// The results that the clients of a protocol have lost; null if its record does not tell.
@@ -264,7 +271,7 @@ Json SensorResource::Document(ZuRest::RequestInfo const& /*request*/, ZuRest::Re
             {"operation", OperationInFlight()},
             {"authority", AuthorityJson(commands.Authority())},
             {"outputs", OutputsOf(figures)},
-            {"inputs", ChannelsJson(figures.digitalInputs)}};
+            {"inputs", InputsOf(figures)}};
 }
 
 Json SensorResource::Alignment(std::string const& scanner) const

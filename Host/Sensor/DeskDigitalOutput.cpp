@@ -69,6 +69,8 @@ void DeskDigitalOutput::Trigger(uint64 nowUsec)
         ZU_THROW(Zu::Status::WRONG_STATE, "A digital output that is off gives no pulse");
     }
     settings.pulseEndUsec = nowUsec + settings.exposureUsec;
+    ++pulseCount;
+    lastPulseUsec = nowUsec;
 }
 
 bool DeskDigitalOutput::Level(uint64 nowUsec) const
@@ -79,6 +81,16 @@ bool DeskDigitalOutput::Level(uint64 nowUsec) const
     }
     bool const isActive = settings.state || nowUsec < settings.pulseEndUsec;
     return isActive == settings.isActiveHigh;
+}
+
+uint64 DeskDigitalOutput::PulseCount() const
+{
+    return pulseCount;
+}
+
+uint64 DeskDigitalOutput::LastPulseUsec() const
+{
+    return lastPulseUsec;
 }
 
 void DeskDigitalOutput::RequireCommands() const

@@ -47,6 +47,9 @@ public:
     /// Whether the pin is high.
     bool Level(uint64 nowUsec) const;
 
+    uint64 PulseCount() const;    ///< since the object was made
+    uint64 LastPulseUsec() const; ///< the begin of the newest pulse
+
 private:
     /// The settings that `Clear` restores.
     struct Settings
@@ -63,6 +66,8 @@ private:
 
     bool isEnabled = true;
     Settings settings;
+    uint64 pulseCount = 0;
+    uint64 lastPulseUsec = 0;
 };
 
 } // namespace ZuHost

@@ -77,7 +77,7 @@ export interface SensorState {
         lastCommand: { protocol: string; secondsAgo: number } | null;
     };
     outputs: {
-        digital: { index: number; enabled: boolean; high: boolean }[];
+        digital: { index: number; enabled: boolean; high: boolean; pulses: number; pulseAgeSec: number | null }[];
         analog: { index: number; enabled: boolean; milliamperes: number }[];
         serial: { index: number; enabled: boolean; bytes: number; last: string }[];
     };

@@ -151,7 +151,7 @@ TEST_F(MetricsPageTest, TellsWhatTheSensorTakesMissesAndDrives)
     figures.taken = 12;
     figures.missed = 3;
     figures.droppedSets = 4;
-    figures.digitalOutputs = {{true, false}, {true, true}};
+    figures.digitalOutputs = {{true, false, 5, 0.5}, {true, true}};
     figures.analogOutputs = {{true, 12.5}};
     figures.serialOutputs = {{true, 7, "abc"}};
 
@@ -161,6 +161,8 @@ TEST_F(MetricsPageTest, TellsWhatTheSensorTakesMissesAndDrives)
     EXPECT_EQ(LinesWith("sets_dropped_total 4"), "zucontrol_result_sets_dropped_total 4\n");
     EXPECT_EQ(LinesWith("output_high{"),
               "zucontrol_digital_output_high{output=\"0\"} 0\nzucontrol_digital_output_high{output=\"1\"} 1\n");
+    EXPECT_EQ(LinesWith("pulses_total{"), "zucontrol_digital_output_pulses_total{output=\"0\"} "
+                                          "5\nzucontrol_digital_output_pulses_total{output=\"1\"} 0\n");
     EXPECT_EQ(LinesWith("amperes{"), "zucontrol_analog_output_amperes{output=\"0\"} 0.0125\n");
     EXPECT_EQ(LinesWith("serial_output_bytes_total{"), "zucontrol_serial_output_bytes_total{output=\"0\"} 7\n");
 }

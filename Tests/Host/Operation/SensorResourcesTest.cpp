@@ -60,7 +60,8 @@ TEST_F(SensorResourcesTest, ShowTheStateOfTheSensor)
                                          {"waitSeconds", 0.0},
                                          {"lastCommand", nullptr}}));
     EXPECT_EQ(sensor["outputs"]["analog"][1], (Json{{"index", 1}, {"enabled", true}, {"milliamperes", 4.0}}));
-    EXPECT_EQ(sensor["outputs"]["digital"][0], (Json{{"index", 0}, {"enabled", true}, {"high", false}}));
+    EXPECT_EQ(sensor["outputs"]["digital"][0],
+              (Json{{"index", 0}, {"enabled", true}, {"high", false}, {"pulses", 0}, {"pulseAgeSec", nullptr}}));
     EXPECT_EQ(sensor["outputs"]["serial"][0], (Json{{"index", 0}, {"enabled", true}, {"bytes", 0}, {"last", ""}}));
     EXPECT_EQ(sensor["inputs"].size(), 2u);
 }
@@ -82,6 +83,23 @@ TEST_F(SensorResourcesTest, ShowWhatTheOutputsDrive)
     EXPECT_EQ(sensor["outputs"]["analog"][0]["milliamperes"], 12.5);
     EXPECT_EQ(sensor["outputs"]["serial"][0]["bytes"], 3);
     EXPECT_EQ(sensor["outputs"]["serial"][0]["last"], "a?b");
+}
+
+TEST_F(SensorResourcesTest, ShowPulsesThatAreOver)
+{
+    DeskIo& io = module.UsedSensor().Io();
+    for (int i = 0; i < 2; ++i)
+    {
+        io.UseDigitalOutput(0, [](DeskDigitalOutput& output, uint64 nowUsec) { output.Trigger(nowUsec); });
+    }
+    io.UseDigitalOutput(0, [](DeskDigitalOutput& output, uint64) { output.Clear(); });
+
+    Json const outputs = Read("/sensor")["outputs"]["digital"];
+
+    EXPECT_FALSE(outputs[0]["high"]);
+    EXPECT_EQ(outputs[0]["pulses"], 2);
+    EXPECT_GE(outputs[0]["pulseAgeSec"].get<double>(), 0);
+    EXPECT_EQ(outputs[1]["pulses"], 0);
 }
 
 TEST_F(SensorResourcesTest, RunTheSensor)

@@ -66,6 +66,21 @@ TEST(DeskDigitalOutput, GivesAPulseForAsLongAsItWasTold)
     EXPECT_FALSE(output.Level(1300));
 }
 
+TEST(DeskDigitalOutput, CountsItsPulses)
+{
+    DeskDigitalOutput output;
+    EXPECT_EQ(output.PulseCount(), 0u);
+
+    output.Trigger(1000);
+    output.Trigger(2000);
+    output.Enable(false);
+    EXPECT_EQ(RefusalOf([&] { output.Trigger(3000); }).status, Zu::Status::WRONG_STATE);
+    output.Clear();
+
+    EXPECT_EQ(output.PulseCount(), 2u);
+    EXPECT_EQ(output.LastPulseUsec(), 2000u);
+}
+
 TEST(DeskDigitalOutput, BeginsAPulseAnew)
 {
     DeskDigitalOutput output;

@@ -119,12 +119,17 @@ export function OutputsCard() {
         <Card title="Inputs and outputs" isOld={isOld}>
             <ul class="list">
                 {data.inputs.map((one) => <Level key={`i${one.index}`} name={`Digital input ${one.index + 1}`} isEnabled={one.enabled} text={one.high ? "high" : "low"} />)}
-                {digital.map((one) => <Level key={`d${one.index}`} name={`Digital output ${one.index + 1}`} isEnabled={one.enabled} text={one.high ? "high" : "low"} />)}
+                {digital.map((one) => <Level key={`d${one.index}`} name={`Digital output ${one.index + 1}`} isEnabled={one.enabled} text={(one.high ? "high" : "low") + pulsesText(one)} />)}
                 {analog.map((one) => <Level key={`a${one.index}`} name={`Analog output ${one.index + 1}`} isEnabled={one.enabled} text={`${numberText(one.milliamperes, 3)} mA`} />)}
                 {serial.map((one) => <Level key={`s${one.index}`} name={`Serial output ${one.index + 1}`} isEnabled={one.enabled} text={`${numberText(one.bytes)} bytes`} />)}
             </ul>
         </Card>
     );
+}
+
+/// A pulse is often too short to be seen.
+function pulsesText({ pulses, pulseAgeSec }: { pulses: number; pulseAgeSec: number | null }): string {
+    return pulseAgeSec === null ? "" : `, ${numberText(pulses)} ${pulses === 1 ? "pulse" : "pulses"}, the last ${durationText(pulseAgeSec)} ago`;
 }
 
 function Level({ name, isEnabled, text }: { name: string; isEnabled: boolean; text: string }) {
