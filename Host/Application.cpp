@@ -15,6 +15,7 @@
 #include "ZuRest/EventType.h"
 #include "ZuRest/IResource.h"
 #include "ZuRest/Path.h"
+#include "ZuRest/Place.h"
 #include "wApi/wTime.h"
 
 #include <algorithm>
@@ -76,7 +77,7 @@ Application::Application(Options const& newOptions, HttpServer::Settings const& 
     LetLoadsRunAlone();
     sensorModule.RequestProcessor().SetUpdateRunner(
         [this](std::string const& path, nlohmann::json const& body, auto const& update) {
-            startRetry.RunUpdate(path, body, update);
+            startRetry.RunUpdate(path, body, [&] { RunUpdate(path, update); });
         });
     NoteChanges();
     sensorCommands.emplace(sensorModule.Module(), sensorModule.ScanEngines(), controlAuthority, trail);
@@ -376,6 +377,41 @@ void Application::LetLoadsRunAlone()
         [this, heads](std::function<void()> const& load) { sensorModule.RequestProcessor().RunAlone(heads, load); });
 }
 
+/// If an update fails after it has begun to change a service, the parameters that it has set stay, and the module reports no
+/// change and leaves the gate open. The host then saves the job, and reports the change on `/events`.
+void Application::RunUpdate(std::string const& path, std::function<void()> const& update)
+{
+    try
+    {
+        update();
+    }
+    catch (...)
+    {
+        ZU_GUARD_BOUNDARY([&] {
+            if (updateGate.IsOpenHere())
+            {
+                MarkJobModified();
+                NotifyOfChange(ZuRest::Place::Of(path).HeadPath());
+            }
+        });
+        throw;
+    }
+}
+
+void Application::MarkJobModified()
+{
+    persistRegistry.MarkModified(Controls(), ZuCommon::PersistDomain::JOB, 0);
+}
+
+void Application::NotifyOfChange(std::string const& path)
+{
+    if (auto const match = sensorModule.Router().Find(path); match.has_value())
+    {
+        ZuRest::IResource& resource = *match->resource;
+        resource.NotificationEvent().Fire(resource, ZuRest::EventType::CHANGED, path);
+    }
+}
+
 StartRetry::Services Application::ServicesToRetry()
 {
     StartRetry::Services services;
@@ -384,7 +420,7 @@ StartRetry::Services Application::ServicesToRetry()
     };
     services.start = [this](std::string const& typeName) { Enable(typeName); };
     services.failedStarts = [this] { return sensorModule.Module().Vitals().failedStarts; };
-    services.noteChange = [this] { persistRegistry.MarkModified(Controls(), ZuCommon::PersistDomain::JOB, 0); };
+    services.noteChange = [this] { MarkJobModified(); };
     return services;
 }
 
@@ -393,12 +429,7 @@ void Application::Enable(std::string const& typeName)
     FindInstance(typeName).Enable(true);
     trail.Note({"host", "", "enable " + typeName, "", "", "done"}); // an enabling over REST is a change of its own
     // The module notifies clients only of changes that clients make. Followers of `/events` need this change too.
-    std::string const path = PathOf(typeName);
-    if (auto const match = sensorModule.Router().Find(path); match.has_value())
-    {
-        ZuRest::IResource& resource = *match->resource;
-        resource.NotificationEvent().Fire(resource, ZuRest::EventType::CHANGED, path);
-    }
+    NotifyOfChange(PathOf(typeName));
 }
 
 ZuControl::IControlInstance& Application::FindInstance(std::string const& typeName)

@@ -118,6 +118,9 @@ private:
     void CheckRoutes();
     void BeginJob();
     void LetLoadsRunAlone();
+    void RunUpdate(std::string const& path, std::function<void()> const& update);
+    void MarkJobModified();
+    void NotifyOfChange(std::string const& path);
     StartRetry::Services ServicesToRetry();
     void Enable(std::string const& typeName);
     ZuControl::IControlInstance& FindInstance(std::string const& typeName);

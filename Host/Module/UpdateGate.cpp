@@ -54,6 +54,12 @@ bool UpdateGate::IsOpen() const
     return depth > 0;
 }
 
+bool UpdateGate::IsOpenHere() const
+{
+    Zu::MutexLock const guard(lock);
+    return depth > 0 && owner == std::this_thread::get_id();
+}
+
 void UpdateGate::CloseOfThisThread()
 {
     {
@@ -66,7 +72,7 @@ void UpdateGate::CloseOfThisThread()
         owner = {};
     }
     closed.NotifyAll();
-    ZU_LOG_WARNING("A change of the configuration was left half way: its bracket is closed");
+    ZU_LOG_INFO("A request has ended during its change of the configuration. What it has changed stays");
 }
 
 } // namespace ZuHost

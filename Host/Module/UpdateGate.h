@@ -49,6 +49,9 @@ public:
     /// Whether any thread has an open bracket.
     bool IsOpen() const;
 
+    /// Whether the calling thread has an open bracket.
+    bool IsOpenHere() const;
+
 private:
     void CloseOfThisThread();
 

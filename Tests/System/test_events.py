@@ -1,5 +1,6 @@
 """The reports of changes on /events, against the real host."""
 
+import socket
 import unittest
 
 from host import Host
@@ -49,7 +50,11 @@ class Events(unittest.TestCase):
                 expect(MODBUS)  # the update was begun and ended, although the change was refused
                 self.assertEqual(rest.put("/controls/hardware/0/digital/1", {"pulseWidth": 7}).status, 200)
                 expect("/controls/hardware/0/digital/1")
-                self.assertEqual(rest.put(ASCII, {"enabled": True}).status, 200)
+                with socket.create_server(("127.0.0.1", 0)) as taken:
+                    start = {"enabled": True, "parameters": {"port": taken.getsockname()[1]}}
+                    self.assertEqual(rest.put("/controls/%41sciiTcp", start).status, 503)
+                    expect(ASCII)  # its parameters and its state have changed
+                self.assertEqual(rest.put(ASCII, {"enabled": True, "parameters": {"port": 0}}).status, 200)
                 expect(ASCII)
 
     def test_a_client_that_accepts_no_stream_gets_none(self):

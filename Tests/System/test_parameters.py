@@ -1,11 +1,12 @@
 """A change of a service's parameters is carried out completely or not at all, and disturbs no connected client."""
 
+import signal
 import socket
 import tempfile
 import unittest
 
 from ascii_client import AsciiClient
-from host import Host
+from host import Host, wait_until
 from modbus import ModbusClient
 from rest import RestClient
 
@@ -80,6 +81,20 @@ class Parameters(unittest.TestCase):
             self.assertIn("The parameters of the request are kept.", answer.text)
             self.assertEqual(self.parameters(rest, "AsciiTcp")["port"], port)
             self.assertFalse(rest.get("/controls/AsciiTcp").json["enabled"])
+
+    def test_parameters_that_a_failed_start_keeps_are_saved(self):
+        taken, port = occupied()
+        with taken, tempfile.TemporaryDirectory() as data:
+            with Host(data=data) as host, RestClient(host.http_port) as rest:
+                def is_saved():
+                    return not rest.get("/jobs").json["jobs"][0]["modified"]
+                wait_until(is_saved)
+                answer = rest.put("/controls/AsciiTcp", {"enabled": True, "parameters": {"port": port}})
+                self.assertEqual(answer.status, 503)
+                wait_until(is_saved)
+                host.expected_status = host.stop(signal.SIGKILL)
+            with Host(data=data) as host, RestClient(host.http_port) as rest:
+                self.assertEqual(self.parameters(rest, "AsciiTcp")["port"], port)
 
 
 if __name__ == "__main__":

@@ -76,7 +76,8 @@ TEST(UpdateGate, ClosesWhatARequestLeftOpen)
 
     EXPECT_FALSE(gate.IsOpen());
     EXPECT_EQ(StatusOnAnotherThread(gate), Zu::Status::SUCCESS);
-    EXPECT_EQ(log.CountOfText("A change of the configuration was left half way: its bracket is closed"), 1u);
+    EXPECT_EQ(log.CountOfText("A request has ended during its change of the configuration. What it has changed stays"),
+              1u);
 }
 
 TEST(UpdateGate, LeavesTheBracketsOfOtherThreadsToTheirRequests)
@@ -87,6 +88,17 @@ TEST(UpdateGate, LeavesTheBracketsOfOtherThreadsToTheirRequests)
     std::async(std::launch::async, [&gate] { UpdateGate::Request const request(gate); }).get();
 
     EXPECT_TRUE(gate.IsOpen());
+}
+
+TEST(UpdateGate, KnowsTheThreadWithTheOpenBracket)
+{
+    UpdateGate gate(NO_PATIENCE_USEC);
+    EXPECT_FALSE(gate.IsOpenHere());
+
+    gate.BeginUpdate(true);
+
+    EXPECT_TRUE(gate.IsOpenHere());
+    EXPECT_FALSE(std::async(std::launch::async, [&gate] { return gate.IsOpenHere(); }).get());
 }
 
 TEST(UpdateGate, LetsOneThreadInAtATime)
