@@ -29,7 +29,7 @@ constexpr std::uint64_t MAX_FOLDER_BYTES = 1024u * 1024u * 1024u; // of all file
 constexpr std::size_t MAX_JOBS = 1000;
 constexpr std::size_t SHOWN_LOG_LINES = 3;
 
-/// A finding about a document that the caller may not read.
+/// Does `work`. If the sensor refuses a document, that is a finding, and the other checks go on.
 void Examine(std::vector<Finding>& findings, char const* check, std::function<void()> const& work)
 {
     try
@@ -38,12 +38,14 @@ void Examine(std::vector<Finding>& findings, char const* check, std::function<vo
     }
     catch (Failure const& failure)
     {
-        if (failure.Status() != ExitStatus::NOT_AUTHORISED && failure.Status() != ExitStatus::REFUSED)
+        bool const isBusy = failure.Status() == ExitStatus::BUSY;
+        if (!isBusy && failure.Status() != ExitStatus::NOT_AUTHORISED && failure.Status() != ExitStatus::REFUSED)
         {
             throw;
         }
         findings.push_back({check, Grade::WARNING, std::string("not examined: ") + failure.what(),
-                            "Run the doctor with a token or a user of a higher role."});
+                            isBusy ? "The sensor is busy: run the doctor again."
+                                   : "Run the doctor with a token or a user of a higher role."});
     }
 }
 

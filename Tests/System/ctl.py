@@ -107,9 +107,11 @@ class Documents(http.server.BaseHTTPRequestHandler):
 
     def answer(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        body = json.dumps(self.server.documents[self.command, self.path]).encode()
-        self.send_response(200)
-        self.send_header("Content-Type", "application/hal+json")
+        document = self.server.documents[self.command, self.path]
+        status = document.get("status", 200)
+        body = json.dumps(document).encode()
+        self.send_response(status)
+        self.send_header("Content-Type", "application/problem+json" if status == 503 else "application/hal+json")
         self.send_header("Content-Length", str(len(body)))
         self.end_headers()
         with contextlib.suppress(ConnectionError):  # the client may end a long answer
@@ -123,7 +125,7 @@ class Documents(http.server.BaseHTTPRequestHandler):
 
 @contextlib.contextmanager
 def document_server(documents):
-    """A server that answers `documents[method, path]`, and is well. Gives its port."""
+    """A server that answers `documents[method, path]`, with the status that a problem document has, and is well. Gives its port."""
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Documents)
     server.documents = {("GET", "/health"): {"faults": [], "upTimeSec": 1}} | documents
     with _served(server):

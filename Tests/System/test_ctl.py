@@ -706,6 +706,15 @@ class OtherServers(Test):
                 self.assertEqual(Ctl(self.folder, port).json("call", "Asker/ask"), answer)
                 self.check(Ctl(self.folder, port).run("call", "Asker/ask"), FINE, json.dumps(answer, separators=(",", ":")) + "\n")
 
+    def test_the_doctor_goes_on_after_a_busy_answer(self):
+        documents = {"/": {"version": "1.0.0"}, "/session": {"caller": "anna", "role": "viewer"}, "/controls": {"_embedded": {"item": []}},
+                     "/sensor": {"status": 503, "detail": "Too many requests run."}, "/problems": {"problems": []}, "/jobs": {"jobs": []},
+                     "/log": {"lines": []}}
+        with document_server({("GET", path): document for path, document in documents.items()}) as port:
+            output = Ctl(self.folder, port).run("doctor").output
+        self.assertIn("warning  sensor: not examined: Too many requests run.\n    The sensor is busy: run the doctor again.\n", output)
+        self.assertIn("ok  log: no errors among the last lines\n", output)
+
     def test_a_long_document_is_refused(self):
         with document_server({("GET", "/jobs"): {"jobs": ["x" * 1000] * 17000}}) as port:
             self.refused(Ctl(self.folder, port), NOT_A_SENSOR, "The answer of the server is longer than 16 MiB", "jobs", "list")
