@@ -18,7 +18,7 @@ class Package(unittest.TestCase):
     def test_the_script_tells_its_options(self):
         done = run(ROOT / "scripts/package", "--help")
         self.assertEqual(done.returncode, 0)
-        for option in ("--as VERSION", "--output FOLDER", "--preset PRESET"):
+        for option in ("--test", "--as VERSION", "--output FOLDER", "--preset PRESET"):
             self.assertIn(option, done.stdout)
 
     def test_an_unknown_option_and_a_missing_value_are_refused(self):
@@ -27,6 +27,11 @@ class Package(unittest.TestCase):
             done = run(ROOT / "scripts/package", *words)
             self.assertNotEqual(done.returncode, 0)
             self.assertIn(said, done.stderr)
+
+    def test_a_trial_asks_for_two_folders(self):
+        done = run(ROOT / "scripts/package-trial")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("usage: scripts/package-trial FOLDER FOLDER_BEFORE", done.stderr)
 
     def test_a_folder_of_another_kind_is_not_built_in(self):
         with tempfile.TemporaryDirectory() as folder:
