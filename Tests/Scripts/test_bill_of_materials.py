@@ -8,6 +8,7 @@ import shutil
 import subprocess
 import tempfile
 import unittest
+import urllib.parse
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SCRIPT = ROOT / "scripts/bill-of-materials"
@@ -17,6 +18,14 @@ ENVIRONMENT = dict(os.environ, SOURCE_DATE_EPOCH="1700000000")
 def run(*words):
     return subprocess.run([str(word) for word in words], check=True, capture_output=True, text=True, timeout=120,
                           env=ENVIRONMENT).stdout
+
+
+def related(document, kind):
+    """The names of the packages that have this relation to the product."""
+    names = {package["SPDXID"]: package["name"] for package in document["packages"]}
+    ends = {relation[end] for relation in document["relationships"] if relation["relationshipType"] == kind
+            for end in ("spdxElementId", "relatedSpdxElement")}
+    return {names[end] for end in ends if end in names} - {"zucontrol"}
 
 
 class BillOfMaterials(unittest.TestCase):
@@ -70,13 +79,6 @@ class BillOfMaterials(unittest.TestCase):
     def test_two_runs_are_equal(self):
         self.assertEqual(run(SCRIPT, "--version", "1.2.3", "--commit", "abc", "/bin/ls"), self.text)
 
-    def test_the_bill_of_the_package_is_that_of_each_program_in_it(self):
-        rules = (ROOT / "packaging/debian/rules").read_text()
-        programs = {name for file in (ROOT / "packaging/debian").glob("*.install")
-                    for name in re.findall(r"^usr/bin/(\S+)", file.read_text(), re.MULTILINE)}
-        self.assertIn("zucontrol-host", programs)
-        self.assertEqual({name for name in programs if f"$(BUILD)/bin/{name} " not in rules}, set())
-
     def refused(self, program, reason, **environment):
         done = subprocess.run([str(SCRIPT), str(program)], capture_output=True, text=True, timeout=120, env=ENVIRONMENT | environment)
         self.assertEqual((done.returncode, done.stdout), (1, ""))
@@ -91,6 +93,52 @@ class BillOfMaterials(unittest.TestCase):
             library = pathlib.Path(folder) / "libselinux.so.1"  # one that ls needs
             shutil.copy(os.path.realpath(re.search(r"libselinux.so.1 => (\S+)", run("ldd", "/bin/ls"))[1]), library)
             self.refused("/bin/ls", f"no package has the library '{library}'", LD_LIBRARY_PATH=folder)
+
+    def test_headers_alone_are_contained_and_those_of_a_loaded_library_are_not(self):
+        with tempfile.TemporaryDirectory() as folder:
+            build = pathlib.Path(folder)
+            (build / "a.cpp").write_text("#include <nlohmann/json_fwd.hpp>\n#include <sys/syscall.h>\n#include <zlib.h>\n"
+                                         "int main() { return zlibVersion() == nullptr; }\n")
+            (build / "build.ninja").write_text("rule cpp\n command = g++ -MD -MF a.d a.cpp -o a -lz\n deps = gcc\n depfile = a.d\n"
+                                               "build a: cpp a.cpp\n")
+            run("ninja", "-C", build)
+            document = json.loads(run(SCRIPT, "--build", build, build / "a"))
+        contained = related(document, "STATIC_LINK")
+        self.assertIn("nlohmann-json3-dev", contained)
+        self.assertIn("zlib1g", related(document, "RUNTIME_DEPENDENCY_OF"))
+        self.assertEqual(contained & {"zlib1g-dev", "linux-libc-dev", "libc6-dev"}, set())
+        self.assertLessEqual({"zlib1g-dev", "linux-libc-dev", "libc6-dev"}, related(document, "BUILD_DEPENDENCY_OF"))
+
+    def test_it_has_the_form_of_spdx_2_3(self):
+        self.assertLessEqual({"spdxVersion", "dataLicense", "SPDXID", "name", "documentNamespace", "creationInfo"}, set(self.document))
+        self.assertEqual(self.document["SPDXID"], "SPDXRef-DOCUMENT")
+        self.assertRegex(self.document["documentNamespace"], r"^[a-z]+:[^#\s]+$")
+        self.assertRegex(self.document["creationInfo"]["creators"][0], r"^Tool: \S+$")
+        identities = {"SPDXRef-DOCUMENT"} | {package["SPDXID"] for package in self.document["packages"]}
+        for relation in self.document["relationships"]:
+            self.assertEqual(set(relation), {"spdxElementId", "relationshipType", "relatedSpdxElement"})
+            self.assertLessEqual({relation["spdxElementId"], relation["relatedSpdxElement"]}, identities)
+            self.assertIn(relation["relationshipType"], ("DESCRIBES", "BUILD_DEPENDENCY_OF", "RUNTIME_DEPENDENCY_OF", "STATIC_LINK"))
+        for licence in self.document["hasExtractedLicensingInfos"]:
+            self.assertRegex(licence["licenseId"], r"^LicenseRef-[A-Za-z0-9.-]+$")
+            self.assertTrue(licence["extractedText"])
+        for package in self.document["packages"]:
+            self.assertLessEqual({"SPDXID", "name", "downloadLocation"}, set(package))
+            self.assertIs(package["filesAnalyzed"], False)  # so no verification code is needed
+            for reference in package.get("externalRefs", ()):
+                self.assertEqual((reference["referenceCategory"], reference["referenceType"]), ("PACKAGE-MANAGER", "purl"))
+                kind, name, version = re.fullmatch(r"pkg:(deb/debian|npm)/([A-Za-z0-9.~%/-]+)@([A-Za-z0-9.~:%-]+)(?:\?arch=\w+)?",
+                                                   reference["referenceLocator"]).groups()
+                self.assertEqual((urllib.parse.unquote(name), urllib.parse.unquote(version)),
+                                 (package["name"], package["versionInfo"]), kind)
+
+    def test_the_bill_of_the_packages_looks_at_every_program_that_they_have(self):
+        rules = (ROOT / "packaging/debian/rules").read_text()
+        installed = (ROOT / "packaging/debian/zucontrol-host.install").read_text()
+        programs = re.findall(r"^usr/bin/(\S+)", installed, re.MULTILINE)
+        self.assertEqual(programs, ["zucontrol-host", "zucontrolctl"])
+        for program in (*programs, "libZu*.so", "plugins/*.so"):
+            self.assertIn(f"$(BUILD)/bin/{program} ", rules)
 
 
 if __name__ == "__main__":
