@@ -93,6 +93,7 @@ void SensorSettings::ChangeAuthority(Json const& document)
         params.Show(authority.Get());
         Read(params, document);
         authority.Set(params.Settings());
+        refusedAuthority.clear();
     }
     registry.MarkModified(*this, PersistDomain::PROTOCOL, 0);
 }
@@ -111,6 +112,7 @@ void SensorSettings::InitPersistDomain(PersistDomain domain, ZuCommon::IPersistS
     }
     else
     {
+        refusedAuthority.clear();
         authority.Set({});
     }
 }
@@ -127,6 +129,11 @@ void SensorSettings::SavePersistDomain(PersistDomain domain, ZuCommon::IPersistS
     if (domain == PersistDomain::JOB)
     {
         WriteTo(store, LIMITS_PATH, limits);
+        return;
+    }
+    if (!refusedAuthority.empty())
+    {
+        store.Write(AUTHORITY_PATH, refusedAuthority.data(), refusedAuthority.size());
         return;
     }
     AuthorityParams params;
@@ -168,15 +175,19 @@ void SensorSettings::LoadLimits(ZuCommon::IPersistStore const& store)
 void SensorSettings::LoadAuthority(ZuCommon::IPersistStore const& store)
 {
     AuthorityParams params;
+    refusedAuthority.clear();
     if (store.Exists(AUTHORITY_PATH))
     {
+        std::string const text = store.Read(AUTHORITY_PATH);
         try
         {
-            Read(params, ParametersIn(store.Read(AUTHORITY_PATH)));
+            Read(params, ParametersIn(text));
         }
         catch (...)
         {
-            // REST must not run the sensor against a setting that cannot be read.
+            // REST must not run the sensor against a setting that cannot be read. A newer version may have written it,
+            // so a save does not replace it.
+            refusedAuthority = text;
             params.Show({RestAuthority::NEVER, ControlAuthority::DEFAULT_IDLE_SECONDS});
             std::string const reason = Zu::CaughtReason();
             ZU_LOG_USER_ERROR("The control authority cannot be read (%1$s): REST may not run the sensor",

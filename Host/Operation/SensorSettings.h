@@ -58,6 +58,8 @@ private:
     // One change at a time. The leaves of the sensor and of the authority are taken under it.
     mutable Zu::Mutex lock;
     nlohmann::json limits ZU_GUARDED_BY(lock);
+    /// The stored authority, if it cannot be read. A save keeps it until a client sets the authority.
+    std::string refusedAuthority ZU_GUARDED_BY(lock);
 };
 
 } // namespace ZuHost

@@ -144,4 +144,33 @@ TEST_F(SensorSettingsTest, KeepRestAwayWhereTheAuthorityCannotBeRead)
     EXPECT_EQ(authority.Get().rest, RestAuthority::NEVER);
 }
 
+TEST_F(SensorSettingsTest, SaveAnAuthorityOfANewerVersionAsItWasUntilAClientSetsOne)
+{
+    std::string const newer = R"({"version":"2","zu:control":{"parameters":{"rest":1}}})";
+    Load(PersistDomain::PROTOCOL, "sensor/authority.json", newer);
+    EXPECT_EQ(Saved(PersistDomain::PROTOCOL, "sensor/authority.json"), newer);
+
+    EXPECT_EQ(RefusalOf([&] { settings.ChangeAuthority({{"rest", 3}}); }).status, Zu::Status::BAD_ARGUMENT);
+    EXPECT_EQ(Saved(PersistDomain::PROTOCOL, "sensor/authority.json"), newer);
+
+    settings.ChangeAuthority({{"rest", 1}, {"idleSeconds", 30}});
+    EXPECT_EQ(Saved(PersistDomain::PROTOCOL, "sensor/authority.json"),
+              R"({"version":"1","zu:control":{"parameters":{"idleSeconds":30,"rest":1}}})");
+}
+
+TEST_F(SensorSettingsTest, ForgetAnAuthorityOfANewerVersionWithTheSettings)
+{
+    std::string const newer = R"({"version":"2","zu:control":{"parameters":{"rest":1}}})";
+    std::string const standard = Saved(PersistDomain::PROTOCOL, "sensor/authority.json");
+    DocumentStore none;
+
+    Load(PersistDomain::PROTOCOL, "sensor/authority.json", newer);
+    settings.InitPersistDomain(PersistDomain::PROTOCOL, none);
+    EXPECT_EQ(Saved(PersistDomain::PROTOCOL, "sensor/authority.json"), standard);
+
+    Load(PersistDomain::PROTOCOL, "sensor/authority.json", newer);
+    Load(PersistDomain::PROTOCOL, "sensor/authority.json", standard);
+    EXPECT_EQ(Saved(PersistDomain::PROTOCOL, "sensor/authority.json"), standard);
+}
+
 } // namespace ZuHost
