@@ -28,10 +28,24 @@ class Package(unittest.TestCase):
             self.assertNotEqual(done.returncode, 0)
             self.assertIn(said, done.stderr)
 
-    def test_a_trial_asks_for_two_folders(self):
-        done = run(ROOT / "scripts/package-trial")
-        self.assertEqual(done.returncode, 2)
-        self.assertIn("usage: scripts/package-trial FOLDER FOLDER_BEFORE", done.stderr)
+    def test_a_trial_asks_for_two_folders_and_known_scenarios(self):
+        for words in ([], ["a"], ["a", "b", "nonsense"]):
+            done = run(ROOT / "scripts/package-trial", *words)
+            self.assertEqual(done.returncode, 2)
+            self.assertIn("usage: scripts/package-trial FOLDER FOLDER_BEFORE [SCENARIO...]", done.stderr)
+
+    def test_a_trial_runs_every_scenario(self):
+        scenarios = {path.stem for path in (ROOT / "packaging/trial").glob("*.py") if "\ndef trial(trial)" in path.read_text()}
+        listed = re.search(r"^SCENARIOS = \((.*)\)$", (ROOT / "scripts/package-trial").read_text(), re.MULTILINE)[1]
+        self.assertEqual(set(re.findall(r'"(\w+)"', listed)), scenarios)
+        self.assertGreater(len(scenarios), 3)
+
+    def test_a_sentence_that_is_not_true_ends_a_trial(self):
+        done = run("python3", "-B", "-c", f"import sys; sys.path.insert(0, '{ROOT}/packaging/trial')\n"
+                   "import trial\nnew = trial.Trial.__new__(trial.Trial)\nnew.log = open('/dev/null', 'w')\n"
+                   "new.ok('it installs', True)\nnew.ok('it starts', [])\nprint('not reached')")
+        self.assertEqual((done.returncode, done.stdout), (1, "ok: it installs\n"))
+        self.assertIn("Failed: it is not true that it starts", done.stderr)
 
     def test_a_folder_of_another_kind_is_not_built_in(self):
         with tempfile.TemporaryDirectory() as folder:
