@@ -86,6 +86,10 @@ std::string AskForSecret(std::string const& question, std::string const& option)
         }
     }
     std::fputs("\n", stream.get());
+    if (answer.empty())
+    {
+        throw Failure(ExitStatus::USAGE, "Nothing was typed");
+    }
     return answer;
 }
 

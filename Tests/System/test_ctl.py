@@ -1,5 +1,6 @@
 """Every command of zucontrolctl against the real host."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -668,21 +669,42 @@ class Backup(Test):
 
 
 class Password(Test):
-    def test_a_terminal_shows_again_what_is_typed_after_ctrl_c(self):
+    def type(self, typed, question, *words):
+        """Types this behind the question of a command. Returns the status, and all that the terminal shows."""
         child, terminal = pty.fork()
         if child == 0:
-            os.execv(PROGRAM, [str(PROGRAM), "--host", "http://127.0.0.1:1", "--user", "anna", "status"])
+            os.execv(PROGRAM, [str(PROGRAM), "--host", "http://127.0.0.1:1", *words])
+
+        def find_end():
+            process, status = os.waitpid(child, os.WNOHANG)
+            return (process, status) if process else None
+
+        ended, shown = None, b""
         try:
-            shown = b""
-            while b"password of anna: " not in shown:
+            while question not in shown:
                 shown += os.read(terminal, 1000)
             wait_until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO, "a hidden password")
-            os.write(terminal, b"secret\x03")
-            _, status = os.waitpid(child, 0)
-            self.assertEqual(os.waitstatus_to_exitcode(status), -signal.SIGINT)
+            os.write(terminal, typed)
+            ended = wait_until(find_end, "the end of the command")
             self.assertTrue(termios.tcgetattr(terminal)[3] & termios.ECHO)
+            with contextlib.suppress(OSError):  # the end of a terminal
+                shown += os.read(terminal, 1000)
         finally:
+            if ended is None:
+                os.kill(child, signal.SIGKILL)
+                os.waitpid(child, 0)
             os.close(terminal)
+        return os.waitstatus_to_exitcode(ended[1]), shown.decode()
+
+    def test_a_terminal_shows_again_what_is_typed_after_ctrl_c(self):
+        status, shown = self.type(b"secret\x03", b"password of anna: ", "--user", "anna", "status")
+        self.assertEqual(status, -signal.SIGINT)
+        self.assertNotIn("secret", shown)
+
+    def test_an_empty_passphrase_is_refused(self):
+        status, shown = self.type(b"\n", b"New passphrase of the backup: ", "backup", str(self.folder / "backup"))
+        self.assertEqual(status, USAGE, shown)
+        self.assertIn("Nothing was typed", shown)
 
 
 class OtherServers(Test):
