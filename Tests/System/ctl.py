@@ -108,7 +108,7 @@ class Documents(http.server.BaseHTTPRequestHandler):
     def answer(self):
         self.rfile.read(int(self.headers.get("Content-Length", 0)))
         document = self.server.documents[self.command, self.path]
-        status = document.get("status", 200)
+        status = document.get("status", 200) if isinstance(document, dict) else 200
         body = json.dumps(document).encode()
         self.send_response(status)
         self.send_header("Content-Type", "application/problem+json" if status == 503 else "application/hal+json")

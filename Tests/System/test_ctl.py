@@ -737,6 +737,33 @@ class OtherServers(Test):
         self.assertIn("warning  sensor: not examined: Too many requests run.\n    The sensor is busy: run the doctor again.\n", output)
         self.assertIn("ok  log: no errors among the last lines\n", output)
 
+    def test_documents_of_other_types_are_refused(self):
+        commands = (("status",), ("services",), ("map",), ("jobs", "list"), ("problems",), ("sources",), ("users", "list"), ("tokens", "list"),
+                    ("watch", "live", "--count", "1"), ("call", "sensor/"))
+        paths = ("/", "/sensor", "/problems", "/session", "/controls", "/datasources", "/jobs", "/users", "/sensor/commands")
+        for document in (None, "text", [[]], {"jobs": 1, "users": {"a": None}, "dataSources": "x"}):
+            documents = {("GET", path): document for path in paths}
+            documents["GET", "/tokens"] = {"_embedded": {"item": [document]}}
+            with document_server(documents) as port:
+                for command in commands:
+                    self.check(Ctl(self.folder, port).run(*command), NOT_A_SENSOR, "other documents than a ZuControl host")
+
+    def test_no_text_of_the_server_controls_the_terminal(self):
+        text = "a\0\x1b[31m\r\x7f\u009b\u202eb"
+        shown = "a\\x00\\x1b[31m\\x0d\\x7f\\x9b\\u202eb"
+        documents = {"/jobs": {"jobs": [{"name": text, "bytes": 1, "loaded": False, "modified": False}]},
+                     "/problems": {"problems": [{"severity": text, "source": text, "text": text, "since": text}]},
+                     "/users": {"users": [{"name": text, "role": text, "enabled": True, "created": text, "lastLogin": None}]},
+                     "/sensor/commands": {"_embedded": {"item": [{"id": text, "parameters": {text: text}}]}},
+                     "/sensor": {"status": 503, "detail": text[2:]}}
+        with document_server({("GET", path): document for path, document in documents.items()}) as port:
+            tool = Ctl(self.folder, port)
+            for command in (("jobs", "list"), ("problems",), ("users", "list"), ("call", "sensor/")):
+                output = tool.run(*command).output
+                self.assertIn(shown, output)
+                self.assertEqual(output, "".join(letter for letter in output if letter.isprintable() or letter == "\n"))
+            self.check(tool.run("get", "/sensor"), BUSY, shown[5:])
+
     def test_a_long_document_is_refused(self):
         with document_server({("GET", "/jobs"): {"jobs": ["x" * 1000] * 17000}}) as port:
             self.refused(Ctl(self.folder, port), NOT_A_SENSOR, "The answer of the server is longer than 16 MiB", "jobs", "list")
