@@ -63,9 +63,9 @@ class Service:
         """The HTTP status of a request."""
         return self.root.run_outside("curl", "-s", "-o", "/dev/null", "-w", "%{http_code}", HTTP + path).stdout
 
-    def height(self):
+    def height(self, port=502):
         """The height of the part in micrometres, which mbpoll reads."""
-        words = "mbpoll -0 -1 -p 502 -t 4:int -B -r 170 -c 1 127.0.0.1".split()
+        words = f"mbpoll -0 -1 -p {port} -t 4:int -B -r 170 -c 1 127.0.0.1".split()
         lines = self.root.run_outside(*words, check=False).stdout.splitlines()
         return next((int(line.split()[-1]) for line in lines if line.startswith("[170]:")), None)
 
