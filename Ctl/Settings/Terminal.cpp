@@ -3,10 +3,12 @@
 #include "Ctl/Outcome/Failure.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <memory>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -18,35 +20,34 @@ namespace
 
 constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGQUIT, SIGHUP};
 
-// Of the one question that is being asked. The signal handler reads them.
-int terminal = -1;
-termios before{};
+volatile std::sig_atomic_t caught = 0; // the signal that has ended the question
 
-/// Ends the process as the signal does, with a terminal that shows again what is typed.
 void OnSignal(int signal)
 {
-    tcsetattr(terminal, TCSANOW, &before);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
+    caught = signal;
 }
 
-/// Keeps a terminal from showing what is typed, until the end of the object or of the process.
+/// Keeps a terminal from showing what is typed, until the end of the object. The signals that end the process wait
+/// meanwhile, except in `ReadLine`; they have their effect at the end of the object.
 class Silence final
 {
 public:
-    explicit Silence(int usedTerminal) noexcept
+    explicit Silence(int usedTerminal) noexcept : terminal(usedTerminal)
     {
-        terminal = usedTerminal;
-        tcgetattr(terminal, &before);
+        caught = 0;
         struct sigaction action
         {
         };
         action.sa_handler = &OnSignal;
-        sigemptyset(&action.sa_mask);
+        sigset_t waiting;
+        sigemptyset(&waiting);
         for (std::size_t i = 0; i < SIGNALS.size(); ++i)
         {
             sigaction(SIGNALS[i], &action, &replaced[i]);
+            sigaddset(&waiting, SIGNALS[i]);
         }
+        pthread_sigmask(SIG_BLOCK, &waiting, &mask);
+        tcgetattr(terminal, &before);
         termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(terminal, TCSAFLUSH, &silent);
@@ -58,11 +59,43 @@ public:
         {
             sigaction(SIGNALS[i], &replaced[i], nullptr);
         }
+        pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+        if (caught != 0)
+        {
+            raise(caught);
+        }
     }
     Silence(Silence const&) = delete;
     Silence& operator=(Silence const&) = delete;
 
+    /// What is typed up to the end of the line, the end of the input, or a signal.
+    std::string ReadLine() const
+    {
+        std::string line;
+        std::array<char, 1024> part{};
+        pollfd input{terminal, POLLIN, 0};
+        while (!line.ends_with('\n'))
+        {
+            int const ready = ppoll(&input, 1, nullptr, &mask);
+            if (ready < 0 && errno == EINTR && caught == 0)
+            {
+                continue; // the process was stopped and goes on
+            }
+            ssize_t const size = ready > 0 ? read(terminal, part.data(), part.size()) : 0;
+            if (size <= 0)
+            {
+                return line;
+            }
+            line.append(part.data(), static_cast<std::size_t>(size));
+        }
+        line.pop_back();
+        return line;
+    }
+
 private:
+    int const terminal;
+    termios before{};
+    sigset_t mask{}; // without the signals that wait
     std::array<struct sigaction, SIGNALS.size()> replaced{};
 };
 
@@ -77,14 +110,7 @@ std::string AskForSecret(std::string const& question, std::string const& option)
     }
     std::fprintf(stream.get(), "%s: ", question.c_str());
     std::fflush(stream.get());
-    std::string answer;
-    {
-        Silence const silence(fileno(stream.get()));
-        for (int letter = std::fgetc(stream.get()); letter != '\n' && letter != EOF; letter = std::fgetc(stream.get()))
-        {
-            answer += static_cast<char>(letter);
-        }
-    }
+    std::string const answer = Silence(fileno(stream.get())).ReadLine();
     std::fputs("\n", stream.get());
     if (answer.empty())
     {
