@@ -291,8 +291,8 @@ void EdgeNode::ShowCounters()
     counters.storedBytes.store(store->Bytes(), std::memory_order_relaxed);
     counters.unsentSamples.store(store->UnsentCount(), std::memory_order_relaxed);
     ServerAddress const& server = settings.link.servers.at(session.Server());
-    services.metrics.session.Set(NameOf(session.PresentPhase()));
     services.metrics.server.Set(server.host + ":" + std::to_string(server.port));
+    services.metrics.session.Set(NameOf(session.PresentPhase())); // a reader of the phase finds its server
 }
 
 void EdgeNode::ShowProblems(Moment now)
